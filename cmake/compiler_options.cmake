@@ -1,0 +1,51 @@
+# borvan_options: what every target of ours is compiled with.
+add_library(borvan_options INTERFACE)
+target_compile_features(borvan_options INTERFACE cxx_std_20 c_std_11)
+
+if(MSVC)
+  target_compile_options(borvan_options INTERFACE /W4 /WX /permissive- /utf-8 /Zc:__cplusplus)
+else()
+  target_compile_options(
+    borvan_options
+    INTERFACE -Wall
+              -Wextra
+              -Wpedantic
+              -Wconversion
+              -Wsign-conversion
+              -Wshadow
+              -Werror
+              $<$<COMPILE_LANGUAGE:CXX>:-Wnon-virtual-dtor>
+              # Paths of the build folder must not reach the products: two builds from two folders
+              # are byte-identical.
+              -ffile-prefix-map=${PROJECT_SOURCE_DIR}=.
+              -ffile-prefix-map=${PROJECT_BINARY_DIR}=build)
+endif()
+
+if(WIN32)
+  target_compile_definitions(borvan_options INTERFACE WIN32_LEAN_AND_MEAN NOMINMAX _WIN32_WINNT=0x0601)
+endif()
+
+if(MINGW)
+  # Products run on a machine without our toolchain: the compiler's runtime is linked in.
+  # The build id and the time stamp would differ from build to build.
+  target_link_options(borvan_options INTERFACE -static -Wl,--no-insert-timestamp)
+endif()
+
+if(BORVAN_SANITIZE)
+  target_compile_options(borvan_options INTERFACE -fsanitize=${BORVAN_SANITIZE} -fno-sanitize-recover=all
+                                                  -fno-omit-frame-pointer)
+  target_link_options(borvan_options INTERFACE -fsanitize=${BORVAN_SANITIZE})
+endif()
+
+# Header-only packages of the build machine, each reached by a folder that holds nothing else, so
+# that a cross build never sees the whole system include path.
+function(borvan_header_only_package target header_folder)
+  set(folder "${PROJECT_BINARY_DIR}/packages/${target}")
+  if(NOT EXISTS "/usr/include/${header_folder}")
+    message(FATAL_ERROR "/usr/include/${header_folder} is missing: run scripts/build.sh, which installs it")
+  endif()
+  file(MAKE_DIRECTORY "${folder}")
+  file(CREATE_LINK "/usr/include/${header_folder}" "${folder}/${header_folder}" SYMBOLIC)
+  add_library(${target} INTERFACE)
+  target_include_directories(${target} SYSTEM INTERFACE "${folder}")
+endfunction()
