@@ -14,7 +14,6 @@ else()
               -Wsign-conversion
               -Wshadow
               -Werror
-              $<$<COMPILE_LANGUAGE:CXX>:-Wnon-virtual-dtor>
               # Paths of the build folder must not reach the products: two builds from two folders
               # are byte-identical.
               -ffile-prefix-map=${PROJECT_SOURCE_DIR}=.

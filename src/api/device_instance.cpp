@@ -1,0 +1,23 @@
+#include "api/device_instance.h"
+
+#include <utility>
+
+namespace borvan {
+
+std::shared_ptr<BorvanUsb_Q7> DeviceInstance::Get() const {
+  const std::lock_guard lock(mutex_);
+  return device_;
+}
+
+void DeviceInstance::Set(std::shared_ptr<BorvanUsb_Q7> device) {
+  // The former instance is destroyed after the lock, when the parameter goes.
+  const std::lock_guard lock(mutex_);
+  device_.swap(device);
+}
+
+DeviceInstance& GlobalInstance() {
+  static auto& g_device = *new DeviceInstance;
+  return g_device;
+}
+
+}  // namespace borvan

@@ -1,0 +1,34 @@
+#pragma once
+
+#include <array>
+#include <cstdint>
+
+#include "device/result.h"
+
+namespace borvan {
+
+// The request record of a node property (KSP_NODE of the Windows SDK, ks.h): 32 bytes.
+struct NodePropertyRequest {
+  std::array<std::uint8_t, 16> set{};  // property set, as a GUID lies in memory
+  std::uint32_t id = 0;                // the control selector
+  std::uint32_t flags = 0;
+  std::uint32_t node_id = 0;
+  std::uint32_t reserved = 0;
+};
+static_assert(sizeof(NodePropertyRequest) == 32);
+
+// The kernel-streaming control of one camera's vendor node (IKsControl of the Windows SDK).
+class ExtensionUnitControl {
+ public:
+  ExtensionUnitControl() = default;
+  ExtensionUnitControl(const ExtensionUnitControl&) = delete;
+  ExtensionUnitControl& operator=(const ExtensionUnitControl&) = delete;
+  virtual ~ExtensionUnitControl() = default;
+
+  // One property request. `data` of `length` bytes is read or filled by the device, as the
+  // request's flags say; `bytes_returned` is what the device says it moved, or would move.
+  virtual Result KsProperty(const NodePropertyRequest& request, void* data, std::uint32_t length,
+                            std::uint32_t& bytes_returned) = 0;
+};
+
+}  // namespace borvan

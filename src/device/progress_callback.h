@@ -1,0 +1,12 @@
+#pragma once
+
+#include <cstdint>
+#include <functional>
+
+namespace borvan {
+
+// Receives (status, percent): (0, 0 to 99) while working, (0, 100) when done, (status, -1) on
+// failure. May be empty.
+using ProgressCallback = std::function<void(std::int32_t status, std::int32_t percent)>;
+
+}  // namespace borvan

@@ -1,0 +1,19 @@
+#pragma once
+
+#include "device/borvan_usb_base.h"
+#include "device/progress_callback.h"
+#include "device/result.h"
+
+namespace borvan {
+
+// The percentage of a failure's report.
+inline constexpr std::int32_t kFailurePercent = -1;
+
+// A job's closing report: (0, 100), or (result, -1) when `result` is negative. An empty callback
+// reports nothing.
+void ReportEnd(const ProgressCallback& progress, Result result);
+
+// Ends a job whose file can't be opened: the report and the flags.
+void EndJobWithoutFile(BorvanUSBBase& device, const ProgressCallback& progress);
+
+}  // namespace borvan

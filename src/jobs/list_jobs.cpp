@@ -1,0 +1,73 @@
+#include "jobs/list_jobs.h"
+
+#include <stdexcept>
+
+#include "device/hexadecimal_text.h"
+#include "files/file.h"
+#include "files/list_file.h"
+#include "jobs/job_end.h"
+#include "jobs/progress.h"
+
+namespace borvan {
+namespace {
+
+constexpr std::int32_t kDone = 100;
+
+// A line that lacks its value spoils the whole list: writing half of it would be worse.
+std::vector<ListEntry> ReadListOrNothing(const std::string& path) {
+  try {
+    return ReadListFile(path);
+  } catch (const std::invalid_argument&) {
+    return {};
+  }
+}
+
+}  // namespace
+
+void RunRegisterWriteJob(RegisterWriteJob& job) {
+  const Result result = job.device->RegisterWriteList(job.list, job.ignored, ProgressCallback());
+  if (job.progress) {
+    job.progress(result, HasFailed(result) ? kFailurePercent : kDone);
+  }
+  ClearJobFlags(job.device->Jobs());
+}
+
+void RunRegisterReadJob(RegisterReadJob& job) {
+  auto file = File::OpenToWrite(job.path);
+  if (!file.has_value()) {
+    EndJobWithoutFile(*job.device, job.progress);
+    return;
+  }
+  std::vector<ListEntry> list;
+  const Result result = job.device->RegisterReadList(
+      list, ParseUnsignedLong(job.start_address), ParseUnsignedLong(job.end_address), job.progress);
+  ReportEnd(job.progress, result);
+  ClearJobFlags(job.device->Jobs());
+}
+
+void RunI2cWriteJob(I2cWriteJob& job) {
+  const std::vector<ListEntry> list = ReadListOrNothing(job.path);
+  if (list.empty()) {
+    EndJobWithoutFile(*job.device, job.progress);
+    return;
+  }
+  const Result result = job.device->I2cWriteList(list, job.option, job.progress);
+  ReportEnd(job.progress, result);
+  ClearJobFlags(job.device->Jobs());
+}
+
+void RunI2cReadJob(I2cReadJob& job) {
+  auto file = File::OpenToWrite(job.path);
+  if (!file.has_value()) {
+    EndJobWithoutFile(*job.device, job.progress);
+    return;
+  }
+  std::vector<ListEntry> list;
+  const Result result = job.device->I2cReadList(
+      list, ParseUnsignedLong(job.slave), ParseUnsignedLong(job.start_address),
+      ParseUnsignedLong(job.end_address), job.mode, job.progress);
+  ReportEnd(job.progress, result);
+  ClearJobFlags(job.device->Jobs());
+}
+
+}  // namespace borvan

@@ -1,0 +1,97 @@
+#pragma once
+
+#include <cstdint>
+#include <span>
+#include <string>
+#include <vector>
+
+#include "device/borvan_usb_base.h"
+#include "protocol/chip_commands.h"
+#include "protocol/flash_blocks.h"
+#include "protocol/register_blocks.h"
+
+namespace borvan {
+
+// The device object with the chip's command protocol. Every operation sends nothing and answers
+// kNullPointer where it checks for the channel itself; the bulk operations let the channel's answer
+// take its course.
+class BorvanUsb_Q7 : public BorvanUSBBase {
+ public:
+  using BorvanUSBBase::BorvanUSBBase;
+
+  // Selects, then reads the feature register of whatever camera is selected now: a refused index
+  // reads it again from the camera that stays selected. The result is that of the selection.
+  Result SelectDevice(std::uint32_t index) override;
+
+  Result ChannelGetLength(std::uint32_t selector, std::uint32_t* length) override;
+  Result ChannelSet(std::uint32_t selector, std::int32_t length, void* buffer) override;
+  Result ChannelGet(std::uint32_t selector, std::int32_t length, void* buffer) override;
+
+  // Width flag: a write takes the wide form for every flag but 0, a read for 1 alone.
+  Result RegisterWrite(std::string address, std::string value, std::uint8_t width_flag) override;
+  // Replaces `value` only when the reply is one to this read; a foreign reply is no failure.
+  Result RegisterRead(std::string address, std::string& value, std::uint8_t width_flag) override;
+
+  // Mode: i2c_mode; the option byte is handed to the chip as it is.
+  Result I2cWrite(std::string slave, std::string register_address, std::string value,
+                  std::int32_t mode, std::uint32_t option);
+  // Replaces `value` on success in the modes 0 to 5.
+  Result I2cRead(std::string slave, std::string register_address, std::string& value,
+                 std::int32_t mode, std::uint32_t option);
+
+  Result FlashWrite(std::string address, std::string value) override;
+  // 0 and eight digits in `value`; 1 and `value` untouched when there is no usable answer.
+  Result FlashRead(std::string address, std::string& value) override;
+  Result FlashErase(std::string address) override;
+
+  // Erases every sector that the image covers and writes it in pieces of 60 bytes; blank pieces are
+  // passed over. Reports (0, 1 to 99).
+  Result FlashWriteImage(std::vector<std::uint8_t> image, std::uint32_t start_address,
+                         ProgressCallback progress) override;
+
+  // Appends the inclusive range to `output`. A failing transfer is repeated until a stop request.
+  Result FlashQuickReadImage(std::vector<std::uint8_t>& output, std::uint32_t start_address,
+                             std::uint32_t end_address, ProgressCallback progress) override;
+
+  // The feature register as it was read at the last selection that was answered; empty before.
+  const std::string& FeatureText() const { return feature_text_; }
+
+ private:
+  struct LengthReport {
+    Result result = kOk;
+    std::uint32_t length = 0;  // 0 unless the query succeeded
+  };
+
+  // Asks for a selector's length and refuses what no USB control can have.
+  LengthReport QueryLength(Selector selector);
+
+  // A zeroed buffer that holds the command and whatever length the device wants.
+  static std::vector<std::uint8_t> MakeBlock(std::uint32_t length, std::size_t command_length);
+
+  Result Set(Selector selector, std::uint32_t length, std::span<std::uint8_t> block);
+  Result Get(Selector selector, std::uint32_t length, std::span<std::uint8_t> block);
+
+  Result SendRegisterCommands(std::span<const RegisterCommand> commands, std::uint32_t length,
+                              std::span<std::uint8_t> block);
+  Result ReadWideRegister(std::uint32_t address, std::uint32_t length,
+                          std::span<std::uint8_t> block, std::string& value);
+  Result ReadByteRegister(std::uint32_t address, std::uint32_t length,
+                          std::span<std::uint8_t> block, std::string& value);
+
+  // kOk when single I2C accesses can be made.
+  Result CheckI2cChannel();
+
+  Result SendFlashBlock(const FlashBlock& command);
+  // Makes a failed read's exchange anew at the words around its address.
+  void RetryFlashRead(std::uint32_t address, std::uint32_t length);
+
+  // Repeats until the first answer of 0, a few times at most.
+  Result SetWithRetries(std::uint32_t length, std::span<std::uint8_t> block);
+  Result EraseSectors(std::uint32_t start_address, std::uint32_t sector_count);
+  Result FastRead(std::vector<std::uint8_t>& output, std::uint32_t start_address,
+                  std::uint32_t end_address, const ProgressCallback& progress);
+
+  std::string feature_text_;
+};
+
+}  // namespace borvan

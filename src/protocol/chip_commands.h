@@ -1,0 +1,94 @@
+#pragma once
+
+// The constants of the chip's command protocol: control selectors, opcodes, tags, lengths.
+
+#include <cstddef>
+#include <cstdint>
+
+namespace borvan {
+
+// Control selectors of the vendor extension unit.
+enum class Selector : std::uint32_t {
+  kRegister = 1,
+  kI2c = 2,
+  kFlash = 3,
+  kFlashFastWrite = 4,
+  kFlashFastRead = 5,
+  kI2cBlock = 6,
+  kRegisterBlock = 7,
+};
+
+// A USB control transfer's length field has 16 bits: a longer report can't be true.
+constexpr std::uint32_t kLargestControlLength = 0xFFFF;
+
+constexpr std::size_t kRegisterCommandLength = 4;
+constexpr std::size_t kI2cCommandLength = 4;
+constexpr std::size_t kI2cBlockLength = 12;
+constexpr std::size_t kFlashBlockLength = 11;
+constexpr std::size_t kPacketLength = 64;
+
+// Wide register commands: the high nibble says which half is carried, the low one the direction.
+namespace wide_register {
+constexpr std::uint8_t kWriteValueLow = 0x12;
+constexpr std::uint8_t kWriteValueHigh = 0x22;
+constexpr std::uint8_t kWriteAddressLow = 0x42;
+constexpr std::uint8_t kWriteAddressHigh = 0x82;
+constexpr std::uint8_t kReadAddressLow = 0x41;
+constexpr std::uint8_t kReadAddressHigh = 0x81;
+constexpr std::uint8_t kNoTag = 0x00;
+constexpr std::uint8_t kReplyLowTag = 0x11;
+constexpr std::uint8_t kReplyHighTag = 0x21;
+}  // namespace wide_register
+
+// Byte register commands: one opcode a direction, the step is in the tag.
+namespace byte_register {
+constexpr std::uint8_t kWrite = 0x28;
+constexpr std::uint8_t kWriteAddressLowTag = 0x08;
+constexpr std::uint8_t kWriteAddressHighTag = 0x38;
+constexpr std::uint8_t kWriteValueTag = 0x48;
+constexpr std::uint8_t kRead = 0x24;
+constexpr std::uint8_t kReadAddressLowTag = 0x18;
+constexpr std::uint8_t kReadAddressHighTag = 0x58;
+constexpr std::uint8_t kReplyTag = 0x28;
+}  // namespace byte_register
+
+namespace i2c {
+constexpr std::uint8_t kWrite = 0x00;
+constexpr std::uint8_t kRead = 0x01;
+// Per-address read of a run.
+constexpr std::uint8_t kStepRead = 0x14;
+constexpr std::uint8_t kStepSlaveTag = 0x01;
+constexpr std::uint8_t kStepAddressTag = 0x02;
+// Block read.
+constexpr std::uint8_t kBlockRead = 0x10;
+constexpr std::uint8_t kBlockWidthFor32BitAddress = 0x05;
+}  // namespace i2c
+
+namespace flash {
+constexpr std::uint8_t kWriteWord = 0x38;
+constexpr std::uint8_t kReadWord = 0x34;
+constexpr std::uint8_t kErase = 0x32;
+constexpr std::uint32_t kSectorSize = 4096;
+constexpr std::size_t kPieceSize = 60;
+constexpr std::uint8_t kErasedByte = 0xFF;
+}  // namespace flash
+
+// Block reads of I2C and chip registers carry 56 values behind an 8-byte head.
+constexpr std::uint32_t kBlockReadCount = 56;
+constexpr std::size_t kBlockReadHead = 8;
+
+// Width modes of I2C accesses: bits of the register address and of the data.
+namespace i2c_mode {
+constexpr std::int32_t kAddress8Data8 = 0;
+constexpr std::int32_t kAddress16Data8 = 1;
+constexpr std::int32_t kAddress16Data16 = 2;
+constexpr std::int32_t kAddress32Data8 = 3;
+constexpr std::int32_t kAddress32Data16 = 4;
+constexpr std::int32_t kAddress32Data32 = 5;
+}  // namespace i2c_mode
+
+// The chip register that tells which fast paths its firmware has.
+constexpr std::uint32_t kFeatureRegister = 0x1A3;
+constexpr std::int32_t kFeatureFastI2c = 0x20;
+
+}  // namespace borvan

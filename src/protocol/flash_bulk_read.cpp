@@ -1,0 +1,81 @@
+// Reading a range of flash, 64 bytes a transfer, on selector 5.
+
+#include <algorithm>
+
+#include "protocol/borvan_usb_q7.h"
+#include "protocol/flash_blocks.h"
+#include "protocol/flash_image.h"
+
+namespace borvan {
+namespace {
+
+constexpr std::uint32_t kGroupSize = 8;
+constexpr std::int32_t kDone = 100;
+
+// Ranges up to the size of a large flash get their memory at once. Larger ones grow as the device
+// delivers: a mistaken end address must not ask for gigabytes first.
+constexpr std::uint64_t kLargestReserve = 64U << 20U;
+
+}  // namespace
+
+Result BorvanUsb_Q7::FlashQuickReadImage(std::vector<std::uint8_t>& output,
+                                         std::uint32_t start_address, std::uint32_t end_address,
+                                         ProgressCallback progress) {
+  // Only whether the unit answers counts here; the reads go through another selector.
+  std::uint32_t ignored_length = 0;
+  if (HasFailed(ChannelGetLength(static_cast<std::uint32_t>(Selector::kFlash), &ignored_length))) {
+    return ToResult(StatusCode::kLengthQueryFailed);
+  }
+  if (end_address < start_address) {
+    return ToResult(StatusCode::kInvalidAddress);
+  }
+  return FastRead(output, start_address, end_address, progress);
+}
+
+Result BorvanUsb_Q7::FastRead(std::vector<std::uint8_t>& output, std::uint32_t start_address,
+                              std::uint32_t end_address, const ProgressCallback& progress) {
+  const LengthReport report = QueryLength(Selector::kFlashFastRead);
+  if (HasFailed(report.result)) {
+    return ToResult(StatusCode::kFastInterfaceFailed);
+  }
+  const std::uint64_t size = std::uint64_t{end_address} - start_address + 1;
+  const auto group_count = static_cast<std::uint32_t>(size / kGroupSize);
+  output.reserve(output.size() + std::min(size, kLargestReserve));
+
+  Result result = report.result;
+  std::vector<std::uint8_t> block = MakeBlock(report.length, kPacketLength);
+  FlashReadProgress percentages(group_count);
+  std::uint32_t address = start_address;
+  std::uint32_t group = 0;
+  while (group <= group_count) {
+    if (IsStopRequested()) {
+      return ToResult(StatusCode::kTerminated);
+    }
+    const Packet request = FlashReadRequest(address);
+    std::fill(std::copy(request.begin(), request.end(), block.begin()), block.end(),
+              std::uint8_t{0});
+    static_cast<void>(Set(Selector::kFlashFastRead, report.length, block));
+    result = Get(Selector::kFlashFastRead, report.length, block);
+    // Any answer but 0 asks for the same address again, without limit or pause: only a stop request
+    // or a later success ends the repetition.
+    if (result == kOk) {
+      for (std::size_t at = 0; at < kPacketLength && group <= group_count; at += kGroupSize) {
+        const std::uint32_t bytes = group < group_count ? kGroupSize : size % kGroupSize;
+        const auto first = block.begin() + static_cast<std::ptrdiff_t>(at);
+        output.insert(output.end(), first, first + bytes);
+        ++group;
+        address += kGroupSize;
+      }
+    }
+    if (group_count == 0) {
+      progress(kOk, kDone);
+      break;
+    }
+    if (const auto percent = percentages.After(group); percent && progress) {
+      progress(kOk, *percent);
+    }
+  }
+  return result;
+}
+
+}  // namespace borvan

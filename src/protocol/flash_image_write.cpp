@@ -1,0 +1,82 @@
+// Programming a whole image: erases on selector 3, then 60-byte pieces on selector 4.
+
+#include <algorithm>
+#include <chrono>
+#include <thread>
+
+#include "protocol/borvan_usb_q7.h"
+#include "protocol/flash_blocks.h"
+#include "protocol/flash_image.h"
+
+namespace borvan {
+namespace {
+
+constexpr int kRetries = 3;
+constexpr std::chrono::milliseconds kRetryPause{1};
+
+}  // namespace
+
+Result BorvanUsb_Q7::EraseSectors(std::uint32_t start_address, std::uint32_t sector_count) {
+  // A failed query counts as length 0 here; the erases themselves then tell the failure.
+  const std::uint32_t length = QueryLength(Selector::kFlash).length;
+  std::vector<std::uint8_t> block = MakeBlock(length, kPacketLength);
+  for (std::uint32_t index = 0; index < sector_count; ++index) {
+    const FlashBlock erase = FlashEraseSector(SectorAddress(start_address, index));
+    std::copy(erase.begin(), erase.end(), block.begin());
+    if (HasFailed(Set(Selector::kFlash, length, block))) {
+      return ToResult(StatusCode::kFlashEraseFailed);
+    }
+  }
+  return kOk;
+}
+
+Result BorvanUsb_Q7::SetWithRetries(std::uint32_t length, std::span<std::uint8_t> block) {
+  Result result = Set(Selector::kFlashFastWrite, length, block);
+  for (int retry = 0; retry < kRetries && result != kOk; ++retry) {
+    std::this_thread::sleep_for(kRetryPause);
+    result = Set(Selector::kFlashFastWrite, length, block);
+  }
+  return result;
+}
+
+Result BorvanUsb_Q7::FlashWriteImage(std::vector<std::uint8_t> image, std::uint32_t start_address,
+                                     ProgressCallback progress) {
+  const FlashImageLayout layout = LayOutFlashImage(static_cast<std::uint32_t>(image.size()));
+  const Result erased = EraseSectors(start_address, layout.sector_count);
+  if (HasFailed(erased)) {
+    return erased;
+  }
+  PadFlashImage(image, layout);
+
+  // Stricter than the query before the erases: any answer but 0 ends the work here.
+  const LengthReport report = QueryLength(Selector::kFlashFastWrite);
+  if (report.result != kOk) {
+    return ToResult(StatusCode::kFastInterfaceFailed);
+  }
+  std::vector<std::uint8_t> block = MakeBlock(report.length, kPacketLength);
+  FlashWriteProgress percentages(layout.padded_size);
+  std::uint32_t address = start_address;
+  Result result = kOk;
+  for (std::uint64_t offset = 0; offset < layout.padded_size; offset += flash::kPieceSize) {
+    if (IsStopRequested()) {
+      return ToResult(StatusCode::kTerminated);
+    }
+    const std::span<const std::uint8_t, flash::kPieceSize> piece(image.data() + offset,
+                                                                 flash::kPieceSize);
+    if (!IsBlankPiece(piece)) {
+      const Packet packet = FlashWritePacket(address, piece);
+      std::copy(packet.begin(), packet.end(), block.begin());
+      result = SetWithRetries(report.length, block);
+      if (HasFailed(result)) {
+        return ToResult(StatusCode::kFlashWriteFailed);
+      }
+    }
+    address += static_cast<std::uint32_t>(flash::kPieceSize);
+    if (const auto percent = percentages.NextPiece(); percent && progress) {
+      progress(kOk, *percent);
+    }
+  }
+  return result;
+}
+
+}  // namespace borvan
