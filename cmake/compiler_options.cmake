@@ -26,8 +26,10 @@ endif()
 
 if(MINGW)
   # Products run on a machine without our toolchain: the compiler's runtime is linked in.
-  # The build id and the time stamp would differ from build to build.
+  # The time stamp would differ from build to build.
   target_link_options(borvan_options INTERFACE -static -Wl,--no-insert-timestamp)
+  # borvan_windows_product() moves the debug information into a file apart.
+  target_compile_options(borvan_options INTERFACE $<$<CONFIG:Release>:-g>)
 endif()
 
 if(BORVAN_SANITIZE)

@@ -1,0 +1,39 @@
+#!/usr/bin/env bash
+# Installs the Debian 12 packages that building, testing and the demo need; does nothing when all
+# are there. Without root it prints the command to run and fails. Usage: packages.sh
+set -euo pipefail
+
+# The one list of what a machine needs.
+packages=(
+  # builds
+  cmake ninja-build
+  g++ clang libclang-rt-14-dev
+  g++-mingw-w64-x86-64-posix binutils-mingw-w64-x86-64 llvm
+  # libraries: tests, benchmarks, tools
+  googletest libbenchmark-dev nlohmann-json3-dev libcli11-dev
+  # running Windows programs
+  wine wine64
+  # checks
+  clang-format clang-tidy shellcheck python3
+  # demo: an image to flash, and looking at bytes and answers
+  seabios xxd jq tmux
+)
+
+missing=()
+for package in "${packages[@]}"; do
+  status=$(dpkg-query -W -f '${db:Status-Status}' "$package" 2>/dev/null || true)
+  [ "$status" = installed ] || missing+=("$package")
+done
+[ ${#missing[@]} -gt 0 ] || exit 0
+
+if [ "$(id -u)" -ne 0 ]; then
+  {
+    echo "packages.sh: packages are missing; run this line, then start again:"
+    echo "sudo apt-get update && sudo apt-get install -y --no-install-recommends ${missing[*]}"
+  } >&2
+  exit 1
+fi
+echo "Installing: ${missing[*]}"
+export DEBIAN_FRONTEND=noninteractive
+apt-get update -q
+apt-get install -q -y --no-install-recommends "${missing[@]}"

@@ -1,0 +1,58 @@
+#!/usr/bin/env python3
+"""Builds the library from two copies of the sources in differently named folders and compares.
+
+Usage: two_builds_are_identical.py CMAKE SOURCE_FOLDER
+Whoever builds the tag again gets the bytes that were handed out.
+"""
+import pathlib
+import shutil
+import subprocess
+import sys
+import tempfile
+
+TARGETS = ["BorvanUSB_x64", "BorvanUSB_x64_msvc_import_library"]
+PRODUCTS = ["bin/BorvanUSB_x64.dll", "bin/BorvanUSB_x64.dll.debug",
+            "lib/libBorvanUSB_x64.dll.a", "lib/BorvanUSB_x64.lib"]
+# Of different lengths, so that a path that slips in moves what follows it too.
+FOLDERS = ["first", "a folder with a longer name"]
+NOT_COPIED = shutil.ignore_patterns("build", ".git", "tests", "bench", "examples")
+
+
+def build(cmake, source, folder):
+    """Copies the sources into `folder` and builds there; returns the product folder."""
+    shutil.copytree(source, folder, ignore=NOT_COPIED, symlinks=True)
+    for command in ([cmake, "--preset", "windows", "-DBORVAN_BUILD_TESTS=OFF"],
+                    [cmake, "--build", "--preset", "windows", "--target", *TARGETS]):
+        run = subprocess.run(command, cwd=folder, text=True, check=False,
+                             stdout=subprocess.PIPE, stderr=subprocess.STDOUT)
+        if run.returncode != 0:
+            sys.exit(f"{' '.join(command)} failed in {folder}:\n{run.stdout}")
+    return folder / "build" / "windows"
+
+
+def first_difference(left, right):
+    """Text for the first byte that differs; empty when none does."""
+    for offset, (one, other) in enumerate(zip(left, right)):
+        if one != other:
+            return f"byte {offset:#x}: {one:#04x} and {other:#04x}"
+    return "" if len(left) == len(right) else f"lengths {len(left)} and {len(right)}"
+
+
+def main():
+    """Builds twice, compares each product, names each difference."""
+    if len(sys.argv) != 3:
+        sys.exit(__doc__)
+    with tempfile.TemporaryDirectory() as scratch:
+        one, other = (build(sys.argv[1], sys.argv[2], pathlib.Path(scratch) / name)
+                      for name in FOLDERS)
+        failed = False
+        for product in PRODUCTS:
+            difference = first_difference((one / product).read_bytes(),
+                                          (other / product).read_bytes())
+            print(f"{product}: {difference or 'identical'}")
+            failed = failed or bool(difference)
+    sys.exit(1 if failed else 0)
+
+
+if __name__ == "__main__":
+    main()
