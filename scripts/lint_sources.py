@@ -66,7 +66,8 @@ class Linter:
     def __init__(self):
         files = check_structure.our_files(ROOT)
         self.graph, _ = check_structure.include_graph(ROOT, files)
-        rules = [(ROOT / folder / ".clang-tidy").read_text(encoding="utf-8") for folder in ("", "tests")]
+        rules = [(ROOT / folder / ".clang-tidy").read_text(encoding="utf-8")
+                 for folder in ("", "tests")]
         self.tool = "\n".join([output_of(TIDY, "--version"), *rules])
         self.print_lock = threading.Lock()
 
