@@ -28,14 +28,15 @@ stage() {
   printf '%-28s %-6s %4d s\n' "$name" "$outcome" $((SECONDS - started))
 }
 
-# Wine's servers outlive the programs they served, and hold this script's output open.
+# Wine's servers outlive the programs they served, and hold this script's output open. A prefix in
+# use has its drives from the start; its registry files come late.
 stop_wine() {
   local prefix
   while IFS= read -r -d '' prefix; do
     prefix=$(dirname "$prefix")
     WINEPREFIX=$PWD/$prefix timeout 20 wineserver -k >/dev/null 2>&1 || true
     WINEPREFIX=$PWD/$prefix timeout 20 wineserver -w >/dev/null 2>&1 || true
-  done < <(find build -maxdepth 4 -name system.reg -print0 2>/dev/null)
+  done < <(find build -maxdepth 4 -name dosdevices -print0 2>/dev/null)
 }
 
 mkdir -p "$logs"
