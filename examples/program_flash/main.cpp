@@ -1,0 +1,149 @@
+// Programs a camera's flash with an image, reads it back and compares. See --help.
+#include <cstdint>
+#include <cstdio>
+#include <cstdlib>
+#include <exception>
+#include <string>
+#include <vector>
+
+#include "arguments.h"
+#include "borvan_usb.h"
+#include "cameras.h"
+#include "failure.h"
+#include "flash_dump.h"
+#include "flash_jobs.h"
+#include "image_files.h"
+
+namespace {
+
+constexpr std::uint64_t kAddressSpace = std::uint64_t{1} << 32U;
+constexpr std::uint32_t kSectorSize = 4096;
+constexpr std::uint32_t kPacketSize = 60;  // the last one is filled up with zeros
+
+// The image, found fit to be programmed before any camera is touched.
+std::vector<std::uint8_t> LoadImage(const Arguments& arguments) {
+  std::vector<std::uint8_t> image;
+  if (!ReadWholeFile(arguments.image, image)) {
+    throw Failure(ExitCode::kImageUnusable, "can't read the image file " + arguments.image);
+  }
+  if (image.empty()) {
+    throw Failure(ExitCode::kImageUnusable, "the image file " + arguments.image + " is empty");
+  }
+  if (arguments.address + image.size() > kAddressSpace) {
+    throw Failure(ExitCode::kImageUnusable,
+                  "the image file " + arguments.image + " reaches beyond the address 0xFFFFFFFF");
+  }
+  return image;
+}
+
+// An old dump must not be taken for the new one, nor the image for an old dump.
+void MakeRoomForDump(const Arguments& arguments) {
+  if (IsSameFile(arguments.image, arguments.dump)) {
+    throw Failure(ExitCode::kWrongArguments,
+                  "--dump: " + arguments.dump + " is the image file itself");
+  }
+  if (!RemoveFile(arguments.dump)) {
+    throw Failure(ExitCode::kWrongArguments,
+                  "--dump: " + arguments.dump + " can't be replaced, or its folder is missing");
+  }
+}
+
+void WarnOfBytesBehindImage(const Arguments& arguments, std::size_t size) {
+  const std::size_t filled = (kPacketSize - size % kPacketSize) % kPacketSize;
+  const std::size_t left_in_sector = (kSectorSize - size % kSectorSize) % kSectorSize;
+  if (filled > left_in_sector) {
+    std::printf("note: the last packet also sets the %u bytes from 0x%08lx on to 0\n",
+                static_cast<unsigned>(filled - left_in_sector),
+                static_cast<unsigned long>(arguments.address + size + left_in_sector));
+  }
+}
+
+std::vector<std::uint8_t> LoadDump(const Arguments& arguments, std::size_t size) {
+  std::vector<std::uint8_t> dump;
+  if (!ReadWholeFile(arguments.dump, dump)) {
+    throw Failure(ExitCode::kReadingBackFailed, "can't read the dump " + arguments.dump);
+  }
+  if (!IsTextDump(arguments.dump)) {
+    return dump;
+  }
+  const auto bytes = ParseTextDump(std::string(dump.begin(), dump.end()), arguments.address, size);
+  if (!bytes) {
+    throw Failure(ExitCode::kReadingBackFailed, arguments.dump + " is no text dump of that range");
+  }
+  return *bytes;
+}
+
+void Compare(const std::vector<std::uint8_t>& image, const std::vector<std::uint8_t>& dump,
+             std::uint32_t address) {
+  const auto difference = FirstDifference(image, dump);
+  if (!difference) {
+    return;
+  }
+  char text[96] = "";
+  if (*difference >= image.size() || *difference >= dump.size()) {
+    std::snprintf(text, sizeof text, "the dump has %lu bytes, the image %lu",
+                  static_cast<unsigned long>(dump.size()),
+                  static_cast<unsigned long>(image.size()));
+  } else {
+    std::snprintf(text, sizeof text, "different: at 0x%08lx the image has 0x%02x, the flash 0x%02x",
+                  static_cast<unsigned long>(address + *difference),
+                  static_cast<unsigned>(image[*difference]),
+                  static_cast<unsigned>(dump[*difference]));
+  }
+  throw Failure(ExitCode::kDifferent, text);
+}
+
+void Run(const Arguments& arguments) {
+  const std::vector<std::uint8_t> image = LoadImage(arguments);
+  const auto size = static_cast<std::uint32_t>(image.size());
+  MakeRoomForDump(arguments);
+
+  const Patience patience(arguments.time_limit);
+  const std::vector<UsbDeviceInfo> cameras = ListCameras();
+  PrintCameras(cameras);
+  const std::int32_t index = FindCamera(cameras, arguments.camera);
+  const std::string path = PathOf(cameras[static_cast<std::size_t>(index)]);
+  OpenCamera(index);
+  std::printf("camera %ld: programming %lu bytes at 0x%08lx\n", static_cast<long>(index),
+              static_cast<unsigned long>(size), static_cast<unsigned long>(arguments.address));
+  WarnOfBytesBehindImage(arguments, image.size());
+  std::fflush(stdout);
+  const double programming = ProgramFlash(arguments.image, arguments.address, patience);
+
+  // The second job gets an instance of its own: in the first one's, the 100 still stands, and its
+  // clearing would fall into the dump. Cameras may have come and gone, so the path is looked up.
+  OpenCamera(FindCamera(ListCameras(), path));
+  const double reading = DumpFlash(arguments.dump, arguments.address, size, patience);
+  Compare(image, LoadDump(arguments, image.size()), arguments.address);
+  UsbDestroyUSB();
+  std::printf("identical: %lu bytes at 0x%08lx, programmed in %.1f s, read back in %.1f s\n",
+              static_cast<unsigned long>(size), static_cast<unsigned long>(arguments.address),
+              programming, reading);
+}
+
+// A job may still be running and nothing can stop it: nothing of the library is taken down under
+// it, the process ends as a whole.
+[[noreturn]] void End(const char* text, ExitCode code) {
+  std::fflush(stdout);
+  std::fprintf(stderr, "program_flash: %s\n", text);
+  std::fflush(stderr);
+  std::_Exit(static_cast<int>(code));
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  try {
+    const Arguments arguments = ParseArguments(argc, argv);
+    if (arguments.help) {
+      std::fputs(HelpText(), stdout);
+    } else {
+      Run(arguments);
+    }
+    return static_cast<int>(ExitCode::kIdentical);
+  } catch (const Failure& failure) {
+    End(failure.what(), failure.Code());
+  } catch (const std::exception& error) {
+    End(error.what(), ExitCode::kUnexpected);
+  }
+}
