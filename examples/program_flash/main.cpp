@@ -125,7 +125,8 @@ void Run(const Arguments& arguments) {
 // it, the process ends as a whole.
 [[noreturn]] void End(const char* text, ExitCode code) {
   std::fflush(stdout);
-  std::fprintf(stderr, "program_flash: %s\n", text);
+  const std::string line = std::string("program_flash: ") + text + "\n";
+  std::fwrite(line.data(), 1, line.size(), stderr);
   std::fflush(stderr);
   std::_Exit(static_cast<int>(code));
 }
@@ -133,6 +134,8 @@ void Run(const Arguments& arguments) {
 }  // namespace
 
 int main(int argc, char** argv) {
+  // On a terminal the stream would have no buffer and pass on each character by itself.
+  std::setvbuf(stdout, nullptr, _IOFBF, BUFSIZ);
   try {
     const Arguments arguments = ParseArguments(argc, argv);
     if (arguments.help) {

@@ -2,12 +2,14 @@
 
 #include <windows.h>
 
+#include <algorithm>
+#include <array>
 #include <cstdio>
 #include <utility>
 
 namespace {
 
-constexpr std::int32_t kCells = 40;
+constexpr std::size_t kCells = 40;
 constexpr std::int32_t kPlainStep = 25;
 
 bool StandardErrorIsTerminal() {
@@ -35,9 +37,7 @@ void ProgressBar::Show(std::int32_t percent) {
       return;
     }
     shown_percent_ = percent;
-    std::fprintf(stderr, "%-12s %3d %%  %5.1f s\n", title_.c_str(), static_cast<int>(percent),
-                 seconds);
-    std::fflush(stderr);
+    Print("", percent, seconds, "\n");
     return;
   }
   // Writing to a terminal costs more than looking: only what changes to the eye is written.
@@ -48,12 +48,20 @@ void ProgressBar::Show(std::int32_t percent) {
   shown_percent_ = percent;
   shown_tenths_ = tenths;
   line_open_ = true;
-  const std::int32_t full = percent * kCells / 100;
-  const std::string bar = std::string(static_cast<std::size_t>(full), '#') +
-                          std::string(static_cast<std::size_t>(kCells - full), '.');
-  std::fprintf(stderr, "\r%-12s [%s] %3d %%  %5.1f s", title_.c_str(), bar.c_str(),
-               static_cast<int>(percent), seconds);
-  std::fflush(stderr);
+  const auto full = static_cast<std::size_t>(percent) * kCells / 100;
+  std::string bar(1, '[');
+  bar.append(full, '#').append(kCells - full, '.').append("] ");
+  Print(bar, percent, seconds, "\r");
+}
+
+void ProgressBar::Print(const std::string& bar, std::int32_t percent, double seconds,
+                        const char* end) const {
+  std::array<char, 128> line{};
+  const int length =
+      std::snprintf(line.data(), line.size(), "%-12s %s%3d %%  %5.1f s%s", title_.c_str(),
+                    bar.c_str(), static_cast<int>(percent), seconds, end);
+  // At one go: the stream has no buffer, and a terminal shows a line written bit by bit so.
+  std::fwrite(line.data(), 1, std::min(static_cast<std::size_t>(length), line.size() - 1), stderr);
 }
 
 double ProgressBar::Seconds() const {

@@ -24,6 +24,8 @@ class ProgressBar {
   double Seconds() const;
 
  private:
+  void Print(const std::string& bar, std::int32_t percent, double seconds, const char* end) const;
+
   std::string title_;
   std::chrono::steady_clock::time_point start_;
   bool live_;
