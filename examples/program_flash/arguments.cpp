@@ -41,6 +41,10 @@ Arguments ParseArguments(int argc, const char* const* argv) {
       arguments.help = true;
       return arguments;
     }
+    if (option == "--compare-only") {
+      arguments.compare_only = true;
+      continue;
+    }
     if (option != "--image" && option != "--address" && option != "--camera" &&
         option != "--dump" && option != "--timeout") {
       Refuse("\"" + option + "\" is no option of this program");
@@ -78,8 +82,9 @@ const char* HelpText() {
   return R"(Programs a camera's flash with an image, reads it back and compares.
 
 usage: program_flash --image FILE [--address N] [--camera INDEX|PATH] [--dump FILE] [--timeout S]
+                     [--compare-only]
 
-  --image FILE     the bytes to program; the file is not changed
+  --image FILE     the bytes to program
   --address N      flash address of the first byte, a multiple of 4096, decimal or with 0x;
                    0 when left out
   --camera C       which camera: its index or device path as listed; may be left out when there
@@ -87,6 +92,7 @@ usage: program_flash --image FILE [--address N] [--camera INDEX|PATH] [--dump FI
   --dump FILE      where to put what was read back; an existing file is replaced; a name ending
                    in .txt gives lines of text; flash-dump.bin when left out
   --timeout S      seconds after which to give up, 1 to 86400; 600 when left out
+  --compare-only   leave the flash as it is: only read back and compare
 
 exit codes
   0  the flash holds the image

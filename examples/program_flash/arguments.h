@@ -7,6 +7,7 @@
 // What the command line asks for.
 struct Arguments {
   bool help = false;
+  bool compare_only = false;
   std::string image;
   std::uint32_t address = 0;
   std::string camera;  // index or device path; empty: the only one

@@ -1,4 +1,5 @@
 // Programs a camera's flash with an image, reads it back and compares. See --help.
+#include <array>
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
@@ -73,24 +74,39 @@ std::vector<std::uint8_t> LoadDump(const Arguments& arguments, std::size_t size)
   return *bytes;
 }
 
+std::string SecondsText(double seconds) {
+  std::array<char, 32> text{};
+  std::snprintf(text.data(), text.size(), "%.1f s", seconds);
+  return text.data();
+}
+
 void Compare(const std::vector<std::uint8_t>& image, const std::vector<std::uint8_t>& dump,
              std::uint32_t address) {
   const auto difference = FirstDifference(image, dump);
   if (!difference) {
     return;
   }
-  char text[96] = "";
+  std::array<char, 96> text{};
   if (*difference >= image.size() || *difference >= dump.size()) {
-    std::snprintf(text, sizeof text, "the dump has %lu bytes, the image %lu",
+    std::snprintf(text.data(), text.size(), "the dump has %lu bytes, the image %lu",
                   static_cast<unsigned long>(dump.size()),
                   static_cast<unsigned long>(image.size()));
   } else {
-    std::snprintf(text, sizeof text, "different: at 0x%08lx the image has 0x%02x, the flash 0x%02x",
-                  static_cast<unsigned long>(address + *difference),
-                  static_cast<unsigned>(image[*difference]),
-                  static_cast<unsigned>(dump[*difference]));
+    std::snprintf(
+        text.data(), text.size(), "different: at 0x%08lx the image has 0x%02x, the flash 0x%02x",
+        static_cast<unsigned long>(address + *difference),
+        static_cast<unsigned>(image[*difference]), static_cast<unsigned>(dump[*difference]));
   }
-  throw Failure(ExitCode::kDifferent, text);
+  throw Failure(ExitCode::kDifferent, text.data());
+}
+
+// Programs through a camera that is open, and says what it is going to do.
+double Program(const Arguments& arguments, std::size_t size, const Patience& patience) {
+  std::printf("programming %lu bytes at 0x%08lx\n", static_cast<unsigned long>(size),
+              static_cast<unsigned long>(arguments.address));
+  WarnOfBytesBehindImage(arguments, size);
+  std::fflush(stdout);
+  return ProgramFlash(arguments.image, arguments.address, patience);
 }
 
 void Run(const Arguments& arguments) {
@@ -102,23 +118,20 @@ void Run(const Arguments& arguments) {
   const std::vector<UsbDeviceInfo> cameras = ListCameras();
   PrintCameras(cameras);
   const std::int32_t index = FindCamera(cameras, arguments.camera);
-  const std::string path = PathOf(cameras[static_cast<std::size_t>(index)]);
   OpenCamera(index);
-  std::printf("camera %ld: programming %lu bytes at 0x%08lx\n", static_cast<long>(index),
-              static_cast<unsigned long>(size), static_cast<unsigned long>(arguments.address));
-  WarnOfBytesBehindImage(arguments, image.size());
-  std::fflush(stdout);
-  const double programming = ProgramFlash(arguments.image, arguments.address, patience);
-
-  // The second job gets an instance of its own: in the first one's, the 100 still stands, and its
-  // clearing would fall into the dump. Cameras may have come and gone, so the path is looked up.
-  OpenCamera(FindCamera(ListCameras(), path));
-  const double reading = DumpFlash(arguments.dump, arguments.address, size, patience);
+  std::string result = "identical: " + std::to_string(size) + " bytes";
+  if (!arguments.compare_only) {
+    result += ", programmed in " + SecondsText(Program(arguments, image.size(), patience));
+    // The second job gets an instance of its own: in the first one's, the 100 still stands, and its
+    // clearing would fall into the dump. Cameras may have come and gone, so the path is looked up.
+    const std::string path = PathOf(cameras[static_cast<std::size_t>(index)]);
+    OpenCamera(FindCamera(ListCameras(), path));
+  }
+  result +=
+      ", read back in " + SecondsText(DumpFlash(arguments.dump, arguments.address, size, patience));
   Compare(image, LoadDump(arguments, image.size()), arguments.address);
   UsbDestroyUSB();
-  std::printf("identical: %lu bytes at 0x%08lx, programmed in %.1f s, read back in %.1f s\n",
-              static_cast<unsigned long>(size), static_cast<unsigned long>(arguments.address),
-              programming, reading);
+  std::puts(result.c_str());
 }
 
 // A job may still be running and nothing can stop it: nothing of the library is taken down under
