@@ -37,6 +37,9 @@
 // This header compiles alone as C11 and as C++.
 #pragma once
 
+// The header is C as much as C++, and must not follow advice for C++ alone.
+// NOLINTBEGIN(modernize-deprecated-headers, modernize-use-nullptr, modernize-use-using)
+// NOLINTBEGIN(cppcoreguidelines-pro-type-cstyle-cast)
 #include <assert.h>
 #include <stddef.h>
 #include <stdint.h>
@@ -420,3 +423,5 @@ uint64_t GetProgressInfo(void);
 #ifdef __cplusplus
 }  // extern "C"
 #endif
+// NOLINTEND(cppcoreguidelines-pro-type-cstyle-cast)
+// NOLINTEND(modernize-deprecated-headers, modernize-use-nullptr, modernize-use-using)
