@@ -96,8 +96,9 @@ heading "5. What the camera was asked for meanwhile"
 # Each transfer in words comes first, the table last, behind an empty line.
 with_cameras virtual-camera.exe trace "$trace" >"$folder/trace.txt" ||
   fail "the trace can't be read"
-awk 'NF == 0 { table = ""; next } { table = table $0 "\n" } END { printf "%s", table }' \
-  "$folder/trace.txt" | tail -n 16
+tr -d '\r' <"$folder/trace.txt" |
+  awk 'NF == 0 { table = ""; next } { table = table $0 "\n" } END { printf "%s", table }' |
+  tail -n 16
 
 heading "6. Read it once more, as text"
 with_cameras program_flash.exe --image "$image" --address "$address" --camera "$camera" \

@@ -60,8 +60,9 @@ void ProgressBar::Print(const std::string& bar, std::int32_t percent, double sec
   const int length =
       std::snprintf(line.data(), line.size(), "%-12s %s%3d %%  %5.1f s%s", title_.c_str(),
                     bar.c_str(), static_cast<int>(percent), seconds, end);
-  // At one go: the stream has no buffer, and a terminal shows a line written bit by bit so.
+  // At one go, as far as the runtime library goes along; some keep a buffer for this stream.
   std::fwrite(line.data(), 1, std::min(static_cast<std::size_t>(length), line.size() - 1), stderr);
+  std::fflush(stderr);
 }
 
 double ProgressBar::Seconds() const {
