@@ -82,11 +82,7 @@ void SyncEntries(const Configuration& configuration) {
 }
 
 void Plug(const Configuration& configuration, std::size_t position) {
-  const CameraConfiguration& camera = configuration.cameras.at(position);
-  // Plugging in is a power cycle: one that is in already keeps its registers.
-  if (!IsPlugged(camera)) {
-    SetPlugged(camera, true);
-  }
+  SetPlugged(configuration.cameras.at(position), true);
   SyncEntries(configuration);
 }
 
