@@ -13,6 +13,20 @@ namespace {
 // What a camera answers when the file has no such camera.
 constexpr HRESULT kNoSuchCamera = HRESULT_FROM_WIN32(ERROR_DEVICE_NOT_CONNECTED);
 
+// A text that a property bag gives away.
+struct TextProperty {
+  TextProperty() { value.vt = VT_BSTR; }
+  TextProperty(const TextProperty&) = delete;
+  TextProperty& operator=(const TextProperty&) = delete;
+  ~TextProperty() { VariantClear(&value); }
+
+  std::wstring Text() const {
+    return value.vt == VT_BSTR && value.bstrVal != nullptr ? value.bstrVal : L"";
+  }
+
+  VARIANT value = {};
+};
+
 }  // namespace
 
 HRESULT Filter::QueryInterface(REFIID iid, void** object) {
@@ -53,19 +67,12 @@ HRESULT Filter::Load(IPropertyBag* bag, IErrorLog* log) {
     return E_POINTER;
   }
   return Guarded([&]() -> HRESULT {
-    VARIANT path = {};
-    VariantInit(&path);
-    path.vt = VT_BSTR;
-    const HRESULT result = bag->Read(L"DevicePath", &path, log);
+    TextProperty path;
+    const HRESULT result = bag->Read(L"DevicePath", &path.value, log);
     if (FAILED(result)) {
       return result;
     }
-    std::wstring text;
-    if (path.vt == VT_BSTR && path.bstrVal != nullptr) {
-      text = path.bstrVal;
-    }
-    VariantClear(&path);
-    std::shared_ptr<Session> session = Session::Open(text);
+    std::shared_ptr<Session> session = Session::Open(path.Text());
     if (!session) {
       return kNoSuchCamera;
     }
