@@ -1,4 +1,7 @@
 // The JSON file: everything it can say, and a clear line for everything wrong.
+#include <filesystem>
+#include <fstream>
+
 #include "device_fixture.h"
 
 namespace virtual_camera_test {
@@ -277,6 +280,18 @@ TEST_F(ConfigurationTest, MoreFaultsThanCountersAreRefused) {
   }
   EXPECT_EQ(CameraErrorOf("\"faults\": [" + faults + "]"),
             "cameras[0].faults: must hold at most 64 faults");
+}
+
+TEST_F(ConfigurationTest, FileNamesAreUtf8) {
+  const std::string name = "k\xC3\xA4mera.json";
+  std::ofstream(std::filesystem::path(folder.File("")) /
+                std::filesystem::path(u8"k\u00e4mera.json"))
+      << R"({"cameras": [{"path": "a", "flash": {"size": "64K"}}]})";
+  const CameraConfiguration camera = LoadConfiguration(folder.File("") + name).cameras.at(0);
+  virtual_camera::Camera opened(camera);
+  EXPECT_EQ(std::filesystem::file_size(std::filesystem::path(folder.File("")) /
+                                       std::filesystem::path(u8"k\u00e4mera.camera0.flash")),
+            64U * 1024);
 }
 
 TEST_F(ConfigurationTest, FilesThatCantBeOpenedAreNamed) {

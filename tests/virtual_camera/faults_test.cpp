@@ -1,4 +1,5 @@
 // Every fault, and when faults strike.
+#include <algorithm>
 #include <chrono>
 #include <thread>
 
@@ -200,7 +201,7 @@ TEST_F(FaultsTest, UnpluggedCameraComesBackWithoutItsRegisters) {
   FaultConfiguration& fault = AddFault();
   fault.selector = 7;
   fault.at = 1;
-  fault.unplug = UnplugAction{.back_after_ms = 300};
+  fault.unplug = UnplugAction{.back_after_ms = 1000};
   std::optional<std::uint32_t> back;
   // The host may come back from within the call.
   camera().on_unplug = [&](std::optional<std::uint32_t> after) {
@@ -208,10 +209,10 @@ TEST_F(FaultsTest, UnpluggedCameraComesBackWithoutItsRegisters) {
     EXPECT_EQ(camera().QueryLength(1).result, kGone);
   };
   EXPECT_EQ(Set(7, Padded({0x00, 0x00, 0x00, 0x01, 0, 0, 0x01, 0x00, 0x99}, 64)), kOk);
-  EXPECT_EQ(back, 300U);
+  EXPECT_EQ(back, 1000U);
   EXPECT_THAT(virtual_camera::DescribeState(configuration),
               testing::HasSubstr("  state: unplugged, back in "));
-  std::this_thread::sleep_for(std::chrono::milliseconds(350));
+  std::this_thread::sleep_for(std::chrono::milliseconds(1050));
   EXPECT_TRUE(virtual_camera::IsPlugged(configuration));
   EXPECT_EQ(Register(0x00), 0x00);
 }

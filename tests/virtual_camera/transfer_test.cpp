@@ -1,4 +1,7 @@
 // What all selectors have in common: lengths, sizes, unknown selectors.
+#include <algorithm>
+#include <random>
+
 #include "device_fixture.h"
 
 namespace virtual_camera_test {
@@ -83,6 +86,27 @@ TEST_F(TransferTest, EverySelectorHasItsOwnReply) {
   Set(5, Padded({0, 0, 0, 0}, 64));
   EXPECT_EQ(Get(1, 4), (Bytes{0x24, 0x66, 0x00, 0x28}));
   EXPECT_EQ(Get(5, 64), Bytes(64, 0xFF));
+}
+
+TEST_F(TransferTest, NoBlockBreaksTheChip) {
+  configuration.sensors = {{0x00, 0, {}}, {0x01, 1, {}}, {0x02, 2, {}}, {0x03, 5, {}}};
+  std::mt19937 random(1);
+  // Small bytes first: they are opcodes, modes and counts more often.
+  const auto byte = [&] {
+    const auto draw = static_cast<std::uint32_t>(random());
+    return static_cast<std::uint8_t>((draw & 0x100) != 0 ? draw & 0x07 : draw);
+  };
+  int understood = 0;
+  for (int i = 0; i < 4000; ++i) {
+    const auto selector = static_cast<std::uint32_t>(1 + random() % 7);
+    Bytes block(random() % 70);
+    std::generate(block.begin(), block.end(), byte);
+    const std::int32_t result = Set(selector, block);
+    EXPECT_THAT(result, testing::AnyOf(kOk, kGenFailure));
+    understood += result == kOk ? 1 : 0;
+    EXPECT_THAT(GetResult(selector, 64), testing::AnyOf(kOk, kGenFailure));
+  }
+  EXPECT_GT(understood, 100);
 }
 
 TEST_F(TransferTest, SetsReturnNoBytes) {
