@@ -16,7 +16,7 @@ namespace bench {
 namespace {
 
 constexpr std::uint32_t kSize = 1U << 20U;
-constexpr int kRounds = 3;
+constexpr int kRounds = 5;
 constexpr double kWaitNanoseconds = 125'000;
 
 double Ratio(std::uint64_t measured, std::uint64_t yardstick) {
