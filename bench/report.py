@@ -90,9 +90,9 @@ def main():
     pair_row("   formatting, native, beside xxd", measured, yardstick, yardstick / measured,
              f">= {SMALLEST_FORMAT_RATIO}", yardstick / measured >= SMALLEST_FORMAT_RATIO)
     print(f"   (xxd needs {median(series['dump.native.xxd_start_ms']):.1f} ms of it for an empty file)")
-    for place, title in (("native", "native"), ("dll", "DLL under Wine")):
-        measured = median(series[f"dump.{place}.write_ms"])
-        yardstick = median(series[f"dump.{place}.one_write_ms"])
+    for place, title, pick in (("native", "native", median), ("dll", "DLL, least", min)):
+        measured = pick(series[f"dump.{place}.write_ms"])
+        yardstick = pick(series[f"dump.{place}.one_write_ms"])
         pair_row(f"   whole dump, {title}, beside one write", measured, yardstick,
                  measured / yardstick, f"<= {LARGEST_WRITE_RATIO}",
                  measured / yardstick <= LARGEST_WRITE_RATIO)
