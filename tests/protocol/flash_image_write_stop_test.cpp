@@ -3,6 +3,8 @@
 
 #include <gmock/gmock.h>
 
+#include <algorithm>
+
 #include "camera_with_script.h"
 
 namespace borvan::test {
@@ -14,8 +16,9 @@ using ::testing::IsEmpty;
 constexpr Result kTerminated = Code(0xE0000006);
 
 Transfer Piece(std::uint8_t address, Result result = 0) {
-  Bytes packet = {0x00, 0x00, 0x00, address};
-  packet.insert(packet.end(), 60, 0x11);
+  Bytes packet(64, 0x11);
+  std::fill_n(packet.begin(), 3, std::uint8_t{0x00});
+  packet[3] = address;
   return Takes(4, 64, std::move(packet), result);
 }
 
@@ -23,7 +26,9 @@ Transfer Piece(std::uint8_t address, Result result = 0) {
 // of pieces, 4 onwards pieces.
 class FlashImageWriteStop : public CameraWithScript {
  protected:
-  FlashImageWriteStop() : image_(180, 0x11) { image_.insert(image_.end(), 4080 - 180 + 60, 0xFF); }
+  FlashImageWriteStop() : image_(4140, 0xFF) {
+    std::fill_n(image_.begin(), 180, std::uint8_t{0x11});
+  }
 
   std::vector<Transfer> ScriptWith(const std::vector<Transfer>& pieces) {
     std::vector<Transfer> script = {ReportsLength(3, 11), Takes(3, 11, {0x32}),

@@ -25,6 +25,14 @@ Transfer Erase(std::uint8_t a3, std::uint8_t a2, std::uint8_t a1, std::uint8_t a
   return Takes(3, 11, {0x32, a3, a2, a1, a0, 0, 0, 0, 0, 0, 0}, result);
 }
 
+// `bytes`, then `count` bytes of `value`.
+Bytes And(Bytes bytes, std::size_t count, std::uint8_t value) {
+  for (std::size_t i = 0; i < count; ++i) {
+    bytes.push_back(value);
+  }
+  return bytes;
+}
+
 class FlashImageWrite : public CameraWithScript {};
 
 TEST_F(FlashImageWrite, EmptyImageOnlyAsksForLengths) {
@@ -55,10 +63,7 @@ TEST_F(FlashImageWrite, AMultipleOfSixtyIsSentWithoutTheBlankPieceBehindIt) {
 }
 
 TEST_F(FlashImageWrite, BlankPiecesAreNotSentButCount) {
-  Bytes image(60, 0x11);
-  image.insert(image.end(), 60, 0xFF);
-  image.insert(image.end(), 60, 0x22);
-  image.insert(image.end(), 60, 0xFF);
+  const Bytes image = And(And(And(Bytes(60, 0x11), 60, 0xFF), 60, 0x22), 60, 0xFF);
   Play({ReportsLength(3, 11), Erase(0x00, 0x00, 0x00, 0x00), ReportsLength(4, 64),
         Piece({0x00, 0x00, 0x00, 0x00}, Bytes(60, 0x11)),
         Piece({0x00, 0x00, 0x00, 0x78}, Bytes(60, 0x22))});
@@ -67,13 +72,9 @@ TEST_F(FlashImageWrite, BlankPiecesAreNotSentButCount) {
 }
 
 TEST_F(FlashImageWrite, SixtyErasedBytesAcrossTwoPiecesAreSent) {
-  Bytes image(30, 0x11);
-  image.insert(image.end(), 60, 0xFF);
-  image.insert(image.end(), 30, 0x22);
-  Bytes first(30, 0x11);
-  first.insert(first.end(), 30, 0xFF);
-  Bytes second(30, 0xFF);
-  second.insert(second.end(), 30, 0x22);
+  const Bytes image = And(And(Bytes(30, 0x11), 60, 0xFF), 30, 0x22);
+  const Bytes first = And(Bytes(30, 0x11), 30, 0xFF);
+  const Bytes second = And(Bytes(30, 0xFF), 30, 0x22);
   Play({ReportsLength(3, 11), Erase(0x00, 0x00, 0x00, 0x00), ReportsLength(4, 64),
         Piece({0x00, 0x00, 0x00, 0x00}, first), Piece({0x00, 0x00, 0x00, 0x3C}, second)});
   EXPECT_EQ(device_.FlashWriteImage(image, 0, Recorder()), 0);
@@ -231,8 +232,7 @@ TEST_F(FlashImageWrite, PositiveResultThatLastsIsNoFailure) {
 }
 
 TEST_F(FlashImageWrite, BlankPiecesAtTheEndKeepTheResultOfTheLastSentPiece) {
-  Bytes image(60, 0x11);
-  image.insert(image.end(), 60, 0xFF);
+  const Bytes image = And(Bytes(60, 0x11), 60, 0xFF);
   const Transfer positive = Piece({0, 0, 0, 0}, Bytes(60, 0x11), 3);
   Play({ReportsLength(3, 11), Erase(0, 0, 0, 0), ReportsLength(4, 64), positive, positive, positive,
         positive});
@@ -240,8 +240,7 @@ TEST_F(FlashImageWrite, BlankPiecesAtTheEndKeepTheResultOfTheLastSentPiece) {
 }
 
 TEST_F(FlashImageWrite, PacketIsSentWithTheReportedLength) {
-  Bytes packet = {0x00, 0x00, 0x00, 0x00};
-  packet.insert(packet.end(), 60, 0x11);
+  const Bytes packet = And({0x00, 0x00, 0x00, 0x00}, 60, 0x11);
   Play({ReportsLength(3, 64), Takes(3, 64, {0x32}), ReportsLength(4, 65), Takes(4, 65, packet)});
   EXPECT_EQ(device_.FlashWriteImage(Bytes(60, 0x11), 0, {}), 0);
 }
