@@ -89,7 +89,8 @@ struct Report {
 // record holds to the end of its thread.
 class ReportRecorder {
  public:
-  explicit ReportRecorder(std::shared_ptr<ScriptedDevice> device) : device_(std::move(device)) {}
+  explicit ReportRecorder(std::shared_ptr<borvan::BorvanUSBBase> device)
+      : device_(std::move(device)) {}
 
   // Called at each report, on the reporting thread; set it before the job starts.
   std::function<void(const Report&)> on_report;
@@ -127,7 +128,7 @@ class ReportRecorder {
   }
 
  private:
-  const std::shared_ptr<ScriptedDevice> device_;
+  const std::shared_ptr<borvan::BorvanUSBBase> device_;
   mutable std::mutex mutex_;
   std::vector<Report> reports_;
   std::vector<std::weak_ptr<int>> tokens_;
