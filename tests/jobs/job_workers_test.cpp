@@ -232,5 +232,25 @@ TEST_F(JobWorkersTest, JobsRunWithoutACallback) {
   EXPECT_TRUE(WaitUntil([&] { return ran == 6 && device.use_count() == 2; }));
 }
 
+TEST_F(JobWorkersTest, OperationsThatTheDeviceObjectLacksAreReportedAsNotImplemented) {
+  const auto plain = std::make_shared<borvan::BorvanUSBBase>(
+      std::make_unique<ScriptedPlatform>(std::make_shared<PlatformScript>()));
+  ReportRecorder plain_recorder(plain);
+  const auto progress = [&] { return plain_recorder.Callback(); };
+  const std::string list = folder.Put("list.txt", "0x01,0x02,\n");
+  const std::string output = folder.Path("out.bin");
+  EXPECT_EQ(borvan::StartFlashWriteJob(plain, list, "0", progress()), 0);
+  EXPECT_EQ(borvan::StartRegisterWriteJob(plain, list, progress()), 0);
+  EXPECT_EQ(borvan::StartI2cWriteJob(plain, list, 0, progress()), 0);
+  EXPECT_EQ(borvan::StartFlashQuickReadJob(plain, output, "0", "0", progress()), 0);
+  EXPECT_EQ(borvan::StartRegisterReadJob(plain, output, "0", "0", progress()), 0);
+  EXPECT_EQ(borvan::StartI2cReadJob(plain, output, "0", "0", "0", 0, progress()), 0);
+  ASSERT_TRUE(plain_recorder.JobsEnded());
+  ASSERT_EQ(plain_recorder.Reports().size(), 6U);
+  for (const Report& report : plain_recorder.Reports()) {
+    EXPECT_EQ(report, (Expected{0x80004001, -1}));
+  }
+}
+
 }  // namespace
 }  // namespace borvan_test
