@@ -87,7 +87,8 @@ borvan::Result MemoryChip::KsProperty(const borvan::NodePropertyRequest& request
     return 0;
   }
   const std::vector<std::uint8_t> answer = Answer(request.id);
-  std::memcpy(data, answer.data(), std::min<std::size_t>(length, answer.size()));
+  std::copy_n(answer.begin(), std::min<std::size_t>(length, answer.size()),
+              static_cast<std::uint8_t*>(data));
   bytes_returned = length;
   return 0;
 }
