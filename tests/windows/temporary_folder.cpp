@@ -24,4 +24,21 @@ std::string TemporaryFolder::File(const std::string& name) const {
   return path_.string() + "\\" + name;
 }
 
+bool WritesReadOnlyFiles() {
+  const TemporaryFolder folder;
+  const std::string path = folder.File("fixed");
+  const HANDLE made =
+      CreateFileA(path.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_NEW, FILE_ATTRIBUTE_READONLY,
+                  nullptr);
+  CloseHandle(made);
+  const HANDLE opened =
+      CreateFileA(path.c_str(), GENERIC_WRITE, 0, nullptr, OPEN_EXISTING, 0, nullptr);
+  const bool writes = opened != INVALID_HANDLE_VALUE;
+  if (writes) {
+    CloseHandle(opened);
+  }
+  SetFileAttributesA(path.c_str(), FILE_ATTRIBUTE_NORMAL);
+  return writes;
+}
+
 }  // namespace test

@@ -22,4 +22,8 @@ class TemporaryFolder {
   std::filesystem::path path_;
 };
 
+// Whether the system lets this account write files that are marked read-only: Windows never does,
+// Wine leaves it to the file system, which lets root.
+bool WritesReadOnlyFiles();
+
 }  // namespace test
