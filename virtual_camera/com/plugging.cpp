@@ -12,16 +12,12 @@
 namespace virtual_camera {
 namespace {
 
-constexpr std::uint64_t kFileTimePerMillisecond = 10'000;
+// How often a camera that is due is looked at, and when that ends.
+constexpr auto kReturnStep = std::chrono::milliseconds(10);
+constexpr int kReturnSteps = 500;
 
-std::uint64_t Now() {
-  FILETIME time = {};
-  GetSystemTimeAsFileTime(&time);
-  return static_cast<std::uint64_t>(time.dwHighDateTime) << 32 | time.dwLowDateTime;
-}
-
-// Two threads of this process may notice the same due camera.
-std::mutex& PluggingMutex() {
+// Two threads of this process may change the same entries.
+std::mutex& EntriesMutex() {
   static std::mutex mutex;
   return mutex;
 }
@@ -34,16 +30,15 @@ void PinModule() {
                      &module);
 }
 
-void PlugLocked(const Configuration& configuration, std::size_t position) {
-  const CameraConfiguration& camera = configuration.cameras.at(position);
-  // Plugging in is a power cycle: one that is in already keeps its registers.
-  if (!IsPlugged(camera)) {
-    SetPlugged(camera, true);
+// The entry appears when the device itself says that it is back: its clock counts.
+void AwaitReturn(const Configuration& configuration, std::size_t position) {
+  for (int step = 0; step < kReturnSteps; ++step) {
+    if (IsPlugged(configuration.cameras.at(position))) {
+      SyncEntries(configuration);
+      return;
+    }
+    std::this_thread::sleep_for(kReturnStep);
   }
-  if (IsRegistered(HKEY_CLASSES_ROOT)) {
-    AddEntry(HKEY_CLASSES_ROOT, EntryOf(configuration, position));
-  }
-  SetReturnTime(HKEY_CLASSES_ROOT, WideOf(camera.path), std::nullopt);
 }
 
 }  // namespace
@@ -63,50 +58,57 @@ std::vector<CategoryEntry> PluggedEntries(const Configuration& configuration) {
   return entries;
 }
 
-void Plug(const Configuration& configuration, std::size_t position) {
-  const std::lock_guard lock(PluggingMutex());
-  PlugLocked(configuration, position);
-}
-
-void Unplug(const Configuration& configuration, std::size_t position) {
-  const std::lock_guard lock(PluggingMutex());
-  const CameraConfiguration& camera = configuration.cameras.at(position);
-  SetPlugged(camera, false);
-  SetReturnTime(HKEY_CLASSES_ROOT, WideOf(camera.path), std::nullopt);
-  RemoveEntry(HKEY_CLASSES_ROOT, WideOf(camera.path));
-}
-
-void FallOff(const Configuration& configuration, std::size_t position,
-             std::optional<std::uint32_t> back_after_ms) {
-  try {
-    const std::wstring path = WideOf(configuration.cameras.at(position).path);
-    RemoveEntry(HKEY_CLASSES_ROOT, path);
-    if (!back_after_ms) {
-      return;
-    }
-    SetReturnTime(HKEY_CLASSES_ROOT, path, Now() + *back_after_ms * kFileTimePerMillisecond);
-    PinModule();
-    std::thread([configuration, delay = std::chrono::milliseconds(*back_after_ms)] {
-      std::this_thread::sleep_for(delay);
-      PlugDueCameras(configuration);
-    }).detach();
-  } catch (const std::exception& error) {
-    OutputDebugStringA(error.what());
+void SyncEntries(const Configuration& configuration) {
+  const std::lock_guard lock(EntriesMutex());
+  if (!IsRegistered(HKEY_CLASSES_ROOT)) {
+    return;
   }
-}
-
-void PlugDueCameras(const Configuration& configuration) {
-  const std::lock_guard lock(PluggingMutex());
   for (std::size_t position = 0; position < configuration.cameras.size(); ++position) {
     try {
-      const std::optional<std::uint64_t> time =
-          ReturnTime(HKEY_CLASSES_ROOT, WideOf(configuration.cameras[position].path));
-      if (time && *time <= Now()) {
-        PlugLocked(configuration, position);
+      const CategoryEntry entry = EntryOf(configuration, position);
+      const bool plugged = IsPlugged(configuration.cameras[position]);
+      if (plugged == HasEntry(HKEY_CLASSES_ROOT, entry.path)) {
+        continue;
+      }
+      if (plugged) {
+        AddEntry(HKEY_CLASSES_ROOT, entry);
+      } else {
+        RemoveEntry(HKEY_CLASSES_ROOT, entry.path);
       }
     } catch (const std::exception& error) {
       OutputDebugStringA(error.what());
     }
+  }
+}
+
+void Plug(const Configuration& configuration, std::size_t position) {
+  SetPlugged(configuration.cameras.at(position), true);
+  SyncEntries(configuration);
+}
+
+void Unplug(const Configuration& configuration, std::size_t position) {
+  SetPlugged(configuration.cameras.at(position), false);
+  SyncEntries(configuration);
+}
+
+void FollowFall(const Configuration& configuration, std::size_t position,
+                std::optional<std::uint32_t> back_after_ms) {
+  try {
+    SyncEntries(configuration);
+    if (!back_after_ms) {
+      return;
+    }
+    PinModule();
+    std::thread([configuration, position, delay = std::chrono::milliseconds(*back_after_ms)] {
+      try {
+        std::this_thread::sleep_for(delay);
+        AwaitReturn(configuration, position);
+      } catch (const std::exception& error) {
+        OutputDebugStringA(error.what());
+      }
+    }).detach();
+  } catch (const std::exception& error) {
+    OutputDebugStringA(error.what());
   }
 }
 

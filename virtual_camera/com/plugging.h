@@ -18,20 +18,21 @@ CategoryEntry EntryOf(const Configuration& configuration, std::size_t position);
 // The entries of all cameras that are plugged in. ConfigurationError when a state can't be read.
 std::vector<CategoryEntry> PluggedEntries(const Configuration& configuration);
 
-// Plugs camera `position` in or unplugs it for good: its state changes, and so does its entry if
-// the class is registered. ConfigurationError or RegistrationError on failure.
+// Gives each camera that is plugged in its entry and takes those of the others away, if the class
+// is registered: a camera comes back when its time is over, whether or not the process in which it
+// fell off still runs. Raises nothing; without the right to change the registry the entries stay,
+// and cameras whose state can't be read keep theirs.
+void SyncEntries(const Configuration& configuration);
+
+// Plugs camera `position` in or unplugs it for good: its state changes, and so does its entry.
+// ConfigurationError when the state can't be changed.
 void Plug(const Configuration& configuration, std::size_t position);
 void Unplug(const Configuration& configuration, std::size_t position);
 
-// Takes a camera that fell off by itself out of the video inputs. With `back_after_ms` it is
-// plugged in again when that time is over: by this process if it still runs, else by the next
-// PlugDueCameras. Raises nothing: it runs inside a transfer, whose answer stands. Without the
-// right to change the registry the entry stays; transfers fail all the same.
-void FallOff(const Configuration& configuration, std::size_t position,
-             std::optional<std::uint32_t> back_after_ms);
-
-// Plugs in the cameras whose time came while nobody was there to do it; a camera whose state or
-// entry can't be changed stays for the next time.
-void PlugDueCameras(const Configuration& configuration);
+// Called when a camera fell off by itself: its entry goes and, if it comes back after
+// `back_after_ms`, is there again when that time is over. Raises nothing: it runs inside a
+// transfer, whose answer stands.
+void FollowFall(const Configuration& configuration, std::size_t position,
+                std::optional<std::uint32_t> back_after_ms);
 
 }  // namespace virtual_camera

@@ -1,7 +1,8 @@
 #include "registration.h"
 
+#include <algorithm>
 #include <array>
-#include <cstring>
+#include <cstdint>
 #include <memory>
 #include <type_traits>
 #include <utility>
@@ -27,9 +28,6 @@ const std::wstring& ClassIdText() {
 
 std::wstring ClassKeyName() {
   return L"CLSID\\" + ClassIdText();
-}
-std::wstring ReturnsKeyName() {
-  return ClassKeyName() + L"\\Unplugged";
 }
 
 std::wstring CategoryKeyName() {
@@ -135,6 +133,17 @@ void AddEntry(HKEY classes, const CategoryEntry& entry) {
   }
 }
 
+bool HasEntry(HKEY classes, const std::wstring& path) {
+  const Key category = OpenKey(classes, CategoryKeyName(), KEY_READ);
+  if (!category) {
+    return false;
+  }
+  const std::vector<std::wstring> names = EntryKeyNames(category);
+  return std::any_of(names.begin(), names.end(), [&](const std::wstring& name) {
+    return SamePath(ReadText(OpenKey(category.get(), name, KEY_READ), L"DevicePath"), path);
+  });
+}
+
 void RemoveEntry(HKEY classes, const std::wstring& path) {
   const Key category = OpenKey(classes, CategoryKeyName(), KEY_READ | KEY_WRITE);
   if (!category) {
@@ -185,31 +194,6 @@ void UnregisterCameras(HKEY classes) {
 
 bool IsRegistered(HKEY classes) {
   return OpenKey(classes, ClassKeyName() + L"\\InprocServer32", KEY_READ) != nullptr;
-}
-
-void SetReturnTime(HKEY classes, const std::wstring& path, std::optional<std::uint64_t> time) {
-  if (!time) {
-    if (const Key key = OpenKey(classes, ReturnsKeyName(), KEY_WRITE)) {
-      RegDeleteValueW(key.get(), path.c_str());
-    }
-    return;
-  }
-  const Key key = CreateKey(classes, ReturnsKeyName());
-  const std::uint64_t value = *time;
-  Check(RegSetValueExW(key.get(), path.c_str(), 0, REG_QWORD, reinterpret_cast<const BYTE*>(&value),
-                       sizeof value),
-        "write to the registry");
-}
-
-std::optional<std::uint64_t> ReturnTime(HKEY classes, const std::wstring& path) {
-  const Key key = OpenKey(classes, ReturnsKeyName(), KEY_READ);
-  std::uint64_t time = 0;
-  DWORD size = sizeof time;
-  if (!key || RegGetValueW(key.get(), nullptr, path.c_str(), RRF_RT_REG_QWORD, nullptr, &time,
-                           &size) != ERROR_SUCCESS) {
-    return std::nullopt;
-  }
-  return time;
 }
 
 }  // namespace virtual_camera

@@ -6,8 +6,6 @@
 #include <windows.h>
 
 #include <cstddef>
-#include <cstdint>
-#include <optional>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -45,12 +43,9 @@ bool IsRegistered(HKEY classes);
 // Adds or replaces one entry; RegistrationError on failure.
 void AddEntry(HKEY classes, const CategoryEntry& entry);
 
+bool HasEntry(HKEY classes, const std::wstring& path);
+
 // Removes the entries with this device path, if there are any; RegistrationError on failure.
 void RemoveEntry(HKEY classes, const std::wstring& path);
-
-// When an unplugged camera comes back, in 100 ns since 1601 (UTC) as FILETIME counts. Kept beside
-// the class, because the process in which a camera fell off may end before the time is over.
-void SetReturnTime(HKEY classes, const std::wstring& path, std::optional<std::uint64_t> time);
-std::optional<std::uint64_t> ReturnTime(HKEY classes, const std::wstring& path);
 
 }  // namespace virtual_camera

@@ -100,7 +100,6 @@ STDAPI DllRegisterServer() {
   return Guarded([]() -> HRESULT {
     try {
       const Configuration configuration = LoadConfiguration(ConfigurationFile());
-      PlugDueCameras(configuration);
       RegisterCameras(HKEY_CLASSES_ROOT, ModuleFile(), PluggedEntries(configuration));
       return S_OK;
     } catch (const ConfigurationError& error) {

@@ -14,9 +14,9 @@ namespace virtual_camera {
 
 std::shared_ptr<Session> Session::Open(const std::wstring& device_path) {
   Configuration configuration = LoadConfiguration(ConfigurationFile());
-  PlugDueCameras(configuration);
   for (std::size_t position = 0; position < configuration.cameras.size(); ++position) {
     if (SamePath(WideOf(configuration.cameras[position].path), device_path)) {
+      SyncEntries(configuration);
       return std::make_shared<Session>(std::move(configuration), position);
     }
   }
@@ -26,7 +26,7 @@ std::shared_ptr<Session> Session::Open(const std::wstring& device_path) {
 Session::Session(Configuration configuration, std::size_t position)
     : configuration_(std::move(configuration)), position_(position), camera_(Own()) {
   camera_.on_unplug = [this](std::optional<std::uint32_t> back_after_ms) {
-    FallOff(configuration_, position_, back_after_ms);
+    FollowFall(configuration_, position_, back_after_ms);
   };
 }
 

@@ -106,7 +106,7 @@ int Run() {
     CheckCommand(configuration, file, std::cout);
     return kDone;
   }
-  PlugDueCameras(configuration);
+  SyncEntries(configuration);
   if (*do_register) {
     RegisterCommand(configuration, DllBesideProgram(), std::cout);
   } else if (*plug) {
