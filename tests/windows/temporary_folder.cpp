@@ -27,9 +27,8 @@ std::string TemporaryFolder::File(const std::string& name) const {
 bool WritesReadOnlyFiles() {
   const TemporaryFolder folder;
   const std::string path = folder.File("fixed");
-  const HANDLE made =
-      CreateFileA(path.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_NEW, FILE_ATTRIBUTE_READONLY,
-                  nullptr);
+  const HANDLE made = CreateFileA(path.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_NEW,
+                                  FILE_ATTRIBUTE_READONLY, nullptr);
   CloseHandle(made);
   const HANDLE opened =
       CreateFileA(path.c_str(), GENERIC_WRITE, 0, nullptr, OPEN_EXISTING, 0, nullptr);
