@@ -23,6 +23,28 @@ class LibraryAccess : public test::Rig {
     EXPECT_TRUE(UsbFlashRead(address, &value));
     return value;
   }
+
+  // Every export that looks for an instance, and finds none.
+  void ExpectAllRefused() const {
+    std::uint32_t value = kUntouched;
+    EXPECT_FALSE(UsbUpdateDevice());
+    EXPECT_FALSE(UsbRegisterRead(0x100, &value, 0));
+    EXPECT_FALSE(UsbRegisterWrite(0x100, 1, 0));
+    EXPECT_FALSE(UsbI2cRead(0x20, 0, &value, 0, 0));
+    EXPECT_FALSE(UsbI2cWrite(0x20, 0, 1, 0, 0));
+    EXPECT_FALSE(UsbFlashRead(0, &value));
+    EXPECT_FALSE(UsbFlashWrite(0, 1));
+    EXPECT_FALSE(UsbFlashErase(0));
+    EXPECT_EQ(value, kUntouched);
+    const std::string file = MakeFile("list", {'1', ',', '2', ',', '\n'});
+    EXPECT_FALSE(UsbFlashWriteFile(file.c_str(), 0));
+    EXPECT_FALSE(UsbFlashQuickReadFile(File("dump").c_str(), 0, 0));
+    EXPECT_FALSE(UsbRegisterReadFile(File("registers").c_str(), 0, 0));
+    EXPECT_FALSE(UsbRegisterWriteFile(file.c_str()));
+    EXPECT_FALSE(UsbI2CReadFile(0, 0, File("i2c").c_str(), 0, 0));
+    EXPECT_FALSE(UsbI2CWriteFile(file.c_str(), 0));
+    EXPECT_EQ(GetProgressInfo(), 0U);
+  }
 };
 
 TEST_F(LibraryAccess, ReadsARegisterInBothWidths) {
@@ -156,25 +178,15 @@ TEST_F(LibraryAccess, WithNullPointersIsMadeAndStoresNothing) {
   EXPECT_TRUE(UsbFlashRead(0, nullptr));
 }
 
-TEST_F(LibraryAccess, WithoutAnInstanceIsRefused) {
-  std::uint32_t value = kUntouched;
-  EXPECT_FALSE(UsbUpdateDevice());
-  EXPECT_FALSE(UsbRegisterRead(0x100, &value, 0));
-  EXPECT_FALSE(UsbRegisterWrite(0x100, 1, 0));
-  EXPECT_FALSE(UsbI2cRead(0x20, 0, &value, 0, 0));
-  EXPECT_FALSE(UsbI2cWrite(0x20, 0, 1, 0, 0));
-  EXPECT_FALSE(UsbFlashRead(0, &value));
-  EXPECT_FALSE(UsbFlashWrite(0, 1));
-  EXPECT_FALSE(UsbFlashErase(0));
-  EXPECT_EQ(value, kUntouched);
-  const std::string file = MakeFile("image", {1, 2, 3});
-  EXPECT_FALSE(UsbFlashWriteFile(file.c_str(), 0));
-  EXPECT_FALSE(UsbFlashQuickReadFile(File("dump").c_str(), 0, 0));
-  EXPECT_FALSE(UsbRegisterReadFile(File("registers").c_str(), 0, 0));
-  EXPECT_FALSE(UsbRegisterWriteFile(file.c_str()));
-  EXPECT_FALSE(UsbI2CReadFile(0, 0, File("i2c").c_str(), 0, 0));
-  EXPECT_FALSE(UsbI2CWriteFile(file.c_str(), 0));
-  EXPECT_EQ(GetProgressInfo(), 0U);
+TEST_F(LibraryAccess, BeforeInitialisationIsRefused) {
+  ExpectAllRefused();
+}
+
+TEST_F(LibraryAccess, AfterDestructionIsRefused) {
+  UseCamera();
+  EXPECT_FALSE(UsbFlashWriteFile("", 0)) << "leaves a failure as the progress";
+  EXPECT_TRUE(UsbDestroyUSB());
+  ExpectAllRefused();
 }
 
 // Faults of the device, by selector: 1 registers, 2 I2C, 3 flash words.

@@ -105,6 +105,21 @@ TEST_F(LibraryBadInput, AFileThatAnotherHoldsAloneFailsTheJob) {
   EXPECT_EQ(Slice(Flash(), 0, 16), Bytes(16, 0x55)) << "nothing may be erased";
 }
 
+// Under Wine the host's device that is always full stands for a full disk. The job tells of its end
+// before it writes the file, and of the failure after.
+TEST_F(LibraryBadInput, AFullDiskFailsADumpAfterItsEndWasReported) {
+  constexpr char kFull[] = "Z:\\dev\\full";
+  const HANDLE full = CreateFileA(kFull, GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr,
+                                  OPEN_EXISTING, 0, nullptr);
+  if (full == INVALID_HANDLE_VALUE) {
+    GTEST_SKIP() << "this system has no " << kFull;
+  }
+  CloseHandle(full);
+  UseCamera();
+  ASSERT_TRUE(UsbFlashQuickReadFile(kFull, 0, 15));
+  EXPECT_TRUE(ProgressBecomes(kFileError, 2'500));
+}
+
 TEST_F(LibraryBadInput, AReadOnlyFileIsReadAndNotWritten) {
   UseCamera();
   const std::string path = MakeFile("fixed", {1, 2, 3});
@@ -227,7 +242,6 @@ TEST_F(LibraryBadInput, ProgrammingAtTheLastAddressEnds) {
   EXPECT_EQ(Slice(Flash(), 0xFFFF, 1), (Bytes{0x11}));
 }
 
-// A name that is no text file at all: the list has no entry.
 TEST_F(LibraryBadInput, AListWithoutEntriesIsAFileError) {
   UseCamera();
   const std::string list = MakeFile("list", {'/', '/', 'x', '\n', '\n', 'y', '\n'});

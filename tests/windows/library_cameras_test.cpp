@@ -87,6 +87,50 @@ TEST_F(LibraryCameras, AreDescribedInRecordsThatAreZeroBehindTheirTexts) {
   EXPECT_EQ(std::memcmp(all, expected, sizeof expected), 0);
 }
 
+TEST_F(LibraryCameras, ThatAreNotOnUsbAreNotListed) {
+  CameraText built_in = Named("pci#ven_1234", "Built in", "{}");
+  built_in.prefix = R"(\\\\?\\)";
+  PlugIn({built_in, Named("vid_1234&pid_0001#one", "One", "{}")});
+  EXPECT_EQ(UsbIniDevice(), 1);
+  ASSERT_EQ(UsbGetDeviceNum(), 1);
+  EXPECT_EQ(Text(UsbGetAllDeviceInfo()[0].name), "One");
+}
+
+TEST_F(LibraryCameras, WithNamesThatTheCodePageLacksAreListed) {
+  if (GetACP() != 1252) {
+    GTEST_SKIP() << "the name's bytes are those of code page 1252, this system has " << GetACP();
+  }
+  // UTF-8 of e acute, CJK "middle"
+  PlugIn({Named("vid_1234&pid_0001#one", "caf\xC3\xA9 \xE4\xB8\xAD", "{}")});
+  UsbIniDevice();
+  ASSERT_EQ(UsbGetDeviceNum(), 1);
+  EXPECT_EQ(Text(UsbGetAllDeviceInfo()[0].name), "caf\xE9 ?");
+}
+
+// A text that is longer than its field runs into the next one, which is then written over; nothing
+// runs past the record.
+TEST_F(LibraryCameras, WithTextsBeyondTheirFieldsStayWithinTheirRecords) {
+  const std::string path = "\\\\?\\usb#vid_1234&pid_5678#" + std::string(124, 'p');  // 150 bytes
+  ASSERT_EQ(path.size(), 150U);
+  PlugIn({Named("vid_1234&pid_5678#" + std::string(124, 'p'), "N", "{}"),
+          Named("vid_1234&pid_0002#two", std::string(200, 'n'), "{}"),
+          Named("vid_1234&pid_0003#three", "Three", "{}")});
+  UsbIniDevice();
+  ASSERT_EQ(UsbGetDeviceNum(), 3);
+  const UsbDeviceInfo* const all = UsbGetAllDeviceInfo();
+
+  unsigned char first[248] = {};
+  std::memcpy(first, path.data(), 150);
+  std::memcpy(first + 120, "N", 2);  // the name with its zero, over the path's end
+  std::memcpy(first + 240, "12345678", 8);
+  EXPECT_EQ(std::memcmp(&all[0], first, sizeof first), 0);
+
+  EXPECT_EQ(std::string(all[1].name, 120), std::string(120, 'n'));
+  EXPECT_EQ(Digits(all[1].vendor_id), "1234") << "the digits are written last";
+  EXPECT_EQ(Digits(all[1].product_id), "0002");
+  EXPECT_EQ(Text(all[2].path), "\\\\?\\usb#vid_1234&pid_0003#three");
+}
+
 TEST_F(LibraryCameras, AreSelectedByIndexAndAnswerEachForItself) {
   PlugInThree();
   UsbIniDevice();

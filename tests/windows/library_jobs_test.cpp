@@ -163,6 +163,22 @@ TEST_F(LibraryJobs, GoOnAfterTheInstanceIsDestroyed) {
   EXPECT_EQ(GetProgressInfo(), 0U) << "its reports reach nobody";
 }
 
+// Dumps share a selector, so their replies mix at the device; each still ends with its own length.
+TEST_F(LibraryJobs, ManyDumpsAtOnceAllEnd) {
+  UseCamera();
+  for (int i = 0; i < 8; ++i) {
+    ASSERT_TRUE(UsbFlashQuickReadFile(File("dump" + std::to_string(i)).c_str(), 0, 1'000));
+  }
+  const auto limit = std::chrono::steady_clock::now() + std::chrono::seconds(20);
+  for (int i = 0; i < 8; ++i) {
+    const std::string dump = File("dump" + std::to_string(i));
+    while (FinishedFile(dump).size() != 1'001 && std::chrono::steady_clock::now() < limit) {
+      std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    }
+    EXPECT_EQ(FinishedFile(dump).size(), 1'001U) << i;
+  }
+}
+
 // Programming and dumping use different selectors, so their transfers don't mix at the device.
 TEST_F(LibraryJobs, TwoAtOnceBothFinish) {
   PresetFlash(Pattern(0x10000));

@@ -24,7 +24,7 @@ void CallCameraDll(const char* entry_point) {
 }
 
 std::string Json(const CameraText& camera) {
-  return R"({"path": "\\\\?\\usb#)" + camera.path + R"(", "name": ")" + camera.name +
+  return R"({"path": ")" + camera.prefix + camera.path + R"(", "name": ")" + camera.name +
          R"(", "nodes": [)" + camera.nodes + R"(], "flash": {"size": ")" + camera.flash_size +
          "\"}" + camera.more + "}";
 }

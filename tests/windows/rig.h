@@ -18,7 +18,8 @@ using Bytes = std::vector<std::uint8_t>;
 
 // One camera of the configuration file.
 struct CameraText {
-  // The end of its device path, behind "\\?\usb#".
+  // Its device path is the two together, as they stand in JSON.
+  std::string prefix = R"(\\\\?\\usb#)";
   std::string path = "vid_1234&pid_0001#one";
   std::string name = "Camera";
   // Further keys of its JSON object, each with a comma before it, like R"(, "seed": 1)".
