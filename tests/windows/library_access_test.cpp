@@ -1,6 +1,7 @@
 // Single accesses through the exports: registers of the chip, of the I2C bus, words of the flash.
 
 #include <array>
+#include <ostream>
 
 #include "rig.h"
 
@@ -87,6 +88,11 @@ struct I2cMode {
   std::uint32_t written;
   std::uint32_t kept;  // what fits the mode's data width
 };
+
+// For gtest, which would print the bytes.
+void PrintTo(const I2cMode& mode, std::ostream* out) {
+  *out << "mode " << mode.mode;
+}
 
 class LibraryI2cModes : public LibraryAccess, public testing::WithParamInterface<I2cMode> {};
 

@@ -9,17 +9,11 @@
 #include <map>
 #include <string>
 
+#include "crash_guard.h"
+
 namespace {
 
-LONG WINAPI EndWithTheExceptionsCode(EXCEPTION_POINTERS* pointers) {
-  TerminateProcess(GetCurrentProcess(), pointers->ExceptionRecord->ExceptionCode);
-  return EXCEPTION_EXECUTE_HANDLER;
-}
-
 int Call(const std::string& name, const std::string& after) {
-  // Instead of the system's own reaction to a crash, which takes seconds and a dialog.
-  SetErrorMode(SEM_NOGPFAULTERRORBOX | SEM_FAILCRITICALERRORS);
-  SetUnhandledExceptionFilter(EndWithTheExceptionsCode);
   const std::map<std::string, void (*)()> calls = {
       {"UsbGetDeviceNum", [] { UsbGetDeviceNum(); }},
       {"UsbGetAllDeviceInfo", [] { UsbGetAllDeviceInfo(); }},
@@ -44,6 +38,7 @@ int Call(const std::string& name, const std::string& after) {
 }  // namespace
 
 int main(int argc, char** argv) {
+  test::EndOnCrash();
   if (argc == 4 && std::string(argv[1]) == "--call") {
     return Call(argv[2], argv[3]);
   }

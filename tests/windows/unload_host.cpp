@@ -5,16 +5,11 @@
 #include <borvan_usb.h>
 #include <windows.h>
 
-#include <string>
+#include "crash_guard.h"
 
 namespace {
 
 constexpr char kLibrary[] = "BorvanUSB_x64.dll";
-
-LONG WINAPI EndWithTheExceptionsCode(EXCEPTION_POINTERS* pointers) {
-  TerminateProcess(GetCurrentProcess(), pointers->ExceptionRecord->ExceptionCode);
-  return EXCEPTION_EXECUTE_HANDLER;
-}
 
 template <class Function>
 Function* Find(HMODULE library, const char* name) {
@@ -65,7 +60,6 @@ int Run(const char* image) {
 }  // namespace
 
 int main(int argc, char** argv) {
-  SetErrorMode(SEM_NOGPFAULTERRORBOX | SEM_FAILCRITICALERRORS);
-  SetUnhandledExceptionFilter(EndWithTheExceptionsCode);
+  test::EndOnCrash();
   return argc == 2 ? Run(argv[1]) : 9;
 }

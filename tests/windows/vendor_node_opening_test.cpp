@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <functional>
+#include <ostream>
 #include <string>
 #include <vector>
 
@@ -142,6 +143,11 @@ struct Refusal {
   std::function<void(ScriptedCamera& camera, ScriptedNode& vendor)> arrange;
   const char* message;
 };
+
+// For gtest, which would print the bytes.
+void PrintTo(const Refusal& refusal, std::ostream* out) {
+  *out << refusal.name;
+}
 
 class RefusedOpening : public testing::TestWithParam<Refusal> {};
 
