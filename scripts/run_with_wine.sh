@@ -6,8 +6,9 @@ set -euo pipefail
 root=$(cd "$(dirname "$0")/.." && pwd)
 export WINEPREFIX=${WINEPREFIX:-$root/build/wine-prefix}
 export WINEDEBUG=${WINEDEBUG:--all}
-# Neither .NET nor a browser is needed: without this Wine offers to download them, in a dialog.
-export WINEDLLOVERRIDES=${WINEDLLOVERRIDES:-mscoree,mshtml=}
+# Neither .NET nor a browser is needed: without this Wine offers to download them, in a dialog. And no
+# debugger: after it, a program that crashed would end with code 0.
+export WINEDLLOVERRIDES=${WINEDLLOVERRIDES:-mscoree,mshtml,winedbg.exe=}
 
 # Debian's /usr/bin/wine remarks on standard error that its 32-bit half is missing.
 wine=/usr/lib/wine/wine64
