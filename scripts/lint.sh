@@ -2,12 +2,12 @@
 # Looks for faults without running anything: shellcheck over the scripts, clang-tidy over the C and
 # C++ files of the native and windows builds (both must be configured: scripts/build.sh). Files found
 # clean are remembered by content in build/lint-cache, so a second run looks only at what changed.
-# Usage: lint.sh [FILE…] (clang-tidy over these files only)
+# Usage: lint.sh [--tests | FILE…] (clang-tidy over the tests too, or over these files only)
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
 failed=0
-if [ $# -eq 0 ]; then
+if [ $# -eq 0 ] || [ "$1" = --tests ]; then
   scripts=()
   while IFS= read -r -d '' file; do
     if [[ $(head -n 1 "$file") =~ ^#!.*[/\ ](ba)?sh ]]; then

@@ -1,7 +1,9 @@
 #!/usr/bin/env python3
 """Runs clang-tidy over the sources that the builds compile, several at a time; see lint.sh.
 
-Usage: lint_sources.py [FILE…]
+Usage: lint_sources.py [--tests | FILE…]
+Without arguments all sources but the tests, with --tests those too: they take as long as all others
+together, and the compilers' warnings and the sanitizers see them in any case.
 Sources of the native build are looked at as compiled there, the others (COM, Win32) as compiled by
 the windows build, with the cross toolchain's headers. A source found clean is not looked at again
 until it, a header of ours that it reaches, its command, the rules or the tool change.
@@ -120,7 +122,9 @@ def main():
     jobs = [(source, "native", command, []) for source, command in native.items()]
     jobs += [(source, "windows", command, cross) for source, command in windows.items()
              if source not in native]
-    if len(sys.argv) > 1:
+    if len(sys.argv) == 1:
+        jobs = [job for job in jobs if job[0].parts[0] != "tests"]
+    elif sys.argv[1] != "--tests":
         wanted = {pathlib.Path(name).resolve() for name in sys.argv[1:]}
         jobs = [job for job in jobs if ROOT / job[0] in wanted]
     if not jobs:
