@@ -5,6 +5,7 @@ Usage: two_builds_are_identical.py CMAKE SOURCE_FOLDER BUILD_FOLDER
 BUILD_FOLDER is the windows preset's, built from the sources as they are now. Whoever builds the same
 sources elsewhere gets the bytes that were handed out.
 """
+import os
 import pathlib
 import shutil
 import subprocess
@@ -44,6 +45,7 @@ def main():
     """Builds again, compares each product, names each difference."""
     if len(sys.argv) != 4:
         sys.exit(__doc__)
+    os.nice(19)  # tests that watch the clock may run beside this
     cmake, source, first = sys.argv[1], sys.argv[2], pathlib.Path(sys.argv[3])
     failed = False
     with tempfile.TemporaryDirectory() as scratch:
