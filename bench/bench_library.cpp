@@ -55,8 +55,10 @@ std::uint64_t RunScript(const std::vector<ScriptedTransfer>& script) {
     request.Property.Id = transfer.selector;
     request.Property.Flags =
         (transfer.is_get ? KSPROPERTY_TYPE_GET : KSPROPERTY_TYPE_SET) | KSPROPERTY_TYPE_TOPOLOGY;
-    void* const data =
-        transfer.is_get ? buffer.data() : const_cast<std::uint8_t*>(transfer.bytes.data());
+    // The control reads what a set hands it and leaves it as it is.
+    // NOLINTNEXTLINE(cppcoreguidelines-pro-type-const-cast)
+    auto* const bytes = const_cast<std::uint8_t*>(transfer.bytes.data());
+    void* const data = transfer.is_get ? buffer.data() : bytes;
     ULONG returned = 0;
     answers |=
         control->KsProperty(&request.Property, sizeof(request), data, transfer.length, &returned);

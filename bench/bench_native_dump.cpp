@@ -84,7 +84,7 @@ void MeasureDumps(const std::string& folder) {
   const std::string text_path = folder + "/dump_text.txt";
   std::ofstream(data_path, std::ios::binary)
       .write(reinterpret_cast<const char*>(bytes.data()), kSize);
-  std::ofstream{empty_path};
+  std::ofstream(empty_path).close();
 
   // The text to compare with comes from the dump itself: what counts is that it is the same bytes.
   static_cast<void>(TimeDump(text_path, bytes));

@@ -67,8 +67,9 @@ std::int64_t RunScript(borvan::ExtensionUnitControl& control,
     request.id = transfer.selector;
     request.flags = transfer.is_get ? kGetTopology : kSetTopology;
     // The control reads what a set hands it and leaves it as it is.
-    void* const data =
-        transfer.is_get ? buffer.data() : const_cast<std::uint8_t*>(transfer.bytes.data());
+    // NOLINTNEXTLINE(cppcoreguidelines-pro-type-const-cast)
+    auto* const bytes = const_cast<std::uint8_t*>(transfer.bytes.data());
+    void* const data = transfer.is_get ? buffer.data() : bytes;
     std::uint32_t returned = 0;
     answers += control.KsProperty(request, data, transfer.length, returned);
   }

@@ -14,6 +14,19 @@ endif()
 add_library(borvan_gtest INTERFACE)
 target_link_libraries(borvan_gtest INTERFACE gmock gtest)
 
+# GoogleTest's headers cost more than most tests that include them: read once for all. Reuse wants
+# the same options, so every test is compiled with these.
+if(NOT MSVC)
+  set(BORVAN_TEST_OPTIONS -O0 -g0)
+endif()
+file(WRITE "${PROJECT_BINARY_DIR}/googletest_headers.cpp" "// Carries the precompiled headers.\n")
+add_library(borvan_gtest_headers OBJECT "${PROJECT_BINARY_DIR}/googletest_headers.cpp")
+target_link_libraries(borvan_gtest_headers PRIVATE borvan_options borvan_gtest)
+target_compile_options(borvan_gtest_headers PRIVATE ${BORVAN_TEST_OPTIONS})
+target_precompile_headers(
+  borvan_gtest_headers PRIVATE <gmock/gmock.h> <gtest/gtest.h> <algorithm> <array> <cstdint>
+  <filesystem> <fstream> <functional> <memory> <optional> <span> <string> <thread> <vector>)
+
 # borvan_add_gtest(name SOURCES a.cpp … [LIBRARIES x …] [OWN_MAIN] [TIMEOUT seconds]) makes program
 # and test `name`. On Windows builds CTest starts it through Wine, one such test at a time, because
 # they share one prefix.
@@ -21,10 +34,9 @@ function(borvan_add_gtest name)
   cmake_parse_arguments(PARSE_ARGV 1 arg "OWN_MAIN" "TIMEOUT" "SOURCES;LIBRARIES")
   add_executable(${name} ${arg_SOURCES})
   target_link_libraries(${name} PRIVATE borvan_options borvan_gtest ${arg_LIBRARIES})
-  if(NOT MSVC)
-    # Tests are compiled more often than they run: unoptimised, they build in half the time.
-    target_compile_options(${name} PRIVATE -O0 -g0)
-  endif()
+  # Tests are compiled more often than they run: unoptimised, they build in half the time.
+  target_compile_options(${name} PRIVATE ${BORVAN_TEST_OPTIONS})
+  target_precompile_headers(${name} REUSE_FROM borvan_gtest_headers)
   if(NOT arg_OWN_MAIN)
     target_link_libraries(${name} PRIVATE gtest_main)
   endif()

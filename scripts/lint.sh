@@ -2,7 +2,8 @@
 # Looks for faults without running anything: shellcheck over the scripts, clang-tidy over the C and
 # C++ files of the native and windows builds (both must be configured: scripts/build.sh). Files found
 # clean are remembered by content in build/lint-cache, so a second run looks only at what changed.
-# Usage: lint.sh [--tests | FILE…] (clang-tidy over the tests too, or over these files only)
+# Usage: lint.sh [--tests | FILE…] (clang-tidy over tests and benchmarks too, or
+# over these files only)
 set -euo pipefail
 cd "$(dirname "$0")/.."
 

@@ -2,8 +2,8 @@
 """Runs clang-tidy over the sources that the builds compile, several at a time; see lint.sh.
 
 Usage: lint_sources.py [--tests | FILE…]
-Without arguments all sources but the tests, with --tests those too: they take as long as all others
-together, and the compilers' warnings and the sanitizers see them in any case.
+Without arguments what is handed out, with --tests the tests and benchmarks too: they take as long as
+all others together, and the compilers' warnings and the sanitizers see them in any case.
 Sources of the native build are looked at as compiled there, the others (COM, Win32) as compiled by
 the windows build, with the cross toolchain's headers. A source found clean is not looked at again
 until it, a header of ours that it reaches, its command, the rules or the tool change.
@@ -13,6 +13,7 @@ import hashlib
 import json
 import os
 import pathlib
+import re
 import subprocess
 import sys
 import threading
@@ -22,6 +23,7 @@ import check_structure
 ROOT = pathlib.Path(__file__).resolve().parent.parent
 CACHE = ROOT / "build" / "lint-cache"
 TIDY = "clang-tidy-14"
+PRECOMPILED = re.compile(r" -Winvalid-pch -include \S+cmake_pch\.h\w*")
 SOURCE_FOLDERS = ("include", "src", "virtual_camera", "tools", "examples", "tests", "bench")
 # The path-sensitive analysis at full depth doubles the time for every source.
 QUICK_ANALYSIS = ["-Xclang", "-analyzer-config", "-Xclang", "mode=shallow"]
@@ -52,8 +54,13 @@ def compiled_sources(preset):
     if not database.is_file():
         sys.exit(f"lint_sources.py: {database.relative_to(ROOT)} is missing: "
                  f"run scripts/build.sh {preset} first")
+    # One compiler's precompiled headers are nothing to another.
+    entries = json.loads(PRECOMPILED.sub("", database.read_text(encoding="utf-8")))
+    cleaned = CACHE / preset / "compile_commands.json"
+    cleaned.parent.mkdir(parents=True, exist_ok=True)
+    cleaned.write_text(json.dumps(entries), encoding="utf-8")
     found = {}
-    for entry in json.loads(database.read_text(encoding="utf-8")):
+    for entry in entries:
         path = pathlib.Path(entry["file"])
         if path.is_relative_to(ROOT) and path.suffix in check_structure.CODE:
             relative = path.relative_to(ROOT)
@@ -101,7 +108,7 @@ class Linter:
             return True
         arguments = [f"--extra-arg-before={argument}" for argument in extra]
         run = subprocess.run(
-            [TIDY, "--quiet", "-p", str(ROOT / "build" / preset), *arguments,
+            [TIDY, "--quiet", "-p", str(CACHE / preset), *arguments,
              "--extra-arg=-Wno-unknown-warning-option",
              *(f"--extra-arg={argument}" for argument in QUICK_ANALYSIS), str(ROOT / source)],
             check=False, text=True, stdout=subprocess.PIPE, stderr=subprocess.STDOUT)
@@ -123,7 +130,7 @@ def main():
     jobs += [(source, "windows", command, cross) for source, command in windows.items()
              if source not in native]
     if len(sys.argv) == 1:
-        jobs = [job for job in jobs if job[0].parts[0] != "tests"]
+        jobs = [job for job in jobs if job[0].parts[0] not in ("tests", "bench")]
     elif sys.argv[1] != "--tests":
         wanted = {pathlib.Path(name).resolve() for name in sys.argv[1:]}
         jobs = [job for job in jobs if ROOT / job[0] in wanted]

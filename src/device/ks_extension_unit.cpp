@@ -69,7 +69,7 @@ void WindowsPlatform::OpenVendorNodes(VideoInputMoniker* moniker, const VendorNo
   // Deliberately one id more than there are nodes, for a filter whose ids begin at 1. The failing
   // query for an id that does not exist is passed over.
   for (std::uint64_t id = 0; id <= node_count; ++id) {
-    const DWORD node_id = static_cast<DWORD>(id);
+    const auto node_id = static_cast<DWORD>(id);
     GUID node_type = {};
     if (topology->get_NodeType(node_id, &node_type) != S_OK ||
         !IsEqualGUID(node_type, kKsNodeTypeDevSpecific)) {

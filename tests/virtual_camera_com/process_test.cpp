@@ -65,7 +65,11 @@ TEST_F(Processes, AKilledOneLeavesTheCameraUsable) {
   // Until it is in the midst of its work.
   for (int i = 0; i < 500 && word == 0xFFFFFFFF; ++i) {
     Sleep(10);
-    ASSERT_TRUE(host::ReadWord(control.get(), 0x28, &word));
+    // The other's command may come between ours and its reply, as with a real device.
+    std::uint32_t answered = 0;
+    if (host::ReadWord(control.get(), 0x28, &answered)) {
+      word = answered;
+    }
   }
   other.Kill();
   ASSERT_EQ(word, 10U);

@@ -43,6 +43,8 @@ class ComReference {
  public:
   ComReference() = default;
   explicit ComReference(T* owned) : object_(owned) {}
+  ComReference(const ComReference&) = delete;
+  ComReference& operator=(const ComReference&) = delete;
   ComReference(ComReference&& other) noexcept : object_(std::exchange(other.object_, nullptr)) {}
   ComReference& operator=(ComReference&& other) noexcept {
     std::swap(object_, other.object_);

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <cstdint>
+#include <cwchar>
 #include <memory>
 #include <type_traits>
 #include <utility>
@@ -82,7 +83,9 @@ std::wstring ReadText(const Key& key, const wchar_t* name) {
       ERROR_SUCCESS) {
     return {};
   }
-  return text.c_str();
+  // The size counts the terminating zero, and whatever stands behind it.
+  text.resize(std::wcslen(text.c_str()));
+  return text;
 }
 
 // The filter mapper's description of a filter: version 2, the normal merit, no pins, a spare field.

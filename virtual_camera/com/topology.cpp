@@ -57,7 +57,7 @@ HRESULT Topology::NodeName(DWORD node_id, WCHAR* name, DWORD buffer_bytes,
   const std::wstring_view text = Describe(nodes_[node_id]).name;
   const std::size_t text_bytes = text.size() * sizeof(WCHAR);
   *name_bytes = static_cast<DWORD>(text_bytes + sizeof(WCHAR));
-  if (buffer_bytes < *name_bytes) {
+  if (name == nullptr || buffer_bytes < *name_bytes) {
     return HRESULT_FROM_WIN32(ERROR_MORE_DATA);
   }
   std::memcpy(name, text.data(), text_bytes);

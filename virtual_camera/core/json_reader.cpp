@@ -150,10 +150,13 @@ std::uint32_t JsonReader::Number32() const {
 }
 
 std::uint64_t JsonReader::Size(std::uint64_t minimum, std::uint64_t maximum) const {
+  constexpr std::uint64_t kKibi = 1024;
   std::optional<std::uint64_t> value = ToNumber(*value_);
   if (!value && value_->is_string()) {
-    const std::string& text = value_->get_ref<const std::string&>();
-    const std::uint64_t unit = text.ends_with('K') ? 1024 : text.ends_with('M') ? 1024 * 1024 : 0;
+    const auto& text = value_->get_ref<const std::string&>();
+    const std::uint64_t unit = text.ends_with('K')   ? kKibi
+                               : text.ends_with('M') ? kKibi * kKibi
+                                                     : 0;
     const std::optional<std::uint64_t> count =
         unit == 0 ? std::nullopt
                   : ParseDigits(std::string_view(text).substr(0, text.size() - 1), 10);
@@ -162,8 +165,8 @@ std::uint64_t JsonReader::Size(std::uint64_t minimum, std::uint64_t maximum) con
     }
   }
   if (!value || *value < minimum || *value > maximum || *value % 4096 != 0) {
-    Fail("must be bytes like 1048576, \"256K\" or \"4M\", " + std::to_string(minimum / 1024) +
-         "K to " + std::to_string(maximum / (1024 * 1024)) + "M, a multiple of 4096");
+    Fail("must be bytes like 1048576, \"256K\" or \"4M\", " + std::to_string(minimum / kKibi) +
+         "K to " + std::to_string(maximum / (kKibi * kKibi)) + "M, a multiple of 4096");
   }
   return *value;
 }

@@ -8,7 +8,7 @@ namespace virtual_camera {
 namespace {
 
 constexpr std::uint8_t kErased = 0xFF;
-constexpr std::size_t kFillChunk = 64 * 1024;
+constexpr std::size_t kFillChunk = 65536;
 
 bool IsStuck(std::uint64_t position, std::span<const std::uint32_t> stuck_words) {
   return std::any_of(stuck_words.begin(), stuck_words.end(),
