@@ -17,8 +17,8 @@
 //   said: file names that go in, device paths and names that come out.
 // File names may be null, which counts as empty. Value pointers may be null: the access is made
 //   and nothing is stored.
-// Instance: there is one per process, made by UsbIniDevice. Functions that say "no instance: …"
-//   bear its absence; the others, said "needs an instance", crash without one.
+// Instance: there is one per process, made by UsbIniDevice. Functions that say "No instance: false"
+//   bear its absence; the others, said "Needs an instance", crash without one.
 // Threads: call everything from one thread. UsbIniDevice initialises COM on the thread that calls
 //   it. Nothing orders calls of two threads, nor an access made while a job runs: their transfers
 //   mix at the device, which may then take parts of one command for parts of the other.
@@ -37,6 +37,9 @@
 // This header compiles alone as C11 and as C++.
 #pragma once
 
+// The header is C as much as C++, and must not follow advice for C++ alone.
+// NOLINTBEGIN(modernize-deprecated-headers, modernize-use-nullptr, modernize-use-using)
+// NOLINTBEGIN(cppcoreguidelines-pro-type-cstyle-cast)
 #include <assert.h>
 #include <stddef.h>
 #include <stdint.h>
@@ -298,7 +301,7 @@ bool UsbRegisterWrite(uint32_t address, uint32_t value, uint8_t flag);
 //   device_id         slave address, sent as it is (the low 8 bits, nothing shifted)
 //   register_address  register address, of the mode's width
 //   value             receives the value; untouched on failure and in a mode outside 0 to 5
-//   mode              0 to 5, kBorvanI2cAddress…; any other value asks as mode 0 does
+//   mode              0 to 5, kBorvanI2cAddress8Data8 and on; any other value asks as mode 0 does
 //   option            handed to the chip as it is (the low 8 bits); 0 unless the chip's maker says
 // Returns true when the transfers went well. No instance: false.
 bool UsbI2cRead(uint32_t device_id, uint32_t register_address, uint32_t* value, int32_t mode,
@@ -343,7 +346,9 @@ bool UsbFlashErase(uint32_t address);
 // letters, gives text, anything else raw bytes. The file is created, or emptied if it exists.
 
 // Programs a file's bytes into flash. Erases every sector of 4096 bytes from start_address on that
-// the file reaches into, then writes. The last packet of 60 bytes is filled up with 0x00.
+// the file reaches into, then writes in packets of 60 bytes. The last packet is filled up with
+// 0x00, so up to 59 bytes behind the image become 0, in the sector after it too when the image ends
+// less than that before a sector's end. Packets that are all 0xFF are left out.
 //   file_name      file of raw bytes; it must exist, its length is not checked against the flash
 //   start_address  flash byte address, best a multiple of 4096: sectors are not aligned for you
 // Failures by GetProgressInfo: kBorvanFlashEraseFailed (no camera is open, too),
@@ -386,7 +391,7 @@ bool UsbRegisterWriteFile(const char* file_name);
 //   file_name      file to be written: raw, a byte a register, or lines "0x3012,0x5a,"; in modes 3
 //                  to 5 a text file stays empty though the job succeeds
 //   slave          slave address, sent as it is (the low 8 bits)
-//   mode           0 to 5, kBorvanI2cAddress…
+//   mode           0 to 5, kBorvanI2cAddress8Data8 and on
 // The file is written after 100 is reported; after a failure it is left empty.
 bool UsbI2CReadFile(uint32_t start_address, uint32_t end_address, const char* file_name,
                     int32_t slave, uint32_t mode);
@@ -418,3 +423,5 @@ uint64_t GetProgressInfo(void);
 #ifdef __cplusplus
 }  // extern "C"
 #endif
+// NOLINTEND(cppcoreguidelines-pro-type-cstyle-cast)
+// NOLINTEND(modernize-deprecated-headers, modernize-use-nullptr, modernize-use-using)

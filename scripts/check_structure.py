@@ -40,7 +40,8 @@ def our_files(root):
 
 def resolve(root, includer, name, quoted):
     """The file of ours that an include means; None when it is somebody else's."""
-    starts = ([includer.parent] if quoted else []) + [pathlib.Path(start) for start in INCLUDE_ROOTS]
+    starts = [includer.parent] if quoted else []
+    starts += [pathlib.Path(start) for start in INCLUDE_ROOTS]
     # Include roots lie at any height of the includer's own subsystem, too.
     starts += [parent for parent in includer.parents if quoted]
     for start in starts:

@@ -1,5 +1,6 @@
 #include "device/extension_unit_channel.h"
 
+#include <mutex>
 #include <utility>
 
 namespace borvan {
@@ -29,34 +30,34 @@ NodePropertyRequest MakeRequest(std::uint32_t selector, std::uint32_t direction)
 void ExtensionUnitChannel::Open(std::shared_ptr<ExtensionUnitControl> control,
                                 std::uint32_t node_id) {
   // The former control is released after the lock: releasing calls into the driver.
-  const std::lock_guard lock(mutex_);
+  const std::lock_guard lock(lock_);
   control_.swap(control);
   node_id_ = node_id;
 }
 
 void ExtensionUnitChannel::Close() {
   std::shared_ptr<ExtensionUnitControl> released;
-  const std::lock_guard lock(mutex_);
+  const std::lock_guard lock(lock_);
   released.swap(control_);
 }
 
 bool ExtensionUnitChannel::IsOpen() const {
-  const std::lock_guard lock(mutex_);
+  const std::lock_guard lock(lock_);
   return control_ != nullptr;
 }
 
 std::uint32_t ExtensionUnitChannel::NodeId() const {
-  const std::lock_guard lock(mutex_);
+  const std::lock_guard lock(lock_);
   return node_id_;
 }
 
 std::shared_ptr<ExtensionUnitControl> ExtensionUnitChannel::Control() const {
-  const std::lock_guard lock(mutex_);
+  const std::lock_guard lock(lock_);
   return control_;
 }
 
 std::shared_ptr<ExtensionUnitControl> ExtensionUnitChannel::Abandon() {
-  const std::lock_guard lock(mutex_);
+  const std::lock_guard lock(lock_);
   return std::move(control_);
 }
 

@@ -3,10 +3,10 @@
 #include <array>
 #include <cstdint>
 #include <memory>
-#include <mutex>
 
 #include "device/extension_unit_control.h"
 #include "device/result.h"
+#include "device/short_lock.h"
 
 namespace borvan {
 
@@ -47,7 +47,7 @@ class ExtensionUnitChannel {
  private:
   std::shared_ptr<ExtensionUnitControl> Control() const;
 
-  mutable std::mutex mutex_;  // held to copy or exchange the pointer, never during a transfer
+  mutable ShortLock lock_;  // held to copy or exchange the pointer, never during a transfer
   std::shared_ptr<ExtensionUnitControl> control_;
   std::uint32_t node_id_ = 0;
 };

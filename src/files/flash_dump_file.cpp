@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cstring>
 #include <vector>
 
 namespace borvan {
@@ -32,8 +33,8 @@ constexpr std::size_t kByteDistance = 3;
 constexpr std::uint64_t kLinesPerWrite = 8192;
 
 void PutByte(std::span<char, kDumpLineLength> line, std::size_t at, std::uint8_t byte) {
-  line[at] = kBytePairs[byte][0];
-  line[at + 1] = kBytePairs[byte][1];
+  // Both digits at once: this line runs a dozen times for each line of a dump.
+  std::memcpy(line.data() + at, kBytePairs[byte].data(), kBytePairs[byte].size());
 }
 
 }  // namespace

@@ -26,9 +26,9 @@ inline constexpr std::size_t kDumpLineBytes = 8;
 void FormatDumpLine(std::uint32_t address, std::span<const std::uint8_t> bytes,
                     std::span<char, kDumpLineLength> line);
 
-// The number of lines of a dump of `size` bytes. Lines end after the first whose offset exceeds
-// `end_address`: the flash address is compared with an offset into the dump, as it always was, so a
-// dump from a high start address is shown whole.
+// The number of lines of a dump of `size` bytes. A line whose offset into the dump exceeds
+// `end_address` and all behind it are left out: a flash address is deliberately compared with an
+// offset, as it always was, so a dump from a high start address is shown whole.
 std::uint64_t DumpLineCount(std::uint64_t size, std::uint32_t end_address);
 
 // Writes the bytes as they are.

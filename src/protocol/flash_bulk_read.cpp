@@ -10,6 +10,7 @@ namespace borvan {
 namespace {
 
 constexpr std::uint32_t kGroupSize = 8;
+constexpr std::uint32_t kGroupsPerPacket = kPacketLength / kGroupSize;
 constexpr std::int32_t kDone = 100;
 
 // Ranges up to the size of a large flash get their memory at once. Larger ones grow as the device
@@ -59,13 +60,15 @@ Result BorvanUsb_Q7::FastRead(std::vector<std::uint8_t>& output, std::uint32_t s
     // Any answer but 0 asks for the same address again, without limit or pause: only a stop request
     // or a later success ends the repetition.
     if (result == kOk) {
-      for (std::size_t at = 0; at < kPacketLength && group <= group_count; at += kGroupSize) {
-        const std::uint32_t bytes = group < group_count ? kGroupSize : size % kGroupSize;
-        const auto first = block.begin() + static_cast<std::ptrdiff_t>(at);
-        output.insert(output.end(), first, first + bytes);
-        ++group;
-        address += kGroupSize;
-      }
+      // Packets start at every eighth group. All but the last are whole.
+      const std::uint32_t groups = std::min(kGroupsPerPacket, group_count - group + 1);
+      const std::uint32_t bytes =
+          group + groups <= group_count
+              ? groups * kGroupSize
+              : (groups - 1) * kGroupSize + static_cast<std::uint32_t>(size % kGroupSize);
+      output.insert(output.end(), block.begin(), block.begin() + bytes);
+      group += groups;
+      address += groups * kGroupSize;
     }
     if (group_count == 0) {
       progress(kOk, kDone);

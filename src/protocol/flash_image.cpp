@@ -46,9 +46,13 @@ bool IsBlankPiece(std::span<const std::uint8_t, flash::kPieceSize> piece) {
 }
 
 std::optional<std::int32_t> FlashWriteProgress::NextPiece() {
-  const auto percent = static_cast<std::int32_t>(accumulator_ / padded_size_);
+  const std::uint32_t accumulator = accumulator_;
   accumulator_ += static_cast<std::uint32_t>(flash::kPieceSize) * kDone;
-  return Rising(percent, last_);
+  // Spares nearly every piece the division.
+  if (accumulator < static_cast<std::uint64_t>(last_ + 1) * padded_size_) {
+    return std::nullopt;
+  }
+  return Rising(static_cast<std::int32_t>(accumulator / padded_size_), last_);
 }
 
 std::optional<std::int32_t> FlashReadProgress::After(std::uint32_t groups_read) {

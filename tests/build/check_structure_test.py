@@ -58,7 +58,8 @@ class CheckStructureTest(unittest.TestCase):
         }), "src/jobs/job.cpp", "src/api/exports.h")
 
     def test_finds_library_including_the_virtual_camera(self):
-        for name in ("core/camera.h", "virtual_camera/core/camera.h", "../../virtual_camera/core/camera.h"):
+        for name in ("core/camera.h", "virtual_camera/core/camera.h",
+                     "../../virtual_camera/core/camera.h"):
             self.assert_one(complaints({
                 "virtual_camera/core/camera.h": "",
                 "src/device/base.cpp": f'#include "{name}"\n',

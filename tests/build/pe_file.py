@@ -100,7 +100,8 @@ class PeFile:
     def imported_libraries(self):
         """Names of the DLLs that the loader binds, those bound at first use included."""
         names = []
-        for index, row_size, name_at in ((DIRECTORY_IMPORT, 20, 12), (DIRECTORY_DELAY_IMPORT, 32, 4)):
+        tables = ((DIRECTORY_IMPORT, 20, 12), (DIRECTORY_DELAY_IMPORT, 32, 4))
+        for index, row_size, name_at in tables:
             address, _ = self.directory(index)
             if address == 0:
                 continue
@@ -116,7 +117,7 @@ class PeFile:
         return self._u32(self.file_offset(address) + 4) if address else None
 
     def exports(self):
-        """(name, ordinal) of every export, in name order; an export by number alone has name None."""
+        """(name, ordinal) of every export; one by number alone has name None."""
         address, _ = self.directory(DIRECTORY_EXPORT)
         if address == 0:
             return []

@@ -95,8 +95,9 @@ class ProductTest(unittest.TestCase):
 
     def test_no_section_is_both_writable_and_executable(self):
         for section in self.file.sections:
-            executable = section.characteristics & (pe_file.SECTION_EXECUTABLE | pe_file.SECTION_CODE)
-            writable = section.characteristics & pe_file.SECTION_WRITABLE
+            flags = section.characteristics
+            executable = flags & (pe_file.SECTION_EXECUTABLE | pe_file.SECTION_CODE)
+            writable = flags & pe_file.SECTION_WRITABLE
             self.assertFalse(executable and writable, section.name)
 
     def test_carries_no_time_stamp(self):

@@ -1,8 +1,9 @@
 #!/usr/bin/env python3
-"""Builds the library from two copies of the sources in differently named folders and compares.
+"""Builds the library once more from a copy of the sources in another folder and compares.
 
-Usage: two_builds_are_identical.py CMAKE SOURCE_FOLDER
-Whoever builds the tag again gets the bytes that were handed out.
+Usage: two_builds_are_identical.py CMAKE SOURCE_FOLDER BUILD_FOLDER
+BUILD_FOLDER is the windows preset's, built from the sources as they are now. Whoever builds the same
+sources elsewhere gets the bytes that were handed out.
 """
 import pathlib
 import shutil
@@ -13,8 +14,8 @@ import tempfile
 TARGETS = ["BorvanUSB_x64", "BorvanUSB_x64_msvc_import_library"]
 PRODUCTS = ["bin/BorvanUSB_x64.dll", "bin/BorvanUSB_x64.dll.debug",
             "lib/libBorvanUSB_x64.dll.a", "lib/BorvanUSB_x64.lib"]
-# Of different lengths, so that a path that slips in moves what follows it too.
-FOLDERS = ["first", "a folder with a longer name"]
+# Longer than a usual name, so that a path that slips in moves what follows it too.
+FOLDER = "a folder with quite another and longer name"
 NOT_COPIED = shutil.ignore_patterns("build", ".git", "tests", "bench", "examples")
 
 
@@ -22,7 +23,8 @@ def build(cmake, source, folder):
     """Copies the sources into `folder` and builds there; returns the product folder."""
     shutil.copytree(source, folder, ignore=NOT_COPIED, symlinks=True)
     for command in ([cmake, "--preset", "windows", "-DBORVAN_BUILD_TESTS=OFF"],
-                    [cmake, "--build", "--preset", "windows", "--target", *TARGETS]):
+                    [cmake, "--build", "--preset", "windows", "--parallel", "2",
+                     "--target", *TARGETS]):
         run = subprocess.run(command, cwd=folder, text=True, check=False,
                              stdout=subprocess.PIPE, stderr=subprocess.STDOUT)
         if run.returncode != 0:
@@ -39,16 +41,16 @@ def first_difference(left, right):
 
 
 def main():
-    """Builds twice, compares each product, names each difference."""
-    if len(sys.argv) != 3:
+    """Builds again, compares each product, names each difference."""
+    if len(sys.argv) != 4:
         sys.exit(__doc__)
+    cmake, source, first = sys.argv[1], sys.argv[2], pathlib.Path(sys.argv[3])
+    failed = False
     with tempfile.TemporaryDirectory() as scratch:
-        one, other = (build(sys.argv[1], sys.argv[2], pathlib.Path(scratch) / name)
-                      for name in FOLDERS)
-        failed = False
+        second = build(cmake, source, pathlib.Path(scratch) / FOLDER)
         for product in PRODUCTS:
-            difference = first_difference((one / product).read_bytes(),
-                                          (other / product).read_bytes())
+            difference = first_difference((first / product).read_bytes(),
+                                          (second / product).read_bytes())
             print(f"{product}: {difference or 'identical'}")
             failed = failed or bool(difference)
     sys.exit(1 if failed else 0)

@@ -1,0 +1,151 @@
+#include "bench_camera.h"
+
+#include "device/directshow_interfaces.h"
+#include "device/ks_topology.h"
+
+namespace {
+
+constexpr GUID kClassFactoryInterface = {
+    0x00000001, 0x0000, 0x0000, {0xC0, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x46}};
+
+// The objects live as long as the DLL: counting references would be a cost of the benchmark's own.
+constexpr ULONG kAlwaysReferenced = 1;
+
+bench::MemoryFlash& Flash() {
+  static bench::MemoryFlash flash(bench::kFlashSize);
+  return flash;
+}
+
+class Control final : public IKsControl {
+ public:
+  HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** object) override {
+    if (!IsEqualGUID(iid, borvan::kIidUnknown) && !IsEqualGUID(iid, borvan::kIidKsControl)) {
+      *object = nullptr;
+      return E_NOINTERFACE;
+    }
+    *object = static_cast<IKsControl*>(this);
+    return S_OK;
+  }
+  ULONG STDMETHODCALLTYPE AddRef() override { return kAlwaysReferenced; }
+  ULONG STDMETHODCALLTYPE Release() override { return kAlwaysReferenced; }
+
+  HRESULT STDMETHODCALLTYPE KsProperty(PKSPROPERTY property, ULONG /*property_length*/, void* data,
+                                       ULONG length, ULONG* returned) override {
+    std::uint32_t moved = 0;
+    const std::int32_t answer = flash_.Transfer(
+        property->Id, (property->Flags & KSPROPERTY_TYPE_GET) != 0, data, length, moved);
+    *returned = moved;
+    return answer;
+  }
+  HRESULT STDMETHODCALLTYPE KsMethod(PKSMETHOD, ULONG, void*, ULONG, ULONG*) override {
+    return E_NOTIMPL;
+  }
+  HRESULT STDMETHODCALLTYPE KsEvent(PKSEVENT, ULONG, void*, ULONG, ULONG*) override {
+    return E_NOTIMPL;
+  }
+
+ private:
+  bench::MemoryFlash& flash_ = Flash();
+};
+
+Control& TheControl() {
+  static Control control;
+  return control;
+}
+
+// A filter without pins, with one vendor node.
+class Camera final : public IBaseFilter, public IKsTopologyInfo {
+ public:
+  HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** object) override {
+    if (IsEqualGUID(iid, borvan::kIidUnknown) || IsEqualGUID(iid, borvan::kIidBaseFilter)) {
+      *object = static_cast<IBaseFilter*>(this);
+    } else if (IsEqualGUID(iid, borvan::kIidKsTopologyInfo)) {
+      *object = static_cast<IKsTopologyInfo*>(this);
+    } else {
+      *object = nullptr;
+      return E_NOINTERFACE;
+    }
+    return S_OK;
+  }
+  ULONG STDMETHODCALLTYPE AddRef() override { return kAlwaysReferenced; }
+  ULONG STDMETHODCALLTYPE Release() override { return kAlwaysReferenced; }
+
+  HRESULT STDMETHODCALLTYPE GetClassID(CLSID* id) override {
+    *id = bench::kBenchCameraClass;
+    return S_OK;
+  }
+  HRESULT STDMETHODCALLTYPE Stop() override { return E_NOTIMPL; }
+  HRESULT STDMETHODCALLTYPE Pause() override { return E_NOTIMPL; }
+  HRESULT STDMETHODCALLTYPE Run(REFERENCE_TIME) override { return E_NOTIMPL; }
+  HRESULT STDMETHODCALLTYPE GetState(DWORD, FILTER_STATE*) override { return E_NOTIMPL; }
+  HRESULT STDMETHODCALLTYPE SetSyncSource(IReferenceClock*) override { return E_NOTIMPL; }
+  HRESULT STDMETHODCALLTYPE GetSyncSource(IReferenceClock**) override { return E_NOTIMPL; }
+  HRESULT STDMETHODCALLTYPE EnumPins(IEnumPins**) override { return E_NOTIMPL; }
+  HRESULT STDMETHODCALLTYPE FindPin(LPCWSTR, IPin**) override { return E_NOTIMPL; }
+  HRESULT STDMETHODCALLTYPE QueryFilterInfo(FILTER_INFO*) override { return E_NOTIMPL; }
+  HRESULT STDMETHODCALLTYPE JoinFilterGraph(IFilterGraph*, LPCWSTR) override { return E_NOTIMPL; }
+  HRESULT STDMETHODCALLTYPE QueryVendorInfo(LPWSTR*) override { return E_NOTIMPL; }
+
+  HRESULT STDMETHODCALLTYPE get_NumCategories(DWORD*) override { return E_NOTIMPL; }
+  HRESULT STDMETHODCALLTYPE get_Category(DWORD, GUID*) override { return E_NOTIMPL; }
+  HRESULT STDMETHODCALLTYPE get_NumConnections(DWORD*) override { return E_NOTIMPL; }
+  HRESULT STDMETHODCALLTYPE get_ConnectionInfo(DWORD, void*) override { return E_NOTIMPL; }
+  HRESULT STDMETHODCALLTYPE get_NodeName(DWORD, WCHAR*, DWORD, DWORD*) override {
+    return E_NOTIMPL;
+  }
+  HRESULT STDMETHODCALLTYPE get_NumNodes(DWORD* count) override {
+    *count = 1;
+    return S_OK;
+  }
+  HRESULT STDMETHODCALLTYPE get_NodeType(DWORD node, GUID* type) override {
+    *type = borvan::kKsNodeTypeDevSpecific;
+    return node == 0 ? S_OK : E_INVALIDARG;
+  }
+  HRESULT STDMETHODCALLTYPE CreateNodeInstance(DWORD, REFIID iid, void** object) override {
+    return TheControl().QueryInterface(iid, object);
+  }
+};
+
+class Factory final : public IClassFactory {
+ public:
+  HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** object) override {
+    if (!IsEqualGUID(iid, borvan::kIidUnknown) && !IsEqualGUID(iid, kClassFactoryInterface)) {
+      *object = nullptr;
+      return E_NOINTERFACE;
+    }
+    *object = static_cast<IClassFactory*>(this);
+    return S_OK;
+  }
+  ULONG STDMETHODCALLTYPE AddRef() override { return kAlwaysReferenced; }
+  ULONG STDMETHODCALLTYPE Release() override { return kAlwaysReferenced; }
+  HRESULT STDMETHODCALLTYPE CreateInstance(IUnknown* outer, REFIID iid, void** object) override {
+    static Camera camera;
+    *object = nullptr;
+    return outer != nullptr ? CLASS_E_NOAGGREGATION : camera.QueryInterface(iid, object);
+  }
+  HRESULT STDMETHODCALLTYPE LockServer(BOOL) override { return S_OK; }
+};
+
+}  // namespace
+
+extern "C" {
+
+bench::MemoryFlash* BenchCameraFlash() {
+  return &Flash();
+}
+
+IKsControl* BenchCameraControl() {
+  return &TheControl();
+}
+
+HRESULT WINAPI DllGetClassObject(REFCLSID class_id, REFIID iid, void** object) {
+  static Factory factory;
+  *object = nullptr;
+  return IsEqualGUID(class_id, bench::kBenchCameraClass) ? factory.QueryInterface(iid, object)
+                                                         : CLASS_E_CLASSNOTAVAILABLE;
+}
+
+HRESULT WINAPI DllCanUnloadNow() {
+  return S_FALSE;
+}
+}

@@ -1,0 +1,112 @@
+#!/usr/bin/env python3
+"""Prints the table of scripts/bench.sh from the rounds that the measuring programs printed.
+
+Usage: report.py ROUNDS.txt TRANSFERS.json
+ROUNDS.txt holds lines "series value"; TRANSFERS.json is Google Benchmark's output.
+"""
+
+import collections
+import json
+import statistics
+import sys
+
+NANOSECONDS_PER_SECOND = 1e9
+LARGEST_COST_NS = 50
+LARGEST_WAIT_RATIO = 1.001
+SMALLEST_FORMAT_RATIO = 10
+LARGEST_WRITE_RATIO = 2
+LARGEST_MEMORY_RATIO = 2.2
+
+
+def read_rounds(path):
+    """The values of each series, in the order of the rounds."""
+    series = collections.defaultdict(list)
+    with open(path, encoding="ascii") as lines:
+        for line in lines:
+            name, value = line.split()
+            series[name].append(float(value))
+    return series
+
+
+def read_transfers(path, series):
+    """Adds Google Benchmark's repetitions as nanoseconds a transfer."""
+    with open(path, encoding="utf-8") as file:
+        results = json.load(file)["benchmarks"]
+    for result in results:
+        if result["run_type"] != "iteration":
+            continue
+        if result.get("error_occurred"):
+            sys.exit(f"report.py: {result['name']}: {result['error_message']}")
+        name = result["name"].split("/")[0]
+        series[name].append(NANOSECONDS_PER_SECOND / result["items_per_second"])
+
+
+def row(what, measured, yardstick, figure, target, met):
+    """One line of the table."""
+    verdict = "target met" if met else "target missed"
+    print(f"{what:<44} {measured:>10} {yardstick:>10} {figure:>11} {target:>11}  {verdict}")
+
+
+def cost_row(what, series, library, bare, pick):
+    """The library's own cost of a transfer: the difference of the two series."""
+    measured, yardstick = pick(series[library]), pick(series[bare])
+    cost = measured - yardstick
+    row(what, f"{measured:.1f} ns", f"{yardstick:.1f} ns", f"{cost:.1f} ns",
+        f"<= {LARGEST_COST_NS} ns", cost <= LARGEST_COST_NS)
+
+
+def pair_row(what, measured, yardstick, ratio, target, met):
+    """Two times in milliseconds and their ratio."""
+    row(what, f"{measured:.1f} ms", f"{yardstick:.1f} ms", f"{ratio:.2f}", target, met)
+
+
+def main():
+    if len(sys.argv) != 3:
+        sys.exit(__doc__)
+    series = read_rounds(sys.argv[1])
+    read_transfers(sys.argv[2], series)
+    median = statistics.median
+
+    print(f"{'figure':<44} {'measured':>10} {'yardstick':>10} {'result':>11} {'target':>11}")
+    print("a. cost of a transfer beside a bare loop of the same calls")
+    cost_row("   programming, native, median", series, "ProgramByLibrary", "ProgramByBareLoop", median)
+    cost_row("   reading, native, median", series, "ReadByLibrary", "ReadByBareLoop", median)
+    for name, pick in (("least", min), ("median", median)):
+        for work, title in (("program", "programming"), ("read", "reading")):
+            cost_row(f"   {title}, DLL under Wine, {name}", series,
+                     f"transfers.dll.{work}_library_ns", f"transfers.dll.{work}_bare_ns", pick)
+
+    print("b. 1 MiB with 125 us a transfer, whole job over the sum of the waits")
+    for place, title in (("native", "native"), ("dll", "DLL under Wine")):
+        for work, verb in (("program", "programming"), ("read", "reading")):
+            rounds = series[f"waits.{place}.{work}_ratio"]
+            for name, pick in (("least", min), ("median", median)):
+                ratio = pick(rounds)
+                row(f"   {verb}, {title}, {name} of {len(rounds)}", "", "", f"{ratio:.5f}",
+                    f"<= {LARGEST_WAIT_RATIO}", ratio <= LARGEST_WAIT_RATIO)
+
+    print("c. text dump of 16 MiB")
+    measured, yardstick = median(series["dump.native.format_ms"]), median(series["dump.native.xxd_ms"])
+    pair_row("   formatting, native, beside xxd", measured, yardstick, yardstick / measured,
+             f">= {SMALLEST_FORMAT_RATIO}", yardstick / measured >= SMALLEST_FORMAT_RATIO)
+    print(f"   (xxd needs {median(series['dump.native.xxd_start_ms']):.1f} ms of it for an empty file)")
+    for place, title, pick in (("native", "native", median), ("dll", "DLL, least", min)):
+        measured = pick(series[f"dump.{place}.write_ms"])
+        yardstick = pick(series[f"dump.{place}.one_write_ms"])
+        pair_row(f"   whole dump, {title}, beside one write", measured, yardstick,
+                 measured / yardstick, f"<= {LARGEST_WRITE_RATIO}",
+                 measured / yardstick <= LARGEST_WRITE_RATIO)
+
+    print("d. peak growth of memory over the data")
+    for name, rounds in series.items():
+        if name.startswith("memory."):
+            _, place, what = name.removesuffix("_ratio").split(".")
+            work, mebibytes = what.rsplit("_", 1)
+            title = {"native": "native", "dll": "DLL under Wine"}[place]
+            ratio = max(rounds)
+            row(f"   {work.replace('_', ' ')}, {mebibytes} MiB, {title}", "", "", f"{ratio:.2f}",
+                f"<= {LARGEST_MEMORY_RATIO}", ratio <= LARGEST_MEMORY_RATIO)
+
+
+if __name__ == "__main__":
+    main()

@@ -1,0 +1,69 @@
+#!/usr/bin/env bash
+# Builds the measuring programs (presets native and windows), runs them all and prints a table: each
+# figure beside its yardstick from the same run, and whether its target is met. Takes about three
+# minutes, a GiB of disk and its own Wine prefix, all under build/bench/. Fails only when something
+# could not be measured, not when a target is missed. Usage: bench.sh
+set -euo pipefail
+cd "$(dirname "$0")/.."
+
+if [ "${1:-}" = -h ] || [ "${1:-}" = --help ]; then
+  sed -n '2,5s/^# //p' "$0"
+  exit 0
+fi
+if [ $# -gt 0 ]; then
+  echo "bench.sh: takes no arguments but --help" >&2
+  exit 2
+fi
+
+work=build/bench
+files=$work/files
+log=$work/build.log
+mkdir -p "$files"
+trap 'rm -rf "$files"' EXIT
+
+build() {
+  local preset=$1
+  shift
+  echo "== building: $preset" >&2
+  if ! { cmake --preset "$preset" && cmake --build --preset "$preset" -j2 --target "$@"; } \
+    >"$log" 2>&1; then
+    cat "$log" >&2
+    exit 1
+  fi
+}
+build native bench_transfers bench_native
+build windows BorvanUSB_x64 bench_camera bench_library
+
+export WINEPREFIX=$PWD/$work/wine WINEDEBUG=-all WINEDLLOVERRIDES='mscoree,mshtml='
+wine=/usr/lib/wine/wine64
+[ -x "$wine" ] || wine=wine
+if [ ! -f "$WINEPREFIX/system.reg" ]; then
+  echo "== making a Wine prefix" >&2
+  "$wine" wineboot -i >"$work/wine.log" 2>&1
+fi
+
+rounds=$work/rounds.txt
+transfers=$work/transfers.json
+: >"$rounds"
+
+echo "== measuring: native transfers" >&2
+# Series take turns in random order, so that what disturbs the machine disturbs them all alike.
+build/native/bin/bench_transfers --benchmark_enable_random_interleaving=true \
+  --benchmark_repetitions=25 --benchmark_min_time=0.01 --benchmark_out_format=json \
+  --benchmark_out="$transfers" >"$work/transfers.log" 2>&1 || {
+  cat "$work/transfers.log" >&2
+  exit 1
+}
+
+echo "== measuring: native memory, dumps, waits" >&2
+build/native/bin/bench_native "$files" >>"$rounds"
+
+for part in transfers memory-program memory-dump dump waits; do
+  echo "== measuring: the DLL's $part" >&2
+  # Wine's runtime ends lines as Windows does.
+  "$wine" build/windows/bin/bench_library.exe "Z:${PWD//\//\\}\\build\\bench\\files" "$part" |
+    tr -d '\r' >>"$rounds"
+done
+
+echo
+python3 bench/report.py "$rounds" "$transfers"

@@ -1,0 +1,95 @@
+#!/usr/bin/env python3
+"""Writes one list for CTest with the tests of several builds, and the checks of the whole tree.
+
+Usage: collect_tests.py FOLDER PRESET…
+Test `name` of a preset becomes `preset/name`, with the preset as its label; format, lint and demo
+join them, the demo after all others. FOLDER then serves `ctest --test-dir FOLDER`.
+"""
+import json
+import pathlib
+import subprocess
+import sys
+
+ROOT = pathlib.Path(__file__).resolve().parent.parent
+# Name, command, time limit in seconds.
+CHECKS = [
+    ("format", ["scripts/format.sh", "--check"], 120),
+    ("lint", ["scripts/lint.sh"], 1200),
+]
+DEMO = ("demo", ["scripts/demo.sh"], 600)
+# Properties that name other tests or fixtures, which here carry the preset's name.
+NAMING = {"DEPENDS", "FIXTURES_SETUP", "FIXTURES_CLEANUP", "FIXTURES_REQUIRED"}
+
+
+def quoted(text):
+    """`text` as a bracket argument, in which nothing is special to CMake."""
+    marks = "=" * next(n for n in range(1, 100) if "]" + "=" * n + "]" not in text + "]")
+    return f"[{marks}[{text}]{marks}]"
+
+
+def entry(name, command, properties):
+    """The CTest list's lines for one test."""
+    lines = [f"add_test({quoted(name)} {' '.join(map(quoted, command))})"]
+    settings = " ".join(f"{key} {quoted(value)}" for key, value in properties.items())
+    lines.append(f"set_tests_properties({quoted(name)} PROPERTIES {settings})")
+    return lines
+
+
+def value_text(value):
+    """A property's value from CTest's JSON, as CMake writes it."""
+    if isinstance(value, bool):
+        return "ON" if value else "OFF"
+    if isinstance(value, list):
+        return ";".join(map(str, value))
+    return str(value)
+
+
+def tests_of(preset):
+    """(name, command, properties) of each test of a build."""
+    listing = subprocess.run(
+        ["ctest", "--test-dir", str(ROOT / "build" / preset), "--show-only=json-v1"],
+        check=True, text=True, stdout=subprocess.PIPE).stdout
+    for test in json.loads(listing)["tests"]:
+        if "command" not in test:
+            sys.exit(f"collect_tests.py: {preset}/{test['name']} has no program: build {preset}")
+        properties = {}
+        for item in test.get("properties", []):
+            value = item["value"]
+            if item["name"] in NAMING:
+                value = [f"{preset}/{name}" for name in value]
+            properties[item["name"]] = value_text(value)
+        labels = [preset] + [label for label in properties.get("LABELS", "").split(";") if label]
+        properties["LABELS"] = ";".join(labels)
+        if any("run_with_wine" in part for part in test["command"]):
+            # One prefix serves all Windows programs, so they take turns.
+            locks = set(filter(None, properties.get("RESOURCE_LOCK", "").split(";")))
+            properties["RESOURCE_LOCK"] = ";".join(sorted(locks | {"wine"}))
+        yield f"{preset}/{test['name']}", test["command"], properties
+
+
+def main():
+    """Writes FOLDER/CTestTestfile.cmake."""
+    if len(sys.argv) < 3:
+        sys.exit(__doc__)
+    lines = []
+    names = []
+    for name, command, limit in CHECKS:
+        names.append(name)
+        # Lint keeps every core busy, and tests that watch the clock must not run beside it.
+        lines += entry(name, command, {"WORKING_DIRECTORY": str(ROOT), "TIMEOUT": str(limit),
+                                       "LABELS": "checks", "RUN_SERIAL": "ON"})
+    for preset in sys.argv[2:]:
+        for name, command, properties in tests_of(preset):
+            names.append(name)
+            lines += entry(name, command, properties)
+    name, command, limit = DEMO
+    lines += entry(name, command, {"WORKING_DIRECTORY": str(ROOT), "TIMEOUT": str(limit),
+                                   "LABELS": "demo", "RUN_SERIAL": "ON",
+                                   "DEPENDS": ";".join(names)})
+    folder = pathlib.Path(sys.argv[1])
+    folder.mkdir(parents=True, exist_ok=True)
+    (folder / "CTestTestfile.cmake").write_text("\n".join(lines) + "\n", encoding="utf-8")
+
+
+if __name__ == "__main__":
+    main()

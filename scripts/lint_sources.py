@@ -1,0 +1,139 @@
+#!/usr/bin/env python3
+"""Runs clang-tidy over the sources that the builds compile, several at a time; see lint.sh.
+
+Usage: lint_sources.py [FILE…]
+Sources of the native build are looked at as compiled there, the others (COM, Win32) as compiled by
+the windows build, with the cross toolchain's headers. A source found clean is not looked at again
+until it, a header of ours that it reaches, its command, the rules or the tool change.
+"""
+import concurrent.futures
+import hashlib
+import json
+import os
+import pathlib
+import subprocess
+import sys
+import threading
+
+import check_structure
+
+ROOT = pathlib.Path(__file__).resolve().parent.parent
+CACHE = ROOT / "build" / "lint-cache"
+TIDY = "clang-tidy-14"
+SOURCE_FOLDERS = ("include", "src", "virtual_camera", "tools", "examples", "tests", "bench")
+# The path-sensitive analysis at full depth doubles the time for every source.
+QUICK_ANALYSIS = ["-Xclang", "-analyzer-config", "-Xclang", "mode=shallow"]
+CROSS_COMPILER = "x86_64-w64-mingw32-g++-posix"
+
+
+def output_of(*command):
+    """What a command prints, without the last line break."""
+    return subprocess.run(command, check=True, text=True, stdout=subprocess.PIPE).stdout.strip()
+
+
+def cross_arguments():
+    """Makes clang read the cross toolchain's headers, and none of the build machine."""
+    library = pathlib.Path(output_of(CROSS_COMPILER, "-print-libgcc-file-name")).parent
+    standard = library / "include" / "c++"
+    folders = [standard, standard / "x86_64-w64-mingw32", standard / "backward",
+               pathlib.Path(output_of("clang-14", "-print-resource-dir")) / "include",
+               pathlib.Path("/usr/x86_64-w64-mingw32/include")]
+    arguments = ["--target=x86_64-w64-mingw32", "-nostdinc"]
+    for folder in folders:
+        arguments += ["-isystem", str(folder)]
+    return arguments
+
+
+def compiled_sources(preset):
+    """{source of ours: its compile command} of a configured build."""
+    database = ROOT / "build" / preset / "compile_commands.json"
+    if not database.is_file():
+        sys.exit(f"lint_sources.py: {database.relative_to(ROOT)} is missing: "
+                 f"run scripts/build.sh {preset} first")
+    found = {}
+    for entry in json.loads(database.read_text(encoding="utf-8")):
+        path = pathlib.Path(entry["file"])
+        if path.is_relative_to(ROOT) and path.suffix in check_structure.CODE:
+            relative = path.relative_to(ROOT)
+            if relative.parts[0] in SOURCE_FOLDERS:
+                found.setdefault(relative, entry["command"])
+    return found
+
+
+class Linter:
+    """Looks at one source after another; knows what was clean before."""
+
+    def __init__(self):
+        files = check_structure.our_files(ROOT)
+        self.graph, _ = check_structure.include_graph(ROOT, files)
+        rules = [(ROOT / folder / ".clang-tidy").read_text(encoding="utf-8")
+                 for folder in ("", "tests")]
+        self.tool = "\n".join([output_of(TIDY, "--version"), *rules])
+        self.print_lock = threading.Lock()
+
+    def reached(self, source):
+        """`source` and every file of ours that it includes, directly or not."""
+        found = {source}
+        waiting = [source]
+        while waiting:
+            for target in self.graph.get(waiting.pop(), []):
+                if target not in found:
+                    found.add(target)
+                    waiting.append(target)
+        return sorted(found)
+
+    def key(self, source, command, extra):
+        """Names everything that the answer depends on."""
+        digest = hashlib.sha256()
+        for part in [self.tool, command, *extra, *QUICK_ANALYSIS]:
+            digest.update(part.encode() + b"\0")
+        for path in self.reached(source):
+            digest.update(str(path).encode() + b"\0" + (ROOT / path).read_bytes() + b"\0")
+        return digest.hexdigest()
+
+    def look_at(self, job):
+        """True when the source is clean; else prints what was found."""
+        source, preset, command, extra = job
+        clean = CACHE / self.key(source, command, extra)
+        if clean.exists():
+            return True
+        arguments = [f"--extra-arg-before={argument}" for argument in extra]
+        run = subprocess.run(
+            [TIDY, "--quiet", "-p", str(ROOT / "build" / preset), *arguments,
+             "--extra-arg=-Wno-unknown-warning-option",
+             *(f"--extra-arg={argument}" for argument in QUICK_ANALYSIS), str(ROOT / source)],
+            check=False, text=True, stdout=subprocess.PIPE, stderr=subprocess.STDOUT)
+        if run.returncode == 0:
+            clean.touch()
+            return True
+        with self.print_lock:
+            print(f"== {source} ({preset})\n{run.stdout}", flush=True)
+        return False
+
+
+def main():
+    """Collects the sources, looks at each, says how many were not clean."""
+    CACHE.mkdir(parents=True, exist_ok=True)
+    native = compiled_sources("native")
+    windows = compiled_sources("windows")
+    cross = cross_arguments()
+    jobs = [(source, "native", command, []) for source, command in native.items()]
+    jobs += [(source, "windows", command, cross) for source, command in windows.items()
+             if source not in native]
+    if len(sys.argv) > 1:
+        wanted = {pathlib.Path(name).resolve() for name in sys.argv[1:]}
+        jobs = [job for job in jobs if ROOT / job[0] in wanted]
+    if not jobs:
+        sys.exit("lint_sources.py: no such source in the native or windows build")
+    linter = Linter()
+    # clang-tidy is a process of its own, so threads suffice to keep the cores busy. The long ones
+    # first: those read Windows' headers.
+    with concurrent.futures.ThreadPoolExecutor(os.cpu_count()) as pool:
+        results = list(pool.map(linter.look_at, reversed(jobs)))
+    dirty = results.count(False)
+    print(f"clang-tidy: {len(results)} sources, {dirty} with findings")
+    sys.exit(1 if dirty else 0)
+
+
+if __name__ == "__main__":
+    main()

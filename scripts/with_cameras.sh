@@ -1,0 +1,65 @@
+#!/usr/bin/env bash
+# Runs a command with virtual cameras plugged in under Wine:
+#
+#   with_cameras.sh [--config FILE] COMMAND [ARGUMENT…]
+#
+# Makes the Wine prefix if needed (the one that WINEPREFIX names, else build/wine-prefix), registers
+# the cameras of FILE (default: the two of virtual_camera/configurations/demo.json) in place of those
+# registered before, runs COMMAND and exits with its code; 125 when the cameras can't be registered.
+#
+# A COMMAND whose name ends in .exe runs through Wine; without a folder in its name it is looked for
+# in the build's bin folder too. Other commands run as they are, and find WINEPREFIX and
+# BORVAN_VIRTUAL_CAMERA set for the Windows programs that they start with run_with_wine.sh.
+#
+# A FILE of this source tree is copied to build/cameras/ first, so that the cameras' state, flash and
+# trace files lie there; any other FILE is used where it is. BORVAN_BIN names the folder with
+# virtual-camera.exe, if not build/windows/bin.
+set -euo pipefail
+root=$(cd "$(dirname "$0")/.." && pwd -P)
+bin=${BORVAN_BIN:-$root/build/windows/bin}
+export WINEPREFIX=${WINEPREFIX:-$root/build/wine-prefix}
+
+fail() {
+  echo "with_cameras.sh: $1" >&2
+  exit 125
+}
+
+config=$root/virtual_camera/configurations/demo.json
+if [[ ${1-} == --config ]]; then
+  [[ $# -ge 2 ]] || fail "--config: the name of a configuration file must follow"
+  config=$2
+  shift 2
+fi
+[[ $# -ge 1 ]] || fail "usage: with_cameras.sh [--config FILE] COMMAND [ARGUMENT…]"
+[[ -f $config ]] || fail "--config: no such file: $config"
+[[ -f $bin/virtual-camera.exe ]] ||
+  fail "$bin/virtual-camera.exe is missing: build the Windows preset first (scripts/build.sh)"
+
+config=$(realpath "$config")
+if [[ $config == "$root"/* && $config != "$root"/build/* ]]; then
+  copy=$root/build/cameras/$(basename "$config")
+  mkdir -p "$root/build/cameras"
+  cmp -s "$config" "$copy" || cp "$config" "$copy"
+  config=$copy
+fi
+
+# Wine shows the whole file system as drive Z.
+export BORVAN_VIRTUAL_CAMERA="Z:${config//\//\\}"
+
+log=$(mktemp)
+trap 'rm -f "$log"' EXIT
+if ! "$root/scripts/run_with_wine.sh" "$bin/virtual-camera.exe" register </dev/null >"$log" 2>&1; then
+  cat "$log" >&2
+  fail "the cameras of $config can't be registered"
+fi
+rm -f "$log"
+
+command=$1
+shift
+if [[ $command != *.exe ]]; then
+  exec "$command" "$@"
+fi
+if [[ $command != */* && ! -f $command && -f $bin/$command ]]; then
+  command=$bin/$command
+fi
+exec "$root/scripts/run_with_wine.sh" "$command" "$@"

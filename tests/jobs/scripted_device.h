@@ -1,0 +1,157 @@
+#pragma once
+
+// A device object whose bulk operations do what a test says, and a host that records the reports.
+
+#include <condition_variable>
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <mutex>
+#include <string>
+#include <thread>
+#include <utility>
+#include <vector>
+
+#include "device/borvan_usb_base.h"
+#include "support/scripted_platform.h"
+
+namespace borvan_test {
+
+// Operations without a script answer 0.
+class ScriptedDevice : public borvan::BorvanUSBBase {
+ public:
+  ScriptedDevice()
+      : BorvanUSBBase(std::make_unique<ScriptedPlatform>(std::make_shared<PlatformScript>())) {}
+
+  using Bytes = std::vector<std::uint8_t>;
+  using List = std::vector<borvan::ListEntry>;
+  using Progress = borvan::ProgressCallback;
+
+  // To be set before a job starts.
+  std::function<borvan::Result(Bytes, std::uint32_t, Progress)> flash_write;
+  std::function<borvan::Result(Bytes&, std::uint32_t, std::uint32_t, Progress)> flash_read;
+  std::function<borvan::Result(List, std::uint32_t, Progress)> register_write;
+  std::function<borvan::Result(List&, std::uint32_t, std::uint32_t, Progress)> register_read;
+  std::function<borvan::Result(List, std::uint32_t, Progress)> i2c_write;
+  std::function<borvan::Result(List&, std::uint32_t, std::uint32_t, std::uint32_t, std::uint32_t,
+                               Progress)>
+      i2c_read;
+
+  // One script for all of them.
+  void SetEveryOperation(const std::function<borvan::Result()>& act) {
+    const auto operation = [act](auto&&...) { return act(); };
+    flash_write = operation;
+    flash_read = operation;
+    register_write = operation;
+    register_read = operation;
+    i2c_write = operation;
+    i2c_read = operation;
+  }
+
+  borvan::Result FlashWriteImage(Bytes image, std::uint32_t start, Progress progress) override {
+    return flash_write ? flash_write(std::move(image), start, std::move(progress)) : 0;
+  }
+  borvan::Result FlashQuickReadImage(Bytes& output, std::uint32_t start, std::uint32_t end,
+                                     Progress progress) override {
+    return flash_read ? flash_read(output, start, end, std::move(progress)) : 0;
+  }
+  borvan::Result RegisterWriteList(List list, std::uint32_t ignored, Progress progress) override {
+    return register_write ? register_write(std::move(list), ignored, std::move(progress)) : 0;
+  }
+  borvan::Result RegisterReadList(List& list, std::uint32_t start, std::uint32_t end,
+                                  Progress progress) override {
+    return register_read ? register_read(list, start, end, std::move(progress)) : 0;
+  }
+  borvan::Result I2cWriteList(List list, std::uint32_t option, Progress progress) override {
+    return i2c_write ? i2c_write(std::move(list), option, std::move(progress)) : 0;
+  }
+  borvan::Result I2cReadList(List& list, std::uint32_t slave, std::uint32_t start,
+                             std::uint32_t end, std::uint32_t mode, Progress progress) override {
+    return i2c_read ? i2c_read(list, slave, start, end, mode, std::move(progress)) : 0;
+  }
+};
+
+// One report, and how things stood when it was made.
+struct Report {
+  std::int32_t status = 0;
+  std::int32_t percent = 0;
+  std::thread::id thread;
+  bool job_running = false;
+  bool stop_requested = false;
+
+  friend bool operator==(const Report& report, std::pair<std::uint32_t, std::int32_t> expected) {
+    return static_cast<std::uint32_t>(report.status) == expected.first &&
+           report.percent == expected.second;
+  }
+};
+
+// Takes the reports of one job. The job is over when it has let go of the callback, which its
+// record holds to the end of its thread.
+class ReportRecorder {
+ public:
+  explicit ReportRecorder(std::shared_ptr<borvan::BorvanUSBBase> device)
+      : device_(std::move(device)) {}
+
+  // Called at each report, on the reporting thread; set it before the job starts.
+  std::function<void(const Report&)> on_report;
+
+  // A callback for one job.
+  borvan::ProgressCallback Callback() {
+    auto token = std::make_shared<int>(0);
+    tokens_.push_back(token);
+    return [this, token](std::int32_t status, std::int32_t percent) {
+      const Report report{status, percent, std::this_thread::get_id(), device_->Jobs().jobRunning,
+                          device_->Jobs().stopRequested};
+      if (on_report) {
+        on_report(report);
+      }
+      const std::lock_guard lock(mutex_);
+      reports_.push_back(report);
+    };
+  }
+
+  // True once every job that got a callback has freed its record.
+  bool JobsEnded() {
+    return WaitUntil([&] {
+      for (const auto& token : tokens_) {
+        if (!token.expired()) {
+          return false;
+        }
+      }
+      return true;
+    });
+  }
+
+  std::vector<Report> Reports() const {
+    const std::lock_guard lock(mutex_);
+    return reports_;
+  }
+
+ private:
+  const std::shared_ptr<borvan::BorvanUSBBase> device_;
+  mutable std::mutex mutex_;
+  std::vector<Report> reports_;
+  std::vector<std::weak_ptr<int>> tokens_;
+};
+
+// A door that a job waits at until the test opens it.
+class Gate {
+ public:
+  void Open() {
+    const std::lock_guard lock(mutex_);
+    open_ = true;
+    changed_.notify_all();
+  }
+  // Returns false when nobody opened the gate for ten seconds.
+  bool Wait() {
+    std::unique_lock lock(mutex_);
+    return changed_.wait_for(lock, std::chrono::seconds(10), [&] { return open_; });
+  }
+
+ private:
+  std::mutex mutex_;
+  std::condition_variable changed_;
+  bool open_ = false;
+};
+
+}  // namespace borvan_test

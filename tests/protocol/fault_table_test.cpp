@@ -1,0 +1,215 @@
+// Each transfer of each operation answers otherwise than with 0, once: what comes of it, and what
+// is still sent.
+
+#include <array>
+#include <functional>
+
+#include "camera_with_script.h"
+
+namespace borvan::test {
+namespace {
+
+constexpr Result kEraseFailed = Code(0xE0000001);
+constexpr Result kLengthQueryFailed = Code(0xE0000002);
+constexpr Result kFastInterfaceFailed = Code(0xE0000007);
+
+// A device that does all it is asked for. A get leaves the buffer as it is, so replies echo
+// requests; only the transfer at fault is special.
+class FaultyControl : public ExtensionUnitControl {
+ public:
+  void FailAt(std::size_t index, Result result) {
+    count_ = 0;
+    fault_index_ = index;
+    fault_ = result;
+  }
+
+  std::size_t Count() const { return count_; }
+
+  Result KsProperty(const NodePropertyRequest& request, void* data, std::uint32_t length,
+                    std::uint32_t& bytes_returned) override {
+    const bool query = CheckRequest(request, data, length) == Direction::kLengthQuery;
+    if (count_++ == fault_index_) {
+      return fault_;
+    }
+    bytes_returned = query ? 64 : length;
+    return query ? kMoreData : 0;
+  }
+
+ private:
+  std::size_t count_ = 0;
+  std::size_t fault_index_ = 0;
+  Result fault_ = 0;
+};
+
+struct Outcome {
+  Result result;
+  std::size_t following;  // transfers after the one at fault
+};
+
+struct Row {
+  std::size_t index;  // of the transfer at fault
+  Outcome negative;   // it answers 0x80070017
+  Outcome five;       // it answers 5
+  Outcome s_false;    // it answers 1
+};
+
+struct OperationCase {
+  const char* name;
+  std::function<Result(BorvanUsb_Q7&)> run;
+  std::size_t transfers;  // of an undisturbed run, which gives 0
+  std::vector<Row> rows;  // one for each transfer
+};
+
+std::string ignored_value;
+
+Result ReadRange(BorvanUsb_Q7& device, std::uint32_t end) {
+  Bytes output;
+  return device.FlashQuickReadImage(output, 0, end, [](std::int32_t, std::int32_t) {});
+}
+
+const OperationCase kOperations[] = {
+    {"RegisterWrite, wide",
+     [](auto& device) { return device.RegisterWrite("1", "2", 1); },
+     5,
+     {{0, {kLengthQueryFailed, 0}, {0, 4}, {0, 4}},  // length
+      {1, {0, 3}, {0, 3}, {0, 3}},                   // value, low half
+      {2, {0, 2}, {0, 2}, {0, 2}},                   // value, high half
+      {3, {0, 1}, {0, 1}, {0, 1}},                   // address, low half
+      {4, {kDeviceGone, 0}, {5, 0}, {1, 0}}}},       // address, high half
+    {"RegisterWrite, byte",
+     [](auto& device) { return device.RegisterWrite("1", "2", 0); },
+     4,
+     {{0, {kLengthQueryFailed, 0}, {0, 3}, {0, 3}},  // length
+      {1, {0, 2}, {0, 2}, {0, 2}},                   // address, low half
+      {2, {0, 1}, {0, 1}, {0, 1}},                   // address, high half
+      {3, {kDeviceGone, 0}, {5, 0}, {1, 0}}}},       // value
+    {"RegisterRead, wide",
+     [](auto& device) { return device.RegisterRead("1", ignored_value, 1); },
+     5,
+     {{0, {kLengthQueryFailed, 0}, {0, 4}, {0, 4}},  // length
+      {1, {0, 3}, {0, 3}, {0, 3}},                   // address, low half
+      {2, {kDeviceGone, 0}, {0, 2}, {0, 2}},         // address, high half
+      {3, {0, 1}, {0, 1}, {0, 1}},                   // first get
+      {4, {kDeviceGone, 0}, {5, 0}, {1, 0}}}},       // second get
+    {"RegisterRead, byte",
+     [](auto& device) { return device.RegisterRead("1", ignored_value, 0); },
+     4,
+     {{0, {kLengthQueryFailed, 0}, {0, 3}, {0, 3}},  // length
+      {1, {0, 2}, {0, 2}, {0, 2}},                   // address, low half
+      {2, {kDeviceGone, 0}, {0, 1}, {0, 1}},         // address, high half
+      {3, {kDeviceGone, 0}, {5, 0}, {1, 0}}}},       // get
+    {"SelectDevice, index refused",
+     // The selection's own result is the constant one; 0 here tells that it came.
+     [](auto& device) { return device.SelectDevice(1) == Code(0x80004005) ? 0 : -1; },
+     4,
+     {{0, {0, 0}, {0, 3}, {0, 3}},    // length
+      {1, {0, 2}, {0, 2}, {0, 2}},    // address, low half
+      {2, {0, 0}, {0, 1}, {0, 1}},    // address, high half
+      {3, {0, 0}, {0, 0}, {0, 0}}}},  // get
+    {"I2cWrite",
+     [](auto& device) { return device.I2cWrite("1", "2", "3", 0, 0); },
+     2,
+     {{0, {kLengthQueryFailed, 0}, {0, 1}, {0, 1}},  // length
+      {1, {kDeviceGone, 0}, {5, 0}, {1, 0}}}},       // set
+    {"I2cRead",
+     [](auto& device) { return device.I2cRead("1", "2", ignored_value, 0, 0); },
+     3,
+     {{0, {kLengthQueryFailed, 0}, {0, 2}, {0, 2}},  // length
+      {1, {kDeviceGone, 0}, {0, 1}, {0, 1}},         // set
+      {2, {kDeviceGone, 0}, {5, 0}, {1, 0}}}},       // get
+    {"FlashWrite",
+     [](auto& device) { return device.FlashWrite("1", "2"); },
+     2,
+     {{0, {kDeviceGone, 0}, {0, 1}, {0, 1}},    // length
+      {1, {kDeviceGone, 0}, {5, 0}, {1, 0}}}},  // set
+    {"FlashErase",
+     [](auto& device) { return device.FlashErase("1"); },
+     2,
+     {{0, {kDeviceGone, 0}, {0, 1}, {0, 1}},    // length
+      {1, {kDeviceGone, 0}, {5, 0}, {1, 0}}}},  // set
+    {"FlashRead",
+     [](auto& device) { return device.FlashRead("1000", ignored_value); },
+     3,
+     {{0, {kDeviceGone, 0}, {0, 2}, {0, 2}},  // length
+      {1, {0, 1}, {0, 1}, {0, 1}},            // set
+      // get: a failure makes one pair of set and get more, twice; 5 and 1 are no failures
+      {2, {1, 4}, {0, 0}, {0, 0}}}},
+    {"FlashWriteImage, 61 bytes",
+     [](auto& device) { return device.FlashWriteImage(Bytes(61, 0x11), 0x1000, {}); },
+     5,
+     {{0, {0, 4}, {0, 4}, {0, 4}},             // length of erases: not checked
+      {1, {kEraseFailed, 0}, {0, 3}, {0, 3}},  // erase
+      // length of pieces: 0 alone will do
+      {2, {kFastInterfaceFailed, 0}, {kFastInterfaceFailed, 0}, {kFastInterfaceFailed, 0}},
+      {3, {0, 2}, {0, 2}, {0, 2}},    // first piece: once more, then the second
+      {4, {0, 1}, {0, 1}, {0, 1}}}},  // second piece: once more
+    {"FlashQuickReadImage, 65 bytes",
+     [](auto& device) { return ReadRange(device, 64); },
+     6,
+     {{0, {kLengthQueryFailed, 0}, {0, 5}, {0, 5}},    // length of selector 3
+      {1, {kFastInterfaceFailed, 0}, {0, 4}, {0, 4}},  // length of selector 5
+      {2, {0, 3}, {0, 3}, {0, 3}},                     // first set
+      {3, {0, 4}, {0, 4}, {0, 4}},                     // first get: set and get once more
+      {4, {0, 1}, {0, 1}, {0, 1}},                     // second set
+      {5, {0, 2}, {0, 2}, {0, 2}}}},                   // second get: set and get once more
+    {"FlashQuickReadImage, 7 bytes",
+     [](auto& device) { return ReadRange(device, 6); },
+     4,
+     {{0, {kLengthQueryFailed, 0}, {0, 3}, {0, 3}},    // length of selector 3
+      {1, {kFastInterfaceFailed, 0}, {0, 2}, {0, 2}},  // length of selector 5
+      {2, {0, 1}, {0, 1}, {0, 1}},                     // set
+      {3, {kDeviceGone, 0}, {5, 0}, {1, 0}}}},         // get: not repeated
+};
+
+class FaultTable : public ::testing::Test {
+ protected:
+  FaultTable() : device_(PlatformWith(camera_)) {
+    camera_->control = control_;
+    static_cast<void>(device_.EnumerateDevices());
+    control_->FailAt(kNever, 0);
+    EXPECT_EQ(device_.SelectDevice(0), 0);
+  }
+
+  static constexpr std::size_t kNever = static_cast<std::size_t>(-1);
+
+  std::shared_ptr<FaultyControl> control_ = std::make_shared<FaultyControl>();
+  std::shared_ptr<Camera> camera_ = std::make_shared<Camera>();
+  BorvanUsb_Q7 device_;
+};
+
+TEST_F(FaultTable, UndisturbedRunsGiveZero) {
+  for (const OperationCase& operation : kOperations) {
+    control_->FailAt(kNever, 0);
+    EXPECT_EQ(operation.run(device_), 0) << operation.name;
+    EXPECT_EQ(control_->Count(), operation.transfers) << operation.name;
+  }
+}
+
+TEST_F(FaultTable, HasARowForEachTransfer) {
+  for (const OperationCase& operation : kOperations) {
+    ASSERT_EQ(operation.rows.size(), operation.transfers) << operation.name;
+    for (std::size_t index = 0; index < operation.transfers; ++index) {
+      EXPECT_EQ(operation.rows[index].index, index) << operation.name;
+    }
+  }
+}
+
+TEST_F(FaultTable, EachFaultHasItsResultAndItsFollowingTransfers) {
+  for (const OperationCase& operation : kOperations) {
+    for (const Row& row : operation.rows) {
+      const std::array<std::pair<Result, Outcome>, 3> kinds = {std::pair{kDeviceGone, row.negative},
+                                                               std::pair{Result{5}, row.five},
+                                                               std::pair{Result{1}, row.s_false}};
+      for (const auto& [answer, expected] : kinds) {
+        control_->FailAt(row.index, answer);
+        EXPECT_EQ(operation.run(device_), expected.result)
+            << operation.name << ": transfer " << row.index << " answers " << answer;
+        EXPECT_EQ(control_->Count() - row.index - 1, expected.following)
+            << operation.name << ": transfer " << row.index << " answers " << answer;
+      }
+    }
+  }
+}
+
+}  // namespace
+}  // namespace borvan::test

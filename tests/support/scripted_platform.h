@@ -1,0 +1,135 @@
+#pragma once
+
+// An operating system and a camera that live in memory, for tests of everything above them.
+
+#include <cstdint>
+#include <functional>
+#include <map>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "device/device_platform.h"
+
+namespace borvan_test {
+
+// Polls until `holds` gives true. Returns false when it still does not after ten seconds: a test
+// that fails for that hangs no one.
+bool WaitUntil(const std::function<bool()>& holds);
+
+// One property request as the camera saw it.
+struct Transfer {
+  borvan::NodePropertyRequest request;
+  bool is_length_query = false;
+  std::vector<std::uint8_t> bytes;  // what was sent; zeros of the asked length for a get
+};
+
+// Request flags of the two directions.
+constexpr std::uint32_t kGetFlags = 0x10000001;
+constexpr std::uint32_t kSetFlags = 0x10000002;
+
+// A camera's vendor node with registers and a flash. May be used from several threads.
+class MemoryChip : public borvan::ExtensionUnitControl {
+ public:
+  // What a transfer answers instead of reaching the chip; nullopt lets it through. May block, and
+  // may throw: it runs outside the chip's lock.
+  using Interception = std::function<std::optional<borvan::Result>(const Transfer&)>;
+
+  explicit MemoryChip(std::size_t flash_size = 0x10000);
+
+  borvan::Result KsProperty(const borvan::NodePropertyRequest& request, void* data,
+                            std::uint32_t length, std::uint32_t& bytes_returned) override;
+
+  // To be called while no transfer runs.
+  void Intercept(Interception interception);
+  void ReportLength(std::uint32_t selector, std::uint32_t length);
+  void PutRegister(std::uint32_t address, std::uint32_t value);
+  void PutFlash(std::uint32_t address, const std::vector<std::uint8_t>& bytes);
+  // What the next get on selector 2 answers.
+  void PutI2cReply(const std::vector<std::uint8_t>& reply);
+
+  std::uint32_t Register(std::uint32_t address) const;
+  std::vector<std::uint8_t> Flash(std::uint32_t address, std::size_t count) const;
+
+  std::vector<Transfer> Transfers() const;
+  // The bytes of all sets on a selector, in order.
+  std::vector<std::vector<std::uint8_t>> Sent(std::uint32_t selector) const;
+  void ForgetTransfers();
+
+ private:
+  void Take(std::uint32_t selector, const std::vector<std::uint8_t>& block);
+  void TakeRegisterCommand(const std::vector<std::uint8_t>& block);
+  void TakeFlashCommand(const std::vector<std::uint8_t>& block);
+  std::vector<std::uint8_t> Answer(std::uint32_t selector);
+  std::vector<std::uint8_t> RegisterReply();
+
+  mutable std::mutex mutex_;
+  Interception interception_;
+  std::map<std::uint32_t, std::uint32_t> lengths_;
+  std::map<std::uint32_t, std::uint32_t> registers_;
+  std::vector<std::uint8_t> flash_;
+  std::vector<std::uint8_t> i2c_reply_;
+  std::vector<std::uint8_t> flash_reply_;
+  std::vector<Transfer> transfers_;
+  std::uint32_t register_address_ = 0;
+  std::uint32_t register_value_ = 0;
+  std::uint32_t flash_read_address_ = 0;
+  bool wide_ = false;
+  bool low_half_given_ = false;
+};
+
+struct VendorNode {
+  std::shared_ptr<borvan::ExtensionUnitControl> control;
+  std::uint32_t id = 0;
+};
+
+// One device of the video-input category.
+struct Camera {
+  std::optional<std::u16string> path;
+  std::optional<std::u16string> friendly_name;
+  std::vector<VendorNode> vendor_nodes;
+  std::function<void()> raise;  // called at the end of opening; may throw
+};
+
+// What the system says, and what it was asked. A test holds it beside the device object.
+struct PlatformScript {
+  std::optional<borvan::SystemVersion> version = borvan::SystemVersion{10, 0};
+  borvan::VideoInputListing::Outcome outcome = borvan::VideoInputListing::Outcome::kWalked;
+  borvan::Result listing_result = 1;  // the normal end of a walk
+  std::vector<Camera> cameras;
+  std::uint32_t open_error = 0;
+  std::map<std::uint32_t, std::string> messages;
+
+  int com_initialisations = 0;
+  std::vector<std::weak_ptr<borvan::VideoInputMoniker>> listed;  // monikers of the last listing
+  std::vector<std::u16string> converted;                         // texts that became ANSI
+  std::vector<std::string> opened_paths;
+  std::vector<std::uint32_t> asked_messages;
+};
+
+class ScriptedPlatform : public borvan::DevicePlatform {
+ public:
+  explicit ScriptedPlatform(std::shared_ptr<PlatformScript> script);
+
+  void InitialiseCom() override;
+  std::optional<borvan::SystemVersion> GetSystemVersion() override;
+  borvan::VideoInputListing ListVideoInputs() override;
+  void OpenVendorNodes(borvan::VideoInputMoniker* moniker,
+                       const borvan::VendorNodeHandler& keep) override;
+  // Characters above 0x7F become "?".
+  std::string ToAnsi(std::u16string_view wide) override;
+  std::uint32_t TryOpenExclusively(const std::string& path) override;
+  std::string SystemMessage(std::uint32_t code) override;
+
+ private:
+  const std::shared_ptr<PlatformScript> script_;
+};
+
+// A camera "Camera <letter>" at the path \\?\usb#vid_1234&pid_5678#<letter>, with one vendor node
+// when `chip` is given.
+Camera MakeCamera(char16_t letter, std::shared_ptr<MemoryChip> chip = nullptr);
+
+}  // namespace borvan_test

@@ -1,0 +1,97 @@
+// What the control program does beside running cameras.
+#include "device_fixture.h"
+
+namespace virtual_camera_test {
+namespace {
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+
+class ControlTest : public DeviceTest {
+ protected:
+  ControlTest() {
+    configuration.registers = {{0x100, 0x11}};
+    configuration.sensors = {{0x36, 0, {{0x05, 0x22}}}};
+  }
+  // Register 0x100, sensor register 5 and flash byte 0 get other values.
+  void ChangeEverything() {
+    Set(7, Padded({0x00, 0x00, 0x00, 0x01, 0, 0, 0x01, 0x00, 0x99}, 64));
+    Set(6, Padded({0x00, 0x36, 0x00, 0x01, 0, 0, 0, 0x05, 0x88}, 64));
+    Set(3, {0x38, 0, 0, 0, 0, 0x77, 0xFF, 0xFF, 0xFF, 0, 0});
+  }
+  std::uint8_t Register() {
+    Set(7, Padded({0x01, 0x00, 0x00, 0x38, 0, 0, 0x01, 0x00}, 64));
+    return Get(7, 64).at(8);
+  }
+  std::uint8_t SensorRegister() {
+    Set(6, Padded({0x10, 0x36, 0x00, 0x38, 0, 0, 0, 0x05}, 64));
+    return Get(6, 64).at(8);
+  }
+};
+
+TEST_F(ControlTest, PowerCycleRestoresRegistersAndKeepsFlash) {
+  ChangeEverything();
+  EXPECT_EQ(Register(), 0x99);
+  EXPECT_EQ(SensorRegister(), 0x88);
+  virtual_camera::PowerCycle(configuration);
+  EXPECT_EQ(Get(7, 64), Bytes(64, 0));  // the reply that waited is gone
+  EXPECT_EQ(Register(), 0x11);
+  EXPECT_EQ(SensorRegister(), 0x22);
+  EXPECT_EQ(FlashByte(0), 0x77);
+}
+
+TEST_F(ControlTest, UnpluggedCameraAnswersNothing) {
+  camera();
+  virtual_camera::SetPlugged(configuration, false);
+  EXPECT_FALSE(virtual_camera::IsPlugged(configuration));
+  EXPECT_EQ(camera().QueryLength(1).result, kGone);
+  EXPECT_EQ(Set(1, {0x24, 0x00, 0x00, 0x18}), kGone);
+  EXPECT_EQ(GetResult(1, 4), kGone);
+  EXPECT_EQ(Set(9, {}), kGone);
+  virtual_camera::SetPlugged(configuration, true);
+  EXPECT_TRUE(virtual_camera::IsPlugged(configuration));
+  EXPECT_EQ(camera().QueryLength(1).result, Code(0x800700EA));
+}
+
+TEST_F(ControlTest, PluggingInIsAPowerCycle) {
+  ChangeEverything();
+  virtual_camera::SetPlugged(configuration, true);  // it is plugged in: nothing happens
+  EXPECT_EQ(Register(), 0x99);
+  virtual_camera::SetPlugged(configuration, false);
+  virtual_camera::SetPlugged(configuration, true);
+  EXPECT_EQ(Register(), 0x11);
+  EXPECT_EQ(FlashByte(0), 0x77);
+}
+
+TEST_F(ControlTest, NewCameraMayStartUnplugged) {
+  configuration.plugged = false;
+  EXPECT_FALSE(virtual_camera::IsPlugged(configuration));
+  EXPECT_EQ(camera().QueryLength(1).result, kGone);
+}
+
+TEST_F(ControlTest, StateIsDescribedForPeople) {
+  configuration.faults.resize(1);
+  configuration.faults[0].delay_ms = 1;
+  ChangeEverything();
+  const std::string text = virtual_camera::DescribeState(configuration);
+  EXPECT_EQ(text,
+            "Virtual camera\n"
+            "  path: \\\\?\\usb#vid_1234&pid_5678&mi_00#virtual\n"
+            "  state: plugged in\n"
+            "  flash: 64 KiB in " +
+                configuration.flash.file +
+                "\n"
+                "  chip registers written since power-on:\n"
+                "    0x0100 = 0x99\n"
+                "  sensor 0x36 (width mode 0), registers written since power-on:\n"
+                "    0x0005 = 0x88\n"
+                "  fault 0: 3 matching transfers so far\n");
+}
+
+TEST_F(ControlTest, DescriptionSaysThatACameraIsGone) {
+  virtual_camera::SetPlugged(configuration, false);
+  EXPECT_THAT(virtual_camera::DescribeState(configuration), HasSubstr("  state: unplugged\n"));
+}
+
+}  // namespace
+}  // namespace virtual_camera_test

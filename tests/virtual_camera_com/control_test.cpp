@@ -1,0 +1,142 @@
+// The control program's texts and exit codes.
+
+#include <algorithm>
+#include <filesystem>
+#include <fstream>
+
+#include "fixture.h"
+#include "host.h"
+
+namespace {
+
+using test::Control;
+using test::FirstCamera;
+using test::kFirstPath;
+using test::Outcome;
+using test::SecondCamera;
+
+class ControlProgram : public test::CameraTest {};
+
+bool Holds(const Outcome& outcome, const std::string& text) {
+  return outcome.output.find(text) != std::string::npos;
+}
+
+std::size_t LineCount(const std::string& text) {
+  return static_cast<std::size_t>(std::count(text.begin(), text.end(), '\n'));
+}
+
+TEST_F(ControlProgram, RegistersAndUnregisters) {
+  Configure({FirstCamera(), SecondCamera()});
+  const Outcome registered = Control(L"register");
+  EXPECT_EQ(registered.exit_code, 0U);
+  EXPECT_TRUE(Holds(registered, "registered 2 of 2 cameras\n")) << registered.output;
+  EXPECT_EQ(host::VideoInputs().size(), 2U);
+  EXPECT_TRUE(host::OpenCamera(kFirstPath));
+  EXPECT_EQ(Control(L"unregister").exit_code, 0U);
+  EXPECT_TRUE(host::VideoInputs().empty());
+}
+
+TEST_F(ControlProgram, ACameraIsNamedByNumberNameOrPath) {
+  Register({FirstCamera(), SecondCamera()});
+  for (const wchar_t* const camera :
+       {L"1", L"second", L"\\\\?\\USB#vid_1234&pid_000b#2&2&2#second"}) {
+    const Outcome outcome = Control(L"unplug \"" + std::wstring(camera) + L"\"");
+    EXPECT_EQ(outcome.exit_code, 0U);
+    EXPECT_EQ(outcome.output, "camera 1 \"Second\": unplugged\n");
+  }
+}
+
+TEST_F(ControlProgram, AnUnknownCameraIsOneClearLine) {
+  Configure({FirstCamera(), SecondCamera()});
+  for (const wchar_t* const camera : {L"2", L"Third", L"-1"}) {
+    const Outcome outcome = Control(L"unplug -- " + std::wstring(camera));
+    EXPECT_EQ(outcome.exit_code, 1U) << outcome.output;
+    EXPECT_TRUE(Holds(outcome, "no such camera: give 0 to 1, a name or a device path\n"))
+        << outcome.output;
+    EXPECT_EQ(LineCount(outcome.output), 1U) << outcome.output;
+  }
+}
+
+TEST_F(ControlProgram, ANameOfTwoCamerasIsRefused) {
+  Configure({FirstCamera(), test::CameraJson("pid_000c", "First", R"("vendor")", "")});
+  const Outcome outcome = Control(L"state First");
+  EXPECT_EQ(outcome.exit_code, 1U);
+  EXPECT_TRUE(Holds(outcome, "cameras 0 and 1 have this name")) << outcome.output;
+}
+
+TEST_F(ControlProgram, WrongUseHasACodeOfItsOwn) {
+  EXPECT_EQ(Control(L"").exit_code, 2U);
+  EXPECT_EQ(Control(L"unplug").exit_code, 2U);
+  EXPECT_EQ(Control(L"fly").exit_code, 2U);
+  EXPECT_EQ(Control(L"--help").exit_code, 0U);
+}
+
+TEST_F(ControlProgram, CheckNamesTheFirstMistake) {
+  Configure({FirstCamera(R"(, "colour": "red")")});
+  const Outcome outcome = Control(L"check");
+  EXPECT_EQ(outcome.exit_code, 1U);
+  EXPECT_TRUE(Holds(outcome, "cameras[0].colour")) << outcome.output;
+  EXPECT_EQ(LineCount(outcome.output), 1U) << outcome.output;
+}
+
+TEST_F(ControlProgram, CheckChangesNothing) {
+  Configure({FirstCamera()});
+  const Outcome outcome = Control(L"check");
+  EXPECT_EQ(outcome.exit_code, 0U);
+  EXPECT_TRUE(Holds(outcome, "1 camera, no mistakes\n")) << outcome.output;
+  std::size_t files = 0;
+  for ([[maybe_unused]] const auto& entry :
+       std::filesystem::directory_iterator(std::filesystem::path(folder()))) {
+    ++files;
+  }
+  EXPECT_EQ(files, 1U);
+}
+
+TEST_F(ControlProgram, AMissingFileIsOneClearLine) {
+  const Outcome outcome = Control(L"--config nowhere.json state");
+  EXPECT_EQ(outcome.exit_code, 1U);
+  EXPECT_TRUE(Holds(outcome, "nowhere.json")) << outcome.output;
+  EXPECT_EQ(LineCount(outcome.output), 1U) << outcome.output;
+}
+
+TEST_F(ControlProgram, StateShowsWhatTheCameraHolds) {
+  Register({FirstCamera()});
+  const auto control = host::OpenCamera(kFirstPath);
+  ASSERT_TRUE(control);
+  ASSERT_TRUE(host::WriteRegister(control.get(), 0x1234, 0x5A));
+  const Outcome outcome = Control(L"state 0");
+  EXPECT_EQ(outcome.exit_code, 0U);
+  EXPECT_TRUE(Holds(outcome, "1234")) << outcome.output;
+  EXPECT_TRUE(Holds(outcome, "5a")) << outcome.output;
+}
+
+TEST_F(ControlProgram, TraceTellsTransfersInWords) {
+  Register({FirstCamera(R"(, "trace": "transfers.jsonl")")});
+  const auto control = host::OpenCamera(kFirstPath);
+  ASSERT_TRUE(control);
+  // 0x32 erases the sector of the address that follows.
+  ASSERT_EQ(host::Set(control.get(), 3, {0x32, 0, 0, 0x10, 0, 0, 0, 0, 0, 0, 0}).result, S_OK);
+  const Outcome outcome = Control(L"trace \"" + folder() + L"transfers.jsonl\"");
+  EXPECT_EQ(outcome.exit_code, 0U);
+  EXPECT_TRUE(Holds(outcome, "flash erase")) << outcome.output;
+}
+
+TEST_F(ControlProgram, AMissingTraceIsOneClearLine) {
+  const Outcome outcome = Control(L"trace nowhere.jsonl");
+  EXPECT_EQ(outcome.exit_code, 1U);
+  EXPECT_EQ(outcome.output, "virtual-camera: FILE \"nowhere.jsonl\": can't be read\n");
+}
+
+TEST_F(ControlProgram, ResetFaultsLetsAFaultStrikeAgain) {
+  Register({FirstCamera(
+      R"(, "faults": [{"selector": 1, "direction": "set", "at": 1, "result": "0x80070017"}])")});
+  const auto control = host::OpenCamera(kFirstPath);
+  ASSERT_TRUE(control);
+  constexpr auto kCyclicCheck = static_cast<HRESULT>(0x80070017);
+  EXPECT_EQ(host::Set(control.get(), 1, {0x24, 0, 0, 0x18}).result, kCyclicCheck);
+  EXPECT_EQ(host::Set(control.get(), 1, {0x24, 0, 0, 0x18}).result, S_OK);
+  EXPECT_EQ(Control(L"reset-faults 0").exit_code, 0U);
+  EXPECT_EQ(host::Set(control.get(), 1, {0x24, 0, 0, 0x18}).result, kCyclicCheck);
+}
+
+}  // namespace

@@ -1,0 +1,14 @@
+#pragma once
+
+#include <string>
+
+namespace virtual_camera {
+
+// The environment variable that names the configuration file.
+inline constexpr wchar_t kConfigurationVariable[] = L"BORVAN_VIRTUAL_CAMERA";
+
+// The file that describes the cameras, in UTF-8: the one that the environment variable names, else
+// BorvanUSB\virtual-camera.json in the folder for the data of all users. It need not exist.
+std::string ConfigurationFile();
+
+}  // namespace virtual_camera

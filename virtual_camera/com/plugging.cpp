@@ -1,0 +1,115 @@
+#include "plugging.h"
+
+#include <chrono>
+#include <exception>
+#include <mutex>
+#include <string>
+#include <thread>
+
+#include "virtual_camera/core/camera.h"
+#include "wide_text.h"
+
+namespace virtual_camera {
+namespace {
+
+// How often a camera that is due is looked at, and when that ends.
+constexpr auto kReturnStep = std::chrono::milliseconds(10);
+constexpr int kReturnSteps = 500;
+
+// Two threads of this process may change the same entries.
+std::mutex& EntriesMutex() {
+  static std::mutex mutex;
+  return mutex;
+}
+
+// The code of a thread that sleeps must not be unmapped by a host that frees its COM servers.
+void PinModule() {
+  HMODULE module = nullptr;
+  GetModuleHandleExW(GET_MODULE_HANDLE_EX_FLAG_PIN | GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS,
+                     reinterpret_cast<LPCWSTR>(reinterpret_cast<std::uintptr_t>(&PinModule)),
+                     &module);
+}
+
+// The entry appears when the device itself says that it is back: its clock counts.
+void AwaitReturn(const Configuration& configuration, std::size_t position) {
+  for (int step = 0; step < kReturnSteps; ++step) {
+    if (IsPlugged(configuration.cameras.at(position))) {
+      SyncEntries(configuration);
+      return;
+    }
+    std::this_thread::sleep_for(kReturnStep);
+  }
+}
+
+}  // namespace
+
+CategoryEntry EntryOf(const Configuration& configuration, std::size_t position) {
+  const CameraConfiguration& camera = configuration.cameras.at(position);
+  return {position, WideOf(camera.name), WideOf(camera.path)};
+}
+
+std::vector<CategoryEntry> PluggedEntries(const Configuration& configuration) {
+  std::vector<CategoryEntry> entries;
+  for (std::size_t position = 0; position < configuration.cameras.size(); ++position) {
+    if (IsPlugged(configuration.cameras[position])) {
+      entries.push_back(EntryOf(configuration, position));
+    }
+  }
+  return entries;
+}
+
+void SyncEntries(const Configuration& configuration) {
+  const std::lock_guard lock(EntriesMutex());
+  if (!IsRegistered(HKEY_CLASSES_ROOT)) {
+    return;
+  }
+  for (std::size_t position = 0; position < configuration.cameras.size(); ++position) {
+    try {
+      const CategoryEntry entry = EntryOf(configuration, position);
+      const bool plugged = IsPlugged(configuration.cameras[position]);
+      if (plugged == HasEntry(HKEY_CLASSES_ROOT, entry.path)) {
+        continue;
+      }
+      if (plugged) {
+        AddEntry(HKEY_CLASSES_ROOT, entry);
+      } else {
+        RemoveEntry(HKEY_CLASSES_ROOT, entry.path);
+      }
+    } catch (const std::exception& error) {
+      OutputDebugStringA(error.what());
+    }
+  }
+}
+
+void Plug(const Configuration& configuration, std::size_t position) {
+  SetPlugged(configuration.cameras.at(position), true);
+  SyncEntries(configuration);
+}
+
+void Unplug(const Configuration& configuration, std::size_t position) {
+  SetPlugged(configuration.cameras.at(position), false);
+  SyncEntries(configuration);
+}
+
+void FollowFall(const Configuration& configuration, std::size_t position,
+                std::optional<std::uint32_t> back_after_ms) {
+  try {
+    SyncEntries(configuration);
+    if (!back_after_ms) {
+      return;
+    }
+    PinModule();
+    std::thread([configuration, position, delay = std::chrono::milliseconds(*back_after_ms)] {
+      try {
+        std::this_thread::sleep_for(delay);
+        AwaitReturn(configuration, position);
+      } catch (const std::exception& error) {
+        OutputDebugStringA(error.what());
+      }
+    }).detach();
+  } catch (const std::exception& error) {
+    OutputDebugStringA(error.what());
+  }
+}
+
+}  // namespace virtual_camera

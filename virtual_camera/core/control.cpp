@@ -1,0 +1,110 @@
+// What the control program does with a camera's state, beside any running camera.
+#include <algorithm>
+#include <array>
+#include <cstdio>
+#include <map>
+#include <vector>
+
+#include "blocks.h"
+#include "camera.h"
+#include "plug.h"
+#include "state_file.h"
+
+namespace virtual_camera {
+namespace {
+
+// Runs `action` on the state under its lock, after a camera that is due came back, and keeps what
+// it changed.
+template <typename Action>
+void Change(const CameraConfiguration& configuration, const Action& action) {
+  StateFile file(configuration.state_file, configuration.plugged);
+  const StateLock lock(file);
+  RefreshPlug(file.state(), WallClockUs());
+  action(file.state());
+  file.Commit();
+}
+
+template <typename... Values>
+std::string Format(const char* format, Values... values) {
+  std::array<char, 160> text{};
+  std::snprintf(text.data(), text.size(), format, values...);
+  return text.data();
+}
+
+std::string PlugText(const DeviceFields& fields) {
+  if (fields.plugged) {
+    return "plugged in";
+  }
+  if (fields.back_at_us == 0) {
+    return "unplugged";
+  }
+  const std::uint64_t now = WallClockUs();
+  const std::uint64_t left_ms = fields.back_at_us > now ? (fields.back_at_us - now) / 1000 : 0;
+  return "unplugged, back in " + std::to_string(left_ms) + " ms";
+}
+
+std::string RegistersText(const RegisterStore& registers, RegisterSpace space) {
+  std::map<std::uint32_t, std::uint32_t> sorted;
+  for (const auto& [key, value] : registers.values()) {
+    if (key >> 32 == space.number) {
+      sorted.emplace(static_cast<std::uint32_t>(key), value);
+    }
+  }
+  std::string text;
+  for (const auto& [address, value] : sorted) {
+    text += Format("    0x%04x = 0x%02x\n", address, value);
+  }
+  return text.empty() ? "    none\n" : text;
+}
+
+}  // namespace
+
+void PowerCycle(const CameraConfiguration& configuration) {
+  Change(configuration, [](DeviceState& state) { state.LosePower(); });
+}
+
+void SetPlugged(const CameraConfiguration& configuration, bool plugged) {
+  Change(configuration, [plugged](DeviceState& state) {
+    if (plugged) {
+      PlugIn(state);
+    } else {
+      state.fields.plugged = false;
+      state.fields.back_at_us = 0;
+    }
+  });
+}
+
+bool IsPlugged(const CameraConfiguration& configuration) {
+  bool plugged = false;
+  Change(configuration, [&](DeviceState& state) { plugged = state.fields.plugged; });
+  return plugged;
+}
+
+void ResetFaultCounters(const CameraConfiguration& configuration) {
+  Change(configuration, [](DeviceState& state) { state.fields.fault_counters = {}; });
+}
+
+std::string DescribeState(const CameraConfiguration& configuration) {
+  std::string text;
+  Change(configuration, [&](DeviceState& state) {
+    text += configuration.name + "\n";
+    text += "  path: " + configuration.path + "\n";
+    text += "  state: " + PlugText(state.fields) + "\n";
+    text += Format("  flash: %u KiB in ", configuration.flash.size / 1024) +
+            configuration.flash.file + "\n";
+    text += "  chip registers written since power-on:\n" +
+            RegistersText(state.registers, RegisterSpace::Chip());
+    for (const SensorConfiguration& sensor : configuration.sensors) {
+      text += Format("  sensor 0x%02x (width mode %u), registers written since power-on:\n",
+                     static_cast<unsigned>(sensor.slave), static_cast<unsigned>(sensor.mode)) +
+              RegistersText(state.registers, RegisterSpace::Slave(sensor.slave));
+    }
+    for (std::size_t i = 0; i < configuration.faults.size() && i < kMaxFaults; ++i) {
+      text += Format("  fault %u: %llu matching transfers so far\n", static_cast<unsigned>(i),
+                     static_cast<unsigned long long>(state.fields.fault_counters[i]));
+    }
+  });
+  return text;
+}
+
+}  // namespace virtual_camera

@@ -1,0 +1,31 @@
+// Decides which of a camera's faults strike a transfer.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <vector>
+
+#include "configuration.h"
+#include "device_state.h"
+
+namespace virtual_camera {
+
+// What the faults that strike one transfer do together. Where two of them name the same thing,
+// the first in the configuration counts; delays add up.
+struct FaultEffects {
+  std::optional<std::int32_t> result;
+  bool wrong_tag = false;
+  std::optional<std::uint32_t> length;
+  std::optional<std::uint32_t> short_answer;
+  std::uint64_t delay_ms = 0;
+  std::vector<std::uint32_t> stuck_words;
+  bool lie = false;
+  std::optional<UnplugAction> unplug;
+};
+
+// Counts a transfer for every fault that it matches, in `fields`, and returns what those that
+// strike do. Counters of another list of faults start again from 0.
+FaultEffects StrikeFaults(const CameraConfiguration& configuration, Direction direction,
+                          std::uint32_t selector, DeviceFields& fields);
+
+}  // namespace virtual_camera

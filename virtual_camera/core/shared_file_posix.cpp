@@ -1,0 +1,83 @@
+#include <fcntl.h>
+#include <sys/file.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <system_error>
+
+#include "shared_file.h"
+
+namespace virtual_camera {
+namespace {
+
+[[noreturn]] void ThrowLastError(const char* what) {
+  throw std::system_error(errno, std::generic_category(), what);
+}
+
+}  // namespace
+
+SharedFile::SharedFile(const std::string& path_utf8)
+    : descriptor_(::open(path_utf8.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0666)) {
+  if (descriptor_ < 0) {
+    ThrowLastError("open");
+  }
+}
+
+SharedFile::~SharedFile() {
+  ::close(descriptor_);
+}
+
+std::uint64_t SharedFile::Size() const {
+  struct stat status {};
+  if (::fstat(descriptor_, &status) != 0) {
+    ThrowLastError("size");
+  }
+  return static_cast<std::uint64_t>(status.st_size);
+}
+
+std::size_t SharedFile::ReadAt(std::uint64_t position, std::span<std::uint8_t> bytes) const {
+  std::size_t done = 0;
+  while (done < bytes.size()) {
+    const ssize_t count = ::pread(descriptor_, bytes.data() + done, bytes.size() - done,
+                                  static_cast<off_t>(position + done));
+    if (count < 0 && errno != EINTR) {
+      ThrowLastError("read");
+    }
+    if (count == 0) {
+      break;
+    }
+    if (count > 0) {
+      done += static_cast<std::size_t>(count);
+    }
+  }
+  return done;
+}
+
+void SharedFile::WriteAt(std::uint64_t position, std::span<const std::uint8_t> bytes) {
+  std::size_t done = 0;
+  while (done < bytes.size()) {
+    const ssize_t count = ::pwrite(descriptor_, bytes.data() + done, bytes.size() - done,
+                                   static_cast<off_t>(position + done));
+    if (count < 0 && errno != EINTR) {
+      ThrowLastError("write");
+    }
+    if (count > 0) {
+      done += static_cast<std::size_t>(count);
+    }
+  }
+}
+
+void SharedFile::Lock() {
+  while (::flock(descriptor_, LOCK_EX) != 0) {
+    if (errno != EINTR) {
+      ThrowLastError("lock");
+    }
+  }
+}
+
+void SharedFile::Unlock() noexcept {
+  ::flock(descriptor_, LOCK_UN);
+}
+
+}  // namespace virtual_camera

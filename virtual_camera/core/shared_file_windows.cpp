@@ -1,0 +1,103 @@
+#include <windows.h>
+
+#include <system_error>
+
+#include "shared_file.h"
+
+namespace virtual_camera {
+namespace {
+
+// Windows makes locked bytes unreadable for others, so the lock is on one byte that no file has.
+constexpr DWORD kLockPositionHigh = 0x40000000;
+
+[[noreturn]] void ThrowLastError(const char* what) {
+  throw std::system_error(static_cast<int>(::GetLastError()), std::system_category(), what);
+}
+
+std::wstring WideText(const std::string& utf8) {
+  const int length =
+      ::MultiByteToWideChar(CP_UTF8, 0, utf8.data(), static_cast<int>(utf8.size()), nullptr, 0);
+  std::wstring wide(static_cast<std::size_t>(length), L'\0');
+  ::MultiByteToWideChar(CP_UTF8, 0, utf8.data(), static_cast<int>(utf8.size()), wide.data(),
+                        length);
+  return wide;
+}
+
+OVERLAPPED At(std::uint64_t position) {
+  OVERLAPPED overlapped{};
+  overlapped.Offset = static_cast<DWORD>(position);
+  overlapped.OffsetHigh = static_cast<DWORD>(position >> 32);
+  return overlapped;
+}
+
+}  // namespace
+
+SharedFile::SharedFile(const std::string& path_utf8)
+    : handle_(::CreateFileW(WideText(path_utf8).c_str(), GENERIC_READ | GENERIC_WRITE,
+                            FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
+                            OPEN_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr)) {
+  if (handle_ == INVALID_HANDLE_VALUE) {
+    ThrowLastError("open");
+  }
+}
+
+SharedFile::~SharedFile() {
+  ::CloseHandle(handle_);
+}
+
+std::uint64_t SharedFile::Size() const {
+  LARGE_INTEGER size{};
+  if (!::GetFileSizeEx(handle_, &size)) {
+    ThrowLastError("size");
+  }
+  return static_cast<std::uint64_t>(size.QuadPart);
+}
+
+std::size_t SharedFile::ReadAt(std::uint64_t position, std::span<std::uint8_t> bytes) const {
+  std::size_t done = 0;
+  while (done < bytes.size()) {
+    OVERLAPPED overlapped = At(position + done);
+    DWORD count = 0;
+    if (!::ReadFile(handle_, bytes.data() + done, static_cast<DWORD>(bytes.size() - done), &count,
+                    &overlapped)) {
+      if (::GetLastError() == ERROR_HANDLE_EOF) {
+        break;
+      }
+      ThrowLastError("read");
+    }
+    if (count == 0) {
+      break;
+    }
+    done += count;
+  }
+  return done;
+}
+
+void SharedFile::WriteAt(std::uint64_t position, std::span<const std::uint8_t> bytes) {
+  std::size_t done = 0;
+  while (done < bytes.size()) {
+    OVERLAPPED overlapped = At(position + done);
+    DWORD count = 0;
+    if (!::WriteFile(handle_, bytes.data() + done, static_cast<DWORD>(bytes.size() - done), &count,
+                     &overlapped)) {
+      ThrowLastError("write");
+    }
+    done += count;
+  }
+}
+
+void SharedFile::Lock() {
+  OVERLAPPED overlapped{};
+  overlapped.OffsetHigh = kLockPositionHigh;
+  if (!::LockFileEx(handle_, LOCKFILE_EXCLUSIVE_LOCK, 0, 1, 0, &overlapped)) {
+    ThrowLastError("lock");
+  }
+}
+
+void SharedFile::Unlock() noexcept {
+  OVERLAPPED overlapped{};
+  overlapped.OffsetHigh = kLockPositionHigh;
+  ::UnlockFileEx(handle_, 0, 1, 0, &overlapped);
+}
+
+}  // namespace virtual_camera

@@ -1,0 +1,69 @@
+// The device's state in a file that survives its processes and is shared by them.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "device_state.h"
+#include "shared_file.h"
+
+namespace virtual_camera {
+
+// The file begins with two head slots of 2048 bytes, behind them lies a log of register writes.
+// A head holds the device's fields, the place and length of the log, a sequence number and a
+// checksum. A change first appends to the log and then writes the older slot, so that whatever
+// moment a process is killed at, the last complete head describes a complete state.
+class StateFile {
+ public:
+  // Throws ConfigurationError when the file can't be opened or is none of this kind.
+  // `starts_plugged` goes into a new file.
+  StateFile(const std::string& path_utf8, bool starts_plugged);
+
+  // Begins a change: takes the file's lock and reads what other processes did.
+  void Lock();
+  // Writes what changed since Lock. The lock stays.
+  void Commit();
+  // Without a Commit before it, changes to state() are dropped.
+  void Unlock() noexcept;
+
+  DeviceState& state() { return state_; }
+
+ private:
+  struct Head {
+    std::uint64_t sequence = 0;
+    std::uint64_t log_number = 0;  // changes whenever the log is written anew
+    std::uint64_t log_start = 0;   // bytes from the start of the file
+    std::uint64_t log_records = 0;
+  };
+
+  void ReadHead();
+  void ReadLog();
+  void Create(bool starts_plugged);
+  void WriteHead();
+  void AppendLog();
+  void RewriteLog();
+
+  std::string path_;
+  SharedFile file_;
+  DeviceState state_;
+  Head head_;
+  std::vector<std::uint8_t> committed_fields_;
+  std::uint64_t cached_log_number_ = 0;
+  std::uint64_t cached_log_records_ = 0;
+  bool dirty_ = true;  // state_ may hold changes that were never committed
+};
+
+// Holds the lock of a StateFile for a scope.
+class StateLock {
+ public:
+  explicit StateLock(StateFile& file) : file_(file) { file_.Lock(); }
+  ~StateLock() { file_.Unlock(); }
+  StateLock(const StateLock&) = delete;
+  StateLock& operator=(const StateLock&) = delete;
+
+ private:
+  StateFile& file_;
+};
+
+}  // namespace virtual_camera

@@ -1,0 +1,204 @@
+#include <array>
+#include <cstdio>
+#include <istream>
+#include <map>
+#include <nlohmann/json.hpp>
+#include <optional>
+#include <ostream>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "result_codes.h"
+#include "trace.h"
+#include "trace_words.h"
+
+namespace virtual_camera {
+namespace {
+
+struct TraceLine {
+  std::string time;
+  std::string camera;
+  Direction direction = Direction::kSet;
+  std::uint32_t selector = 0;
+  std::uint32_t length = 0;
+  std::vector<std::uint8_t> bytes;
+  std::int32_t result = 0;
+
+  bool Failed() const {
+    return result < 0 && !(direction == Direction::kLength && result == kMoreData);
+  }
+};
+
+std::optional<std::vector<std::uint8_t>> ParseBytes(const std::string& text) {
+  std::vector<std::uint8_t> bytes;
+  if (text.size() % 2 != 0 || text.find_first_not_of("0123456789abcdef") != std::string::npos) {
+    return std::nullopt;
+  }
+  for (std::size_t i = 0; i < text.size(); i += 2) {
+    bytes.push_back(static_cast<std::uint8_t>(std::stoul(text.substr(i, 2), nullptr, 16)));
+  }
+  return bytes;
+}
+
+std::optional<Direction> ParseDirection(const std::string& text) {
+  if (text == "set") {
+    return Direction::kSet;
+  }
+  if (text == "get") {
+    return Direction::kGet;
+  }
+  if (text == "length") {
+    return Direction::kLength;
+  }
+  return std::nullopt;
+}
+
+std::optional<TraceLine> ParseLine(const std::string& text) {
+  try {
+    const nlohmann::json json = nlohmann::json::parse(text);
+    const auto bytes = ParseBytes(json.at("bytes").get<std::string>());
+    const auto direction = ParseDirection(json.at("direction").get<std::string>());
+    if (!bytes || !direction) {
+      return std::nullopt;
+    }
+    TraceLine line;
+    line.time = json.at("time").get<std::string>();
+    line.camera = json.at("camera").get<std::string>();
+    line.direction = *direction;
+    line.selector = json.at("selector").get<std::uint32_t>();
+    line.length = json.at("length").get<std::uint32_t>();
+    line.bytes = *bytes;
+    line.result = static_cast<std::int32_t>(
+        static_cast<std::uint32_t>(std::stoull(json.at("result").get<std::string>(), nullptr, 16)));
+    return line;
+  } catch (const std::exception&) {
+    return std::nullopt;
+  }
+}
+
+const char* Name(Direction direction) {
+  switch (direction) {
+    case Direction::kSet:
+      return "set";
+    case Direction::kGet:
+      return "get";
+    case Direction::kLength:
+      return "length";
+  }
+  return "";
+}
+
+template <typename... Values>
+std::string Format(const char* format, Values... values) {
+  std::array<char, 512> text{};
+  std::snprintf(text.data(), text.size(), format, values...);
+  return text.data();
+}
+
+// Counts by selector and purpose.
+class Summary {
+ public:
+  void Add(const TraceLine& line, const std::string& purpose) {
+    Count& count = counts_[{line.selector, purpose}];
+    ++count.transfers;
+    count.failed += line.Failed() ? 1U : 0U;
+    count.bytes += line.bytes.size();
+  }
+
+  void Print(std::ostream& output) const {
+    constexpr const char* kRow = "%8s  %-24s  %9s  %6s  %10s\n";
+    const std::string rule = std::string(65, '-') + "\n";
+    output << Format(kRow, "selector", "purpose", "transfers", "failed", "bytes") << rule;
+    Count total;
+    for (const auto& [key, count] : counts_) {
+      PrintRow(output, kRow, std::to_string(key.first), key.second, count);
+      total.transfers += count.transfers;
+      total.failed += count.failed;
+      total.bytes += count.bytes;
+    }
+    output << rule;
+    PrintRow(output, kRow, "", "all", total);
+  }
+
+ private:
+  struct Count {
+    std::uint64_t transfers = 0;
+    std::uint64_t failed = 0;
+    std::uint64_t bytes = 0;
+  };
+
+  static void PrintRow(std::ostream& output, const char* row, const std::string& selector,
+                       const std::string& purpose, const Count& count) {
+    output << Format(row, selector.c_str(), purpose.c_str(),
+                     std::to_string(count.transfers).c_str(), std::to_string(count.failed).c_str(),
+                     std::to_string(count.bytes).c_str());
+  }
+
+  std::map<std::pair<std::uint32_t, std::string>, Count> counts_;
+};
+
+// One camera's part of a trace.
+struct CameraTrace {
+  TraceInterpreter interpreter;
+  std::optional<TraceLine> undecided;
+};
+
+void Count(Summary& summary, CameraTrace& camera, const TraceLine& line,
+           const TransferWords& words) {
+  if (camera.undecided && line.selector == camera.undecided->selector) {
+    const bool continues = words.purpose == "feature register read";
+    summary.Add(*camera.undecided, continues ? words.purpose : "register byte read");
+    camera.undecided.reset();
+  }
+  if (words.undecided) {
+    camera.undecided = line;
+  } else {
+    summary.Add(line, words.purpose);
+  }
+}
+
+}  // namespace
+
+void PrintTrace(std::istream& input, std::ostream& output) {
+  Summary summary;
+  std::map<std::string, CameraTrace> cameras;
+  std::string shown_camera;
+  std::string text;
+  for (std::uint64_t number = 1; std::getline(input, text); ++number) {
+    if (text.empty()) {
+      continue;
+    }
+    const std::optional<TraceLine> line = ParseLine(text);
+    if (!line) {
+      output << "line " << number << ": not a line of a trace\n";
+      continue;
+    }
+    if (line->camera != shown_camera) {
+      shown_camera = line->camera;
+      output << "camera " << shown_camera << "\n";
+    }
+    CameraTrace& camera = cameras[line->camera];
+    const TransferWords words =
+        camera.interpreter.Explain(line->direction, line->selector, line->bytes, line->length);
+    output << Format("%s  %-6s  %u  %s%s%s", line->time.c_str(), Name(line->direction),
+                     line->selector, words.purpose.c_str(), words.detail.empty() ? "" : ": ",
+                     words.detail.c_str());
+    if (line->Failed()) {
+      output << Format("  [failed 0x%08x]", static_cast<unsigned>(line->result));
+    } else if (line->result != kSuccess && line->direction != Direction::kLength) {
+      output << Format("  [answered 0x%08x]", static_cast<unsigned>(line->result));
+    }
+    output << "\n";
+    Count(summary, camera, *line, words);
+  }
+  for (const auto& [name, camera] : cameras) {
+    if (camera.undecided) {
+      summary.Add(*camera.undecided, "register byte read");
+    }
+  }
+  output << "\n";
+  summary.Print(output);
+}
+
+}  // namespace virtual_camera

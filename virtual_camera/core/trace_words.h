@@ -1,0 +1,38 @@
+// Says in words what a transfer does.
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <span>
+#include <string>
+
+#include "configuration.h"
+
+namespace virtual_camera {
+
+struct TransferWords {
+  std::string purpose;  // like "flash erase": what the summary counts by
+  std::string detail;
+  // The first step of a byte read does not say yet whether the feature register is meant.
+  bool undecided = false;
+};
+
+// Reads the transfers of one camera in their order: replies and later steps are understood by what
+// came before them.
+class TraceInterpreter {
+ public:
+  TransferWords Explain(Direction direction, std::uint32_t selector,
+                        std::span<const std::uint8_t> bytes, std::uint32_t length);
+
+ private:
+  using Block = std::span<const std::uint8_t>;
+
+  TransferWords ExplainSet(std::uint32_t selector, Block block);
+  TransferWords ExplainGet(std::uint32_t selector, Block block) const;
+  TransferWords ExplainRegister(Block block);
+
+  std::uint16_t byte_address_low_ = 0;
+  std::array<std::string, kSelectorCount> last_purpose_;
+};
+
+}  // namespace virtual_camera
