@@ -1,5 +1,6 @@
 #include "files/list_file.h"
 
+#include <array>
 #include <cstdint>
 #include <cstring>
 #include <stdexcept>
@@ -13,6 +14,7 @@ namespace {
 
 constexpr std::string_view kRemark = "//";
 constexpr std::string_view kDroppedAddress = "0xfff2";
+constexpr std::uint32_t kDroppedNumber = 0xFFF2;
 constexpr char kEndOfFile = 0x1A;
 
 // Read at a time; large enough that the runtime's call does not count.
@@ -61,6 +63,62 @@ std::uint32_t ParseField(std::string_view field) {
     }
   }
   return ParseUnsignedLong(text);
+}
+
+constexpr std::uint8_t kNoDigit = 0xFF;
+
+constexpr std::array<std::uint8_t, 256> kDigitValues = [] {
+  std::array<std::uint8_t, 256> values{};
+  values.fill(kNoDigit);
+  for (std::uint8_t digit = 0; digit < 10; ++digit) {
+    values['0' + digit] = digit;
+  }
+  for (std::uint8_t digit = 10; digit < 16; ++digit) {
+    values['a' + digit - 10] = digit;
+    values['A' + digit - 10] = digit;
+  }
+  return values;
+}();
+
+// Reads a number of 1 to 8 digits, with or without "0x". Returns where it ends, or null.
+const char* ReadPlainNumber(const char* at, std::uint32_t& number) {
+  constexpr int kMostDigits = 8;
+  if (at[0] == '0' && at[1] == 'x') {
+    at += 2;
+  }
+  const char* const first = at;
+  std::uint32_t value = 0;
+  for (; at - first < kMostDigits; ++at) {
+    const std::uint8_t digit = kDigitValues[static_cast<std::uint8_t>(*at)];
+    if (digit == kNoDigit) {
+      break;
+    }
+    value = value << 4U | digit;
+  }
+  number = value;
+  return at == first ? nullptr : at;
+}
+
+// "0x12345678, 0x12345678," with CR LF.
+constexpr std::size_t kLongestPlainLine = 25;
+
+// Reads the line that nearly all lines are: two numbers, as the writers of lists put them, and its
+// end. Returns where the next line begins, or null for a line that must be looked at more closely.
+// There are at least kLongestPlainLine bytes to read.
+const char* ReadPlainLine(const char* at, ListEntry& entry) {
+  at = ReadPlainNumber(at, entry.address);
+  if (at == nullptr || *at != ',' || entry.address == kDroppedNumber) {
+    return nullptr;
+  }
+  ++at;
+  at += *at == ' ' ? 1 : 0;
+  at = ReadPlainNumber(at, entry.value);
+  if (at == nullptr) {
+    return nullptr;
+  }
+  at += *at == ',' ? 1 : 0;
+  at += *at == '\r' ? 1 : 0;
+  return *at == '\n' ? at + 1 : nullptr;
 }
 
 // Gathers a line that is spread over several chunks. White space that can't matter is not kept, so
@@ -127,6 +185,9 @@ class ListBuilder {
 class ListReader {
  public:
   void TakeChunk(std::string_view chunk) {
+    if (partial_.Text().empty()) {
+      TakePlainLines(chunk);
+    }
     std::size_t line_end = 0;
     while ((line_end = FindLineEnd(chunk)) != std::string_view::npos) {
       const std::string_view line = chunk.substr(0, line_end);
@@ -137,6 +198,7 @@ class ListReader {
         TakePartialLine();
       }
       chunk.remove_prefix(line_end + 1);
+      TakePlainLines(chunk);
     }
     partial_.Append(chunk);
   }
@@ -152,6 +214,22 @@ class ListReader {
     return found == nullptr
                ? std::string_view::npos
                : static_cast<std::size_t>(static_cast<const char*>(found) - text.data());
+  }
+
+  // Takes the lines at the start of `text` that need no closer look.
+  void TakePlainLines(std::string_view& text) {
+    const char* at = text.data();
+    const char* const end = at + text.size();
+    ListEntry entry;
+    while (static_cast<std::size_t>(end - at) >= kLongestPlainLine) {
+      const char* const next = ReadPlainLine(at, entry);
+      if (next == nullptr) {
+        break;
+      }
+      list_.Add(entry);
+      at = next;
+    }
+    text.remove_prefix(static_cast<std::size_t>(at - text.data()));
   }
 
   void TakeLine(std::string_view line) {
