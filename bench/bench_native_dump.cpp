@@ -4,7 +4,6 @@
 #include <sys/wait.h>
 
 #include <cstdio>
-#include <ctime>
 #include <filesystem>
 #include <fstream>
 #include <memory>
@@ -22,14 +21,6 @@ constexpr int kRounds = 9;
 
 double Milliseconds(const timeval& time) {
   return static_cast<double>(time.tv_sec) * 1e3 + static_cast<double>(time.tv_usec) * 1e-3;
-}
-
-// Processor time of this process, the system's work for it included. Other programs that want the
-// processor meanwhile don't count.
-double ProcessorMilliseconds() {
-  timespec now{};
-  clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &now);
-  return static_cast<double>(now.tv_sec) * 1e3 + static_cast<double>(now.tv_nsec) * 1e-6;
 }
 
 // The processor time of xxd's whole run, from its start to its end, with its output thrown away.

@@ -27,9 +27,9 @@ double StatusBytes(const std::string& name) {
   return 0;
 }
 
-// The most resident memory that `work` needed beyond what there was before it.
-template <typename Work>
-double PeakGrowth(Work work) {
+}  // namespace
+
+double PeakGrowth(const std::function<void()>& work) {
   {
     // 5 sets the peak back to what is resident now.
     std::ofstream reset("/proc/self/clear_refs");
@@ -39,8 +39,6 @@ double PeakGrowth(Work work) {
   work();
   return StatusBytes("VmHWM") - before;
 }
-
-}  // namespace
 
 void MeasureMemory(const std::string& folder) {
   const auto control = std::make_shared<MemoryControl>(kFlashSize);

@@ -16,6 +16,9 @@ LARGEST_WAIT_RATIO = 1.001
 SMALLEST_FORMAT_RATIO = 10
 LARGEST_WRITE_RATIO = 2
 LARGEST_MEMORY_RATIO = 2.2
+SMALLEST_READER_RATIO = 5
+LARGEST_PLAN_NS = 20
+LARGEST_PLAN_GROWTH = 2
 
 
 def read_rounds(path):
@@ -58,6 +61,31 @@ def cost_row(what, series, library, bare, pick):
 def pair_row(what, measured, yardstick, ratio, target, met):
     """Two times in milliseconds and their ratio."""
     row(what, f"{measured:.1f} ms", f"{yardstick:.1f} ms", f"{ratio:.2f}", target, met)
+
+
+def print_lists(series):
+    """The rows of register and I2C lists."""
+    median = statistics.median
+    print("e. register and I2C lists, native")
+    measured = median(series["lists.native.reader_ms"])
+    yardstick = median(series["lists.native.scanning_ms"])
+    pair_row("   1,000,000 lines, beside fgets and sscanf", measured, yardstick,
+             yardstick / measured, f">= {SMALLEST_READER_RATIO}",
+             yardstick / measured >= SMALLEST_READER_RATIO)
+    ratio = max(series["lists.native.reader_memory_ratio"])
+    row("   their peak memory over that of the list", "", "", f"{ratio:.2f}",
+        f"<= {LARGEST_MEMORY_RATIO}", ratio <= LARGEST_MEMORY_RATIO)
+    print("   planning, an entry of 1,000,000 (yardstick: of 10,000)")
+    for plan in ("registers", "i2c_steps", "i2c_packets"):
+        for shape in ("consecutive", "scattered"):
+            short, long = (median(series[f"lists.native.{plan}_{shape}_{size}_ns"])
+                           for size in (10_000, 1_000_000))
+            slower = max(short, long)
+            title = f"   {plan.replace('_', ' ').replace('i2c', 'I2C')}, {shape}"
+            row(f"{title}, slower", f"{long:.1f} ns", f"{short:.1f} ns", f"{slower:.1f} ns",
+                f"<= {LARGEST_PLAN_NS} ns", slower <= LARGEST_PLAN_NS)
+            row(f"{title}, ratio", "", "", f"{long / short:.2f}", f"<= {LARGEST_PLAN_GROWTH}",
+                long / short <= LARGEST_PLAN_GROWTH)
 
 
 def main():
@@ -106,6 +134,8 @@ def main():
             ratio = max(rounds)
             row(f"   {work.replace('_', ' ')}, {mebibytes} MiB, {title}", "", "", f"{ratio:.2f}",
                 f"<= {LARGEST_MEMORY_RATIO}", ratio <= LARGEST_MEMORY_RATIO)
+
+    print_lists(series)
 
 
 if __name__ == "__main__":

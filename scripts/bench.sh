@@ -55,8 +55,10 @@ build/native/bin/bench_transfers --benchmark_enable_random_interleaving=true \
   exit 1
 }
 
-echo "== measuring: native memory, dumps, waits" >&2
-build/native/bin/bench_native "$files" >>"$rounds"
+for part in memory dumps lists waits; do
+  echo "== measuring: native $part" >&2
+  build/native/bin/bench_native "$files" "$part" >>"$rounds"
+done
 
 for part in transfers memory-program memory-dump dump waits; do
   echo "== measuring: the DLL's $part" >&2

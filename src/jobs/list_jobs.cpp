@@ -1,9 +1,13 @@
 #include "jobs/list_jobs.h"
 
+#include <algorithm>
+#include <span>
 #include <stdexcept>
 
 #include "device/hexadecimal_text.h"
 #include "files/file.h"
+#include "files/flash_dump_file.h"
+#include "files/list_dump_file.h"
 #include "files/list_file.h"
 #include "jobs/job_end.h"
 #include "jobs/progress.h"
@@ -12,6 +16,9 @@ namespace borvan {
 namespace {
 
 constexpr std::int32_t kDone = 100;
+
+// The page markers that open a register run.
+constexpr std::size_t kRunMarkers = 2;
 
 // A line that lacks its value spoils the whole list: writing half of it would be worse.
 std::vector<ListEntry> ReadListOrNothing(const std::string& path) {
@@ -33,6 +40,7 @@ void RunRegisterWriteJob(RegisterWriteJob& job) {
 }
 
 void RunRegisterReadJob(RegisterReadJob& job) {
+  const bool as_text = IsTextFileName(job.path);
   auto file = File::OpenToWrite(job.path);
   if (!file.has_value()) {
     EndJobWithoutFile(*job.device, job.progress);
@@ -42,6 +50,16 @@ void RunRegisterReadJob(RegisterReadJob& job) {
   const Result result = job.device->RegisterReadList(
       list, ParseUnsignedLong(job.start_address), ParseUnsignedLong(job.end_address), job.progress);
   ReportEnd(job.progress, result);
+  // A failed run leaves the file empty, even when some of it was read.
+  if (Succeeded(result)) {
+    if (as_text) {
+      WriteRegisterLines(*file, list);
+    } else {
+      const std::size_t skipped = job.device->MarkerSkip() == 1 ? kRunMarkers : 0;
+      WriteListValues(*file, std::span(list).subspan(std::min(skipped, list.size())));
+    }
+  }
+  file.reset();
   ClearJobFlags(job.device->Jobs());
 }
 
@@ -57,6 +75,7 @@ void RunI2cWriteJob(I2cWriteJob& job) {
 }
 
 void RunI2cReadJob(I2cReadJob& job) {
+  const bool as_text = IsTextFileName(job.path);
   auto file = File::OpenToWrite(job.path);
   if (!file.has_value()) {
     EndJobWithoutFile(*job.device, job.progress);
@@ -67,6 +86,14 @@ void RunI2cReadJob(I2cReadJob& job) {
       list, ParseUnsignedLong(job.slave), ParseUnsignedLong(job.start_address),
       ParseUnsignedLong(job.end_address), job.mode, job.progress);
   ReportEnd(job.progress, result);
+  if (Succeeded(result)) {
+    if (as_text) {
+      WriteI2cLines(*file, list, job.mode);
+    } else {
+      WriteListValues(*file, list);
+    }
+  }
+  file.reset();
   ClearJobFlags(job.device->Jobs());
 }
 

@@ -8,6 +8,7 @@
 #include "device/borvan_usb_base.h"
 #include "protocol/chip_commands.h"
 #include "protocol/flash_blocks.h"
+#include "protocol/i2c_blocks.h"
 #include "protocol/register_blocks.h"
 
 namespace borvan {
@@ -53,6 +54,21 @@ class BorvanUsb_Q7 : public BorvanUSBBase {
   Result FlashQuickReadImage(std::vector<std::uint8_t>& output, std::uint32_t start_address,
                              std::uint32_t end_address, ProgressCallback progress) override;
 
+  // Appends the page markers and one entry for each register; only the low 16 bits of the addresses
+  // bound the run, whose page is that of the start.
+  Result RegisterReadList(std::vector<ListEntry>& list, std::uint32_t start_address,
+                          std::uint32_t end_address, ProgressCallback progress) override;
+  // Runs and scattered registers in 64-byte blocks. 11 and nothing sent for a list without header.
+  Result RegisterWriteList(std::vector<ListEntry> list, std::uint32_t ignored,
+                           ProgressCallback progress) override;
+
+  // Appends one entry for each register, 56 an exchange where the chip has the fast paths.
+  Result I2cReadList(std::vector<ListEntry>& list, std::uint32_t slave_address,
+                     std::uint32_t start_address, std::uint32_t end_address, std::uint32_t mode,
+                     ProgressCallback progress) override;
+  Result I2cWriteList(std::vector<ListEntry> list, std::uint32_t option,
+                      ProgressCallback progress) override;
+
   // The feature register as it was read at the last selection that was answered; empty before.
   const std::string& FeatureText() const { return feature_text_; }
 
@@ -80,6 +96,16 @@ class BorvanUsb_Q7 : public BorvanUSBBase {
 
   // kOk when single I2C accesses can be made.
   Result CheckI2cChannel();
+
+  bool HasFastI2c() const;
+  Result SendI2cCommands(std::span<const I2cCommand> commands, std::uint32_t length,
+                         std::span<std::uint8_t> block);
+  Result ReadI2cBlocks(std::vector<ListEntry>& list, std::uint32_t slave_address,
+                       std::uint32_t start_address, std::uint32_t end_address, std::uint32_t mode);
+  Result ReadI2cSteps(std::vector<ListEntry>& list, std::uint32_t slave_address,
+                      std::uint32_t start_address, std::uint32_t end_address, std::uint32_t mode);
+  Result WriteI2cSteps(const std::vector<ListEntry>& list);
+  Result WriteI2cPackets(const std::vector<ListEntry>& list, std::uint32_t option);
 
   Result SendFlashBlock(const FlashBlock& command);
   // Makes a failed read's exchange anew at the words around its address.

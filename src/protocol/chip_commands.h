@@ -59,6 +59,12 @@ constexpr std::uint8_t kRead = 0x01;
 constexpr std::uint8_t kStepRead = 0x14;
 constexpr std::uint8_t kStepSlaveTag = 0x01;
 constexpr std::uint8_t kStepAddressTag = 0x02;
+// Step commands of a list write.
+constexpr std::uint8_t kStepWrite = 0x18;
+constexpr std::uint8_t kStepValueTag = 0x04;
+// Blocks of a list write.
+constexpr std::uint8_t kListRun = 0x00;
+constexpr std::uint8_t kListScatter = 0x01;
 // Block read.
 constexpr std::uint8_t kBlockRead = 0x10;
 constexpr std::uint8_t kBlockWidthFor32BitAddress = 0x05;
@@ -72,6 +78,27 @@ constexpr std::uint32_t kSectorSize = 4096;
 constexpr std::size_t kPieceSize = 60;
 constexpr std::uint8_t kErasedByte = 0xFF;
 }  // namespace flash
+
+// Reserved addresses of list entries.
+namespace list_marker {
+constexpr std::uint32_t kPause = 0xFFFF;
+constexpr std::uint32_t kFirstDelay = 0xFFFD;   // register lists; in dumps bits 24 to 31
+constexpr std::uint32_t kSecondDelay = 0xFFFE;  // register lists; in dumps bits 16 to 23
+constexpr std::uint32_t kSlave = 0xFFF8;        // I2C lists
+constexpr std::uint32_t kWidthCode = 0xFFFE;    // I2C lists, after kSlave
+constexpr std::uint32_t kIgnoredA = 0xFEF0;     // I2C lists
+constexpr std::uint32_t kIgnoredB = 0xFEF1;     // I2C lists
+constexpr std::uint32_t kLongestPause = 255;    // ms
+}  // namespace list_marker
+
+// Blocks of a register list write.
+namespace register_list {
+constexpr std::uint8_t kRun = 0x00;
+constexpr std::uint8_t kScatter = 0x01;
+constexpr std::size_t kScatterRecords = 18;
+constexpr std::uint32_t kLongestRun = 56;
+constexpr std::uint32_t kShortestRun = 21;
+}  // namespace register_list
 
 // Block reads of I2C and chip registers carry 56 values behind an 8-byte head.
 constexpr std::uint32_t kBlockReadCount = 56;

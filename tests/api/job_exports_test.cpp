@@ -183,6 +183,100 @@ TEST_F(JobExportsTest, JobsWithoutAnOpenCameraFail) {
   EXPECT_EQ(GetProgressInfo(), 0xE000000200000000U);
 }
 
+TEST_F(JobExportsTest, ListJobsWithoutAnOpenCameraFail) {
+  UsbIniDevice();
+  const std::string list = folder.Put("list.txt", "0xfffd,0x12,\n0x3012,0x5a,\n");
+  EXPECT_TRUE(UsbRegisterWriteFile(list.c_str()));
+  ASSERT_TRUE(JobEnded());
+  EXPECT_EQ(GetProgressInfo(), 0x8000400300000000U);
+  EXPECT_TRUE(UsbRegisterReadFile(folder.Path("run.txt").c_str(), 0, 1));
+  ASSERT_TRUE(JobEnded());
+  EXPECT_EQ(GetProgressInfo(), 0x8000400300000000U);
+  EXPECT_TRUE(UsbI2CWriteFile(list.c_str(), 0));
+  ASSERT_TRUE(JobEnded());
+  EXPECT_EQ(GetProgressInfo(), 0xE000000200000000U);
+  EXPECT_TRUE(UsbI2CReadFile(0, 1, folder.Path("run.txt").c_str(), 0x6C, 0));
+  ASSERT_TRUE(JobEnded());
+  EXPECT_EQ(GetProgressInfo(), 0x8000400300000000U);
+  EXPECT_EQ(folder.Content("run.txt"), "");
+}
+
+TEST_F(JobExportsTest, UsbRegisterWriteFileSendsTheListInBlocks) {
+  StartWithChip();
+  chip->ReportLength(7, 64);
+  EXPECT_TRUE(UsbRegisterWriteFile(
+      folder.Put("list.txt", "0xfffd, 0x05,\n0xfffe, 0x06,\n0x3012, 0x5a,\n").c_str()));
+  ASSERT_TRUE(JobEnded());
+  EXPECT_EQ(GetProgressInfo(), 100U);
+  std::vector<std::uint8_t> block = {0x00, 0x01,         // scattered
+                                     0x01, 0x02,         // delay flag, 2 records
+                                     0xFF, 0xFD, 0x05,   // first delay value
+                                     0xFF, 0xFE, 0x06,   // second delay value
+                                     0x30, 0x12, 0x5A,   // the register
+                                     0x30, 0x12, 0x5A};  // and again: records go in pairs
+  block.resize(64, 0xFF);
+  EXPECT_EQ(chip->Sent(7), std::vector<std::vector<std::uint8_t>>{block});
+}
+
+TEST_F(JobExportsTest, RegisterListWithoutItsHeaderShows11AndSendsNothing) {
+  StartWithChip();
+  chip->ReportLength(7, 64);
+  EXPECT_TRUE(UsbRegisterWriteFile(folder.Put("list.txt", "0x3012, 0x5a,\n").c_str()));
+  ASSERT_TRUE(JobEnded());
+  EXPECT_EQ(GetProgressInfo(), 0x0000000B00000000U);
+  EXPECT_TRUE(chip->Sent(7).empty());
+}
+
+TEST_F(JobExportsTest, UsbI2CWriteFileSendsTheListInSteps) {
+  StartWithChip();
+  EXPECT_TRUE(UsbI2CWriteFile(
+      folder.Put("list.txt", "0xfff8,0x6c,\n0xfffe,0x04,\n0x3012,0x1234,\n").c_str(), 7));
+  ASSERT_TRUE(JobEnded());
+  EXPECT_EQ(GetProgressInfo(), 100U);
+  std::vector<std::vector<std::uint8_t>> steps = {
+      {0x18, 0x6C, 0x02, 0x01},  // slave, mode 2 (code 4)
+      {0x18, 0xFE, 0xFF, 0x02},  // the width code itself, to register 0xFFFE
+      {0x18, 0x04, 0x00, 0x04},  //
+      {0x18, 0x6C, 0x02, 0x01},  //
+      {0x18, 0x12, 0x30, 0x02},  // register 0x3012
+      {0x18, 0x34, 0x12, 0x04}};
+  for (auto& step : steps) {
+    step.resize(12);  // the reported length
+  }
+  EXPECT_EQ(chip->Sent(2), steps);
+}
+
+TEST_F(JobExportsTest, UsbI2CReadFileWritesWhatTheChipAnswers) {
+  StartWithChip();
+  chip->PutI2cReply({0x14, 0x5A});
+  EXPECT_TRUE(UsbI2CReadFile(0x3000, 0x3001, folder.Path("run.txt").c_str(), 0x6C, 1));
+  ASSERT_TRUE(JobEnded());
+  EXPECT_EQ(GetProgressInfo(), 100U);
+  EXPECT_EQ(folder.Content("run.txt"), "0x3000,0x5a,\r\n0x3001,0x5a,\r\n");
+}
+
+TEST_F(JobExportsTest, UsbRegisterReadFileWritesMarkersAndRegisters) {
+  StartWithChip();
+  chip->ReportLength(7, 64);
+  // The chip in memory answers nothing on this selector: the values are those of the request.
+  EXPECT_TRUE(UsbRegisterReadFile(folder.Path("run.txt").c_str(), 0x12340100, 0x12340101));
+  ASSERT_TRUE(JobEnded());
+  EXPECT_EQ(GetProgressInfo(), 100U);
+  EXPECT_EQ(folder.Content("run.txt"),
+            "0xfffd, 0x12,\r\n0xfffe, 0x34,\r\n0x0100, 0x00,\r\n0x0101, 0x00,\r\n");
+}
+
+TEST_F(JobExportsTest, ListWithALineOfOneFieldIsAFileErrorOfBothListWrites) {
+  const std::string list = folder.Put("list.txt", "0xfffd,0x00,\n0x3012,\n");
+  StartWithChip();
+  EXPECT_FALSE(UsbRegisterWriteFile(list.c_str()));
+  EXPECT_EQ(GetProgressInfo(), kFileErrorSeen);
+  UsbIniDevice();
+  EXPECT_TRUE(UsbI2CWriteFile(list.c_str(), 0));
+  ASSERT_TRUE(JobEnded());
+  EXPECT_EQ(GetProgressInfo(), kFileErrorSeen);
+}
+
 // A job that waits at a gate while the host's thread goes on.
 class RunningJobTest : public JobExportsTest {
  protected:

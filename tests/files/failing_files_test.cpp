@@ -41,6 +41,26 @@ class FailingFilesTest : public testing::Test {
     EXPECT_FALSE(device->Jobs().jobRunning);
   }
 
+  // Both run reads give an entry; `path` takes none of its bytes.
+  void ExpectAFileErrorAfterTheHundredOfEachListRead(const std::string& path) {
+    const auto give_an_entry = [](std::vector<borvan::ListEntry>& list, auto&&...) {
+      list.assign(3, {0x3012, 0x5A});
+      return 0;
+    };
+    device->register_read = give_an_entry;
+    device->i2c_read = give_an_entry;
+    EXPECT_EQ(borvan::StartRegisterReadJob(device, path, "0", "0", recorder.Callback()), 0);
+    ASSERT_TRUE(recorder.JobsEnded());
+    EXPECT_EQ(borvan::StartI2cReadJob(device, path, "0", "0", "0", 1, recorder.Callback()), 0);
+    ASSERT_TRUE(recorder.JobsEnded());
+    ASSERT_EQ(recorder.Reports().size(), 4U);
+    EXPECT_EQ(recorder.Reports().at(0), (std::pair{0U, 100}));
+    EXPECT_EQ(recorder.Reports().at(1), kFileError);
+    EXPECT_EQ(recorder.Reports().at(2), (std::pair{0U, 100}));
+    EXPECT_EQ(recorder.Reports().at(3), kFileError);
+    EXPECT_FALSE(device->Jobs().jobRunning);
+  }
+
   const TemporaryFolder folder;
   const std::shared_ptr<ScriptedDevice> device = std::make_shared<ScriptedDevice>();
   ReportRecorder recorder{device};
@@ -60,6 +80,26 @@ TEST_F(FailingFilesTest, EmptyDumpFitsOnAFullDisk) {
   ASSERT_TRUE(recorder.JobsEnded());
   ASSERT_EQ(recorder.Reports().size(), 1U);
   EXPECT_EQ(recorder.Reports().at(0), (std::pair{0U, 100}));
+}
+
+TEST_F(FailingFilesTest, FullDiskIsReportedAfterTheHundredOfABinaryListRead) {
+  ExpectAFileErrorAfterTheHundredOfEachListRead(kFullDisk);
+}
+
+TEST_F(FailingFilesTest, FullDiskIsReportedAfterTheHundredOfATextListRead) {
+  std::filesystem::create_symlink(kFullDisk, folder.Path("full.txt"));
+  ExpectAFileErrorAfterTheHundredOfEachListRead(folder.Path("full.txt"));
+}
+
+TEST_F(FailingFilesTest, FailedListReadFitsOnAFullDisk) {
+  device->i2c_read = [](std::vector<borvan::ListEntry>& list, auto&&...) {
+    list.assign(3, {0x3012, 0x5A});
+    return static_cast<borvan::Result>(0xE0000006);
+  };
+  EXPECT_EQ(borvan::StartI2cReadJob(device, kFullDisk, "0", "0", "0", 1, recorder.Callback()), 0);
+  ASSERT_TRUE(recorder.JobsEnded());
+  ASSERT_EQ(recorder.Reports().size(), 1U);
+  EXPECT_EQ(recorder.Reports().at(0), (std::pair{0xE0000006U, -1}));
 }
 
 TEST_F(FailingFilesTest, UnreadableRegisterListIsRefusedLikeAnEmptyOne) {

@@ -22,12 +22,18 @@ class ListFileTest : public testing::Test {
   const TemporaryFolder folder;
 };
 
-TEST_F(ListFileTest, RemarksEmptyLinesAndDroppedAddressesGiveNoEntry) {
+TEST_F(ListFileTest, FiveLinesOfEveryKindReadAsTwoEntries) {
+  EXPECT_EQ(Read("// head\n"
+                 "\n"
+                 "0xFFF2, 0x01\n"
+                 "0x3012, 0x5A\n"
+                 "3013,5b\n"),
+            (Entries{{0x3012, 0x5A}, {0x3013, 0x5B}}));
   EXPECT_EQ(Read("// head\r\n"
                  "\r\n"
                  "0xFFF2, 0x01,\r\n"
                  "0x3012, 0x5A,\r\n"
-                 "3013,5b\r\n"),
+                 "3013,5b,\r\n"),
             (Entries{{0x3012, 0x5A}, {0x3013, 0x5B}}));
 }
 
@@ -90,8 +96,11 @@ TEST_F(ListFileTest, NulByteEndsANumberAndNoLine) {
             (Entries{{1, 2}, {4, 5}}));
 }
 
-TEST_F(ListFileTest, FieldsAreTrimmed) {
+TEST_F(ListFileTest, BlankBeforeTheCommaIsTrimmed) {
   EXPECT_EQ(Read("0x10 ,0x20\n"), (Entries{{0x10, 0x20}}));
+}
+
+TEST_F(ListFileTest, FieldsAreTrimmed) {
   EXPECT_EQ(Read(" \t 0x10 \t,\v\f 0x20 \t, \n"), (Entries{{0x10, 0x20}}));
 }
 
@@ -102,8 +111,16 @@ TEST_F(ListFileTest, WhiteSpaceIsAsciiOnly) {
             (Entries{{0, 2}}));
 }
 
-TEST_F(ListFileTest, OnlyALeadingDoubleSlashMakesARemark) {
+TEST_F(ListFileTest, RemarkWithoutACommaIsSkipped) {
+  EXPECT_EQ(Read("// gain\n//\n1,2\n"), (Entries{{1, 2}}));
+  EXPECT_EQ(Read("gain\n1,2\n"), (Entries{{1, 2}}));
+}
+
+TEST_F(ListFileTest, DoubleSlashBehindLeadingBlanksMakesARemark) {
   EXPECT_EQ(Read("   // 1,2\n\t//3,4\n"), Entries{});
+}
+
+TEST_F(ListFileTest, OnlyALeadingDoubleSlashMakesARemark) {
   EXPECT_EQ(Read("1,2 // two\n3,4, // four, or so\n"), (Entries{{1, 2}, {3, 4}}));
   EXPECT_EQ(Read("/ /1,2\n"), (Entries{{0, 2}}));
 }

@@ -1,0 +1,38 @@
+#pragma once
+
+// Planning a register list: what to send, as values, before anything is sent.
+
+#include <cstdint>
+#include <vector>
+
+#include "device/list_entry.h"
+#include "protocol/chip_commands.h"
+#include "protocol/flash_blocks.h"
+
+namespace borvan {
+
+// One block of a register list.
+struct RegisterListBlock {
+  Packet packet{};
+  // The result of a scatter block that is sent only because a run follows is not kept.
+  bool keeps_result = true;
+};
+
+struct RegisterListPlan {
+  // Pauses in milliseconds. All of them come before the first block.
+  std::vector<std::uint32_t> pauses;
+  std::vector<RegisterListBlock> blocks;
+};
+
+// Removes the marks (delay values) at the end of a list: no register follows them.
+void DropTrailingMarks(std::vector<ListEntry>& list);
+
+// True when the first entry that is not a pause is a first delay value, as the chip's list header
+// wants it. A list of pauses only passes.
+bool HasListHeader(const std::vector<ListEntry>& list);
+
+// Runs of 21 to 56 consecutive registers become run blocks, everything else goes 18 records to a
+// scatter block.
+RegisterListPlan PlanRegisterList(const std::vector<ListEntry>& list);
+
+}  // namespace borvan
