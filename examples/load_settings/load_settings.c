@@ -152,7 +152,7 @@ static int Load(const struct Arguments* arguments) {
     const uint64_t progress = GetProgressInfo();
     switch (borvan_progress_state(progress)) {
       case kBorvanProgressDone:
-        printf("loaded in %.1f s\n", (double)(GetTickCount64() - start) / 1000.0);
+        printf("loaded in %.2f s\n", (double)(GetTickCount64() - start) / 1000.0);
         return kAllAsInTheList;
       case kBorvanProgressFailed:
         return ComplainOfStatus("loading failed", progress);
