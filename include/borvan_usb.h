@@ -376,9 +376,9 @@ bool UsbFlashQuickReadFile(const char* file_name, uint32_t start_address, uint32
 // The file is written after 100 is reported; after a failure it is left empty.
 bool UsbRegisterReadFile(const char* file_name, uint32_t start_address, uint32_t end_address);
 
-// Writes the registers of a list file: lines "0x3012,0x5a,", remark lines that open with "//", 0xffff
-// for a pause of up to 255 ms; the first entry that is no pause must be 0xfffd. All pauses are made
-// before the first register is written.
+// Writes the registers of a list file: lines "0x3012,0x5a,", remark lines that open with "//",
+// 0xffff for a pause of up to 255 ms; the first entry that is no pause must be 0xfffd. All pauses
+// are made before the first register is written.
 //   file_name  list file; it is read before the call returns, and without an entry the call fails
 // Ends with a positive status instead of 100 when the last transfer returned one, and with 11 when
 // nothing was written because the list does not open with 0xfffd: see kBorvanProgressNotice.
