@@ -376,8 +376,9 @@ bool UsbFlashQuickReadFile(const char* file_name, uint32_t start_address, uint32
 // The file is written after 100 is reported; after a failure it is left empty.
 bool UsbRegisterReadFile(const char* file_name, uint32_t start_address, uint32_t end_address);
 
-// Writes the registers of a list file: lines "0x3012,0x5a,", remarks after "//", 0xffff for a pause
-// of up to 255 ms; the first entry that is no pause must be 0xfffd.
+// Writes the registers of a list file: lines "0x3012,0x5a,", remark lines that open with "//",
+// 0xffff for a pause of up to 255 ms; the first entry that is no pause must be 0xfffd. All pauses
+// are made before the first register is written.
 //   file_name  list file; it is read before the call returns, and without an entry the call fails
 // Ends with a positive status instead of 100 when the last transfer returned one, and with 11 when
 // nothing was written because the list does not open with 0xfffd: see kBorvanProgressNotice.
@@ -388,8 +389,9 @@ bool UsbRegisterWriteFile(const char* file_name);
 // Reads a run of registers of a device on the I2C bus into a file. Note the file name's place.
 //   start_address  first register
 //   end_address    last one, included
-//   file_name      file to be written: raw, a byte a register, or lines "0x3012,0x5a,"; in modes 3
-//                  to 5 a text file stays empty though the job succeeds
+//   file_name      file to be written: raw, a byte a register, or lines "0x3012,0x5a,"; of wider
+//                  values both hold the low 8 bits alone, and in modes 3 to 5 a text file stays
+//                  empty though the job succeeds
 //   slave          slave address, sent as it is (the low 8 bits)
 //   mode           0 to 5, kBorvanI2cAddress8Data8 and on
 // The file is written after 100 is reported; after a failure it is left empty.
