@@ -13,8 +13,6 @@ using test::Pattern;
 using test::ProgressBecomes;
 using test::Slice;
 
-constexpr std::uint64_t kNotImplemented = Failure(0x80004001);
-
 class LibraryFailures : public test::Rig {
  protected:
   void Faulty(const std::string& fault) { UseCamera(R"(, "faults": [{)" + fault + "}]"); }
@@ -23,26 +21,6 @@ class LibraryFailures : public test::Rig {
   }
   void Dump(std::uint32_t start, std::uint32_t end) {
     ASSERT_TRUE(UsbFlashQuickReadFile(File("dump").c_str(), start, end));
-  }
-  // Four exports that work on register and I2C lists, one after the other.
-  void ExpectOfListJobs(std::uint64_t progress) {
-    const std::string list = MakeFile("list", {'1', ',', '2', ',', '\n'});
-    UsbIniDevice();
-    UsbSelectDevice(0);
-    EXPECT_TRUE(UsbRegisterWriteFile(list.c_str()));
-    EXPECT_TRUE(ProgressBecomes(progress));
-    UsbIniDevice();
-    UsbSelectDevice(0);
-    EXPECT_TRUE(UsbRegisterReadFile(File("registers").c_str(), 0, 10));
-    EXPECT_TRUE(ProgressBecomes(progress));
-    UsbIniDevice();
-    UsbSelectDevice(0);
-    EXPECT_TRUE(UsbI2CWriteFile(list.c_str(), 0));
-    EXPECT_TRUE(ProgressBecomes(progress));
-    UsbIniDevice();
-    UsbSelectDevice(0);
-    EXPECT_TRUE(UsbI2CReadFile(0, 10, File("i2c").c_str(), 0x20, 0));
-    EXPECT_TRUE(ProgressBecomes(progress));
   }
 };
 
@@ -141,11 +119,6 @@ TEST_F(LibraryFailures, WithoutAChannelJobsTellWhatTheyMissedFirst) {
   EXPECT_TRUE(ProgressBecomes(Failure(0xE0000007))) << "nothing to erase";
   Dump(0, 10);
   EXPECT_TRUE(ProgressBecomes(Failure(0xE0000002)));
-}
-
-TEST_F(LibraryFailures, ListJobsAreNotImplemented) {
-  UseCamera();
-  ExpectOfListJobs(kNotImplemented);
 }
 
 }  // namespace

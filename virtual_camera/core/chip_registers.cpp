@@ -123,9 +123,12 @@ std::int32_t Chip::RegisterRun(Block block) {
   if (count == 0 || count > kRunBytes) {
     return kGeneralFailure;
   }
-  const std::uint32_t start = ListPage(block[4], block[5]) | BigEndian(block.subspan(6, 2));
+  const std::uint32_t page = ListPage(block[4], block[5]);
+  const std::uint32_t start = BigEndian(block.subspan(6, 2));
   for (std::size_t i = 0; i < count; ++i) {
-    WriteByteRegister(start + static_cast<std::uint32_t>(i), block[kRunHead + i]);
+    // A run stays in its page, as scattered registers do.
+    WriteByteRegister(page | ((start + static_cast<std::uint32_t>(i)) & 0xFFFF),
+                      block[kRunHead + i]);
   }
   return kSuccess;
 }
