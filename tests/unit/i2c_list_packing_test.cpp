@@ -26,11 +26,11 @@ struct Shape {
   }
 };
 
-Shape Run(unsigned mode, unsigned count) {
+Shape RunOf(unsigned mode, unsigned count) {
   return {true, mode, count};
 }
 
-Shape Scatter(unsigned mode, unsigned count) {
+Shape ScatterOf(unsigned mode, unsigned count) {
   return {false, mode, count};
 }
 
@@ -54,90 +54,93 @@ List With(std::initializer_list<std::uint32_t> width_codes, const List& list) {
 }
 
 TEST(I2cListPacking, SixtyConsecutiveRegistersInMode0AreRunsOf56And4) {
-  EXPECT_THAT(Shapes(With({0}, Registers(0x10, 60, 0))), ElementsAre(Run(0, 56), Run(0, 4)));
+  EXPECT_THAT(Shapes(With({0}, Registers(0x10, 60, 0))), ElementsAre(RunOf(0, 56), RunOf(0, 4)));
 }
 
 TEST(I2cListPacking, RunsHaveTheLimitOfTheirWidthCode) {
-  EXPECT_THAT(Shapes(With({1}, Registers(0x10, 57, 0))), ElementsAre(Run(0, 56), Run(0, 1)));
-  EXPECT_THAT(Shapes(With({3}, Registers(0x10, 57, 0))), ElementsAre(Run(1, 56), Run(1, 1)));
+  EXPECT_THAT(Shapes(With({1}, Registers(0x10, 57, 0))), ElementsAre(RunOf(0, 56), RunOf(0, 1)));
+  EXPECT_THAT(Shapes(With({3}, Registers(0x10, 57, 0))), ElementsAre(RunOf(1, 56), RunOf(1, 1)));
   EXPECT_THAT(Shapes(With({4}, Registers(0x10, 57, 0))),
-              ElementsAre(Run(2, 28), Run(2, 28), Run(2, 1)));
-  EXPECT_THAT(Shapes(With({3}, Registers(0x10, 56, 0))), ElementsAre(Run(1, 56)));
+              ElementsAre(RunOf(2, 28), RunOf(2, 28), RunOf(2, 1)));
+  EXPECT_THAT(Shapes(With({3}, Registers(0x10, 56, 0))), ElementsAre(RunOf(1, 56)));
 }
 
 TEST(I2cListPacking, ScatteredPacketsHaveTheLimitOfTheirWidthCode) {
   // The register behind a full packet begins a run again.
-  EXPECT_THAT(Shapes(With({0}, Registers(0x10, 31, 0, 2))), ElementsAre(Scatter(0, 30), Run(0, 1)));
-  EXPECT_THAT(Shapes(With({1}, Registers(0x10, 31, 0, 2))), ElementsAre(Scatter(0, 30), Run(0, 1)));
-  EXPECT_THAT(Shapes(With({3}, Registers(0x10, 21, 0, 2))), ElementsAre(Scatter(1, 20), Run(1, 1)));
+  EXPECT_THAT(Shapes(With({0}, Registers(0x10, 31, 0, 2))),
+              ElementsAre(ScatterOf(0, 30), RunOf(0, 1)));
+  EXPECT_THAT(Shapes(With({1}, Registers(0x10, 31, 0, 2))),
+              ElementsAre(ScatterOf(0, 30), RunOf(0, 1)));
+  EXPECT_THAT(Shapes(With({3}, Registers(0x10, 21, 0, 2))),
+              ElementsAre(ScatterOf(1, 20), RunOf(1, 1)));
   EXPECT_THAT(Shapes(With({4}, Registers(0x10, 17, 0, 2))),
-              ElementsAre(Scatter(2, 15), Scatter(2, 2)));
+              ElementsAre(ScatterOf(2, 15), ScatterOf(2, 2)));
 }
 
 TEST(I2cListPacking, ARunBelowTheScatterLimitBecomesScattered) {
   EXPECT_THAT(Shapes(With({0}, Joined({Registers(0x10, 5, 0), {{0x80, 0}}}))),
-              ElementsAre(Scatter(0, 6)));
+              ElementsAre(ScatterOf(0, 6)));
   // And is sent at once when that fills it.
   EXPECT_THAT(Shapes(With({0}, Joined({Registers(0x10, 29, 0), {{0x80, 0}, {0x81, 0}}}))),
-              ElementsAre(Scatter(0, 30), Run(0, 1)));
+              ElementsAre(ScatterOf(0, 30), RunOf(0, 1)));
   EXPECT_THAT(Shapes(With({3}, Joined({Registers(0x10, 19, 0), {{0x80, 0}, {0x81, 0}}}))),
-              ElementsAre(Scatter(1, 20), Run(1, 1)));
+              ElementsAre(ScatterOf(1, 20), RunOf(1, 1)));
 }
 
 TEST(I2cListPacking, ARunOfTheScatterLimitIsSentBeforeAnotherRegister) {
   EXPECT_THAT(Shapes(With({0}, Joined({Registers(0x10, 30, 0), Registers(0x80, 2, 0)}))),
-              ElementsAre(Run(0, 30), Run(0, 2)));
+              ElementsAre(RunOf(0, 30), RunOf(0, 2)));
   EXPECT_THAT(Shapes(With({3}, Joined({Registers(0x10, 20, 0), Registers(0x80, 2, 0)}))),
-              ElementsAre(Run(1, 20), Run(1, 2)));
+              ElementsAre(RunOf(1, 20), RunOf(1, 2)));
   EXPECT_THAT(Shapes(With({4}, Joined({Registers(0x10, 15, 0), Registers(0x80, 2, 0)}))),
-              ElementsAre(Run(2, 15), Run(2, 2)));
+              ElementsAre(RunOf(2, 15), RunOf(2, 2)));
 }
 
 TEST(I2cListPacking, ScatteredStaysScatteredThoughConsecutiveRegistersFollow) {
   EXPECT_THAT(Shapes(With({0}, Joined({{{0x80, 0}}, Registers(0x10, 29, 0)}))),
-              ElementsAre(Scatter(0, 30)));
+              ElementsAre(ScatterOf(0, 30)));
 }
 
 TEST(I2cListPacking, UnknownCodesMeanMode1) {
   for (const std::uint32_t code : {2U, 5U, 6U, 0x100U, 0x10004U, 0xFFFFFFFFU}) {
-    EXPECT_THAT(Shapes(With({code}, {{0x10, 1}})), ElementsAre(Run(1, 1))) << code;
+    EXPECT_THAT(Shapes(With({code}, {{0x10, 1}})), ElementsAre(RunOf(1, 1))) << code;
   }
 }
 
 TEST(I2cListPacking, AnUnknownCodeFirstHasNoLimitButThePacket) {
-  EXPECT_THAT(Shapes(With({2}, Registers(0x10, 57, 0))), ElementsAre(Run(1, 56), Run(1, 1)));
+  EXPECT_THAT(Shapes(With({2}, Registers(0x10, 57, 0))), ElementsAre(RunOf(1, 56), RunOf(1, 1)));
 }
 
 TEST(I2cListPacking, WithoutAScatterLimitEachOtherRegisterSendsThePendingRun) {
   EXPECT_THAT(Shapes(With({2}, Registers(0x10, 3, 0, 2))),
-              ElementsAre(Run(1, 1), Run(1, 1), Run(1, 1)));
+              ElementsAre(RunOf(1, 1), RunOf(1, 1), RunOf(1, 1)));
   EXPECT_THAT(Shapes(With({2}, Joined({Registers(0x10, 5, 0), Registers(0x80, 3, 0)}))),
-              ElementsAre(Run(1, 5), Run(1, 3)));
+              ElementsAre(RunOf(1, 5), RunOf(1, 3)));
 }
 
 TEST(I2cListPacking, LimitsOfAnEarlierCodeHoldWithinWhatAPacketCarries) {
   // Code 0 left 56 and 30, of which mode 1 carries 56 and 20.
-  EXPECT_THAT(Shapes(With({0, 2}, Registers(0x10, 57, 0))), ElementsAre(Run(1, 56), Run(1, 1)));
+  EXPECT_THAT(Shapes(With({0, 2}, Registers(0x10, 57, 0))), ElementsAre(RunOf(1, 56), RunOf(1, 1)));
   EXPECT_THAT(Shapes(With({0, 2}, Registers(0x10, 21, 0, 2))),
-              ElementsAre(Scatter(1, 20), Run(1, 1)));
+              ElementsAre(ScatterOf(1, 20), RunOf(1, 1)));
   EXPECT_THAT(Shapes(With({0, 2}, Joined({Registers(0x10, 20, 0), {{0x80, 0}}}))),
-              ElementsAre(Run(1, 20), Run(1, 1)));
+              ElementsAre(RunOf(1, 20), RunOf(1, 1)));
   EXPECT_THAT(Shapes(With({0, 2}, Joined({Registers(0x10, 19, 0), {{0x80, 0}}}))),
-              ElementsAre(Scatter(1, 20)));
+              ElementsAre(ScatterOf(1, 20)));
   // Code 4 left 28 and 15, which are fewer than mode 1 carries.
-  EXPECT_THAT(Shapes(With({4, 2}, Registers(0x10, 29, 0))), ElementsAre(Run(1, 28), Run(1, 1)));
+  EXPECT_THAT(Shapes(With({4, 2}, Registers(0x10, 29, 0))), ElementsAre(RunOf(1, 28), RunOf(1, 1)));
   EXPECT_THAT(Shapes(With({4, 2}, Registers(0x10, 16, 0, 2))),
-              ElementsAre(Scatter(1, 15), Run(1, 1)));
+              ElementsAre(ScatterOf(1, 15), RunOf(1, 1)));
   // A known code sets its own again.
-  EXPECT_THAT(Shapes(With({4, 2, 3}, Registers(0x10, 29, 0))), ElementsAre(Run(1, 29)));
+  EXPECT_THAT(Shapes(With({4, 2, 3}, Registers(0x10, 29, 0))), ElementsAre(RunOf(1, 29)));
 }
 
 TEST(I2cListPacking, IgnoredEntriesAndLongPausesDoNotPartARun) {
   EXPECT_THAT(Shapes(With({0}, {{0x10, 1}, {0xFEF0, 9}, {0x11, 2}, {0xFEF1, 9}, {0x12, 3}})),
-              ElementsAre(Run(0, 3)));
+              ElementsAre(RunOf(0, 3)));
   EXPECT_THAT(
       Shapes(With({0}, {{0x10, 1}, {0xFFFF, 256}, {0x11, 2}, {0xFFFF, 0x7FFFFFFF}, {0x12, 3}})),
-      ElementsAre(Run(0, 3)));
+      ElementsAre(RunOf(0, 3)));
 }
 
 TEST(I2cListPacking, ASlaveSendsWhatIsPendingForTheSlaveBefore) {
@@ -151,11 +154,11 @@ TEST(I2cListPacking, ASlaveSendsWhatIsPendingForTheSlaveBefore) {
 
 TEST(I2cListPacking, RegistersCountAsSignedNumbers) {
   // -1 and 0.
-  EXPECT_THAT(Shapes(With({0}, {{0xFFFFFFFF, 1}, {0x00000000, 2}})), ElementsAre(Run(0, 2)));
+  EXPECT_THAT(Shapes(With({0}, {{0xFFFFFFFF, 1}, {0x00000000, 2}})), ElementsAre(RunOf(0, 2)));
   // The largest number and the smallest.
-  EXPECT_THAT(Shapes(With({0}, {{0x7FFFFFFF, 1}, {0x80000000, 2}})), ElementsAre(Scatter(0, 2)));
+  EXPECT_THAT(Shapes(With({0}, {{0x7FFFFFFF, 1}, {0x80000000, 2}})), ElementsAre(ScatterOf(0, 2)));
   // Low bytes alone are not enough.
-  EXPECT_THAT(Shapes(With({0}, {{0x0FF, 1}, {0x200, 2}})), ElementsAre(Scatter(0, 2)));
+  EXPECT_THAT(Shapes(With({0}, {{0x0FF, 1}, {0x200, 2}})), ElementsAre(ScatterOf(0, 2)));
 }
 
 // An action of the plan, as a test writes it down.
@@ -249,7 +252,7 @@ TEST(I2cListPacking, PausesAndIgnoredEntriesMayStandBetweenSlaveAndWidth) {
                       {0xFEF1, 0},
                       {0xFFFE, 4},
                       {0x10, 1}}),
-              ElementsAre(Run(2, 1)));
+              ElementsAre(RunOf(2, 1)));
 }
 
 TEST(I2cListPacking, EachEntryIsPolledForOnce) {

@@ -23,11 +23,11 @@ struct Shape {
   }
 };
 
-Shape Run(unsigned count, unsigned first_register) {
+Shape RunOf(unsigned count, unsigned first_register) {
   return {true, count, first_register};
 }
 
-Shape Scatter(unsigned count, unsigned first_register) {
+Shape ScatterOf(unsigned count, unsigned first_register) {
   return {false, count, first_register};
 }
 
@@ -44,83 +44,84 @@ std::vector<Shape> Shapes(const List& list) {
 }
 
 TEST(RegisterListRuns, HaveFrom21To56Registers) {
-  EXPECT_THAT(Shapes(Registers(0x100, 20, 0)), ElementsAre(Scatter(18, 0x100), Scatter(2, 0x112)));
-  EXPECT_THAT(Shapes(Registers(0x100, 21, 0)), ElementsAre(Run(21, 0x100)));
-  EXPECT_THAT(Shapes(Registers(0x100, 55, 0)), ElementsAre(Run(55, 0x100)));
-  EXPECT_THAT(Shapes(Registers(0x100, 56, 0)), ElementsAre(Run(56, 0x100)));
+  EXPECT_THAT(Shapes(Registers(0x100, 20, 0)),
+              ElementsAre(ScatterOf(18, 0x100), ScatterOf(2, 0x112)));
+  EXPECT_THAT(Shapes(Registers(0x100, 21, 0)), ElementsAre(RunOf(21, 0x100)));
+  EXPECT_THAT(Shapes(Registers(0x100, 55, 0)), ElementsAre(RunOf(55, 0x100)));
+  EXPECT_THAT(Shapes(Registers(0x100, 56, 0)), ElementsAre(RunOf(56, 0x100)));
 }
 
 TEST(RegisterListRuns, OfLessThan21AreScatteredWhateverFollows) {
   EXPECT_THAT(Shapes(Joined({Registers(0x100, 20, 0), Registers(0x300, 21, 0)})),
-              ElementsAre(Scatter(18, 0x100), Scatter(2, 0x112), Run(21, 0x300)));
+              ElementsAre(ScatterOf(18, 0x100), ScatterOf(2, 0x112), RunOf(21, 0x300)));
 }
 
 TEST(RegisterListRuns, TheRegisterBehindAFullRunMayBeginTheNext) {
-  EXPECT_THAT(Shapes(Registers(0x100, 57, 0)), ElementsAre(Run(56, 0x100), Scatter(2, 0x138)));
+  EXPECT_THAT(Shapes(Registers(0x100, 57, 0)), ElementsAre(RunOf(56, 0x100), ScatterOf(2, 0x138)));
   EXPECT_THAT(Shapes(Registers(0x100, 76, 0)),
-              ElementsAre(Run(56, 0x100), Scatter(18, 0x138), Scatter(2, 0x14A)));
-  EXPECT_THAT(Shapes(Registers(0x100, 77, 0)), ElementsAre(Run(56, 0x100), Run(21, 0x138)));
-  EXPECT_THAT(Shapes(Registers(0x100, 112, 0)), ElementsAre(Run(56, 0x100), Run(56, 0x138)));
+              ElementsAre(RunOf(56, 0x100), ScatterOf(18, 0x138), ScatterOf(2, 0x14A)));
+  EXPECT_THAT(Shapes(Registers(0x100, 77, 0)), ElementsAre(RunOf(56, 0x100), RunOf(21, 0x138)));
+  EXPECT_THAT(Shapes(Registers(0x100, 112, 0)), ElementsAre(RunOf(56, 0x100), RunOf(56, 0x138)));
 }
 
 TEST(RegisterListRuns, TheRegisterThatBreaksARunBeginsNone) {
   // 0x500 breaks the run; the 20 behind it are too few.
   EXPECT_THAT(Shapes(Joined({Registers(0x100, 21, 0), Registers(0x500, 21, 0)})),
-              ElementsAre(Run(21, 0x100), Scatter(18, 0x500), Scatter(4, 0x512)));
+              ElementsAre(RunOf(21, 0x100), ScatterOf(18, 0x500), ScatterOf(4, 0x512)));
   // One more, and the run begins behind the register that broke the first.
   EXPECT_THAT(Shapes(Joined({Registers(0x100, 21, 0), Registers(0x500, 22, 0)})),
-              ElementsAre(Run(21, 0x100), Scatter(2, 0x500), Run(21, 0x501)));
+              ElementsAre(RunOf(21, 0x100), ScatterOf(2, 0x500), RunOf(21, 0x501)));
 }
 
 TEST(RegisterListRuns, TheRegisterBehindAFullRunBreaksNothing) {
   // The full run is closed by its 56th register, so 0x500 is compared and may begin a run.
   EXPECT_THAT(Shapes(Joined({Registers(0x100, 56, 0), Registers(0x500, 21, 0)})),
-              ElementsAre(Run(56, 0x100), Run(21, 0x500)));
+              ElementsAre(RunOf(56, 0x100), RunOf(21, 0x500)));
 }
 
 TEST(RegisterListRuns, ARegisterThatEndsAShortRunMayBeginTheNext) {
   EXPECT_THAT(Shapes(Joined({Registers(0x100, 3, 0), Registers(0x500, 21, 0)})),
-              ElementsAre(Scatter(4, 0x100), Run(21, 0x500)));
+              ElementsAre(ScatterOf(4, 0x100), RunOf(21, 0x500)));
 }
 
 TEST(RegisterListRuns, Register1AsTheFirstContinuesNothing) {
-  EXPECT_THAT(Shapes(Registers(1, 20, 0)), ElementsAre(Scatter(18, 1), Scatter(2, 19)));
-  EXPECT_THAT(Shapes(Registers(1, 21, 0)), ElementsAre(Run(21, 1)));
-  EXPECT_THAT(Shapes(Registers(1, 56, 0)), ElementsAre(Run(56, 1)));
+  EXPECT_THAT(Shapes(Registers(1, 20, 0)), ElementsAre(ScatterOf(18, 1), ScatterOf(2, 19)));
+  EXPECT_THAT(Shapes(Registers(1, 21, 0)), ElementsAre(RunOf(21, 1)));
+  EXPECT_THAT(Shapes(Registers(1, 56, 0)), ElementsAre(RunOf(56, 1)));
 }
 
 TEST(RegisterListRuns, Register1BehindAFullRunIsAStepOfWhichTheStartIsPassedOver) {
   // The run from 1 on counts from the full run's last register, which has been sent by then.
   EXPECT_THAT(Shapes(Joined({Registers(0x100, 56, 0), Registers(1, 21, 0)})),
-              ElementsAre(Run(56, 0x100), Scatter(18, 1), Scatter(4, 19)));
+              ElementsAre(RunOf(56, 0x100), ScatterOf(18, 1), ScatterOf(4, 19)));
 }
 
 TEST(RegisterListRuns, Register1BehindABrokenRunIsAStepFromTheRegisterThatBrokeIt) {
   EXPECT_THAT(Shapes(Joined({Registers(0x100, 21, 0), {{0x500, 0}}, Registers(1, 20, 0)})),
-              ElementsAre(Run(21, 0x100), Run(21, 0x500)));
+              ElementsAre(RunOf(21, 0x100), RunOf(21, 0x500)));
 }
 
 TEST(RegisterListRuns, StepsCompareAll32Bits) {
-  EXPECT_THAT(Shapes(Registers(0x1FFF0, 21, 0)), ElementsAre(Run(21, 0xFFF0)));
+  EXPECT_THAT(Shapes(Registers(0x1FFF0, 21, 0)), ElementsAre(RunOf(21, 0xFFF0)));
   List alternating = Registers(0x100, 21, 0);
   for (std::size_t i = 1; i < alternating.size(); i += 2) {
     alternating[i].address += 0x10000;
   }
-  EXPECT_THAT(Shapes(alternating), ElementsAre(Scatter(18, 0x100), Scatter(4, 0x112)));
+  EXPECT_THAT(Shapes(alternating), ElementsAre(ScatterOf(18, 0x100), ScatterOf(4, 0x112)));
 }
 
 TEST(RegisterListRuns, NeitherDescendingNorEqualNorSpacedRegistersFormThem) {
   EXPECT_THAT(Shapes(Registers(0x100, 22, 0, 0xFFFFFFFF)),
-              ElementsAre(Scatter(18, 0x100), Scatter(4, 0xEE)));
+              ElementsAre(ScatterOf(18, 0x100), ScatterOf(4, 0xEE)));
   EXPECT_THAT(Shapes(Registers(0x100, 22, 0, 0)),
-              ElementsAre(Scatter(18, 0x100), Scatter(4, 0x100)));
+              ElementsAre(ScatterOf(18, 0x100), ScatterOf(4, 0x100)));
   EXPECT_THAT(Shapes(Registers(0x100, 22, 0, 2)),
-              ElementsAre(Scatter(18, 0x100), Scatter(4, 0x124)));
+              ElementsAre(ScatterOf(18, 0x100), ScatterOf(4, 0x124)));
 }
 
 TEST(RegisterListRuns, PausesInsideDoNotBreakThem) {
   EXPECT_THAT(Shapes(Joined({Registers(0x100, 10, 0), {{0xFFFF, 5}}, Registers(0x10A, 11, 0)})),
-              ElementsAre(Run(21, 0x100)));
+              ElementsAre(RunOf(21, 0x100)));
 }
 
 TEST(RegisterListRuns, MarksInsideNeitherBreakThemNorCount) {
