@@ -9,6 +9,9 @@
 
 namespace {
 
+// A block of 64 bytes, two digits to a byte.
+constexpr std::size_t kBlockDigits = 128;
+
 class ListTransfers : public test::DemoCameras {
  protected:
   // Loads a list of chip registers into the first camera and returns the blocks that were set on
@@ -24,7 +27,7 @@ class ListTransfers : public test::DemoCameras {
     const std::string bytes = "\"bytes\":\"";
     for (std::string line; std::getline(trace, line);) {
       if (line.find(R"("direction":"set","selector":7)") != std::string::npos) {
-        blocks.push_back(line.substr(line.find(bytes) + bytes.size(), 2 * 64));
+        blocks.push_back(line.substr(line.find(bytes) + bytes.size(), kBlockDigits));
       }
     }
     return blocks;
