@@ -67,6 +67,22 @@ Result ReadRange(BorvanUsb_Q7& device, std::uint32_t end) {
   return device.FlashQuickReadImage(output, 0, end, [](std::int32_t, std::int32_t) {});
 }
 
+std::vector<ListEntry>& Emptied() {
+  static std::vector<ListEntry> list;
+  list.clear();
+  return list;
+}
+
+// A single register, a run, and a single register again.
+std::vector<ListEntry> RegisterList() {
+  std::vector<ListEntry> list = {{0xFFFD, 0}, {0x10, 1}};
+  for (std::uint32_t i = 0; i < 21; ++i) {
+    list.push_back({0x100 + i, i});
+  }
+  list.push_back({0x10, 1});
+  return list;
+}
+
 const OperationCase kOperations[] = {
     {"RegisterWrite, wide",
      [](auto& device) { return device.RegisterWrite("1", "2", 1); },
@@ -159,6 +175,42 @@ const OperationCase kOperations[] = {
       {1, {kFastInterfaceFailed, 0}, {0, 2}, {0, 2}},  // length of selector 5
       {2, {0, 1}, {0, 1}, {0, 1}},                     // set
       {3, {kDeviceGone, 0}, {5, 0}, {1, 0}}}},         // get: not repeated
+    {"RegisterReadList, 57 registers",
+     [](auto& device) { return device.RegisterReadList(Emptied(), 0, 56, {}); },
+     5,
+     {{0, {kDeviceGone, 0}, {0, 4}, {0, 4}},    // length
+      {1, {0, 3}, {0, 3}, {0, 3}},              // first set
+      {2, {0, 2}, {0, 2}, {0, 2}},              // first get
+      {3, {0, 1}, {0, 1}, {0, 1}},              // second set
+      {4, {kDeviceGone, 0}, {5, 0}, {1, 0}}}},  // second get
+    {"RegisterWriteList",
+     [](auto& device) { return device.RegisterWriteList(RegisterList(), 0, {}); },
+     4,
+     {{0, {kDeviceGone, 0}, {0, 3}, {0, 3}},             // length
+      {1, {kFastInterfaceFailed, 0}, {0, 2}, {0, 2}},    // scattered, before the run
+      {2, {kFastInterfaceFailed, 0}, {0, 1}, {0, 1}},    // run
+      {3, {kFastInterfaceFailed, 0}, {5, 0}, {1, 0}}}},  // scattered, at the end
+    {"I2cReadList, step by step, 2 registers",
+     [](auto& device) { return device.I2cReadList(Emptied(), 0x6C, 0, 1, 0, {}); },
+     7,
+     {{0, {kDeviceGone, 0}, {0, 6}, {0, 6}},    // length
+      {1, {0, 5}, {0, 5}, {0, 5}},              // first register: slave
+      {2, {0, 4}, {0, 4}, {0, 4}},              // address
+      {3, {kDeviceGone, 0}, {0, 3}, {0, 3}},    // get: the second register is passed over
+      {4, {0, 2}, {0, 2}, {0, 2}},              // second register: slave
+      {5, {0, 1}, {0, 1}, {0, 1}},              // address
+      {6, {kDeviceGone, 0}, {5, 0}, {1, 0}}}},  // get
+    {"I2cWriteList, step by step",
+     [](auto&
+            device) { return device.I2cWriteList({{0xFFF8, 0x6C}, {0xFFFE, 3}, {0x10, 1}}, 0, {}); },
+     7,
+     {{0, {kLengthQueryFailed, 0}, {0, 6}, {0, 6}},  // length
+      {1, {0, 5}, {0, 5}, {0, 5}},                   // width code: slave
+      {2, {0, 4}, {0, 4}, {0, 4}},                   // address
+      {3, {kDeviceGone, 0}, {0, 3}, {0, 3}},         // value
+      {4, {0, 2}, {0, 2}, {0, 2}},                   // register: slave
+      {5, {0, 1}, {0, 1}, {0, 1}},                   // address
+      {6, {kDeviceGone, 0}, {5, 0}, {1, 0}}}},       // value
 };
 
 class FaultTable : public ::testing::Test {

@@ -66,6 +66,7 @@ constexpr Result kFastInterfaceFailed = Code(0xE0000007);
 
 std::string ignored_value;
 Bytes ignored_bytes;
+std::vector<ListEntry> ignored_list;
 
 const OperationCase kOperations[] = {
     {"RegisterWrite, wide", [](auto& device) { return device.RegisterWrite("1", "2", 1); }, 4,
@@ -93,6 +94,30 @@ const OperationCase kOperations[] = {
        return device.FlashQuickReadImage(ignored_bytes, 0, 64, {});
      },
      4, false, kFastInterfaceFailed, 0},
+    // The feature register, like every reply here, answers 0x28: the fast paths of I2C lists.
+    {"RegisterReadList",
+     [](auto& device) {
+       ignored_list.clear();
+       return device.RegisterReadList(ignored_list, 0, 55, {});
+     },
+     2, false, kBadLength, 0},
+    {"RegisterWriteList",
+     [](auto& device) {
+       return device.RegisterWriteList({{0xFFFD, 0}, {0x10, 1}}, 0, {});
+     },
+     1, false, kBadLength, 0},
+    {"I2cReadList",
+     [](auto& device) {
+       ignored_list.clear();
+       return device.I2cReadList(ignored_list, 0x6C, 0, 55, 0, {});
+     },
+     // The length query is not checked: the exchange is made with length 0.
+     2, false, 0, 2},
+    {"I2cWriteList",
+     [](auto& device) {
+       return device.I2cWriteList({{0xFFF8, 0x6C}, {0xFFFE, 0}, {0x10, 1}}, 0, {});
+     },
+     1, false, kFastInterfaceFailed, 0},
 };
 
 class ReportedLength : public ::testing::Test {
