@@ -88,7 +88,7 @@ int main(int argc, char** argv) {
       {"dumps", bench::MeasureDumps},
       {"lists", bench::MeasureLists},
       {"waits", bench::MeasureWaits}};
-  if (argc != 3 || !std::filesystem::is_directory(argv[1]) || parts.count(argv[2]) == 0) {
+  if (argc != 3 || !std::filesystem::is_directory(argv[1]) || !parts.contains(argv[2])) {
     std::fprintf(stderr, "usage: bench_native FOLDER (an existing one) memory|dumps|lists|waits\n");
     return 2;
   }

@@ -18,7 +18,7 @@ constexpr std::uint32_t kDroppedNumber = 0xFFF2;
 constexpr char kEndOfFile = 0x1A;
 
 // Read at a time; large enough that the runtime's call does not count.
-constexpr std::size_t kChunkSize = 256 * 1024;
+constexpr std::size_t kChunkSize = std::size_t{256} * 1024;
 
 constexpr bool IsWhiteSpace(char c) {
   return c == ' ' || (c >= '\t' && c <= '\r');
@@ -175,7 +175,7 @@ class ListBuilder {
   }
 
  private:
-  static constexpr std::size_t kPartSize = 16 * 1024;
+  static constexpr std::size_t kPartSize = std::size_t{16} * 1024;
 
   std::vector<std::vector<ListEntry>> parts_;
   std::size_t size_ = 0;

@@ -20,7 +20,7 @@ namespace {
 using Entries = std::vector<borvan::ListEntry>;
 
 // Files are read in pieces of this many bytes.
-constexpr std::size_t kPiece = 256 * 1024;
+constexpr std::size_t kPiece = std::size_t{256} * 1024;
 
 // What a file gives: its entries, or the refusal of a line.
 struct Reading {
@@ -185,10 +185,8 @@ TEST_F(ListFileChunksTest, NulAndControlZ) {
 }
 
 TEST_F(ListFileChunksTest, LinesOfOneFieldAreRefused) {
-  for (const std::string_view text :
-       {"0x3012,\n7,8\n", "0x3012, \t \r\n7,8\n", ",\n", " , \n7,8\n", "1,2\n3,",
-        "3,\x1A"
-        "4\n"}) {
+  for (const std::string_view text : {"0x3012,\n7,8\n", "0x3012, \t \r\n7,8\n", ",\n", " , \n7,8\n",
+                                      "1,2\n3,", "3,\x1A\n4,5\n"}) {
     for (std::size_t cut = 0; cut <= text.size(); ++cut) {
       EXPECT_TRUE(ReadCut(text, cut).refused) << Printable(text) << " at " << cut;
     }

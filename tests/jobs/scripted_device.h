@@ -2,6 +2,7 @@
 
 // A device object whose bulk operations do what a test says, and a host that records the reports.
 
+#include <algorithm>
 #include <condition_variable>
 #include <cstdint>
 #include <functional>
@@ -113,12 +114,7 @@ class ReportRecorder {
   // True once every job that got a callback has freed its record.
   bool JobsEnded() {
     return WaitUntil([&] {
-      for (const auto& token : tokens_) {
-        if (!token.expired()) {
-          return false;
-        }
-      }
-      return true;
+      return std::ranges::all_of(tokens_, [](const auto& token) { return token.expired(); });
     });
   }
 
