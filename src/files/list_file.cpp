@@ -137,6 +137,9 @@ class PartialLine {
       }
       commas_ += c == ',' ? 1 : 0;
       line_.push_back(c);
+      if (line_ == kRemark) {
+        commas_ = 2;  // nothing of a remark matters
+      }
     }
   }
 

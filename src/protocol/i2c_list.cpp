@@ -118,16 +118,12 @@ Result BorvanUsb_Q7::WriteI2cSteps(const std::vector<ListEntry>& list) {
       case I2cListStep::Kind::kIncomplete:
         return ToResult(StatusCode::kSlaveOrWidthMissing);
       case I2cListStep::Kind::kWidth:
-      case I2cListStep::Kind::kWrite: {
-        const Result sent = SendI2cCommands(I2cStepWrite(step), report.length, block);
-        if (HasFailed(sent)) {
-          return sent;
-        }
-        if (step.kind == I2cListStep::Kind::kWrite) {
-          result = sent;
+      case I2cListStep::Kind::kWrite:
+        result = SendI2cCommands(I2cStepWrite(step), report.length, block);
+        if (HasFailed(result)) {
+          return result;
         }
         break;
-      }
     }
   }
   return result;

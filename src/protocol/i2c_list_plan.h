@@ -18,8 +18,8 @@ struct I2cListStep {
   enum class Kind : std::uint8_t {
     kNothing,     // an ignored entry, or one that is only remembered
     kPause,       // `value` in milliseconds
-    kWidth,       // writes the width code; its result counts only when it is a failure
-    kWrite,       // writes a register; its result is kept
+    kWidth,       // writes the width code to the register of its own address
+    kWrite,       // writes a register
     kIncomplete,  // a register before the slave and width were told: the end of the list
   };
   Kind kind = Kind::kNothing;
