@@ -34,8 +34,9 @@ constexpr std::array<PacketLayout, 3> kLayouts = {{
 }};
 
 constexpr bool FitsItsPacket(const PacketLayout& layout) {
-  return kRunHead + layout.capacity.run * layout.data_bytes <= kPacketLength &&
-         kScatterHead + layout.capacity.scatter * (layout.address_bytes + layout.data_bytes) <=
+  return kRunHead + std::size_t{layout.capacity.run} * layout.data_bytes <= kPacketLength &&
+         kScatterHead + std::size_t{layout.capacity.scatter} *
+                            (layout.address_bytes + layout.data_bytes) <=
              kPacketLength;
 }
 static_assert(FitsItsPacket(kLayouts[0]) && FitsItsPacket(kLayouts[1]) &&
