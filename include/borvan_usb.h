@@ -68,10 +68,9 @@ static const uint32_t kBorvanFileFormatFailed = 0xE000000Bu;  // reserved: no op
 
 // Codes of the system that the library gives itself. A device's own failures are passed on as they
 // come, so any other negative code can turn up as well.
-static const uint32_t kBorvanSystemNotImplemented = 0x80004001u;  // E_NOTIMPL
-static const uint32_t kBorvanSystemNoChannel = 0x80004003u;       // E_POINTER: no camera is open
-static const uint32_t kBorvanSystemFail = 0x80004005u;            // E_FAIL
-static const uint32_t kBorvanSystemOutOfMemory = 0x8007000Eu;     // E_OUTOFMEMORY
+static const uint32_t kBorvanSystemNoChannel = 0x80004003u;    // E_POINTER: no camera is open
+static const uint32_t kBorvanSystemFail = 0x80004005u;         // E_FAIL
+static const uint32_t kBorvanSystemOutOfMemory = 0x8007000Eu;  // E_OUTOFMEMORY
 static const uint32_t kBorvanSystemInvalidData = 0x8007000Du;  // an impossible length was reported
 
 // The text of one of the library's own failures.

@@ -180,6 +180,12 @@ TEST_F(I2cListSlow, WriteEndsAtAFailedThirdCommand) {
   EXPECT_EQ(Write(kSettings), kDeviceGone);
 }
 
+TEST_F(I2cListSlow, WriteOfAWidthCodeAloneGivesItsThirdCommandsResult) {
+  Play({ReportsLength(2, 4), Takes(2, 4, {0x18, 0x6C, 0x00, 0x01}),
+        Takes(2, 4, {0x18, 0xFE, 0xFF, 0x02}), Takes(2, 4, {0x18, 0x02, 0x00, 0x04}, 5)});
+  EXPECT_EQ(Write({{0xFFF8, 0x6C}, {0xFFFE, 2}}), 5);
+}
+
 TEST_F(I2cListSlow, WriteStopsBeforeTheNextEntry) {
   Play({ReportsLength(2, 4), Takes(2, 4, {0x18, 0x6C, 0x00, 0x01}),
         Takes(2, 4, {0x18, 0xFE, 0xFF, 0x02}), Takes(2, 4, {0x18, 0x02, 0x00, 0x04})});
