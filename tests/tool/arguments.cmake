@@ -1,0 +1,1 @@
+borvan_add_gtest(tool_arguments_test SOURCES numbers_test.cpp LIBRARIES borvanusb_core)

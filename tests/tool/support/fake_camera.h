@@ -1,0 +1,125 @@
+#pragma once
+
+// A camera in memory and a host around it, for tests of the commands: no library, no system.
+
+#include <cstdint>
+#include <functional>
+#include <map>
+#include <memory>
+#include <optional>
+#include <span>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include "camera.h"
+#include "host.h"
+#include "output/output.h"
+#include "output/progress.h"
+
+namespace tool_test {
+
+// What lasts of a camera from one opening to the next.
+struct FakeChip {
+  CameraIdentity identity{0, R"(\\?\usb#vid_1234&pid_0001#a)", "Fake camera", "1234", "0001"};
+  std::vector<std::uint8_t> flash = std::vector<std::uint8_t>(1U << 16U, 0xFF);
+  bool wraps = true;  // beyond its end the flash begins anew; otherwise words there read as 0
+  std::map<std::uint32_t, std::uint32_t> registers;
+  // Slave, then register.
+  std::map<std::uint32_t, std::map<std::uint32_t, std::uint32_t>> sensors;
+  std::vector<std::string> register_lists;  // the texts that were loaded
+  std::vector<std::string> i2c_lists;
+
+  // Called before each transfer (a flash packet of 64 read or 60 written, a word, an erase, a
+  // register access) with its number, from 1 on over all openings; may throw Failure, which is
+  // where the transfer fails.
+  std::function<void(std::uint64_t number)> before_transfer;
+  // Changes what a programming transfer leaves in the flash: a chip that lies or has stuck bits.
+  std::function<void(std::uint32_t address, std::span<std::uint8_t> bytes)> after_programming;
+  std::uint64_t transfers = 0;
+  std::uint64_t erases = 0;
+  std::uint64_t programmed_packets = 0;
+  std::uint64_t read_bytes = 0;
+  std::vector<std::uint32_t> erased_sectors;
+};
+
+// Everything written to the streams, and a host that has the given chips as its cameras.
+class FakeOutput : public Output {
+ public:
+  void Line(std::string_view text) override { out += std::string(text) + "\n"; }
+  void JsonLine(std::string_view json) override { json_lines.emplace_back(json); }
+  void Note(std::string_view text) override { notes += std::string(text) + "\n"; }
+  void Detail(std::string_view text) override { details += std::string(text) + "\n"; }
+  void Error(std::string_view text) override { errors += std::string(text) + "\n"; }
+  bool IsTerminal() const override { return false; }
+
+  std::string out;
+  std::vector<std::string> json_lines;
+  std::string notes;
+  std::string details;
+  std::string errors;
+};
+
+// Remembers each stage with the units done when it closed; fails the test when one runs backwards
+// or beyond its total.
+class FakeProgress : public Progress {
+ public:
+  struct Bar {
+    std::string stage;
+    std::uint64_t total = 0;
+    std::uint64_t done = 0;
+    bool complete = false;
+    std::vector<std::string> stages;  // as renamed
+  };
+  void Begin(std::string_view stage, std::uint64_t total) override;
+  void Stage(std::string_view stage) override;
+  void Advance(std::uint64_t done) override;
+  void Done() override;
+  void Break() override;
+
+  std::vector<Bar> bars;
+
+ private:
+  bool open_ = false;
+};
+
+class FakeHost : public Host {
+ public:
+  explicit FakeHost(std::vector<std::shared_ptr<FakeChip>> chips = {std::make_shared<FakeChip>()});
+
+  std::vector<CameraIdentity> ListCameras() override;
+  std::unique_ptr<Camera> OpenCamera(const CameraIdentity& camera) override;
+  std::unique_ptr<Reservation> ReserveCamera(const CameraIdentity& camera) override;
+  bool StopRequested() const override { return stop_requested; }
+  std::unique_ptr<StopHold> HoldStop() override;
+  void SetLastWords(std::function<std::vector<std::string>()> words) override;
+  void Sleep(std::chrono::milliseconds time) override { clock += time; }
+  std::chrono::system_clock::time_point Now() const override;
+  std::chrono::steady_clock::time_point Clock() const override { return clock; }
+  bool Ask(const std::string& question) override;
+  std::string Environment(const std::string& name) const override;
+  SystemReport ExamineSystem() override { return system_report; }
+  std::vector<int> RunChildren(
+      const std::vector<std::vector<std::string>>& arguments,
+      const std::function<void(std::size_t, bool, const std::string&)>& on_line) override;
+
+  FakeChip& chip(std::size_t index = 0) { return *chips.at(index); }
+
+  std::vector<std::shared_ptr<FakeChip>> chips;
+  bool stop_requested = false;
+  int stop_holds = 0;
+  bool answer = false;                 // to every question
+  std::vector<std::string> questions;  // that were asked
+  bool reserved_elsewhere = false;
+  std::function<std::vector<std::string>()> last_words;
+  std::map<std::string, std::string> environment;
+  std::chrono::steady_clock::time_point clock;
+  SystemReport system_report;
+  // What RunChildren is to do for a child: gets its arguments and where to send its lines.
+  std::function<int(const std::vector<std::string>&,
+                    const std::function<void(bool, const std::string&)>&)>
+      child;
+};
+
+}  // namespace tool_test

@@ -1,0 +1,47 @@
+#pragma once
+
+#include <string>
+#include <variant>
+#include <vector>
+
+#include "arguments/arguments.h"
+
+// A text that was asked for instead of a command: --help or --version.
+struct TextAnswer {
+  std::string text;
+};
+
+// Reads a command line, without the program's name. The texts are UTF-8. Throws Failure (kUsage)
+// that names the argument and what is allowed.
+std::variant<Arguments, TextAnswer> ParseCommandLine(const std::vector<std::string>& words);
+
+// The same for one line of a script: words stand between blanks, "double quotes" hold blanks
+// together, # opens a remark. Throws Failure (kUsage) for a quote that is left open.
+std::vector<std::string> SplitLine(const std::string& line);
+
+// The commands and options as the manual page and the completions tell them, in the order of the
+// help.
+struct OptionDescription {
+  std::vector<std::string> names;  // "-h", "--help"; a positional has its one name without dashes
+  std::string value;               // placeholder of its value, empty for a flag
+  std::string text;
+  bool positional = false;
+  bool required = false;
+  std::vector<std::string> choices;  // the values it takes, if they are few
+  bool takes_file = false;
+};
+
+struct CommandDescription {
+  std::vector<std::string> words;  // "flash", "program"
+  std::string text;
+  std::vector<OptionDescription> options;
+  std::vector<std::string> examples;  // whole command lines
+};
+
+struct ToolDescription {
+  std::string text;
+  std::vector<OptionDescription> common;
+  std::vector<CommandDescription> commands;
+};
+
+ToolDescription DescribeTool();

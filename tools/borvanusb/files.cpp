@@ -1,0 +1,123 @@
+#include "files.h"
+
+#include <cerrno>
+#include <filesystem>
+#include <fstream>
+#include <random>
+#include <system_error>
+
+#include "failure.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+
+// File names are UTF-8 here; only this conversion keeps them so on every system.
+fs::path PathOf(const std::string& name) {
+  return {std::u8string(name.begin(), name.end())};
+}
+
+[[noreturn]] void Fail(const std::string& doing, const std::string& name, const std::string& why,
+                       const std::string& hint = {}) {
+  throw Failure(ExitCode::kFile, doing + " " + name + ": " + why, hint);
+}
+
+std::string LastReason() {
+  return errno != 0 ? std::generic_category().message(errno) : "the system tells no reason";
+}
+
+template <typename Content>
+Content ReadWhole(const std::string& name) {
+  const fs::path path = PathOf(name);
+  std::error_code error;
+  if (fs::is_directory(path, error)) {
+    Fail("can't read", name, "it is a folder");
+  }
+  errno = 0;
+  std::ifstream file(path, std::ios::binary);
+  if (!file) {
+    Fail("can't read", name, LastReason(), "Check the name, and whether you may read the file.");
+  }
+  Content content;
+  std::vector<char> part(std::size_t{1} << 16U);
+  while (file.read(part.data(), static_cast<std::streamsize>(part.size())) || file.gcount() > 0) {
+    content.insert(content.end(), part.begin(), part.begin() + file.gcount());
+  }
+  if (file.bad()) {
+    Fail("can't read", name, LastReason());
+  }
+  return content;
+}
+
+fs::path TemporaryNameBeside(const fs::path& path) {
+  std::random_device random;
+  fs::path temporary = path;
+  temporary += ".part" + std::to_string(random() % 1000000);
+  return temporary;
+}
+
+void Write(const std::string& name, const char* data, std::size_t size) {
+  const fs::path path = PathOf(name);
+  std::error_code error;
+  if (fs::is_directory(path, error)) {
+    Fail("can't write", name, "it is a folder");
+  }
+  const fs::path temporary = TemporaryNameBeside(path);
+  errno = 0;
+  std::ofstream file(temporary, std::ios::binary | std::ios::trunc);
+  bool good = file.is_open() && file.write(data, static_cast<std::streamsize>(size));
+  if (good) {
+    file.close();
+    good = !file.fail();
+  }
+  std::string why = good ? "" : LastReason();
+  if (good) {
+    fs::rename(temporary, path, error);
+    why = error ? error.message() : "";
+  }
+  if (!why.empty()) {
+    file.close();
+    fs::remove(temporary, error);
+    Fail("can't write", name, why, "Check that the folder exists and that there is room in it.");
+  }
+}
+
+}  // namespace
+
+std::vector<std::uint8_t> ReadWholeFile(const std::string& name) {
+  return ReadWhole<std::vector<std::uint8_t>>(name);
+}
+
+std::string ReadWholeText(const std::string& name) {
+  return ReadWhole<std::string>(name);
+}
+
+void WriteWholeFile(const std::string& name, std::span<const std::uint8_t> bytes) {
+  Write(name, reinterpret_cast<const char*>(bytes.data()), bytes.size());
+}
+
+void WriteWholeText(const std::string& name, std::string_view text) {
+  Write(name, text.data(), text.size());
+}
+
+bool FileExists(const std::string& name) {
+  std::error_code error;
+  return fs::exists(PathOf(name), error);
+}
+
+void CheckWritable(const std::string& name) {
+  const fs::path path = PathOf(name);
+  std::error_code error;
+  if (fs::is_directory(path, error)) {
+    Fail("can't write", name, "it is a folder");
+  }
+  const fs::path temporary = TemporaryNameBeside(path);
+  errno = 0;
+  std::ofstream file(temporary, std::ios::binary);
+  const std::string why = file ? "" : LastReason();
+  file.close();
+  fs::remove(temporary, error);
+  if (!why.empty()) {
+    Fail("can't write", name, why, "Check that the folder exists and that you may write to it.");
+  }
+}

@@ -1,0 +1,22 @@
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+// Files by UTF-8 names, of any characters. All throw Failure kFile that names the file and why.
+
+std::vector<std::uint8_t> ReadWholeFile(const std::string& name);
+std::string ReadWholeText(const std::string& name);
+
+// Writes a file under a temporary name beside it and renames it when all is there and closed, so
+// that nobody ever finds half of it. An existing file is replaced.
+void WriteWholeFile(const std::string& name, std::span<const std::uint8_t> bytes);
+void WriteWholeText(const std::string& name, std::string_view text);
+
+bool FileExists(const std::string& name);
+// Throws unless a file by that name could be written: before a long job, not after it.
+void CheckWritable(const std::string& name);

@@ -1,0 +1,28 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+
+// Standard output and standard error, UTF-8. With --json the text for people stays away, so that
+// standard output holds JSON alone.
+class Output {
+ public:
+  Output() = default;
+  Output(const Output&) = delete;
+  Output& operator=(const Output&) = delete;
+  virtual ~Output() = default;
+
+  // A line of the command's own result, on standard output; nothing with --json.
+  virtual void Line(std::string_view text) = 0;
+  // A line of JSON on standard output; nothing without --json. Commands that go on for long print
+  // one object per event; all others leave it to their result.
+  virtual void JsonLine(std::string_view json) = 0;
+  // A remark on standard error: what to know beside the result; nothing with --quiet.
+  virtual void Note(std::string_view text) = 0;
+  // A remark for --verbose alone, on standard error.
+  virtual void Detail(std::string_view text) = 0;
+  // A line of a failure, on standard error, always.
+  virtual void Error(std::string_view text) = 0;
+  // Whether standard output is a terminal that understands colours and moving the cursor.
+  virtual bool IsTerminal() const = 0;
+};
