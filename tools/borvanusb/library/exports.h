@@ -4,24 +4,24 @@
 
 // The library's functions as a host gets them: by name, from a DLL loaded at run time.
 struct Exports {
-  decltype(&UsbIniDevice) UsbIniDevice = nullptr;
-  decltype(&UsbUpdateDevice) UsbUpdateDevice = nullptr;
-  decltype(&UsbGetDeviceNum) UsbGetDeviceNum = nullptr;
-  decltype(&UsbGetAllDeviceInfo) UsbGetAllDeviceInfo = nullptr;
-  decltype(&UsbSelectDevice) UsbSelectDevice = nullptr;
-  decltype(&UsbRegisterRead) UsbRegisterRead = nullptr;
-  decltype(&UsbRegisterWrite) UsbRegisterWrite = nullptr;
-  decltype(&UsbRegisterReadFile) UsbRegisterReadFile = nullptr;
-  decltype(&UsbRegisterWriteFile) UsbRegisterWriteFile = nullptr;
-  decltype(&UsbI2cRead) UsbI2cRead = nullptr;
-  decltype(&UsbI2cWrite) UsbI2cWrite = nullptr;
-  decltype(&UsbI2CWriteFile) UsbI2CWriteFile = nullptr;
-  decltype(&UsbFlashRead) UsbFlashRead = nullptr;
-  decltype(&UsbFlashWrite) UsbFlashWrite = nullptr;
-  decltype(&UsbFlashErase) UsbFlashErase = nullptr;
-  decltype(&UsbFlashWriteFile) UsbFlashWriteFile = nullptr;
-  decltype(&UsbFlashQuickReadFile) UsbFlashQuickReadFile = nullptr;
-  decltype(&GetProgressInfo) GetProgressInfo = nullptr;
+  decltype(&::UsbIniDevice) UsbIniDevice = nullptr;
+  decltype(&::UsbUpdateDevice) UsbUpdateDevice = nullptr;
+  decltype(&::UsbGetDeviceNum) UsbGetDeviceNum = nullptr;
+  decltype(&::UsbGetAllDeviceInfo) UsbGetAllDeviceInfo = nullptr;
+  decltype(&::UsbSelectDevice) UsbSelectDevice = nullptr;
+  decltype(&::UsbRegisterRead) UsbRegisterRead = nullptr;
+  decltype(&::UsbRegisterWrite) UsbRegisterWrite = nullptr;
+  decltype(&::UsbRegisterReadFile) UsbRegisterReadFile = nullptr;
+  decltype(&::UsbRegisterWriteFile) UsbRegisterWriteFile = nullptr;
+  decltype(&::UsbI2cRead) UsbI2cRead = nullptr;
+  decltype(&::UsbI2cWrite) UsbI2cWrite = nullptr;
+  decltype(&::UsbI2CWriteFile) UsbI2CWriteFile = nullptr;
+  decltype(&::UsbFlashRead) UsbFlashRead = nullptr;
+  decltype(&::UsbFlashWrite) UsbFlashWrite = nullptr;
+  decltype(&::UsbFlashErase) UsbFlashErase = nullptr;
+  decltype(&::UsbFlashWriteFile) UsbFlashWriteFile = nullptr;
+  decltype(&::UsbFlashQuickReadFile) UsbFlashQuickReadFile = nullptr;
+  decltype(&::GetProgressInfo) GetProgressInfo = nullptr;
 };
 
 // The names by which the table is filled. `visit` gets each member and its name.

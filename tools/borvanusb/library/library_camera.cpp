@@ -41,6 +41,17 @@ std::unique_ptr<LibraryPlatform::CameraLock> LibraryCamera::Lock() const {
   return lock;
 }
 
+void LibraryCamera::Reselect() const {
+  try {
+    library_.Select(identity_);
+  } catch (const Failure& failure) {
+    if (failure.Code() != ExitCode::kNoCamera && failure.Code() != ExitCode::kRefused) {
+      throw;
+    }
+    throw Failure(ExitCode::kDevice, failure.Message(), kAgain);
+  }
+}
+
 void LibraryCamera::Refused(const std::string& what) const {
   if (!library_.IsListed(identity_)) {
     throw GoneFailure(what, identity_);
@@ -103,7 +114,7 @@ void LibraryCamera::WriteRegister(std::uint32_t address, std::uint32_t value, Re
 
 std::vector<std::uint8_t> LibraryCamera::ReadRegisterRun(std::uint32_t first, std::uint32_t last) {
   const auto lock = Lock();
-  library_.Select(identity_);
+  Reselect();
   const auto file = library_.Platform().NewScratchFile("bin");
   const std::uint64_t size = std::uint64_t{last} - first + 1;
   Job job;
@@ -121,7 +132,7 @@ void LibraryCamera::WriteRegisterList(const std::string& list_text) {
   job.doing = "writing a register list";
   job.silence = SilenceOf(list_text);
   job.notice_is_end = true;
-  library_.Select(identity_);
+  Reselect();
   const auto file = library_.Platform().NewScratchFile("txt");
   try {
     WriteWholeText(file.name, list_text);
@@ -165,7 +176,7 @@ void LibraryCamera::WriteI2c(const I2cTarget& target, std::uint32_t address, std
 
 void LibraryCamera::WriteI2cList(const std::string& list_text, std::uint32_t option) {
   const auto lock = Lock();
-  library_.Select(identity_);
+  Reselect();
   Job job;
   job.doing = "writing an I2C list";
   job.silence = SilenceOf(list_text);

@@ -37,6 +37,9 @@ class LibraryCamera : public Camera {
  private:
   // Keeps other processes' transfers out while it lives. Throws Failure kRefused.
   std::unique_ptr<LibraryPlatform::CameraLock> Lock() const;
+  // Selects the camera anew, for a job's own progress. A camera that was open and no longer can be
+  // has failed.
+  void Reselect() const;
   // Runs a job and throws Failure when it fails. `what` is for the user: "reading flash at 0x1000".
   void Finish(const std::string& what, const Job& job) const;
   // A failure without a code: the single accesses tell none.

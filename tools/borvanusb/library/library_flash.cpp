@@ -69,7 +69,7 @@ std::vector<std::uint8_t> LibraryCamera::Dump(const std::string& what, std::uint
 
 std::vector<std::uint8_t> LibraryCamera::ReadFlashByJob(std::uint32_t address, std::uint64_t size,
                                                         const Advance& advance) const {
-  library_.Select(identity_);
+  Reselect();
   const auto file = library_.Platform().NewScratchFile("bin");
   const auto last = static_cast<std::uint32_t>(address + size - 1);
   Job job;
@@ -133,7 +133,7 @@ std::vector<std::uint8_t> LibraryCamera::ReadFlash(std::uint32_t address, std::u
 void LibraryCamera::ProgramFlash(std::uint32_t address, std::span<const std::uint8_t> bytes,
                                  const Advance& advance) {
   const auto lock = Lock();
-  library_.Select(identity_);
+  Reselect();
   Job job;
   job.doing = "programming flash";
   job.silence = kSilencePerSector * static_cast<std::int64_t>(1 + bytes.size() / kSectorSize);
