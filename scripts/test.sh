@@ -9,6 +9,8 @@ cd "$(dirname "$0")/.."
 presets=(windows native native-sanitized)
 everything=build/everything
 logs=build/logs
+BORVAN_WINE_CPU=$(($(nproc) - 1)) # see run_with_wine.sh
+export BORVAN_WINE_CPU
 export WINEDEBUG=${WINEDEBUG:--all}
 
 names=()
