@@ -92,8 +92,8 @@ struct CameraConfiguration {
   std::uint64_t seed = 0;
   std::string trace_file;          // UTF-8; empty: no trace
   std::string process_trace_file;  // a further one, of this process's transfers alone
-  std::string state_file;  // UTF-8; never empty in a configuration that was loaded
-  bool plugged = true;     // whether a camera without a state file starts plugged in
+  std::string state_file;          // UTF-8; never empty in a configuration that was loaded
+  bool plugged = true;             // whether a camera without a state file starts plugged in
 };
 
 struct Configuration {
