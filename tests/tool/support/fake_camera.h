@@ -95,6 +95,7 @@ class FakeHost : public Host {
  public:
   explicit FakeHost(std::vector<std::shared_ptr<FakeChip>> chips = {std::make_shared<FakeChip>()});
 
+  void Configure(const CommonArguments& /*arguments*/) override {}
   std::vector<CameraIdentity> ListCameras() override;
   std::unique_ptr<Camera> OpenCamera(const CameraIdentity& camera) override;
   std::unique_ptr<Reservation> ReserveCamera(const CameraIdentity& camera) override;
