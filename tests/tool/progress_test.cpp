@@ -122,6 +122,15 @@ TEST(ProgressMeterTest, TimeLeftFollowsARateThatFalls) {
   EXPECT_LE(meter.SecondsLeft().value_or(0), 87U);
 }
 
+TEST(ProgressMeterTest, StagesThatTookTurnsEndAsTheOneOfTheBegin) {
+  ProgressMeter meter;
+  meter.Begin("program", 10, At(0));
+  meter.SetStage("erase");
+  EXPECT_EQ(meter.Stage(), "erase");
+  meter.Finish(At(10));
+  EXPECT_EQ(meter.Stage(), "program");
+}
+
 TEST(ProgressMeterTest, StandstillHasNoTimeLeft) {
   ProgressMeter meter;
   meter.Begin("program", 10000, At(0));

@@ -97,13 +97,6 @@ CommandRule ManualRule() {
   return rule.Take();
 }
 
-CommandRules Grouped(CommandRules rules, const std::string& group) {
-  for (CommandRule& rule : rules) {
-    rule.description.group = group;
-  }
-  return rules;
-}
-
 }  // namespace
 
 CommandRules MeasuringRules() {

@@ -50,11 +50,7 @@ CommandRule SelftestRule() {
 }  // namespace
 
 CommandRules CameraRules() {
-  CommandRules rules = {ListRule(), InfoRule(), SelftestRule(), DoctorRule()};
-  for (CommandRule& rule : rules) {
-    rule.description.group = "Cameras";
-  }
-  return rules;
+  return Grouped({ListRule(), InfoRule(), SelftestRule(), DoctorRule()}, "Cameras");
 }
 
 CommonRules MakeCommonRules() {

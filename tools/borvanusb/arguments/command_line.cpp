@@ -180,23 +180,6 @@ const CommandRule& RuleFor(const SortedWords& words) {
 
 }  // namespace
 
-const CommandRules& AllCommandRules() {
-  static const CommandRules rules = [] {
-    CommandRules all;
-    for (CommandRules group : {CameraRules(), RegisterRules(), I2cRules(), FlashRules(),
-                               MeasuringRules(), AutomationRules()}) {
-      std::move(group.begin(), group.end(), std::back_inserter(all));
-    }
-    return all;
-  }();
-  return rules;
-}
-
-const CommonRules& AllCommonRules() {
-  static const CommonRules rules = MakeCommonRules();
-  return rules;
-}
-
 ToolDescription DescribeTool() {
   ToolDescription tool;
   tool.text = "registers, sensor and flash inside USB cameras";

@@ -3,6 +3,7 @@
 #include <exception>
 #include <functional>
 #include <string>
+#include <string_view>
 #include <utility>
 #include <variant>
 #include <vector>
@@ -47,60 +48,22 @@ struct CommonRules {
 };
 
 // Options in the making.
-inline OptionDescription Argument(std::string name, std::string text) {
-  OptionDescription option;
-  option.names = {std::move(name)};
-  option.text = std::move(text);
-  option.positional = true;
-  option.required = true;
-  return option;
-}
-
-inline OptionDescription Flag(std::string name, std::string text) {
-  OptionDescription option;
-  option.names = {std::move(name)};
-  option.text = std::move(text);
-  return option;
-}
-
-inline OptionDescription Option(std::string name, std::string value, std::string text) {
-  OptionDescription option = Flag(std::move(name), std::move(text));
-  option.value = std::move(value);
-  return option;
-}
-
-inline OptionDescription Optional(OptionDescription option) {
-  option.required = false;
-  return option;
-}
-
-inline OptionDescription Required(OptionDescription option) {
-  option.required = true;
-  return option;
-}
-
-inline OptionDescription Repeated(OptionDescription option) {
-  option.repeated = true;
-  return option;
-}
-
-inline OptionDescription File(OptionDescription option) {
-  option.takes_file = true;
-  return option;
-}
-
-inline OptionDescription Choices(OptionDescription option, std::vector<std::string> choices) {
-  option.choices = std::move(choices);
-  return option;
-}
+OptionDescription Argument(std::string_view name, std::string_view text);
+OptionDescription Flag(std::string_view name, std::string_view text);
+OptionDescription Option(std::string_view name, std::string_view value, std::string_view text);
+OptionDescription Optional(OptionDescription option);
+OptionDescription Required(OptionDescription option);
+OptionDescription Repeated(OptionDescription option);
+OptionDescription File(OptionDescription option);
+OptionDescription Choices(OptionDescription option, std::vector<std::string> choices);
 
 // Puts together the rule of the command whose values are a C.
 template <typename C>
 class RuleOf {
  public:
-  RuleOf(std::vector<std::string> words, std::string text) {
+  RuleOf(std::vector<std::string> words, std::string_view text) {
     rule_.description.words = std::move(words);
-    rule_.description.text = std::move(text);
+    rule_.description.text = text;
     rule_.initial = C{};
     rule_.check = [](const Command&, const GivenOptions&) {};
   }
@@ -112,14 +75,13 @@ class RuleOf {
     });
   }
 
-  void AddFlag(std::string name, std::string text, bool C::*flag) {
-    Add(Flag(std::move(name), std::move(text)),
-        [flag](C& command, const std::string&) { command.*flag = true; });
+  void AddFlag(std::string_view name, std::string_view text, bool C::*flag) {
+    Add(Flag(name, text), [flag](C& command, const std::string&) { command.*flag = true; });
   }
 
-  void Details(std::string details) { rule_.description.details = std::move(details); }
+  void Details(std::string_view details) { rule_.description.details = details; }
 
-  void Example(std::string line) { rule_.description.examples.push_back(std::move(line)); }
+  void Example(std::string_view line) { rule_.description.examples.emplace_back(line); }
 
   void Check(std::function<void(const C&, const GivenOptions&)> check) {
     rule_.check = [check = std::move(check)](const Command& command, const GivenOptions& given) {
@@ -143,6 +105,9 @@ CommandRules FlashRules();
 CommandRules MeasuringRules();
 CommandRules AutomationRules();
 CommonRules MakeCommonRules();
+
+// The same rules under one headline of the help.
+CommandRules Grouped(CommandRules rules, std::string_view group);
 
 // All of them.
 const CommandRules& AllCommandRules();

@@ -142,10 +142,6 @@ CommandRule VerifyRule() {
 }  // namespace
 
 CommandRules FlashRules() {
-  CommandRules rules = {ReadRule(), WordRule(),    EraseRule(),
-                        MapRule(),  ProgramRule(), VerifyRule()};
-  for (CommandRule& rule : rules) {
-    rule.description.group = "Flash";
-  }
-  return rules;
+  return Grouped({ReadRule(), WordRule(), EraseRule(), MapRule(), ProgramRule(), VerifyRule()},
+                 "Flash");
 }

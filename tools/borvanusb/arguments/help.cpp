@@ -21,7 +21,8 @@ void AppendWrapped(std::string& out, const std::string& text, std::size_t indent
     const std::size_t end = std::min(text.find(' ', begin), text.size());
     const std::size_t length = end - begin;
     if (!line_begins && column + 1 + length > kColumns) {
-      out += "\n" + std::string(indent, ' ');
+      out += '\n';
+      out.append(indent, ' ');
       column = indent;
       line_begins = true;
     }
@@ -42,9 +43,10 @@ void AppendRow(std::string& out, const std::string& name, const std::string& tex
   out += "  " + name;
   const std::size_t width = 2 + name.size();
   if (width + 2 > column) {
-    out += "\n" + std::string(column, ' ');
+    out += '\n';
+    out.append(column, ' ');
   } else {
-    out += std::string(column - width, ' ');
+    out.append(column - width, ' ');
   }
   AppendWrapped(out, text, column);
 }
@@ -52,7 +54,8 @@ void AppendRow(std::string& out, const std::string& name, const std::string& tex
 std::string Joined(const std::vector<std::string>& texts, const char* between) {
   std::string joined;
   for (const std::string& text : texts) {
-    joined += (joined.empty() ? "" : between) + text;
+    joined += joined.empty() ? "" : between;
+    joined += text;
   }
   return joined;
 }
@@ -66,9 +69,12 @@ std::string Usage(const CommandDescription& command) {
   bool options = false;
   for (const OptionDescription& option : command.options) {
     if (option.required) {
-      usage += " " + NameAndValue(option);
+      usage += ' ';
+      usage += NameAndValue(option);
     } else if (option.positional) {
-      usage += " [" + NameAndValue(option) + "]";
+      usage += " [";
+      usage += NameAndValue(option);
+      usage += ']';
     } else {
       options = true;
     }

@@ -183,27 +183,7 @@ CommandRule I2cScanRule() {
   return rule.Take();
 }
 
-CommandRules Grouped(CommandRules rules, const std::string& group) {
-  for (CommandRule& rule : rules) {
-    rule.description.group = group;
-  }
-  return rules;
-}
-
 }  // namespace
-
-void CheckFits(const std::string& name, std::uint32_t number, int bits, const std::string& where) {
-  if (number > HighestOf(bits)) {
-    throw WrongUse(name + ": " + Hex(number) + " is too big for " + where + ": 0 to " +
-                   Hex(HighestOf(bits)));
-  }
-}
-
-void CheckI2cAddress(const std::string& name, std::uint32_t address, const I2cOptions& i2c) {
-  const WidthMode& mode = WidthModeOf(i2c.mode);
-  CheckFits(name, address, mode.address_bits,
-            "the addresses of width mode " + std::string(mode.name));
-}
 
 CommandRules RegisterRules() {
   return Grouped({RegReadRule(), RegWriteRule(), RegDumpRule(), RegLoadRule(), RegDiffRule()},

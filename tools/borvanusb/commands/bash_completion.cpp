@@ -17,10 +17,21 @@ std::string OptionWords(const std::vector<OptionDescription>& options) {
   std::string words;
   for (const OptionDescription& option : options) {
     if (!option.positional) {
-      words += (words.empty() ? "" : " ") + Joined(option.names);
+      words += words.empty() ? "" : " ";
+      words += Joined(option.names);
     }
   }
   return words;
+}
+
+// A text in double quotes: a command's words and what follows them.
+std::string Pattern(const CommandDescription& command, const std::string& rest) {
+  std::string pattern = "\"";
+  pattern += Joined(command.words);
+  pattern += ' ';
+  pattern += rest;
+  pattern += '"';
+  return pattern;
 }
 
 // What bash is to offer for a value: a list, files, or nothing.
@@ -100,8 +111,7 @@ std::string OptionValueBranches(const ToolDescription& tool) {
   for (const CommandDescription& command : tool.commands) {
     for (const OptionDescription& option : command.options) {
       if (!option.positional && !option.value.empty()) {
-        branches +=
-            ValueBranch("\"" + Joined(command.words) + " " + option.names.back() + "\"", option);
+        branches += ValueBranch(Pattern(command, option.names.back()), option);
       }
     }
   }
@@ -114,9 +124,7 @@ std::string ArgumentBranches(const ToolDescription& tool) {
     int place = 0;
     for (const OptionDescription& option : command.options) {
       if (option.positional) {
-        const std::string pattern =
-            "\"" + Joined(command.words) + " " + std::to_string(place) + "\"";
-        branches += ValueBranch(pattern, option);
+        branches += ValueBranch(Pattern(command, std::to_string(place)), option);
         ++place;
       }
     }

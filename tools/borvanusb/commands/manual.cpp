@@ -24,12 +24,21 @@ std::string Roff(std::string_view text) {
   return roff.starts_with('.') || roff.starts_with('\'') ? "\\&" + roff : roff;
 }
 
+// A text in the face that roff calls by one letter.
+std::string InFace(char face, std::string_view text) {
+  std::string roff = "\\f";
+  roff += face;
+  roff += Roff(text);
+  roff += "\\fR";
+  return roff;
+}
+
 std::string Bold(std::string_view text) {
-  return "\\fB" + Roff(text) + "\\fR";
+  return InFace('B', text);
 }
 
 std::string Italic(std::string_view text) {
-  return "\\fI" + Roff(text) + "\\fR";
+  return InFace('I', text);
 }
 
 std::string NameAndValue(const OptionDescription& option) {
@@ -38,9 +47,14 @@ std::string NameAndValue(const OptionDescription& option) {
   }
   std::string text;
   for (const std::string& name : option.names) {
-    text += (text.empty() ? "" : ", ") + Bold(name);
+    text += text.empty() ? "" : ", ";
+    text += Bold(name);
   }
-  return text + (option.value.empty() ? "" : " " + Italic(option.value));
+  if (!option.value.empty()) {
+    text += ' ';
+    text += Italic(option.value);
+  }
+  return text;
 }
 
 std::string OptionEntries(const std::vector<OptionDescription>& options) {
@@ -54,15 +68,19 @@ std::string OptionEntries(const std::vector<OptionDescription>& options) {
 std::string Usage(const CommandDescription& command) {
   std::string usage = "\\fBborvanusb";
   for (const std::string& word : command.words) {
-    usage += " " + Roff(word);
+    usage += ' ';
+    usage += Roff(word);
   }
   usage += "\\fR";
   bool options = false;
   for (const OptionDescription& option : command.options) {
     if (option.required) {
-      usage += " " + NameAndValue(option);
+      usage += ' ';
+      usage += NameAndValue(option);
     } else if (option.positional) {
-      usage += " [" + NameAndValue(option) + "]";
+      usage += " [";
+      usage += NameAndValue(option);
+      usage += ']';
     } else {
       options = true;
     }
@@ -73,7 +91,8 @@ std::string Usage(const CommandDescription& command) {
 std::string CommandSection(const CommandDescription& command) {
   std::string section = ".TP\n" + Usage(command) + "\n" + Roff(command.text);
   if (!command.details.empty()) {
-    section += "\n" + Roff(command.details);
+    section += '\n';
+    section += Roff(command.details);
   }
   section += "\n.RS\n" + OptionEntries(command.options);
   for (const std::string& example : command.examples) {

@@ -84,7 +84,10 @@ class BarProgress : public MeteredProgress {
 
   void Hide() override {
     if (drawn_ > 0) {
-      Write("\r" + std::string(drawn_, ' ') + "\r");
+      std::string blanks(drawn_ + 2, ' ');
+      blanks.front() = '\r';
+      blanks.back() = '\r';
+      Write(blanks);
       drawn_ = 0;
     }
   }
@@ -115,7 +118,7 @@ class BarProgress : public MeteredProgress {
     // What a longer text left behind, as far as it lies within the terminal.
     const std::size_t before = std::min(drawn_, Width());
     if (before > length) {
-      text += std::string(before - length, ' ');
+      text.append(before - length, ' ');
     }
     Write("\r" + text);
     drawn_ = length;

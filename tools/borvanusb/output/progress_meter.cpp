@@ -19,6 +19,7 @@ constexpr double kLongest = 360000;
 }  // namespace
 
 void ProgressMeter::Begin(std::string_view stage, std::uint64_t total, Time now) {
+  first_stage_ = stage;
   stage_ = stage;
   total_ = total;
   done_ = 0;
@@ -44,6 +45,7 @@ void ProgressMeter::Advance(std::uint64_t done, Time now) {
 void ProgressMeter::Finish(Time now) {
   Advance(total_, now);
   finished_ = true;
+  stage_ = first_stage_;
 }
 
 int ProgressMeter::Percent() const {

@@ -16,6 +16,8 @@ class ProgressMeter {
   void SetStage(std::string_view stage) { stage_ = stage; }
   // What is less than before counts as before, what is more than the total as the total.
   void Advance(std::uint64_t done, Time now);
+  // All is done. The stage is again the one of the begin: the last of several that took turns
+  // would say too little.
   void Finish(Time now);
 
   const std::string& Stage() const { return stage_; }
@@ -40,6 +42,7 @@ class ProgressMeter {
 
   void UpdateEnd();
 
+  std::string first_stage_;
   std::string stage_;
   std::uint64_t total_ = 0;
   std::uint64_t done_ = 0;

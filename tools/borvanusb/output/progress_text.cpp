@@ -38,11 +38,15 @@ std::string Number(double number, const Unit& unit) {
 }
 
 std::string TwoDigits(std::uint64_t number) {
-  return (number < 10 ? "0" : "") + std::to_string(number);
+  std::string text = number < 10 ? "0" : "";
+  text += std::to_string(number);
+  return text;
 }
 
 std::string PaddedLeft(const std::string& text, std::size_t width) {
-  return std::string(width > text.size() ? width - text.size() : 0, ' ') + text;
+  std::string padded(width > text.size() ? width - text.size() : 0, ' ');
+  padded += text;
+  return padded;
 }
 
 // A stage in so many columns, blanks added. Other scripts' characters may take two columns.
@@ -90,12 +94,14 @@ std::string Bar(const ProgressMeter& meter, std::size_t inside) {
       complete
           ? inside
           : std::min(static_cast<std::size_t>(share * static_cast<double>(inside)), inside - 1);
-  std::string bar = "[" + std::string(full, '=');
+  std::string bar(inside + 2, ' ');
+  bar.front() = '[';
+  bar.back() = ']';
+  std::fill_n(bar.begin() + 1, full, '=');
   if (!complete) {
-    bar += '>';
-    bar += std::string(inside - full - 1, ' ');
+    bar[full + 1] = '>';
   }
-  return bar + "]";
+  return bar;
 }
 
 // Stage, bar and percent with as many of the texts, the most wanted first, as fit in their fixed
