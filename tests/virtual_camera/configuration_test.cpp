@@ -287,6 +287,11 @@ TEST_F(ConfigurationTest, ALineBreakInAKeyStaysOutOfTheError) {
               testing::StartsWith(R"(cameras[0].a\u000ab\u007f: unknown key; allowed are path)"));
 }
 
+TEST_F(ConfigurationTest, ANumberBeyondADoubleIsAnErrorOfTheConfiguration) {
+  EXPECT_EQ(CameraErrorOf(R"("seed": 1e999)"),
+            "holds a number that is too large; numbers must lie below 1e308");
+}
+
 TEST_F(ConfigurationTest, FileNamesAreUtf8) {
   const std::string name = "k\xC3\xA4mera.json";
   std::ofstream(std::filesystem::path(folder.File("")) /
