@@ -65,6 +65,7 @@ class Host {
   void CallOfInstance(std::uint32_t kind);
   void CallOfAccess(std::uint32_t kind);
   void CallOfJob(std::uint32_t kind);
+  bool LastTransferWentWell() const;
   void ChangeSystem();
   void Select(std::int32_t index);
   void List();
@@ -211,6 +212,16 @@ void Host::CallOfAccess(std::uint32_t kind) {
       break;
   }
   Check(!done || HasInstance(), "an access without an instance");
+  Check(kind == 4 || done == LastTransferWentWell(), "the result is not that of the last transfer");
+}
+
+// False when there was none, or nothing but the question for the length.
+bool Host::LastTransferWentWell() const {
+  if (conversation_.exchanges.empty()) {
+    return false;
+  }
+  const borvan_fuzz::Exchange& last = conversation_.exchanges.back();
+  return last.direction != borvan_fuzz::Direction::kLengthQuery && last.result >= 0;
 }
 
 const borvan_test::TemporaryFolder& Folder() {
