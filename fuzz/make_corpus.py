@@ -343,6 +343,9 @@ def transfers():
         "i2c-block-read": b"\0" + whole(6, b"\x10\x45\5\x38" + word(1) + bytes(56)) + get(6),
         "register-run": b"\4" + whole(7, b"\0\0\1\x38\1\2\xff\xf0" + bytes(range(56))),
         "register-scatter": b"\0" + whole(7, b"\0\1\0\2\xff\xfd\1\xff\xfe\2" + bytes(54)),
+        "two-objects-write-in-turn": b"\0" + b"".join(
+            whole(7, b"\0\1\0\1\xff\xfd\0\xff\xfe\0\x12\x34" + bytes([value]) + bytes(51)) for value in (1, 2, 3))
+                                     + whole(7, b"\1\0\0\x38\0\0\x12\x34" + bytes(56)) + get(7),
         "odd-lengths": b"\x10\0\x40\xff\0\1\2\3" + b"".join(get(s) + query(s) for s in range(1, 8)),
         "short-block": b"\0" + bytes([0 | 7 << 2 | 6 << 5, 5]) + b"\0\0\1\x38\1",
         "unknown-selector": b"\0" + bytes([2 | 7 << 5]) + word(8) + b"\x40",
