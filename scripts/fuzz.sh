@@ -94,7 +94,9 @@ for target in ${failed[@]+"${failed[@]}"}; do
   echo "$target failed; the end of $work/$target.log:"
   grep -aE 'broken property|ERROR:|runtime error|SUMMARY|^found |^expected ' "$work/$target.log" | head -n 8 || true
   input=$(grep -aoE "Test unit written to .*" "$work/$target.log" | tail -n 1 | sed 's/.* to //' || true)
-  if [ -n "$input" ]; then
+  if grep -qa 'LeakSanitizer' "$work/$target.log"; then
+    echo "some input left memory behind; to find it: build/native-fuzz/bin/fuzz_$target $work/$target fuzz/corpus/$target"
+  elif [ -n "$input" ]; then
     echo "run it again: build/native-fuzz/bin/fuzz_$target $input"
   fi
 done
