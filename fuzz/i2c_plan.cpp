@@ -55,7 +55,9 @@ void AddWrites(I2cReading& reading, const borvan::Packet& packet) {
 }
 
 void CheckSame(const I2cReading& expected, const I2cReading& planned) {
-  CheckEqual(borvan_test::ToText(planned.events), borvan_test::ToText(expected.events), "events");
+  if (planned.events != expected.events) {
+    CheckEqual(borvan_test::ToText(planned.events), borvan_test::ToText(expected.events), "events");
+  }
   Check(expected.incomplete == planned.incomplete, "one of both is incomplete");
 }
 

@@ -7,7 +7,7 @@ namespace {
 
 using List = std::vector<borvan::ListEntry>;
 
-constexpr std::size_t kMostEntries = 2000;
+constexpr std::size_t kMostEntries = 800;
 constexpr std::array<std::uint32_t, 6> kMarkers = {0xFFFF, 0xFFFD, 0xFFFE, 0xFFF8, 0xFEF0, 0xFEF1};
 
 std::uint32_t AddressAfter(const List& list, std::uint32_t distance) {
