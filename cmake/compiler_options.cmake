@@ -40,6 +40,11 @@ if(BORVAN_SANITIZE)
   target_link_options(borvan_options INTERFACE -fsanitize=${BORVAN_SANITIZE})
 endif()
 
+# The fuzzer sees which ways through our code an input takes.
+if(BORVAN_FUZZ)
+  target_compile_options(borvan_options INTERFACE -fsanitize=fuzzer-no-link)
+endif()
+
 # Header-only packages of the build machine, each reached by a folder that holds nothing else, so
 # that a cross build never sees the whole system include path.
 function(borvan_header_only_package target header_folder)

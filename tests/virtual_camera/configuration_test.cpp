@@ -282,6 +282,16 @@ TEST_F(ConfigurationTest, MoreFaultsThanCountersAreRefused) {
             "cameras[0].faults: must hold at most 64 faults");
 }
 
+TEST_F(ConfigurationTest, ALineBreakInAKeyStaysOutOfTheError) {
+  EXPECT_THAT(CameraErrorOf(R"("a\nb\u007f": 1)"),
+              testing::StartsWith(R"(cameras[0].a\u000ab\u007f: unknown key; allowed are path)"));
+}
+
+TEST_F(ConfigurationTest, ANumberBeyondADoubleIsAnErrorOfTheConfiguration) {
+  EXPECT_EQ(CameraErrorOf(R"("seed": 1e999)"),
+            "holds a number that is too large; numbers must lie below 1e308");
+}
+
 TEST_F(ConfigurationTest, FileNamesAreUtf8) {
   const std::string name = "k\xC3\xA4mera.json";
   std::ofstream(std::filesystem::path(folder.File("")) /

@@ -225,6 +225,10 @@ nlohmann::json ParseFile(const std::string& file_utf8) {
     throw ConfigurationError(file_utf8 + ": line " +
                              std::to_string(std::count(before.begin(), before.end(), '\n') + 1) +
                              ", column " + std::to_string(column) + ": must be JSON in UTF-8");
+  } catch (const nlohmann::json::out_of_range&) {
+    // The parser's answer to a number like 1e999; it does not say where.
+    throw ConfigurationError(file_utf8 +
+                             ": holds a number that is too large; numbers must lie below 1e308");
   }
 }
 
