@@ -81,18 +81,18 @@ class ChoiceTest(station.ToolTest):
 
     def test_several_matches_are_refused_and_listed(self):
         for arguments in ([], ["--camera", "camera"]):
-            outcome = self.fail(3, "3 cameras", "info", *arguments)
+            outcome = self.refuse(3, "3 cameras", "info", *arguments)
             self.assertIn("Left camera", outcome.err)
             self.assertIn("Right camera", outcome.err)
 
     def test_no_match_is_no_camera(self):
-        self.fail(2, "no camera 7", "info", "--camera", "7")
-        self.fail(2, "no camera has", "info", "--camera", "elsewhere")
+        self.refuse(2, "no camera 7", "info", "--camera", "7")
+        self.refuse(2, "no camera has", "info", "--camera", "elsewhere")
         self.plug_in()
-        self.fail(2, "no USB camera", "info")
+        self.refuse(2, "no USB camera", "info")
 
     def test_failure_is_json_too(self):
-        outcome = self.fail(3, "cameras", "info", "--json")
+        outcome = self.refuse(3, "cameras", "info", "--json")
         self.assert_schema("error", outcome.json)
         self.assertEqual(outcome.json["error"]["code"], 3)
         self.assertEqual(outcome.json["error"]["kind"], "several-cameras")
@@ -118,28 +118,28 @@ class InfoTest(station.ToolTest):
             self.plug_in(camera(0, flash={"size": "256K", "beyond_end": behaviour}))
             self.put_flash(content)
             result = self.succeed("info", "--json").json
-            self.assertEqual(result["flash"]["size"], 256 << 10, behaviour)
+            self.assertEqual(result["flash_size"]["bytes"], 256 << 10, behaviour)
 
     def test_blank_flash_hides_its_size(self):
         self.plug_in(camera(0))
         result = self.succeed("info", "--json").json
-        self.assertIsNone(result["flash"]["size"])
+        self.assertIsNone(result["flash_size"]["bytes"])
         self.assertIn("--flash-size", self.succeed("info").out)
-        self.assertEqual(self.succeed("info", "--json", "--flash-size", "64K").json["flash"]["size"],
+        self.assertEqual(self.succeed("info", "--json", "--flash-size", "64K").json["flash_size"]["bytes"],
                          65536)
 
     def test_camera_without_vendor_unit_is_refused(self):
         self.plug_in(camera(0, nodes=["camera-terminal", "processing"]))
-        self.fail(4, "no vendor unit", "info")
+        self.refuse(4, "no vendor unit", "info")
 
     def test_camera_whose_chip_refuses_everything_is_refused(self):
         self.plug_in(camera(0, faults=[{"result": "0x80070017"}]))
-        self.fail(4, "no vendor unit that answers", "info")
+        self.refuse(4, "no vendor unit that answers", "info")
 
     def test_hanging_camera_ends_the_command(self):
         self.plug_in(camera(0, faults=[{"selector": 1, "direction": "get", "delay_ms": 30000}]))
         started = time.monotonic()
-        outcome = self.fail(8, "does not answer", "info", "--timeout", "0.5", "--json")
+        outcome = self.refuse(8, "does not answer", "info", "--timeout", "0.5", "--json")
         self.assertLess(time.monotonic() - started, 15)
         self.assertEqual(outcome.json["error"]["kind"], "timeout")
 
@@ -174,8 +174,8 @@ class DoctorTest(station.ToolTest):
             outcome = self.run_tool("doctor", environment=environment)
             self.assertNotEqual(outcome.code, 0)
             self.assertIn(environment["BORVANUSB_DLL"], outcome.out)
-        self.fail(10, "is not found", "list", environment=missing)
-        self.fail(10, "can't be loaded", "list", environment=wrong)
+        self.refuse(10, "is not found", "list", environment=missing)
+        self.refuse(10, "can't be loaded", "list", environment=wrong)
 
     def test_library_is_never_taken_from_the_current_folder(self):
         self.plug_in(camera(0))

@@ -60,10 +60,10 @@ class AccessTest(FlashTest):
     def test_failed_read_leaves_no_file(self):
         self.configure(camera(0, faults=[
             {"selector": 5, "direction": "get", "result": "0x80070017"}]))
-        self.fail(8, "nothing moves", "flash", "read", "0+1K", self.name("part.bin"), "--timeout",
+        self.refuse(8, "nothing moves", "flash", "read", "0+1K", self.name("part.bin"), "--timeout",
                   "0.5")
         self.assertFalse((self.folder / "part.bin").exists())
-        self.fail(5, "can't write", "flash", "read", "0+1K", self.name("no/folder.bin"))
+        self.refuse(5, "can't write", "flash", "read", "0+1K", self.name("no/folder.bin"))
 
     def test_word_is_read_written_and_read_back(self):
         result = self.succeed("flash", "word", "0x1000", "--json").json
@@ -72,11 +72,11 @@ class AccessTest(FlashTest):
         self.succeed("flash", "erase", "0x1000+4K", "--yes")
         self.succeed("flash", "word", "0x1000", "0x12345678", "--yes")
         self.assertEqual(self.flash()[0x1000:0x1008], bytes.fromhex("12345678ffffffff"))
-        self.fail(7, "0x1000", "flash", "word", "0x1000", "0xffffffff", "--yes")
+        self.refuse(7, "0x1000", "flash", "word", "0x1000", "0xffffffff", "--yes")
 
     def test_erase_takes_whole_sectors_and_asks(self):
-        self.fail(1, "0x1000-0x1fff", "flash", "erase", "0x1004+100", "--yes")
-        outcome = self.fail(9, "nothing was erased", "flash", "erase", "0x1000+8K")
+        self.refuse(1, "0x1000-0x1fff", "flash", "erase", "0x1004+100", "--yes")
+        outcome = self.refuse(9, "nothing was erased", "flash", "erase", "0x1000+8K")
         self.assertIn("?", outcome.err)
         self.assertEqual(self.flash(), self.old)
         result = self.succeed("flash", "erase", "0x1000+8K", "--yes", "--json").json
@@ -97,12 +97,12 @@ class AccessTest(FlashTest):
         image[100] ^= 1
         image[4999] ^= 0x80
         self.file("image.bin", bytes(image))
-        outcome = self.fail(7, "0x864", "flash", "verify", name, "--address", "0x800", "--diff",
+        outcome = self.refuse(7, "0x864", "flash", "verify", name, "--address", "0x800", "--diff",
                             self.name("diff.csv"))
         self.assertIn("2", outcome.err)
         rows = (self.folder / "diff.csv").read_text(encoding="utf-8").split()
         self.assertEqual(len(rows), 3)
-        self.fail(7, "0x864", "flash", "verify", name, "--address", "0x800", "--diff",
+        self.refuse(7, "0x864", "flash", "verify", name, "--address", "0x800", "--diff",
                   self.name("diff.json"))
         self.assertEqual(len(json.loads((self.folder / "diff.json").read_text())["differences"]), 2)
 
@@ -176,14 +176,14 @@ class ProgramTest(FlashTest):
         ]
         for code, message, image, address, options in cases:
             name = self.file("case.bin", image)
-            self.fail(code, f"(?i).*({message})", "flash", "program", name, "--address", address,
+            self.refuse(code, f"({message})", "flash", "program", name, "--address", address,
                       *options)
-        self.fail(5, "nowhere.bin", "flash", "program", self.name("nowhere.bin"))
+        self.refuse(5, "nowhere.bin", "flash", "program", self.name("nowhere.bin"))
         self.assertEqual(self.flash(), self.old)
 
     def test_image_beyond_a_flash_that_tells_its_size_is_refused(self):
         name = self.file("large.bin", seeded(FLASH + 4))
-        self.fail(5, "flash", "flash", "program", name)
+        self.refuse(5, "flash", "flash", "program", name)
         self.assertEqual(self.flash(), self.old)
 
     def test_names_of_any_letters_serve_for_every_file(self):
@@ -214,7 +214,7 @@ class ProgramTest(FlashTest):
         """Programs a camera that misbehaves; returns the outcome."""
         self.configure(camera(0, faults=faults))
         self.virtual_camera("reset-faults")
-        return self.fail(code, message, *self.program(*arguments))
+        return self.refuse(code, message, *self.program(*arguments))
 
     def assert_neighbours(self, flash):
         """Bytes outside the sectors of the image are the old ones."""
@@ -243,7 +243,7 @@ class ProgramTest(FlashTest):
 
     def test_restore_on_failure_brings_the_old_bytes_back(self):
         outcome = self.fail_with([{"selector": 4, "direction": "set", "at": 20, "lie": True},
-                                  {"selector": 4, "direction": "set", "at": 85, "lie": True}],
+                                  {"selector": 4, "direction": "set", "at": 160, "lie": True}],
                                  7, "differ", "--restore-on-failure")
         self.assertIn("restored", outcome.err)
         self.assertEqual(self.flash(), self.old)

@@ -41,8 +41,8 @@ class RegistersTest(station.ToolTest):
         self.assertEqual(self.read("0x200"), 0x55)
         self.succeed("reg", "write", "0x300", "0x11223344", "--wide", "--verify")
         self.assertEqual(self.read("0x300", "--wide"), 0x11223344)
-        self.fail(1, "VALUE", "reg", "write", "0x200", "0x100")
-        self.fail(1, "--mask", "reg", "write", "0x200", "0xf0", "--mask", "0x0f")
+        self.refuse(1, "VALUE", "reg", "write", "0x200", "0x100")
+        self.refuse(1, "--mask", "reg", "write", "0x200", "0xf0", "--mask", "0x0f")
 
     def test_write_that_does_not_take_is_found(self):
         self.configure(camera(0, faults=[{"selector": 1, "direction": "set", "lie": True}]))
@@ -73,19 +73,19 @@ class RegistersTest(station.ToolTest):
 
     def test_load_checks_the_list_first_and_names_lines(self):
         name = self.file("bad.txt", "0xfffd, 0x00,\n0x0100, 0x12,\n0x0101,\n0x0102, zz,\n")
-        outcome = self.fail(5, "bad.txt", "reg", "load", name)
+        outcome = self.refuse(5, "bad.txt", "reg", "load", name)
         self.assertIn("3", outcome.err)
         self.assertIn("4", outcome.err)
         self.assertEqual(self.read("0x100"), 0x11)
-        self.fail(5, "nowhere.txt", "reg", "load", self.name("nowhere.txt"))
+        self.refuse(5, "nowhere.txt", "reg", "load", self.name("nowhere.txt"))
 
     def test_diff_of_lists_and_camera(self):
         left = self.file("left.txt", "0xfffd, 0x00,\n0x0100, 0x11,\n0x0101, 0x22,\n")
         right = self.file("right.txt", "0xfffd, 0x00,\n0x0100, 0x11,\n0x0101, 0x23,\n")
-        outcome = self.fail(7, "differ", "reg", "diff", left, right, "--json")
+        outcome = self.refuse(7, "differ", "reg", "diff", left, right, "--json")
         self.assert_schema("reg-diff", outcome.lines[0])
         self.succeed("reg", "diff", left, "camera")
-        self.fail(7, "differ", "reg", "diff", right, "camera")
+        self.refuse(7, "differ", "reg", "diff", right, "camera")
 
 
 class SensorTest(station.ToolTest):
@@ -106,8 +106,8 @@ class SensorTest(station.ToolTest):
                                       way, "--json").json
                 self.assert_schema("i2c-read", result)
                 self.assertEqual(result["registers"][0]["value"], mode + 1, name)
-        self.fail(1, "--mode", "i2c", "read", "0x12", "--slave", "0x40", "--mode", "8/32")
-        self.fail(1, "--slave", "i2c", "read", "0x12")
+        self.refuse(1, "--mode", "i2c", "read", "0x12", "--slave", "0x40", "--mode", "8/32")
+        self.refuse(1, "--slave", "i2c", "read", "0x12")
 
     def test_write_reads_back(self):
         result = self.succeed("i2c", "write", "0x1234", "0x5a5a", "--slave", "0x20", "--mode",
@@ -129,13 +129,13 @@ class SensorTest(station.ToolTest):
         self.assertEqual(read["registers"][0]["value"], 0x56)
 
     def test_scan_asks_and_finds_the_slaves(self):
-        self.fail(9, "", "i2c", "scan")
+        self.refuse(9, "", "i2c", "scan")
         result = self.succeed("i2c", "scan", "--slaves", "0x60-0x70", "--yes", "--json").json
         self.assert_schema("i2c-scan", result)
         self.assertEqual([answer["slave"] for answer in result["answers"]], [0x6C])
 
     def test_silent_slave_is_a_failure(self):
-        self.fail(6, "0x300a of slave 0x55", "i2c", "read", "0x300a", "--slave", "0x55")
+        self.refuse(6, "0x300a of slave 0x55", "i2c", "read", "0x300a", "--slave", "0x55")
 
 
 class WatchTest(station.ToolTest):
@@ -162,7 +162,7 @@ class WatchTest(station.ToolTest):
         self.plug_in(camera(0))
         outcome = self.succeed("watch", "--reg", "0x100", "--wide", "--rate", "50", "--count", "5")
         self.assertIn("0x", outcome.out)
-        self.fail(1, "--reg", "watch")
+        self.refuse(1, "--reg", "watch")
 
 
 class LookingTest(station.ToolTest):
@@ -223,7 +223,7 @@ class LookingTest(station.ToolTest):
         self.plug_in(camera(0))
         name = self.file("script.txt", "# settings\nreg write 0x200 0x5a\nreg read 0x200\n"
                                        f"flash verify \"{self.name('no such.bin')}\"\nreg read 0x100\n")
-        outcome = self.fail(5, "no such.bin", "run", name)
+        outcome = self.refuse(5, "no such.bin", "run", name)
         self.assertIn("0x5a", outcome.out)
         self.assertNotIn("0x11", outcome.out)
         outcome = self.run_tool("run", name, "--keep-going", "--json")
@@ -231,7 +231,7 @@ class LookingTest(station.ToolTest):
         self.assert_schema("run", outcome.json)
         self.assertEqual([command["exit"] for command in outcome.json["commands"]], [0, 0, 5, 0])
         wrong = self.file("wrong.txt", "reg write 0x200 0\nreg raed 0x200\n")
-        self.fail(1, "2", "run", wrong)
+        self.refuse(1, "2", "run", wrong)
         self.assertIn("0x5a", self.succeed("reg", "read", "0x200").out)
 
     def test_manual_and_completions_are_printed(self):

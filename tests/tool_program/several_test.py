@@ -96,8 +96,8 @@ class OneProgrammerTest(station.ToolTest):
 
     def test_second_programmer_of_a_camera_is_refused(self):
         process = self.start_programming()
-        self.fail(4, "another borvanusb", "flash", "program", self.image_name, "--address", "0x810")
-        self.fail(4, "another borvanusb", "flash", "erase", "0+4K", "--yes")
+        self.refuse(4, "another borvanusb", "flash", "program", self.image_name, "--address", "0x810")
+        self.refuse(4, "another borvanusb", "flash", "erase", "0+4K", "--yes")
         outcome = self.finish(process)
         self.assertEqual(outcome.code, 0, outcome.err)
         self.assertEqual(self.flash(), bytes(self.expected))

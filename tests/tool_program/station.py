@@ -141,7 +141,7 @@ class ToolTest(unittest.TestCase):
         self.assertEqual(outcome.code, 0, f"{arguments}\n{outcome.out}\n{outcome.err}")
         return outcome
 
-    def fail(self, code, message, *arguments, environment=None):
+    def refuse(self, code, message, *arguments, environment=None):
         """Runs borvanusb; it must end with `code` and a line that holds `message`: a program that
         crashes can end with a small number, too."""
         outcome = self.run_tool(*arguments, environment=environment)
