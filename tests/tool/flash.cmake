@@ -22,5 +22,7 @@ borvan_add_gtest(
   LIBRARIES borvanusb_flash_test_support)
 borvan_add_gtest(
   tool_flash_commands_test
-  SOURCES flash_commands_test.cpp
+  SOURCES flash_commands_test.cpp flash_schema.cpp flash_schema_test.cpp
   LIBRARIES borvanusb_flash_test_support)
+target_compile_definitions(tool_flash_commands_test
+                           PRIVATE BORVAN_JSON_SCHEMAS="${PROJECT_SOURCE_DIR}/docs/json")

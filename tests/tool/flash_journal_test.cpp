@@ -265,6 +265,21 @@ TEST_F(FlashJournalTest, FileThatIsNoJournalIsRefused) {
   }
 }
 
+TEST_F(FlashJournalTest, CameraThatWasPluggedInElsewhereIsNotedAndItsJournalKept) {
+  CutOffAfterErasing();
+  const std::string former = chip().identity.path;
+  chip().identity.path = R"(\\?\usb#vid_1234&pid_0001#elsewhere)";
+  EXPECT_EQ(Run(command_).code, ExitCode::kDone);
+  EXPECT_NE(output->notes.find(former + "; if it is this one, plug it in where it was"),
+            std::string::npos)
+      << output->notes;
+  EXPECT_EQ(FilesWith(".journal").size(), 1U);
+  chip().identity.path = former;
+  EXPECT_EQ(Run(command_).code, ExitCode::kDone);
+  EXPECT_EQ(flash(), Wanted());
+  EXPECT_EQ(JournalFile(), "");
+}
+
 TEST_F(FlashJournalTest, TwoCamerasOfOneKindHaveJournalsOfTheirOwn) {
   auto second = std::make_shared<FakeChip>();
   second->identity.path = R"(\\?\usb#vid_1234&pid_0001#b)";

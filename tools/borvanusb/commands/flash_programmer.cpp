@@ -143,12 +143,32 @@ void FlashProgrammer::Look() {
   context_.progress.Done();
   outcome_.read_seconds = SecondsBetween(start, context_.host.Clock());
   const std::vector<UnfinishedWork> earlier = journal_->Load();
-  recovery_ = Recover({image_, sectors_, now_, command_.backup_file, journal_->Name()}, earlier);
+  const RecoveryRequest request{image_, sectors_, now_, command_.backup_file, journal_->Name()};
+  recovery_ = Recover(request, earlier);
+  NoteMovedCamera(request);
   for (const std::string& note : recovery_.notes) {
     context_.output.Note(note);
   }
   after_ = LayOver(sectors_, recovery_.before, image_);
   outcome_.changes = DifferingSectors(sectors_.address, now_, after_);
+}
+
+// A journal knows its camera by the path, and a camera without a serial number has another path at
+// another port.
+void FlashProgrammer::NoteMovedCamera(const RecoveryRequest& request) {
+  for (const JournalPlaces::Other& other : journal_->OfOtherPlaces()) {
+    const auto attached = context_.host.ListCameras();
+    const bool is_attached = std::ranges::any_of(attached, [&](const CameraIdentity& camera) {
+      return camera.path == other.journal.camera;
+    });
+    if (!is_attached && MayBeCutOff(request, other.journal.works)) {
+      context_.output.Note(
+          other.file + " tells of a cut-off programming of a camera that is not attached now, " +
+          other.journal.camera +
+          "; if it is this one, plug it in where it was and run again there: the "
+          "bytes beside the image are in that file alone");
+    }
+  }
 }
 
 void FlashProgrammer::Expect() {
