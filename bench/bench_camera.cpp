@@ -1,5 +1,9 @@
 #include "bench_camera.h"
 
+#include <cstdlib>
+#include <fstream>
+#include <memory>
+
 #include "device/directshow_interfaces.h"
 #include "device/ks_topology.h"
 
@@ -11,9 +15,27 @@ constexpr GUID kClassFactoryInterface = {
 // The objects live as long as the DLL: counting references would be a cost of the benchmark's own.
 constexpr ULONG kAlwaysReferenced = 1;
 
-bench::MemoryFlash& Flash() {
-  static bench::MemoryFlash flash(bench::kFlashSize);
+// In a process that was started for a measurement, its starter says what the flash is to be.
+std::uint64_t NumberFromStarter(const char* name, std::uint64_t otherwise) {
+  const char* const text = std::getenv(name);
+  return text != nullptr ? std::strtoull(text, nullptr, 10) : otherwise;
+}
+
+std::unique_ptr<bench::MemoryFlash> MakeFlash() {
+  auto flash = std::make_unique<bench::MemoryFlash>(
+      NumberFromStarter(bench::kSizeVariable, bench::kFlashSize));
+  flash->Clock().wait_cycles = NumberFromStarter(bench::kWaitVariable, 0);
+  if (const char* const content = std::getenv(bench::kContentVariable)) {
+    std::ifstream file(content, std::ios::binary);
+    file.read(reinterpret_cast<char*>(flash->Bytes()),
+              static_cast<std::streamsize>(NumberFromStarter(bench::kSizeVariable, 0)));
+  }
   return flash;
+}
+
+bench::MemoryFlash& Flash() {
+  static const std::unique_ptr<bench::MemoryFlash> flash = MakeFlash();
+  return *flash;
 }
 
 class Control final : public IKsControl {

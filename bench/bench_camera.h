@@ -20,6 +20,12 @@ constexpr GUID kBenchCameraClass = {
 
 constexpr std::size_t kFlashSize = std::size_t{128} << 20U;
 
+// Environment variables for processes that a measuring program starts: bytes of flash (a power of
+// two), counts of the time stamp counter that each transfer waits, a file with the first content.
+constexpr const char* kSizeVariable = "BENCH_CAMERA_SIZE";
+constexpr const char* kWaitVariable = "BENCH_CAMERA_WAIT";
+constexpr const char* kContentVariable = "BENCH_CAMERA_CONTENT";
+
 }  // namespace bench
 
 extern "C" {

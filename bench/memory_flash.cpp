@@ -17,6 +17,12 @@ constexpr std::uint32_t kPieceLength = 60;
 constexpr std::uint32_t kFlashBlockLength = 11;
 constexpr std::uint32_t kRegisterLength = 4;
 constexpr std::uint8_t kEraseOpcode = 0x32;
+constexpr std::uint8_t kReadWordOpcode = 0x34;
+constexpr std::uint8_t kWriteWordOpcode = 0x38;
+constexpr std::uint32_t kWordOffset = 5;
+constexpr std::uint32_t kWordLength = 4;
+constexpr std::uint32_t kRegisterTagOffset = 3;
+constexpr std::uint8_t kByteReadTag = 0x28;
 constexpr std::size_t kSectorLength = 4096;
 constexpr std::uint8_t kErased = 0xFF;
 
@@ -40,14 +46,32 @@ std::uint32_t LengthOf(std::uint32_t selector) {
 MemoryFlash::MemoryFlash(std::size_t size)
     : mask_(size - 1), bytes_(size + kRoomPastEnd, kErased) {}
 
+std::int32_t MemoryFlash::MoveWord(bool is_get, std::uint8_t* data) {
+  if (is_get) {
+    data[0] = kReadWordOpcode;
+    std::memcpy(data + kWordOffset, bytes_.data() + (read_address_ & mask_), kWordLength);
+    return kAnswerOk;
+  }
+  const std::uint32_t address = BigEndian32(data + 1);
+  switch (data[0]) {
+    case kEraseOpcode:
+      std::memset(bytes_.data() + (address & mask_), kErased, kSectorLength);
+      return kAnswerOk;
+    case kReadWordOpcode:
+      read_address_ = address;
+      return kAnswerOk;
+    case kWriteWordOpcode:
+      std::memcpy(bytes_.data() + (address & mask_), data + kWordOffset, kWordLength);
+      return kAnswerOk;
+    default:
+      return kAnswerInvalid;
+  }
+}
+
 std::int32_t MemoryFlash::Move(std::uint32_t selector, bool is_get, std::uint8_t* data,
                                std::uint32_t length) {
   if (selector == kFlashSelector) {
-    if (length >= kFlashBlockLength && !is_get && data[0] == kEraseOpcode) {
-      std::memset(bytes_.data() + (BigEndian32(data + 1) & mask_), kErased, kSectorLength);
-      return kAnswerOk;
-    }
-    return kAnswerInvalid;
+    return length >= kFlashBlockLength ? MoveWord(is_get, data) : kAnswerInvalid;
   }
   if (length < kPacketLength) {
     return kAnswerInvalid;
@@ -77,6 +101,9 @@ std::int32_t MemoryFlash::Transfer(std::uint32_t selector, bool is_get, void* da
   if (selector == kRegisterSelector) {
     if (is_get) {
       std::memset(data, 0, length);
+      if (length > kRegisterTagOffset) {
+        static_cast<std::uint8_t*>(data)[kRegisterTagOffset] = kByteReadTag;
+      }
     }
     return kAnswerOk;
   }

@@ -53,6 +53,7 @@ class MemoryFlash {
   std::uint8_t* Bytes() { return bytes_.data(); }
 
  private:
+  std::int32_t MoveWord(bool is_get, std::uint8_t* data);
   std::int32_t Move(std::uint32_t selector, bool is_get, std::uint8_t* data, std::uint32_t length);
 
   std::size_t mask_;

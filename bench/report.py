@@ -19,6 +19,9 @@ LARGEST_MEMORY_RATIO = 2.2
 SMALLEST_READER_RATIO = 5
 LARGEST_PLAN_NS = 20
 LARGEST_PLAN_GROWTH = 2
+LARGEST_TOOL_RATIO = 1.02
+LARGEST_EQUAL_RATIO = 1.05
+LARGEST_HELP_MS = 50
 
 
 def read_rounds(path):
@@ -88,6 +91,25 @@ def print_lists(series):
                 long / short <= LARGEST_PLAN_GROWTH)
 
 
+def print_tool(series):
+    """The rows of the command-line tool."""
+    median = statistics.median
+    print("f. borvanusb at 125 us a transfer, whole process beside the DLL's own jobs")
+    for name, title, target in (
+            ("program", "programming 1 MiB, and reading it before and after", LARGEST_TOOL_RATIO),
+            ("equal", "an equal image beside one read", LARGEST_EQUAL_RATIO)):
+        rounds = series[f"tool.{name}_ratio"]
+        for kind, pick in (("least", min), ("median", median)):
+            ratio = pick(rounds)
+            print(f"   {title}")
+            row(f"   {kind} of {len(rounds)}", "", "", f"{ratio:.4f}", f"<= {target}",
+                ratio <= target)
+    help_ms, empty_ms = median(series["tool.help_ms"]), median(series["tool.empty_ms"])
+    row("   --help beside an empty program, median", f"{help_ms:.1f} ms", f"{empty_ms:.1f} ms",
+        f"{help_ms - empty_ms:.1f} ms", f"<= {LARGEST_HELP_MS} ms",
+        help_ms - empty_ms <= LARGEST_HELP_MS)
+
+
 def main():
     if len(sys.argv) != 3:
         sys.exit(__doc__)
@@ -136,6 +158,7 @@ def main():
                 f"<= {LARGEST_MEMORY_RATIO}", ratio <= LARGEST_MEMORY_RATIO)
 
     print_lists(series)
+    print_tool(series)
 
 
 if __name__ == "__main__":

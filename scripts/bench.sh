@@ -32,7 +32,7 @@ build() {
   fi
 }
 build native bench_transfers bench_native
-build windows BorvanUSB_x64 bench_camera bench_library
+build windows BorvanUSB_x64 bench_camera bench_library bench_tool
 
 export WINEPREFIX=$PWD/$work/wine WINEDEBUG=-all WINEDLLOVERRIDES='mscoree,mshtml='
 wine=/usr/lib/wine/wine64
@@ -64,6 +64,11 @@ for part in transfers memory-program memory-dump dump waits; do
   echo "== measuring: the DLL's $part" >&2
   # Wine's runtime ends lines as Windows does.
   "$wine" build/windows/bin/bench_library.exe "Z:${PWD//\//\\}\\build\\bench\\files" "$part" |
+    tr -d '\r' >>"$rounds"
+done
+for part in programming start; do
+  echo "== measuring: the tool's $part" >&2
+  "$wine" build/windows/bin/bench_tool.exe "Z:${PWD//\//\\}\\build\\bench\\files" "$part" |
     tr -d '\r' >>"$rounds"
 done
 

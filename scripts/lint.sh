@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # Looks for faults without running anything: shellcheck over the scripts, clang-tidy over the C and
-# C++ files of the native and windows builds (both must be configured: scripts/build.sh). Files found
+# C++ files of the native and windows builds (the windows build must be there: scripts/build.sh). Files found
 # clean are remembered by content in build/lint-cache, so a second run looks only at what changed.
 # Usage: lint.sh [--tests | FILE…] (clang-tidy over tests and benchmarks too, or
 # over these files only)
@@ -18,5 +18,7 @@ if [ $# -eq 0 ] || [ "$1" = --tests ]; then
     \( -name '*.sh' -o ! -name '*.*' \) -print0 2>/dev/null || true)
   shellcheck "${scripts[@]}" || failed=1
 fi
+# How sources are compiled is all that is asked of the native build; it need not be made.
+cmake --preset native >/dev/null || exit 1
 python3 -B scripts/lint_sources.py "$@" || failed=1
 exit "$failed"

@@ -16,7 +16,7 @@ packages=(
   # checks
   clang-format clang-tidy shellcheck python3
   # demo: an image to flash, and looking at bytes and answers
-  seabios xxd jq tmux
+  seabios xxd jq tmux python3-jsonschema
 )
 
 missing=()

@@ -41,6 +41,13 @@ class TraceTest : public DeviceTest {
   }
 };
 
+TEST_F(TraceTest, ProcessMayHaveATraceOfItsOwnBesideTheConfiguredOne) {
+  configuration.process_trace_file = folder.File("process.jsonl");
+  camera().QueryLength(1);
+  EXPECT_EQ(Lines().size(), 1U);
+  EXPECT_EQ(folder.Read("process.jsonl"), folder.Read("trace.jsonl"));
+}
+
 TEST_F(TraceTest, EveryTransferIsALine) {
   camera().QueryLength(1);
   Set(1, {0x24, 0xA3, 0x01, 0x18});

@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "arguments/arguments.h"
 #include "camera.h"
 
 // How well a process is placed to find cameras, for `doctor`.
@@ -39,6 +40,9 @@ class Host {
   Host(const Host&) = delete;
   Host& operator=(const Host&) = delete;
   virtual ~Host() = default;
+
+  // What holds for all that follows: the time limit, the trace. Called before a command runs.
+  virtual void Configure(const CommonArguments& arguments) = 0;
 
   // The cameras the library finds now. Throws Failure kNoCamera when the system's list can't be
   // had.

@@ -21,6 +21,10 @@ std::wstring EnvironmentText(const wchar_t* name) {
 
 }  // namespace
 
+std::string ProcessTraceFile() {
+  return Utf8Of(EnvironmentText(kTraceVariable));
+}
+
 std::string ConfigurationFile() {
   const std::wstring named = EnvironmentText(kConfigurationVariable);
   if (!named.empty()) {

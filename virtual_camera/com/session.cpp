@@ -17,6 +17,7 @@ std::shared_ptr<Session> Session::Open(const std::wstring& device_path) {
   for (std::size_t position = 0; position < configuration.cameras.size(); ++position) {
     if (SamePath(WideOf(configuration.cameras[position].path), device_path)) {
       SyncEntries(configuration);
+      configuration.cameras[position].process_trace_file = ProcessTraceFile();
       return std::make_shared<Session>(std::move(configuration), position);
     }
   }

@@ -2,8 +2,11 @@
 
 #include <algorithm>
 #include <chrono>
+#include <memory>
 #include <mutex>
+#include <string>
 #include <thread>
+#include <vector>
 
 #include "blocks.h"
 #include "chip.h"
@@ -46,8 +49,10 @@ class Camera::Implementation {
         state_file_(configuration.state_file, configuration.plugged) {
     const StateLock lock(state_file_);  // two processes must not fill the same new flash file
     flash_.emplace(configuration.flash);
-    if (!configuration.trace_file.empty()) {
-      trace_.emplace(configuration.trace_file, configuration.path);
+    for (const std::string& file : {configuration.trace_file, configuration.process_trace_file}) {
+      if (!file.empty()) {
+        traces_.push_back(std::make_unique<TraceWriter>(file, configuration.path));
+      }
     }
   }
 
@@ -79,7 +84,7 @@ class Camera::Implementation {
   std::mutex mutex_;
   StateFile state_file_;
   std::optional<NorFlash> flash_;
-  std::optional<TraceWriter> trace_;
+  std::vector<std::unique_ptr<TraceWriter>> traces_;
 };
 
 // The chip has no busy reply: while the flash works, the next transfer waits. The length of a
@@ -195,7 +200,7 @@ void Camera::Implementation::Get(Transfer& transfer, const FaultEffects& effects
 }
 
 void Camera::Implementation::Trace(const Transfer& transfer, std::uint64_t time_us) {
-  if (!trace_) {
+  if (traces_.empty()) {
     return;
   }
   TracedTransfer traced{.time_us = time_us,
@@ -210,7 +215,9 @@ void Camera::Implementation::Trace(const Transfer& transfer, std::uint64_t time_
   } else if (transfer.direction == Direction::kLength) {
     traced.length = transfer.answer.bytes;
   }
-  trace_->Write(traced);
+  for (const auto& trace : traces_) {
+    trace->Write(traced);
+  }
 }
 
 Camera::Camera(const CameraConfiguration& configuration)

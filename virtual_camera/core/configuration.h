@@ -90,9 +90,10 @@ struct CameraConfiguration {
   std::array<std::uint32_t, kSelectorCount> lengths = {4, 12, 11, 64, 64, 64, 64};
   std::vector<FaultConfiguration> faults;
   std::uint64_t seed = 0;
-  std::string trace_file;  // UTF-8; empty: no trace
-  std::string state_file;  // UTF-8; never empty in a configuration that was loaded
-  bool plugged = true;     // whether a camera without a state file starts plugged in
+  std::string trace_file;          // UTF-8; empty: no trace
+  std::string process_trace_file;  // a further one, of this process's transfers alone
+  std::string state_file;          // UTF-8; never empty in a configuration that was loaded
+  bool plugged = true;             // whether a camera without a state file starts plugged in
 };
 
 struct Configuration {

@@ -36,7 +36,9 @@ class FakeCamera : public Camera {
 
   std::uint32_t ReadRegister(std::uint32_t address, RegisterWidth width) override {
     Transfer();
-    return chip_->registers[address] & (width == RegisterWidth::kWide ? kWide : kByte);
+    const bool wide = width == RegisterWidth::kWide;
+    return Given(wide ? FakeRead::kWideRegister : FakeRead::kByteRegister, address,
+                 chip_->registers[address] & (wide ? kWide : kByte));
   }
   void WriteRegister(std::uint32_t address, std::uint32_t value, RegisterWidth width) override {
     Transfer();
@@ -46,8 +48,9 @@ class FakeCamera : public Camera {
     Transfer();
     std::vector<std::uint8_t> values;
     for (std::uint64_t address = first; address <= last; ++address) {
-      values.push_back(
-          static_cast<std::uint8_t>(chip_->registers[static_cast<std::uint32_t>(address)]));
+      const auto number = static_cast<std::uint32_t>(address);
+      values.push_back(static_cast<std::uint8_t>(
+          Given(FakeRead::kRegisterRun, number, chip_->registers[number])));
     }
     return values;
   }
@@ -62,7 +65,7 @@ class FakeCamera : public Camera {
     if (sensor == chip_->sensors.end()) {
       throw Failure(ExitCode::kDevice, "nothing answers");
     }
-    return sensor->second[address];
+    return Given(FakeRead::kI2c, address, sensor->second[address]);
   }
   void WriteI2c(const I2cTarget& target, std::uint32_t address, std::uint32_t value) override {
     Transfer();
@@ -80,7 +83,8 @@ class FakeCamera : public Camera {
       Transfer();
       const std::uint64_t end = std::min(size, offset + kReadPacket);
       for (std::uint64_t i = offset; i < end; ++i) {
-        bytes.push_back(Byte(address + i));
+        bytes.push_back(static_cast<std::uint8_t>(Given(
+            FakeRead::kFlashBulk, static_cast<std::uint32_t>(address + i), Byte(address + i))));
       }
       chip_->read_bytes += end - offset;
       Report(advance, end);
@@ -96,7 +100,7 @@ class FakeCamera : public Camera {
       }
       word = word << 8U | Byte(std::uint64_t{address} + i);
     }
-    return word;
+    return Given(FakeRead::kFlashWord, address, word);
   }
   void ProgramFlash(std::uint32_t address, std::span<const std::uint8_t> bytes,
                     const Advance& advance) override {
@@ -134,6 +138,12 @@ class FakeCamera : public Camera {
       throw Failure(ExitCode::kTimeout, "reading the flash does not move on");
     }
     return chip_->flash[address % chip_->flash.size()];
+  }
+  std::uint32_t Given(FakeRead read, std::uint32_t address, std::uint32_t value) const {
+    if (chip_->after_read) {
+      chip_->after_read(read, address, value);
+    }
+    return value;
   }
   void Transfer() {
     if (host_.stop_requested && host_.stop_holds == 0) {
@@ -209,6 +219,9 @@ FakeHost::FakeHost(std::vector<std::shared_ptr<FakeChip>> the_chips)
     : chips(std::move(the_chips)) {}
 
 std::vector<CameraIdentity> FakeHost::ListCameras() {
+  if (list_failure) {
+    throw Failure(*list_failure);
+  }
   std::vector<CameraIdentity> cameras;
   for (const auto& chip : chips) {
     cameras.push_back(chip->identity);
@@ -218,6 +231,9 @@ std::vector<CameraIdentity> FakeHost::ListCameras() {
 }
 
 std::unique_ptr<Camera> FakeHost::OpenCamera(const CameraIdentity& camera) {
+  if (before_open) {
+    before_open(camera);
+  }
   for (const auto& chip : chips) {
     if (chip->identity.path == camera.path) {
       return std::make_unique<FakeCamera>(*this, chip);
@@ -239,6 +255,13 @@ std::unique_ptr<Host::StopHold> FakeHost::HoldStop() {
 
 void FakeHost::SetLastWords(std::function<std::vector<std::string>()> words) {
   last_words = std::move(words);
+}
+
+void FakeHost::Sleep(std::chrono::milliseconds time) {
+  clock += time;
+  if (on_sleep) {
+    on_sleep();
+  }
 }
 
 std::chrono::system_clock::time_point FakeHost::Now() const {

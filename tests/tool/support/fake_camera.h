@@ -14,11 +14,15 @@
 #include <vector>
 
 #include "camera.h"
+#include "failure.h"
 #include "host.h"
 #include "output/output.h"
 #include "output/progress.h"
 
 namespace tool_test {
+
+// The ways to read something of a camera.
+enum class FakeRead { kByteRegister, kWideRegister, kRegisterRun, kI2c, kFlashBulk, kFlashWord };
 
 // What lasts of a camera from one opening to the next.
 struct FakeChip {
@@ -37,6 +41,9 @@ struct FakeChip {
   std::function<void(std::uint64_t number)> before_transfer;
   // Changes what a programming transfer leaves in the flash: a chip that lies or has stuck bits.
   std::function<void(std::uint32_t address, std::span<std::uint8_t> bytes)> after_programming;
+  // Changes a value that is read: a register's, a byte's of a bulk read, a flash word's. A chip
+  // that misbehaves; may throw Failure.
+  std::function<void(FakeRead read, std::uint32_t address, std::uint32_t& value)> after_read;
   std::uint64_t transfers = 0;
   std::uint64_t erases = 0;
   std::uint64_t programmed_packets = 0;
@@ -88,13 +95,14 @@ class FakeHost : public Host {
  public:
   explicit FakeHost(std::vector<std::shared_ptr<FakeChip>> chips = {std::make_shared<FakeChip>()});
 
+  void Configure(const CommonArguments& /*arguments*/) override {}
   std::vector<CameraIdentity> ListCameras() override;
   std::unique_ptr<Camera> OpenCamera(const CameraIdentity& camera) override;
   std::unique_ptr<Reservation> ReserveCamera(const CameraIdentity& camera) override;
   bool StopRequested() const override { return stop_requested; }
   std::unique_ptr<StopHold> HoldStop() override;
   void SetLastWords(std::function<std::vector<std::string>()> words) override;
-  void Sleep(std::chrono::milliseconds time) override { clock += time; }
+  void Sleep(std::chrono::milliseconds time) override;
   std::chrono::system_clock::time_point Now() const override;
   std::chrono::steady_clock::time_point Clock() const override { return clock; }
   bool Ask(const std::string& question) override;
@@ -112,6 +120,9 @@ class FakeHost : public Host {
   bool answer = false;                 // to every question
   std::vector<std::string> questions;  // that were asked
   bool reserved_elsewhere = false;
+  std::function<void(const CameraIdentity&)> before_open;  // may throw Failure
+  std::optional<Failure> list_failure;                     // what listing the cameras throws
+  std::function<void()> on_sleep;                          // what happens in the world meanwhile
   std::function<std::vector<std::string>()> last_words;
   std::map<std::string, std::string> environment;
   std::chrono::steady_clock::time_point clock;

@@ -1,0 +1,4 @@
+// The yardstick of a program's start: it does nothing.
+int main(void) {
+  return 0;
+}

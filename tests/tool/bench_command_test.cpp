@@ -1,0 +1,86 @@
+// bench.
+#include "support/command_desk.h"
+
+namespace tool_test {
+namespace {
+
+class BenchTest : public testing::Test {
+ protected:
+  BenchTest() {
+    // Each packet, word or register takes 125 us.
+    desk_.Chip().before_transfer = [this](std::uint64_t) {
+      desk_.host.clock += std::chrono::microseconds(125);
+    };
+  }
+
+  CommandDesk desk_;
+};
+
+TEST_F(BenchTest, MeasuresEachSelectorThatChangesNothing) {
+  EXPECT_EQ(desk_.Do(BenchCommand{100}, "bench"), ExitCode::kDone);
+  const auto& selectors = desk_.result["selectors"];
+  ASSERT_EQ(selectors.size(), 7U);
+  // A byte read: 125 us for 4 transfers.
+  EXPECT_EQ(selectors[0]["rounds"], 100);
+  EXPECT_EQ(selectors[0]["transfers"], 4);
+  EXPECT_NEAR(selectors[0]["median_us"], 125, 1e-6);
+  EXPECT_NEAR(selectors[0]["transfers_per_second"], 32000, 1e-3);
+  EXPECT_EQ(selectors[3]["measured"], false);
+  EXPECT_EQ(selectors[3]["note"], "not measured: it would write");
+  EXPECT_EQ(selectors[3]["median_us"], nullptr);
+  EXPECT_EQ(selectors[5]["measured"], false);
+  // 32 KiB: 512 packets in the fake, 1028 transfers of the library.
+  EXPECT_EQ(selectors[4]["rounds"], 10);
+  EXPECT_EQ(selectors[4]["transfers"], 1028);
+  EXPECT_NEAR(selectors[4]["median_us"], 64000, 1e-6);
+  EXPECT_EQ(selectors[6]["transfers"], 33);
+}
+
+TEST_F(BenchTest, SaysWhatItMeansForProgramming) {
+  desk_.Do(BenchCommand{10}, "bench");
+  const auto& estimate = desk_.result["estimate"];
+  // 17477 packets of 60 bytes and 256 erases; 16385 reads of two transfers.
+  EXPECT_EQ(estimate["program_transfers"], 17733);
+  EXPECT_EQ(estimate["read_transfers"], 32770);
+  const double transfer = 0.064 / 1028;
+  EXPECT_NEAR(estimate["seconds_per_transfer"], transfer, 1e-9);
+  EXPECT_NEAR(estimate["total_seconds"], transfer * (17733 + 2 * 32770), 1e-6);
+  EXPECT_NE(desk_.output.out.find("Programming 1 MiB: about 5.2 s\n"), std::string::npos)
+      << desk_.output.out;
+  EXPECT_NE(desk_.output.out.find("Assumed: "), std::string::npos);
+}
+
+TEST_F(BenchTest, ChangesNothing) {
+  desk_.Chip().flash.assign(desk_.Chip().flash.size(), 0x5A);
+  desk_.Do(BenchCommand{10}, "bench");
+  EXPECT_EQ(desk_.Chip().erases, 0U);
+  EXPECT_EQ(desk_.Chip().programmed_packets, 0U);
+  EXPECT_EQ(desk_.Chip().flash, std::vector<std::uint8_t>(desk_.Chip().flash.size(), 0x5A));
+  EXPECT_TRUE(desk_.Chip().register_lists.empty());
+  EXPECT_TRUE(desk_.Chip().i2c_lists.empty());
+}
+
+TEST_F(BenchTest, RefusedI2cReadStillTellsItsTime) {
+  desk_.Do(BenchCommand{4}, "bench");
+  const auto& i2c = desk_.result["selectors"][1];
+  EXPECT_EQ(i2c["note"], "4 of 4 refused, nothing is at slave 0: the time of the refusal");
+  EXPECT_NEAR(i2c["median_us"], 125, 1e-6);
+}
+
+TEST_F(BenchTest, FailureOfAnyOtherCallEndsIt) {
+  desk_.Chip().before_transfer = [](std::uint64_t number) {
+    if (number == 5) {
+      throw Failure(ExitCode::kDevice, "the transfer failed");
+    }
+  };
+  EXPECT_EQ(desk_.FailureOf(BenchCommand{10}).Code(), ExitCode::kDevice);
+}
+
+TEST_F(BenchTest, ClockThatStandsStillDividesByNothing) {
+  desk_.Chip().before_transfer = nullptr;
+  desk_.Do(BenchCommand{1}, "bench");
+  EXPECT_EQ(desk_.result["selectors"][0]["transfers_per_second"], 0.0);
+}
+
+}  // namespace
+}  // namespace tool_test

@@ -1,0 +1,89 @@
+// i2c scan.
+#include "support/command_desk.h"
+
+namespace tool_test {
+namespace {
+
+class I2cScanTest : public testing::Test {
+ protected:
+  I2cScanTest() { desk_.Chip().sensors = {{0x20, {{0, 0xFF}}}, {0x48, {{0, 0x77}}}, {0x6C, {}}}; }
+
+  static I2cScanCommand Scan(Range slaves = {0, 255}) { return {{{}, 1, 0}, slaves, 0, true}; }
+
+  CommandDesk desk_;
+};
+
+TEST_F(I2cScanTest, AsksBeforeAnythingIsRead) {
+  I2cScanCommand command = Scan();
+  command.yes = false;
+  const Failure failure = desk_.FailureOf(command);
+  EXPECT_EQ(failure.Code(), ExitCode::kStopped);
+  EXPECT_EQ(failure.Message(), "nothing was read");
+  EXPECT_EQ(desk_.host.questions,
+            (std::vector<std::string>{
+                "This reads register 0x0 of 256 slaves. A device may be disturbed by it, such as "
+                "one that clears what is read. Go on?"}));
+  EXPECT_EQ(desk_.Chip().transfers, 0U);
+  desk_.host.answer = true;
+  EXPECT_EQ(desk_.Do(command, "i2c-scan"), ExitCode::kDone);
+}
+
+TEST_F(I2cScanTest, ShowsWhatAnswersAndDoubtsZerosAndOnes) {
+  EXPECT_EQ(desk_.Do(Scan(), "i2c-scan"), ExitCode::kDone);
+  EXPECT_NE(desk_.output.out.find("      0  1  2  3  4  5  6  7  8  9  a  b  c  d  e  f\n"
+                                  "0x00 -- -- -- -- -- -- -- -- -- -- -- -- -- -- -- --\n"
+                                  "0x10 -- -- -- -- -- -- -- -- -- -- -- -- -- -- -- --\n"
+                                  "0x20 ?? -- -- -- -- -- -- -- -- -- -- -- -- -- -- --\n"
+                                  "0x30 -- -- -- -- -- -- -- -- -- -- -- -- -- -- -- --\n"
+                                  "0x40 -- -- -- -- -- -- -- -- 48 -- -- -- -- -- -- --\n"),
+            std::string::npos)
+      << desk_.output.out;
+  EXPECT_NE(desk_.output.out.find("\n0x20  0xff  answers, but only ones: maybe nothing is there\n"
+                                  "0x48  0x77\n"
+                                  "0x6c  0x00  answers, but only zeros: maybe nothing is there\n"),
+            std::string::npos)
+      << desk_.output.out;
+  EXPECT_EQ(desk_.result["answers"][0]["doubt"], "ones");
+  EXPECT_EQ(desk_.result["answers"][1].dump(), R"({"slave":72,"value":119,"doubt":null})");
+}
+
+TEST_F(I2cScanTest, PartOfTheBusLeavesTheRestEmpty) {
+  desk_.Do(Scan({0x46, 0x49}), "i2c-scan");
+  EXPECT_NE(desk_.output.out.find("0x30\n0x40                   -- -- 48 --\n0x50\n"),
+            std::string::npos)
+      << desk_.output.out;
+}
+
+TEST_F(I2cScanTest, EmptyBusIsNoFailure) {
+  desk_.Chip().sensors.clear();
+  EXPECT_EQ(desk_.Do(Scan(), "i2c-scan"), ExitCode::kDone);
+  EXPECT_NE(desk_.output.out.find("no slave answers"), std::string::npos);
+}
+
+TEST_F(I2cScanTest, CameraThatIsGoneIsNoEmptyBus) {
+  desk_.Chip().before_transfer = [](std::uint64_t number) {
+    if (number > 0x50) {
+      throw Failure(ExitCode::kDevice, "the camera is gone");
+    }
+  };
+  const Failure failure = desk_.FailureOf(Scan());
+  EXPECT_EQ(failure.Code(), ExitCode::kDevice);
+  EXPECT_EQ(failure.Message(),
+            "while scanning, the camera itself stopped to answer: the camera is gone");
+  // Found out at the end of the row, not of the bus.
+  EXPECT_LT(desk_.Chip().transfers, 0x70U);
+}
+
+TEST_F(I2cScanTest, TimeLimitAndStopEndTheScan) {
+  for (const ExitCode code : {ExitCode::kTimeout, ExitCode::kStopped}) {
+    desk_.Chip().before_transfer = [code](std::uint64_t) { throw Failure(code, "no more"); };
+    EXPECT_EQ(desk_.FailureOf(Scan()).Code(), code);
+  }
+}
+
+TEST_F(I2cScanTest, SlavesBeyondAByteAreRefused) {
+  EXPECT_EQ(desk_.FailureOf(Scan({0, 256})).Code(), ExitCode::kUsage);
+}
+
+}  // namespace
+}  // namespace tool_test

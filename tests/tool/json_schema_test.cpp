@@ -1,0 +1,47 @@
+// The checker of the JSON schemas finds what breaks them.
+#include "support/json_schema.h"
+
+#include <gtest/gtest.h>
+
+#include <nlohmann/json.hpp>
+
+namespace tool_test {
+namespace {
+
+nlohmann::ordered_json Camera() {
+  return {{"index", 0}, {"path", "p"}, {"name", "n"}, {"vid", "1234"}, {"pid", "00FF"}};
+}
+
+TEST(JsonSchemaTest, GoodValueHasNoBreach) {
+  EXPECT_EQ(BreachOfSchema("list", {{"cameras", {Camera()}}}), "");
+  EXPECT_EQ(BreachOfSchema("list", {{"event", "left"}, {"camera", Camera()}}), "");
+}
+
+TEST(JsonSchemaTest, MissingForeignAndWrongMembersAreFound) {
+  EXPECT_EQ(BreachOfSchema("reg-read", {{"wide", true}, {"checked", true}}), ": lacks registers");
+  EXPECT_EQ(BreachOfSchema("reg-read", {{"wide", true},
+                                        {"checked", true},
+                                        {"registers", nlohmann::ordered_json::array()},
+                                        {"more", 1}}),
+            ": must not have more");
+  EXPECT_EQ(BreachOfSchema("reg-read", {{"wide", true},
+                                        {"checked", true},
+                                        {"registers", {{{"address", "0x1a3"}, {"value", 1}}}}}),
+            "/registers/0/address: not of type \"integer\"");
+  EXPECT_EQ(BreachOfSchema("reg-read", {{"wide", true},
+                                        {"checked", true},
+                                        {"registers", {{{"address", 1}, {"value", -1}}}}}),
+            "/registers/0/value: out of range");
+}
+
+TEST(JsonSchemaTest, OneOfWantsOneThatFits) {
+  auto camera = Camera();
+  camera["vid"] = "12345";
+  EXPECT_EQ(BreachOfSchema("list", {{"event", "gone"}, {"camera", Camera()}}),
+            ": fits 0 of oneOf; : lacks cameras");
+  EXPECT_EQ(BreachOfSchema("list", {{"cameras", {camera}}}),
+            ": fits 0 of oneOf; /cameras/0/vid: does not match the pattern");
+}
+
+}  // namespace
+}  // namespace tool_test

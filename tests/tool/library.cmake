@@ -1,0 +1,13 @@
+# Natively the library's exports are linked instead of loaded, on a system in memory.
+if(NOT WIN32)
+  borvan_add_gtest(
+    tool_library_test
+    SOURCES library_camera_test.cpp
+            library_flash_test.cpp
+            library_rig.cpp
+            supervisor_test.cpp
+            ../api/api_fixture.cpp
+            ../support/scripted_platform.cpp
+    LIBRARIES borvanusb_core borvan_core)
+  target_include_directories(tool_library_test PRIVATE "${PROJECT_SOURCE_DIR}/tests")
+endif()

@@ -1,0 +1,88 @@
+#include "library_rig.h"
+
+#include <filesystem>
+#include <thread>
+
+namespace tool_test {
+namespace {
+
+// No test waits longer for something that does not come.
+constexpr std::chrono::milliseconds kLimit{300};
+
+}  // namespace
+
+LibraryPlatform::ScratchFile TestPlatform::NewScratchFile(std::string_view extension) {
+  const std::string name =
+      folder.Path("scratch" + std::to_string(made.size()) + "." + std::string(extension));
+  made.push_back(name);
+  return {name, name};
+}
+
+void TestPlatform::RemoveScratchFile(const ScratchFile& file) {
+  std::filesystem::remove(file.name);
+}
+
+std::string TestPlatform::SystemMessage(std::uint32_t status) {
+  return status == 0x80070017 ? "Data error" : "";
+}
+
+void TestPlatform::Sleep(std::chrono::milliseconds time) {
+  if (on_sleep) {
+    on_sleep();
+  }
+  std::this_thread::sleep_for(time);
+}
+
+std::unique_ptr<LibraryPlatform::CameraLock> TestPlatform::LockCamera(
+    const std::string& /*path*/, std::chrono::milliseconds /*limit*/) {
+  return locked_elsewhere ? nullptr : std::make_unique<CameraLock>();
+}
+
+LibraryTest::LibraryTest() {
+  exports.UsbIniDevice = UsbIniDevice;
+  exports.UsbUpdateDevice = UsbUpdateDevice;
+  exports.UsbGetDeviceNum = UsbGetDeviceNum;
+  exports.UsbGetAllDeviceInfo = UsbGetAllDeviceInfo;
+  exports.UsbSelectDevice = UsbSelectDevice;
+  exports.UsbRegisterRead = UsbRegisterRead;
+  exports.UsbRegisterWrite = UsbRegisterWrite;
+  exports.UsbRegisterReadFile = UsbRegisterReadFile;
+  exports.UsbRegisterWriteFile = UsbRegisterWriteFile;
+  exports.UsbI2cRead = UsbI2cRead;
+  exports.UsbI2cWrite = UsbI2cWrite;
+  exports.UsbI2CWriteFile = UsbI2CWriteFile;
+  exports.UsbFlashRead = UsbFlashRead;
+  exports.UsbFlashWrite = UsbFlashWrite;
+  exports.UsbFlashErase = UsbFlashErase;
+  exports.UsbFlashWriteFile = UsbFlashWriteFile;
+  exports.UsbFlashQuickReadFile = UsbFlashQuickReadFile;
+  exports.GetProgressInfo = GetProgressInfo;
+  library.emplace(exports, platform, supervisor, kLimit);
+  script->cameras = {borvan_test::MakeCamera(u'a', chip)};
+}
+
+std::unique_ptr<Camera> LibraryTest::Open() {
+  auto camera = OpenLibraryCamera(*library, library->ListCameras().at(0));
+  chip->ForgetTransfers();
+  return camera;
+}
+
+Failure LibraryTest::FailureOf(const std::function<void()>& call) {
+  try {
+    call();
+  } catch (const Failure& failure) {
+    return failure;
+  }
+  ADD_FAILURE() << "it ended well";
+  return {ExitCode::kDone, ""};
+}
+
+std::size_t LibraryTest::LeftBehind() const {
+  std::size_t count = 0;
+  for (const std::string& name : platform.made) {
+    count += std::filesystem::exists(name) ? 1U : 0U;
+  }
+  return count;
+}
+
+}  // namespace tool_test

@@ -1,0 +1,57 @@
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "api/api_fixture.h"
+#include "failure.h"
+#include "library/camera_library.h"
+#include "library/library_platform.h"
+#include "library/supervisor.h"
+#include "support/temporary_folder.h"
+
+namespace tool_test {
+
+// The system's part, with files in a folder of the test's own.
+class TestPlatform : public LibraryPlatform {
+ public:
+  ScratchFile NewScratchFile(std::string_view extension) override;
+  void RemoveScratchFile(const ScratchFile& file) override;
+  std::string ToUtf8(std::string_view text) override { return std::string(text); }
+  std::string SystemMessage(std::uint32_t status) override;
+  void Sleep(std::chrono::milliseconds time) override;
+  std::unique_ptr<CameraLock> LockCamera(const std::string& path,
+                                         std::chrono::milliseconds limit) override;
+
+  borvan_test::TemporaryFolder folder;
+  std::vector<std::string> made;  // scratch files
+  bool locked_elsewhere = false;
+  std::function<void()> on_sleep;
+};
+
+// A camera in memory behind the library's own exports.
+class LibraryTest : public borvan_test::ApiTest {
+ protected:
+  LibraryTest();
+
+  // Opens the one camera.
+  std::unique_ptr<Camera> Open();
+
+  // The failure that the call ends with; a failed test when it ends well.
+  static Failure FailureOf(const std::function<void()>& call);
+
+  // Files left behind in the scratch folder.
+  std::size_t LeftBehind() const;
+
+  Exports exports;
+  TestPlatform platform;
+  Supervisor supervisor;
+  std::optional<CameraLibrary> library;
+};
+
+}  // namespace tool_test

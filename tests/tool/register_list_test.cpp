@@ -1,0 +1,153 @@
+// Lists of chip registers: what keeps them from being written as they stand, dumps, comparison.
+#include "lists/register_list.h"
+
+#include <gtest/gtest.h>
+
+#include <array>
+#include <string>
+
+#include "lists/register_diff.h"
+
+namespace tool_test {
+namespace {
+
+using Problems = std::vector<ListProblem>;
+
+std::string Row(std::uint32_t first, int count) {
+  std::string text;
+  for (int i = 0; i < count; ++i) {
+    text += Hex(first + static_cast<std::uint32_t>(i)) + ",1,\n";
+  }
+  return text;
+}
+
+TEST(RegisterListTest, GoodListHasItsRegistersCounted) {
+  const CheckedRegisterList checked = CheckRegisterList(
+      "0xffff,0xff,\n0xfffd,0x05,\n0xfffe,0x0a,\n0x8000,0x01,\n0x8002,0x80,\n0xfffd,0,\n0x8010,1");
+  EXPECT_EQ(checked.list.problems, Problems{});
+  EXPECT_EQ(checked.list.remarks, Problems{});
+  EXPECT_EQ(checked.registers, 3U);
+}
+
+TEST(RegisterListTest, EveryProblemIsToldWithItsLine) {
+  const CheckedRegisterList checked = CheckRegisterList(
+      "0x8000,0x01,\n"
+      "0xfffd,0x100,\n"
+      "0x18000,1,\n"
+      "0x8001,0x100,\n"
+      "0xffff,0x100,\n"
+      "0xfffe,1,\n");
+  EXPECT_EQ(
+      checked.list.problems,
+      (Problems{{1,
+                 "a register list opens with 0xfffd, this one with 0x8000: nothing would be "
+                 "written"},
+                {2, "value 0x100 has more than 8 bits"},
+                {3, "address 0x18000 has more than 16 bits"},
+                {4, "value 0x100 has more than 8 bits"},
+                {5,
+                 "a pause of 256 ms would be passed over: at most 0xff (255 ms), longer ones as "
+                 "several lines"},
+                {6, "no register stands behind this delay value: it does nothing"}}));
+}
+
+TEST(RegisterListTest, BadLineHidesNoOpeningLine) {
+  EXPECT_EQ(CheckRegisterList("0xfffd\n0x8000,1,\n").list.problems,
+            (Problems{{1,
+                       "no comma in \"0xfffd\": the line would be passed over; write ADDRESS, "
+                       "VALUE, or open a remark with //"}}));
+}
+
+TEST(RegisterListTest, ListWithoutARegisterIsAProblem) {
+  EXPECT_EQ(CheckRegisterList("// nothing\n").list.problems,
+            (Problems{{0, "the list has no register"}}));
+}
+
+TEST(RegisterListTest, PauseBehindARegisterIsToldToComeFirst) {
+  EXPECT_EQ(
+      CheckRegisterList("0xfffd,0,\n0x1,1,\n0xffff,10,\n0x2,1,\n").list.remarks,
+      (Problems{{3,
+                 "this pause is made before the first register is written, not here: what must "
+                 "wait goes into a list of its own"}}));
+}
+
+TEST(RegisterListTest, DelayValuesInsideARowAreToldToBePassedOver) {
+  const Problems told = {{22,
+                          "delay values inside 21 or more registers in a row are passed over: "
+                          "put the rest of the row into a list of its own"}};
+  // Line 1 is the opening, 20 registers follow, then the mark.
+  EXPECT_EQ(
+      CheckRegisterList("fffd,0\n" + Row(0x100, 20) + "fffd,1\n" + Row(0x114, 1)).list.remarks,
+      told);
+  // A gap, or a row that stays below 21, leaves the mark its effect.
+  EXPECT_EQ(
+      CheckRegisterList("fffd,0\n" + Row(0x100, 20) + "fffd,1\n" + Row(0x115, 1)).list.remarks,
+      Problems{});
+  EXPECT_EQ(
+      CheckRegisterList("fffd,0\n" + Row(0x100, 10) + "fffd,1\n" + Row(0x10A, 10)).list.remarks,
+      Problems{});
+  // A block ends at 56 registers: the mark right behind it opens the next.
+  EXPECT_EQ(
+      CheckRegisterList("fffd,0\n" + Row(0x100, 56) + "fffd,1\n" + Row(0x138, 30)).list.remarks,
+      Problems{});
+}
+
+TEST(RegisterListTest, RegisterThatBreaksABlockOffBeginsNoRow) {
+  // 0x200 breaks the 21 off and stands alone; the 20 behind it are too few.
+  EXPECT_EQ(
+      CheckRegisterList("fffd,0\n" + Row(0x100, 21) + Row(0x200, 5) + "fffd,1\n" + Row(0x205, 16))
+          .list.remarks,
+      Problems{});
+  EXPECT_EQ(
+      CheckRegisterList("fffd,0\n" + Row(0x100, 21) + Row(0x200, 5) + "fffd,1\n" + Row(0x205, 17))
+          .list.remarks.size(),
+      1U);
+}
+
+TEST(RegisterListTest, DumpLoadsBackAndKeepsMarkersInRemarks) {
+  const std::array<std::uint32_t, 4> values = {0x11, 0x22, 0x33, 0x44};
+  const std::string dump = RegisterDumpText({0x5AFFFC, 0x5AFFFF}, values);
+  EXPECT_EQ(dump,
+            "0xfffd, 0x00,\n0xfffe, 0x5a,\n0xfffc, 0x11,\n"
+            "// no list can write this register: 0xfffd, 0x22,\n"
+            "// no list can write this register: 0xfffe, 0x33,\n"
+            "// no list can write this register: 0xffff, 0x44,\n");
+  const CheckedRegisterList checked = CheckRegisterList(dump);
+  EXPECT_EQ(checked.list.problems, Problems{});
+  EXPECT_EQ(checked.registers, 1U);
+}
+
+TEST(RegisterListTest, WideDumpSaysThatItCannotBeLoadedAndCannot) {
+  const std::array<std::uint32_t, 1> values = {0xDEADBEEF};
+  const std::string dump = WideRegisterDumpText({0x8000, 0x8000}, values);
+  EXPECT_EQ(dump,
+            "// 32-bit registers; no list holds them, so this can't be loaded back\n"
+            "0x8000 0xdeadbeef\n");
+  EXPECT_EQ(CheckRegisterList(dump).list.problems.size(), 1U);
+}
+
+TEST(RegisterListTest, TextForTheLibraryHoldsTheEntriesAlone) {
+  EXPECT_EQ(RegisterListText(ReadListText("// x\nFFFD,0 // y\n8000,0x1,\n").entries),
+            "0xfffd, 0x00,\n0x8000, 0x01,\n");
+}
+
+TEST(RegisterDiffTest, TellsDifferentAndMissingRegistersInOrder) {
+  const RegisterValues left = RegistersOf(ReadListText("fffd,0\n10,1\n12,2\n14,4\n10,3").entries);
+  const RegisterValues right =
+      RegistersOf(ReadListText("fffd,9\nffff,1\n11,1\n12,2\n10,5").entries);
+  EXPECT_EQ(CompareRegisters(left, right),
+            (std::vector<RegisterDifference>{
+                {0x10, 3, 5}, {0x11, std::nullopt, 1}, {0x14, 4, std::nullopt}}));
+  EXPECT_TRUE(CompareRegisters(left, left).empty());
+}
+
+TEST(RegisterDiffTest, PageIsThatOfADumpAlone) {
+  EXPECT_EQ(PageOf(ReadListText("fffd,12\nfffe,34\n100,1\n101,1").entries), 0x1234U);
+  // Delay values: of registers that are apart, or told anew.
+  EXPECT_EQ(PageOf(ReadListText("fffd,12\nfffe,34\n100,1\n102,1").entries), 0U);
+  EXPECT_EQ(PageOf(ReadListText("fffd,12\nfffe,34\n100,1\nfffd,1\n101,1").entries), 0U);
+  EXPECT_EQ(PageOf(ReadListText("fffd,12\n100,1\n101,1").entries), 0U);
+}
+
+}  // namespace
+}  // namespace tool_test

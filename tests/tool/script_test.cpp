@@ -1,0 +1,143 @@
+// Scripts of `run`.
+#include "commands/script.h"
+
+#include <sstream>
+
+#include "support/command_desk.h"
+
+namespace tool_test {
+namespace {
+
+// Stands for the command line's reader: the words choose the command.
+std::vector<Arguments> ReadWord(const std::string& line) {
+  if (line.empty() || line.front() == '#') {
+    return {};
+  }
+  std::istringstream words(line);
+  std::string word;
+  words >> word;
+  Arguments arguments;
+  if (word == "info") {
+    arguments.command = InfoCommand{};
+  } else if (word == "list") {
+    arguments.command = ListCommand{};
+  } else if (word == "run") {
+    arguments.command = RunCommand{};
+  } else {
+    throw Failure(ExitCode::kUsage, word + " is no command", "borvanusb --help");
+  }
+  while (words >> word) {
+    if (word == "--json") {
+      arguments.common.json = true;
+    } else {
+      arguments.common.cameras.push_back(word);
+    }
+  }
+  return {arguments};
+}
+
+class ScriptTest : public testing::Test {
+ protected:
+  // What the commands "info" do is `info_`; "list" writes a line.
+  ExitCode Do(const std::string& text, bool keep_going = false) {
+    const auto lines = ReadScript("work.txt", text, ReadWord);
+    const ExitCode code = RunScript(
+        "work.txt", lines, keep_going,
+        [this](const Command& command, Context& context) {
+          cameras_.push_back(context.common.cameras);
+          if (std::holds_alternative<InfoCommand>(command)) {
+            return info_();
+          }
+          context.output.Line("listed");
+          context.result = {{"cameras", nlohmann::ordered_json::array()}};
+          return ExitCode::kDone;
+        },
+        desk_.context);
+    EXPECT_EQ(BreachOfSchema("run", desk_.result), "") << desk_.result.dump(2);
+    return code;
+  }
+
+  std::string FailureMessage(const std::string& text) {
+    try {
+      ReadScript("work.txt", text, ReadWord);
+    } catch (const Failure& failure) {
+      EXPECT_EQ(failure.Code(), ExitCode::kUsage);
+      return failure.Message();
+    }
+    return "";
+  }
+
+  CommandDesk desk_;
+  std::function<ExitCode()> info_ = [] { return ExitCode::kDone; };
+  std::vector<std::vector<std::string>> cameras_;
+};
+
+TEST_F(ScriptTest, EachLineStandsBeforeItsOutput) {
+  EXPECT_EQ(Do("# remark\n\n  list \r\nlist b\n"), ExitCode::kDone);
+  EXPECT_EQ(desk_.output.out, "> list\nlisted\n> list b\nlisted\n");
+  EXPECT_EQ(desk_.result.dump(),
+            R"({"commands":[{"line":3,"text":"list","exit":0,"result":{"cameras":[]}},)"
+            R"({"line":4,"text":"list b","exit":0,"result":{"cameras":[]}}]})");
+}
+
+TEST_F(ScriptTest, CameraOfTheLineWinsOverThatOfTheScript) {
+  desk_.common.cameras = {"outer"};
+  Do("list\nlist own\n");
+  EXPECT_EQ(cameras_, (std::vector<std::vector<std::string>>{{"outer"}, {"own"}}));
+}
+
+TEST_F(ScriptTest, AllLinesAreReadBeforeTheFirstIsRun) {
+  EXPECT_EQ(FailureMessage("list\nlits\n"), "work.txt:2: lits is no command; nothing was run");
+}
+
+TEST_F(ScriptTest, OptionsOfTheWholeScriptAndScriptsWithinAreRefused) {
+  EXPECT_EQ(FailureMessage("list --json\n"),
+            "work.txt:1: --json holds for a whole script, not for a line; nothing was run");
+  EXPECT_EQ(FailureMessage("run\n"), "work.txt:1: a script can't run another one; nothing was run");
+}
+
+TEST_F(ScriptTest, FirstFailureEndsTheScriptWithItsLine) {
+  info_ = []() -> ExitCode { throw Failure(ExitCode::kDevice, "the camera is gone", "Look."); };
+  EXPECT_EQ(Do("list\ninfo\nlist\n"), ExitCode::kDevice);
+  EXPECT_EQ(desk_.output.errors, "work.txt:2: the camera is gone\n  Look.\n");
+  EXPECT_EQ(desk_.output.out, "> list\nlisted\n> info\n");
+  EXPECT_EQ(desk_.result["commands"][1].dump(),
+            R"({"line":2,"text":"info","exit":6,"error":{"code":6,"kind":"device",)"
+            R"("message":"the camera is gone","hint":"Look."}})");
+}
+
+TEST_F(ScriptTest, OutcomeThatIsNotGoodEndsTheScriptToo) {
+  info_ = [] { return ExitCode::kVerify; };
+  EXPECT_EQ(Do("info\nlist\n"), ExitCode::kVerify);
+  EXPECT_EQ(desk_.output.errors, "work.txt:1: ended with exit code 7 (verify)\n");
+  EXPECT_EQ(desk_.result["commands"].size(), 1U);
+}
+
+TEST_F(ScriptTest, KeepGoingRunsAllAndEndsWithTheWorst) {
+  int calls = 0;
+  info_ = [&calls]() -> ExitCode {
+    if (++calls == 1) {
+      throw Failure(ExitCode::kTimeout, "nothing moves");
+    }
+    throw std::runtime_error("no memory");
+  };
+  EXPECT_EQ(Do("info\nlist\ninfo\nlist\n", true), ExitCode::kInternal);
+  EXPECT_EQ(desk_.result["commands"].size(), 4U);
+  EXPECT_EQ(desk_.output.errors, "work.txt:1: nothing moves\nwork.txt:3: no memory\n");
+}
+
+TEST_F(ScriptTest, StopByTheUserEndsItAlsoWhenKeepingOn) {
+  info_ = []() -> ExitCode { throw Failure(ExitCode::kStopped, "stopped by the user"); };
+  EXPECT_EQ(Do("info\nlist\n", true), ExitCode::kStopped);
+  EXPECT_EQ(desk_.result["commands"].size(), 1U);
+  // A line that takes the stop as its good end, as watching does, is the last one all the same.
+  info_ = [this] {
+    desk_.host.stop_requested = true;
+    return ExitCode::kDone;
+  };
+  EXPECT_EQ(Do("info\nlist\n", true), ExitCode::kStopped);
+  EXPECT_EQ(desk_.result["commands"].size(), 1U);
+}
+
+}  // namespace
+}  // namespace tool_test

@@ -1,0 +1,52 @@
+// What the watching threads see of the working one.
+#include "library/supervisor.h"
+
+#include <gtest/gtest.h>
+
+#include <thread>
+
+#include "failure.h"
+
+namespace tool_test {
+namespace {
+
+using std::chrono::milliseconds;
+
+TEST(SupervisorTest, OnlyACallThatLastsIsOverdue) {
+  Supervisor supervisor;
+  supervisor.SetLimit(milliseconds(20));
+  EXPECT_EQ(supervisor.Overdue(), std::nullopt);
+  {
+    const Supervisor::Call call(supervisor, "reading a register");
+    EXPECT_EQ(supervisor.Overdue(milliseconds(10000)), std::nullopt);
+    std::this_thread::sleep_for(milliseconds(30));
+    EXPECT_EQ(supervisor.Overdue(), "reading a register");
+  }
+  EXPECT_EQ(supervisor.Overdue(), std::nullopt);
+}
+
+TEST(SupervisorTest, StopKeepsCallsFromBeginningUnlessHeld) {
+  Supervisor supervisor;
+  EXPECT_EQ(supervisor.RequestStop(), 1);
+  EXPECT_EQ(supervisor.RequestStop(), 2);
+  EXPECT_THROW(Supervisor::Call(supervisor, "anything"), Failure);
+  {
+    const Supervisor::Hold hold(supervisor);
+    EXPECT_TRUE(supervisor.IsHeld());
+    EXPECT_NO_THROW(Supervisor::Call(supervisor, "anything"));
+  }
+  EXPECT_FALSE(supervisor.IsHeld());
+  EXPECT_THROW(supervisor.ObeyStop(), Failure);
+}
+
+TEST(SupervisorTest, LastWordsAreThoseSetLast) {
+  Supervisor supervisor;
+  EXPECT_TRUE(supervisor.LastWords().empty());
+  supervisor.SetLastWords([] { return std::vector<std::string>{"one"}; });
+  EXPECT_EQ(supervisor.LastWords(), std::vector<std::string>{"one"});
+  supervisor.SetLastWords(nullptr);
+  EXPECT_TRUE(supervisor.LastWords().empty());
+}
+
+}  // namespace
+}  // namespace tool_test

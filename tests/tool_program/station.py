@@ -1,0 +1,172 @@
+"""A station with virtual cameras, on which tests run the built borvanusb.exe through Wine.
+
+Each test program has a Wine prefix of its own, so that several can run at once.
+"""
+import dataclasses
+import json
+import os
+import pathlib
+import shutil
+import subprocess
+import sys
+import tempfile
+import unittest
+
+ROOT = pathlib.Path(__file__).resolve().parent.parent.parent
+BIN = pathlib.Path(os.environ.get("BORVAN_BIN", ROOT / "build" / "windows" / "bin"))
+RUN = ROOT / "scripts" / "run_with_wine.sh"
+WINE = pathlib.Path("/usr/lib/wine/wine64")
+SCHEMAS = ROOT / "docs" / "json"
+SECTOR = 4096
+# No command of these tests takes longer, however busy the machine is.
+LONGEST = 120
+
+
+def windows_name(path):
+    """A file of this system as programs under Wine call it: the whole tree is drive Z."""
+    return "Z:" + str(path).replace("/", "\\")
+
+
+def camera(number=0, **changes):
+    """The configuration of a virtual camera; `changes` replace or add keys."""
+    settings = {
+        "path": f"\\\\?\\usb#vid_1234&pid_{number:04x}&mi_00#{number}",
+        "name": f"Test camera {number}",
+        "flash": {"size": "64K"},
+        "registers": {"0x1a3": "0x20", "0x100": "0x11", "0x101": "0x22"},
+        "sensors": [{"slave": "0x6c", "mode": 1, "registers": {"0x300a": "0x56"}}],
+    }
+    settings.update(changes)
+    return settings
+
+
+@dataclasses.dataclass
+class Outcome:
+    """What a run of the tool left."""
+    code: int
+    out: str
+    err: str
+
+    @property
+    def json(self):
+        """Standard output as one JSON object."""
+        return json.loads(self.out)
+
+    @property
+    def lines(self):
+        """Standard output's JSON lines."""
+        return [json.loads(line) for line in self.out.splitlines()]
+
+
+class ToolTest(unittest.TestCase):
+    """A test with a folder of its own, in which its cameras' files lie."""
+
+    def setUp(self):
+        self.folder = pathlib.Path(tempfile.mkdtemp(prefix="borvanusb-"))
+        self.addCleanup(shutil.rmtree, self.folder, ignore_errors=True)
+        self.environment = dict(os.environ, WINEDEBUG="-all",
+                                BORVAN_VIRTUAL_CAMERA=windows_name(self.folder / "cameras.json"),
+                                WINEDLLOVERRIDES="mscoree,mshtml,winedbg.exe=")
+
+    # Cameras.
+
+    def plug_in(self, *cameras):
+        """Registers these cameras in place of all others; without any, the list is empty."""
+        configuration = {"cameras": list(cameras)}
+        (self.folder / "cameras.json").write_text(json.dumps(configuration), encoding="utf-8")
+        self.virtual_camera("register" if cameras else "unregister")
+
+    def configure(self, *cameras):
+        """Changes how the registered cameras behave; their state stays."""
+        (self.folder / "cameras.json").write_text(json.dumps({"cameras": list(cameras)}),
+                                                  encoding="utf-8")
+
+    def virtual_camera(self, *arguments):
+        """Runs the virtual cameras' control program."""
+        subprocess.run([RUN, BIN / "virtual-camera.exe", *arguments], check=True, timeout=LONGEST,
+                       env=self.environment, stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL)
+
+    def flash_file(self, number=0):
+        """The file with a camera's flash."""
+        return self.folder / f"cameras.camera{number}.flash"
+
+    def flash(self, number=0):
+        """A camera's flash, all of it."""
+        return self.flash_file(number).read_bytes()
+
+    def put_flash(self, content, number=0):
+        """Gives a camera's flash its bytes; to be called before it is used."""
+        self.flash_file(number).write_bytes(content)
+
+    # Files.
+
+    def file(self, name, content=b""):
+        """Makes a file and returns its Windows name."""
+        path = self.folder / name
+        path.write_bytes(content if isinstance(content, bytes) else content.encode("utf-8"))
+        return windows_name(path)
+
+    def name(self, name):
+        """The Windows name of a file in the test's folder."""
+        return windows_name(self.folder / name)
+
+    # The tool.
+
+    def start(self, *arguments, environment=None, **options):
+        """Starts borvanusb; the caller waits for it."""
+        return subprocess.Popen([*self.command(), *map(str, arguments)], env=dict(
+            self.environment, **(environment or {})), stdin=subprocess.DEVNULL,
+            stdout=subprocess.PIPE, stderr=subprocess.PIPE, **options)
+
+    @staticmethod
+    def command():
+        """The command line that starts borvanusb."""
+        processor = os.environ.get("BORVAN_WINE_CPU")
+        pin = ["taskset", "-c", processor] if processor else []
+        return [*pin, str(WINE if WINE.exists() else "wine"), str(BIN / "borvanusb.exe")]
+
+    def finish(self, process):
+        """Waits for a started borvanusb."""
+        out, err = process.communicate(timeout=LONGEST)
+        return Outcome(process.returncode, out.decode("utf-8").replace("\r\n", "\n"),
+                       err.decode("utf-8").replace("\r\n", "\n"))
+
+    def run_tool(self, *arguments, environment=None):
+        """Runs borvanusb to its end."""
+        return self.finish(self.start(*arguments, environment=environment))
+
+    def succeed(self, *arguments, environment=None):
+        """Runs borvanusb; it must end with 0."""
+        outcome = self.run_tool(*arguments, environment=environment)
+        self.assertEqual(outcome.code, 0, f"{arguments}\n{outcome.out}\n{outcome.err}")
+        return outcome
+
+    def fail(self, code, message, *arguments, environment=None):
+        """Runs borvanusb; it must end with `code` and a line that holds `message`: a program that
+        crashes can end with a small number, too."""
+        outcome = self.run_tool(*arguments, environment=environment)
+        self.assertEqual(outcome.code, code, f"{arguments}\n{outcome.out}\n{outcome.err}")
+        self.assertRegex(outcome.err, r"(?m)^borvanusb: .*" + message)
+        return outcome
+
+    # JSON.
+
+    def assert_schema(self, name, value):
+        """`value` must be as docs/json/NAME.schema.json says."""
+        import jsonschema  # pylint: disable=import-outside-toplevel
+        schema = json.loads((SCHEMAS / f"{name}.schema.json").read_text(encoding="utf-8"))
+        jsonschema.Draft202012Validator.check_schema(schema)
+        jsonschema.validate(value, schema, cls=jsonschema.Draft202012Validator)
+
+
+def main():
+    """Runs the calling program's tests. Wine's services, started by the first program and ended after
+    the last, would hold a test's pipes open: a shell that waits for its input keeps them alive,
+    apart from our output."""
+    with subprocess.Popen([RUN, "cmd.exe"], stdin=subprocess.PIPE, stdout=subprocess.DEVNULL,
+                          stderr=subprocess.DEVNULL) as keeper:
+        try:
+            if not unittest.main(verbosity=2, exit=False).result.wasSuccessful():
+                sys.exit(1)
+        finally:
+            keeper.stdin.close()

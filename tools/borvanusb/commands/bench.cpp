@@ -1,0 +1,196 @@
+#include <cmath>
+#include <cstdio>
+#include <functional>
+#include <nlohmann/json.hpp>
+
+#include "camera_choice.h"
+#include "commands/camera_work.h"
+#include "commands/commands.h"
+#include "failure.h"
+#include "lists/statistics.h"
+#include "output/output.h"
+#include "output/progress.h"
+
+namespace {
+
+using Json = nlohmann::ordered_json;
+
+constexpr double kMicro = 1e6;
+constexpr double kHighPercent = 99;
+
+// Jobs move many packets each: fewer of them tell as much as many single accesses.
+constexpr std::uint64_t kJobRoundsShare = 10;
+constexpr std::uint64_t kReadSize = std::uint64_t{32} << 10U;
+constexpr std::uint64_t kReadPacket = 64;
+// Registers of a run, whole blocks of 56.
+constexpr std::uint32_t kRunFirst = 0x100;
+constexpr std::uint32_t kRunLast = 0x47F;
+constexpr std::uint32_t kRunBlock = 56;
+// A set and a get each, and a length before them.
+constexpr std::uint64_t kReadTransfers = 2 + 2 * (kReadSize / kReadPacket + 1);
+constexpr std::uint64_t kRunTransfers = 1 + 2 * ((kRunLast - kRunFirst + 1) / kRunBlock);
+
+// What programming 1 MiB takes: packets of 60 bytes, erases of 4096, and reads of 64 before and
+// after, each a set and a get.
+constexpr std::uint64_t kImageSize = std::uint64_t{1} << 20U;
+constexpr std::uint64_t kWritePacket = 60;
+constexpr std::uint64_t kProgramTransfers =
+    (kImageSize + kWritePacket - 1) / kWritePacket + kImageSize / kSectorSize;
+constexpr std::uint64_t kImageReadTransfers = 2 * (kImageSize / kReadPacket + 1);
+
+struct Measurement {
+  int selector = 0;
+  std::string what;
+  std::uint64_t rounds = 0;
+  std::uint64_t transfers = 0;  // of a call
+  std::function<void()> call;   // empty: not measured, and `note` says why
+  std::string note;
+  bool failure_counts = false;  // a refusal takes its time as an answer does
+  std::vector<double> seconds{};
+  std::uint64_t failures = 0;
+};
+
+std::string Fixed(double number, int decimals) {
+  std::array<char, 64> text{};
+  std::snprintf(text.data(), text.size(), "%.*f", decimals, number);
+  return text.data();
+}
+
+std::string Padded(const std::string& text, std::size_t width, bool right) {
+  const std::string blanks(width > text.size() ? width - text.size() : 0, ' ');
+  return right ? blanks + text : text + blanks;
+}
+
+std::vector<Measurement> Measurements(Camera& camera, std::uint64_t rounds) {
+  const std::uint64_t job_rounds = std::max<std::uint64_t>(1, rounds / kJobRoundsShare);
+  std::vector<Measurement> list;
+  list.push_back({1, "byte register read", rounds, 4,
+                  [&] { camera.ReadRegister(kFeatureRegister, RegisterWidth::kByte); }, ""});
+  // No device has the slave address 0: nothing is disturbed.
+  list.push_back({2, "I2C read", rounds, 3, [&] { camera.ReadI2c({0, 0, 0}, 0); }, "", true});
+  list.push_back({3, "flash word read", rounds, 3, [&] { camera.PeekFlashWord(0); }, ""});
+  list.push_back({4, "flash program packet", 0, 0, {}, "not measured: it would write"});
+  list.push_back({5, "flash read of 32 KiB", job_rounds, kReadTransfers,
+                  [&] { camera.ReadFlash(0, kReadSize, {}); }, "with the job's start and end"});
+  list.push_back({6, "I2C block read", 0, 0, {}, "not measured: no command uses it"});
+  list.push_back({7, "run of 896 registers", job_rounds, kRunTransfers,
+                  [&] { camera.ReadRegisterRun(kRunFirst, kRunLast); },
+                  "with the job's start and end"});
+  return list;
+}
+
+void Measure(Measurement& measurement, Context& context) {
+  for (std::uint64_t round = 0; round < measurement.rounds; ++round) {
+    const auto before = context.host.Clock();
+    try {
+      measurement.call();
+    } catch (const Failure& failure) {
+      if (!measurement.failure_counts || failure.Code() != ExitCode::kDevice) {
+        throw;
+      }
+      ++measurement.failures;
+    }
+    measurement.seconds.push_back(
+        std::chrono::duration<double>(context.host.Clock() - before).count());
+  }
+  if (measurement.failures > 0) {
+    measurement.note = std::to_string(measurement.failures) + " of " +
+                       std::to_string(measurement.rounds) +
+                       " refused, nothing is at slave 0: the time of the refusal";
+  }
+}
+
+// Seconds that one transfer takes, at the median; 0 when the clock did not move.
+double SecondsPerTransfer(const Measurement& measurement) {
+  return Median(measurement.seconds) / static_cast<double>(measurement.transfers);
+}
+
+double PerSecond(const Measurement& measurement) {
+  const double seconds = SecondsPerTransfer(measurement);
+  return seconds > 0 ? 1 / seconds : 0;
+}
+
+void Print(const Measurement& measurement, Output& output) {
+  std::string line = Padded(std::to_string(measurement.selector), 8, true) + "  " +
+                     Padded(measurement.what, 22, false);
+  if (measurement.call) {
+    line += Padded(Fixed(Median(measurement.seconds) * kMicro, 1), 11, true) +
+            Padded(Fixed(Percentile(measurement.seconds, kHighPercent) * kMicro, 1), 11, true) +
+            Padded(std::to_string(measurement.transfers), 10, true) +
+            Padded(Fixed(PerSecond(measurement), 0), 12, true);
+  }
+  output.Line(line + (measurement.note.empty() ? "" : "  " + measurement.note));
+}
+
+Json MeasurementJson(const Measurement& measurement) {
+  Json json = {{"selector", measurement.selector},
+               {"what", measurement.what},
+               {"measured", static_cast<bool>(measurement.call)},
+               {"rounds", measurement.rounds},
+               {"transfers", measurement.transfers},
+               {"median_us", nullptr},
+               {"p99_us", nullptr},
+               {"transfers_per_second", nullptr},
+               {"note", measurement.note}};
+  if (measurement.call) {
+    json["median_us"] = Median(measurement.seconds) * kMicro;
+    json["p99_us"] = Percentile(measurement.seconds, kHighPercent) * kMicro;
+    json["transfers_per_second"] = PerSecond(measurement);
+  }
+  return json;
+}
+
+void Estimate(const std::vector<Measurement>& list, Context& context) {
+  const auto read = std::find_if(list.begin(), list.end(), [](const Measurement& measurement) {
+    return measurement.selector == 5;
+  });
+  const double transfer = SecondsPerTransfer(*read);
+  const double program = transfer * static_cast<double>(kProgramTransfers);
+  const double reading = transfer * static_cast<double>(kImageReadTransfers);
+  Output& output = context.output;
+  output.Line("");
+  output.Line("Programming 1 MiB: about " + Fixed(program + 2 * reading, 1) + " s");
+  output.Line("  read before and after  " + Fixed(2 * reading, 1) + " s, 2 x " +
+              std::to_string(kImageReadTransfers) + " transfers");
+  output.Line("  erase and program      " + Fixed(program, 1) + " s, " +
+              std::to_string(kImageSize / kSectorSize) + " erases and " +
+              std::to_string(kProgramTransfers - kImageSize / kSectorSize) + " packets");
+  output.Line(
+      "Assumed: an erase or a packet takes as long as one transfer of selector 5; the time");
+  output.Line("that the flash itself takes to erase and program comes on top.");
+  context.result["estimate"] = {{"bytes", kImageSize},
+                                {"seconds_per_transfer", transfer},
+                                {"program_transfers", kProgramTransfers},
+                                {"program_seconds", program},
+                                {"read_transfers", kImageReadTransfers},
+                                {"read_seconds", reading},
+                                {"total_seconds", program + 2 * reading}};
+}
+
+}  // namespace
+
+ExitCode Run(const BenchCommand& command, Context& context) {
+  const ReservedCamera camera = ReserveChosenCamera(context);
+  std::vector<Measurement> list =
+      Measurements(*camera.camera, std::max<std::uint64_t>(1, command.rounds));
+  context.progress.Begin("measure", list.size());
+  std::uint64_t done = 0;
+  for (Measurement& measurement : list) {
+    Measure(measurement, context);
+    context.progress.Advance(++done);
+  }
+  context.progress.Done();
+  context.output.Line(CameraLine(camera->Identity()));
+  context.output.Line(
+      "selector  call                     median us     99 % us transfers  transfers/s");
+  auto selectors = Json::array();
+  for (const Measurement& measurement : list) {
+    Print(measurement, context.output);
+    selectors.push_back(MeasurementJson(measurement));
+  }
+  context.result = {{"camera", CameraJson(camera->Identity())},
+                    {"rounds", command.rounds},
+                    {"selectors", std::move(selectors)}};
+  Estimate(list, context);
+  return ExitCode::kDone;
+}

@@ -1,0 +1,70 @@
+#include "commands/list_problems.h"
+
+#include <nlohmann/json.hpp>
+
+#include "commands/camera_work.h"
+#include "failure.h"
+#include "output/output.h"
+
+namespace {
+
+nlohmann::ordered_json ProblemsJson(const std::vector<ListProblem>& problems) {
+  auto list = nlohmann::ordered_json::array();
+  for (const ListProblem& problem : problems) {
+    list.push_back({{"line", problem.line}, {"message", problem.text}});
+  }
+  return list;
+}
+
+}  // namespace
+
+std::string ProblemLine(const std::string& file, const ListProblem& problem) {
+  return file + (problem.line != 0 ? ":" + std::to_string(problem.line) : "") + ": " + problem.text;
+}
+
+void NoteRemarks(const std::string& file, const ListText& list, Context& context) {
+  for (const ListProblem& remark : list.remarks) {
+    context.output.Note("note: " + ProblemLine(file, remark));
+  }
+}
+
+void RequireGoodList(const std::string& file, const ListText& list, const std::string& consequence,
+                     Context& context) {
+  if (list.problems.empty()) {
+    return;
+  }
+  if (list.problems.size() == 1) {
+    throw Failure(ExitCode::kFile, ProblemLine(file, list.problems.front()) + "; " + consequence,
+                  "docs/list-files.md tells what a list may hold.");
+  }
+  for (const ListProblem& problem : list.problems) {
+    context.output.Error(ProblemLine(file, problem));
+  }
+  throw Failure(ExitCode::kFile,
+                file + ": " + Count(list.problems.size(), "problem") + ", the first in " +
+                    ProblemLine(file, list.problems.front()) + "; " + consequence,
+                "All are told above; docs/list-files.md tells what a list may hold.");
+}
+
+ExitCode ReportCheck(const std::string& file, const ListText& list, std::uint64_t registers,
+                     Context& context) {
+  for (const ListProblem& problem : list.problems) {
+    context.output.Line(ProblemLine(file, problem));
+  }
+  NoteRemarks(file, list, context);
+  context.result = LoadJson(file, list, registers, false);
+  if (!list.problems.empty()) {
+    return ExitCode::kFile;
+  }
+  context.output.Line(file + ": good, " + Count(registers, "register"));
+  return ExitCode::kDone;
+}
+
+nlohmann::ordered_json LoadJson(const std::string& file, const ListText& list,
+                                std::uint64_t registers, bool written) {
+  return {{"file", file},
+          {"registers", registers},
+          {"written", written},
+          {"problems", ProblemsJson(list.problems)},
+          {"remarks", ProblemsJson(list.remarks)}};
+}

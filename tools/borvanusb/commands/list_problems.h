@@ -1,0 +1,30 @@
+#pragma once
+
+#include <cstdint>
+#include <nlohmann/json_fwd.hpp>
+#include <string>
+
+#include "commands/context.h"
+#include "exit_code.h"
+#include "lists/list_text.h"
+
+// How `reg load` and `i2c load` tell what is wrong with a list.
+
+// "settings.txt:12: value 0x100 has more than 8 bits".
+std::string ProblemLine(const std::string& file, const ListProblem& problem);
+
+// Tells what a list may do else than meant, on standard error.
+void NoteRemarks(const std::string& file, const ListText& list, Context& context);
+
+// Throws Failure kFile when the list has problems, after telling each of them on standard error.
+//   consequence  "nothing was sent"
+void RequireGoodList(const std::string& file, const ListText& list, const std::string& consequence,
+                     Context& context);
+
+// The outcome of a check alone: every problem on standard output; kFile if there is one.
+ExitCode ReportCheck(const std::string& file, const ListText& list, std::uint64_t registers,
+                     Context& context);
+
+// {"file", "registers", "written", "problems", "remarks"}.
+nlohmann::ordered_json LoadJson(const std::string& file, const ListText& list,
+                                std::uint64_t registers, bool written);

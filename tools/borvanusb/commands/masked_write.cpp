@@ -1,0 +1,51 @@
+#include "commands/masked_write.h"
+
+#include <nlohmann/json.hpp>
+
+#include "arguments/numbers.h"
+#include "failure.h"
+#include "output/output.h"
+
+namespace {
+
+constexpr std::uint32_t kAllBits = 0xFFFFFFFF;
+
+}  // namespace
+
+void CheckMask(const RegisterWrite& write) {
+  if (write.mask && (write.value & ~*write.mask) != 0) {
+    throw Failure(ExitCode::kUsage,
+                  "VALUE: " + Hex(write.value) + " has bits that --mask " + Hex(*write.mask) +
+                      " leaves alone",
+                  "Bits outside the mask must be 0; they keep what the register holds.");
+  }
+}
+
+void WriteMasked(const RegisterWrite& write, const std::function<std::uint32_t()>& read,
+                 const std::function<void(std::uint32_t)>& write_value, Context& context) {
+  std::optional<std::uint32_t> before;
+  std::uint32_t value = write.value;
+  if (write.mask) {
+    before = read();
+    value = (*before & ~*write.mask) | write.value;
+  }
+  write_value(value);
+  if (write.verify) {
+    // Other bits may be the chip's own, such as states.
+    const std::uint32_t wanted = write.mask.value_or(kAllBits);
+    const std::uint32_t found = read();
+    if ((found & wanted) != (value & wanted)) {
+      throw Failure(ExitCode::kVerify,
+                    write.name + " reads back as " + Hex(found, write.value_digits) + " after " +
+                        Hex(value, write.value_digits) + " was written",
+                    "It may be read-only, or change by itself.");
+    }
+  }
+  const std::string change = before ? Hex(*before, write.value_digits) + " -> " : "";
+  context.output.Line(Hex(write.address, write.address_digits) + "  " + change +
+                      Hex(value, write.value_digits) + (write.verify ? "  verified" : ""));
+  context.result["address"] = write.address;
+  context.result["before"] = before ? nlohmann::ordered_json(*before) : nlohmann::ordered_json();
+  context.result["value"] = value;
+  context.result["verified"] = write.verify;
+}

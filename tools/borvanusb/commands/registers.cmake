@@ -1,0 +1,27 @@
+target_sources(
+  borvanusb_core
+  PRIVATE bench.cpp
+          camera_work.cpp
+          diagnosis.cpp
+          dispatch.cpp
+          doctor.cpp
+          growing_file.cpp
+          i2c_dump.cpp
+          i2c_load.cpp
+          i2c_read_write.cpp
+          i2c_scan.cpp
+          info.cpp
+          info_flash_size.cpp
+          list_cameras.cpp
+          list_problems.cpp
+          masked_write.cpp
+          reg_diff.cpp
+          reg_dump.cpp
+          reg_load.cpp
+          reg_read_write.cpp
+          register_read.cpp
+          run.cpp
+          script.cpp
+          selftest.cpp
+          selftest_checks.cpp
+          watch.cpp)

@@ -1,0 +1,230 @@
+// Registers, I2C and single flash accesses; the flash's jobs are in library_flash.cpp.
+#include "library/library_camera.h"
+
+#include <algorithm>
+
+#include "arguments/numbers.h"
+#include "failure.h"
+#include "files.h"
+
+namespace {
+
+// Above every 8-bit and 16-bit value: a read that leaves it there was not answered.
+constexpr std::uint32_t kImpossible = 0xFFFFFFFF;
+constexpr std::uint32_t kOtherStart = 0x5A5AA5A5;
+constexpr std::uint32_t kFeatureRegister = 0x1A3;
+constexpr std::uint32_t kBadListHead = 11;
+// A list's pauses are at most 255 ms an entry, and its entries need a few transfers each.
+constexpr std::chrono::milliseconds kSilencePerLine{260};
+constexpr std::chrono::milliseconds kLockLimit{2000};
+
+const char* const kAgain = "Plug the camera in again and repeat the command.";
+
+std::span<const std::uint8_t> BytesOf(const std::string& text) {
+  return {reinterpret_cast<const std::uint8_t*>(text.data()), text.size()};
+}
+
+std::chrono::milliseconds SilenceOf(const std::string& list_text) {
+  return kSilencePerLine * (1 + std::count(list_text.begin(), list_text.end(), '\n'));
+}
+
+}  // namespace
+
+std::unique_ptr<LibraryPlatform::CameraLock> LibraryCamera::Lock() const {
+  auto lock = library_.Platform().LockCamera(identity_.path, kLockLimit);
+  if (lock == nullptr) {
+    throw Failure(
+        ExitCode::kRefused,
+        "another borvanusb is working with camera " + identity_.name + ": " + identity_.path,
+        "Wait until it has ended.");
+  }
+  return lock;
+}
+
+void LibraryCamera::Reselect() const {
+  try {
+    library_.Select(identity_);
+  } catch (const Failure& failure) {
+    if (failure.Code() != ExitCode::kNoCamera && failure.Code() != ExitCode::kRefused) {
+      throw;
+    }
+    throw Failure(ExitCode::kDevice, failure.Message(), kAgain);
+  }
+}
+
+void LibraryCamera::Refused(const std::string& what) const {
+  if (!library_.IsListed(identity_)) {
+    throw GoneFailure(what, identity_);
+  }
+  throw Failure(ExitCode::kDevice,
+                what + ": the camera refused a transfer (single accesses tell no status code)",
+                kAgain);
+}
+
+void LibraryCamera::Finish(const std::string& what, const Job& job) const {
+  const JobEnd end = RunJob(library_, identity_, job);
+  if (!end.failed) {
+    return;
+  }
+  if (end.status == kBorvanFileError) {
+    throw Failure(ExitCode::kFile, what + ": " + library_.StatusText(end.status),
+                  "A temporary file could not be used: look at the folder that TEMP names.");
+  }
+  if (!library_.IsListed(identity_)) {
+    throw GoneFailure(what + ": " + library_.StatusText(end.status), identity_);
+  }
+  throw Failure(ExitCode::kDevice, what + ": " + library_.StatusText(end.status), kAgain);
+}
+
+std::uint32_t LibraryCamera::ReadRegister(std::uint32_t address, RegisterWidth width) {
+  const auto lock = Lock();
+  const bool wide = width == RegisterWidth::kWide;
+  const std::uint8_t flag = wide ? kBorvanRegisterWide : kBorvanRegisterByte;
+  const std::string what = "reading register " + Hex(address);
+  const Supervisor::Call call(library_.Watch(), "reading a register");
+  std::uint32_t value = kImpossible;
+  if (!library_.Functions().UsbRegisterRead(address, &value, flag)) {
+    Refused(what);
+  }
+  if (value != kImpossible) {
+    return value;
+  }
+  // Either no answer, or a register that holds just this: an answer would replace another start
+  // value, too.
+  value = kOtherStart;
+  if (!library_.Functions().UsbRegisterRead(address, &value, flag)) {
+    Refused(what);
+  }
+  if (value == kOtherStart || (!wide && value > 0xFF)) {
+    throw Failure(ExitCode::kDevice, what + ": the chip did not answer the read",
+                  "Repeat it; borvanusb selftest tells more.");
+  }
+  return value;
+}
+
+void LibraryCamera::WriteRegister(std::uint32_t address, std::uint32_t value, RegisterWidth width) {
+  const auto lock = Lock();
+  const Supervisor::Call call(library_.Watch(), "writing a register");
+  const std::uint8_t flag =
+      width == RegisterWidth::kWide ? kBorvanRegisterWide : kBorvanRegisterByte;
+  if (!library_.Functions().UsbRegisterWrite(address, value, flag)) {
+    Refused("writing register " + Hex(address));
+  }
+}
+
+std::vector<std::uint8_t> LibraryCamera::ReadRegisterRun(std::uint32_t first, std::uint32_t last) {
+  const auto lock = Lock();
+  Reselect();
+  const auto file = library_.Platform().NewScratchFile("bin");
+  const std::uint64_t size = std::uint64_t{last} - first + 1;
+  Job job;
+  job.doing = "reading registers";
+  job.silence = std::chrono::milliseconds(size);
+  job.start = [&](const Exports& exports) {
+    return exports.UsbRegisterReadFile(file.library_name.c_str(), first, last);
+  };
+  return Dump("reading registers " + Text(Range{first, last}), size, job, file);
+}
+
+void LibraryCamera::WriteRegisterList(const std::string& list_text) {
+  const auto lock = Lock();
+  Job job;
+  job.doing = "writing a register list";
+  job.silence = SilenceOf(list_text);
+  job.notice_is_end = true;
+  Reselect();
+  const auto file = library_.Platform().NewScratchFile("txt");
+  try {
+    WriteWholeText(file.name, list_text);
+    job.start = [&](const Exports& exports) {
+      return exports.UsbRegisterWriteFile(file.library_name.c_str());
+    };
+    const JobEnd end = RunJob(library_, identity_, job);
+    if (end.status == kBadListHead) {
+      throw Failure(ExitCode::kFile, "the list does not open with an entry 0xfffd",
+                    "Put a line 0xfffd, 0x00 at its beginning.");
+    }
+    if (end.failed) {
+      const std::string what = std::string(job.doing) + ": " + library_.StatusText(end.status);
+      throw library_.IsListed(identity_) ? Failure(ExitCode::kDevice, what, kAgain)
+                                         : GoneFailure(what, identity_);
+    }
+  } catch (...) {
+    library_.Platform().RemoveScratchFile(file);
+    throw;
+  }
+  library_.Platform().RemoveScratchFile(file);
+}
+
+std::uint32_t LibraryCamera::ReadI2c(const I2cTarget& target, std::uint32_t address) {
+  const auto lock = Lock();
+  const Supervisor::Call call(library_.Watch(), "reading over I2C");
+  std::uint32_t value = 0;
+  if (!library_.Functions().UsbI2cRead(target.slave, address, &value, target.mode, target.option)) {
+    Refused("reading I2C register " + Hex(address) + " of slave " + Hex(target.slave));
+  }
+  return value;
+}
+
+void LibraryCamera::WriteI2c(const I2cTarget& target, std::uint32_t address, std::uint32_t value) {
+  const auto lock = Lock();
+  const Supervisor::Call call(library_.Watch(), "writing over I2C");
+  if (!library_.Functions().UsbI2cWrite(target.slave, address, value, target.mode, target.option)) {
+    Refused("writing I2C register " + Hex(address) + " of slave " + Hex(target.slave));
+  }
+}
+
+void LibraryCamera::WriteI2cList(const std::string& list_text, std::uint32_t option) {
+  const auto lock = Lock();
+  Reselect();
+  Job job;
+  job.doing = "writing an I2C list";
+  job.silence = SilenceOf(list_text);
+  SendFile(job.doing, BytesOf(list_text), "txt", job,
+           [&](const Exports& exports, const char* name) {
+             return exports.UsbI2CWriteFile(name, option);
+           });
+}
+
+std::uint32_t LibraryCamera::PeekFlashWord(std::uint32_t address) {
+  const auto lock = Lock();
+  const Supervisor::Call call(library_.Watch(), "reading a flash word");
+  std::uint32_t value = 0;
+  library_.Functions().UsbFlashRead(address, &value);
+  return value;
+}
+
+void LibraryCamera::WriteFlashWord(std::uint32_t address, std::uint32_t value) {
+  const auto lock = Lock();
+  const Supervisor::Call call(library_.Watch(), "writing a flash word");
+  if (!library_.Functions().UsbFlashWrite(address, value)) {
+    Refused("writing flash word " + Hex(address));
+  }
+}
+
+void LibraryCamera::EraseSector(std::uint32_t address) {
+  const auto lock = Lock();
+  const Supervisor::Call call(library_.Watch(), "erasing a flash sector");
+  if (!library_.Functions().UsbFlashErase(address)) {
+    Refused("erasing flash sector " + Hex(address));
+  }
+}
+
+std::unique_ptr<Camera> OpenLibraryCamera(const CameraLibrary& library,
+                                          const CameraIdentity& camera) {
+  library.Select(camera);
+  auto opened = std::make_unique<LibraryCamera>(library, camera);
+  // A camera without the vendor unit is selected all the same; a first access tells.
+  try {
+    opened->ReadRegister(kFeatureRegister, RegisterWidth::kByte);
+  } catch (const Failure& failure) {
+    if (failure.Code() != ExitCode::kDevice) {
+      throw;
+    }
+    throw Failure(
+        ExitCode::kRefused,
+        "camera " + camera.name + " has no vendor unit that answers (" + failure.Message() + ")",
+        "Is it a camera with this chip? borvanusb doctor tells more.");
+  }
+  return opened;
+}

@@ -1,0 +1,60 @@
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <span>
+#include <string>
+#include <vector>
+
+#include "camera.h"
+#include "library/camera_library.h"
+#include "library/job.h"
+
+// A camera through the library's exports.
+class LibraryCamera : public Camera {
+ public:
+  // The camera must be selected in the library.
+  LibraryCamera(const CameraLibrary& library, CameraIdentity identity)
+      : library_(library), identity_(std::move(identity)) {}
+
+  const CameraIdentity& Identity() const override { return identity_; }
+  std::uint32_t ReadRegister(std::uint32_t address, RegisterWidth width) override;
+  void WriteRegister(std::uint32_t address, std::uint32_t value, RegisterWidth width) override;
+  std::vector<std::uint8_t> ReadRegisterRun(std::uint32_t first, std::uint32_t last) override;
+  void WriteRegisterList(const std::string& list_text) override;
+  std::uint32_t ReadI2c(const I2cTarget& target, std::uint32_t address) override;
+  void WriteI2c(const I2cTarget& target, std::uint32_t address, std::uint32_t value) override;
+  void WriteI2cList(const std::string& list_text, std::uint32_t option) override;
+  std::vector<std::uint8_t> ReadFlash(std::uint32_t address, std::uint64_t size,
+                                      const Advance& advance) override;
+  std::uint32_t PeekFlashWord(std::uint32_t address) override;
+  void ProgramFlash(std::uint32_t address, std::span<const std::uint8_t> bytes,
+                    const Advance& advance) override;
+  void WriteFlashWord(std::uint32_t address, std::uint32_t value) override;
+  void EraseSector(std::uint32_t address) override;
+
+ private:
+  // Keeps other processes' transfers out while it lives. Throws Failure kRefused.
+  std::unique_ptr<LibraryPlatform::CameraLock> Lock() const;
+  // Selects the camera anew, for a job's own progress. A camera that was open and no longer can be
+  // has failed.
+  void Reselect() const;
+  // Runs a job and throws Failure when it fails. `what` is for the user: "reading flash at 0x1000".
+  void Finish(const std::string& what, const Job& job) const;
+  // A failure without a code: the single accesses tell none.
+  [[noreturn]] void Refused(const std::string& what) const;
+  // One bulk read into a file and the file's bytes.
+  std::vector<std::uint8_t> Dump(const std::string& what, std::uint64_t size, const Job& job,
+                                 const LibraryPlatform::ScratchFile& file) const;
+  std::vector<std::uint8_t> ReadFlashByJob(std::uint32_t address, std::uint64_t size,
+                                           const Advance& advance) const;
+  // A job that takes its bytes from a file.
+  void SendFile(const std::string& what, std::span<const std::uint8_t> bytes,
+                std::string_view extension, Job job,
+                const std::function<bool(const Exports&, const char*)>& start) const;
+  std::uint8_t LastByte(std::uint32_t address, std::span<const std::uint8_t> before) const;
+
+  const CameraLibrary& library_;
+  const CameraIdentity identity_;
+};

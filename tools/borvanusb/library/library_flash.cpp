@@ -1,0 +1,147 @@
+// Flash in bulk: what the jobs leave out or do too much of is made good here.
+#include <algorithm>
+
+#include "arguments/numbers.h"
+#include "failure.h"
+#include "files.h"
+#include "library/library_camera.h"
+
+namespace {
+
+// Parts of a long read: a job's progress has hundred steps, and its bytes are held in memory.
+constexpr std::uint64_t kReadPart = 4U << 20U;
+constexpr std::uint64_t kReadPacket = 64;
+constexpr unsigned kWordBytes = 4;
+// A slow flash may need that long for a sector; the job says nothing while it erases.
+constexpr std::chrono::milliseconds kSilencePerSector{500};
+constexpr std::chrono::milliseconds kFileInterval{1};
+
+}  // namespace
+
+void LibraryCamera::SendFile(const std::string& what, std::span<const std::uint8_t> bytes,
+                             std::string_view extension, Job job,
+                             const std::function<bool(const Exports&, const char*)>& start) const {
+  const auto file = library_.Platform().NewScratchFile(extension);
+  job.start = [&](const Exports& exports) { return start(exports, file.library_name.c_str()); };
+  try {
+    WriteWholeFile(file.name, bytes);
+    Finish(what, job);
+  } catch (...) {
+    library_.Platform().RemoveScratchFile(file);
+    throw;
+  }
+  library_.Platform().RemoveScratchFile(file);
+}
+
+std::vector<std::uint8_t> LibraryCamera::Dump(const std::string& what, std::uint64_t size,
+                                              const Job& job,
+                                              const LibraryPlatform::ScratchFile& file) const {
+  std::vector<std::uint8_t> bytes;
+  try {
+    Finish(what, job);
+    // The job reports its end before it writes the file.
+    const auto end = Supervisor::Clock::now() + library_.Limit();
+    while (FileExists(file.name)) {
+      bytes = ReadWholeFile(file.name);
+      if (bytes.size() >= size) {
+        break;
+      }
+      if (Supervisor::Clock::now() > end) {
+        throw Failure(ExitCode::kFile,
+                      what + ": of " + SizeText(size) + " only " + std::to_string(bytes.size()) +
+                          " arrived in " + file.name,
+                      "Is the disk full?");
+      }
+      library_.Watch().ObeyStop();
+      library_.Platform().Sleep(kFileInterval);
+    }
+  } catch (...) {
+    library_.Platform().RemoveScratchFile(file);
+    throw;
+  }
+  library_.Platform().RemoveScratchFile(file);
+  if (bytes.size() != size) {
+    throw Failure(ExitCode::kDevice, what + ": " + std::to_string(bytes.size()) +
+                                         " bytes came instead of " + std::to_string(size));
+  }
+  return bytes;
+}
+
+std::vector<std::uint8_t> LibraryCamera::ReadFlashByJob(std::uint32_t address, std::uint64_t size,
+                                                        const Advance& advance) const {
+  Reselect();
+  const auto file = library_.Platform().NewScratchFile("bin");
+  const auto last = static_cast<std::uint32_t>(address + size - 1);
+  Job job;
+  job.doing = "reading flash";
+  job.total = size;
+  job.advance = &advance;
+  job.start = [&](const Exports& exports) {
+    return exports.UsbFlashQuickReadFile(file.library_name.c_str(), address, last);
+  };
+  return Dump("reading flash " + Text(Range{address, last}), size, job, file);
+}
+
+// The byte at `address`, read on its own; `before` are the bytes right before it.
+std::uint8_t LibraryCamera::LastByte(std::uint32_t address,
+                                     std::span<const std::uint8_t> before) const {
+  constexpr unsigned kOthers = kWordBytes - 1;
+  std::uint32_t word = 0;
+  {
+    const Supervisor::Call call(library_.Watch(), "reading a flash word");
+    library_.Functions().UsbFlashRead(address - kOthers, &word);
+  }
+  const auto others = before.last(kOthers);
+  bool agrees = word != 0;
+  for (unsigned i = 0; i < kOthers; ++i) {
+    agrees = agrees && others[i] == static_cast<std::uint8_t>(word >> (8 * (kOthers - i)));
+  }
+  // A word of 0 may be a read that failed, too.
+  return agrees ? static_cast<std::uint8_t>(word) : ReadFlashByJob(address, 1, {}).front();
+}
+
+std::vector<std::uint8_t> LibraryCamera::ReadFlash(std::uint32_t address, std::uint64_t size,
+                                                   const Advance& advance) {
+  const auto lock = Lock();
+  std::vector<std::uint8_t> bytes;
+  bytes.reserve(size);
+  while (bytes.size() < size) {
+    const std::uint64_t done = bytes.size();
+    std::uint64_t part = std::min(size - done, kReadPart);
+    // A read of whole packets asks for one packet more, which lies behind the range: at the flash's
+    // end some cameras refuse it, and a refused read is repeated for ever.
+    const bool ends_with_packet = done + part == size && part % kReadPacket == 0;
+    part -= ends_with_packet ? 1 : 0;
+    const auto part_address = static_cast<std::uint32_t>(address + done);
+    const Advance part_advance = [&](std::uint64_t part_done) {
+      if (advance) {
+        advance(done + part_done);
+      }
+    };
+    const std::vector<std::uint8_t> read = ReadFlashByJob(part_address, part, part_advance);
+    bytes.insert(bytes.end(), read.begin(), read.end());
+    if (ends_with_packet) {
+      bytes.push_back(LastByte(static_cast<std::uint32_t>(part_address + part), read));
+    }
+  }
+  if (advance) {
+    advance(size);
+  }
+  return bytes;
+}
+
+void LibraryCamera::ProgramFlash(std::uint32_t address, std::span<const std::uint8_t> bytes,
+                                 const Advance& advance) {
+  const auto lock = Lock();
+  Reselect();
+  Job job;
+  job.doing = "programming flash";
+  job.silence = kSilencePerSector * static_cast<std::int64_t>(1 + bytes.size() / kSectorSize);
+  job.total = bytes.size();
+  job.advance = &advance;
+  const Range range{address, static_cast<std::uint32_t>(address + bytes.size() - 1)};
+  SendFile("programming flash " + Text(range), bytes, "bin", job,
+           [&](const Exports& exports, const char* name) {
+             return exports.UsbFlashWriteFile(name, address);
+           });
+}

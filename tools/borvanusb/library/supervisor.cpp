@@ -1,0 +1,41 @@
+#include "library/supervisor.h"
+
+#include <utility>
+
+#include "failure.h"
+
+Supervisor::Call::Call(Supervisor& supervisor, const char* doing) : supervisor_(supervisor) {
+  supervisor.ObeyStop();
+  supervisor.since_ = Clock::now().time_since_epoch().count();
+  supervisor.doing_ = doing;
+}
+
+Supervisor::Call::~Call() {
+  supervisor_.doing_ = nullptr;
+}
+
+void Supervisor::ObeyStop() const {
+  if (StopRequested() && holds_ == 0) {
+    throw Failure(ExitCode::kStopped, "stopped by the user");
+  }
+}
+
+void Supervisor::SetLastWords(std::function<std::vector<std::string>()> words) {
+  const std::lock_guard lock(words_mutex_);
+  words_ = std::move(words);
+}
+
+std::vector<std::string> Supervisor::LastWords() const {
+  const std::lock_guard lock(words_mutex_);
+  return words_ ? words_() : std::vector<std::string>();
+}
+
+std::optional<std::string> Supervisor::Overdue(std::chrono::milliseconds limit) const {
+  const char* const doing = doing_;
+  const Clock::time_point since{Clock::duration(since_.load())};
+  // The call may have ended and another begun between the two; then `since` is the newer one's.
+  if (doing == nullptr || Clock::now() - since < limit) {
+    return std::nullopt;
+  }
+  return doing;
+}

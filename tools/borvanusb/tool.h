@@ -1,0 +1,25 @@
+#pragma once
+
+#include <functional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "failure.h"
+#include "host.h"
+
+// Where a process's texts go.
+struct ToolStreams {
+  std::function<void(std::string_view)> output;
+  std::function<void(std::string_view)> error;
+  bool output_is_terminal = false;
+  bool error_is_terminal = false;
+  std::function<int()> columns;
+};
+
+// Runs a command line, without the program's name. Returns the exit code.
+int RunTool(const std::vector<std::string>& words, Host& host, const ToolStreams& streams);
+
+// The failure of a command that could not end by itself.
+void ReportFailure(const std::vector<std::string>& words, const Failure& failure,
+                   const std::vector<std::string>& last_words, const ToolStreams& streams);

@@ -1,0 +1,12 @@
+#pragma once
+
+#include <cstddef>
+#include <functional>
+#include <string>
+#include <vector>
+
+// Runs this program several times at once; see Host::RunChildren. Throws Failure kInternal when one
+// can't be started.
+std::vector<int> RunChildProcesses(
+    const std::vector<std::vector<std::string>>& arguments,
+    const std::function<void(std::size_t, bool, const std::string&)>& on_line);

@@ -1,0 +1,110 @@
+#include "windows/console.h"
+
+#include <windows.h>
+
+#include <array>
+#include <utility>
+
+#include "windows/text.h"
+
+namespace {
+
+constexpr int kUsualColumns = 80;
+
+std::function<void()>& StopHandler() {
+  static std::function<void()> handler;
+  return handler;
+}
+
+BOOL WINAPI OnConsoleEvent(DWORD event) {
+  if (event != CTRL_C_EVENT && event != CTRL_BREAK_EVENT) {
+    return FALSE;
+  }
+  StopHandler()();
+  return TRUE;
+}
+
+// Whether the stream is a terminal; makes it understand control sequences if so.
+bool PrepareTerminal(DWORD stream) {
+  DWORD mode = 0;
+  const HANDLE handle = GetStdHandle(stream);
+  if (GetConsoleMode(handle, &mode) == FALSE) {
+    return false;
+  }
+  SetConsoleMode(handle, mode | ENABLE_VIRTUAL_TERMINAL_PROCESSING);
+  return true;
+}
+
+void WriteAll(DWORD stream, std::string_view text) {
+  const HANDLE handle = GetStdHandle(stream);
+  while (!text.empty()) {
+    DWORD written = 0;
+    if (WriteFile(handle, text.data(), static_cast<DWORD>(text.size()), &written, nullptr) ==
+            FALSE ||
+        written == 0) {
+      return;  // whoever read it is gone
+    }
+    text.remove_prefix(written);
+  }
+}
+
+}  // namespace
+
+Console::Console()
+    : output_is_terminal_(PrepareTerminal(STD_OUTPUT_HANDLE)),
+      error_is_terminal_(PrepareTerminal(STD_ERROR_HANDLE)) {
+  if (output_is_terminal_ || error_is_terminal_) {
+    old_code_page_ = GetConsoleOutputCP();
+    SetConsoleOutputCP(CP_UTF8);
+  }
+}
+
+Console::~Console() {
+  if (old_code_page_ != 0) {
+    SetConsoleOutputCP(old_code_page_);
+  }
+}
+
+void Console::WriteOutput(std::string_view text) const {
+  WriteAll(STD_OUTPUT_HANDLE, text);
+}
+
+void Console::WriteError(std::string_view text) const {
+  WriteAll(STD_ERROR_HANDLE, text);
+}
+
+int Console::Columns() const {
+  CONSOLE_SCREEN_BUFFER_INFO info{};
+  const HANDLE handle = GetStdHandle(error_is_terminal_ ? STD_ERROR_HANDLE : STD_OUTPUT_HANDLE);
+  if (GetConsoleScreenBufferInfo(handle, &info) == FALSE) {
+    return kUsualColumns;
+  }
+  return info.srWindow.Right - info.srWindow.Left + 1;
+}
+
+std::string Console::ReadLine() const {
+  DWORD mode = 0;
+  const HANDLE handle = GetStdHandle(STD_INPUT_HANDLE);
+  if (GetConsoleMode(handle, &mode) == FALSE) {
+    return {};
+  }
+  std::array<wchar_t, 256> text{};
+  DWORD length = 0;
+  if (ReadConsoleW(handle, text.data(), static_cast<DWORD>(text.size()), &length, nullptr) ==
+      FALSE) {
+    return {};
+  }
+  std::wstring_view line(text.data(), length);
+  while (!line.empty() && (line.back() == L'\r' || line.back() == L'\n')) {
+    line.remove_suffix(1);
+  }
+  return ToUtf8(line);
+}
+
+void Console::OnStop(std::function<void()> handler) {
+  StopHandler() = std::move(handler);
+  // A program that was started with Ctrl-C turned off, as shells do for what runs in the
+  // background, has it back.
+  SetConsoleCtrlHandler(nullptr, FALSE);
+  SetConsoleCtrlHandler(OnConsoleEvent, TRUE);
+}

@@ -1,0 +1,33 @@
+#pragma once
+
+#include <functional>
+#include <string>
+#include <string_view>
+
+// The process's console and streams, in UTF-8. One object, in main.
+class Console {
+ public:
+  // Switches the console to UTF-8 and lets terminals obey control sequences.
+  Console();
+  // The console is the caller's again, as it was.
+  ~Console();
+  Console(const Console&) = delete;
+  Console& operator=(const Console&) = delete;
+
+  void WriteOutput(std::string_view text) const;
+  void WriteError(std::string_view text) const;
+  bool OutputIsTerminal() const { return output_is_terminal_; }
+  bool ErrorIsTerminal() const { return error_is_terminal_; }
+  // Columns of the terminal; 80 without one.
+  int Columns() const;
+  // A line typed at the terminal, without its end; empty without a terminal.
+  std::string ReadLine() const;
+
+  // Calls `handler` on a thread of its own at each Ctrl-C or Ctrl-Break.
+  static void OnStop(std::function<void()> handler);
+
+ private:
+  bool output_is_terminal_ = false;
+  bool error_is_terminal_ = false;
+  unsigned old_code_page_ = 0;
+};

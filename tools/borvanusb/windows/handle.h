@@ -1,0 +1,16 @@
+#pragma once
+
+#include <windows.h>
+
+#include <memory>
+
+// Owns a handle of the system; both of its "none" values are none.
+struct HandleCloser {
+  using pointer = HANDLE;
+  void operator()(HANDLE handle) const {
+    if (handle != nullptr && handle != INVALID_HANDLE_VALUE) {
+      CloseHandle(handle);
+    }
+  }
+};
+using UniqueHandle = std::unique_ptr<HANDLE, HandleCloser>;

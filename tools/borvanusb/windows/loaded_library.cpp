@@ -1,0 +1,95 @@
+#include "windows/loaded_library.h"
+
+#include <windows.h>
+
+#include <cstddef>
+#include <type_traits>
+
+#include "windows/text.h"
+
+namespace {
+
+constexpr const wchar_t* kFileName = L"BorvanUSB_x64.dll";
+constexpr const wchar_t* kVariable = L"BORVANUSB_DLL";
+constexpr std::size_t kLongestName = 32768;
+
+bool IsFile(const std::wstring& name) {
+  const DWORD attributes = GetFileAttributesW(name.c_str());
+  return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) == 0;
+}
+
+std::wstring FullName(const std::wstring& name) {
+  std::wstring full(kLongestName, L'\0');
+  full.resize(
+      GetFullPathNameW(name.c_str(), static_cast<DWORD>(full.size()), full.data(), nullptr));
+  return full;
+}
+
+}  // namespace
+
+std::wstring ProgramFile() {
+  std::wstring name(kLongestName, L'\0');
+  name.resize(GetModuleFileNameW(nullptr, name.data(), static_cast<DWORD>(name.size())));
+  return name;
+}
+
+std::wstring EnvironmentVariable(const wchar_t* name) {
+  std::wstring value(kLongestName, L'\0');
+  value.resize(GetEnvironmentVariableW(name, value.data(), static_cast<DWORD>(value.size())));
+  return value;
+}
+
+std::string FileVersion(const std::wstring& file) {
+  const DWORD size = GetFileVersionInfoSizeW(file.c_str(), nullptr);
+  std::vector<std::byte> resource(size);
+  void* fixed = nullptr;
+  UINT length = 0;
+  if (size == 0 || GetFileVersionInfoW(file.c_str(), 0, size, resource.data()) == FALSE ||
+      VerQueryValueW(resource.data(), L"\\", &fixed, &length) == FALSE ||
+      length < sizeof(VS_FIXEDFILEINFO)) {
+    return {};
+  }
+  const auto* const info = static_cast<const VS_FIXEDFILEINFO*>(fixed);
+  return std::to_string(HIWORD(info->dwFileVersionMS)) + "." +
+         std::to_string(LOWORD(info->dwFileVersionMS)) + "." +
+         std::to_string(HIWORD(info->dwFileVersionLS));
+}
+
+LoadedLibrary LoadedLibrary::Load() {
+  LoadedLibrary library;
+  std::wstring file = EnvironmentVariable(kVariable);
+  if (!file.empty()) {
+    file = FullName(file);
+    library.places_.push_back(ToUtf8(file) + " (BORVANUSB_DLL)");
+  } else {
+    const std::wstring program = ProgramFile();
+    file = program.substr(0, program.find_last_of(L"\\/") + 1) + kFileName;
+    library.places_.push_back(ToUtf8(file));
+  }
+  if (!IsFile(file)) {
+    library.problem_ = "BorvanUSB_x64.dll is not found: there is no file " + ToUtf8(file);
+    return library;
+  }
+  library.file_ = ToUtf8(file);
+  library.version_ = FileVersion(file);
+  library.LoadFile(file);
+  return library;
+}
+
+void LoadedLibrary::LoadFile(const std::wstring& file) {
+  const HMODULE module = LoadLibraryExW(
+      file.c_str(), nullptr, LOAD_LIBRARY_SEARCH_DLL_LOAD_DIR | LOAD_LIBRARY_SEARCH_SYSTEM32);
+  if (module == nullptr) {
+    const DWORD error = GetLastError();
+    problem_ = file_ + " can't be loaded: " +
+               (error == ERROR_BAD_EXE_FORMAT ? "it is no 64-bit library" : SystemMessage(error));
+    return;
+  }
+  ForEachExport(exports_, [&](const char* name, auto& function) {
+    using Function = std::remove_reference_t<decltype(function)>;
+    function = reinterpret_cast<Function>(reinterpret_cast<void*>(GetProcAddress(module, name)));
+    if (function == nullptr && problem_.empty()) {
+      problem_ = file_ + " lacks the function " + name + ": it is another library, or an older one";
+    }
+  });
+}

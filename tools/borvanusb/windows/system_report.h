@@ -1,0 +1,7 @@
+#pragma once
+
+#include "host.h"
+#include "windows/loaded_library.h"
+
+// What `doctor` tells of this machine. Initialises COM on the calling thread.
+SystemReport ExamineWindows(const LoadedLibrary& library);

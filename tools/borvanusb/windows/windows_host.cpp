@@ -1,0 +1,126 @@
+#include "windows/windows_host.h"
+
+#include <windows.h>
+
+#include <algorithm>
+#include <utility>
+
+#include "failure.h"
+#include "windows/child_processes.h"
+#include "windows/system_report.h"
+#include "windows/text.h"
+
+namespace {
+
+// The virtual camera writes this process's transfers there, too.
+constexpr const wchar_t* kTraceVariable = L"BORVAN_VIRTUAL_CAMERA_TRACE";
+constexpr std::chrono::milliseconds kSleepPart{50};
+
+class CameraReservation : public Host::Reservation {
+ public:
+  explicit CameraReservation(std::unique_ptr<LibraryPlatform::CameraLock> lock)
+      : lock_(std::move(lock)) {}
+
+ private:
+  std::unique_ptr<LibraryPlatform::CameraLock> lock_;
+};
+
+class SupervisorHold : public Host::StopHold {
+ public:
+  explicit SupervisorHold(Supervisor& supervisor) : hold_(supervisor) {}
+
+ private:
+  Supervisor::Hold hold_;
+};
+
+}  // namespace
+
+void WindowsHost::Configure(const CommonArguments& arguments) {
+  limit_ = arguments.timeout;
+  supervisor_.SetLimit(limit_);
+  library_.reset();
+  if (!arguments.trace.empty()) {
+    const std::wstring name = ToWide(arguments.trace);
+    SetEnvironmentVariableW(kTraceVariable, name.c_str());
+  }
+}
+
+const LoadedLibrary& WindowsHost::Loaded() {
+  if (!loaded_) {
+    loaded_ = LoadedLibrary::Load();
+  }
+  return *loaded_;
+}
+
+const CameraLibrary& WindowsHost::Library() {
+  if (!library_) {
+    if (!Loaded().Problem().empty()) {
+      throw Failure(ExitCode::kInternal, Loaded().Problem(),
+                    "Put BorvanUSB_x64.dll beside borvanusb.exe, or name it with BORVANUSB_DLL.");
+    }
+    library_.emplace(Loaded().Functions(), platform_, supervisor_, limit_);
+  }
+  return *library_;
+}
+
+std::vector<CameraIdentity> WindowsHost::ListCameras() {
+  return Library().ListCameras();
+}
+
+std::unique_ptr<Camera> WindowsHost::OpenCamera(const CameraIdentity& camera) {
+  return OpenLibraryCamera(Library(), camera);
+}
+
+std::unique_ptr<Host::Reservation> WindowsHost::ReserveCamera(const CameraIdentity& camera) {
+  auto lock = platform_.LockCamera(camera.path, std::chrono::milliseconds(0));
+  if (lock == nullptr) {
+    throw Failure(ExitCode::kRefused,
+                  "another borvanusb is working with camera " + camera.name + ": " + camera.path,
+                  "Wait until it has ended; two at once would mix their transfers.");
+  }
+  return std::make_unique<CameraReservation>(std::move(lock));
+}
+
+std::unique_ptr<Host::StopHold> WindowsHost::HoldStop() {
+  return std::make_unique<SupervisorHold>(supervisor_);
+}
+
+void WindowsHost::SetLastWords(std::function<std::vector<std::string>()> words) {
+  supervisor_.SetLastWords(std::move(words));
+}
+
+void WindowsHost::Sleep(std::chrono::milliseconds time) {
+  const auto end = Clock() + time;
+  while (!StopRequested() && Clock() < end) {
+    const auto rest = std::chrono::ceil<std::chrono::milliseconds>(end - Clock());
+    platform_.Sleep(std::min(rest, kSleepPart));
+  }
+}
+
+std::chrono::system_clock::time_point WindowsHost::Now() const {
+  return std::chrono::system_clock::now();
+}
+
+std::chrono::steady_clock::time_point WindowsHost::Clock() const {
+  return std::chrono::steady_clock::now();
+}
+
+bool WindowsHost::Ask(const std::string& question) {
+  console_.WriteError(question + " [y/N] ");
+  const std::string answer = console_.ReadLine();
+  return answer == "y" || answer == "Y" || answer == "yes" || answer == "Yes";
+}
+
+std::string WindowsHost::Environment(const std::string& name) const {
+  return ToUtf8(EnvironmentVariable(ToWide(name).c_str()));
+}
+
+SystemReport WindowsHost::ExamineSystem() {
+  return ExamineWindows(Loaded());
+}
+
+std::vector<int> WindowsHost::RunChildren(
+    const std::vector<std::vector<std::string>>& arguments,
+    const std::function<void(std::size_t, bool, const std::string&)>& on_line) {
+  return RunChildProcesses(arguments, on_line);
+}

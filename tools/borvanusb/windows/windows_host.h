@@ -1,0 +1,49 @@
+#pragma once
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "host.h"
+#include "library/camera_library.h"
+#include "windows/console.h"
+#include "windows/loaded_library.h"
+#include "windows/windows_library_platform.h"
+
+// The system and the library for the commands. The library is loaded when the first command needs
+// it, so that help costs nothing.
+class WindowsHost : public Host {
+ public:
+  // Both must outlive it.
+  WindowsHost(const Console& console, Supervisor& supervisor)
+      : console_(console), supervisor_(supervisor) {}
+
+  void Configure(const CommonArguments& arguments) override;
+  std::vector<CameraIdentity> ListCameras() override;
+  std::unique_ptr<Camera> OpenCamera(const CameraIdentity& camera) override;
+  std::unique_ptr<Reservation> ReserveCamera(const CameraIdentity& camera) override;
+  bool StopRequested() const override { return supervisor_.StopRequested(); }
+  std::unique_ptr<StopHold> HoldStop() override;
+  void SetLastWords(std::function<std::vector<std::string>()> words) override;
+  void Sleep(std::chrono::milliseconds time) override;
+  std::chrono::system_clock::time_point Now() const override;
+  std::chrono::steady_clock::time_point Clock() const override;
+  bool Ask(const std::string& question) override;
+  std::string Environment(const std::string& name) const override;
+  SystemReport ExamineSystem() override;
+  std::vector<int> RunChildren(
+      const std::vector<std::vector<std::string>>& arguments,
+      const std::function<void(std::size_t, bool, const std::string&)>& on_line) override;
+
+ private:
+  const CameraLibrary& Library();
+  const LoadedLibrary& Loaded();
+
+  const Console& console_;
+  Supervisor& supervisor_;
+  std::chrono::milliseconds limit_{CommonArguments().timeout};
+  WindowsLibraryPlatform platform_;
+  std::optional<LoadedLibrary> loaded_;
+  std::optional<CameraLibrary> library_;
+};

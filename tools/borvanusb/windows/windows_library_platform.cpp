@@ -1,0 +1,148 @@
+#include "windows/windows_library_platform.h"
+
+#include <windows.h>
+
+#include <array>
+#include <vector>
+
+#include "arguments/numbers.h"
+#include "failure.h"
+#include "windows/handle.h"
+#include "windows/text.h"
+
+namespace {
+
+constexpr std::size_t kLongestName = 32768;
+// The library's file functions take 260 characters, of which our file names need some.
+constexpr std::size_t kLongestFolder = 200;
+constexpr int kRemoveTries = 50;
+constexpr DWORD kRemoveInterval = 2;
+
+// The folder's name as the library can have it: itself, else its short name.
+std::wstring UsableByLibrary(const std::wstring& folder) {
+  if (ToAnsi(folder) && folder.size() < kLongestFolder) {
+    return folder;
+  }
+  std::wstring name(kLongestName, L'\0');
+  name.resize(GetShortPathNameW(folder.c_str(), name.data(), static_cast<DWORD>(name.size())));
+  return !name.empty() && ToAnsi(name) && name.size() < kLongestFolder ? name : std::wstring();
+}
+
+bool CanWriteTo(const std::wstring& folder) {
+  const std::wstring name =
+      folder + L"borvanusb-" + std::to_wstring(GetCurrentProcessId()) + L".try";
+  const UniqueHandle file(CreateFileW(name.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS,
+                                      FILE_FLAG_DELETE_ON_CLOSE, nullptr));
+  return file.get() != INVALID_HANDLE_VALUE;
+}
+
+std::wstring FolderOf(DWORD (*get)(DWORD, wchar_t*)) {
+  std::wstring name(kLongestName, L'\0');
+  name.resize(get(static_cast<DWORD>(name.size()), name.data()));
+  return name;
+}
+
+// A folder for scratch files: the user's own, or where that has a name beyond the code page, one
+// that any user may write to.
+std::wstring FindScratchFolder() {
+  std::vector<std::wstring> folders = {
+      FolderOf([](DWORD size, wchar_t* name) { return GetTempPathW(size, name); }),
+      FolderOf([](DWORD size, wchar_t* name) { return GetCurrentDirectoryW(size, name); }),
+      FolderOf(
+          [](DWORD size, wchar_t* name) { return GetEnvironmentVariableW(L"PUBLIC", name, size); }),
+      FolderOf([](DWORD size, wchar_t* name) {
+        return GetEnvironmentVariableW(L"ProgramData", name, size);
+      }),
+  };
+  for (const std::wstring& folder : folders) {
+    std::wstring usable = folder.empty() ? folder : UsableByLibrary(folder);
+    if (!usable.empty() && usable.back() != L'\\') {
+      usable += L'\\';
+    }
+    if (!usable.empty() && CanWriteTo(usable)) {
+      return usable;
+    }
+  }
+  throw Failure(ExitCode::kFile, "there is no folder for temporary files that the library can use",
+                "Set TEMP to a folder whose name has letters of the system's code page only.");
+}
+
+// FNV-1a: a short name for a long one.
+std::uint64_t Digest(std::string_view text) {
+  std::uint64_t digest = 0xCBF29CE484222325;
+  for (const char character : text) {
+    digest = (digest ^ static_cast<std::uint8_t>(character)) * 0x100000001B3;
+  }
+  return digest;
+}
+
+class MutexLock : public LibraryPlatform::CameraLock {
+ public:
+  explicit MutexLock(UniqueHandle mutex) : mutex_(std::move(mutex)) {}
+  ~MutexLock() override { ReleaseMutex(mutex_.get()); }
+  MutexLock(const MutexLock&) = delete;
+  MutexLock& operator=(const MutexLock&) = delete;
+
+ private:
+  UniqueHandle mutex_;
+};
+
+}  // namespace
+
+LibraryPlatform::ScratchFile WindowsLibraryPlatform::NewScratchFile(std::string_view extension) {
+  if (scratch_folder_.empty()) {
+    scratch_folder_ = FindScratchFolder();
+  }
+  // The process's number alone may come again while an old file is still there.
+  LARGE_INTEGER ticks{};
+  QueryPerformanceCounter(&ticks);
+  const std::wstring name = scratch_folder_ + L"borvanusb-" +
+                            std::to_wstring(GetCurrentProcessId()) + L"-" +
+                            std::to_wstring(ticks.QuadPart) + L"-" +
+                            std::to_wstring(++scratch_files_) + L"." + ToWide(extension);
+  return {ToAnsi(name).value_or(""), ::ToUtf8(name)};
+}
+
+void WindowsLibraryPlatform::RemoveScratchFile(const ScratchFile& file) {
+  const std::wstring name = ToWide(file.name);
+  // A job reports its end a moment before it closes its file.
+  for (int i = 0; i < kRemoveTries; ++i) {
+    if (DeleteFileW(name.c_str()) != FALSE || GetLastError() == ERROR_FILE_NOT_FOUND) {
+      return;
+    }
+    ::Sleep(kRemoveInterval);
+  }
+}
+
+std::string WindowsLibraryPlatform::ToUtf8(std::string_view text) {
+  return AnsiToUtf8(text);
+}
+
+std::string WindowsLibraryPlatform::SystemMessage(std::uint32_t status) {
+  return ::SystemMessage(status);
+}
+
+void WindowsLibraryPlatform::Sleep(std::chrono::milliseconds time) {
+  ::Sleep(static_cast<DWORD>(time.count()));
+}
+
+std::unique_ptr<LibraryPlatform::CameraLock> WindowsLibraryPlatform::LockCamera(
+    const std::string& path, std::chrono::milliseconds limit) {
+  const std::wstring name = L"BorvanUSB-" + ToWide(Hex(Digest(path)).substr(2));
+  // Sessions of all users share the camera; where the common names are closed, at least this one's.
+  UniqueHandle mutex(
+      CreateMutexExW(nullptr, (L"Global\\" + name).c_str(), 0, SYNCHRONIZE | MUTEX_MODIFY_STATE));
+  if (mutex == nullptr && GetLastError() != ERROR_ACCESS_DENIED) {
+    mutex.reset(
+        CreateMutexExW(nullptr, (L"Local\\" + name).c_str(), 0, SYNCHRONIZE | MUTEX_MODIFY_STATE));
+  }
+  if (mutex == nullptr) {
+    return nullptr;  // another user's program has it
+  }
+  // One that was left by a process that ended in the middle is ours, too.
+  const DWORD result = WaitForSingleObject(mutex.get(), static_cast<DWORD>(limit.count()));
+  if (result != WAIT_OBJECT_0 && result != WAIT_ABANDONED) {
+    return nullptr;
+  }
+  return std::make_unique<MutexLock>(std::move(mutex));
+}

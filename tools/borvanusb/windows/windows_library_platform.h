@@ -1,0 +1,21 @@
+#pragma once
+
+#include <string>
+
+#include "library/library_platform.h"
+
+// The library's surroundings on Windows.
+class WindowsLibraryPlatform : public LibraryPlatform {
+ public:
+  ScratchFile NewScratchFile(std::string_view extension) override;
+  void RemoveScratchFile(const ScratchFile& file) override;
+  std::string ToUtf8(std::string_view text) override;
+  std::string SystemMessage(std::uint32_t status) override;
+  void Sleep(std::chrono::milliseconds time) override;
+  std::unique_ptr<CameraLock> LockCamera(const std::string& path,
+                                         std::chrono::milliseconds limit) override;
+
+ private:
+  std::wstring scratch_folder_;
+  unsigned scratch_files_ = 0;
+};
