@@ -82,7 +82,8 @@ TEST_F(FlashCommandsTest, WordWhoseBitsAreClearedAlreadyReadsBackOtherwise) {
   flash() = Overlaid(flash(), 0x1000, Bytes{0x0F, 0xFF, 0xFF, 0xFF});
   const Outcome outcome = Run(FlashWordCommand{0x1000, 0xF0000000, true});
   EXPECT_EQ(outcome.code, ExitCode::kVerify);
-  EXPECT_EQ(output->out, "0x1000: wrote 0xf0000000, but reads back 0x00000000\n");
+  EXPECT_EQ(output->errors,
+            "borvanusb: flash word: 0x1000: wrote 0xf0000000, but reads back 0x00000000\n");
   EXPECT_NE(output->notes.find("writing only clears bits"), std::string::npos);
   EXPECT_EQ(outcome.result["verified"], false);
 }
@@ -220,6 +221,7 @@ TEST_F(FlashCommandsTest, VerifyTellsTheFirstDifferenceAndAllRanges) {
   const Outcome outcome =
       Run(FlashVerifyCommand{WriteFile("image.bin", bytes), 0x1000, File("diff.csv")});
   EXPECT_EQ(outcome.code, ExitCode::kVerify);
+  EXPECT_EQ(output->errors, "borvanusb: flash verify: 3 bytes differ, the first at 0x1010\n");
   EXPECT_EQ(output->out,
             "Different: 3 of 256 bytes, in 2 ranges\n"
             "first      0x00001010: the flash holds 0x22, the image 0x11\n"

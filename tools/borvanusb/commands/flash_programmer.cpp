@@ -19,6 +19,11 @@ double SecondsBetween(std::chrono::steady_clock::time_point start,
   return std::chrono::duration<double>(end - start).count();
 }
 
+std::string DifferenceText(const Ranges& wrong) {
+  const std::uint64_t count = TotalSize(wrong);
+  return SizeText(count) + (count == 1 ? " differs" : " differ") + " from what was written";
+}
+
 }  // namespace
 
 // Tells the state when the process has to end in the middle, as long as this lives.
@@ -203,8 +208,8 @@ void FlashProgrammer::Verify() {
   Ranges wrong = Writer().Compare(outcome_.changes, After(), keep);
   if (!wrong.empty()) {
     const Ranges sectors = SectorsOf(wrong);
-    context_.output.Note(std::to_string(TotalSize(wrong)) + " bytes do not read back as written: " +
-                         RangesText(wrong) + "; writing " + RangesText(sectors) + " once more");
+    context_.output.Note(DifferenceText(wrong) + ": " + RangesText(wrong) + "; writing " +
+                         RangesText(sectors) + " once more");
     state_->SetWrong(wrong);
     RememberSeen(wrong);
     Writer().Write(sectors, After());
@@ -217,10 +222,8 @@ void FlashProgrammer::Verify() {
     RememberSeen(wrong);
     const std::uint32_t first = wrong.front().first;
     throw Failure(ExitCode::kVerify,
-                  std::to_string(TotalSize(wrong)) +
-                      " bytes do not read back as written, at the "
-                      "second try too: " +
-                      RangesText(wrong) + "; first at " + Hex(first) + ": " +
+                  DifferenceText(wrong) + ", at the second try too: " + RangesText(wrong) +
+                      "; first at " + Hex(first) + ": " +
                       Hex(last_read_[first - sectors_.address], 2) + " in place of " +
                       Hex(after_[first - sectors_.address], 2),
                   "The flash may be protected, worn out, or smaller than the image's addresses.");
