@@ -16,3 +16,13 @@ borvan_add_gtest(
   SOURCES flash_cut_test.cpp
   LIBRARIES borvanusb_flash_test_support
   TIMEOUT 300)
+borvan_add_gtest(
+  tool_flash_journal_test
+  SOURCES flash_journal_test.cpp flash_several_test.cpp
+  LIBRARIES borvanusb_flash_test_support)
+borvan_add_gtest(
+  tool_flash_commands_test
+  SOURCES flash_commands_test.cpp flash_schema.cpp flash_schema_test.cpp
+  LIBRARIES borvanusb_flash_test_support)
+target_compile_definitions(tool_flash_commands_test
+                           PRIVATE BORVAN_JSON_SCHEMAS="${PROJECT_SOURCE_DIR}/docs/json")

@@ -143,7 +143,7 @@ TEST(WorkStateTest, TellsWhatIsWrittenWhatIsHalfWrittenAndWhatIsAsBefore) {
                 "half written; 0x2000-0x2fff is as before",
                 "To continue: FORWARD  To go back: BACK"}));
   state.SetRestored();
-  EXPECT_EQ(state.Lines(), std::vector<std::string>{"the old bytes are back in the flash"});
+  EXPECT_EQ(state.Lines(), std::vector<std::string>{"the flash is restored to its old bytes"});
 }
 
 TEST(WorkStateTest, WithoutABackupNoWayBackIsPromised) {

@@ -162,7 +162,7 @@ TEST_F(FlashProgramTest, RefusesBeforeAnythingIsTouched) {
       {Bytes(100, 0x00), 0, {}, ExitCode::kFile, "nothing but 0x00 bytes"},
       {Pattern(100, 1), 0xFFFFFFFF, {}, ExitCode::kFile, "beyond the last address"},
       {Pattern(0x10001, 1), 0, 0x10000, ExitCode::kFile, "does not fit: it would end at 0x10000"},
-      {Pattern(1, 1), 0x10000, 0x10000, ExitCode::kUsage, "--address: 0x10000 lies beyond"},
+      {Pattern(1, 1), 0x10000, 0x10000, ExitCode::kFile, "--address: 0x10000 lies beyond"},
       {Pattern(0x10001, 7), 0, {}, ExitCode::kFile, "wraps at 64 KiB"},
   };
   for (const Case& test : cases) {
@@ -266,7 +266,7 @@ TEST_F(FlashProgramTest, SectorThatCameOutWrongIsWrittenOnceMore) {
   const Outcome outcome = Program();
   EXPECT_EQ(outcome.code, ExitCode::kDone) << outcome.message;
   EXPECT_EQ(flash(), Wanted());
-  EXPECT_NE(output->notes.find("1 bytes do not read back as written: 0x2500; writing "
+  EXPECT_NE(output->notes.find("1 byte differs from what was written: 0x2500; writing "
                                "0x2000-0x2fff once more"),
             std::string::npos)
       << output->notes;
@@ -282,9 +282,10 @@ TEST_F(FlashProgramTest, StuckBitFailsWithItsPlace) {
   command_.report = File("report.json");
   const Outcome outcome = Program();
   EXPECT_EQ(outcome.code, ExitCode::kVerify);
-  EXPECT_NE(outcome.message.find("1 bytes do not read back as written, at the second try too: "
-                                 "0x2500; first at 0x2500: 0x00 in place of 0x"),
-            std::string::npos)
+  EXPECT_NE(
+      outcome.message.find("1 byte differs from what was written, at the second try too: 0x2500; "
+                           "first at 0x2500: 0x00 in place of 0x"),
+      std::string::npos)
       << outcome.message;
   const auto report = nlohmann::json::parse(ReadFile("report.json"));
   EXPECT_EQ(report["wrong"].dump(), R"([{"first":9472,"last":9472}])");
@@ -373,7 +374,7 @@ TEST_F(FlashProgramTest, RestoreOnFailureWritesTheOldBytesBack) {
     FailAt(transfer);
     const Outcome outcome = Program();
     EXPECT_EQ(outcome.code, ExitCode::kDevice) << transfer;
-    EXPECT_EQ(outcome.message, "the transfer failed; the old bytes are back in the flash")
+    EXPECT_EQ(outcome.message, "the transfer failed; the flash is restored to its old bytes")
         << transfer;
     EXPECT_EQ(outcome.hint, "");
     EXPECT_EQ(flash(), before_) << transfer;

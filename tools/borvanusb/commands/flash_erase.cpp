@@ -80,8 +80,9 @@ ExitCode Run(const FlashEraseCommand& command, Context& context) {
                     {"last", range.last},         {"size", range.Size()},
                     {"verified", wrong.empty()},  {"wrong", ToJson(wrong)}};
   if (!wrong.empty()) {
-    context.output.Line("Erased " + Text(range) + ", but " + std::to_string(TotalSize(wrong)) +
-                        " bytes do not read 0xff: " + RangesText(wrong));
+    context.output.Error("borvanusb: flash erase: erased " + Text(range) + ", but " +
+                         std::to_string(TotalSize(wrong)) +
+                         " bytes do not read 0xff: " + RangesText(wrong));
     return ExitCode::kVerify;
   }
   context.output.Line("Erased " + SizeText(range.Size()) + ", " + Text(range) +

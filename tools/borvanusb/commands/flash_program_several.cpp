@@ -1,6 +1,8 @@
 #include "commands/flash_program_several.h"
 
 #include <algorithm>
+#include <array>
+#include <chrono>
 #include <cstdio>
 #include <nlohmann/json.hpp>
 #include <string>
@@ -20,7 +22,7 @@ namespace {
 using Json = nlohmann::ordered_json;
 
 std::vector<CameraIdentity> Chosen(const FlashProgramCommand& command, Context& context) {
-  const std::vector<CameraIdentity> all = context.host.ListCameras();
+  std::vector<CameraIdentity> all = context.host.ListCameras();
   if (all.empty()) {
     throw Failure(ExitCode::kNoCamera, "no USB camera is found",
                   "Plug one in; borvanusb doctor tells why one is not found.");
@@ -184,6 +186,7 @@ ExitCode ProgramSeveral(const FlashProgramCommand& command, Context& context) {
   }
   const std::vector<CameraIdentity> cameras = Chosen(command, context);
   std::vector<std::vector<std::string>> words;
+  words.reserve(cameras.size());
   for (const CameraIdentity& camera : cameras) {
     words.push_back(ChildWords(command, context.common, camera));
   }

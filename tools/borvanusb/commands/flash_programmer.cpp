@@ -19,6 +19,11 @@ double SecondsBetween(std::chrono::steady_clock::time_point start,
   return std::chrono::duration<double>(end - start).count();
 }
 
+std::string DifferenceText(const Ranges& wrong) {
+  const std::uint64_t count = TotalSize(wrong);
+  return SizeText(count) + (count == 1 ? " differs" : " differ") + " from what was written";
+}
+
 }  // namespace
 
 // Tells the state when the process has to end in the middle, as long as this lives.
@@ -143,12 +148,32 @@ void FlashProgrammer::Look() {
   context_.progress.Done();
   outcome_.read_seconds = SecondsBetween(start, context_.host.Clock());
   const std::vector<UnfinishedWork> earlier = journal_->Load();
-  recovery_ = Recover({image_, sectors_, now_, command_.backup_file, journal_->Name()}, earlier);
+  const RecoveryRequest request{image_, sectors_, now_, command_.backup_file, journal_->Name()};
+  recovery_ = Recover(request, earlier);
+  NoteMovedCamera(request);
   for (const std::string& note : recovery_.notes) {
     context_.output.Note(note);
   }
   after_ = LayOver(sectors_, recovery_.before, image_);
   outcome_.changes = DifferingSectors(sectors_.address, now_, after_);
+}
+
+// A journal knows its camera by the path, and a camera without a serial number has another path at
+// another port.
+void FlashProgrammer::NoteMovedCamera(const RecoveryRequest& request) {
+  for (const JournalPlaces::Other& other : journal_->OfOtherPlaces()) {
+    const auto attached = context_.host.ListCameras();
+    const bool is_attached = std::ranges::any_of(attached, [&](const CameraIdentity& camera) {
+      return camera.path == other.journal.camera;
+    });
+    if (!is_attached && MayBeCutOff(request, other.journal.works)) {
+      context_.output.Note(
+          other.file + " tells of a cut-off programming of a camera that is not attached now, " +
+          other.journal.camera +
+          "; if it is this one, plug it in where it was and run again there: the "
+          "bytes beside the image are in that file alone");
+    }
+  }
 }
 
 void FlashProgrammer::Expect() {
@@ -183,8 +208,8 @@ void FlashProgrammer::Verify() {
   Ranges wrong = Writer().Compare(outcome_.changes, After(), keep);
   if (!wrong.empty()) {
     const Ranges sectors = SectorsOf(wrong);
-    context_.output.Note(std::to_string(TotalSize(wrong)) + " bytes do not read back as written: " +
-                         RangesText(wrong) + "; writing " + RangesText(sectors) + " once more");
+    context_.output.Note(DifferenceText(wrong) + ": " + RangesText(wrong) + "; writing " +
+                         RangesText(sectors) + " once more");
     state_->SetWrong(wrong);
     RememberSeen(wrong);
     Writer().Write(sectors, After());
@@ -197,10 +222,8 @@ void FlashProgrammer::Verify() {
     RememberSeen(wrong);
     const std::uint32_t first = wrong.front().first;
     throw Failure(ExitCode::kVerify,
-                  std::to_string(TotalSize(wrong)) +
-                      " bytes do not read back as written, at the "
-                      "second try too: " +
-                      RangesText(wrong) + "; first at " + Hex(first) + ": " +
+                  DifferenceText(wrong) + ", at the second try too: " + RangesText(wrong) +
+                      "; first at " + Hex(first) + ": " +
                       Hex(last_read_[first - sectors_.address], 2) + " in place of " +
                       Hex(after_[first - sectors_.address], 2),
                   "The flash may be protected, worn out, or smaller than the image's addresses.");

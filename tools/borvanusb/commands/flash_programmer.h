@@ -37,6 +37,7 @@ class FlashProgrammer {
   void CheckNames() const;
   void CheckSize();
   void Look();
+  void NoteMovedCamera(const RecoveryRequest& request);
   void Expect();
   void Safeguard();
   void MakeBackup();

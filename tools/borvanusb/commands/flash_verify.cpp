@@ -80,6 +80,9 @@ ExitCode Run(const FlashVerifyCommand& command, Context& context) {
   }
   const std::uint32_t first = wrong.front().first;
   const std::uint32_t offset = first - image.address;
+  context.output.Error("borvanusb: flash verify: " + SizeText(TotalSize(wrong)) +
+                       (TotalSize(wrong) == 1 ? " differs" : " differ") + ", the first at " +
+                       Hex(first));
   context.output.Line("Different: " + std::to_string(TotalSize(wrong)) + " of " +
                       std::to_string(image.bytes.size()) + " bytes, in " +
                       std::to_string(wrong.size()) + (wrong.size() == 1 ? " range" : " ranges"));

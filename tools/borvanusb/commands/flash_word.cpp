@@ -47,8 +47,8 @@ ExitCode Write(Camera& camera, const FlashWordCommand& command, std::uint32_t va
   context.result["value"] = found;
   context.result["verified"] = found == value;
   if (found != value) {
-    context.output.Line(Hex(command.address) + ": wrote " + WordText(value) + ", but reads back " +
-                        WordText(found));
+    context.output.Error("borvanusb: flash word: " + Hex(command.address) + ": wrote " +
+                         WordText(value) + ", but reads back " + WordText(found));
     return ExitCode::kVerify;
   }
   context.output.Line(Hex(command.address) + ": " + WordText(found) + ", reads back as written");

@@ -7,5 +7,5 @@ FlashSizeAnswer AskFlashSize(Camera& camera, std::optional<std::uint64_t> told) 
     return {told, "as told by --flash-size"};
   }
   const FlashSizeFinding finding = FindFlashSize(camera);
-  return {finding.size, finding.text + (finding.size ? "" : "; --flash-size tells it")};
+  return {finding.size, finding.text};
 }

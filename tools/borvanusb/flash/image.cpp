@@ -44,7 +44,7 @@ void RefuseBlankImage(const Image& image) {
 
 void RefuseBeyondEnd(const Image& image, std::uint64_t size, const std::string& reason) {
   if (image.address >= size) {
-    throw Failure(ExitCode::kUsage,
+    throw Failure(ExitCode::kFile,
                   "--address: " + Hex(image.address) + " lies beyond the flash of " +
                       SizeText(size) + " (" + reason + ")",
                   "Check --address; --flash-size says another size.");

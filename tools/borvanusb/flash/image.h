@@ -23,5 +23,5 @@ Image LoadImage(const std::string& file, std::uint32_t address);
 void RefuseBlankImage(const Image& image);
 
 // Refuses an image that ends beyond a flash of `size` bytes; `reason` tells how the size is known.
-// Throws Failure: kUsage when the address itself lies beyond the end, else kFile.
+// Throws Failure kFile.
 void RefuseBeyondEnd(const Image& image, std::uint64_t size, const std::string& reason);

@@ -1,6 +1,10 @@
 #include "flash/journal.h"
 
+#include <algorithm>
+#include <filesystem>
 #include <nlohmann/json.hpp>
+#include <stdexcept>
+#include <system_error>
 
 #include "failure.h"
 #include "files.h"
@@ -13,6 +17,14 @@ using Json = nlohmann::ordered_json;
 
 constexpr int kFormat = 1;
 constexpr std::size_t kPathDigits = 8;
+const std::string kNameStart = "borvanusb-";
+const std::string kNameEnd = ".journal";
+
+// With the slash at its end; empty for the current folder.
+std::string FolderOf(const std::string& file) {
+  const std::size_t slash = file.find_last_of("/\\");
+  return slash == std::string::npos ? "" : file.substr(0, slash + 1);
+}
 
 Json ToJson(const UnfinishedWork& work) {
   Json json = {{"image", work.image},
@@ -89,25 +101,18 @@ std::string CameraInFileName(const CameraIdentity& camera) {
 }
 
 std::string JournalName(const std::string& neighbour, const CameraIdentity& camera) {
-  const std::size_t slash = neighbour.find_last_of("/\\");
-  const std::string folder = slash == std::string::npos ? "" : neighbour.substr(0, slash + 1);
-  return folder + "borvanusb-" + CameraInFileName(camera) + ".journal";
+  return FolderOf(neighbour) + kNameStart + CameraInFileName(camera) + kNameEnd;
 }
 
-Journal LoadJournal(const std::string& file, const CameraIdentity& camera) {
-  Journal journal{camera.path, {}};
-  if (!FileExists(file)) {
-    return journal;
-  }
+Journal ReadAnyJournal(const std::string& file) {
+  Journal journal;
   const std::string text = ReadWholeText(file);
   try {
     const Json json = Json::parse(text);
     if (json.at("borvanusb_journal").get<int>() != kFormat) {
       Unusable(file, "another version of borvanusb wrote it");
     }
-    if (json.at("camera").get<std::string>() != camera.path) {
-      Unusable(file, "it is of another camera");
-    }
+    journal.camera = json.at("camera").get<std::string>();
     for (const Json& work : json.at("works")) {
       journal.works.push_back(WorkFromJson(work));
     }
@@ -117,6 +122,36 @@ Journal LoadJournal(const std::string& file, const CameraIdentity& camera) {
     Unusable(file, "it is no journal");
   }
   return journal;
+}
+
+Journal LoadJournal(const std::string& file, const CameraIdentity& camera) {
+  if (!FileExists(file)) {
+    return {camera.path, {}};
+  }
+  Journal journal = ReadAnyJournal(file);
+  if (journal.camera != camera.path) {
+    Unusable(file, "it is of another camera");
+  }
+  return journal;
+}
+
+std::vector<std::string> JournalsOfKind(const std::string& file, const CameraIdentity& camera) {
+  namespace fs = std::filesystem;
+  const std::string folder = FolderOf(file);
+  const std::string start = kNameStart + camera.vid + "-" + camera.pid + "-";
+  std::vector<std::string> names;
+  std::error_code error;
+  const std::u8string path(folder.begin(), folder.end());
+  for (fs::directory_iterator entry(folder.empty() ? fs::path(".") : fs::path(path), error), end;
+       !error && entry != end; entry.increment(error)) {
+    const std::u8string text = entry->path().filename().u8string();
+    const std::string name(text.begin(), text.end());
+    if (name.starts_with(start) && name.ends_with(kNameEnd)) {
+      names.push_back(folder + name);
+    }
+  }
+  std::ranges::sort(names);
+  return names;
 }
 
 void SaveJournal(const std::string& file, const Journal& journal) {

@@ -58,5 +58,11 @@ std::string CameraInFileName(const CameraIdentity& camera);
 // be read or is another camera's: what it holds must not be lost by going on without it.
 Journal LoadJournal(const std::string& file, const CameraIdentity& camera);
 
+// The same for a journal of any camera.
+Journal ReadAnyJournal(const std::string& file);
+
+// The journals beside `file` that are of cameras with the same vendor and product ID.
+std::vector<std::string> JournalsOfKind(const std::string& file, const CameraIdentity& camera);
+
 // Writes a journal, or removes it when it holds no works. Throws Failure kFile.
 void SaveJournal(const std::string& file, const Journal& journal);

@@ -25,6 +25,24 @@ std::vector<UnfinishedWork> JournalPlaces::Load() {
   return works;
 }
 
+std::vector<JournalPlaces::Other> JournalPlaces::OfOtherPlaces() const {
+  std::vector<Other> others;
+  for (const std::string& place : files_) {
+    for (const std::string& file : JournalsOfKind(place, camera_)) {
+      if (file == place) {
+        continue;
+      }
+      try {
+        others.push_back({file, ReadAnyJournal(file)});
+      } catch (const Failure&) {
+        // Whoever programs its camera is told.
+        continue;
+      }
+    }
+  }
+  return others;
+}
+
 void JournalPlaces::Choose() {
   for (const std::string& file : files_) {
     try {

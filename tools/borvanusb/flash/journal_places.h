@@ -20,6 +20,15 @@ class JournalPlaces {
   // The file that was found, else the place that is wanted first.
   const std::string& Name() const { return name_; }
 
+  // The other journals beside ours that are of cameras of the same kind, and their names: a camera
+  // that was cut off may have been plugged in elsewhere since, where it has another path. Files
+  // that can't be read are left out.
+  struct Other {
+    std::string file;
+    Journal journal;
+  };
+  std::vector<Other> OfOtherPlaces() const;
+
   // Makes sure that a journal can be written. Throws Failure kFile when it can in no place.
   void Choose();
   bool IsChosen() const { return chosen_; }

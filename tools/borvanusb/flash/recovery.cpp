@@ -181,6 +181,27 @@ Recovery Recover(const RecoveryRequest& request, const std::vector<UnfinishedWor
   return recovery;
 }
 
+bool MayBeCutOff(const RecoveryRequest& request, const std::vector<UnfinishedWork>& works) {
+  for (const UnfinishedWork& work : works) {
+    for (const SectorRecord& record : work.half_used) {
+      const Range sector = SectorAt(record.address);
+      if (!request.sectors.Holds(sector)) {
+        continue;
+      }
+      const Bytes found = PartOf(request.now, request.sectors.address, sector);
+      bool lost = false;
+      for (std::uint64_t i = 0; i < kSectorSize; ++i) {
+        lost = lost || (!IsIn(record.address + i, work.address, work.address + work.size) &&
+                        found[i] != record.original[i]);
+      }
+      if (lost && (MayBecome(found, record.planned) || MayBecome(found, record.original))) {
+        return true;
+      }
+    }
+  }
+  return false;
+}
+
 std::vector<SectorRecord> HalfUsedRecords(const Image& image, const SectorSpan& sectors,
                                           const Ranges& changes, Bytes before, Bytes after) {
   std::vector<SectorRecord> records;

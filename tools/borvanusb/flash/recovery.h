@@ -33,6 +33,10 @@ struct RecoveryRequest {
 // the flash's bytes would be safe then.
 Recovery Recover(const RecoveryRequest& request, const std::vector<UnfinishedWork>& works);
 
+// Whether the flash may be that of a camera which the works were cut off with: bytes beside the
+// image are gone where a work would have taken them.
+bool MayBeCutOff(const RecoveryRequest& request, const std::vector<UnfinishedWork>& works);
+
 // What the journal must say of the work that is about to begin: the half-used sectors among those
 // that change.
 std::vector<SectorRecord> HalfUsedRecords(const Image& image, const SectorSpan& sectors,

@@ -94,7 +94,7 @@ std::string WorkState::SentenceLocked() const {
     return "the flash holds the image";
   }
   if (phase_ == Phase::kRestored) {
-    return "the old bytes are back in the flash";
+    return "the flash is restored to its old bytes";
   }
   const Parts parts = PartsLocked();
   if (parts.written.empty() && parts.unfinished.empty()) {
@@ -106,7 +106,7 @@ std::string WorkState::SentenceLocked() const {
            " may hold old or new bytes or none";
   }
   std::string text;
-  AddPart(text, parts.wrong, "does not read back as written");
+  AddPart(text, parts.wrong, "differs from what was written");
   AddPart(text, Without(parts.written, parts.wrong), "is written");
   AddPart(text, parts.unfinished, "is erased or half written");
   AddPart(text, parts.remaining, "is as before");

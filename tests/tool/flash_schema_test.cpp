@@ -1,0 +1,59 @@
+// What the flash commands print with --json is what docs/json says.
+#include "flash_schema.h"
+
+#include "flash_support.h"
+
+namespace tool_test {
+namespace {
+
+class FlashSchemaTest : public FlashTest {
+ protected:
+  FlashSchemaTest() {
+    flash() = Pattern(64 * 1024, 1);
+    image_ = WriteFile("image.bin", Pattern(0x1500, 2));
+  }
+  std::string image_;
+};
+
+TEST_F(FlashSchemaTest, EveryCommandPrintsWhatItsSchemaSays) {
+  EXPECT_EQ(
+      SchemaComplaints("flash-read", Run(FlashReadCommand{{0, 0xFF}, File("dump.bin")}).result),
+      "");
+  EXPECT_EQ(SchemaComplaints("flash-word", Run(FlashWordCommand{0, std::nullopt, false}).result),
+            "");
+  EXPECT_EQ(SchemaComplaints("flash-word", Run(FlashWordCommand{0, 0, true}).result), "");
+  EXPECT_EQ(SchemaComplaints("flash-erase", Run(FlashEraseCommand{{0, 0xFFF}, true}).result), "");
+  EXPECT_EQ(SchemaComplaints("flash-map", Run(FlashMapCommand{}).result), "");
+  EXPECT_EQ(SchemaComplaints("flash-verify", Run(FlashVerifyCommand{image_, 0x100, ""}).result),
+            "");
+}
+
+TEST_F(FlashSchemaTest, ProgramPrintsAndReportsWhatItsSchemaSays) {
+  FlashProgramCommand command;
+  command.image = image_;
+  command.address = 0x1F00;
+  command.report = File("report.json");
+  FailFrom(300);
+  Run(command);
+  EXPECT_EQ(
+      SchemaComplaints("flash-program", nlohmann::ordered_json::parse(ReadFile("report.json"))),
+      "");
+  Heal();
+  EXPECT_EQ(SchemaComplaints("flash-program", Run(command).result), "");
+  command.all = true;
+  command.report.clear();
+  host.child = [](const std::vector<std::string>&, const auto&) { return 6; };
+  Run(command);
+  EXPECT_EQ(
+      SchemaComplaints("flash-program", nlohmann::ordered_json::parse(output->json_lines.at(0))),
+      "");
+}
+
+TEST_F(FlashSchemaTest, WhatIsMissingOrNotDescribedIsFound) {
+  EXPECT_EQ(SchemaComplaints("flash-word", {{"value", "12"}, {"extra", 1}}),
+            "flash-word.value: another type\nflash-word.extra: not described\n"
+            "flash-word.camera: missing\nflash-word.address: missing\n");
+}
+
+}  // namespace
+}  // namespace tool_test

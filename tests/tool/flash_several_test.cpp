@@ -1,0 +1,184 @@
+// flash program for several cameras: a process each, side by side.
+#include <algorithm>
+
+#include "flash_support.h"
+
+namespace tool_test {
+namespace {
+
+using Send = std::function<void(bool, const std::string&)>;
+
+// A line as a child's standard error carries it.
+std::string ProgressLine(const std::string& stage, int percent) {
+  return R"({"progress":{"stage":")" + stage + R"(","done":)" + std::to_string(percent) +
+         R"(,"total":100,"percent":)" + std::to_string(percent) +
+         R"(,"rate":2048.0,"seconds_left":1.5}})";
+}
+
+class FlashSeveralTest : public FlashTest {
+ protected:
+  FlashSeveralTest() {
+    SetCameras(3);
+    command_.image = WriteFile("image.bin", Pattern(100, 1));
+    command_.address = 0x100;
+    command_.all = true;
+    host.child = [this](const std::vector<std::string>& words, const Send& send) {
+      children_.push_back(words);
+      send(true, ProgressLine("read", 50));
+      send(true, ProgressLine("program", 100));
+      send(false, R"({"changed_bytes":8192,"dry_run":false,"verified":true})");
+      return 0;
+    };
+  }
+
+  void SetCameras(int count) {
+    host.chips.clear();
+    for (int i = 0; i < count; ++i) {
+      auto chip = std::make_shared<FakeChip>();
+      chip->identity.path = R"(\\?\usb#vid_1234&pid_0001#)" + std::to_string(100 + i);
+      host.chips.push_back(chip);
+    }
+  }
+
+  FlashProgramCommand command_;
+  std::vector<std::vector<std::string>> children_;
+};
+
+TEST_F(FlashSeveralTest, EachCameraGetsAProcessWithNamesOfItsOwn) {
+  command_.report = "out/report.json";
+  command_.backup_file = "old";
+  const Outcome outcome = Run(command_);
+  EXPECT_EQ(outcome.code, ExitCode::kDone);
+  ASSERT_EQ(children_.size(), 3U);
+  EXPECT_EQ(children_[1],
+            (std::vector<std::string>{"flash", "program", command_.image, "--address", "0x100",
+                                      "--backup", "old-1", "--report", "out/report-1.json",
+                                      "--camera", R"(\\?\usb#vid_1234&pid_0001#101)", "--json",
+                                      "--progress", "json", "--timeout", "10.000"}));
+}
+
+TEST_F(FlashSeveralTest, CamerasThatAreNamedAreTheOnlyOnes) {
+  command_.all = false;
+  common.cameras = {"2", "0"};
+  EXPECT_EQ(Run(command_).code, ExitCode::kDone);
+  ASSERT_EQ(children_.size(), 2U);
+  EXPECT_EQ(children_[0][6], R"(\\?\usb#vid_1234&pid_0001#102)");
+  EXPECT_EQ(children_[1][6], R"(\\?\usb#vid_1234&pid_0001#100)");
+}
+
+TEST_F(FlashSeveralTest, CameraThatIsNamedTwiceIsRefused) {
+  command_.all = false;
+  common.cameras = {"1", "#101"};
+  EXPECT_EQ(Run(command_).code, ExitCode::kUsage);
+  EXPECT_TRUE(children_.empty());
+}
+
+TEST_F(FlashSeveralTest, WorstCodeIsTheWholeCommands) {
+  host.child = [](const std::vector<std::string>& words, const Send& send) {
+    if (words[6].ends_with("101")) {
+      send(false, R"({"error":{"code":7,"kind":"verify","message":"it differs","hint":"look"}})");
+      return 7;
+    }
+    send(false, R"({"changed_bytes":0})");
+    return 0;
+  };
+  EXPECT_EQ(Run(command_).code, ExitCode::kVerify);
+  EXPECT_NE(output->out.find("0  1234:0001  Fake camera: holds the image already\n"),
+            std::string::npos)
+      << output->out;
+  EXPECT_NE(output->out.find("1  1234:0001  Fake camera: failed, verify\n"), std::string::npos);
+  EXPECT_EQ(output->errors, "camera 1: it differs\n  look\n");
+}
+
+TEST_F(FlashSeveralTest, EachCameraIsOneLineOfJson) {
+  const Outcome outcome = Run(command_);
+  ASSERT_EQ(output->json_lines.size(), 3U);
+  EXPECT_EQ(output->json_lines[2],
+            R"({"camera":{"index":2,"path":"\\\\?\\usb#vid_1234&pid_0001#102",)"
+            R"("name":"Fake camera","vid":"1234","pid":"0001"},"exit_code":0,"kind":"done",)"
+            R"("result":{"changed_bytes":8192,"dry_run":false,"verified":true},"error":null})");
+  EXPECT_TRUE(outcome.result.is_null());
+}
+
+TEST_F(FlashSeveralTest, ChildThatCrashesIsAFailureOfItsCamera) {
+  host.child = [](const std::vector<std::string>&, const Send&) { return -1073741819; };
+  EXPECT_EQ(Run(command_).code, ExitCode::kInternal);
+  EXPECT_NE(output->errors.find("ended without a word"), std::string::npos);
+}
+
+TEST_F(FlashSeveralTest, PlainLinesTellEachStageAndNotEachPercent) {
+  SetCameras(1);
+  host.child = [](const std::vector<std::string>&, const Send& send) {
+    for (int percent = 0; percent <= 100; ++percent) {
+      send(true, ProgressLine("read", percent));
+    }
+    send(true, "note: something to know");
+    send(false, R"({"changed_bytes":4096})");
+    return 0;
+  };
+  EXPECT_EQ(Run(command_).code, ExitCode::kDone);
+  EXPECT_EQ(output->notes,
+            "0  1234:0001  Fake camera: read 0 %\n"
+            "0  1234:0001  Fake camera: read 25 %\n"
+            "0  1234:0001  Fake camera: read 50 %\n"
+            "0  1234:0001  Fake camera: read 75 %\n"
+            "0  1234:0001  Fake camera: read 100 %\n"
+            "0  1234:0001  Fake camera: note: something to know\n"
+            "0  1234:0001  Fake camera: done 100 %\n");
+}
+
+TEST_F(FlashSeveralTest, TableIsDrawnOverItself) {
+  SetCameras(2);
+  common.progress = ProgressMode::kBar;
+  host.child = [this](const std::vector<std::string>&, const Send& send) {
+    host.clock += std::chrono::seconds(1);
+    send(true, ProgressLine("program", 50));
+    send(true, "note: something to know");
+    send(false, R"({"changed_bytes":4096})");
+    return 0;
+  };
+  EXPECT_EQ(Run(command_).code, ExitCode::kDone);
+  const std::string first =
+      "\r\x1b[2K0  1234:0001  Fake camera    waiting  [                    ]   0 %\n"
+      "\r\x1b[2K1  1234:0001  Fake camera    waiting  [                    ]   0 %\n";
+  const std::string second =
+      "\x1b[2A\r\x1b[2K0  1234:0001  Fake camera    program  [==========          ]  50 %"
+      "  2.0 KiB/s\n"
+      "\r\x1b[2K1  1234:0001  Fake camera    waiting  [                    ]   0 %\n";
+  EXPECT_TRUE(output->out.starts_with(first + second)) << output->out;
+  // What the children remark waits for the table's end.
+  EXPECT_EQ(output->notes,
+            "0  1234:0001  Fake camera: note: something to know\n"
+            "1  1234:0001  Fake camera: note: something to know\n");
+}
+
+TEST_F(FlashSeveralTest, SixteenCamerasAreProgrammedAtOnce) {
+  SetCameras(16);
+  EXPECT_EQ(Run(command_).code, ExitCode::kDone);
+  EXPECT_EQ(children_.size(), 16U);
+  EXPECT_EQ(output->json_lines.size(), 16U);
+}
+
+TEST_F(FlashSeveralTest, WrongImageIsToldOnceAndStartsNoProcess) {
+  command_.image = WriteFile("image.bin", Bytes(10, 0xFF));
+  EXPECT_EQ(Run(command_).code, ExitCode::kFile);
+  EXPECT_TRUE(children_.empty());
+}
+
+TEST_F(FlashSeveralTest, NoCameraIsAFailure) {
+  host.chips.clear();
+  EXPECT_EQ(Run(command_).code, ExitCode::kNoCamera);
+}
+
+TEST_F(FlashSeveralTest, ProgressAsJsonNamesTheCamera) {
+  SetCameras(1);
+  common.progress = ProgressMode::kJson;
+  EXPECT_EQ(Run(command_).code, ExitCode::kDone);
+  EXPECT_TRUE(output->notes.starts_with(
+      R"({"progress":{"stage":"read","done":50,"total":100,"percent":50,"rate":2048.0,)"
+      R"("seconds_left":1.5},"camera":0})"))
+      << output->notes;
+}
+
+}  // namespace
+}  // namespace tool_test
