@@ -4,5 +4,5 @@ FlashSizeAnswer AskFlashSize(Camera& /*camera*/, std::optional<std::uint64_t> to
   if (told) {
     return {told, "as told by --flash-size"};
   }
-  return {std::nullopt, "not looked for; --flash-size tells it"};
+  return {std::nullopt, "not looked for"};
 }

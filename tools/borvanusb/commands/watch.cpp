@@ -148,7 +148,8 @@ class Watcher {
     }
     ++late_;
     // What can't be caught up any more is left out.
-    skipped_ = static_cast<std::uint64_t>(now * command_.rate) - polls_;
+    const auto due = static_cast<std::uint64_t>(now * command_.rate);
+    skipped_ = due > polls_ ? due - polls_ : 0;
   }
 
   const WatchCommand& command_;
