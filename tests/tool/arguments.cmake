@@ -1,1 +1,17 @@
-borvan_add_gtest(tool_arguments_test SOURCES numbers_test.cpp LIBRARIES borvanusb_core)
+borvan_add_gtest(
+  tool_arguments_test
+  SOURCES command_line_test.cpp command_line_errors_test.cpp help_test.cpp numbers_test.cpp
+  LIBRARIES borvanusb_core)
+borvan_add_gtest(tool_progress_test SOURCES progress_test.cpp progress_forms_test.cpp LIBRARIES borvanusb_core)
+borvan_add_gtest(tool_run_test SOURCES run_tool_test.cpp text_output_test.cpp LIBRARIES
+                 borvanusb_test_support)
+# The scripts are for shells; here there is one of the two.
+if(WIN32)
+  borvan_add_gtest(tool_scripts_test SOURCES manual_test.cpp powershell_completion_test.cpp LIBRARIES
+                   borvanusb_test_support)
+else()
+  borvan_add_gtest(
+    tool_scripts_test
+    SOURCES bash_completion_test.cpp manual_test.cpp powershell_completion_test.cpp
+    LIBRARIES borvanusb_test_support)
+endif()

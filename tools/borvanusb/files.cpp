@@ -105,6 +105,14 @@ bool FileExists(const std::string& name) {
   return fs::exists(PathOf(name), error);
 }
 
+void RemoveFile(const std::string& name) {
+  std::error_code error;
+  fs::remove(PathOf(name), error);
+  if (error) {
+    Fail("can't remove", name, error.message());
+  }
+}
+
 void CheckWritable(const std::string& name) {
   const fs::path path = PathOf(name);
   std::error_code error;

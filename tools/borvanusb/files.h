@@ -18,5 +18,7 @@ void WriteWholeFile(const std::string& name, std::span<const std::uint8_t> bytes
 void WriteWholeText(const std::string& name, std::string_view text);
 
 bool FileExists(const std::string& name);
+// Removes a file; one that is not there is no failure.
+void RemoveFile(const std::string& name);
 // Throws unless a file by that name could be written: before a long job, not after it.
 void CheckWritable(const std::string& name);

@@ -29,11 +29,14 @@ struct OptionDescription {
   bool required = false;
   std::vector<std::string> choices;  // the values it takes, if they are few
   bool takes_file = false;
+  bool repeated = false;  // may be given several times
 };
 
 struct CommandDescription {
   std::vector<std::string> words;  // "flash", "program"
+  std::string group;               // headline it stands under
   std::string text;
+  std::string details;  // what more there is to know; may be empty
   std::vector<OptionDescription> options;
   std::vector<std::string> examples;  // whole command lines
 };
@@ -44,4 +47,11 @@ struct ToolDescription {
   std::vector<CommandDescription> commands;
 };
 
+// The words that call a command: "flash program".
+std::string CommandWords(const Command& command);
+
 ToolDescription DescribeTool();
+
+// What --help prints: the overview for no words, the commands of a group ("reg"), or one command
+// ("reg", "read"). At most 80 columns wide.
+std::string HelpText(const ToolDescription& tool, const std::vector<std::string>& words);

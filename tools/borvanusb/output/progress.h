@@ -23,4 +23,6 @@ class Progress {
   virtual void Done() = 0;
   // Closes the bar where it stands, so that other text can follow.
   virtual void Break() = 0;
+  // Takes an open bar off its line until it is drawn again, so that a line can be written there.
+  virtual void Hide() {}
 };

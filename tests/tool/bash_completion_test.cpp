@@ -1,0 +1,124 @@
+// The completion script for bash, as bash runs it.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <array>
+#include <cstdio>
+#include <filesystem>
+#include <fstream>
+#include <nlohmann/json.hpp>
+#include <sstream>
+
+#include "commands/commands.h"
+#include "commands/completion_scripts.h"
+#include "support/fake_camera.h"
+
+namespace tool_test {
+namespace {
+
+using testing::Contains;
+using testing::ElementsAre;
+using testing::IsEmpty;
+using testing::Not;
+namespace fs = std::filesystem;
+
+class BashCompletionTest : public testing::Test {
+ protected:
+  void SetUp() override {
+    folder_ = fs::path(testing::TempDir()) /
+              ("bash_completion_" +
+               std::string(testing::UnitTest::GetInstance()->current_test_info()->name()));
+    fs::create_directories(folder_ / "files");
+    std::ofstream(folder_ / "script") << BashCompletion(DescribeTool());
+    std::ofstream(folder_ / "files" / "image one.bin");
+    std::ofstream(folder_ / "files" / "list.txt");
+  }
+  void TearDown() override { fs::remove_all(folder_); }
+
+  // What bash offers for the last of the words, which are as bash splits a line.
+  std::vector<std::string> Offered(const std::vector<std::string>& words) {
+    std::string program = "cd '" + (folder_ / "files").string() + "'; . ../script; COMP_WORDS=(";
+    for (const std::string& word : words) {
+      program += "'" + word + "' ";
+    }
+    program += "); COMP_CWORD=" + std::to_string(words.size() - 1) +
+               "; $(complete -p borvanusb | sed 's/.*-F \\([^ ]*\\) .*/\\1/'); "
+               "[ ${#COMPREPLY[@]} = 0 ] || printf '%s\\n' \"${COMPREPLY[@]}\"";
+    std::ofstream(folder_ / "test") << program << "\n";
+    const std::string command = "bash '" + (folder_ / "test").string() + "' 2>&1";
+    FILE* const pipe = popen(command.c_str(), "r");
+    std::string text;
+    std::array<char, 4096> part{};
+    while (const std::size_t size = std::fread(part.data(), 1, part.size(), pipe)) {
+      text.append(part.data(), size);
+    }
+    EXPECT_EQ(pclose(pipe), 0) << text;
+    std::vector<std::string> lines;
+    std::istringstream stream(text);
+    for (std::string line; std::getline(stream, line);) {
+      lines.push_back(line);
+    }
+    return lines;
+  }
+
+ private:
+  fs::path folder_;
+};
+
+TEST_F(BashCompletionTest, CommandsAndTheirSecondWords) {
+  EXPECT_THAT(Offered({"borvanusb", "f"}), ElementsAre("flash"));
+  EXPECT_THAT(Offered({"borvanusb", ""}), Contains("doctor"));
+  EXPECT_THAT(Offered({"borvanusb", "flash", "ver"}), ElementsAre("verify"));
+  EXPECT_THAT(Offered({"borvanusb", "reg", ""}),
+              ElementsAre("read", "write", "dump", "load", "diff"));
+}
+
+TEST_F(BashCompletionTest, OptionsOfTheCommandAndOfAll) {
+  EXPECT_THAT(Offered({"borvanusb", "flash", "program", "x", "--no"}),
+              ElementsAre("--no-verify", "--no-backup"));
+  EXPECT_THAT(Offered({"borvanusb", "--js"}), ElementsAre("--json"));
+  EXPECT_THAT(Offered({"borvanusb", "list", "--"}), Contains("--watch"));
+  EXPECT_THAT(Offered({"borvanusb", "list", "--"}), Not(Contains("--wide")));
+}
+
+TEST_F(BashCompletionTest, ValuesThatAreFew) {
+  EXPECT_THAT(Offered({"borvanusb", "--progress", ""}),
+              ElementsAre("auto", "bar", "lines", "json", "none"));
+  EXPECT_THAT(Offered({"borvanusb", "list", "--progress", "=", "l"}), ElementsAre("lines"));
+  EXPECT_THAT(Offered({"borvanusb", "list", "--progress", "="}),
+              ElementsAre("auto", "bar", "lines", "json", "none"));
+  EXPECT_THAT(Offered({"borvanusb", "i2c", "read", "--mode", "16"}), ElementsAre("16/8", "16/16"));
+  EXPECT_THAT(Offered({"borvanusb", "completion", "p"}), ElementsAre("powershell"));
+}
+
+TEST_F(BashCompletionTest, FilesWhereFilesAreMeant) {
+  EXPECT_THAT(Offered({"borvanusb", "flash", "program", "im"}), ElementsAre("image one.bin"));
+  EXPECT_THAT(Offered({"borvanusb", "reg", "dump", "0x10", "li"}), ElementsAre("list.txt"));
+  EXPECT_THAT(Offered({"borvanusb", "list", "--trace", "li"}), ElementsAre("list.txt"));
+  EXPECT_THAT(Offered({"borvanusb", "reg", "read", ""}), IsEmpty());
+  EXPECT_THAT(Offered({"borvanusb", "list", "--camera", ""}), IsEmpty());
+}
+
+TEST_F(BashCompletionTest, OptionsBeforeTheCommandDoNotHideIt) {
+  EXPECT_THAT(Offered({"borvanusb", "--camera", "1234", ":", "0001", "--json", "reg", "lo"}),
+              ElementsAre("load"));
+  EXPECT_THAT(Offered({"borvanusb", "--timeout", "=", "5", "reg", "load", "li"}),
+              ElementsAre("list.txt"));
+  EXPECT_THAT(Offered({"borvanusb", "reg", "load", "--check-only", "li"}), ElementsAre("list.txt"));
+}
+
+TEST_F(BashCompletionTest, CommandPrintsTheScript) {
+  const CommonArguments common;
+  FakeHost host;
+  FakeOutput output;
+  FakeProgress progress;
+  nlohmann::ordered_json result;
+  Context context{common, host, output, progress, result};
+  EXPECT_EQ(::Run(CompletionCommand{Shell::kBash}, context), ExitCode::kDone);
+  EXPECT_EQ(output.out, BashCompletion(DescribeTool()));
+  EXPECT_EQ(result["shell"], "bash");
+  EXPECT_EQ(result["script"], output.out);
+}
+
+}  // namespace
+}  // namespace tool_test

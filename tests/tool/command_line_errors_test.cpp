@@ -1,0 +1,201 @@
+// Command lines that can't be right: which argument, and what is allowed.
+#include <gtest/gtest.h>
+
+#include "arguments/command_line.h"
+#include "arguments/nearest.h"
+#include "failure.h"
+
+namespace tool_test {
+namespace {
+
+using Words = std::vector<std::string>;
+
+Failure FailureOf(const Words& words) {
+  try {
+    ParseCommandLine(words);
+  } catch (const Failure& failure) {
+    return failure;
+  }
+  ADD_FAILURE() << "the command line is taken";
+  return {ExitCode::kDone, ""};
+}
+
+void ExpectRefused(const Words& words, const std::string& message) {
+  const Failure failure = FailureOf(words);
+  EXPECT_EQ(failure.Code(), ExitCode::kUsage);
+  EXPECT_EQ(failure.Message(), message);
+  EXPECT_TRUE(failure.Hint().ends_with("--help tells more.")) << failure.Hint();
+}
+
+TEST(CommandLineErrorsTest, NoCommandSaysWhereToBegin) {
+  const Failure failure = FailureOf({});
+  EXPECT_EQ(failure.Code(), ExitCode::kUsage);
+  EXPECT_EQ(failure.Message(), "a command is missing, such as borvanusb list");
+  EXPECT_EQ(failure.Hint(), "borvanusb --help shows all commands and what to do first.");
+}
+
+TEST(CommandLineErrorsTest, HintIsTheCommandsOwnHelp) {
+  EXPECT_EQ(FailureOf({"flash", "word", "x"}).Hint(), "borvanusb flash word --help tells more.");
+  EXPECT_EQ(FailureOf({"reg"}).Hint(), "borvanusb reg --help tells more.");
+  EXPECT_EQ(FailureOf({"raed"}).Hint(), "borvanusb --help tells more.");
+}
+
+TEST(CommandLineErrorsTest, UnknownCommandSuggestsTheNearest) {
+  ExpectRefused({"lits"}, "there is no command \"lits\"; do you mean list?");
+  ExpectRefused({"reg", "raed"}, "there is no command \"reg raed\"; do you mean reg read?");
+  ExpectRefused({"dump", "1"}, "there is no command \"dump\"; do you mean reg dump or i2c dump?");
+  ExpectRefused({"scan"}, "there is no command \"scan\"; do you mean i2c scan?");
+  ExpectRefused({"a\nb"}, "there is no command \"a?b\"");
+  ExpectRefused({"reg"}, "reg: what to do is missing: read, write, dump, load, diff");
+}
+
+TEST(CommandLineErrorsTest, UnknownOptionSuggestsTheNearest) {
+  ExpectRefused({"reg", "read", "1", "--wdie"},
+                "reg read: there is no option \"--wdie\"; do you mean --wide?");
+  ExpectRefused({"list", "--jsn=1"}, "list: there is no option \"--jsn\"; do you mean --json?");
+  ExpectRefused({"list", "--verify"}, "list: there is no option \"--verify\"");
+  ExpectRefused({"--frob"}, "there is no option \"--frob\"");
+}
+
+TEST(CommandLineErrorsTest, OptionWithoutItsValue) {
+  ExpectRefused({"reg", "write", "1", "2", "--mask"},
+                "--mask: M is missing: change only the bits that are 1 in M; reads first");
+  ExpectRefused({"--camera=", "list"}, "--camera: a value is missing after the =");
+  ExpectRefused({"list", "--json=yes"}, "--json: takes no value");
+}
+
+TEST(CommandLineErrorsTest, ArgumentMissingTooManyOrTwice) {
+  ExpectRefused({"reg", "write", "1"}, "reg write: VALUE is missing: what to write");
+  ExpectRefused({"reg", "load", "a", "list"}, "reg load: \"list\" is one argument too many");
+  ExpectRefused({"i2c", "read", "1"},
+                "i2c read: --slave is missing: the device's address on the bus, 0 to 255, not "
+                "shifted");
+  ExpectRefused({"i2c", "scan", "--mode", "1", "--mode", "2"}, "--mode: is given more than once");
+}
+
+TEST(CommandLineErrorsTest, NumbersSayWhatIsAllowed) {
+  ExpectRefused({"flash", "word", "12g"},
+                "ADDR: \"12g\" is no address: a number from 0 to 0xffffffff, decimal or with 0x");
+  ExpectRefused(
+      {"reg", "write", "0x100000000", "1"},
+      "ADDR: \"0x100000000\" is no address: a number from 0 to 0xffffffff, decimal or with "
+      "0x");
+  ExpectRefused(
+      {"reg", "read", "9-1"},
+      "ADDR[-END]: \"9-1\" is no address or range: 0x1000, 0x1000-0x1fff or 0x1000+256, up "
+      "to 0xffffffff");
+  ExpectRefused({"reg", "write", "1", "-1"},
+                "VALUE: \"-1\" is no number: a number from 0 to 0xffffffff, decimal or with 0x");
+  ExpectRefused({"bench", "--rounds", "0"},
+                "--rounds: \"0\" is not allowed: a number from 1 to 1000000, decimal or with 0x");
+  ExpectRefused({"i2c", "read", "1", "--slave", "256"},
+                "--slave: \"256\" is not allowed: a number from 0 to 255, decimal or with 0x");
+  ExpectRefused(
+      {"info", "--flash-size", "1000"},
+      "--flash-size: \"1000\" is no flash size: a multiple of 4096, such as 512K or 4M, up "
+      "to 4096M");
+  ExpectRefused(
+      {"i2c", "read", "1", "--slave", "1", "--mode", "8/16"},
+      "--mode: \"8/16\" is no width mode: bits of address and data, 8/8, 16/8, 16/16, 32/8, "
+      "32/16 or 32/32, or 0 to 5");
+  ExpectRefused({"i2c", "scan", "--slaves", "0-256"},
+                "--slaves: \"0-256\" is not allowed: device addresses go from 0 to 255");
+}
+
+TEST(CommandLineErrorsTest, DecimalsSayWhatIsAllowed) {
+  for (const std::string text : {"0.09", "3600.1", "nan", "inf", "1e3", "", "1,5", "-1", "0x10"}) {
+    ExpectRefused({"list", "--timeout", text},
+                  "--timeout: \"" + text +
+                      "\" is not allowed: a number from 0.1 to 3600, decimals with a point");
+  }
+  ExpectRefused(
+      {"watch", "--reg", "1", "--rate", "1001"},
+      "--rate: \"1001\" is not allowed: a number from 0.1 to 1000, decimals with a point");
+}
+
+TEST(CommandLineErrorsTest, ChoicesAreListed) {
+  ExpectRefused({"list", "--progress", "Bar"},
+                "--progress: \"Bar\" is not allowed: auto, bar, lines, json or none");
+  ExpectRefused({"completion", "zsh"}, "SHELL: \"zsh\" is not allowed: bash or powershell");
+}
+
+TEST(CommandLineErrorsTest, EmptyTextsAreVariablesThatWereNeverSet) {
+  ExpectRefused({"reg", "load", ""}, "FILE: \"\" is no file name");
+  ExpectRefused(
+      {"list", "--camera", ""},
+      "--camera: \"\" is no camera: its index, path, vid:pid or name, or a part of path or "
+      "name");
+}
+
+TEST(CommandLineErrorsTest, ValuesFitTheRegistersWidth) {
+  ExpectRefused({"reg", "write", "1", "0x100"},
+                "VALUE: 0x100 is too big for a register of 8 bits without --wide: 0 to 0xff");
+  ExpectRefused({"reg", "write", "1", "1", "--mask", "256"},
+                "--mask: 0x100 is too big for a register of 8 bits without --wide: 0 to 0xff");
+  ExpectRefused({"i2c", "write", "1", "0x100", "--slave", "1"},
+                "VALUE: 0x100 is too big for the data of width mode 16/8: 0 to 0xff");
+  ExpectRefused({"i2c", "write", "1", "1", "--mask", "0x10000", "--slave", "1", "--mode", "16/16"},
+                "--mask: 0x10000 is too big for the data of width mode 16/16: 0 to 0xffff");
+  ExpectRefused({"i2c", "write", "0x10000", "1", "--slave", "1"},
+                "ADDR: 0x10000 is too big for the addresses of width mode 16/8: 0 to 0xffff");
+  ExpectRefused({"i2c", "dump", "0+257", "--slave", "1", "--mode", "8/8"},
+                "RANGE: 0x100 is too big for the addresses of width mode 8/8: 0 to 0xff");
+  ExpectRefused({"i2c", "scan", "--address", "0x10000"},
+                "--address: 0x10000 is too big for the addresses of width mode 16/8: 0 to 0xffff");
+  ExpectRefused({"watch", "--i2c", "0x10000", "--slave", "1"},
+                "--i2c: 0x10000 is too big for the addresses of width mode 16/8: 0 to 0xffff");
+}
+
+TEST(CommandLineErrorsTest, ContradictionsAreRefused) {
+  ExpectRefused({"list", "--quiet", "--verbose"}, "--quiet: contradicts --verbose");
+  ExpectRefused({"flash", "program", "i", "--backup", "b", "--no-backup"},
+                "--no-backup: contradicts --backup");
+  ExpectRefused({"flash", "program", "i", "--all", "--camera", "1"},
+                "--all: means every camera, --camera only some: give one of the two");
+  const std::string one_file =
+      "--backup: one file can't hold the backups of several cameras; leave it out for files named "
+      "after the cameras";
+  ExpectRefused({"flash", "program", "i", "--all", "--backup", "b"}, one_file);
+  ExpectRefused({"flash", "program", "i", "--camera=0", "--camera=1", "--backup", "b"}, one_file);
+  ExpectRefused({"flash", "program", "i", "--restore-on-failure", "--dry-run"},
+                "--restore-on-failure: a dry run changes nothing that could be restored");
+  ExpectRefused({"flash", "program", "i", "--restore-on-failure", "--no-backup"},
+                "--restore-on-failure: needs the backup, which --no-backup leaves out");
+  ExpectRefused({"flash", "program", "i", "--no-verify", "--dry-run"},
+                "--no-verify: a dry run verifies nothing");
+  ExpectRefused({"reg", "diff", "camera", "camera"},
+                "B: camera is given twice; one of the two must be a list");
+  ExpectRefused({"selftest", "--mode", "8/8"},
+                "--mode: says how to speak to a sensor; --slave must say to which");
+}
+
+TEST(CommandLineErrorsTest, WatchNeedsSomethingToWatch) {
+  ExpectRefused({"watch"}, "watch: what to watch is missing: --reg RANGE, --i2c RANGE or both");
+  ExpectRefused({"watch", "--i2c", "1"},
+                "--i2c: needs --slave N, the device's address on the bus, 0 to 255");
+  ExpectRefused({"watch", "--i2c", "1", "--slave", "1", "--wide"},
+                "--wide: is for the chip's registers; --reg must say which");
+  ExpectRefused({"watch", "--reg", "1", "--option", "0"},
+                "--option: is for registers over I2C; --i2c must say which");
+}
+
+TEST(CommandLineErrorsTest, OpenQuoteOfAScriptIsRefused) {
+  try {
+    SplitLine("reg load \"a b");
+    FAIL();
+  } catch (const Failure& failure) {
+    EXPECT_EQ(failure.Code(), ExitCode::kUsage);
+    EXPECT_EQ(failure.Message(), "the quote before \"a b\" is never closed");
+  }
+}
+
+TEST(NearestWordTest, NearIsAThirdOfTheLetters) {
+  EXPECT_EQ(NearestWord("verfy", {"write", "verify"}), "verify");
+  EXPECT_EQ(NearestWord("ifno", {"info"}), "info");
+  EXPECT_EQ(NearestWord("prog", {"erase", "program"}), "program");
+  EXPECT_EQ(NearestWord("abc", {"xyz"}), "");
+  EXPECT_EQ(NearestWord(std::string(100000, 'x'), {"list"}), "");
+}
+
+}  // namespace
+}  // namespace tool_test

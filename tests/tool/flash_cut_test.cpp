@@ -1,0 +1,156 @@
+// Power, cable or process may go at any transfer: a plain second run must finish the work, and the
+// bytes beside the image must be those from before.
+#include "flash_support.h"
+
+namespace tool_test {
+namespace {
+
+// Where the cut-off programming's failure comes from.
+class FlashCutTest : public FlashTest {
+ protected:
+  FlashCutTest() { Prepare(Pattern(0x1500, 2), 0x1F00); }
+
+  void Prepare(const Bytes& image, std::uint32_t address) {
+    before_ = Pattern(64 * 1024, 1);
+    image_ = image;
+    command_.image = WriteFile("image.bin", image);
+    command_.address = address;
+    command_.backup = false;
+    flash() = before_;
+    const std::uint64_t start = chip().transfers;
+    EXPECT_EQ(Run(command_).code, ExitCode::kDone);
+    EXPECT_EQ(flash(), Wanted());
+    transfers_ = chip().transfers - start;
+    flash() = before_;
+  }
+
+  Bytes Wanted() const { return Overlaid(before_, command_.address, image_); }
+
+  void ExpectSecondRunFinishes(const std::string& where) {
+    Heal();
+    const Outcome outcome = Run(command_);
+    EXPECT_EQ(outcome.code, ExitCode::kDone) << where << ": " << outcome.message;
+    EXPECT_TRUE(flash() == Wanted()) << where;
+    EXPECT_EQ(JournalFile(), "") << where;
+  }
+
+  // At each transfer, or at every `step`-th of them.
+  void ExpectEveryCutIsMended(ExitCode code, std::uint64_t step = 1) {
+    for (std::uint64_t transfer = 1; transfer <= transfers_; transfer += step) {
+      flash() = before_;
+      FailFrom(transfer, code);
+      EXPECT_EQ(Run(command_).code, code) << transfer;
+      ExpectSecondRunFinishes(std::to_string(transfer));
+    }
+  }
+
+  Bytes before_;
+  Bytes image_;
+  FlashProgramCommand command_;
+  std::uint64_t transfers_ = 0;
+};
+
+TEST_F(FlashCutTest, CutAtEachTransferIsMendedByASecondRun) {
+  ExpectEveryCutIsMended(ExitCode::kDevice);
+}
+
+TEST_F(FlashCutTest, StopAtAnyTransferIsMendedByASecondRun) {
+  ExpectEveryCutIsMended(ExitCode::kStopped, 7);
+}
+
+TEST_F(FlashCutTest, ImageWithinOneSectorKeepsTheBytesOnBothSides) {
+  Prepare(Pattern(100, 2), 0x2F00);
+  ExpectEveryCutIsMended(ExitCode::kDevice);
+}
+
+TEST_F(FlashCutTest, ImageWithBlankPartsIsMended) {
+  Prepare(Overlaid(Bytes(0x1500, 0xFF), 0x700, Pattern(0x300, 2)), 0x1F00);
+  ExpectEveryCutIsMended(ExitCode::kDevice, 7);
+}
+
+TEST_F(FlashCutTest, CutWithBackupsIsMendedAndTheFirstBackupStays) {
+  command_.backup = true;
+  command_.backup_file = File("old.bin");
+  const Bytes old_bytes(before_.begin() + 0x1000, before_.begin() + 0x4000);
+  for (std::uint64_t transfer = 1; transfer <= transfers_; transfer += 5) {
+    flash() = before_;
+    FailFrom(transfer);
+    EXPECT_EQ(Run(command_).code, ExitCode::kDevice) << transfer;
+    const bool begun = transfer > 192;
+    if (begun) {
+      EXPECT_EQ(ReadFile("old.bin"), old_bytes) << transfer;
+    }
+    ExpectSecondRunFinishes(std::to_string(transfer));
+    EXPECT_EQ(ReadFile("old.bin"), old_bytes) << transfer;
+    std::filesystem::remove(File("old.bin"));
+  }
+}
+
+TEST_F(FlashCutTest, SecondRunThatIsCutTooIsMendedByAThird) {
+  for (std::uint64_t first = 190; first <= transfers_; first += 37) {
+    for (std::uint64_t second = 190; second <= transfers_; second += 41) {
+      flash() = before_;
+      FailFrom(first);
+      EXPECT_EQ(Run(command_).code, ExitCode::kDevice);
+      FailFrom(second);
+      Run(command_);
+      ExpectSecondRunFinishes(std::to_string(first) + " and " + std::to_string(second));
+    }
+  }
+}
+
+TEST_F(FlashCutTest, RestoringAfterAnyTransferGivesTheOldBytesBack) {
+  command_.restore_on_failure = true;
+  for (std::uint64_t transfer = 1; transfer <= transfers_; transfer += 3) {
+    flash() = before_;
+    FailAt(transfer);
+    EXPECT_EQ(Run(command_).code, ExitCode::kDevice) << transfer;
+    EXPECT_TRUE(flash() == before_) << transfer;
+    EXPECT_EQ(JournalFile(), "") << transfer;
+    Heal();
+  }
+}
+
+TEST_F(FlashCutTest, RestoringThatIsCutIsMendedByASecondRun) {
+  command_.restore_on_failure = true;
+  for (std::uint64_t transfer = 300; transfer <= transfers_; transfer += 31) {
+    for (const std::uint64_t further : {1U, 4U, 60U, 140U, 214U, 225U, 300U}) {
+      flash() = before_;
+      const std::uint64_t first = chip().transfers + transfer;
+      chip().before_transfer = [=](std::uint64_t number) {
+        if (number == first || number >= first + further) {
+          throw Failure(ExitCode::kDevice, "the camera is gone");
+        }
+      };
+      EXPECT_EQ(Run(command_).code, ExitCode::kDevice) << transfer;
+      ExpectSecondRunFinishes(std::to_string(transfer) + " and " + std::to_string(further));
+    }
+  }
+}
+
+TEST_F(FlashCutTest, SectorsThatCameOutWrongAreMendedByASecondRun) {
+  for (const std::uint32_t wrong :
+       {0x1000U, 0x1EFFU, 0x1F00U, 0x2500U, 0x33FFU, 0x3400U, 0x3FFFU}) {
+    flash() = before_;
+    chip().after_programming = [wrong](std::uint32_t address, std::span<std::uint8_t> bytes) {
+      if (address <= wrong && wrong < address + bytes.size()) {
+        bytes[wrong - address] = 0;
+      }
+    };
+    EXPECT_EQ(Run(command_).code, ExitCode::kVerify) << wrong;
+    ExpectSecondRunFinishes(std::to_string(wrong));
+  }
+}
+
+TEST_F(FlashCutTest, EraseThatSetOnlySomeBitsIsMended) {
+  FailFrom(193);
+  EXPECT_EQ(Run(command_).code, ExitCode::kDevice);
+  // The power went in the middle of erasing the first sector.
+  for (std::size_t i = 0; i < 0x1000; ++i) {
+    flash()[0x1000 + i] |= static_cast<std::uint8_t>(i * 37);
+  }
+  ExpectSecondRunFinishes("half an erase");
+}
+
+}  // namespace
+}  // namespace tool_test

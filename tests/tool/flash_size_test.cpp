@@ -1,0 +1,114 @@
+// How the flash's size shows in what its addresses hold.
+#include "flash/flash_size.h"
+
+#include "flash_support.h"
+
+namespace tool_test {
+namespace {
+
+constexpr std::size_t kKibi = 1024;
+constexpr std::size_t kMebi = 1024 * kKibi;
+
+class FlashSizeTest : public FlashTest {
+ protected:
+  FlashSizeFinding Find() { return FindFlashSize(*host.OpenCamera(chip().identity)); }
+  FlashSizeFinding FindBefore(std::uint64_t end) {
+    return FindFlashEndBefore(*host.OpenCamera(chip().identity), end);
+  }
+  void SetFlash(std::size_t size, std::size_t used) {
+    flash() = Overlaid(Bytes(size, 0xFF), 0, Pattern(used, 1));
+  }
+};
+
+TEST_F(FlashSizeTest, WordsThatShowUpAgainTellWhereAddressesWrap) {
+  for (const std::size_t size : {64 * kKibi, 256 * kKibi, kMebi, 16 * kMebi, 64 * kMebi}) {
+    SetFlash(size, 32 * kKibi);
+    EXPECT_EQ(Find().size, size);
+  }
+  SetFlash(kMebi, 32 * kKibi);
+  EXPECT_EQ(Find().text,
+            "wraps at 1 MiB: the same words answer there again (a flash that holds everything "
+            "twice would look the same)");
+}
+
+TEST_F(FlashSizeTest, AddressesThatReadZeroTellWhereTheFlashEnds) {
+  for (const std::size_t size : {64 * kKibi, kMebi, 4 * kMebi}) {
+    SetFlash(size, 32 * kKibi);
+    chip().wraps = false;
+    EXPECT_EQ(Find().size, size);
+  }
+  EXPECT_EQ(Find().text, "does not answer beyond 4 MiB: all words there read 0");
+}
+
+TEST_F(FlashSizeTest, EndThatIsNoPowerOfTwoIsFoundToTheSector) {
+  SetFlash(772 * kKibi, 32 * kKibi);
+  chip().wraps = false;
+  EXPECT_EQ(Find().size, 772 * kKibi);
+  EXPECT_EQ(Find().text, "does not answer beyond 772 KiB: all words there read 0");
+}
+
+TEST_F(FlashSizeTest, BlankFlashThatWrapsCantBeTold) {
+  SetFlash(kMebi, 0);
+  EXPECT_EQ(Find().size, std::nullopt);
+  EXPECT_EQ(Find().text, "can't be told: the first 64 KiB are blank");
+}
+
+TEST_F(FlashSizeTest, BlankFlashThatDoesNotAnswerBeyondItsEndCanBeTold) {
+  SetFlash(kMebi, 0);
+  chip().wraps = false;
+  EXPECT_EQ(Find().size, kMebi);
+}
+
+TEST_F(FlashSizeTest, FirmwareStoredTwiceIsNoWrapWhenTheRestDiffers) {
+  SetFlash(kMebi, 100 * kKibi);
+  flash() = Overlaid(flash(), 512 * kKibi, Pattern(100 * kKibi, 1));
+  flash() = Overlaid(flash(), 900 * kKibi, Pattern(64 * kKibi, 2));
+  EXPECT_EQ(Find().size, kMebi);
+}
+
+TEST_F(FlashSizeTest, LongZerosInTheFlashAreNoEnd) {
+  SetFlash(kMebi, 64 * kKibi);
+  flash() = Overlaid(flash(), 64 * kKibi, Bytes(448 * kKibi, 0));
+  chip().wraps = false;
+  EXPECT_EQ(Find().size, kMebi);
+}
+
+TEST_F(FlashSizeTest, OneQuestionTakesFewTransfers) {
+  SetFlash(4 * kMebi, 2 * kMebi);
+  const FlashSizeFinding finding = FindBefore(kMebi);
+  EXPECT_EQ(finding.size, std::nullopt);
+  EXPECT_EQ(finding.text, "");
+  EXPECT_LE(chip().transfers, 16U);
+}
+
+TEST_F(FlashSizeTest, ImageWithinTheSmallestFlashAsksNothing) {
+  SetFlash(64 * kKibi, 64 * kKibi);
+  EXPECT_EQ(FindBefore(64 * kKibi).size, std::nullopt);
+  EXPECT_EQ(chip().transfers, 0U);
+}
+
+TEST_F(FlashSizeTest, OneQuestionFindsTheEndBeforeAnImages) {
+  SetFlash(256 * kKibi, 200 * kKibi);
+  EXPECT_EQ(FindBefore(256 * kKibi + 1).size, 256 * kKibi);
+  EXPECT_EQ(FindBefore(256 * kKibi).size, std::nullopt);
+  chip().wraps = false;
+  EXPECT_EQ(FindBefore(kMebi).size, 256 * kKibi);
+  EXPECT_EQ(FindBefore(256 * kKibi).size, std::nullopt);
+}
+
+TEST_F(FlashSizeTest, ZerosAtAnImagesEndAreNotTakenForTheEndOfAFlash) {
+  SetFlash(kMebi, 960 * kKibi);
+  flash() = Overlaid(flash(), 960 * kKibi, Bytes(64 * kKibi, 0));
+  chip().wraps = false;
+  const FlashSizeFinding finding = FindBefore(kMebi);
+  EXPECT_EQ(finding.size, std::nullopt);
+  EXPECT_EQ(finding.text, "can't be told: all words from 0xf0000 on read 0");
+}
+
+TEST_F(FlashSizeTest, OneQuestionAboutABlankFlashSaysThatItCantBeTold) {
+  SetFlash(kMebi, 0);
+  EXPECT_EQ(FindBefore(kMebi).text, "can't be told: the first 64 KiB are blank");
+}
+
+}  // namespace
+}  // namespace tool_test

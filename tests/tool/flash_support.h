@@ -1,0 +1,85 @@
+#pragma once
+
+// What the tests of the flash commands share: a folder of their own, images, a command's run.
+
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <filesystem>
+#include <fstream>
+#include <memory>
+#include <nlohmann/json.hpp>
+#include <span>
+#include <string>
+#include <vector>
+
+#include "arguments/arguments.h"
+#include "commands/commands.h"
+#include "failure.h"
+#include "support/fake_camera.h"
+
+namespace tool_test {
+
+using Bytes = std::vector<std::uint8_t>;
+
+// Bytes that look like firmware: no two words alike, neither 0 nor 0xff in long runs.
+Bytes Pattern(std::size_t size, std::uint32_t seed);
+
+// `bytes` with `part` laid over them at `offset`.
+Bytes Overlaid(Bytes bytes, std::size_t offset, const Bytes& part);
+
+// What came of a command.
+struct Outcome {
+  ExitCode code = ExitCode::kDone;
+  std::string message;  // of a failure
+  std::string hint;
+  nlohmann::ordered_json result;
+};
+
+class FlashTest : public testing::Test {
+ protected:
+  FlashTest();
+  ~FlashTest() override;
+
+  std::string File(const std::string& name) const { return (folder_ / name).string(); }
+  std::string WriteFile(const std::string& name, const Bytes& bytes) const;
+  Bytes ReadFile(const std::string& name) const;
+  // The names of the folder's files that hold `part`.
+  std::vector<std::string> FilesWith(const std::string& part) const;
+  std::string JournalFile() const;
+
+  // Runs a command as a process of its own would: with a new context; what the chips hold lasts.
+  template <typename Command>
+  Outcome Run(const Command& command) {
+    Outcome outcome;
+    output = std::make_unique<FakeOutput>();
+    progress = std::make_unique<FakeProgress>();
+    Context context{common, host, *output, *progress, outcome.result};
+    try {
+      outcome.code = ::Run(command, context);
+    } catch (const Failure& failure) {
+      outcome.code = failure.Code();
+      outcome.message = failure.Message();
+      outcome.hint = failure.Hint();
+    }
+    return outcome;
+  }
+
+  FakeChip& chip() { return host.chip(); }
+  Bytes& flash() { return host.chip().flash; }
+  // The camera fails from the given transfer of the next run on, as when its cable is pulled.
+  void FailFrom(std::uint64_t transfer, ExitCode code = ExitCode::kDevice);
+  // It fails once.
+  void FailAt(std::uint64_t transfer, ExitCode code = ExitCode::kDevice);
+  void Heal();
+
+  CommonArguments common;
+  FakeHost host;
+  std::unique_ptr<FakeOutput> output;
+  std::unique_ptr<FakeProgress> progress;
+
+ private:
+  std::filesystem::path folder_;
+};
+
+}  // namespace tool_test

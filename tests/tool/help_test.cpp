@@ -1,0 +1,118 @@
+// What --help prints.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <sstream>
+
+#include "arguments/command_line.h"
+
+namespace tool_test {
+namespace {
+
+using testing::HasSubstr;
+using testing::StartsWith;
+
+std::string Help(const std::vector<std::string>& words) {
+  return std::get<TextAnswer>(ParseCommandLine(words)).text;
+}
+
+std::vector<std::string> LinesOf(const std::string& text) {
+  std::vector<std::string> lines;
+  std::istringstream stream(text);
+  for (std::string line; std::getline(stream, line);) {
+    lines.push_back(line);
+  }
+  return lines;
+}
+
+void ExpectNarrow(const std::string& text) {
+  for (const std::string& line : LinesOf(text)) {
+    EXPECT_LE(line.size(), 80U) << line;
+    EXPECT_FALSE(line.ends_with(' ')) << line;
+  }
+}
+
+TEST(HelpTest, CommandHelpFitsATerminal) {
+  for (const CommandDescription& command : DescribeTool().commands) {
+    std::vector<std::string> words = command.words;
+    words.emplace_back("--help");
+    const std::string help = Help(words);
+    ExpectNarrow(help);
+    EXPECT_LE(LinesOf(help).size(), 24U) << help;
+  }
+}
+
+TEST(HelpTest, CommandHelpSaysUsageOptionsAndAnExample) {
+  EXPECT_EQ(Help({"reg", "write", "--help"}),
+            "Usage: borvanusb reg write ADDR VALUE [OPTIONS]\n"
+            "\n"
+            "Writes a register of the camera's chip.\n"
+            "\n"
+            "  ADDR                  the register's address\n"
+            "  VALUE                 what to write\n"
+            "  --wide                a register of 32 bits instead of 8\n"
+            "  --mask M              change only the bits that are 1 in M; reads first\n"
+            "  --verify              read back and compare\n"
+            "\n"
+            "Common: --camera WHICH, --timeout SECONDS, --progress HOW, --trace FILE, --json,\n"
+            "  --quiet, --verbose, --help\n"
+            "Exit codes: 0 done, others say which failure; borvanusb --help lists them.\n"
+            "\n"
+            "Example: borvanusb reg write 0x1a3 0x20 --mask 0x20 --verify\n");
+}
+
+TEST(HelpTest, HelpNeedsNothingElseToBeRight) {
+  const std::string help = Help({"reg", "write", "--help"});
+  EXPECT_EQ(Help({"--help", "reg", "write"}), help);
+  EXPECT_EQ(Help({"reg", "-h", "write", "x", "y", "z", "--frob"}), help);
+}
+
+TEST(HelpTest, OverviewNamesEveryCommandAndCommonOption) {
+  const std::string help = Help({"--help"});
+  EXPECT_THAT(help, StartsWith("borvanusb 0.1.0: "));
+  ExpectNarrow(help);
+  const ToolDescription tool = DescribeTool();
+  EXPECT_EQ(tool.commands.size(), 25U);
+  for (const CommandDescription& command : tool.commands) {
+    std::string words = "\n ";
+    for (const std::string& word : command.words) {
+      words += " " + word;
+    }
+    EXPECT_THAT(help, HasSubstr(words + " "));
+    EXPECT_THAT(help, HasSubstr("\n" + command.group + "\n"));
+  }
+  for (const OptionDescription& option : tool.common) {
+    EXPECT_THAT(help, HasSubstr(option.names.back()));
+  }
+}
+
+TEST(HelpTest, GroupHelpNamesItsCommands) {
+  const std::string help = Help({"reg", "--help"});
+  EXPECT_THAT(help, StartsWith("Usage: borvanusb reg COMMAND\n"));
+  EXPECT_THAT(help, HasSubstr("  reg diff A B "));
+  EXPECT_EQ(help.find("i2c"), std::string::npos);
+}
+
+// An example that the tool itself refuses would be worse than none.
+TEST(HelpTest, ExamplesAreCommandLinesThatWork) {
+  for (const CommandDescription& command : DescribeTool().commands) {
+    ASSERT_FALSE(command.examples.empty());
+    for (const std::string& example : command.examples) {
+      std::vector<std::string> words = SplitLine(example);
+      ASSERT_EQ(words.front(), "borvanusb");
+      words.erase(words.begin());
+      // The shell's part of the line.
+      words.erase(std::find(words.begin(), words.end(), ">"), words.end());
+      const auto parsed = ParseCommandLine(words);
+      std::string named;
+      for (const std::string& word : command.words) {
+        named += (named.empty() ? "" : " ") + word;
+      }
+      EXPECT_EQ(CommandWords(std::get<Arguments>(parsed).command), named);
+    }
+  }
+}
+
+}  // namespace
+}  // namespace tool_test

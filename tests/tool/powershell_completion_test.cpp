@@ -1,0 +1,77 @@
+// The completion script for PowerShell, which is not here to run it: its form.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <nlohmann/json.hpp>
+
+#include "commands/commands.h"
+#include "commands/completion_scripts.h"
+#include "support/fake_camera.h"
+
+namespace tool_test {
+namespace {
+
+using testing::HasSubstr;
+using testing::StartsWith;
+
+// The script without what stands in quotes, in which '' is a quote.
+std::string WithoutTexts(const std::string& script) {
+  std::string bare;
+  char quote = 0;
+  for (const char character : script) {
+    if (quote == 0 && (character == '\'' || character == '"')) {
+      quote = character;
+    } else if (character == quote) {
+      quote = 0;
+    } else if (quote == 0) {
+      bare += character;
+    }
+  }
+  EXPECT_EQ(quote, 0);
+  return bare;
+}
+
+TEST(PowerShellCompletionTest, CompletesTheProgramUnderBothNames) {
+  EXPECT_THAT(PowerShellCompletion(DescribeTool()),
+              StartsWith("# PowerShell completion of borvanusb.\n"
+                         "Register-ArgumentCompleter -Native -CommandName borvanusb, borvanusb.exe "
+                         "-ScriptBlock {\n"
+                         "  param($wordToComplete, $commandAst, $cursorPosition)\n"));
+}
+
+TEST(PowerShellCompletionTest, HoldsCommandsOptionsAndValues) {
+  const std::string script = PowerShellCompletion(DescribeTool());
+  EXPECT_THAT(script, HasSubstr("@{ Words = 'reg load'; Text = 'Writes the registers of a list.'; "
+                                "Values = @() }\n"));
+  EXPECT_THAT(script, HasSubstr("Values = @('bash', 'powershell') }\n"));
+  EXPECT_THAT(script,
+              HasSubstr("@{ Name = '--no-verify'; Text = 'don''t read back'; TakesValue = $false; "
+                        "Values = @() }\n"));
+  EXPECT_THAT(script, HasSubstr("TakesValue = $true; Values = @('8/8', '16/8', "));
+}
+
+TEST(PowerShellCompletionTest, BracketsAndQuotesAreClosed) {
+  const std::string bare = WithoutTexts(PowerShellCompletion(DescribeTool()));
+  for (const std::string pair : {"()", "{}", "[]"}) {
+    EXPECT_EQ(std::count(bare.begin(), bare.end(), pair[0]),
+              std::count(bare.begin(), bare.end(), pair[1]))
+        << pair;
+  }
+}
+
+TEST(PowerShellCompletionTest, CommandPrintsTheScript) {
+  const CommonArguments common;
+  FakeHost host;
+  FakeOutput output;
+  FakeProgress progress;
+  nlohmann::ordered_json result;
+  Context context{common, host, output, progress, result};
+  EXPECT_EQ(::Run(CompletionCommand{Shell::kPowerShell}, context), ExitCode::kDone);
+  EXPECT_EQ(output.out, PowerShellCompletion(DescribeTool()));
+  EXPECT_EQ(result["shell"], "powershell");
+  EXPECT_EQ(result["script"], output.out);
+}
+
+}  // namespace
+}  // namespace tool_test

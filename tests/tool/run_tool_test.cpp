@@ -1,0 +1,189 @@
+// The tool as a whole, around a command that each test makes up.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <nlohmann/json.hpp>
+#include <stdexcept>
+
+#include "commands/context.h"
+#include "commands/dispatch.h"
+#include "output/output.h"
+#include "output/progress.h"
+#include "support/fake_camera.h"
+#include "tool.h"
+
+namespace tool_test {
+namespace {
+
+using testing::HasSubstr;
+using testing::StartsWith;
+
+// What Dispatch does.
+std::function<ExitCode(const Command&, Context&)>& TheCommand() {
+  static std::function<ExitCode(const Command&, Context&)> command;
+  return command;
+}
+
+class RunToolTest : public testing::Test {
+ protected:
+  int Run(const std::vector<std::string>& words) { return RunTool(words, host, Streams()); }
+  ToolStreams Streams() {
+    return {[this](std::string_view text) { out += text; },
+            [this](std::string_view text) { err += text; }, terminal, terminal, [] { return 60; }};
+  }
+  void Command(std::function<ExitCode(Context&)> work) {
+    TheCommand() = [work = std::move(work)](const ::Command&, Context& context) {
+      return work(context);
+    };
+  }
+  void TearDown() override { TheCommand() = nullptr; }
+
+  FakeHost host;
+  bool terminal = false;
+  std::string out;
+  std::string err;
+};
+
+TEST_F(RunToolTest, CommandGetsItsValuesAndGivesTheExitCode) {
+  TheCommand() = [](const ::Command& command, Context& context) {
+    EXPECT_EQ(std::get<BenchCommand>(command).rounds, 7U);
+    EXPECT_EQ(context.common.cameras, (std::vector<std::string>{"1"}));
+    context.output.Line("7 rounds");
+    context.result["rounds"] = 7;
+    return ExitCode::kVerify;
+  };
+  EXPECT_EQ(Run({"bench", "--rounds", "7", "--camera", "1"}), 7);
+  EXPECT_EQ(out, "7 rounds\n");
+  EXPECT_EQ(err, "");
+}
+
+TEST_F(RunToolTest, JsonIsOneCompactObject) {
+  Command([](Context& context) {
+    context.output.Line("text");
+    context.result["name"] = "a\xFF";
+    context.result["size"] = 1;
+    return ExitCode::kDone;
+  });
+  EXPECT_EQ(Run({"list", "--json"}), 0);
+  EXPECT_EQ(out, "{\"name\":\"a\xEF\xBF\xBD\",\"size\":1}\n");
+}
+
+TEST_F(RunToolTest, CommandOfEventsHasNoResultOfItsOwn) {
+  Command([](Context& context) {
+    context.output.JsonLine("{\"event\":1}");
+    return ExitCode::kDone;
+  });
+  EXPECT_EQ(Run({"list", "--json"}), 0);
+  EXPECT_EQ(out, "{\"event\":1}\n");
+}
+
+TEST_F(RunToolTest, FailureIsALineWithAHint) {
+  Command([](Context&) -> ExitCode {
+    throw Failure(ExitCode::kFile, "can't read x", "Check the name.");
+  });
+  EXPECT_EQ(Run({"flash", "program", "x"}), 5);
+  EXPECT_EQ(out, "");
+  EXPECT_EQ(err, "borvanusb: flash program: can't read x\n  Check the name.\n");
+}
+
+TEST_F(RunToolTest, FailureIsAnObjectWithJson) {
+  Command([](Context& context) -> ExitCode {
+    context.result["half"] = true;
+    throw Failure(ExitCode::kNoCamera, "no USB camera is found");
+  });
+  EXPECT_EQ(Run({"info", "--json"}), 2);
+  EXPECT_EQ(out,
+            "{\"error\":{\"code\":2,\"kind\":\"no-camera\",\"message\":\"no USB camera is found\","
+            "\"hint\":\"\"}}\n");
+  EXPECT_EQ(err, "borvanusb: info: no USB camera is found\n");
+}
+
+TEST_F(RunToolTest, WrongCommandLineIsOneLineAndAHint) {
+  EXPECT_EQ(Run({"lits"}), 1);
+  EXPECT_EQ(out, "");
+  EXPECT_EQ(err,
+            "borvanusb: there is no command \"lits\"; do you mean list?\n"
+            "  borvanusb --help tells more.\n");
+}
+
+TEST_F(RunToolTest, WrongCommandLineIsAnObjectToo) {
+  EXPECT_EQ(Run({"--json"}), 1);
+  EXPECT_THAT(out, StartsWith("{\"error\":{\"code\":1,\"kind\":\"usage\","));
+  out.clear();
+  EXPECT_EQ(Run({"lits", "--", "--json"}), 1);
+  EXPECT_EQ(out, "");
+}
+
+TEST_F(RunToolTest, AnyOtherExceptionIsInternal) {
+  Command([](Context&) -> ExitCode { throw std::runtime_error("odd"); });
+  EXPECT_EQ(Run({"list"}), 10);
+  EXPECT_THAT(err, StartsWith("borvanusb: list: something went wrong that should not: odd\n  "));
+  Command([](Context&) -> ExitCode { throw 5; });
+  EXPECT_EQ(Run({"list"}), 10);
+  err.clear();
+  Command([](Context&) -> ExitCode { throw std::bad_alloc(); });
+  EXPECT_EQ(Run({"list"}), 10);
+  EXPECT_THAT(err, StartsWith("borvanusb: list: there is not enough memory\n"));
+}
+
+TEST_F(RunToolTest, OpenBarIsClosedBeforeTheFailureIsTold) {
+  terminal = true;
+  Command([](Context& context) -> ExitCode {
+    context.progress.Begin("read", 100);
+    throw Failure(ExitCode::kDevice, "the camera is gone");
+  });
+  EXPECT_EQ(Run({"info"}), 6);
+  EXPECT_THAT(err, testing::EndsWith("0/100            \nborvanusb: info: the camera is gone\n"));
+}
+
+TEST_F(RunToolTest, TextNeverStandsInTheBarsLine) {
+  terminal = true;
+  Command([](Context& context) {
+    context.progress.Begin("read", 100);
+    context.output.Note("note");
+    context.progress.Done();
+    return ExitCode::kDone;
+  });
+  EXPECT_EQ(Run({"info"}), 0);
+  EXPECT_THAT(err, HasSubstr("   \rnote\n\rread "));
+}
+
+TEST_F(RunToolTest, QuietHasNoProgressAndNoRemarks) {
+  Command([](Context& context) {
+    context.progress.Begin("read", 100);
+    context.output.Note("note");
+    context.progress.Done();
+    return ExitCode::kDone;
+  });
+  EXPECT_EQ(Run({"info", "--quiet", "--progress", "lines"}), 0);
+  EXPECT_EQ(err, "");
+  EXPECT_EQ(Run({"info", "--progress", "lines"}), 0);
+  EXPECT_EQ(err, "read: 100\nnote\nread: done, 100 in 0.0 s\n");
+}
+
+TEST_F(RunToolTest, HelpAndVersionAreAnswersAndNoFailures) {
+  EXPECT_EQ(Run({"--help"}), 0);
+  EXPECT_THAT(out, HasSubstr("Usage: borvanusb COMMAND"));
+  out.clear();
+  EXPECT_EQ(Run({"--version"}), 0);
+  EXPECT_EQ(out, "borvanusb 0.1.0\n");
+  EXPECT_EQ(err, "");
+}
+
+TEST_F(RunToolTest, FailureFromOutsideTheCommandEndsWithItsLastWords) {
+  const Failure failure(ExitCode::kStopped, "stopped by the user in the middle");
+  ReportFailure({"flash", "program", "x", "--json"}, failure, {"sector 0x1000 is half written"},
+                Streams());
+  EXPECT_EQ(err,
+            "borvanusb: flash program: stopped by the user in the middle\n"
+            "  sector 0x1000 is half written\n");
+  EXPECT_THAT(out, StartsWith("{\"error\":{\"code\":9,\"kind\":\"stopped\","));
+}
+
+}  // namespace
+}  // namespace tool_test
+
+ExitCode Dispatch(const Command& command, Context& context) {
+  return tool_test::TheCommand()(command, context);
+}

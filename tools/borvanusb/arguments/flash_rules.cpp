@@ -1,0 +1,151 @@
+// Commands on the SPI flash.
+#include "arguments/command_rules.h"
+#include "arguments/values.h"
+
+namespace {
+
+constexpr const char* kFlashSizeText = "size of the flash, such as 1M, where it can't be told";
+
+template <typename C>
+void AddFlashSize(RuleOf<C>& rule) {
+  rule.Add(Option("--flash-size", "SIZE", kFlashSizeText),
+           [](C& command, const std::string& text) { command.flash_size = FlashSizeValue(text); });
+}
+
+template <typename C>
+void AddImageAddress(RuleOf<C>& rule) {
+  rule.Add(Option("--address", "ADDR", "where the image begins in the flash, default 0"),
+           [](C& command, const std::string& text) { command.address = AddressValue(text); });
+}
+
+template <typename C>
+void AddImage(RuleOf<C>& rule) {
+  rule.Add(File(Argument("IMAGE", "file with the bytes")),
+           [](C& command, const std::string& text) { command.image = FileValue(text); });
+}
+
+CommandRule ReadRule() {
+  RuleOf<FlashReadCommand> rule({"flash", "read"}, "Reads flash into a file.");
+  rule.Add(
+      Argument("RANGE", "0x1000-0x1fff, or 0x1000+4K"),
+      [](FlashReadCommand& command, const std::string& text) { command.range = RangeValue(text); });
+  rule.Add(
+      File(Argument("FILE", "raw bytes, or a text dump for a name that ends in .txt")),
+      [](FlashReadCommand& command, const std::string& text) { command.file = FileValue(text); });
+  rule.Example("borvanusb flash read 0+1M backup.bin");
+  return rule.Take();
+}
+
+CommandRule WordRule() {
+  RuleOf<FlashWordCommand> rule({"flash", "word"}, "Reads or writes four bytes of the flash.");
+  rule.Add(Argument("ADDR", "flash address of the first byte"),
+           [](FlashWordCommand& command, const std::string& text) {
+             command.address = AddressValue(text);
+           });
+  rule.Add(
+      Optional(Argument("VALUE", "what to write, the first byte highest")),
+      [](FlashWordCommand& command, const std::string& text) { command.value = WordValue(text); });
+  rule.AddFlag("--yes", "write without asking", &FlashWordCommand::yes);
+  rule.Example("borvanusb flash word 0x40000");
+  return rule.Take();
+}
+
+CommandRule EraseRule() {
+  RuleOf<FlashEraseCommand> rule({"flash", "erase"},
+                                 "Erases all 4096-byte sectors that a range touches.");
+  rule.Add(Argument("RANGE", "0x40000-0x7ffff, or 0x40000+256K"),
+           [](FlashEraseCommand& command, const std::string& text) {
+             command.range = RangeValue(text);
+           });
+  rule.AddFlag("--yes", "erase without asking", &FlashEraseCommand::yes);
+  rule.Example("borvanusb flash erase 0x40000+256K");
+  return rule.Take();
+}
+
+CommandRule MapRule() {
+  RuleOf<FlashMapCommand> rule({"flash", "map"},
+                               "Draws which sectors are used and which are blank.");
+  rule.Add(
+      Optional(Argument("RANGE", "the part to draw; the whole flash if left out")),
+      [](FlashMapCommand& command, const std::string& text) { command.range = RangeValue(text); });
+  AddFlashSize(rule);
+  rule.Example("borvanusb flash map --flash-size 1M");
+  return rule.Take();
+}
+
+void CheckProgram(const FlashProgramCommand& command, const GivenOptions& given) {
+  const bool backup_named = given.Has("--backup");
+  if (backup_named && !command.backup) {
+    throw WrongUse("--no-backup: contradicts --backup");
+  }
+  if (command.all && given.Has("--camera")) {
+    throw WrongUse("--all: means every camera, --camera only some: give one of the two");
+  }
+  if (backup_named && (command.all || given.Count("--camera") > 1)) {
+    throw WrongUse(
+        "--backup: one file can't hold the backups of several cameras; leave it out for "
+        "files named after the cameras");
+  }
+  if (command.restore_on_failure && command.dry_run) {
+    throw WrongUse("--restore-on-failure: a dry run changes nothing that could be restored");
+  }
+  if (command.restore_on_failure && !command.backup) {
+    throw WrongUse("--restore-on-failure: needs the backup, which --no-backup leaves out");
+  }
+  if (command.dry_run && !command.verify) {
+    throw WrongUse("--no-verify: a dry run verifies nothing");
+  }
+}
+
+CommandRule ProgramRule() {
+  RuleOf<FlashProgramCommand> rule({"flash", "program"},
+                                   "Programs an image, then reads it back to compare.");
+  AddImage(rule);
+  AddImageAddress(rule);
+  AddFlashSize(rule);
+  rule.AddFlag("--dry-run", "tell what would be done, and change nothing",
+               &FlashProgramCommand::dry_run);
+  rule.Add(Flag("--no-verify", "don't read back"),
+           [](FlashProgramCommand& command, const std::string&) { command.verify = false; });
+  rule.Add(File(Option("--backup", "FILE", "where the old bytes go; default beside IMAGE")),
+           [](FlashProgramCommand& command, const std::string& text) {
+             command.backup_file = FileValue(text);
+           });
+  rule.Add(Flag("--no-backup", "don't keep the old bytes"),
+           [](FlashProgramCommand& command, const std::string&) { command.backup = false; });
+  rule.AddFlag("--restore-on-failure", "put the backup back when it fails",
+               &FlashProgramCommand::restore_on_failure);
+  rule.AddFlag("--force", "program although something speaks against it",
+               &FlashProgramCommand::force);
+  rule.Add(File(Option("--report", "FILE", "write what was done as JSON")),
+           [](FlashProgramCommand& command, const std::string& text) {
+             command.report = FileValue(text);
+           });
+  rule.AddFlag("--all", "every camera there is, at the same time", &FlashProgramCommand::all);
+  rule.Check(CheckProgram);
+  rule.Details("Exactly the image's bytes change; the old ones are saved first.");
+  rule.Example("borvanusb flash program firmware.bin --address 0x40000");
+  return rule.Take();
+}
+
+CommandRule VerifyRule() {
+  RuleOf<FlashVerifyCommand> rule({"flash", "verify"}, "Compares the flash with an image.");
+  AddImage(rule);
+  AddImageAddress(rule);
+  rule.Add(
+      File(Option("--diff", "FILE", "write the differences: CSV for .csv, else JSON")),
+      [](FlashVerifyCommand& command, const std::string& text) { command.diff = FileValue(text); });
+  rule.Example("borvanusb flash verify firmware.bin --address 0x40000");
+  return rule.Take();
+}
+
+}  // namespace
+
+CommandRules FlashRules() {
+  CommandRules rules = {ReadRule(), WordRule(),    EraseRule(),
+                        MapRule(),  ProgramRule(), VerifyRule()};
+  for (CommandRule& rule : rules) {
+    rule.description.group = "Flash";
+  }
+  return rules;
+}

@@ -1,0 +1,8 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+// Which of the known words a mistyped one is likely to mean; empty when none is near.
+std::string NearestWord(std::string_view word, const std::vector<std::string>& known);

@@ -1,0 +1,146 @@
+#include "arguments/word_sorter.h"
+
+#include <CLI/CLI.hpp>
+#include <algorithm>
+#include <map>
+
+#include "failure.h"
+
+namespace {
+
+constexpr const char* kHint = "borvanusb --help tells more.";
+
+std::string Joined(const std::vector<std::string>& texts, char between) {
+  std::string joined;
+  for (const std::string& text : texts) {
+    joined += (joined.empty() ? "" : std::string(1, between)) + text;
+  }
+  return joined;
+}
+
+CLI::Option* AddTo(CLI::App& app, const OptionDescription& option, std::size_t place) {
+  if (option.positional) {
+    // The name that people read may hold brackets, which is no name here.
+    return app.add_option("argument" + std::to_string(place));
+  }
+  if (option.value.empty()) {
+    return app.add_flag(Joined(option.names, ','))->disable_flag_override();
+  }
+  return app.add_option(Joined(option.names, ','))
+      ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll)
+      ->allow_extra_args(false);
+}
+
+std::vector<CLI::Option*> AddAll(CLI::App& app, const std::vector<OptionDescription>& options) {
+  std::vector<CLI::Option*> added;
+  for (std::size_t place = 0; place < options.size(); ++place) {
+    added.push_back(AddTo(app, options[place], place));
+  }
+  return added;
+}
+
+std::vector<std::vector<std::string>> ValuesOf(const std::vector<CLI::Option*>& options) {
+  std::vector<std::vector<std::string>> values;
+  values.reserve(options.size());
+  for (const CLI::Option* const option : options) {
+    values.push_back(option->results());
+  }
+  return values;
+}
+
+// The parser gives the next word to an option that is followed by = and nothing.
+void RefuseEmptyAfterSign(const std::vector<std::string>& words) {
+  for (const std::string& word : words) {
+    if (word == "--") {
+      return;
+    }
+    if (word.size() > 3 && word.starts_with("--") && word.find('=') == word.size() - 1) {
+      throw Failure(ExitCode::kUsage,
+                    word.substr(0, word.size() - 1) + ": a value is missing after the =", kHint);
+    }
+  }
+}
+
+const OptionDescription* FindOption(const std::vector<OptionDescription>& options,
+                                    const std::string& name) {
+  for (const OptionDescription& option : options) {
+    if (std::find(option.names.begin(), option.names.end(), name) != option.names.end()) {
+      return &option;
+    }
+  }
+  return nullptr;
+}
+
+// The parser's complaints name the option first.
+[[noreturn]] void Complain(const ToolDescription& tool, const std::string& complaint) {
+  std::string name = complaint.substr(0, complaint.find_first_of(": ,="));
+  if (!name.starts_with('-')) {
+    name = "--" + name;
+  }
+  const OptionDescription* option = FindOption(tool.common, name);
+  for (const CommandDescription& command : tool.commands) {
+    option = option != nullptr ? option : FindOption(command.options, name);
+  }
+  if (option == nullptr) {
+    throw Failure(ExitCode::kUsage, complaint, kHint);
+  }
+  const std::string why = option->value.empty()
+                              ? ": takes no value"
+                              : ": " + option->value + " is missing: " + option->text;
+  throw Failure(ExitCode::kUsage, name + why, kHint);
+}
+
+}  // namespace
+
+SortedWords SortWords(const ToolDescription& tool, const std::vector<std::string>& words) {
+  RefuseEmptyAfterSign(words);
+  CLI::App root;
+  root.set_help_flag();
+  root.allow_windows_style_options(false);
+  root.allow_extras();
+  root.fallthrough();
+  root.require_subcommand(0, 1);
+  const std::vector<CLI::Option*> common = AddAll(root, tool.common);
+  std::vector<std::vector<CLI::Option*>> own;
+  std::vector<const CLI::App*> apps;
+  std::map<std::string, CLI::App*> groups;
+  for (const CommandDescription& command : tool.commands) {
+    CLI::App* app = &root;
+    std::string path;
+    for (const std::string& word : command.words) {
+      path += " " + word;
+      CLI::App*& deeper = groups[path];
+      if (deeper == nullptr) {
+        deeper = app->add_subcommand(word)->require_subcommand(0, 1);
+      }
+      app = deeper;
+    }
+    own.push_back(AddAll(*app, command.options));
+    apps.push_back(app);
+  }
+  try {
+    root.parse(std::vector<std::string>(words.rbegin(), words.rend()));
+  } catch (const CLI::ParseError& error) {
+    Complain(tool, error.what());
+  }
+  SortedWords sorted;
+  const CLI::App* app = &root;
+  while (!app->get_subcommands().empty()) {
+    app = app->get_subcommands().front();
+    sorted.command.push_back(app->get_name());
+  }
+  const auto place = std::find(apps.begin(), apps.end(), app);
+  if (place != apps.end()) {
+    const auto index = static_cast<std::size_t>(place - apps.begin());
+    sorted.described = &tool.commands[index];
+    sorted.own = ValuesOf(own[index]);
+  }
+  sorted.common = ValuesOf(common);
+  sorted.strange = root.remaining(true);
+  // The mark that only arguments follow.
+  const auto mark = std::find(sorted.strange.begin(), sorted.strange.end(), "--");
+  if (mark != sorted.strange.end()) {
+    sorted.strange.erase(mark);
+  }
+  return sorted;
+}

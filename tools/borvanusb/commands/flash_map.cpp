@@ -1,0 +1,81 @@
+#include <algorithm>
+#include <nlohmann/json.hpp>
+
+#include "camera_choice.h"
+#include "commands/commands.h"
+#include "failure.h"
+#include "flash/byte_ranges.h"
+#include "flash/flash_size.h"
+#include "flash/report.h"
+#include "flash/sector_plan.h"
+#include "host.h"
+#include "output/output.h"
+#include "output/progress.h"
+
+namespace {
+
+constexpr std::uint64_t kSectorsPerLine = 64;
+constexpr std::uint8_t kErased = 0xFF;
+constexpr int kAddressDigits = 8;
+constexpr char kUsedSign = '#';
+constexpr char kBlankSign = '.';
+
+Range WholeFlash(std::uint64_t size) {
+  constexpr std::uint64_t kAddressSpace = std::uint64_t{1} << 32U;
+  if (size == 0 || size > kAddressSpace) {
+    throw Failure(ExitCode::kUsage, "--flash-size: " + SizeText(size) + " is no flash's size",
+                  "Sizes from 4K to 4096M can be mapped.");
+  }
+  return {0, static_cast<std::uint32_t>(size - 1)};
+}
+
+// What is mapped, in whole sectors.
+Range Mapped(const FlashMapCommand& command, Camera& camera, Context& context) {
+  if (command.range) {
+    return SectorsAround(command.range->first, command.range->Size()).Whole();
+  }
+  if (command.flash_size) {
+    const Range whole = WholeFlash(*command.flash_size);
+    return SectorsAround(whole.first, whole.Size()).Whole();
+  }
+  const FlashSizeFinding finding = FindFlashSize(camera);
+  if (!finding.size) {
+    throw Failure(ExitCode::kUsage, "the flash's size " + finding.text,
+                  "Say it with --flash-size, or give a range.");
+  }
+  context.output.Note("the flash " + finding.text);
+  return WholeFlash(*finding.size);
+}
+
+}  // namespace
+
+ExitCode Run(const FlashMapCommand& command, Context& context) {
+  const CameraIdentity identity = ChosenCamera(context.host, context.common.cameras);
+  const auto camera = context.host.OpenCamera(identity);
+  const Range range = Mapped(command, *camera, context);
+  context.progress.Begin("read", range.Size());
+  const std::vector<std::uint8_t> bytes = camera->ReadFlash(
+      range.first, range.Size(), [&](std::uint64_t done) { context.progress.Advance(done); });
+  context.progress.Done();
+
+  const Ranges used =
+      DifferingSectors(range.first, bytes, std::vector<std::uint8_t>(bytes.size(), kErased));
+  const Ranges blank = Without({range}, used);
+  std::string signs(range.Size() / kSectorSize, kBlankSign);
+  for (const Range& run : used) {
+    const auto start = static_cast<std::ptrdiff_t>((run.first - range.first) / kSectorSize);
+    std::fill_n(signs.begin() + start, run.Size() / kSectorSize, kUsedSign);
+  }
+  for (std::uint64_t i = 0; i < signs.size(); i += kSectorsPerLine) {
+    context.output.Line(Hex(range.first + i * kSectorSize, kAddressDigits) + "  " +
+                        signs.substr(i, kSectorsPerLine));
+  }
+  context.output.Line(std::string(1, kUsedSign) + " used: " + SizeText(TotalSize(used)) + "   " +
+                      kBlankSign + " blank: " + SizeText(TotalSize(blank)) +
+                      "   each sign is a sector of 4096 bytes");
+  context.result = {
+      {"camera", ToJson(identity)},    {"first", range.first},           {"last", range.last},
+      {"sector_size", kSectorSize},    {"used", ToJson(used)},           {"blank", ToJson(blank)},
+      {"used_bytes", TotalSize(used)}, {"blank_bytes", TotalSize(blank)}};
+  return ExitCode::kDone;
+}

@@ -1,0 +1,95 @@
+#include "commands/flash_program_names.h"
+
+#include <algorithm>
+
+#include "arguments/numbers.h"
+#include "files.h"
+#include "flash/journal.h"
+#include "flash/report.h"
+
+namespace {
+
+constexpr int kAddressDigits = 8;
+
+struct NameParts {
+  std::string stem;       // with the folder
+  std::string extension;  // with its point, or empty
+};
+
+NameParts SplitName(const std::string& file) {
+  const std::size_t slash = file.find_last_of("/\\");
+  const std::size_t start = slash == std::string::npos ? 0 : slash + 1;
+  const std::size_t point = file.find_last_of('.');
+  if (point == std::string::npos || point <= start) {
+    return {file, ""};
+  }
+  return {file.substr(0, point), file.substr(point)};
+}
+
+}  // namespace
+
+std::vector<std::string> ProgramWords(const FlashProgramCommand& command) {
+  std::vector<std::string> words = {"flash", "program", command.image, "--address",
+                                    Hex(command.address)};
+  const auto add = [&](bool wanted, const std::string& word) {
+    if (wanted) {
+      words.push_back(word);
+    }
+  };
+  if (command.flash_size) {
+    words.insert(words.end(), {"--flash-size", std::to_string(*command.flash_size)});
+  }
+  add(command.dry_run, "--dry-run");
+  add(!command.verify, "--no-verify");
+  add(!command.backup, "--no-backup");
+  if (!command.backup_file.empty()) {
+    words.insert(words.end(), {"--backup", command.backup_file});
+  }
+  add(command.restore_on_failure, "--restore-on-failure");
+  add(command.force, "--force");
+  if (!command.report.empty()) {
+    words.insert(words.end(), {"--report", command.report});
+  }
+  return words;
+}
+
+std::string CommandLineText(const std::vector<std::string>& words) {
+  std::string text = "borvanusb";
+  for (const std::string& word : words) {
+    const bool plain = !word.empty() && std::ranges::all_of(word, [](char character) {
+      return (character >= '0' && character <= '9') || (character >= 'A' && character <= 'Z') ||
+             (character >= 'a' && character <= 'z') ||
+             std::string_view("-_./:,+").find(character) != std::string_view::npos;
+    });
+    text += plain ? " " + word : " \"" + word + "\"";
+  }
+  return text;
+}
+
+std::string GoBackText(const std::string& backup, std::uint32_t address,
+                       const CameraIdentity& camera, bool is_blank) {
+  std::vector<std::string> words = {"flash", "program", backup, "--address", Hex(address)};
+  if (is_blank) {
+    words.emplace_back("--force");
+  }
+  words.insert(words.end(), {"--camera", camera.path});
+  return CommandLineText(words);
+}
+
+std::string InsertBeforeExtension(const std::string& file, const std::string& part) {
+  const NameParts parts = SplitName(file);
+  return parts.stem + "-" + part + parts.extension;
+}
+
+std::string BackupName(const std::string& image_file, const CameraIdentity& camera,
+                       std::uint32_t address, const Host& host) {
+  std::string time = TimeText(host.Now());
+  std::erase_if(time, [](char character) { return character == '-' || character == ':'; });
+  const std::string stem = SplitName(image_file).stem + "-backup-" + CameraInFileName(camera) +
+                           "-" + Hex(address, kAddressDigits) + "-" + time;
+  std::string name = stem + ".bin";
+  for (int i = 2; FileExists(name); ++i) {
+    name = stem + "-" + std::to_string(i) + ".bin";
+  }
+  return name;
+}

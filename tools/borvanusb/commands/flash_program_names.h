@@ -1,0 +1,28 @@
+#pragma once
+
+#include <cstddef>
+#include <string>
+#include <vector>
+
+#include "arguments/arguments.h"
+#include "camera.h"
+#include "host.h"
+
+// The words of a `flash program` command line that does what `command` says, without --all and
+// --camera.
+std::vector<std::string> ProgramWords(const FlashProgramCommand& command);
+
+// A command line to be copied from the terminal: words with blanks or backslashes stand in quotes.
+std::string CommandLineText(const std::vector<std::string>& words);
+
+// The command line that writes a backup back.
+std::string GoBackText(const std::string& backup, std::uint32_t address,
+                       const CameraIdentity& camera, bool is_blank);
+
+// "dir/report.json" with "-2" before its extension: "dir/report-2.json".
+std::string InsertBeforeExtension(const std::string& file, const std::string& part);
+
+// The name for a backup that nobody named: beside the image, with camera, address and time in it,
+// and none that exists.
+std::string BackupName(const std::string& image_file, const CameraIdentity& camera,
+                       std::uint32_t address, const Host& host);

@@ -1,0 +1,74 @@
+#pragma once
+
+#include <memory>
+#include <optional>
+#include <span>
+#include <string>
+#include <vector>
+
+#include "arguments/arguments.h"
+#include "commands/context.h"
+#include "failure.h"
+#include "flash/image.h"
+#include "flash/journal.h"
+#include "flash/journal_places.h"
+#include "flash/recovery.h"
+#include "flash/report.h"
+#include "flash/sector_plan.h"
+#include "flash/sector_writer.h"
+#include "flash/work_state.h"
+#include "host.h"
+
+// Programs one image into one camera: exactly the image's bytes change. Lives for one run.
+class FlashProgrammer {
+ public:
+  FlashProgrammer(const FlashProgramCommand& command, Context& context);
+  ~FlashProgrammer();
+  FlashProgrammer(const FlashProgrammer&) = delete;
+  FlashProgrammer& operator=(const FlashProgrammer&) = delete;
+
+  // Throws Failure; its message tells the state of the flash, its hint how to go on or back.
+  ExitCode Run();
+
+ private:
+  class LastWords;
+
+  void Work();
+  void CheckNames() const;
+  void CheckSize();
+  void Look();
+  void Expect();
+  void Safeguard();
+  void MakeBackup();
+  void WriteJournal();
+  void Program();
+  void Verify();
+  void RememberSeen(const Ranges& wrong);
+  void EndJournal();
+  [[noreturn]] void Fail(const Failure& failure);
+  std::string RestoreOldBytes();
+  void WriteReport();
+
+  SectorWriter Writer();
+  Content Before() const { return {sectors_.address, recovery_.before}; }
+  Content After() const { return {sectors_.address, after_}; }
+
+  const FlashProgramCommand& command_;
+  Context& context_;
+  std::shared_ptr<WorkState> state_ = std::make_shared<WorkState>();
+  std::unique_ptr<LastWords> last_words_;
+  ProgramOutcome outcome_;
+  Image image_;
+  CameraIdentity identity_;
+  std::unique_ptr<Host::Reservation> reservation_;
+  std::unique_ptr<Camera> camera_;
+
+  SectorSpan sectors_;
+  std::vector<std::uint8_t> now_;  // what the sectors hold when the work begins
+  Recovery recovery_;
+  std::vector<std::uint8_t> after_;  // what they shall hold
+
+  std::optional<JournalPlaces> journal_;
+  UnfinishedWork own_work_;
+  std::vector<std::uint8_t> last_read_;  // the sectors as they were read back last
+};

@@ -1,0 +1,132 @@
+#include "flash/camera_table.h"
+
+#include <algorithm>
+#include <array>
+#include <cstdio>
+
+namespace {
+
+constexpr std::size_t kNameWidth = 28;
+constexpr std::size_t kStageWidth = 8;
+constexpr int kBarWidth = 20;
+constexpr int kWhole = 100;
+constexpr int kPercentBetweenLines = 25;
+constexpr double kKibi = 1024;
+constexpr std::chrono::milliseconds kRedraw{100};
+
+// Cut to a number of characters, not in the middle of a UTF-8 one, and filled up with blanks.
+std::string Fitted(const std::string& text, std::size_t width) {
+  std::string fitted;
+  std::size_t characters = 0;
+  for (const char byte : text) {
+    const bool begins = (static_cast<unsigned char>(byte) & 0xC0U) != 0x80U;
+    if (begins && characters == width) {
+      break;
+    }
+    characters += begins ? 1 : 0;
+    fitted += byte;
+  }
+  return fitted + std::string(width - characters, ' ');
+}
+
+std::string RateText(double rate) {
+  if (rate <= 0) {
+    return "";
+  }
+  std::array<char, 32> text{};
+  std::snprintf(text.data(), text.size(), "  %.1f KiB/s", rate / kKibi);
+  return text.data();
+}
+
+}  // namespace
+
+CameraTable::CameraTable(const std::vector<CameraIdentity>& cameras, Output& output,
+                         const Host& host, Mode mode)
+    : output_(output), host_(host), mode_(mode) {
+  for (const CameraIdentity& camera : cameras) {
+    rows_.push_back({.camera = std::to_string(camera.index) + "  " + camera.vid + ":" + camera.pid +
+                               "  " + camera.name,
+                     .stage = "waiting",
+                     .percent = 0,
+                     .rate = 0,
+                     .told_stage = {},
+                     .told_percent = 0});
+  }
+  Draw(true);
+}
+
+void CameraTable::SetProgress(std::size_t camera, const std::string& stage, int percent,
+                              double rate) {
+  Row& row = rows_.at(camera);
+  row.stage = stage;
+  row.percent = std::clamp(percent, 0, kWhole);
+  row.rate = rate;
+  TellLine(row);
+  Draw(false);
+}
+
+void CameraTable::SetState(std::size_t camera, const std::string& state) {
+  Row& row = rows_.at(camera);
+  row.stage = state;
+  row.percent = state == "done" ? kWhole : row.percent;
+  row.rate = 0;
+  TellLine(row);
+  Draw(true);
+}
+
+void CameraTable::Remark(std::size_t camera, const std::string& text) {
+  const std::string line = rows_.at(camera).camera + ": " + text;
+  if (mode_ == Mode::kBars) {
+    remarks_.push_back(line);
+  } else {
+    output_.Note(line);
+  }
+}
+
+void CameraTable::End() {
+  Draw(true);
+  for (const std::string& remark : remarks_) {
+    output_.Note(remark);
+  }
+  remarks_.clear();
+}
+
+void CameraTable::TellLine(Row& row) {
+  if (mode_ != Mode::kLines) {
+    return;
+  }
+  if (row.stage == row.told_stage && row.percent < row.told_percent + kPercentBetweenLines) {
+    return;
+  }
+  row.told_stage = row.stage;
+  row.told_percent = row.percent / kPercentBetweenLines * kPercentBetweenLines;
+  output_.Note(row.camera + ": " + row.stage + " " + std::to_string(row.percent) + " %");
+}
+
+void CameraTable::Draw(bool at_once) {
+  if (mode_ != Mode::kBars) {
+    return;
+  }
+  const auto now = host_.Clock();
+  if (!at_once && drawn_ && now - drawn_at_ < kRedraw) {
+    return;
+  }
+  // Back to the table's first row; each row is wiped to its end before it is written anew.
+  std::string before = drawn_ ? "\x1b[" + std::to_string(rows_.size()) + "A" : std::string();
+  for (const Row& row : rows_) {
+    output_.Line(before + "\r\x1b[2K" + RowText(row));
+    before.clear();
+  }
+  drawn_ = true;
+  drawn_at_ = now;
+}
+
+std::string CameraTable::RowText(const Row& row) const {
+  const int filled = row.percent * kBarWidth / kWhole;
+  std::string percent = std::to_string(row.percent);
+  percent.insert(0, 3 - percent.size(), ' ');
+  return Fitted(row.camera, kNameWidth) + " " + Fitted(row.stage, kStageWidth) + " [" +
+         std::string(static_cast<std::size_t>(filled), '=') +
+         std::string(static_cast<std::size_t>(kBarWidth - filled), ' ') + "] " + percent + " %" +
+         RateText(row.rate);
+}

@@ -1,0 +1,27 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+// A firmware image and where it goes.
+struct Image {
+  std::string file;
+  std::vector<std::uint8_t> bytes;
+  std::string sha256;
+  std::uint32_t address = 0;
+
+  std::uint64_t End() const { return std::uint64_t{address} + bytes.size(); }  // one past the last
+};
+
+// Reads an image. Throws Failure: kFile when it can't be read, is empty or does not fit below
+// 4 GiB.
+Image LoadImage(const std::string& file, std::uint32_t address);
+
+// Refuses an image of nothing but 0xff or nothing but 0x00 bytes: the wrong file, mostly. Throws
+// Failure kFile.
+void RefuseBlankImage(const Image& image);
+
+// Refuses an image that ends beyond a flash of `size` bytes; `reason` tells how the size is known.
+// Throws Failure: kUsage when the address itself lies beyond the end, else kFile.
+void RefuseBeyondEnd(const Image& image, std::uint64_t size, const std::string& reason);

@@ -1,0 +1,78 @@
+#include "flash/report.h"
+
+#include <array>
+#include <cstdio>
+#include <nlohmann/json.hpp>
+
+using Json = nlohmann::ordered_json;
+
+Json ToJson(const CameraIdentity& camera) {
+  return {{"index", camera.index},
+          {"path", camera.path},
+          {"name", camera.name},
+          {"vid", camera.vid},
+          {"pid", camera.pid}};
+}
+
+Json ToJson(const Ranges& ranges) {
+  Json json = Json::array();
+  for (const Range& range : ranges) {
+    json.push_back({{"first", range.first}, {"last", range.last}});
+  }
+  return json;
+}
+
+Json ToJson(const ProgramOutcome& outcome, const WorkState& state) {
+  Json json;
+  json["camera"] = outcome.camera ? ToJson(*outcome.camera) : Json();
+  json["image"] = {
+      {"file", outcome.image_file}, {"size", outcome.image_size}, {"sha256", outcome.image_sha256}};
+  json["address"] = outcome.address;
+  json["flash_size"] = outcome.flash_size ? Json(*outcome.flash_size) : Json();
+  json["dry_run"] = outcome.dry_run;
+  json["sectors"] = outcome.sectors;
+  json["changed"] = ToJson(outcome.changes);
+  json["changed_bytes"] = TotalSize(outcome.changes);
+  json["transfers"] = outcome.transfers;
+  json["expected_seconds"] = outcome.expected_seconds;
+  json["backup"] = outcome.backup.empty() ? Json() : Json(outcome.backup);
+  json["verified"] = outcome.verified;
+  json["state"] = state.Name();
+  const WorkState::Parts parts = state.GetParts();
+  json["written"] = ToJson(parts.written);
+  json["unfinished"] = ToJson(parts.unfinished);
+  json["remaining"] = ToJson(parts.remaining);
+  json["wrong"] = ToJson(parts.wrong);
+  json["started"] = TimeText(outcome.started);
+  json["finished"] = TimeText(outcome.finished);
+  json["seconds"] = {{"read", outcome.read_seconds},
+                     {"program", outcome.program_seconds},
+                     {"verify", outcome.verify_seconds},
+                     {"total", outcome.total_seconds}};
+  json["result"] = KindOf(outcome.code);
+  json["exit_code"] = static_cast<int>(outcome.code);
+  json["message"] = outcome.message;
+  json["hint"] = outcome.hint;
+  return json;
+}
+
+std::string TimeText(std::chrono::system_clock::time_point time) {
+  const auto seconds = std::chrono::floor<std::chrono::seconds>(time);
+  const auto day = std::chrono::floor<std::chrono::days>(seconds);
+  const std::chrono::year_month_day date(day);
+  const std::chrono::hh_mm_ss clock(seconds - day);
+  std::array<char, 64> text{};
+  const int length = std::snprintf(
+      text.data(), text.size(), "%04d-%02u-%02uT%02d:%02d:%02dZ", static_cast<int>(date.year()),
+      static_cast<unsigned>(date.month()), static_cast<unsigned>(date.day()),
+      static_cast<int>(clock.hours().count()), static_cast<int>(clock.minutes().count()),
+      static_cast<int>(clock.seconds().count()));
+  return {text.data(), static_cast<std::size_t>(length)};
+}
+
+std::string SecondsText(double seconds) {
+  std::array<char, 32> text{};
+  const int length =
+      std::snprintf(text.data(), text.size(), seconds < 10 ? "%.2f s" : "%.1f s", seconds);
+  return {text.data(), static_cast<std::size_t>(length)};
+}

@@ -1,0 +1,49 @@
+#pragma once
+
+#include <chrono>
+#include <cstdint>
+#include <nlohmann/json_fwd.hpp>
+#include <optional>
+#include <string>
+
+#include "camera.h"
+#include "exit_code.h"
+#include "flash/byte_ranges.h"
+#include "flash/work_state.h"
+
+// What programming came to: for --report, for --json, and for a line's database.
+struct ProgramOutcome {
+  std::optional<CameraIdentity> camera;
+  std::string image_file;
+  std::uint64_t image_size = 0;
+  std::string image_sha256;
+  std::uint32_t address = 0;
+  std::optional<std::uint64_t> flash_size;
+  bool dry_run = false;
+  std::uint64_t sectors = 0;  // that the image reaches into
+  Ranges changes;             // those that differ
+  std::uint64_t transfers = 0;
+  double expected_seconds = 0;
+  std::string backup;  // empty: none
+  bool verified = false;
+  std::chrono::system_clock::time_point started;
+  std::chrono::system_clock::time_point finished;
+  double read_seconds = 0;
+  double program_seconds = 0;
+  double verify_seconds = 0;
+  double total_seconds = 0;
+  ExitCode code = ExitCode::kDone;
+  std::string message;  // of a failure
+  std::string hint;
+};
+
+nlohmann::ordered_json ToJson(const CameraIdentity& camera);
+// An array of {"first", "last"}.
+nlohmann::ordered_json ToJson(const Ranges& ranges);
+nlohmann::ordered_json ToJson(const ProgramOutcome& outcome, const WorkState& state);
+
+// A time in UTC: "2026-11-21T19:18:05Z".
+std::string TimeText(std::chrono::system_clock::time_point time);
+
+// A time span for people: "0.42 s", "75.0 s".
+std::string SecondsText(double seconds);

@@ -1,0 +1,180 @@
+#include "output/progress_text.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <cstdio>
+#include <vector>
+
+namespace {
+
+constexpr std::uint64_t kKibi = 1024;
+
+struct Unit {
+  const char* name;
+  double size;
+};
+
+// Registers are counted too, in small numbers; those of bytes are large.
+Unit UnitOf(double number) {
+  constexpr std::array<Unit, 4> kUnits = {
+      {{" GiB", 1073741824}, {" MiB", 1048576}, {" KiB", 1024}, {"", 1}}};
+  for (const Unit& unit : kUnits) {
+    if (number >= unit.size) {
+      return unit;
+    }
+  }
+  return kUnits.back();
+}
+
+std::string Decimal(double number, int digits) {
+  std::array<char, 64> text{};
+  const int length = std::snprintf(text.data(), text.size(), "%.*f", digits, number);
+  return {text.data(), static_cast<std::size_t>(std::max(length, 0))};
+}
+
+std::string Number(double number, const Unit& unit) {
+  return Decimal(number / unit.size, unit.size > 1 ? 1 : 0);
+}
+
+std::string TwoDigits(std::uint64_t number) {
+  return (number < 10 ? "0" : "") + std::to_string(number);
+}
+
+std::string PaddedLeft(const std::string& text, std::size_t width) {
+  return std::string(width > text.size() ? width - text.size() : 0, ' ') + text;
+}
+
+// A stage in so many columns, blanks added. Other scripts' characters may take two columns.
+std::string StageText(const std::string& stage, std::size_t columns) {
+  std::string text;
+  std::size_t used = 0;
+  for (std::size_t i = 0; i < stage.size();) {
+    std::size_t length = 1;
+    while (i + length < stage.size() &&
+           (static_cast<unsigned char>(stage[i + length]) & 0xC0U) == 0x80U) {
+      ++length;
+    }
+    const auto first = static_cast<unsigned char>(stage[i]);
+    const std::size_t width = first < 0x80U ? 1 : 2;
+    if (used + width > columns) {
+      break;
+    }
+    if (first < ' ' || first == 0x7FU) {
+      text += '?';
+    } else {
+      text += stage.substr(i, length);
+    }
+    used += width;
+    i += length;
+  }
+  return text + std::string(columns - used, ' ');
+}
+
+// Columns of the amount when all is done.
+std::size_t WidestAmount(const ProgressMeter& meter) {
+  const auto total = static_cast<double>(meter.Total());
+  return Number(total, UnitOf(total)).size() + 1 + TotalText(meter).size();
+}
+
+constexpr std::size_t kLeastBar = 10;
+constexpr std::size_t kWidestBar = 40;
+constexpr std::size_t kStageColumns = 8;
+
+std::string Bar(const ProgressMeter& meter, std::size_t inside) {
+  const double share = meter.Total() > 0 ? static_cast<double>(meter.DoneUnits()) /
+                                               static_cast<double>(meter.Total())
+                                         : 0;
+  const bool complete = meter.Percent() == 100;
+  const std::size_t full =
+      complete
+          ? inside
+          : std::min(static_cast<std::size_t>(share * static_cast<double>(inside)), inside - 1);
+  std::string bar = "[" + std::string(full, '=');
+  if (!complete) {
+    bar += '>';
+    bar += std::string(inside - full - 1, ' ');
+  }
+  return bar + "]";
+}
+
+// Stage, bar and percent with as many of the texts, the most wanted first, as fit in their fixed
+// widths; the widths leave a bar that doesn't change its own from call to call.
+std::string Composed(const ProgressMeter& meter, std::size_t width,
+                     const std::vector<std::string>& texts) {
+  const std::string percent = PaddedLeft(std::to_string(meter.Percent()), 3) + " %";
+  // Both brackets and the blanks before and after the bar.
+  const std::size_t fixed = kStageColumns + 1 + 2 + 1 + percent.size();
+  if (fixed + kLeastBar > width) {
+    if (width <= percent.size()) {
+      return percent.substr(percent.size() - width);
+    }
+    const std::size_t room = width - percent.size() - 1;
+    return StageText(meter.Stage(), std::min(room, kStageColumns)) + " " + percent;
+  }
+  std::string after;
+  for (const std::string& text : texts) {
+    if (fixed + kLeastBar + after.size() + 2 + text.size() > width) {
+      break;
+    }
+    after += "  " + text;
+  }
+  const std::size_t inside = std::min(width - fixed - after.size(), kWidestBar);
+  return StageText(meter.Stage(), kStageColumns) + " " + Bar(meter, inside) + " " + percent + after;
+}
+
+}  // namespace
+
+std::string RateText(const ProgressMeter& meter, std::optional<double> rate) {
+  if (!rate) {
+    return "";
+  }
+  const Unit small{"", 1};
+  const Unit unit = meter.Total() < kKibi ? small : UnitOf(std::max(*rate, double{kKibi}));
+  return Number(*rate, unit) + unit.name + "/s";
+}
+
+std::string AmountText(const ProgressMeter& meter, const char* between) {
+  const Unit unit = UnitOf(static_cast<double>(meter.Total()));
+  return Number(static_cast<double>(meter.DoneUnits()), unit) + between + TotalText(meter);
+}
+
+std::string TotalText(const ProgressMeter& meter) {
+  const Unit unit = UnitOf(static_cast<double>(meter.Total()));
+  return Number(static_cast<double>(meter.Total()), unit) + unit.name;
+}
+
+std::string TimeLeftText(std::uint64_t seconds) {
+  const std::uint64_t hours = seconds / 3600;
+  const std::uint64_t minutes = seconds / 60 % 60;
+  const std::string before =
+      hours > 0 ? std::to_string(hours) + ":" + TwoDigits(minutes) : std::to_string(minutes);
+  return before + ":" + TwoDigits(seconds % 60);
+}
+
+std::string DurationText(std::chrono::duration<double> time) {
+  constexpr double kMinute = 59.95;
+  if (time.count() < kMinute) {
+    return Decimal(time.count(), 1) + " s";
+  }
+  return TimeLeftText(static_cast<std::uint64_t>(std::llround(time.count())));
+}
+
+std::string BarText(const ProgressMeter& meter, std::size_t width) {
+  // Room for the longest of each: "1023.9 KiB/s", "59:59 left".
+  constexpr std::size_t kRateColumns = 12;
+  constexpr std::size_t kLeftColumns = 10;
+  const auto left = meter.SecondsLeft();
+  return Composed(meter, width,
+                  {PaddedLeft(AmountText(meter), WidestAmount(meter)),
+                   PaddedLeft(left ? TimeLeftText(*left) + " left" : "", kLeftColumns),
+                   PaddedLeft(RateText(meter, meter.Rate()), kRateColumns)});
+}
+
+std::string FinishedBarText(const ProgressMeter& meter, std::size_t width) {
+  std::vector<std::string> texts = {TotalText(meter) + " in " + DurationText(meter.Elapsed())};
+  if (meter.AverageRate()) {
+    texts.push_back(RateText(meter, meter.AverageRate()));
+  }
+  return Composed(meter, width, texts);
+}

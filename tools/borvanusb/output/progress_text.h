@@ -1,0 +1,25 @@
+#pragma once
+
+#include <cstddef>
+#include <string>
+
+#include "output/progress_meter.h"
+
+// The words and numbers of a progress display, plain ASCII but for stages.
+
+// "45.2 KiB/s", "120/s" for totals too small for units; empty when there is no rate.
+std::string RateText(const ProgressMeter& meter, std::optional<double> rate);
+// "120.0/256.0 KiB", "7/14".
+std::string AmountText(const ProgressMeter& meter, const char* between = "/");
+// The total alone: "256.0 KiB", "14".
+std::string TotalText(const ProgressMeter& meter);
+// "0:04", "1:02:03".
+std::string TimeLeftText(std::uint64_t seconds);
+// "5.8 s", "1:05".
+std::string DurationText(std::chrono::duration<double> time);
+
+// A bar with all that fits, never more than `width` characters; its parts keep their places from
+// call to call.
+std::string BarText(const ProgressMeter& meter, std::size_t width);
+// The same for a complete one, with the time it took.
+std::string FinishedBarText(const ProgressMeter& meter, std::size_t width);

@@ -1,0 +1,35 @@
+#include "output/text_output.h"
+
+#include <string>
+#include <utility>
+
+TextOutput::TextOutput(Sink out, Sink err, TextOutputOptions options)
+    : out_(std::move(out)), err_(std::move(err)), options_(options) {}
+
+void TextOutput::Line(std::string_view text) {
+  if (!options_.json) {
+    out_(std::string(text) + "\n");
+  }
+}
+
+void TextOutput::JsonLine(std::string_view json) {
+  if (options_.json) {
+    out_(std::string(json) + "\n");
+  }
+}
+
+void TextOutput::Note(std::string_view text) {
+  if (!options_.quiet) {
+    err_(std::string(text) + "\n");
+  }
+}
+
+void TextOutput::Detail(std::string_view text) {
+  if (options_.verbose) {
+    err_(std::string(text) + "\n");
+  }
+}
+
+void TextOutput::Error(std::string_view text) {
+  err_(std::string(text) + "\n");
+}

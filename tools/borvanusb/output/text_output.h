@@ -1,0 +1,32 @@
+#pragma once
+
+#include <functional>
+#include <string_view>
+
+#include "output/output.h"
+
+// Output over two sinks that write UTF-8 texts as they are.
+struct TextOutputOptions {
+  bool json = false;
+  bool quiet = false;
+  bool verbose = false;
+  bool terminal = false;  // standard output is one
+};
+
+class TextOutput : public Output {
+ public:
+  using Sink = std::function<void(std::string_view)>;
+  TextOutput(Sink out, Sink err, TextOutputOptions options);
+
+  void Line(std::string_view text) override;
+  void JsonLine(std::string_view json) override;
+  void Note(std::string_view text) override;
+  void Detail(std::string_view text) override;
+  void Error(std::string_view text) override;
+  bool IsTerminal() const override { return options_.terminal; }
+
+ private:
+  Sink out_;
+  Sink err_;
+  TextOutputOptions options_;
+};

@@ -1,0 +1,139 @@
+#include "tool.h"
+
+#include <algorithm>
+#include <memory>
+#include <nlohmann/json.hpp>
+#include <variant>
+
+#include "arguments/command_line.h"
+#include "commands/context.h"
+#include "commands/dispatch.h"
+#include "output/make_progress.h"
+#include "output/text_output.h"
+
+namespace {
+
+std::string JsonText(const nlohmann::ordered_json& json) {
+  // Names of files and cameras may hold anything; the rest of the object must not be lost for it.
+  return json.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace) + "\n";
+}
+
+// A command line that can't be read may still say how its failure is wanted.
+bool AsksForJson(const std::vector<std::string>& words) {
+  const auto end = std::find(words.begin(), words.end(), "--");
+  return std::find(words.begin(), end, "--json") != end;
+}
+
+Failure Unexpected(const std::string& what) {
+  return {ExitCode::kInternal, "something went wrong that should not: " + what,
+          "Please report it with this command line and what borvanusb doctor prints."};
+}
+
+// The exception that is being handled.
+Failure CurrentFailure() {
+  try {
+    throw;
+  } catch (const Failure& failure) {
+    return failure;
+  } catch (const std::bad_alloc&) {
+    return {ExitCode::kInternal, "there is not enough memory",
+            "Close other programs, or do less at a time."};
+  } catch (const std::exception& exception) {
+    return Unexpected(exception.what());
+  } catch (...) {
+    return Unexpected("an exception without a text");
+  }
+}
+
+int Report(const std::string& command, const Failure& failure, bool json,
+           const ToolStreams& streams) {
+  std::string text =
+      "borvanusb: " + (command.empty() ? "" : command + ": ") + failure.Message() + "\n";
+  if (!failure.Hint().empty()) {
+    text += "  " + failure.Hint() + "\n";
+  }
+  streams.error(text);
+  const int code = static_cast<int>(failure.Code());
+  if (json) {
+    nlohmann::ordered_json error;
+    error["code"] = code;
+    error["kind"] = KindOf(failure.Code());
+    error["message"] = failure.Message();
+    error["hint"] = failure.Hint();
+    streams.output(JsonText({{"error", error}}));
+  }
+  return code;
+}
+
+int RunArguments(const Arguments& arguments, Host& host, const ToolStreams& streams) {
+  const CommonArguments& common = arguments.common;
+  const auto progress =
+      MakeProgress(common.quiet ? ProgressMode::kNone : common.progress, streams.error_is_terminal,
+                   streams.columns, streams.error, [&host] { return host.Clock(); });
+  // A bar must not stand in a line of text.
+  const ToolStreams around_bar = {[&](std::string_view text) {
+                                    if (streams.output_is_terminal) {
+                                      progress->Hide();
+                                    }
+                                    streams.output(text);
+                                  },
+                                  [&](std::string_view text) {
+                                    progress->Hide();
+                                    streams.error(text);
+                                  },
+                                  streams.output_is_terminal, streams.error_is_terminal,
+                                  streams.columns};
+  TextOutput output(around_bar.output, around_bar.error,
+                    {common.json, common.quiet, common.verbose, streams.output_is_terminal});
+  nlohmann::ordered_json result;
+  try {
+    host.Configure(common);
+    Context context{common, host, output, *progress, result};
+    const ExitCode code = Dispatch(arguments.command, context);
+    progress->Break();
+    if (common.json && !result.is_null()) {
+      streams.output(JsonText(result));
+    }
+    return static_cast<int>(code);
+  } catch (...) {
+    const Failure failure = CurrentFailure();
+    progress->Break();
+    return Report(CommandWords(arguments.command), failure, common.json, streams);
+  }
+}
+
+}  // namespace
+
+int RunTool(const std::vector<std::string>& words, Host& host, const ToolStreams& streams) {
+  try {
+    const auto parsed = ParseCommandLine(words);
+    if (const auto* const answer = std::get_if<TextAnswer>(&parsed)) {
+      streams.output(answer->text);
+      return static_cast<int>(ExitCode::kDone);
+    }
+    return RunArguments(std::get<Arguments>(parsed), host, streams);
+  } catch (...) {
+    return Report("", CurrentFailure(), AsksForJson(words), streams);
+  }
+}
+
+void ReportFailure(const std::vector<std::string>& words, const Failure& failure,
+                   const std::vector<std::string>& last_words, const ToolStreams& streams) {
+  // The command's bar may stand in the line; nobody can ask it any more.
+  if (streams.error_is_terminal) {
+    streams.error("\n");
+  }
+  std::string command;
+  try {
+    const auto parsed = ParseCommandLine(words);
+    if (const auto* const arguments = std::get_if<Arguments>(&parsed)) {
+      command = CommandWords(arguments->command);
+    }
+  } catch (const Failure&) {
+    command.clear();
+  }
+  Report(command, failure, AsksForJson(words), streams);
+  for (const std::string& line : last_words) {
+    streams.error("  " + line + "\n");
+  }
+}
