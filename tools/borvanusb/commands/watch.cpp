@@ -12,7 +12,6 @@
 namespace {
 
 using std::chrono::duration;
-using std::chrono::duration_cast;
 using std::chrono::milliseconds;
 using TimePoint = std::chrono::steady_clock::time_point;
 
