@@ -117,6 +117,8 @@ TEST_F(RegListsTest, DiffOfTwoFilesShowsDifferentAndMissing) {
   const std::string right = folder_.Write("right.txt", "fffd,0\n10,1\n11,5\n13,4\n");
   EXPECT_EQ(desk_.Do(RegDiffCommand{left, right}, "reg-diff"), ExitCode::kVerify);
   EXPECT_EQ(desk_.output.out, "0x0011  0x02  0x05\n0x0012  0x03  ----\n0x0013  ----  0x04\n");
+  EXPECT_EQ(desk_.output.errors,
+            "borvanusb: reg diff: " + left + " and " + right + " differ in 3 registers\n");
   EXPECT_EQ(desk_.result["differences"][1].dump(), R"({"address":18,"left":3,"right":null})");
   EXPECT_EQ(desk_.Do(RegDiffCommand{left, left}, "reg-diff"), ExitCode::kDone);
   EXPECT_EQ(desk_.output.out, "no difference in 3 registers\n");

@@ -99,7 +99,7 @@ TEST_F(ScriptTest, OptionsOfTheWholeScriptAndScriptsWithinAreRefused) {
 TEST_F(ScriptTest, FirstFailureEndsTheScriptWithItsLine) {
   info_ = []() -> ExitCode { throw Failure(ExitCode::kDevice, "the camera is gone", "Look."); };
   EXPECT_EQ(Do("list\ninfo\nlist\n"), ExitCode::kDevice);
-  EXPECT_EQ(desk_.output.errors, "work.txt:2: the camera is gone\n  Look.\n");
+  EXPECT_EQ(desk_.output.errors, "borvanusb: run: work.txt:2: the camera is gone\n  Look.\n");
   EXPECT_EQ(desk_.output.out, "> list\nlisted\n> info\n");
   EXPECT_EQ(desk_.result["commands"][1].dump(),
             R"({"line":2,"text":"info","exit":6,"error":{"code":6,"kind":"device",)"
@@ -109,7 +109,7 @@ TEST_F(ScriptTest, FirstFailureEndsTheScriptWithItsLine) {
 TEST_F(ScriptTest, OutcomeThatIsNotGoodEndsTheScriptToo) {
   info_ = [] { return ExitCode::kVerify; };
   EXPECT_EQ(Do("info\nlist\n"), ExitCode::kVerify);
-  EXPECT_EQ(desk_.output.errors, "work.txt:1: ended with exit code 7 (verify)\n");
+  EXPECT_EQ(desk_.output.errors, "borvanusb: run: work.txt:1: ended with exit code 7 (verify)\n");
   EXPECT_EQ(desk_.result["commands"].size(), 1U);
 }
 
@@ -123,7 +123,8 @@ TEST_F(ScriptTest, KeepGoingRunsAllAndEndsWithTheWorst) {
   };
   EXPECT_EQ(Do("info\nlist\ninfo\nlist\n", true), ExitCode::kInternal);
   EXPECT_EQ(desk_.result["commands"].size(), 4U);
-  EXPECT_EQ(desk_.output.errors, "work.txt:1: nothing moves\nwork.txt:3: no memory\n");
+  EXPECT_EQ(desk_.output.errors,
+            "borvanusb: run: work.txt:1: nothing moves\nborvanusb: run: work.txt:3: no memory\n");
 }
 
 TEST_F(ScriptTest, StopByTheUserEndsItAlsoWhenKeepingOn) {

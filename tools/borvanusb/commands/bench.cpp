@@ -45,9 +45,8 @@ struct Measurement {
   std::uint64_t transfers = 0;  // of a call
   std::function<void()> call;   // empty: not measured, and `note` says why
   std::string note;
-  bool failure_counts = false;  // a refusal takes its time as an answer does
+  bool may_be_refused = false;  // where nothing may be there to answer
   std::vector<double> seconds{};
-  std::uint64_t failures = 0;
 };
 
 std::string Fixed(double number, int decimals) {
@@ -85,18 +84,17 @@ void Measure(Measurement& measurement, Context& context) {
     try {
       measurement.call();
     } catch (const Failure& failure) {
-      if (!measurement.failure_counts || failure.Code() != ExitCode::kDevice) {
+      if (!measurement.may_be_refused || failure.Code() != ExitCode::kDevice) {
         throw;
       }
-      ++measurement.failures;
+      // A refusal costs other times than an answer.
+      measurement.call = {};
+      measurement.rounds = 0;
+      measurement.note = "not measured: nothing answers at slave 0";
+      return;
     }
     measurement.seconds.push_back(
         std::chrono::duration<double>(context.host.Clock() - before).count());
-  }
-  if (measurement.failures > 0) {
-    measurement.note = std::to_string(measurement.failures) + " of " +
-                       std::to_string(measurement.rounds) +
-                       " refused, nothing is at slave 0: the time of the refusal";
   }
 }
 

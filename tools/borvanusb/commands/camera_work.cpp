@@ -90,6 +90,10 @@ std::vector<std::uint32_t> ReadEach(Context& context, const Range& range,
   return values;
 }
 
+void TellOutcome(Context& context, const std::string& command, const std::string& outcome) {
+  context.output.Error("borvanusb: " + command + ": " + outcome);
+}
+
 void WriteDump(Context& context, const std::string& file, const std::string& text) {
   if (!file.empty()) {
     WriteWholeText(file, text);

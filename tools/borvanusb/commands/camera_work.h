@@ -50,6 +50,10 @@ void CheckRegisterCount(const Range& range);
 std::vector<std::uint32_t> ReadEach(Context& context, const Range& range,
                                     const std::function<std::uint32_t(std::uint32_t)>& read);
 
+// Tells on standard error that a command that did its work did not end well:
+// "borvanusb: reg diff: 2 registers differ".
+void TellOutcome(Context& context, const std::string& command, const std::string& outcome);
+
 // Writes a dump: to standard output when `file` is empty, else to the file.
 void WriteDump(Context& context, const std::string& file, const std::string& text);
 // Whether a dump to this file is to hold raw bytes: names that end in .bin.

@@ -137,5 +137,8 @@ ExitCode Run(const DoctorCommand& /*command*/, Context& context) {
     context.output.Line(diagnosis.advice);
   }
   context.result = ExaminationJson(examination, diagnosis);
+  if (diagnosis.code != ExitCode::kDone) {
+    TellOutcome(context, "doctor", diagnosis.cause);
+  }
   return diagnosis.code;
 }

@@ -75,7 +75,7 @@ ExitCode Run(const I2cLoadCommand& command, Context& context) {
   const CheckedI2cList checked = CheckI2cList(ReadWholeText(command.file), given);
   CheckDevice(command, checked, context);
   if (command.check_only) {
-    return ReportCheck(command.file, checked.list, checked.registers, context);
+    return ReportCheck("i2c load", command.file, checked.list, checked.registers, context);
   }
   RequireGoodList(command.file, checked.list, "nothing was sent", context);
   NoteRemarks(command.file, checked.list, context);

@@ -9,7 +9,8 @@
 // The size of a camera's flash and how it is known, for `info`.
 struct FlashSizeAnswer {
   std::optional<std::uint64_t> bytes;
-  std::string how;  // "as told by --flash-size"
+  std::string how;  // "as told by --flash-size", or why it can't be told
 };
 
+//   told  --flash-size
 FlashSizeAnswer AskFlashSize(Camera& camera, std::optional<std::uint64_t> told);

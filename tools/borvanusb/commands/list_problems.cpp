@@ -46,14 +46,15 @@ void RequireGoodList(const std::string& file, const ListText& list, const std::s
                 "All are told above; docs/list-files.md tells what a list may hold.");
 }
 
-ExitCode ReportCheck(const std::string& file, const ListText& list, std::uint64_t registers,
-                     Context& context) {
+ExitCode ReportCheck(const std::string& command, const std::string& file, const ListText& list,
+                     std::uint64_t registers, Context& context) {
   for (const ListProblem& problem : list.problems) {
     context.output.Line(ProblemLine(file, problem));
   }
   NoteRemarks(file, list, context);
   context.result = LoadJson(file, list, registers, false);
   if (!list.problems.empty()) {
+    TellOutcome(context, command, file + ": " + Count(list.problems.size(), "problem"));
     return ExitCode::kFile;
   }
   context.output.Line(file + ": good, " + Count(registers, "register"));

@@ -22,8 +22,9 @@ void RequireGoodList(const std::string& file, const ListText& list, const std::s
                      Context& context);
 
 // The outcome of a check alone: every problem on standard output; kFile if there is one.
-ExitCode ReportCheck(const std::string& file, const ListText& list, std::uint64_t registers,
-                     Context& context);
+//   command  "reg load"
+ExitCode ReportCheck(const std::string& command, const std::string& file, const ListText& list,
+                     std::uint64_t registers, Context& context);
 
 // {"file", "registers", "written", "problems", "remarks"}.
 nlohmann::ordered_json LoadJson(const std::string& file, const ListText& list,

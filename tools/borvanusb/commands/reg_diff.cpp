@@ -94,8 +94,9 @@ ExitCode Run(const RegDiffCommand& command, Context& context) {
   if (differences.empty()) {
     context.output.Line("no difference in " + Count(left.size(), "register"));
   } else {
-    context.output.Note(Count(differences.size(), "difference") + ": address, " + command.left +
-                        ", " + command.right);
+    TellOutcome(context, "reg diff",
+                command.left + " and " + command.right + " differ in " +
+                    Count(differences.size(), "register"));
   }
   context.result = {{"left", command.left},
                     {"right", command.right},

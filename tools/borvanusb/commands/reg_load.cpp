@@ -10,7 +10,7 @@
 ExitCode Run(const RegLoadCommand& command, Context& context) {
   const CheckedRegisterList checked = CheckRegisterList(ReadWholeText(command.file));
   if (command.check_only) {
-    return ReportCheck(command.file, checked.list, checked.registers, context);
+    return ReportCheck("reg load", command.file, checked.list, checked.registers, context);
   }
   RequireGoodList(command.file, checked.list, "nothing was sent", context);
   NoteRemarks(command.file, checked.list, context);

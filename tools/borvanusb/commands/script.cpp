@@ -5,6 +5,7 @@
 #include <string_view>
 #include <utility>
 
+#include "commands/camera_work.h"
 #include "failure.h"
 #include "host.h"
 #include "output/output.h"
@@ -116,16 +117,17 @@ ExitCode RunScript(const std::string& file, const std::vector<ScriptLine>& lines
     try {
       code = RunLine(line, run, context, result);
       if (code != ExitCode::kDone) {
-        context.output.Error(Place(file, line.line) + "ended with exit code " +
-                             std::to_string(static_cast<int>(code)) + " (" +
-                             std::string(KindOf(code)) + ")");
+        TellOutcome(context, "run",
+                    Place(file, line.line) + "ended with exit code " +
+                        std::to_string(static_cast<int>(code)) + " (" + std::string(KindOf(code)) +
+                        ")");
       }
       entry["exit"] = static_cast<int>(code);
       entry["result"] = std::move(result);
     } catch (const Failure& failure) {
       code = failure.Code();
       context.progress.Break();
-      context.output.Error(Place(file, line.line) + failure.Message());
+      TellOutcome(context, "run", Place(file, line.line) + failure.Message());
       if (!failure.Hint().empty()) {
         context.output.Error("  " + failure.Hint());
       }

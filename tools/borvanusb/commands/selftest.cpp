@@ -98,5 +98,8 @@ ExitCode Run(const SelftestCommand& command, Context& context) {
   context.result["passed"] = count(Verdict::kPass);
   context.result["failed"] = count(Verdict::kFail);
   context.result["skipped"] = count(Verdict::kSkip);
+  if (worst != ExitCode::kDone) {
+    TellOutcome(context, "selftest", Count(count(Verdict::kFail), "test") + " failed");
+  }
   return worst;
 }

@@ -12,7 +12,6 @@
 namespace {
 
 using std::chrono::duration;
-using std::chrono::duration_cast;
 using std::chrono::milliseconds;
 using TimePoint = std::chrono::steady_clock::time_point;
 
@@ -148,7 +147,8 @@ class Watcher {
     }
     ++late_;
     // What can't be caught up any more is left out.
-    skipped_ = static_cast<std::uint64_t>(now * command_.rate) - polls_;
+    const auto due = static_cast<std::uint64_t>(now * command_.rate);
+    skipped_ = due > polls_ ? due - polls_ : 0;
   }
 
   const WatchCommand& command_;
