@@ -93,9 +93,11 @@ TEST(TailWordsTest, ErasedWordsAreLeftOut) {
   EXPECT_EQ(words[1].value, 0xFFFF00FFU);
 }
 
-TEST(TransferCountTest, BulkReadTakesTwoTransfersAPacketAndOnePacketMore) {
-  // 262144 bytes: 4096 packets and one behind, two transfers each, and two length queries.
-  EXPECT_EQ(ReadTransfers(262144), 2U + 8194U);
+TEST(TransferCountTest, BulkReadTakesTwoTransfersAPacketAndAWordForTheLastByte) {
+  // 262144 bytes: two length queries, 4096 packets of two transfers, a word of three.
+  EXPECT_EQ(ReadTransfers(262144), 2U + 8192U + 3U);
+  // 4 MiB and a byte: a job of 65536 packets and the one behind them; a job of one packet.
+  EXPECT_EQ(ReadTransfers((4U << 20U) + 1), 2U + 131074U + 2U + 2U);
   EXPECT_EQ(ReadTransfers(4), 2U + 2U);
 }
 
