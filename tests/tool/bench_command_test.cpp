@@ -17,7 +17,7 @@ class BenchTest : public testing::Test {
 };
 
 TEST_F(BenchTest, MeasuresEachSelectorThatChangesNothing) {
-  EXPECT_EQ(desk_.Do(BenchCommand{100}, "bench"), ExitCode::kDone);
+  EXPECT_EQ(desk_.Do(BenchCommand{100, {}}, "bench"), ExitCode::kDone);
   const auto& selectors = desk_.result["selectors"];
   ASSERT_EQ(selectors.size(), 7U);
   // A byte read: 125 us for 4 transfers.
@@ -37,7 +37,7 @@ TEST_F(BenchTest, MeasuresEachSelectorThatChangesNothing) {
 }
 
 TEST_F(BenchTest, SaysWhatItMeansForProgramming) {
-  desk_.Do(BenchCommand{10}, "bench");
+  desk_.Do(BenchCommand{10, {}}, "bench");
   const auto& estimate = desk_.result["estimate"];
   // 17477 packets of 60 bytes and 256 erases; 16385 reads of two transfers.
   EXPECT_EQ(estimate["program_transfers"], 17733);
@@ -52,7 +52,7 @@ TEST_F(BenchTest, SaysWhatItMeansForProgramming) {
 
 TEST_F(BenchTest, ChangesNothing) {
   desk_.Chip().flash.assign(desk_.Chip().flash.size(), 0x5A);
-  desk_.Do(BenchCommand{10}, "bench");
+  desk_.Do(BenchCommand{10, {}}, "bench");
   EXPECT_EQ(desk_.Chip().erases, 0U);
   EXPECT_EQ(desk_.Chip().programmed_packets, 0U);
   EXPECT_EQ(desk_.Chip().flash, std::vector<std::uint8_t>(desk_.Chip().flash.size(), 0x5A));
@@ -61,11 +61,15 @@ TEST_F(BenchTest, ChangesNothing) {
 }
 
 TEST_F(BenchTest, I2cIsMeasuredWhereSomethingAnswers) {
-  desk_.Do(BenchCommand{4}, "bench");
+  BenchCommand command{4, {}};
+  desk_.Do(command, "bench");
   EXPECT_EQ(desk_.result["selectors"][1]["measured"], false);
-  EXPECT_EQ(desk_.result["selectors"][1]["note"], "not measured: nothing answers at slave 0");
-  desk_.Chip().sensors[0] = {};
-  desk_.Do(BenchCommand{4}, "bench");
+  EXPECT_EQ(desk_.result["selectors"][1]["note"], "not measured: --slave says what to read from");
+  command.i2c.slave = 0x6C;
+  desk_.Do(command, "bench");
+  EXPECT_EQ(desk_.result["selectors"][1]["note"], "not measured: nothing answers at that slave");
+  desk_.Chip().sensors[0x6C] = {};
+  desk_.Do(command, "bench");
   EXPECT_EQ(desk_.result["selectors"][1]["rounds"], 4);
   EXPECT_NEAR(desk_.result["selectors"][1]["median_us"], 125, 1e-6);
 }
@@ -76,12 +80,12 @@ TEST_F(BenchTest, FailureOfAnyOtherCallEndsIt) {
       throw Failure(ExitCode::kDevice, "the transfer failed");
     }
   };
-  EXPECT_EQ(desk_.FailureOf(BenchCommand{10}).Code(), ExitCode::kDevice);
+  EXPECT_EQ(desk_.FailureOf(BenchCommand{10, {}}).Code(), ExitCode::kDevice);
 }
 
 TEST_F(BenchTest, ClockThatStandsStillDividesByNothing) {
   desk_.Chip().before_transfer = nullptr;
-  desk_.Do(BenchCommand{1}, "bench");
+  desk_.Do(BenchCommand{1, {}}, "bench");
   EXPECT_EQ(desk_.result["selectors"][0]["transfers_per_second"], 0.0);
 }
 

@@ -118,14 +118,14 @@ class InfoTest(station.ToolTest):
             self.plug_in(camera(0, flash={"size": "256K", "beyond_end": behaviour}))
             self.put_flash(content)
             result = self.succeed("info", "--json").json
-            self.assertEqual(result["flash_size"]["bytes"], 256 << 10, behaviour)
+            self.assertEqual(result["flash"]["size"], 256 << 10, behaviour)
 
     def test_blank_flash_hides_its_size(self):
         self.plug_in(camera(0))
         result = self.succeed("info", "--json").json
-        self.assertIsNone(result["flash_size"]["bytes"])
+        self.assertIsNone(result["flash"]["size"])
         self.assertIn("--flash-size", self.succeed("info").out)
-        self.assertEqual(self.succeed("info", "--json", "--flash-size", "64K").json["flash_size"]["bytes"],
+        self.assertEqual(self.succeed("info", "--json", "--flash-size", "64K").json["flash"]["size"],
                          65536)
 
     def test_camera_without_vendor_unit_is_refused(self):

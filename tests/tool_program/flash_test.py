@@ -28,6 +28,8 @@ class FlashTest(station.ToolTest):
     def start_anew(self, content, **changes):
         """A camera fresh from the factory, with this flash."""
         (self.folder / "cameras.camera0.state").unlink(missing_ok=True)
+        for journal in self.folder.glob("*.journal"):
+            journal.unlink()  # it told of the camera before
         self.plug_in(camera(0, **changes))
         self.put_flash(content)
 
@@ -75,7 +77,8 @@ class AccessTest(FlashTest):
         self.refuse(7, "0x1000", "flash", "word", "0x1000", "0xffffffff", "--yes")
 
     def test_erase_takes_whole_sectors_and_asks(self):
-        self.refuse(1, "0x1000-0x1fff", "flash", "erase", "0x1004+100", "--yes")
+        outcome = self.refuse(1, "RANGE", "flash", "erase", "0x1004+100", "--yes")
+        self.assertIn("0x1000-0x1fff", outcome.err)
         outcome = self.refuse(9, "nothing was erased", "flash", "erase", "0x1000+8K")
         self.assertIn("?", outcome.err)
         self.assertEqual(self.flash(), self.old)

@@ -153,6 +153,7 @@ struct WatchCommand {
 
 struct BenchCommand {
   std::uint64_t rounds = 200;
+  I2cOptions i2c;
 };
 
 struct SelftestCommand {

@@ -61,8 +61,15 @@ CommandRule BenchRule() {
            [](BenchCommand& command, const std::string& text) {
              command.rounds = NumberValue(text, 1, 1000000);
            });
+  AddSlave(rule, false);
+  AddMode(rule);
+  rule.Check([](const BenchCommand& command, const GivenOptions& given) {
+    if (given.Has("--mode") && !command.i2c.slave) {
+      throw WrongUse("--mode: says how to speak to a sensor; --slave must say to which");
+    }
+  });
   rule.Details("Gives transfers a second, and how long programming 1 MiB would take.");
-  rule.Example("borvanusb bench --rounds 1000");
+  rule.Example("borvanusb bench --rounds 1000 --slave 0x6c");
   return rule.Take();
 }
 

@@ -60,13 +60,21 @@ std::string Padded(const std::string& text, std::size_t width, bool right) {
   return right ? blanks + text : text + blanks;
 }
 
-std::vector<Measurement> Measurements(Camera& camera, std::uint64_t rounds) {
+// What measures selector 2. Without a slave there is nobody whose answer could be timed.
+Measurement I2cMeasurement(Camera& camera, std::uint64_t rounds, const I2cOptions& i2c) {
+  if (!i2c.slave) {
+    return {2, "I2C read", 0, 0, {}, "not measured: --slave says what to read from"};
+  }
+  const I2cTarget target{*i2c.slave, i2c.mode, i2c.option};
+  return {2, "I2C read", rounds, 3, [&camera, target] { camera.ReadI2c(target, 0); }, "", true};
+}
+
+std::vector<Measurement> Measurements(Camera& camera, std::uint64_t rounds, const I2cOptions& i2c) {
   const std::uint64_t job_rounds = std::max<std::uint64_t>(1, rounds / kJobRoundsShare);
   std::vector<Measurement> list;
   list.push_back({1, "byte register read", rounds, 4,
                   [&] { camera.ReadRegister(kFeatureRegister, RegisterWidth::kByte); }, ""});
-  // No device has the slave address 0: nothing is disturbed.
-  list.push_back({2, "I2C read", rounds, 3, [&] { camera.ReadI2c({0, 0, 0}, 0); }, "", true});
+  list.push_back(I2cMeasurement(camera, rounds, i2c));
   list.push_back({3, "flash word read", rounds, 3, [&] { camera.PeekFlashWord(0); }, ""});
   list.push_back({4, "flash program packet", 0, 0, {}, "not measured: it would write"});
   list.push_back({5, "flash read of 32 KiB", job_rounds, kReadTransfers,
@@ -90,7 +98,7 @@ void Measure(Measurement& measurement, Context& context) {
       // A refusal costs other times than an answer.
       measurement.call = {};
       measurement.rounds = 0;
-      measurement.note = "not measured: nothing answers at slave 0";
+      measurement.note = "not measured: nothing answers at that slave";
       return;
     }
     measurement.seconds.push_back(
@@ -170,7 +178,7 @@ void Estimate(const std::vector<Measurement>& list, Context& context) {
 ExitCode Run(const BenchCommand& command, Context& context) {
   const ReservedCamera camera = ReserveChosenCamera(context);
   std::vector<Measurement> list =
-      Measurements(*camera.camera, std::max<std::uint64_t>(1, command.rounds));
+      Measurements(*camera.camera, std::max<std::uint64_t>(1, command.rounds), command.i2c);
   context.progress.Begin("measure", list.size());
   std::uint64_t done = 0;
   for (Measurement& measurement : list) {

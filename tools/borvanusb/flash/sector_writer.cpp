@@ -7,7 +7,7 @@
 #include "flash/tail_words.h"
 
 void SectorWriter::Write(const Ranges& runs, const Content& content, StopWish wish) {
-  progress_.Begin("erase", TotalSize(runs));
+  progress_.Begin("program", TotalSize(runs));
   std::uint64_t done = 0;
   for (const Range& block : CutIntoBlocks(runs)) {
     if (wish == StopWish::kHeed && host_.StopRequested()) {

@@ -182,7 +182,7 @@ class JsonProgress : public MeteredProgress {
  protected:
   void ShowBegin() override { Print(Now()); }
   void ShowChange(ProgressMeter::Time now) override {
-    if (now - last_ >= kBetweenDrawings) {
+    if (now - last_ >= kBetweenDrawings || Meter().Stage() != stage_) {
       Print(now);
     }
   }
@@ -191,6 +191,7 @@ class JsonProgress : public MeteredProgress {
  private:
   void Print(ProgressMeter::Time now) {
     last_ = now;
+    stage_ = Meter().Stage();
     const auto rate = Meter().Rate();
     const auto left = Meter().SecondsLeft();
     nlohmann::ordered_json state;
@@ -211,6 +212,7 @@ class JsonProgress : public MeteredProgress {
   }
 
   ProgressMeter::Time last_;
+  std::string stage_;
 };
 
 class NoProgress : public Progress {
