@@ -30,8 +30,10 @@ if(MINGW)
   # Products run on a machine without our toolchain: the compiler's runtime is linked in.
   # The time stamp would differ from build to build.
   target_link_options(borvan_options INTERFACE -static -Wl,--no-insert-timestamp)
-  # borvan_windows_product() moves the debug information into a file apart.
-  target_compile_options(borvan_options INTERFACE $<$<CONFIG:Release>:-g>)
+  # borvan_windows_product() moves the debug information into a file apart. A target with the property
+  # BORVAN_LINES_ONLY has what a backtrace needs and no more.
+  target_compile_options(
+    borvan_options INTERFACE $<$<CONFIG:Release>:-g$<$<BOOL:$<TARGET_PROPERTY:BORVAN_LINES_ONLY>>:1>>)
 endif()
 
 if(BORVAN_SANITIZE)

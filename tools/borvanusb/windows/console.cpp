@@ -82,6 +82,11 @@ int Console::Columns() const {
   return info.srWindow.Right - info.srWindow.Left + 1;
 }
 
+bool Console::CanAsk() {
+  DWORD mode = 0;
+  return GetConsoleMode(GetStdHandle(STD_INPUT_HANDLE), &mode) != FALSE;
+}
+
 std::string Console::ReadLine() const {
   DWORD mode = 0;
   const HANDLE handle = GetStdHandle(STD_INPUT_HANDLE);

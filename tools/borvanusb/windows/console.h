@@ -20,6 +20,8 @@ class Console {
   bool ErrorIsTerminal() const { return error_is_terminal_; }
   // Columns of the terminal; 80 without one.
   int Columns() const;
+  // Whether somebody sits at the terminal to answer a question.
+  static bool CanAsk();
   // A line typed at the terminal, without its end; empty without a terminal.
   std::string ReadLine() const;
 

@@ -106,6 +106,10 @@ std::chrono::steady_clock::time_point WindowsHost::Clock() const {
 }
 
 bool WindowsHost::Ask(const std::string& question) {
+  if (!Console::CanAsk()) {
+    console_.WriteError(question + "\n");
+    return false;
+  }
   console_.WriteError(question + " [y/N] ");
   const std::string answer = console_.ReadLine();
   return answer == "y" || answer == "Y" || answer == "yes" || answer == "Yes";
