@@ -5,6 +5,7 @@
 
 #include "arguments/i2c_options.h"
 #include "arguments/values.h"
+#include "lists/width_modes.h"
 
 OptionDescription Argument(std::string_view name, std::string_view text) {
   OptionDescription option = Flag(name, text);

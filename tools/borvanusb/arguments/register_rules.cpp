@@ -2,6 +2,7 @@
 #include "arguments/command_rules.h"
 #include "arguments/i2c_options.h"
 #include "arguments/values.h"
+#include "lists/width_modes.h"
 
 namespace {
 

@@ -1,25 +1,16 @@
 #include "arguments/values.h"
 
-#include <array>
 #include <charconv>
 #include <sstream>
 
 #include "borvan_usb.h"
+#include "lists/width_modes.h"
 
 namespace {
 
 constexpr std::uint64_t kSectorBytes = 4096;
 constexpr std::uint64_t kLargestFlash = std::uint64_t{1} << 32U;
 
-// By their numbers, which are the library's.
-constexpr std::array<WidthMode, 6> kWidthModes = {{
-    {"8/8", 8, 8},
-    {"16/8", 16, 8},
-    {"16/16", 16, 16},
-    {"32/8", 32, 8},
-    {"32/16", 32, 16},
-    {"32/32", 32, 32},
-}};
 static_assert(kBorvanI2cAddress8Data8 == 0 && kBorvanI2cAddress16Data8 == 1 &&
               kBorvanI2cAddress16Data16 == 2 && kBorvanI2cAddress32Data8 == 3 &&
               kBorvanI2cAddress32Data16 == 4 && kBorvanI2cAddress32Data32 == 5);
@@ -133,10 +124,6 @@ std::size_t ChoiceValue(const std::string& text, std::initializer_list<std::stri
     allowed += choice;
   }
   throw WrongValue("is not allowed: " + allowed);
-}
-
-const WidthMode& WidthModeOf(std::int32_t mode) {
-  return kWidthModes.at(static_cast<std::size_t>(mode));
 }
 
 std::string Quoted(std::string_view text) {

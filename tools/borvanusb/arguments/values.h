@@ -49,13 +49,5 @@ std::string CameraValue(const std::string& text);
 // The place of a text among the choices.
 std::size_t ChoiceValue(const std::string& text, std::initializer_list<std::string_view> choices);
 
-// Bits of a register's address and of its data in a width mode, 0 to 5, and the mode's name.
-struct WidthMode {
-  std::string_view name;
-  int address_bits;
-  int data_bits;
-};
-const WidthMode& WidthModeOf(std::int32_t mode);
-
 // A text as messages show it: in quotes, on one line.
 std::string Quoted(std::string_view text);

@@ -10,6 +10,8 @@
 
 struct WidthMode {
   std::string_view name;
+  int address_bits = 0;
+  int data_bits = 0;
   int address_digits = 0;  // hexadecimal ones
   int value_digits = 0;
   std::uint32_t highest_address = 0;
@@ -20,12 +22,12 @@ struct WidthMode {
 
 // In the order of the modes' numbers.
 inline constexpr std::array<WidthMode, 6> kWidthModes = {{
-    {"8/8", 2, 2, 0xFF, 0xFF, 0x01},
-    {"16/8", 4, 2, 0xFFFF, 0xFF, 0x03},
-    {"16/16", 4, 4, 0xFFFF, 0xFFFF, 0x04},
-    {"32/8", 8, 2, 0xFFFFFFFF, 0xFF, std::nullopt},
-    {"32/16", 8, 4, 0xFFFFFFFF, 0xFFFF, std::nullopt},
-    {"32/32", 8, 8, 0xFFFFFFFF, 0xFFFFFFFF, std::nullopt},
+    {"8/8", 8, 8, 2, 2, 0xFF, 0xFF, 0x01},
+    {"16/8", 16, 8, 4, 2, 0xFFFF, 0xFF, 0x03},
+    {"16/16", 16, 16, 4, 4, 0xFFFF, 0xFFFF, 0x04},
+    {"32/8", 32, 8, 8, 2, 0xFFFFFFFF, 0xFF, std::nullopt},
+    {"32/16", 32, 16, 8, 4, 0xFFFFFFFF, 0xFFFF, std::nullopt},
+    {"32/32", 32, 32, 8, 8, 0xFFFFFFFF, 0xFFFFFFFF, std::nullopt},
 }};
 
 // mode: 0 to 5.
