@@ -7,6 +7,7 @@
 #include <system_error>
 
 #include "failure.h"
+#include "flush_file.h"
 
 namespace {
 
@@ -56,7 +57,7 @@ fs::path TemporaryNameBeside(const fs::path& path) {
   return temporary;
 }
 
-void Write(const std::string& name, const char* data, std::size_t size) {
+void Write(const std::string& name, const char* data, std::size_t size, Lasting lasting) {
   const fs::path path = PathOf(name);
   std::error_code error;
   if (fs::is_directory(path, error)) {
@@ -72,6 +73,9 @@ void Write(const std::string& name, const char* data, std::size_t size) {
   }
   std::string why = good ? "" : LastReason();
   if (good) {
+    if (lasting == Lasting::kThroughPowerCut) {
+      FlushFile(temporary);
+    }
     fs::rename(temporary, path, error);
     why = error ? error.message() : "";
   }
@@ -92,12 +96,12 @@ std::string ReadWholeText(const std::string& name) {
   return ReadWhole<std::string>(name);
 }
 
-void WriteWholeFile(const std::string& name, std::span<const std::uint8_t> bytes) {
-  Write(name, reinterpret_cast<const char*>(bytes.data()), bytes.size());
+void WriteWholeFile(const std::string& name, std::span<const std::uint8_t> bytes, Lasting lasting) {
+  Write(name, reinterpret_cast<const char*>(bytes.data()), bytes.size(), lasting);
 }
 
-void WriteWholeText(const std::string& name, std::string_view text) {
-  Write(name, text.data(), text.size());
+void WriteWholeText(const std::string& name, std::string_view text, Lasting lasting) {
+  Write(name, text.data(), text.size(), lasting);
 }
 
 bool FileExists(const std::string& name) {

@@ -12,10 +12,16 @@
 std::vector<std::uint8_t> ReadWholeFile(const std::string& name);
 std::string ReadWholeText(const std::string& name);
 
+// What a written file outlives: a cut of the computer's own power, or this process alone (files
+// that are gone in a moment anyway).
+enum class Lasting { kThroughPowerCut, kThroughProcess };
+
 // Writes a file under a temporary name beside it and renames it when all is there and closed, so
 // that nobody ever finds half of it. An existing file is replaced.
-void WriteWholeFile(const std::string& name, std::span<const std::uint8_t> bytes);
-void WriteWholeText(const std::string& name, std::string_view text);
+void WriteWholeFile(const std::string& name, std::span<const std::uint8_t> bytes,
+                    Lasting lasting = Lasting::kThroughPowerCut);
+void WriteWholeText(const std::string& name, std::string_view text,
+                    Lasting lasting = Lasting::kThroughPowerCut);
 
 bool FileExists(const std::string& name);
 // Removes a file; one that is not there is no failure.

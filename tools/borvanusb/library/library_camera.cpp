@@ -135,7 +135,7 @@ void LibraryCamera::WriteRegisterList(const std::string& list_text) {
   Reselect();
   const auto file = library_.Platform().NewScratchFile("txt");
   try {
-    WriteWholeText(file.name, list_text);
+    WriteWholeText(file.name, list_text, Lasting::kThroughProcess);
     job.start = [&](const Exports& exports) {
       return exports.UsbRegisterWriteFile(file.library_name.c_str());
     };

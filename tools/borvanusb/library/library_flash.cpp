@@ -24,7 +24,7 @@ void LibraryCamera::SendFile(const std::string& what, std::span<const std::uint8
   const auto file = library_.Platform().NewScratchFile(extension);
   job.start = [&](const Exports& exports) { return start(exports, file.library_name.c_str()); };
   try {
-    WriteWholeFile(file.name, bytes);
+    WriteWholeFile(file.name, bytes, Lasting::kThroughProcess);
     Finish(what, job);
   } catch (...) {
     library_.Platform().RemoveScratchFile(file);
