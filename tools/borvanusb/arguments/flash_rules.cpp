@@ -51,8 +51,7 @@ CommandRule WordRule() {
 }
 
 CommandRule EraseRule() {
-  RuleOf<FlashEraseCommand> rule({"flash", "erase"},
-                                 "Erases all 4096-byte sectors that a range touches.");
+  RuleOf<FlashEraseCommand> rule({"flash", "erase"}, "Erases whole sectors of 4096 bytes.");
   rule.Add(Argument("RANGE", "0x40000-0x7ffff, or 0x40000+256K"),
            [](FlashEraseCommand& command, const std::string& text) {
              command.range = RangeValue(text);
