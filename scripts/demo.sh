@@ -1,10 +1,10 @@
 #!/usr/bin/env bash
 # Shows the whole way on a machine with Debian 12 and nothing else, no camera and no Windows either:
 # builds everything, plugs in two virtual cameras, fills one's flash with other bytes, programs a
-# real firmware image into it through the library, reads it back and compares; then loads a list of
-# settings into its sensor and looks whether they arrived.
+# real firmware image over them with borvanusb, reads it back and compares; then loads lists of
+# settings into its sensor and its chip and looks whether they arrived.
 # Usage: demo.sh [--large]; --large takes an image of 3.5 MiB in place of one of 256 KiB.
-# Exits with 0 only if image and dump are identical and the sensor holds what the list says.
+# Exits with 0 only if image and flash are identical and sensor and chip hold what the lists say.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
@@ -14,6 +14,7 @@ export BORVAN_WINE_CPU
 package=seabios
 image=/usr/share/seabios/bios-256k.bin
 camera=0
+flash_size=1M
 address=0x40000
 case "${1-}" in
   '') ;;
@@ -21,6 +22,7 @@ case "${1-}" in
     package=ovmf
     image=/usr/share/OVMF/OVMF_CODE_4M.fd
     camera=1
+    flash_size=4M
     ;;
   -h | --help)
     sed -n '2,7s/^# //p' "$0"
@@ -33,7 +35,11 @@ case "${1-}" in
 esac
 
 folder=build/demo
-list=samples/sensor-16-8.txt
+sensor_list=samples/sensor-16-8.txt
+sensor=0x6c
+chip_list=samples/registers-with-delays.txt
+firmware=$folder/firmware.bin
+backup=$folder/old-bytes.bin
 dump=$folder/read-back.bin
 text_dump=$folder/read-back.txt
 trace=$folder/trace.jsonl
@@ -68,10 +74,16 @@ install_image() {
 
 with_cameras() { scripts/with_cameras.sh --config "$folder/cameras.json" "$@"; }
 
-mkdir -p "$folder"
-rm -f "$dump" "$text_dump" "$trace"
+# The tool, with the command line shown above what it says.
+borvanusb() {
+  echo "\$ borvanusb $*"
+  with_cameras borvanusb.exe "$@"
+}
 
-heading "1. Build the library, the virtual cameras and the examples"
+mkdir -p "$folder"
+rm -f "$folder"/*.bin "$folder"/*.journal "$text_dump" "$trace"
+
+heading "1. Build the library, the tool and the virtual cameras"
 SECONDS=0
 if ! scripts/build.sh windows >"$folder/build.log" 2>&1; then
   tail -n 20 "$folder/build.log"
@@ -84,18 +96,24 @@ echo "done in $SECONDS s; the image is $image, $(stat -c %s "$image") bytes"
 jq '.cameras[].trace = "trace.jsonl"' virtual_camera/configurations/demo.json \
   >"$folder/cameras.json"
 
-heading "2. Ask camera $camera's chip for its feature register 0x1a3"
-with_cameras read_register.exe 0x1a3 --camera "$camera" || fail "the register can't be read"
+heading "2. Look at the cameras"
+borvanusb list || fail "the cameras are not listed"
+borvanusb info --camera "$camera" || fail "the camera does not answer"
 
 heading "3. Fill the flash region with other bytes, so that a missing erase would show"
-head -c "$(stat -c %s "$image")" /dev/urandom >"$folder/other-bytes.bin"
-with_cameras program_flash.exe --image "$folder/other-bytes.bin" --address "$address" \
-  --camera "$camera" --dump "$dump" || fail "the other bytes can't be programmed"
+cp "$image" "$firmware" # the tool keeps what it needs beside the image
+size=$(stat -c %s "$firmware")
+head -c "$size" /dev/urandom >"$folder/other.bin"
+# What the blank flash can't tell, its size, is said.
+program=(flash program --address "$address" --camera "$camera" --flash-size "$flash_size")
+borvanusb "${program[@]}" "$folder/other.bin" --no-backup ||
+  fail "the other bytes can't be programmed"
 
 heading "4. Program the image over them"
-rm -f "$trace" "$dump"
-with_cameras program_flash.exe --image "$image" --address "$address" --camera "$camera" \
-  --dump "$dump" || fail "the image can't be programmed"
+rm -f "$trace"
+borvanusb "${program[@]}" "$firmware" --backup "$backup" ||
+  fail "the image can't be programmed"
+cmp "$folder/other.bin" "$backup" || fail "the backup does not hold the old bytes"
 
 heading "5. What the camera was asked for meanwhile"
 # Each transfer in words comes first, hundreds of thousands of lines with --large; the table last,
@@ -106,22 +124,33 @@ tail -n 100 "$folder/trace.txt" | tr -d '\r' |
   awk 'NF == 0 { table = ""; next } { table = table $0 "\n" } END { printf "%s", table }' |
   tail -n 16
 
-heading "6. Read it once more, as text"
-with_cameras program_flash.exe --image "$image" --address "$address" --camera "$camera" \
-  --dump "$text_dump" --compare-only >"$folder/compare.log" 2>&1 || {
-  cat "$folder/compare.log"
+heading "6. Read it once more, as bytes and as text"
+borvanusb flash read "$address+$size" "$dump" --camera "$camera" || fail "the flash can't be read"
+borvanusb flash read "$((address + size - 32))+32" "$text_dump" --camera "$camera" --quiet ||
   fail "the text dump can't be made"
-}
-head -n 2 "$text_dump"
-echo "…"
-tail -n 2 "$text_dump"
+cat "$text_dump"
 
-cmp "$image" "$dump" || fail "image and dump differ"
+cmp "$image" "$dump" || fail "image and flash differ"
 
-heading "7. Load the sensor's settings from the list $list"
-# Without power the sensor forgets what a former run left in it.
+heading "7. Load settings into the sensor from the list $sensor_list"
+# Without power the camera forgets what a former run left in it.
 with_cameras virtual-camera.exe power-cycle "$camera" || fail "the power can't be taken away"
-with_cameras load_settings.exe "$list" --camera "$camera" || fail "the list can't be loaded"
+borvanusb i2c load "$sensor_list" --camera "$camera" || fail "the list can't be loaded"
+# The list's registers as the tool shows them, without the two lines that choose the sensor; and a
+# script that reads each of them.
+sed -nE 's/^(0x[0-9a-f]{4}),(0x[0-9a-f]{2}),.*/\1  \2/p' "$sensor_list" | grep -v '^0xfff' \
+  >"$folder/wanted.txt"
+awk -v sensor="$sensor" '{ print "i2c read", $1, "--slave", sensor }' "$folder/wanted.txt" \
+  >"$folder/read-sensor.txt"
+borvanusb run "$folder/read-sensor.txt" --camera "$camera" >"$folder/read-sensor.log" ||
+  fail "the sensor can't be read, see $folder/read-sensor.log"
+tr -d '\r' <"$folder/read-sensor.log" | grep '^0x' | diff "$folder/wanted.txt" - ||
+  fail "the sensor does not hold the list"
+echo "read back: $(wc -l <"$folder/wanted.txt") registers, all as in the list"
 
-heading "DEMO OK: the flash holds the image, $(stat -c %s "$dump") bytes compared with cmp, all equal;" \
-  "the sensor holds the list"
+heading "8. Load registers of the chip from the list $chip_list"
+borvanusb reg load "$chip_list" --camera "$camera" || fail "the list can't be loaded"
+borvanusb reg diff "$chip_list" camera --camera "$camera" || fail "the chip does not hold the list"
+
+heading "DEMO OK: the flash holds the image, $size bytes compared with cmp, all equal;" \
+  "sensor and chip hold the lists"

@@ -5,6 +5,8 @@ borvan_add_gtest(
 borvan_add_gtest(tool_progress_test SOURCES progress_test.cpp progress_forms_test.cpp LIBRARIES borvanusb_core)
 borvan_add_gtest(tool_run_test SOURCES run_tool_test.cpp text_output_test.cpp LIBRARIES
                  borvanusb_test_support)
+borvan_add_gtest(tool_document_test SOURCES tool_document_test.cpp LIBRARIES borvanusb_core)
+target_compile_definitions(tool_document_test PRIVATE BORVAN_SOURCE_FOLDER="${PROJECT_SOURCE_DIR}")
 # The scripts are for shells; here there is one of the two.
 if(WIN32)
   borvan_add_gtest(tool_scripts_test SOURCES manual_test.cpp powershell_completion_test.cpp LIBRARIES

@@ -129,7 +129,7 @@ TEST_F(FlashProgramTest, ProgressNamesItsStages) {
   EXPECT_EQ(Program().code, ExitCode::kDone);
   ASSERT_EQ(progress->bars.size(), 3U);
   EXPECT_EQ(progress->bars[0].stage, "read");
-  EXPECT_EQ(progress->bars[1].stages, (std::vector<std::string>{"erase", "erase", "program"}));
+  EXPECT_EQ(progress->bars[1].stages, (std::vector<std::string>{"program", "erase", "program"}));
   EXPECT_EQ(progress->bars[1].total, 0x3000U);
   EXPECT_EQ(progress->bars[2].stage, "verify");
   for (const auto& bar : progress->bars) {

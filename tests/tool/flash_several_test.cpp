@@ -127,29 +127,59 @@ TEST_F(FlashSeveralTest, PlainLinesTellEachStageAndNotEachPercent) {
             "0  1234:0001  Fake camera: done 100 %\n");
 }
 
-TEST_F(FlashSeveralTest, TableIsDrawnOverItself) {
+// A row of the table, filled up to the last column but one of 80.
+std::string TableRow(std::string text) {
+  text.resize(79, ' ');
+  return text + "\n";
+}
+
+TEST_F(FlashSeveralTest, TableIsDrawnOverItselfOnStandardError) {
   SetCameras(2);
-  common.progress = ProgressMode::kBar;
+  columns = 80;
   host.child = [this](const std::vector<std::string>&, const Send& send) {
     host.clock += std::chrono::seconds(1);
     send(true, ProgressLine("program", 50));
     send(true, "note: something to know");
-    send(false, R"({"changed_bytes":4096})");
     return 0;
   };
   EXPECT_EQ(Run(command_).code, ExitCode::kDone);
   const std::string first =
-      "\r\x1b[2K0  1234:0001  Fake camera    waiting  [                    ]   0 %\n"
-      "\r\x1b[2K1  1234:0001  Fake camera    waiting  [                    ]   0 %\n";
+      TableRow("0  1234:0001  Fake camera   waiting  [                    ]   0 %") +
+      TableRow("1  1234:0001  Fake camera   waiting  [                    ]   0 %");
   const std::string second =
-      "\x1b[2A\r\x1b[2K0  1234:0001  Fake camera    program  [==========          ]  50 %"
-      "  2.0 KiB/s\n"
-      "\r\x1b[2K1  1234:0001  Fake camera    waiting  [                    ]   0 %\n";
-  EXPECT_TRUE(output->out.starts_with(first + second)) << output->out;
+      "up 2\n" +
+      TableRow("0  1234:0001  Fake camera   program  [==========          ]  50 %  2.0 KiB/s") +
+      TableRow("1  1234:0001  Fake camera   waiting  [                    ]   0 %");
+  EXPECT_TRUE(output->notes.starts_with(first + second)) << output->notes;
   // What the children remark waits for the table's end.
+  EXPECT_TRUE(
+      output->notes.ends_with("0  1234:0001  Fake camera: note: something to know\n"
+                              "1  1234:0001  Fake camera: note: something to know\n"))
+      << output->notes;
+  EXPECT_EQ(output->out,
+            "0  1234:0001  Fake camera: done\n"
+            "1  1234:0001  Fake camera: done\n");
+}
+
+TEST_F(FlashSeveralTest, RowsOfTheTableNeverReachTheLastColumn) {
+  SetCameras(1);
+  host.chips[0]->identity.name = "\xE5\x89\x8D\xE9\x9D\xA2 camera with a name beyond its column";
+  columns = 40;
+  EXPECT_EQ(Run(command_).code, ExitCode::kDone);
+  // The two signs at the name's beginning take two columns each.
+  EXPECT_TRUE(output->notes.starts_with(
+      "0  1234:0001  \xE5\x89\x8D\xE9\x9D\xA2 camera w waiting  [ \nup 1\n"))
+      << output->notes;
+}
+
+TEST_F(FlashSeveralTest, BarsWithoutATerminalAreLines) {
+  SetCameras(1);
+  common.progress = ProgressMode::kBar;
+  EXPECT_EQ(Run(command_).code, ExitCode::kDone);
   EXPECT_EQ(output->notes,
-            "0  1234:0001  Fake camera: note: something to know\n"
-            "1  1234:0001  Fake camera: note: something to know\n");
+            "0  1234:0001  Fake camera: read 50 %\n"
+            "0  1234:0001  Fake camera: program 100 %\n"
+            "0  1234:0001  Fake camera: done 100 %\n");
 }
 
 TEST_F(FlashSeveralTest, SixteenCamerasAreProgrammedAtOnce) {

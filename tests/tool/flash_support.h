@@ -53,6 +53,7 @@ class FlashTest : public testing::Test {
   Outcome Run(const Command& command) {
     Outcome outcome;
     output = std::make_unique<FakeOutput>();
+    output->columns = columns;
     progress = std::make_unique<FakeProgress>();
     Context context{common, host, *output, *progress, outcome.result};
     try {
@@ -75,6 +76,7 @@ class FlashTest : public testing::Test {
 
   CommonArguments common;
   FakeHost host;
+  int columns = 0;  // of the terminal; 0: there is none
   std::unique_ptr<FakeOutput> output;
   std::unique_ptr<FakeProgress> progress;
 

@@ -104,6 +104,25 @@ TEST(RegisterListTest, RegisterThatBreaksABlockOffBeginsNoRow) {
       1U);
 }
 
+// On the virtual camera the first list writes its last twenty values to 0x501 and up.
+TEST(RegisterListTest, RegisterOneBehindABrokenOffBlockIsAProblemWhereARowFollows) {
+  const std::string broken_off = "fffd,0\n" + Row(0x100, 21) + "500,1,\n";
+  const Problems told = {
+      {24,
+       "register 0x1 behind the register that ends 21 or more in a row counts as its next: these "
+       "values would go to other registers; put the row into a list of its own"}};
+  EXPECT_EQ(CheckRegisterList(broken_off + Row(1, 20)).list.problems, told);
+  EXPECT_EQ(CheckRegisterList(broken_off + Row(1, 60)).list.problems, told);
+  EXPECT_EQ(CheckRegisterList(broken_off + "fffd,1\n" + Row(1, 20)).list.problems,
+            (Problems{{25, told[0].text}}));
+
+  EXPECT_EQ(CheckRegisterList(broken_off + Row(1, 19)).list.problems, Problems{});
+  EXPECT_EQ(CheckRegisterList(broken_off + Row(0, 21)).list.problems, Problems{});
+  EXPECT_EQ(CheckRegisterList(broken_off + Row(0x500, 1) + Row(1, 20)).list.problems, Problems{});
+  EXPECT_EQ(CheckRegisterList("fffd,0\n" + Row(0x100, 20) + "500,1,\n" + Row(1, 20)).list.problems,
+            Problems{});
+}
+
 TEST(RegisterListTest, DumpLoadsBackAndKeepsMarkersInRemarks) {
   const std::array<std::uint32_t, 4> values = {0x11, 0x22, 0x33, 0x44};
   const std::string dump = RegisterDumpText({0x5AFFFC, 0x5AFFFF}, values);

@@ -30,7 +30,11 @@ class RunToolTest : public testing::Test {
   int Run(const std::vector<std::string>& words) { return RunTool(words, host, Streams()); }
   ToolStreams Streams() {
     return {[this](std::string_view text) { out += text; },
-            [this](std::string_view text) { err += text; }, terminal, terminal, [] { return 60; }};
+            [this](std::string_view text) { err += text; },
+            terminal,
+            terminal,
+            [] { return 60; },
+            [](int) {}};
   }
   void Command(std::function<ExitCode(Context&)> work) {
     TheCommand() = [work = std::move(work)](const ::Command&, Context& context) {

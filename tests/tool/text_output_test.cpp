@@ -25,7 +25,7 @@ TEST(TextOutputTest, ResultsGoToStandardOutputRemarksToStandardError) {
   const Streams streams({});
   EXPECT_EQ(streams.out, "line\n");
   EXPECT_EQ(streams.err, "note\nerror\n");
-  EXPECT_FALSE(streams.output.IsTerminal());
+  EXPECT_EQ(streams.output.ErrorColumns(), 0);
 }
 
 TEST(TextOutputTest, JsonLeavesTheTextAway) {
@@ -41,9 +41,22 @@ TEST(TextOutputTest, QuietLeavesResultsAndErrors) {
 }
 
 TEST(TextOutputTest, VerboseTellsDetails) {
-  const Streams streams({.verbose = true, .terminal = true});
+  const Streams streams({.verbose = true});
   EXPECT_EQ(streams.err, "note\ndetail\nerror\n");
-  EXPECT_TRUE(streams.output.IsTerminal());
+}
+
+TEST(TextOutputTest, TerminalHasColumnsAndACursorThatMoves) {
+  int moved = 0;
+  Streams streams({.columns = [] { return 60; }, .move_up = [&](int lines) { moved = lines; }});
+  EXPECT_EQ(streams.output.ErrorColumns(), 60);
+  streams.output.MoveUp(3);
+  EXPECT_EQ(moved, 3);
+}
+
+TEST(TextOutputTest, WithoutATerminalThereIsNoCursorToMove) {
+  Streams streams({});
+  streams.output.MoveUp(3);
+  EXPECT_EQ(streams.err, "note\nerror\n");
 }
 
 }  // namespace

@@ -36,6 +36,7 @@ class Process {
     streams_.output_is_terminal = console_.OutputIsTerminal();
     streams_.error_is_terminal = console_.ErrorIsTerminal();
     streams_.columns = [this] { return console_.Columns(); };
+    streams_.move_up = [this](int lines) { console_.MoveUp(lines); };
   }
 
   // Runs the command and returns its exit code, or ends the process.

@@ -81,10 +81,16 @@ int RunArguments(const Arguments& arguments, Host& host, const ToolStreams& stre
                                     progress->Hide();
                                     streams.error(text);
                                   },
-                                  streams.output_is_terminal, streams.error_is_terminal,
-                                  streams.columns};
-  TextOutput output(around_bar.output, around_bar.error,
-                    {common.json, common.quiet, common.verbose, streams.output_is_terminal});
+                                  streams.output_is_terminal,
+                                  streams.error_is_terminal,
+                                  streams.columns,
+                                  streams.move_up};
+  TextOutputOptions options{common.json, common.quiet, common.verbose};
+  if (streams.error_is_terminal) {
+    options.columns = streams.columns;
+    options.move_up = streams.move_up;
+  }
+  TextOutput output(around_bar.output, around_bar.error, options);
   nlohmann::ordered_json result;
   try {
     host.Configure(common);

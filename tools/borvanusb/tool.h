@@ -15,6 +15,8 @@ struct ToolStreams {
   bool output_is_terminal = false;
   bool error_is_terminal = false;
   std::function<int()> columns;
+  // Puts the cursor of the terminal to the start of the line so many lines further up.
+  std::function<void(int)> move_up;
 };
 
 // Runs a command line, without the program's name. Returns the exit code.

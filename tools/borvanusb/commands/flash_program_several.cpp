@@ -116,9 +116,9 @@ class Children {
     if (context.common.quiet || mode == ProgressMode::kNone || mode == ProgressMode::kJson) {
       return CameraTable::Mode::kNone;
     }
-    const bool bars =
-        mode == ProgressMode::kBar || (mode == ProgressMode::kAuto && context.output.IsTerminal());
-    return bars && !context.common.json ? CameraTable::Mode::kBars : CameraTable::Mode::kLines;
+    // A table is drawn over itself: even where bars are asked for, that takes a terminal.
+    const bool bars = mode != ProgressMode::kLines && context.output.ErrorColumns() > 0;
+    return bars ? CameraTable::Mode::kBars : CameraTable::Mode::kLines;
   }
 
   void TakeProgress(std::size_t child, Json json) {

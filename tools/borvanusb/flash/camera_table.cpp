@@ -6,7 +6,7 @@
 
 namespace {
 
-constexpr std::size_t kNameWidth = 28;
+constexpr std::size_t kNameWidth = 27;
 constexpr std::size_t kStageWidth = 8;
 constexpr int kBarWidth = 20;
 constexpr int kWhole = 100;
@@ -14,19 +14,29 @@ constexpr int kPercentBetweenLines = 25;
 constexpr double kKibi = 1024;
 constexpr std::chrono::milliseconds kRedraw{100};
 
-// Cut to a number of characters, not in the middle of a UTF-8 one, and filled up with blanks.
+// Columns that the character takes which this byte begins: those of the scripts whose signs are
+// wide have three bytes in UTF-8 and more.
+std::size_t ColumnsOf(char byte) {
+  const auto first = static_cast<unsigned char>(byte);
+  if ((first & 0xC0U) == 0x80U) {
+    return 0;
+  }
+  return first >= 0xE0U ? 2 : 1;
+}
+
+// Cut to a number of columns, not in the middle of a UTF-8 character, and filled up with blanks.
 std::string Fitted(const std::string& text, std::size_t width) {
   std::string fitted;
-  std::size_t characters = 0;
+  std::size_t columns = 0;
   for (const char byte : text) {
-    const bool begins = (static_cast<unsigned char>(byte) & 0xC0U) != 0x80U;
-    if (begins && characters == width) {
+    const std::size_t more = ColumnsOf(byte);
+    if (columns + more > width) {
       break;
     }
-    characters += begins ? 1 : 0;
+    columns += more;
     fitted += byte;
   }
-  return fitted + std::string(width - characters, ' ');
+  return fitted + std::string(width - columns, ' ');
 }
 
 std::string RateText(double rate) {
@@ -111,11 +121,13 @@ void CameraTable::Draw(bool at_once) {
   if (!at_once && drawn_ && now - drawn_at_ < kRedraw) {
     return;
   }
-  // Back to the table's first row; each row is wiped to its end before it is written anew.
-  std::string before = drawn_ ? "\x1b[" + std::to_string(rows_.size()) + "A" : std::string();
+  if (drawn_) {
+    output_.MoveUp(static_cast<int>(rows_.size()));
+  }
+  // A row that fills the last column, too, would break on some terminals and shift the others.
+  const auto width = static_cast<std::size_t>(std::max(output_.ErrorColumns() - 1, 1));
   for (const Row& row : rows_) {
-    output_.Line(before + "\r\x1b[2K" + RowText(row));
-    before.clear();
+    output_.Note(Fitted(RowText(row), width));
   }
   drawn_ = true;
   drawn_at_ = now;

@@ -9,8 +9,8 @@
 #include "host.h"
 #include "output/output.h"
 
-// How far several cameras are: a table of bars that is drawn over and over on a terminal, or plain
-// lines now and then.
+// How far several cameras are, on standard error: a table of bars that is drawn over and over on a
+// terminal, or plain lines now and then.
 class CameraTable {
  public:
   enum class Mode { kBars, kLines, kNone };

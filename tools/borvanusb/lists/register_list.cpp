@@ -29,10 +29,17 @@ class Rows {
   void Add(std::uint32_t address) {
     const std::size_t place = inside_.size();
     inside_.push_back(false);
+    if (std::exchange(broke_off_, false) && address == 1) {
+      // The library takes register 1 for a step of the one before.
+      Begin(place - 1, 0);
+      strays_ = true;
+    }
     if (length_ == 0 || address != previous_ + 1) {
       const bool was_run = Close();
       // The one that breaks a block off can't begin the next.
-      if (!was_run) {
+      if (was_run) {
+        broke_off_ = true;
+      } else {
         Begin(place, address);
       }
       return;
@@ -44,22 +51,26 @@ class Rows {
     }
   }
 
-  std::vector<bool> Take() {
-    Close();
-    return std::move(inside_);
-  }
+  void End() { Close(); }
+  const std::vector<bool>& Inside() const { return inside_; }
+  // The places of registers from which on values go to others than the list says.
+  const std::vector<std::size_t>& Strays() const { return stray_places_; }
 
  private:
   void Begin(std::size_t place, std::uint32_t address) {
     first_ = place;
     length_ = 1;
     previous_ = address;
+    strays_ = false;
   }
 
   bool Close() {
     const bool is_run = length_ >= kShortestRun;
     for (std::size_t i = 1; is_run && i < length_; ++i) {
       inside_[first_ + i] = true;
+    }
+    if (is_run && strays_) {
+      stray_places_.push_back(first_ + 1);
     }
     length_ = 0;
     return is_run;
@@ -69,6 +80,9 @@ class Rows {
   std::size_t first_ = 0;
   std::size_t length_ = 0;
   std::uint32_t previous_ = 0;
+  bool broke_off_ = false;  // the register before broke a block off
+  bool strays_ = false;     // the row began with such a one
+  std::vector<std::size_t> stray_places_;
 };
 
 class Checker {
@@ -130,18 +144,25 @@ class Checker {
     }
     ++checked_.registers;
     rows_.Add(entry.address);
+    lines_.push_back(entry.line);
     marks_before_.push_back(marks_.empty() ? 0 : marks_.front().line);
     marks_.clear();
   }
 
   void CheckRows() {
-    const std::vector<bool> inside = rows_.Take();
+    rows_.End();
+    const std::vector<bool>& inside = rows_.Inside();
     for (std::size_t i = 0; i < inside.size(); ++i) {
       if (inside[i] && marks_before_[i] != 0) {
         Remark(marks_before_[i],
                "delay values inside 21 or more registers in a row are passed over: put the rest of "
                "the row into a list of its own");
       }
+    }
+    for (const std::size_t place : rows_.Strays()) {
+      Problem(lines_[place],
+              "register 0x1 behind the register that ends 21 or more in a row counts as its next: "
+              "these values would go to other registers; put the row into a list of its own");
     }
   }
 
@@ -156,6 +177,7 @@ class Checker {
   bool opened_ = false;
   std::vector<ListEntry> marks_;             // since the last register
   std::vector<std::uint64_t> marks_before_;  // by register: the line of its first mark, or 0
+  std::vector<std::uint64_t> lines_;         // by register: its line
   Rows rows_;
 };
 

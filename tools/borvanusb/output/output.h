@@ -23,6 +23,8 @@ class Output {
   virtual void Detail(std::string_view text) = 0;
   // A line of a failure, on standard error, always.
   virtual void Error(std::string_view text) = 0;
-  // Whether standard output is a terminal that understands colours and moving the cursor.
-  virtual bool IsTerminal() const = 0;
+  // How many columns the terminal has that standard error is; 0 when it is none.
+  virtual int ErrorColumns() const = 0;
+  // Puts that terminal's cursor to the start of the line so many lines further up.
+  virtual void MoveUp(int lines) = 0;
 };

@@ -33,3 +33,13 @@ void TextOutput::Detail(std::string_view text) {
 void TextOutput::Error(std::string_view text) {
   err_(std::string(text) + "\n");
 }
+
+int TextOutput::ErrorColumns() const {
+  return options_.columns ? options_.columns() : 0;
+}
+
+void TextOutput::MoveUp(int lines) {
+  if (options_.move_up) {
+    options_.move_up(lines);
+  }
+}

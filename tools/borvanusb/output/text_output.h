@@ -10,7 +10,9 @@ struct TextOutputOptions {
   bool json = false;
   bool quiet = false;
   bool verbose = false;
-  bool terminal = false;  // standard output is one
+  // Of the terminal that standard error is; both empty when it is none.
+  std::function<int()> columns{};
+  std::function<void(int)> move_up{};
 };
 
 class TextOutput : public Output {
@@ -23,7 +25,8 @@ class TextOutput : public Output {
   void Note(std::string_view text) override;
   void Detail(std::string_view text) override;
   void Error(std::string_view text) override;
-  bool IsTerminal() const override { return options_.terminal; }
+  int ErrorColumns() const override;
+  void MoveUp(int lines) override;
 
  private:
   Sink out_;

@@ -2,6 +2,7 @@
 
 #include <windows.h>
 
+#include <algorithm>
 #include <array>
 #include <utility>
 
@@ -24,15 +25,9 @@ BOOL WINAPI OnConsoleEvent(DWORD event) {
   return TRUE;
 }
 
-// Whether the stream is a terminal; makes it understand control sequences if so.
-bool PrepareTerminal(DWORD stream) {
+bool IsTerminal(DWORD stream) {
   DWORD mode = 0;
-  const HANDLE handle = GetStdHandle(stream);
-  if (GetConsoleMode(handle, &mode) == FALSE) {
-    return false;
-  }
-  SetConsoleMode(handle, mode | ENABLE_VIRTUAL_TERMINAL_PROCESSING);
-  return true;
+  return GetConsoleMode(GetStdHandle(stream), &mode) != FALSE;
 }
 
 void WriteAll(DWORD stream, std::string_view text) {
@@ -51,8 +46,8 @@ void WriteAll(DWORD stream, std::string_view text) {
 }  // namespace
 
 Console::Console()
-    : output_is_terminal_(PrepareTerminal(STD_OUTPUT_HANDLE)),
-      error_is_terminal_(PrepareTerminal(STD_ERROR_HANDLE)) {
+    : output_is_terminal_(IsTerminal(STD_OUTPUT_HANDLE)),
+      error_is_terminal_(IsTerminal(STD_ERROR_HANDLE)) {
   if (output_is_terminal_ || error_is_terminal_) {
     old_code_page_ = GetConsoleOutputCP();
     SetConsoleOutputCP(CP_UTF8);
@@ -85,6 +80,15 @@ int Console::Columns() const {
 bool Console::CanAsk() {
   DWORD mode = 0;
   return GetConsoleMode(GetStdHandle(STD_INPUT_HANDLE), &mode) != FALSE;
+}
+
+void Console::MoveUp(int lines) const {
+  CONSOLE_SCREEN_BUFFER_INFO info{};
+  const HANDLE handle = GetStdHandle(STD_ERROR_HANDLE);
+  if (GetConsoleScreenBufferInfo(handle, &info) != FALSE) {
+    const int row = std::max(0, info.dwCursorPosition.Y - lines);
+    SetConsoleCursorPosition(handle, {0, static_cast<SHORT>(row)});
+  }
 }
 
 std::string Console::ReadLine() const {

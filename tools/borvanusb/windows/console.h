@@ -7,7 +7,7 @@
 // The process's console and streams, in UTF-8. One object, in main.
 class Console {
  public:
-  // Switches the console to UTF-8 and lets terminals obey control sequences.
+  // Switches the console to UTF-8.
   Console();
   // The console is the caller's again, as it was.
   ~Console();
@@ -22,6 +22,9 @@ class Console {
   int Columns() const;
   // Whether somebody sits at the terminal to answer a question.
   static bool CanAsk();
+  // Puts the terminal's cursor to the start of the line so many lines further up, at most to the
+  // top: through the console's own function, since not every console obeys control sequences.
+  void MoveUp(int lines) const;
   // A line typed at the terminal, without its end; empty without a terminal.
   std::string ReadLine() const;
 
