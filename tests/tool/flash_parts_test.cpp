@@ -143,7 +143,7 @@ TEST(WorkStateTest, TellsWhatIsWrittenWhatIsHalfWrittenAndWhatIsAsBefore) {
             (std::vector<std::string>{
                 "the flash is changed in part: 0x0-0xfff is written; 0x1000-0x1fff is erased or "
                 "half written; 0x2000-0x2fff is as before",
-                "To continue: FORWARD  To go back: BACK"}));
+                "To continue: FORWARD\nTo go back: BACK"}));
   state.SetRestored();
   EXPECT_EQ(state.Lines(), std::vector<std::string>{"the flash is restored to its old bytes"});
 }

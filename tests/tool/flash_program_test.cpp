@@ -319,7 +319,7 @@ TEST_F(FlashProgramTest, FailureTellsTheStateAndTheWaysOnAndBack) {
   EXPECT_EQ(outcome.hint, "To continue: borvanusb flash program " + command_.image +
                               " --address 0x1f00 --backup " + command_.backup_file +
                               R"( --camera "\\?\usb#vid_1234&pid_0001#a")"
-                              "  To go back: borvanusb flash program " +
+                              "\nTo go back: borvanusb flash program " +
                               command_.backup_file + " --address 0x1000" +
                               R"( --camera "\\?\usb#vid_1234&pid_0001#a")");
 }

@@ -7,7 +7,8 @@
 #include "exit_code.h"
 
 // Why a command ends early. The message says what failed, where and why, in the user's terms; the
-// hint says what to do about it. Both are UTF-8, one line each.
+// hint says what to do about it. Both are UTF-8; the message is one line, the hint one for each
+// thing that can be done.
 class Failure : public std::exception {
  public:
   Failure(ExitCode code, std::string message, std::string hint = {})

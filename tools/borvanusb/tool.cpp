@@ -45,13 +45,23 @@ Failure CurrentFailure() {
   }
 }
 
+// Each line of a text as lines of their own, moved in.
+std::string Indented(const std::string& text) {
+  std::string lines;
+  std::size_t begin = 0;
+  while (begin < text.size()) {
+    const std::size_t end = std::min(text.find('\n', begin), text.size());
+    lines += "  " + text.substr(begin, end - begin) + "\n";
+    begin = end + 1;
+  }
+  return lines;
+}
+
 int Report(const std::string& command, const Failure& failure, bool json,
            const ToolStreams& streams) {
   std::string text =
       "borvanusb: " + (command.empty() ? "" : command + ": ") + failure.Message() + "\n";
-  if (!failure.Hint().empty()) {
-    text += "  " + failure.Hint() + "\n";
-  }
+  text += Indented(failure.Hint());
   streams.error(text);
   const int code = static_cast<int>(failure.Code());
   if (json) {
@@ -140,6 +150,6 @@ void ReportFailure(const std::vector<std::string>& words, const Failure& failure
   }
   Report(command, failure, AsksForJson(words), streams);
   for (const std::string& line : last_words) {
-    streams.error("  " + line + "\n");
+    streams.error(Indented(line));
   }
 }

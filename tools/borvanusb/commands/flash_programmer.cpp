@@ -240,7 +240,7 @@ void FlashProgrammer::Fail(const Failure& failure) {
   if (camera_ && !command_.dry_run) {
     message += "; " + state_->Sentence();
     const std::string advice = state_->Advice();
-    hint += (hint.empty() || advice.empty() ? "" : " ") + advice;
+    hint += (hint.empty() || advice.empty() ? "" : "\n") + advice;
   }
   outcome_.code = failure.Code();
   outcome_.message = message;

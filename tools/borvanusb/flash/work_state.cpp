@@ -120,7 +120,7 @@ std::string WorkState::AdviceLocked() const {
   }
   std::string text = "To continue: " + forward_;
   if (!back_.empty()) {
-    text += "  To go back: " + back_;
+    text += "\nTo go back: " + back_;
   }
   return text;
 }
