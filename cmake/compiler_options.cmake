@@ -47,6 +47,11 @@ if(BORVAN_FUZZ)
   target_compile_options(borvan_options INTERFACE -fsanitize=fuzzer-no-link)
 endif()
 
+# A trap where the behaviour is undefined: mingw-w64 has no library of sanitizers that could report it.
+if(BORVAN_TRAP_UNDEFINED)
+  target_compile_options(borvan_options INTERFACE -fsanitize=undefined -fsanitize-undefined-trap-on-error)
+endif()
+
 # Header-only packages of the build machine, each reached by a folder that holds nothing else, so
 # that a cross build never sees the whole system include path.
 function(borvan_header_only_package target header_folder)

@@ -35,6 +35,10 @@ std::uint64_t File::Size() {
 }
 
 std::size_t File::ReadSome(std::span<std::uint8_t> bytes) {
+  // As for writing: nothing to read may have no address.
+  if (bytes.empty()) {
+    return 0;
+  }
   const std::size_t read = std::fread(bytes.data(), 1, bytes.size(), file_.get());
   if (read < bytes.size() && std::ferror(file_.get()) != 0) {
     throw FileError("the file can't be read");
@@ -49,6 +53,10 @@ void File::ReadExactly(std::span<std::uint8_t> bytes) {
 }
 
 void File::Write(std::span<const std::uint8_t> bytes) {
+  // An empty dump has no address, and the runtime may not be handed a null pointer.
+  if (bytes.empty()) {
+    return;
+  }
   if (std::fwrite(bytes.data(), 1, bytes.size(), file_.get()) != bytes.size()) {
     throw FileError("the file can't be written");
   }

@@ -2,7 +2,7 @@
 
 // A device object whose bulk operations do what a test says, and a host that records the reports.
 
-#include <algorithm>
+#include <atomic>
 #include <condition_variable>
 #include <cstdint>
 #include <functional>
@@ -98,8 +98,8 @@ class ReportRecorder {
 
   // A callback for one job.
   borvan::ProgressCallback Callback() {
-    auto token = std::make_shared<int>(0);
-    tokens_.push_back(token);
+    const auto token = std::make_shared<Token>(ended_);
+    ++started_;
     return [this, token](std::int32_t status, std::int32_t percent) {
       const Report report{status, percent, std::this_thread::get_id(), device_->Jobs().jobRunning,
                           device_->Jobs().stopRequested};
@@ -113,9 +113,7 @@ class ReportRecorder {
 
   // True once every job that got a callback has freed its record.
   bool JobsEnded() {
-    return WaitUntil([&] {
-      return std::ranges::all_of(tokens_, [](const auto& token) { return token.expired(); });
-    });
+    return WaitUntil([&] { return *ended_ == started_; });
   }
 
   std::vector<Report> Reports() const {
@@ -124,10 +122,25 @@ class ReportRecorder {
   }
 
  private:
+  using Counter = std::shared_ptr<std::atomic<std::size_t>>;
+
+  // Counts its end. The counter orders what the job did before what the test does then.
+  class Token {
+   public:
+    explicit Token(Counter ended) : ended_(std::move(ended)) {}
+    Token(const Token&) = delete;
+    Token& operator=(const Token&) = delete;
+    ~Token() { ++*ended_; }
+
+   private:
+    const Counter ended_;
+  };
+
   const std::shared_ptr<borvan::BorvanUSBBase> device_;
   mutable std::mutex mutex_;
   std::vector<Report> reports_;
-  std::vector<std::weak_ptr<int>> tokens_;
+  std::size_t started_ = 0;
+  const Counter ended_ = std::make_shared<std::atomic<std::size_t>>(0);
 };
 
 // A door that a job waits at until the test opens it.

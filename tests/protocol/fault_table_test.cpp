@@ -1,10 +1,12 @@
 // Each transfer of each operation answers otherwise than with 0, once: what comes of it, and what
-// is still sent.
+// is still sent. What replies of foreign bytes come to stands in fault_reply_test.cpp, what
+// foreign lengths do in reported_length_test.cpp.
 
 #include <array>
 #include <functional>
 
 #include "camera_with_script.h"
+#include "guarded_memory.h"
 
 namespace borvan::test {
 namespace {
@@ -12,11 +14,15 @@ namespace {
 constexpr Result kEraseFailed = Code(0xE0000001);
 constexpr Result kLengthQueryFailed = Code(0xE0000002);
 constexpr Result kFastInterfaceFailed = Code(0xE0000007);
+constexpr std::uint8_t kFastI2c = 0x20;
 
 // A device that does all it is asked for. A get leaves the buffer as it is, so replies echo
 // requests; only the transfer at fault is special.
 class FaultyControl : public ExtensionUnitControl {
  public:
+  // The chip's answer to the selection's read of its feature register.
+  explicit FaultyControl(std::uint8_t features) : features_(features) {}
+
   void FailAt(std::size_t index, Result result) {
     count_ = 0;
     fault_index_ = index;
@@ -27,15 +33,25 @@ class FaultyControl : public ExtensionUnitControl {
 
   Result KsProperty(const NodePropertyRequest& request, void* data, std::uint32_t length,
                     std::uint32_t& bytes_returned) override {
-    const bool query = CheckRequest(request, data, length) == Direction::kLengthQuery;
+    const Direction direction = CheckRequest(request, data, length);
+    const bool query = direction == Direction::kLengthQuery;
+    TouchAll(data, length);
     if (count_++ == fault_index_) {
       return fault_;
     }
     bytes_returned = query ? 64 : length;
+    if (direction == Direction::kGet && !selected_) {
+      const Bytes reply = {0x24, features_, 0x00, 0x28};
+      std::copy(reply.begin(), reply.end(), static_cast<std::uint8_t*>(data));
+    }
     return query ? kMoreData : 0;
   }
 
+  void EndSelection() { selected_ = true; }
+
  private:
+  const std::uint8_t features_;
+  bool selected_ = false;
   std::size_t count_ = 0;
   std::size_t fault_index_ = 0;
   Result fault_ = 0;
@@ -58,6 +74,7 @@ struct OperationCase {
   std::function<Result(BorvanUsb_Q7&)> run;
   std::size_t transfers;  // of an undisturbed run, which gives 0
   std::vector<Row> rows;  // one for each transfer
+  bool fast_i2c = false;  // the chip has the fast I2C transfers
 };
 
 std::string ignored_value;
@@ -211,29 +228,70 @@ const OperationCase kOperations[] = {
       {4, {0, 2}, {0, 2}, {0, 2}},                   // register: slave
       {5, {0, 1}, {0, 1}, {0, 1}},                   // address
       {6, {kDeviceGone, 0}, {5, 0}, {1, 0}}}},       // value
+    {"I2cReadList, in blocks, 57 registers",
+     [](auto& device) { return device.I2cReadList(Emptied(), 0x6C, 0, 56, 0, {}); },
+     5,
+     {{0, {0, 4}, {0, 4}, {0, 4}},             // length: not checked
+      {1, {0, 3}, {0, 3}, {0, 3}},             // first set
+      {2, {0, 2}, {0, 2}, {0, 2}},             // first get
+      {3, {0, 1}, {0, 1}, {0, 1}},             // second set
+      {4, {kDeviceGone, 0}, {5, 0}, {1, 0}}},  // second get
+     true},
+    {"I2cWriteList, in packets",
+     // Two slaves: a packet each.
+     [](auto& device) {
+       return device.I2cWriteList(
+           {{0xFFF8, 0x6C}, {0xFFFE, 3}, {0x10, 1}, {0xFFF8, 0x6D}, {0xFFFE, 3}, {0x10, 1}}, 0, {});
+     },
+     3,
+     {{0, {kFastInterfaceFailed, 0}, {0, 2}, {0, 2}},  // length
+      {1, {kDeviceGone, 0}, {0, 1}, {0, 1}},           // first packet
+      {2, {kDeviceGone, 0}, {5, 0}, {1, 0}}},          // second packet
+     true},
 };
 
-class FaultTable : public ::testing::Test {
- protected:
-  FaultTable() : device_(PlatformWith(camera_)) {
-    camera_->control = control_;
-    static_cast<void>(device_.EnumerateDevices());
-    control_->FailAt(kNever, 0);
-    EXPECT_EQ(device_.SelectDevice(0), 0);
+// A chip with or without the fast I2C transfers, selected.
+struct SelectedCamera {
+  explicit SelectedCamera(bool fast_i2c)
+      : control(std::make_shared<FaultyControl>(fast_i2c ? kFastI2c : std::uint8_t{0})),
+        camera(std::make_shared<Camera>()),
+        device(PlatformWith(camera)) {
+    camera->control = control;
+    static_cast<void>(device.EnumerateDevices());
+    control->FailAt(kNever, 0);
+    EXPECT_EQ(device.SelectDevice(0), 0);
+    control->EndSelection();
+  }
+
+  Result Run(const OperationCase& operation) {
+    const GuardedMemory guarded;
+    return operation.run(device);
   }
 
   static constexpr std::size_t kNever = static_cast<std::size_t>(-1);
 
-  std::shared_ptr<FaultyControl> control_ = std::make_shared<FaultyControl>();
-  std::shared_ptr<Camera> camera_ = std::make_shared<Camera>();
-  BorvanUsb_Q7 device_;
+  std::shared_ptr<FaultyControl> control;
+  std::shared_ptr<Camera> camera;
+  BorvanUsb_Q7 device;
+};
+
+class FaultTable : public ::testing::Test {
+ protected:
+  SelectedCamera& For(const OperationCase& operation) { return operation.fast_i2c ? fast_ : slow_; }
+
+  static constexpr std::size_t kNever = SelectedCamera::kNever;
+
+ private:
+  SelectedCamera fast_{true};
+  SelectedCamera slow_{false};
 };
 
 TEST_F(FaultTable, UndisturbedRunsGiveZero) {
   for (const OperationCase& operation : kOperations) {
-    control_->FailAt(kNever, 0);
-    EXPECT_EQ(operation.run(device_), 0) << operation.name;
-    EXPECT_EQ(control_->Count(), operation.transfers) << operation.name;
+    SelectedCamera& camera = For(operation);
+    camera.control->FailAt(kNever, 0);
+    EXPECT_EQ(camera.Run(operation), 0) << operation.name;
+    EXPECT_EQ(camera.control->Count(), operation.transfers) << operation.name;
   }
 }
 
@@ -248,15 +306,16 @@ TEST_F(FaultTable, HasARowForEachTransfer) {
 
 TEST_F(FaultTable, EachFaultHasItsResultAndItsFollowingTransfers) {
   for (const OperationCase& operation : kOperations) {
+    SelectedCamera& camera = For(operation);
     for (const Row& row : operation.rows) {
       const std::array<std::pair<Result, Outcome>, 3> kinds = {std::pair{kDeviceGone, row.negative},
                                                                std::pair{Result{5}, row.five},
                                                                std::pair{Result{1}, row.s_false}};
       for (const auto& [answer, expected] : kinds) {
-        control_->FailAt(row.index, answer);
-        EXPECT_EQ(operation.run(device_), expected.result)
+        camera.control->FailAt(row.index, answer);
+        EXPECT_EQ(camera.Run(operation), expected.result)
             << operation.name << ": transfer " << row.index << " answers " << answer;
-        EXPECT_EQ(control_->Count() - row.index - 1, expected.following)
+        EXPECT_EQ(camera.control->Count() - row.index - 1, expected.following)
             << operation.name << ": transfer " << row.index << " answers " << answer;
       }
     }

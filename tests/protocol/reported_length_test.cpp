@@ -1,10 +1,12 @@
-// Lengths as devices report them. The control here uses every buffer to its last byte, so that a
-// build with AddressSanitizer tells one that is too short.
+// Lengths as devices report them. The control here uses every buffer to its last byte, so that the
+// page behind the buffer tells one that is too short.
 
 #include <algorithm>
+#include <array>
 #include <functional>
 
 #include "camera_with_script.h"
+#include "guarded_memory.h"
 
 namespace borvan::test {
 namespace {
@@ -15,12 +17,18 @@ class GreedyControl : public ExtensionUnitControl {
  public:
   explicit GreedyControl(std::uint32_t reported) : reported_(reported) {}
 
+  // Every other selector reports 64 from here on.
+  void ReportOnlyFor(std::uint32_t selector) { selector_ = selector; }
+  // A reply's first byte: the register read's value, and with it the chip's features.
+  void AnswerReadsWith(std::uint8_t value) { value_ = value; }
+
   Result KsProperty(const NodePropertyRequest& request, void* data, std::uint32_t length,
                     std::uint32_t& bytes_returned) override {
     auto* const bytes = static_cast<std::uint8_t*>(data);
+    TouchAll(data, length);
     switch (CheckRequest(request, data, length)) {
       case Direction::kLengthQuery:
-        bytes_returned = reported_;
+        bytes_returned = selector_ == 0 || selector_ == request.id ? reported_ : 64;
         return kMoreData;
       case Direction::kSet: {
         lengths_.push_back(length);
@@ -33,6 +41,9 @@ class GreedyControl : public ExtensionUnitControl {
       case Direction::kGet:
         lengths_.push_back(length);
         std::fill(bytes, bytes + length, kReplyFill);
+        if (length > 1) {
+          bytes[1] = value_;
+        }
         return get_result_;
     }
     return ScriptedControl::kOffScript;
@@ -45,6 +56,8 @@ class GreedyControl : public ExtensionUnitControl {
  private:
   static constexpr std::uint8_t kReplyFill = 0x28;
   const std::uint32_t reported_;
+  std::uint32_t selector_ = 0;
+  std::uint8_t value_ = kReplyFill;
   Result get_result_ = 0;
   std::vector<std::uint32_t> lengths_;
   bool tails_are_zero_ = true;
@@ -59,6 +72,8 @@ struct OperationCase {
   bool length_is_twelve;          // the reported length is not used
   Result length_refused;          // the result when a length can't be true
   std::size_t transfers_refused;  // sets and gets made all the same
+  std::uint32_t selector;         // whose length counts; 0 when two selectors do
+  bool fast_i2c = false;          // the chip has the fast I2C transfers
 };
 
 constexpr Result kLengthQueryFailed = Code(0xE0000002);
@@ -69,64 +84,82 @@ Bytes ignored_bytes;
 std::vector<ListEntry> ignored_list;
 
 const OperationCase kOperations[] = {
+    {"SelectDevice, index refused",
+     // The selection's own result is the constant one; 0 here tells that it came.
+     [](auto& device) { return device.SelectDevice(1) == Code(0x80004005) ? 0 : -1; }, 3, false, 0,
+     0, 1},
     {"RegisterWrite, wide", [](auto& device) { return device.RegisterWrite("1", "2", 1); }, 4,
-     false, kLengthQueryFailed, 0},
+     false, kLengthQueryFailed, 0, 1},
     {"RegisterWrite, byte", [](auto& device) { return device.RegisterWrite("1", "2", 0); }, 3,
-     false, kLengthQueryFailed, 0},
+     false, kLengthQueryFailed, 0, 1},
     {"RegisterRead, wide", [](auto& device) { return device.RegisterRead("1", ignored_value, 1); },
-     4, false, kLengthQueryFailed, 0},
+     4, false, kLengthQueryFailed, 0, 1},
     {"RegisterRead, byte", [](auto& device) { return device.RegisterRead("1", ignored_value, 0); },
-     3, false, kLengthQueryFailed, 0},
-    {"I2cWrite", [](auto& device) { return device.I2cWrite("1", "2", "3", 5, 0); }, 1, true, 0, 1},
+     3, false, kLengthQueryFailed, 0, 1},
+    {"I2cWrite", [](auto& device) { return device.I2cWrite("1", "2", "3", 5, 0); }, 1, true, 0, 1,
+     2},
     {"I2cRead", [](auto& device) { return device.I2cRead("1", "2", ignored_value, 5, 0); }, 2, true,
-     0, 2},
+     0, 2, 2},
     {"FlashWrite", [](auto& device) { return device.FlashWrite("1", "2"); }, 1, false, kBadLength,
-     0},
-    {"FlashErase", [](auto& device) { return device.FlashErase("1"); }, 1, false, kBadLength, 0},
+     0, 3},
+    {"FlashErase", [](auto& device) { return device.FlashErase("1"); }, 1, false, kBadLength, 0, 3},
     // Two sectors, 69 pieces.
     {"FlashWriteImage",
      [](auto& device) { return device.FlashWriteImage(Bytes(4097, 0x11), 0, {}); }, 2 + 69, false,
      // The erases' length query is not checked: they are sent, with length 0.
-     kFastInterfaceFailed, 2},
+     kFastInterfaceFailed, 2, 0},
     {"FlashQuickReadImage",
      [](auto& device) {
        ignored_bytes.clear();
        return device.FlashQuickReadImage(ignored_bytes, 0, 64, {});
      },
-     4, false, kFastInterfaceFailed, 0},
-    // The feature register, like every reply here, answers 0x28: the fast paths of I2C lists.
+     4, false, kFastInterfaceFailed, 0, 5},
     {"RegisterReadList",
      [](auto& device) {
        ignored_list.clear();
        return device.RegisterReadList(ignored_list, 0, 55, {});
      },
-     2, false, kBadLength, 0},
+     2, false, kBadLength, 0, 7},
     {"RegisterWriteList",
      [](auto& device) {
        return device.RegisterWriteList({{0xFFFD, 0}, {0x10, 1}}, 0, {});
      },
-     1, false, kBadLength, 0},
-    {"I2cReadList",
+     1, false, kBadLength, 0, 7},
+    {"I2cReadList, in blocks",
      [](auto& device) {
        ignored_list.clear();
        return device.I2cReadList(ignored_list, 0x6C, 0, 55, 0, {});
      },
      // The length query is not checked: the exchange is made with length 0.
-     2, false, 0, 2},
-    {"I2cWriteList",
+     2, false, 0, 2, 6, true},
+    {"I2cWriteList, in packets",
      [](auto& device) {
        return device.I2cWriteList({{0xFFF8, 0x6C}, {0xFFFE, 0}, {0x10, 1}}, 0, {});
      },
-     1, false, kFastInterfaceFailed, 0},
+     1, false, kFastInterfaceFailed, 0, 6, true},
+    {"I2cReadList, step by step, 2 registers",
+     [](auto& device) {
+       ignored_list.clear();
+       return device.I2cReadList(ignored_list, 0x6C, 0, 1, 0, {});
+     },
+     6, false, kBadLength, 0, 2},
+    {"I2cWriteList, step by step",
+     [](auto& device) {
+       return device.I2cWriteList({{0xFFF8, 0x6C}, {0xFFFE, 0}, {0x10, 1}}, 0, {});
+     },
+     6, false, kLengthQueryFailed, 0, 2},
 };
 
 class ReportedLength : public ::testing::Test {
  protected:
-  std::shared_ptr<GreedyControl> Select(std::uint32_t reported) {
+  std::shared_ptr<GreedyControl> Select(std::uint32_t reported, bool fast_i2c = false) {
     // The feature read of the selection goes to a control of its own.
     auto control = std::make_shared<GreedyControl>(reported);
+    const auto features = std::make_shared<GreedyControl>(4);
+    features->AnswerReadsWith(fast_i2c ? 0x20 : 0x00);
+    control->AnswerReadsWith(fast_i2c ? 0x20 : 0x00);
     const auto camera = std::make_shared<Camera>();
-    camera->control = std::make_shared<GreedyControl>(4);
+    camera->control = features;
     device_ = std::make_unique<BorvanUsb_Q7>(PlatformWith(camera));
     static_cast<void>(device_->EnumerateDevices());
     EXPECT_EQ(device_->SelectDevice(0), 0);
@@ -135,15 +168,23 @@ class ReportedLength : public ::testing::Test {
     return control;
   }
 
+  Result Run(const Operation& operation) {
+    const GuardedMemory guarded;
+    return operation(*device_);
+  }
+
+  static constexpr std::array kPossible = {0U,  1U,  2U,  3U,  4U,    10U,   11U,
+                                           12U, 63U, 64U, 65U, 4096U, 65535U};
+  static constexpr std::array kImpossible = {65536U, 0x7FFFFFFFU, 0x80000000U, 0xFFFFFFFFU};
+
   std::unique_ptr<BorvanUsb_Q7> device_;
 };
 
 TEST_F(ReportedLength, IsPassedOnAndHeldByEachBuffer) {
-  for (const std::uint32_t reported :
-       {0U, 1U, 3U, 4U, 10U, 11U, 12U, 63U, 64U, 65U, 4096U, 65535U}) {
+  for (const std::uint32_t reported : kPossible) {
     for (const OperationCase& operation : kOperations) {
-      const auto control = Select(reported);
-      EXPECT_EQ(operation.run(*device_), 0) << operation.name << ", length " << reported;
+      const auto control = Select(reported, operation.fast_i2c);
+      EXPECT_EQ(Run(operation.run), 0) << operation.name << ", length " << reported;
       EXPECT_EQ(control->Lengths(),
                 std::vector<std::uint32_t>(operation.transfers,
                                            operation.length_is_twelve ? 12 : reported))
@@ -154,20 +195,20 @@ TEST_F(ReportedLength, IsPassedOnAndHeldByEachBuffer) {
 }
 
 TEST_F(ReportedLength, OfFlashReadsIsHeldByTheRetriesToo) {
-  for (const std::uint32_t reported : {0U, 3U, 4U, 11U, 63U, 64U, 65U, 65535U}) {
+  for (const std::uint32_t reported : kPossible) {
     const auto control = Select(reported);
     control->AnswerGetsWith(kDeviceGone);
     std::string value;
-    EXPECT_EQ(device_->FlashRead("1000", value), 1);
+    EXPECT_EQ(Run([&](auto& device) { return device.FlashRead("1000", value); }), 1);
     EXPECT_EQ(control->Lengths(), std::vector<std::uint32_t>(14, reported));
   }
 }
 
 TEST_F(ReportedLength, Above65535IsRefused) {
-  for (const std::uint32_t reported : {65536U, 0x7FFFFFFFU, 0x80000000U, 0xFFFFFFFFU}) {
+  for (const std::uint32_t reported : kImpossible) {
     for (const OperationCase& operation : kOperations) {
-      const auto control = Select(reported);
-      EXPECT_EQ(operation.run(*device_), operation.length_refused)
+      const auto control = Select(reported, operation.fast_i2c);
+      EXPECT_EQ(Run(operation.run), operation.length_refused)
           << operation.name << ", length " << reported;
       EXPECT_EQ(control->Lengths(), std::vector<std::uint32_t>(operation.transfers_refused,
                                                                operation.length_is_twelve ? 12 : 0))
@@ -175,11 +216,63 @@ TEST_F(ReportedLength, Above65535IsRefused) {
     }
     const auto control = Select(reported);
     std::string value = "5";
-    EXPECT_EQ(device_->FlashRead("1000", value), kBadLength);
+    EXPECT_EQ(Run([&](auto& device) { return device.FlashRead("1000", value); }), kBadLength);
     EXPECT_EQ(value, "5");
     EXPECT_TRUE(control->Lengths().empty());
   }
 }
+
+TEST_F(ReportedLength, OfAnotherSelectorIsNeverUsed) {
+  for (std::uint32_t selector = 1; selector <= 7; ++selector) {
+    for (const std::uint32_t reported : {0U, 3U, 65535U, 65536U, 0xFFFFFFFFU}) {
+      for (const OperationCase& operation : kOperations) {
+        if (operation.selector == 0 || operation.selector == selector) {
+          continue;
+        }
+        const auto control = Select(reported, operation.fast_i2c);
+        control->ReportOnlyFor(selector);
+        EXPECT_EQ(Run(operation.run), 0)
+            << operation.name << ", length " << reported << " of selector " << selector;
+        EXPECT_EQ(
+            control->Lengths(),
+            std::vector<std::uint32_t>(operation.transfers, operation.length_is_twelve ? 12 : 64))
+            << operation.name << ", length " << reported << " of selector " << selector;
+      }
+    }
+  }
+}
+
+TEST_F(ReportedLength, OfErasesAndOfPiecesAreTwo) {
+  const Operation write_piece = [](auto& device) { return device.FlashWriteImage({0x11}, 0, {}); };
+  for (const std::uint32_t reported : kPossible) {
+    const auto erases = Select(reported);
+    erases->ReportOnlyFor(3);
+    EXPECT_EQ(Run(write_piece), 0);
+    EXPECT_EQ(erases->Lengths(), (std::vector<std::uint32_t>{reported, 64}));
+    const auto pieces = Select(reported);
+    pieces->ReportOnlyFor(4);
+    EXPECT_EQ(Run(write_piece), 0);
+    EXPECT_EQ(pieces->Lengths(), (std::vector<std::uint32_t>{64, reported}));
+  }
+}
+
+#if defined(__linux__)
+
+// Without this the tables above could pass with buffers that are too short.
+TEST(GuardedMemoryDeathTest, EndsTheProgramAtTheByteBehindABuffer) {
+  GTEST_FLAG_SET(death_test_style, "threadsafe");
+  for (const std::size_t size : {1U, 3U, 4U, 11U, 12U, 63U, 64U, 65U, 4096U, 65535U}) {
+    const auto touch = [size](std::size_t length) {
+      const GuardedMemory guarded;
+      std::vector<std::uint8_t> buffer(size);
+      TouchAll(buffer.data(), length);
+    };
+    touch(size);
+    EXPECT_DEATH(touch(size + 1), "") << size;
+  }
+}
+
+#endif
 
 TEST_F(CameraWithScript, BulkReadDoesNotUseTheLengthOfItsFirstQuery) {
   Play(

@@ -54,6 +54,23 @@ TEST(WindowsFiles, KeepEveryByteInBothDirections) {
   EXPECT_EQ(read, bytes);
 }
 
+// A dump that failed before its first byte handed the runtime a null pointer. The build that traps
+// undefined behaviour ends here when it does so again.
+TEST(WindowsFiles, MoveNoBytesWithoutANullPointer) {
+  const TemporaryFolder folder;
+  const std::string path = folder.File("empty");
+  {
+    auto file = File::OpenToWrite(path);
+    ASSERT_TRUE(file.has_value());
+    file->Write({});
+  }
+  EXPECT_EQ(Contents(path), "");
+  auto file = File::OpenToRead(path);
+  ASSERT_TRUE(file.has_value());
+  file->ReadExactly({});
+  EXPECT_EQ(file->ReadSome({}), 0U);
+}
+
 TEST(WindowsFiles, WithNamesBeyondAsciiAreThoseOfTheCodePage) {
   if (GetACP() != kWesternEuropean) {
     GTEST_SKIP() << "the name's bytes are those of code page 1252, this system has " << GetACP();
