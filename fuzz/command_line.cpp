@@ -1,5 +1,5 @@
-// Any command line: what comes of it is a command, a text for a terminal, or one line that names what
-// is wrong. The words stand in the input with a zero byte between them.
+// Any command line: what comes of it is a command, a text for a terminal, or one line that names
+// what is wrong. The words stand in the input with a zero byte between them.
 
 #include "arguments/command_line.h"
 
@@ -79,7 +79,8 @@ bool NamesAnArgument(const std::string& message, const Words& words) {
   }
   return std::any_of(names.begin(), names.end(), stands_in_it) ||
          std::any_of(words.begin(), words.end(), [&](const std::string& word) {
-           return stands_in_it(Quoted(word)) || stands_in_it(Quoted(word.substr(0, word.find('='))));
+           return stands_in_it(Quoted(word)) ||
+                  stands_in_it(Quoted(word.substr(0, word.find('='))));
          });
 }
 

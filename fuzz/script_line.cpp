@@ -38,8 +38,7 @@ std::string Joined(const Words& words, Input& input) {
   std::string line = Blanks(input, 0);
   for (const std::string& word : words) {
     // A quote may open anywhere in a word.
-    const std::size_t bare = std::min(
-        word.find_first_of(" \t\r\n#"), std::size_t{input.Choice(4)});
+    const std::size_t bare = std::min(word.find_first_of(" \t\r\n#"), std::size_t{input.Choice(4)});
     line += word.substr(0, std::min(bare, word.size())) + "\"" +
             (bare < word.size() ? word.substr(bare) : "") + "\"" + Blanks(input, 1);
   }

@@ -1,5 +1,6 @@
-// The tool's reader of lists and its checks: a list that passes means to the library, entry by entry,
-// what it means to the tool. The first byte chooses the device that opens I2C lists from outside.
+// The tool's reader of lists and its checks: a list that passes means to the library, entry by
+// entry, what it means to the tool. The first byte chooses the device that opens I2C lists from
+// outside.
 
 #include <array>
 #include <optional>
@@ -109,7 +110,8 @@ void CheckI2c(const std::string& text, const std::optional<I2cTarget>& opening) 
       return;  // sent entry by entry
     }
     in_front = opening;
-    expected.insert(expected.begin(), {{kSlaveMarker, opening->slave, 0}, {kWidthMarker, *code, 0}});
+    expected.insert(expected.begin(),
+                    {{kSlaveMarker, opening->slave, 0}, {kWidthMarker, *code, 0}});
   }
   const std::string sent = I2cListText(checked.list.entries, in_front);
   CheckLibraryReads(sent, expected, "an I2C list as sent");
@@ -130,8 +132,8 @@ void CheckDump(const std::string& text, std::int32_t mode) {
     return;
   }
   const Range range{first, static_cast<std::uint32_t>(first + values.size() - 1)};
-  for (const std::string& dump :
-       {RegisterDumpText(range, values), I2cDumpText({.slave = 0x6C, .mode = mode}, range, values)}) {
+  for (const std::string& dump : {RegisterDumpText(range, values),
+                                  I2cDumpText({.slave = 0x6C, .mode = mode}, range, values)}) {
     const ListText list = ReadListText(dump);
     Check(list.problems.empty() && list.remarks.empty(), "a dump does not load back");
     for (const ListEntry& entry : list.entries) {
