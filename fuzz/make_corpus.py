@@ -137,6 +137,58 @@ TOOL_NUMBERS = {
     "one-byte-at-the-end": b"0xffffffff+1", "beyond-the-end": b"0xffffffff+2",
 }
 
+COMMAND_LINES = {name: "\0".join(words).encode() for name, words in {
+    "nothing": [], "version": ["--version"], "overview": ["--help"], "group's-help": ["reg", "--help"],
+    "help-behind-a-value": ["flash", "word", "12g", "--help"],
+    "options-in-front": ["--json", "--camera", "1", "reg", "read", "0x100"],
+    "option-with-a-sign": ["reg", "read", "0x100", "--camera=usb"],
+    "sign-and-nothing": ["--camera=", "list"],
+    "value-of-a-flag": ["list", "--json=yes"],
+    "mark-before-arguments": ["reg", "load", "--", "--json"],
+    "two-marks": ["reg", "load", "--", "--"],
+    "mask-of-a-byte": ["reg", "write", "0x10", "1", "--mask", "0x100"],
+    "no-slave": ["i2c", "read", "1"],
+    "width-mode": ["i2c", "write", "0x10000", "1", "--slave", "0x6c", "--mode", "16/8"],
+    "contradiction": ["flash", "program", "a.bin", "--backup", "b.bin", "--no-backup"],
+    "restore-without-backup": ["flash", "program", "a.bin", "--no-backup", "--restore-on-failure"],
+    "all-and-a-camera": ["flash", "program", "a.bin", "--all", "--camera", "0"],
+    "quiet-and-verbose": ["list", "--quiet", "--verbose"],
+    "flag-twice": ["list", "--json", "--json"], "option-twice": ["bench", "--mode", "1", "--mode", "2"],
+    "nearest-command": ["flash", "porgram"], "last-word-alone": ["dump"],
+    "nearest-option": ["reg", "read", "1", "--wdie"],
+    "one-too-many": ["reg", "load", "a", "b"],
+    "endless-rate": ["watch", "--reg", "1", "--rate", "1e999"],
+    "rate-that-is-none": ["watch", "--reg", "1", "--rate", "nan"],
+    "timeout-of-zero": ["list", "--timeout", "0"], "timeout-below-zero": ["list", "--timeout", "-1"],
+    "empty-file-name": ["reg", "load", ""], "line-break": ["a\nb"], "escape": ["\x1b[2J"],
+    "short-options-together": ["-qv", "list"], "dash-alone": ["reg", "load", "-"],
+    "camera-twice": ["--camera", "0", "--camera", "1", "list"], "run": ["run", "script.txt", "--keep-going"],
+    "completion": ["completion", "bash"], "unknown-shell": ["completion", "fish"], "manual": ["manual"],
+}.items()} | {"not-utf-8": b"reg\0read\0\xff\xfe"}
+
+SCRIPT_LINES = {
+    "words": b"reg write 0x100 1", "quoted-blanks": b'reg load "my list.txt"', "empty-word": b'a "" b',
+    "quote-inside-a-word": b'--camera="two words"', "remark": b"list # all of them",
+    "hash-in-a-word": b"reg load a#b", "hash-in-quotes": b'reg load "#1"', "quote-in-a-remark": b'list # "open',
+    "open-quote": b'reg load "my list.txt', "quotes-back-to-back": b'"a""b"', "tabs-and-returns": b"\ta\tb\r\n",
+    "remark-behind-a-quote": b'"a"#b', "nothing": b" \t ", "zero-byte": b"a\0b",
+}
+
+TOOL_LISTS = {
+    name: b"\6" + content for name, content in LIST_FILES.items()} | {
+    "register-list": b"\6// gains\r\n0xfffd, 0x00,\r\n0xfffe, 0x00,\r\n0x0100, 0x5a, // was 1\n",
+    "pause-too-long": b"\0000xfffd,0,\n0xffff,0x100,\n0x100,1,\n",
+    "delay-inside-a-row": b"\0000xfffd,0,\n0xfffe,0,\n" + b"".join(
+        b"0x%04x,1,\n%s" % (0x100 + i, b"0xfffd,1,\n" if i == 9 else b"") for i in range(30)),
+    "i2c-list": b"\0000xfff8,0x6c,\n0xfffe,0x03,\n0x300a,0x56,\n0xffff,10,\n0x300b,1,\n",
+    "opened-from-outside": b"\0010x300a,0x56,\n0x300b,0x40,\n",
+    "entry-by-entry": b"\0050x12345678,0x9abcdef0,\n",
+    "slave-in-a-list-sent-by-entries": b"\0050xfff8,0x6c,\n0x1,2,\n",
+    "lone-width": b"\0010xfffe,1,\n0x10,1,\n", "capital-prefix": b"\0060X10,0X20,\n0xFFF2,1,\n",
+    "third-field": b"\0060x10,0x20,0x30\n", "remark-behind-a-value": b"\0060x10,20 // not 0x30\n",
+    "remark-read-as-a-value": b"\0060x10,20 // 0x30,\n", "utf-16": b"\6\xff\xfe0\0",
+}
+
 
 def blocks():
     """An operation's number, then its own."""
@@ -371,6 +423,9 @@ SEEDS = {
     "camera_configuration": configurations(),
     "camera_transfers": transfers(),
     "tool_numbers": TOOL_NUMBERS,
+    "command_line": COMMAND_LINES,
+    "script_line": SCRIPT_LINES,
+    "tool_lists": TOOL_LISTS,
 }
 
 

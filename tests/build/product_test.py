@@ -13,10 +13,11 @@ import zlib
 
 import pe_file
 
-# DLLs that every supported Windows has.
+# DLLs that every supported Windows has and takes from its own folder alone ("known DLLs"). Of any
+# other, version.dll for one, it would load a file of that name that lies beside the program.
 WINDOWS_LIBRARIES = {
     "advapi32.dll", "gdi32.dll", "kernel32.dll", "msvcrt.dll", "ole32.dll", "oleaut32.dll",
-    "shell32.dll", "shlwapi.dll", "user32.dll", "version.dll", "winmm.dll",
+    "shell32.dll", "shlwapi.dll", "user32.dll",
 }
 # Parts of Windows' own C runtime: api-ms-win-crt-stdio-l1-1-0.dll and its like.
 WINDOWS_RUNTIME = re.compile(r"api-ms-win-crt-[a-z0-9-]+\.dll")

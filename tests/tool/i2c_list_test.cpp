@@ -66,6 +66,14 @@ TEST(I2cListTest, WidthCodeWithoutASlaveInFrontIsARegister) {
                        "width code"}}));
 }
 
+TEST(I2cListTest, RemarksStandInTheOrderOfTheirLines) {
+  const Problems remarks =
+      CheckI2cList("fff8,6c\nfffe,03\n3012,5a\nfffe,01\n3013,1,2\n", {}).list.remarks;
+  ASSERT_EQ(remarks.size(), 2U);
+  EXPECT_EQ(remarks[0].line, 4U);  // a width code without a slave
+  EXPECT_EQ(remarks[1].line, 5U);  // a third number
+}
+
 TEST(I2cListTest, LongPauseAndEmptyListAreProblems) {
   EXPECT_EQ(ProblemsOf("fff8,6c\nfffe,03\nffff,100\n3012,1\n"),
             (Problems{{3,

@@ -100,6 +100,8 @@ int RunProcess(int argc, wchar_t** argv) {
 }  // namespace
 
 int wmain(int argc, wchar_t** argv) {
+  // No DLL is ever taken from the current folder, which may be one of downloads.
+  SetDllDirectoryW(L"");
   // The console is the caller's again before the process ends.
   EndProcess(RunProcess(argc, argv));
 }

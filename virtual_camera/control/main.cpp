@@ -126,6 +126,8 @@ int Run() {
 }  // namespace
 
 int main() {
+  // No DLL is ever taken from the current folder, which may be one of downloads.
+  SetDllDirectoryW(L"");
   SetConsoleOutputCP(CP_UTF8);
   try {
     return Run();

@@ -43,6 +43,7 @@ class Checker {
       Problem(0, "the list has no register");
     }
     SortByLine(checked_.list.problems);
+    SortByLine(checked_.list.remarks);
     return std::move(checked_);
   }
 

@@ -3,6 +3,8 @@
 #include <windows.h>
 
 #include <cstddef>
+#include <cstring>
+#include <memory>
 #include <type_traits>
 
 #include "windows/text.h"
@@ -12,6 +14,18 @@ namespace {
 constexpr const wchar_t* kFileName = L"BorvanUSB_x64.dll";
 constexpr const wchar_t* kVariable = L"BORVANUSB_DLL";
 constexpr std::size_t kLongestName = 32768;
+
+// A version resource begins with three numbers of 16 bits and "VS_VERSION_INFO" with its zero, filled
+// up to whole words of 32 bits; the record with the numbers follows.
+constexpr std::size_t kFixedInfoPlace = 40;
+// RT_VERSION as a wide text, which the header only has in the width of the build.
+const wchar_t* const kVersionType = MAKEINTRESOURCEW(16);
+constexpr DWORD kFixedInfoSignature = 0xFEEF04BD;
+
+struct LibraryFreer {
+  void operator()(HMODULE library) const { FreeLibrary(library); }
+};
+using LibraryAsData = std::unique_ptr<std::remove_pointer_t<HMODULE>, LibraryFreer>;
 
 bool IsFile(const std::wstring& name) {
   const DWORD attributes = GetFileAttributesW(name.c_str());
@@ -39,20 +53,27 @@ std::wstring EnvironmentVariable(const wchar_t* name) {
   return value;
 }
 
+// Read as data rather than by the functions of version.dll: that DLL is none that Windows takes from
+// its own folder alone, so the file of that name beside this program would be loaded and run.
 std::string FileVersion(const std::wstring& file) {
-  const DWORD size = GetFileVersionInfoSizeW(file.c_str(), nullptr);
-  std::vector<std::byte> resource(size);
-  void* fixed = nullptr;
-  UINT length = 0;
-  if (size == 0 || GetFileVersionInfoW(file.c_str(), 0, size, resource.data()) == FALSE ||
-      VerQueryValueW(resource.data(), L"\\", &fixed, &length) == FALSE ||
-      length < sizeof(VS_FIXEDFILEINFO)) {
+  const LibraryAsData library(LoadLibraryExW(
+      file.c_str(), nullptr, LOAD_LIBRARY_AS_DATAFILE | LOAD_LIBRARY_AS_IMAGE_RESOURCE));
+  const HRSRC place =
+      library ? FindResourceW(library.get(), MAKEINTRESOURCEW(VS_VERSION_INFO), kVersionType)
+              : nullptr;
+  const HGLOBAL resource = place != nullptr ? LoadResource(library.get(), place) : nullptr;
+  const void* const content = resource != nullptr ? LockResource(resource) : nullptr;
+  VS_FIXEDFILEINFO info = {};
+  if (content == nullptr || SizeofResource(library.get(), place) < kFixedInfoPlace + sizeof(info)) {
     return {};
   }
-  const auto* const info = static_cast<const VS_FIXEDFILEINFO*>(fixed);
-  return std::to_string(HIWORD(info->dwFileVersionMS)) + "." +
-         std::to_string(LOWORD(info->dwFileVersionMS)) + "." +
-         std::to_string(HIWORD(info->dwFileVersionLS));
+  std::memcpy(&info, static_cast<const std::byte*>(content) + kFixedInfoPlace, sizeof(info));
+  if (info.dwSignature != kFixedInfoSignature) {
+    return {};
+  }
+  return std::to_string(HIWORD(info.dwFileVersionMS)) + "." +
+         std::to_string(LOWORD(info.dwFileVersionMS)) + "." +
+         std::to_string(HIWORD(info.dwFileVersionLS));
 }
 
 LoadedLibrary LoadedLibrary::Load() {

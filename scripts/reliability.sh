@@ -1,0 +1,113 @@
+#!/usr/bin/env bash
+# The long form of everything that tries to break the products, part by part, and a table of figures.
+# A part that is done is not run again until --fresh; one that was interrupted is. Results and logs lie
+# in build/reliability. Parts whose script this tree does not have are left out, and said so.
+# Usage: reliability.sh [--seconds N] [--count N] [--fresh] [PART…]
+#   --seconds N  for each fuzz target (600)
+#   --count N    power cuts, mutants (200)
+#   --fresh      forgets what was done
+#   PART         fuzz, sanitize, mutate, coverage, races or cuts; all of them if none is named
+set -euo pipefail
+cd "$(dirname "$0")/.."
+
+seconds=600
+count=200
+fresh=
+all=(fuzz sanitize mutate coverage races cuts)
+parts=()
+
+number() {
+  if ! [[ $2 =~ ^[1-9][0-9]*$ ]]; then
+    echo "reliability.sh: $1 \"$2\": must be a whole number above 0" >&2
+    exit 2
+  fi
+}
+
+while [ $# -gt 0 ]; do
+  case $1 in
+    -h | --help)
+      sed -n '/^# The long form/,/^set/{/^#/s/^# \{0,1\}//p}' "$0"
+      exit 0
+      ;;
+    --seconds)
+      number "$1" "${2:-}"
+      seconds=$2
+      shift
+      ;;
+    --count)
+      number "$1" "${2:-}"
+      count=$2
+      shift
+      ;;
+    --fresh) fresh=yes ;;
+    *)
+      if [[ " ${all[*]} " != *" $1 "* ]]; then
+        echo "reliability.sh: unknown part \"$1\"; parts are: ${all[*]}" >&2
+        exit 2
+      fi
+      parts+=("$1")
+      ;;
+  esac
+  shift
+done
+[ ${#parts[@]} -gt 0 ] || parts=("${all[@]}")
+
+results=build/reliability
+mkdir -p "$results"
+if [ -n "$fresh" ]; then
+  rm -f "${parts[@]/#/$results/}"
+fi
+
+# Sets `command` to what runs a part, empty when this tree has no script for it.
+choose_command() {
+  local script
+  case $1 in
+    fuzz) command=(scripts/fuzz.sh --seconds "$seconds") ;;
+    sanitize) command=(scripts/sanitize.sh) ;;
+    mutate) command=(scripts/mutate.sh --count "$count") ;;
+    coverage) command=(scripts/coverage.sh) ;;
+    races) command=(scripts/endure.sh) ;;
+    cuts) command=(tests/reliability/power_cuts.py --count "$count") ;;
+  esac
+  script=${command[0]}
+  [ -f "$script" ] || command=()
+  # Debian's own Python, whatever other one a machine has.
+  [[ $script != *.py ]] || command=(/usr/bin/python3 -B "${command[@]}")
+}
+
+failed=()
+for part in "${parts[@]}"; do
+  choose_command "$part"
+  if [ -f "$results/$part" ]; then
+    continue
+  fi
+  if [ ${#command[@]} -eq 0 ]; then
+    echo "$part: this tree has no script for it" >&2
+    continue
+  fi
+  echo "== $part: ${command[*]}" >&2
+  started=$SECONDS
+  if "${command[@]}" 2>&1 | tee "$results/$part.log" >&2; then
+    printf '%s\t%s\t%s\n' "$part" "$((SECONDS - started))" "${command[*]}" >"$results/$part.new"
+    mv "$results/$part.new" "$results/$part"
+  else
+    failed+=("$part")
+  fi
+done
+
+echo
+printf '%-10s %8s  %s\n' part seconds command
+for part in "${parts[@]}"; do
+  [ ! -f "$results/$part" ] || awk -F '\t' '{ printf "%-10s %8s  %s\n", $1, $2, $3 }' "$results/$part"
+done
+for part in "${parts[@]}"; do
+  [ -f "$results/$part" ] || continue
+  echo
+  echo "$part, the end of $results/$part.log:"
+  tail -n 20 "$results/$part.log"
+done
+if [ ${#failed[@]} -gt 0 ]; then
+  echo
+  echo "failed: ${failed[*]}"
+  exit 1
+fi
