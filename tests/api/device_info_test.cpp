@@ -105,6 +105,15 @@ TEST(DeviceInfoTest, TextsLongerThanTheRecordEndWithIt) {
   }
 }
 
+// A shortened text still has its former characters behind its terminator.
+TEST(DeviceInfoTest, NothingBehindATextsTerminatorIsCopied) {
+  borvan::DeviceEntry entry;
+  entry.name = "CameraXYZ";
+  entry.name.resize(6);
+  const UsbDeviceInfo info = borvan::MakeDeviceInfo(entry);
+  EXPECT_EQ(std::string(info.name, 10), std::string("Camera\0\0\0\0", 10));
+}
+
 TEST(DeviceInfoTest, EmptyNameEndsALongPathsTail) {
   const std::string path = LongText(300, 'a');
   const Record record = RecordOf(path, "", 0x1234, 0x5678);

@@ -99,6 +99,13 @@ TEST_F(ExtensionUnitChannelTest, LengthQueryAnsweredWithZeroReturnsItAndLeavesTh
   EXPECT_EQ(length, 77U);
 }
 
+TEST_F(ExtensionUnitChannelTest, LengthQueryThatNamesNoLengthGivesZero) {
+  AnswerWith(static_cast<borvan::Result>(0x800700EA));
+  std::uint32_t length = 77;
+  EXPECT_EQ(device->ChannelGetLength(1, &length), 0);
+  EXPECT_EQ(length, 0U);
+}
+
 TEST_F(ExtensionUnitChannelTest, OtherAnswersToALengthQueryAreReturnedAsTheyAre) {
   for (const std::uint32_t answer : {1U, 0x80070005U, 0x800700E9U, 0x80004003U}) {
     AnswerWith(static_cast<borvan::Result>(answer));
@@ -133,6 +140,14 @@ TEST_F(ExtensionUnitChannelTest, ClosedChannelIsRefused) {
   EXPECT_EQ(device->ChannelSet(1, 4, buffer.data()), kNullPointerResult);
   EXPECT_EQ(device->ChannelGet(1, 4, buffer.data()), kNullPointerResult);
   EXPECT_TRUE(chip->Transfers().empty());
+}
+
+TEST_F(ExtensionUnitChannelTest, NodeIdIsThatOfTheNodeOpenedLast) {
+  borvan::ExtensionUnitChannel channel;
+  EXPECT_EQ(channel.NodeId(), 0U);
+  channel.Open(chip, 7);
+  channel.Open(chip, 5);
+  EXPECT_EQ(channel.NodeId(), 5U);
 }
 
 TEST_F(ExtensionUnitChannelTest, SelectingDuringATransferLeavesTheTransferAValidControl) {

@@ -3,7 +3,9 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
+#include "files/file.h"
 #include "files/flash_image_file.h"
+#include "jobs/flash_jobs.h"
 #include "jobs/job_starters.h"
 #include "jobs/scripted_device.h"
 #include "support/temporary_folder.h"
@@ -127,6 +129,29 @@ TEST_F(FailingFilesTest, FolderIsReportedAsAnI2cList) {
 TEST_F(FailingFilesTest, DeviceFileWithoutALengthIsNoImage) {
   EXPECT_EQ(borvan::StartFlashWriteJob(device, "/dev/zero", "0", recorder.Callback()), 0);
   ExpectOnlyAFileError();
+}
+
+// The starter saw the image; someone removes it before the job's thread opens it.
+TEST_F(FailingFilesTest, ImageThatIsGoneWhenTheJobOpensItIsAFileError) {
+  bool written = false;
+  device->flash_write = [&written](auto&&...) {
+    written = true;
+    return 0;
+  };
+  {
+    borvan::FlashWriteJob job{folder.Path("gone.bin"), device, recorder.Callback(), "0"};
+    device->Jobs().jobRunning = true;
+    borvan::RunFlashWriteJob(job);
+  }
+  ExpectOnlyAFileError();
+  EXPECT_FALSE(written);
+}
+
+TEST_F(FailingFilesTest, FileThatEndsBeforeAllWasReadIsAnError) {
+  auto file = borvan::File::OpenToRead(folder.Put("short.bin", "abc"));
+  ASSERT_TRUE(file.has_value());
+  std::vector<std::uint8_t> bytes(4);
+  EXPECT_THROW(file->ReadExactly(bytes), borvan::FileError);
 }
 
 TEST_F(FailingFilesTest, ImageWithoutReadPermissionIsReported) {

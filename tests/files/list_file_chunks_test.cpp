@@ -129,6 +129,14 @@ TEST_F(ListFileChunksTest, LastLineWithoutAnEnd) {
   ExpectAtEveryCut("0x3012, 0x5a, \r", {{0x3012, 0x5A}});
 }
 
+// The last piece lies where the one before it lay: behind the file's end still stands what that one
+// had there, here the end of a line.
+TEST_F(ListFileChunksTest, LongestPlainLineWithoutAnEndIsNotCompletedByAFormerPiece) {
+  const std::string line = "0x12345678, 0x9abcdef0,\r\n";
+  const std::string content = line + Remark(kPiece - line.size()) + line.substr(0, 24);
+  EXPECT_EQ(Read(content), (Reading{{{0x12345678, 0x9ABCDEF0}, {0x12345678, 0x9ABCDEF0}}, false}));
+}
+
 TEST_F(ListFileChunksTest, BlanksWhereverTheyMayStand) {
   ExpectAtEveryCut("  \t 0x10  ,  0x20  ,  \r\n7,8\n", {{0x10, 0x20}, {7, 8}});
   ExpectAtEveryCut("\v\f\r 0x10 \r,\r 0x20 \r\r\n7,8\n", {{0x10, 0x20}, {7, 8}});

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <new>
 #include <stdexcept>
 
@@ -101,6 +102,19 @@ TEST_F(JobExceptionsTest, JobWithoutACallbackSurvivesThemToo) {
   device->flash_write = [](auto&&...) -> borvan::Result { throw "ERROR"; };
   EXPECT_EQ(borvan::StartFlashWriteJob(device, input, "0", {}), 0);
   EXPECT_TRUE(WaitUntil([&] { return device.use_count() == 1; }));
+  EXPECT_FALSE(device->Jobs().jobRunning);
+}
+
+TEST_F(JobExceptionsTest, CallbackThatThrowsAtTheReportOfAFailureEndsTheJobAllTheSame) {
+  device->flash_write = [](auto&&...) -> borvan::Result { throw std::bad_alloc(); };
+  std::atomic<int> reports = 0;
+  const auto throwing = [&reports](std::int32_t, std::int32_t) {
+    ++reports;
+    throw std::runtime_error("the host's own");
+  };
+  EXPECT_EQ(borvan::StartFlashWriteJob(device, input, "0", throwing), 0);
+  EXPECT_TRUE(WaitUntil([&] { return device.use_count() == 1; }));
+  EXPECT_EQ(reports, 1);
   EXPECT_FALSE(device->Jobs().jobRunning);
 }
 

@@ -1,0 +1,39 @@
+"""The list of edits that change nothing anyone can see: equivalent_mutants.txt."""
+import pathlib
+
+import reasons
+
+ROOT = pathlib.Path(__file__).resolve().parent.parent
+LIST = ROOT / "scripts" / "equivalent_mutants.txt"
+
+
+def lines_of(name):
+    """The lines of a file with something in them, blanks squeezed."""
+    path = ROOT / name
+    text = path.read_text("utf-8") if path.exists() else ""
+    return [" ".join(line.split()) for line in text.splitlines() if line.strip()]
+
+
+class Equivalents:
+    """The list, asked edit by edit."""
+
+    def __init__(self):
+        self.entries = reasons.entries_of(LIST, ("file", "was", "now", "why"), ("below",))
+
+    def reason(self, edit):
+        """Why nobody can see an edit; None for an edit that is not listed."""
+        for entry in self.entries:
+            if (entry["file"], entry["was"], entry["now"]) == \
+                    (str(edit.path.relative_to(ROOT)), edit.was, edit.now) \
+                    and entry.get("below", edit.below) == edit.below:
+                return entry["why"]
+        return None
+
+    def complaints(self):
+        """A line for each entry whose line its file has no more, or several times."""
+        for entry in self.entries:
+            lines = lines_of(entry["file"])
+            if entry["was"] not in " ".join(lines):
+                yield f"{entry['file']} no longer has: {entry['was']}"
+            elif lines.count(entry["was"]) > 1 and "below" not in entry:
+                yield f"{entry['file']} has several, name the line before (below): {entry['was']}"

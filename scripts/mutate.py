@@ -1,0 +1,235 @@
+"""Tries small edits of src/ against the native tests; see mutate.sh.
+
+Usage: mutate.py BUILD_FOLDER PROGRAM… -- [options of mutate.sh]
+"""
+import argparse
+import collections
+import concurrent.futures
+import hashlib
+import itertools
+import json
+import math
+import os
+import pathlib
+import sys
+import threading
+
+import mutations
+from equivalent_mutants import Equivalents
+from mutation_build import ROOT, DoesNotCompile, TestBuild
+from mutation_results import RESULTS, Record, report
+
+ROOMS = ("api", "device", "files", "jobs", "protocol")
+MEASURED = ROOT / "build" / "mutation" / "measured.json"
+WORK = ROOT / "build" / "mutation" / "work"
+SLOW = 500  # milliseconds: such tests come when no other fails
+# The programs that know a room best, first; the others follow.
+LIKELY = {
+    "api": ["api_tests", "jobs_tests"],
+    "device": ["device_tests", "unit_tests", "protocol_tests"],
+    "files": ["unit_tests", "files_tests", "list_document_test"],
+    "jobs": ["jobs_tests", "files_tests", "api_tests"],
+    "protocol": ["unit_tests", "protocol_tests"],
+}
+
+Candidate = collections.namedtuple("Candidate", "room path line mutant was now below id")
+
+
+def digest_of(text):
+    """A short name for a text."""
+    return hashlib.sha256(text.encode()).hexdigest()[:16]
+
+
+def parsed(arguments):
+    """The options of mutate.sh."""
+    parser = argparse.ArgumentParser(prog="mutate.sh", allow_abbrev=False)
+    parser.add_argument("--count", type=int, default=300)
+    parser.add_argument("--seed", type=int, default=1)
+    parser.add_argument("--room", action="append", choices=ROOMS)
+    parser.add_argument("--jobs", type=int, default=os.cpu_count())
+    parser.add_argument("--headers", action="store_true")
+    parser.add_argument("--fresh", action="store_true")
+    parser.add_argument("files", nargs="*", metavar="FILE")
+    options = parser.parse_args(arguments)
+    if options.count < 0 or options.jobs < 1:
+        parser.error("--count takes a number from 0, --jobs one from 1")
+    return options
+
+
+def sources(options, build):
+    """The files to edit, and those that only a build for Windows compiles."""
+    wanted = [(ROOT / name).resolve() for name in options.files]
+    known = sorted(path for path in (ROOT / "src").rglob("*") if path.suffix in (".cpp", ".h"))
+    for path in wanted:
+        if path not in known:
+            sys.exit(f"mutate.sh: {path} is no source file of src/")
+    native = set(build.core) | set(build.users)
+    chosen = [path for path in known if path in native
+              and (path in wanted if wanted else options.headers or path.suffix == ".cpp")
+              and (not options.room or path.parent.name in options.room)]
+    return chosen, [path for path in known if path not in native]
+
+
+def candidates_of(path):
+    """All edits of a file."""
+    text = path.read_text("utf-8")
+    digest = digest_of(text)
+    for mutant in mutations.mutants_of(text):
+        was, now = mutations.shown(text, mutant)
+        name = f"{path.relative_to(ROOT)} {digest} {mutant.start} {mutant.end} {mutant.text}"
+        yield Candidate(path.parent.name, path, mutations.line_number(text, mutant.start), mutant,
+                        was, now, mutations.line_before(text, mutant.start), digest_of(name))
+
+
+def drawn(paths, seed):
+    """The edits in the order in which they are tried: the rooms take turns."""
+    rooms = []
+    for room in ROOMS:
+        edits = [edit for path in paths if path.parent.name == room for edit in candidates_of(path)]
+        # Not shuffled: an edit keeps its place when others come or go.
+        rooms.append(sorted(edits, key=lambda edit: digest_of(f"{seed} {edit.id}")))
+    return [edit for turn in itertools.zip_longest(*rooms) for edit in turn if edit]
+
+
+def state_of(*folders):
+    """Tells one state of folders from another."""
+    digest = hashlib.sha256()
+    for path in sorted(path for folder in folders for path in (ROOT / folder).rglob("*")):
+        if path.suffix in (".cpp", ".h"):
+            digest.update(path.read_bytes())
+    return digest.hexdigest()[:16]
+
+
+class Trial:
+    """Tries edits; one object serves all threads."""
+
+    def __init__(self, build, programs):
+        self.build = build
+        self.programs = programs
+        self.turns = {}  # of a program: a filter for its tests, and their limit; slow ones apart
+
+    def measure(self, state):
+        """Runs the tests on the unchanged library, which they must pass; once for each state."""
+        if MEASURED.exists():
+            former = json.loads(MEASURED.read_text("utf-8"))
+            if former["state"] == state:
+                self.turns = former["turns"]
+                return
+        for program in self.programs:
+            lib = self.build.folder / "lib"
+            outcome = self.build.run_program(lib / program, lib, WORK / "unchanged", (600, 1200))
+            if outcome.state != "passed":
+                sys.exit(f"mutate.sh: {program} fails without any edit, in {outcome.test}")
+            print(f"{program}: {outcome.seconds:.1f} s", file=sys.stderr, flush=True)
+            # Other work on the machine stretches wall time more than processor time.
+            slow = [(test, time) for test, time in outcome.times if time > SLOW]
+            rest = sum(time for _, time in outcome.times) - sum(time for _, time in slow)
+            names = ":".join(test for test, _ in slow)
+            self.turns[program] = [(f"-{names}", self._limit(rest))]
+            if slow:
+                self.turns[program].append((names, self._limit(sum(time for _, time in slow))))
+        MEASURED.write_text(json.dumps({"state": state, "turns": self.turns}), "utf-8")
+
+    @staticmethod
+    def _limit(milliseconds):
+        """Processor and wall seconds; other work on the machine stretches the latter more."""
+        return math.ceil(3 + milliseconds / 250), 60 + milliseconds / 50
+
+    def judge(self, edit, slow):
+        """(state, who told): killed, survived or invalid, by the fast tests or by the slow ones."""
+        work = WORK / str(threading.get_ident())
+        text = edit.path.read_text("utf-8")
+        try:
+            users = self.build.build(edit.path, mutations.applied(text, edit.mutant), work)
+        except DoesNotCompile:
+            return "invalid", None
+        likely = LIKELY[edit.room]
+        order = likely + [program for program in self.programs if program not in likely]
+        executables = {}
+        turns = [(program, turn) for program in order
+                 for turn in (self.turns[program][1:] if slow else self.turns[program][:1])]
+        for program, (tests, limit) in turns:
+            try:
+                if program not in executables:
+                    executables[program] = self.build.program_of(program, work, users)
+            except DoesNotCompile:
+                return "killed", f"{program} does not compile"
+            outcome = self._run(executables[program], work, limit, tests)
+            if outcome.state == "time":
+                return "killed", f"{program}, out of time in {outcome.test}"
+            if outcome.state == "failed":
+                return "killed", f"{program}, {outcome.test}"
+        return "survived", None
+
+    def _run(self, executable, work, limit, tests):
+        """A failure counts when it comes again: a test that was unlucky once kills nothing."""
+        outcome = self.build.run_program(executable, work, work, limit, tests)
+        if outcome.state != "failed":
+            return outcome
+        again = self.build.run_program(executable, work, work, limit, outcome.test)
+        if again.state == "passed":
+            again = self.build.run_program(executable, work, work, limit, tests)
+        return outcome if again.state != "passed" else again
+
+
+def tried(edits, count, trial, record, jobs):
+    """The first `count` edits that compile (0: all), tried with the fast tests."""
+    queue = iter(edits)
+    taken = []
+    running = {}
+    valid = 0
+    with concurrent.futures.ThreadPoolExecutor(jobs) as pool:
+        while True:
+            while len(running) < jobs and (not count or valid + len(running) < count):
+                edit = next(queue, None)
+                if edit is None:
+                    break
+                taken.append(edit)
+                if edit.id in record.found:
+                    valid += record.found[edit.id]["state"] != "invalid"
+                else:
+                    running[pool.submit(trial.judge, edit, False)] = edit
+            if not running:
+                return taken
+            done, _ = concurrent.futures.wait(
+                running, return_when=concurrent.futures.FIRST_COMPLETED)
+            for future in done:
+                edit = running.pop(future)
+                record.put(edit, *future.result(), False)
+                valid += record.found[edit.id]["state"] != "invalid"
+
+
+def tried_slowly(edits, trial, record, equivalents, jobs):
+    """Tries with the slow tests what the fast ones let pass and no reason excuses."""
+    left = [edit for edit in edits if record.found[edit.id]["state"] == "survived"
+            and not record.found[edit.id].get("slow") and not equivalents.reason(edit)]
+    with concurrent.futures.ThreadPoolExecutor(jobs) as pool:
+        running = {pool.submit(trial.judge, edit, True): edit for edit in left}
+        for future in concurrent.futures.as_completed(running):
+            record.put(running[future], *future.result(), True)
+
+
+def main():
+    """Tries the edits and prints what came of it."""
+    separator = sys.argv.index("--")
+    folder, *programs = sys.argv[1:separator]
+    options = parsed(sys.argv[separator + 1:])
+    build = TestBuild(folder, programs)
+    paths, windows_only = sources(options, build)
+    edits = drawn(paths, options.seed)
+    # Other tests may tell what these let pass, so it is tried again with them.
+    digest = state_of("tests")
+    if options.fresh:
+        RESULTS.unlink(missing_ok=True)
+    record = Record(digest)
+    equivalents = Equivalents()
+    trial = Trial(build, programs)
+    trial.measure(state_of("src", "tests"))
+    edits = tried(edits, options.count, trial, record, options.jobs)
+    tried_slowly(edits, trial, record, equivalents, options.jobs)
+    let_pass = report(edits, record, equivalents, windows_only)
+    return 1 if let_pass else 0
+
+
+if __name__ == "__main__":
+    sys.exit(main())

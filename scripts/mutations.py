@@ -1,0 +1,249 @@
+"""Small edits of C++ text, one at a time: what a slip of the hand could have written instead.
+
+The text is taken apart into tokens first, so that comments, texts, includes and static assertions
+stay whole. The code's format is relied on: a binary operator stands between blanks, a template's
+bracket does not.
+"""
+import bisect
+import re
+from collections import namedtuple
+
+# kind: the family of the edit; start, end: what of the text is replaced, and by what.
+Mutant = namedtuple("Mutant", "kind start end text")
+Token = namedtuple("Token", "kind start end text")
+
+TOKENS = re.compile(r"""
+    (?P<skip>\s+|//[^\n]*|/\*.*?\*/)
+  | (?P<directive>^[ \t]*\#(?:[^\n\\]|\\.)*)
+  | (?P<literal>(?:u8|[uUL])?"(?:[^"\\\n]|\\.)*"|(?:u8|[uUL])?'(?:[^'\\\n]|\\.)+')
+  | (?P<number>\d(?:[\w.]|'\d)*)
+  | (?P<name>[A-Za-z_]\w*)
+  | (?P<operator><<=|>>=|<=>|\.\.\.|->|::|\+\+|--|<<|<=|>=|==|!=|&&|\|\||[-+*/%&|^]=|[^\s\w])
+""", re.VERBOSE | re.DOTALL | re.MULTILINE)
+
+# Between blanks only; unary signs, pointers, references and templates stand otherwise.
+OPERATORS = {
+    "<": ["<=", ">="], "<=": ["<", ">"], ">": [">=", "<="], ">=": [">", "<"],
+    "==": ["!="], "!=": ["=="],
+    "+": ["-"], "-": ["+"], "*": ["/"], "/": ["*"], "%": ["/"],
+    "+=": ["-=", "="], "-=": ["+=", "="], "*=": ["/="], "/=": ["*="],
+    "<<": [">>"], "&": ["|"], "|": ["&"], "&&": ["||"], "||": ["&&"],
+}
+# These stand close to their operand.
+STEPS = {"++": ["--"], "--": ["++"]}
+WORDS = {"true": ["false"], "false": ["true"], "min": ["max"], "max": ["min"]}
+FAMILY = {**dict.fromkeys(["<", "<=", ">", ">=", "==", "!="], "relation"),
+          **dict.fromkeys(["&&", "||"], "logic")}
+# What begins a statement that is no expression.
+NO_EXPRESSION = {
+    "auto", "case", "catch", "class", "const", "constexpr", "default", "do", "else", "enum",
+    "explicit", "for", "friend", "if", "inline", "mutable", "namespace", "private", "protected",
+    "public", "return", "static", "static_assert", "struct", "switch", "template", "throw", "try",
+    "typedef", "using", "virtual", "while"}
+# Returns that a value-initialised result equals or that have edits of their own.
+PLAIN_RETURNS = {"", "{}", "nullptr", "std::nullopt", "true", "false", "0", "kOk", "*this"}
+
+
+def tokens_of(text):
+    """The tokens of `text` without blanks and comments."""
+    tokens = []
+    at = 0
+    while at < len(text):
+        match = TOKENS.match(text, at)
+        if not match:
+            raise ValueError(f"no token at {text[at:at + 20]!r}")
+        if match.lastgroup != "skip":
+            tokens.append(Token(match.lastgroup, match.start(), match.end(), match.group()))
+        at = match.end()
+    return tokens
+
+
+def closing(tokens, index):
+    """The index of the bracket that closes the one at `index`."""
+    pairs = {"(": ")", "{": "}", "[": "]"}
+    opened, closed = tokens[index].text, pairs[tokens[index].text]
+    depth = 0
+    for at in range(index, len(tokens)):
+        if tokens[at].text == opened:
+            depth += 1
+        elif tokens[at].text == closed:
+            depth -= 1
+            if depth == 0:
+                return at
+    raise ValueError("a bracket is not closed")
+
+
+def statement_end(tokens, index):
+    """The index of the semicolon that ends what begins at `index`; None if a bracket ends first."""
+    at = index
+    while at < len(tokens):
+        if tokens[at].text in "({[" and tokens[at].kind == "operator":
+            at = closing(tokens, at)
+        elif tokens[at].text == ";":
+            return at
+        elif tokens[at].text in (")", "]", "}"):
+            return None
+        at += 1
+    return None
+
+
+def between_blanks(text, token):
+    """Whether a token has blanks or line ends around it."""
+    return text[token.start - 1].isspace() and text[token.end:token.end + 1].isspace()
+
+
+def number_edits(token):
+    """The number one above and one below, in the same base and with the same suffix."""
+    match = re.fullmatch(r"(0[xX][0-9A-Fa-f]+|\d+)([uUlLzZ]*)", token.text)
+    if not match:
+        return
+    digits, suffix = match.groups()
+    hexadecimal = digits[:2].lower() == "0x"
+    number = int(digits, 16 if hexadecimal else 10)
+    for other in (number + 1, number - 1):
+        if other >= 0:
+            shown = f"0x{other:0{len(digits) - 2}X}" if hexadecimal else str(other)
+            yield Mutant("constant", token.start, token.end, shown + suffix)
+
+
+def is_declaration(tokens):
+    """Whether a statement's tokens declare something: a type's end right before a name."""
+    depth = 0
+    for before, token in zip(tokens, tokens[1:]):
+        if token.text in ("(", "=", "{") and depth == 0:
+            break
+        depth += (before.text == "<") - (before.text == ">")
+        type_end = before.kind == "name" or before.text in (">", "&", "*")
+        if token.kind == "name" and type_end and before.start != tokens[0].start:
+            return True
+        if token.kind == "name" and before.kind == "name":
+            return True
+    return False
+
+
+def skipped_ranges(tokens):
+    """Where nothing is edited: static assertions and the lines of the preprocessor."""
+    ranges = []
+    for index, token in enumerate(tokens):
+        if token.kind == "directive":
+            ranges.append((token.start, token.end))
+        elif token.text == "static_assert":
+            ranges.append((token.start, tokens[closing(tokens, index + 1)].end))
+    return ranges
+
+
+def token_edits(text, tokens, index):
+    """Edits of a single token."""
+    token = tokens[index]
+    before = tokens[index - 1].text if index else ""
+    if token.kind == "number":
+        yield from number_edits(token)
+    elif token.kind == "literal" and re.fullmatch(r"u?'[ -&(-\[\]-}]'", token.text):
+        yield Mutant("constant", token.start, token.end,
+                     token.text[:-2] + chr(ord(token.text[-2]) + 1) + "'")
+    elif token.kind == "name" and token.text in WORDS and before != "numeric_limits":
+        for other in WORDS[token.text]:
+            yield Mutant("value", token.start, token.end, other)
+    elif token.kind == "operator" and token.text in OPERATORS and between_blanks(text, token):
+        if before not in ("template", "operator"):
+            for other in OPERATORS[token.text]:
+                yield Mutant(FAMILY.get(token.text, "arithmetic"), token.start, token.end, other)
+    elif token.text in STEPS:
+        for other in STEPS[token.text]:
+            yield Mutant("arithmetic", token.start, token.end, other)
+    elif token.text == "!" and token.kind == "operator":
+        yield Mutant("condition", token.start, token.end, "")
+
+
+def condition_edit(text, tokens, index):
+    """The condition of an `if` or `while` turned round."""
+    opening = index + 1
+    if tokens[opening].text != "(":
+        return
+    end = closing(tokens, opening)
+    first = opening + 1
+    for at in range(first, end):
+        if tokens[at].text == ";":
+            first = at + 1
+    condition = tokens[first:end]
+    if any(token.text == "=" for token in condition):
+        return
+    # Of a single comparison or negation, the edit of its operator says the same.
+    words = [token.text for token in condition if between_blanks(text, token)]
+    if not {"&&", "||"} & set(words) and (condition[0].text == "!" or set(words) & set(FAMILY)):
+        return
+    start, stop = tokens[first].start, tokens[end].start
+    yield Mutant("condition", start, stop, f"!({text[start:stop]})")
+
+
+def statement_edits(text, tokens, index):
+    """Edits of the statement that begins at `index`: left out, or another value returned."""
+    token = tokens[index]
+    end = statement_end(tokens, index)
+    if end is None:
+        return
+    start, stop = token.start, tokens[end].end
+    if token.text == "return":
+        value = " ".join(text[token.end:tokens[end].start].split())
+        if value not in PLAIN_RETURNS:
+            yield Mutant("returned value", start, stop, "return {};")
+    elif token.text in ("break", "continue"):
+        yield Mutant("statement", start, stop, ";")
+    elif token.text not in NO_EXPRESSION and not is_declaration(tokens[index:end]):
+        inside = [part.text for part in tokens[index:end]]
+        if {"(", "=", "++", "--", "+=", "-=", "*=", "/="} & set(inside):
+            yield Mutant("statement", start, stop, ";")
+
+
+def begins_statement(tokens, index):
+    """Whether a statement of a function can begin at `index`."""
+    before = tokens[index - 1].text if index else ""
+    if before == ":":  # a label's, not that of a conditional value
+        label = next((token.text for token in reversed(tokens[:index])
+                      if token.text in ("case", "default", "?", ";", "{", "}")), "")
+        return label in ("case", "default")
+    return before in (";", "{", "}") and (
+        tokens[index].kind == "name" or tokens[index].text in ("*", "++", "--"))
+
+
+def mutants_of(text):
+    """All edits of a file's text, in its order."""
+    tokens = tokens_of(text)
+    skipped = skipped_ranges(tokens)
+    found = []
+    for index, token in enumerate(tokens):
+        found += token_edits(text, tokens, index)
+        if token.text in ("if", "while"):
+            found += condition_edit(text, tokens, index)
+        if begins_statement(tokens, index):
+            found += statement_edits(text, tokens, index)
+    kept = [mutant for mutant in found
+            if not any(start <= mutant.start < end for start, end in skipped)]
+    return sorted(set(kept), key=lambda mutant: (mutant.start, mutant.end, mutant.text))
+
+
+def applied(text, mutant):
+    """`text` with the edit made."""
+    return text[:mutant.start] + mutant.text + text[mutant.end:]
+
+
+def line_number(text, at):
+    """The line of a place in the text, from 1."""
+    ends = [match.start() for match in re.finditer("\n", text)]
+    return bisect.bisect_left(ends, at) + 1
+
+
+def line_before(text, at):
+    """The line before that of a place in the text, empty ones passed over, blanks squeezed."""
+    lines = [line for line in text[:text.rfind("\n", 0, at) + 1].splitlines() if line.strip()]
+    return " ".join(lines[-1].split()) if lines else ""
+
+
+def shown(text, mutant):
+    """(the lines that the edit touches, the same lines after it), blanks squeezed."""
+    first = text.rfind("\n", 0, mutant.start) + 1
+    last = text.find("\n", mutant.end)
+    last = len(text) if last < 0 else last
+    was = text[first:last]
+    now = text[first:mutant.start] + mutant.text + text[mutant.end:last]
+    return " ".join(was.split()), " ".join(now.split())

@@ -1,0 +1,35 @@
+"""Lists with a reason for each entry: blocks of `key: value` lines, an empty line between two.
+
+A line that begins with a blank goes on with the value before it; one with # is a remark.
+"""
+import sys
+
+
+def entries_of(path, keys, optional=()):
+    """The entries of a list, as dictionaries with these keys; none if there is no list.
+
+    Ends the program with a line about what is wrong in the list.
+    """
+    entries = []
+    blocks = path.read_text("utf-8").split("\n\n") if path.exists() else []
+    for block in blocks:
+        fields = {}
+        key = None
+        for line in block.splitlines():
+            if not line.strip() or line.startswith("#"):
+                continue
+            if line[0].isspace() and key:
+                fields[key] += " " + line.strip()
+                continue
+            key, colon, value = line.partition(":")
+            if not colon or key not in (*keys, *optional):
+                sys.exit(f"{path.name}: a line begins with one of {', '.join((*keys, *optional))}: "
+                         f"{line}")
+            fields[key] = value.strip()
+        if not fields:
+            continue
+        missing = [key for key in keys if not fields.get(key)]
+        if missing:
+            sys.exit(f"{path.name}: {', '.join(missing)} missing beside {fields}")
+        entries.append({key: " ".join(fields[key].split()) for key in fields})
+    return entries
