@@ -18,14 +18,15 @@ class Equivalents:
     """The list, asked edit by edit."""
 
     def __init__(self):
-        self.entries = reasons.entries_of(LIST, ("file", "was", "now", "why"), ("below",))
+        self.entries = reasons.entries_of(LIST, ("file", "was", "now", "why"), ("below", "above"))
 
     def reason(self, edit):
         """Why nobody can see an edit; None for an edit that is not listed."""
         for entry in self.entries:
             if (entry["file"], entry["was"], entry["now"]) == \
                     (str(edit.path.relative_to(ROOT)), edit.was, edit.now) \
-                    and entry.get("below", edit.below) == edit.below:
+                    and entry.get("below", edit.below) == edit.below \
+                    and entry.get("above", edit.above) == edit.above:
                 return entry["why"]
         return None
 
@@ -35,5 +36,5 @@ class Equivalents:
             lines = lines_of(entry["file"])
             if entry["was"] not in " ".join(lines):
                 yield f"{entry['file']} no longer has: {entry['was']}"
-            elif lines.count(entry["was"]) > 1 and "below" not in entry:
-                yield f"{entry['file']} has several, name the line before (below): {entry['was']}"
+            elif lines.count(entry["was"]) > 1 and not {"below", "above"} & set(entry):
+                yield f"{entry['file']} has several, name a line beside: {entry['was']}"

@@ -32,7 +32,7 @@ LIKELY = {
     "protocol": ["unit_tests", "protocol_tests"],
 }
 
-Candidate = collections.namedtuple("Candidate", "room path line mutant was now below id")
+Candidate = collections.namedtuple("Candidate", "room path line mutant was now below above id")
 
 
 def digest_of(text):
@@ -78,7 +78,8 @@ def candidates_of(path):
         was, now = mutations.shown(text, mutant)
         name = f"{path.relative_to(ROOT)} {digest} {mutant.start} {mutant.end} {mutant.text}"
         yield Candidate(path.parent.name, path, mutations.line_number(text, mutant.start), mutant,
-                        was, now, mutations.line_before(text, mutant.start), digest_of(name))
+                        was, now, mutations.line_before(text, mutant.start),
+                        mutations.line_after(text, mutant.end), digest_of(name))
 
 
 def drawn(paths, seed):

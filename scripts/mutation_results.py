@@ -69,7 +69,8 @@ def report(edits, record, equivalents, windows_only):
                   f"{row['invalid']:>17}")
     for edit in let_pass:
         print(f"\nLET PASS {edit.path.relative_to(ROOT)}:{edit.line} ({edit.mutant.kind})\n"
-              f"  below: {edit.below}\n  was: {edit.was}\n  now: {edit.now}")
+              f"  below: {edit.below}\n  above: {edit.above}\n"
+              f"  was: {edit.was}\n  now: {edit.now}")
     for complaint in equivalents.complaints():
         print(f"note: {LIST.name}: {complaint}")
     print("\nNot in a native build, so not tried (the tests under Wine run them): "

@@ -239,6 +239,12 @@ def line_before(text, at):
     return " ".join(lines[-1].split()) if lines else ""
 
 
+def line_after(text, at):
+    """The line after that of a place in the text, likewise."""
+    lines = [line for line in text[at:].splitlines()[1:] if line.strip()]
+    return " ".join(lines[0].split()) if lines else ""
+
+
 def shown(text, mutant):
     """(the lines that the edit touches, the same lines after it), blanks squeezed."""
     first = text.rfind("\n", 0, mutant.start) + 1

@@ -3,20 +3,24 @@
 namespace borvan_test {
 namespace {
 
-std::shared_ptr<PlatformScript>& CurrentScript() {
-  static std::shared_ptr<PlatformScript> script;
-  return script;
-}
+ApiTest* g_current_test = nullptr;
 
 }  // namespace
 
 ApiTest::ApiTest() {
-  CurrentScript() = script;
+  g_current_test = this;
 }
 
 ApiTest::~ApiTest() {
   borvan::GlobalInstance().Set(nullptr);
-  CurrentScript() = nullptr;
+  g_current_test = nullptr;
+}
+
+std::unique_ptr<borvan::DevicePlatform> ApiTest::MakePlatform() {
+  if (g_current_test->on_platform_made) {
+    g_current_test->on_platform_made();
+  }
+  return std::make_unique<ScriptedPlatform>(g_current_test->script);
 }
 
 void ApiTest::StartWithChip() {
@@ -36,7 +40,7 @@ bool ApiTest::JobEnded() {
 namespace borvan {
 
 std::unique_ptr<DevicePlatform> MakeDevicePlatform() {
-  return std::make_unique<borvan_test::ScriptedPlatform>(borvan_test::CurrentScript());
+  return borvan_test::ApiTest::MakePlatform();
 }
 
 }  // namespace borvan

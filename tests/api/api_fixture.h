@@ -3,6 +3,7 @@
 #include <borvan_usb.h>
 #include <gtest/gtest.h>
 
+#include <functional>
 #include <memory>
 #include <string>
 #include <utility>
@@ -15,6 +16,10 @@ namespace borvan_test {
 
 // Exports on a scripted system; there is no instance before and after each test.
 class ApiTest : public testing::Test {
+ public:
+  // The running test's system, for the instance that the library makes.
+  static std::unique_ptr<borvan::DevicePlatform> MakePlatform();
+
  protected:
   ApiTest();
   ~ApiTest() override;
@@ -27,6 +32,7 @@ class ApiTest : public testing::Test {
 
   const std::shared_ptr<PlatformScript> script = std::make_shared<PlatformScript>();
   const std::shared_ptr<MemoryChip> chip = std::make_shared<MemoryChip>();
+  std::function<void()> on_platform_made;  // called before an instance is made
 };
 
 // The process's instance with operations that note their texts and answer what the test says.

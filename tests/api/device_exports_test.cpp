@@ -66,6 +66,15 @@ TEST_F(DeviceExportsTest, UsbIniDeviceReplacesTheInstance) {
   EXPECT_EQ(script->com_initialisations, 2);
 }
 
+TEST_F(DeviceExportsTest, UsbIniDeviceEndsTheFormerInstanceBeforeItMakesAnother) {
+  UsbIniDevice();
+  const std::weak_ptr<borvan::BorvanUsb_Q7> former = borvan::GlobalInstance().Get();
+  bool former_was_gone = false;
+  on_platform_made = [&] { former_was_gone = former.expired(); };
+  UsbIniDevice();
+  EXPECT_TRUE(former_was_gone);
+}
+
 TEST_F(DeviceExportsTest, UsbUpdateDeviceListsAnewAndFollowsTheSelection) {
   script->cameras = {MakeCamera(u'a'), MakeCamera(u'b'), MakeCamera(u'c')};
   UsbIniDevice();

@@ -130,11 +130,13 @@ TEST_F(ListFileChunksTest, LastLineWithoutAnEnd) {
 }
 
 // The last piece lies where the one before it lay: behind the file's end still stands what that one
-// had there, here the end of a line.
-TEST_F(ListFileChunksTest, LongestPlainLineWithoutAnEndIsNotCompletedByAFormerPiece) {
+// had there, here ends of lines.
+TEST_F(ListFileChunksTest, LongestPlainLineIsNotReadOnIntoAFormerPiece) {
   const std::string line = "0x12345678, 0x9abcdef0,\r\n";
-  const std::string content = line + Remark(kPiece - line.size()) + line.substr(0, 24);
-  EXPECT_EQ(Read(content), (Reading{{{0x12345678, 0x9ABCDEF0}, {0x12345678, 0x9ABCDEF0}}, false}));
+  const std::string whole_piece = line + "\n" + Remark(kPiece - line.size() - 1);
+  const Reading expected = {{{0x12345678, 0x9ABCDEF0}, {0x12345678, 0x9ABCDEF0}}, false};
+  EXPECT_EQ(Read(whole_piece + line), expected);
+  EXPECT_EQ(Read(whole_piece + line.substr(0, 24)), expected);
 }
 
 TEST_F(ListFileChunksTest, BlanksWhereverTheyMayStand) {

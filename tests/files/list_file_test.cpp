@@ -43,6 +43,17 @@ TEST_F(ListFileTest, FileWithoutEntriesIsAnEmptyList) {
   EXPECT_EQ(Read("// 0x01,0x02,\n"), Entries{});
 }
 
+TEST_F(ListFileTest, LongListTakesTheMemoryOfItsEntriesAndNoMore) {
+  constexpr std::size_t kLines = 60000;
+  std::string content;
+  for (std::size_t i = 0; i < kLines; ++i) {
+    content += "0x3012,0x5a,\n";
+  }
+  const Entries list = Read(content);
+  EXPECT_EQ(list.size(), kLines);
+  EXPECT_EQ(list.capacity(), kLines);
+}
+
 TEST_F(ListFileTest, FileThatCannotBeOpenedIsAnEmptyList) {
   EXPECT_EQ(borvan::ReadListFile(folder.Path("missing.txt")), Entries{});
   EXPECT_EQ(borvan::ReadListFile(folder.Path("no folder/list.txt")), Entries{});
