@@ -132,6 +132,14 @@ class InfoTest(station.ToolTest):
         self.plug_in(camera(0, nodes=["camera-terminal", "processing"]))
         self.refuse(4, "no vendor unit", "info")
 
+    def test_camera_that_cannot_be_bound_is_refused_with_the_librarys_reason(self):
+        self.plug_in(camera(0))
+        self.configure(camera(1))  # the list still has the one that is no longer there
+        outcome = self.refuse(4, "can't be opened: ERROR: ", "info", "--json")
+        self.assertEqual(outcome.json["error"]["kind"], "refused")
+        text = self.run_tool("doctor").out
+        self.assertIn("can't be opened", text)
+
     def test_camera_whose_chip_refuses_everything_is_refused(self):
         self.plug_in(camera(0, faults=[{"result": "0x80070017"}]))
         self.refuse(4, "no vendor unit that answers", "info")
