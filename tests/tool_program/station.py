@@ -1,6 +1,6 @@
 """A station with virtual cameras, on which tests run the built borvanusb.exe through Wine.
 
-Each test program has a Wine prefix of its own, so that several can run at once.
+WINEPREFIX names the Wine prefix that they share; one test program uses it at a time.
 """
 import dataclasses
 import json
