@@ -2,13 +2,13 @@
 # Looks for faults without running anything: shellcheck over the scripts, clang-tidy over the C and
 # C++ files of the native and windows builds (the windows build must be there: scripts/build.sh). Files found
 # clean are remembered by content in build/lint-cache, so a second run looks only at what changed.
-# Usage: lint.sh [--tests | FILE…] (clang-tidy over tests and benchmarks too, or
-# over these files only)
+# Usage: lint.sh [--library | --tests | FILE…] (clang-tidy over the library and its examples alone, over
+# tests and benchmarks too, or over these files only)
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
 failed=0
-if [ $# -eq 0 ] || [ "$1" = --tests ]; then
+if [ $# -eq 0 ] || [ "$1" = --tests ] || [ "$1" = --library ]; then
   scripts=()
   while IFS= read -r -d '' file; do
     if [[ $(head -n 1 "$file") =~ ^#!.*[/\ ](ba)?sh ]]; then

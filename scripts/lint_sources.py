@@ -1,9 +1,10 @@
 #!/usr/bin/env python3
 """Runs clang-tidy over the sources that the builds compile, several at a time; see lint.sh.
 
-Usage: lint_sources.py [--tests | FILE…]
-Without arguments what is handed out, with --tests the tests and benchmarks too: they take as long as
-all others together, and the compilers' warnings and the sanitizers see them in any case.
+Usage: lint_sources.py [--library | --tests | FILE…]
+Without arguments what is handed out; with --library the library and its examples alone; with --tests
+the tests and benchmarks too: they take as long as all others together, and the compilers' warnings and
+the sanitizers see them in any case.
 Sources of the native build are looked at as compiled there, the others (COM, Win32) as compiled by
 the windows build, with the cross toolchain's headers. A source found clean is not looked at again
 until it, a header of ours that it reaches, its command, the rules or the tool change.
@@ -131,6 +132,8 @@ def main():
              if source not in native]
     if len(sys.argv) == 1:
         jobs = [job for job in jobs if job[0].parts[0] not in ("tests", "bench")]
+    elif sys.argv[1] == "--library":
+        jobs = [job for job in jobs if job[0].parts[0] in ("include", "src", "examples")]
     elif sys.argv[1] != "--tests":
         wanted = {pathlib.Path(name).resolve() for name in sys.argv[1:]}
         jobs = [job for job in jobs if ROOT / job[0] in wanted]

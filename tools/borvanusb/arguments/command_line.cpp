@@ -1,4 +1,5 @@
 #include "arguments/command_line.h"
+#include "arguments/joined.h"
 
 #include <algorithm>
 #include <stdexcept>
@@ -11,14 +12,6 @@
 #include "version.h"
 
 namespace {
-
-std::string Joined(const std::vector<std::string>& words) {
-  std::string joined;
-  for (const std::string& word : words) {
-    joined += (joined.empty() ? "" : " ") + word;
-  }
-  return joined;
-}
 
 std::string HelpHint(const std::vector<std::string>& command) {
   return "borvanusb " + Joined(command) + (command.empty() ? "" : " ") + "--help tells more.";

@@ -2,6 +2,8 @@
 #include <algorithm>
 
 #include "arguments/command_line.h"
+#include "arguments/joined.h"
+#include "arguments/usage.h"
 #include "version.h"
 
 namespace {
@@ -51,35 +53,12 @@ void AppendRow(std::string& out, const std::string& name, const std::string& tex
   AppendWrapped(out, text, column);
 }
 
-std::string Joined(const std::vector<std::string>& texts, const char* between) {
-  std::string joined;
-  for (const std::string& text : texts) {
-    joined += joined.empty() ? "" : between;
-    joined += text;
-  }
-  return joined;
-}
-
 std::string NameAndValue(const OptionDescription& option) {
   return Joined(option.names, ", ") + (option.value.empty() ? "" : " " + option.value);
 }
 
 std::string Usage(const CommandDescription& command) {
-  std::string usage = "borvanusb " + Joined(command.words, " ");
-  bool options = false;
-  for (const OptionDescription& option : command.options) {
-    if (option.required) {
-      usage += ' ';
-      usage += NameAndValue(option);
-    } else if (option.positional) {
-      usage += " [";
-      usage += NameAndValue(option);
-      usage += ']';
-    } else {
-      options = true;
-    }
-  }
-  return usage + (options ? " [OPTIONS]" : "");
+  return "borvanusb " + Joined(command.words) + UsageArguments(command, NameAndValue, " [OPTIONS]");
 }
 
 std::string CommonLine(const ToolDescription& tool) {

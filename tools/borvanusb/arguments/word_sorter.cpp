@@ -1,4 +1,5 @@
 #include "arguments/word_sorter.h"
+#include "arguments/joined.h"
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
@@ -10,23 +11,15 @@ namespace {
 
 constexpr const char* kHint = "borvanusb --help tells more.";
 
-std::string Joined(const std::vector<std::string>& texts, char between) {
-  std::string joined;
-  for (const std::string& text : texts) {
-    joined += (joined.empty() ? "" : std::string(1, between)) + text;
-  }
-  return joined;
-}
-
 CLI::Option* AddTo(CLI::App& app, const OptionDescription& option, std::size_t place) {
   if (option.positional) {
     // The name that people read may hold brackets, which is no name here.
     return app.add_option("argument" + std::to_string(place));
   }
   if (option.value.empty()) {
-    return app.add_flag(Joined(option.names, ','))->disable_flag_override();
+    return app.add_flag(Joined(option.names, ","))->disable_flag_override();
   }
-  return app.add_option(Joined(option.names, ','))
+  return app.add_option(Joined(option.names, ","))
       ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll)
       ->allow_extra_args(false);
 }

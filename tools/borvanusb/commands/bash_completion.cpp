@@ -1,16 +1,9 @@
 #include <algorithm>
 
+#include "arguments/joined.h"
 #include "commands/completion_scripts.h"
 
 namespace {
-
-std::string Joined(const std::vector<std::string>& words) {
-  std::string joined;
-  for (const std::string& word : words) {
-    joined += (joined.empty() ? "" : " ") + word;
-  }
-  return joined;
-}
 
 // The words of `options` that begin with a dash.
 std::string OptionWords(const std::vector<OptionDescription>& options) {

@@ -3,6 +3,7 @@
 #include <string_view>
 
 #include "arguments/command_line.h"
+#include "arguments/usage.h"
 #include "commands/commands.h"
 #include "output/output.h"
 #include "version.h"
@@ -71,21 +72,7 @@ std::string Usage(const CommandDescription& command) {
     usage += ' ';
     usage += Roff(word);
   }
-  usage += "\\fR";
-  bool options = false;
-  for (const OptionDescription& option : command.options) {
-    if (option.required) {
-      usage += ' ';
-      usage += NameAndValue(option);
-    } else if (option.positional) {
-      usage += " [";
-      usage += NameAndValue(option);
-      usage += ']';
-    } else {
-      options = true;
-    }
-  }
-  return usage + (options ? " [\\fIOPTIONS\\fR]" : "");
+  return usage + "\\fR" + UsageArguments(command, NameAndValue, " [\\fIOPTIONS\\fR]");
 }
 
 std::string CommandSection(const CommandDescription& command) {

@@ -1,14 +1,7 @@
+#include "arguments/joined.h"
 #include "commands/completion_scripts.h"
 
 namespace {
-
-std::string Joined(const std::vector<std::string>& words) {
-  std::string joined;
-  for (const std::string& word : words) {
-    joined += (joined.empty() ? "" : " ") + word;
-  }
-  return joined;
-}
 
 // A text of PowerShell in single quotes, in which only they are special.
 std::string Literal(const std::string& text) {
