@@ -61,7 +61,10 @@ void PrintSystem(const SystemReport& system, Output& output) {
   }
   output.Line("COM          " + Or(system.com_problem, "works"));
   for (const auto& [name, value] : system.environment) {
-    output.Line("environment  " + name + "=" + value);
+    std::string line = "environment  " + name;
+    line += '=';
+    line += value;
+    output.Line(line);
   }
 }
 

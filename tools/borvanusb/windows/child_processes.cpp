@@ -171,6 +171,7 @@ std::vector<int> RunChildProcesses(
     on_line(line.child, line.from_error, line.text);
   }
   std::vector<int> codes;
+  codes.reserve(children.size());
   for (const auto& child : children) {
     codes.push_back(child->WaitForCode());
   }
