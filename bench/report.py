@@ -99,10 +99,10 @@ def print_tool(series):
             ("program", "programming 1 MiB, and reading it before and after", LARGEST_TOOL_RATIO),
             ("equal", "an equal image beside one read", LARGEST_EQUAL_RATIO)):
         rounds = series[f"tool.{name}_ratio"]
+        print(f"   {title}")
         for kind, pick in (("least", min), ("median", median)):
             ratio = pick(rounds)
-            print(f"   {title}")
-            row(f"   {kind} of {len(rounds)}", "", "", f"{ratio:.4f}", f"<= {target}",
+            row(f"      {kind} of {len(rounds)}", "", "", f"{ratio:.4f}", f"<= {target}",
                 ratio <= target)
     help_ms, empty_ms = median(series["tool.help_ms"]), median(series["tool.empty_ms"])
     row("   --help beside an empty program, median", f"{help_ms:.1f} ms", f"{empty_ms:.1f} ms",
