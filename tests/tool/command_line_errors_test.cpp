@@ -61,6 +61,7 @@ TEST(CommandLineErrorsTest, OptionWithoutItsValue) {
   ExpectRefused({"reg", "write", "1", "2", "--mask"},
                 "--mask: M is missing: change only the bits that are 1 in M; reads first");
   ExpectRefused({"--camera=", "list"}, "--camera: a value is missing after the =");
+  ExpectRefused({"--json=", "list"}, "--json: takes no value");
   ExpectRefused({"list", "--json=yes"}, "--json: takes no value");
 }
 

@@ -41,19 +41,6 @@ std::vector<std::vector<std::string>> ValuesOf(const std::vector<CLI::Option*>& 
   return values;
 }
 
-// The parser gives the next word to an option that is followed by = and nothing.
-void RefuseEmptyAfterSign(const std::vector<std::string>& words) {
-  for (const std::string& word : words) {
-    if (word == "--") {
-      return;
-    }
-    if (word.size() > 3 && word.starts_with("--") && word.find('=') == word.size() - 1) {
-      throw Failure(ExitCode::kUsage,
-                    word.substr(0, word.size() - 1) + ": a value is missing after the =", kHint);
-    }
-  }
-}
-
 const OptionDescription* FindOption(const std::vector<OptionDescription>& options,
                                     const std::string& name) {
   for (const OptionDescription& option : options) {
@@ -64,16 +51,38 @@ const OptionDescription* FindOption(const std::vector<OptionDescription>& option
   return nullptr;
 }
 
+const OptionDescription* FindOption(const ToolDescription& tool, const std::string& name) {
+  const OptionDescription* option = FindOption(tool.common, name);
+  for (const CommandDescription& command : tool.commands) {
+    option = option != nullptr ? option : FindOption(command.options, name);
+  }
+  return option;
+}
+
+// The parser gives the next word to an option that is followed by = and nothing. An option that
+// there isn't is told as such, by what comes later.
+void RefuseEmptyAfterSign(const ToolDescription& tool, const std::vector<std::string>& words) {
+  for (const std::string& word : words) {
+    if (word == "--") {
+      return;
+    }
+    const std::string name = word.substr(0, word.find('='));
+    const OptionDescription* const option = FindOption(tool, name);
+    if (word == name + "=" && option != nullptr) {
+      const char* const why =
+          option->value.empty() ? ": takes no value" : ": a value is missing after the =";
+      throw Failure(ExitCode::kUsage, name + why, kHint);
+    }
+  }
+}
+
 // The parser's complaints name the option first.
 [[noreturn]] void Complain(const ToolDescription& tool, const std::string& complaint) {
   std::string name = complaint.substr(0, complaint.find_first_of(": ,="));
   if (!name.starts_with('-')) {
     name = "--" + name;
   }
-  const OptionDescription* option = FindOption(tool.common, name);
-  for (const CommandDescription& command : tool.commands) {
-    option = option != nullptr ? option : FindOption(command.options, name);
-  }
+  const OptionDescription* const option = FindOption(tool, name);
   if (option == nullptr) {
     throw Failure(ExitCode::kUsage, complaint, kHint);
   }
@@ -86,7 +95,7 @@ const OptionDescription* FindOption(const std::vector<OptionDescription>& option
 }  // namespace
 
 SortedWords SortWords(const ToolDescription& tool, const std::vector<std::string>& words) {
-  RefuseEmptyAfterSign(words);
+  RefuseEmptyAfterSign(tool, words);
   CLI::App root;
   root.set_help_flag();
   root.allow_windows_style_options(false);
