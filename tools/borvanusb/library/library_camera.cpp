@@ -63,17 +63,20 @@ void LibraryCamera::Refused(const std::string& what) const {
 
 void LibraryCamera::Finish(const std::string& what, const Job& job) const {
   const JobEnd end = RunJob(library_, identity_, job);
-  if (!end.failed) {
-    return;
+  if (end.failed) {
+    JobFailed(what, end.status);
   }
-  if (end.status == kBorvanFileError) {
-    throw Failure(ExitCode::kFile, what + ": " + library_.StatusText(end.status),
+}
+
+void LibraryCamera::JobFailed(const std::string& what, std::uint32_t status) const {
+  if (status == kBorvanFileError) {
+    throw Failure(ExitCode::kFile, what + ": " + library_.StatusText(status),
                   "A temporary file could not be used: look at the folder that TEMP names.");
   }
   if (!library_.IsListed(identity_)) {
-    throw GoneFailure(what + ": " + library_.StatusText(end.status), identity_);
+    throw GoneFailure(what + ": " + library_.StatusText(status), identity_);
   }
-  throw Failure(ExitCode::kDevice, what + ": " + library_.StatusText(end.status), kAgain);
+  throw Failure(ExitCode::kDevice, what + ": " + library_.StatusText(status), kAgain);
 }
 
 std::uint32_t LibraryCamera::ReadRegister(std::uint32_t address, RegisterWidth width) {

@@ -42,6 +42,7 @@ class LibraryCamera : public Camera {
   void Reselect() const;
   // Runs a job and throws Failure when it fails. `what` is for the user: "reading flash at 0x1000".
   void Finish(const std::string& what, const Job& job) const;
+  [[noreturn]] void JobFailed(const std::string& what, std::uint32_t status) const;
   // A failure without a code: the single accesses tell none.
   [[noreturn]] void Refused(const std::string& what) const;
   // One bulk read into a file and the file's bytes.

@@ -46,6 +46,11 @@ std::vector<std::uint8_t> LibraryCamera::Dump(const std::string& what, std::uint
       if (bytes.size() >= size) {
         break;
       }
+      // A read below 8 bytes reports 100 whatever became of it, and its failure after that.
+      const std::uint64_t progress = library_.Functions().GetProgressInfo();
+      if (borvan_progress_state(progress) == kBorvanProgressFailed) {
+        JobFailed(what, static_cast<std::uint32_t>(borvan_progress_status(progress)));
+      }
       if (Supervisor::Clock::now() > end) {
         throw Failure(ExitCode::kFile,
                       what + ": of " + SizeText(size) + " only " + std::to_string(bytes.size()) +
