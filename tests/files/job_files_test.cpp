@@ -111,6 +111,7 @@ TEST_F(JobFiles, ThatShrinkAndGrowWhileTheyAreReadEndTheirJobEitherWay) {
   while (text.size() < kLong) {
     text += "0x3012,0x5a,\n";
   }
+  text.resize(kLong);
   const std::string path = folder_.Put("list.txt", text);
   std::atomic<bool> stop{false};
   std::thread changer([&] {
