@@ -98,6 +98,23 @@ TEST_F(LibraryFlashTest, ShortReadThatFailsSaysWhy) {
   EXPECT_THAT(failure.Message(), HasSubstr("reading flash 0x10-0x13: 0x80070017, Data error"));
 }
 
+// A read below 8 bytes reports 100 whatever became of it; a poll may fall between that and its
+// failure.
+TEST_F(LibraryFlashTest, ShortReadWhoseHundredIsSeenBeforeItsFailureSaysWhy) {
+  const auto camera = Open();
+  FailFastReads();
+  static bool seen;
+  seen = false;
+  exports.GetProgressInfo = [] {
+    const std::uint64_t progress = seen ? GetProgressInfo() : 100;
+    seen = true;
+    return progress;
+  };
+  const Failure failure = FailureOf([&] { camera->ReadFlash(0x10, 4, {}); });
+  EXPECT_EQ(failure.Code(), ExitCode::kDevice);
+  EXPECT_THAT(failure.Message(), HasSubstr("reading flash 0x10-0x13: 0x80070017, Data error"));
+}
+
 TEST_F(LibraryFlashTest, ReadOfACameraThatFellOffSaysSoLongBeforeTheTimeLimit) {
   library.emplace(exports, platform, supervisor, std::chrono::seconds(60));
   const auto camera = Open();

@@ -41,8 +41,8 @@ std::vector<std::uint8_t> LibraryCamera::Dump(const std::string& what, std::uint
     Finish(what, job);
     // The job reports its end before it writes the file.
     const auto end = Supervisor::Clock::now() + library_.Limit();
-    while (FileExists(file.name)) {
-      bytes = ReadWholeFile(file.name);
+    for (;;) {
+      bytes = FileExists(file.name) ? ReadWholeFile(file.name) : std::vector<std::uint8_t>();
       if (bytes.size() >= size) {
         break;
       }
