@@ -23,6 +23,7 @@ WINDOWS = {
     "src/device/ks_extension_unit.cpp": ["windows_com_test", "windows_library_test"],
     "src/device/windows_platform.cpp": ["windows_com_test", "windows_library_test"],
     "src/files/file_windows.cpp": ["windows_com_test", "windows_library_test"],
+    "src/jobs/detached_thread_windows.cpp": ["windows_com_test", "windows_library_test"],
     "src/jobs/library_pin_windows.cpp": ["windows_library_test"],
 }
 

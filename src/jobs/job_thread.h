@@ -1,12 +1,11 @@
 #pragma once
 
 #include <exception>
-#include <memory>
 #include <new>
-#include <thread>
 #include <utility>
 
 #include "files/file.h"
+#include "jobs/detached_thread.h"
 #include "jobs/job_end.h"
 #include "jobs/library_pin.h"
 #include "jobs/progress.h"
@@ -24,17 +23,17 @@ inline void EndFailedJob(BorvanUSBBase& device, const ProgressCallback& progress
   ClearJobFlags(device.Jobs());
 }
 
-// The thread procedure: runs the worker and frees the record.
+// What a job's thread does; the record is freed behind it.
 template <typename Job>
-void RunJobThread(std::unique_ptr<Job> job, void (*worker)(Job&)) {
+void RunJobThread(Job& job, void (*worker)(Job&)) {
   try {
-    worker(*job);
+    worker(job);
   } catch (const FileError&) {
-    EndFailedJob(*job->device, job->progress, ToResult(StatusCode::kFileError));
+    EndFailedJob(*job.device, job.progress, ToResult(StatusCode::kFileError));
   } catch (const std::bad_alloc&) {
-    EndFailedJob(*job->device, job->progress, kOutOfMemory);
+    EndFailedJob(*job.device, job.progress, kOutOfMemory);
   } catch (...) {
-    EndFailedJob(*job->device, job->progress, kFailed);
+    EndFailedJob(*job.device, job.progress, kFailed);
   }
 }
 
@@ -46,7 +45,7 @@ Result StartJobThread(Job job, void (*worker)(Job&)) {
   jobs.stopRequested.exchange(false);
   jobs.jobRunning.exchange(true);
   PinLibrary();
-  std::thread(RunJobThread<Job>, std::make_unique<Job>(std::move(job)), worker).detach();
+  RunDetached([job = std::move(job), worker]() mutable { RunJobThread(job, worker); });
   return kOk;
 }
 

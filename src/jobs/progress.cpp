@@ -5,6 +5,8 @@
 #include <thread>
 #include <utility>
 
+#include "jobs/detached_thread.h"
+
 namespace borvan {
 namespace {
 
@@ -25,7 +27,7 @@ void ProgressClearTask(JobState& jobs) {
 
 void StartProgressClearTask(const std::shared_ptr<BorvanUSBBase>& device) {
   try {
-    std::thread([device] { ProgressClearTask(device->Jobs()); }).detach();
+    RunDetached([device] { ProgressClearTask(device->Jobs()); });
   } catch (const std::exception&) {
     // Without a thread to be had the 100 stays until the next report; the job goes on.
     return;

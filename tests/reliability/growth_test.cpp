@@ -4,14 +4,17 @@
 
 #include <cstdio>
 
+#include <strmif.h>
+
+#include "device/directshow_interfaces.h"
 #include "host.h"
 
 namespace reliability {
 namespace {
 
 // A round's kept references: the control with its filter, and the list's moniker with its texts.
-constexpr std::size_t kBlocksOfARound = 16;
-constexpr std::size_t kBytesOfARound = 2'048;
+constexpr std::size_t kBlocksOfARound = 8;
+constexpr std::size_t kBytesOfARound = 1'024;
 
 void Round(const Library& library, const JobFiles& files, int round) {
   ASSERT_TRUE(Start(library));
@@ -27,6 +30,37 @@ void Round(const Library& library, const JobFiles& files, int round) {
   ASSERT_TRUE(library.destroy());
 }
 
+// Lists the video inputs as any program would, with every reference released.
+void ListVideoInputs() {
+  ICreateDevEnum* device_enumerator = nullptr;
+  ASSERT_EQ(
+      CoCreateInstance(borvan::kClsidSystemDeviceEnum, nullptr, CLSCTX_INPROC_SERVER,
+                       borvan::kIidCreateDevEnum, reinterpret_cast<void**>(&device_enumerator)),
+      S_OK);
+  IEnumMoniker* category = nullptr;
+  EXPECT_EQ(device_enumerator->CreateClassEnumerator(borvan::kClsidVideoInputDeviceCategory,
+                                                     &category, 0),
+            S_OK);
+  device_enumerator->Release();
+  ASSERT_NE(category, nullptr);
+  IMoniker* moniker = nullptr;
+  while (category->Next(1, &moniker, nullptr) == S_OK) {
+    moniker->Release();
+  }
+  category->Release();
+}
+
+// The handles that the system itself leaves open each time the video inputs are listed: Wine 8
+// forgets two registry keys of each of them, Windows none.
+std::size_t HandlesOfAListing() {
+  constexpr std::size_t kListings = 10;
+  const std::size_t before = Handles();
+  for (std::size_t listing = 0; listing < kListings; ++listing) {
+    ListVideoInputs();
+  }
+  return (Handles() - before) / kListings;
+}
+
 TEST(Growth, IsThatOfTheKeptReferencesAlone) {
   const JobFiles files;
   const Library library = LoadBorvanUsb();
@@ -37,6 +71,7 @@ TEST(Growth, IsThatOfTheKeptReferencesAlone) {
     ASSERT_FALSE(HasFatalFailure());
   }
   WaitForClearTasks();
+  const std::size_t listing_handles = HandlesOfAListing();
   const std::size_t handles = Handles();
   const std::size_t threads = Threads();
   const Memory memory = HeapMemory();
@@ -49,9 +84,13 @@ TEST(Growth, IsThatOfTheKeptReferencesAlone) {
     Round(library, files, round);
     ASSERT_FALSE(HasFatalFailure());
   }
-  // Wine keeps one more thread from some moment on, after ten rounds as after a hundred.
+  // Wine's listing starts a thread after a pause and keeps it with a handle: one more of each,
+  // after ten rounds as after thousands.
   ASSERT_TRUE(ThreadsBecome(threads + 1)) << Threads() << " threads, before " << threads;
-  EXPECT_EQ(Handles(), handles);
+  const std::size_t listed = static_cast<std::size_t>(rounds) * listing_handles;
+  const std::size_t grown = Handles() - handles;
+  EXPECT_GE(grown, listed);
+  EXPECT_LE(grown, listed + 1);
   EXPECT_EQ(MemoryCameraControls() - controls, rounds);
   EXPECT_EQ(MemoryCameraFilters() - filters, rounds);
   EXPECT_EQ(MemoryCameraReferences(), MemoryCameraControls()) << "one reference to each";
@@ -59,8 +98,8 @@ TEST(Growth, IsThatOfTheKeptReferencesAlone) {
   const auto count = static_cast<std::size_t>(rounds);
   RecordProperty("blocks_of_a_round", static_cast<int>((after.blocks - memory.blocks) / count));
   RecordProperty("bytes_of_a_round", static_cast<int>((after.bytes - memory.bytes) / count));
-  std::printf("%d rounds: %zu blocks and %zu bytes more\n", rounds, after.blocks - memory.blocks,
-              after.bytes - memory.bytes);
+  std::printf("%d rounds: %zu blocks, %zu bytes and %zu handles more, %zu of these by listing\n",
+              rounds, after.blocks - memory.blocks, after.bytes - memory.bytes, grown, listed);
   EXPECT_LE(after.blocks, memory.blocks + count * kBlocksOfARound);
   EXPECT_LE(after.bytes, memory.bytes + count * kBytesOfARound);
   CoUninitialize();

@@ -43,7 +43,7 @@ void Find(HMODULE module, const char* name, Function*& function) {
 
 int NumberOf(const char* variable, int usual) {
   const char* const text = std::getenv(variable);
-  return text == nullptr ? usual : std::atoi(text);
+  return text == nullptr ? usual : static_cast<int>(std::strtol(text, nullptr, 10));
 }
 
 }  // namespace
@@ -155,7 +155,7 @@ bool JobFiles::Run(const Library& library, Job job, int number) const {
 
 std::size_t Handles() {
   // GetProcessHandleCount has no answer everywhere; each value that could be a handle has one.
-  constexpr std::uintptr_t kLast = 0x8000;
+  constexpr std::uintptr_t kLast = 0x40000;
   std::size_t count = 0;
   for (std::uintptr_t value = 4; value < kLast; value += 4) {
     DWORD flags = 0;

@@ -1,10 +1,15 @@
 #include "plugging.h"
 
+#include <process.h>
+
 #include <chrono>
+#include <cstdint>
 #include <exception>
+#include <memory>
 #include <mutex>
 #include <string>
 #include <thread>
+#include <utility>
 
 #include "virtual_camera/core/camera.h"
 #include "wide_text.h"
@@ -39,6 +44,35 @@ void AwaitReturn(const Configuration& configuration, std::size_t position) {
     }
     std::this_thread::sleep_for(kReturnStep);
   }
+}
+
+struct Return {
+  Configuration configuration;
+  std::size_t position;
+  std::chrono::milliseconds delay;
+};
+
+unsigned __stdcall ReturnThread(void* argument) {
+  const std::unique_ptr<const Return> due(static_cast<const Return*>(argument));
+  try {
+    std::this_thread::sleep_for(due->delay);
+    AwaitReturn(due->configuration, due->position);
+  } catch (const std::exception& error) {
+    OutputDebugStringA(error.what());
+  }
+  return 0;
+}
+
+// A std::thread that is detached at once may never run with winpthreads behind it.
+void StartReturnThread(Return due) {
+  auto owned = std::make_unique<Return>(std::move(due));
+  const std::uintptr_t thread = _beginthreadex(nullptr, 0, ReturnThread, owned.get(), 0, nullptr);
+  if (thread == 0) {
+    OutputDebugStringA("no thread for the camera's return");
+    return;
+  }
+  static_cast<void>(owned.release());
+  CloseHandle(reinterpret_cast<HANDLE>(thread));
 }
 
 }  // namespace
@@ -99,14 +133,7 @@ void FollowFall(const Configuration& configuration, std::size_t position,
       return;
     }
     PinModule();
-    std::thread([configuration, position, delay = std::chrono::milliseconds(*back_after_ms)] {
-      try {
-        std::this_thread::sleep_for(delay);
-        AwaitReturn(configuration, position);
-      } catch (const std::exception& error) {
-        OutputDebugStringA(error.what());
-      }
-    }).detach();
+    StartReturnThread({configuration, position, std::chrono::milliseconds(*back_after_ms)});
   } catch (const std::exception& error) {
     OutputDebugStringA(error.what());
   }
