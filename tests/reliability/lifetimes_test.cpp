@@ -175,7 +175,8 @@ TEST(Lifetimes, OfHostsInAnyApartmentEndWithNothingButTheKeptReferences) {
       ASSERT_FALSE(testing::Test::HasFailure());
     }
   }
-  ASSERT_TRUE(ThreadsBecome(threads)) << Threads() << " threads instead of " << threads;
+  // Wine's listing starts a thread after a pause and keeps it.
+  ASSERT_TRUE(ThreadsBecome(threads + 1)) << Threads() << " threads instead of " << threads;
   EXPECT_EQ(MemoryCameraControls() - controls, kept);
   EXPECT_EQ(MemoryCameraReferences(), MemoryCameraControls()) << "one reference to each";
   EXPECT_EQ(MemoryCameraFilters() - filters, kept);
