@@ -2,7 +2,7 @@
 
 #include <cstdint>
 
-#if defined(__linux__)
+#if defined(__linux__) && !defined(BORVAN_UNGUARDED)
 #include <sys/mman.h>
 #include <unistd.h>
 
@@ -22,7 +22,7 @@ void TouchAll(void* data, std::size_t length) {
   }
 }
 
-#if defined(__linux__)
+#if defined(__linux__) && !defined(BORVAN_UNGUARDED)
 
 namespace {
 
@@ -38,7 +38,6 @@ class Arena {
         mprotect(At(offset), length, PROT_READ | PROT_WRITE) != 0) {
       return nullptr;
     }
-    ++blocks_;
     std::uint8_t* const block = At(offset + length - Room(size));
     std::memcpy(block - sizeof size, &size, sizeof size);
     return block;
@@ -60,8 +59,6 @@ class Arena {
     static_cast<void>(mprotect(pages, length, PROT_NONE));
   }
 
-  std::size_t Blocks() const { return blocks_; }
-
  private:
   static constexpr std::size_t kPage = 4096;
   static constexpr std::size_t kSize = std::size_t{16} << 30U;
@@ -82,7 +79,6 @@ class Arena {
   void* const start_ =
       mmap(nullptr, kSize, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0);
   std::atomic<std::size_t> used_{0};
-  std::atomic<std::size_t> blocks_{0};
 };
 
 Arena& TheArena() {
@@ -98,10 +94,6 @@ GuardedMemory::GuardedMemory() : former_(guarding) {
 
 GuardedMemory::~GuardedMemory() {
   guarding = former_;
-}
-
-std::size_t GuardedMemory::BlockCount() {
-  return TheArena().Blocks();
 }
 
 }  // namespace borvan::test
@@ -136,10 +128,6 @@ void operator delete(void* block, std::size_t /*size*/) noexcept {
 
 GuardedMemory::GuardedMemory() : former_(false) {}
 GuardedMemory::~GuardedMemory() = default;
-
-std::size_t GuardedMemory::BlockCount() {
-  return 0;
-}
 
 }  // namespace borvan::test
 
