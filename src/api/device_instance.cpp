@@ -2,7 +2,14 @@
 
 #include <utility>
 
+#include "device/never_destroyed.h"
+
 namespace borvan {
+namespace {
+
+NeverDestroyed<DeviceInstance> g_device;
+
+}  // namespace
 
 std::shared_ptr<BorvanUsb_Q7> DeviceInstance::Get() const {
   const std::lock_guard lock(mutex_);
@@ -16,8 +23,7 @@ void DeviceInstance::Set(std::shared_ptr<BorvanUsb_Q7> device) {
 }
 
 DeviceInstance& GlobalInstance() {
-  static auto& g_device = *new DeviceInstance;
-  return g_device;
+  return g_device.value;
 }
 
 }  // namespace borvan

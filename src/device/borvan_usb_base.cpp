@@ -5,6 +5,8 @@
 #include <mutex>
 #include <utility>
 
+#include "device/never_destroyed.h"
+
 namespace borvan {
 namespace {
 
@@ -27,17 +29,13 @@ class KeptReferences {
     }
   }
 
-  static KeptReferences& Instance() {
-    // Never destroyed: at the end of the process the drivers' libraries may be gone already.
-    static auto& instance = *new KeptReferences;
-    return instance;
-  }
-
  private:
   std::mutex mutex_;
   std::vector<std::shared_ptr<VideoInputMoniker>> monikers_;
   std::vector<std::shared_ptr<ExtensionUnitControl>> controls_;
 };
+
+NeverDestroyed<KeptReferences> g_kept_references;
 
 }  // namespace
 
@@ -52,7 +50,7 @@ BorvanUSBBase::BorvanUSBBase(std::unique_ptr<DevicePlatform> platform)
 
 BorvanUSBBase::~BorvanUSBBase() {
   try {
-    KeptReferences::Instance().Keep(std::move(devices_), channel_.Abandon());
+    g_kept_references.value.Keep(std::move(devices_), channel_.Abandon());
   } catch (...) {  // NOLINT(bugprone-empty-catch): without memory for the list they are released
   }
 }

@@ -114,7 +114,7 @@ void operator delete(void* block) noexcept {
     return;
   }
   if (TheArena().Holds(block)) {
-    TheArena().Free(block);
+    borvan::test::Arena::Free(block);
   } else {
     std::free(block);
   }
