@@ -234,11 +234,17 @@ class FaultReply : public ::testing::Test {
     control_->Play({{0x24, features, 0x00, 0x28}}, 3, kNoGet, Fault::kNone);
     EXPECT_EQ(device.SelectDevice(0), 0);
     control_->Play(operation.replies, operation.tag, faulty_get, fault);
+    ++runs_;
     const GuardedMemory guarded;
     return operation.run(device);
   }
 
+  void TearDown() override { RecordProperty("runs", runs_); }
+
   std::shared_ptr<ReplyingControl> control_ = std::make_shared<ReplyingControl>();
+
+ private:
+  int runs_ = 0;
 };
 
 TEST_F(FaultReply, UndisturbedRunsDeliverTheReplies) {

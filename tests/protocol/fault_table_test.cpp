@@ -264,6 +264,7 @@ struct SelectedCamera {
   }
 
   Result Run(const OperationCase& operation) {
+    ++runs;
     const GuardedMemory guarded;
     return operation.run(device);
   }
@@ -273,10 +274,13 @@ struct SelectedCamera {
   std::shared_ptr<FaultyControl> control;
   std::shared_ptr<Camera> camera;
   BorvanUsb_Q7 device;
+  int runs = 0;
 };
 
 class FaultTable : public ::testing::Test {
  protected:
+  void TearDown() override { RecordProperty("runs", fast_.runs + slow_.runs); }
+
   SelectedCamera& For(const OperationCase& operation) { return operation.fast_i2c ? fast_ : slow_; }
 
   static constexpr std::size_t kNever = SelectedCamera::kNever;

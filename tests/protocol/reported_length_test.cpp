@@ -168,7 +168,10 @@ class ReportedLength : public ::testing::Test {
     return control;
   }
 
+  void TearDown() override { RecordProperty("runs", runs_); }
+
   Result Run(const Operation& operation) {
+    ++runs_;
     const GuardedMemory guarded;
     return operation(*device_);
   }
@@ -178,6 +181,9 @@ class ReportedLength : public ::testing::Test {
   static constexpr std::array kImpossible = {65536U, 0x7FFFFFFFU, 0x80000000U, 0xFFFFFFFFU};
 
   std::unique_ptr<BorvanUsb_Q7> device_;
+
+ private:
+  int runs_ = 0;
 };
 
 TEST_F(ReportedLength, IsPassedOnAndHeldByEachBuffer) {
