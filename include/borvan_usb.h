@@ -32,6 +32,8 @@
 // Results: a function that returns bool returns true when its operation's 32-bit result is not
 //   negative, false when it is negative or no instance exists. The code itself is told for jobs
 //   only, by GetProgressInfo.
+// Unloading: FreeLibrary may be called between any two calls. The first job that starts keeps the
+//   library loaded until the process ends, for its code must stay; a library that ran none goes.
 // Exceptions: UsbSelectDevice and the job functions can throw C++ exceptions; see there.
 //
 // This header compiles alone as C11 and as C++.
