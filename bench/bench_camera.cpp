@@ -5,12 +5,9 @@
 #include <memory>
 
 #include "device/directshow_interfaces.h"
-#include "device/ks_topology.h"
+#include "support/one_node_filter.h"
 
 namespace {
-
-constexpr GUID kClassFactoryInterface = {
-    0x00000001, 0x0000, 0x0000, {0xC0, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x46}};
 
 // The objects live as long as the DLL: counting references would be a cost of the benchmark's own.
 constexpr ULONG kAlwaysReferenced = 1;
@@ -75,20 +72,8 @@ Control& TheControl() {
   return control;
 }
 
-// A filter without pins, with one vendor node.
-class Camera final : public IBaseFilter, public IKsTopologyInfo {
+class Camera final : public test::OneNodeFilter {
  public:
-  HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** object) override {
-    if (IsEqualGUID(iid, borvan::kIidUnknown) || IsEqualGUID(iid, borvan::kIidBaseFilter)) {
-      *object = static_cast<IBaseFilter*>(this);
-    } else if (IsEqualGUID(iid, borvan::kIidKsTopologyInfo)) {
-      *object = static_cast<IKsTopologyInfo*>(this);
-    } else {
-      *object = nullptr;
-      return E_NOINTERFACE;
-    }
-    return S_OK;
-  }
   ULONG STDMETHODCALLTYPE AddRef() override { return kAlwaysReferenced; }
   ULONG STDMETHODCALLTYPE Release() override { return kAlwaysReferenced; }
 
@@ -96,56 +81,18 @@ class Camera final : public IBaseFilter, public IKsTopologyInfo {
     *id = bench::kBenchCameraClass;
     return S_OK;
   }
-  HRESULT STDMETHODCALLTYPE Stop() override { return E_NOTIMPL; }
-  HRESULT STDMETHODCALLTYPE Pause() override { return E_NOTIMPL; }
-  HRESULT STDMETHODCALLTYPE Run(REFERENCE_TIME) override { return E_NOTIMPL; }
-  HRESULT STDMETHODCALLTYPE GetState(DWORD, FILTER_STATE*) override { return E_NOTIMPL; }
-  HRESULT STDMETHODCALLTYPE SetSyncSource(IReferenceClock*) override { return E_NOTIMPL; }
-  HRESULT STDMETHODCALLTYPE GetSyncSource(IReferenceClock**) override { return E_NOTIMPL; }
-  HRESULT STDMETHODCALLTYPE EnumPins(IEnumPins**) override { return E_NOTIMPL; }
-  HRESULT STDMETHODCALLTYPE FindPin(LPCWSTR, IPin**) override { return E_NOTIMPL; }
-  HRESULT STDMETHODCALLTYPE QueryFilterInfo(FILTER_INFO*) override { return E_NOTIMPL; }
-  HRESULT STDMETHODCALLTYPE JoinFilterGraph(IFilterGraph*, LPCWSTR) override { return E_NOTIMPL; }
-  HRESULT STDMETHODCALLTYPE QueryVendorInfo(LPWSTR*) override { return E_NOTIMPL; }
-
-  HRESULT STDMETHODCALLTYPE get_NumCategories(DWORD*) override { return E_NOTIMPL; }
-  HRESULT STDMETHODCALLTYPE get_Category(DWORD, GUID*) override { return E_NOTIMPL; }
-  HRESULT STDMETHODCALLTYPE get_NumConnections(DWORD*) override { return E_NOTIMPL; }
-  HRESULT STDMETHODCALLTYPE get_ConnectionInfo(DWORD, void*) override { return E_NOTIMPL; }
-  HRESULT STDMETHODCALLTYPE get_NodeName(DWORD, WCHAR*, DWORD, DWORD*) override {
-    return E_NOTIMPL;
-  }
-  HRESULT STDMETHODCALLTYPE get_NumNodes(DWORD* count) override {
-    *count = 1;
-    return S_OK;
-  }
-  HRESULT STDMETHODCALLTYPE get_NodeType(DWORD node, GUID* type) override {
-    *type = borvan::kKsNodeTypeDevSpecific;
-    return node == 0 ? S_OK : E_INVALIDARG;
-  }
   HRESULT STDMETHODCALLTYPE CreateNodeInstance(DWORD, REFIID iid, void** object) override {
     return TheControl().QueryInterface(iid, object);
   }
 };
 
-class Factory final : public IClassFactory {
+class Factory final : public test::LastingFactory {
  public:
-  HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** object) override {
-    if (!IsEqualGUID(iid, borvan::kIidUnknown) && !IsEqualGUID(iid, kClassFactoryInterface)) {
-      *object = nullptr;
-      return E_NOINTERFACE;
-    }
-    *object = static_cast<IClassFactory*>(this);
-    return S_OK;
-  }
-  ULONG STDMETHODCALLTYPE AddRef() override { return kAlwaysReferenced; }
-  ULONG STDMETHODCALLTYPE Release() override { return kAlwaysReferenced; }
   HRESULT STDMETHODCALLTYPE CreateInstance(IUnknown* outer, REFIID iid, void** object) override {
     static Camera camera;
     *object = nullptr;
     return outer != nullptr ? CLASS_E_NOAGGREGATION : camera.QueryInterface(iid, object);
   }
-  HRESULT STDMETHODCALLTYPE LockServer(BOOL) override { return S_OK; }
 };
 
 }  // namespace

@@ -11,12 +11,10 @@
 #include <limits>
 
 #include "device/directshow_interfaces.h"
-#include "device/ks_topology.h"
+#include "support/one_node_filter.h"
 
 namespace {
 
-constexpr GUID kClassFactoryInterface = {
-    0x00000001, 0x0000, 0x0000, {0xC0, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x46}};
 constexpr std::int64_t kNever = std::numeric_limits<std::int64_t>::max();
 constexpr HRESULT kMoreData = static_cast<HRESULT>(0x800700EA);
 
@@ -84,14 +82,14 @@ class Control final : public IKsControl {
   }
 
   HRESULT STDMETHODCALLTYPE KsProperty(PKSPROPERTY property, ULONG, void* data, ULONG length,
-                                       ULONG* returned) override {
+                                       ULONG* returned) noexcept override {
     return Transfer(property->Id, (property->Flags & KSPROPERTY_TYPE_GET) != 0, data, length,
                     *returned);
   }
-  HRESULT STDMETHODCALLTYPE KsMethod(PKSMETHOD, ULONG, void*, ULONG, ULONG*) override {
+  HRESULT STDMETHODCALLTYPE KsMethod(PKSMETHOD, ULONG, void*, ULONG, ULONG*) noexcept override {
     return E_NOTIMPL;
   }
-  HRESULT STDMETHODCALLTYPE KsEvent(PKSEVENT, ULONG, void*, ULONG, ULONG*) override {
+  HRESULT STDMETHODCALLTYPE KsEvent(PKSEVENT, ULONG, void*, ULONG, ULONG*) noexcept override {
     return E_NOTIMPL;
   }
 
@@ -100,25 +98,12 @@ class Control final : public IKsControl {
   std::atomic<ULONG> count_{1};
 };
 
-// A filter without pins, with one vendor node.
-class Filter final : public IBaseFilter, public IKsTopologyInfo {
+class Filter final : public test::OneNodeFilter {
  public:
   Filter() { ++filters; }
   Filter(const Filter&) = delete;
   Filter& operator=(const Filter&) = delete;
 
-  HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** object) override {
-    if (IsEqualGUID(iid, borvan::kIidUnknown) || IsEqualGUID(iid, borvan::kIidBaseFilter)) {
-      *object = static_cast<IBaseFilter*>(this);
-    } else if (IsEqualGUID(iid, borvan::kIidKsTopologyInfo)) {
-      *object = static_cast<IKsTopologyInfo*>(this);
-    } else {
-      *object = nullptr;
-      return E_NOINTERFACE;
-    }
-    AddRef();
-    return S_OK;
-  }
   ULONG STDMETHODCALLTYPE AddRef() override { return ++count_; }
   ULONG STDMETHODCALLTYPE Release() override {
     const ULONG left = --count_;
@@ -132,33 +117,6 @@ class Filter final : public IBaseFilter, public IKsTopologyInfo {
     *id = reliability::kMemoryCameraClass;
     return S_OK;
   }
-  HRESULT STDMETHODCALLTYPE Stop() override { return E_NOTIMPL; }
-  HRESULT STDMETHODCALLTYPE Pause() override { return E_NOTIMPL; }
-  HRESULT STDMETHODCALLTYPE Run(REFERENCE_TIME) override { return E_NOTIMPL; }
-  HRESULT STDMETHODCALLTYPE GetState(DWORD, FILTER_STATE*) override { return E_NOTIMPL; }
-  HRESULT STDMETHODCALLTYPE SetSyncSource(IReferenceClock*) override { return E_NOTIMPL; }
-  HRESULT STDMETHODCALLTYPE GetSyncSource(IReferenceClock**) override { return E_NOTIMPL; }
-  HRESULT STDMETHODCALLTYPE EnumPins(IEnumPins**) override { return E_NOTIMPL; }
-  HRESULT STDMETHODCALLTYPE FindPin(LPCWSTR, IPin**) override { return E_NOTIMPL; }
-  HRESULT STDMETHODCALLTYPE QueryFilterInfo(FILTER_INFO*) override { return E_NOTIMPL; }
-  HRESULT STDMETHODCALLTYPE JoinFilterGraph(IFilterGraph*, LPCWSTR) override { return E_NOTIMPL; }
-  HRESULT STDMETHODCALLTYPE QueryVendorInfo(LPWSTR*) override { return E_NOTIMPL; }
-
-  HRESULT STDMETHODCALLTYPE get_NumCategories(DWORD*) override { return E_NOTIMPL; }
-  HRESULT STDMETHODCALLTYPE get_Category(DWORD, GUID*) override { return E_NOTIMPL; }
-  HRESULT STDMETHODCALLTYPE get_NumConnections(DWORD*) override { return E_NOTIMPL; }
-  HRESULT STDMETHODCALLTYPE get_ConnectionInfo(DWORD, void*) override { return E_NOTIMPL; }
-  HRESULT STDMETHODCALLTYPE get_NodeName(DWORD, WCHAR*, DWORD, DWORD*) override {
-    return E_NOTIMPL;
-  }
-  HRESULT STDMETHODCALLTYPE get_NumNodes(DWORD* count) override {
-    *count = 1;
-    return S_OK;
-  }
-  HRESULT STDMETHODCALLTYPE get_NodeType(DWORD node, GUID* type) override {
-    *type = borvan::kKsNodeTypeDevSpecific;
-    return node == 0 ? S_OK : E_INVALIDARG;
-  }
   HRESULT STDMETHODCALLTYPE CreateNodeInstance(DWORD, REFIID iid, void** object) override {
     auto* const control = new Control;
     const HRESULT result = control->QueryInterface(iid, object);
@@ -171,19 +129,8 @@ class Filter final : public IBaseFilter, public IKsTopologyInfo {
   std::atomic<ULONG> count_{1};
 };
 
-// Lives as long as the DLL.
-class Factory final : public IClassFactory {
+class Factory final : public test::LastingFactory {
  public:
-  HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** object) override {
-    if (!IsEqualGUID(iid, borvan::kIidUnknown) && !IsEqualGUID(iid, kClassFactoryInterface)) {
-      *object = nullptr;
-      return E_NOINTERFACE;
-    }
-    *object = static_cast<IClassFactory*>(this);
-    return S_OK;
-  }
-  ULONG STDMETHODCALLTYPE AddRef() override { return 1; }
-  ULONG STDMETHODCALLTYPE Release() override { return 1; }
   HRESULT STDMETHODCALLTYPE CreateInstance(IUnknown* outer, REFIID iid, void** object) override {
     *object = nullptr;
     if (outer != nullptr) {
@@ -194,7 +141,6 @@ class Factory final : public IClassFactory {
     filter->Release();
     return result;
   }
-  HRESULT STDMETHODCALLTYPE LockServer(BOOL) override { return S_OK; }
 };
 
 }  // namespace
@@ -217,16 +163,16 @@ std::int64_t MemoryCameraTransfers() {
   return transfers;
 }
 
-void MemoryCameraUnplugAfter(std::int64_t count) {
-  last_transfer = transfers + count;
+void MemoryCameraUnplugAfter(std::int64_t more_transfers) {
+  last_transfer = transfers + more_transfers;
 }
 
 void MemoryCameraPlug() {
   last_transfer = kNever;
 }
 
-void MemoryCameraSetFeatures(std::uint8_t value) {
-  features = value;
+void MemoryCameraSetFeatures(std::uint8_t feature_bits) {
+  features = feature_bits;
 }
 
 HRESULT WINAPI DllGetClassObject(REFCLSID class_id, REFIID iid, void** object) {

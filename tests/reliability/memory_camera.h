@@ -31,9 +31,9 @@ std::int32_t MemoryCameraReferences();
 std::int64_t MemoryCameraTransfers();
 
 // The camera answers this many transfers more and falls off then.
-void MemoryCameraUnplugAfter(std::int64_t transfers);
+void MemoryCameraUnplugAfter(std::int64_t more_transfers);
 void MemoryCameraPlug();
 
 // The value of the feature register.
-void MemoryCameraSetFeatures(std::uint8_t features);
+void MemoryCameraSetFeatures(std::uint8_t feature_bits);
 }
