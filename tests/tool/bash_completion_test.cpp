@@ -11,7 +11,7 @@
 
 #include "commands/commands.h"
 #include "commands/completion_scripts.h"
-#include "support/fake_camera.h"
+#include "support/command_desk.h"
 
 namespace tool_test {
 namespace {
@@ -108,16 +108,11 @@ TEST_F(BashCompletionTest, OptionsBeforeTheCommandDoNotHideIt) {
 }
 
 TEST_F(BashCompletionTest, CommandPrintsTheScript) {
-  const CommonArguments common;
-  FakeHost host;
-  FakeOutput output;
-  FakeProgress progress;
-  nlohmann::ordered_json result;
-  Context context{common, host, output, progress, result};
-  EXPECT_EQ(::Run(CompletionCommand{Shell::kBash}, context), ExitCode::kDone);
-  EXPECT_EQ(output.out, BashCompletion(DescribeTool()));
-  EXPECT_EQ(result["shell"], "bash");
-  EXPECT_EQ(result["script"], output.out);
+  CommandDesk desk;
+  EXPECT_EQ(::Run(CompletionCommand{Shell::kBash}, desk.context), ExitCode::kDone);
+  EXPECT_EQ(desk.output.out, BashCompletion(DescribeTool()));
+  EXPECT_EQ(desk.result["shell"], "bash");
+  EXPECT_EQ(desk.result["script"], desk.output.out);
 }
 
 }  // namespace

@@ -7,7 +7,7 @@
 
 #include "commands/commands.h"
 #include "commands/completion_scripts.h"
-#include "support/fake_camera.h"
+#include "support/command_desk.h"
 
 namespace tool_test {
 namespace {
@@ -61,16 +61,11 @@ TEST(PowerShellCompletionTest, BracketsAndQuotesAreClosed) {
 }
 
 TEST(PowerShellCompletionTest, CommandPrintsTheScript) {
-  const CommonArguments common;
-  FakeHost host;
-  FakeOutput output;
-  FakeProgress progress;
-  nlohmann::ordered_json result;
-  Context context{common, host, output, progress, result};
-  EXPECT_EQ(::Run(CompletionCommand{Shell::kPowerShell}, context), ExitCode::kDone);
-  EXPECT_EQ(output.out, PowerShellCompletion(DescribeTool()));
-  EXPECT_EQ(result["shell"], "powershell");
-  EXPECT_EQ(result["script"], output.out);
+  CommandDesk desk;
+  EXPECT_EQ(::Run(CompletionCommand{Shell::kPowerShell}, desk.context), ExitCode::kDone);
+  EXPECT_EQ(desk.output.out, PowerShellCompletion(DescribeTool()));
+  EXPECT_EQ(desk.result["shell"], "powershell");
+  EXPECT_EQ(desk.result["script"], desk.output.out);
 }
 
 }  // namespace
