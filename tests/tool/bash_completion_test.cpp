@@ -30,8 +30,8 @@ class BashCompletionTest : public testing::Test {
                std::string(testing::UnitTest::GetInstance()->current_test_info()->name()));
     fs::create_directories(folder_ / "files");
     std::ofstream(folder_ / "script") << BashCompletion(DescribeTool());
-    std::ofstream(folder_ / "files" / "image one.bin");
-    std::ofstream(folder_ / "files" / "list.txt");
+    std::ofstream(folder_ / "files" / "image one.bin") << "image";
+    std::ofstream(folder_ / "files" / "list.txt") << "list";
   }
   void TearDown() override { fs::remove_all(folder_); }
 
