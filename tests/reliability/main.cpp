@@ -43,7 +43,8 @@ int UnloadBesideJobs(int round) {
     }
   }
   // Now and then long enough for the jobs to end: then only clear tasks are left.
-  Sleep(static_cast<DWORD>(Below(random, 2) * Below(random, 60)));
+  const int wait = Below(random, 2) * Below(random, 60);
+  Sleep(static_cast<DWORD>(wait));
   if (Below(random, 2) == 0) {
     library.destroy();
   }
@@ -60,7 +61,7 @@ int main(int argc, char** argv) {
   test::EndOnCrash();
   try {
     if (argc == 3 && std::string(argv[1]) == "--unload") {
-      return UnloadBesideJobs(std::atoi(argv[2]));
+      return UnloadBesideJobs(static_cast<int>(std::strtol(argv[2], nullptr, 10)));
     }
     testing::InitGoogleTest(&argc, argv);
     const reliability::CameraRegistration registration;
