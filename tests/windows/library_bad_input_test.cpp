@@ -196,7 +196,7 @@ TEST_F(LibraryBadInput, ImagesOfEverySizeFillUpWithZerosAndEraseWholeSectors) {
 
 // Blank pieces are passed over, so that this takes 16,384 erasures and few writes.
 TEST_F(LibraryBadInput, AnImageOf64MebibytesIsProgrammed) {
-  constexpr std::size_t kSize = 64 * 1024 * 1024;
+  constexpr std::size_t kSize = std::size_t{64} << 20U;
   test::CameraText camera;
   camera.flash_size = "64M";
   UseCamera(camera);
