@@ -132,8 +132,14 @@ class ToolTest(unittest.TestCase):
                        err.decode("utf-8").replace("\r\n", "\n"))
 
     def run_tool(self, *arguments, environment=None):
-        """Runs borvanusb to its end."""
-        return self.finish(self.start(*arguments, environment=environment))
+        """Runs borvanusb to its end. On a busy machine Wine ends one process in hundreds before it
+        begins, with 1 and without a word. borvanusb never ends so: its 1 has an error line. Such a run
+        is no run; it is told and made again, once."""
+        outcome = self.finish(self.start(*arguments, environment=environment))
+        if outcome == Outcome(1, "", ""):
+            print("a process that never began is started again:", *arguments, file=sys.stderr)
+            outcome = self.finish(self.start(*arguments, environment=environment))
+        return outcome
 
     def succeed(self, *arguments, environment=None):
         """Runs borvanusb; it must end with 0."""
