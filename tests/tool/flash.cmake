@@ -5,7 +5,7 @@ target_compile_options(borvanusb_flash_test_support PRIVATE ${BORVAN_TEST_OPTION
 
 borvan_add_gtest(
   tool_flash_parts_test
-  SOURCES flash_parts_test.cpp flash_sha256_test.cpp flash_size_test.cpp
+  SOURCES flash_parts_test.cpp flash_sha256_test.cpp flash_size_test.cpp sector_fate_test.cpp
   LIBRARIES borvanusb_flash_test_support)
 borvan_add_gtest(
   tool_flash_program_test
@@ -26,3 +26,9 @@ borvan_add_gtest(
   LIBRARIES borvanusb_flash_test_support)
 target_compile_definitions(tool_flash_commands_test
                            PRIVATE BORVAN_JSON_SCHEMAS="${PROJECT_SOURCE_DIR}/docs/json")
+# 100,000 sequences with BORVAN_LONG=1.
+borvan_add_gtest(
+  tool_flash_sequences_test
+  SOURCES flash_sequences_test.cpp
+  LIBRARIES borvanusb_flash_test_support
+  TIMEOUT 600)

@@ -26,12 +26,24 @@ class FlashCutTest : public FlashTest {
 
   Bytes Wanted() const { return Overlaid(before_, command_.address, image_); }
 
-  void ExpectSecondRunFinishes(const std::string& where) {
+  bool IsHarmed() const {
+    Bytes beside = host.chips.front()->flash;
+    std::copy_n(before_.begin() + command_.address, image_.size(),
+                beside.begin() + command_.address);
+    return beside != before_;
+  }
+
+  enum class Leftovers { kNone, kAllowed };
+
+  void ExpectSecondRunFinishes(const std::string& where, Leftovers leftovers = Leftovers::kNone) {
     Heal();
+    const bool harmed = IsHarmed();
     const Outcome outcome = Run(command_);
     EXPECT_EQ(outcome.code, ExitCode::kDone) << where << ": " << outcome.message;
     EXPECT_TRUE(flash() == Wanted()) << where;
-    EXPECT_EQ(JournalFile(), "") << where;
+    // A journal whose bytes nobody missed may be another camera's: it stays.
+    EXPECT_FALSE(harmed && HasJournal() && leftovers == Leftovers::kNone) << where;
+    std::filesystem::remove_all(host.journal_folder);
   }
 
   // At each transfer, or at every `step`-th of them.
@@ -76,7 +88,7 @@ TEST_F(FlashCutTest, CutWithBackupsIsMendedAndTheFirstBackupStays) {
     flash() = before_;
     FailFrom(transfer);
     EXPECT_EQ(Run(command_).code, ExitCode::kDevice) << transfer;
-    const bool begun = transfer > 192;
+    const bool begun = transfer > 199;
     if (begun) {
       EXPECT_EQ(ReadFile("old.bin"), old_bytes) << transfer;
     }
@@ -87,14 +99,16 @@ TEST_F(FlashCutTest, CutWithBackupsIsMendedAndTheFirstBackupStays) {
 }
 
 TEST_F(FlashCutTest, SecondRunThatIsCutTooIsMendedByAThird) {
-  for (std::uint64_t first = 190; first <= transfers_; first += 37) {
-    for (std::uint64_t second = 190; second <= transfers_; second += 41) {
+  for (std::uint64_t first = 200; first <= transfers_; first += 37) {
+    for (std::uint64_t second = 200; second <= transfers_; second += 41) {
       flash() = before_;
       FailFrom(first);
       EXPECT_EQ(Run(command_).code, ExitCode::kDevice);
       FailFrom(second);
       Run(command_);
-      ExpectSecondRunFinishes(std::to_string(first) + " and " + std::to_string(second));
+      // What the first cut left alone keeps its journal.
+      ExpectSecondRunFinishes(std::to_string(first) + " and " + std::to_string(second),
+                              Leftovers::kAllowed);
     }
   }
 }
@@ -106,7 +120,7 @@ TEST_F(FlashCutTest, RestoringAfterAnyTransferGivesTheOldBytesBack) {
     FailAt(transfer);
     EXPECT_EQ(Run(command_).code, ExitCode::kDevice) << transfer;
     EXPECT_TRUE(flash() == before_) << transfer;
-    EXPECT_EQ(JournalFile(), "") << transfer;
+    EXPECT_FALSE(HasJournal()) << transfer;
     Heal();
   }
 }
@@ -123,7 +137,8 @@ TEST_F(FlashCutTest, RestoringThatIsCutIsMendedByASecondRun) {
         }
       };
       EXPECT_EQ(Run(command_).code, ExitCode::kDevice) << transfer;
-      ExpectSecondRunFinishes(std::to_string(transfer) + " and " + std::to_string(further));
+      ExpectSecondRunFinishes(std::to_string(transfer) + " and " + std::to_string(further),
+                              Leftovers::kAllowed);
     }
   }
 }
@@ -143,7 +158,7 @@ TEST_F(FlashCutTest, SectorsThatCameOutWrongAreMendedByASecondRun) {
 }
 
 TEST_F(FlashCutTest, EraseThatSetOnlySomeBitsIsMended) {
-  FailFrom(193);
+  FailFrom(200 + 73);
   EXPECT_EQ(Run(command_).code, ExitCode::kDevice);
   // The power went in the middle of erasing the first sector.
   for (std::size_t i = 0; i < 0x1000; ++i) {

@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include "commands/flash_program_names.h"
+#include "files.h"
 #include "flash/byte_ranges.h"
 #include "flash/hex_bytes.h"
 #include "flash/report.h"
@@ -183,8 +184,10 @@ TEST(ProgramNamesTest, EveryOptionIsSaidAgain) {
   command.force = true;
   command.report = "r.json";
   EXPECT_EQ(CommandLineText(ProgramWords(command)),
-            "borvanusb flash program i.bin --address 0x40000 --flash-size 1048576 --no-verify "
-            "--backup b.bin --restore-on-failure --force --report r.json");
+            "borvanusb flash program " + AbsoluteName("i.bin") +
+                " --address 0x40000 --flash-size 1048576 --no-verify --backup " +
+                AbsoluteName("b.bin") + " --restore-on-failure --force --report " +
+                AbsoluteName("r.json"));
 }
 
 }  // namespace

@@ -19,10 +19,14 @@ TEST_F(FlashSchemaTest, EveryCommandPrintsWhatItsSchemaSays) {
   EXPECT_EQ(
       SchemaComplaints("flash-read", Run(FlashReadCommand{{0, 0xFF}, File("dump.bin")}).result),
       "");
-  EXPECT_EQ(SchemaComplaints("flash-word", Run(FlashWordCommand{0, std::nullopt, false}).result),
+  EXPECT_EQ(SchemaComplaints("flash-word",
+                             Run(FlashWordCommand{0, std::nullopt, false, false, {}}).result),
             "");
-  EXPECT_EQ(SchemaComplaints("flash-word", Run(FlashWordCommand{0, 0, true}).result), "");
-  EXPECT_EQ(SchemaComplaints("flash-erase", Run(FlashEraseCommand{{0, 0xFFF}, true}).result), "");
+  EXPECT_EQ(SchemaComplaints("flash-word", Run(FlashWordCommand{0, 0, true, false, {}}).result),
+            "");
+  EXPECT_EQ(
+      SchemaComplaints("flash-erase", Run(FlashEraseCommand{{0, 0xFFF}, true, false, {}}).result),
+      "");
   EXPECT_EQ(SchemaComplaints("flash-map", Run(FlashMapCommand{}).result), "");
   EXPECT_EQ(SchemaComplaints("flash-verify", Run(FlashVerifyCommand{image_, 0x100, ""}).result),
             "");

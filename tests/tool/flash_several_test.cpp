@@ -1,6 +1,7 @@
 // flash program for several cameras: a process each, side by side.
 #include <algorithm>
 
+#include "files.h"
 #include "flash_support.h"
 
 namespace tool_test {
@@ -50,11 +51,11 @@ TEST_F(FlashSeveralTest, EachCameraGetsAProcessWithNamesOfItsOwn) {
   const Outcome outcome = Run(command_);
   EXPECT_EQ(outcome.code, ExitCode::kDone);
   ASSERT_EQ(children_.size(), 3U);
-  EXPECT_EQ(children_[1],
-            (std::vector<std::string>{"flash", "program", command_.image, "--address", "0x100",
-                                      "--backup", "old-1", "--report", "out/report-1.json",
-                                      "--camera", R"(\\?\usb#vid_1234&pid_0001#101)", "--json",
-                                      "--progress", "json", "--timeout", "10.000"}));
+  EXPECT_EQ(children_[1], (std::vector<std::string>{
+                              "flash", "program", command_.image, "--address", "0x100", "--backup",
+                              AbsoluteName("old-1"), "--report", AbsoluteName("out/report-1.json"),
+                              "--camera", R"(\\?\usb#vid_1234&pid_0001#101)", "--json",
+                              "--progress", "json", "--timeout", "10.000"}));
 }
 
 TEST_F(FlashSeveralTest, CamerasThatAreNamedAreTheOnlyOnes) {

@@ -46,7 +46,9 @@ class FlashTest : public testing::Test {
   Bytes ReadFile(const std::string& name) const;
   // The names of the folder's files that hold `part`.
   std::vector<std::string> FilesWith(const std::string& part) const;
-  std::string JournalFile() const;
+  // The journals' full names.
+  std::vector<std::string> Journals() const;
+  bool HasJournal() const { return !Journals().empty(); }
 
   // Runs a command as a process of its own would: with a new context; what the chips hold lasts.
   template <typename Command>

@@ -1,5 +1,6 @@
 #include "files.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <filesystem>
 #include <fstream>
@@ -21,6 +22,11 @@ fs::path PathOf(const std::string& name) {
 [[noreturn]] void Fail(const std::string& doing, const std::string& name, const std::string& why,
                        const std::string& hint = {}) {
   throw Failure(ExitCode::kFile, doing + " " + name + ": " + why, hint);
+}
+
+std::string NameOf(const fs::path& path) {
+  const std::u8string name = path.u8string();
+  return {name.begin(), name.end()};
 }
 
 std::string LastReason() {
@@ -75,8 +81,10 @@ void Write(const std::string& name, const char* data, std::size_t size, Lasting 
   if (good) {
     if (lasting == Lasting::kThroughPowerCut) {
       FlushFile(temporary);
+      error = ReplaceThrough(temporary, path);
+    } else {
+      fs::rename(temporary, path, error);
     }
-    fs::rename(temporary, path, error);
     why = error ? error.message() : "";
   }
   if (!why.empty()) {
@@ -132,4 +140,41 @@ void CheckWritable(const std::string& name) {
   if (!why.empty()) {
     Fail("can't write", name, why, "Check that the folder exists and that you may write to it.");
   }
+}
+
+std::string AbsoluteName(const std::string& name) {
+  std::error_code error;
+  const fs::path absolute = fs::absolute(PathOf(name), error);
+  if (error) {
+    return name;
+  }
+  const fs::path canonical = fs::weakly_canonical(absolute, error);
+  return NameOf((error ? absolute : canonical).lexically_normal());
+}
+
+bool SameFile(const std::string& left, const std::string& right) {
+  std::error_code error;
+  if (fs::equivalent(PathOf(left), PathOf(right), error) && !error) {
+    return true;
+  }
+  return SameName(PathOf(AbsoluteName(left)), PathOf(AbsoluteName(right)));
+}
+
+void MakeFolder(const std::string& folder) {
+  std::error_code error;
+  fs::create_directories(PathOf(folder), error);
+  if (error && !fs::is_directory(PathOf(folder))) {
+    Fail("can't make the folder", folder, error.message());
+  }
+}
+
+std::vector<std::string> FilesIn(const std::string& folder) {
+  std::vector<std::string> names;
+  std::error_code error;
+  for (fs::directory_iterator entry(PathOf(folder), error), end; !error && entry != end;
+       entry.increment(error)) {
+    names.push_back(NameOf(entry->path().filename()));
+  }
+  std::ranges::sort(names);
+  return names;
 }

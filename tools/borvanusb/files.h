@@ -28,3 +28,13 @@ bool FileExists(const std::string& name);
 void RemoveFile(const std::string& name);
 // Throws unless a file by that name could be written: before a long job, not after it.
 void CheckWritable(const std::string& name);
+
+// The full name, without "." and "..", links followed as far as they exist: one file, one name,
+// wherever the process stands.
+std::string AbsoluteName(const std::string& name);
+// Whether two names are of one file, in whatever spelling. Neither file needs to exist.
+bool SameFile(const std::string& left, const std::string& right);
+// Makes a folder and those above it where they are missing.
+void MakeFolder(const std::string& folder);
+// The names of a folder's files, without the folder, sorted; none when there is no such folder.
+std::vector<std::string> FilesIn(const std::string& folder);

@@ -11,3 +11,18 @@ void FlushFile(const std::filesystem::path& file) {
     FlushFileBuffers(handle.get());
   }
 }
+
+std::error_code ReplaceThrough(const std::filesystem::path& from, const std::filesystem::path& to) {
+  if (MoveFileExW(from.c_str(), to.c_str(), MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH) !=
+      FALSE) {
+    return {};
+  }
+  return {static_cast<int>(GetLastError()), std::system_category()};
+}
+
+bool SameName(const std::filesystem::path& left, const std::filesystem::path& right) {
+  const std::wstring& a = left.native();
+  const std::wstring& b = right.native();
+  return CompareStringOrdinal(a.data(), static_cast<int>(a.size()), b.data(),
+                              static_cast<int>(b.size()), TRUE) == CSTR_EQUAL;
+}

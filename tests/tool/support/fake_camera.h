@@ -7,6 +7,7 @@
 #include <map>
 #include <memory>
 #include <optional>
+#include <set>
 #include <span>
 #include <string>
 #include <string_view>
@@ -101,6 +102,8 @@ class FakeHost : public Host {
   std::vector<CameraIdentity> ListCameras() override;
   std::unique_ptr<Camera> OpenCamera(const CameraIdentity& camera) override;
   std::unique_ptr<Reservation> ReserveCamera(const CameraIdentity& camera) override;
+  bool IsReservedElsewhere(const std::string& path) override { return busy_elsewhere.contains(path); }
+  std::string JournalFolder() const override { return journal_folder; }
   bool StopRequested() const override { return stop_requested; }
   std::unique_ptr<StopHold> HoldStop() override;
   void SetLastWords(std::function<std::vector<std::string>()> words) override;
@@ -122,6 +125,8 @@ class FakeHost : public Host {
   bool answer = false;                 // to every question
   std::vector<std::string> questions;  // that were asked
   bool reserved_elsewhere = false;
+  std::set<std::string> busy_elsewhere;  // paths of cameras that other processes work with
+  std::string journal_folder;            // tests of flash changes set it
   std::function<void(const CameraIdentity&)> before_open;  // may throw Failure
   std::optional<Failure> list_failure;                     // what listing the cameras throws
   std::function<void()> on_sleep;                          // what happens in the world meanwhile

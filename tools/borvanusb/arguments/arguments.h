@@ -109,11 +109,15 @@ struct FlashWordCommand {
   std::uint32_t address = 0;
   std::optional<std::uint32_t> value;  // written; without one the word is read
   bool yes = false;
+  bool backup = true;
+  std::string backup_file;  // empty: in the current folder, named after camera, address and time
 };
 
 struct FlashEraseCommand {
   Range range;
   bool yes = false;
+  bool backup = true;
+  std::string backup_file;  // likewise
 };
 
 struct FlashMapCommand {
@@ -132,6 +136,7 @@ struct FlashProgramCommand {
   bool restore_on_failure = false;
   bool force = false;
   std::string report;
+  std::string journal;  // of an unfinished change: its file, or "none"
   bool all = false;
 };
 

@@ -13,6 +13,21 @@ void AddFlashSize(RuleOf<C>& rule) {
 }
 
 template <typename C>
+void AddBackup(RuleOf<C>& rule, std::string_view place) {
+  rule.Add(File(Option("--backup", "FILE", "where the old bytes go; default " + std::string(place))),
+           [](C& command, const std::string& text) { command.backup_file = FileValue(text); });
+  rule.Add(Flag("--no-backup", "don't keep the old bytes"),
+           [](C& command, const std::string&) { command.backup = false; });
+}
+
+template <typename C>
+void CheckBackup(const C& command, const GivenOptions& given) {
+  if (given.Has("--backup") && !command.backup) {
+    throw WrongUse("--no-backup: contradicts --backup");
+  }
+}
+
+template <typename C>
 void AddImageAddress(RuleOf<C>& rule) {
   rule.Add(Option("--address", "ADDR", "where the image begins in the flash, default 0"),
            [](C& command, const std::string& text) { command.address = AddressValue(text); });
@@ -36,6 +51,13 @@ CommandRule ReadRule() {
   return rule.Take();
 }
 
+void CheckWord(const FlashWordCommand& command, const GivenOptions& given) {
+  CheckBackup(command, given);
+  if (!command.value && (given.Has("--backup") || !command.backup)) {
+    throw WrongUse("VALUE: is missing; reading a word needs no backup");
+  }
+}
+
 CommandRule WordRule() {
   RuleOf<FlashWordCommand> rule({"flash", "word"}, "Reads or writes four bytes of the flash.");
   rule.Add(Argument("ADDR", "flash address of the first byte"),
@@ -46,6 +68,8 @@ CommandRule WordRule() {
       Optional(Argument("VALUE", "what to write, the first byte highest")),
       [](FlashWordCommand& command, const std::string& text) { command.value = WordValue(text); });
   rule.AddFlag("--yes", "write without asking", &FlashWordCommand::yes);
+  AddBackup(rule, "in this folder");
+  rule.Check(CheckWord);
   rule.Example("borvanusb flash word 0x40000");
   return rule.Take();
 }
@@ -57,6 +81,8 @@ CommandRule EraseRule() {
              command.range = RangeValue(text);
            });
   rule.AddFlag("--yes", "erase without asking", &FlashEraseCommand::yes);
+  AddBackup(rule, "in this folder");
+  rule.Check(CheckBackup<FlashEraseCommand>);
   rule.Example("borvanusb flash erase 0x40000+256K");
   return rule.Take();
 }
@@ -73,10 +99,8 @@ CommandRule MapRule() {
 }
 
 void CheckProgram(const FlashProgramCommand& command, const GivenOptions& given) {
+  CheckBackup(command, given);
   const bool backup_named = given.Has("--backup");
-  if (backup_named && !command.backup) {
-    throw WrongUse("--no-backup: contradicts --backup");
-  }
   if (command.all && given.Has("--camera")) {
     throw WrongUse("--all: means every camera, --camera only some: give one of the two");
   }
@@ -84,6 +108,9 @@ void CheckProgram(const FlashProgramCommand& command, const GivenOptions& given)
     throw WrongUse(
         "--backup: one file can't hold the backups of several cameras; leave it out for "
         "files named after the cameras");
+  }
+  if (given.Has("--journal") && (command.all || given.Count("--camera") > 1)) {
+    throw WrongUse("--journal: a journal belongs to one camera; program that one by itself");
   }
   if (command.restore_on_failure && command.dry_run) {
     throw WrongUse("--restore-on-failure: a dry run changes nothing that could be restored");
@@ -106,12 +133,7 @@ CommandRule ProgramRule() {
                &FlashProgramCommand::dry_run);
   rule.Add(Flag("--no-verify", "don't read back"),
            [](FlashProgramCommand& command, const std::string&) { command.verify = false; });
-  rule.Add(File(Option("--backup", "FILE", "where the old bytes go; default beside IMAGE")),
-           [](FlashProgramCommand& command, const std::string& text) {
-             command.backup_file = FileValue(text);
-           });
-  rule.Add(Flag("--no-backup", "don't keep the old bytes"),
-           [](FlashProgramCommand& command, const std::string&) { command.backup = false; });
+  AddBackup(rule, "beside IMAGE");
   rule.AddFlag("--restore-on-failure", "put the backup back when it fails",
                &FlashProgramCommand::restore_on_failure);
   rule.AddFlag("--force", "program although something speaks against it",
@@ -119,6 +141,10 @@ CommandRule ProgramRule() {
   rule.Add(File(Option("--report", "FILE", "write what was done as JSON")),
            [](FlashProgramCommand& command, const std::string& text) {
              command.report = FileValue(text);
+           });
+  rule.Add(File(Option("--journal", "FILE", "the journal that counts, or none, where that is asked")),
+           [](FlashProgramCommand& command, const std::string& text) {
+             command.journal = FileValue(text);
            });
   rule.AddFlag("--all", "every camera there is, at the same time", &FlashProgramCommand::all);
   rule.Check(CheckProgram);

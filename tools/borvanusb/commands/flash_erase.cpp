@@ -1,15 +1,22 @@
 #include <algorithm>
 #include <memory>
 #include <nlohmann/json.hpp>
+#include <optional>
 
 #include "camera_choice.h"
 #include "commands/commands.h"
+#include "commands/flash_program_names.h"
 #include "failure.h"
+#include "files.h"
 #include "flash/byte_ranges.h"
+#include "flash/camera_evidence.h"
+#include "flash/recovery.h"
 #include "flash/report.h"
+#include "flash/safeguard.h"
 #include "flash/sector_plan.h"
 #include "flash/sector_writer.h"
-#include "flash/work_state.h"
+#include "flash/sha256.h"
+#include "flash/work_journal.h"
 #include "host.h"
 #include "output/output.h"
 #include "output/progress.h"
@@ -28,64 +35,221 @@ void RefuseHalfSectors(const Range& range) {
   }
 }
 
-// Erases with the number of bytes done kept for a failure's text.
-void EraseSectors(Camera& camera, const Range& range, std::uint64_t& done, Context& context) {
-  context.progress.Begin("erase", range.Size());
-  for (; done < range.Size(); done += kSectorSize) {
-    if (context.host.StopRequested()) {
-      throw Failure(ExitCode::kStopped, "stopped by the user");
-    }
-    camera.EraseSector(static_cast<std::uint32_t>(range.first + done));
-    context.progress.Advance(done + kSectorSize);
+// Erases one range of whole sectors. Lives for one run.
+class Eraser {
+ public:
+  Eraser(const FlashEraseCommand& command, Context& context)
+      : command_(command),
+        context_(context),
+        range_(command.range),
+        sectors_{range_.first, range_.Size()},
+        blank_(range_.Size(), kErased) {}
+
+  ExitCode Run();
+
+ private:
+  void Examine();
+  void Confirm() const;
+  void Secure();
+  void Erase(const Ranges& sectors);
+  [[noreturn]] void FailErase(const Failure& failure, const Ranges& erased,
+                              std::uint32_t sector) const;
+  void Verify();
+  void End();
+  ExitCode Tell();
+
+  const FlashEraseCommand& command_;
+  Context& context_;
+  const Range range_;
+  const SectorSpan sectors_;
+  const std::vector<std::uint8_t> blank_;
+  CameraIdentity identity_;
+  std::unique_ptr<Host::Reservation> reservation_;
+  std::unique_ptr<Camera> camera_;
+  std::optional<JournalStore> store_;
+  std::optional<WorkJournal> journal_;
+  std::optional<BackupRecord> backup_;
+  Recovery recovery_;
+  Ranges changes_;  // sectors that are not blank
+  Ranges wrong_;    // bytes that are not, in the end
+};
+
+ExitCode Eraser::Run() {
+  identity_ = ChosenCamera(context_.host, context_.common.cameras);
+  reservation_ = context_.host.ReserveCamera(identity_);
+  camera_ = context_.host.OpenCamera(identity_);
+  store_.emplace(AbsoluteName(context_.host.JournalFolder()), identity_);
+  Confirm();
+  Examine();
+  if (!changes_.empty()) {
+    Secure();
+    Erase(changes_);
+    Verify();
   }
-  context.progress.Done();
+  if (wrong_.empty()) {
+    End();
+  }
+  return Tell();
 }
 
-Ranges FindUnerased(Camera& camera, const Range& range, Context& context) {
-  context.progress.Begin("verify", range.Size());
-  const std::vector<std::uint8_t> bytes = camera.ReadFlash(
-      range.first, range.Size(), [&](std::uint64_t done) { context.progress.Advance(done); });
-  context.progress.Done();
-  return DifferingBytes(range.first, bytes, std::vector<std::uint8_t>(bytes.size(), kErased));
+void Eraser::Confirm() const {
+  if (!command_.yes &&
+      !context_.host.Ask("Erase " + SizeText(range_.Size()) + " of flash, " + Text(range_) +
+                         ", of camera " + CameraLine(identity_) + "?")) {
+    throw Failure(ExitCode::kStopped, "nothing was erased",
+                  "Answer y, or give --yes to erase without being asked.");
+  }
+}
+
+void Eraser::Examine() {
+  context_.progress.Begin("read", range_.Size());
+  const std::vector<std::uint8_t> now = camera_->ReadFlash(
+      range_.first, range_.Size(), [&](std::uint64_t done) { context_.progress.Advance(done); });
+  context_.progress.Done();
+  const RecoveryRequest request{identity_.path, range_, Sha256(blank_), sectors_, now, blank_, {}};
+  recovery_ = Recover(request, JournalsInReach(*store_, context_.host, identity_),
+                      [&](const Journal& journal) { return CompareLandmarks(*camera_, journal); });
+  for (const std::string& note : recovery_.notes) {
+    context_.output.Note(note);
+  }
+  changes_ = DifferingSectors(range_.first, now, blank_);
+}
+
+void Eraser::Secure() {
+  const Range saved{changes_.front().first, changes_.back().last};
+  if (recovery_.backup) {
+    backup_ = recovery_.backup;
+    context_.output.Note("the backup from before the cut-off erasing stays: " + backup_->file);
+  } else if (command_.backup) {
+    const std::string file = command_.backup_file.empty()
+                                 ? BackupName("flash", identity_, saved.first, context_.host)
+                                 : command_.backup_file;
+    backup_ =
+        WriteBackup(file, saved.first,
+                    PartOf(std::span<const std::uint8_t>(recovery_.before), range_.first, saved));
+    context_.output.Note("backup of " + Text(saved) + ": " + file);
+  }
+  if (backup_) {
+    journal_.emplace(*store_, store_->NewName(TimeInFileName(context_.host.Now())),
+                     Journal{.command = "flash erase",
+                             .begun = TimeText(context_.host.Now()),
+                             .vid = identity_.vid,
+                             .pid = identity_.pid,
+                             .camera = identity_.path,
+                             .image = {},
+                             .sha256 = Sha256(blank_),
+                             .address = range_.first,
+                             .size = range_.Size(),
+                             .backup = backup_,
+                             .sectors = RecordSectors(sectors_, changes_, recovery_.before, blank_),
+                             .landmarks = TakeLandmarks(*camera_, sectors_),
+                             .open_sector = std::nullopt,
+                             .replaces = {}});
+    journal_->Begin();
+  }
+  ReleaseSectors(*store_, recovery_, changes_, sectors_, blank_);
+}
+
+void Eraser::Erase(const Ranges& sectors) {
+  context_.progress.Begin("erase", TotalSize(sectors));
+  std::uint64_t done = 0;
+  Ranges erased;
+  for (const Range& run : sectors) {
+    for (std::uint64_t address = run.first; address <= run.last; address += kSectorSize) {
+      const auto sector = static_cast<std::uint32_t>(address);
+      try {
+        if (context_.host.StopRequested()) {
+          throw Failure(ExitCode::kStopped, "stopped by the user");
+        }
+        camera_->EraseSector(sector);
+      } catch (const Failure& failure) {
+        FailErase(failure, erased, sector);
+      }
+      AppendRange(erased, {sector, sector + (kSectorSize - 1)});
+      done += kSectorSize;
+      context_.progress.Advance(done);
+    }
+  }
+  context_.progress.Done();
+}
+
+void Eraser::FailErase(const Failure& failure, const Ranges& erased, std::uint32_t sector) const {
+  const bool at_sector = failure.Code() != ExitCode::kStopped;
+  const std::string message = failure.Message() + "; " +
+                              (erased.empty() ? "nothing" : RangesText(erased)) + " is erased" +
+                              (at_sector ? ", the sector at " + Hex(sector) + " perhaps" : "");
+  std::string hint = failure.Hint();
+  if (backup_) {
+    hint += (hint.empty() ? "" : "\n") + std::string("To go back: ") +
+            GoBackText(backup_->file, backup_->address, identity_, false);
+  }
+  throw Failure(failure.Code(), message, hint);
+}
+
+void Eraser::Verify() {
+  for (bool again = false;; again = true) {
+    context_.progress.Begin("verify", TotalSize(changes_));
+    wrong_.clear();
+    std::uint64_t done = 0;
+    for (const Range& run : changes_) {
+      const std::vector<std::uint8_t> found =
+          camera_->ReadFlash(run.first, run.Size(),
+                             [&](std::uint64_t part) { context_.progress.Advance(done + part); });
+      done += run.Size();
+      const Ranges here = DifferingBytes(run.first, found,
+                                         std::span<const std::uint8_t>(blank_).first(found.size()));
+      wrong_.insert(wrong_.end(), here.begin(), here.end());
+    }
+    context_.progress.Done();
+    if (wrong_.empty() || again) {
+      return;
+    }
+    const Ranges sectors = SectorsOf(wrong_);
+    context_.output.Note(RangesText(sectors) + " is not blank; erasing once more");
+    Erase(sectors);
+  }
+}
+
+void Eraser::End() {
+  try {
+    if (journal_) {
+      journal_->End();
+    }
+    for (const std::string& file : recovery_.finished) {
+      store_->Remove(file);
+    }
+    FollowInJournals(*store_, sectors_, recovery_.truth, blank_);
+  } catch (const Failure& failure) {
+    context_.output.Note(failure.Message() + "; the change that it tells of is finished");
+  }
+}
+
+ExitCode Eraser::Tell() {
+  using Json = nlohmann::ordered_json;
+  context_.result = {
+      {"camera", ToJson(identity_)}, {"first", range_.first},
+      {"last", range_.last},         {"size", range_.Size()},
+      {"erased", ToJson(changes_)},  {"backup", backup_ ? Json(backup_->file) : Json()},
+      {"verified", wrong_.empty()},  {"wrong", ToJson(wrong_)}};
+  if (!wrong_.empty()) {
+    context_.output.Error("borvanusb: flash erase: erased " + Text(range_) + ", but " +
+                          std::to_string(TotalSize(wrong_)) +
+                          " bytes do not read 0xff: " + RangesText(wrong_));
+    return ExitCode::kVerify;
+  }
+  const std::uint64_t sectors = range_.Size() / kSectorSize;
+  const std::uint64_t erased = TotalSize(changes_) / kSectorSize;
+  context_.output.Line("Erased " + SizeText(range_.Size()) + ", " + Text(range_) +
+                       "; all of it reads 0xff" +
+                       (erased == sectors ? std::string(".")
+                                          : ", " + std::to_string(sectors - erased) + " of " +
+                                                std::to_string(sectors) + " sectors did already."));
+  return ExitCode::kDone;
 }
 
 }  // namespace
 
 ExitCode Run(const FlashEraseCommand& command, Context& context) {
-  const Range& range = command.range;
-  RefuseHalfSectors(range);
-  const CameraIdentity identity = ChosenCamera(context.host, context.common.cameras);
-  const auto reservation = context.host.ReserveCamera(identity);
-  const auto camera = context.host.OpenCamera(identity);
-  if (!command.yes &&
-      !context.host.Ask("Erase " + SizeText(range.Size()) + " of flash, " + Text(range) +
-                        ", of camera " + CameraLine(identity) + "?")) {
-    throw Failure(ExitCode::kStopped, "nothing was erased",
-                  "Answer y, or give --yes to erase without being asked.");
-  }
-  std::uint64_t done = 0;
-  try {
-    EraseSectors(*camera, range, done, context);
-  } catch (const Failure& failure) {
-    const auto next = static_cast<std::uint32_t>(range.first + done);
-    const std::string erased = done == 0 ? "nothing" : Text(Range{range.first, next - 1});
-    const bool at_sector = failure.Code() != ExitCode::kStopped;
-    throw Failure(failure.Code(),
-                  failure.Message() + "; " + erased + " is erased" +
-                      (at_sector ? ", the sector at " + Hex(next) + " perhaps" : ""),
-                  failure.Hint());
-  }
-  const Ranges wrong = FindUnerased(*camera, range, context);
-  context.result = {{"camera", ToJson(identity)}, {"first", range.first},
-                    {"last", range.last},         {"size", range.Size()},
-                    {"verified", wrong.empty()},  {"wrong", ToJson(wrong)}};
-  if (!wrong.empty()) {
-    context.output.Error("borvanusb: flash erase: erased " + Text(range) + ", but " +
-                         std::to_string(TotalSize(wrong)) +
-                         " bytes do not read 0xff: " + RangesText(wrong));
-    return ExitCode::kVerify;
-  }
-  context.output.Line("Erased " + SizeText(range.Size()) + ", " + Text(range) +
-                      "; all of it reads 0xff.");
-  return ExitCode::kDone;
+  RefuseHalfSectors(command.range);
+  return Eraser(command, context).Run();
 }

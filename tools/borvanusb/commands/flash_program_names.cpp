@@ -4,12 +4,8 @@
 
 #include "arguments/numbers.h"
 #include "files.h"
-#include "flash/journal.h"
-#include "flash/report.h"
 
 namespace {
-
-constexpr int kAddressDigits = 8;
 
 struct NameParts {
   std::string stem;       // with the folder
@@ -29,7 +25,8 @@ NameParts SplitName(const std::string& file) {
 }  // namespace
 
 std::vector<std::string> ProgramWords(const FlashProgramCommand& command) {
-  std::vector<std::string> words = {"flash", "program", command.image, "--address",
+  // The line may be repeated in another folder.
+  std::vector<std::string> words = {"flash", "program", AbsoluteName(command.image), "--address",
                                     Hex(command.address)};
   const auto add = [&](bool wanted, const std::string& word) {
     if (wanted) {
@@ -43,12 +40,12 @@ std::vector<std::string> ProgramWords(const FlashProgramCommand& command) {
   add(!command.verify, "--no-verify");
   add(!command.backup, "--no-backup");
   if (!command.backup_file.empty()) {
-    words.insert(words.end(), {"--backup", command.backup_file});
+    words.insert(words.end(), {"--backup", AbsoluteName(command.backup_file)});
   }
   add(command.restore_on_failure, "--restore-on-failure");
   add(command.force, "--force");
   if (!command.report.empty()) {
-    words.insert(words.end(), {"--report", command.report});
+    words.insert(words.end(), {"--report", AbsoluteName(command.report)});
   }
   return words;
 }
@@ -79,17 +76,4 @@ std::string GoBackText(const std::string& backup, std::uint32_t address,
 std::string InsertBeforeExtension(const std::string& file, const std::string& part) {
   const NameParts parts = SplitName(file);
   return parts.stem + "-" + part + parts.extension;
-}
-
-std::string BackupName(const std::string& image_file, const CameraIdentity& camera,
-                       std::uint32_t address, const Host& host) {
-  std::string time = TimeText(host.Now());
-  std::erase_if(time, [](char character) { return character == '-' || character == ':'; });
-  const std::string stem = SplitName(image_file).stem + "-backup-" + CameraInFileName(camera) +
-                           "-" + Hex(address, kAddressDigits) + "-" + time;
-  std::string name = stem + ".bin";
-  for (int i = 2; FileExists(name); ++i) {
-    name = stem + "-" + std::to_string(i) + ".bin";
-  }
-  return name;
 }

@@ -6,7 +6,6 @@
 
 #include "arguments/arguments.h"
 #include "camera.h"
-#include "host.h"
 
 // The words of a `flash program` command line that does what `command` says, without --all and
 // --camera.
@@ -21,8 +20,3 @@ std::string GoBackText(const std::string& backup, std::uint32_t address,
 
 // "dir/report.json" with "-2" before its extension: "dir/report-2.json".
 std::string InsertBeforeExtension(const std::string& file, const std::string& part);
-
-// The name for a backup that nobody named: beside the image, with camera, address and time in it,
-// and none that exists.
-std::string BackupName(const std::string& image_file, const CameraIdentity& camera,
-                       std::uint32_t address, const Host& host);

@@ -69,9 +69,11 @@ std::string Summary(const Json& result) {
            " bytes";
   }
   const auto changed = result.value("changed_bytes", std::uint64_t{0}) / kSectorSize;
-  return changed == 0 ? "holds the image already"
-                      : "programmed, " + std::to_string(changed) + " sectors changed" +
-                            (result.value("verified", false) ? ", read back equal" : "");
+  return changed == 0
+             ? "holds the image already"
+             : "programmed, " + std::to_string(changed) + " sectors changed" +
+                   (result.contains("verified") && result["verified"] == true ? ", read back equal"
+                                                                              : "");
 }
 
 // What the children say.

@@ -37,6 +37,6 @@ void ShowResult(const Image& image, const ProgramOutcome& outcome, Output& outpu
   output.Line("Programmed " + SizeText(image.bytes.size()) + " at " + PlaceOf(image) + ": " +
               std::to_string(TotalSize(outcome.changes) / kSectorSize) + " of " +
               std::to_string(outcome.sectors) + " sectors changed, " +
-              (outcome.verified ? "all read back equal" : "not read back") + ", " +
+              (outcome.verified.value_or(false) ? "all read back equal" : "not read back") + ", " +
               SecondsText(outcome.total_seconds) + ".");
 }

@@ -8,6 +8,7 @@
 #include "commands/flash_program_text.h"
 #include "files.h"
 #include "flash/flash_size.h"
+#include "flash/safeguard.h"
 #include "flash/transfer_count.h"
 #include "output/output.h"
 #include "output/progress.h"
@@ -17,11 +18,6 @@ namespace {
 double SecondsBetween(std::chrono::steady_clock::time_point start,
                       std::chrono::steady_clock::time_point end) {
   return std::chrono::duration<double>(end - start).count();
-}
-
-std::string DifferenceText(const Ranges& wrong) {
-  const std::uint64_t count = TotalSize(wrong);
-  return SizeText(count) + (count == 1 ? " differs" : " differ") + " from what was written";
 }
 
 }  // namespace
@@ -70,19 +66,25 @@ ExitCode FlashProgrammer::Run() {
   if (!command_.dry_run) {
     ShowResult(image_, outcome_, context_.output);
   }
-  WriteReport();
+  try {
+    WriteReport();
+  } catch (const Failure& failure) {
+    // What was done with the camera is done, and told above.
+    context_.output.Error("borvanusb: flash program: the report: " + failure.Message());
+    return failure.Code();
+  }
   return ExitCode::kDone;
 }
 
 void FlashProgrammer::CheckNames() const {
   for (const std::string& file : {command_.report, command_.backup_file}) {
-    if (!file.empty() && file == command_.image) {
+    if (!file.empty() && SameFile(file, command_.image)) {
       throw Failure(ExitCode::kUsage, file + " is the image itself and would be overwritten",
                     "Give the backup and the report names of their own.");
     }
   }
   if (!command_.report.empty()) {
-    if (command_.report == command_.backup_file) {
+    if (!command_.backup_file.empty() && SameFile(command_.report, command_.backup_file)) {
       throw Failure(ExitCode::kUsage, "--report and --backup name the same file",
                     "Give them names of their own.");
     }
@@ -102,7 +104,7 @@ void FlashProgrammer::Work() {
   reservation_ = context_.host.ReserveCamera(identity_);
   camera_ = context_.host.OpenCamera(identity_);
   last_words_ = std::make_unique<LastWords>(context_.host, state_);
-  journal_.emplace(command_.image, command_.backup_file, identity_);
+  store_.emplace(AbsoluteName(context_.host.JournalFolder()), identity_);
   CheckSize();
   Look();
   Expect();
@@ -117,9 +119,11 @@ void FlashProgrammer::Work() {
       Verify();
     }
   }
-  outcome_.verified = command_.verify || outcome_.changes.empty();
+  if (command_.verify || outcome_.changes.empty()) {
+    outcome_.verified = true;
+  }
   state_->SetDone();
-  EndJournal();
+  End();
 }
 
 void FlashProgrammer::CheckSize() {
@@ -147,33 +151,16 @@ void FlashProgrammer::Look() {
                             [&](std::uint64_t done) { context_.progress.Advance(done); });
   context_.progress.Done();
   outcome_.read_seconds = SecondsBetween(start, context_.host.Clock());
-  const std::vector<UnfinishedWork> earlier = journal_->Load();
-  const RecoveryRequest request{image_, sectors_, now_, command_.backup_file, journal_->Name()};
-  recovery_ = Recover(request, earlier);
-  NoteMovedCamera(request);
+  const Range named{image_.address, static_cast<std::uint32_t>(image_.End() - 1)};
+  const RecoveryRequest request{identity_.path, named,        image_.sha256,   sectors_,
+                                now_,           image_.bytes, command_.journal};
+  recovery_ = Recover(request, JournalsInReach(*store_, context_.host, identity_),
+                      [&](const Journal& journal) { return CompareLandmarks(*camera_, journal); });
   for (const std::string& note : recovery_.notes) {
     context_.output.Note(note);
   }
-  after_ = LayOver(sectors_, recovery_.before, image_);
+  after_ = LayOver(sectors_, recovery_.truth, image_);
   outcome_.changes = DifferingSectors(sectors_.address, now_, after_);
-}
-
-// A journal knows its camera by the path, and a camera without a serial number has another path at
-// another port.
-void FlashProgrammer::NoteMovedCamera(const RecoveryRequest& request) {
-  for (const JournalPlaces::Other& other : journal_->OfOtherPlaces()) {
-    const auto attached = context_.host.ListCameras();
-    const bool is_attached = std::ranges::any_of(attached, [&](const CameraIdentity& camera) {
-      return camera.path == other.journal.camera;
-    });
-    if (!is_attached && MayBeCutOff(request, other.journal.works)) {
-      context_.output.Note(
-          other.file + " tells of a cut-off programming of a camera that is not attached now, " +
-          other.journal.camera +
-          "; if it is this one, plug it in where it was and run again there: the "
-          "bytes beside the image are in that file alone");
-    }
-  }
 }
 
 void FlashProgrammer::Expect() {
@@ -190,52 +177,47 @@ void FlashProgrammer::Expect() {
 }
 
 SectorWriter FlashProgrammer::Writer() {
-  return {*camera_, context_.host, context_.progress, *state_};
+  return {*camera_, context_.host, context_.output, context_.progress, *state_, shared_};
 }
 
 void FlashProgrammer::Program() {
   const auto start = context_.host.Clock();
-  Writer().Write(outcome_.changes, After());
+  vouched_ = Writer().Write(outcome_.changes, After());
   outcome_.program_seconds = SecondsBetween(start, context_.host.Clock());
 }
 
 void FlashProgrammer::Verify() {
   const auto start = context_.host.Clock();
-  last_read_ = after_;
-  const auto keep = [&](const Range& run, std::span<const std::uint8_t> bytes) {
-    std::ranges::copy(bytes, last_read_.begin() + (run.first - sectors_.address));
-  };
-  Ranges wrong = Writer().Compare(outcome_.changes, After(), keep);
-  if (!wrong.empty()) {
-    const Ranges sectors = SectorsOf(wrong);
-    context_.output.Note(DifferenceText(wrong) + ": " + RangesText(wrong) + "; writing " +
-                         RangesText(sectors) + " once more");
-    state_->SetWrong(wrong);
-    RememberSeen(wrong);
+  Mismatch mismatch = Writer().Compare(Without(outcome_.changes, vouched_), After());
+  if (!mismatch.wrong.empty()) {
+    const Ranges sectors = SectorsOf(mismatch.wrong);
+    context_.output.Note(DifferenceText(mismatch.wrong) + ": " + RangesText(mismatch.wrong) +
+                         "; writing " + RangesText(sectors) + " once more");
+    state_->SetWrong(mismatch.wrong);
     Writer().Write(sectors, After());
     // All of it again: where addresses wrap, the second try has overwritten other sectors.
-    wrong = Writer().Compare(outcome_.changes, After(), keep);
+    mismatch = Writer().Compare(outcome_.changes, After());
   }
-  state_->SetWrong(wrong);
+  state_->SetWrong(mismatch.wrong);
   outcome_.verify_seconds = SecondsBetween(start, context_.host.Clock());
-  if (!wrong.empty()) {
-    RememberSeen(wrong);
-    const std::uint32_t first = wrong.front().first;
-    throw Failure(ExitCode::kVerify,
-                  DifferenceText(wrong) + ", at the second try too: " + RangesText(wrong) +
-                      "; first at " + Hex(first) + ": " +
-                      Hex(last_read_[first - sectors_.address], 2) + " in place of " +
-                      Hex(after_[first - sectors_.address], 2),
-                  "The flash may be protected, worn out, or smaller than the image's addresses.");
+  if (!mismatch.wrong.empty()) {
+    FailVerify(mismatch);
   }
 }
 
 void FlashProgrammer::Fail(const Failure& failure) {
   context_.progress.Break();
   std::string message = failure.Message();
-  if (command_.restore_on_failure && camera_ && !state_->IsUntouched()) {
-    message += RestoreOldBytes();
+  if (failure.Code() == ExitCode::kVerify) {
+    outcome_.verified = false;
   }
+  if (command_.restore_on_failure && camera_ && !state_->IsUntouched()) {
+    // A call that hangs may go on writing: nothing is written beside it.
+    message += failure.Code() == ExitCode::kTimeout
+                   ? "; the old bytes are not written back, since the camera may still be at work"
+                   : RestoreOldBytes();
+  }
+  SettleOpenSector(failure.Code());
   std::string hint = failure.Hint();
   if (camera_ && !command_.dry_run) {
     message += "; " + state_->Sentence();

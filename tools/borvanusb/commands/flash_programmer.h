@@ -10,12 +10,12 @@
 #include "commands/context.h"
 #include "failure.h"
 #include "flash/image.h"
-#include "flash/journal.h"
-#include "flash/journal_places.h"
+#include "flash/journal_store.h"
 #include "flash/recovery.h"
 #include "flash/report.h"
 #include "flash/sector_plan.h"
 #include "flash/sector_writer.h"
+#include "flash/work_journal.h"
 #include "flash/work_state.h"
 #include "host.h"
 
@@ -37,20 +37,21 @@ class FlashProgrammer {
   void CheckNames() const;
   void CheckSize();
   void Look();
-  void NoteMovedCamera(const RecoveryRequest& request);
   void Expect();
   void Safeguard();
-  void MakeBackup();
-  void WriteJournal();
+  void KeepBackup();
+  void BeginJournal();
+  void PlanWaysOn();
   void Program();
   void Verify();
-  void RememberSeen(const Ranges& wrong);
-  void EndJournal();
+  void End();
   [[noreturn]] void Fail(const Failure& failure);
+  void SettleOpenSector(ExitCode code);
   std::string RestoreOldBytes();
   void WriteReport();
 
   SectorWriter Writer();
+  Content Truth() const { return {sectors_.address, recovery_.truth}; }
   Content Before() const { return {sectors_.address, recovery_.before}; }
   Content After() const { return {sectors_.address, after_}; }
 
@@ -69,7 +70,9 @@ class FlashProgrammer {
   Recovery recovery_;
   std::vector<std::uint8_t> after_;  // what they shall hold
 
-  std::optional<JournalPlaces> journal_;
-  UnfinishedWork own_work_;
-  std::vector<std::uint8_t> last_read_;  // the sectors as they were read back last
+  std::optional<JournalStore> store_;
+  std::optional<WorkJournal> journal_;
+  std::optional<BackupRecord> backup_;
+  SharedSectors shared_;
+  Ranges vouched_;  // read back after all else was written
 };

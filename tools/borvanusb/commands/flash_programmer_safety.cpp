@@ -6,7 +6,10 @@
 #include "commands/flash_program_names.h"
 #include "commands/flash_programmer.h"
 #include "files.h"
-#include "flash/sha256.h"
+#include "flash/camera_evidence.h"
+#include "flash/report.h"
+#include "flash/safeguard.h"
+#include "flash/sector_fate.h"
 #include "output/output.h"
 #include "output/progress.h"
 
@@ -21,95 +24,115 @@ bool IsBlank(std::span<const std::uint8_t> bytes) {
 
 void FlashProgrammer::Safeguard() {
   state_->Plan(outcome_.changes, {}, {});
-  own_work_ = {
-      .image = image_.file,
-      .sha256 = image_.sha256,
-      .address = image_.address,
-      .size = image_.bytes.size(),
-      .backup = std::nullopt,
-      .half_used = HalfUsedRecords(image_, sectors_, outcome_.changes, recovery_.before, after_),
-      .seen = {}};
-  const bool kept =
-      recovery_.backup && std::ranges::all_of(outcome_.changes, [&](const Range& run) {
-        return run.first >= recovery_.backup->address &&
-               run.last < recovery_.backup->address + recovery_.backup->size;
-      });
-  if (kept) {
-    own_work_.backup = recovery_.backup;
-    context_.output.Note("the backup from before the cut-off programming stays: " +
-                         recovery_.backup->file);
+  shared_.original = Truth();
+  for (const std::uint32_t address : HalfUsedSectors(image_.address, image_.bytes.size())) {
+    if (std::ranges::any_of(outcome_.changes, [&](const Range& run) {
+          return run.first <= address && address <= run.last;
+        })) {
+      shared_.addresses.push_back(address);
+    }
   }
-  if (!own_work_.half_used.empty() || own_work_.backup || command_.backup) {
-    journal_->Choose();
+  for (const JournalStore::Entry& entry : recovery_.used) {
+    shared_.taken_over.emplace(entry.journal.open_sector->address, entry);
   }
-  if (!own_work_.backup && command_.backup) {
-    MakeBackup();
+  KeepBackup();
+  ReleaseSectors(*store_, recovery_, outcome_.changes, sectors_, after_);
+  if (!shared_.addresses.empty() || backup_) {
+    BeginJournal();
   }
-  if (journal_->IsChosen()) {
-    WriteJournal();
+  PlanWaysOn();
+}
+
+void FlashProgrammer::KeepBackup() {
+  const Range range{outcome_.changes.front().first, outcome_.changes.back().last};
+  const std::optional<BackupRecord>& earlier = recovery_.backup;
+  if (earlier && range.first >= earlier->address && range.last < earlier->address + earlier->size) {
+    backup_ = earlier;
+    context_.output.Note("the backup from before the cut-off programming stays: " + earlier->file);
+    return;
   }
+  if (!command_.backup) {
+    return;
+  }
+  const std::string file = command_.backup_file.empty()
+                               ? BackupName(command_.image, identity_, range.first, context_.host)
+                               : command_.backup_file;
+  backup_ = WriteBackup(file, range.first, Before().At(range));
+  context_.output.Note("backup of " + Text(range) + ": " + file);
+}
+
+void FlashProgrammer::BeginJournal() {
+  Journal journal{.command = "flash program",
+                  .begun = TimeText(context_.host.Now()),
+                  .vid = identity_.vid,
+                  .pid = identity_.pid,
+                  .camera = identity_.path,
+                  .image = AbsoluteName(image_.file),
+                  .sha256 = image_.sha256,
+                  .address = image_.address,
+                  .size = image_.bytes.size(),
+                  .backup = backup_,
+                  .sectors = RecordSectors(sectors_, outcome_.changes, recovery_.before, after_),
+                  .landmarks = TakeLandmarks(*camera_, sectors_),
+                  .open_sector = std::nullopt,
+                  .replaces = {}};
+  journal_.emplace(*store_, store_->NewName(TimeInFileName(context_.host.Now())),
+                   std::move(journal));
+  try {
+    journal_->Begin();
+  } catch (const Failure& failure) {
+    throw Failure(ExitCode::kFile, "the journal: " + failure.Message(),
+                  "Set BORVANUSB_JOURNALS to a folder that you may write to.");
+  }
+  shared_.journal = &*journal_;
+}
+
+void FlashProgrammer::PlanWaysOn() {
   std::vector<std::string> words = ProgramWords(command_);
   words.insert(words.end(), {"--camera", identity_.path});
   std::string back;
-  if (own_work_.backup) {
-    const Range range{
-        own_work_.backup->address,
-        static_cast<std::uint32_t>(own_work_.backup->address + own_work_.backup->size - 1)};
-    back = GoBackText(own_work_.backup->file, range.first, identity_, IsBlank(Before().At(range)));
-    outcome_.backup = own_work_.backup->file;
+  if (backup_) {
+    const Range range{backup_->address,
+                      static_cast<std::uint32_t>(backup_->address + backup_->size - 1)};
+    back = GoBackText(backup_->file, range.first, identity_, IsBlank(Before().At(range)));
+    outcome_.backup = backup_->file;
   }
   state_->Plan(outcome_.changes, CommandLineText(words), back);
 }
 
-void FlashProgrammer::MakeBackup() {
-  const Range range{outcome_.changes.front().first, outcome_.changes.back().last};
-  const std::string file = command_.backup_file.empty()
-                               ? BackupName(command_.image, identity_, range.first, context_.host)
-                               : command_.backup_file;
-  const auto bytes = Before().At(range);
+// The flash holds what it shall: nothing in the journals of this change is needed any more.
+void FlashProgrammer::End() {
   try {
-    WriteWholeFile(file, bytes);
-  } catch (const Failure& failure) {
-    throw Failure(failure.Code(), "the backup: " + failure.Message(),
-                  "Give another name with --backup; --no-backup does without.");
-  }
-  own_work_.backup = BackupRecord{file, range.first, bytes.size(), Sha256(bytes)};
-  context_.output.Note("backup of " + Text(range) + ": " + file);
-}
-
-void FlashProgrammer::WriteJournal() {
-  std::vector<UnfinishedWork> works = recovery_.carried;
-  works.push_back(own_work_);
-  journal_->Write(works);
-}
-
-// A sector that came out wrong fits neither its old nor its new bytes; without this the next run
-// could not tell it from another camera's.
-void FlashProgrammer::RememberSeen(const Ranges& wrong) {
-  if (!journal_->IsChosen()) {
-    return;
-  }
-  own_work_.seen.clear();
-  for (const Range& run : SectorsOf(wrong)) {
-    for (std::uint64_t address = run.first; address < run.last; address += kSectorSize) {
-      const auto sector = static_cast<std::uint32_t>(address);
-      const Range range{sector, sector + (kSectorSize - 1)};
-      own_work_.seen.push_back({sector, Sha256(PartOf(std::span<const std::uint8_t>(last_read_),
-                                                      sectors_.address, range))});
+    if (journal_) {
+      journal_->End();
     }
+    for (const std::string& file : recovery_.finished) {
+      store_->Remove(file);
+    }
+    FollowInJournals(*store_, sectors_, recovery_.truth, after_);
+  } catch (const Failure& failure) {
+    context_.output.Note(failure.Message() + "; the change that it tells of is finished");
   }
-  WriteJournal();
 }
 
-void FlashProgrammer::EndJournal() {
-  if (!journal_->IsInUse()) {
+// A sector that a failure left open may be unharmed; then no journal needs to hold its bytes, and
+// none is left to puzzle over when another camera is plugged in here.
+void FlashProgrammer::SettleOpenSector(ExitCode code) {
+  const bool may_answer = code == ExitCode::kDevice || code == ExitCode::kVerify;
+  if (!may_answer || !journal_ || !journal_->IsBegun() || !journal_->OpenSector()) {
     return;
   }
+  const SharedSector& open = *journal_->OpenSector();
   try {
-    journal_->Write(recovery_.carried);
-  } catch (const Failure& failure) {
-    context_.output.Note(failure.Message() + "; remove " + journal_->Name() +
-                         ", the work it tells of is finished");
+    const std::vector<std::uint8_t> found = camera_->ReadFlash(open.address, kSectorSize, {});
+    const Range named{image_.address, static_cast<std::uint32_t>(image_.End() - 1)};
+    if (FateOf(found, open, named) == SectorFate::kUnharmed) {
+      journal_->Close();
+      state_->SetKept({}, {});
+    }
+  } catch (const Failure&) {
+    // It stays open; the next run looks again.
+    return;
   }
 }
 
@@ -121,14 +144,14 @@ std::string FlashProgrammer::RestoreOldBytes() {
   try {
     const Ranges runs =
         Union(state_->Touched(), DifferingSectors(sectors_.address, now_, recovery_.before));
-    Writer().Write(runs, Before(), SectorWriter::StopWish::kIgnore);
-    const Ranges wrong = Writer().Compare(runs, Before(), [](const auto&, const auto&) {});
-    if (!wrong.empty()) {
-      return "; the old bytes were written back, but " + RangesText(wrong) +
+    const Ranges vouched = Writer().Write(runs, Before(), SectorWriter::StopWish::kIgnore);
+    const Mismatch mismatch = Writer().Compare(Without(runs, vouched), Before());
+    if (!mismatch.wrong.empty()) {
+      return "; the old bytes were written back, but " + RangesText(mismatch.wrong) +
              " does not read back so";
     }
     state_->SetRestored();
-    EndJournal();
+    journal_->End();
     return "";
   } catch (const Failure& failure) {
     context_.progress.Break();

@@ -1,13 +1,8 @@
 #include "flash/journal.h"
 
-#include <algorithm>
-#include <filesystem>
 #include <nlohmann/json.hpp>
 #include <stdexcept>
-#include <system_error>
 
-#include "failure.h"
-#include "files.h"
 #include "flash/hex_bytes.h"
 #include "flash/sha256.h"
 
@@ -15,40 +10,9 @@ namespace {
 
 using Json = nlohmann::ordered_json;
 
-constexpr int kFormat = 1;
-constexpr std::size_t kPathDigits = 8;
-const std::string kNameStart = "borvanusb-";
-const std::string kNameEnd = ".journal";
-
-// With the slash at its end; empty for the current folder.
-std::string FolderOf(const std::string& file) {
-  const std::size_t slash = file.find_last_of("/\\");
-  return slash == std::string::npos ? "" : file.substr(0, slash + 1);
-}
-
-Json ToJson(const UnfinishedWork& work) {
-  Json json = {{"image", work.image},
-               {"sha256", work.sha256},
-               {"address", work.address},
-               {"size", work.size}};
-  if (work.backup) {
-    json["backup"] = {{"file", work.backup->file},
-                      {"address", work.backup->address},
-                      {"size", work.backup->size},
-                      {"sha256", work.backup->sha256}};
-  }
-  json["half_used"] = Json::array();
-  for (const SectorRecord& record : work.half_used) {
-    json["half_used"].push_back({{"address", record.address},
-                                 {"original", HexBytes(record.original)},
-                                 {"planned", HexBytes(record.planned)}});
-  }
-  json["seen"] = Json::array();
-  for (const SeenSector& seen : work.seen) {
-    json["seen"].push_back({{"address", seen.address}, {"sha256", seen.sha256}});
-  }
-  return json;
-}
+constexpr int kFormat = 2;
+constexpr std::size_t kDigestDigits = 16;
+constexpr std::uint64_t kAddressSpace = std::uint64_t{1} << 32U;
 
 std::vector<std::uint8_t> SectorBytes(const Json& text) {
   const auto bytes = ParseHexBytes(text.get<std::string>());
@@ -58,111 +22,132 @@ std::vector<std::uint8_t> SectorBytes(const Json& text) {
   return *bytes;
 }
 
-UnfinishedWork WorkFromJson(const Json& json) {
-  UnfinishedWork work{.image = json.at("image").get<std::string>(),
-                      .sha256 = json.at("sha256").get<std::string>(),
-                      .address = json.at("address").get<std::uint32_t>(),
-                      .size = json.at("size").get<std::uint64_t>(),
-                      .backup = std::nullopt,
-                      .half_used = {},
-                      .seen = {}};
-  if (const auto backup = json.find("backup"); backup != json.end()) {
-    work.backup = BackupRecord{
-        backup->at("file").get<std::string>(), backup->at("address").get<std::uint32_t>(),
-        backup->at("size").get<std::uint64_t>(), backup->at("sha256").get<std::string>()};
+std::uint32_t SectorAddress(const Json& number) {
+  const auto address = number.get<std::uint32_t>();
+  if (address % kSectorSize != 0) {
+    throw std::invalid_argument("an address begins no sector");
   }
-  for (const Json& record : json.at("half_used")) {
-    if (record.at("address").get<std::uint32_t>() % kSectorSize != 0) {
-      throw std::invalid_argument("an address begins no sector");
-    }
-    work.half_used.push_back({record.at("address").get<std::uint32_t>(),
-                              SectorBytes(record.at("original")),
-                              SectorBytes(record.at("planned"))});
-  }
-  for (const Json& seen : json.at("seen")) {
-    work.seen.push_back(
-        {seen.at("address").get<std::uint32_t>(), seen.at("sha256").get<std::string>()});
-  }
-  return work;
+  return address;
 }
 
-[[noreturn]] void Unusable(const std::string& file, const std::string& why) {
-  throw Failure(
-      ExitCode::kFile,
-      "can't use " + file + ": " + why + "; it may hold bytes of the flash that are nowhere else",
-      "If no programming of this camera was cut off, remove the file.");
+void CheckPlace(std::uint32_t address, std::uint64_t size) {
+  if (size == 0 || size > kAddressSpace - address) {
+    throw std::invalid_argument("a size is out of range");
+  }
+}
+
+Json ToJson(const SharedSector& sector) {
+  Json planned = Json::array();
+  for (const std::vector<std::uint8_t>& bytes : sector.planned) {
+    planned.push_back(HexBytes(bytes));
+  }
+  return {{"address", sector.address},
+          {"original", HexBytes(sector.original)},
+          {"planned", planned},
+          {"seen", sector.seen},
+          {"since", sector.since}};
+}
+
+SharedSector SharedSectorFrom(const Json& json) {
+  SharedSector sector{SectorAddress(json.at("address")),
+                      SectorBytes(json.at("original")),
+                      {},
+                      json.at("seen").get<std::vector<std::string>>(),
+                      json.at("since").get<std::vector<std::string>>()};
+  for (const Json& bytes : json.at("planned")) {
+    sector.planned.push_back(SectorBytes(bytes));
+  }
+  if (sector.planned.empty()) {
+    throw std::invalid_argument("a sector has no planned bytes");
+  }
+  return sector;
+}
+
+Json ToJson(const BackupRecord& backup) {
+  return {{"file", backup.file},
+          {"address", backup.address},
+          {"size", backup.size},
+          {"sha256", backup.sha256}};
+}
+
+BackupRecord BackupFrom(const Json& json) {
+  BackupRecord backup{json.at("file").get<std::string>(), json.at("address").get<std::uint32_t>(),
+                      json.at("size").get<std::uint64_t>(), json.at("sha256").get<std::string>()};
+  CheckPlace(backup.address, backup.size);
+  return backup;
+}
+
+Journal FromJson(const Json& json) {
+  if (json.at("borvanusb_journal").get<int>() != kFormat) {
+    throw std::invalid_argument("another version of borvanusb wrote it");
+  }
+  Journal journal{.command = json.at("command").get<std::string>(),
+                  .begun = json.at("begun").get<std::string>(),
+                  .vid = json.at("vid").get<std::string>(),
+                  .pid = json.at("pid").get<std::string>(),
+                  .camera = json.at("camera").get<std::string>(),
+                  .image = json.at("image").get<std::string>(),
+                  .sha256 = json.at("sha256").get<std::string>(),
+                  .address = json.at("address").get<std::uint32_t>(),
+                  .size = json.at("size").get<std::uint64_t>(),
+                  .backup = std::nullopt,
+                  .sectors = {},
+                  .landmarks = {},
+                  .open_sector = std::nullopt,
+                  .replaces = json.at("replaces").get<std::vector<std::string>>()};
+  CheckPlace(journal.address, journal.size);
+  if (const auto backup = json.find("backup"); backup != json.end()) {
+    journal.backup = BackupFrom(*backup);
+  }
+  for (const Json& sector : json.at("sectors")) {
+    journal.sectors.push_back({SectorAddress(sector.at(0)), sector.at(1).get<std::string>(),
+                               sector.at(2).get<std::string>(),
+                               sector.at(3).get<std::vector<std::string>>()});
+  }
+  for (const Json& landmark : json.at("landmarks")) {
+    journal.landmarks.push_back(
+        {landmark.at(0).get<std::uint32_t>(), landmark.at(1).get<std::vector<std::uint32_t>>()});
+  }
+  if (const auto sector = json.find("open_sector"); sector != json.end()) {
+    journal.open_sector = SharedSectorFrom(*sector);
+  }
+  return journal;
 }
 
 }  // namespace
 
-std::string CameraInFileName(const CameraIdentity& camera) {
-  const std::vector<std::uint8_t> path(camera.path.begin(), camera.path.end());
-  return camera.vid + "-" + camera.pid + "-" + Sha256(path).substr(0, kPathDigits);
+std::string SectorDigest(std::span<const std::uint8_t> bytes) {
+  return Sha256(bytes).substr(0, kDigestDigits);
 }
 
-std::string JournalName(const std::string& neighbour, const CameraIdentity& camera) {
-  return FolderOf(neighbour) + kNameStart + CameraInFileName(camera) + kNameEnd;
+std::string JournalText(const Journal& journal) {
+  Json json = {{"borvanusb_journal", kFormat}, {"command", journal.command},
+               {"begun", journal.begun},       {"vid", journal.vid},
+               {"pid", journal.pid},           {"camera", journal.camera},
+               {"image", journal.image},       {"sha256", journal.sha256},
+               {"address", journal.address},   {"size", journal.size}};
+  if (journal.backup) {
+    json["backup"] = ToJson(*journal.backup);
+  }
+  if (journal.open_sector) {
+    json["open_sector"] = ToJson(*journal.open_sector);
+  }
+  json["landmarks"] = Json::array();
+  for (const Landmark& landmark : journal.landmarks) {
+    json["landmarks"].push_back({landmark.address, landmark.words});
+  }
+  json["replaces"] = journal.replaces;
+  json["sectors"] = Json::array();
+  for (const SectorRecord& sector : journal.sectors) {
+    json["sectors"].push_back({sector.address, sector.now, sector.after, sector.since});
+  }
+  return json.dump(-1, ' ', false, Json::error_handler_t::replace) + "\n";
 }
 
-Journal ReadAnyJournal(const std::string& file) {
-  Journal journal;
-  const std::string text = ReadWholeText(file);
+Journal ParseJournal(const std::string& text) {
   try {
-    const Json json = Json::parse(text);
-    if (json.at("borvanusb_journal").get<int>() != kFormat) {
-      Unusable(file, "another version of borvanusb wrote it");
-    }
-    journal.camera = json.at("camera").get<std::string>();
-    for (const Json& work : json.at("works")) {
-      journal.works.push_back(WorkFromJson(work));
-    }
-  } catch (const std::invalid_argument& error) {
-    Unusable(file, error.what());
+    return FromJson(Json::parse(text));
   } catch (const Json::exception&) {
-    Unusable(file, "it is no journal");
+    throw std::invalid_argument("it is no journal");
   }
-  return journal;
-}
-
-Journal LoadJournal(const std::string& file, const CameraIdentity& camera) {
-  if (!FileExists(file)) {
-    return {camera.path, {}};
-  }
-  Journal journal = ReadAnyJournal(file);
-  if (journal.camera != camera.path) {
-    Unusable(file, "it is of another camera");
-  }
-  return journal;
-}
-
-std::vector<std::string> JournalsOfKind(const std::string& file, const CameraIdentity& camera) {
-  namespace fs = std::filesystem;
-  const std::string folder = FolderOf(file);
-  const std::string start = kNameStart + camera.vid + "-" + camera.pid + "-";
-  std::vector<std::string> names;
-  std::error_code error;
-  const std::u8string path(folder.begin(), folder.end());
-  for (fs::directory_iterator entry(folder.empty() ? fs::path(".") : fs::path(path), error), end;
-       !error && entry != end; entry.increment(error)) {
-    const std::u8string text = entry->path().filename().u8string();
-    const std::string name(text.begin(), text.end());
-    if (name.starts_with(start) && name.ends_with(kNameEnd)) {
-      names.push_back(folder + name);
-    }
-  }
-  std::ranges::sort(names);
-  return names;
-}
-
-void SaveJournal(const std::string& file, const Journal& journal) {
-  if (journal.works.empty()) {
-    RemoveFile(file);
-    return;
-  }
-  Json json = {{"borvanusb_journal", kFormat}, {"camera", journal.camera}};
-  json["works"] = Json::array();
-  for (const UnfinishedWork& work : journal.works) {
-    json["works"].push_back(ToJson(work));
-  }
-  WriteWholeText(file, json.dump(1, ' ', false, Json::error_handler_t::replace));
 }

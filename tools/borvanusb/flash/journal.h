@@ -2,67 +2,73 @@
 
 #include <cstdint>
 #include <optional>
+#include <span>
 #include <string>
 #include <vector>
 
 #include "camera.h"
 
-// What must outlast a process that is cut off in the middle of programming: the bytes beside an
-// image, in the sectors that the image fills in part. While such a sector is erased and written
-// they are nowhere in the flash.
+// What must outlast a process that is cut off while it changes flash. A journal tells of one change
+// that was begun and has not come to its end: where, with which camera, where the old bytes are.
 
-// A sector that an image fills in part.
-struct SectorRecord {
+// A sector that a change fills in part, from right before its erase until it was read back: for
+// that time the bytes beside the change may be nowhere in the flash. At most one at a time.
+struct SharedSector {
   std::uint32_t address = 0;
-  std::vector<std::uint8_t> original;  // 4096 bytes, as before the first erase
-  std::vector<std::uint8_t> planned;   // 4096 bytes, as they shall become
+  std::vector<std::uint8_t> original;  // 4096 bytes, as before its erase
+  // Each 4096 bytes: what they were on their way to, once or several times; the last one counts.
+  std::vector<std::vector<std::uint8_t>> planned;
+  std::vector<std::string> seen;  // digests of what was read back when it came out otherwise
+  // Digests of what later changes put there, with this camera or another one at its place.
+  std::vector<std::string> since;
 };
 
-// A sector that was last seen with other bytes than were written.
-struct SeenSector {
+// A sector from the first to the last that changes. Contents are named by SectorDigest().
+struct SectorRecord {
   std::uint32_t address = 0;
-  std::string sha256;
+  std::string now;                 // when the journal was last written
+  std::string after;               // when the change is done
+  std::vector<std::string> since;  // that later changes may have put there
+};
+
+// A word of the flash that the change leaves alone: tells the camera by its content. More than one
+// where a later change may have written it.
+struct Landmark {
+  std::uint32_t address = 0;
+  std::vector<std::uint32_t> words;
 };
 
 struct BackupRecord {
-  std::string file;
+  std::string file;  // full name
   std::uint32_t address = 0;
   std::uint64_t size = 0;
   std::string sha256;
-};
-
-// Programming that was begun and has not come to its end.
-struct UnfinishedWork {
-  std::string image;  // the file's name, for people
-  std::string sha256;
-  std::uint32_t address = 0;
-  std::uint64_t size = 0;
-  std::optional<BackupRecord> backup;
-  std::vector<SectorRecord> half_used;
-  std::vector<SeenSector> seen;
 };
 
 struct Journal {
-  std::string camera;  // device path
-  std::vector<UnfinishedWork> works;
+  std::string command;  // "flash program", "flash erase", "flash word"
+  std::string begun;    // when, UTC
+  std::string vid;
+  std::string pid;
+  // The camera's device path; empty when another camera was seen there since, or the same one
+  // without harm: then only the flash's content can tell the camera.
+  std::string camera;
+  std::string image;   // full name of its file; empty for a command without one
+  std::string sha256;  // of the image, or of the bytes that the command writes
+  std::uint32_t address = 0;
+  std::uint64_t size = 0;
+  std::optional<BackupRecord> backup;  // made before the first byte changed
+  std::vector<SectorRecord> sectors;   // from the first to the last that changes
+  std::vector<Landmark> landmarks;
+  std::optional<SharedSector> open_sector;
+  // Journals whose shared sector this one has taken over.
+  std::vector<std::string> replaces;
 };
 
-// Where a camera's journal lies: beside `neighbour`, under a name that the camera alone decides.
-std::string JournalName(const std::string& neighbour, const CameraIdentity& camera);
+// Names a sector's content. Short: a journal may hold thousands.
+std::string SectorDigest(std::span<const std::uint8_t> bytes);
 
-// The camera in a file name: "1234-0001-5e8a9c01", the last part made from its path, since cameras
-// of one kind share the others.
-std::string CameraInFileName(const CameraIdentity& camera);
-
-// Reads a journal; one without works when there is no such file. Throws Failure kFile when it can't
-// be read or is another camera's: what it holds must not be lost by going on without it.
-Journal LoadJournal(const std::string& file, const CameraIdentity& camera);
-
-// The same for a journal of any camera.
-Journal ReadAnyJournal(const std::string& file);
-
-// The journals beside `file` that are of cameras with the same vendor and product ID.
-std::vector<std::string> JournalsOfKind(const std::string& file, const CameraIdentity& camera);
-
-// Writes a journal, or removes it when it holds no works. Throws Failure kFile.
-void SaveJournal(const std::string& file, const Journal& journal);
+// A journal as the text of its file, and back. Reading throws std::invalid_argument that says what
+// is wrong.
+std::string JournalText(const Journal& journal);
+Journal ParseJournal(const std::string& text);

@@ -1,220 +1,342 @@
 #include "flash/recovery.h"
 
 #include <algorithm>
+#include <map>
 
-#include "camera.h"
 #include "failure.h"
 #include "files.h"
+#include "flash/sector_fate.h"
 #include "flash/sha256.h"
 
 namespace {
 
 using Bytes = std::span<const std::uint8_t>;
+using Entry = JournalStore::Entry;
+
+const std::string kNoJournal = "none";
+// What a cut can leave half done at a time: the sectors of one block.
+constexpr std::uint64_t kSectorsOfABlock = 30;
 
 Range SectorAt(std::uint32_t address) {
   return {address, address + (kSectorSize - 1)};
 }
 
-bool IsIn(std::uint64_t address, std::uint64_t start, std::uint64_t end) {
-  return address >= start && address < end;
+bool Covers(const Range& range, const Range& sector) {
+  return range.first <= sector.first && range.last >= sector.last;
 }
 
-// Whether a sector on its way to `target` can hold `found`: erasing sets bits that programming has
-// not yet cleared.
-bool MayBecome(Bytes found, Bytes target) {
-  return std::ranges::equal(
-      found, target, [](std::uint8_t now, std::uint8_t then) { return (now & then) == then; });
+Range NamedBy(const Journal& journal) {
+  return {journal.address, static_cast<std::uint32_t>(journal.address + journal.size - 1)};
 }
 
-bool WasSeen(const UnfinishedWork& work, std::uint32_t sector, Bytes found) {
-  return std::ranges::any_of(work.seen, [&](const SeenSector& seen) {
-    return seen.address == sector && seen.sha256 == Sha256(found);
-  });
+std::string WorkText(const Journal& journal) {
+  return "the unfinished " + journal.command +
+         (journal.image.empty() ? "" : " of " + journal.image) + " at " + Text(NamedBy(journal)) +
+         ", begun " + journal.begun;
 }
 
 class Judge {
  public:
-  Judge(const RecoveryRequest& request, Recovery& recovery)
-      : request_(request), recovery_(recovery) {}
+  Judge(const RecoveryRequest& request, const LandmarkCheck& landmarks)
+      : request_(request), landmarks_(landmarks) {
+    recovery_.truth.assign(request.now.begin(), request.now.end());
+  }
 
-  void Take(const UnfinishedWork& work) {
-    const bool same =
-        work.sha256 == request_.image.sha256 && work.address == request_.image.address;
-    KeepForeignBackup(work, same);
-    UnfinishedWork elsewhere = work;
-    elsewhere.half_used.clear();
-    bool used = false;
-    for (const SectorRecord& record : work.half_used) {
-      if (!request_.sectors.Holds(SectorAt(record.address))) {
-        elsewhere.half_used.push_back(record);
-      } else if (PutBack(work, record)) {
-        used = true;
-      }
+  Recovery Take(const std::vector<Entry>& journals) {
+    CheckChoice(journals);
+    for (const Entry& entry : journals) {
+      TakeOpenSector(entry);
     }
-    if (!elsewhere.half_used.empty()) {
-      recovery_.notes.push_back("the unfinished programming of " + work.image + " at " +
-                                Hex(work.address) + " is left as it is; " + request_.journal_file +
-                                " keeps what it needs");
-      recovery_.carried.push_back(std::move(elsewhere));
+    for (const auto& [address, entries] : candidates_) {
+      PutBack(address, entries);
     }
-    if (same && work.backup) {
-      TakeBackup(work, *work.backup, used);
+    recovery_.before = recovery_.truth;
+    for (const Entry& entry : journals) {
+      TakeBackup(entry);
     }
+    if (!chosen_.empty()) {
+      // Whoever says which journal counts may be wrong: the backup holds what was there.
+      const auto sector = PartOf(request_.now, request_.sectors.address, SectorAt(chosen_address_));
+      std::ranges::copy(sector,
+                        recovery_.before.begin() + (chosen_address_ - request_.sectors.address));
+      recovery_.backup.reset();
+    }
+    return std::move(recovery_);
   }
 
  private:
-  // Puts the bytes beside the work's image back. Returns whether any were lost.
-  bool PutBack(const UnfinishedWork& work, const SectorRecord& record) {
-    const Bytes found = PartOf(request_.now, request_.sectors.address, SectorAt(record.address));
-    const std::uint64_t work_end = work.address + work.size;
-    bool lost = false;
-    bool lost_beside_image = false;
-    for (std::uint64_t i = 0; i < kSectorSize; ++i) {
-      const std::uint64_t address = record.address + i;
-      if (!IsIn(address, work.address, work_end) && found[i] != record.original[i]) {
-        lost = true;
-        lost_beside_image =
-            lost_beside_image || !IsIn(address, request_.image.address, request_.image.End());
+  void CheckChoice(const std::vector<Entry>& journals) {
+    if (request_.choice.empty() || request_.choice == kNoJournal) {
+      return;
+    }
+    for (const Entry& entry : journals) {
+      const Journal& journal = entry.journal;
+      if (SameFile(entry.file, request_.choice) && journal.open_sector &&
+          request_.sectors.Holds(SectorAt(journal.open_sector->address))) {
+        chosen_ = entry.file;
+        chosen_address_ = journal.open_sector->address;
+        return;
       }
     }
-    if (!lost) {
-      return false;
-    }
-    const bool fits = MayBecome(found, record.planned) || MayBecome(found, record.original) ||
-                      WasSeen(work, record.address, found);
-    if (!fits) {
-      if (lost_beside_image) {
-        Refuse(work, "the sector " + Text(SectorAt(record.address)) +
-                         " holds neither what was there before nor what was being written");
-      }
-      return false;
-    }
-    for (std::uint64_t i = 0; i < kSectorSize; ++i) {
-      if (!IsIn(record.address + i, work.address, work_end)) {
-        recovery_.before[record.address - request_.sectors.address + i] = record.original[i];
-      }
-    }
-    recovery_.notes.push_back(
-        "programming " + work.image + " was cut off; the bytes beside it in " +
-        Text(SectorAt(record.address)) + " come from " + request_.journal_file);
-    return true;
+    throw Failure(ExitCode::kUsage,
+                  "--journal: " + request_.choice +
+                      " is no journal with bytes for these sectors of this kind of camera",
+                  "Give the file that the message named, or none.");
   }
 
-  void TakeBackup(const UnfinishedWork& work, const BackupRecord& backup, bool bytes_were_lost) {
-    if (!FileExists(backup.file)) {
+  void TakeOpenSector(const Entry& entry) {
+    const Journal& journal = entry.journal;
+    if (!journal.open_sector) {
+      return;
+    }
+    const SharedSector& open = *journal.open_sector;
+    const Range sector = SectorAt(open.address);
+    const bool same_path = journal.camera == request_.camera;
+    if (!request_.sectors.Holds(sector)) {
+      if (same_path) {
+        recovery_.notes.push_back(WorkText(journal) + ", is left as it is; " + entry.file +
+                                  " holds the bytes beside it in " + Text(sector));
+      }
+      return;
+    }
+    if (entry.file == chosen_) {
+      candidates_[open.address] = {entry};
+      return;
+    }
+    if (open.address == chosen_address_ && !chosen_.empty()) {
+      return;
+    }
+    const Bytes found = PartOf(request_.now, request_.sectors.address, sector);
+    switch (FateOf(found, open, NamedBy(journal))) {
+      case SectorFate::kUnharmed:
+        Misplace(entry, same_path);
+        break;
+      case SectorFate::kOnItsWay:
+        TakeHarmed(entry, same_path);
+        break;
+      case SectorFate::kEither:
+        TakeEither(entry, same_path);
+        break;
+      case SectorFate::kOtherwise:
+        TakeOtherwise(entry, same_path);
+        break;
+    }
+  }
+
+  void Misplace(const Entry& entry, bool same_path) {
+    if (same_path) {
+      recovery_.misplaced.push_back(entry);
+    }
+  }
+
+  SameCamera Identity(const Journal& journal) const {
+    return Weigh(CompareSectors(journal, request_.sectors, request_.now) + landmarks_(journal));
+  }
+
+  // The sector can have been left so by the cut.
+  void TakeHarmed(const Entry& entry, bool same_path) {
+    if (request_.choice == kNoJournal) {
+      Misplace(entry, same_path);
+      return;
+    }
+    const SameCamera identity = Identity(entry.journal);
+    const std::uint32_t address = entry.journal.open_sector->address;
+    const bool is_covered = Covers(request_.named, SectorAt(address));
+    if (identity == SameCamera::kYes || (identity == SameCamera::kUnknown && same_path)) {
+      candidates_[address].push_back(entry);
+    } else if (is_covered) {
+      Misplace(entry, same_path);
+    } else if (same_path) {
+      Ask(entry, "the rest of this flash is not as that camera's");
+    } else if (identity == SameCamera::kUnknown) {
+      Ask(entry, "the rest of this flash is blank");
+    }
+  }
+
+  // What a cut leaves behind, and what a later change put there, on this camera or another.
+  void TakeEither(const Entry& entry, bool same_path) {
+    const std::uint32_t address = entry.journal.open_sector->address;
+    const bool asks = request_.choice != kNoJournal && !Covers(request_.named, SectorAt(address)) &&
+                      Identity(entry.journal) != SameCamera::kNo;
+    if (asks) {
+      Ask(entry, "the sector " + Text(SectorAt(address)) +
+                     " holds what a later change wrote, and what the cut may have left as well");
+    }
+    Misplace(entry, same_path);
+  }
+
+  // It can't. Somebody else wrote it, here or to another camera; or a power cut did what no
+  // datasheet tells.
+  void TakeOtherwise(const Entry& entry, bool same_path) {
+    const std::uint32_t address = entry.journal.open_sector->address;
+    if (!same_path) {
+      return;
+    }
+    const bool asks = request_.choice != kNoJournal && !Covers(request_.named, SectorAt(address)) &&
+                      Identity(entry.journal) != SameCamera::kNo;
+    if (asks) {
+      Ask(entry, "the sector " + Text(SectorAt(address)) +
+                     " holds neither what was there before nor what was being written");
+    }
+    Misplace(entry, same_path);
+  }
+
+  void PutBack(std::uint32_t address, const std::vector<Entry>& entries) {
+    const Entry& entry = Best(entries);
+    const Range sector = SectorAt(address);
+    const std::vector<std::uint8_t>& original = entry.journal.open_sector->original;
+    std::ranges::copy(original, recovery_.truth.begin() + (address - request_.sectors.address));
+    if (Covers(request_.named, sector)) {
+      recovery_.finished.push_back(entry.file);
+      return;
+    }
+    recovery_.used.push_back(entry);
+    recovery_.notes.push_back(WorkText(entry.journal) + ", was cut off; the bytes beside it in " +
+                              Text(sector) + " come from " + entry.file);
+  }
+
+  // The one that is sure; the camera of two journals with different bytes is anybody's guess,
+  // unless one of the two has lost its place.
+  const Entry& Best(const std::vector<Entry>& entries) const {
+    const Entry* best = nullptr;
+    for (const Entry& entry : entries) {
+      const bool here = entry.journal.camera == request_.camera;
+      if (best == nullptr || (here && best->journal.camera != request_.camera) ||
+          (best->journal.camera.empty() && !entry.journal.camera.empty())) {
+        best = &entry;
+      }
+    }
+    for (const Entry& entry : entries) {
+      const bool differs =
+          entry.journal.open_sector->original != best->journal.open_sector->original;
+      const bool rivals = best->journal.camera.empty() || !entry.journal.camera.empty();
+      if (&entry != best && differs && rivals) {
+        Ask(*best, entry.file + " may be this camera's as well");
+      }
+    }
+    return *best;
+  }
+
+  bool IsSameWork(const Journal& journal) const {
+    return journal.sha256 == request_.sha256 && journal.address == request_.named.first &&
+           journal.size == request_.named.Size();
+  }
+
+  bool IsUsed(const Entry& entry) const {
+    return std::ranges::any_of(recovery_.used,
+                               [&](const Entry& used) { return used.file == entry.file; });
+  }
+
+  void TakeBackup(const Entry& entry) {
+    const Journal& journal = entry.journal;
+    const bool is_here = journal.camera == request_.camera || IsUsed(entry);
+    if (!is_here || !IsSameWork(journal) || request_.choice == kNoJournal) {
+      return;
+    }
+    if (!journal.open_sector) {
+      recovery_.finished.push_back(entry.file);
+    }
+    if (journal.backup && !recovery_.backup) {
+      TryBackup(journal, *journal.backup);
+    }
+  }
+
+  void TryBackup(const Journal& journal, const BackupRecord& backup) {
+    if (!FileExists(backup.file) || backup.address % kSectorSize != 0 ||
+        backup.size % kSectorSize != 0 || backup.address < request_.sectors.address ||
+        backup.address + backup.size > request_.sectors.End()) {
       return;
     }
     const std::vector<std::uint8_t> bytes = ReadWholeFile(backup.file);
-    const bool whole = bytes.size() == backup.size && !bytes.empty() &&
-                       Sha256(bytes) == backup.sha256 && backup.address % kSectorSize == 0 &&
-                       bytes.size() % kSectorSize == 0 &&
-                       IsIn(backup.address, request_.sectors.address, request_.sectors.End()) &&
-                       backup.address + bytes.size() <= request_.sectors.End();
-    if (!whole) {
+    if (bytes.size() != backup.size || Sha256(bytes) != backup.sha256) {
       return;
     }
-    std::vector<std::uint8_t> before = recovery_.before;
-    std::ranges::copy(bytes, before.begin() + (backup.address - request_.sectors.address));
-    if (Fits(work, backup, before)) {
-      recovery_.before = std::move(before);
-      recovery_.backup = backup;
-      return;
-    }
-    if (bytes_were_lost || request_.backup_file == backup.file) {
-      Refuse(work, "the flash holds neither the bytes of its backup " + backup.file +
-                       " nor those of the image");
-    }
+    UseBackup(journal, backup, bytes);
   }
 
-  // Whether each sector of the backup holds its old bytes, its new ones, or something on the way.
-  bool Fits(const UnfinishedWork& work, const BackupRecord& backup,
-            const std::vector<std::uint8_t>& before) const {
-    const std::vector<std::uint8_t> after = LayOver(request_.sectors, before, request_.image);
-    for (std::uint64_t offset = 0; offset < backup.size; offset += kSectorSize) {
-      const Range sector = SectorAt(static_cast<std::uint32_t>(backup.address + offset));
-      const Bytes found = PartOf(request_.now, request_.sectors.address, sector);
-      const Bytes old_bytes = PartOf(Bytes(before), request_.sectors.address, sector);
-      const Bytes new_bytes = PartOf(Bytes(after), request_.sectors.address, sector);
-      if (!MayBecome(found, new_bytes) && !MayBecome(found, old_bytes) &&
-          !WasSeen(work, sector.first, found)) {
-        return false;
+  enum class SectorState { kOld, kNew, kHalf, kOther };
+
+  SectorState StateOf(const Journal& journal, const SectorRecord& record, Bytes old_bytes) const {
+    const Range sector = SectorAt(record.address);
+    const Bytes found = PartOf(Bytes(recovery_.truth), request_.sectors.address, sector);
+    const std::string digest = SectorDigest(found);
+    if (std::ranges::equal(found, old_bytes)) {
+      return SectorState::kOld;
+    }
+    if (digest == record.after) {
+      return SectorState::kNew;
+    }
+    if (!Covers(request_.named, sector)) {
+      const bool is_open = journal.open_sector && journal.open_sector->address == record.address;
+      return is_open && FateOf(found, *journal.open_sector, request_.named) == SectorFate::kUnharmed
+                 ? SectorState::kHalf
+                 : SectorState::kOther;
+    }
+    const Bytes new_bytes = PartOf(request_.named_bytes, request_.named.first, sector);
+    return IsHalfErased(found, old_bytes) || IsHalfProgrammed(found, new_bytes)
+               ? SectorState::kHalf
+               : SectorState::kOther;
+  }
+
+  // Each sector for itself: what the cut-off change has or had in hand is in the backup; what
+  // somebody wrote otherwise since is not.
+  void UseBackup(const Journal& journal, const BackupRecord& backup,
+                 const std::vector<std::uint8_t>& bytes) {
+    std::vector<std::uint8_t> before = recovery_.before;
+    Ranges half;
+    std::uint64_t known = 0;
+    std::uint64_t other = 0;
+    for (const SectorRecord& record : journal.sectors) {
+      const Range sector = SectorAt(record.address);
+      if (sector.first < backup.address || sector.last - backup.address >= backup.size) {
+        continue;
+      }
+      const Bytes old_bytes = PartOf(Bytes(bytes), backup.address, sector);
+      const SectorState state = StateOf(journal, record, old_bytes);
+      if (state == SectorState::kHalf) {
+        AppendRange(half, sector);
+      }
+      ++(state == SectorState::kOther ? other : known);
+      if (state != SectorState::kOther) {
+        std::ranges::copy(old_bytes, before.begin() + (sector.first - request_.sectors.address));
       }
     }
-    return true;
-  }
-
-  // A backup that another unfinished work may go back to is never replaced.
-  void KeepForeignBackup(const UnfinishedWork& work, bool same) const {
-    if (!same && work.backup && work.backup->file == request_.backup_file &&
-        FileExists(work.backup->file)) {
-      throw Failure(ExitCode::kFile,
-                    "--backup: " + work.backup->file +
-                        " holds the bytes from before the unfinished programming of " + work.image,
-                    "Give the new backup another name.");
+    const bool fits_a_cut =
+        half.empty() ||
+        (std::uint64_t{half.back().last} - half.front().first) / kSectorSize < kSectorsOfABlock;
+    if (!fits_a_cut || known == 0 || other * 3 > known ||
+        Weigh(landmarks_(journal)) == SameCamera::kNo) {
+      return;  // another camera's
+    }
+    recovery_.before = std::move(before);
+    if (other == 0) {
+      recovery_.backup = backup;
+    } else {
+      recovery_.notes.push_back("the backup from before the cut stays as well: " + backup.file);
     }
   }
 
-  [[noreturn]] void Refuse(const UnfinishedWork& work, const std::string& why) const {
+  [[noreturn]] static void Ask(const Entry& entry, const std::string& why) {
     throw Failure(ExitCode::kFile,
-                  request_.journal_file + " tells of an unfinished programming of " + work.image +
-                      " at " + Hex(work.address) + " with this camera, but " + why,
-                  "If this is another camera at the same place, or the flash was programmed "
-                  "otherwise since, remove that file and run again. Else write its backup back" +
-                      (work.backup ? ": " + work.backup->file + " at " + Hex(work.backup->address)
-                                   : std::string()) +
-                      ".");
+                  entry.file + " tells of " + WorkText(entry.journal) +
+                      ", and whether with this camera is not clear: " + why,
+                  "If it was this camera, and nothing was programmed there since, add --journal " +
+                      entry.file + ": the bytes beside the image come from it.\n" +
+                      "Otherwise add --journal none: the flash's bytes stay, and so does the "
+                      "journal.");
   }
 
   const RecoveryRequest& request_;
-  Recovery& recovery_;
+  const LandmarkCheck& landmarks_;
+  Recovery recovery_;
+  std::string chosen_;
+  std::uint32_t chosen_address_ = 0;
+  std::map<std::uint32_t, std::vector<Entry>> candidates_;
 };
 
 }  // namespace
 
-Recovery Recover(const RecoveryRequest& request, const std::vector<UnfinishedWork>& works) {
-  Recovery recovery;
-  recovery.before.assign(request.now.begin(), request.now.end());
-  Judge judge(request, recovery);
-  for (const UnfinishedWork& work : works) {
-    judge.Take(work);
-  }
-  return recovery;
-}
-
-bool MayBeCutOff(const RecoveryRequest& request, const std::vector<UnfinishedWork>& works) {
-  for (const UnfinishedWork& work : works) {
-    for (const SectorRecord& record : work.half_used) {
-      const Range sector = SectorAt(record.address);
-      if (!request.sectors.Holds(sector)) {
-        continue;
-      }
-      const Bytes found = PartOf(request.now, request.sectors.address, sector);
-      bool lost = false;
-      for (std::uint64_t i = 0; i < kSectorSize; ++i) {
-        lost = lost || (!IsIn(record.address + i, work.address, work.address + work.size) &&
-                        found[i] != record.original[i]);
-      }
-      if (lost && (MayBecome(found, record.planned) || MayBecome(found, record.original))) {
-        return true;
-      }
-    }
-  }
-  return false;
-}
-
-std::vector<SectorRecord> HalfUsedRecords(const Image& image, const SectorSpan& sectors,
-                                          const Ranges& changes, Bytes before, Bytes after) {
-  std::vector<SectorRecord> records;
-  for (const std::uint32_t address : HalfUsedSectors(image.address, image.bytes.size())) {
-    const Range sector = SectorAt(address);
-    const bool changed = std::ranges::any_of(
-        changes, [&](const Range& run) { return run.first <= address && address <= run.last; });
-    if (changed) {
-      const Bytes original = PartOf(before, sectors.address, sector);
-      const Bytes planned = PartOf(after, sectors.address, sector);
-      records.push_back(
-          {address, {original.begin(), original.end()}, {planned.begin(), planned.end()}});
-    }
-  }
-  return records;
+Recovery Recover(const RecoveryRequest& request, const std::vector<Entry>& journals,
+                 const LandmarkCheck& landmarks) {
+  return Judge(request, landmarks).Take(journals);
 }

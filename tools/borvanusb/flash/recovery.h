@@ -1,45 +1,51 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <span>
 #include <string>
 #include <vector>
 
-#include "flash/image.h"
+#include "flash/camera_evidence.h"
 #include "flash/journal.h"
+#include "flash/journal_store.h"
 #include "flash/sector_plan.h"
 
-// What the sectors around an image hold once bytes that a cut-off process took with it are put back
-// from its journal.
-struct Recovery {
-  std::vector<std::uint8_t> before;     // the sectors' true content
-  std::vector<UnfinishedWork> carried;  // works whose bytes belong to other sectors: still to keep
-  std::optional<BackupRecord> backup;   // of the same work, made when it began, and still good
-  std::vector<std::string> notes;       // what was done and why, for people
-};
+// What the journals mean for a change that is about to begin.
 
-// What is being programmed, and what the camera holds now.
+// A change, and what the flash holds where it goes.
 struct RecoveryRequest {
-  const Image& image;
+  std::string camera;  // device path
+  Range named;         // the bytes that the change names
+  std::string sha256;  // of these bytes, as they shall become
   SectorSpan sectors;
-  std::span<const std::uint8_t> now;  // the content of `sectors`
-  std::string backup_file;            // where a backup is asked for; empty: a name of its own
-  std::string journal_file;           // for messages
+  std::span<const std::uint8_t> now;          // the content of `sectors`, to be believed
+  std::span<const std::uint8_t> named_bytes;  // what the named bytes shall become
+  std::string choice;                         // --journal: a journal's file, "none", or empty
 };
 
-// Judges each unfinished work of the journal by what the flash holds. Throws Failure kFile when it
-// can't be told whether the bytes in the journal are this camera's: neither keeping nor replacing
-// the flash's bytes would be safe then.
-Recovery Recover(const RecoveryRequest& request, const std::vector<UnfinishedWork>& works);
+struct Recovery {
+  // What the sectors hold once the bytes that a cut-off change took with it are put back.
+  std::vector<std::uint8_t> truth;
+  // The same with the old bytes of a change that was cut off and is now repeated: what a backup
+  // holds, and what restoring writes.
+  std::vector<std::uint8_t> before;
+  // Journals whose shared sector is put back in `truth`.
+  std::vector<JournalStore::Entry> used;
+  // Journals that are done with once the sectors hold what they shall.
+  std::vector<std::string> finished;
+  // Journals with an open sector here, of this path, that are not of this camera as it is now.
+  std::vector<JournalStore::Entry> misplaced;
+  std::optional<BackupRecord> backup;  // of the change that is repeated; it stays
+  std::vector<std::string> notes;      // for people
+};
 
-// Whether the flash may be that of a camera which the works were cut off with: bytes beside the
-// image are gone where a work would have taken them.
-bool MayBeCutOff(const RecoveryRequest& request, const std::vector<UnfinishedWork>& works);
+// Compares a journal's landmarks with the camera's flash; called for few journals.
+using LandmarkCheck = std::function<Evidence(const Journal&)>;
 
-// What the journal must say of the work that is about to begin: the half-used sectors among those
-// that change.
-std::vector<SectorRecord> HalfUsedRecords(const Image& image, const SectorSpan& sectors,
-                                          const Ranges& changes,
-                                          std::span<const std::uint8_t> before,
-                                          std::span<const std::uint8_t> after);
+// Throws Failure kFile where it can't be told whether the bytes in a journal are this camera's:
+// neither keeping nor replacing the flash's bytes would be safe then. The hint's lines end with
+// what must be added to the command line.
+Recovery Recover(const RecoveryRequest& request, const std::vector<JournalStore::Entry>& journals,
+                 const LandmarkCheck& landmarks);

@@ -36,7 +36,7 @@ Json ToJson(const ProgramOutcome& outcome, const WorkState& state) {
   json["transfers"] = outcome.transfers;
   json["expected_seconds"] = outcome.expected_seconds;
   json["backup"] = outcome.backup.empty() ? Json() : Json(outcome.backup);
-  json["verified"] = outcome.verified;
+  json["verified"] = outcome.verified ? Json(*outcome.verified) : Json();
   json["state"] = state.Name();
   const WorkState::Parts parts = state.GetParts();
   json["written"] = ToJson(parts.written);
@@ -68,6 +68,12 @@ std::string TimeText(std::chrono::system_clock::time_point time) {
       static_cast<int>(clock.hours().count()), static_cast<int>(clock.minutes().count()),
       static_cast<int>(clock.seconds().count()));
   return {text.data(), static_cast<std::size_t>(length)};
+}
+
+std::string TimeInFileName(std::chrono::system_clock::time_point time) {
+  std::string text = TimeText(time);
+  std::erase_if(text, [](char character) { return character == '-' || character == ':'; });
+  return text;
 }
 
 std::string SecondsText(double seconds) {

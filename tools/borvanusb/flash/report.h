@@ -24,8 +24,8 @@ struct ProgramOutcome {
   Ranges changes;             // those that differ
   std::uint64_t transfers = 0;
   double expected_seconds = 0;
-  std::string backup;  // empty: none
-  bool verified = false;
+  std::string backup;            // empty: none
+  std::optional<bool> verified;  // nothing where nothing was read back
   std::chrono::system_clock::time_point started;
   std::chrono::system_clock::time_point finished;
   double read_seconds = 0;
@@ -44,6 +44,9 @@ nlohmann::ordered_json ToJson(const ProgramOutcome& outcome, const WorkState& st
 
 // A time in UTC: "2026-11-21T19:18:05Z".
 std::string TimeText(std::chrono::system_clock::time_point time);
+
+// The same for the middle of a file's name: "20261121T191805Z".
+std::string TimeInFileName(std::chrono::system_clock::time_point time);
 
 // A time span for people: "0.42 s", "75.0 s".
 std::string SecondsText(double seconds);

@@ -36,6 +36,12 @@ void WorkState::SetWrong(const Ranges& wrong) {
   wrong_ = wrong;
 }
 
+void WorkState::SetKept(const Ranges& sectors, const std::string& file) {
+  const Lock lock(mutex_);
+  kept_ = sectors;
+  kept_file_ = file;
+}
+
 void WorkState::SetDone() {
   const Lock lock(mutex_);
   phase_ = Phase::kDone;
@@ -103,14 +109,20 @@ std::string WorkState::SentenceLocked() const {
   if (phase_ == Phase::kRestoring) {
     return "the old bytes were being written back; " +
            RangesText(Union(parts.written, parts.unfinished)) +
-           " may hold old or new bytes or none";
+           " may hold old or new bytes or none" + KeptLocked();
   }
   std::string text;
   AddPart(text, parts.wrong, "differs from what was written");
   AddPart(text, Without(parts.written, parts.wrong), "is written");
   AddPart(text, parts.unfinished, "is erased or half written");
   AddPart(text, parts.remaining, "is as before");
-  return "the flash is changed in part: " + text;
+  return "the flash is changed in part: " + text + KeptLocked();
+}
+
+std::string WorkState::KeptLocked() const {
+  return kept_.empty()
+             ? std::string()
+             : "; the bytes beside the image in " + RangesText(kept_) + " are in " + kept_file_;
 }
 
 std::string WorkState::AdviceLocked() const {

@@ -19,6 +19,9 @@ class WorkState {
   void End(const Range& block);
   // What was written and does not read back so.
   void SetWrong(const Ranges& wrong);
+  // Bytes beside the change in these sectors are in `file`, and perhaps nowhere else; no sectors:
+  // in the flash.
+  void SetKept(const Ranges& sectors, const std::string& file);
   void SetDone();
   // The old bytes are being written back; they are back.
   void BeginRestoring();
@@ -51,6 +54,7 @@ class WorkState {
   Parts PartsLocked() const;
   std::string SentenceLocked() const;
   std::string AdviceLocked() const;
+  std::string KeptLocked() const;
 
   mutable std::mutex mutex_;
   Phase phase_ = Phase::kWorking;
@@ -58,6 +62,8 @@ class WorkState {
   Ranges written_;
   Ranges unfinished_;
   Ranges wrong_;
+  Ranges kept_;
+  std::string kept_file_;
   std::string forward_;
   std::string back_;
 };

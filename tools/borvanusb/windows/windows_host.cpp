@@ -81,6 +81,23 @@ std::unique_ptr<Host::Reservation> WindowsHost::ReserveCamera(const CameraIdenti
   return std::make_unique<CameraReservation>(std::move(lock));
 }
 
+bool WindowsHost::IsReservedElsewhere(const std::string& path) {
+  return platform_.LockCamera(path, std::chrono::milliseconds(0)) == nullptr;
+}
+
+std::string WindowsHost::JournalFolder() const {
+  const std::string given = Environment("BORVANUSB_JOURNALS");
+  if (!given.empty()) {
+    return given;
+  }
+  const std::string local = Environment("LOCALAPPDATA");
+  if (local.empty()) {
+    throw Failure(ExitCode::kFile, "the system names no folder for the user's data: LOCALAPPDATA is not set",
+                  "Set BORVANUSB_JOURNALS to a folder that lasts; the journals lie there.");
+  }
+  return local + "\\BorvanUSB\\journals";
+}
+
 std::unique_ptr<Host::StopHold> WindowsHost::HoldStop() {
   return std::make_unique<SupervisorHold>(supervisor_);
 }

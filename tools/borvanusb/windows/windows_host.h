@@ -23,6 +23,8 @@ class WindowsHost : public Host {
   std::vector<CameraIdentity> ListCameras() override;
   std::unique_ptr<Camera> OpenCamera(const CameraIdentity& camera) override;
   std::unique_ptr<Reservation> ReserveCamera(const CameraIdentity& camera) override;
+  bool IsReservedElsewhere(const std::string& path) override;
+  std::string JournalFolder() const override;
   bool StopRequested() const override { return supervisor_.StopRequested(); }
   std::unique_ptr<StopHold> HoldStop() override;
   void SetLastWords(std::function<std::vector<std::string>()> words) override;

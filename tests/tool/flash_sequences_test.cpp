@@ -1,0 +1,492 @@
+// Programming, cut off and repeated in sequences drawn by chance: images that overlap, folders,
+// names in several spellings, cuts and kills at any transfer, other cameras at the same port and
+// the same camera at another, erasing, words, backups written back. A model knows what every byte
+// may be.
+//
+// A byte that no command names never changes while a command ends well. After a failure it is in
+// the flash or in a journal. A backup never changes.
+#include <algorithm>
+#include <cstdlib>
+#include <map>
+#include <random>
+
+#include "files.h"
+#include "flash/journal.h"
+#include "flash/sector_plan.h"
+#include "flash_support.h"
+
+namespace tool_test {
+namespace {
+
+constexpr std::size_t kFlash = 64 * 1024;
+const std::vector<std::string> kPorts = {R"(\\?\usb#vid_1234&pid_0001#port1)",
+                                         R"(\\?\usb#vid_1234&pid_0001#port2)"};
+
+// Not an exception of the standard library: nothing of ours is to catch it, as nothing catches a
+// kill.
+struct Killed {};
+
+// A camera module and what its flash is known to hold.
+struct Module {
+  std::string name;
+  std::shared_ptr<FakeChip> chip = std::make_shared<FakeChip>();
+  Bytes truth;
+  std::vector<bool> limbo = std::vector<bool>(kFlash, false);  // named by a command that failed
+
+  Module(std::string module_name, Bytes flash) : name(std::move(module_name)), truth(flash) {
+    chip->flash = std::move(flash);
+  }
+};
+
+struct Statistics {
+  std::uint64_t sequences = 0;
+  std::uint64_t runs = 0;
+  std::uint64_t done = 0;
+  std::uint64_t cut = 0;
+  std::uint64_t asked = 0;
+  std::uint64_t asked_owner = 0;  // although it was the right camera at its port
+};
+
+class Sequence : public FlashTest {
+ public:
+  void TestBody() override {}
+
+  // Empty, or what went wrong.
+  std::string Play(std::uint32_t seed, Statistics& statistics) {
+    random_.seed(seed);
+    statistics_ = &statistics;
+    ++statistics.sequences;
+    SetUpWorld();
+    const std::uint32_t steps = 3 + Draw(6);
+    for (std::uint32_t i = 0; i < steps && problem_.empty(); ++i) {
+      Step();
+    }
+    return problem_.empty() ? "" : "seed " + std::to_string(seed) + log_ + "\n  " + problem_;
+  }
+
+ private:
+  std::uint32_t Draw(std::uint32_t below) { return static_cast<std::uint32_t>(random_() % below); }
+  bool Chance(std::uint32_t percent) { return Draw(100) < percent; }
+
+  Bytes RandomBytes(std::size_t size) {
+    Bytes bytes(size);
+    for (std::uint8_t& byte : bytes) {
+      byte = static_cast<std::uint8_t>(random_());
+    }
+    return bytes;
+  }
+
+  void SetUpWorld() {
+    Bytes firmware = RandomBytes(kFlash);
+    if (Chance(30)) {  // blank from somewhere on
+      std::fill(firmware.begin() + 0x1000 * (2 + Draw(12)), firmware.end(), std::uint8_t{0xFF});
+    }
+    Bytes sibling = firmware;
+    for (int i = 0; i < 3; ++i) {
+      const Bytes part = RandomBytes(0x40);
+      std::copy(part.begin(), part.end(), sibling.begin() + Draw(kFlash - 0x40));
+    }
+    modules_.emplace_back("A", firmware);
+    modules_.emplace_back("sibling", sibling);
+    modules_.emplace_back("blank", Bytes(kFlash, 0xFF));
+    modules_.emplace_back("foreign", RandomBytes(kFlash));
+    plugged_ = {0, -1};
+    for (const char* folder : {"a", "b"}) {
+      std::filesystem::create_directories(File(folder));
+    }
+    const std::uint32_t base = 0x1000 * (1 + Draw(8));
+    const std::uint32_t images = 2 + Draw(3);
+    for (std::uint32_t i = 0; i < images; ++i) {
+      Image image;
+      image.address = base + Draw(0x2800);
+      image.bytes = RandomBytes(Chance(50) ? 1 + Draw(0x400) : 1 + Draw(0x3800));
+      if (Chance(20)) {
+        std::fill(image.bytes.begin(), image.bytes.end(), std::uint8_t{0xFF});
+      } else if (Chance(30)) {
+        std::fill(image.bytes.begin() + Draw(static_cast<std::uint32_t>(image.bytes.size())),
+                  image.bytes.end(), std::uint8_t{0xFF});
+      }
+      image.name = "image" + std::to_string(i) + ".bin";
+      for (const char* folder : {"a/", "b/"}) {
+        WriteFile(folder + image.name, image.bytes);
+      }
+      images_.push_back(image);
+    }
+  }
+
+  struct Image {
+    std::string name;
+    std::uint32_t address = 0;
+    Bytes bytes;
+  };
+
+  // What a command names.
+  struct Named {
+    std::uint32_t address = 0;
+    Bytes bytes;
+  };
+
+  std::string Spelled(const std::string& name) {
+    const std::string folder = Chance(60) ? "a" : "b";
+    switch (Draw(3)) {
+      case 0:
+        return File(folder + "/" + name);
+      case 1:
+        return File(folder + "/./" + name);
+      default:
+        return File("b/../" + folder + "/" + name);
+    }
+  }
+
+  void Replug() {
+    plugged_[0] = static_cast<int>(Draw(static_cast<std::uint32_t>(modules_.size())));
+    plugged_[1] =
+        Chance(50) ? -1 : static_cast<int>(Draw(static_cast<std::uint32_t>(modules_.size())));
+    if (plugged_[1] == plugged_[0]) {
+      plugged_[0] = -1;
+    }
+  }
+
+  void Step() {
+    if (Chance(25)) {
+      Replug();
+    }
+    std::size_t port = plugged_[0] >= 0 ? 0 : 1;
+    if (plugged_[0] >= 0 && plugged_[1] >= 0 && Chance(50)) {
+      port = 1;
+    }
+    host.chips.clear();
+    for (std::size_t i = 0; i < plugged_.size(); ++i) {
+      if (plugged_[i] >= 0) {
+        Module& module = modules_[static_cast<std::size_t>(plugged_[i])];
+        module.chip->identity.path = kPorts[i];
+        host.chips.push_back(module.chip);
+      }
+    }
+    common.cameras = {kPorts[port]};
+    Module& module = modules_[static_cast<std::size_t>(plugged_[port])];
+    log_ += "\n  " + module.name + "@" + std::to_string(port + 1) + " ";
+    const std::uint32_t kind = Draw(100);
+    if (kind < 8) {
+      EraseStep(module);
+    } else if (kind < 13) {
+      WordStep(module);
+    } else if (kind < 20 && !backups_.empty()) {
+      BackStep(module);
+    } else {
+      ProgramStep(module);
+    }
+  }
+
+  void ProgramStep(Module& module) {
+    const Image& image = images_[Draw(static_cast<std::uint32_t>(images_.size()))];
+    FlashProgramCommand command;
+    command.image = Spelled(image.name);
+    command.address = image.address;
+    command.force = true;
+    command.backup = Chance(60);
+    if (command.backup && Chance(40)) {
+      command.backup_file = Spelled("old" + std::to_string(Draw(3)) + ".bin");
+    }
+    command.restore_on_failure = command.backup && Chance(30);
+    command.verify = Chance(85);
+    log_ += "program " + image.name + " " +
+            Text(Range{image.address,
+                       static_cast<std::uint32_t>(image.address + image.bytes.size() - 1)}) +
+            (command.restore_on_failure ? " restore" : "") + (command.backup ? "" : " no-backup") +
+            (command.verify ? "" : " no-verify");
+    Program(module, command, {image.address, image.bytes});
+  }
+
+  void BackStep(Module& module) {
+    auto entry = backups_.begin();
+    std::advance(entry, Draw(static_cast<std::uint32_t>(backups_.size())));
+    const std::uint32_t address =
+        backup_places_.contains(entry->first) ? backup_places_[entry->first] : 0x1000;
+    FlashProgramCommand command;
+    command.image = entry->first;
+    command.address = address;
+    command.force = true;
+    log_ += "write back " + entry->first + " at " + Hex(address);
+    Program(module, command, {address, entry->second});
+  }
+
+  void Program(Module& module, FlashProgramCommand command, const Named& named) {
+    Attempt(
+        module, named, [&] { return Run(command); }, command.verify);
+    for (int i = 0; i < 2 && asked_; ++i) {
+      // Somebody who knows the cameras answers.
+      command.journal = IsNeeded(module) ? asked_journal_ : "none";
+      log_ += "\n    answered " + command.journal;
+      Attempt(
+          module, named, [&] { return Run(command); }, command.verify);
+    }
+  }
+
+  // Whether the flash lacks bytes that the journal asked for holds.
+  bool IsNeeded(const Module& module) {
+    if (owners_[asked_journal_] != module.name) {
+      return false;
+    }
+    const SharedSector open = *ParseJournal(ReadWholeText(asked_journal_)).open_sector;
+    bool lacks = false;
+    for (std::size_t i = 0; i < kSectorSize; ++i) {
+      const std::size_t place = open.address + i;
+      if (!module.limbo[place] && module.chip->flash[place] != module.truth[place]) {
+        lacks = lacks || open.original[i] == module.truth[place];
+      }
+    }
+    return lacks;
+  }
+
+  void EraseStep(Module& module) {
+    FlashEraseCommand command;
+    command.range.first = 0x1000 * Draw(14);
+    command.range.last = command.range.first + 0x1000 * (1 + Draw(2)) - 1;
+    command.yes = true;
+    command.backup = Chance(60);
+    command.backup_file =
+        command.backup ? Spelled("erased" + std::to_string(Draw(1000)) + ".bin") : "";
+    log_ += "erase " + Text(command.range);
+    Attempt(module, {command.range.first, Bytes(command.range.Size(), 0xFF)},
+            [&] { return Run(command); });
+  }
+
+  void WordStep(Module& module) {
+    FlashWordCommand command;
+    command.address = 0x1000 + Draw(0x4000);
+    Bytes bytes(module.chip->flash.begin() + command.address,
+                module.chip->flash.begin() + command.address + 4);
+    std::uint32_t value = 0;
+    for (std::uint8_t& byte : bytes) {
+      byte = static_cast<std::uint8_t>(byte & random_());
+      value = value << 8U | byte;
+    }
+    command.value = value;
+    command.yes = true;
+    command.backup = Chance(60);
+    command.backup_file =
+        command.backup ? Spelled("word" + std::to_string(Draw(1000)) + ".bin") : "";
+    log_ += "word " + Hex(command.address);
+    Attempt(module, {command.address, bytes}, [&] { return Run(command); });
+  }
+
+  // With `verify` a packet may be answered and not programmed: only then it must be noticed.
+  void ArmCut(FakeChip& chip, bool verify) {
+    const std::uint64_t first = chip.transfers + 1 + Draw(Chance(50) ? 1000 : 400);
+    switch (verify ? Draw(10) : Draw(5)) {
+      case 0:
+      case 1:
+        chip.before_transfer = [first](std::uint64_t number) {
+          if (number >= first) {
+            throw Failure(ExitCode::kDevice, "the camera is gone");
+          }
+        };
+        break;
+      case 2:
+        chip.before_transfer = [first](std::uint64_t number) {
+          if (number == first) {
+            throw Failure(ExitCode::kDevice, "the transfer failed");
+          }
+        };
+        break;
+      case 3:
+        chip.before_transfer = [first](std::uint64_t number) {
+          if (number >= first) {
+            throw Failure(ExitCode::kTimeout, "no answer");
+          }
+        };
+        break;
+      case 4:
+        chip.before_transfer = [this, first](std::uint64_t number) {
+          host.stop_requested = host.stop_requested || number >= first;
+        };
+        break;
+      case 5:  // a packet that is answered and not programmed
+        chip.after_programming = [first, &chip](std::uint32_t address,
+                                                std::span<std::uint8_t> bytes) {
+          if (chip.transfers == first) {
+            std::copy_n(chip.flash.begin() + address, bytes.size(), bytes.begin());
+          }
+        };
+        break;
+      default:
+        chip.before_transfer = [first](std::uint64_t number) {
+          if (number >= first) {
+            throw Killed();
+          }
+        };
+    }
+  }
+
+  void Attempt(Module& module, const Named& named, const std::function<Outcome()>& run,
+               bool verify = true) {
+    ++statistics_->runs;
+    asked_ = false;
+    const Bytes before = module.chip->flash;
+    const bool cut = Chance(50);
+    if (cut) {
+      ArmCut(*module.chip, verify);
+    }
+    Outcome outcome;
+    bool killed = false;
+    try {
+      outcome = run();
+    } catch (const Killed&) {
+      killed = true;
+      outcome.code = ExitCode::kInternal;
+    }
+    module.chip->before_transfer = {};
+    module.chip->after_programming = {};
+    host.stop_requested = false;
+    host.stop_holds = 0;
+    log_ += killed
+                ? " killed"
+                : " -> " + std::to_string(static_cast<int>(outcome.code)) + " " + outcome.message;
+    statistics_->done += outcome.code == ExitCode::kDone ? 1U : 0U;
+    statistics_->cut += killed || cut ? 1U : 0U;
+    NoteFiles(module);
+    Judge(module, named, outcome, before);
+    const std::size_t mark = outcome.hint.find("add --journal ");
+    if (!killed && outcome.code == ExitCode::kFile && mark != std::string::npos) {
+      asked_ = true;
+      const std::size_t start = mark + std::string("add --journal ").size();
+      asked_journal_ = outcome.hint.substr(start, outcome.hint.find(": the bytes", start) - start);
+      ++statistics_->asked;
+      statistics_->asked_owner += IsNeeded(module) ? 1U : 0U;
+      if (module.chip->flash != before) {
+        problem_ = "it asked after it changed the flash";
+      }
+    }
+  }
+
+  // Backups stay as they were when they came; journals belong to who was worked with.
+  void NoteFiles(const Module& module) {
+    for (const std::string& name : FilesIn(host.journal_folder)) {
+      owners_.try_emplace(AbsoluteName(host.journal_folder + "/" + name), module.name);
+    }
+    for (const char* folder : {"a", "b"}) {
+      for (const std::string& name : FilesIn(File(folder))) {
+        if (name.starts_with("image") && name.find("backup") == std::string::npos) {
+          continue;
+        }
+        const std::string file = AbsoluteName(File(std::string(folder) + "/" + name));
+        const Bytes bytes = ReadWholeFile(file);
+        const auto [known, is_new] = backups_.try_emplace(file, bytes);
+        if (!is_new && known->second != bytes) {
+          problem_ = file + " changed";
+        }
+      }
+    }
+    for (const std::string& journal : Journals()) {
+      const auto backup = ParseJournal(ReadWholeText(journal)).backup;
+      if (backup) {
+        backup_places_[backup->file] = backup->address;
+      }
+    }
+  }
+
+  // The sectors that journals hold because they were on their way.
+  std::vector<SharedSector> OpenSectors() const {
+    std::vector<SharedSector> sectors;
+    for (const std::string& file : Journals()) {
+      if (auto open = ParseJournal(ReadWholeText(file)).open_sector) {
+        sectors.push_back(std::move(*open));
+      }
+    }
+    return sectors;
+  }
+
+  static bool IsKept(const std::vector<SharedSector>& sectors, std::size_t place,
+                     std::uint8_t byte) {
+    return std::ranges::any_of(sectors, [&](const SharedSector& open) {
+      return place >= open.address && place < open.address + std::size_t{kSectorSize} &&
+             open.original[place - open.address] == byte;
+    });
+  }
+
+  static bool SectorChanged(const Bytes& now, const Bytes& before, std::size_t place) {
+    const auto first = static_cast<std::ptrdiff_t>(place / kSectorSize * kSectorSize);
+    return !std::equal(now.begin() + first, now.begin() + first + kSectorSize,
+                       before.begin() + first);
+  }
+
+  void Judge(Module& module, const Named& named, const Outcome& outcome, const Bytes& before) {
+    const bool done = outcome.code == ExitCode::kDone;
+    const bool restored = outcome.message.find("is restored to its old bytes") != std::string::npos;
+    const Bytes& flash = module.chip->flash;
+    const SectorSpan sectors = SectorsAround(named.address, named.bytes.size());
+    const std::vector<SharedSector> kept = OpenSectors();
+    for (std::size_t place = 0; place < kFlash; ++place) {
+      const bool is_named = place >= named.address && place < named.address + named.bytes.size();
+      if (is_named && done) {
+        module.truth[place] = named.bytes[place - named.address];
+        module.limbo[place] = false;
+      } else if (is_named && !restored) {
+        const bool written = SectorChanged(flash, before, place);
+        module.limbo[place] =
+            module.limbo[place] || (written && flash[place] != module.truth[place]);
+      }
+      if (module.limbo[place] || flash[place] == module.truth[place]) {
+        continue;
+      }
+      const bool may_be_missing =
+          !(done && place >= sectors.address && place < sectors.End()) && !(is_named && done);
+      if (!may_be_missing || !IsKept(kept, place, module.truth[place])) {
+        problem_ = "byte " + Hex(place) + " is " + Hex(flash[place], 2) + ", must be " +
+                   Hex(module.truth[place], 2) +
+                   (done ? ", exit code 0" : ", and no journal has it");
+        return;
+      }
+    }
+    for (const Module& other : modules_) {
+      if (&other != &module && last_flash_[other.name] != other.chip->flash &&
+          !last_flash_[other.name].empty()) {
+        problem_ = "the flash of " + other.name + " changed";
+      }
+      last_flash_[other.name] = other.chip->flash;
+    }
+    last_flash_[module.name] = flash;
+  }
+
+  std::mt19937 random_;
+  Statistics* statistics_ = nullptr;
+  std::vector<Module> modules_;
+  std::vector<int> plugged_;  // module by port, -1: none
+  std::vector<Image> images_;
+  std::map<std::string, Bytes> backups_;
+  std::map<std::string, std::uint32_t> backup_places_;
+  std::map<std::string, std::string> owners_;  // of journals
+  std::map<std::string, Bytes> last_flash_;
+  bool asked_ = false;
+  std::string asked_journal_;
+  std::string log_;
+  std::string problem_;
+};
+
+std::uint64_t FromEnvironment(const char* name, std::uint64_t otherwise) {
+  const char* const text = std::getenv(name);
+  return text != nullptr ? std::strtoull(text, nullptr, 10) : otherwise;
+}
+
+TEST(FlashSequencesTest, NothingIsLostInAnySequence) {
+  const bool is_long = std::getenv("BORVAN_LONG") != nullptr;
+  const std::uint64_t count = FromEnvironment("BORVAN_SEQUENCES", is_long ? 100000 : 400);
+  const std::uint64_t first = FromEnvironment("BORVAN_SEED", 1);
+  Statistics statistics;
+  int problems = 0;
+  for (std::uint64_t seed = first; seed < first + count && problems < 5; ++seed) {
+    const std::string problem = Sequence().Play(static_cast<std::uint32_t>(seed), statistics);
+    if (!problem.empty()) {
+      ADD_FAILURE() << problem;
+      ++problems;
+    }
+  }
+  std::cout << statistics.sequences << " sequences, " << statistics.runs
+            << " commands: " << statistics.done << " ended well, " << statistics.cut
+            << " were to be cut off; " << statistics.asked << " asked for --journal, "
+            << statistics.asked_owner << " of them with the journal's own camera\n";
+}
+
+}  // namespace
+}  // namespace tool_test
