@@ -3,30 +3,22 @@
 #include <windows.h>
 
 #include <chrono>
-#include <future>
 #include <string>
-#include <thread>
 #include <vector>
 
 #include "failure.h"
 #include "library/supervisor.h"
 #include "tool.h"
 #include "windows/console.h"
+#include "windows/crash_report.h"
 #include "windows/text.h"
+#include "windows/watched_thread.h"
 #include "windows/windows_host.h"
 
 namespace {
 
-constexpr std::chrono::milliseconds kWatchInterval{50};
 // After Ctrl-C a call gets that long to return.
 constexpr std::chrono::milliseconds kStopLimit{1000};
-
-// Ends the process as it stands: threads of the library may be in the middle of a transfer, and
-// nothing that they hold must be waited for.
-[[noreturn]] void EndProcess(int code) {
-  TerminateProcess(GetCurrentProcess(), static_cast<UINT>(code));
-  ExitProcess(static_cast<UINT>(code));  // not reached
-}
 
 class Process {
  public:
@@ -42,14 +34,15 @@ class Process {
   // Runs the command and returns its exit code, or ends the process.
   int Run() {
     Console::OnStop([this] { OnStop(); });
-    std::promise<int> promise;
-    std::future<int> code = promise.get_future();
-    std::thread worker([&] { promise.set_value(RunTool(words_, host_, streams_)); });
-    while (code.wait_for(kWatchInterval) != std::future_status::ready) {
-      LookAfterWorker();
+    // After an exception the thread may still live: nothing that it uses is destroyed.
+    try {
+      return RunWatched([this] { return RunTool(words_, host_, streams_); },
+                        [this] { LookAfterWorker(); });
+    } catch (const Failure& failure) {
+      EndWith(failure);
+    } catch (...) {
+      EndWithCurrentException();
     }
-    worker.join();
-    return code.get();
   }
 
  private:
@@ -102,6 +95,11 @@ int RunProcess(int argc, wchar_t** argv) {
 int wmain(int argc, wchar_t** argv) {
   // No DLL is ever taken from the current folder, which may be one of downloads.
   SetDllDirectoryW(L"");
-  // The console is the caller's again before the process ends.
-  EndProcess(RunProcess(argc, argv));
+  ReportCrashes();
+  try {
+    // The console is the caller's again before the process ends.
+    EndProcess(RunProcess(argc, argv));
+  } catch (...) {
+    EndWithCurrentException();
+  }
 }
