@@ -35,11 +35,15 @@ build native bench_transfers bench_native
 build windows BorvanUSB_x64 bench_camera bench_library bench_tool
 
 export WINEPREFIX=$PWD/$work/wine WINEDEBUG=-all WINEDLLOVERRIDES='mscoree,mshtml='
-wine=/usr/lib/wine/wine64
-[ -x "$wine" ] || wine=wine
+wine=(/usr/lib/wine/wine64)
+[ -x "${wine[0]}" ] || wine=(wine)
+# See run_with_wine.sh.
+if setarch -R true 2>/dev/null; then
+  wine=(setarch -R "${wine[@]}")
+fi
 if [ ! -f "$WINEPREFIX/system.reg" ]; then
   echo "== making a Wine prefix" >&2
-  "$wine" wineboot -i >"$work/wine.log" 2>&1
+  "${wine[@]}" wineboot -i >"$work/wine.log" 2>&1
 fi
 
 rounds=$work/rounds.txt
@@ -63,12 +67,12 @@ done
 for part in transfers memory-program memory-dump dump waits; do
   echo "== measuring: the DLL's $part" >&2
   # Wine's runtime ends lines as Windows does.
-  "$wine" build/windows/bin/bench_library.exe "Z:${PWD//\//\\}\\build\\bench\\files" "$part" |
+  "${wine[@]}" build/windows/bin/bench_library.exe "Z:${PWD//\//\\}\\build\\bench\\files" "$part" |
     tr -d '\r' >>"$rounds"
 done
 for part in programming start; do
   echo "== measuring: the tool's $part" >&2
-  "$wine" build/windows/bin/bench_tool.exe "Z:${PWD//\//\\}\\build\\bench\\files" "$part" |
+  "${wine[@]}" build/windows/bin/bench_tool.exe "Z:${PWD//\//\\}\\build\\bench\\files" "$part" |
     tr -d '\r' >>"$rounds"
 done
 

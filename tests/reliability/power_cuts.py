@@ -343,14 +343,12 @@ def main():
     options = parser.parse_args()
     if min(options.count, options.state_count, options.seconds) < 0:
         parser.error("a number of cuts or seconds is 0 or more")
-    with subprocess.Popen([station.RUN, "cmd.exe"], stdin=subprocess.PIPE,
-                          stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL) as keeper:
+    with station.wine_services():
         place = Station()
         try:
             figures, problems = run_cuts(options, place, random.Random(options.seed))
         finally:
             place.doCleanups()
-            keeper.stdin.close()
     for name, figure in figures.items():
         print(f"{figure:6}  {name}")
     print(f"{len(problems):6}  not mended")

@@ -4,7 +4,11 @@
 The faults are made in a copy of borvanusb.exe: a function that it imports is replaced by another one of
 the same DLL, which fails in the wanted way.
 """
+import pathlib
 import shutil
+import subprocess
+import time
+import unittest
 
 import station
 
@@ -59,6 +63,41 @@ class StartTest(station.ToolTest):
         self.replace_import(*ABORT)
         outcome = self.refuse(10, "the program was aborted", "list")
         self.assertIn("Please report it", outcome.err)
+
+
+# A process's personality in which Linux does not randomize addresses.
+ADDR_NO_RANDOMIZE = 0x0040000
+
+
+@unittest.skipUnless(station.FIXED_ADDRESSES, "setarch -R is not allowed here")
+class WineTest(station.ToolTest):
+    """Wine starts with fixed addresses: with random ones it fails now and then, before the program
+    begins, with 1 and without a word (tests/reliability/wine_starts.py)."""
+
+    def assert_fixed_addresses(self, process):
+        """A started process soon has fixed addresses."""
+        end = time.monotonic() + station.LONGEST
+        personality = 0
+        while time.monotonic() < end and not personality & ADDR_NO_RANDOMIZE:
+            personality = int(pathlib.Path(f"/proc/{process.pid}/personality").read_text("ascii"), 16)
+            time.sleep(0.01)
+        self.assertTrue(personality & ADDR_NO_RANDOMIZE)
+
+    def test_under_the_tool(self):
+        self.plug_in(station.camera())
+        with self.start("list", "--watch") as process:
+            try:
+                self.assert_fixed_addresses(process)
+            finally:
+                process.kill()
+
+    def test_under_the_script_for_all_programs(self):
+        with subprocess.Popen([station.RUN, "cmd.exe"], env=self.environment, stdin=subprocess.PIPE,
+                              stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL) as process:
+            try:
+                self.assert_fixed_addresses(process)
+            finally:
+                process.stdin.close()
 
 
 if __name__ == "__main__":
