@@ -5,10 +5,12 @@
 #include <string>
 
 #include "api/device_instance.h"
+#include "api/guarded_call.h"
 #include "device/hexadecimal_text.h"
 
 using borvan::FormatHex;
 using borvan::GlobalInstance;
+using borvan::Guarded;
 using borvan::ParseUnsigned64Low;
 using borvan::Succeeded;
 
@@ -30,67 +32,81 @@ void StoreValue(const std::string& text, std::uint32_t* value) {
 extern "C" {
 
 bool UsbFlashRead(std::uint32_t address, std::uint32_t* value) {
-  const auto device = GlobalInstance().Get();
-  if (device == nullptr) {
-    return false;
-  }
-  std::string text;
-  // Deliberately true whatever the read gave: callers know a failed one by the value 0.
-  static_cast<void>(device->FlashRead(FormatHex(address), text));
-  StoreValue(text, value);
-  return true;
+  return Guarded([=] {
+    const auto device = GlobalInstance().Get();
+    if (device == nullptr) {
+      return false;
+    }
+    std::string text;
+    // Deliberately true whatever the read gave: callers know a failed one by the value 0.
+    static_cast<void>(device->FlashRead(FormatHex(address), text));
+    StoreValue(text, value);
+    return true;
+  });
 }
 
 bool UsbFlashWrite(std::uint32_t address, std::uint32_t value) {
-  const auto device = GlobalInstance().Get();
-  return device != nullptr && Succeeded(device->FlashWrite(FormatHex(address), FormatHex(value)));
+  return Guarded([=] {
+    const auto device = GlobalInstance().Get();
+    return device != nullptr && Succeeded(device->FlashWrite(FormatHex(address), FormatHex(value)));
+  });
 }
 
 bool UsbFlashErase(std::uint32_t address) {
-  const auto device = GlobalInstance().Get();
-  return device != nullptr && Succeeded(device->FlashErase(FormatHex(address)));
+  return Guarded([=] {
+    const auto device = GlobalInstance().Get();
+    return device != nullptr && Succeeded(device->FlashErase(FormatHex(address)));
+  });
 }
 
 bool UsbRegisterRead(std::uint32_t address, std::uint32_t* value, std::uint8_t flag) {
-  const auto device = GlobalInstance().Get();
-  if (device == nullptr) {
-    return false;
-  }
-  std::string text = IncomingText(value);
-  if (!Succeeded(device->RegisterRead(FormatHex(address), text, flag))) {
-    return false;
-  }
-  StoreValue(text, value);
-  return true;
+  return Guarded([=] {
+    const auto device = GlobalInstance().Get();
+    if (device == nullptr) {
+      return false;
+    }
+    std::string text = IncomingText(value);
+    if (!Succeeded(device->RegisterRead(FormatHex(address), text, flag))) {
+      return false;
+    }
+    StoreValue(text, value);
+    return true;
+  });
 }
 
 bool UsbRegisterWrite(std::uint32_t address, std::uint32_t value, std::uint8_t flag) {
-  const auto device = GlobalInstance().Get();
-  return device != nullptr &&
-         Succeeded(device->RegisterWrite(FormatHex(address), FormatHex(value), flag));
+  return Guarded([=] {
+    const auto device = GlobalInstance().Get();
+    return device != nullptr &&
+           Succeeded(device->RegisterWrite(FormatHex(address), FormatHex(value), flag));
+  });
 }
 
 bool UsbI2cRead(std::uint32_t device_id, std::uint32_t register_address, std::uint32_t* value,
                 std::int32_t mode, std::uint32_t option) {
-  const auto device = GlobalInstance().Get();
-  if (device == nullptr) {
-    return false;
-  }
-  std::string text = IncomingText(value);
-  if (!Succeeded(
-          device->I2cRead(FormatHex(device_id), FormatHex(register_address), text, mode, option))) {
-    return false;
-  }
-  StoreValue(text, value);
-  return true;
+  return Guarded([=] {
+    const auto device = GlobalInstance().Get();
+    if (device == nullptr) {
+      return false;
+    }
+    std::string text = IncomingText(value);
+    if (!Succeeded(device->I2cRead(FormatHex(device_id), FormatHex(register_address), text, mode,
+                                   option))) {
+      return false;
+    }
+    StoreValue(text, value);
+    return true;
+  });
 }
 
 bool UsbI2cWrite(std::uint32_t device_id, std::uint32_t register_address, std::uint32_t value,
                  std::int32_t mode, std::uint32_t option) {
-  const auto device = GlobalInstance().Get();
-  return device != nullptr &&
-         Succeeded(device->I2cWrite(FormatHex(device_id), FormatHex(register_address),
-                                    FormatHex(value), mode, option));
+  return Guarded([=] {
+    const auto device = GlobalInstance().Get();
+    return device != nullptr &&
+           Succeeded(device->I2cWrite(FormatHex(device_id), FormatHex(register_address),
+                                      FormatHex(value), mode, option));
+  });
 }
 
 }  // extern "C"

@@ -8,11 +8,13 @@
 
 #include "api/device_info.h"
 #include "api/device_instance.h"
+#include "api/guarded_call.h"
 #include "jobs/progress.h"
 
 using borvan::BorvanUsb_Q7;
 using borvan::DeviceEntry;
 using borvan::GlobalInstance;
+using borvan::Guarded;
 using borvan::Succeeded;
 
 namespace {
@@ -28,56 +30,69 @@ constexpr std::uint32_t kNoIndex = 0xFFFFFFFF;
 extern "C" {
 
 std::int32_t UsbIniDevice(void) {
-  GlobalInstance().Set(nullptr);
-  const auto device = std::make_shared<BorvanUsb_Q7>(borvan::MakeDevicePlatform());
-  GlobalInstance().Set(device);
-  return device->EnumerateDevices();
+  return Guarded([] {
+    GlobalInstance().Set(nullptr);
+    const auto device = std::make_shared<BorvanUsb_Q7>(borvan::MakeDevicePlatform());
+    GlobalInstance().Set(device);
+    return device->EnumerateDevices();
+  });
 }
 
 bool UsbUpdateDevice(void) {
-  const auto device = GlobalInstance().Get();
-  return device != nullptr && Succeeded(device->EnumerateDevices());
+  return Guarded([] {
+    const auto device = GlobalInstance().Get();
+    return device != nullptr && Succeeded(device->EnumerateDevices());
+  });
 }
 
 bool UsbDestroyUSB(void) {
-  const auto device = GlobalInstance().Get();
-  // Refused, but the selected camera's feature register is read once more on the way out.
-  static_cast<void>(device->SelectDevice(kNoIndex));
-  GlobalInstance().Set(nullptr);
-  return true;
+  return Guarded([] {
+    const auto device = GlobalInstance().Get();
+    // Refused, but the selected camera's feature register is read once more on the way out.
+    static_cast<void>(device->SelectDevice(kNoIndex));
+    GlobalInstance().Set(nullptr);
+    return true;
+  });
 }
 
 bool UsbSelectDevice(std::int32_t index) {
-  if (index < 0) {
-    return false;
-  }
-  const auto device = GlobalInstance().Get();
-  if (index >= device->GetDeviceCount()) {
-    return false;
-  }
-  static_cast<void>(device->SelectDevice(static_cast<std::uint32_t>(index)));
-  return true;
+  return Guarded([=] {
+    if (index < 0) {
+      return false;
+    }
+    const auto device = GlobalInstance().Get();
+    if (index >= device->GetDeviceCount()) {
+      return false;
+    }
+    static_cast<void>(device->SelectDevice(static_cast<std::uint32_t>(index)));
+    return true;
+  });
 }
 
 std::int32_t UsbGetDeviceNum(void) {
-  return GlobalInstance().Get()->GetDeviceCount();
+  return Guarded([] { return GlobalInstance().Get()->GetDeviceCount(); });
 }
 
 UsbDeviceInfo* UsbGetAllDeviceInfo(void) {
-  const std::vector<DeviceEntry> devices = GlobalInstance().Get()->GetDeviceList();
-  // The caller's from here on; nothing frees it.
-  auto* const records = new UsbDeviceInfo[devices.size()];
-  std::transform(devices.begin(), devices.end(), records, borvan::MakeDeviceInfo);
-  return records;
+  return Guarded([] {
+    const std::vector<DeviceEntry> devices = GlobalInstance().Get()->GetDeviceList();
+    // The caller's from here on; nothing frees it.
+    auto* const records = new UsbDeviceInfo[devices.size()];
+    std::transform(devices.begin(), devices.end(), records, borvan::MakeDeviceInfo);
+    return records;
+  });
 }
 
 UsbDeviceInfo UsbGetSelectDeviceInfo(void) {
-  return borvan::MakeDeviceInfo(GlobalInstance().Get()->GetSelectedDevice());
+  return Guarded(
+      [] { return borvan::MakeDeviceInfo(GlobalInstance().Get()->GetSelectedDevice()); });
 }
 
 std::uint64_t GetProgressInfo(void) {
-  const auto device = GlobalInstance().Get();
-  return device == nullptr ? 0 : borvan::ReadProgress(device->Jobs());
+  return Guarded([] {
+    const auto device = GlobalInstance().Get();
+    return device == nullptr ? 0 : borvan::ReadProgress(device->Jobs());
+  });
 }
 
 }  // extern "C"

@@ -12,10 +12,14 @@ CHARACTERISTIC_NX_COMPATIBLE = 0x0100
 DIRECTORY_EXPORT = 0
 DIRECTORY_IMPORT = 1
 DIRECTORY_RESOURCE = 2
+DIRECTORY_EXCEPTION = 3
 DIRECTORY_RELOCATIONS = 5
 DIRECTORY_DELAY_IMPORT = 13
 
 RESOURCE_TYPE_VERSION = 16
+# Flags of a function's unwind information.
+UNWIND_HANDLERS = 0x1 | 0x2
+UNWIND_CHAINED = 0x4
 FIXED_VERSION_SIGNATURE = 0xFEEF04BD
 
 
@@ -132,6 +136,30 @@ class PeFile:
             slots.discard(slot)
             rows.append((name, base + slot))
         return rows + [(None, base + slot) for slot in sorted(slots)]
+
+    def export_addresses(self):
+        """{name: relative virtual address} of the exports that have a name."""
+        address, _ = self.directory(DIRECTORY_EXPORT)
+        base, _, _, functions, _, _ = self._unpack("<IIIIII", self.file_offset(address) + 16)
+        return {name: self._u32(self.file_offset(functions) + 4 * (ordinal - base))
+                for name, ordinal in self.exports() if name is not None}
+
+    def has_handler(self, address):
+        """Whether the function at this address has a handler that an unwinding exception runs."""
+        table, size = self.directory(DIRECTORY_EXCEPTION)
+        for row in range(self.file_offset(table), self.file_offset(table) + size, 12):
+            start, end, unwind = self._unpack("<III", row)
+            if start <= address < end:
+                return self._has_handler(unwind)
+        raise PeError(f"{self.path}: no unwind information for {address:#x}")
+
+    def _has_handler(self, unwind):
+        offset = self.file_offset(unwind)
+        flags, _, code_count = self._unpack("<BBB", offset)
+        flags >>= 3
+        if flags & UNWIND_CHAINED:
+            return self._has_handler(self._u32(offset + 4 + (code_count + 1) // 2 * 4 + 8))
+        return bool(flags & UNWIND_HANDLERS)
 
     def version(self):
         """(four numbers of the file's version, the resource's texts by name)."""

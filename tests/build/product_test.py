@@ -134,6 +134,13 @@ class LibraryTest(ProductTest):
                          sorted(LIBRARY_EXPORTS.items()))
         self.assertEqual([ordinal for name, ordinal in exports if name is None], [])
 
+    def test_no_export_has_a_handler_in_an_exceptions_way(self):
+        # A host of another compiler that takes an exception could not unwind such a frame.
+        addresses = self.file.export_addresses()
+        self.assertEqual(sorted(addresses), sorted(LIBRARY_EXPORTS.values()))
+        self.assertEqual([name for name, address in sorted(addresses.items())
+                          if self.file.has_handler(address)], [])
+
     def test_stays_below_400_kib(self):
         self.assertLess(len(self.file.data), LIBRARY_SIZE_LIMIT)
 
