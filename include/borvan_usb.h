@@ -34,7 +34,20 @@
 //   only, by GetProgressInfo.
 // Unloading: FreeLibrary may be called between any two calls. The first job that starts keeps the
 //   library loaded until the process ends, for its code must stay; a library that ran none goes.
-// Exceptions: UsbSelectDevice and the job functions can throw C++ exceptions; see there.
+// Exceptions: UsbSelectDevice throws a `const char*` when a camera can't be opened;
+//   borvan_select_device does the same and returns instead. The functions that start a job throw
+//   std::system_error if no thread can be created. Every function throws std::bad_alloc if memory
+//   runs out. What a host sees of a C++ exception depends on its compiler:
+//   - C++, GCC for mingw-w64 as the library: the exception, which the host catches by its type.
+//     Uncaught, it ends the program with exit code 3.
+//   - C, the same compiler: C has no means to catch it. It ends the program with exit code 3.
+//   - C or C++ in the ABI of Microsoft's compiler (MSVC, clang-cl): a structured exception with the
+//     code kBorvanExceptionCode. __try and __except take it and the program goes on; `catch` does
+//     not see it. Read the code in the filter expression, by GetExceptionCode(). The message can't
+//     be read. Each exception taken this way leaves less than 200 bytes allocated. Uncaught, it
+//     ends the program with kBorvanExceptionCode as the exit code.
+//   - Other languages: what their runtime makes of such a structured exception, in .NET a
+//     System.Runtime.InteropServices.SEHException.
 //
 // This header compiles alone as C11 and as C++.
 #pragma once
@@ -49,6 +62,9 @@
 
 #ifndef __cplusplus
 #include <stdbool.h>
+#endif
+#ifdef _MSC_VER
+#include <excpt.h>
 #endif
 
 static_assert(sizeof(bool) == 1, "the functions return booleans of one byte");
@@ -74,6 +90,10 @@ static const uint32_t kBorvanSystemNoChannel = 0x80004003u;    // E_POINTER: no 
 static const uint32_t kBorvanSystemFail = 0x80004005u;         // E_FAIL
 static const uint32_t kBorvanSystemOutOfMemory = 0x8007000Eu;  // E_OUTOFMEMORY
 static const uint32_t kBorvanSystemInvalidData = 0x8007000Du;  // an impossible length was reported
+
+// The code of the structured exception as which a host in the ABI of Microsoft's compiler sees an
+// exception of the library.
+static const uint32_t kBorvanExceptionCode = 0x20474343u;
 
 // The text of one of the library's own failures.
 //   status  a status code, such as the high half of GetProgressInfo
@@ -269,11 +289,55 @@ UsbDeviceInfo UsbGetSelectDeviceInfo(void);
 // returns false then.
 // Throws a C++ exception of type `const char*`, a message like "ERROR: gcap.pVCap->QueryInterface
 // failed", when the camera is there but can't be opened; the selection has changed all the same.
-// C++ hosts catch (const char*). C hosts can't catch it, and uncaught it ends the program: they
-// call this function from a small C++ file that catches it and returns a code. An exception is
-// caught by its type only in a host built with the library's compiler; hosts of another compiler or
-// language take it as a structured exception (__try and __except with Microsoft's compiler).
+// borvan_select_device does not throw. "Exceptions" above says what each kind of host sees.
 bool UsbSelectDevice(int32_t index);
+
+// Selects a camera as UsbSelectDevice does, and returns where that throws.
+//   index    0 to UsbGetDeviceNum() - 1
+//   message  receives the reason when the camera is there but can't be opened, otherwise null: a
+//            constant text, valid as long as the library is loaded; may be null itself
+// Returns true when UsbSelectDevice returned true. False with a null message: there is no such
+// camera. False with a message: the camera can't be opened (the selection has changed all the same)
+// or memory ran out.
+// C++ and Microsoft's compiler have the function inline. Other C projects compile the file
+// borvan_select_device.cpp, which lies beside this header, along with their own and link with the
+// C++ compiler (g++).
+#if defined(_MSC_VER)
+// Which text was thrown is known to the library's compiler alone.
+static inline bool borvan_select_device(int32_t index, const char** message) {
+  // The library's exceptions, and those of a library that was built with Microsoft's compiler.
+  const uint32_t microsoft_code = 0xE06D7363u;
+  const char* text = NULL;
+  bool selected = false;
+  __try {
+    selected = UsbSelectDevice(index);
+  } __except (_exception_code() == kBorvanExceptionCode || _exception_code() == microsoft_code) {
+    text = "ERROR: the camera can't be opened, or memory ran out";
+  }
+  if (message != NULL) {
+    *message = text;
+  }
+  return selected;
+}
+#elif defined(__cpp_exceptions)
+inline bool borvan_select_device(int32_t index, const char** message) noexcept {
+  const char* text = NULL;
+  bool selected = false;
+  try {
+    selected = UsbSelectDevice(index);
+  } catch (const char* thrown) {
+    text = thrown;
+  } catch (...) {
+    text = "ERROR: an exception other than a message, such as out of memory";
+  }
+  if (message != NULL) {
+    *message = text;
+  }
+  return selected;
+}
+#else
+bool borvan_select_device(int32_t index, const char** message);
+#endif
 
 // Ends the instance. Running jobs go on, unwatched, until they end by themselves. Before it goes,
 // the selected camera's register 0x1A3 is read once more. Needs an instance. Returns true.
@@ -337,8 +401,9 @@ bool UsbFlashErase(uint32_t address);
 // ---- Jobs ---------------------------------------------------------------------------------------
 //
 // Each returns true when its job was started. False: no instance, or the file name is empty or, for
-// the jobs that read a file, names none; GetProgressInfo then shows kBorvanFileError. Each can
-// throw std::system_error when no thread is to be had.
+// the jobs that read a file, names none; GetProgressInfo then shows kBorvanFileError. Each throws
+// std::system_error if no thread can be created; its code().value() is EAGAIN (the code's category
+// is an object of the library's own C++ runtime, which never equals one of the host's).
 //
 // One job at a time: nothing keeps a second one from starting beside the first, and both would
 // report into one progress.

@@ -4,8 +4,9 @@
 #include <string.h>
 
 #include "borvan_usb.h"
+#include "fake_library.h"
 
-// The types of the functions, taken without calling them: this program links no library.
+// The types of the functions, taken without calling them: no library is linked.
 _Static_assert(_Generic(&UsbIniDevice, int32_t (*)(void) : 1, default : 0), "UsbIniDevice");
 _Static_assert(_Generic(&UsbUpdateDevice, bool (*)(void) : 1, default : 0), "UsbUpdateDevice");
 _Static_assert(_Generic(&UsbRegisterRead, bool (*)(uint32_t, uint32_t*, uint8_t) : 1, default : 0),
@@ -14,6 +15,8 @@ _Static_assert(_Generic(&UsbGetAllDeviceInfo, UsbDeviceInfo* (*)(void) : 1, defa
                "UsbGetAllDeviceInfo");
 _Static_assert(_Generic(&UsbGetSelectDeviceInfo, UsbDeviceInfo (*)(void) : 1, default : 0),
                "UsbGetSelectDeviceInfo");
+_Static_assert(_Generic(&borvan_select_device, bool (*)(int32_t, const char**) : 1, default : 0),
+               "borvan_select_device");
 _Static_assert(_Generic(&GetProgressInfo, uint64_t (*)(void) : 1, default : 0), "GetProgressInfo");
 
 static int failures = 0;
@@ -82,11 +85,31 @@ static void ProgressIsSplitIntoItsHalves(void) {
   Expect(borvan_progress_state(100u) == kBorvanProgressDone, "100 % is the end");
 }
 
+static void SelectionReturnsInsteadOfThrowing(void) {
+  const char* message = "untouched";
+  Expect(borvan_select_device(kFakeCamera, &message), "the camera is selected");
+  Expect(message == NULL, "a selected camera has no message");
+
+  message = "untouched";
+  Expect(!borvan_select_device(kNoFakeCamera, &message), "there is no such camera");
+  Expect(message == NULL, "a missing camera has no message");
+
+  Expect(!borvan_select_device(kFakeCameraThatIsGone, &message), "the camera can't be opened");
+  ExpectText(message, "ERROR: the fake camera is gone");
+
+  Expect(!borvan_select_device(kFakeCameraWithoutMemory, &message), "there is no memory");
+  ExpectText(message, "ERROR: an exception other than a message, such as out of memory");
+
+  Expect(!borvan_select_device(kFakeCameraThatIsGone, NULL), "a message need not be taken");
+  Expect(borvan_select_device(kFakeCamera, NULL), "of a selected camera neither");
+}
+
 int main(void) {
   RecordHasTheLayoutOfTheLibrary();
   RecordIsReadWithoutTerminators();
   MessagesAreAsTheLibraryHasThem();
   ProgressIsSplitIntoItsHalves();
+  SelectionReturnsInsteadOfThrowing();
   if (failures == 0) {
     puts("the header serves a C host");
   }

@@ -9,6 +9,7 @@
 #include <type_traits>
 
 #include "borvan_usb.h"
+#include "fake_library.h"
 
 namespace {
 
@@ -39,6 +40,7 @@ static_assert(kSame<bool(std::uint32_t, std::uint32_t, const char*, std::int32_t
                     decltype(UsbI2CReadFile)>);
 static_assert(kSame<bool(const char*, std::uint32_t), decltype(UsbI2CWriteFile)>);
 static_assert(kSame<bool(std::int32_t), decltype(UsbSelectDevice)>);
+static_assert(kSame<bool(std::int32_t, const char**) noexcept, decltype(borvan_select_device)>);
 static_assert(kSame<std::int32_t(), decltype(UsbGetDeviceNum)>);
 static_assert(kSame<std::uint64_t(), decltype(GetProgressInfo)>);
 static_assert(kSame<UsbDeviceInfo*(), decltype(UsbGetAllDeviceInfo)>);
@@ -172,6 +174,35 @@ TEST(DeviceRecord, IdOfOtherCharactersIsNoNumber) {
   EXPECT_EQ(-1, borvan_id_number("123 "));
   EXPECT_EQ(0xFFFF, borvan_id_number("FFFF"));
   EXPECT_EQ(0, borvan_id_number("0000"));
+}
+
+TEST(Selection, HasNoMessageWhenItIsMade) {
+  const char* message = "untouched";
+  EXPECT_TRUE(borvan_select_device(kFakeCamera, &message));
+  EXPECT_EQ(nullptr, message);
+}
+
+TEST(Selection, HasNoMessageForACameraThatIsMissing) {
+  const char* message = "untouched";
+  EXPECT_FALSE(borvan_select_device(kNoFakeCamera, &message));
+  EXPECT_EQ(nullptr, message);
+}
+
+TEST(Selection, HasTheMessageOfACameraThatCannotBeOpened) {
+  const char* message = nullptr;
+  EXPECT_FALSE(borvan_select_device(kFakeCameraThatIsGone, &message));
+  EXPECT_STREQ("ERROR: the fake camera is gone", message);
+}
+
+TEST(Selection, HasAMessageWhenMemoryRunsOut) {
+  const char* message = nullptr;
+  EXPECT_FALSE(borvan_select_device(kFakeCameraWithoutMemory, &message));
+  EXPECT_STREQ("ERROR: an exception other than a message, such as out of memory", message);
+}
+
+TEST(Selection, NeedsNoPlaceForTheMessage) {
+  EXPECT_FALSE(borvan_select_device(kFakeCameraThatIsGone, nullptr));
+  EXPECT_TRUE(borvan_select_device(kFakeCamera, nullptr));
 }
 
 }  // namespace
