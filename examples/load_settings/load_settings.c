@@ -12,12 +12,13 @@ enum ExitCode {
   kAllAsInTheList = 0,
   kWrongArguments = 1,
   kListUnusable = 2,
-  kNoCamera = 3,
+  // 3 stays free: with it the C runtime ends a program that a C++ exception leaves.
   kCameraNotOpened = 4,
   kLoadingFailed = 5,
   kReadingBackFailed = 6,
   kDifferent = 7,
   kTimeLimit = 8,
+  kNoCamera = 9,
 };
 
 static const char kHelp[] =
@@ -35,12 +36,13 @@ static const char kHelp[] =
     "  0  the sensor holds what the list says\n"
     "  1  wrong arguments\n"
     "  2  the list can't be used\n"
-    "  3  no such camera\n"
-    "  4  the camera can't be reached\n"
+    "  3  the library threw an exception, such as out of memory\n"
+    "  4  the camera can't be opened, or does not take commands\n"
     "  5  loading failed\n"
     "  6  a register can't be read back\n"
     "  7  registers differ from the list; each is shown\n"
-    "  8  the time limit was reached\n";
+    "  8  the time limit was reached\n"
+    "  9  no such camera\n";
 
 // Polled often beside the three seconds for which a job's 100 lasts.
 enum { kPollMilliseconds = 20 };
@@ -108,9 +110,13 @@ static bool ReadArguments(int argc, char** argv, struct Arguments* arguments) {
 
 // A fresh instance has a progress that no former job reports into.
 static int OpenCamera(uint32_t index) {
-  // A camera that is there but can't be opened raises a C++ exception, which ends a C program. A
-  // host that must live on makes this one call from a C++ file.
-  if (UsbIniDevice() < 0 || !UsbSelectDevice((int32_t)index)) {
+  const char* message = NULL;
+  if (UsbIniDevice() < 0 || !borvan_select_device((int32_t)index, &message)) {
+    if (message != NULL) {
+      fprintf(stderr, "load_settings: camera %lu can't be opened: %s\n", (unsigned long)index,
+              message);
+      return kCameraNotOpened;
+    }
     fprintf(stderr, "load_settings: there is no camera %lu\n", (unsigned long)index);
     return kNoCamera;
   }

@@ -1,9 +1,35 @@
-// Reads one register of a camera's chip: read_register ADDRESS [--wide] [--camera N]
+// Reads one register of a camera's chip. See --help.
 #include <stdio.h>
 #include <stdlib.h>
 #include <string.h>
 
 #include "borvan_usb.h"
+
+enum ExitCode {
+  kValuePrinted = 0,
+  kWrongArguments = 1,
+  kNoCamera = 2,
+  // 3 stays free: with it the C runtime ends a program that a C++ exception leaves.
+  kCameraNotOpened = 4,
+  kNoAnswer = 5,
+};
+
+static const char kHelp[] =
+    "Reads one register of a camera's chip.\n"
+    "\n"
+    "usage: read_register ADDRESS [--wide] [--camera N]\n"
+    "\n"
+    "  ADDRESS     the register's address, decimal or with 0x\n"
+    "  --wide      read 32 bits instead of 8\n"
+    "  --camera N  the camera's index; 0 when left out\n"
+    "\n"
+    "exit codes\n"
+    "  0  the value was printed\n"
+    "  1  wrong arguments\n"
+    "  2  no such camera\n"
+    "  3  the library threw an exception, such as out of memory\n"
+    "  4  the camera can't be opened\n"
+    "  5  the camera did not answer\n";
 
 // Reads a whole text as a number, decimal or with 0x; complains and ends the program otherwise.
 static uint32_t NumberOf(const char* what, const char* text, uint32_t highest) {
@@ -13,12 +39,30 @@ static uint32_t NumberOf(const char* what, const char* text, uint32_t highest) {
   if (text[0] < '0' || text[0] > '9' || *end != '\0' || number > highest) {
     fprintf(stderr, "%s: \"%s\" is no number from 0 to 0x%lX\n", what, text,
             (unsigned long)highest);
-    exit(1);
+    exit(kWrongArguments);
   }
   return (uint32_t)number;
 }
 
+// Makes an instance and opens the camera in it; complains if it can't.
+static enum ExitCode OpenCamera(int32_t camera) {
+  const char* message = NULL;
+  if (UsbIniDevice() >= 0 && borvan_select_device(camera, &message)) {
+    return kValuePrinted;
+  }
+  if (message == NULL) {
+    fprintf(stderr, "there is no camera %ld\n", (long)camera);
+    return kNoCamera;
+  }
+  fprintf(stderr, "camera %ld can't be opened: %s\n", (long)camera, message);
+  return kCameraNotOpened;
+}
+
 int main(int argc, char** argv) {
+  if (argc == 2 && (strcmp(argv[1], "--help") == 0 || strcmp(argv[1], "-h") == 0)) {
+    fputs(kHelp, stdout);
+    return kValuePrinted;
+  }
   const char* address_text = NULL;
   int32_t camera = 0;
   uint8_t width = kBorvanRegisterByte;
@@ -35,16 +79,14 @@ int main(int argc, char** argv) {
     }
   }
   if (address_text == NULL) {
-    fputs("usage: read_register ADDRESS [--wide] [--camera N]\n", stderr);
-    return 1;
+    fputs("usage: read_register ADDRESS [--wide] [--camera N] (see --help)\n", stderr);
+    return kWrongArguments;
   }
   const uint32_t address = NumberOf("ADDRESS", address_text, UINT32_MAX);
 
-  // A camera that is there but can't be opened raises a C++ exception, which ends a C program.
-  // A host that must live on makes this one call from a C++ file.
-  if (UsbIniDevice() < 0 || !UsbSelectDevice(camera)) {
-    fprintf(stderr, "there is no camera %ld\n", (long)camera);
-    return 2;
+  const enum ExitCode opened = OpenCamera(camera);
+  if (opened != kValuePrinted) {
+    return opened;
   }
   // A read that goes unanswered returns true as well and leaves the value, so a 0 that is still
   // there is read once more over another value.
@@ -60,8 +102,8 @@ int main(int argc, char** argv) {
   if (!transferred || !answered) {
     fprintf(stderr, "camera %ld did not %s\n", (long)camera,
             transferred ? "answer" : "take the command");
-    return 3;
+    return kNoAnswer;
   }
   printf("0x%0*lx\n", width == kBorvanRegisterWide ? 8 : 2, (unsigned long)value);
-  return 0;
+  return kValuePrinted;
 }

@@ -11,12 +11,12 @@ enum ExitCode : DWORD {
   kAllAsInTheList = 0,
   kWrongArguments = 1,
   kListUnusable = 2,
-  kNoCamera = 3,
   kCameraNotOpened = 4,
   kLoadingFailed = 5,
   kReadingBackFailed = 6,
   kDifferent = 7,
   kTimeLimit = 8,
+  kNoCamera = 9,
 };
 
 constexpr char kSensor[] = R"(, "sensors": [{"slave": "0x6c", "mode": 1}])";
