@@ -8,7 +8,7 @@ packages=(
   # builds
   cmake ninja-build
   g++ clang libclang-rt-14-dev
-  g++-mingw-w64-x86-64-posix binutils-mingw-w64-x86-64 llvm
+  g++-mingw-w64-x86-64-posix binutils-mingw-w64-x86-64 llvm lld
   # libraries: tests, benchmarks, tools
   googletest libbenchmark-dev nlohmann-json3-dev libcli11-dev
   # running Windows programs
