@@ -7,6 +7,7 @@
 #include "support/check.h"
 #include "support/memory_file.h"
 #include "virtual_camera/core/configuration.h"
+#include "virtual_camera/core/names.h"
 
 namespace {
 
@@ -89,7 +90,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   for (std::size_t i = 0; i < configuration->cameras.size(); ++i) {
     CheckCamera(configuration->cameras[i]);
     for (std::size_t k = 0; k < i; ++k) {
-      Check(configuration->cameras[i].path != configuration->cameras[k].path, "two paths alike");
+      Check(!virtual_camera::SameDevicePath(configuration->cameras[i].path,
+                                            configuration->cameras[k].path),
+            "two paths alike");
     }
   }
   return 0;

@@ -127,6 +127,43 @@ TEST_F(ControlProgram, AMissingTraceIsOneClearLine) {
   EXPECT_EQ(outcome.output, "virtual-camera: FILE \"nowhere.jsonl\": can't be read\n");
 }
 
+// Sets an environment variable as long as it exists.
+class Variable {
+ public:
+  Variable(const wchar_t* name, const std::wstring& value) : name_(name) {
+    SetEnvironmentVariableW(name, value.c_str());
+  }
+  ~Variable() { SetEnvironmentVariableW(name_, nullptr); }
+  Variable(const Variable&) = delete;
+  Variable& operator=(const Variable&) = delete;
+
+ private:
+  const wchar_t* name_;
+};
+
+TEST_F(ControlProgram, ATraceOfTheProcessThatIsTheConfigurationIsRefused) {
+  Register({FirstCamera()});
+  const std::string before = Content(L"cameras.json");
+  for (const wchar_t* const name : {L"cameras.json", L"CAMERAS.json", L".\\cameras.JSON"}) {
+    const Variable trace(L"BORVAN_VIRTUAL_CAMERA_TRACE", folder() + name);
+    // A host can't say why; the control program can.
+    const auto control = host::OpenCamera(kFirstPath);
+    EXPECT_FALSE(control);
+    if (control) {
+      host::QueryLength(control.get(), 1);
+    }
+    for (const wchar_t* const command : {L"check", L"state", L"register"}) {
+      const Outcome outcome = Control(command);
+      EXPECT_EQ(outcome.exit_code, 1U);
+      EXPECT_TRUE(Holds(outcome, "BORVAN_VIRTUAL_CAMERA_TRACE: ")) << outcome.output;
+      EXPECT_TRUE(Holds(outcome, "is the configuration file")) << outcome.output;
+      EXPECT_EQ(LineCount(outcome.output), 1U) << outcome.output;
+    }
+    EXPECT_EQ(Content(L"cameras.json"), before);
+  }
+  EXPECT_TRUE(host::OpenCamera(kFirstPath));
+}
+
 TEST_F(ControlProgram, ResetFaultsLetsAFaultStrikeAgain) {
   Register({FirstCamera(
       R"(, "faults": [{"selector": 1, "direction": "set", "at": 1, "result": "0x80070017"}])")});

@@ -6,6 +6,7 @@
 #include <chrono>
 #include <filesystem>
 #include <fstream>
+#include <iterator>
 
 namespace test {
 namespace {
@@ -125,6 +126,11 @@ void CameraTest::Configure(const std::vector<std::string>& cameras) {
 void CameraTest::Register(const std::vector<std::string>& cameras) {
   Configure(cameras);
   ASSERT_EQ(CallDll("DllRegisterServer"), S_OK);
+}
+
+std::string CameraTest::Content(const std::wstring& name) const {
+  std::ifstream file(std::filesystem::path(folder_ + name), std::ios::binary);
+  return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
 }
 
 HRESULT CameraTest::CallDll(const char* entry_point) {

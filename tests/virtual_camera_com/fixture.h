@@ -69,6 +69,9 @@ class CameraTest : public testing::Test {
   const std::wstring& folder() const { return folder_; }
   std::wstring ConfigurationPath() const { return folder_ + L"cameras.json"; }
 
+  // A file of the folder.
+  std::string Content(const std::wstring& name) const;
+
  private:
   std::wstring folder_;
   HMODULE dll_ = nullptr;

@@ -2,18 +2,19 @@
 
 #include <windows.h>
 
+#include "virtual_camera/core/configuration.h"
 #include "wide_text.h"
 
 namespace virtual_camera {
 namespace {
 
-std::wstring EnvironmentText(const wchar_t* name) {
+std::wstring EnvironmentText(const std::wstring& name) {
   std::wstring value;
-  DWORD size = GetEnvironmentVariableW(name, nullptr, 0);
+  DWORD size = GetEnvironmentVariableW(name.c_str(), nullptr, 0);
   // Another thread may lengthen the value between the two calls.
   while (size > value.size()) {
     value.resize(size);
-    size = GetEnvironmentVariableW(name, value.data(), static_cast<DWORD>(value.size()));
+    size = GetEnvironmentVariableW(name.c_str(), value.data(), static_cast<DWORD>(value.size()));
   }
   value.resize(size);
   return value;
@@ -22,7 +23,7 @@ std::wstring EnvironmentText(const wchar_t* name) {
 }  // namespace
 
 std::string ProcessTraceFile() {
-  return Utf8Of(EnvironmentText(kTraceVariable));
+  return Utf8Of(EnvironmentText(WideOf(kTraceVariable)));
 }
 
 std::string ConfigurationFile() {

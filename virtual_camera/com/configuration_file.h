@@ -7,10 +7,7 @@ namespace virtual_camera {
 // The environment variable that names the configuration file.
 inline constexpr wchar_t kConfigurationVariable[] = L"BORVAN_VIRTUAL_CAMERA";
 
-// The environment variable that names a file for the trace of one process's transfers.
-inline constexpr wchar_t kTraceVariable[] = L"BORVAN_VIRTUAL_CAMERA_TRACE";
-
-// The file of kTraceVariable, in UTF-8; empty without one.
+// The file that the environment variable kTraceVariable names, in UTF-8; empty without one.
 std::string ProcessTraceFile();
 
 // The file that describes the cameras, in UTF-8: the one that the environment variable names, else

@@ -16,8 +16,10 @@ std::shared_ptr<Session> Session::Open(const std::wstring& device_path) {
   Configuration configuration = LoadConfiguration(ConfigurationFile());
   for (std::size_t position = 0; position < configuration.cameras.size(); ++position) {
     if (SamePath(WideOf(configuration.cameras[position].path), device_path)) {
+      const std::string trace = ProcessTraceFile();
+      CheckProcessTrace(configuration, trace);
       SyncEntries(configuration);
-      configuration.cameras[position].process_trace_file = ProcessTraceFile();
+      configuration.cameras[position].process_trace_file = trace;
       return std::make_shared<Session>(std::move(configuration), position);
     }
   }

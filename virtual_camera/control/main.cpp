@@ -102,6 +102,8 @@ int Run() {
     file = ConfigurationFile();
   }
   const Configuration configuration = LoadConfiguration(file);
+  // Hosts with this environment could not use the cameras, and have no way to say why.
+  CheckProcessTrace(configuration, ProcessTraceFile());
   if (*check) {
     CheckCommand(configuration, file, std::cout);
     return kDone;

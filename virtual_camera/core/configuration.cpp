@@ -1,11 +1,13 @@
 #include "configuration.h"
 
 #include <algorithm>
+#include <array>
 #include <fstream>
-#include <iterator>
 
 #include "configuration_faults.h"
+#include "configuration_files.h"
 #include "json_reader.h"
+#include "names.h"
 #include "utf8_path.h"
 
 namespace virtual_camera {
@@ -153,15 +155,31 @@ void ReadBehaviour(const JsonReader& reader, CameraConfiguration& camera) {
   }
 }
 
-CameraConfiguration ReadCamera(const JsonReader& reader, const Place& place, std::size_t index) {
+// Hosts and the registry know cameras by their paths.
+void CheckPath(const JsonReader& path, const std::string& text,
+               const std::vector<CameraConfiguration>& others) {
+  if (text.empty()) {
+    path.Fail("must not be empty");
+  }
+  if (text.find('\0') != std::string::npos) {
+    path.Fail("must not hold the character \\u0000");
+  }
+  for (std::size_t i = 0; i < others.size(); ++i) {
+    if (SameDevicePath(text, others[i].path)) {
+      path.Fail("must differ from cameras[" + std::to_string(i) +
+                "].path in more than upper and lower case");
+    }
+  }
+}
+
+CameraConfiguration ReadCamera(const JsonReader& reader, const Place& place,
+                               const std::vector<CameraConfiguration>& others) {
   reader.CheckKeys({"path", "name", "nodes", "flash", "registers", "list_header", "sensors",
                     "absent_slave", "lengths", "faults", "seed", "trace", "state", "plugged"});
   CameraConfiguration camera;
   const JsonReader path = reader.Require("path", "the device path, a text");
   camera.path = path.Text("the device path, a text");
-  if (camera.path.empty()) {
-    path.Fail("must not be empty");
-  }
+  CheckPath(path, camera.path, others);
   if (const auto name = reader.Find("name"); name) {
     camera.name = name->Text("a text");
   }
@@ -169,7 +187,7 @@ CameraConfiguration ReadCamera(const JsonReader& reader, const Place& place, std
   if (const auto nodes = reader.Find("nodes"); nodes) {
     camera.nodes = ReadNodes(*nodes);
   }
-  const std::string base = place.stem + ".camera" + std::to_string(index);
+  const std::string base = place.stem + ".camera" + std::to_string(others.size());
   camera.flash.file = place.Resolve(base + ".flash");
   if (const auto flash = reader.Find("flash"); flash) {
     const std::string default_file = camera.flash.file;
@@ -192,28 +210,22 @@ CameraConfiguration ReadCamera(const JsonReader& reader, const Place& place, std
   return camera;
 }
 
-// Cameras may share a trace, but each has its own path, state and flash.
-void CheckDistinct(const JsonReader& element, const CameraConfiguration& camera,
-                   const std::vector<CameraConfiguration>& others) {
-  if (camera.state_file == camera.flash.file) {
-    element.Fail("state and flash.file must be different files");
+std::string ReadFile(const std::string& file_utf8) {
+  std::ifstream stream(PathFromUtf8(file_utf8), std::ios::binary);
+  std::string text;
+  std::array<char, 4096> piece{};
+  do {
+    stream.read(piece.data(), piece.size());
+    text.append(piece.data(), static_cast<std::size_t>(stream.gcount()));
+  } while (stream);
+  if (!stream.eof()) {
+    throw ConfigurationError(file_utf8 + ": can't be read; must be the name of a JSON file");
   }
-  for (const CameraConfiguration& other : others) {
-    if (camera.path == other.path) {
-      element.Fail("path must differ from those of the other cameras");
-    }
-    if (camera.state_file == other.state_file || camera.flash.file == other.flash.file) {
-      element.Fail("state and flash.file must differ from those of the other cameras");
-    }
-  }
+  return text;
 }
 
 nlohmann::json ParseFile(const std::string& file_utf8) {
-  std::ifstream stream(PathFromUtf8(file_utf8), std::ios::binary);
-  const std::string text{std::istreambuf_iterator<char>(stream), std::istreambuf_iterator<char>()};
-  if (!stream) {
-    throw ConfigurationError(file_utf8 + ": can't be read; must be the name of a JSON file");
-  }
+  const std::string text = ReadFile(file_utf8);
   try {
     return nlohmann::json::parse(text);
   } catch (const nlohmann::json::parse_error& error) {
@@ -240,13 +252,12 @@ Configuration LoadConfiguration(const std::string& file_utf8) {
   const Place place{path.parent_path(), Utf8FromPath(path.stem())};
   const JsonReader root(file_utf8, "", document);
   root.CheckKeys({"$schema", "cameras"});
-  Configuration configuration;
+  Configuration configuration{.file = file_utf8, .cameras = {}};
   const JsonReader cameras = root.Require("cameras", "a list of cameras");
   for (const JsonReader& element : cameras.Elements("a list of cameras")) {
-    const CameraConfiguration camera = ReadCamera(element, place, configuration.cameras.size());
-    CheckDistinct(element, camera, configuration.cameras);
-    configuration.cameras.push_back(camera);
+    configuration.cameras.push_back(ReadCamera(element, place, configuration.cameras));
   }
+  CheckFiles(configuration);
   return configuration;
 }
 

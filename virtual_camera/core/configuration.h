@@ -97,6 +97,7 @@ struct CameraConfiguration {
 };
 
 struct Configuration {
+  std::string file;  // the JSON file, UTF-8
   std::vector<CameraConfiguration> cameras;
 };
 
@@ -108,7 +109,15 @@ class ConfigurationError : public std::runtime_error {
 
 // Reads the JSON file `file_utf8`. File names in it are relative to its folder; those that it
 // leaves out become "<file without extension>.camera<index>.state" and ".flash" beside it.
-// Throws ConfigurationError.
+// No two cameras have paths that hosts take for one, or a file that serves two purposes.
+// Throws ConfigurationError. Makes and changes no file.
 Configuration LoadConfiguration(const std::string& file_utf8);
+
+// The environment variable that names the file of process_trace_file.
+inline constexpr char kTraceVariable[] = "BORVAN_VIRTUAL_CAMERA_TRACE";
+
+// Throws ConfigurationError when the file that kTraceVariable names, in UTF-8, is the configuration
+// itself or a state or flash file of its cameras. Empty stands for no file.
+void CheckProcessTrace(const Configuration& configuration, const std::string& trace_file_utf8);
 
 }  // namespace virtual_camera

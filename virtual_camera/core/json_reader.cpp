@@ -4,6 +4,7 @@
 #include <charconv>
 
 #include "configuration.h"
+#include "printable.h"
 
 namespace virtual_camera {
 namespace {
@@ -47,20 +48,6 @@ std::optional<std::uint64_t> ToNumber(const nlohmann::json& value) {
 }
 
 // A key may hold anything; the error that names it stays one line.
-std::string Printable(std::string_view key) {
-  constexpr std::string_view kDigits = "0123456789abcdef";
-  std::string text;
-  for (const char c : key) {
-    const auto byte = static_cast<std::uint8_t>(c);
-    if (byte >= 0x20 && byte != 0x7F) {
-      text += c;
-    } else {
-      text += std::string("\\u00") + kDigits[byte / 16] + kDigits[byte % 16];
-    }
-  }
-  return text;
-}
-
 std::string PlaceOf(const std::string& parent, std::string_view key) {
   return parent.empty() ? Printable(key) : parent + "." + Printable(key);
 }
