@@ -4,13 +4,14 @@
 #include <chrono>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <string>
 #include <thread>
-#include <vector>
 
 #include "blocks.h"
 #include "chip.h"
 #include "faults.h"
+#include "names.h"
 #include "nor_flash.h"
 #include "plug.h"
 #include "result_codes.h"
@@ -49,11 +50,7 @@ class Camera::Implementation {
         state_file_(configuration.state_file, configuration.plugged) {
     const StateLock lock(state_file_);  // two processes must not fill the same new flash file
     flash_.emplace(configuration.flash);
-    for (const std::string& file : {configuration.trace_file, configuration.process_trace_file}) {
-      if (!file.empty()) {
-        traces_.push_back(std::make_unique<TraceWriter>(file, configuration.path));
-      }
-    }
+    OpenTraces();
   }
 
   void Run(Transfer& transfer) {
@@ -67,13 +64,14 @@ class Camera::Implementation {
   }
 
  private:
+  void OpenTraces();
   void RunShared(Transfer& transfer);
   void RunPlugged(Transfer& transfer);
   void QueryLength(Transfer& transfer, const FaultEffects& effects) const;
   void Set(Transfer& transfer, const FaultEffects& effects);
   void Get(Transfer& transfer, const FaultEffects& effects);
   std::uint64_t BusyUs();
-  void Trace(const Transfer& transfer, std::uint64_t time_us);
+  void Trace(const Transfer& transfer, std::uint64_t time_us) noexcept;
 
   DeviceFields& fields() { return state_file_.state().fields; }
   std::uint32_t LengthOf(std::uint32_t selector) const {
@@ -84,8 +82,22 @@ class Camera::Implementation {
   std::mutex mutex_;
   StateFile state_file_;
   std::optional<NorFlash> flash_;
-  std::vector<std::unique_ptr<TraceWriter>> traces_;
+  std::optional<TraceWriter> trace_;
+  std::optional<TraceWriter> process_trace_;
+  std::uint64_t process_untraced_ = 0;  // the last transfers that process_trace_ lacks
 };
+
+void Camera::Implementation::OpenTraces() {
+  const std::string& file = configuration_.trace_file;
+  const std::string& process_file = configuration_.process_trace_file;
+  if (!file.empty()) {
+    trace_.emplace(file, configuration_.path);
+  }
+  // One file gets each line once.
+  if (!process_file.empty() && !(trace_ && IdentifyFile(file) == IdentifyFile(process_file))) {
+    process_trace_.emplace(process_file, configuration_.path);
+  }
+}
 
 // The chip has no busy reply: while the flash works, the next transfer waits. The length of a
 // control comes from the USB side, which is never busy.
@@ -199,8 +211,9 @@ void Camera::Implementation::Get(Transfer& transfer, const FaultEffects& effects
   transfer.answer = {kSuccess, answered};
 }
 
-void Camera::Implementation::Trace(const Transfer& transfer, std::uint64_t time_us) {
-  if (traces_.empty()) {
+// The transfer is done: whatever becomes of its line, its answer stands.
+void Camera::Implementation::Trace(const Transfer& transfer, std::uint64_t time_us) noexcept {
+  if (!trace_ && !process_trace_) {
     return;
   }
   TracedTransfer traced{.time_us = time_us,
@@ -215,8 +228,22 @@ void Camera::Implementation::Trace(const Transfer& transfer, std::uint64_t time_
   } else if (transfer.direction == Direction::kLength) {
     traced.length = transfer.answer.bytes;
   }
-  for (const auto& trace : traces_) {
-    trace->Write(traced);
+  const std::uint64_t untraced = fields().untraced;
+  const std::uint64_t process_untraced = fields().process_untraced;
+  if (trace_) {
+    fields().untraced = trace_->Write(traced, untraced) ? 0 : untraced + 1;
+  }
+  if (process_trace_) {
+    process_untraced_ =
+        process_trace_->Write(traced, process_untraced_) ? 0 : process_untraced_ + 1;
+    fields().process_untraced = process_untraced_;
+  }
+  if (fields().untraced != untraced || fields().process_untraced != process_untraced) {
+    try {
+      state_file_.Commit();
+    } catch (const std::exception&) {
+      // A state that can't be written keeps no count either.
+    }
   }
 }
 

@@ -57,6 +57,24 @@ std::string RegistersText(const RegisterStore& registers, RegisterSpace space) {
   return text.empty() ? "    none\n" : text;
 }
 
+// What the traces lack, if anything.
+std::string TraceText(const CameraConfiguration& configuration, const DeviceFields& fields) {
+  const auto last = [](std::uint64_t count) {
+    return count == 1 ? std::string("last transfer is missing: ")
+                      : "last " + std::to_string(count) + " transfers are missing: ";
+  };
+  std::string text;
+  if (!configuration.trace_file.empty() && fields.untraced != 0) {
+    text += "  trace: the " + last(fields.untraced) + configuration.trace_file +
+            " could not be written\n";
+  }
+  if (fields.process_untraced != 0) {
+    text += "  trace of a process: its " + last(fields.process_untraced) +
+            "its file could not be written\n";
+  }
+  return text;
+}
+
 }  // namespace
 
 void PowerCycle(const CameraConfiguration& configuration) {
@@ -103,6 +121,7 @@ std::string DescribeState(const CameraConfiguration& configuration) {
       text += Format("  fault %u: %llu matching transfers so far\n", static_cast<unsigned>(i),
                      static_cast<unsigned long long>(state.fields.fault_counters[i]));
     }
+    text += TraceText(configuration, state.fields);
   });
   return text;
 }

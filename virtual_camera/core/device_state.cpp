@@ -54,7 +54,7 @@ class Reader {
 
 constexpr std::size_t kReplySize = 4 + kPacketSize + 1 + 4;
 constexpr std::size_t kLatchesSize = 6 * 2 + 4;
-static_assert(1 + 3 * 8 + 8 * kStateFaults + kLatchesSize + kReplySize * kStateSelectors <=
+static_assert(1 + 3 * 8 + 8 * kStateFaults + kLatchesSize + kReplySize * kStateSelectors + 2 * 8 <=
               kDeviceFieldsSize);
 
 constexpr std::uint64_t Key(RegisterSpace space, std::uint32_t address) {
@@ -92,6 +92,8 @@ void WriteDeviceFields(const DeviceFields& fields, std::span<std::uint8_t> bytes
     writer.Number(reply.has_second ? 1 : 0, 1);
     writer.Bytes(reply.second);
   }
+  writer.Number(fields.untraced, 8);
+  writer.Number(fields.process_untraced, 8);
 }
 
 DeviceFields ReadDeviceFields(std::span<const std::uint8_t> bytes) {
@@ -123,6 +125,8 @@ DeviceFields ReadDeviceFields(std::span<const std::uint8_t> bytes) {
     reply.has_second = reader.Byte() != 0;
     reader.Bytes(reply.second);
   }
+  fields.untraced = reader.Number(8);
+  fields.process_untraced = reader.Number(8);
   return fields;
 }
 

@@ -49,6 +49,10 @@ struct DeviceFields {
   std::array<std::uint64_t, kStateFaults> fault_counters{};
   Latches latches;
   std::array<Reply, kStateSelectors> replies;
+  // The last transfers that a trace lacks because it could not be written: the configured trace,
+  // and that of the last process that had one.
+  std::uint64_t untraced = 0;
+  std::uint64_t process_untraced = 0;
 
   bool operator==(const DeviceFields&) const = default;
 };

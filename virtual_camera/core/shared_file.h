@@ -21,8 +21,11 @@ class SharedFile {
   // Returns the bytes read: fewer than asked for at the end of the file.
   std::size_t ReadAt(std::uint64_t position, std::span<std::uint8_t> bytes) const;
 
-  // Grows the file when it writes behind its end.
+  // Grows the file when it writes behind its end. A failure may leave a part of the bytes there.
   void WriteAt(std::uint64_t position, std::span<const std::uint8_t> bytes);
+
+  // Drops what lies behind `size`.
+  void Truncate(std::uint64_t size);
 
   // One lock for the whole file, against other objects in this and in other processes; the system
   // drops it when its process dies. It guards nothing by itself: reads and writes do not ask it.
@@ -35,6 +38,18 @@ class SharedFile {
 #else
   int descriptor_ = -1;
 #endif
+};
+
+// Holds the lock of a SharedFile for a scope.
+class FileLock {
+ public:
+  explicit FileLock(SharedFile& file) : file_(file) { file_.Lock(); }
+  ~FileLock() { file_.Unlock(); }
+  FileLock(const FileLock&) = delete;
+  FileLock& operator=(const FileLock&) = delete;
+
+ private:
+  SharedFile& file_;
 };
 
 }  // namespace virtual_camera

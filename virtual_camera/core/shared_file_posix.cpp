@@ -68,6 +68,12 @@ void SharedFile::WriteAt(std::uint64_t position, std::span<const std::uint8_t> b
   }
 }
 
+void SharedFile::Truncate(std::uint64_t size) {
+  if (::ftruncate(descriptor_, static_cast<off_t>(size)) != 0) {
+    ThrowLastError("truncate");
+  }
+}
+
 void SharedFile::Lock() {
   while (::flock(descriptor_, LOCK_EX) != 0) {
     if (errno != EINTR) {

@@ -86,6 +86,14 @@ void SharedFile::WriteAt(std::uint64_t position, std::span<const std::uint8_t> b
   }
 }
 
+void SharedFile::Truncate(std::uint64_t size) {
+  FILE_END_OF_FILE_INFO end{};
+  end.EndOfFile.QuadPart = static_cast<LONGLONG>(size);
+  if (!::SetFileInformationByHandle(handle_, FileEndOfFileInfo, &end, sizeof end)) {
+    ThrowLastError("truncate");
+  }
+}
+
 void SharedFile::Lock() {
   OVERLAPPED overlapped{};
   overlapped.OffsetHigh = kLockPositionHigh;

@@ -222,7 +222,8 @@ void StateFile::WriteHead() {
   PutNumber(slot, kLogNumberPosition, head_.log_number);
   PutNumber(slot, kLogStartPosition, head_.log_start);
   PutNumber(slot, kLogRecordsPosition, head_.log_records);
-  WriteDeviceFields(state_.fields, std::span(slot).subspan(kFieldsPosition, kDeviceFieldsSize));
+  WriteDeviceFields(state_.fields, committed_fields_);
+  std::copy(committed_fields_.begin(), committed_fields_.end(), slot.begin() + kFieldsPosition);
   PutNumber(slot, kChecksumPosition, Checksum(std::span(slot).first(kChecksumPosition)));
   file_.WriteAt((head_.sequence % 2) * kSlotSize, slot);
 }

@@ -22,7 +22,7 @@ class StateFile {
 
   // Begins a change: takes the file's lock and reads what other processes did.
   void Lock();
-  // Writes what changed since Lock. The lock stays.
+  // Writes what changed since Lock or the Commit before. The lock stays.
   void Commit();
   // Without a Commit before it, changes to state() are dropped.
   void Unlock() noexcept;

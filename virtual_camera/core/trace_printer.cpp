@@ -24,6 +24,7 @@ struct TraceLine {
   std::uint32_t length = 0;
   std::vector<std::uint8_t> bytes;
   std::int32_t result = 0;
+  std::uint64_t missing = 0;  // not 0: no transfer, but so many that are not in the trace
 
   bool Failed() const {
     return result < 0 && !(direction == Direction::kLength && result == kMoreData);
@@ -57,6 +58,17 @@ std::optional<Direction> ParseDirection(const std::string& text) {
 std::optional<TraceLine> ParseLine(const std::string& text) {
   try {
     const nlohmann::json json = nlohmann::json::parse(text);
+    if (json.contains("missing")) {
+      const nlohmann::json& missing = json.at("missing");
+      if (!missing.is_number_unsigned() || missing == 0) {
+        return std::nullopt;
+      }
+      TraceLine gap;
+      gap.time = json.at("time").get<std::string>();
+      gap.camera = json.at("camera").get<std::string>();
+      gap.missing = missing.get<std::uint64_t>();
+      return gap;
+    }
     const auto bytes = ParseBytes(json.at("bytes").get<std::string>());
     const auto direction = ParseDirection(json.at("direction").get<std::string>());
     if (!bytes || !direction) {
@@ -105,6 +117,7 @@ class Summary {
     count.failed += line.Failed() ? 1U : 0U;
     count.bytes += line.bytes.size();
   }
+  void AddMissing(std::uint64_t transfers) { missing_ += transfers; }
 
   void Print(std::ostream& output) const {
     constexpr const char* kRow = "%8s  %-24s  %9s  %6s  %10s\n";
@@ -119,6 +132,9 @@ class Summary {
     }
     output << rule;
     PrintRow(output, kRow, "", "all", total);
+    if (missing_ != 0) {
+      output << Format("          %-24s  %9s\n", "missing", std::to_string(missing_).c_str());
+    }
   }
 
  private:
@@ -136,6 +152,7 @@ class Summary {
   }
 
   std::map<std::pair<std::uint32_t, std::string>, Count> counts_;
+  std::uint64_t missing_ = 0;
 };
 
 // One camera's part of a trace.
@@ -143,6 +160,18 @@ struct CameraTrace {
   TraceInterpreter interpreter;
   std::optional<TraceLine> undecided;
 };
+
+// Nobody knows what a command before the gap came to.
+void PrintGap(std::ostream& output, Summary& summary, CameraTrace& camera, const TraceLine& gap) {
+  output << gap.time << "  " << gap.missing
+         << (gap.missing == 1 ? " transfer before this line is" : " transfers before this line are")
+         << " missing: the file could not be written\n";
+  if (camera.undecided) {
+    summary.Add(*camera.undecided, "register byte read");
+  }
+  summary.AddMissing(gap.missing);
+  camera = CameraTrace();
+}
 
 void Count(Summary& summary, CameraTrace& camera, const TraceLine& line,
            const TransferWords& words) {
@@ -179,6 +208,10 @@ void PrintTrace(std::istream& input, std::ostream& output) {
       output << "camera " << shown_camera << "\n";
     }
     CameraTrace& camera = cameras[line->camera];
+    if (line->missing != 0) {
+      PrintGap(output, summary, camera, *line);
+      continue;
+    }
     const TransferWords words =
         camera.interpreter.Explain(line->direction, line->selector, line->bytes, line->length);
     output << Format("%s  %-6s  %u  %s%s%s", line->time.c_str(), Name(line->direction),

@@ -1,9 +1,11 @@
 #include "trace_writer.h"
 
+#include <algorithm>
 #include <array>
 #include <chrono>
 #include <cstdio>
 #include <nlohmann/json.hpp>
+#include <string_view>
 #include <system_error>
 
 namespace virtual_camera {
@@ -49,34 +51,82 @@ const char* DirectionName(Direction direction) {
   return "";
 }
 
+std::span<const std::uint8_t> BytesOf(std::string_view text) {
+  return {reinterpret_cast<const std::uint8_t*>(text.data()), text.size()};
+}
+
+// What every line of a trace begins with.
+constexpr std::string_view kLineBegin = "{\"time\":\"";
+
+// A file that is a trace, empty or cut short.
+bool BeginsAsTrace(const SharedFile& file) {
+  std::array<std::uint8_t, kLineBegin.size()> begin{};
+  // Devices have no size and may answer any number of bytes.
+  const std::size_t size = file.Size() == 0 ? 0 : file.ReadAt(0, begin);
+  const auto expected = BytesOf(kLineBegin);
+  return std::equal(begin.begin(), begin.begin() + static_cast<std::ptrdiff_t>(size),
+                    expected.begin());
+}
+
+bool EndsWithinLine(const SharedFile& file, std::uint64_t size) {
+  std::uint8_t last = '\n';
+  if (size != 0) {
+    file.ReadAt(size - 1, std::span(&last, 1));
+  }
+  return last != '\n';
+}
+
 }  // namespace
 
 TraceWriter::TraceWriter(const std::string& path_utf8, const std::string& camera) try
     : file_(path_utf8),
       camera_json_(
           nlohmann::json(camera).dump(-1, ' ', false, nlohmann::json::error_handler_t::replace)) {
+  if (!BeginsAsTrace(file_)) {
+    throw ConfigurationError("trace: the file \"" + path_utf8 +
+                             "\" is not a trace of a virtual camera; name another one or remove "
+                             "it");
+  }
 } catch (const std::system_error& error) {
   throw ConfigurationError("trace: can't use the file \"" + path_utf8 + "\" (" + error.what() +
                            "); it must be a file that can be written");
 }
 
-void TraceWriter::Write(const TracedTransfer& transfer) {
+bool TraceWriter::Write(const TracedTransfer& transfer, std::uint64_t missing) noexcept {
+  try {
+    Append(Lines(transfer, missing));
+    return true;
+  } catch (const std::exception&) {
+    return false;
+  }
+}
+
+std::string TraceWriter::Lines(const TracedTransfer& transfer, std::uint64_t missing) const {
   std::array<char, 16> result{};
   std::snprintf(result.data(), result.size(), "0x%08x", static_cast<unsigned>(transfer.result));
-  const std::string line =
-      "{\"time\":\"" + TimeText(transfer.time_us) + "\",\"camera\":" + camera_json_ +
-      ",\"direction\":\"" + DirectionName(transfer.direction) +
-      "\",\"selector\":" + std::to_string(transfer.selector) +
-      ",\"length\":" + std::to_string(transfer.length) + ",\"bytes\":\"" +
-      HexadecimalText(transfer.bytes) + "\",\"result\":\"" + result.data() + "\"}\n";
-  file_.Lock();
+  const std::string begin =
+      std::string(kLineBegin) + TimeText(transfer.time_us) + "\",\"camera\":" + camera_json_;
+  std::string lines;
+  if (missing != 0) {
+    lines = begin + ",\"missing\":" + std::to_string(missing) + "}\n";
+  }
+  return lines + begin + ",\"direction\":\"" + DirectionName(transfer.direction) +
+         "\",\"selector\":" + std::to_string(transfer.selector) +
+         ",\"length\":" + std::to_string(transfer.length) + ",\"bytes\":\"" +
+         HexadecimalText(transfer.bytes) + "\",\"result\":\"" + result.data() + "\"}\n";
+}
+
+void TraceWriter::Append(const std::string& lines) {
+  const FileLock lock(file_);
+  const std::uint64_t size = file_.Size();
+  // A computer that lost its power may have left a part of a line.
+  const std::string text = (EndsWithinLine(file_, size) ? "\n" : "") + lines;
   try {
-    file_.WriteAt(file_.Size(), {reinterpret_cast<const std::uint8_t*>(line.data()), line.size()});
-  } catch (...) {
-    file_.Unlock();
+    file_.WriteAt(size, BytesOf(text));
+  } catch (const std::system_error&) {
+    file_.Truncate(size);
     throw;
   }
-  file_.Unlock();
 }
 
 }  // namespace virtual_camera

@@ -23,12 +23,18 @@ struct TracedTransfer {
 // Cameras and processes may share a file: each line is written whole, under the file's lock.
 class TraceWriter {
  public:
-  // Throws ConfigurationError when the file can't be opened.
+  // Throws ConfigurationError when the file can't be opened, or holds something else than a trace.
   TraceWriter(const std::string& path_utf8, const std::string& camera);
 
-  void Write(const TracedTransfer& transfer);
+  // Appends the transfer; before it, unless `missing` is 0, a line which says that so many
+  // transfers of this camera are not in the file. False when that could not be written: then the
+  // file is as before.
+  bool Write(const TracedTransfer& transfer, std::uint64_t missing) noexcept;
 
  private:
+  std::string Lines(const TracedTransfer& transfer, std::uint64_t missing) const;
+  void Append(const std::string& lines);
+
   SharedFile file_;
   std::string camera_json_;
 };
