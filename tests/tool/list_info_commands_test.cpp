@@ -59,6 +59,18 @@ TEST_F(ListInfoTest, WatchTellsArrivalsAndDeparturesUntilItIsStopped) {
   EXPECT_EQ(desk_.host.clock.time_since_epoch(), std::chrono::seconds(4));
 }
 
+TEST_F(ListInfoTest, WatchEndsWhenItsOutputIsLost) {
+  int sleeps = 0;
+  desk_.host.on_sleep = [&] {
+    ++sleeps;
+    desk_.output.takes_results = false;
+    ASSERT_LT(sleeps, 3);
+    desk_.host.stop_requested = sleeps == 2;  // no test goes on for ever
+  };
+  EXPECT_EQ(::Run(ListCommand{true}, desk_.context), ExitCode::kDone);
+  EXPECT_EQ(sleeps, 1);
+}
+
 TEST_F(ListInfoTest, InfoTellsWhatTheFeatureRegisterMeans) {
   desk_.Chip().registers[0x1A3] = 0x21;
   EXPECT_EQ(desk_.Do(InfoCommand{1048576}, "info"), ExitCode::kDone);

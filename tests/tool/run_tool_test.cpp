@@ -29,7 +29,14 @@ class RunToolTest : public testing::Test {
  protected:
   int Run(const std::vector<std::string>& words) { return RunTool(words, host, Streams()); }
   ToolStreams Streams() {
-    return {[this](std::string_view text) { out += text; },
+    return {[this](std::string_view text) {
+              ++writes;
+              if (problem) {
+                return problem;
+              }
+              out += text;
+              return std::optional<WriteProblem>();
+            },
             [this](std::string_view text) { err += text; },
             terminal,
             terminal,
@@ -45,6 +52,8 @@ class RunToolTest : public testing::Test {
 
   FakeHost host;
   bool terminal = false;
+  std::optional<WriteProblem> problem;  // of every write to standard output
+  int writes = 0;                       // to standard output
   std::string out;
   std::string err;
 };
@@ -173,6 +182,71 @@ TEST_F(RunToolTest, HelpAndVersionAreAnswersAndNoFailures) {
   EXPECT_EQ(Run({"--version"}), 0);
   EXPECT_EQ(out, "borvanusb 0.1.0\n");
   EXPECT_EQ(err, "");
+}
+
+TEST_F(RunToolTest, OutputThatCannotBeWrittenIsAFailureOfTheFile) {
+  problem = WriteProblem{false, "There is not enough space on the disk"};
+  const std::string message =
+      "borvanusb: standard output can't be written: There is not enough space on the disk; the "
+      "output is not complete\n"
+      "  Check that there is room on the disk, and repeat the command.\n";
+  Command([](Context& context) {
+    context.output.Line("first");
+    EXPECT_FALSE(context.output.TakesResults());
+    context.output.Line("second");
+    context.output.Note("note");
+    return ExitCode::kDone;
+  });
+  EXPECT_EQ(Run({"info"}), 5);
+  EXPECT_EQ(err, "note\n" + message);
+  // What failed once is not tried again: a part in the middle would be missing.
+  EXPECT_EQ(writes, 1);
+  for (const std::vector<std::string>& words :
+       {std::vector<std::string>{"info", "--json"}, {"--help"}, {"--version"}}) {
+    err.clear();
+    Command([](Context& context) {
+      context.result["size"] = 1;
+      return ExitCode::kDone;
+    });
+    EXPECT_EQ(Run(words), 5);
+    EXPECT_EQ(err, message);
+  }
+}
+
+TEST_F(RunToolTest, FailureOfTheCommandStandsBesideThatOfTheOutput) {
+  problem = WriteProblem{false, "No room"};
+  Command([](Context& context) {
+    context.output.Line("2 registers differ");
+    return ExitCode::kVerify;
+  });
+  EXPECT_EQ(Run({"info"}), 7);
+  EXPECT_THAT(err, HasSubstr("borvanusb: standard output can't be written: No room; "));
+  err.clear();
+  Command([](Context&) -> ExitCode { throw Failure(ExitCode::kDevice, "the camera is gone"); });
+  EXPECT_EQ(Run({"info", "--json"}), 6);
+  EXPECT_THAT(err, StartsWith("borvanusb: info: the camera is gone\n"));
+  EXPECT_THAT(err, HasSubstr("borvanusb: standard output can't be written: No room; "));
+}
+
+TEST_F(RunToolTest, ReaderThatIsGoneEndsItWithoutAWordAndWithoutSuccess) {
+  problem = WriteProblem{true, "The pipe is being closed"};
+  Command([](Context& context) {
+    context.output.Line("first");
+    EXPECT_FALSE(context.output.TakesResults());
+    return ExitCode::kDone;
+  });
+  EXPECT_EQ(Run({"info"}), 5);
+  EXPECT_EQ(err, "");
+}
+
+TEST_F(RunToolTest, OutputThatArrivesIsTakenToTheEnd) {
+  Command([](Context& context) {
+    context.output.Line("first");
+    EXPECT_TRUE(context.output.TakesResults());
+    return ExitCode::kDone;
+  });
+  EXPECT_EQ(Run({"info"}), 0);
+  EXPECT_EQ(out, "first\n");
 }
 
 TEST_F(RunToolTest, FailureFromOutsideTheCommandEndsWithItsLastWords) {

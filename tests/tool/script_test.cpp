@@ -127,6 +127,25 @@ TEST_F(ScriptTest, KeepGoingRunsAllAndEndsWithTheWorst) {
             "borvanusb: run: work.txt:1: nothing moves\nborvanusb: run: work.txt:3: no memory\n");
 }
 
+TEST_F(ScriptTest, LinesBehindLostOutputAreNotRun) {
+  info_ = [this] {
+    desk_.output.takes_results = false;
+    return ExitCode::kDone;
+  };
+  EXPECT_EQ(Do("list\ninfo\n\nlist\n"), ExitCode::kDone);
+  EXPECT_EQ(desk_.result["commands"].size(), 2U);
+  EXPECT_EQ(
+      desk_.output.errors,
+      "borvanusb: run: work.txt:4: standard output is lost; this line and those behind it were "
+      "not run\n");
+  // With --keep-going they are wanted whatever fails.
+  desk_.output.takes_results = true;
+  desk_.output.errors.clear();
+  Do("info\nlist\n", true);
+  EXPECT_EQ(desk_.result["commands"].size(), 2U);
+  EXPECT_EQ(desk_.output.errors, "");
+}
+
 TEST_F(ScriptTest, StopByTheUserEndsItAlsoWhenKeepingOn) {
   info_ = []() -> ExitCode { throw Failure(ExitCode::kStopped, "stopped by the user"); };
   EXPECT_EQ(Do("info\nlist\n", true), ExitCode::kStopped);

@@ -98,6 +98,12 @@ TEST_F(WatchTest, StopEndsItWellAlsoInTheMiddleOfAPoll) {
   EXPECT_EQ(Do(Watch({})), ExitCode::kDone);
 }
 
+TEST_F(WatchTest, LostOutputEndsIt) {
+  desk_.host.on_sleep = [&] { desk_.output.takes_results = false; };
+  EXPECT_EQ(Do(Watch({})), ExitCode::kDone);
+  EXPECT_EQ(desk_.Chip().transfers, 2U);
+}
+
 TEST_F(WatchTest, CameraThatIsGoneEndsItWithItsFailure) {
   desk_.Chip().before_transfer = [](std::uint64_t number) {
     if (number == 4) {

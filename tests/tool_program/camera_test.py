@@ -158,6 +158,46 @@ class InfoTest(station.ToolTest):
         self.assertIn('"selector":1', trace)
 
 
+class LostOutputTest(station.ToolTest):
+    """Standard output that can't be written."""
+
+    def setUp(self):
+        super().setUp()
+        self.plug_in(camera(0))
+
+    def write_to(self, output, *arguments):
+        """Runs borvanusb with `output` as its standard output; its exit code and standard error."""
+        process = subprocess.run([*self.command(), *arguments], env=self.environment, check=False,
+                                 stdin=subprocess.DEVNULL, stdout=output, stderr=subprocess.PIPE,
+                                 timeout=station.LONGEST)
+        return process.returncode, process.stderr.decode("utf-8").replace("\r\n", "\n")
+
+    def test_full_disk_is_a_failure_of_the_file(self):
+        for arguments in (["list"], ["info", "--json"], ["reg", "dump", "0-0xff"], ["--help"],
+                          ["watch", "--reg", "0x100"]):
+            with open("/dev/full", "wb") as full:
+                code, error = self.write_to(full, *arguments)
+            self.assertEqual(code, 5, f"{arguments}\n{error}")
+            self.assertRegex(error, "(?m)^borvanusb: standard output can't be written: ")
+
+    def test_full_disk_does_not_hide_another_failure(self):
+        with open("/dev/full", "wb") as full:
+            code, error = self.write_to(full, "info", "--json", "--camera", "7")
+        self.assertEqual(code, 2, error)
+        self.assertIn("no camera 7", error)
+        self.assertIn("standard output can't be written", error)
+
+    def test_reader_that_is_gone_ends_watching_without_a_word(self):
+        process = self.start("watch", "--reg", "0x100", "--quiet")
+        self.assertIn(b"0x0100", process.stdout.readline())
+        process.stdout.close()
+        # Only a change is written, and so noticed.
+        self.succeed("reg", "write", "0x100", "0x12")
+        error = process.stderr.read()
+        self.assertEqual((process.wait(timeout=station.LONGEST), error), (5, b""))
+        process.stderr.close()
+
+
 class DoctorTest(station.ToolTest):
     """borvanusb doctor."""
 

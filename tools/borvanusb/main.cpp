@@ -23,7 +23,7 @@ constexpr std::chrono::milliseconds kStopLimit{1000};
 class Process {
  public:
   explicit Process(std::vector<std::string> words) : words_(std::move(words)) {
-    streams_.output = [this](std::string_view text) { console_.WriteOutput(text); };
+    streams_.output = [this](std::string_view text) { return console_.WriteOutput(text); };
     streams_.error = [this](std::string_view text) { console_.WriteError(text); };
     streams_.output_is_terminal = console_.OutputIsTerminal();
     streams_.error_is_terminal = console_.ErrorIsTerminal();

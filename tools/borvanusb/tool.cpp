@@ -57,7 +57,7 @@ std::string Indented(const std::string& text) {
   return lines;
 }
 
-int Report(const std::string& command, const Failure& failure, bool json,
+int Report(const std::string& command, const Failure& failure, bool json, ResultStream& results,
            const ToolStreams& streams) {
   std::string text =
       "borvanusb: " + (command.empty() ? "" : command + ": ") + failure.Message() + "\n";
@@ -70,37 +70,35 @@ int Report(const std::string& command, const Failure& failure, bool json,
     error["kind"] = KindOf(failure.Code());
     error["message"] = failure.Message();
     error["hint"] = failure.Hint();
-    streams.output(JsonText({{"error", error}}));
+    results.Write(JsonText({{"error", error}}));
   }
   return code;
 }
 
-int RunArguments(const Arguments& arguments, Host& host, const ToolStreams& streams) {
+int RunArguments(const Arguments& arguments, Host& host, ResultStream& results,
+                 const ToolStreams& streams) {
   const CommonArguments& common = arguments.common;
   const auto progress =
       MakeProgress(common.quiet ? ProgressMode::kNone : common.progress, streams.error_is_terminal,
                    streams.columns, streams.error, [&host] { return host.Clock(); });
   // A bar must not stand in a line of text.
-  const ToolStreams around_bar = {[&](std::string_view text) {
-                                    if (streams.output_is_terminal) {
-                                      progress->Hide();
-                                    }
-                                    streams.output(text);
-                                  },
-                                  [&](std::string_view text) {
-                                    progress->Hide();
-                                    streams.error(text);
-                                  },
-                                  streams.output_is_terminal,
-                                  streams.error_is_terminal,
-                                  streams.columns,
-                                  streams.move_up};
+  const auto output_around_bar = [&](std::string_view text) {
+    if (streams.output_is_terminal) {
+      progress->Hide();
+    }
+    results.Write(text);
+  };
+  const auto error_around_bar = [&](std::string_view text) {
+    progress->Hide();
+    streams.error(text);
+  };
   TextOutputOptions options{common.json, common.quiet, common.verbose};
+  options.takes_results = [&results] { return !results.Problem(); };
   if (streams.error_is_terminal) {
     options.columns = streams.columns;
     options.move_up = streams.move_up;
   }
-  TextOutput output(around_bar.output, around_bar.error, options);
+  TextOutput output(output_around_bar, error_around_bar, options);
   nlohmann::ordered_json result;
   try {
     host.Configure(common);
@@ -108,29 +106,47 @@ int RunArguments(const Arguments& arguments, Host& host, const ToolStreams& stre
     const ExitCode code = Dispatch(arguments.command, context);
     progress->Break();
     if (common.json && !result.is_null()) {
-      streams.output(JsonText(result));
+      results.Write(JsonText(result));
     }
     return static_cast<int>(code);
   } catch (...) {
     const Failure failure = CurrentFailure();
     progress->Break();
-    return Report(CommandWords(arguments.command), failure, common.json, streams);
+    return Report(CommandWords(arguments.command), failure, common.json, results, streams);
   }
+}
+
+int RunWords(const std::vector<std::string>& words, Host& host, ResultStream& results,
+             const ToolStreams& streams) {
+  try {
+    const auto parsed = ParseCommandLine(words);
+    if (const auto* const answer = std::get_if<TextAnswer>(&parsed)) {
+      results.Write(answer->text);
+      return static_cast<int>(ExitCode::kDone);
+    }
+    return RunArguments(std::get<Arguments>(parsed), host, results, streams);
+  } catch (...) {
+    return Report("", CurrentFailure(), AsksForJson(words), results, streams);
+  }
+}
+
+// The exit code of a command whose output is lost: never that of a success.
+int ReportLoss(const WriteProblem& problem, int code, const ToolStreams& streams) {
+  // A reader that is gone has what it wanted, as in a pipe to `head`.
+  if (!problem.reader_is_gone) {
+    streams.error("borvanusb: standard output can't be written: " + problem.why +
+                  "; the output is not complete\n"
+                  "  Check that there is room on the disk, and repeat the command.\n");
+  }
+  return code != static_cast<int>(ExitCode::kDone) ? code : static_cast<int>(ExitCode::kFile);
 }
 
 }  // namespace
 
 int RunTool(const std::vector<std::string>& words, Host& host, const ToolStreams& streams) {
-  try {
-    const auto parsed = ParseCommandLine(words);
-    if (const auto* const answer = std::get_if<TextAnswer>(&parsed)) {
-      streams.output(answer->text);
-      return static_cast<int>(ExitCode::kDone);
-    }
-    return RunArguments(std::get<Arguments>(parsed), host, streams);
-  } catch (...) {
-    return Report("", CurrentFailure(), AsksForJson(words), streams);
-  }
+  ResultStream results(streams.output);
+  const int code = RunWords(words, host, results, streams);
+  return results.Problem() ? ReportLoss(*results.Problem(), code, streams) : code;
 }
 
 void ReportFailure(const std::vector<std::string>& words, const Failure& failure,
@@ -148,7 +164,8 @@ void ReportFailure(const std::vector<std::string>& words, const Failure& failure
   } catch (const Failure&) {
     command.clear();
   }
-  Report(command, failure, AsksForJson(words), streams);
+  ResultStream results(streams.output);
+  Report(command, failure, AsksForJson(words), results, streams);
   for (const std::string& line : last_words) {
     streams.error(Indented(line));
   }

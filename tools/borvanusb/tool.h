@@ -7,10 +7,12 @@
 
 #include "failure.h"
 #include "host.h"
+#include "output/result_stream.h"
 
 // Where a process's texts go.
 struct ToolStreams {
-  std::function<void(std::string_view)> output;
+  ResultSink output;
+  // What can't be written there is lost: there is no other place to tell it.
   std::function<void(std::string_view)> error;
   bool output_is_terminal = false;
   bool error_is_terminal = false;

@@ -60,10 +60,12 @@ class FakeOutput : public Output {
   void Note(std::string_view text) override { notes += std::string(text) + "\n"; }
   void Detail(std::string_view text) override { details += std::string(text) + "\n"; }
   void Error(std::string_view text) override { errors += std::string(text) + "\n"; }
+  bool TakesResults() const override { return takes_results; }
   int ErrorColumns() const override { return columns; }
   void MoveUp(int lines) override { notes += "up " + std::to_string(lines) + "\n"; }
 
-  int columns = 0;  // of the terminal; 0: there is none
+  bool takes_results = true;  // false: standard output is lost
+  int columns = 0;            // of the terminal; 0: there is none
   std::string out;
   std::vector<std::string> json_lines;
   std::string notes;

@@ -51,7 +51,7 @@ bool Holds(const std::vector<CameraIdentity>& cameras, const CameraIdentity& wan
 void Watch(Context& context) {
   std::vector<CameraIdentity> known;
   context.output.Note("watching; Ctrl-C ends it");
-  while (!context.host.StopRequested()) {
+  while (!context.host.StopRequested() && context.output.TakesResults()) {
     std::vector<CameraIdentity> now = context.host.ListCameras();
     for (const CameraIdentity& camera : known) {
       if (!Holds(now, camera)) {

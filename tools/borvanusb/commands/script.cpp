@@ -111,6 +111,12 @@ ExitCode RunScript(const std::string& file, const std::vector<ScriptLine>& lines
   ExitCode worst = ExitCode::kDone;
   for (const ScriptLine& line : lines) {
     context.output.Line("> " + line.text);
+    if (!keep_going && !context.output.TakesResults()) {
+      TellOutcome(context, "run",
+                  Place(file, line.line) +
+                      "standard output is lost; this line and those behind it were not run");
+      break;
+    }
     Json result = Json::object();
     Json entry = {{"line", line.line}, {"text", line.text}};
     ExitCode code = ExitCode::kDone;

@@ -72,7 +72,7 @@ class Watcher {
     }
     start_ = context_.host.Clock();
     try {
-      while (!context_.host.StopRequested()) {
+      while (!context_.host.StopRequested() && context_.output.TakesResults()) {
         Poll(*camera);
         ++polls_;
         if (command_.count && polls_ >= *command_.count) {

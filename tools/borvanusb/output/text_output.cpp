@@ -34,6 +34,10 @@ void TextOutput::Error(std::string_view text) {
   err_(std::string(text) + "\n");
 }
 
+bool TextOutput::TakesResults() const {
+  return !options_.takes_results || options_.takes_results();
+}
+
 int TextOutput::ErrorColumns() const {
   return options_.columns ? options_.columns() : 0;
 }

@@ -10,6 +10,8 @@ struct TextOutputOptions {
   bool json = false;
   bool quiet = false;
   bool verbose = false;
+  // Whether `out` still arrives; empty when it always does.
+  std::function<bool()> takes_results{};
   // Of the terminal that standard error is; both empty when it is none.
   std::function<int()> columns{};
   std::function<void(int)> move_up{};
@@ -25,6 +27,7 @@ class TextOutput : public Output {
   void Note(std::string_view text) override;
   void Detail(std::string_view text) override;
   void Error(std::string_view text) override;
+  bool TakesResults() const override;
   int ErrorColumns() const override;
   void MoveUp(int lines) override;
 

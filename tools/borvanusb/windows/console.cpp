@@ -30,17 +30,25 @@ bool IsTerminal(DWORD stream) {
   return GetConsoleMode(GetStdHandle(stream), &mode) != FALSE;
 }
 
-void WriteAll(DWORD stream, std::string_view text) {
-  const HANDLE handle = GetStdHandle(stream);
+// What the system says when nobody holds the other end of a pipe any more.
+bool MeansReaderIsGone(DWORD error) {
+  return error == ERROR_NO_DATA || error == ERROR_BROKEN_PIPE || error == ERROR_PIPE_NOT_CONNECTED;
+}
+
+std::optional<WriteProblem> WriteAll(HANDLE handle, std::string_view text) {
   while (!text.empty()) {
     DWORD written = 0;
     if (WriteFile(handle, text.data(), static_cast<DWORD>(text.size()), &written, nullptr) ==
-            FALSE ||
-        written == 0) {
-      return;  // whoever read it is gone
+        FALSE) {
+      const DWORD error = GetLastError();
+      return WriteProblem{MeansReaderIsGone(error), SystemMessage(error)};
+    }
+    if (written == 0) {
+      return WriteProblem{false, "it takes nothing more"};
     }
     text.remove_prefix(written);
   }
+  return std::nullopt;
 }
 
 }  // namespace
@@ -60,12 +68,13 @@ Console::~Console() {
   }
 }
 
-void Console::WriteOutput(std::string_view text) const {
-  WriteAll(STD_OUTPUT_HANDLE, text);
+std::optional<WriteProblem> Console::WriteOutput(std::string_view text) const {
+  const HANDLE handle = GetStdHandle(STD_OUTPUT_HANDLE);
+  return handle != nullptr ? WriteAll(handle, text) : std::nullopt;
 }
 
 void Console::WriteError(std::string_view text) const {
-  WriteAll(STD_ERROR_HANDLE, text);
+  WriteAll(GetStdHandle(STD_ERROR_HANDLE), text);
 }
 
 int Console::Columns() const {

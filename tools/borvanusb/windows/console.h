@@ -1,8 +1,11 @@
 #pragma once
 
 #include <functional>
+#include <optional>
 #include <string>
 #include <string_view>
+
+#include "output/result_stream.h"
 
 // The process's console and streams, in UTF-8. One object, in main.
 class Console {
@@ -14,7 +17,9 @@ class Console {
   Console(const Console&) = delete;
   Console& operator=(const Console&) = delete;
 
-  void WriteOutput(std::string_view text) const;
+  // Without a standard output, as services and programs with windows only have it, nothing is lost.
+  std::optional<WriteProblem> WriteOutput(std::string_view text) const;
+  // What can't be written is lost: there is no other place to tell it.
   void WriteError(std::string_view text) const;
   bool OutputIsTerminal() const { return output_is_terminal_; }
   bool ErrorIsTerminal() const { return error_is_terminal_; }
