@@ -143,6 +143,25 @@ TEST_F(RegListsTest, DiffOfADumpReadsItsPage) {
   EXPECT_NE(desk_.output.notes.find("bits 16 to 31 of the addresses, 0x0005"), std::string::npos);
 }
 
+TEST_F(RegListsTest, DiffRefusesWhatLoadingRefuses) {
+  const std::string good = folder_.Write("good.txt", "fffd,0\n10,1\n");
+  const std::string sensor = folder_.Write("sensor.txt", "fff8,6c\nfffe,3\n3012,5a\n");
+  for (const RegDiffCommand& command :
+       {RegDiffCommand{sensor, "camera"}, RegDiffCommand{"camera", sensor},
+        RegDiffCommand{sensor, sensor}, RegDiffCommand{good, sensor}}) {
+    const Failure failure = desk_.FailureOf(command);
+    EXPECT_EQ(failure.Code(), ExitCode::kFile);
+    EXPECT_EQ(failure.Message(),
+              sensor +
+                  ":1: a register list opens with 0xfffd, this one with 0xfff8, as I2C lists do: "
+                  "nothing would be written; nothing was compared");
+  }
+  const std::string wide = folder_.Write("wide.txt", "fffd,0\n10,100\n11,1\n");
+  EXPECT_EQ(desk_.FailureOf(RegDiffCommand{wide, "camera"}).Message(),
+            wide + ":2: value 0x100 has more than 8 bits; nothing was compared");
+  EXPECT_EQ(desk_.Chip().transfers, 0U);
+}
+
 TEST_F(RegListsTest, DiffRefusesWhatIsNoListAndTwoCameras) {
   const std::string file = folder_.Write("raw.bin", "\x44\x88");
   EXPECT_EQ(desk_.FailureOf(RegDiffCommand{file, "camera"}).Code(), ExitCode::kFile);

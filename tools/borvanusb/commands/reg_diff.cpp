@@ -13,23 +13,16 @@ namespace {
 
 constexpr const char* kCamera = "camera";
 constexpr unsigned kPageShift = 16;
-constexpr std::uint32_t kHighestListAddress = 0xFFFF;
 constexpr int kAddressDigits = 4;
 constexpr int kValueDigits = 2;
 constexpr int kMissingWidth = 4;  // as wide as a value
 
-// A list need not be one that can be loaded, but every line must say what it seems to.
+// Only a list that can be loaded says what registers hold: the entries of an I2C list, say, are
+// those of another chip.
 std::vector<ListEntry> ReadEntries(const std::string& file, Context& context) {
-  ListText list = ReadListText(ReadWholeText(file));
-  for (const ListEntry& entry : list.entries) {
-    if (entry.address > kHighestListAddress) {
-      list.problems.push_back(
-          {entry.line, "address " + Hex(entry.address) + " has more than 16 bits"});
-    }
-  }
-  SortByLine(list.problems);
-  RequireGoodList(file, list, "nothing was compared", context);
-  return std::move(list.entries);
+  CheckedRegisterList checked = CheckRegisterList(ReadWholeText(file));
+  RequireGoodList(file, checked.list, "nothing was compared", context);
+  return std::move(checked.list.entries);
 }
 
 // The registers of a list as the addresses a camera knows them by.

@@ -2,6 +2,8 @@
 
 #include <utility>
 
+#include "lists/i2c_list.h"
+
 namespace {
 
 constexpr std::uint32_t kHighestAddress = 0xFFFF;
@@ -134,8 +136,11 @@ class Checker {
     if (!opened_) {
       opened_ = true;
       if (whole && entry.address != kFirstDelayMarker) {
+        const bool for_i2c = entry.address == kSlaveMarker;
         Problem(entry.line, "a register list opens with 0xfffd, this one with " +
-                                Hex(entry.address, kAddressDigits) + ": nothing would be written");
+                                Hex(entry.address, kAddressDigits) +
+                                (for_i2c ? ", as I2C lists do" : "") +
+                                ": nothing would be written");
       }
     }
     if (IsDelay(entry.address)) {
