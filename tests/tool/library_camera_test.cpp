@@ -25,6 +25,28 @@ TEST_F(LibraryCameraTest, CamerasAreListedWithTheirIdentities) {
   EXPECT_EQ(cameras[1].pid, "5678");
 }
 
+TEST_F(LibraryCameraTest, NameThatTheCodePageLacksIsTheSystems) {
+  script->cameras[0].friendly_name = u"Camera ?";
+  script->cameras.push_back(borvan_test::MakeCamera(u'b', chip));
+  script->cameras.push_back(borvan_test::MakeCamera(u'c', chip));
+  script->cameras[2].friendly_name = u"??";
+  const std::string path = "\\\\?\\usb#vid_1234&pid_5678#";
+  platform.device_names[path + "a"] = "Camera \xE2\x84\x96";
+  platform.device_names[path + "b"] = "Another name";
+  const auto cameras = library->ListCameras();
+  ASSERT_EQ(cameras.size(), 3U);
+  EXPECT_EQ(cameras[0].name, "Camera \xE2\x84\x96");
+  // A name that the library could tell is not asked for.
+  EXPECT_EQ(cameras[1].name, "Camera b");
+  // Where the system tells no name either, the library's is better than none.
+  EXPECT_EQ(cameras[2].name, "??");
+  EXPECT_EQ(platform.asked_names, (std::vector<std::string>{path + "a", path + "c"}));
+  // Nothing needs a name once the camera is chosen.
+  platform.asked_names.clear();
+  OpenLibraryCamera(*library, cameras[0])->ReadRegisterRun(0, 1);
+  EXPECT_TRUE(platform.asked_names.empty());
+}
+
 TEST_F(LibraryCameraTest, NoListOfTheSystemIsNoCamera) {
   script->outcome = borvan::VideoInputListing::Outcome::kNoDeviceEnumerator;
   script->listing_result = kDeviceError;

@@ -29,6 +29,12 @@ void TestPlatform::RemoveScratchFile(const ScratchFile& file) {
   std::filesystem::remove(file.name);
 }
 
+std::optional<std::string> TestPlatform::DeviceName(const std::string& path) {
+  asked_names.push_back(path);
+  const auto name = device_names.find(path);
+  return name != device_names.end() ? std::optional(name->second) : std::nullopt;
+}
+
 std::string TestPlatform::SystemMessage(std::uint32_t status) {
   return status == 0x80070017 ? "Data error" : "";
 }

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <chrono>
+#include <map>
 #include <memory>
 #include <optional>
 #include <string>
@@ -23,13 +24,16 @@ class TestPlatform : public LibraryPlatform {
   ScratchFile NewScratchFile(std::string_view extension) override;
   void RemoveScratchFile(const ScratchFile& file) override;
   std::string ToUtf8(std::string_view text) override { return std::string(text); }
+  std::optional<std::string> DeviceName(const std::string& path) override;
   std::string SystemMessage(std::uint32_t status) override;
   void Sleep(std::chrono::milliseconds time) override;
   std::unique_ptr<CameraLock> LockCamera(const std::string& path,
                                          std::chrono::milliseconds limit) override;
 
   borvan_test::TemporaryFolder folder;
-  std::vector<std::string> made;  // scratch files
+  std::vector<std::string> made;                    // scratch files
+  std::map<std::string, std::string> device_names;  // the system's, by path
+  std::vector<std::string> asked_names;             // paths whose names were asked for
   bool locked_elsewhere = false;
   std::function<void()> on_sleep;
 };

@@ -32,10 +32,17 @@ class ListTest(station.ToolTest):
         self.assertEqual(self.succeed("list", "--json").json, {"cameras": []})
         self.assertIn("doctor", self.succeed("list").err)
 
-    def test_name_with_letters_of_the_code_page_arrives_as_utf8(self):
-        self.plug_in(camera(0, name="Prüfkamera №"))
-        # The library's texts are 8-bit: what the code page lacks is lost there.
-        self.assertEqual(self.succeed("list", "--json").json["cameras"][0]["name"], "Prüfkamera ?")
+    def test_name_is_shown_and_found_as_windows_has_it(self):
+        # The library's texts are 8-bit: what the code page lacks is a question mark there.
+        names = ["Prüfkamera", "Prüfkamera №", "前置摄像头", "Kamera?"]
+        self.plug_in(*(camera(number, name=name) for number, name in enumerate(names)))
+        listed = self.succeed("list", "--json").json["cameras"]
+        self.assertEqual([one["name"] for one in listed], names)
+        for name in names[1:]:
+            chosen = self.succeed("info", "--json", "--camera", name).json["camera"]
+            self.assertEqual(chosen["name"], name)
+        self.assertIn("  前置摄像头\n", self.succeed("info", "--camera", "2").out)
+        self.assertIn("2  1234:0002  前置摄像头", self.succeed("doctor").out)
 
     def test_watch_tells_of_arrivals_and_departures(self):
         self.plug_in(camera(0), camera(1))

@@ -8,6 +8,8 @@
 namespace {
 
 constexpr int kStatusDigits = 8;
+// Stands in the library's 8-bit texts for each character that the code page lacks.
+constexpr char kLostCharacter = '?';
 
 std::string TextOf(const char* field) {
   std::array<char, kBorvanTextFieldSize + 1> text{};
@@ -41,6 +43,16 @@ std::vector<CameraIdentity> CameraLibrary::Listed() const {
 
 std::vector<CameraIdentity> CameraLibrary::ListCameras() const {
   const Supervisor::Call call(supervisor_, "listing the cameras");
+  std::vector<CameraIdentity> cameras = ListAnew();
+  for (CameraIdentity& camera : cameras) {
+    if (camera.name.find(kLostCharacter) != std::string::npos) {
+      camera.name = platform_.DeviceName(camera.path).value_or(camera.name);
+    }
+  }
+  return cameras;
+}
+
+std::vector<CameraIdentity> CameraLibrary::ListAnew() const {
   const std::int32_t result = exports_.UsbIniDevice();
   if (result < 0) {
     throw Failure(ExitCode::kNoCamera,
@@ -52,7 +64,10 @@ std::vector<CameraIdentity> CameraLibrary::ListCameras() const {
 }
 
 void CameraLibrary::Select(const CameraIdentity& camera) const {
-  const std::vector<CameraIdentity> cameras = ListCameras();
+  const std::vector<CameraIdentity> cameras = [this] {
+    const Supervisor::Call call(supervisor_, "listing the cameras");
+    return ListAnew();
+  }();
   const auto found =
       std::find_if(cameras.begin(), cameras.end(),
                    [&](const CameraIdentity& listed) { return listed.path == camera.path; });

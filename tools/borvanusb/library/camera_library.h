@@ -25,7 +25,8 @@ class CameraLibrary {
   Supervisor& Watch() const { return supervisor_; }
   std::chrono::milliseconds Limit() const { return limit_; }
 
-  // Lists the cameras anew, in a new instance. Throws Failure kNoCamera.
+  // Lists the cameras anew, in a new instance, with the names that the system has for them. Throws
+  // Failure kNoCamera.
   std::vector<CameraIdentity> ListCameras() const;
 
   // A new instance with this camera selected, so that a progress belongs to the next job alone.
@@ -39,6 +40,8 @@ class CameraLibrary {
   std::string StatusText(std::uint32_t status) const;
 
  private:
+  // Lists the cameras anew. Names are the library's.
+  std::vector<CameraIdentity> ListAnew() const;
   std::vector<CameraIdentity> Listed() const;
 
   const Exports& exports_;

@@ -3,6 +3,7 @@
 #include <chrono>
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -27,6 +28,11 @@ class LibraryPlatform {
 
   // A text of the library's, from the ANSI code page to UTF-8.
   virtual std::string ToUtf8(std::string_view text) = 0;
+  // The name that the system has for the video device with this path, UTF-8: for names that the
+  // library's 8-bit texts can't hold. Nothing when it can't be told.
+  virtual std::optional<std::string> DeviceName(const std::string& /*path*/) {
+    return std::nullopt;
+  }
   // The system's text for a code that is not the library's own; empty when it has none.
   virtual std::string SystemMessage(std::uint32_t status) = 0;
 

@@ -25,7 +25,7 @@ class Output {
   virtual void Error(std::string_view text) = 0;
   // Whether standard output still arrives: false after a failed write. Commands that go on for long
   // end then; the caller of the command tells it.
-  virtual bool TakesResults() const = 0;
+  virtual bool TakesResults() const { return true; }
   // How many columns the terminal has that standard error is; 0 when it is none.
   virtual int ErrorColumns() const = 0;
   // Puts that terminal's cursor to the start of the line so many lines further up.

@@ -1,106 +1,18 @@
 #include "windows/system_report.h"
 
 #include <windows.h>
-#include <wrl/client.h>
 
-#include <oaidl.h>
-#include <oleauto.h>
-#include <strmif.h>
-#include <uuids.h>
-
-#include <algorithm>
 #include <array>
-#include <cwctype>
-#include <utility>
 
-#include "arguments/numbers.h"
 #include "version.h"
 #include "windows/text.h"
+#include "windows/video_devices.h"
 
 namespace {
 
-using Microsoft::WRL::ComPtr;
-
-constexpr int kResultDigits = 8;
 constexpr int kBitsPerByte = 8;
 constexpr std::array<const wchar_t*, 4> kVariables = {L"BORVANUSB_CAMERA", L"BORVANUSB_DLL",
                                                       L"BORVAN_VIRTUAL_CAMERA", L"TEMP"};
-
-std::string ResultText(HRESULT result) {
-  const auto code = static_cast<unsigned long>(result);
-  const std::string message = SystemMessage(code);
-  return Hex(code, kResultDigits) + (message.empty() ? "" : ", " + message);
-}
-
-// A text property of a device; an empty text and why, if it can't be had.
-std::pair<std::wstring, std::string> TextProperty(IPropertyBag& bag, const wchar_t* name) {
-  VARIANT value;
-  VariantInit(&value);
-  value.vt = VT_BSTR;
-  const HRESULT result = bag.Read(name, &value, nullptr);
-  std::pair<std::wstring, std::string> property;
-  if (FAILED(result)) {
-    property.second = ResultText(result);
-  } else if (value.vt != VT_BSTR || value.bstrVal == nullptr) {
-    property.second = "it is no text";
-  } else {
-    property.first = value.bstrVal;
-  }
-  VariantClear(&value);
-  return property;
-}
-
-VideoDevice Examine(IMoniker& moniker) {
-  VideoDevice device;
-  ComPtr<IPropertyBag> bag;
-  const HRESULT result = moniker.BindToStorage(nullptr, nullptr, IID_IPropertyBag,
-                                               reinterpret_cast<void**>(bag.GetAddressOf()));
-  if (FAILED(result)) {
-    device.reason = "its properties can't be read: " + ResultText(result);
-    return device;
-  }
-  auto [name, name_problem] = TextProperty(*bag.Get(), L"FriendlyName");
-  auto [path, path_problem] = TextProperty(*bag.Get(), L"DevicePath");
-  device.name = ToUtf8(name);
-  device.path = ToUtf8(path);
-  std::transform(path.begin(), path.end(), path.begin(),
-                 [](wchar_t character) { return static_cast<wchar_t>(std::towlower(character)); });
-  if (!path_problem.empty()) {
-    device.reason = "it has no device path (" + path_problem + "): a camera made by a program";
-  } else if (path.find(L"usb#") == std::wstring::npos) {
-    device.reason = "its device path has no \"usb#\" in it: it is no USB camera";
-  } else if (!name_problem.empty()) {
-    device.reason = "its name can't be read (" + name_problem + ")";
-  }
-  return device;
-}
-
-// The category of video inputs; empty when COM works, else why not.
-std::string ListDevices(std::vector<VideoDevice>& devices) {
-  // Already done with another kind of thread is fine: the library then works the same.
-  const HRESULT initialised = CoInitialize(nullptr);
-  if (FAILED(initialised) && initialised != RPC_E_CHANGED_MODE) {
-    return "COM can't be initialised: " + ResultText(initialised);
-  }
-  ComPtr<ICreateDevEnum> creator;
-  HRESULT result =
-      CoCreateInstance(CLSID_SystemDeviceEnum, nullptr, CLSCTX_INPROC_SERVER, IID_ICreateDevEnum,
-                       reinterpret_cast<void**>(creator.GetAddressOf()));
-  if (FAILED(result)) {
-    return "the system's device enumerator can't be had: " + ResultText(result);
-  }
-  ComPtr<IEnumMoniker> category;
-  result =
-      creator->CreateClassEnumerator(CLSID_VideoInputDeviceCategory, category.GetAddressOf(), 0);
-  if (FAILED(result)) {
-    return "the category of video inputs can't be listed: " + ResultText(result);
-  }
-  ComPtr<IMoniker> moniker;
-  while (category && category->Next(1, moniker.ReleaseAndGetAddressOf(), nullptr) == S_OK) {
-    devices.push_back(Examine(*moniker.Get()));
-  }
-  return {};
-}
 
 template <typename Function>
 Function SystemFunction(const char* name) {
@@ -135,7 +47,7 @@ SystemReport ExamineWindows(const LoadedLibrary& library) {
   report.library_version = library.Version();
   report.library_problem = library.Problem();
   report.library_places = library.Places();
-  report.com_problem = ListDevices(report.devices);
+  report.com_problem = ListVideoDevices(report.devices);
   for (const wchar_t* const variable : kVariables) {
     const std::wstring value = EnvironmentVariable(variable);
     if (!value.empty()) {

@@ -2,6 +2,7 @@
 
 #include <windows.h>
 
+#include <algorithm>
 #include <array>
 #include <vector>
 
@@ -9,6 +10,7 @@
 #include "failure.h"
 #include "windows/handle.h"
 #include "windows/text.h"
+#include "windows/video_devices.h"
 
 namespace {
 
@@ -76,6 +78,15 @@ std::uint64_t Digest(std::string_view text) {
   return digest;
 }
 
+// As the library has paths: A to Z only.
+std::string InLowerCase(std::string text) {
+  std::transform(text.begin(), text.end(), text.begin(), [](char character) {
+    return character >= 'A' && character <= 'Z' ? static_cast<char>(character - 'A' + 'a')
+                                                : character;
+  });
+  return text;
+}
+
 class MutexLock : public LibraryPlatform::CameraLock {
  public:
   explicit MutexLock(UniqueHandle mutex) : mutex_(std::move(mutex)) {}
@@ -116,6 +127,18 @@ void WindowsLibraryPlatform::RemoveScratchFile(const ScratchFile& file) {
 
 std::string WindowsLibraryPlatform::ToUtf8(std::string_view text) {
   return AnsiToUtf8(text);
+}
+
+std::optional<std::string> WindowsLibraryPlatform::DeviceName(const std::string& path) {
+  std::vector<VideoDevice> devices;
+  ListVideoDevices(devices);
+  const auto device = std::find_if(
+      devices.begin(), devices.end(),
+      [&](const VideoDevice& candidate) { return InLowerCase(candidate.path) == path; });
+  if (device == devices.end() || device->name.empty()) {
+    return std::nullopt;
+  }
+  return device->name;
 }
 
 std::string WindowsLibraryPlatform::SystemMessage(std::uint32_t status) {

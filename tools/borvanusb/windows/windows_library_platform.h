@@ -10,6 +10,7 @@ class WindowsLibraryPlatform : public LibraryPlatform {
   ScratchFile NewScratchFile(std::string_view extension) override;
   void RemoveScratchFile(const ScratchFile& file) override;
   std::string ToUtf8(std::string_view text) override;
+  std::optional<std::string> DeviceName(const std::string& path) override;
   std::string SystemMessage(std::uint32_t status) override;
   void Sleep(std::chrono::milliseconds time) override;
   std::unique_ptr<CameraLock> LockCamera(const std::string& path,
