@@ -65,6 +65,27 @@ TEST(CommandLineErrorsTest, OptionWithoutItsValue) {
   ExpectRefused({"list", "--json=yes"}, "--json: takes no value");
 }
 
+TEST(CommandLineErrorsTest, MissingValueNamesTheCommandsOwnOption) {
+  ExpectRefused({"flash", "verify", "i.bin", "--address"},
+                "--address: ADDR is missing: where the image begins in the flash, default 0");
+  ExpectRefused({"i2c", "scan", "--address"},
+                "--address: A is missing: register that is read from each, default 0");
+  EXPECT_EQ(FailureOf({"flash", "verify", "i.bin", "--address"}).Hint(),
+            "borvanusb flash verify --help tells more.");
+  EXPECT_EQ(FailureOf({"--camera"}).Hint(), "borvanusb --help tells more.");
+  // Several commands have options of one name.
+  for (const CommandDescription& command : DescribeTool().commands) {
+    for (const OptionDescription& option : command.options) {
+      if (!option.positional && !option.value.empty()) {
+        Words words = command.words;
+        words.push_back(option.names.back());
+        ExpectRefused(words,
+                      option.names.back() + ": " + option.value + " is missing: " + option.text);
+      }
+    }
+  }
+}
+
 TEST(CommandLineErrorsTest, ArgumentMissingTooManyOrTwice) {
   ExpectRefused({"reg", "write", "1"}, "reg write: VALUE is missing: what to write");
   ExpectRefused({"reg", "load", "a", "list"}, "reg load: \"list\" is one argument too many");

@@ -11,6 +11,10 @@ namespace {
 
 constexpr const char* kHint = "borvanusb --help tells more.";
 
+std::string HelpHint(const CommandDescription* command) {
+  return command != nullptr ? "borvanusb " + Joined(command->words) + " --help tells more." : kHint;
+}
+
 CLI::Option* AddTo(CLI::App& app, const OptionDescription& option, std::size_t place) {
   if (option.positional) {
     // The name that people read may hold brackets, which is no name here.
@@ -76,20 +80,46 @@ void RefuseEmptyAfterSign(const ToolDescription& tool, const std::vector<std::st
   }
 }
 
-// The parser's complaints name the option first.
-[[noreturn]] void Complain(const ToolDescription& tool, const std::string& complaint) {
+// The parser's complaints name the option first. Options of one name mean other things to other
+// commands, so the command that is given counts.
+[[noreturn]] void Complain(const ToolDescription& tool, const CommandDescription* command,
+                           const std::string& complaint) {
   std::string name = complaint.substr(0, complaint.find_first_of(": ,="));
   if (!name.starts_with('-')) {
     name = "--" + name;
   }
-  const OptionDescription* const option = FindOption(tool, name);
+  const OptionDescription* option =
+      command != nullptr ? FindOption(command->options, name) : nullptr;
   if (option == nullptr) {
-    throw Failure(ExitCode::kUsage, complaint, kHint);
+    option = FindOption(tool.common, name);
+  }
+  const std::string hint = HelpHint(command);
+  if (option == nullptr) {
+    throw Failure(ExitCode::kUsage, complaint, hint);
   }
   const std::string why = option->value.empty()
                               ? ": takes no value"
                               : ": " + option->value + " is missing: " + option->text;
-  throw Failure(ExitCode::kUsage, name + why, kHint);
+  throw Failure(ExitCode::kUsage, name + why, hint);
+}
+
+// The words of the command that the parser has seen.
+std::vector<std::string> CommandOf(const CLI::App& root) {
+  std::vector<std::string> words;
+  const CLI::App* app = &root;
+  while (!app->get_subcommands().empty()) {
+    app = app->get_subcommands().front();
+    words.push_back(app->get_name());
+  }
+  return words;
+}
+
+const CommandDescription* FindCommand(const ToolDescription& tool,
+                                      const std::vector<std::string>& words) {
+  const auto command =
+      std::find_if(tool.commands.begin(), tool.commands.end(),
+                   [&](const CommandDescription& known) { return known.words == words; });
+  return command != tool.commands.end() ? &*command : nullptr;
 }
 
 }  // namespace
@@ -104,7 +134,6 @@ SortedWords SortWords(const ToolDescription& tool, const std::vector<std::string
   root.require_subcommand(0, 1);
   const std::vector<CLI::Option*> common = AddAll(root, tool.common);
   std::vector<std::vector<CLI::Option*>> own;
-  std::vector<const CLI::App*> apps;
   std::map<std::string, CLI::App*> groups;
   for (const CommandDescription& command : tool.commands) {
     CLI::App* app = &root;
@@ -118,24 +147,17 @@ SortedWords SortWords(const ToolDescription& tool, const std::vector<std::string
       app = deeper;
     }
     own.push_back(AddAll(*app, command.options));
-    apps.push_back(app);
   }
   try {
     root.parse(std::vector<std::string>(words.rbegin(), words.rend()));
   } catch (const CLI::ParseError& error) {
-    Complain(tool, error.what());
+    Complain(tool, FindCommand(tool, CommandOf(root)), error.what());
   }
   SortedWords sorted;
-  const CLI::App* app = &root;
-  while (!app->get_subcommands().empty()) {
-    app = app->get_subcommands().front();
-    sorted.command.push_back(app->get_name());
-  }
-  const auto place = std::find(apps.begin(), apps.end(), app);
-  if (place != apps.end()) {
-    const auto index = static_cast<std::size_t>(place - apps.begin());
-    sorted.described = &tool.commands[index];
-    sorted.own = ValuesOf(own[index]);
+  sorted.command = CommandOf(root);
+  sorted.described = FindCommand(tool, sorted.command);
+  if (sorted.described != nullptr) {
+    sorted.own = ValuesOf(own[static_cast<std::size_t>(sorted.described - tool.commands.data())]);
   }
   sorted.common = ValuesOf(common);
   sorted.strange = root.remaining(true);
