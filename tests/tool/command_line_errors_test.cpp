@@ -49,6 +49,18 @@ TEST(CommandLineErrorsTest, UnknownCommandSuggestsTheNearest) {
   ExpectRefused({"reg"}, "reg: what to do is missing: read, write, dump, load, diff");
 }
 
+TEST(CommandLineErrorsTest, WordIsShownWholeUnlessItIsEndless) {
+  const std::string longest(256, 'x');
+  ExpectRefused({longest}, "there is no command \"" + longest + "\"");
+  ExpectRefused({longest + "y"}, "there is no command \"" + longest + "...\"");
+  // 127 characters of two bytes fit, and half of the next.
+  std::string two_bytes = "x";
+  for (int i = 0; i < 127; ++i) {
+    two_bytes += "\xC3\xA4";
+  }
+  ExpectRefused({two_bytes + "\xC3\xA4"}, "there is no command \"" + two_bytes + "...\"");
+}
+
 TEST(CommandLineErrorsTest, UnknownOptionSuggestsTheNearest) {
   ExpectRefused({"reg", "read", "1", "--wdie"},
                 "reg read: there is no option \"--wdie\"; do you mean --wide?");

@@ -40,7 +40,7 @@ class ScriptTest : public testing::Test {
  protected:
   // What the commands "info" do is `info_`; "list" writes a line.
   ExitCode Do(const std::string& text, bool keep_going = false) {
-    const auto lines = ReadScript("work.txt", text, ReadWord);
+    const auto lines = ReadScript("work.txt", text, ReadWord, desk_.context);
     const ExitCode code = RunScript(
         "work.txt", lines, keep_going,
         [this](const Command& command, Context& context) {
@@ -57,11 +57,12 @@ class ScriptTest : public testing::Test {
     return code;
   }
 
-  std::string FailureMessage(const std::string& text) {
+  std::string FailureMessage(const std::string& text, ExitCode code = ExitCode::kUsage) {
+    desk_.output.errors.clear();
     try {
-      ReadScript("work.txt", text, ReadWord);
+      ReadScript("work.txt", text, ReadWord, desk_.context);
     } catch (const Failure& failure) {
-      EXPECT_EQ(failure.Code(), ExitCode::kUsage);
+      EXPECT_EQ(failure.Code(), code);
       return failure.Message();
     }
     return "";
@@ -88,6 +89,37 @@ TEST_F(ScriptTest, CameraOfTheLineWinsOverThatOfTheScript) {
 
 TEST_F(ScriptTest, AllLinesAreReadBeforeTheFirstIsRun) {
   EXPECT_EQ(FailureMessage("list\nlits\n"), "work.txt:2: lits is no command; nothing was run");
+}
+
+TEST_F(ScriptTest, EveryBadLineIsToldAtOnce) {
+  EXPECT_EQ(FailureMessage("list\nlits\n# remark\ninfo --json\nrun x\n"),
+            "work.txt: 3 problems, the first in work.txt:2: lits is no command; nothing was run");
+  EXPECT_EQ(desk_.output.errors,
+            "work.txt:2: lits is no command\n"
+            "work.txt:4: --json holds for a whole script, not for a line\n"
+            "work.txt:5: a script can't run another one\n");
+  // One alone is told in the failure.
+  FailureMessage("lits\n");
+  EXPECT_EQ(desk_.output.errors, "");
+}
+
+TEST_F(ScriptTest, EncodingIsReadAsThatOfLists) {
+  EXPECT_EQ(Do("\xEF\xBB\xBFlist\r\nlist b\x1A\r\n"), ExitCode::kDone);
+  EXPECT_EQ(desk_.output.out, "> list\nlisted\n> list b\nlisted\n");
+  for (const std::string mark : {"\xFF\xFE", "\xFE\xFF"}) {
+    EXPECT_EQ(FailureMessage(mark + std::string("l\0i\0s\0t\0", 8), ExitCode::kFile),
+              "work.txt: the file is UTF-16, which can't be read: save it as plain text; nothing "
+              "was run");
+  }
+  EXPECT_EQ(FailureMessage("list\x1A\ninfo\n", ExitCode::kFile),
+            "work.txt:1: a byte 0x1a (Ctrl-Z) ends the script here, what follows would not be "
+            "read; nothing was run");
+}
+
+TEST_F(ScriptTest, LineIsShownInOneRow) {
+  Do("list\tb\n");
+  EXPECT_EQ(desk_.output.out, "> list b\nlisted\n");
+  EXPECT_EQ(desk_.result["commands"][0]["text"], "list\tb");
 }
 
 TEST_F(ScriptTest, OptionsOfTheWholeScriptAndScriptsWithinAreRefused) {

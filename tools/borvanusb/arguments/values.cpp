@@ -9,6 +9,8 @@
 namespace {
 
 constexpr std::uint64_t kSectorBytes = 4096;
+// Words that people write are shorter; a file that is no script may be one single word.
+constexpr std::size_t kLongestQuote = 256;
 constexpr std::uint64_t kLargestFlash = std::uint64_t{1} << 32U;
 
 static_assert(kBorvanI2cAddress8Data8 == 0 && kBorvanI2cAddress16Data8 == 1 &&
@@ -127,10 +129,18 @@ std::size_t ChoiceValue(const std::string& text, std::initializer_list<std::stri
 }
 
 std::string Quoted(std::string_view text) {
+  std::size_t length = text.size();
+  if (length > kLongestQuote) {
+    length = kLongestQuote;
+    // Not in the middle of a UTF-8 character.
+    while (length > 0 && (static_cast<unsigned char>(text[length]) & 0xC0U) == 0x80U) {
+      --length;
+    }
+  }
   std::string quoted = "\"";
-  for (const char character : text) {
+  for (const char character : text.substr(0, length)) {
     const bool control = static_cast<unsigned char>(character) < ' ' || character == '\x7F';
     quoted += control ? '?' : character;
   }
-  return quoted + "\"";
+  return quoted + (length < text.size() ? "...\"" : "\"");
 }

@@ -49,5 +49,6 @@ std::string CameraValue(const std::string& text);
 // The place of a text among the choices.
 std::size_t ChoiceValue(const std::string& text, std::initializer_list<std::string_view> choices);
 
-// A text as messages show it: in quotes, on one line.
+// A text as messages show it: in quotes, on one line, whole unless it is longer than any word that
+// people write; then its beginning and three dots.
 std::string Quoted(std::string_view text);

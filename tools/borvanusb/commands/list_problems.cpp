@@ -28,22 +28,30 @@ void NoteRemarks(const std::string& file, const ListText& list, Context& context
   }
 }
 
-void RequireGoodList(const std::string& file, const ListText& list, const std::string& consequence,
-                     Context& context) {
-  if (list.problems.empty()) {
+void RefuseProblems(const std::string& file, const std::vector<ListProblem>& problems,
+                    const std::string& consequence, const ProblemOutcome& outcome,
+                    Context& context) {
+  if (problems.empty()) {
     return;
   }
-  if (list.problems.size() == 1) {
-    throw Failure(ExitCode::kFile, ProblemLine(file, list.problems.front()) + "; " + consequence,
-                  "docs/list-files.md tells what a list may hold.");
+  const std::string first = ProblemLine(file, problems.front());
+  if (problems.size() == 1) {
+    throw Failure(outcome.code, first + "; " + consequence, outcome.hint_for_one);
   }
-  for (const ListProblem& problem : list.problems) {
+  for (const ListProblem& problem : problems) {
     context.output.Error(ProblemLine(file, problem));
   }
-  throw Failure(ExitCode::kFile,
-                file + ": " + Count(list.problems.size(), "problem") + ", the first in " +
-                    ProblemLine(file, list.problems.front()) + "; " + consequence,
-                "All are told above; docs/list-files.md tells what a list may hold.");
+  throw Failure(outcome.code,
+                file + ": " + Count(problems.size(), "problem") + ", the first in " + first + "; " +
+                    consequence,
+                outcome.hint_for_several);
+}
+
+void RequireGoodList(const std::string& file, const ListText& list, const std::string& consequence,
+                     Context& context) {
+  const std::string hint = "docs/list-files.md tells what a list may hold.";
+  RefuseProblems(file, list.problems, consequence,
+                 {ExitCode::kFile, hint, "All are told above; " + hint}, context);
 }
 
 ExitCode ReportCheck(const std::string& command, const std::string& file, const ListText& list,

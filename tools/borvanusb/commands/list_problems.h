@@ -3,12 +3,13 @@
 #include <cstdint>
 #include <nlohmann/json_fwd.hpp>
 #include <string>
+#include <vector>
 
 #include "commands/context.h"
 #include "exit_code.h"
 #include "lists/list_text.h"
 
-// How `reg load` and `i2c load` tell what is wrong with a list.
+// How commands tell what is wrong with a list or a script.
 
 // "settings.txt:12: value 0x100 has more than 8 bits".
 std::string ProblemLine(const std::string& file, const ListProblem& problem);
@@ -16,6 +17,18 @@ std::string ProblemLine(const std::string& file, const ListProblem& problem);
 // Tells what a list may do else than meant, on standard error.
 void NoteRemarks(const std::string& file, const ListText& list, Context& context);
 
+// How a file with problems ends a command.
+struct ProblemOutcome {
+  ExitCode code = ExitCode::kFile;
+  std::string hint_for_one;
+  std::string hint_for_several;
+};
+
+// Throws Failure when there are problems, after telling each of several on standard error.
+//   consequence  "nothing was sent"
+void RefuseProblems(const std::string& file, const std::vector<ListProblem>& problems,
+                    const std::string& consequence, const ProblemOutcome& outcome,
+                    Context& context);
 // Throws Failure kFile when the list has problems, after telling each of them on standard error.
 //   consequence  "nothing was sent"
 void RequireGoodList(const std::string& file, const ListText& list, const std::string& consequence,

@@ -26,6 +26,6 @@ std::vector<Arguments> ReadLine(const std::string& line) {
 
 ExitCode Run(const RunCommand& command, Context& context) {
   const std::vector<ScriptLine> lines =
-      ReadScript(command.file, ReadWholeText(command.file), ReadLine);
+      ReadScript(command.file, ReadWholeText(command.file), ReadLine, context);
   return RunScript(command.file, lines, command.keep_going, Dispatch, context);
 }

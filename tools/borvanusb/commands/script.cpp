@@ -6,8 +6,10 @@
 #include <utility>
 
 #include "commands/camera_work.h"
+#include "commands/list_problems.h"
 #include "failure.h"
 #include "host.h"
+#include "lists/text_lines.h"
 #include "output/output.h"
 #include "output/progress.h"
 
@@ -22,6 +24,12 @@ std::string Trim(std::string_view text) {
     return {};
   }
   return std::string(text.substr(first, text.find_last_not_of(kBlanks) - first + 1));
+}
+
+// A line as it is shown: its words stand between blanks.
+std::string InOneRow(std::string text) {
+  std::replace(text.begin(), text.end(), '\t', ' ');
+  return text;
 }
 
 std::string Place(const std::string& file, std::uint64_t line) {
@@ -85,23 +93,26 @@ ExitCode RunLine(const ScriptLine& line, const CommandRunner& run, Context& oute
 }  // namespace
 
 std::vector<ScriptLine> ReadScript(const std::string& file, const std::string& text,
-                                   const LineReader& read_line) {
+                                   const LineReader& read_line, Context& context) {
+  const TextLines split = SplitLines(text, "script");
+  std::vector<ListProblem> problems = split.problems;
+  std::string hint = "Save the script as plain text, in UTF-8.";
   std::vector<ScriptLine> lines;
-  std::string_view rest = text;
-  for (std::uint64_t number = 1; !rest.empty(); ++number) {
-    const std::size_t end = rest.find('\n');
-    const std::string line = Trim(rest.substr(0, end));
-    rest.remove_prefix(end == std::string_view::npos ? rest.size() : end + 1);
+  for (const TextLine& line : split.lines) {
+    const std::string words = Trim(line.text);
     try {
-      for (Arguments& arguments : read_line(line)) {
+      for (Arguments& arguments : read_line(words)) {
         CheckLineOptions(arguments);
-        lines.push_back({number, line, std::move(arguments)});
+        lines.push_back({line.number, words, std::move(arguments)});
       }
     } catch (const Failure& failure) {
-      throw Failure(failure.Code(), Place(file, number) + failure.Message() + "; nothing was run",
-                    failure.Hint());
+      problems.push_back({line.number, failure.Message()});
+      hint = failure.Hint();
     }
   }
+  SortByLine(problems);
+  const ExitCode code = split.problems.empty() ? ExitCode::kUsage : ExitCode::kFile;
+  RefuseProblems(file, problems, "nothing was run", {code, hint, "All are told above."}, context);
   return lines;
 }
 
@@ -110,7 +121,7 @@ ExitCode RunScript(const std::string& file, const std::vector<ScriptLine>& lines
   context.result = {{"commands", Json::array()}};
   ExitCode worst = ExitCode::kDone;
   for (const ScriptLine& line : lines) {
-    context.output.Line("> " + line.text);
+    context.output.Line("> " + InOneRow(line.text));
     if (!keep_going && !context.output.TakesResults()) {
       TellOutcome(context, "run",
                   Place(file, line.line) +

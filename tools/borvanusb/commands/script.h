@@ -22,10 +22,10 @@ using LineReader = std::function<std::vector<Arguments>(const std::string& line)
 // Runs a command, as Dispatch does.
 using CommandRunner = std::function<ExitCode(const Command&, Context&)>;
 
-// Reads a whole script. Throws Failure kUsage, with file and line in its message, for the first
-// line that can't be run: nothing runs then.
+// Reads a whole script. Tells every line that can't be run on standard error and throws Failure:
+// kUsage for such lines, kFile for a text that can't be read. Nothing runs then.
 std::vector<ScriptLine> ReadScript(const std::string& file, const std::string& text,
-                                   const LineReader& read_line);
+                                   const LineReader& read_line, Context& context);
 
 // Runs the lines one after the other, each shown before its output. Ends at the first that fails,
 // or with `keep_going` at the end or when the user stops it, and returns the code of the failure,

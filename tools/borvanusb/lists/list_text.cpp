@@ -1,9 +1,8 @@
 #include "lists/list_text.h"
 
-#include <algorithm>
 #include <charconv>
-#include <limits>
 #include <optional>
+#include <utility>
 
 #include "arguments/numbers.h"
 
@@ -11,8 +10,6 @@ namespace {
 
 constexpr std::string_view kRemark = "//";
 constexpr std::string_view kBlanks = " \t\r\v\f";
-constexpr std::string_view kUtf8Mark = "\xEF\xBB\xBF";
-constexpr char kEndOfFile = 0x1A;
 constexpr std::size_t kLongestQuote = 40;
 
 std::string_view Trim(std::string_view text) {
@@ -87,7 +84,9 @@ class Reader {
 
   void Problem(std::string text) { list_.problems.push_back({line_, std::move(text)}); }
 
-  ListText Take() {
+  // With the problems that the file has besides.
+  ListText Take(const std::vector<ListProblem>& of_file) {
+    list_.problems.insert(list_.problems.end(), of_file.begin(), of_file.end());
     SortByLine(list_.problems);
     return std::move(list_);
   }
@@ -142,28 +141,12 @@ class Reader {
 }  // namespace
 
 ListText ReadListText(std::string_view text) {
+  const TextLines split = SplitLines(text, "list");
   Reader reader;
-  if (text.starts_with("\xFF\xFE") || text.starts_with("\xFE\xFF")) {
-    reader.Problem("the file is UTF-16, which can't be read: save it as plain text");
-    return reader.Take();
+  for (const TextLine& line : split.lines) {
+    reader.TakeLine(line.text, line.number);
   }
-  if (text.starts_with(kUtf8Mark)) {
-    text.remove_prefix(kUtf8Mark.size());
-  }
-  for (std::uint64_t line = 1; !text.empty(); ++line) {
-    const std::size_t end = text.find('\n');
-    const std::string_view content = text.substr(0, end);
-    const std::size_t file_end = content.find(kEndOfFile);
-    reader.TakeLine(content.substr(0, file_end), line);
-    if (file_end != std::string_view::npos) {
-      if (text.find_first_not_of(" \t\r\n\x1A", file_end) != std::string_view::npos) {
-        reader.Problem("a byte 0x1a (Ctrl-Z) ends the list here, what follows would not be read");
-      }
-      break;
-    }
-    text.remove_prefix(end == std::string_view::npos ? text.size() : end + 1);
-  }
-  return reader.Take();
+  return reader.Take(split.problems);
 }
 
 std::string ListLine(std::uint32_t address, std::uint32_t value, int address_digits,
@@ -177,14 +160,4 @@ std::string PauseProblem(const ListEntry& pause) {
   }
   return "a pause of " + std::to_string(pause.value) +
          " ms would be passed over: at most 0xff (255 ms), longer ones as several lines";
-}
-
-void SortByLine(std::vector<ListProblem>& problems) {
-  const auto place = [](const ListProblem& problem) {
-    return problem.line == 0 ? std::numeric_limits<std::uint64_t>::max() : problem.line;
-  };
-  std::stable_sort(problems.begin(), problems.end(),
-                   [&](const ListProblem& left, const ListProblem& right) {
-                     return place(left) < place(right);
-                   });
 }

@@ -5,6 +5,8 @@
 #include <string_view>
 #include <vector>
 
+#include "lists/text_lines.h"
+
 // The lines of a list file, read strictly: whatever the library would pass over, or take for
 // another number than it seems, is a problem here and told with its line.
 
@@ -19,14 +21,6 @@ struct ListEntry {
   std::uint64_t line = 0;  // from 1 on
 
   bool operator==(const ListEntry&) const = default;
-};
-
-// What is wrong with a list, or worth knowing of it.
-struct ListProblem {
-  std::uint64_t line = 0;  // 0: the list as a whole
-  std::string text;
-
-  bool operator==(const ListProblem&) const = default;
 };
 
 struct ListText {
@@ -44,6 +38,3 @@ std::string ListLine(std::uint32_t address, std::uint32_t value, int address_dig
 
 // A pause that would be passed over, as text; empty for one that is made.
 std::string PauseProblem(const ListEntry& pause);
-
-// The problems in the order of their lines, those of the whole list last.
-void SortByLine(std::vector<ListProblem>& problems);
