@@ -43,9 +43,9 @@ TEST_F(WatchTest, JsonHasALineForEachValueAndChange) {
   Do(Watch(2));
   ASSERT_EQ(desk_.output.json_lines.size(), 3U);
   EXPECT_EQ(desk_.output.json_lines[0],
-            R"({"time":0.0,"kind":"register","address":256,"old":null,"new":18})");
+            R"({"time":0.0,"kind":"register","slave":null,"address":256,"old":null,"new":18})");
   EXPECT_EQ(desk_.output.json_lines[2],
-            R"({"time":0.1,"kind":"register","address":257,"old":0,"new":33})");
+            R"({"time":0.1,"kind":"register","slave":null,"address":257,"old":0,"new":33})");
   for (const std::string& line : desk_.output.json_lines) {
     EXPECT_EQ(BreachOfSchema("watch", nlohmann::ordered_json::parse(line)), "") << line;
   }
@@ -59,6 +59,10 @@ TEST_F(WatchTest, RegistersOfTheBusAreShownAsSuch) {
   desk_.Chip().sensors[0x20][0x300A] = 0x5678;
   Do(command);
   EXPECT_EQ(desk_.output.out, "+0.000 s  i2c 0x300a  0x5678\n");
+  const std::string json = R"({"time":0.0,"kind":"i2c","slave":32,"address":12298,"old":null,)"
+                           R"("new":22136})";
+  EXPECT_EQ(desk_.output.json_lines, (std::vector<std::string>{json}));
+  EXPECT_EQ(BreachOfSchema("watch", nlohmann::ordered_json::parse(json)), "");
   command.i2c.slave.reset();
   EXPECT_EQ(desk_.FailureOf(command).Code(), ExitCode::kUsage);
 }
@@ -74,10 +78,25 @@ TEST_F(WatchTest, CsvIsWholeAtAnyMoment) {
   };
   Do(command);
   const std::string first =
-      "time,kind,address,value\n0.000,register,0x0100,0x12\n0.000,register,0x0101,0x20\n";
-  EXPECT_EQ(states, (std::vector<std::string>{first, first + "0.100,register,0x0101,0x21\n"}));
+      "time,kind,slave,address,value\n0.000,register,,0x0100,0x12\n0.000,register,,0x0101,0x20\n";
+  EXPECT_EQ(states, (std::vector<std::string>{first, first + "0.100,register,,0x0101,0x21\n"}));
   EXPECT_EQ(folder_.Read("watch.csv"),
-            first + "0.100,register,0x0101,0x21\n0.200,register,0x0101,0x22\n");
+            first + "0.100,register,,0x0101,0x21\n0.200,register,,0x0101,0x22\n");
+}
+
+TEST_F(WatchTest, CsvTellsTheSlaveOfARegisterOnTheBus) {
+  WatchCommand command = Watch(1);
+  command.registers = {{0x100, 0x100}};
+  command.i2c_registers = {{0x300A, 0x300A}};
+  command.i2c = {0x6C, 1, 0};
+  command.csv = folder_.Name("watch.csv");
+  desk_.Chip().registers = {{0x100, 0x12}};
+  desk_.Chip().sensors[0x6C][0x300A] = 0x56;
+  Do(command);
+  EXPECT_EQ(folder_.Read("watch.csv"),
+            "time,kind,slave,address,value\n"
+            "0.000,register,,0x0100,0x12\n"
+            "0.000,i2c,0x6c,0x300a,0x56\n");
 }
 
 TEST_F(WatchTest, CsvThatCannotBeWrittenIsTold) {

@@ -47,8 +47,9 @@ CommandRule WatchRule() {
            [](WatchCommand& command, const std::string& text) {
              command.count = NumberValue(text, 1, kHighestNumber);
            });
-  rule.Add(File(Option("--csv", "FILE", "write every poll to a file")),
-           [](WatchCommand& command, const std::string& text) { command.csv = FileValue(text); });
+  rule.Add(
+      File(Option("--csv", "FILE", "write what is shown to a file, too: first values and changes")),
+      [](WatchCommand& command, const std::string& text) { command.csv = FileValue(text); });
   rule.Check(CheckWatch);
   rule.Details("Goes on until Ctrl-C, or for --count polls.");
   rule.Example("borvanusb watch --reg 0x1a3 --i2c 0x3500-0x3502 --slave 0x6c --rate 10");

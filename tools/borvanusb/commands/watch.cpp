@@ -17,6 +17,7 @@ using TimePoint = std::chrono::steady_clock::time_point;
 
 constexpr const char* kChipKind = "register";
 constexpr const char* kI2cKind = "i2c";
+constexpr int kSlaveDigits = 2;
 constexpr std::uint64_t kMostWatched = 4096;
 
 struct Watched {
@@ -68,7 +69,7 @@ class Watcher {
     const auto camera = OpenChosenCamera(context_);
     if (!command_.csv.empty()) {
       csv_.emplace(command_.csv);
-      csv_->Add("time,kind,address,value");
+      csv_->Add("time,kind,slave,address,value");
     }
     start_ = context_.host.Clock();
     try {
@@ -119,21 +120,24 @@ class Watcher {
 
   void Tell(const Watched& watched, std::uint32_t value) {
     const double time = SinceStart(context_.host.Clock());
+    const bool is_i2c = watched.kind == kI2cKind;
     const std::string address = Hex(watched.address, watched.address_digits);
     const std::string now = Hex(value, watched.value_digits);
     const std::string before =
         watched.value ? Hex(*watched.value, watched.value_digits) + " -> " : "";
-    context_.output.Line("+" + Seconds(time) + " s  " + (watched.kind == kI2cKind ? "i2c " : "") +
-                         address + "  " + before + now);
+    context_.output.Line("+" + Seconds(time) + " s  " + (is_i2c ? "i2c " : "") + address + "  " +
+                         before + now);
     const nlohmann::ordered_json line = {
         {"time", std::round(time * 1e6) / 1e6},
         {"kind", watched.kind},
+        {"slave", is_i2c ? nlohmann::ordered_json(target_.slave) : nlohmann::ordered_json()},
         {"address", watched.address},
         {"old", watched.value ? nlohmann::ordered_json(*watched.value) : nlohmann::ordered_json()},
         {"new", value}};
     context_.output.JsonLine(line.dump());
     if (csv_) {
-      csv_->Add(Seconds(time) + "," + watched.kind + "," + address + "," + now);
+      csv_->Add(Seconds(time) + "," + watched.kind + "," +
+                (is_i2c ? Hex(target_.slave, kSlaveDigits) : "") + "," + address + "," + now);
     }
   }
 
