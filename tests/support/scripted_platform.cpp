@@ -1,6 +1,7 @@
 #include "support/scripted_platform.h"
 
 #include <algorithm>
+#include <array>
 #include <chrono>
 #include <cstring>
 #include <thread>
@@ -14,9 +15,20 @@ constexpr std::uint32_t kI2cSelector = 2;
 constexpr std::uint32_t kFlashSelector = 3;
 constexpr std::uint32_t kFastWriteSelector = 4;
 constexpr std::uint32_t kFastReadSelector = 5;
+constexpr std::uint32_t kBlockSelector = 7;
+
+constexpr auto kRefusal = static_cast<borvan::Result>(0x80070017);
+constexpr auto kTooShort = static_cast<borvan::Result>(0x8007001F);
+constexpr std::size_t kPacketSize = 64;
+constexpr std::size_t kBlockHead = 8;
 
 // The answer of a length query that went well.
 constexpr auto kMoreData = static_cast<borvan::Result>(0x800700EA);
+
+std::size_t ShortestCommand(std::uint32_t selector) {
+  constexpr std::array<std::size_t, 8> kShortest = {0, 4, 0, 9, 5, 4, 0, 8};
+  return selector < kShortest.size() ? kShortest[selector] : 0;
+}
 
 class CameraMoniker : public borvan::VideoInputMoniker {
  public:
@@ -51,12 +63,13 @@ bool WaitUntil(const std::function<bool()>& holds) {
 }
 
 MemoryChip::MemoryChip(std::size_t flash_size)
-    : lengths_{{kRegisterSelector, 4},
-               {kI2cSelector, 12},
-               {kFlashSelector, 11},
-               {kFastWriteSelector, 64},
-               {kFastReadSelector, 64}},
-      flash_(flash_size, 0xFF) {}
+    : lengths_{{kRegisterSelector, 4},   {kI2cSelector, 12},      {kFlashSelector, 11},
+               {kFastWriteSelector, 64}, {kFastReadSelector, 64}, {6, 64},
+               {kBlockSelector, 64}},
+      flash_(flash_size, 0xFF),
+      packet_reply_(kPacketSize),
+      block_reply_(kPacketSize),
+      register_replies_{{0, 0, 0, 0}} {}
 
 borvan::Result MemoryChip::KsProperty(const borvan::NodePropertyRequest& request, void* data,
                                       std::uint32_t length, std::uint32_t& bytes_returned) {
@@ -67,15 +80,21 @@ borvan::Result MemoryChip::KsProperty(const borvan::NodePropertyRequest& request
     std::memcpy(transfer.bytes.data(), data, length);
   }
   Interception interception;
+  FaultChoice fault_choice;
   {
     const std::lock_guard lock(mutex_);
     transfers_.push_back(transfer);
     interception = interception_;
+    fault_choice = fault_choice_;
   }
   if (interception) {
     if (const auto answer = interception(transfer)) {
       return *answer;
     }
+  }
+  const std::optional<Fault> fault = fault_choice ? fault_choice(transfer) : std::nullopt;
+  if (fault == Fault::kRefused || fault == Fault::kLies) {
+    return fault == Fault::kRefused ? kRefusal : 0;
   }
   const std::lock_guard lock(mutex_);
   if (data == nullptr) {
@@ -83,14 +102,33 @@ borvan::Result MemoryChip::KsProperty(const borvan::NodePropertyRequest& request
     return kMoreData;
   }
   if (is_set) {
+    if (length < ShortestCommand(request.id)) {
+      return kTooShort;
+    }
     Take(request.id, transfer.bytes);
     return 0;
   }
-  const std::vector<std::uint8_t> answer = Answer(request.id);
-  std::copy_n(answer.begin(), std::min<std::size_t>(length, answer.size()),
-              static_cast<std::uint8_t*>(data));
+  std::vector<std::uint8_t> answer = Answer(request.id);
+  if (fault == Fault::kWrongTag && !answer.empty()) {
+    answer.at(request.id == kRegisterSelector ? 3 : 0) ^= 0xFFU;
+  }
   bytes_returned = length;
+  if (fault == Fault::kShort) {
+    bytes_returned = static_cast<std::uint32_t>(std::min<std::size_t>(length, short_answer_));
+  }
+  std::copy_n(answer.begin(), std::min<std::size_t>(bytes_returned, answer.size()),
+              static_cast<std::uint8_t*>(data));
   return 0;
+}
+
+void MemoryChip::Strike(FaultChoice choice) {
+  const std::lock_guard lock(mutex_);
+  fault_choice_ = std::move(choice);
+}
+
+void MemoryChip::PutShortAnswer(std::size_t bytes) {
+  const std::lock_guard lock(mutex_);
+  short_answer_ = bytes;
 }
 
 void MemoryChip::Intercept(Interception interception) {
@@ -118,6 +156,11 @@ void MemoryChip::PutFlash(std::uint32_t address, const std::vector<std::uint8_t>
 void MemoryChip::PutI2cReply(const std::vector<std::uint8_t>& reply) {
   const std::lock_guard lock(mutex_);
   i2c_reply_ = reply;
+}
+
+void MemoryChip::PutI2cRegister(std::uint8_t slave, std::uint32_t address, std::uint32_t value) {
+  const std::lock_guard lock(mutex_);
+  i2c_registers_[{slave, address}] = value;
 }
 
 std::uint32_t MemoryChip::Register(std::uint32_t address) const {
@@ -160,8 +203,14 @@ void MemoryChip::Take(std::uint32_t selector, const std::vector<std::uint8_t>& b
     case kRegisterSelector:
       TakeRegisterCommand(block);
       break;
+    case kI2cSelector:
+      TakeI2cCommand(block);
+      break;
     case kFlashSelector:
       TakeFlashCommand(block);
+      break;
+    case kBlockSelector:
+      TakeRegisterBlock(block);
       break;
     case kFastWriteSelector:
       for (std::size_t i = 4; i < block.size(); ++i) {
@@ -172,7 +221,7 @@ void MemoryChip::Take(std::uint32_t selector, const std::vector<std::uint8_t>& b
       }
       break;
     case kFastReadSelector:
-      flash_read_address_ = BigEndian(block, 0);
+      packet_reply_ = FlashPacket(BigEndian(block, 0));
       break;
     default:
       break;
@@ -180,8 +229,6 @@ void MemoryChip::Take(std::uint32_t selector, const std::vector<std::uint8_t>& b
 }
 
 void MemoryChip::TakeRegisterCommand(const std::vector<std::uint8_t>& block) {
-  wide_ = (block.at(0) & 0x0FU) == 1;
-  low_half_given_ = false;
   switch (block.at(0)) {
     case 0x12:
       PutHalf(register_value_, block, 0);
@@ -195,6 +242,7 @@ void MemoryChip::TakeRegisterCommand(const std::vector<std::uint8_t>& block) {
       break;
     case 0x81:
       PutHalf(register_address_, block, 16);
+      PrepareRegisterReply();
       break;
     case 0x82:
       PutHalf(register_address_, block, 16);
@@ -202,6 +250,10 @@ void MemoryChip::TakeRegisterCommand(const std::vector<std::uint8_t>& block) {
       break;
     case 0x24:
       PutHalf(register_address_, block, block.at(3) == 0x18 ? 0 : 16);
+      if (block.at(3) == 0x58) {
+        register_replies_ = {
+            {0x24, static_cast<std::uint8_t>(registers_[register_address_]), 0x00, 0x28}};
+      }
       break;
     case 0x28:
       if (block.at(3) == 0x48) {
@@ -233,38 +285,71 @@ void MemoryChip::TakeFlashCommand(const std::vector<std::uint8_t>& block) {
   }
 }
 
+void MemoryChip::TakeI2cCommand(const std::vector<std::uint8_t>& block) {
+  constexpr std::size_t kAddress = 4;
+  constexpr std::size_t kValue = 8;
+  if (block.size() < kValue + 4) {
+    return;
+  }
+  const auto key = std::pair(block[1], BigEndian(block, kAddress));
+  if (block[0] == 0) {
+    i2c_registers_[key] = BigEndian(block, kValue);
+  } else if (const auto found = i2c_registers_.find(key);
+             block[0] == 1 && found != i2c_registers_.end()) {
+    i2c_reply_ = block;
+    for (unsigned i = 0; i < 4; ++i) {
+      i2c_reply_[kValue + i] = static_cast<std::uint8_t>(found->second >> (8 * (3 - i)));
+    }
+  }
+}
+
+// Reads are understood; lists are only noted.
+void MemoryChip::TakeRegisterBlock(const std::vector<std::uint8_t>& block) {
+  if (block.at(0) != 1 || block.at(3) != 0x38) {
+    return;
+  }
+  block_reply_ = block;
+  for (std::size_t i = kBlockHead; i < kPacketSize; ++i) {
+    block_reply_[i] = static_cast<std::uint8_t>(
+        registers_[BigEndian(block, 4) + static_cast<std::uint32_t>(i - kBlockHead)]);
+  }
+}
+
+std::vector<std::uint8_t> MemoryChip::FlashPacket(std::uint32_t address) const {
+  std::vector<std::uint8_t> packet(kPacketSize);
+  for (std::size_t i = 0; i < packet.size(); ++i) {
+    const std::size_t at = address + i;
+    packet[i] = at < flash_.size() ? flash_[at] : 0xFF;
+  }
+  return packet;
+}
+
 std::vector<std::uint8_t> MemoryChip::Answer(std::uint32_t selector) {
   switch (selector) {
-    case kRegisterSelector:
-      return RegisterReply();
+    case kRegisterSelector: {
+      std::vector<std::uint8_t> reply = register_replies_.front();
+      if (register_replies_.size() > 1) {
+        register_replies_.erase(register_replies_.begin());
+      }
+      return reply;
+    }
     case kI2cSelector:
       return i2c_reply_;
     case kFlashSelector:
       return flash_reply_;
-    case kFastReadSelector: {
-      std::vector<std::uint8_t> packet(64);
-      for (std::size_t i = 0; i < packet.size(); ++i) {
-        const std::size_t at = flash_read_address_ + i;
-        packet[i] = at < flash_.size() ? flash_[at] : 0xFF;
-      }
-      return packet;
-    }
+    case kFastReadSelector:
+      return packet_reply_;
+    case kBlockSelector:
+      return block_reply_;
     default:
       return {};
   }
 }
 
-std::vector<std::uint8_t> MemoryChip::RegisterReply() {
+void MemoryChip::PrepareRegisterReply() {
   const std::uint32_t value = registers_[register_address_];
   const auto byte = [&](unsigned index) { return static_cast<std::uint8_t>(value >> (8 * index)); };
-  if (!wide_) {
-    return {0x24, byte(0), 0x00, 0x28};
-  }
-  low_half_given_ = !low_half_given_;
-  if (low_half_given_) {
-    return {0x00, byte(0), byte(1), 0x11};
-  }
-  return {0x00, byte(2), byte(3), 0x21};
+  register_replies_ = {{0x00, byte(0), byte(1), 0x11}, {0x00, byte(2), byte(3), 0x21}};
 }
 
 ScriptedPlatform::ScriptedPlatform(std::shared_ptr<PlatformScript> script)

@@ -20,32 +20,33 @@ TEST_F(BenchTest, MeasuresEachSelectorThatChangesNothing) {
   EXPECT_EQ(desk_.Do(BenchCommand{100, {}}, "bench"), ExitCode::kDone);
   const auto& selectors = desk_.result["selectors"];
   ASSERT_EQ(selectors.size(), 7U);
-  // A byte read: 125 us for 4 transfers.
+  // A byte read: 125 us for 4 transfers, made twice.
   EXPECT_EQ(selectors[0]["rounds"], 100);
-  EXPECT_EQ(selectors[0]["transfers"], 4);
+  EXPECT_EQ(selectors[0]["transfers"], 8);
   EXPECT_NEAR(selectors[0]["median_us"], 125, 1e-6);
-  EXPECT_NEAR(selectors[0]["transfers_per_second"], 32000, 1e-3);
+  EXPECT_NEAR(selectors[0]["transfers_per_second"], 64000, 1e-3);
   EXPECT_EQ(selectors[3]["measured"], false);
   EXPECT_EQ(selectors[3]["note"], "not measured: it would write");
   EXPECT_EQ(selectors[3]["median_us"], nullptr);
   EXPECT_EQ(selectors[5]["measured"], false);
-  // 32 KiB: 512 packets in the fake, 1028 transfers of the library.
+  // 32 KiB: 512 packets in the fake, 2064 transfers of the library.
   EXPECT_EQ(selectors[4]["rounds"], 10);
-  EXPECT_EQ(selectors[4]["transfers"], 1028);
+  EXPECT_EQ(selectors[4]["transfers"], 2064);
   EXPECT_NEAR(selectors[4]["median_us"], 64000, 1e-6);
-  EXPECT_EQ(selectors[6]["transfers"], 33);
+  EXPECT_EQ(selectors[6]["transfers"], 70);
 }
 
 TEST_F(BenchTest, SaysWhatItMeansForProgramming) {
   desk_.Do(BenchCommand{10, {}}, "bench");
   const auto& estimate = desk_.result["estimate"];
-  // 17477 packets of 60 bytes and 256 erases; 16385 reads of two transfers.
+  // 17477 packets of 60 bytes and 256 erases; 16384 packets read by two transfers, twice,
+  // with 4 transfers a job of 64 KiB and some at both ends.
   EXPECT_EQ(estimate["program_transfers"], 17733);
-  EXPECT_EQ(estimate["read_transfers"], 32770);
-  const double transfer = 0.064 / 1028;
+  EXPECT_EQ(estimate["read_transfers"], 65672);
+  const double transfer = 0.064 / 2064;
   EXPECT_NEAR(estimate["seconds_per_transfer"], transfer, 1e-9);
-  EXPECT_NEAR(estimate["total_seconds"], transfer * (17733 + 2 * 32770), 1e-6);
-  EXPECT_NE(desk_.output.out.find("Programming 1 MiB: about 5.2 s\n"), std::string::npos)
+  EXPECT_NEAR(estimate["total_seconds"], transfer * (17733 + 2 * 65672), 1e-6);
+  EXPECT_NE(desk_.output.out.find("Programming 1 MiB: about 4.6 s\n"), std::string::npos)
       << desk_.output.out;
   EXPECT_NE(desk_.output.out.find("Assumed: "), std::string::npos);
 }

@@ -94,12 +94,23 @@ TEST(TailWordsTest, ErasedWordsAreLeftOut) {
   EXPECT_EQ(words[1].value, 0xFFFF00FFU);
 }
 
-TEST(TransferCountTest, BulkReadTakesTwoTransfersAPacketAndAWordForTheLastByte) {
-  // 262144 bytes: two length queries, 4096 packets of two transfers, a word of three.
-  EXPECT_EQ(ReadTransfers(262144), 2U + 8192U + 3U);
-  // 4 MiB and a byte: a job of 65536 packets and the one behind them; a job of one packet.
-  EXPECT_EQ(ReadTransfers((4U << 20U) + 1), 2U + 131074U + 2U + 2U);
-  EXPECT_EQ(ReadTransfers(4), 2U + 2U);
+TEST(TransferCountTest, BulkReadIsTwoReadingsOfTwoTransfersAPacket) {
+  // 4 bytes: two jobs of two length queries and a packet.
+  EXPECT_EQ(ReadTransfers(4), 2U * (2U + 2U));
+  // Two packets. First two length queries, both packets and a word for the last byte; then a job of
+  // a packet in the middle, and one of the last packet with its word.
+  EXPECT_EQ(ReadTransfers(128), 2U + 4U + 3U + (2U + 4U) + (2U + 2U + 3U));
+  // At the flash's start nothing lies before: the first half packet takes a job of its own.
+  EXPECT_EQ(ReadTransfers(128, 0), 2U + 4U + 3U + (2U + 2U) + (2U + 2U) + (2U + 2U + 3U));
+  // A part of 64 KiB takes 1024 packets and one more, twice; the last one is as above.
+  EXPECT_EQ(ReadTransfers(65536 + 4), 2U * (2U + 2050U) + 2U * (2U + 2U));
+  EXPECT_EQ(ReadTransfers(262144), 16422U);
+}
+
+TEST(TransferCountTest, RunOfRegistersIsReadTwice) {
+  EXPECT_EQ(RunTransfers({0x100, 0x137}), 2U * (1U + 2U));
+  // 16 blocks; then half a block, 14 and a half, and the last one.
+  EXPECT_EQ(RunTransfers({0x100, 0x47F}), 1U + 32U + (1U + 2U) + (1U + 30U) + (1U + 2U));
 }
 
 TEST(TransferCountTest, ProgrammingErasesSectorsAndLeavesBlankPacketsOut) {

@@ -2,7 +2,9 @@
 if(NOT WIN32)
   borvan_add_gtest(
     tool_library_test
-    SOURCES library_camera_test.cpp
+    SOURCES flash_readings_test.cpp
+            library_camera_test.cpp
+            library_faults_test.cpp
             library_flash_test.cpp
             library_rig.cpp
             supervisor_test.cpp

@@ -30,9 +30,13 @@ using Advance = std::function<void(std::uint64_t done)>;
 
 constexpr std::uint32_t kSectorSize = 4096;
 
-// An open camera. Every function throws Failure: kDevice when the camera refuses or is gone,
-// kTimeout when nothing moves, kStopped when the user asked to stop, kFile when the exchange with
-// the library through files fails.
+// An open camera. Every function throws Failure: kDevice when the camera refuses, is gone or gives
+// no two readings that agree, kTimeout when there is no progress, kStopped when the user asked to
+// stop, kFile when the exchange with the library through files fails.
+//
+// What is read is read at least twice, by separate accesses, and returned when two readings agree:
+// no single transfer that goes wrong makes a value wrong. Writes are made once; whether they
+// arrived is seen by reading back.
 class Camera {
  public:
   Camera() = default;
@@ -42,25 +46,29 @@ class Camera {
 
   virtual const CameraIdentity& Identity() const = 0;
 
-  // Chip registers. A read that the chip left unanswered is a failure, not a value.
+  // Chip registers. A read that the chip left unanswered is a failure, not a value. A value that
+  // changes between readings is returned as last read, after five of them; a register that reading
+  // clears is returned cleared.
   virtual std::uint32_t ReadRegister(std::uint32_t address, RegisterWidth width) = 0;
   virtual void WriteRegister(std::uint32_t address, std::uint32_t value, RegisterWidth width) = 0;
-  // A run of 8-bit registers of one page (the same high 16 bits), by a job; much faster than one by
-  // one. The chip is not asked whether each value is real.
+  // A run of 8-bit registers of one page (the same high 16 bits), by jobs; much faster than one by
+  // one. Values that change between readings are read one by one, as above.
   virtual std::vector<std::uint8_t> ReadRegisterRun(std::uint32_t first, std::uint32_t last) = 0;
   // Writes a register list, by a job. The text is that of a list file.
   virtual void WriteRegisterList(const std::string& list_text) = 0;
 
-  // Registers of devices on the I2C bus.
+  // Registers of devices on the I2C bus. A value that changes between readings is returned as last
+  // read.
   virtual std::uint32_t ReadI2c(const I2cTarget& target, std::uint32_t address) = 0;
   virtual void WriteI2c(const I2cTarget& target, std::uint32_t address, std::uint32_t value) = 0;
   // Writes an I2C list, by a job. The text is that of a list file.
   virtual void WriteI2cList(const std::string& list_text, std::uint32_t option) = 0;
 
-  // Flash. Reads go through jobs, so a failing read is a failure and never rubbish.
+  // Flash. Reads go through jobs, so a failing read is a failure and never rubbish. Up to 48 bytes
+  // before `address` may be read, too.
   virtual std::vector<std::uint8_t> ReadFlash(std::uint32_t address, std::uint64_t size,
                                               const Advance& advance) = 0;
-  // Four bytes by a single access, the one at `address` in bits 24 to 31. 0 also when the read
+  // Four bytes by single accesses, the one at `address` in bits 24 to 31. 0 also when two reads
   // failed: only for looking where a failure must not cost a time limit.
   virtual std::uint32_t PeekFlashWord(std::uint32_t address) = 0;
   // Erases every sector that the bytes reach into, from `address` on, and programs them, by one

@@ -7,6 +7,7 @@
 #include "commands/camera_work.h"
 #include "commands/commands.h"
 #include "failure.h"
+#include "flash/transfer_count.h"
 #include "lists/statistics.h"
 #include "output/output.h"
 #include "output/progress.h"
@@ -21,22 +22,19 @@ constexpr double kHighPercent = 99;
 // Jobs move many packets each: fewer of them tell as much as many single accesses.
 constexpr std::uint64_t kJobRoundsShare = 10;
 constexpr std::uint64_t kReadSize = std::uint64_t{32} << 10U;
-constexpr std::uint64_t kReadPacket = 64;
 // Registers of a run, whole blocks of 56.
-constexpr std::uint32_t kRunFirst = 0x100;
-constexpr std::uint32_t kRunLast = 0x47F;
-constexpr std::uint32_t kRunBlock = 56;
-// A set and a get each, and a length before them.
-constexpr std::uint64_t kReadTransfers = 2 + 2 * (kReadSize / kReadPacket + 1);
-constexpr std::uint64_t kRunTransfers = 1 + 2 * ((kRunLast - kRunFirst + 1) / kRunBlock);
+constexpr Range kRun{0x100, 0x47F};
+// Each read is made twice: a byte register takes a length query, two sets and a get, the others a
+// set less.
+constexpr std::uint64_t kRegisterTransfers = 2 * 4;
+constexpr std::uint64_t kSingleTransfers = 2 * 3;
 
-// What programming 1 MiB takes: packets of 60 bytes, erases of 4096, and reads of 64 before and
-// after, each a set and a get.
+// What programming 1 MiB takes: packets of 60 bytes and erases of 4096; it is read before and
+// after.
 constexpr std::uint64_t kImageSize = std::uint64_t{1} << 20U;
 constexpr std::uint64_t kWritePacket = 60;
 constexpr std::uint64_t kProgramTransfers =
     (kImageSize + kWritePacket - 1) / kWritePacket + kImageSize / kSectorSize;
-constexpr std::uint64_t kImageReadTransfers = 2 * (kImageSize / kReadPacket + 1);
 
 struct Measurement {
   int selector = 0;
@@ -66,22 +64,25 @@ Measurement I2cMeasurement(Camera& camera, std::uint64_t rounds, const I2cOption
     return {2, "I2C read", 0, 0, {}, "not measured: --slave says what to read from"};
   }
   const I2cTarget target{*i2c.slave, i2c.mode, i2c.option};
-  return {2, "I2C read", rounds, 3, [&camera, target] { camera.ReadI2c(target, 0); }, "", true};
+  return {
+      2,  "I2C read", rounds, kSingleTransfers, [&camera, target] { camera.ReadI2c(target, 0); },
+      "", true};
 }
 
 std::vector<Measurement> Measurements(Camera& camera, std::uint64_t rounds, const I2cOptions& i2c) {
   const std::uint64_t job_rounds = std::max<std::uint64_t>(1, rounds / kJobRoundsShare);
   std::vector<Measurement> list;
-  list.push_back({1, "byte register read", rounds, 4,
+  list.push_back({1, "byte register read", rounds, kRegisterTransfers,
                   [&] { camera.ReadRegister(kFeatureRegister, RegisterWidth::kByte); }, ""});
   list.push_back(I2cMeasurement(camera, rounds, i2c));
-  list.push_back({3, "flash word read", rounds, 3, [&] { camera.PeekFlashWord(0); }, ""});
+  list.push_back(
+      {3, "flash word read", rounds, kSingleTransfers, [&] { camera.PeekFlashWord(0); }, ""});
   list.push_back({4, "flash program packet", 0, 0, {}, "not measured: it would write"});
-  list.push_back({5, "flash read of 32 KiB", job_rounds, kReadTransfers,
+  list.push_back({5, "flash read of 32 KiB", job_rounds, ReadTransfers(kReadSize, 0),
                   [&] { camera.ReadFlash(0, kReadSize, {}); }, "with the job's start and end"});
   list.push_back({6, "I2C block read", 0, 0, {}, "not measured: no command uses it"});
-  list.push_back({7, "run of 896 registers", job_rounds, kRunTransfers,
-                  [&] { camera.ReadRegisterRun(kRunFirst, kRunLast); },
+  list.push_back({7, "run of 896 registers", job_rounds, RunTransfers(kRun),
+                  [&] { camera.ReadRegisterRun(kRun.first, kRun.last); },
                   "with the job's start and end"});
   return list;
 }
@@ -151,13 +152,14 @@ void Estimate(const std::vector<Measurement>& list, Context& context) {
     return measurement.selector == 5;
   });
   const double transfer = SecondsPerTransfer(*read);
+  const std::uint64_t image_read = ReadTransfers(kImageSize, 0);
   const double program = transfer * static_cast<double>(kProgramTransfers);
-  const double reading = transfer * static_cast<double>(kImageReadTransfers);
+  const double reading = transfer * static_cast<double>(image_read);
   Output& output = context.output;
   output.Line("");
   output.Line("Programming 1 MiB: about " + Fixed(program + 2 * reading, 1) + " s");
   output.Line("  read before and after  " + Fixed(2 * reading, 1) + " s, 2 x " +
-              std::to_string(kImageReadTransfers) + " transfers");
+              std::to_string(image_read) + " transfers");
   output.Line("  erase and program      " + Fixed(program, 1) + " s, " +
               std::to_string(kImageSize / kSectorSize) + " erases and " +
               std::to_string(kProgramTransfers - kImageSize / kSectorSize) + " packets");
@@ -168,7 +170,7 @@ void Estimate(const std::vector<Measurement>& list, Context& context) {
                                 {"seconds_per_transfer", transfer},
                                 {"program_transfers", kProgramTransfers},
                                 {"program_seconds", program},
-                                {"read_transfers", kImageReadTransfers},
+                                {"read_transfers", image_read},
                                 {"read_seconds", reading},
                                 {"total_seconds", program + 2 * reading}};
 }

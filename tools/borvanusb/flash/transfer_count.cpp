@@ -4,26 +4,47 @@
 #include <cstddef>
 
 #include "camera.h"
+#include "library/flash_readings.h"
+#include "library/register_readings.h"
 
 namespace {
 
-constexpr std::uint64_t kReadPacket = 64;
 constexpr std::size_t kWritePacket = 60;
 constexpr std::uint64_t kLengthQueries = 2;
-constexpr std::uint64_t kReadPart = std::uint64_t{4} << 20U;  // of each job
 constexpr std::uint64_t kWordReadTransfers = 3;
 constexpr std::uint8_t kErased = 0xFF;
 
+std::uint64_t PieceTransfers(const FlashPiece& piece) {
+  const std::uint64_t job = piece.size - (piece.last_byte_apart ? 1 : 0);
+  return kLengthQueries + 2 * (job / kReadPacket + 1) +
+         (piece.last_byte_apart ? kWordReadTransfers : 0);
+}
+
+// One length query, and two transfers for each block.
+std::uint64_t RunJobTransfers(const Range& run) {
+  return 1 + 2 * ((run.Size() + kRunBlock - 1) / kRunBlock);
+}
+
 }  // namespace
 
-std::uint64_t ReadTransfers(std::uint64_t size) {
+std::uint64_t ReadTransfers(std::uint64_t size, std::uint32_t address) {
   std::uint64_t transfers = 0;
-  for (std::uint64_t left = size; left > 0;) {
-    const std::uint64_t part = std::min(left, kReadPart);
-    const bool ends_with_packet = part == left && part % kReadPacket == 0;
-    transfers += kLengthQueries + 2 * (part / kReadPacket + (ends_with_packet ? 0 : 1));
-    transfers += ends_with_packet ? kWordReadTransfers : 0;
-    left -= part;
+  for (std::uint64_t done = 0; done < size; done += kReadPart) {
+    const std::uint64_t part = std::min(size - done, kReadPart);
+    for (const std::uint32_t shift : {kReadingShifts[0], kReadingShifts[1]}) {
+      for (const FlashPiece& piece : CutReading(static_cast<std::uint32_t>(address + done), part,
+                                                shift, done + part == size)) {
+        transfers += PieceTransfers(piece);
+      }
+    }
+  }
+  return transfers;
+}
+
+std::uint64_t RunTransfers(const Range& run) {
+  std::uint64_t transfers = RunJobTransfers(run);
+  for (const Range& range : CutSecondRun(run)) {
+    transfers += RunJobTransfers(range);
   }
   return transfers;
 }

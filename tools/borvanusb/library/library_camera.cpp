@@ -6,6 +6,8 @@
 #include "arguments/numbers.h"
 #include "failure.h"
 #include "files.h"
+#include "library/agreement.h"
+#include "library/register_readings.h"
 
 namespace {
 
@@ -79,8 +81,7 @@ void LibraryCamera::JobFailed(const std::string& what, std::uint32_t status) con
   throw Failure(ExitCode::kDevice, what + ": " + library_.StatusText(status), kAgain);
 }
 
-std::uint32_t LibraryCamera::ReadRegister(std::uint32_t address, RegisterWidth width) {
-  const auto lock = Lock();
+std::uint32_t LibraryCamera::ReadRegisterOnce(std::uint32_t address, RegisterWidth width) const {
   const bool wide = width == RegisterWidth::kWide;
   const std::uint8_t flag = wide ? kBorvanRegisterWide : kBorvanRegisterByte;
   const std::string what = "reading register " + Hex(address);
@@ -105,6 +106,18 @@ std::uint32_t LibraryCamera::ReadRegister(std::uint32_t address, RegisterWidth w
   return value;
 }
 
+// The library ignores that the first half of an address was refused, and the chip then answers for
+// another register.
+std::uint32_t LibraryCamera::ReadRegisterUnlocked(std::uint32_t address,
+                                                  RegisterWidth width) const {
+  return ReadUntilTwoAgree([&] { return ReadRegisterOnce(address, width); }).value;
+}
+
+std::uint32_t LibraryCamera::ReadRegister(std::uint32_t address, RegisterWidth width) {
+  const auto lock = Lock();
+  return ReadRegisterUnlocked(address, width);
+}
+
 void LibraryCamera::WriteRegister(std::uint32_t address, std::uint32_t value, RegisterWidth width) {
   const auto lock = Lock();
   const Supervisor::Call call(library_.Watch(), "writing a register");
@@ -115,8 +128,8 @@ void LibraryCamera::WriteRegister(std::uint32_t address, std::uint32_t value, Re
   }
 }
 
-std::vector<std::uint8_t> LibraryCamera::ReadRegisterRun(std::uint32_t first, std::uint32_t last) {
-  const auto lock = Lock();
+std::vector<std::uint8_t> LibraryCamera::ReadRunOnce(std::uint32_t first,
+                                                     std::uint32_t last) const {
   Reselect();
   const auto file = library_.Platform().NewScratchFile("bin");
   const std::uint64_t size = std::uint64_t{last} - first + 1;
@@ -127,6 +140,46 @@ std::vector<std::uint8_t> LibraryCamera::ReadRegisterRun(std::uint32_t first, st
     return exports.UsbRegisterReadFile(file.library_name.c_str(), first, last);
   };
   return Dump("reading registers " + Text(Range{first, last}), size, job, file);
+}
+
+std::vector<std::uint8_t> LibraryCamera::DecideBlock(std::uint32_t first,
+                                                     std::span<const std::uint8_t> one,
+                                                     std::span<const std::uint8_t> other) const {
+  std::vector<std::uint8_t> values =
+      ReadRunOnce(first, static_cast<std::uint32_t>(first + one.size() - 1));
+  // `one` was read as this is, and both may hold the block that was read before.
+  if (std::ranges::equal(values, other)) {
+    return values;
+  }
+  // Some of these registers change by themselves, or more went wrong; the replies to single reads
+  // have tags.
+  for (std::size_t i = 0; i < values.size(); ++i) {
+    if (values[i] != one[i] || values[i] != other[i]) {
+      values[i] = static_cast<std::uint8_t>(
+          ReadRegisterUnlocked(static_cast<std::uint32_t>(first + i), RegisterWidth::kByte));
+    }
+  }
+  return values;
+}
+
+std::vector<std::uint8_t> LibraryCamera::ReadRegisterRun(std::uint32_t first, std::uint32_t last) {
+  const auto lock = Lock();
+  std::vector<std::uint8_t> values = ReadRunOnce(first, last);
+  std::vector<std::uint8_t> other;
+  for (const Range& range : CutSecondRun({first, last})) {
+    const std::vector<std::uint8_t> read = ReadRunOnce(range.first, range.last);
+    other.insert(other.end(), read.begin(), read.end());
+  }
+  for (std::size_t at = 0; at < values.size(); at += kRunBlock) {
+    const std::size_t size = std::min<std::size_t>(kRunBlock, values.size() - at);
+    const auto block = std::span(values).subspan(at, size);
+    const auto other_block = std::span<const std::uint8_t>(other).subspan(at, size);
+    if (!std::ranges::equal(block, other_block)) {
+      std::ranges::copy(DecideBlock(static_cast<std::uint32_t>(first + at), block, other_block),
+                        block.begin());
+    }
+  }
+  return values;
 }
 
 void LibraryCamera::WriteRegisterList(const std::string& list_text) {
@@ -159,14 +212,19 @@ void LibraryCamera::WriteRegisterList(const std::string& list_text) {
   library_.Platform().RemoveScratchFile(file);
 }
 
-std::uint32_t LibraryCamera::ReadI2c(const I2cTarget& target, std::uint32_t address) {
-  const auto lock = Lock();
+std::uint32_t LibraryCamera::ReadI2cOnce(const I2cTarget& target, std::uint32_t address) const {
   const Supervisor::Call call(library_.Watch(), "reading over I2C");
   std::uint32_t value = 0;
   if (!library_.Functions().UsbI2cRead(target.slave, address, &value, target.mode, target.option)) {
     Refused("reading I2C register " + Hex(address) + " of slave " + Hex(target.slave));
   }
   return value;
+}
+
+// Replies on this selector have no tag at all.
+std::uint32_t LibraryCamera::ReadI2c(const I2cTarget& target, std::uint32_t address) {
+  const auto lock = Lock();
+  return ReadUntilTwoAgree([&] { return ReadI2cOnce(target, address); }).value;
 }
 
 void LibraryCamera::WriteI2c(const I2cTarget& target, std::uint32_t address, std::uint32_t value) {
@@ -191,10 +249,18 @@ void LibraryCamera::WriteI2cList(const std::string& list_text, std::uint32_t opt
 
 std::uint32_t LibraryCamera::PeekFlashWord(std::uint32_t address) {
   const auto lock = Lock();
-  const Supervisor::Call call(library_.Watch(), "reading a flash word");
-  std::uint32_t value = 0;
-  library_.Functions().UsbFlashRead(address, &value);
-  return value;
+  const auto word = ReadUntilTwoAgree([&] {
+    const Supervisor::Call call(library_.Watch(), "reading a flash word");
+    std::uint32_t value = 0;
+    library_.Functions().UsbFlashRead(address, &value);
+    return value;
+  });
+  if (!word.confirmed) {
+    throw Failure(ExitCode::kDevice,
+                  "reading flash word " + Hex(address) + ": the flash reads differently each time",
+                  kAgain);
+  }
+  return word.value;
 }
 
 void LibraryCamera::WriteFlashWord(std::uint32_t address, std::uint32_t value) {

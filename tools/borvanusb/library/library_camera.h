@@ -50,6 +50,19 @@ class LibraryCamera : public Camera {
                                  const LibraryPlatform::ScratchFile& file) const;
   std::vector<std::uint8_t> ReadFlashByJob(std::uint32_t address, std::uint64_t size,
                                            const Advance& advance) const;
+  std::vector<std::uint8_t> ReadFlashOnce(std::uint32_t address, std::uint64_t size,
+                                          std::uint32_t shift, bool ends_range,
+                                          const Advance& advance) const;
+  std::vector<std::uint8_t> ReadFlashPart(std::uint32_t address, std::uint64_t size,
+                                          bool ends_range, const Advance& advance) const;
+  std::uint32_t ReadRegisterOnce(std::uint32_t address, RegisterWidth width) const;
+  std::uint32_t ReadRegisterUnlocked(std::uint32_t address, RegisterWidth width) const;
+  std::uint32_t ReadI2cOnce(const I2cTarget& target, std::uint32_t address) const;
+  // One reading of a run; the library vouches for its last block of 56 registers alone.
+  std::vector<std::uint8_t> ReadRunOnce(std::uint32_t first, std::uint32_t last) const;
+  // Registers of one block that two readings of the run give differently.
+  std::vector<std::uint8_t> DecideBlock(std::uint32_t first, std::span<const std::uint8_t> one,
+                                        std::span<const std::uint8_t> other) const;
   // A job that takes its bytes from a file.
   void SendFile(const std::string& what, std::span<const std::uint8_t> bytes,
                 std::string_view extension, Job job,

@@ -4,13 +4,11 @@
 #include "arguments/numbers.h"
 #include "failure.h"
 #include "files.h"
+#include "library/flash_readings.h"
 #include "library/library_camera.h"
 
 namespace {
 
-// Parts of a long read: a job's progress has hundred steps, and its bytes are held in memory.
-constexpr std::uint64_t kReadPart = 4U << 20U;
-constexpr std::uint64_t kReadPacket = 64;
 constexpr unsigned kWordBytes = 4;
 // A slow flash may need that long for a sector; the job says nothing while it erases.
 constexpr std::chrono::milliseconds kSilencePerSector{500};
@@ -105,6 +103,58 @@ std::uint8_t LibraryCamera::LastByte(std::uint32_t address,
   return agrees ? static_cast<std::uint8_t>(word) : ReadFlashByJob(address, 1, {}).front();
 }
 
+// One reading, which no other confirms.
+std::vector<std::uint8_t> LibraryCamera::ReadFlashOnce(std::uint32_t address, std::uint64_t size,
+                                                       std::uint32_t shift, bool ends_range,
+                                                       const Advance& advance) const {
+  std::vector<std::uint8_t> bytes;
+  bytes.reserve(size);
+  for (const FlashPiece& piece : CutReading(address, size, shift, ends_range)) {
+    const std::uint64_t done = bytes.size();
+    const Advance piece_advance = [&](std::uint64_t piece_done) {
+      advance(std::min(size, done + piece_done));
+    };
+    std::vector<std::uint8_t> read =
+        ReadFlashByJob(piece.address, piece.size - (piece.last_byte_apart ? 1 : 0), piece_advance);
+    if (piece.last_byte_apart) {
+      read.push_back(LastByte(static_cast<std::uint32_t>(piece.address + piece.size - 1), read));
+    }
+    const std::uint64_t skipped = piece.address < address ? address - piece.address : 0;
+    bytes.insert(bytes.end(), read.begin() + static_cast<std::ptrdiff_t>(skipped), read.end());
+  }
+  return bytes;
+}
+
+// Bytes that two readings agree on.
+std::vector<std::uint8_t> LibraryCamera::ReadFlashPart(std::uint32_t address, std::uint64_t size,
+                                                       bool ends_range,
+                                                       const Advance& advance) const {
+  FlashReadings readings(size);
+  std::uint64_t done = 0;
+  for (const std::uint32_t shift : kReadingShifts) {
+    const auto open = readings.Open();
+    if (!open) {
+      break;
+    }
+    // A part counts once, so each of the two readings that it takes counts half.
+    const Advance reading_advance = [&](std::uint64_t reading_done) {
+      advance(std::min(size, (done + reading_done) / 2));
+    };
+    const auto first = static_cast<std::uint32_t>(address + open->offset);
+    const bool at_end = ends_range && open->offset + open->size == size;
+    readings.Add(open->offset, ReadFlashOnce(first, open->size, shift, at_end, reading_advance));
+    done = std::min(done + size, 2 * size);
+  }
+  if (const auto open = readings.Open()) {
+    const auto first = static_cast<std::uint32_t>(address + open->offset);
+    const Range range{first, static_cast<std::uint32_t>(first + open->size - 1)};
+    throw Failure(ExitCode::kDevice,
+                  "reading flash " + Text(range) + ": the flash reads differently each time",
+                  "Check the cable and the camera's supply, and repeat the command.");
+  }
+  return readings.Take();
+}
+
 std::vector<std::uint8_t> LibraryCamera::ReadFlash(std::uint32_t address, std::uint64_t size,
                                                    const Advance& advance) {
   const auto lock = Lock();
@@ -112,22 +162,15 @@ std::vector<std::uint8_t> LibraryCamera::ReadFlash(std::uint32_t address, std::u
   bytes.reserve(size);
   while (bytes.size() < size) {
     const std::uint64_t done = bytes.size();
-    std::uint64_t part = std::min(size - done, kReadPart);
-    // A read of whole packets asks for one packet more, which lies behind the range: at the flash's
-    // end some cameras refuse it, and a refused read is repeated for ever.
-    const bool ends_with_packet = done + part == size && part % kReadPacket == 0;
-    part -= ends_with_packet ? 1 : 0;
-    const auto part_address = static_cast<std::uint32_t>(address + done);
+    const std::uint64_t part = std::min(size - done, kReadPart);
     const Advance part_advance = [&](std::uint64_t part_done) {
       if (advance) {
         advance(done + part_done);
       }
     };
-    const std::vector<std::uint8_t> read = ReadFlashByJob(part_address, part, part_advance);
+    const std::vector<std::uint8_t> read = ReadFlashPart(static_cast<std::uint32_t>(address + done),
+                                                         part, done + part == size, part_advance);
     bytes.insert(bytes.end(), read.begin(), read.end());
-    if (ends_with_packet) {
-      bytes.push_back(LastByte(static_cast<std::uint32_t>(part_address + part), read));
-    }
   }
   if (advance) {
     advance(size);
