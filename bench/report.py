@@ -96,8 +96,8 @@ def print_tool(series):
     median = statistics.median
     print("f. borvanusb at 125 us a transfer, whole process beside the DLL's own jobs")
     for name, title, target in (
-            ("program", "programming 1 MiB, and reading it before and after", LARGEST_TOOL_RATIO),
-            ("equal", "an equal image beside one read", LARGEST_EQUAL_RATIO)):
+            ("program", "programming 1 MiB, read twice before and after", LARGEST_TOOL_RATIO),
+            ("equal", "an equal image beside two reads", LARGEST_EQUAL_RATIO)):
         rounds = series[f"tool.{name}_ratio"]
         print(f"   {title}")
         for kind, pick in (("least", min), ("median", median)):

@@ -480,9 +480,16 @@ bool UsbI2CWriteFile(const char* file_name, uint32_t option);
 // - Starting a job resets nothing: until its first report the value is what the former job left,
 //   its failure or its 100 included.
 // - Three seconds after a 100 the value is set to 0 whatever it says by then, so a former job's
-//   clearing can wipe the end of the next one. UsbIniDevice and UsbSelectDevice before each job
-//   give it a progress that nothing else touches.
-// - For the same reason a poller that sleeps longer than three seconds can miss the 100.
+//   clearing can wipe the end of the next one. For the same reason a poller that sleeps longer than
+//   three seconds can miss the 100.
+// - UsbIniDevice and UsbSelectDevice before a job give it a progress that nothing else touches. Each
+//   instance that is replaced keeps its camera open until the process ends, with one handle or more:
+//   do so for some jobs, not for hundreds.
+// - A program that runs many jobs keeps one instance. Before each job it calls
+//   UsbFlashWriteFile("", 0), which fails at once without a transfer and reports kBorvanFileError.
+//   While the value stays so, the job has reported nothing, or can't use its file; 0 says that a
+//   report was cleared; anything else is the job's own. A job that reads has ended well when its file
+//   has its whole size and is closed. A job that writes and whose end was cleared: read back.
 // - A job that writes a file reports 100 before it writes it.
 // - A dump's percentage counts past 100 near the end, which shows as status 1: no failure.
 // - A failure's percentage is 0, and it stays until another report.

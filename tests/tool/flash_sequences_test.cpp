@@ -346,6 +346,13 @@ class Sequence : public FlashTest {
     statistics_->done += outcome.code == ExitCode::kDone ? 1U : 0U;
     statistics_->cut += killed || cut ? 1U : 0U;
     NoteFiles(module);
+    for (const std::string& file : Journals()) {
+      const Journal journal = ParseJournal(ReadWholeText(file));
+      log_ += "\n      " + file.substr(file.size() - 30) +
+              (journal.camera.empty() ? " nowhere"
+                                      : " at " + journal.camera.substr(journal.camera.size() - 1)) +
+              (journal.open_sector ? ", open " + Hex(journal.open_sector->address) : "");
+    }
     Judge(module, named, outcome, before);
     const std::size_t mark = outcome.hint.find("add --journal ");
     if (!killed && outcome.code == ExitCode::kFile && mark != std::string::npos) {

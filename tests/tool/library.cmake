@@ -6,7 +6,9 @@ if(NOT WIN32)
             library_camera_test.cpp
             library_faults_test.cpp
             library_flash_test.cpp
+            library_jobs_test.cpp
             library_rig.cpp
+            scratch_names_test.cpp
             supervisor_test.cpp
             ../api/api_fixture.cpp
             ../support/scripted_platform.cpp

@@ -87,7 +87,7 @@ TEST_F(LibraryFlashTest, ReadThatNeverSucceedsEndsAfterTheTimeLimit) {
   const Failure failure = FailureOf([&] { camera->ReadFlash(0, 100, {}); });
   chip->Intercept(nullptr);  // lets the job end
   EXPECT_EQ(failure.Code(), ExitCode::kTimeout);
-  EXPECT_THAT(failure.Message(), HasSubstr("reading flash: nothing moves since 0.3 s"));
+  EXPECT_THAT(failure.Message(), HasSubstr("reading flash: no progress for 0.3 s"));
 }
 
 TEST_F(LibraryFlashTest, ShortReadThatFailsSaysWhy) {
@@ -126,23 +126,51 @@ TEST_F(LibraryFlashTest, ReadOfACameraThatFellOffSaysSoLongBeforeTheTimeLimit) {
   EXPECT_THAT(failure.Message(), HasSubstr("the camera is gone"));
 }
 
-TEST_F(LibraryFlashTest, OpenCameraThatFellOffBeforeAJobHasFailed) {
+TEST_F(LibraryFlashTest, CameraIsOpenedAnewAfterAJobThatFailed) {
   const auto camera = Open();
+  FailFastReads();
+  FailureOf([&] { camera->ReadFlash(0x10, 4, {}); });
+  chip->Intercept(nullptr);
+  const auto other = std::make_shared<borvan_test::MemoryChip>();
+  other->PutFlash(0, Bytes(4, 0x77));
+  script->cameras = {borvan_test::MakeCamera(u'a', other)};  // plugged out and in again
+  EXPECT_EQ(camera->ReadFlash(0, 4, {}), Bytes(4, 0x77));
+  FailFastReads();
+  other->Intercept([](const Transfer&) { return kDeviceError; });
+  FailureOf([&] { camera->ReadFlash(0x10, 4, {}); });
   script->cameras.clear();
-  const Failure failure = FailureOf([&] { camera->ReadFlash(0, 100, {}); });
+  const Failure failure = FailureOf([&] { camera->ReadFlash(0, 4, {}); });
   EXPECT_EQ(failure.Code(), ExitCode::kDevice);
   EXPECT_THAT(failure.Message(), HasSubstr("gone"));
 }
 
-TEST_F(LibraryFlashTest, StopEndsAReadAndIsPutOffByAHold) {
+TEST_F(LibraryFlashTest, StopIsObeyedOnceTheJobHasEnded) {
+  const auto camera = Open();
+  chip->Intercept([this](const Transfer& transfer) -> std::optional<Result> {
+    if (transfer.request.id == kFastRead) {
+      supervisor.RequestStop();
+    }
+    return std::nullopt;
+  });
+  EXPECT_EQ(FailureOf([&] { camera->ReadFlash(0, 100, {}); }).Code(), ExitCode::kStopped);
+  EXPECT_EQ(Asked(), (std::vector<std::uint32_t>{0, 64})) << "one reading to its end, and no other";
+  const Supervisor::Hold hold(supervisor);
+  EXPECT_EQ(camera->ReadFlash(0, 100, {}), Content(0, 100));
+}
+
+TEST_F(LibraryFlashTest, StopWaitsNoLongerThanASecondForAJobThatDoesNotEnd) {
+  library.emplace(exports, platform, supervisor, std::chrono::seconds(60));
   const auto camera = Open();
   FailFastReads();
   platform.on_sleep = [&] { supervisor.RequestStop(); };
+  const auto start = std::chrono::steady_clock::now();
   EXPECT_EQ(FailureOf([&] { camera->ReadFlash(0, 100, {}); }).Code(), ExitCode::kStopped);
-  chip->Intercept(nullptr);
+  EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(10));
   platform.on_sleep = nullptr;
-  EXPECT_EQ(FailureOf([&] { camera->EraseSector(0); }).Code(), ExitCode::kStopped);
   const Supervisor::Hold hold(supervisor);
+  EXPECT_EQ(FailureOf([&] { camera->EraseSector(0); }).Code(), ExitCode::kTimeout);
+  chip->Intercept(nullptr);
+  EXPECT_TRUE(BecomesIdle());
   EXPECT_EQ(camera->ReadFlash(0, 100, {}), Content(0, 100));
 }
 

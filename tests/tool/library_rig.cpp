@@ -8,6 +8,7 @@ namespace {
 
 // No test waits longer for something that does not come.
 constexpr std::chrono::milliseconds kLimit{300};
+constexpr std::chrono::microseconds kSleep{100};
 
 // A host can't free the library's arrays; a test that is linked with it can, at its end.
 UsbDeviceInfo* GetAllDeviceInfo() {
@@ -25,8 +26,33 @@ LibraryPlatform::ScratchFile TestPlatform::NewScratchFile(std::string_view exten
   return {name, name};
 }
 
+// As on Windows, a file that somebody has open can't be removed.
 void TestPlatform::RemoveScratchFile(const ScratchFile& file) {
-  std::filesystem::remove(file.name);
+  if (!Look(file).open) {
+    std::filesystem::remove(file.name);
+  }
+}
+
+LibraryPlatform::ScratchState TestPlatform::Look(const ScratchFile& file) {
+  namespace fs = std::filesystem;
+  std::error_code error;
+  if (!fs::exists(file.name, error)) {
+    return {};
+  }
+  for (const auto& descriptor : fs::directory_iterator("/proc/self/fd")) {
+    if (fs::read_symlink(descriptor.path(), error) == file.name) {
+      return {true, true, 0};
+    }
+  }
+  return {true, false, fs::file_size(file.name, error)};
+}
+
+std::optional<std::vector<std::uint32_t>> TestPlatform::Threads() {
+  std::vector<std::uint32_t> threads;
+  for (const auto& thread : std::filesystem::directory_iterator("/proc/self/task")) {
+    threads.push_back(static_cast<std::uint32_t>(std::stoul(thread.path().filename().string())));
+  }
+  return threads;
 }
 
 std::optional<std::string> TestPlatform::DeviceName(const std::string& path) {
@@ -39,11 +65,16 @@ std::string TestPlatform::SystemMessage(std::uint32_t status) {
   return status == 0x80070017 ? "Data error" : "";
 }
 
+// Shorter than asked for: thousands of jobs are waited for in these tests.
 void TestPlatform::Sleep(std::chrono::milliseconds time) {
   if (on_sleep) {
     on_sleep();
   }
-  std::this_thread::sleep_for(time);
+  if (time.count() == 0) {
+    std::this_thread::yield();
+  } else {
+    std::this_thread::sleep_for(kSleep);
+  }
 }
 
 std::unique_ptr<LibraryPlatform::CameraLock> TestPlatform::LockCamera(
@@ -88,6 +119,17 @@ Failure LibraryTest::FailureOf(const std::function<void()>& call) {
   }
   ADD_FAILURE() << "it ended well";
   return {ExitCode::kDone, ""};
+}
+
+bool LibraryTest::BecomesIdle() {
+  return borvan_test::WaitUntil([this] {
+    try {
+      library->CheckIdle();
+      return true;
+    } catch (const Failure&) {
+      return false;
+    }
+  });
 }
 
 std::size_t LibraryTest::LeftBehind() const {

@@ -23,6 +23,9 @@ class TestPlatform : public LibraryPlatform {
  public:
   ScratchFile NewScratchFile(std::string_view extension) override;
   void RemoveScratchFile(const ScratchFile& file) override;
+  ScratchState Look(const ScratchFile& file) override;
+  std::optional<std::vector<std::uint32_t>> Threads() override;
+  std::size_t MostClearTasks() const override { return most_clear_tasks; }
   std::string ToUtf8(std::string_view text) override { return std::string(text); }
   std::optional<std::string> DeviceName(const std::string& path) override;
   std::string SystemMessage(std::uint32_t status) override;
@@ -35,6 +38,7 @@ class TestPlatform : public LibraryPlatform {
   std::map<std::string, std::string> device_names;  // the system's, by path
   std::vector<std::string> asked_names;             // paths whose names were asked for
   bool locked_elsewhere = false;
+  std::size_t most_clear_tasks = 1'000'000;
   std::function<void()> on_sleep;
 };
 
@@ -48,6 +52,9 @@ class LibraryTest : public borvan_test::ApiTest {
 
   // The failure that the call ends with; a failed test when it ends well.
   static Failure FailureOf(const std::function<void()>& call);
+
+  // Waits until an abandoned job has ended; false when it does not.
+  bool BecomesIdle();
 
   // Files left behind in the scratch folder.
   std::size_t LeftBehind() const;

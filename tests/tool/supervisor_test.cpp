@@ -25,6 +25,18 @@ TEST(SupervisorTest, OnlyACallThatLastsIsOverdue) {
   EXPECT_EQ(supervisor.Overdue(), std::nullopt);
 }
 
+TEST(SupervisorTest, CallInsideACallLeavesTheOuterOneWatched) {
+  Supervisor supervisor;
+  const Supervisor::Call outer(supervisor, "reading a register");
+  std::this_thread::sleep_for(milliseconds(30));
+  {
+    const Supervisor::Call inner(supervisor, "listing the cameras");
+    EXPECT_EQ(supervisor.Overdue(milliseconds(0)), "listing the cameras");
+  }
+  EXPECT_EQ(supervisor.Overdue(milliseconds(0)), "reading a register");
+  EXPECT_EQ(supervisor.Overdue(milliseconds(20)), std::nullopt) << "its time begins anew";
+}
+
 TEST(SupervisorTest, StopKeepsCallsFromBeginningUnlessHeld) {
   Supervisor supervisor;
   EXPECT_EQ(supervisor.RequestStop(), 1);

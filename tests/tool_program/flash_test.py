@@ -62,7 +62,7 @@ class AccessTest(FlashTest):
     def test_failed_read_leaves_no_file(self):
         self.configure(camera(0, faults=[
             {"selector": 5, "direction": "get", "result": "0x80070017"}]))
-        self.refuse(8, "nothing moves", "flash", "read", "0+1K", self.name("part.bin"), "--timeout",
+        self.refuse(8, "no progress", "flash", "read", "0+1K", self.name("part.bin"), "--timeout",
                   "0.5")
         self.assertFalse((self.folder / "part.bin").exists())
         self.refuse(5, "can't write", "flash", "read", "0+1K", self.name("no/folder.bin"))

@@ -2,98 +2,35 @@
 
 #include <algorithm>
 #include <exception>
+#include <optional>
+#include <vector>
 
 #include "failure.h"
+#include "library/job_reports.h"
 
 namespace {
 
 using Milliseconds = std::chrono::milliseconds;
+using Clock = Supervisor::Clock;
 
-// Short jobs end within some polls of 1 ms; after that a job gets time between two.
-constexpr int kQuickPolls = 30;
+// Short jobs end within milliseconds. A long one gets time between two looks.
+constexpr Milliseconds kSpinTime{2};
+constexpr Milliseconds kQuickTime{30};
 constexpr Milliseconds kQuickInterval{1};
 constexpr Milliseconds kInterval{4};
 // A job that stands still is looked into that often.
 constexpr Milliseconds kLookInterval{1000};
-// A 0 after progress means that the 100 came and was cleared, three seconds later, while this
-// process got no time. A single 0 may also be two halves of different reports, so it must last.
-constexpr int kZerosThatLast = 5;
+// Threads are looked for where the reports don't tell, at first after this time.
+constexpr Milliseconds kThreadLookInterval{20};
+// A file is looked for that often while nothing else says that it is there.
+constexpr int kPollsPerLook = 16;
+// On a machine that gives this process no time, the job had none either: only so much of the time
+// between two polls counts as standing still.
+constexpr Milliseconds kMostStanding{250};
+constexpr Milliseconds kStopPatience{1000};
+// A write error is reported once the file is closed.
+constexpr Milliseconds kReportPatience{200};
 constexpr std::int32_t kWhole = 100;
-
-// Reads the values of GetProgressInfo one after the other.
-class Follower {
- public:
-  explicit Follower(const Job& job) : job_(job) {}
-
-  // Whether the job has ended.
-  bool See(std::uint64_t progress) {
-    const std::int32_t percent = borvan_progress_percent(progress);
-    zeros_in_a_row_ = progress == 0 ? zeros_in_a_row_ + 1 : 0;
-    switch (borvan_progress_state(progress)) {
-      case kBorvanProgressDone:
-        return true;
-      case kBorvanProgressFailed:
-        end_ = {static_cast<std::uint32_t>(borvan_progress_status(progress)), true};
-        return true;
-      case kBorvanProgressNotice:
-        if (job_.notice_is_end) {
-          end_.status = static_cast<std::uint32_t>(borvan_progress_status(progress));
-          return true;
-        }
-        Moved(kWhole - 1);
-        return false;
-      case kBorvanProgressRunning:
-        if (borvan_progress_status(progress) == 0 && percent > percent_) {
-          Moved(percent);
-        }
-        return percent_ > 0 && zeros_in_a_row_ >= kZerosThatLast;
-    }
-    return false;
-  }
-
-  const JobEnd& End() const { return end_; }
-
-  // Time since the job last reported something new.
-  Supervisor::Clock::duration StandingStill() const { return Supervisor::Clock::now() - moved_; }
-
-  bool HasReported() const { return percent_ > 0; }
-
- private:
-  void Moved(std::int32_t percent) {
-    if (percent <= percent_) {
-      return;
-    }
-    percent_ = std::min(percent, kWhole - 1);
-    moved_ = Supervisor::Clock::now();
-    if (job_.advance != nullptr && *job_.advance) {
-      (*job_.advance)(job_.total * static_cast<std::uint64_t>(percent_) / kWhole);
-    }
-  }
-
-  const Job& job_;
-  JobEnd end_;
-  std::int32_t percent_ = 0;
-  int zeros_in_a_row_ = 0;
-  Supervisor::Clock::time_point moved_ = Supervisor::Clock::now();
-};
-
-void Start(const CameraLibrary& library, const Job& job) {
-  const Supervisor::Call call(library.Watch(), job.doing);
-  bool started = false;
-  try {
-    started = job.start(library.Functions());
-  } catch (const std::exception& error) {
-    throw Failure(ExitCode::kInternal,
-                  std::string(job.doing) + " can't be started: " + error.what(),
-                  "Close other programs and try again.");
-  }
-  if (!started) {
-    const auto status =
-        static_cast<std::uint32_t>(borvan_progress_status(library.Functions().GetProgressInfo()));
-    throw Failure(ExitCode::kFile,
-                  std::string(job.doing) + " can't be started: " + library.StatusText(status));
-  }
-}
 
 std::string Seconds(Milliseconds time) {
   constexpr std::int64_t kTenth = 100;
@@ -107,35 +44,281 @@ std::string Seconds(Milliseconds time) {
   return text;
 }
 
-}  // namespace
+// The thread of a job, found by what was not there before the job.
+class JobThread {
+ public:
+  explicit JobThread(LibraryPlatform& platform)
+      : platform_(platform), before_(platform.Threads()) {}
 
-JobEnd RunJob(const CameraLibrary& library, const CameraIdentity& camera, const Job& job) {
-  Start(library, job);
-  Follower follower(job);
-  Milliseconds next_look = kLookInterval;
-  for (int polls = 0;; ++polls) {
-    if (follower.See(library.Functions().GetProgressInfo())) {
-      break;
+  void Started() {
+    const auto after = platform_.Threads();
+    if (!before_ || !after) {
+      return;
     }
-    library.Watch().ObeyStop();
+    known_ = true;
+    std::copy_if(after->begin(), after->end(), std::back_inserter(threads_),
+                 [&](std::uint32_t thread) { return !Contains(*before_, thread); });
+  }
+
+  bool HasEnded() const {
+    const auto now = known_ ? platform_.Threads() : std::nullopt;
+    return now && std::none_of(threads_.begin(), threads_.end(),
+                               [&](std::uint32_t thread) { return Contains(*now, thread); });
+  }
+
+ private:
+  static bool Contains(const std::vector<std::uint32_t>& threads, std::uint32_t thread) {
+    return std::find(threads.begin(), threads.end(), thread) != threads.end();
+  }
+
+  LibraryPlatform& platform_;
+  const std::optional<std::vector<std::uint32_t>> before_;
+  std::vector<std::uint32_t> threads_;
+  bool known_ = false;
+};
+
+bool IsClosed(const LibraryPlatform::ScratchState& state) {
+  return state.exists && !state.open;
+}
+
+class Runner {
+ public:
+  Runner(CameraLibrary& library, const CameraIdentity& camera, const Job& job)
+      : library_(library), camera_(camera), job_(job) {}
+
+  JobEnd Run() {
+    library_.CheckIdle();
+    library_.LimitClearTasks();
+    PutMark();
+    if (job_.file == nullptr) {
+      thread_.emplace(library_.Platform());
+    }
+    Start();
+    try {
+      if (thread_) {
+        thread_->Started();
+      }
+      return Follow();
+    } catch (...) {
+      if (!ended_) {
+        Abandon();
+      }
+      throw;
+    }
+  }
+
+ private:
+  std::uint64_t Progress() const { return library_.Functions().GetProgressInfo(); }
+
+  // See ReportIn.
+  void PutMark() const {
+    const Supervisor::Call call(library_.Watch(), job_.doing);
+    static_cast<void>(library_.Functions().UsbFlashWriteFile("", 0));
+  }
+
+  void Start() const {
+    const Supervisor::Call call(library_.Watch(), job_.doing);
+    bool started = false;
+    try {
+      started = job_.start(library_.Functions());
+    } catch (const std::exception& error) {
+      throw Failure(ExitCode::kInternal,
+                    std::string(job_.doing) + " can't be started: " + error.what(),
+                    "Close other programs and try again.");
+    }
+    if (!started) {
+      throw Failure(ExitCode::kFile, std::string(job_.doing) + " can't be started: " +
+                                         library_.StatusText(ReportedStatus(Progress())));
+    }
+  }
+
+  JobEnd Follow() {
+    for (polls_ = 0;; ++polls_) {
+      const std::uint64_t progress = Progress();
+      const auto end = job_.file != nullptr ? EndByFile(progress) : EndByReport(progress);
+      if (end) {
+        return Ended(*end);
+      }
+      Advance(progress);
+      HeedStop();
+      HeedStandstill();
+      library_.Platform().Sleep(Pause());
+    }
+  }
+
+  JobEnd Ended(const JobEnd& end) {
+    ended_ = true;
+    library_.NoteJobEnd();
+    if (stop_since_) {
+      library_.Watch().ObeyStop();
+    }
+    if (end.outcome == JobEnd::Outcome::kDone && job_.advance != nullptr && *job_.advance) {
+      (*job_.advance)(job_.total);
+    }
+    return end;
+  }
+
+  // A job that reads writes its file when all is read, and reports before.
+  std::optional<JobEnd> EndByFile(std::uint64_t progress) {
+    const JobReport report = ReportIn(progress);
+    const bool may_be_there = report != JobReport::kNothing && report != JobReport::kRunning;
+    if (!may_be_there && polls_ % kPollsPerLook != 0) {
+      return std::nullopt;
+    }
+    const auto state = library_.Platform().Look(*job_.file);
+    if (!IsClosed(state)) {
+      return std::nullopt;
+    }
+    if (state.size == job_.file_size) {
+      return JobEnd{};
+    }
+    const auto patience = Clock::now() + kReportPatience;
+    while (Clock::now() < patience) {
+      const std::uint64_t last = Progress();
+      if (ReportIn(last) == JobReport::kFailed || ReportIn(last) == JobReport::kNothing) {
+        return JobEnd{JobEnd::Outcome::kFailed, ReportedStatus(last)};
+      }
+      library_.Platform().Sleep(kQuickInterval);
+    }
+    return JobEnd{JobEnd::Outcome::kUnknown};
+  }
+
+  std::optional<JobEnd> EndByReport(std::uint64_t progress) {
+    if (const auto end = ReportedEnd(progress)) {
+      return end;
+    }
+    // What shows may be nothing but the mark or a cleared report for a long time: while sectors are
+    // erased, or because the job has ended.
+    const auto now = Clock::now();
+    const bool cleared = ReportIn(progress) == JobReport::kCleared;
+    if (cleared && !cleared_) {
+      next_thread_look_ = now + kThreadLookInterval;
+    }
+    cleared_ = cleared;
+    if (now < next_thread_look_) {
+      return std::nullopt;
+    }
+    next_thread_look_ = now + std::min(2 * (now - started_), Clock::duration(kLookInterval));
+    if (!thread_->HasEnded()) {
+      return std::nullopt;
+    }
+    const std::uint64_t last = Progress();
+    if (const auto end = ReportedEnd(last)) {
+      return end;
+    }
+    if (ReportIn(last) == JobReport::kNothing) {
+      return JobEnd{JobEnd::Outcome::kFailed, kMarkStatus};
+    }
+    return JobEnd{JobEnd::Outcome::kUnknown};
+  }
+
+  std::optional<JobEnd> ReportedEnd(std::uint64_t progress) const {
+    const JobReport report = ReportIn(progress);
+    if (report == JobReport::kDone) {
+      return JobEnd{};
+    }
+    if (report == JobReport::kFailed) {
+      return JobEnd{JobEnd::Outcome::kFailed, ReportedStatus(progress)};
+    }
+    if (report == JobReport::kNotice && job_.notice_is_end) {
+      return JobEnd{JobEnd::Outcome::kDone, ReportedStatus(progress)};
+    }
+    return std::nullopt;
+  }
+
+  void Advance(std::uint64_t progress) {
+    const JobReport report = ReportIn(progress);
+    std::int32_t percent = 0;
+    if (report == JobReport::kRunning) {
+      percent = borvan_progress_percent(progress);
+    } else if (report == JobReport::kDone || report == JobReport::kNotice) {
+      percent = kWhole - 1;
+    }
+    if (percent <= percent_) {
+      return;
+    }
+    percent_ = percent;
+    standing_ = Clock::duration(0);
+    next_look_ = kLookInterval;
+    if (job_.advance != nullptr && *job_.advance) {
+      (*job_.advance)(job_.total * static_cast<std::uint64_t>(percent_) / kWhole);
+    }
+  }
+
+  void HeedStop() {
+    if (!library_.Watch().MustStop()) {
+      return;
+    }
+    const auto now = Clock::now();
+    if (!stop_since_) {
+      stop_since_ = now;
+    }
+    if (job_.file == nullptr || now - *stop_since_ > kStopPatience) {
+      library_.Watch().ObeyStop();
+    }
+  }
+
+  void HeedStandstill() {
+    const auto now = Clock::now();
+    standing_ += std::min(now - last_poll_, Clock::duration(kMostStanding));
+    last_poll_ = now;
     // A read of a camera that fell off is repeated for ever, and reports nothing.
-    if (follower.StandingStill() > next_look) {
-      next_look += kLookInterval;
-      if (!library.IsListed(camera)) {
-        throw GoneFailure(job.doing, camera);
+    if (standing_ > next_look_) {
+      next_look_ += kLookInterval;
+      if (!library_.IsListed(camera_)) {
+        throw GoneFailure(job_.doing, camera_);
       }
     }
     const Milliseconds patience =
-        library.Limit() + (follower.HasReported() ? Milliseconds(0) : job.silence);
-    if (follower.StandingStill() > patience) {
+        library_.Limit() + (percent_ > 0 ? Milliseconds(0) : job_.silence);
+    if (standing_ > patience) {
       throw Failure(
-          ExitCode::kTimeout, std::string(job.doing) + ": nothing moves since " + Seconds(patience),
+          ExitCode::kTimeout, std::string(job_.doing) + ": no progress for " + Seconds(patience),
           "Plug the camera in again and repeat the command; --timeout sets how long to wait.");
     }
-    library.Platform().Sleep(polls < kQuickPolls ? kQuickInterval : kInterval);
   }
-  if (job.advance != nullptr && *job.advance && !follower.End().failed) {
-    (*job.advance)(job.total);
+
+  Milliseconds Pause() const {
+    const auto time = Clock::now() - started_;
+    if (time < kSpinTime || (job_.only_report_tells && library_.ClearTaskIsDue())) {
+      return Milliseconds(0);
+    }
+    return time < kQuickTime ? kQuickInterval : kInterval;
   }
-  return follower.End();
+
+  void Abandon() {
+    if (job_.file != nullptr) {
+      library_.Abandon([&platform = library_.Platform(), file = *job_.file] {
+        if (!IsClosed(platform.Look(file))) {
+          return false;
+        }
+        platform.RemoveScratchFile(file);
+        return true;
+      });
+    } else {
+      library_.Abandon([thread = *thread_] { return thread.HasEnded(); });
+    }
+    library_.Deselect();
+  }
+
+  CameraLibrary& library_;
+  const CameraIdentity& camera_;
+  const Job& job_;
+  std::optional<JobThread> thread_;
+  bool ended_ = false;
+  bool cleared_ = false;
+  int polls_ = 0;
+  std::int32_t percent_ = 0;
+  const Clock::time_point started_ = Clock::now();
+  Clock::time_point next_thread_look_ = started_ + kThreadLookInterval;
+  Clock::time_point last_poll_ = started_;
+  Clock::duration standing_{0};  // time without anything new
+  Clock::duration next_look_ = kLookInterval;
+  std::optional<Clock::time_point> stop_since_;
+};
+
+}  // namespace
+
+JobEnd RunJob(CameraLibrary& library, const CameraIdentity& camera, const Job& job) {
+  return Runner(library, camera, job).Run();
 }

@@ -40,18 +40,16 @@ std::unique_ptr<LibraryPlatform::CameraLock> LibraryCamera::Lock() const {
         "another borvanusb is working with camera " + identity_.name + ": " + identity_.path,
         "Wait until it has ended.");
   }
-  return lock;
-}
-
-void LibraryCamera::Reselect() const {
+  library_.CheckIdle();
   try {
-    library_.Select(identity_);
+    library_.SelectOnce(identity_);
   } catch (const Failure& failure) {
     if (failure.Code() != ExitCode::kNoCamera && failure.Code() != ExitCode::kRefused) {
       throw;
     }
     throw Failure(ExitCode::kDevice, failure.Message(), kAgain);
   }
+  return lock;
 }
 
 void LibraryCamera::Refused(const std::string& what) const {
@@ -63,22 +61,30 @@ void LibraryCamera::Refused(const std::string& what) const {
                 kAgain);
 }
 
-void LibraryCamera::Finish(const std::string& what, const Job& job) const {
+JobEnd LibraryCamera::Finish(const std::string& what, const Job& job) const {
   const JobEnd end = RunJob(library_, identity_, job);
-  if (end.failed) {
+  if (end.outcome == JobEnd::Outcome::kFailed) {
     JobFailed(what, end.status);
   }
+  return end;
 }
 
 void LibraryCamera::JobFailed(const std::string& what, std::uint32_t status) const {
   if (status == kBorvanFileError) {
-    throw Failure(ExitCode::kFile, what + ": " + library_.StatusText(status),
-                  "A temporary file could not be used: look at the folder that TEMP names.");
+    throw Failure(
+        ExitCode::kFile, what + ": " + library_.StatusText(status),
+        "A temporary file could not be used: is there room in the folder that TEMP names?");
   }
+  library_.Deselect();
   if (!library_.IsListed(identity_)) {
     throw GoneFailure(what + ": " + library_.StatusText(status), identity_);
   }
   throw Failure(ExitCode::kDevice, what + ": " + library_.StatusText(status), kAgain);
+}
+
+void LibraryCamera::OutcomeUnknown(const std::string& what) {
+  throw Failure(ExitCode::kDevice, what + ": it has ended, but its outcome could not be learned",
+                "Load the list again; --verify reads the registers back.");
 }
 
 std::uint32_t LibraryCamera::ReadRegisterOnce(std::uint32_t address, RegisterWidth width) const {
@@ -130,16 +136,14 @@ void LibraryCamera::WriteRegister(std::uint32_t address, std::uint32_t value, Re
 
 std::vector<std::uint8_t> LibraryCamera::ReadRunOnce(std::uint32_t first,
                                                      std::uint32_t last) const {
-  Reselect();
-  const auto file = library_.Platform().NewScratchFile("bin");
   const std::uint64_t size = std::uint64_t{last} - first + 1;
   Job job;
   job.doing = "reading registers";
   job.silence = std::chrono::milliseconds(size);
-  job.start = [&](const Exports& exports) {
-    return exports.UsbRegisterReadFile(file.library_name.c_str(), first, last);
-  };
-  return Dump("reading registers " + Text(Range{first, last}), size, job, file);
+  return Dump("reading registers " + Text(Range{first, last}), size, job,
+              [&](const Exports& exports, const char* name) {
+                return exports.UsbRegisterReadFile(name, first, last);
+              });
 }
 
 std::vector<std::uint8_t> LibraryCamera::DecideBlock(std::uint32_t first,
@@ -188,28 +192,17 @@ void LibraryCamera::WriteRegisterList(const std::string& list_text) {
   job.doing = "writing a register list";
   job.silence = SilenceOf(list_text);
   job.notice_is_end = true;
-  Reselect();
-  const auto file = library_.Platform().NewScratchFile("txt");
-  try {
-    WriteWholeText(file.name, list_text, Lasting::kThroughProcess);
-    job.start = [&](const Exports& exports) {
-      return exports.UsbRegisterWriteFile(file.library_name.c_str());
-    };
-    const JobEnd end = RunJob(library_, identity_, job);
-    if (end.status == kBadListHead) {
-      throw Failure(ExitCode::kFile, "the list does not open with an entry 0xfffd",
-                    "Put a line 0xfffd, 0x00 at its beginning.");
-    }
-    if (end.failed) {
-      const std::string what = std::string(job.doing) + ": " + library_.StatusText(end.status);
-      throw library_.IsListed(identity_) ? Failure(ExitCode::kDevice, what, kAgain)
-                                         : GoneFailure(what, identity_);
-    }
-  } catch (...) {
-    library_.Platform().RemoveScratchFile(file);
-    throw;
+  job.only_report_tells = true;
+  const JobEnd end = SendFile(
+      job.doing, BytesOf(list_text), "txt", job,
+      [](const Exports& exports, const char* name) { return exports.UsbRegisterWriteFile(name); });
+  if (end.status == kBadListHead) {
+    throw Failure(ExitCode::kFile, "the list does not open with an entry 0xfffd",
+                  "Put a line 0xfffd, 0x00 at its beginning.");
   }
-  library_.Platform().RemoveScratchFile(file);
+  if (end.outcome == JobEnd::Outcome::kUnknown) {
+    OutcomeUnknown(job.doing);
+  }
 }
 
 std::uint32_t LibraryCamera::ReadI2cOnce(const I2cTarget& target, std::uint32_t address) const {
@@ -237,14 +230,17 @@ void LibraryCamera::WriteI2c(const I2cTarget& target, std::uint32_t address, std
 
 void LibraryCamera::WriteI2cList(const std::string& list_text, std::uint32_t option) {
   const auto lock = Lock();
-  Reselect();
   Job job;
   job.doing = "writing an I2C list";
   job.silence = SilenceOf(list_text);
-  SendFile(job.doing, BytesOf(list_text), "txt", job,
-           [&](const Exports& exports, const char* name) {
-             return exports.UsbI2CWriteFile(name, option);
-           });
+  job.only_report_tells = true;
+  const JobEnd end = SendFile(job.doing, BytesOf(list_text), "txt", job,
+                              [&](const Exports& exports, const char* name) {
+                                return exports.UsbI2CWriteFile(name, option);
+                              });
+  if (end.outcome == JobEnd::Outcome::kUnknown) {
+    OutcomeUnknown(job.doing);
+  }
 }
 
 std::uint32_t LibraryCamera::PeekFlashWord(std::uint32_t address) {
@@ -279,8 +275,7 @@ void LibraryCamera::EraseSector(std::uint32_t address) {
   }
 }
 
-std::unique_ptr<Camera> OpenLibraryCamera(const CameraLibrary& library,
-                                          const CameraIdentity& camera) {
+std::unique_ptr<Camera> OpenLibraryCamera(CameraLibrary& library, const CameraIdentity& camera) {
   library.Select(camera);
   auto opened = std::make_unique<LibraryCamera>(library, camera);
   // A camera without the vendor unit is selected all the same; a first access tells.

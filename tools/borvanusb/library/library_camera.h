@@ -15,7 +15,7 @@
 class LibraryCamera : public Camera {
  public:
   // The camera must be selected in the library.
-  LibraryCamera(const CameraLibrary& library, CameraIdentity identity)
+  LibraryCamera(CameraLibrary& library, CameraIdentity identity)
       : library_(library), identity_(std::move(identity)) {}
 
   const CameraIdentity& Identity() const override { return identity_; }
@@ -35,19 +35,20 @@ class LibraryCamera : public Camera {
   void EraseSector(std::uint32_t address) override;
 
  private:
-  // Keeps other processes' transfers out while it lives. Throws Failure kRefused.
+  // Keeps other processes' transfers out while it lives, and has the camera selected. Throws
+  // Failure: kRefused when another process has it, kTimeout as CameraLibrary::CheckIdle, kDevice
+  // when it was open and no longer can be.
   std::unique_ptr<LibraryPlatform::CameraLock> Lock() const;
-  // Selects the camera anew, for a job's own progress. A camera that was open and no longer can be
-  // has failed.
-  void Reselect() const;
   // Runs a job and throws Failure when it fails. `what` is for the user: "reading flash at 0x1000".
-  void Finish(const std::string& what, const Job& job) const;
+  JobEnd Finish(const std::string& what, const Job& job) const;
   [[noreturn]] void JobFailed(const std::string& what, std::uint32_t status) const;
   // A failure without a code: the single accesses tell none.
   [[noreturn]] void Refused(const std::string& what) const;
-  // One bulk read into a file and the file's bytes.
-  std::vector<std::uint8_t> Dump(const std::string& what, std::uint64_t size, const Job& job,
-                                 const LibraryPlatform::ScratchFile& file) const;
+  [[noreturn]] static void OutcomeUnknown(const std::string& what);
+  // One bulk read into a file of `size` bytes, which `start` names to the library.
+  using StartWithFile = std::function<bool(const Exports&, const char*)>;
+  std::vector<std::uint8_t> Dump(const std::string& what, std::uint64_t size, Job job,
+                                 const StartWithFile& start) const;
   std::vector<std::uint8_t> ReadFlashByJob(std::uint32_t address, std::uint64_t size,
                                            const Advance& advance) const;
   std::vector<std::uint8_t> ReadFlashOnce(std::uint32_t address, std::uint64_t size,
@@ -64,11 +65,10 @@ class LibraryCamera : public Camera {
   std::vector<std::uint8_t> DecideBlock(std::uint32_t first, std::span<const std::uint8_t> one,
                                         std::span<const std::uint8_t> other) const;
   // A job that takes its bytes from a file.
-  void SendFile(const std::string& what, std::span<const std::uint8_t> bytes,
-                std::string_view extension, Job job,
-                const std::function<bool(const Exports&, const char*)>& start) const;
+  JobEnd SendFile(const std::string& what, std::span<const std::uint8_t> bytes,
+                  std::string_view extension, Job job, const StartWithFile& start) const;
   std::uint8_t LastByte(std::uint32_t address, std::span<const std::uint8_t> before) const;
 
-  const CameraLibrary& library_;
+  CameraLibrary& library_;
   const CameraIdentity identity_;
 };

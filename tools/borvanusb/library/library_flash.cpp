@@ -12,77 +12,59 @@ namespace {
 constexpr unsigned kWordBytes = 4;
 // A slow flash may need that long for a sector; the job says nothing while it erases.
 constexpr std::chrono::milliseconds kSilencePerSector{500};
-constexpr std::chrono::milliseconds kFileInterval{1};
+
+const char* const kAgain = "Plug the camera in again and repeat the command.";
+
+class ScratchRemover {
+ public:
+  ScratchRemover(LibraryPlatform& platform, const LibraryPlatform::ScratchFile& file)
+      : platform_(platform), file_(file) {}
+  ~ScratchRemover() { platform_.RemoveScratchFile(file_); }
+  ScratchRemover(const ScratchRemover&) = delete;
+  ScratchRemover& operator=(const ScratchRemover&) = delete;
+
+ private:
+  LibraryPlatform& platform_;
+  const LibraryPlatform::ScratchFile& file_;
+};
 
 }  // namespace
 
-void LibraryCamera::SendFile(const std::string& what, std::span<const std::uint8_t> bytes,
-                             std::string_view extension, Job job,
-                             const std::function<bool(const Exports&, const char*)>& start) const {
+JobEnd LibraryCamera::SendFile(const std::string& what, std::span<const std::uint8_t> bytes,
+                               std::string_view extension, Job job,
+                               const StartWithFile& start) const {
   const auto file = library_.Platform().NewScratchFile(extension);
+  const ScratchRemover remover(library_.Platform(), file);
   job.start = [&](const Exports& exports) { return start(exports, file.library_name.c_str()); };
-  try {
-    WriteWholeFile(file.name, bytes, Lasting::kThroughProcess);
-    Finish(what, job);
-  } catch (...) {
-    library_.Platform().RemoveScratchFile(file);
-    throw;
-  }
-  library_.Platform().RemoveScratchFile(file);
+  WriteWholeFile(file.name, bytes, Lasting::kThroughProcess);
+  return Finish(what, job);
 }
 
-std::vector<std::uint8_t> LibraryCamera::Dump(const std::string& what, std::uint64_t size,
-                                              const Job& job,
-                                              const LibraryPlatform::ScratchFile& file) const {
-  std::vector<std::uint8_t> bytes;
-  try {
-    Finish(what, job);
-    // The job reports its end before it writes the file.
-    const auto end = Supervisor::Clock::now() + library_.Limit();
-    for (;;) {
-      bytes = FileExists(file.name) ? ReadWholeFile(file.name) : std::vector<std::uint8_t>();
-      if (bytes.size() >= size) {
-        break;
-      }
-      // A read below 8 bytes reports 100 whatever became of it, and its failure after that.
-      const std::uint64_t progress = library_.Functions().GetProgressInfo();
-      if (borvan_progress_state(progress) == kBorvanProgressFailed) {
-        JobFailed(what, static_cast<std::uint32_t>(borvan_progress_status(progress)));
-      }
-      if (Supervisor::Clock::now() > end) {
-        throw Failure(ExitCode::kFile,
-                      what + ": of " + SizeText(size) + " only " + std::to_string(bytes.size()) +
-                          " arrived in " + file.name,
-                      "Is the disk full?");
-      }
-      library_.Watch().ObeyStop();
-      library_.Platform().Sleep(kFileInterval);
-    }
-  } catch (...) {
-    library_.Platform().RemoveScratchFile(file);
-    throw;
+std::vector<std::uint8_t> LibraryCamera::Dump(const std::string& what, std::uint64_t size, Job job,
+                                              const StartWithFile& start) const {
+  const auto file = library_.Platform().NewScratchFile("bin");
+  const ScratchRemover remover(library_.Platform(), file);
+  job.start = [&](const Exports& exports) { return start(exports, file.library_name.c_str()); };
+  job.file = &file;
+  job.file_size = size;
+  if (Finish(what, job).outcome == JobEnd::Outcome::kUnknown) {
+    throw Failure(ExitCode::kDevice, what + ": not all bytes arrived, and the reason was lost",
+                  kAgain);
   }
-  library_.Platform().RemoveScratchFile(file);
-  if (bytes.size() != size) {
-    throw Failure(ExitCode::kDevice, what + ": " + std::to_string(bytes.size()) +
-                                         " bytes came instead of " + std::to_string(size));
-  }
-  return bytes;
+  return ReadWholeFile(file.name);
 }
 
 std::vector<std::uint8_t> LibraryCamera::ReadFlashByJob(std::uint32_t address, std::uint64_t size,
                                                         const Advance& advance) const {
-  Reselect();
-  const auto file = library_.Platform().NewScratchFile("bin");
   const auto last = static_cast<std::uint32_t>(address + size - 1);
   Job job;
   job.doing = "reading flash";
   job.total = size;
   job.advance = &advance;
-  job.start = [&](const Exports& exports) {
-    return exports.UsbFlashQuickReadFile(file.library_name.c_str(), address, last);
-  };
-  return Dump("reading flash " + Text(Range{address, last}), size, job, file);
+  return Dump("reading flash " + Text(Range{address, last}), size, job,
+              [&](const Exports& exports, const char* name) {
+                return exports.UsbFlashQuickReadFile(name, address, last);
+              });
 }
 
 // The byte at `address`, read on its own; `before` are the bytes right before it.
@@ -181,15 +163,19 @@ std::vector<std::uint8_t> LibraryCamera::ReadFlash(std::uint32_t address, std::u
 void LibraryCamera::ProgramFlash(std::uint32_t address, std::span<const std::uint8_t> bytes,
                                  const Advance& advance) {
   const auto lock = Lock();
-  Reselect();
   Job job;
   job.doing = "programming flash";
   job.silence = kSilencePerSector * static_cast<std::int64_t>(1 + bytes.size() / kSectorSize);
   job.total = bytes.size();
   job.advance = &advance;
   const Range range{address, static_cast<std::uint32_t>(address + bytes.size() - 1)};
-  SendFile("programming flash " + Text(range), bytes, "bin", job,
-           [&](const Exports& exports, const char* name) {
-             return exports.UsbFlashWriteFile(name, address);
-           });
+  const std::string what = "programming flash " + Text(range);
+  const JobEnd end =
+      SendFile(what, bytes, "bin", job, [&](const Exports& exports, const char* name) {
+        return exports.UsbFlashWriteFile(name, address);
+      });
+  if (end.outcome == JobEnd::Outcome::kUnknown &&
+      !std::ranges::equal(ReadFlash(address, bytes.size(), {}), bytes)) {
+    throw Failure(ExitCode::kDevice, what + ": it failed, and the reason was lost", kAgain);
+  }
 }

@@ -6,6 +6,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 // What working with the library needs of the system.
 class LibraryPlatform {
@@ -23,8 +24,21 @@ class LibraryPlatform {
   };
   // `extension` without the dot. Throws Failure kFile.
   virtual ScratchFile NewScratchFile(std::string_view extension) = 0;
-  // Removes it if it is there; a job that still has it open keeps it until the process ends.
+  // Removes it if it is there; a job that still has it open keeps it.
   virtual void RemoveScratchFile(const ScratchFile& file) = 0;
+  struct ScratchState {
+    bool exists = false;
+    bool open = false;       // by somebody, in this process or another
+    std::uint64_t size = 0;  // of a file that nobody has open
+  };
+  // Looks at a scratch file without keeping others from it.
+  virtual ScratchState Look(const ScratchFile& file) = 0;
+
+  // The numbers of this process's threads; nothing when the system does not tell.
+  virtual std::optional<std::vector<std::uint32_t>> Threads() = 0;
+  // How many of its threads that only wait the library may have at a time; each takes memory and,
+  // on some systems, handles.
+  virtual std::size_t MostClearTasks() const = 0;
 
   // A text of the library's, from the ANSI code page to UTF-8.
   virtual std::string ToUtf8(std::string_view text) = 0;

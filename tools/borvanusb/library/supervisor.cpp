@@ -4,18 +4,20 @@
 
 #include "failure.h"
 
-Supervisor::Call::Call(Supervisor& supervisor, const char* doing) : supervisor_(supervisor) {
+Supervisor::Call::Call(Supervisor& supervisor, const char* doing)
+    : supervisor_(supervisor), outer_(supervisor.doing_) {
   supervisor.ObeyStop();
   supervisor.since_ = Clock::now().time_since_epoch().count();
   supervisor.doing_ = doing;
 }
 
 Supervisor::Call::~Call() {
-  supervisor_.doing_ = nullptr;
+  supervisor_.since_ = Clock::now().time_since_epoch().count();
+  supervisor_.doing_ = outer_;
 }
 
 void Supervisor::ObeyStop() const {
-  if (StopRequested() && holds_ == 0) {
+  if (MustStop()) {
     throw Failure(ExitCode::kStopped, "stopped by the user");
   }
 }

@@ -16,6 +16,7 @@ class Supervisor {
   using Clock = std::chrono::steady_clock;
 
   // What the working thread is doing in a call that may hang. It must outlive the call: a literal.
+  // May be nested: the time of the outer one then begins anew behind the inner one.
   class Call {
    public:
     // Throws Failure kStopped when a stop is asked for and not held.
@@ -26,6 +27,7 @@ class Supervisor {
 
    private:
     Supervisor& supervisor_;
+    const char* const outer_;
   };
 
   // While one exists, a stop is not yet obeyed.
@@ -43,7 +45,9 @@ class Supervisor {
   // May be called from any thread, a console's signal included. Returns how often it was called.
   int RequestStop() { return ++stop_requests_; }
   bool StopRequested() const { return stop_requests_ > 0; }
-  // Throws Failure kStopped when a stop is asked for and not held.
+  // Whether a stop is asked for and not held.
+  bool MustStop() const { return StopRequested() && holds_ == 0; }
+  // Throws Failure kStopped when it must stop.
   void ObeyStop() const;
 
   void SetLastWords(std::function<std::vector<std::string>()> words);

@@ -38,7 +38,9 @@ class SupervisorHold : public Host::StopHold {
 void WindowsHost::Configure(const CommonArguments& arguments) {
   limit_ = arguments.timeout;
   supervisor_.SetLimit(limit_);
-  library_.reset();
+  if (library_) {
+    library_->SetLimit(limit_);
+  }
   if (!arguments.trace.empty()) {
     const std::wstring name = ToWide(arguments.trace);
     SetEnvironmentVariableW(kTraceVariable, name.c_str());
@@ -52,7 +54,7 @@ const LoadedLibrary& WindowsHost::Loaded() {
   return *loaded_;
 }
 
-const CameraLibrary& WindowsHost::Library() {
+CameraLibrary& WindowsHost::Library() {
   if (!library_) {
     if (!Loaded().Problem().empty()) {
       throw Failure(ExitCode::kInternal, Loaded().Problem(),

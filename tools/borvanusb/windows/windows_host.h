@@ -39,7 +39,7 @@ class WindowsHost : public Host {
       const std::function<void(std::size_t, bool, const std::string&)>& on_line) override;
 
  private:
-  const CameraLibrary& Library();
+  CameraLibrary& Library();
   const LoadedLibrary& Loaded();
 
   const Console& console_;

@@ -2,12 +2,15 @@
 
 #include <windows.h>
 
+#include <tlhelp32.h>
+
 #include <algorithm>
 #include <array>
 #include <vector>
 
 #include "arguments/numbers.h"
 #include "failure.h"
+#include "library/scratch_names.h"
 #include "windows/handle.h"
 #include "windows/text.h"
 #include "windows/video_devices.h"
@@ -69,6 +72,32 @@ std::wstring FindScratchFolder() {
                 "Set TEMP to a folder whose name has letters of the system's code page only.");
 }
 
+// Whether a process with this number lives; true also where that can't be told.
+bool IsAlive(std::uint32_t process) {
+  const UniqueHandle handle(OpenProcess(SYNCHRONIZE, FALSE, process));
+  if (handle == nullptr) {
+    return GetLastError() != ERROR_INVALID_PARAMETER;
+  }
+  return WaitForSingleObject(handle.get(), 0) != WAIT_OBJECT_0;
+}
+
+// Removes scratch files of processes that were killed, or whose jobs had them open to the end: each
+// may hold a piece of a camera's flash.
+void RemoveLeftFiles(const std::wstring& folder) {
+  WIN32_FIND_DATAW found{};
+  const HANDLE search = FindFirstFileW((folder + L"borvanusb-*").c_str(), &found);
+  if (search == INVALID_HANDLE_VALUE) {
+    return;
+  }
+  do {
+    const auto owner = ScratchOwner(::ToUtf8(found.cFileName));
+    if ((found.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) == 0 && owner && !IsAlive(*owner)) {
+      DeleteFileW((folder + found.cFileName).c_str());
+    }
+  } while (FindNextFileW(search, &found) != FALSE);
+  FindClose(search);
+}
+
 // FNV-1a: a short name for a long one.
 std::uint64_t Digest(std::string_view text) {
   std::uint64_t digest = 0xCBF29CE484222325;
@@ -103,14 +132,15 @@ class MutexLock : public LibraryPlatform::CameraLock {
 LibraryPlatform::ScratchFile WindowsLibraryPlatform::NewScratchFile(std::string_view extension) {
   if (scratch_folder_.empty()) {
     scratch_folder_ = FindScratchFolder();
+    RemoveLeftFiles(scratch_folder_);
   }
   // The process's number alone may come again while an old file is still there.
   LARGE_INTEGER ticks{};
   QueryPerformanceCounter(&ticks);
-  const std::wstring name = scratch_folder_ + L"borvanusb-" +
-                            std::to_wstring(GetCurrentProcessId()) + L"-" +
-                            std::to_wstring(ticks.QuadPart) + L"-" +
-                            std::to_wstring(++scratch_files_) + L"." + ToWide(extension);
+  const std::wstring name =
+      scratch_folder_ +
+      ToWide(ScratchName(GetCurrentProcessId(), static_cast<std::uint64_t>(ticks.QuadPart),
+                         ++scratch_files_, extension));
   return {ToAnsi(name).value_or(""), ::ToUtf8(name)};
 }
 
@@ -123,6 +153,45 @@ void WindowsLibraryPlatform::RemoveScratchFile(const ScratchFile& file) {
     }
     ::Sleep(kRemoveInterval);
   }
+}
+
+LibraryPlatform::ScratchState WindowsLibraryPlatform::Look(const ScratchFile& file) {
+  const UniqueHandle handle(CreateFileW(ToWide(file.name).c_str(), GENERIC_READ, 0, nullptr,
+                                        OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
+  if (handle.get() == INVALID_HANDLE_VALUE) {
+    const DWORD error = GetLastError();
+    const bool missing = error == ERROR_FILE_NOT_FOUND || error == ERROR_PATH_NOT_FOUND;
+    return {!missing, !missing, 0};
+  }
+  LARGE_INTEGER size{};
+  const bool told = GetFileSizeEx(handle.get(), &size) != FALSE;
+  return {true, !told, told ? static_cast<std::uint64_t>(size.QuadPart) : 0};
+}
+
+std::optional<std::vector<std::uint32_t>> WindowsLibraryPlatform::Threads() {
+  const UniqueHandle snapshot(CreateToolhelp32Snapshot(TH32CS_SNAPTHREAD, 0));
+  if (snapshot.get() == INVALID_HANDLE_VALUE) {
+    return std::nullopt;
+  }
+  std::vector<std::uint32_t> threads;
+  THREADENTRY32 entry{};
+  entry.dwSize = sizeof entry;
+  for (BOOL more = Thread32First(snapshot.get(), &entry); more != FALSE;
+       more = Thread32Next(snapshot.get(), &entry)) {
+    if (entry.th32OwnerProcessID == GetCurrentProcessId()) {
+      threads.push_back(entry.th32ThreadID);
+    }
+  }
+  // A list without the thread that asks is none.
+  const bool whole =
+      std::find(threads.begin(), threads.end(), GetCurrentThreadId()) != threads.end();
+  return whole ? std::optional(std::move(threads)) : std::nullopt;
+}
+
+// Under Wine each thread takes some of the process's file descriptors, of which there may be 1024.
+std::size_t WindowsLibraryPlatform::MostClearTasks() const {
+  constexpr std::size_t kMost = 100;
+  return kMost;
 }
 
 std::string WindowsLibraryPlatform::ToUtf8(std::string_view text) {

@@ -9,6 +9,9 @@ class WindowsLibraryPlatform : public LibraryPlatform {
  public:
   ScratchFile NewScratchFile(std::string_view extension) override;
   void RemoveScratchFile(const ScratchFile& file) override;
+  ScratchState Look(const ScratchFile& file) override;
+  std::optional<std::vector<std::uint32_t>> Threads() override;
+  std::size_t MostClearTasks() const override;
   std::string ToUtf8(std::string_view text) override;
   std::optional<std::string> DeviceName(const std::string& path) override;
   std::string SystemMessage(std::uint32_t status) override;
