@@ -11,8 +11,8 @@ namespace {
 constexpr std::uint32_t kAddress = 0x1F00;
 // From 0x1f00 to 0x33ff: shares the sectors 0x1000 and 0x3000 with other bytes, fills 0x2000.
 constexpr std::size_t kSize = 0x1500;
-// Transfers before the first erase: the look at three sectors and seven landmarks.
-constexpr std::uint64_t kBefore = 3 * 64 + 7;
+// Transfers before the first erase: the look at three sectors and nine landmarks.
+constexpr std::uint64_t kBefore = 3 * 64 + 9;
 // A whole sector: erase, 68 packets, 4 words.
 constexpr std::uint64_t kSectorTransfers = 1 + 68 + 4;
 

@@ -1,6 +1,7 @@
 #include "flash/camera_evidence.h"
 
 #include <algorithm>
+#include <array>
 
 #include "flash/byte_ranges.h"
 
@@ -16,6 +17,7 @@ constexpr std::uint64_t kSure = std::uint64_t{64} << 10U;
 constexpr std::uint64_t kLandmarks = 8;
 // So that each lies at another place within its sector.
 constexpr std::uint64_t kStagger = 0x0A94;
+constexpr std::array<std::uint32_t, 2> kDistances = {0x4, 0xE10};
 
 bool Says(std::uint32_t word) {
   return word != kBlankWord && word != kZeroWord;
@@ -64,11 +66,20 @@ std::vector<Landmark> TakeLandmarks(Camera& camera, const SectorSpan& sectors) {
   const std::uint64_t end = std::max<std::uint64_t>(kSure, sectors.address);
   const std::uint64_t step = end / kLandmarks;
   std::vector<Landmark> landmarks;
+  const auto take = [&](std::uint32_t address) {
+    if (address < sectors.address || address >= sectors.End()) {
+      landmarks.push_back({address, {camera.PeekFlashWord(address)}});
+    }
+  };
   for (std::uint64_t i = 0; i < kLandmarks; ++i) {
     const auto address =
         static_cast<std::uint32_t>((i * step + i * kStagger % step) / kWordSize * kWordSize);
-    if (address < sectors.address || address >= sectors.End()) {
-      landmarks.push_back({address, {camera.PeekFlashWord(address)}});
+    take(address);
+  }
+  // Right before the change cameras of one kind may well differ.
+  for (const std::uint32_t distance : kDistances) {
+    if (distance <= sectors.address) {
+      take(sectors.address - distance);
     }
   }
   return landmarks;

@@ -1,10 +1,12 @@
 #include "flash/journal_store.h"
 
 #include <algorithm>
+#include <random>
 #include <set>
 #include <stdexcept>
 #include <utility>
 
+#include "arguments/numbers.h"
 #include "failure.h"
 #include "files.h"
 #include "flash/sha256.h"
@@ -80,11 +82,10 @@ std::vector<JournalStore::Entry> JournalStore::Load() const {
 }
 
 std::string JournalStore::NewName(const std::string& time) const {
-  std::string name = folder_ + own_ + "-" + time + kNameEnd;
-  for (int i = 2; FileExists(name); ++i) {
-    name = folder_ + own_ + "-" + time + "-" + std::to_string(i) + kNameEnd;
-  }
-  return name;
+  // A name never comes again: a journal that was cut off may still name those that it replaces.
+  std::random_device random;
+  constexpr int kDigits = 8;
+  return folder_ + own_ + "-" + time + "-" + Hex(random(), kDigits).substr(2) + kNameEnd;
 }
 
 void JournalStore::Save(const std::string& file, const Journal& journal) const {

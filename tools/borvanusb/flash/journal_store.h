@@ -21,7 +21,7 @@ class JournalStore {
   // kFile for one that can't be read: what it holds must not be lost by going on without it.
   std::vector<Entry> Load() const;
 
-  // A name that no file has; `time` is part of it.
+  // A name that no journal has or had; `time` is part of it.
   std::string NewName(const std::string& time) const;
   // Both wait until the change is on the disk. Throw Failure kFile.
   void Save(const std::string& file, const Journal& journal) const;
