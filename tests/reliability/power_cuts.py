@@ -142,6 +142,7 @@ class Cuts:
         self.chance = chance
         self.old = chance.randbytes(FLASH)
         self.figures = collections.Counter()
+        self.harmed = True  # whether each cut took bytes beside the image
         self.plans = [
             # Parts of two sectors, all of one and parts of both its neighbours, a part of one.
             Plan(0x1234, chance.randbytes(5000), True),
@@ -159,6 +160,7 @@ class Cuts:
 
     def prepare(self, plan):
         """A camera with the old bytes, and the image."""
+        self.harmed = True
         self.place.reset(self.old)
         self.place.file("image.bin", plan.image)
 
@@ -206,14 +208,15 @@ class Cuts:
     def note_flash(self, plan):
         """Counts what the cut left."""
         flash = self.place.flash()
+        begin = plan.address
+        end = begin + len(plan.image)
+        beside = flash[:begin] != self.old[:begin] or flash[end:] != self.old[end:]
+        self.harmed = self.harmed and beside
         if flash == self.old:
             self.figures["left the flash as it was"] += 1
         elif flash == self.wanted(plan):
             self.figures["left the flash as wanted"] += 1
         else:
-            begin = plan.address
-            end = begin + len(plan.image)
-            beside = flash[:begin] != self.old[:begin] or flash[end:] != self.old[end:]
             self.figures["left bytes beside the image lost" if beside else
                          "left the image in part"] += 1
 
@@ -229,7 +232,8 @@ class Cuts:
         # A killed process can't remove the file it was writing, and the next one knows nothing of it.
         self.figures["half-written files left behind"] += len(list(self.place.folder.glob("*.part*")))
         left = [path.name for path in self.place.folder.glob("*.journal")]
-        if left:
+        # Bytes that nobody missed may be another camera's: their journal stays.
+        if left and self.harmed:
             return f"left behind: {left}"
         if plan.backup:
             begin = plan.address // SECTOR * SECTOR

@@ -84,6 +84,7 @@ class ToolTest(unittest.TestCase):
         self.addCleanup(shutil.rmtree, self.folder, ignore_errors=True)
         self.environment = dict(os.environ, WINEDEBUG="-all",
                                 BORVAN_VIRTUAL_CAMERA=windows_name(self.folder / "cameras.json"),
+                                BORVANUSB_JOURNALS=windows_name(self.folder),
                                 WINEDLLOVERRIDES="mscoree,mshtml,winedbg.exe=")
 
     # Cameras.
@@ -132,6 +133,7 @@ class ToolTest(unittest.TestCase):
 
     def start(self, *arguments, environment=None, **options):
         """Starts borvanusb; the caller waits for it."""
+        options.setdefault("cwd", self.folder)
         return subprocess.Popen([*self.command(), *map(str, arguments)], env=dict(
             self.environment, **(environment or {})), stdin=subprocess.DEVNULL,
             stdout=subprocess.PIPE, stderr=subprocess.PIPE, **options)
