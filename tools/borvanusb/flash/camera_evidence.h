@@ -23,8 +23,8 @@ enum class SameCamera { kYes, kUnknown, kNo };
 // A single difference speaks for another camera: what this program changed since is followed.
 SameCamera Weigh(const Evidence& evidence);
 
-// Words that a change of `sectors` leaves alone: of the first 64 KiB and of all that lies before the
-// sectors. Throws Failure as the camera's reads do.
+// Words that a change of `sectors` leaves alone: of the first 64 KiB and of all that lies before
+// the sectors. Throws Failure as the camera's reads do.
 std::vector<Landmark> TakeLandmarks(Camera& camera, const SectorSpan& sectors);
 
 // The journal's landmarks, read again.

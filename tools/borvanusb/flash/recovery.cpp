@@ -268,9 +268,8 @@ class Judge {
     }
     if (!Covers(request_.named, sector)) {
       const bool is_open = journal.open_sector && journal.open_sector->address == record.address;
-      return is_open && FateOf(found, *journal.open_sector, request_.named) == SectorFate::kUnharmed
-                 ? SectorState::kHalf
-                 : SectorState::kOther;
+      return is_open && CanBeLeftByCut(found, *journal.open_sector) ? SectorState::kHalf
+                                                                    : SectorState::kOther;
     }
     const Bytes new_bytes = PartOf(request_.named_bytes, request_.named.first, sector);
     return IsHalfErased(found, old_bytes) || IsHalfProgrammed(found, new_bytes)

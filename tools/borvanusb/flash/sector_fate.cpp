@@ -15,6 +15,10 @@ bool HasBitsOf(Bytes found, Bytes target) {
       found, target, [](std::uint8_t now, std::uint8_t then) { return (now & then) == then; });
 }
 
+bool Holds(const std::vector<std::string>& digests, const std::string& digest) {
+  return std::ranges::find(digests, digest) != digests.end();
+}
+
 bool IsErased(Bytes bytes) {
   return std::ranges::all_of(bytes, [](std::uint8_t byte) { return byte == kErased; });
 }
@@ -56,16 +60,15 @@ SectorFate FateOf(Bytes found, const SharedSector& sector, const Range& named) {
   if (!harmed) {
     return SectorFate::kUnharmed;
   }
-  const std::string digest = SectorDigest(found);
-  const auto holds = [&](const std::vector<std::string>& digests) {
-    return std::ranges::find(digests, digest) != digests.end();
-  };
-  const bool on_its_way = holds(sector.seen) || IsHalfErased(found, sector.original) ||
-                          std::ranges::any_of(sector.planned, [&](Bytes planned) {
-                            return IsHalfProgrammed(found, planned) || IsHalfErased(found, planned);
-                          });
-  if (!on_its_way) {
+  if (!CanBeLeftByCut(found, sector)) {
     return SectorFate::kOtherwise;
   }
-  return holds(sector.since) ? SectorFate::kEither : SectorFate::kOnItsWay;
+  return Holds(sector.since, SectorDigest(found)) ? SectorFate::kEither : SectorFate::kOnItsWay;
+}
+
+bool CanBeLeftByCut(Bytes found, const SharedSector& sector) {
+  return Holds(sector.seen, SectorDigest(found)) || IsHalfErased(found, sector.original) ||
+         std::ranges::any_of(sector.planned, [&](Bytes planned) {
+           return IsHalfProgrammed(found, planned) || IsHalfErased(found, planned);
+         });
 }

@@ -18,6 +18,9 @@ enum class SectorFate {
 SectorFate FateOf(std::span<const std::uint8_t> found, const SharedSector& sector,
                   const Range& named);
 
+// Whether the whole sector, the named bytes included, is as a cut can leave it.
+bool CanBeLeftByCut(std::span<const std::uint8_t> found, const SharedSector& sector);
+
 // Whether an erase that was cut off can have left this of `original`: bits are set all over the
 // sector, none is cleared.
 bool IsHalfErased(std::span<const std::uint8_t> found, std::span<const std::uint8_t> original);
