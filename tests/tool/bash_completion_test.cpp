@@ -79,13 +79,17 @@ TEST_F(BashCompletionTest, OptionsOfTheCommandAndOfAll) {
   EXPECT_THAT(Offered({"borvanusb", "--js"}), ElementsAre("--json"));
   EXPECT_THAT(Offered({"borvanusb", "list", "--"}), Contains("--watch"));
   EXPECT_THAT(Offered({"borvanusb", "list", "--"}), Not(Contains("--wide")));
+  EXPECT_THAT(Offered({"borvanusb", "list", "--"}), Contains("--json"));
+  EXPECT_THAT(Offered({"borvanusb", "list", "--"}), Not(Contains("--camera")));
+  EXPECT_THAT(Offered({"borvanusb", "manual", "--"}),
+              ElementsAre("--json", "--quiet", "--help", "--version"));
 }
 
 TEST_F(BashCompletionTest, ValuesThatAreFew) {
   EXPECT_THAT(Offered({"borvanusb", "--progress", ""}),
               ElementsAre("auto", "bar", "lines", "json", "none"));
-  EXPECT_THAT(Offered({"borvanusb", "list", "--progress", "=", "l"}), ElementsAre("lines"));
-  EXPECT_THAT(Offered({"borvanusb", "list", "--progress", "="}),
+  EXPECT_THAT(Offered({"borvanusb", "bench", "--progress", "=", "l"}), ElementsAre("lines"));
+  EXPECT_THAT(Offered({"borvanusb", "bench", "--progress", "="}),
               ElementsAre("auto", "bar", "lines", "json", "none"));
   EXPECT_THAT(Offered({"borvanusb", "i2c", "read", "--mode", "16"}), ElementsAre("16/8", "16/16"));
   EXPECT_THAT(Offered({"borvanusb", "completion", "p"}), ElementsAre("powershell"));
@@ -94,9 +98,9 @@ TEST_F(BashCompletionTest, ValuesThatAreFew) {
 TEST_F(BashCompletionTest, FilesWhereFilesAreMeant) {
   EXPECT_THAT(Offered({"borvanusb", "flash", "program", "im"}), ElementsAre("image one.bin"));
   EXPECT_THAT(Offered({"borvanusb", "reg", "dump", "0x10", "li"}), ElementsAre("list.txt"));
-  EXPECT_THAT(Offered({"borvanusb", "list", "--trace", "li"}), ElementsAre("list.txt"));
+  EXPECT_THAT(Offered({"borvanusb", "info", "--trace", "li"}), ElementsAre("list.txt"));
   EXPECT_THAT(Offered({"borvanusb", "reg", "read", ""}), IsEmpty());
-  EXPECT_THAT(Offered({"borvanusb", "list", "--camera", ""}), IsEmpty());
+  EXPECT_THAT(Offered({"borvanusb", "info", "--camera", ""}), IsEmpty());
 }
 
 TEST_F(BashCompletionTest, OptionsBeforeTheCommandDoNotHideIt) {

@@ -148,7 +148,7 @@ TEST(CommandLineErrorsTest, DecimalsSayWhatIsAllowed) {
 }
 
 TEST(CommandLineErrorsTest, ChoicesAreListed) {
-  ExpectRefused({"list", "--progress", "Bar"},
+  ExpectRefused({"bench", "--progress", "Bar"},
                 "--progress: \"Bar\" is not allowed: auto, bar, lines, json or none");
   ExpectRefused({"completion", "zsh"}, "SHELL: \"zsh\" is not allowed: bash or powershell");
 }
@@ -156,7 +156,7 @@ TEST(CommandLineErrorsTest, ChoicesAreListed) {
 TEST(CommandLineErrorsTest, EmptyTextsAreVariablesThatWereNeverSet) {
   ExpectRefused({"reg", "load", ""}, "FILE: \"\" is no file name");
   ExpectRefused(
-      {"list", "--camera", ""},
+      {"info", "--camera", ""},
       "--camera: \"\" is no camera: its index, path, vid:pid or name, or a part of path or "
       "name");
 }
@@ -201,6 +201,50 @@ TEST(CommandLineErrorsTest, ContradictionsAreRefused) {
                 "B: camera is given twice; one of the two must be a list");
   ExpectRefused({"selftest", "--mode", "8/8"},
                 "--mode: says how to speak to a sensor; --slave must say to which");
+}
+
+// An option that was ignored would let its user believe that it counts.
+TEST(CommandLineErrorsTest, CommonOptionThatWouldBeIgnoredIsRefused) {
+  ExpectRefused({"list", "--camera", "9"},
+                "--camera: does not apply to list, which lists all cameras");
+  ExpectRefused({"--camera", "", "list"},
+                "--camera: does not apply to list, which lists all cameras");
+  ExpectRefused({"list", "--watch", "--trace", "t"},
+                "--trace: does not apply to list, which makes no transfers");
+  ExpectRefused({"doctor", "--camera", "1"},
+                "--camera: does not apply to doctor, which examines all cameras");
+  for (const Words& command : std::vector<Words>{{"list"},
+                                                 {"info"},
+                                                 {"doctor"},
+                                                 {"reg", "write", "1", "2"},
+                                                 {"i2c", "write", "1", "2", "--slave", "1"},
+                                                 {"watch", "--reg", "1"},
+                                                 {"completion", "bash"},
+                                                 {"manual"}}) {
+    Words words = command;
+    words.insert(words.end(), {"--progress", "none"});
+    EXPECT_TRUE(
+        FailureOf(words).Message().starts_with("--progress: does not apply to " + command[0]))
+        << FailureOf(words).Message();
+  }
+  for (const Words& command : std::vector<Words>{{"completion", "bash"}, {"manual"}}) {
+    for (const Words& option : std::vector<Words>{
+             {"--camera", "1"}, {"--timeout", "5"}, {"--trace", "t"}, {"--verbose"}}) {
+      Words words = command;
+      words.insert(words.end(), option.begin(), option.end());
+      ExpectRefused(words,
+                    option[0] + ": does not apply to " + command[0] + ", which uses no camera");
+    }
+  }
+  for (const char* const option : {"--camera", "--trace"}) {
+    for (const char* const command : {"reg", "i2c"}) {
+      ExpectRefused({command, "load", "a.txt", "--check-only", option, "1"},
+                    std::string(option) + ": does not apply to --check-only, which uses no camera");
+    }
+    ExpectRefused(
+        {"reg", "diff", "a.txt", "b.txt", option, "1"},
+        std::string(option) + ": does not apply to two lists, which are compared without a camera");
+  }
 }
 
 TEST(CommandLineErrorsTest, WatchNeedsSomethingToWatch) {

@@ -46,16 +46,22 @@ TEST(CommandLineTest, CommonOptionsMayBeLeftOut) {
   EXPECT_EQ(common.progress, ProgressMode::kAuto);
 }
 
+TEST(CommandLineTest, CameraStandsWhereOneOfTwoSidesIsTheCamera) {
+  EXPECT_EQ(Parsed({"reg", "diff", "a.txt", "camera", "--camera", "1"}).common.cameras.size(), 1U);
+  EXPECT_EQ(Parsed({"reg", "diff", "camera", "a.txt", "--camera", "1"}).common.cameras.size(), 1U);
+  EXPECT_EQ(Parsed({"reg", "load", "a.txt", "--camera", "1"}).common.cameras.size(), 1U);
+}
+
 TEST(CommandLineTest, TimeoutGoesFromATenthOfASecondToAnHour) {
   EXPECT_EQ(Parsed({"list", "--timeout", "0.1"}).common.timeout, milliseconds(100));
   EXPECT_EQ(Parsed({"list", "--timeout", "3600"}).common.timeout, milliseconds(3600000));
 }
 
 TEST(CommandLineTest, EveryProgressFormHasItsName) {
-  EXPECT_EQ(Parsed({"list", "--progress", "auto"}).common.progress, ProgressMode::kAuto);
-  EXPECT_EQ(Parsed({"list", "--progress", "bar"}).common.progress, ProgressMode::kBar);
-  EXPECT_EQ(Parsed({"list", "--progress", "json"}).common.progress, ProgressMode::kJson);
-  EXPECT_EQ(Parsed({"list", "--progress", "none"}).common.progress, ProgressMode::kNone);
+  EXPECT_EQ(Parsed({"bench", "--progress", "auto"}).common.progress, ProgressMode::kAuto);
+  EXPECT_EQ(Parsed({"bench", "--progress", "bar"}).common.progress, ProgressMode::kBar);
+  EXPECT_EQ(Parsed({"bench", "--progress", "json"}).common.progress, ProgressMode::kJson);
+  EXPECT_EQ(Parsed({"bench", "--progress", "none"}).common.progress, ProgressMode::kNone);
 }
 
 TEST(CommandLineTest, CommandsAboutCameras) {
@@ -206,8 +212,8 @@ TEST(CommandLineTest, CommandsForScriptsAndShells) {
 }
 
 TEST(CommandLineTest, ValueMayBeginWithADash) {
-  EXPECT_EQ(Parsed({"list", "--camera", "-x"}).common.cameras, (std::vector<std::string>{"-x"}));
-  EXPECT_EQ(Parsed({"list", "--camera=--y=z"}).common.cameras, (std::vector<std::string>{"--y=z"}));
+  EXPECT_EQ(Parsed({"info", "--camera", "-x"}).common.cameras, (std::vector<std::string>{"-x"}));
+  EXPECT_EQ(Parsed({"info", "--camera=--y=z"}).common.cameras, (std::vector<std::string>{"--y=z"}));
   EXPECT_EQ(As<RegLoadCommand>({"reg", "load", "--", "-x"}).file, "-x");
   EXPECT_EQ(As<RegLoadCommand>({"reg", "load", "--json", "--", "--json"}).file, "--json");
   EXPECT_EQ(As<RegLoadCommand>({"reg", "load", "-"}).file, "-");
@@ -217,7 +223,7 @@ TEST(CommandLineTest, ValueIsTakenAsItIs) {
   for (const std::string text : {"list", "read", "a b", "/json", "[a,b]", "{}", "\"q\"", "a=b",
                                  "Kamera \xC3\xA4\xE6\x97\xA5.txt"}) {
     EXPECT_EQ(As<RegLoadCommand>({"reg", "load", text}).file, text);
-    EXPECT_EQ(Parsed({"list", "--camera", text}).common.cameras, (std::vector<std::string>{text}));
+    EXPECT_EQ(Parsed({"info", "--camera", text}).common.cameras, (std::vector<std::string>{text}));
   }
 }
 

@@ -58,6 +58,13 @@ TEST_F(FlashSeveralTest, EachCameraGetsAProcessWithNamesOfItsOwn) {
                               "--progress", "json", "--timeout", "10.000"}));
 }
 
+TEST_F(FlashSeveralTest, VerboseHoldsForEachProcess) {
+  common.verbose = true;
+  Run(command_);
+  ASSERT_EQ(children_.size(), 3U);
+  EXPECT_EQ(children_[2].back(), "--verbose");
+}
+
 TEST_F(FlashSeveralTest, CamerasThatAreNamedAreTheOnlyOnes) {
   command_.all = false;
   common.cameras = {"2", "0"};

@@ -55,11 +55,17 @@ TEST(HelpTest, CommandHelpSaysUsageOptionsAndAnExample) {
             "  --mask M              change only the bits that are 1 in M; reads first\n"
             "  --verify              read back and compare\n"
             "\n"
-            "Common: --camera WHICH, --timeout SECONDS, --progress HOW, --trace FILE, --json,\n"
-            "  --quiet, --verbose, --help\n"
+            "Common: --camera WHICH, --timeout SECONDS, --trace FILE, --json, --quiet,\n"
+            "  --verbose, --help\n"
             "Exit codes: 0 done, others say which failure; borvanusb --help lists them.\n"
             "\n"
             "Example: borvanusb reg write 0x1a3 0x20 --mask 0x20 --verify\n");
+}
+
+TEST(HelpTest, CommandHelpNamesNoCommonOptionThatIsRefused) {
+  EXPECT_THAT(Help({"list", "--help"}),
+              HasSubstr("\nCommon: --timeout SECONDS, --json, --quiet, --verbose, --help\n"));
+  EXPECT_THAT(Help({"manual", "--help"}), HasSubstr("\nCommon: --json, --quiet, --help\n"));
 }
 
 TEST(HelpTest, HelpNeedsNothingElseToBeRight) {

@@ -84,5 +84,11 @@ TEST_F(ManualTest, JsonHoldsThePage) {
   EXPECT_EQ(result["manual"], output.out);
 }
 
+TEST_F(ManualTest, NamesTheCommonOptionsThatACommandDoesNotTake) {
+  EXPECT_THAT(output.out, HasSubstr("\nTakes no \\fB\\-\\-camera\\fR, \\fB\\-\\-progress\\fR and "
+                                    "\\fB\\-\\-trace\\fR.\n"));
+  EXPECT_THAT(output.out, HasSubstr("\nTakes no \\fB\\-\\-progress\\fR.\n"));
+}
+
 }  // namespace
 }  // namespace tool_test

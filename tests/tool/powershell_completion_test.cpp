@@ -43,8 +43,9 @@ TEST(PowerShellCompletionTest, CompletesTheProgramUnderBothNames) {
 TEST(PowerShellCompletionTest, HoldsCommandsOptionsAndValues) {
   const std::string script = PowerShellCompletion(DescribeTool());
   EXPECT_THAT(script, HasSubstr("@{ Words = 'reg load'; Text = 'Writes the registers of a list.'; "
-                                "Values = @() }\n"));
-  EXPECT_THAT(script, HasSubstr("Values = @('bash', 'powershell') }\n"));
+                                "Values = @(); Without = @() }\n"));
+  EXPECT_THAT(script, HasSubstr("Values = @('bash', 'powershell'); Without = @("));
+  EXPECT_THAT(script, HasSubstr("; Without = @('--camera', '--progress', '--trace') }\n"));
   EXPECT_THAT(script,
               HasSubstr("@{ Name = '--no-verify'; Text = 'don''t read back'; TakesValue = $false; "
                         "Values = @() }\n"));

@@ -169,10 +169,31 @@ TEST_F(RunToolTest, QuietHasNoProgressAndNoRemarks) {
     context.progress.Done();
     return ExitCode::kDone;
   });
-  EXPECT_EQ(Run({"info", "--quiet", "--progress", "lines"}), 0);
+  EXPECT_EQ(Run({"bench", "--quiet", "--progress", "lines"}), 0);
   EXPECT_EQ(err, "");
-  EXPECT_EQ(Run({"info", "--progress", "lines"}), 0);
+  EXPECT_EQ(Run({"bench", "--progress", "lines"}), 0);
   EXPECT_EQ(err, "read: 100\nnote\nread: done, 100 in 0.0 s\n");
+}
+
+TEST_F(RunToolTest, VerboseTellsAtTheEndWhatWasUsed) {
+  host.details = {"library  b.dll, version 1.2.3", "calls    listing the cameras 1"};
+  Command([](Context& context) {
+    context.output.Line("line");
+    context.output.Note("note");
+    return ExitCode::kDone;
+  });
+  EXPECT_EQ(Run({"info", "--verbose"}), 0);
+  EXPECT_EQ(out, "line\n");
+  EXPECT_EQ(err, "note\nlibrary  b.dll, version 1.2.3\ncalls    listing the cameras 1\n");
+  err.clear();
+  Command([](Context&) -> ExitCode { throw Failure(ExitCode::kDevice, "the camera is gone"); });
+  EXPECT_EQ(Run({"info", "--verbose"}), 6);
+  EXPECT_EQ(err,
+            "library  b.dll, version 1.2.3\ncalls    listing the cameras 1\n"
+            "borvanusb: info: the camera is gone\n");
+  err.clear();
+  EXPECT_EQ(Run({"info"}), 6);
+  EXPECT_EQ(err, "borvanusb: info: the camera is gone\n");
 }
 
 TEST_F(RunToolTest, HelpAndVersionAreAnswersAndNoFailures) {

@@ -60,5 +60,15 @@ TEST(SupervisorTest, LastWordsAreThoseSetLast) {
   EXPECT_TRUE(supervisor.LastWords().empty());
 }
 
+TEST(SupervisorTest, CallsAreCountedByWhatTheyDo) {
+  Supervisor supervisor;
+  EXPECT_TRUE(supervisor.Calls().empty());
+  { const Supervisor::Call call(supervisor, "listing the cameras"); }
+  { const Supervisor::Call call(supervisor, "reading a register"); }
+  { const Supervisor::Call call(supervisor, "listing the cameras"); }
+  EXPECT_EQ(supervisor.Calls(), (std::vector<Supervisor::Count>{{"listing the cameras", 2},
+                                                                {"reading a register", 1}}));
+}
+
 }  // namespace
 }  // namespace tool_test

@@ -19,6 +19,9 @@ class ListTest(station.ToolTest):
         self.assertIn("1234:0001", text)
         self.assertIn("\\\\?\\usb#vid_1234&pid_0001&mi_00#1", text)
 
+    def test_camera_is_no_option_of_it(self):
+        self.refuse(1, "--camera: does not apply to list", "list", "--camera", "9")
+
     def test_json_follows_its_schema(self):
         self.plug_in(camera(0), camera(1))
         result = self.succeed("list", "--json").json
@@ -157,6 +160,19 @@ class InfoTest(station.ToolTest):
         outcome = self.refuse(8, "does not answer", "info", "--timeout", "0.5", "--json")
         self.assertLess(time.monotonic() - started, 15)
         self.assertEqual(outcome.json["error"]["kind"], "timeout")
+
+    def test_verbose_tells_library_camera_and_calls(self):
+        self.plug_in(camera(0))
+        outcome = self.succeed("info", "--verbose")
+        self.assertRegex(outcome.err, r"(?m)^library  Z:\\.*\\BorvanUSB_x64\.dll, version [0-9.]+$")
+        self.assertIn("camera   0  1234:0000  Test camera 0  \\\\?\\usb#vid_1234&pid_0000&mi_00#0\n",
+                      outcome.err)
+        self.assertRegex(outcome.err, r"(?m)^calls    listing the cameras 2, opening the camera 1, "
+                                      r"reading a register 2, ")
+        self.assertEqual(self.succeed("info").err, "")
+        name = self.file("list.txt", "0xfffd, 0,\n0x100, 1,\n")
+        self.assertEqual(self.succeed("reg", "load", name, "--check-only", "--verbose").err,
+                         "library  not used\n")
 
     def test_trace_holds_this_processs_transfers(self):
         self.plug_in(camera(0))

@@ -264,7 +264,7 @@ class LookingTest(station.ToolTest):
             ("help|command", [[]]),
             ("--timeout", [["list", "--timeout", "0"], ["list", "--timeout", "soon"]]),
             ("--quiet", [["list", "--quiet", "--verbose"]]),
-            ("--progress", [["list", "--progress", "loud"]]),
+            ("--progress", [["bench", "--progress", "loud"]]),
             ("--camera", [["reg", "read", "1", "--camera", "0", "--camera", "0"]]),
         ]
         for message, lines in cases:

@@ -94,6 +94,10 @@ class Host {
 
   virtual SystemReport ExamineSystem() = 0;
 
+  // What --verbose tells of the work so far, in lines: the library, the cameras that were opened,
+  // the calls that were made.
+  virtual std::vector<std::string> Details() const { return {}; }
+
   // Runs this program several times at once, with these arguments, and returns the exit codes.
   // `on_line` gets each line of their outputs, without its end, on the calling thread: which child,
   // whether from its standard error, the line.

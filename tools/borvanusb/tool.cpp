@@ -99,12 +99,18 @@ int RunArguments(const Arguments& arguments, Host& host, ResultStream& results,
     options.move_up = streams.move_up;
   }
   TextOutput output(output_around_bar, error_around_bar, options);
+  const auto tell_details = [&] {
+    for (const std::string& detail : common.verbose ? host.Details() : std::vector<std::string>()) {
+      output.Detail(detail);
+    }
+  };
   nlohmann::ordered_json result;
   try {
     host.Configure(common);
     Context context{common, host, output, *progress, result};
     const ExitCode code = Dispatch(arguments.command, context);
     progress->Break();
+    tell_details();
     if (common.json && !result.is_null()) {
       results.Write(JsonText(result));
     }
@@ -112,6 +118,7 @@ int RunArguments(const Arguments& arguments, Host& host, ResultStream& results,
   } catch (...) {
     const Failure failure = CurrentFailure();
     progress->Break();
+    tell_details();
     return Report(CommandWords(arguments.command), failure, common.json, results, streams);
   }
 }

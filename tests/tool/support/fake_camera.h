@@ -115,6 +115,7 @@ class FakeHost : public Host {
   bool Ask(const std::string& question) override;
   std::string Environment(const std::string& name) const override;
   SystemReport ExamineSystem() override { return system_report; }
+  std::vector<std::string> Details() const override { return details; }
   std::vector<int> RunChildren(
       const std::vector<std::vector<std::string>>& arguments,
       const std::function<void(std::size_t, bool, const std::string&)>& on_line) override;
@@ -136,6 +137,7 @@ class FakeHost : public Host {
   std::map<std::string, std::string> environment;
   std::chrono::steady_clock::time_point clock;
   SystemReport system_report;
+  std::vector<std::string> details;
   // What RunChildren is to do for a child: gets its arguments and where to send its lines.
   std::function<int(const std::vector<std::string>&,
                     const std::function<void(bool, const std::string&)>&)>

@@ -51,6 +51,7 @@ CommandRule WatchRule() {
       File(Option("--csv", "FILE", "write what is shown to a file, too: first values and changes")),
       [](WatchCommand& command, const std::string& text) { command.csv = FileValue(text); });
   rule.Check(CheckWatch);
+  rule.Refuse("--progress", kNoProgress);
   rule.Details("Goes on until Ctrl-C, or for --count polls.");
   rule.Example("borvanusb watch --reg 0x1a3 --i2c 0x3500-0x3502 --slave 0x6c --rate 10");
   return rule.Take();
@@ -86,6 +87,17 @@ CommandRule RunRule() {
   return rule.Take();
 }
 
+// Commands that print a text which the tool has in itself.
+template <typename C>
+void RefuseAllOfCameras(RuleOf<C>& rule) {
+  constexpr std::string_view kNoCamera = "which uses no camera";
+  rule.Refuse("--camera", kNoCamera);
+  rule.Refuse("--timeout", kNoCamera);
+  rule.Refuse("--trace", kNoCamera);
+  rule.Refuse("--progress", kNoProgress);
+  rule.Refuse("--verbose", kNoCamera);
+}
+
 CommandRule CompletionRule() {
   RuleOf<CompletionCommand> rule({"completion"}, "Prints a script that completes command lines.");
   rule.Add(Choices(Argument("SHELL", "bash or powershell"), {"bash", "powershell"}),
@@ -95,12 +107,14 @@ CommandRule CompletionRule() {
   rule.Details(
       "For bash: eval \"$(borvanusb completion bash)\" in ~/.bashrc. For PowerShell: borvanusb "
       "completion powershell | Out-String | Invoke-Expression in $PROFILE.");
+  RefuseAllOfCameras(rule);
   rule.Example("borvanusb completion bash > ~/.borvanusb-completion");
   return rule.Take();
 }
 
 CommandRule ManualRule() {
   RuleOf<ManualCommand> rule({"manual"}, "Prints the manual page, for man.");
+  RefuseAllOfCameras(rule);
   rule.Example("borvanusb manual > borvanusb.1");
   return rule.Take();
 }

@@ -11,6 +11,9 @@ CommandRule ListRule() {
   RuleOf<ListCommand> rule({"list"}, "Lists the cameras with index, name, vid:pid and path.");
   rule.AddFlag("--watch", "go on and report cameras that come and go, until Ctrl-C",
                &ListCommand::watch);
+  rule.Refuse("--camera", "which lists all cameras");
+  rule.Refuse("--progress", kNoProgress);
+  rule.Refuse("--trace", "which makes no transfers");
   rule.Example("borvanusb list");
   return rule.Take();
 }
@@ -21,12 +24,15 @@ CommandRule InfoRule() {
            [](InfoCommand& command, const std::string& text) {
              command.flash_size = FlashSizeValue(text);
            });
+  rule.Refuse("--progress", kNoProgress);
   rule.Example("borvanusb info --camera 1234:0001");
   return rule.Take();
 }
 
 CommandRule DoctorRule() {
   RuleOf<DoctorCommand> rule({"doctor"}, "Tells why a camera is not found, for a bug report.");
+  rule.Refuse("--camera", "which examines all cameras");
+  rule.Refuse("--progress", kNoProgress);
   rule.Example("borvanusb doctor > report.txt");
   return rule.Take();
 }
@@ -85,7 +91,7 @@ CommonRules MakeCommonRules() {
       [](CommonArguments& common, const std::string&) { common.json = true; });
   add(Flag("--quiet", "no progress and no remarks, only results and errors"),
       [](CommonArguments& common, const std::string&) { common.quiet = true; });
-  add(Flag("--verbose", "tell more about what is done"),
+  add(Flag("--verbose", "tell at the end which library, cameras and calls were used"),
       [](CommonArguments& common, const std::string&) { common.verbose = true; });
   OptionDescription help = Flag("-h", "tell about the tool or a command");
   help.names.emplace_back("--help");

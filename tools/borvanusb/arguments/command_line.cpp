@@ -2,6 +2,7 @@
 #include "arguments/joined.h"
 
 #include <algorithm>
+#include <iterator>
 #include <stdexcept>
 
 #include "arguments/command_rules.h"
@@ -76,7 +77,7 @@ std::vector<std::string> OptionNames(const ToolDescription& tool, const SortedWo
   if (words.described != nullptr) {
     add(words.described->options);
   }
-  add(tool.common);
+  add(words.described != nullptr ? CommonOptionsOf(tool, *words.described) : tool.common);
   return names;
 }
 
@@ -138,6 +139,18 @@ std::string CommandsEndingIn(const ToolDescription& tool, const std::string& wor
                 HelpHint(words.command));
 }
 
+// An option that is ignored would let its user believe that it counted.
+void CheckRefused(const CommandDescription& command, const GivenOptions& given) {
+  for (const RefusedOption& option : command.refused) {
+    if (given.Has(option.name)) {
+      throw Failure(
+          ExitCode::kUsage,
+          option.name + ": does not apply to " + Joined(command.words) + ", " + option.why,
+          HelpHint(command.words));
+    }
+  }
+}
+
 // Hands the values of each option to the rule that reads it.
 template <typename Target, typename Stores>
 void Store(Target& target, const Stores& stores, const std::vector<OptionDescription>& options,
@@ -183,6 +196,19 @@ ToolDescription DescribeTool() {
   return tool;
 }
 
+std::vector<OptionDescription> CommonOptionsOf(const ToolDescription& tool,
+                                               const CommandDescription& command) {
+  std::vector<OptionDescription> options;
+  std::copy_if(tool.common.begin(), tool.common.end(), std::back_inserter(options),
+               [&](const OptionDescription& option) {
+                 return std::none_of(command.refused.begin(), command.refused.end(),
+                                     [&](const RefusedOption& refused) {
+                                       return refused.name == option.names.back();
+                                     });
+               });
+  return options;
+}
+
 std::string CommandWords(const Command& command) {
   const auto rule = std::find_if(
       AllCommandRules().begin(), AllCommandRules().end(),
@@ -207,6 +233,7 @@ std::variant<Arguments, TextAnswer> ParseCommandLine(const std::vector<std::stri
     RefuseUnfinished(tool, sorted);
   }
   const CommandRule& rule = RuleFor(sorted);
+  CheckRefused(rule.description, given);
   Arguments arguments;
   Store(arguments.common, AllCommonRules().store, tool.common, sorted.common, sorted.command);
   arguments.command = rule.initial;

@@ -32,12 +32,19 @@ struct OptionDescription {
   bool repeated = false;  // may be given several times
 };
 
+// A common option that would change nothing for a command.
+struct RefusedOption {
+  std::string name;
+  std::string why;  // behind the command's words: "which lists all cameras"
+};
+
 struct CommandDescription {
   std::vector<std::string> words;  // "flash", "program"
   std::string group;               // headline it stands under
   std::string text;
   std::string details;  // what more there is to know; may be empty
   std::vector<OptionDescription> options;
+  std::vector<RefusedOption> refused;
   std::vector<std::string> examples;  // whole command lines
 };
 
@@ -46,6 +53,10 @@ struct ToolDescription {
   std::vector<OptionDescription> common;
   std::vector<CommandDescription> commands;
 };
+
+// The common options that a command takes.
+std::vector<OptionDescription> CommonOptionsOf(const ToolDescription& tool,
+                                               const CommandDescription& command);
 
 // The words that call a command: "flash program".
 std::string CommandWords(const Command& command);

@@ -81,6 +81,11 @@ class RuleOf {
 
   void Details(std::string_view details) { rule_.description.details = details; }
 
+  // A common option that the command does not take.
+  void Refuse(std::string_view name, std::string_view why) {
+    rule_.description.refused.push_back({std::string(name), std::string(why)});
+  }
+
   void Example(std::string_view line) { rule_.description.examples.emplace_back(line); }
 
   void Check(std::function<void(const C&, const GivenOptions&)> check) {
@@ -108,6 +113,9 @@ CommonRules MakeCommonRules();
 
 // The same rules under one headline of the help.
 CommandRules Grouped(CommandRules rules, std::string_view group);
+
+// What commands without a bar say to --progress.
+constexpr std::string_view kNoProgress = "which shows no progress";
 
 // All of them.
 const CommandRules& AllCommandRules();

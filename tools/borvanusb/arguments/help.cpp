@@ -61,9 +61,9 @@ std::string Usage(const CommandDescription& command) {
   return "borvanusb " + Joined(command.words) + UsageArguments(command, NameAndValue, " [OPTIONS]");
 }
 
-std::string CommonLine(const ToolDescription& tool) {
+std::string CommonLine(const std::vector<OptionDescription>& options) {
   std::string line = "Common:";
-  for (const OptionDescription& option : tool.common) {
+  for (const OptionDescription& option : options) {
     if (option.names.front() != "--version") {
       line += (line.ends_with(':') ? " " : ", ") + option.names.back() +
               (option.value.empty() ? "" : " " + option.value);
@@ -82,7 +82,7 @@ std::string CommandHelp(const ToolDescription& tool, const CommandDescription& c
     AppendRow(help, NameAndValue(option), option.text);
   }
   help += "\n";
-  AppendWrapped(help, CommonLine(tool), 2);
+  AppendWrapped(help, CommonLine(CommonOptionsOf(tool, command)), 2);
   help += "Exit codes: 0 done, others say which failure; borvanusb --help lists them.\n\n";
   for (const std::string& example : command.examples) {
     help += "Example: " + example + "\n";
@@ -130,7 +130,7 @@ std::string Overview(const ToolDescription& tool) {
     }
     AppendCommand(help, command);
   }
-  help += "\nOptions of every command, before or after its words\n";
+  help += "\nCommon options, before or after a command's words\n";
   for (const OptionDescription& option : tool.common) {
     AppendRow(help, NameAndValue(option), option.text, kOverviewColumn);
   }

@@ -32,6 +32,22 @@ void AddList(RuleOf<C>& rule) {
   rule.AddFlag("--check-only", kCheckText, &C::check_only);
 }
 
+// Options that name a camera or its transfers, where a command line needs no camera.
+void RefuseCamera(const GivenOptions& given, const std::string& why) {
+  for (const char* const option : {"--camera", "--trace"}) {
+    if (given.Has(option)) {
+      throw WrongUse(std::string(option) + ": does not apply to " + why);
+    }
+  }
+}
+
+template <typename C>
+void CheckCheckOnly(const C& command, const GivenOptions& given) {
+  if (command.check_only) {
+    RefuseCamera(given, "--check-only, which uses no camera");
+  }
+}
+
 template <typename C>
 void AddAddressAndValue(RuleOf<C>& rule) {
   rule.Add(Argument("ADDR", "the register's address"),
@@ -67,6 +83,7 @@ CommandRule RegWriteRule() {
       CheckFits("--mask", command.mask.value_or(0), kByteBits, where);
     }
   });
+  rule.Refuse("--progress", kNoProgress);
   rule.Example("borvanusb reg write 0x1a3 0x20 --mask 0x20 --verify");
   return rule.Take();
 }
@@ -83,6 +100,7 @@ CommandRule RegDumpRule() {
 CommandRule RegLoadRule() {
   RuleOf<RegLoadCommand> rule({"reg", "load"}, "Writes the registers of a list.");
   AddList(rule);
+  rule.Check(CheckCheckOnly<RegLoadCommand>);
   rule.Example("borvanusb reg load registers.txt");
   return rule.Take();
 }
@@ -95,9 +113,12 @@ CommandRule RegDiffRule() {
   rule.Add(
       File(Argument("B", "the other one, likewise")),
       [](RegDiffCommand& command, const std::string& text) { command.right = FileValue(text); });
-  rule.Check([](const RegDiffCommand& command, const GivenOptions&) {
+  rule.Check([](const RegDiffCommand& command, const GivenOptions& given) {
     if (command.left == "camera" && command.right == "camera") {
       throw WrongUse("B: camera is given twice; one of the two must be a list");
+    }
+    if (command.left != "camera" && command.right != "camera") {
+      RefuseCamera(given, "two lists, which are compared without a camera");
     }
   });
   rule.Example("borvanusb reg diff registers.txt camera");
@@ -131,6 +152,7 @@ CommandRule I2cWriteRule() {
     CheckFits("VALUE", command.value, mode.data_bits, where);
     CheckFits("--mask", command.mask.value_or(0), mode.data_bits, where);
   });
+  rule.Refuse("--progress", kNoProgress);
   rule.Example("borvanusb i2c write 0x3500 0x12 --slave 0x6c --mode 16/8 --verify");
   return rule.Take();
 }
@@ -155,6 +177,7 @@ CommandRule I2cLoadRule() {
   AddSlave(rule, false);
   AddMode(rule);
   AddOption(rule);
+  rule.Check(CheckCheckOnly<I2cLoadCommand>);
   rule.Details("--slave and --mode serve a list that does not open with its own.");
   rule.Example("borvanusb i2c load sensor.txt --check-only");
   return rule.Take();

@@ -129,8 +129,11 @@ std::string CommandOptionBranches(const ToolDescription& tool) {
   std::string branches;
   for (const CommandDescription& command : tool.commands) {
     const std::string own = OptionWords(command.options);
-    if (!own.empty()) {
-      branches += "    \"" + Joined(command.words) + "\") options=\"" + own + " $options\" ;;\n";
+    const bool takes_all = command.refused.empty();
+    const std::string common = takes_all ? "$options" : OptionWords(CommonOptionsOf(tool, command));
+    if (!own.empty() || !takes_all) {
+      branches += "    \"" + Joined(command.words) + "\") options=\"" + own +
+                  (own.empty() ? "" : " ") + common + "\" ;;\n";
     }
   }
   return branches;

@@ -60,6 +60,9 @@ std::vector<std::string> ChildWords(FlashProgramCommand command, const CommonArg
   if (!common.trace.empty()) {
     words.insert(words.end(), {"--trace", own(common.trace)});
   }
+  if (common.verbose) {
+    words.emplace_back("--verbose");
+  }
   return words;
 }
 

@@ -75,13 +75,23 @@ std::string Usage(const CommandDescription& command) {
   return usage + "\\fR" + UsageArguments(command, NameAndValue, " [\\fIOPTIONS\\fR]");
 }
 
+std::string RefusedText(const CommandDescription& command) {
+  std::string names;
+  for (const RefusedOption& option : command.refused) {
+    const bool last = &option == &command.refused.back();
+    names += names.empty() ? "" : (last ? " and " : ", ");
+    names += Bold(option.name);
+  }
+  return names.empty() ? "" : "\nTakes no " + names + ".";
+}
+
 std::string CommandSection(const CommandDescription& command) {
   std::string section = ".TP\n" + Usage(command) + "\n" + Roff(command.text);
   if (!command.details.empty()) {
     section += '\n';
     section += Roff(command.details);
   }
-  section += "\n.RS\n" + OptionEntries(command.options);
+  section += RefusedText(command) + "\n.RS\n" + OptionEntries(command.options);
   for (const std::string& example : command.examples) {
     section += ".PP\nExample:\n.PP\n.EX\n" + Roff(example) + "\n.EE\n";
   }
@@ -165,8 +175,10 @@ std::string ManualPage(const ToolDescription& tool) {
   page += ".SH DESCRIPTION\n\\fBborvanusb\\fR\n" + Roff(kDescription) + "\n.PP\n" + Roff(kNumbers) +
           "\n";
   page += ".SH COMMANDS\n" + CommandSections(tool);
-  page += ".SH OPTIONS\nEvery command takes these, before or after its words.\n" +
-          OptionEntries(tool.common);
+  page +=
+      ".SH OPTIONS\nCommands take these, before or after their words, where not said "
+      "otherwise.\n" +
+      OptionEntries(tool.common);
   page += ".SH ENVIRONMENT\n" + EntryList(kEnvironment);
   page += ".SH EXIT STATUS\n" + EntryList(kExitCodes);
   page += ".SH FILES\n" + EntryList(kFiles);

@@ -50,12 +50,20 @@ std::vector<std::string> ArgumentChoices(const CommandDescription& command) {
   return choices;
 }
 
+std::vector<std::string> Refused(const CommandDescription& command) {
+  std::vector<std::string> names;
+  for (const RefusedOption& option : command.refused) {
+    names.push_back(option.name);
+  }
+  return names;
+}
+
 std::string Commands(const ToolDescription& tool) {
   std::string rows = "  $commands = @(\n";
   for (const CommandDescription& command : tool.commands) {
     rows += "    @{ Words = " + Literal(Joined(command.words)) +
             "; Text = " + Literal(command.text) + "; Values = " + List(ArgumentChoices(command)) +
-            " }\n";
+            "; Without = " + List(Refused(command)) + " }\n";
   }
   rows += "  )\n  $options = @{\n";
   for (const CommandDescription& command : tool.commands) {
@@ -81,7 +89,10 @@ constexpr const char* kLogic = R"(  $words = @($commandAst.CommandElements | Sel
   $command = $commands |
     Where-Object { $line -eq $_.Words -or $line -like ($_.Words + ' *') } | Select-Object -First 1
   $own = @()
-  if ($command) { $own = @($options[$command.Words]) }
+  if ($command) {
+    $own = @($options[$command.Words])
+    $common = @($common | Where-Object { $_.Name -notin $command.Without })
+  }
   $offer = @()
   $asked = @($own + $common) | Where-Object { $_ -and $_.Name -eq $previous -and $_.TakesValue } |
     Select-Object -First 1

@@ -1,5 +1,6 @@
 #include "library/supervisor.h"
 
+#include <algorithm>
 #include <utility>
 
 #include "failure.h"
@@ -7,6 +8,7 @@
 Supervisor::Call::Call(Supervisor& supervisor, const char* doing)
     : supervisor_(supervisor), outer_(supervisor.doing_) {
   supervisor.ObeyStop();
+  supervisor.CountCall(doing);
   supervisor.since_ = Clock::now().time_since_epoch().count();
   supervisor.doing_ = doing;
 }
@@ -14,6 +16,16 @@ Supervisor::Call::Call(Supervisor& supervisor, const char* doing)
 Supervisor::Call::~Call() {
   supervisor_.since_ = Clock::now().time_since_epoch().count();
   supervisor_.doing_ = outer_;
+}
+
+void Supervisor::CountCall(const char* doing) {
+  const auto known = std::find_if(calls_.begin(), calls_.end(),
+                                  [&](const Count& count) { return count.first == doing; });
+  if (known != calls_.end()) {
+    ++known->second;
+  } else {
+    calls_.emplace_back(doing, 1);
+  }
 }
 
 void Supervisor::ObeyStop() const {

@@ -7,6 +7,7 @@
 #include <mutex>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 // Watches the thread that works with the library, for the threads that may have to end the process:
@@ -55,6 +56,11 @@ class Supervisor {
 
   bool IsHeld() const { return holds_ > 0; }
 
+  // What the working thread did in such calls, and how often, in the order of the first times. To
+  // be called on that thread.
+  using Count = std::pair<std::string, std::uint64_t>;
+  const std::vector<Count>& Calls() const { return calls_; }
+
   // How long a call may take.
   void SetLimit(std::chrono::milliseconds limit) { limit_ = limit; }
 
@@ -64,11 +70,14 @@ class Supervisor {
   std::optional<std::string> Overdue() const { return Overdue(limit_); }
 
  private:
+  void CountCall(const char* doing);
+
   std::atomic<int> stop_requests_{0};
   std::atomic<int> holds_{0};
   std::atomic<std::chrono::milliseconds> limit_{std::chrono::milliseconds(10000)};
   std::atomic<const char*> doing_{nullptr};
   std::atomic<Clock::rep> since_{0};
+  std::vector<Count> calls_;
   mutable std::mutex words_mutex_;
   std::function<std::vector<std::string>()> words_;
 };

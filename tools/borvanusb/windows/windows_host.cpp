@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "camera_choice.h"
 #include "failure.h"
 #include "windows/child_processes.h"
 #include "windows/system_report.h"
@@ -70,6 +71,10 @@ std::vector<CameraIdentity> WindowsHost::ListCameras() {
 }
 
 std::unique_ptr<Camera> WindowsHost::OpenCamera(const CameraIdentity& camera) {
+  if (std::none_of(opened_.begin(), opened_.end(),
+                   [&](const CameraIdentity& other) { return other.path == camera.path; })) {
+    opened_.push_back(camera);
+  }
   return OpenLibraryCamera(Library(), camera);
 }
 
@@ -140,6 +145,24 @@ std::string WindowsHost::Environment(const std::string& name) const {
 
 SystemReport WindowsHost::ExamineSystem() {
   return ExamineWindows(Loaded());
+}
+
+std::vector<std::string> WindowsHost::Details() const {
+  if (!loaded_) {
+    return {"library  not used"};
+  }
+  std::vector<std::string> details = {
+      "library  " + loaded_->File() +
+      (loaded_->Version().empty() ? "" : ", version " + loaded_->Version())};
+  for (const CameraIdentity& camera : opened_) {
+    details.push_back("camera   " + CameraLine(camera) + "  " + camera.path);
+  }
+  std::string calls;
+  for (const auto& [doing, count] : supervisor_.Calls()) {
+    calls += (calls.empty() ? "" : ", ") + doing + " " + std::to_string(count);
+  }
+  details.push_back("calls    " + (calls.empty() ? "none" : calls));
+  return details;
 }
 
 std::vector<int> WindowsHost::RunChildren(

@@ -34,6 +34,7 @@ class WindowsHost : public Host {
   bool Ask(const std::string& question) override;
   std::string Environment(const std::string& name) const override;
   SystemReport ExamineSystem() override;
+  std::vector<std::string> Details() const override;
   std::vector<int> RunChildren(
       const std::vector<std::vector<std::string>>& arguments,
       const std::function<void(std::size_t, bool, const std::string&)>& on_line) override;
@@ -46,6 +47,7 @@ class WindowsHost : public Host {
   Supervisor& supervisor_;
   std::chrono::milliseconds limit_{CommonArguments().timeout};
   WindowsLibraryPlatform platform_;
+  std::vector<CameraIdentity> opened_;  // cameras, each once
   std::optional<LoadedLibrary> loaded_;
   std::optional<CameraLibrary> library_;
 };
