@@ -88,7 +88,7 @@ TEST_F(ProgressFormsTest, BrokenBarStaysWhereItWas) {
   progress->Advance(100);
   progress->Break();
   EXPECT_EQ(All().substr(All().rfind('\r')),
-            "\rprogram  [==========>          ]  50 %  100/200            \n");
+            "\rprogram  [=======>       ]  50 %  100/200 bytes            \n");
   const std::size_t count = texts.size();
   progress->Break();
   progress->Done();
@@ -168,7 +168,26 @@ TEST_F(ProgressFormsTest, QuickJobHasALineForItsBeginAndItsEnd) {
     progress->Advance(done);
   }
   progress->Done();
-  EXPECT_THAT(Lines(), ElementsAre("read: 14", "read: done, 14 in 0.1 s, 100/s"));
+  EXPECT_THAT(Lines(), ElementsAre("read: 14 bytes", "read: done, 14 bytes in 0.1 s, 100 bytes/s"));
+}
+
+TEST_F(ProgressFormsTest, EachFormTellsTheUnit) {
+  const auto lines = Make(ProgressMode::kLines);
+  lines->Begin("read", 65536, ProgressUnit::kRegisters);
+  for (std::uint64_t done = 1; done <= 5; ++done) {
+    Wait(1000);
+    lines->Advance(done * 3584);
+  }
+  lines->Break();
+  EXPECT_THAT(Lines(),
+              ElementsAre("read: 65536 registers",
+                          "read: 27 %, 17920 of 65536 registers, 3584 registers/s, 0:14 left",
+                          "read: ended at 27 %, 17920 of 65536 registers, 3584 registers/s, 0:14 "
+                          "left"));
+  texts.clear();
+  Make(ProgressMode::kJson)->Begin("scan", 256, ProgressUnit::kSlaves);
+  EXPECT_THAT(All(), StartsWith(R"({"progress":{"stage":"scan","done":0,"total":256,)"
+                                R"("unit":"slaves","percent":0,)"));
 }
 
 TEST_F(ProgressFormsTest, JsonHasAnObjectALine) {
@@ -182,12 +201,13 @@ TEST_F(ProgressFormsTest, JsonHasAnObjectALine) {
   progress->Done();
   EXPECT_THAT(
       Lines(),
-      ElementsAre(R"({"progress":{"stage":"read","done":0,"total":1000,"percent":0,"rate":null,)"
-                  R"("seconds_left":null}})",
-                  R"({"progress":{"stage":"read","done":250,"total":1000,"percent":25,"rate":500,)"
-                  R"("seconds_left":2}})",
-                  R"({"progress":{"stage":"read","done":1000,"total":1000,"percent":100,)"
-                  R"("rate":500,"seconds_left":0}})"));
+      ElementsAre(
+          R"({"progress":{"stage":"read","done":0,"total":1000,"unit":"bytes","percent":0,"rate":null,)"
+          R"("seconds_left":null}})",
+          R"({"progress":{"stage":"read","done":250,"total":1000,"unit":"bytes","percent":25,"rate":500,)"
+          R"("seconds_left":2}})",
+          R"({"progress":{"stage":"read","done":1000,"total":1000,"unit":"bytes","percent":100,)"
+          R"("rate":500,"seconds_left":0}})"));
 }
 
 TEST_F(ProgressFormsTest, JsonComesAtMostTenTimesASecond) {
@@ -216,7 +236,7 @@ TEST_F(ProgressFormsTest, AutoIsABarOnATerminalElseLines) {
   EXPECT_THAT(All(), HasSubstr("\rread     [>"));
   texts.clear();
   Make(ProgressMode::kAuto, false)->Begin("read", 10);
-  EXPECT_EQ(All(), "read: 10\n");
+  EXPECT_EQ(All(), "read: 10 bytes\n");
 }
 
 }  // namespace

@@ -149,8 +149,26 @@ TEST(ProgressTextTest, AmountsAreInTheTotalsUnit) {
   EXPECT_EQ(AmountText(meter), "0.0/4.0 GiB");
   meter.Begin("read", 14, At(0));
   meter.Advance(7, At(1000));
-  EXPECT_EQ(AmountText(meter), "7/14");
+  EXPECT_EQ(AmountText(meter), "7/14 bytes");
   EXPECT_EQ(RateText(meter, meter.Rate()), "7/s");
+  EXPECT_EQ(LongRateText(meter, meter.Rate()), "7 bytes/s");
+}
+
+TEST(ProgressTextTest, RegistersAreCountedAndNeverMeasuredInKibibytes) {
+  ProgressMeter meter;
+  meter.Begin("read", 65536, At(0), ProgressUnit::kRegisters);
+  EXPECT_EQ(TotalText(meter), "65536 registers");
+  meter.Advance(3584, At(1000));
+  EXPECT_EQ(AmountText(meter), "3584/65536 registers");
+  EXPECT_EQ(AmountText(meter, " of "), "3584 of 65536 registers");
+  EXPECT_EQ(RateText(meter, meter.Rate()), "3584/s");
+  EXPECT_EQ(LongRateText(meter, meter.Rate()), "3584 registers/s");
+  EXPECT_EQ(LongRateText(meter, std::nullopt), "");
+  EXPECT_EQ(BarText(meter, 79),
+            "read     [>            ]   5 %   3584/65536 registers   0:18 left        3584/s");
+  meter.Finish(At(2000));
+  EXPECT_EQ(FinishedBarText(meter, 79),
+            "read     [===========================] 100 %  65536 registers in 2.0 s  32768/s");
 }
 
 TEST(ProgressTextTest, TimesReadLikeAClock) {

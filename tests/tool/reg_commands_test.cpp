@@ -120,5 +120,14 @@ TEST_F(RegCommandsTest, WriteIsRefusedWhileAnotherProcessWorksWithTheCamera) {
   EXPECT_EQ(desk_.Chip().transfers, 0U);
 }
 
+TEST_F(RegCommandsTest, ProgressCountsRegisters) {
+  desk_.Do(RegReadCommand{{0, 0xFFF}, false}, "reg-read");
+  desk_.Do(RegReadCommand{{0, 0x7F}, true}, "reg-read");
+  ASSERT_EQ(desk_.progress.bars.size(), 2U);
+  for (const FakeProgress::Bar& bar : desk_.progress.bars) {
+    EXPECT_EQ(bar.unit, ProgressUnit::kRegisters);
+  }
+}
+
 }  // namespace
 }  // namespace tool_test

@@ -135,6 +135,21 @@ TEST_F(RegListsTest, DiffWithTheCameraReadsTheRegistersOfTheList) {
   EXPECT_EQ(desk_.output.out, "0x8002  0x81  0x80\n");
 }
 
+TEST_F(RegListsTest, DiffOfManyRegistersWithTheCameraShowsProgress) {
+  std::string text = "fffd,0\n";
+  for (int i = 0; i < 64; ++i) {
+    text += std::to_string(1000 + i) + ",0\n";
+  }
+  desk_.Do(RegDiffCommand{folder_.Write("list.txt", text), "camera"}, "reg-diff");
+  EXPECT_TRUE(desk_.progress.bars.empty());
+  text += "2000,0\n";
+  desk_.Do(RegDiffCommand{folder_.Write("list.txt", text), "camera"}, "reg-diff");
+  ASSERT_EQ(desk_.progress.bars.size(), 1U);
+  EXPECT_EQ(desk_.progress.bars[0].total, 65U);
+  EXPECT_EQ(desk_.progress.bars[0].unit, ProgressUnit::kRegisters);
+  EXPECT_TRUE(desk_.progress.bars[0].complete);
+}
+
 TEST_F(RegListsTest, DiffOfADumpReadsItsPage) {
   desk_.Chip().registers = {{0x50100, 0x11}, {0x50101, 0x22}};
   const std::string file = folder_.Name("dump.txt");

@@ -147,7 +147,8 @@ TEST_F(RunToolTest, OpenBarIsClosedBeforeTheFailureIsTold) {
     throw Failure(ExitCode::kDevice, "the camera is gone");
   });
   EXPECT_EQ(Run({"info"}), 6);
-  EXPECT_THAT(err, testing::EndsWith("0/100            \nborvanusb: info: the camera is gone\n"));
+  EXPECT_THAT(err,
+              testing::EndsWith("0/100 bytes            \nborvanusb: info: the camera is gone\n"));
 }
 
 TEST_F(RunToolTest, TextNeverStandsInTheBarsLine) {
@@ -172,7 +173,7 @@ TEST_F(RunToolTest, QuietHasNoProgressAndNoRemarks) {
   EXPECT_EQ(Run({"bench", "--quiet", "--progress", "lines"}), 0);
   EXPECT_EQ(err, "");
   EXPECT_EQ(Run({"bench", "--progress", "lines"}), 0);
-  EXPECT_EQ(err, "read: 100\nnote\nread: done, 100 in 0.0 s\n");
+  EXPECT_EQ(err, "read: 100 bytes\nnote\nread: done, 100 bytes in 0.0 s\n");
 }
 
 TEST_F(RunToolTest, VerboseTellsAtTheEndWhatWasUsed) {

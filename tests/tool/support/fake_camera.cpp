@@ -187,8 +187,8 @@ class FakeCamera : public Camera {
 
 }  // namespace
 
-void FakeProgress::Begin(std::string_view stage, std::uint64_t total) {
-  bars.push_back({std::string(stage), total, 0, false, {std::string(stage)}});
+void FakeProgress::Begin(std::string_view stage, std::uint64_t total, ProgressUnit unit) {
+  bars.push_back({std::string(stage), total, 0, false, {std::string(stage)}, unit});
   open_ = true;
 }
 

@@ -83,8 +83,10 @@ class FakeProgress : public Progress {
     std::uint64_t done = 0;
     bool complete = false;
     std::vector<std::string> stages;  // as renamed
+    ProgressUnit unit = ProgressUnit::kBytes;
   };
-  void Begin(std::string_view stage, std::uint64_t total) override;
+  using Progress::Begin;
+  void Begin(std::string_view stage, std::uint64_t total, ProgressUnit unit) override;
   void Stage(std::string_view stage) override;
   void Advance(std::uint64_t done) override;
   void Done() override;

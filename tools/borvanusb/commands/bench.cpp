@@ -181,7 +181,7 @@ ExitCode Run(const BenchCommand& command, Context& context) {
   const ReservedCamera camera = ReserveChosenCamera(context);
   std::vector<Measurement> list =
       Measurements(*camera.camera, std::max<std::uint64_t>(1, command.rounds), command.i2c);
-  context.progress.Begin("measure", list.size());
+  context.progress.Begin("measure", list.size(), ProgressUnit::kMeasurements);
   std::uint64_t done = 0;
   for (Measurement& measurement : list) {
     Measure(measurement, context);

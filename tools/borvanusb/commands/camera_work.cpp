@@ -71,22 +71,34 @@ void CheckRegisterCount(const Range& range) {
   }
 }
 
+RowProgress::RowProgress(Context& context, std::uint64_t registers)
+    : progress_(registers > kShortRow ? &context.progress : nullptr) {
+  if (progress_ != nullptr) {
+    progress_->Begin("read", registers, ProgressUnit::kRegisters);
+  }
+}
+
+void RowProgress::Advance(std::uint64_t done) {
+  if (progress_ != nullptr) {
+    progress_->Advance(done);
+  }
+}
+
+void RowProgress::Done() {
+  if (progress_ != nullptr) {
+    progress_->Done();
+  }
+}
+
 std::vector<std::uint32_t> ReadEach(Context& context, const Range& range,
                                     const std::function<std::uint32_t(std::uint32_t)>& read) {
-  const bool shows = range.Size() > kShortRow;
-  if (shows) {
-    context.progress.Begin("read", range.Size());
-  }
+  RowProgress progress(context, range.Size());
   std::vector<std::uint32_t> values;
   for (std::uint64_t address = range.first; address <= range.last; ++address) {
     values.push_back(read(static_cast<std::uint32_t>(address)));
-    if (shows) {
-      context.progress.Advance(values.size());
-    }
+    progress.Advance(values.size());
   }
-  if (shows) {
-    context.progress.Done();
-  }
+  progress.Done();
   return values;
 }
 

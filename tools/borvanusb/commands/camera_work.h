@@ -46,7 +46,18 @@ std::string Count(std::uint64_t number, const std::string& thing);
 // Throws Failure kUsage for more registers than one command takes: reading them would take hours.
 void CheckRegisterCount(const Range& range);
 
-// Reads single registers of a row with progress, which only long rows show.
+// The progress of reading registers one by one, which only many show.
+class RowProgress {
+ public:
+  RowProgress(Context& context, std::uint64_t registers);
+  void Advance(std::uint64_t done);
+  void Done();
+
+ private:
+  Progress* progress_;  // null: none is shown
+};
+
+// Reads single registers of a row with progress.
 std::vector<std::uint32_t> ReadEach(Context& context, const Range& range,
                                     const std::function<std::uint32_t(std::uint32_t)>& read);
 

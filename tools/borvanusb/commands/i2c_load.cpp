@@ -47,7 +47,7 @@ void CheckDevice(const I2cLoadCommand& command, const CheckedI2cList& checked, C
 // Registers of 32 bits, which no list of the library can hold.
 void WriteEntries(const std::vector<ListEntry>& entries, const I2cTarget& target, Camera& camera,
                   Context& context) {
-  context.progress.Begin("write", entries.size());
+  context.progress.Begin("write", entries.size(), ProgressUnit::kEntries);
   std::uint64_t done = 0;
   for (const ListEntry& entry : entries) {
     if (entry.address == kPauseMarker) {

@@ -37,7 +37,7 @@ void RequireCamera(Camera& camera) {
 Answers Scan(const I2cScanCommand& command, Camera& camera, Context& context) {
   Answers answers;
   I2cTarget target{0, command.i2c.mode, command.i2c.option};
-  context.progress.Begin("scan", command.slaves.Size());
+  context.progress.Begin("scan", command.slaves.Size(), ProgressUnit::kSlaves);
   for (std::uint32_t slave = command.slaves.first; slave <= command.slaves.last; ++slave) {
     target.slave = slave;
     bool failed = false;

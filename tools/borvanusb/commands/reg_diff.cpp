@@ -43,10 +43,13 @@ RegisterValues RegistersOfFile(const std::string& file, Context& context) {
 
 RegisterValues SameRegistersOfCamera(const RegisterValues& other, Context& context) {
   const auto camera = OpenChosenCamera(context);
+  RowProgress progress(context, other.size());
   RegisterValues values;
   for (const auto& [address, value] : other) {
     values[address] = camera->ReadRegister(address, RegisterWidth::kByte);
+    progress.Advance(values.size());
   }
+  progress.Done();
   return values;
 }
 

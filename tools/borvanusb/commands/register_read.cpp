@@ -19,7 +19,7 @@ bool IsOnePage(const Range& range) {
 }
 
 std::vector<std::uint32_t> ReadInBlocks(Context& context, Camera& camera, const Range& range) {
-  context.progress.Begin("read", range.Size());
+  context.progress.Begin("read", range.Size(), ProgressUnit::kRegisters);
   std::vector<std::uint32_t> values;
   for (std::uint64_t first = range.first; first <= range.last; first += kBlockRun) {
     const std::uint64_t last = std::min<std::uint64_t>(range.last, first + kBlockRun - 1);

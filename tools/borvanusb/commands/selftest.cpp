@@ -68,7 +68,7 @@ ExitCode Run(const SelftestCommand& command, Context& context) {
   const ReservedCamera camera = ReserveChosenCamera(context);
   std::vector<SelftestCheck> checks = SelftestChecks(*camera.camera, target);
   std::vector<Outcome> outcomes;
-  context.progress.Begin("test", checks.size());
+  context.progress.Begin("test", checks.size(), ProgressUnit::kTests);
   for (SelftestCheck& check : checks) {
     // Without the first nothing else can be told, and each would wait for its time limit.
     if (!outcomes.empty() && outcomes.front().verdict == Verdict::kFail) {

@@ -24,10 +24,10 @@ class MeteredProgress : public Progress {
  public:
   MeteredProgress(Sink sink, Clock clock) : sink_(std::move(sink)), clock_(std::move(clock)) {}
 
-  void Begin(std::string_view stage, std::uint64_t total) override {
+  void Begin(std::string_view stage, std::uint64_t total, ProgressUnit unit) override {
     Break();
     open_ = true;
-    meter_.Begin(stage, total, clock_());
+    meter_.Begin(stage, total, clock_(), unit);
     ShowBegin();
   }
   void Stage(std::string_view stage) override {
@@ -158,14 +158,14 @@ class LinesProgress : public MeteredProgress {
       Write(Meter().Stage() + ": ended at " + State() + "\n");
       return;
     }
-    const std::string rate = RateText(Meter(), Meter().AverageRate());
+    const std::string rate = LongRateText(Meter(), Meter().AverageRate());
     Write(Meter().Stage() + ": done, " + TotalText(Meter()) + " in " +
           DurationText(Meter().Elapsed()) + (rate.empty() ? "" : ", " + rate) + "\n");
   }
 
  private:
   std::string State() const {
-    const std::string rate = RateText(Meter(), Meter().Rate());
+    const std::string rate = LongRateText(Meter(), Meter().Rate());
     const auto left = Meter().SecondsLeft();
     return std::to_string(Meter().Percent()) + " %, " + AmountText(Meter(), " of ") +
            (rate.empty() ? "" : ", " + rate) + (left ? ", " + TimeLeftText(*left) + " left" : "");
@@ -198,6 +198,7 @@ class JsonProgress : public MeteredProgress {
     state["stage"] = Meter().Stage();
     state["done"] = Meter().DoneUnits();
     state["total"] = Meter().Total();
+    state["unit"] = NameOf(Meter().Unit());
     state["percent"] = Meter().Percent();
     state["rate"] = nullptr;
     if (rate) {
@@ -217,7 +218,7 @@ class JsonProgress : public MeteredProgress {
 
 class NoProgress : public Progress {
  public:
-  void Begin(std::string_view, std::uint64_t) override {}
+  void Begin(std::string_view, std::uint64_t, ProgressUnit) override {}
   void Stage(std::string_view) override {}
   void Advance(std::uint64_t) override {}
   void Done() override {}

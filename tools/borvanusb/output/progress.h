@@ -4,6 +4,28 @@
 #include <string>
 #include <string_view>
 
+// What a bulk operation counts.
+enum class ProgressUnit { kBytes, kRegisters, kEntries, kSlaves, kTests, kMeasurements };
+
+// A unit's name, of several.
+constexpr std::string_view NameOf(ProgressUnit unit) {
+  switch (unit) {
+    case ProgressUnit::kBytes:
+      return "bytes";
+    case ProgressUnit::kRegisters:
+      return "registers";
+    case ProgressUnit::kEntries:
+      return "entries";
+    case ProgressUnit::kSlaves:
+      return "slaves";
+    case ProgressUnit::kTests:
+      return "tests";
+    case ProgressUnit::kMeasurements:
+      return "measurements";
+  }
+  return "";
+}
+
 // What a user sees of a bulk operation, on standard error. Nothing ever runs backwards within a
 // stage's total, or beyond it.
 class Progress {
@@ -13,8 +35,11 @@ class Progress {
   Progress& operator=(const Progress&) = delete;
   virtual ~Progress() = default;
 
-  // Opens a bar: `total` units (bytes, mostly), 0 done. Ends the one before, if still open.
-  virtual void Begin(std::string_view stage, std::uint64_t total) = 0;
+  // Opens a bar: `total` units, 0 done. Ends the one before, if still open.
+  virtual void Begin(std::string_view stage, std::uint64_t total, ProgressUnit unit) = 0;
+  void Begin(std::string_view stage, std::uint64_t total) {
+    Begin(stage, total, ProgressUnit::kBytes);
+  }
   // Renames the open bar's stage, as when erasing and programming take turns.
   virtual void Stage(std::string_view stage) = 0;
   // Units done so far; what is less than before counts as before.

@@ -18,9 +18,11 @@ constexpr double kLongest = 360000;
 
 }  // namespace
 
-void ProgressMeter::Begin(std::string_view stage, std::uint64_t total, Time now) {
+void ProgressMeter::Begin(std::string_view stage, std::uint64_t total, Time now,
+                          ProgressUnit unit) {
   first_stage_ = stage;
   stage_ = stage;
+  unit_ = unit;
   total_ = total;
   done_ = 0;
   finished_ = false;

@@ -7,12 +7,15 @@
 #include <string>
 #include <string_view>
 
+#include "output/progress.h"
+
 // How far a bulk operation is, how fast it goes and how long it will take. Times are the caller's.
 class ProgressMeter {
  public:
   using Time = std::chrono::steady_clock::time_point;
 
-  void Begin(std::string_view stage, std::uint64_t total, Time now);
+  void Begin(std::string_view stage, std::uint64_t total, Time now,
+             ProgressUnit unit = ProgressUnit::kBytes);
   void SetStage(std::string_view stage) { stage_ = stage; }
   // What is less than before counts as before, what is more than the total as the total.
   void Advance(std::uint64_t done, Time now);
@@ -21,6 +24,7 @@ class ProgressMeter {
   void Finish(Time now);
 
   const std::string& Stage() const { return stage_; }
+  ProgressUnit Unit() const { return unit_; }
   std::uint64_t Total() const { return total_; }
   std::uint64_t DoneUnits() const { return done_; }
   // 0 to 100, and 100 only when it is complete.
@@ -44,6 +48,7 @@ class ProgressMeter {
 
   std::string first_stage_;
   std::string stage_;
+  ProgressUnit unit_ = ProgressUnit::kBytes;
   std::uint64_t total_ = 0;
   std::uint64_t done_ = 0;
   bool finished_ = false;

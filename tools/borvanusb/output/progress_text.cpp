@@ -8,23 +8,32 @@
 
 namespace {
 
-constexpr std::uint64_t kKibi = 1024;
-
 struct Unit {
-  const char* name;
-  double size;
+  std::string name;  // with a blank before it
+  double size = 1;
 };
 
-// Registers are counted too, in small numbers; those of bytes are large.
-Unit UnitOf(double number) {
-  constexpr std::array<Unit, 4> kUnits = {
-      {{" GiB", 1073741824}, {" MiB", 1048576}, {" KiB", 1024}, {"", 1}}};
-  for (const Unit& unit : kUnits) {
-    if (number >= unit.size) {
-      return unit;
+Unit UnitOf(ProgressUnit counted, double number) {
+  if (counted == ProgressUnit::kBytes) {
+    const std::array<Unit, 3> units = {{{" GiB", 1073741824}, {" MiB", 1048576}, {" KiB", 1024}}};
+    for (const Unit& unit : units) {
+      if (number >= unit.size) {
+        return unit;
+      }
     }
   }
-  return kUnits.back();
+  return {" " + std::string(NameOf(counted)), 1};
+}
+
+Unit UnitOfTotal(const ProgressMeter& meter) {
+  return UnitOf(meter.Unit(), static_cast<double>(meter.Total()));
+}
+
+// A rate's unit may be a smaller one than the total's, but no other kind.
+Unit UnitOfRate(const ProgressMeter& meter, double rate) {
+  constexpr double kKibi = 1024;
+  const Unit of_total = UnitOfTotal(meter);
+  return of_total.size > 1 ? UnitOf(meter.Unit(), std::max(rate, kKibi)) : of_total;
 }
 
 std::string Decimal(double number, int digits) {
@@ -77,8 +86,8 @@ std::string StageText(const std::string& stage, std::size_t columns) {
 
 // Columns of the amount when all is done.
 std::size_t WidestAmount(const ProgressMeter& meter) {
-  const auto total = static_cast<double>(meter.Total());
-  return Number(total, UnitOf(total)).size() + 1 + TotalText(meter).size();
+  return Number(static_cast<double>(meter.Total()), UnitOfTotal(meter)).size() + 1 +
+         TotalText(meter).size();
 }
 
 constexpr std::size_t kLeastBar = 10;
@@ -135,18 +144,25 @@ std::string RateText(const ProgressMeter& meter, std::optional<double> rate) {
   if (!rate) {
     return "";
   }
-  const Unit small{"", 1};
-  const Unit unit = meter.Total() < kKibi ? small : UnitOf(std::max(*rate, double{kKibi}));
+  const Unit unit = UnitOfRate(meter, *rate);
+  return Number(*rate, unit) + (unit.size > 1 ? unit.name : "") + "/s";
+}
+
+std::string LongRateText(const ProgressMeter& meter, std::optional<double> rate) {
+  if (!rate) {
+    return "";
+  }
+  const Unit unit = UnitOfRate(meter, *rate);
   return Number(*rate, unit) + unit.name + "/s";
 }
 
 std::string AmountText(const ProgressMeter& meter, const char* between) {
-  const Unit unit = UnitOf(static_cast<double>(meter.Total()));
-  return Number(static_cast<double>(meter.DoneUnits()), unit) + between + TotalText(meter);
+  return Number(static_cast<double>(meter.DoneUnits()), UnitOfTotal(meter)) + between +
+         TotalText(meter);
 }
 
 std::string TotalText(const ProgressMeter& meter) {
-  const Unit unit = UnitOf(static_cast<double>(meter.Total()));
+  const Unit unit = UnitOfTotal(meter);
   return Number(static_cast<double>(meter.Total()), unit) + unit.name;
 }
 
