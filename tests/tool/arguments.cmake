@@ -3,8 +3,10 @@ borvan_add_gtest(
   SOURCES command_line_test.cpp command_line_errors_test.cpp help_test.cpp numbers_test.cpp
   LIBRARIES borvanusb_core)
 borvan_add_gtest(tool_progress_test SOURCES progress_test.cpp progress_forms_test.cpp LIBRARIES borvanusb_core)
-borvan_add_gtest(tool_run_test SOURCES run_tool_test.cpp text_output_test.cpp LIBRARIES
+borvan_add_gtest(tool_run_test SOURCES run_tool_test.cpp printable_test.cpp text_output_test.cpp LIBRARIES
                  borvanusb_test_support)
+borvan_add_gtest(tool_whole_test SOURCES whole_tool_test.cpp LIBRARIES borvanusb_test_support
+                 borvanusb_test_schemas)
 borvan_add_gtest(tool_document_test SOURCES tool_document_test.cpp LIBRARIES borvanusb_core)
 target_compile_definitions(tool_document_test PRIVATE BORVAN_SOURCE_FOLDER="${PROJECT_SOURCE_DIR}")
 # The scripts are for shells; here there is one of the two.

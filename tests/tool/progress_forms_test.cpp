@@ -210,6 +210,19 @@ TEST_F(ProgressFormsTest, JsonHasAnObjectALine) {
           R"("rate":500,"seconds_left":0}})"));
 }
 
+TEST_F(ProgressFormsTest, StageIsShownInItsRow) {
+  for (const ProgressMode mode : {ProgressMode::kBar, ProgressMode::kLines, ProgressMode::kJson}) {
+    texts.clear();
+    const auto progress = Make(mode);
+    progress->Begin("r\nd\x1B[2J", 10);
+    Wait(200);
+    progress->Stage("w\nr\x1B[2J");
+    EXPECT_EQ(All().find('\x1B'), std::string::npos) << All();
+    EXPECT_THAT(All(), HasSubstr("r?d?[2J"));
+    EXPECT_EQ(All().find("r\nd"), std::string::npos);
+  }
+}
+
 TEST_F(ProgressFormsTest, JsonComesAtMostTenTimesASecond) {
   const auto progress = Make(ProgressMode::kJson);
   progress->Begin("read", 10000);

@@ -45,6 +45,25 @@ TEST(TextOutputTest, VerboseTellsDetails) {
   EXPECT_EQ(streams.err, "note\ndetail\nerror\n");
 }
 
+TEST(TextOutputTest, TextIsOneLineWhateverItHolds) {
+  std::string out;
+  std::string err;
+  const auto to_out = [&](std::string_view text) { out += text; };
+  const auto to_err = [&](std::string_view text) { err += text; };
+  TextOutput output(to_out, to_err, {.verbose = true});
+  const std::string hostile = "a\nb\x1B[2J";
+  output.Line(hostile);
+  output.Note(hostile);
+  output.Detail(hostile);
+  output.Error(hostile);
+  EXPECT_EQ(out, "a?b?[2J\n");
+  EXPECT_EQ(err, "a?b?[2J\na?b?[2J\na?b?[2J\n");
+  TextOutput json(to_out, to_err, {.json = true});
+  out.clear();
+  json.JsonLine("{\"name\":\"\xC2\x9B\"}");
+  EXPECT_EQ(out, "{\"name\":\"\\u009b\"}\n");
+}
+
 TEST(TextOutputTest, TerminalHasColumnsAndACursorThatMoves) {
   int moved = 0;
   Streams streams({.columns = [] { return 60; }, .move_up = [&](int lines) { moved = lines; }});

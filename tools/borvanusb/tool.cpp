@@ -9,13 +9,14 @@
 #include "commands/context.h"
 #include "commands/dispatch.h"
 #include "output/make_progress.h"
+#include "output/printable.h"
 #include "output/text_output.h"
 
 namespace {
 
 std::string JsonText(const nlohmann::ordered_json& json) {
   // Names of files and cameras may hold anything; the rest of the object must not be lost for it.
-  return json.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace) + "\n";
+  return PrintableJson(json.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace)) + "\n";
 }
 
 // A command line that can't be read may still say how its failure is wanted.
@@ -51,7 +52,7 @@ std::string Indented(const std::string& text) {
   std::size_t begin = 0;
   while (begin < text.size()) {
     const std::size_t end = std::min(text.find('\n', begin), text.size());
-    lines += "  " + text.substr(begin, end - begin) + "\n";
+    lines += "  " + Printable(text.substr(begin, end - begin)) + "\n";
     begin = end + 1;
   }
   return lines;
@@ -60,7 +61,7 @@ std::string Indented(const std::string& text) {
 int Report(const std::string& command, const Failure& failure, bool json, ResultStream& results,
            const ToolStreams& streams) {
   std::string text =
-      "borvanusb: " + (command.empty() ? "" : command + ": ") + failure.Message() + "\n";
+      "borvanusb: " + (command.empty() ? "" : command + ": ") + Printable(failure.Message()) + "\n";
   text += Indented(failure.Hint());
   streams.error(text);
   const int code = static_cast<int>(failure.Code());
@@ -141,7 +142,7 @@ int RunWords(const std::vector<std::string>& words, Host& host, ResultStream& re
 int ReportLoss(const WriteProblem& problem, int code, const ToolStreams& streams) {
   // A reader that is gone has what it wanted, as in a pipe to `head`.
   if (!problem.reader_is_gone) {
-    streams.error("borvanusb: standard output can't be written: " + problem.why +
+    streams.error("borvanusb: standard output can't be written: " + Printable(problem.why) +
                   "; the output is not complete\n"
                   "  Check that there is room on the disk, and repeat the command.\n");
   }

@@ -111,11 +111,14 @@ void WriteDump(Context& context, const std::string& file, const std::string& tex
     WriteWholeText(file, text);
     return;
   }
-  std::string_view rest = text;
-  while (!rest.empty()) {
-    const std::size_t end = rest.find('\n');
-    context.output.Line(rest.substr(0, end));
-    rest.remove_prefix(end == std::string_view::npos ? rest.size() : end + 1);
+  PrintLines(text, context.output);
+}
+
+void PrintLines(std::string_view text, Output& output) {
+  while (!text.empty()) {
+    const std::size_t end = text.find('\n');
+    output.Line(text.substr(0, end));
+    text.remove_prefix(end == std::string_view::npos ? text.size() : end + 1);
   }
 }
 

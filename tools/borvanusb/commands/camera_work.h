@@ -7,6 +7,7 @@
 #include <nlohmann/json_fwd.hpp>
 #include <span>
 #include <string>
+#include <string_view>
 
 #include "arguments/arguments.h"
 #include "camera.h"
@@ -65,6 +66,8 @@ std::vector<std::uint32_t> ReadEach(Context& context, const Range& range,
 // "borvanusb: reg diff: 2 registers differ".
 void TellOutcome(Context& context, const std::string& command, const std::string& outcome);
 
+// Prints a text of several lines.
+void PrintLines(std::string_view text, Output& output);
 // Writes a dump: to standard output when `file` is empty, else to the file.
 void WriteDump(Context& context, const std::string& file, const std::string& text);
 // Whether a dump to this file is to hold raw bytes: names that end in .bin.

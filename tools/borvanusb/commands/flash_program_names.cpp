@@ -4,6 +4,7 @@
 
 #include "arguments/numbers.h"
 #include "files.h"
+#include "output/printable.h"
 
 namespace {
 
@@ -58,7 +59,7 @@ std::string CommandLineText(const std::vector<std::string>& words) {
              (character >= 'a' && character <= 'z') ||
              std::string_view("-_./:,+").find(character) != std::string_view::npos;
     });
-    text += plain ? " " + word : " \"" + word + "\"";
+    text += plain ? " " + word : " \"" + Printable(word) + "\"";
   }
   return text;
 }

@@ -8,6 +8,7 @@
 #include "commands/commands.h"
 #include "failure.h"
 #include "output/output.h"
+#include "output/printable.h"
 
 namespace {
 
@@ -28,11 +29,11 @@ std::string Padded(const std::string& text, std::size_t width) {
 void PrintTable(const std::vector<CameraIdentity>& cameras, Output& output) {
   std::size_t width = 0;
   for (const CameraIdentity& camera : cameras) {
-    width = std::max(width, Width(camera.name));
+    width = std::max(width, Width(Printable(camera.name)));
   }
   for (const CameraIdentity& camera : cameras) {
     output.Line(std::to_string(camera.index) + "  " + camera.vid + ":" + camera.pid + "  " +
-                Padded(camera.name, width) + "  " + camera.path);
+                Padded(Printable(camera.name), width) + "  " + camera.path);
   }
 }
 

@@ -4,6 +4,7 @@
 
 #include "arguments/command_line.h"
 #include "arguments/usage.h"
+#include "commands/camera_work.h"
 #include "commands/commands.h"
 #include "output/output.h"
 #include "version.h"
@@ -188,9 +189,8 @@ std::string ManualPage(const ToolDescription& tool) {
 }  // namespace
 
 ExitCode Run(const ManualCommand& /*command*/, Context& context) {
-  std::string page = ManualPage(DescribeTool());
+  const std::string page = ManualPage(DescribeTool());
   context.result = {{"manual", page}};
-  page.pop_back();
-  context.output.Line(page);
+  PrintLines(page, context.output);
   return ExitCode::kDone;
 }

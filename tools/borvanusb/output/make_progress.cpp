@@ -7,6 +7,7 @@
 #include <string>
 #include <utility>
 
+#include "output/printable.h"
 #include "output/progress_meter.h"
 #include "output/progress_text.h"
 
@@ -27,12 +28,12 @@ class MeteredProgress : public Progress {
   void Begin(std::string_view stage, std::uint64_t total, ProgressUnit unit) override {
     Break();
     open_ = true;
-    meter_.Begin(stage, total, clock_(), unit);
+    meter_.Begin(Printable(stage), total, clock_(), unit);
     ShowBegin();
   }
   void Stage(std::string_view stage) override {
     if (open_) {
-      meter_.SetStage(stage);
+      meter_.SetStage(Printable(stage));
       Change(meter_.DoneUnits());
     }
   }

@@ -3,8 +3,9 @@
 #include <string>
 #include <string_view>
 
-// Standard output and standard error, UTF-8. With --json the text for people stays away, so that
-// standard output holds JSON alone.
+// Standard output and standard error, UTF-8. Each text is one line, whatever it quotes: characters
+// that a terminal obeys arrive as question marks, in JSON as escapes. With --json the text for
+// people stays away, so that standard output holds JSON alone.
 class Output {
  public:
   Output() = default;

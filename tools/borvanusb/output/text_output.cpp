@@ -3,35 +3,37 @@
 #include <string>
 #include <utility>
 
+#include "output/printable.h"
+
 TextOutput::TextOutput(Sink out, Sink err, TextOutputOptions options)
     : out_(std::move(out)), err_(std::move(err)), options_(options) {}
 
 void TextOutput::Line(std::string_view text) {
   if (!options_.json) {
-    out_(std::string(text) + "\n");
+    out_(Printable(text) + "\n");
   }
 }
 
 void TextOutput::JsonLine(std::string_view json) {
   if (options_.json) {
-    out_(std::string(json) + "\n");
+    out_(PrintableJson(json) + "\n");
   }
 }
 
 void TextOutput::Note(std::string_view text) {
   if (!options_.quiet) {
-    err_(std::string(text) + "\n");
+    err_(Printable(text) + "\n");
   }
 }
 
 void TextOutput::Detail(std::string_view text) {
   if (options_.verbose) {
-    err_(std::string(text) + "\n");
+    err_(Printable(text) + "\n");
   }
 }
 
 void TextOutput::Error(std::string_view text) {
-  err_(std::string(text) + "\n");
+  err_(Printable(text) + "\n");
 }
 
 bool TextOutput::TakesResults() const {

@@ -7,6 +7,7 @@
 
 #include "camera_choice.h"
 #include "failure.h"
+#include "output/printable.h"
 #include "windows/child_processes.h"
 #include "windows/system_report.h"
 #include "windows/text.h"
@@ -130,11 +131,12 @@ std::chrono::steady_clock::time_point WindowsHost::Clock() const {
 }
 
 bool WindowsHost::Ask(const std::string& question) {
+  const std::string row = Printable(question);
   if (!Console::CanAsk()) {
-    console_.WriteError(question + "\n");
+    console_.WriteError(row + "\n");
     return false;
   }
-  console_.WriteError(question + " [y/N] ");
+  console_.WriteError(row + " [y/N] ");
   const std::string answer = console_.ReadLine();
   return answer == "y" || answer == "Y" || answer == "yes" || answer == "Yes";
 }

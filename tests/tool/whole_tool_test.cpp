@@ -1,0 +1,154 @@
+// The tool with its own commands, on cameras in memory: what reaches the terminal in the end.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <nlohmann/json.hpp>
+#include <sstream>
+
+#include "support/command_desk.h"
+#include "tool.h"
+
+namespace tool_test {
+namespace {
+
+using testing::Each;
+using testing::HasSubstr;
+using testing::Not;
+using testing::StartsWith;
+
+// A name that would end its line, write another one and clear the screen.
+const std::string kHostile = "x\r\nborvanusb: all is well\x1B[2J";
+const std::string kShown = "x??borvanusb: all is well?[2J";
+
+class WholeToolTest : public testing::Test {
+ protected:
+  WholeToolTest() { host.chip().identity.name = kHostile; }
+
+  int Run(const std::vector<std::string>& words) {
+    out.clear();
+    err.clear();
+    ToolStreams streams;
+    streams.output = [this](std::string_view text) {
+      out += text;
+      return std::optional<WriteProblem>();
+    };
+    streams.error = [this](std::string_view text) { err += text; };
+    streams.error_is_terminal = terminal;
+    streams.columns = [] { return 79; };
+    streams.move_up = [](int) {};
+    return RunTool(words, host, streams);
+  }
+
+  // Nothing but whole lines, none of them made by the camera.
+  void ExpectClean(const std::string& text) const {
+    std::istringstream stream(text);
+    for (std::string line; std::getline(stream, line);) {
+      EXPECT_EQ(line.find_first_of("\r\x1B"), std::string::npos) << line;
+      EXPECT_THAT(line, Not(StartsWith("borvanusb: all is well")));
+    }
+  }
+
+  FakeHost host;
+  TestFolder folder;
+  bool terminal = false;
+  std::string out;
+  std::string err;
+};
+
+TEST_F(WholeToolTest, NameOfACameraForgesNoLine) {
+  auto second = std::make_shared<FakeChip>();
+  second->identity = {1, R"(\\?\usb#b)", "Second", "1234", "0002"};
+  second->registers[0x1A3] = 1;
+  host.chips.push_back(second);
+  EXPECT_EQ(Run({"list"}), 0);
+  EXPECT_EQ(out, "0  1234:0001  " + kShown + "  \\\\?\\usb#vid_1234&pid_0001#a\n" +
+                     "1  1234:0002  Second" + std::string(kShown.size() - 6, ' ') +
+                     "  \\\\?\\usb#b\n");
+  EXPECT_EQ(Run({"info", "--camera", "0"}), 0);
+  ExpectClean(out);
+  EXPECT_THAT(out, StartsWith("camera            0  1234:0001  " + kShown + "\n"));
+  host.system_report.devices = {{kHostile, kHostile, ""}};
+  host.system_report.library = "b.dll\n";
+  EXPECT_EQ(Run({"doctor"}), 0);
+  ExpectClean(out);
+  EXPECT_THAT(out, HasSubstr("\n  " + kShown + "  " + kShown + "\n"));
+  EXPECT_THAT(out, HasSubstr("\nall is well: " + kShown + " can be used\n"));
+}
+
+TEST_F(WholeToolTest, NameOfACameraForgesNoMessage) {
+  EXPECT_EQ(Run({"info", "--camera", "nothing\x1B[2J"}), 2);
+  ExpectClean(err);
+  EXPECT_THAT(err, HasSubstr("nothing?[2J; there is: 0  1234:0001  " + kShown));
+  host.before_open = [](const CameraIdentity& camera) {
+    throw Failure(ExitCode::kRefused, "camera " + camera.name + " can't be opened",
+                  "First\nsecond" + camera.name.substr(3));
+  };
+  EXPECT_EQ(Run({"info", "--json"}), 4);
+  EXPECT_EQ(err, "borvanusb: info: camera " + kShown + " can't be opened\n" +
+                     "  First\n  secondborvanusb: all is well?[2J\n");
+  ExpectClean(out);
+  EXPECT_EQ(nlohmann::json::parse(out)["error"]["message"],
+            "camera " + kHostile + " can't be opened");
+}
+
+TEST_F(WholeToolTest, JsonKeepsTheNameAndHoldsNothingThatATerminalObeys) {
+  host.chip().identity.name = kHostile + "\xC2\x9B\x7F\xE2\x80\xAE";
+  for (const std::vector<std::string>& words :
+       {std::vector<std::string>{"list", "--json"}, {"info", "--json"}, {"doctor", "--json"}}) {
+    EXPECT_EQ(Run(words), 0);
+    ExpectClean(out);
+    EXPECT_THAT(out, HasSubstr("\\u001b[2J\\u009b\\u007f\\u202e"));
+    EXPECT_THAT(nlohmann::json::parse(out).dump(), HasSubstr("\\u001b[2J\xC2\x9B"));
+  }
+}
+
+TEST_F(WholeToolTest, WordsOfFilesForgeNoLine) {
+  const std::string script = folder.Write("script.txt", "reg raed\x1B[2J\nlist \x9B\x07\n");
+  EXPECT_EQ(Run({"run", script}), 1);
+  ExpectClean(err);
+  EXPECT_EQ(err, script + ":1: there is no command \"reg raed?[2J\"\n" + script +
+                     ":2: list: \"??\" is one argument too many\n" + "borvanusb: run: " + script +
+                     ": 2 problems, the first in " + script +
+                     ":1: there is no command \"reg raed?[2J\"; nothing was "
+                     "run\n  All are told above.\n");
+  const std::string echoed = folder.Write("echoed.txt", "reg read 0x1a3 # \x1B[2J\n");
+  EXPECT_EQ(Run({"run", echoed}), 0);
+  EXPECT_EQ(out, "> reg read 0x1a3 # ?[2J\n0x01a3  0x00\n");
+}
+
+TEST_F(WholeToolTest, TableOfSeveralCamerasIsClean) {
+  auto second = std::make_shared<FakeChip>();
+  second->identity.path = R"(\\?\usb#b)";
+  host.chips.push_back(second);
+  host.child = [](const std::vector<std::string>&,
+                  const std::function<void(bool, const std::string&)>& say) {
+    say(true, R"({"progress":{"stage":"read\u001b[2J","percent":10,"rate":5}})");
+    say(true, "a remark\x1B[2J");
+    say(false, R"({"error":{"message":"bad\u001b[2J","hint":"do\r\n\u001b[2J"}})");
+    return 6;
+  };
+  const std::string image = folder.Write("image.bin", "image");
+  for (const bool on_terminal : {true, false}) {
+    terminal = on_terminal;
+    EXPECT_EQ(Run({"flash", "program", image, "--all"}), 6);
+    ExpectClean(out);
+    ExpectClean(err);
+    EXPECT_THAT(err, HasSubstr("x??borvanusb"));
+    // On a terminal the table is drawn ten times a second at most.
+    EXPECT_TRUE(terminal || err.find("read?[2J 10 %") != std::string::npos) << err;
+    EXPECT_THAT(err, HasSubstr("a remark?[2J\n"));
+    EXPECT_THAT(err, HasSubstr("bad?[2J\n"));
+  }
+}
+
+TEST_F(WholeToolTest, TextsOfManyLinesKeepThem) {
+  EXPECT_EQ(Run({"manual"}), 0);
+  EXPECT_THAT(out, StartsWith(".TH BORVANUSB"));
+  EXPECT_THAT(out, HasSubstr("\n.SH NAME\n"));
+  EXPECT_EQ(out.find('?'), out.find("\\?"));
+  EXPECT_EQ(Run({"completion", "bash"}), 0);
+  EXPECT_THAT(out, HasSubstr("\n_borvanusb() {\n"));
+}
+
+}  // namespace
+}  // namespace tool_test
