@@ -155,10 +155,9 @@ TEST(CommandLineErrorsTest, ChoicesAreListed) {
 
 TEST(CommandLineErrorsTest, EmptyTextsAreVariablesThatWereNeverSet) {
   ExpectRefused({"reg", "load", ""}, "FILE: \"\" is no file name");
-  ExpectRefused(
-      {"info", "--camera", ""},
-      "--camera: \"\" is no camera: its index, path, vid:pid or name, or a part of path or "
-      "name");
+  ExpectRefused({"info", "--camera", ""},
+                "--camera: \"\" is no camera: its index, path, vid:pid or name, or 3 or more "
+                "characters of path or name");
 }
 
 TEST(CommandLineErrorsTest, ValuesFitTheRegistersWidth) {

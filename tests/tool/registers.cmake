@@ -14,6 +14,7 @@ borvan_add_gtest(
   tool_registers_test
   SOURCES
   bench_command_test.cpp
+  camera_choice_test.cpp
   doctor_command_test.cpp
   i2c_commands_test.cpp
   i2c_scan_test.cpp

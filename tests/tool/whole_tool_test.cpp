@@ -78,7 +78,7 @@ TEST_F(WholeToolTest, NameOfACameraForgesNoLine) {
 TEST_F(WholeToolTest, NameOfACameraForgesNoMessage) {
   EXPECT_EQ(Run({"info", "--camera", "nothing\x1B[2J"}), 2);
   ExpectClean(err);
-  EXPECT_THAT(err, HasSubstr("nothing?[2J; there is: 0  1234:0001  " + kShown));
+  EXPECT_THAT(err, HasSubstr("nothing?[2J; there are: 0  1234:0001  " + kShown));
   host.before_open = [](const CameraIdentity& camera) {
     throw Failure(ExitCode::kRefused, "camera " + camera.name + " can't be opened",
                   "First\nsecond" + camera.name.substr(3));

@@ -98,6 +98,9 @@ class ChoiceTest(station.ToolTest):
     def test_no_match_is_no_camera(self):
         self.refuse(2, "no camera 7", "info", "--camera", "7")
         self.refuse(2, "no camera has", "info", "--camera", "elsewhere")
+        # "L" stands in one name alone, ":0002" in the IDs of one camera.
+        self.refuse(2, "needs 3 characters", "info", "--camera", "L")
+        self.refuse(2, "needs 4 digits", "info", "--camera", ":0002")
         self.plug_in()
         self.refuse(2, "no USB camera", "info")
 

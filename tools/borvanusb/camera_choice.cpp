@@ -17,6 +17,34 @@ std::string LowerCase(std::string text) {
   return text;
 }
 
+// Fewer stand in names and paths by chance.
+constexpr std::size_t kShortestPart = 3;
+
+std::size_t Characters(const std::string& utf8) {
+  return static_cast<std::size_t>(std::count_if(utf8.begin(), utf8.end(), [](char byte) {
+    return (static_cast<unsigned char>(byte) & 0xC0U) != 0x80U;
+  }));
+}
+
+// Digits around a colon: such a text means IDs, and half of a number is another number.
+bool LooksLikeIds(const std::string& text) {
+  constexpr std::string_view kIdDigits = "0123456789abcdef";
+  const std::size_t colon = text.find_first_not_of(kIdDigits);
+  return colon != std::string::npos && text[colon] == ':' &&
+         text.find_first_not_of(kIdDigits, colon + 1) == std::string::npos;
+}
+
+// Why a text that matches nothing whole is no part either; empty for one that could be.
+std::string WhyNoPart(const std::string& text) {
+  if (LooksLikeIds(text)) {
+    return "vid:pid needs 4 digits on each side";
+  }
+  if (Characters(text) < kShortestPart) {
+    return "a part of a path or name needs " + std::to_string(kShortestPart) + " characters";
+  }
+  return {};
+}
+
 using Test = std::function<bool(const CameraIdentity&)>;
 
 std::vector<CameraIdentity> Matches(const std::vector<CameraIdentity>& cameras, const Test& test) {
@@ -65,17 +93,20 @@ CameraIdentity ChooseCamera(const std::vector<CameraIdentity>& cameras, const st
     return cameras[*index];
   }
   // The surest first.
-  const std::vector<Test> tests = {
+  std::vector<Test> tests = {
       [&](const CameraIdentity& camera) { return LowerCase(camera.path) == wanted; },
       [&](const CameraIdentity& camera) {
         return LowerCase(camera.vid + ":" + camera.pid) == wanted;
       },
       [&](const CameraIdentity& camera) { return LowerCase(camera.name) == wanted; },
-      [&](const CameraIdentity& camera) {
-        return LowerCase(camera.path).find(wanted) != std::string::npos ||
-               LowerCase(camera.name).find(wanted) != std::string::npos;
-      },
   };
+  const std::string why_no_part = WhyNoPart(wanted);
+  if (why_no_part.empty()) {
+    tests.emplace_back([&](const CameraIdentity& camera) {
+      return LowerCase(camera.path).find(wanted) != std::string::npos ||
+             LowerCase(camera.name).find(wanted) != std::string::npos;
+    });
+  }
   for (const Test& test : tests) {
     const std::vector<CameraIdentity> matches = Matches(cameras, test);
     if (matches.size() == 1) {
@@ -90,6 +121,7 @@ CameraIdentity ChooseCamera(const std::vector<CameraIdentity>& cameras, const st
   }
   throw Failure(ExitCode::kNoCamera,
                 "--camera: no camera has the path, vid:pid or name " + choice +
+                    (why_no_part.empty() ? "" : ", and " + why_no_part) +
                     "; there are: " + Listed(cameras),
                 "borvanusb list shows the cameras.");
 }

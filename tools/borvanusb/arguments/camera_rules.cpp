@@ -67,8 +67,8 @@ CommonRules MakeCommonRules() {
     rules.store.push_back(std::move(store));
   };
   add(Repeated(Option("--camera", "WHICH",
-                      "a camera by index, path, vid:pid or name, or a part of path or name; "
-                      "needed when there are several")),
+                      "a camera by index, path, vid:pid, name, or 3 or more characters of "
+                      "path or name; needed when there are several")),
       [](CommonArguments& common, const std::string& text) {
         common.cameras.push_back(CameraValue(text));
       });

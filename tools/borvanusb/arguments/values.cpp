@@ -107,7 +107,8 @@ std::string FileValue(const std::string& text) {
 
 std::string CameraValue(const std::string& text) {
   if (text.empty()) {
-    throw WrongValue("is no camera: its index, path, vid:pid or name, or a part of path or name");
+    throw WrongValue(
+        "is no camera: its index, path, vid:pid or name, or 3 or more characters of path or name");
   }
   return text;
 }
