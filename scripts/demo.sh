@@ -135,7 +135,7 @@ cmp "$image" "$dump" || fail "image and flash differ"
 heading "7. Load settings into the sensor from the list $sensor_list"
 # Without power the camera forgets what a former run left in it.
 with_cameras virtual-camera.exe power-cycle "$camera" || fail "the power can't be taken away"
-borvanusb i2c load "$sensor_list" --camera "$camera" || fail "the list can't be loaded"
+borvanusb i2c load "$sensor_list" --verify --camera "$camera" || fail "the list can't be loaded"
 # The list's registers as the tool shows them, without the two lines that choose the sensor; and a
 # script that reads each of them.
 sed -nE 's/^(0x[0-9a-f]{4}),(0x[0-9a-f]{2}),.*/\1  \2/p' "$sensor_list" | grep -v '^0xfff' \
@@ -149,7 +149,8 @@ tr -d '\r' <"$folder/read-sensor.log" | grep '^0x' | diff "$folder/wanted.txt" -
 echo "read back: $(wc -l <"$folder/wanted.txt") registers, all as in the list"
 
 heading "8. Load registers of the chip from the list $chip_list"
-borvanusb reg load "$chip_list" --camera "$camera" || fail "the list can't be loaded"
+borvanusb reg load "$chip_list" --verify --markers delays --camera "$camera" ||
+  fail "the list can't be loaded"
 borvanusb reg diff "$chip_list" camera --camera "$camera" || fail "the chip does not hold the list"
 
 heading "DEMO OK: the flash holds the image, $size bytes compared with cmp, all equal;" \

@@ -53,6 +53,8 @@ CameraInProcess::CameraInProcess(const CameraSetup& setup) {
   for (const auto& [slave, mode] : setup.sensors) {
     configuration.sensors.push_back({.slave = slave, .mode = mode, .registers = {}});
   }
+  configuration.list_header = setup.markers_are_page ? virtual_camera::ListHeader::kPage
+                                                     : virtual_camera::ListHeader::kIgnored;
   configuration.absent_slave = setup.absent_slave_fails ? virtual_camera::AbsentSlave::kFailure
                                                         : virtual_camera::AbsentSlave::kZeros;
   camera_.emplace(configuration);

@@ -33,6 +33,7 @@ struct CameraSetup {
   bool fast_i2c = false;
   std::map<std::uint32_t, std::uint32_t> registers;  // initial values of the chip's registers
   std::map<std::uint8_t, std::uint8_t> sensors;      // width modes by slave address
+  bool markers_are_page = false;                     // of register lists; else they change nothing
   bool absent_slave_fails = false;                   // else it takes writes and forgets them
 };
 

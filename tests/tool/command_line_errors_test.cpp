@@ -183,6 +183,12 @@ TEST(CommandLineErrorsTest, ContradictionsAreRefused) {
   ExpectRefused({"list", "--quiet", "--verbose"}, "--quiet: contradicts --verbose");
   ExpectRefused({"flash", "program", "i", "--backup", "b", "--no-backup"},
                 "--no-backup: contradicts --backup");
+  for (const char* const kind : {"reg", "i2c"}) {
+    ExpectRefused({kind, "load", "a.txt", "--verify", "--check-only"},
+                  "--verify: reads back what was written, and --check-only writes nothing");
+  }
+  ExpectRefused({"reg", "load", "a.txt", "--markers", "page"},
+                "--markers: says what --verify reads back, which is not given");
   ExpectRefused({"flash", "program", "i", "--all", "--camera", "1"},
                 "--all: means every camera, --camera only some: give one of the two");
   const std::string one_file =

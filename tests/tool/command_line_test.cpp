@@ -93,6 +93,12 @@ TEST(CommandLineTest, RegisterCommands) {
   EXPECT_EQ(As<RegDumpCommand>({"reg", "dump", "1", "a.txt"}).file, "a.txt");
   EXPECT_FALSE(As<RegLoadCommand>({"reg", "load", "a.txt"}).check_only);
   EXPECT_TRUE(As<RegLoadCommand>({"reg", "load", "--check-only", "a.txt"}).check_only);
+  EXPECT_FALSE(As<RegLoadCommand>({"reg", "load", "a.txt"}).verify);
+  const auto load = As<RegLoadCommand>({"reg", "load", "a.txt", "--verify", "--markers", "page"});
+  EXPECT_TRUE(load.verify);
+  EXPECT_EQ(load.markers, ListMarkers::kPage);
+  EXPECT_EQ(As<RegLoadCommand>({"reg", "load", "a.txt", "--verify", "--markers", "delays"}).markers,
+            ListMarkers::kDelays);
   const auto diff = As<RegDiffCommand>({"reg", "diff", "a.txt", "camera"});
   EXPECT_EQ(diff.left, "a.txt");
   EXPECT_EQ(diff.right, "camera");
@@ -118,6 +124,8 @@ TEST(CommandLineTest, I2cCommands) {
   const auto load = As<I2cLoadCommand>({"i2c", "load", "s.txt", "--check-only"});
   EXPECT_EQ(load.i2c.slave, std::nullopt);
   EXPECT_TRUE(load.check_only);
+  EXPECT_FALSE(load.verify);
+  EXPECT_TRUE(As<I2cLoadCommand>({"i2c", "load", "s.txt", "--verify"}).verify);
   const auto scan =
       As<I2cScanCommand>({"i2c", "scan", "--slaves", "0x20-0x7f", "--address", "0x300a", "--yes"});
   EXPECT_EQ(scan.slaves, (Range{0x20, 0x7F}));

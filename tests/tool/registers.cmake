@@ -1,6 +1,6 @@
 # Lists of registers, without a camera.
 borvan_add_gtest(tool_lists_test SOURCES i2c_list_test.cpp list_text_test.cpp register_list_test.cpp
-                 statistics_test.cpp LIBRARIES borvanusb_core)
+                 statistics_test.cpp written_registers_test.cpp LIBRARIES borvanusb_core)
 
 # The JSON that the commands print, against the schemas that users get.
 add_library(borvanusb_test_schemas STATIC support/json_schema.cpp)
@@ -20,6 +20,7 @@ borvan_add_gtest(
   i2c_scan_test.cpp
   json_schema_test.cpp
   list_info_commands_test.cpp
+  list_verify_test.cpp
   reg_commands_test.cpp
   reg_lists_commands_test.cpp
   run_command_test.cpp

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "arguments/numbers.h"
+#include "lists/list_markers.h"
 
 // What the command line asks for, as plain values. File names and texts are UTF-8.
 
@@ -53,6 +54,9 @@ struct RegDumpCommand {
 struct RegLoadCommand {
   std::string file;
   bool check_only = false;
+  bool verify = false;
+  // For lists whose registers lie elsewhere on some chips.
+  std::optional<ListMarkers> markers = std::nullopt;
 };
 
 // Compares two lists; either may be "camera" for the registers that the other one names.
@@ -91,6 +95,7 @@ struct I2cLoadCommand {
   I2cOptions i2c;  // slave and mode open the list if it doesn't itself
   std::string file;
   bool check_only = false;
+  bool verify = false;
 };
 
 struct I2cScanCommand {

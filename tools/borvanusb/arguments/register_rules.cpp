@@ -11,6 +11,7 @@ constexpr const char* kRangeText = "0x1a3, or several: 0x1000-0x10ff, 0x1000+256
 constexpr const char* kMaskText = "change only the bits that are 1 in M; reads first";
 constexpr const char* kVerifyText = "read back and compare";
 constexpr const char* kDumpFileText = "file to write, as a list; else standard output";
+constexpr const char* kVerifyListText = "read every register back and compare";
 constexpr const char* kCheckText = "check the list and write nothing";
 
 template <typename C>
@@ -30,6 +31,18 @@ void AddList(RuleOf<C>& rule) {
   rule.Add(File(Argument("FILE", "the list; it is checked as a whole first")),
            [](C& command, const std::string& text) { command.file = FileValue(text); });
   rule.AddFlag("--check-only", kCheckText, &C::check_only);
+  rule.AddFlag("--verify", kVerifyListText, &C::verify);
+}
+
+template <typename C>
+void CheckVerify(const C& command) {
+  if (command.verify && command.check_only) {
+    throw WrongUse("--verify: reads back what was written, and --check-only writes nothing");
+  }
+}
+
+ListMarkers MarkersValue(const std::string& text) {
+  return ChoiceValue(text, {"delays", "page"}) == 0 ? ListMarkers::kDelays : ListMarkers::kPage;
 }
 
 // Options that name a camera or its transfers, where a command line needs no camera.
@@ -100,8 +113,21 @@ CommandRule RegDumpRule() {
 CommandRule RegLoadRule() {
   RuleOf<RegLoadCommand> rule({"reg", "load"}, "Writes the registers of a list.");
   AddList(rule);
-  rule.Check(CheckCheckOnly<RegLoadCommand>);
-  rule.Example("borvanusb reg load registers.txt");
+  rule.Add(Choices(Option("--markers", "WHAT",
+                          "what the chip takes 0xfffd and 0xfffe for: delays or page, the upper "
+                          "half of the addresses; for --verify"),
+                   {"delays", "page"}),
+           [](RegLoadCommand& command, const std::string& text) {
+             command.markers = MarkersValue(text);
+           });
+  rule.Check([](const RegLoadCommand& command, const GivenOptions& given) {
+    CheckCheckOnly(command, given);
+    CheckVerify(command);
+    if (command.markers && !command.verify) {
+      throw WrongUse("--markers: says what --verify reads back, which is not given");
+    }
+  });
+  rule.Example("borvanusb reg load registers.txt --verify");
   return rule.Take();
 }
 
@@ -177,7 +203,10 @@ CommandRule I2cLoadRule() {
   AddSlave(rule, false);
   AddMode(rule);
   AddOption(rule);
-  rule.Check(CheckCheckOnly<I2cLoadCommand>);
+  rule.Check([](const I2cLoadCommand& command, const GivenOptions& given) {
+    CheckCheckOnly(command, given);
+    CheckVerify(command);
+  });
   rule.Details("--slave and --mode serve a list that does not open with its own.");
   rule.Example("borvanusb i2c load sensor.txt --check-only");
   return rule.Take();

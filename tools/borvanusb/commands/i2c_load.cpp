@@ -3,6 +3,7 @@
 #include "commands/camera_work.h"
 #include "commands/commands.h"
 #include "commands/list_problems.h"
+#include "commands/list_verify.h"
 #include "failure.h"
 #include "files.h"
 #include "lists/i2c_list.h"
@@ -81,13 +82,21 @@ ExitCode Run(const I2cLoadCommand& command, Context& context) {
   NoteRemarks(command.file, checked.list, context);
   const ReservedCamera camera = ReserveChosenCamera(context);
   const std::vector<ListEntry>& entries = checked.list.entries;
-  if (!checked.opens_itself && IsBeyondLists(command.i2c)) {
-    WriteEntries(entries, *given, *camera.camera, context);
+  const std::optional<I2cTarget> opening = checked.opens_itself ? std::nullopt : given;
+  if (opening && IsBeyondLists(command.i2c)) {
+    WriteEntries(entries, *opening, *camera.camera, context);
   } else {
-    camera->WriteI2cList(I2cListText(entries, checked.opens_itself ? std::nullopt : given),
-                         command.i2c.option);
+    camera->WriteI2cList(I2cListText(entries, opening), command.i2c.option);
   }
-  context.output.Line(Count(checked.registers, "register") + " written from " + command.file);
   context.result = LoadJson(command.file, checked.list, checked.registers, true);
-  return ExitCode::kDone;
+  const std::string written =
+      Count(checked.registers, "register") + " written from " + command.file;
+  if (!command.verify) {
+    context.output.Line(written);
+    return ExitCode::kDone;
+  }
+  const ReadBack read_back =
+      ReadBackI2c(WrittenByI2cList(entries, opening), command.i2c.option, *camera.camera, context);
+  context.output.Line(written + ReadBackText(read_back));
+  return ReportReadBack("i2c load", command.file, read_back, context);
 }

@@ -74,6 +74,9 @@ nlohmann::ordered_json LoadJson(const std::string& file, const ListText& list,
   return {{"file", file},
           {"registers", registers},
           {"written", written},
+          {"verified", nullptr},
+          {"compared", nullptr},
+          {"wrong", nlohmann::ordered_json::array()},
           {"problems", ProblemsJson(list.problems)},
           {"remarks", ProblemsJson(list.remarks)}};
 }

@@ -39,6 +39,7 @@ void RequireGoodList(const std::string& file, const ListText& list, const std::s
 ExitCode ReportCheck(const std::string& command, const std::string& file, const ListText& list,
                      std::uint64_t registers, Context& context);
 
-// {"file", "registers", "written", "problems", "remarks"}.
+// {"file", "registers", "written", "verified", "compared", "wrong", "problems", "remarks"}: nothing
+// verified.
 nlohmann::ordered_json LoadJson(const std::string& file, const ListText& list,
                                 std::uint64_t registers, bool written);

@@ -14,6 +14,7 @@ target_sources(
           info_flash_size.cpp
           list_cameras.cpp
           list_problems.cpp
+          list_verify.cpp
           masked_write.cpp
           reg_diff.cpp
           reg_dump.cpp

@@ -197,6 +197,17 @@ CheckedRegisterList CheckRegisterList(std::string_view text) {
   return Checker(ReadListText(text)).Check();
 }
 
+std::vector<bool> InsideBlocks(const std::vector<ListEntry>& entries) {
+  Rows rows;
+  for (const ListEntry& entry : entries) {
+    if (!IsDelay(entry.address) && entry.address != kPauseMarker) {
+      rows.Add(entry.address);
+    }
+  }
+  rows.End();
+  return rows.Inside();
+}
+
 std::string RegisterListText(const std::vector<ListEntry>& entries) {
   std::string text;
   for (const ListEntry& entry : entries) {

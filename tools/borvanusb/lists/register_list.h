@@ -24,6 +24,10 @@ struct CheckedRegisterList {
 // Reads a register list and finds all that would keep it from being written as it stands.
 CheckedRegisterList CheckRegisterList(std::string_view text);
 
+// By register of the list: whether it is sent within a block of registers in a row, behind the
+// block's first. Markers before such a register are passed over.
+std::vector<bool> InsideBlocks(const std::vector<ListEntry>& entries);
+
 // The entries as a list that the library reads as exactly these.
 std::string RegisterListText(const std::vector<ListEntry>& entries);
 
