@@ -1,4 +1,8 @@
 // What the control program does beside running cameras.
+#include <chrono>
+#include <filesystem>
+#include <thread>
+
 #include "device_fixture.h"
 
 namespace virtual_camera_test {
@@ -91,6 +95,81 @@ TEST_F(ControlTest, StateIsDescribedForPeople) {
 TEST_F(ControlTest, DescriptionSaysThatACameraIsGone) {
   virtual_camera::SetPlugged(configuration, false);
   EXPECT_THAT(virtual_camera::DescribeState(configuration), HasSubstr("  state: unplugged\n"));
+}
+
+TEST_F(ControlTest, CountersOfOtherFaultsAreNotShown) {
+  configuration.faults.resize(1);
+  configuration.faults[0].delay_ms = 1;
+  camera().QueryLength(1);
+  CloseCamera();
+  configuration.faults[0].at = 5;
+  EXPECT_THAT(virtual_camera::DescribeState(configuration),
+              HasSubstr("  fault 0: 0 matching transfers so far\n"));
+}
+
+// Whoever only looks changes no file.
+class LookingTest : public ControlTest {
+ protected:
+  std::size_t FileCount() const {
+    std::size_t count = 0;
+    for ([[maybe_unused]] const auto& entry :
+         std::filesystem::directory_iterator(folder.File(""))) {
+      ++count;
+    }
+    return count;
+  }
+};
+
+TEST_F(LookingTest, ACameraThatNobodyUsedYetGetsNoFiles) {
+  EXPECT_TRUE(virtual_camera::IsPlugged(configuration));
+  EXPECT_THAT(virtual_camera::DescribeState(configuration), HasSubstr("  state: plugged in\n"));
+  configuration.plugged = false;
+  EXPECT_FALSE(virtual_camera::IsPlugged(configuration));
+  EXPECT_THAT(virtual_camera::DescribeState(configuration), HasSubstr("  state: unplugged\n"));
+  EXPECT_EQ(FileCount(), 0U);
+}
+
+// It shows what the next transfer meets.
+TEST_F(LookingTest, ACameraWhoseTimeHasComeStaysAsItIs) {
+  configuration.faults.resize(1);
+  configuration.faults[0].direction = virtual_camera::Direction::kLength;
+  configuration.faults[0].unplug = virtual_camera::UnplugAction{.back_after_ms = 0};
+  ChangeEverything();
+  camera().QueryLength(1);
+  CloseCamera();
+  std::this_thread::sleep_for(std::chrono::milliseconds(2));
+  const std::string before = folder.Read("camera.state");
+  EXPECT_TRUE(virtual_camera::IsPlugged(configuration));
+  const std::string text = virtual_camera::DescribeState(configuration);
+  EXPECT_THAT(text, HasSubstr("  state: plugged in\n"));
+  EXPECT_THAT(text, HasSubstr("  chip registers written since power-on:\n    none\n"));
+  EXPECT_EQ(folder.Read("camera.state"), before);
+  EXPECT_EQ(Register(), 0x11);
+}
+
+TEST_F(LookingTest, AStateFileThatIsHalfMadeStaysAsItIs) {
+  camera();
+  CloseCamera();
+  const std::string half = folder.Read("camera.state").substr(0, 700);
+  folder.Write("camera.state", half);
+  EXPECT_TRUE(virtual_camera::IsPlugged(configuration));
+  EXPECT_THAT(virtual_camera::DescribeState(configuration), HasSubstr("  state: plugged in\n"));
+  EXPECT_EQ(folder.Read("camera.state"), half);
+}
+
+TEST_F(LookingTest, AStateFileThatCantBeReadIsNamed) {
+  folder.Write("camera.state", "my precious text");
+  EXPECT_THROW(virtual_camera::IsPlugged(configuration), virtual_camera::ConfigurationError);
+  EXPECT_THROW(virtual_camera::DescribeState(configuration), virtual_camera::ConfigurationError);
+  EXPECT_EQ(folder.Read("camera.state"), "my precious text");
+  configuration.state_file = folder.File("no such folder/camera.state");
+  try {
+    virtual_camera::IsPlugged(configuration);
+    FAIL();
+  } catch (const virtual_camera::ConfigurationError& error) {
+    EXPECT_THAT(error.what(),
+                testing::StartsWith("state: can't use the file \"" + configuration.state_file));
+  }
 }
 
 }  // namespace

@@ -5,6 +5,7 @@
 
 #include "child_process.h"
 #include "device_fixture.h"
+#include "virtual_camera/core/state_file.h"
 
 namespace virtual_camera_test {
 namespace {
@@ -63,6 +64,25 @@ TEST_F(SharedStateTest, KilledProcessLeavesWholeTransfersAndNoLock) {
     const Bytes reply = Get(7, 64);
     EXPECT_EQ(Bytes(reply.begin() + 8, reply.end()), Bytes(56, reply[8]));
     EXPECT_EQ(Set(7, Padded({0x00, 0x00, 0x00, 0x01, 0, 0, 0x02, 0x00, 0x31}, 64)), kOk);
+  }
+}
+
+TEST_F(SharedStateTest, WhoeverLooksSeesWholeTransfers) {
+  camera();
+  const std::filesystem::path ready = folder.File("cameras.json.ready");
+  ChildProcess child("hammer", folder.File("cameras.json"));
+  for (int i = 0; i < 2000 && !std::filesystem::exists(ready); ++i) {
+    std::this_thread::sleep_for(std::chrono::milliseconds(5));
+  }
+  ASSERT_TRUE(std::filesystem::exists(ready));
+  for (int i = 0; i < 200; ++i) {
+    const virtual_camera::DeviceState state =
+        virtual_camera::LookAtState(configuration.state_file, configuration.plugged);
+    const auto first = state.registers.Find(virtual_camera::RegisterSpace::Chip(), 0x100);
+    ASSERT_TRUE(first.has_value());
+    for (std::uint32_t address = 0x101; address < 0x138; ++address) {
+      ASSERT_EQ(state.registers.Find(virtual_camera::RegisterSpace::Chip(), address), first);
+    }
   }
 }
 

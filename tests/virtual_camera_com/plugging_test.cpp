@@ -137,17 +137,22 @@ TEST_F(FallenOff, ItIsBackWithTheNextBinding) {
   EXPECT_EQ(ListedPaths(), (std::vector<std::wstring>{kFirstPath, kSecondPath}));
 }
 
-TEST_F(FallenOff, ItIsBackWithTheNextCommandOfTheControlProgram) {
-  FallOff();
-  EXPECT_EQ(Control(L"state").exit_code, 0U);
-  EXPECT_EQ(ListedPaths(), (std::vector<std::wstring>{kFirstPath, kSecondPath}));
+TEST_F(FallenOff, ItIsBackWithTheNextCommandThatHandlesACamera) {
+  for (const wchar_t* const command : {L"plug 1", L"reset-faults", L"power-cycle 1"}) {
+    FallOff();
+    EXPECT_EQ(Control(L"state").exit_code, 0U);
+    EXPECT_EQ(ListedPaths(), std::vector<std::wstring>{kSecondPath}) << "state only looks";
+    EXPECT_EQ(Control(command).exit_code, 0U);
+    EXPECT_EQ(ListedPaths(), (std::vector<std::wstring>{kFirstPath, kSecondPath}));
+    DeleteFileW((folder() + L"cameras.camera0.state").c_str());
+  }
 }
 
 TEST_F(FallenOff, ItStaysAwayWhenTheUserUnplugsIt) {
   FallOff();
   // Catches up first, then unplugs for good.
   EXPECT_EQ(Control(L"unplug 0").exit_code, 0U);
-  EXPECT_EQ(Control(L"state").exit_code, 0U);
+  EXPECT_EQ(Control(L"reset-faults").exit_code, 0U);
   EXPECT_EQ(ListedPaths(), std::vector<std::wstring>{kSecondPath});
 }
 

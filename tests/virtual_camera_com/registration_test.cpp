@@ -16,6 +16,7 @@ using virtual_camera::CategoryEntry;
 using virtual_camera::HasEntry;
 using virtual_camera::IsRegistered;
 using virtual_camera::RegisterCameras;
+using virtual_camera::RegisteredConfiguration;
 using virtual_camera::RemoveEntry;
 using virtual_camera::UnregisterCameras;
 
@@ -67,11 +68,12 @@ const std::vector<CategoryEntry> kTwo = {{0, L"First", L"\\\\?\\usb#one"},
                                          {1, L"Second", L"\\\\?\\usb#two"}};
 
 TEST_F(Registration, WritesTheClassAndOneEntryForEachCamera) {
-  RegisterCameras(root_, L"C:\\folder\\some.dll", kTwo);
+  RegisterCameras(root_, L"C:\\folder\\some.dll", L"C:\\cameras.json", kTwo);
   EXPECT_TRUE(IsRegistered(root_));
   const std::wstring server = L"CLSID\\" + ClassId() + L"\\InprocServer32";
   EXPECT_EQ(Text(server, L""), L"C:\\folder\\some.dll");
   EXPECT_EQ(Text(server, L"ThreadingModel"), L"Both");
+  EXPECT_EQ(RegisteredConfiguration(root_), L"C:\\cameras.json");
   ASSERT_EQ(SubkeyCount(kInstances), 2U);
   const std::wstring second = std::wstring(kInstances) + L"\\" + ClassId() + L"#001";
   EXPECT_EQ(Text(second, L"CLSID"), ClassId());
@@ -80,9 +82,10 @@ TEST_F(Registration, WritesTheClassAndOneEntryForEachCamera) {
 }
 
 TEST_F(Registration, ReplacesThePreviousCameras) {
-  RegisterCameras(root_, L"C:\\some.dll", kTwo);
-  RegisterCameras(root_, L"C:\\some.dll", {{0, L"Third", L"\\\\?\\usb#three"}});
+  RegisterCameras(root_, L"C:\\some.dll", L"C:\\cameras.json", kTwo);
+  RegisterCameras(root_, L"C:\\some.dll", L"C:\\other.json", {{0, L"Third", L"\\\\?\\usb#three"}});
   EXPECT_EQ(SubkeyCount(kInstances), 1U);
+  EXPECT_EQ(RegisteredConfiguration(root_), L"C:\\other.json");
 }
 
 TEST_F(Registration, LeavesOtherProgramsEntriesAlone) {
@@ -90,16 +93,17 @@ TEST_F(Registration, LeavesOtherProgramsEntriesAlone) {
   HKEY key = nullptr;
   RegCreateKeyExW(root_, other.c_str(), 0, nullptr, 0, KEY_ALL_ACCESS, nullptr, &key, nullptr);
   RegCloseKey(key);
-  RegisterCameras(root_, L"C:\\some.dll", kTwo);
+  RegisterCameras(root_, L"C:\\some.dll", L"C:\\cameras.json", kTwo);
   EXPECT_EQ(SubkeyCount(kInstances), 3U);
   UnregisterCameras(root_);
   EXPECT_EQ(SubkeyCount(kInstances), 1U);
 }
 
 TEST_F(Registration, UnregisteringLeavesNothing) {
-  RegisterCameras(root_, L"C:\\some.dll", kTwo);
+  RegisterCameras(root_, L"C:\\some.dll", L"C:\\cameras.json", kTwo);
   UnregisterCameras(root_);
   EXPECT_FALSE(IsRegistered(root_));
+  EXPECT_EQ(RegisteredConfiguration(root_), L"");
   EXPECT_EQ(SubkeyCount(kInstances), 0U);
   EXPECT_EQ(SubkeyCount(L"CLSID\\" + ClassId()), 0U);
 }
@@ -120,7 +124,7 @@ TEST_F(Registration, AHalfMadeRegistrationIsUndone) {
             ERROR_SUCCESS);
   RegCloseKey(key);
   try {
-    RegisterCameras(root_, L"C:\\some.dll", kTwo);
+    RegisterCameras(root_, L"C:\\some.dll", L"C:\\cameras.json", kTwo);
     FAIL() << "registered below a volatile key";
   } catch (const virtual_camera::RegistrationError& error) {
     EXPECT_LT(error.result, 0);
@@ -131,11 +135,12 @@ TEST_F(Registration, AHalfMadeRegistrationIsUndone) {
 }
 
 TEST_F(Registration, AnEntryIsRemovedByItsPathInAnyCase) {
-  RegisterCameras(root_, L"C:\\some.dll", kTwo);
+  RegisterCameras(root_, L"C:\\some.dll", L"C:\\cameras.json", kTwo);
   RemoveEntry(root_, L"\\\\?\\USB#ONE");
   EXPECT_EQ(SubkeyCount(kInstances), 1U);
-  EXPECT_FALSE(HasEntry(root_, L"\\\\?\\usb#one"));
-  EXPECT_TRUE(HasEntry(root_, L"\\\\?\\USB#two"));
+  EXPECT_FALSE(HasEntry(root_, kTwo[0]));
+  EXPECT_TRUE(HasEntry(root_, {1, L"", L"\\\\?\\USB#two"}));
+  EXPECT_FALSE(HasEntry(root_, {2, L"", L"\\\\?\\usb#two"}));
   RemoveEntry(root_, L"\\\\?\\usb#one");  // gone already: no error
   EXPECT_EQ(SubkeyCount(kInstances), 1U);
   AddEntry(root_, kTwo[0]);

@@ -5,6 +5,7 @@
 #include <chrono>
 #include <cstdint>
 #include <exception>
+#include <filesystem>
 #include <memory>
 #include <mutex>
 #include <string>
@@ -12,6 +13,8 @@
 #include <utility>
 
 #include "virtual_camera/core/camera.h"
+#include "virtual_camera/core/names.h"
+#include "virtual_camera/core/utf8_path.h"
 #include "wide_text.h"
 
 namespace virtual_camera {
@@ -82,32 +85,40 @@ CategoryEntry EntryOf(const Configuration& configuration, std::size_t position) 
   return {position, WideOf(camera.name), WideOf(camera.path)};
 }
 
-std::vector<CategoryEntry> PluggedEntries(const Configuration& configuration) {
+std::vector<CategoryEntry> Register(const Configuration& configuration, const std::wstring& dll) {
   std::vector<CategoryEntry> entries;
   for (std::size_t position = 0; position < configuration.cameras.size(); ++position) {
     if (IsPlugged(configuration.cameras[position])) {
       entries.push_back(EntryOf(configuration, position));
     }
   }
+  const std::filesystem::path file = std::filesystem::absolute(PathFromUtf8(configuration.file));
+  RegisterCameras(HKEY_CLASSES_ROOT, dll, file.wstring(), entries);
   return entries;
+}
+
+bool IsRegistered(const Configuration& configuration) {
+  const std::wstring registered = RegisteredConfiguration(HKEY_CLASSES_ROOT);
+  return !registered.empty() &&
+         IdentifyFile(Utf8Of(registered)) == IdentifyFile(configuration.file);
 }
 
 void SyncEntries(const Configuration& configuration) {
   const std::lock_guard lock(EntriesMutex());
-  if (!IsRegistered(HKEY_CLASSES_ROOT)) {
+  if (!IsRegistered(configuration)) {
     return;
   }
   for (std::size_t position = 0; position < configuration.cameras.size(); ++position) {
     try {
       const CategoryEntry entry = EntryOf(configuration, position);
       const bool plugged = IsPlugged(configuration.cameras[position]);
-      if (plugged == HasEntry(HKEY_CLASSES_ROOT, entry.path)) {
+      if (plugged && HasEntry(HKEY_CLASSES_ROOT, entry)) {
         continue;
       }
+      // It may have one at another place, from before the file was changed.
+      RemoveEntry(HKEY_CLASSES_ROOT, entry.path);
       if (plugged) {
         AddEntry(HKEY_CLASSES_ROOT, entry);
-      } else {
-        RemoveEntry(HKEY_CLASSES_ROOT, entry.path);
       }
     } catch (const std::exception& error) {
       OutputDebugStringA(error.what());

@@ -19,6 +19,9 @@ struct KeyCloser {
 };
 using Key = std::unique_ptr<std::remove_pointer_t<HKEY>, KeyCloser>;
 
+// The value of the class's key with the name of the configuration file.
+constexpr wchar_t kConfigurationValue[] = L"Configuration";
+
 // Room for a subkey's name with its terminator: the registry allows 255 characters.
 constexpr DWORD kKeyNameSize = 256;
 
@@ -136,15 +139,12 @@ void AddEntry(HKEY classes, const CategoryEntry& entry) {
   }
 }
 
-bool HasEntry(HKEY classes, const std::wstring& path) {
+bool HasEntry(HKEY classes, const CategoryEntry& entry) {
   const Key category = OpenKey(classes, CategoryKeyName(), KEY_READ);
-  if (!category) {
-    return false;
-  }
-  const std::vector<std::wstring> names = EntryKeyNames(category);
-  return std::any_of(names.begin(), names.end(), [&](const std::wstring& name) {
-    return SamePath(ReadText(OpenKey(category.get(), name, KEY_READ), L"DevicePath"), path);
-  });
+  return category &&
+         SamePath(ReadText(OpenKey(category.get(), EntryKeyName(entry.position), KEY_READ),
+                           L"DevicePath"),
+                  entry.path);
 }
 
 void RemoveEntry(HKEY classes, const std::wstring& path) {
@@ -162,12 +162,13 @@ void RemoveEntry(HKEY classes, const std::wstring& path) {
   }
 }
 
-void RegisterCameras(HKEY classes, const std::wstring& dll,
+void RegisterCameras(HKEY classes, const std::wstring& dll, const std::wstring& configuration,
                      const std::vector<CategoryEntry>& entries) {
   UnregisterCameras(classes);
   try {
     const Key class_key = CreateKey(classes, ClassKeyName());
     WriteText(class_key, nullptr, L"BorvanUSB virtual camera");
+    WriteText(class_key, kConfigurationValue, configuration);
     const Key server = CreateKey(classes, ClassKeyName() + L"\\InprocServer32");
     WriteText(server, nullptr, dll);
     WriteText(server, L"ThreadingModel", L"Both");
@@ -193,6 +194,10 @@ void UnregisterCameras(HKEY classes) {
     }
   }
   RemoveTree(classes, ClassKeyName());
+}
+
+std::wstring RegisteredConfiguration(HKEY classes) {
+  return ReadText(OpenKey(classes, ClassKeyName(), KEY_READ), kConfigurationValue);
 }
 
 bool IsRegistered(HKEY classes) {

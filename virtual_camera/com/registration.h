@@ -29,10 +29,10 @@ class RegistrationError : public std::runtime_error {
 
 // All functions take the key that stands for HKEY_CLASSES_ROOT.
 
-// Registers `dll` (full path) as server of the class with exactly these entries. What an earlier
-// registration left is removed first; when a step fails, all is removed and RegistrationError
-// raised: never is half a set of cameras left.
-void RegisterCameras(HKEY classes, const std::wstring& dll,
+// Registers `dll` (full path) as server of the class with exactly these entries, which come from
+// the configuration file `configuration`. What an earlier registration left is removed first; when
+// a step fails, all is removed and RegistrationError raised: never is half a set of cameras left.
+void RegisterCameras(HKEY classes, const std::wstring& dll, const std::wstring& configuration,
                      const std::vector<CategoryEntry>& entries);
 
 // Removes the class and all its entries; RegistrationError if something can't be removed.
@@ -40,10 +40,15 @@ void UnregisterCameras(HKEY classes);
 
 bool IsRegistered(HKEY classes);
 
-// Adds or replaces one entry; RegistrationError on failure.
+// The full name of the configuration file whose cameras are registered. Empty when there are none,
+// and for a registration of version 0.1.0, which left no name.
+std::wstring RegisteredConfiguration(HKEY classes);
+
+// Adds or replaces the entry with this position; RegistrationError on failure.
 void AddEntry(HKEY classes, const CategoryEntry& entry);
 
-bool HasEntry(HKEY classes, const std::wstring& path);
+// Whether the entry with this position has this path.
+bool HasEntry(HKEY classes, const CategoryEntry& entry);
 
 // Removes the entries with this device path, if there are any; RegistrationError on failure.
 void RemoveEntry(HKEY classes, const std::wstring& path);

@@ -99,8 +99,7 @@ STDAPI DllRegisterServer() {
   using namespace virtual_camera;
   return Guarded([]() -> HRESULT {
     try {
-      const Configuration configuration = LoadConfiguration(ConfigurationFile());
-      RegisterCameras(HKEY_CLASSES_ROOT, ModuleFile(), PluggedEntries(configuration));
+      Register(LoadConfiguration(ConfigurationFile()), ModuleFile());
       return S_OK;
     } catch (const ConfigurationError& error) {
       OutputDebugStringA(error.what());

@@ -30,11 +30,37 @@ std::string Title(const Configuration& configuration, std::size_t position) {
   return "camera " + std::to_string(position) + " \"" + configuration.cameras[position].name + "\"";
 }
 
-// Said when a command changed the device but no host can see it yet.
-void RemarkUnregistered(std::ostream& out) {
-  if (!IsRegistered(HKEY_CLASSES_ROOT)) {
-    out << "the cameras are not registered: no host sees them before \"register\"\n";
+// Which cameras hosts see: these, none, or others.
+std::string RegistrationText(const Configuration& configuration) {
+  if (IsRegistered(configuration)) {
+    return "the cameras are registered";
   }
+  if (!IsRegistered(HKEY_CLASSES_ROOT)) {
+    return "the cameras are not registered";
+  }
+  const std::string file = Utf8Of(RegisteredConfiguration(HKEY_CLASSES_ROOT));
+  return "these cameras are not registered; those of " + (file.empty() ? "another file" : file) +
+         " are";
+}
+
+// Said when a command changed the device but no host can see it yet.
+void RemarkUnregistered(const Configuration& configuration, std::ostream& out) {
+  if (!IsRegistered(configuration)) {
+    out << (IsRegistered(HKEY_CLASSES_ROOT) ? "these" : "the")
+        << " cameras are not registered: no host sees them before \"register\"\n";
+  }
+}
+
+// Said when the list of hosts is not as the camera is: whoever only looks leaves it so.
+std::string ListText(const Configuration& configuration, std::size_t position) {
+  const bool plugged = IsPlugged(configuration.cameras[position]);
+  const bool listed = HasEntry(HKEY_CLASSES_ROOT, EntryOf(configuration, position));
+  if (plugged == listed || !IsRegistered(configuration)) {
+    return {};
+  }
+  const std::string number = std::to_string(position);
+  return plugged ? "  hosts don't list it yet: \"plug " + number + "\" puts it on their list\n"
+                 : "  hosts still list it: \"unplug " + number + "\" takes it off their list\n";
 }
 
 }  // namespace
@@ -72,8 +98,7 @@ void RegisterCommand(const Configuration& configuration, const std::wstring& dll
   if (!std::filesystem::exists(dll)) {
     throw CommandError(Utf8Of(dll) + ": not found: it must lie beside virtual-camera.exe");
   }
-  const std::vector<CategoryEntry> entries = PluggedEntries(configuration);
-  RegisterCameras(HKEY_CLASSES_ROOT, dll, entries);
+  const std::vector<CategoryEntry> entries = Register(configuration, dll);
   out << "registered " << entries.size() << " of " << configuration.cameras.size() << " cameras\n";
   for (const CategoryEntry& entry : entries) {
     out << "  " << Title(configuration, entry.position) << ' ' << Utf8Of(entry.path) << '\n';
@@ -88,12 +113,13 @@ void UnregisterCommand(std::ostream& out) {
 void PlugCommand(const Configuration& configuration, std::size_t position, std::ostream& out) {
   Plug(configuration, position);
   out << Title(configuration, position) << ": plugged in\n";
-  RemarkUnregistered(out);
+  RemarkUnregistered(configuration, out);
 }
 
 void UnplugCommand(const Configuration& configuration, std::size_t position, std::ostream& out) {
   Unplug(configuration, position);
   out << Title(configuration, position) << ": unplugged\n";
+  RemarkUnregistered(configuration, out);
 }
 
 void PowerCycleCommand(const Configuration& configuration, const std::string& camera,
@@ -102,6 +128,7 @@ void PowerCycleCommand(const Configuration& configuration, const std::string& ca
     PowerCycle(configuration.cameras[position]);
     out << Title(configuration, position) << ": power was off and is on again\n";
   }
+  SyncEntries(configuration);
 }
 
 void ResetFaultsCommand(const Configuration& configuration, const std::string& camera,
@@ -110,6 +137,7 @@ void ResetFaultsCommand(const Configuration& configuration, const std::string& c
     ResetFaultCounters(configuration.cameras[position]);
     out << Title(configuration, position) << ": faults count from the start\n";
   }
+  SyncEntries(configuration);
 }
 
 void StateCommand(const Configuration& configuration, const std::string& camera,
@@ -121,9 +149,9 @@ void StateCommand(const Configuration& configuration, const std::string& camera,
     if (!description.ends_with('\n')) {
       out << '\n';
     }
+    out << ListText(configuration, position);
   }
-  out << (IsRegistered(HKEY_CLASSES_ROOT) ? "the cameras are registered\n"
-                                          : "the cameras are not registered\n");
+  out << RegistrationText(configuration) << '\n';
 }
 
 void TraceCommand(const std::string& file, std::ostream& out) {

@@ -34,8 +34,9 @@ void PowerCycleCommand(const Configuration& configuration, const std::string& ca
                        std::ostream& out);
 void ResetFaultsCommand(const Configuration& configuration, const std::string& camera,
                         std::ostream& out);
-void StateCommand(const Configuration& configuration, const std::string& camera, std::ostream& out);
 
+// These only look: they change nothing in the registry and no file.
+void StateCommand(const Configuration& configuration, const std::string& camera, std::ostream& out);
 // `file` in UTF-8.
 void TraceCommand(const std::string& file, std::ostream& out);
 void CheckCommand(const Configuration& configuration, const std::string& file, std::ostream& out);

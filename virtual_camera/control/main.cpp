@@ -12,7 +12,6 @@
 
 #include "commands.h"
 #include "configuration_file.h"
-#include "plugging.h"
 #include "wide_text.h"
 
 namespace {
@@ -74,7 +73,7 @@ int Run() {
       "power-cycle", "Take a camera's power away for a moment: registers get their initial values");
   auto* const reset =
       app.add_subcommand("reset-faults", "Let a camera's faults count their transfers anew");
-  auto* const state = app.add_subcommand("state", "Show a camera's registers, flash and faults");
+  auto* const state = app.add_subcommand("state", "Show a camera's registers, flash and faults; changes nothing");
   for (auto* const command : {cycle, reset, state}) {
     command->add_option("CAMERA", camera, "Number, name or device path (default: all cameras)");
   }
@@ -108,7 +107,6 @@ int Run() {
     CheckCommand(configuration, file, std::cout);
     return kDone;
   }
-  SyncEntries(configuration);
   if (*do_register) {
     RegisterCommand(configuration, DllBesideProgram(), std::cout);
   } else if (*plug) {

@@ -54,7 +54,8 @@ class Camera {
 };
 
 // The following work on the files alone, beside any number of running cameras. They throw
-// ConfigurationError when the state file can't be used.
+// ConfigurationError when the state file can't be used. IsPlugged and DescribeState only look: they
+// make and change no file, and answer for a camera that is due as if it were back already.
 
 // Chip and sensor registers get their initial values, a reply that waits is lost; flash and fault
 // counters stay.

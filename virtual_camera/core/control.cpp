@@ -7,6 +7,7 @@
 
 #include "blocks.h"
 #include "camera.h"
+#include "faults.h"
 #include "plug.h"
 #include "state_file.h"
 
@@ -22,6 +23,14 @@ void Change(const CameraConfiguration& configuration, const Action& action) {
   RefreshPlug(file.state(), WallClockUs());
   action(file.state());
   file.Commit();
+}
+
+// What the next transfer would find: a camera that is due is back. The files stay as they are.
+DeviceState Look(const CameraConfiguration& configuration) {
+  DeviceState state = LookAtState(configuration.state_file, configuration.plugged);
+  RefreshPlug(state, WallClockUs());
+  RefreshFaultCounters(configuration, state.fields);
+  return state;
 }
 
 template <typename... Values>
@@ -93,9 +102,7 @@ void SetPlugged(const CameraConfiguration& configuration, bool plugged) {
 }
 
 bool IsPlugged(const CameraConfiguration& configuration) {
-  bool plugged = false;
-  Change(configuration, [&](DeviceState& state) { plugged = state.fields.plugged; });
-  return plugged;
+  return Look(configuration).fields.plugged;
 }
 
 void ResetFaultCounters(const CameraConfiguration& configuration) {
@@ -103,27 +110,24 @@ void ResetFaultCounters(const CameraConfiguration& configuration) {
 }
 
 std::string DescribeState(const CameraConfiguration& configuration) {
-  std::string text;
-  Change(configuration, [&](DeviceState& state) {
-    text += configuration.name + "\n";
-    text += "  path: " + configuration.path + "\n";
-    text += "  state: " + PlugText(state.fields) + "\n";
-    text += Format("  flash: %u KiB in ", configuration.flash.size / 1024) +
-            configuration.flash.file + "\n";
-    text += "  chip registers written since power-on:\n" +
-            RegistersText(state.registers, RegisterSpace::Chip());
-    for (const SensorConfiguration& sensor : configuration.sensors) {
-      text += Format("  sensor 0x%02x (width mode %u), registers written since power-on:\n",
-                     static_cast<unsigned>(sensor.slave), static_cast<unsigned>(sensor.mode)) +
-              RegistersText(state.registers, RegisterSpace::Slave(sensor.slave));
-    }
-    for (std::size_t i = 0; i < configuration.faults.size() && i < kMaxFaults; ++i) {
-      text += Format("  fault %u: %llu matching transfers so far\n", static_cast<unsigned>(i),
-                     static_cast<unsigned long long>(state.fields.fault_counters[i]));
-    }
-    text += TraceText(configuration, state.fields);
-  });
-  return text;
+  const DeviceState state = Look(configuration);
+  std::string text = configuration.name + "\n";
+  text += "  path: " + configuration.path + "\n";
+  text += "  state: " + PlugText(state.fields) + "\n";
+  text += Format("  flash: %u KiB in ", configuration.flash.size / 1024) +
+          configuration.flash.file + "\n";
+  text += "  chip registers written since power-on:\n" +
+          RegistersText(state.registers, RegisterSpace::Chip());
+  for (const SensorConfiguration& sensor : configuration.sensors) {
+    text += Format("  sensor 0x%02x (width mode %u), registers written since power-on:\n",
+                   static_cast<unsigned>(sensor.slave), static_cast<unsigned>(sensor.mode)) +
+            RegistersText(state.registers, RegisterSpace::Slave(sensor.slave));
+  }
+  for (std::size_t i = 0; i < configuration.faults.size() && i < kMaxFaults; ++i) {
+    text += Format("  fault %u: %llu matching transfers so far\n", static_cast<unsigned>(i),
+                   static_cast<unsigned long long>(state.fields.fault_counters[i]));
+  }
+  return text + TraceText(configuration, state.fields);
 }
 
 }  // namespace virtual_camera

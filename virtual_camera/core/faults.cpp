@@ -74,17 +74,21 @@ void Add(FaultEffects& effects, const FaultConfiguration& fault) {
 
 }  // namespace
 
-FaultEffects StrikeFaults(const CameraConfiguration& configuration, Direction direction,
-                          std::uint32_t selector, DeviceFields& fields) {
-  FaultEffects effects;
+void RefreshFaultCounters(const CameraConfiguration& configuration, DeviceFields& fields) {
   if (configuration.faults.empty()) {
-    return effects;
+    return;
   }
   if (const std::uint64_t fingerprint = Fingerprint(configuration);
       fields.fault_fingerprint != fingerprint) {
     fields.fault_fingerprint = fingerprint;
     fields.fault_counters = {};
   }
+}
+
+FaultEffects StrikeFaults(const CameraConfiguration& configuration, Direction direction,
+                          std::uint32_t selector, DeviceFields& fields) {
+  FaultEffects effects;
+  RefreshFaultCounters(configuration, fields);
   for (std::size_t i = 0; i < configuration.faults.size() && i < kStateFaults; ++i) {
     const FaultConfiguration& fault = configuration.faults[i];
     if (!Matches(fault, direction, selector)) {

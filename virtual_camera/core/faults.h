@@ -23,8 +23,11 @@ struct FaultEffects {
   std::optional<UnplugAction> unplug;
 };
 
+// Counters of another list of faults than the camera's start again from 0.
+void RefreshFaultCounters(const CameraConfiguration& configuration, DeviceFields& fields);
+
 // Counts a transfer for every fault that it matches, in `fields`, and returns what those that
-// strike do. Counters of another list of faults start again from 0.
+// strike do. Refreshes the counters first.
 FaultEffects StrikeFaults(const CameraConfiguration& configuration, Direction direction,
                           std::uint32_t selector, DeviceFields& fields);
 

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <memory>
 #include <span>
 #include <string>
 
@@ -12,6 +13,8 @@ class SharedFile {
  public:
   // Opens `path_utf8` for reading and writing; creates an empty file when there is none.
   explicit SharedFile(const std::string& path_utf8);
+  // Opens an existing file for reading alone. Null when its folder has no such file.
+  static std::unique_ptr<SharedFile> OpenForReading(const std::string& path_utf8);
   ~SharedFile();
   SharedFile(const SharedFile&) = delete;
   SharedFile& operator=(const SharedFile&) = delete;
@@ -29,15 +32,20 @@ class SharedFile {
 
   // One lock for the whole file, against other objects in this and in other processes; the system
   // drops it when its process dies. It guards nothing by itself: reads and writes do not ask it.
+  // Objects that only read may hold it together.
   void Lock();
   void Unlock() noexcept;
 
  private:
 #ifdef _WIN32
-  void* handle_ = nullptr;
+  using Handle = void*;
 #else
-  int descriptor_ = -1;
+  using Handle = int;
 #endif
+  SharedFile(Handle handle, bool reads_only) : handle_(handle), reads_only_(reads_only) {}
+
+  Handle handle_;
+  bool reads_only_ = false;
 };
 
 // Holds the lock of a SharedFile for a scope.

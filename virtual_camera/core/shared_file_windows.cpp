@@ -30,15 +30,31 @@ OVERLAPPED At(std::uint64_t position) {
   return overlapped;
 }
 
+HANDLE Open(const std::string& path_utf8, DWORD access, DWORD creation) {
+  return ::CreateFileW(WideText(path_utf8).c_str(), access,
+                       FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr, creation,
+                       FILE_ATTRIBUTE_NORMAL, nullptr);
+}
+
 }  // namespace
 
 SharedFile::SharedFile(const std::string& path_utf8)
-    : handle_(::CreateFileW(WideText(path_utf8).c_str(), GENERIC_READ | GENERIC_WRITE,
-                            FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
-                            OPEN_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr)) {
+    : handle_(Open(path_utf8, GENERIC_READ | GENERIC_WRITE, OPEN_ALWAYS)) {
   if (handle_ == INVALID_HANDLE_VALUE) {
     ThrowLastError("open");
   }
+}
+
+std::unique_ptr<SharedFile> SharedFile::OpenForReading(const std::string& path_utf8) {
+  const HANDLE handle = Open(path_utf8, GENERIC_READ, OPEN_EXISTING);
+  if (handle != INVALID_HANDLE_VALUE) {
+    return std::unique_ptr<SharedFile>(new SharedFile(handle, true));
+  }
+  // A missing folder is another error.
+  if (::GetLastError() == ERROR_FILE_NOT_FOUND) {
+    return nullptr;
+  }
+  ThrowLastError("open");
 }
 
 SharedFile::~SharedFile() {
@@ -97,7 +113,8 @@ void SharedFile::Truncate(std::uint64_t size) {
 void SharedFile::Lock() {
   OVERLAPPED overlapped{};
   overlapped.OffsetHigh = kLockPositionHigh;
-  if (!::LockFileEx(handle_, LOCKFILE_EXCLUSIVE_LOCK, 0, 1, 0, &overlapped)) {
+  const DWORD kind = reads_only_ ? 0 : LOCKFILE_EXCLUSIVE_LOCK;
+  if (!::LockFileEx(handle_, kind, 0, 1, 0, &overlapped)) {
     ThrowLastError("lock");
   }
 }

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <system_error>
+#include <utility>
 
 #include "configuration.h"
 
@@ -71,43 +72,15 @@ std::vector<std::uint8_t> LogBytes(std::span<const RegisterStore::Record> record
   return bytes;
 }
 
-}  // namespace
+struct NewestHead {
+  StateHead head;
+  std::vector<std::uint8_t> fields;
+};
 
-StateFile::StateFile(const std::string& path_utf8, bool starts_plugged) try
-    : path_(path_utf8), file_(path_utf8), committed_fields_(kDeviceFieldsSize) {
-  file_.Lock();
-  try {
-    // Shorter than its head: a process died while it made the file, or it is new.
-    std::array<std::uint8_t, kMagic.size()> begin{};
-    const std::uint64_t size = file_.Size();
-    const std::size_t read = file_.ReadAt(0, begin);
-    const bool begins_right = std::equal(begin.begin(), begin.begin() + read, kMagic.begin());
-    if (size < kLogBase && begins_right) {
-      Create(starts_plugged);
-    }
-    ReadHead();
-  } catch (...) {
-    file_.Unlock();
-    throw;
-  }
-  file_.Unlock();
-} catch (const std::system_error& error) {
-  throw ConfigurationError("state: can't use the file \"" + path_utf8 + "\" (" + error.what() +
-                           "); it must be a file that can be read and written");
-}
-
-void StateFile::Create(bool starts_plugged) {
-  head_ = {.sequence = 0, .log_number = 1, .log_start = kLogBase, .log_records = 0};
-  state_ = {};
-  state_.fields.plugged = starts_plugged;
-  WriteHead();
-  const std::uint8_t zero = 0;
-  file_.WriteAt(kLogBase - 1, std::span(&zero, 1));
-}
-
-void StateFile::ReadHead() {
+// The last head that was written whole.
+NewestHead FindNewestHead(const SharedFile& file, const std::string& path) {
   std::array<std::uint8_t, kSlotSize + kHeadSize> both{};
-  file_.ReadAt(0, both);
+  file.ReadAt(0, both);
   const Slot* newest = nullptr;
   std::array<Slot, 2> slots;
   for (std::size_t i = 0; i < slots.size(); ++i) {
@@ -122,17 +95,92 @@ void StateFile::ReadHead() {
     }
   }
   if (newest == nullptr) {
-    throw ConfigurationError("state: the file \"" + path_ +
+    throw ConfigurationError("state: the file \"" + path +
                              "\" is not a state file of a virtual camera; name another one or "
                              "remove it");
   }
-  head_ = {.sequence = GetNumber(*newest, kSequencePosition),
-           .log_number = GetNumber(*newest, kLogNumberPosition),
-           .log_start = GetNumber(*newest, kLogStartPosition),
-           .log_records = GetNumber(*newest, kLogRecordsPosition)};
   const auto fields = std::span(*newest).subspan(kFieldsPosition, kDeviceFieldsSize);
-  committed_fields_.assign(fields.begin(), fields.end());
-  state_.fields = ReadDeviceFields(fields);
+  return {.head = {.sequence = GetNumber(*newest, kSequencePosition),
+                   .log_number = GetNumber(*newest, kLogNumberPosition),
+                   .log_start = GetNumber(*newest, kLogStartPosition),
+                   .log_records = GetNumber(*newest, kLogRecordsPosition)},
+          .fields = {fields.begin(), fields.end()}};
+}
+
+// Reads the records of the log from the `first` one on.
+void RestoreRegisters(const SharedFile& file, const StateHead& head, std::uint64_t first,
+                      RegisterStore& registers) {
+  std::vector<std::uint8_t> bytes(static_cast<std::size_t>(head.log_records - first) * kRecordSize);
+  const std::size_t read = file.ReadAt(head.log_start + first * kRecordSize, bytes);
+  for (std::size_t i = 0; i + kRecordSize <= read; i += kRecordSize) {
+    registers.Restore(
+        {GetNumber(bytes, i), static_cast<std::uint32_t>(GetNumber(bytes, i + 8, 4))});
+  }
+}
+
+// New, or a process died while it made the file: what the first slot has begins as a head.
+bool IsUnmade(const SharedFile& file) {
+  std::array<std::uint8_t, kMagic.size()> begin{};
+  const std::uint64_t size = file.Size();
+  const auto read = static_cast<std::ptrdiff_t>(file.ReadAt(0, begin));
+  return size < kLogBase && std::equal(begin.begin(), begin.begin() + read, kMagic.begin());
+}
+
+ConfigurationError Unusable(const std::string& path, const std::system_error& error) {
+  return ConfigurationError("state: can't use the file \"" + path + "\" (" + error.what() +
+                            "); it must be a file that can be read and written");
+}
+
+DeviceState NewDevice(bool starts_plugged) {
+  DeviceState state;
+  state.fields.plugged = starts_plugged;
+  return state;
+}
+
+}  // namespace
+
+DeviceState LookAtState(const std::string& path_utf8, bool starts_plugged) try {
+  DeviceState state = NewDevice(starts_plugged);
+  const std::unique_ptr<SharedFile> file = SharedFile::OpenForReading(path_utf8);
+  if (!file) {
+    return state;
+  }
+  const FileLock lock(*file);
+  if (!IsUnmade(*file)) {
+    const NewestHead newest = FindNewestHead(*file, path_utf8);
+    state.fields = ReadDeviceFields(newest.fields);
+    RestoreRegisters(*file, newest.head, 0, state.registers);
+  }
+  return state;
+} catch (const std::system_error& error) {
+  throw Unusable(path_utf8, error);
+}
+
+StateFile::StateFile(const std::string& path_utf8, bool starts_plugged) try
+    : path_(path_utf8), file_(path_utf8), committed_fields_(kDeviceFieldsSize) {
+  const FileLock lock(file_);
+  if (IsUnmade(file_)) {
+    Create(starts_plugged);
+  }
+  ReadHead();
+} catch (const std::system_error& error) {
+  throw Unusable(path_utf8, error);
+}
+
+void StateFile::Create(bool starts_plugged) {
+  // The first head goes into the first slot, so that a file that is half made can be told.
+  head_ = {.sequence = 1, .log_number = 1, .log_start = kLogBase, .log_records = 0};
+  state_ = NewDevice(starts_plugged);
+  WriteHead();
+  const std::uint8_t zero = 0;
+  file_.WriteAt(kLogBase - 1, std::span(&zero, 1));
+}
+
+void StateFile::ReadHead() {
+  NewestHead newest = FindNewestHead(file_, path_);
+  head_ = newest.head;
+  committed_fields_ = std::move(newest.fields);
+  state_.fields = ReadDeviceFields(committed_fields_);
 }
 
 void StateFile::ReadLog() {
@@ -141,17 +189,10 @@ void StateFile::ReadLog() {
     cached_log_number_ = head_.log_number;
     cached_log_records_ = 0;
   }
-  if (cached_log_records_ == head_.log_records) {
-    return;
+  if (cached_log_records_ != head_.log_records) {
+    RestoreRegisters(file_, head_, cached_log_records_, state_.registers);
+    cached_log_records_ = head_.log_records;
   }
-  std::vector<std::uint8_t> bytes(
-      static_cast<std::size_t>(head_.log_records - cached_log_records_) * kRecordSize);
-  const std::size_t read = file_.ReadAt(head_.log_start + cached_log_records_ * kRecordSize, bytes);
-  for (std::size_t i = 0; i + kRecordSize <= read; i += kRecordSize) {
-    state_.registers.Restore(
-        {GetNumber(bytes, i), static_cast<std::uint32_t>(GetNumber(bytes, i + 8, 4))});
-  }
-  cached_log_records_ = head_.log_records;
 }
 
 void StateFile::Lock() {

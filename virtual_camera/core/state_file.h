@@ -10,6 +10,13 @@
 
 namespace virtual_camera {
 
+struct StateHead {
+  std::uint64_t sequence = 0;
+  std::uint64_t log_number = 0;  // changes whenever the log is written anew
+  std::uint64_t log_start = 0;   // bytes from the start of the file
+  std::uint64_t log_records = 0;
+};
+
 // The file begins with two head slots of 2048 bytes, behind them lies a log of register writes.
 // A head holds the device's fields, the place and length of the log, a sequence number and a
 // checksum. A change first appends to the log and then writes the older slot, so that whatever
@@ -30,13 +37,6 @@ class StateFile {
   DeviceState& state() { return state_; }
 
  private:
-  struct Head {
-    std::uint64_t sequence = 0;
-    std::uint64_t log_number = 0;  // changes whenever the log is written anew
-    std::uint64_t log_start = 0;   // bytes from the start of the file
-    std::uint64_t log_records = 0;
-  };
-
   void ReadHead();
   void ReadLog();
   void Create(bool starts_plugged);
@@ -47,12 +47,16 @@ class StateFile {
   std::string path_;
   SharedFile file_;
   DeviceState state_;
-  Head head_;
+  StateHead head_;
   std::vector<std::uint8_t> committed_fields_;
   std::uint64_t cached_log_number_ = 0;
   std::uint64_t cached_log_records_ = 0;
   bool dirty_ = true;  // state_ may hold changes that were never committed
 };
+
+// The state in the file `path_utf8`, which stays as it is; that of a new device when there is no
+// file yet. Throws ConfigurationError when the file can't be read or is none of this kind.
+DeviceState LookAtState(const std::string& path_utf8, bool starts_plugged);
 
 // Holds the lock of a StateFile for a scope.
 class StateLock {
