@@ -4,6 +4,7 @@
 #include "arguments/command_line.h"
 
 #include <algorithm>
+#include <sstream>
 #include <string>
 #include <variant>
 #include <vector>
@@ -88,7 +89,12 @@ void CheckFailure(const Failure& failure, const Words& words) {
   CheckEqual(static_cast<std::uint64_t>(failure.Code()),
              static_cast<std::uint64_t>(ExitCode::kUsage), "the code of a wrong command line");
   CheckOneLine(failure.Message(), "the message");
-  CheckOneLine(failure.Hint(), "the hint");
+  // A line for each thing that can be done.
+  std::istringstream hint(failure.Hint());
+  for (std::string line; std::getline(hint, line);) {
+    CheckOneLine(line, "a line of the hint");
+  }
+  Check(!failure.Hint().empty(), "the hint is empty");
   Check(NamesAnArgument(failure.Message(), words),
         "the message names no argument: " + failure.Message());
 }

@@ -154,6 +154,10 @@ COMMAND_LINES = {name: "\0".join(words).encode() for name, words in {
     "all-and-a-camera": ["flash", "program", "a.bin", "--all", "--camera", "0"],
     "quiet-and-verbose": ["list", "--quiet", "--verbose"],
     "flag-twice": ["list", "--json", "--json"], "option-twice": ["bench", "--mode", "1", "--mode", "2"],
+    "address-in-a-name": ["flash", "program", "a-0x20000-0x30000.bin", "--json"],
+    "address-in-a-name-behind-a-mark": ["flash", "verify", "--", "-\n0x1000.bin"],
+    "single-address": ["flash", "read", "1M", "a.bin"], "end-behind-the-last": ["flash", "erase", "0-4M"],
+    "whole-flash": ["flash", "read", "all", "a.bin"],
     "nearest-command": ["flash", "porgram"], "last-word-alone": ["dump"],
     "nearest-option": ["reg", "read", "1", "--wdie"],
     "one-too-many": ["reg", "load", "a", "b"],
@@ -187,6 +191,20 @@ TOOL_LISTS = {
     "lone-width": b"\0010xfffe,1,\n0x10,1,\n", "capital-prefix": b"\0060X10,0X20,\n0xFFF2,1,\n",
     "third-field": b"\0060x10,0x20,0x30\n", "remark-behind-a-value": b"\0060x10,20 // not 0x30\n",
     "remark-read-as-a-value": b"\0060x10,20 // 0x30,\n", "utf-16": b"\6\xff\xfe0\0",
+}
+
+IMAGE_FILES = {
+    "hex-data": b":0400100001020304E2\r\n:00000001FF\r\n", "hex-upper-address": b":020000040002F8\n",
+    "hex-small-letters": b":0400100001020304e2", "hex-wrong-checksum": b":0400100001020304E3\n",
+    "hex-behind-a-remark": b"; made by a tool\n\n:00000001FF  \n", "hex-too-short": b":0000",
+    "hex-behind-a-mark": b"\xef\xbb\xbf:00000001FF", "hex-in-the-ninth-line": b"x\n" * 8 + b":00000001FF\n",
+    "s-header": b"S00600004844521B\r\n", "s1": b"S1051000AABB85\n", "s2": b"S206010203AABB8E\n",
+    "s3": b"S30708000000AABB8B\n", "s4": b"S4030000FC\n", "s9": b"S9030000FC",
+    "dump": b"00001008h: 00 01 02 03 04 05 06 07;\r\n", "dump-without-its-end": b"00001008h: 00 01 02 03 04 05 06 07",
+    "elf": b"\x7fELF\1\1\1".ljust(52, b"\0"), "elf-cut": b"\x7fELF\1\1\1",
+    "uf2": b"UF2\n\x57\x51\x5d\x9e".ljust(508, b"\0") + b"\x30\x6f\xb1\x0a",
+    "uf2-without-its-end": b"UF2\n\x57\x51\x5d\x9e".ljust(512, b"\0"),
+    "vectors": b"\0\0\2\x20\x41\1\0\x08", "blank": b"\xff" * 64,
 }
 
 
@@ -425,6 +443,7 @@ SEEDS = {
     "tool_numbers": TOOL_NUMBERS,
     "command_line": COMMAND_LINES,
     "script_line": SCRIPT_LINES,
+    "image_format": IMAGE_FILES,
     "tool_lists": TOOL_LISTS,
 }
 

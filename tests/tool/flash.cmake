@@ -5,7 +5,8 @@ target_compile_options(borvanusb_flash_test_support PRIVATE ${BORVAN_TEST_OPTION
 
 borvan_add_gtest(
   tool_flash_parts_test
-  SOURCES flash_parts_test.cpp flash_sha256_test.cpp flash_size_test.cpp sector_fate_test.cpp
+  SOURCES flash_parts_test.cpp flash_sha256_test.cpp flash_size_faults_test.cpp flash_size_test.cpp
+          image_format_test.cpp sector_fate_test.cpp
   LIBRARIES borvanusb_flash_test_support)
 borvan_add_gtest(
   tool_flash_program_test
@@ -22,7 +23,7 @@ borvan_add_gtest(
   LIBRARIES borvanusb_flash_test_support)
 borvan_add_gtest(
   tool_flash_commands_test
-  SOURCES flash_commands_test.cpp flash_schema.cpp flash_schema_test.cpp
+  SOURCES flash_commands_test.cpp flash_end_test.cpp flash_image_test.cpp flash_schema.cpp flash_schema_test.cpp
   LIBRARIES borvanusb_flash_test_support)
 target_compile_definitions(tool_flash_commands_test
                            PRIVATE BORVAN_JSON_SCHEMAS="${PROJECT_SOURCE_DIR}/docs/json")

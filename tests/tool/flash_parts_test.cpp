@@ -1,6 +1,7 @@
 // The small parts that the flash commands are made of.
 #include <gtest/gtest.h>
 
+#include "arguments/command_line.h"
 #include "commands/flash_program_names.h"
 #include "files.h"
 #include "flash/byte_ranges.h"

@@ -63,7 +63,10 @@ fs::path TemporaryNameBeside(const fs::path& path) {
   return temporary;
 }
 
-void Write(const std::string& name, const char* data, std::size_t size, Lasting lasting) {
+}  // namespace
+
+void WriteFileInParts(const std::string& name, const std::function<void(std::ostream&)>& write,
+                      Lasting lasting) {
   const fs::path path = PathOf(name);
   std::error_code error;
   if (fs::is_directory(path, error)) {
@@ -72,8 +75,15 @@ void Write(const std::string& name, const char* data, std::size_t size, Lasting 
   const fs::path temporary = TemporaryNameBeside(path);
   errno = 0;
   std::ofstream file(temporary, std::ios::binary | std::ios::trunc);
-  bool good = file.is_open() && file.write(data, static_cast<std::streamsize>(size));
+  bool good = file.is_open();
   if (good) {
+    try {
+      write(file);
+    } catch (...) {
+      file.close();
+      fs::remove(temporary, error);
+      throw;
+    }
     file.close();
     good = !file.fail();
   }
@@ -94,8 +104,6 @@ void Write(const std::string& name, const char* data, std::size_t size, Lasting 
   }
 }
 
-}  // namespace
-
 std::vector<std::uint8_t> ReadWholeFile(const std::string& name) {
   return ReadWhole<std::vector<std::uint8_t>>(name);
 }
@@ -105,11 +113,14 @@ std::string ReadWholeText(const std::string& name) {
 }
 
 void WriteWholeFile(const std::string& name, std::span<const std::uint8_t> bytes, Lasting lasting) {
-  Write(name, reinterpret_cast<const char*>(bytes.data()), bytes.size(), lasting);
+  WriteWholeText(name, {reinterpret_cast<const char*>(bytes.data()), bytes.size()}, lasting);
 }
 
 void WriteWholeText(const std::string& name, std::string_view text, Lasting lasting) {
-  Write(name, text.data(), text.size(), lasting);
+  const auto write = [&](std::ostream& file) {
+    file.write(text.data(), static_cast<std::streamsize>(text.size()));
+  };
+  WriteFileInParts(name, write, lasting);
 }
 
 bool FileExists(const std::string& name) {

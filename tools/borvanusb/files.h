@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <functional>
+#include <iosfwd>
 #include <span>
 #include <string>
 #include <string_view>
@@ -22,6 +23,10 @@ void WriteWholeFile(const std::string& name, std::span<const std::uint8_t> bytes
                     Lasting lasting = Lasting::kThroughPowerCut);
 void WriteWholeText(const std::string& name, std::string_view text,
                     Lasting lasting = Lasting::kThroughPowerCut);
+
+// The same for content that is made while it is written: `write` puts it into the stream.
+void WriteFileInParts(const std::string& name, const std::function<void(std::ostream&)>& write,
+                      Lasting lasting = Lasting::kThroughPowerCut);
 
 bool FileExists(const std::string& name);
 // Removes a file; one that is not there is no failure.

@@ -94,10 +94,8 @@ class FakeCamera : public Camera {
   std::uint32_t PeekFlashWord(std::uint32_t address) override {
     Transfer();
     std::uint32_t word = 0;
-    for (std::uint32_t i = 0; i < 4; ++i) {
-      if (!chip_->wraps && std::uint64_t{address} + i >= chip_->flash.size()) {
-        return 0;
-      }
+    const bool answers = chip_->wraps || std::uint64_t{address} + 4 <= chip_->flash.size();
+    for (std::uint32_t i = 0; i < 4 && answers; ++i) {
       word = word << 8U | Byte(std::uint64_t{address} + i);
     }
     return Given(FakeRead::kFlashWord, address, word);

@@ -108,6 +108,9 @@ struct I2cScanCommand {
 struct FlashReadCommand {
   Range range;
   std::string file;
+  std::optional<std::uint64_t> flash_size = std::nullopt;
+  bool whole = false;             // all of the flash; `range` is not used then
+  std::string range_remark = {};  // what the user should know of the range; mostly empty
 };
 
 struct FlashWordCommand {
@@ -116,6 +119,7 @@ struct FlashWordCommand {
   bool yes = false;
   bool backup = true;
   std::string backup_file;  // empty: in the current folder, named after camera, address and time
+  std::optional<std::uint64_t> flash_size = std::nullopt;
 };
 
 struct FlashEraseCommand {
@@ -123,11 +127,13 @@ struct FlashEraseCommand {
   bool yes = false;
   bool backup = true;
   std::string backup_file;  // likewise
+  std::optional<std::uint64_t> flash_size = std::nullopt;
 };
 
 struct FlashMapCommand {
   std::optional<Range> range;  // the whole flash if left out
   std::optional<std::uint64_t> flash_size;
+  std::string range_remark = {};  // what the user should know of the range; mostly empty
 };
 
 struct FlashProgramCommand {
@@ -149,6 +155,8 @@ struct FlashVerifyCommand {
   std::string image;
   std::uint32_t address = 0;
   std::string diff;  // JSON, or CSV for a name that ends in .csv
+  std::optional<std::uint64_t> flash_size = std::nullopt;
+  bool force = false;
 };
 
 struct WatchCommand {

@@ -18,6 +18,18 @@ std::string HelpHint(const std::vector<std::string>& command) {
   return "borvanusb " + Joined(command) + (command.empty() ? "" : " ") + "--help tells more.";
 }
 
+// One line for each way to put it right, or where to read more.
+std::string HintOf(const WrongUse& wrong, const std::vector<std::string>& words,
+                   const std::vector<std::string>& command) {
+  std::string hint;
+  for (const WrongUse::Way& way : wrong.Ways()) {
+    std::vector<std::string> line = words;
+    line.insert(std::find(line.begin(), line.end(), "--"), way.more.begin(), way.more.end());
+    hint += (hint.empty() ? "" : "\n") + way.when + ": " + CommandLineText(line);
+  }
+  return hint.empty() ? HelpHint(command) : hint;
+}
+
 class Given : public GivenOptions {
  public:
   Given(const ToolDescription& tool, const SortedWords& words) : tool_(tool), words_(words) {}
@@ -244,7 +256,7 @@ std::variant<Arguments, TextAnswer> ParseCommandLine(const std::vector<std::stri
     }
     rule.check(arguments.command, given);
   } catch (const WrongUse& wrong) {
-    throw Failure(ExitCode::kUsage, wrong.what(), HelpHint(sorted.command));
+    throw Failure(ExitCode::kUsage, wrong.what(), HintOf(wrong, words, sorted.command));
   }
   return arguments;
 }

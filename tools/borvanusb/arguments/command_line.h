@@ -19,6 +19,10 @@ std::variant<Arguments, TextAnswer> ParseCommandLine(const std::vector<std::stri
 // together, # opens a remark. Throws Failure (kUsage) for a quote that is left open.
 std::vector<std::string> SplitLine(const std::string& line);
 
+// The other way round: words as a command line to be copied from the terminal, with borvanusb in
+// front; words with blanks or backslashes stand in quotes.
+std::string CommandLineText(const std::vector<std::string>& words);
+
 // The commands and options as the manual page and the completions tell them, in the order of the
 // help.
 struct OptionDescription {

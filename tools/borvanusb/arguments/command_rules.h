@@ -26,11 +26,20 @@ class GivenOptions {
 // Refuses a command line whose words are fine one by one but not together: one line.
 class WrongUse : public std::exception {
  public:
-  explicit WrongUse(std::string why) : why_(std::move(why)) {}
+  // A command line to use instead: the refused one with more words.
+  struct Way {
+    std::string when;  // "If it belongs to 0x20000"
+    std::vector<std::string> more;
+  };
+
+  explicit WrongUse(std::string why, std::vector<Way> ways = {})
+      : why_(std::move(why)), ways_(std::move(ways)) {}
   const char* what() const noexcept override { return why_.c_str(); }
+  const std::vector<Way>& Ways() const { return ways_; }
 
  private:
   std::string why_;
+  std::vector<Way> ways_;
 };
 
 struct CommandRule {

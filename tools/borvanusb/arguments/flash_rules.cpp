@@ -1,10 +1,13 @@
 // Commands on the SPI flash.
 #include "arguments/command_rules.h"
+#include "arguments/name_address.h"
 #include "arguments/values.h"
 
 namespace {
 
-constexpr const char* kFlashSizeText = "size of the flash, such as 1M, where it can't be told";
+constexpr const char* kWholeFlash = "all";  // in place of a range
+constexpr const char* kFlashSizeText =
+    "size of the flash, such as 1M, if the tool can't find it out";
 
 template <typename C>
 void AddFlashSize(RuleOf<C>& rule) {
@@ -39,15 +42,53 @@ void AddImage(RuleOf<C>& rule) {
            [](C& command, const std::string& text) { command.image = FileValue(text); });
 }
 
+// The range of a command that also takes all.
+Range RangeBesideAll(const std::string& text) {
+  try {
+    return FlashRangeValue(text);
+  } catch (const WrongValue& wrong) {
+    throw WrongValue(wrong.what() + std::string("; all means the whole flash"));
+  }
+}
+
+std::string RangeRemark(const std::string& text) {
+  const std::string remark = RemarkOnEnd(text);
+  return remark.empty() ? remark : text + " " + remark;
+}
+
+// Without --address an image whose name tells another one than 0 is in doubt: backups carry theirs.
+void AskForAddress(const std::string& image, const GivenOptions& given) {
+  const std::vector<std::uint32_t> addresses = AddressesInName(image);
+  if (given.Has("--address") || addresses.empty()) {
+    return;
+  }
+  std::string shown;
+  std::vector<WrongUse::Way> ways;
+  for (const std::uint32_t address : addresses) {
+    shown += (shown.empty() ? "" : " and ") + Hex(address);
+    ways.push_back({"If it belongs to " + Hex(address), {"--address", Hex(address)}});
+  }
+  ways.push_back({"If it belongs to the beginning of the flash", {"--address", "0"}});
+  throw WrongUse("--address: is missing, but the name of " + Quoted(image) + " carries " + shown,
+                 std::move(ways));
+}
+
 CommandRule ReadRule() {
   RuleOf<FlashReadCommand> rule({"flash", "read"}, "Reads flash into a file.");
-  rule.Add(
-      Argument("RANGE", "0x1000-0x1fff, or 0x1000+4K"),
-      [](FlashReadCommand& command, const std::string& text) { command.range = RangeValue(text); });
+  rule.Add(Argument("RANGE", "0x1000+4K, or 0x1000-0x1fff (both included), or all"),
+           [](FlashReadCommand& command, const std::string& text) {
+             command.whole = text == kWholeFlash;
+             if (!command.whole) {
+               command.range = RangeBesideAll(text);
+               command.range_remark = RangeRemark(text);
+             }
+           });
   rule.Add(
       File(Argument("FILE", "raw bytes, or a text dump for a name that ends in .txt")),
       [](FlashReadCommand& command, const std::string& text) { command.file = FileValue(text); });
+  AddFlashSize(rule);
   rule.Example("borvanusb flash read 0+1M backup.bin");
+  rule.Example("borvanusb flash read all backup.bin");
   return rule.Take();
 }
 
@@ -67,6 +108,7 @@ CommandRule WordRule() {
   rule.Add(
       Optional(Argument("VALUE", "what to write, the first byte highest")),
       [](FlashWordCommand& command, const std::string& text) { command.value = WordValue(text); });
+  AddFlashSize(rule);
   rule.AddFlag("--yes", "write without asking", &FlashWordCommand::yes);
   AddBackup(rule, "in this folder");
   rule.Check(CheckWord);
@@ -76,10 +118,11 @@ CommandRule WordRule() {
 
 CommandRule EraseRule() {
   RuleOf<FlashEraseCommand> rule({"flash", "erase"}, "Erases whole sectors of 4096 bytes.");
-  rule.Add(Argument("RANGE", "0x40000-0x7ffff, or 0x40000+256K"),
+  rule.Add(Argument("RANGE", "0x40000+256K, or 0x40000-0x7ffff (both included)"),
            [](FlashEraseCommand& command, const std::string& text) {
-             command.range = RangeValue(text);
+             command.range = EraseRangeValue(text);
            });
+  AddFlashSize(rule);
   rule.AddFlag("--yes", "erase without asking", &FlashEraseCommand::yes);
   AddBackup(rule, "in this folder");
   rule.Check(CheckBackup<FlashEraseCommand>);
@@ -90,9 +133,13 @@ CommandRule EraseRule() {
 CommandRule MapRule() {
   RuleOf<FlashMapCommand> rule({"flash", "map"},
                                "Draws which sectors are used and which are blank.");
-  rule.Add(
-      Optional(Argument("RANGE", "the part to draw; the whole flash if left out")),
-      [](FlashMapCommand& command, const std::string& text) { command.range = RangeValue(text); });
+  rule.Add(Optional(Argument("RANGE", "0+512K, or 0-0x7ffff (both included), or all (default)")),
+           [](FlashMapCommand& command, const std::string& text) {
+             if (text != kWholeFlash) {
+               command.range = RangeBesideAll(text);
+               command.range_remark = RangeRemark(text);
+             }
+           });
   AddFlashSize(rule);
   rule.Example("borvanusb flash map --flash-size 1M");
   return rule.Take();
@@ -121,6 +168,7 @@ void CheckProgram(const FlashProgramCommand& command, const GivenOptions& given)
   if (command.dry_run && !command.verify) {
     throw WrongUse("--no-verify: a dry run verifies nothing");
   }
+  AskForAddress(command.image, given);
 }
 
 CommandRule ProgramRule() {
@@ -136,7 +184,7 @@ CommandRule ProgramRule() {
   AddBackup(rule, "beside IMAGE");
   rule.AddFlag("--restore-on-failure", "put the backup back when it fails",
                &FlashProgramCommand::restore_on_failure);
-  rule.AddFlag("--force", "program although something speaks against it",
+  rule.AddFlag("--force", "program a file that does not look like firmware",
                &FlashProgramCommand::force);
   rule.Add(File(Option("--report", "FILE", "write what was done as JSON")),
            [](FlashProgramCommand& command, const std::string& text) {
@@ -157,9 +205,15 @@ CommandRule VerifyRule() {
   RuleOf<FlashVerifyCommand> rule({"flash", "verify"}, "Compares the flash with an image.");
   AddImage(rule);
   AddImageAddress(rule);
+  AddFlashSize(rule);
   rule.Add(
       File(Option("--diff", "FILE", "write the differences: CSV for .csv, else JSON")),
       [](FlashVerifyCommand& command, const std::string& text) { command.diff = FileValue(text); });
+  rule.AddFlag("--force", "compare a file that does not look like firmware",
+               &FlashVerifyCommand::force);
+  rule.Check([](const FlashVerifyCommand& command, const GivenOptions& given) {
+    AskForAddress(command.image, given);
+  });
   rule.Example("borvanusb flash verify firmware.bin --address 0x40000");
   return rule.Take();
 }

@@ -137,7 +137,7 @@ std::string Overview(const ToolDescription& tool) {
   help +=
       "\n"
       "Numbers are decimal or hexadecimal with 0x; sizes and addresses may end in K\n"
-      "or M; ranges are 0x1000-0x1fff, both included, or 0x1000+256.\n"
+      "or M; ranges are 0x1000+256, or 0x1000-0x10ff, both included.\n"
       "\n"
       "Exit codes: 0 done, 1 wrong command line, 2 no camera, 3 several cameras match,\n"
       "  4 camera refused or without vendor unit, 5 file, 6 camera failed or gone,\n"

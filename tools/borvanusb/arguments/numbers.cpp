@@ -3,6 +3,7 @@
 #include <array>
 #include <charconv>
 #include <limits>
+#include <utility>
 
 namespace {
 
@@ -80,6 +81,15 @@ std::string Hex(std::uint64_t number, int digits) {
 
 std::string Text(const Range& range) {
   return range.first == range.last ? Hex(range.first) : Hex(range.first) + "-" + Hex(range.last);
+}
+
+std::string SizeArgument(std::uint64_t bytes) {
+  for (const auto& [unit, letter] : {std::pair(kKibi * kKibi, 'M'), std::pair(kKibi, 'K')}) {
+    if (bytes >= unit && bytes % unit == 0) {
+      return std::to_string(bytes / unit) + letter;
+    }
+  }
+  return std::to_string(bytes);
 }
 
 std::string SizeText(std::uint64_t bytes) {

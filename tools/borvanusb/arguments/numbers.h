@@ -32,5 +32,8 @@ std::string Hex(std::uint64_t number, int digits = 1);
 // "0x1000-0x1fff", or "0x1000" for one address.
 std::string Text(const Range& range);
 
+// A size as people write it on a command line: "4M", "256K", "300".
+std::string SizeArgument(std::uint64_t bytes);
+
 // Bytes as people read them: "262144 bytes (256 KiB)", "300 bytes", "1 byte".
 std::string SizeText(std::uint64_t bytes);

@@ -1,4 +1,7 @@
-// The words of a script's line.
+// The words of a line, and a line of words.
+#include <algorithm>
+#include <string_view>
+
 #include "arguments/command_line.h"
 #include "arguments/values.h"
 #include "failure.h"
@@ -39,4 +42,17 @@ std::vector<std::string> SplitLine(const std::string& line) {
     words.push_back(word);
   }
   return words;
+}
+
+std::string CommandLineText(const std::vector<std::string>& words) {
+  std::string text = "borvanusb";
+  for (const std::string& word : words) {
+    const bool plain = !word.empty() && std::ranges::all_of(word, [](char character) {
+      return (character >= '0' && character <= '9') || (character >= 'A' && character <= 'Z') ||
+             (character >= 'a' && character <= 'z') ||
+             std::string_view("-_./:,+").find(character) != std::string_view::npos;
+    });
+    text += plain ? " " + word : " \"" + word + "\"";
+  }
+  return text;
 }

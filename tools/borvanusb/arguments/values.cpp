@@ -1,5 +1,6 @@
 #include "arguments/values.h"
 
+#include <algorithm>
 #include <charconv>
 #include <sstream>
 
@@ -63,6 +64,42 @@ Range RangeValue(const std::string& text) {
         "is no address or range: 0x1000, 0x1000-0x1fff or 0x1000+256, up to 0xffffffff");
   }
   return *range;
+}
+
+Range FlashRangeValue(const std::string& text) {
+  const auto address = ParseSize(text);
+  if (address && *address <= kHighestNumber) {
+    const std::uint64_t last = std::min<std::uint64_t>(*address + kSectorBytes - 1, kHighestNumber);
+    throw WrongValue("is a single address; a range has a size or a last address, too: " + text +
+                     "+4K or " + text + "-" + Hex(last));
+  }
+  const auto range = ParseRange(text);
+  if (!range) {
+    throw WrongValue(
+        "is no range: 1M+4K (first address and size) or 0-0xfffff (first and last address), up to "
+        "0xffffffff");
+  }
+  return *range;
+}
+
+Range EraseRangeValue(const std::string& text) {
+  const Range range = FlashRangeValue(text);
+  if (const std::string remark = RemarkOnEnd(text); !remark.empty()) {
+    throw WrongValue(remark);
+  }
+  return range;
+}
+
+std::string RemarkOnEnd(const std::string& text) {
+  const std::size_t mark = text.find('-');
+  const auto range = ParseRange(text);
+  if (mark == std::string::npos || !range || range->first == range->last ||
+      range->last % kSectorBytes != 0) {
+    return {};
+  }
+  const std::uint64_t size = range->last - range->first;
+  return "includes the byte at " + text.substr(mark + 1) + "; " + text.substr(0, mark) + "+" +
+         SizeArgument(size) + " means " + SizeText(size);
 }
 
 std::uint64_t FlashSizeValue(const std::string& text) {

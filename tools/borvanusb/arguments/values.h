@@ -37,6 +37,13 @@ std::uint64_t NumberValue(const std::string& text, std::uint64_t lowest, std::ui
 std::uint32_t WordValue(const std::string& text);
 // One address or several.
 Range RangeValue(const std::string& text);
+// A range of flash addresses; a single address is none.
+Range FlashRangeValue(const std::string& text);
+// The same for whole sectors: an end that looks like the next sector's first address is refused.
+Range EraseRangeValue(const std::string& text);
+// What is to be known of a range whose last address looks like one past its end, such as 0-4M, as
+// the continuation of the text; nothing for other texts.
+std::string RemarkOnEnd(const std::string& text);
 // A flash size: whole sectors of 4096 bytes, up to 4 GiB.
 std::uint64_t FlashSizeValue(const std::string& text);
 // A width mode by name or number: 0 to 5.

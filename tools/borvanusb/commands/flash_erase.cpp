@@ -11,6 +11,7 @@
 #include "flash/byte_ranges.h"
 #include "flash/camera_evidence.h"
 #include "flash/recovery.h"
+#include "flash/flash_end.h"
 #include "flash/report.h"
 #include "flash/safeguard.h"
 #include "flash/sector_plan.h"
@@ -79,6 +80,7 @@ ExitCode Eraser::Run() {
   reservation_ = context_.host.ReserveCamera(identity_);
   camera_ = context_.host.OpenCamera(identity_);
   store_.emplace(AbsoluteName(context_.host.JournalFolder()), identity_);
+  CheckWithinFlash(*camera_, "RANGE", range_, command_.flash_size, context_.output);
   Confirm();
   Examine();
   if (!changes_.empty()) {

@@ -3,9 +3,8 @@
 
 #include "camera_choice.h"
 #include "commands/commands.h"
-#include "failure.h"
 #include "flash/byte_ranges.h"
-#include "flash/flash_size.h"
+#include "flash/flash_end.h"
 #include "flash/report.h"
 #include "flash/sector_plan.h"
 #include "host.h"
@@ -20,31 +19,17 @@ constexpr int kAddressDigits = 8;
 constexpr char kUsedSign = '#';
 constexpr char kBlankSign = '.';
 
-Range WholeFlash(std::uint64_t size) {
-  constexpr std::uint64_t kAddressSpace = std::uint64_t{1} << 32U;
-  if (size == 0 || size > kAddressSpace) {
-    throw Failure(ExitCode::kUsage, "--flash-size: " + SizeText(size) + " is no flash's size",
-                  "Sizes from 4K to 4096M can be mapped.");
-  }
-  return {0, static_cast<std::uint32_t>(size - 1)};
-}
-
 // What is mapped, in whole sectors.
-Range Mapped(const FlashMapCommand& command, Camera& camera, Context& context) {
+Range Mapped(const FlashMapCommand& command, Camera& camera, Output& output) {
+  if (!command.range_remark.empty()) {
+    output.Note(command.range_remark);
+  }
   if (command.range) {
-    return SectorsAround(command.range->first, command.range->Size()).Whole();
+    CheckWithinFlash(camera, "RANGE", *command.range, command.flash_size, output);
   }
-  if (command.flash_size) {
-    const Range whole = WholeFlash(*command.flash_size);
-    return SectorsAround(whole.first, whole.Size()).Whole();
-  }
-  const FlashSizeFinding finding = FindFlashSize(camera);
-  if (!finding.size) {
-    throw Failure(ExitCode::kUsage, "the flash's size " + finding.text,
-                  "Say it with --flash-size, or give a range.");
-  }
-  context.output.Note("the flash " + finding.text);
-  return WholeFlash(*finding.size);
+  const Range range =
+      command.range ? *command.range : WholeFlash(camera, command.flash_size, output);
+  return SectorsAround(range.first, range.Size()).Whole();
 }
 
 }  // namespace
@@ -52,7 +37,7 @@ Range Mapped(const FlashMapCommand& command, Camera& camera, Context& context) {
 ExitCode Run(const FlashMapCommand& command, Context& context) {
   const CameraIdentity identity = ChosenCamera(context.host, context.common.cameras);
   const auto camera = context.host.OpenCamera(identity);
-  const Range range = Mapped(command, *camera, context);
+  const Range range = Mapped(command, *camera, context.output);
   context.progress.Begin("read", range.Size());
   const std::vector<std::uint8_t> bytes = camera->ReadFlash(
       range.first, range.Size(), [&](std::uint64_t done) { context.progress.Advance(done); });

@@ -1,10 +1,8 @@
 #include "commands/flash_program_names.h"
 
-#include <algorithm>
-
+#include "arguments/command_line.h"
 #include "arguments/numbers.h"
 #include "files.h"
-#include "output/printable.h"
 
 namespace {
 
@@ -49,19 +47,6 @@ std::vector<std::string> ProgramWords(const FlashProgramCommand& command) {
     words.insert(words.end(), {"--report", AbsoluteName(command.report)});
   }
   return words;
-}
-
-std::string CommandLineText(const std::vector<std::string>& words) {
-  std::string text = "borvanusb";
-  for (const std::string& word : words) {
-    const bool plain = !word.empty() && std::ranges::all_of(word, [](char character) {
-      return (character >= '0' && character <= '9') || (character >= 'A' && character <= 'Z') ||
-             (character >= 'a' && character <= 'z') ||
-             std::string_view("-_./:,+").find(character) != std::string_view::npos;
-    });
-    text += plain ? " " + word : " \"" + Printable(word) + "\"";
-  }
-  return text;
 }
 
 std::string GoBackText(const std::string& backup, std::uint32_t address,

@@ -11,9 +11,6 @@
 // --camera.
 std::vector<std::string> ProgramWords(const FlashProgramCommand& command);
 
-// A command line to be copied from the terminal: words with blanks or backslashes stand in quotes.
-std::string CommandLineText(const std::vector<std::string>& words);
-
 // The command line that writes a backup back.
 std::string GoBackText(const std::string& backup, std::uint32_t address,
                        const CameraIdentity& camera, bool is_blank);

@@ -13,6 +13,7 @@
 #include "failure.h"
 #include "flash/camera_table.h"
 #include "flash/image.h"
+#include "flash/image_format.h"
 #include "flash/report.h"
 #include "host.h"
 #include "output/output.h"
@@ -188,6 +189,7 @@ ExitCode ProgramSeveral(const FlashProgramCommand& command, Context& context) {
   const Image image = LoadImage(command.image, command.address);
   if (!command.force) {
     RefuseBlankImage(image);
+    RefuseOtherFormat(image);
   }
   const std::vector<CameraIdentity> cameras = Chosen(command, context);
   std::vector<std::vector<std::string>> words;

@@ -7,7 +7,8 @@
 #include "camera_choice.h"
 #include "commands/flash_program_text.h"
 #include "files.h"
-#include "flash/flash_size.h"
+#include "flash/flash_end.h"
+#include "flash/image_format.h"
 #include "flash/safeguard.h"
 #include "flash/transfer_count.h"
 #include "output/output.h"
@@ -98,6 +99,7 @@ void FlashProgrammer::Work() {
   outcome_.image_sha256 = image_.sha256;
   if (!command_.force) {
     RefuseBlankImage(image_);
+    RefuseOtherFormat(image_);
   }
   identity_ = ChosenCamera(context_.host, context_.common.cameras);
   outcome_.camera = identity_;
@@ -127,19 +129,9 @@ void FlashProgrammer::Work() {
 }
 
 void FlashProgrammer::CheckSize() {
-  if (command_.flash_size) {
-    outcome_.flash_size = command_.flash_size;
-    RefuseBeyondEnd(image_, *command_.flash_size, "as --flash-size says");
-    return;
-  }
-  const FlashSizeFinding finding = FindFlashEndBefore(*camera_, image_.End());
-  if (finding.size) {
-    outcome_.flash_size = finding.size;
-    RefuseBeyondEnd(image_, *finding.size, "it " + finding.text);
-  } else if (!finding.text.empty()) {
-    context_.output.Note("the flash's size " + finding.text +
-                         "; --flash-size lets it be checked before");
-  }
+  const FlashEnd end = FindFlashEnd(*camera_, image_.End(), command_.flash_size, context_.output);
+  outcome_.flash_size = end.size;
+  RefuseBeyondEnd(image_, end);
 }
 
 void FlashProgrammer::Look() {

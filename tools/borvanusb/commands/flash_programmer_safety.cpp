@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <span>
 
+#include "arguments/command_line.h"
 #include "commands/flash_program_names.h"
 #include "commands/flash_programmer.h"
 #include "files.h"

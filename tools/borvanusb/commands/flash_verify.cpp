@@ -1,11 +1,15 @@
 #include <nlohmann/json.hpp>
+#include <ostream>
+#include <span>
 
 #include "camera_choice.h"
 #include "commands/commands.h"
 #include "failure.h"
 #include "files.h"
 #include "flash/byte_ranges.h"
+#include "flash/flash_end.h"
 #include "flash/image.h"
+#include "flash/image_format.h"
 #include "flash/report.h"
 #include "host.h"
 #include "output/output.h"
@@ -15,37 +19,39 @@ namespace {
 
 using Json = nlohmann::ordered_json;
 
-std::string CsvOf(const Ranges& wrong, const Image& image, const std::vector<std::uint8_t>& found) {
-  std::string text = "address,expected,found\r\n";
-  for (const Range& range : wrong) {
-    for (std::uint64_t address = range.first; address <= range.last; ++address) {
-      const std::uint64_t offset = address - image.address;
-      text += Hex(address, 8) + "," + Hex(image.bytes[offset], 2) + "," + Hex(found[offset], 2) +
-              "\r\n";
+// Differences go to their file one by one: there may be millions.
+void WriteCsv(std::ostream& file, const Image& image, std::span<const std::uint8_t> found) {
+  file << "address,expected,found\r\n";
+  for (std::size_t i = 0; i < found.size(); ++i) {
+    if (image.bytes[i] != found[i]) {
+      file << Hex(image.address + i, 8) << ',' << Hex(image.bytes[i], 2) << ',' << Hex(found[i], 2)
+           << "\r\n";
     }
   }
-  return text;
 }
 
-std::string JsonOf(const Ranges& wrong, const Image& image,
-                   const std::vector<std::uint8_t>& found) {
-  Json differences = Json::array();
-  for (const Range& range : wrong) {
-    for (std::uint64_t address = range.first; address <= range.last; ++address) {
-      const std::uint64_t offset = address - image.address;
-      differences.push_back(
-          {{"address", address}, {"expected", image.bytes[offset]}, {"found", found[offset]}});
+void WriteJson(std::ostream& file, const Image& image, std::span<const std::uint8_t> found) {
+  const char* before = "";
+  file << R"({"differences":[)";
+  for (std::size_t i = 0; i < found.size(); ++i) {
+    if (image.bytes[i] != found[i]) {
+      file << before << R"({"address":)" << image.address + i << R"(,"expected":)"
+           << unsigned{image.bytes[i]} << R"(,"found":)" << unsigned{found[i]} << '}';
+      before = ",";
     }
   }
-  return Json{{"differences", differences}}.dump() + "\n";
+  file << "]}\n";
 }
 
 }  // namespace
 
 ExitCode Run(const FlashVerifyCommand& command, Context& context) {
   const Image image = LoadImage(command.image, command.address);
+  if (!command.force) {
+    RefuseOtherFormat(image);
+  }
   if (!command.diff.empty()) {
-    if (command.diff == command.image) {
+    if (SameFile(command.diff, command.image)) {
       throw Failure(ExitCode::kUsage, "--diff: " + command.diff + " is the image itself",
                     "Give the differences a file of their own.");
     }
@@ -53,6 +59,7 @@ ExitCode Run(const FlashVerifyCommand& command, Context& context) {
   }
   const CameraIdentity identity = ChosenCamera(context.host, context.common.cameras);
   const auto camera = context.host.OpenCamera(identity);
+  CheckWithinFlash(*camera, image, command.flash_size, context.output);
   context.progress.Begin("verify", image.bytes.size());
   const std::vector<std::uint8_t> found =
       camera->ReadFlash(image.address, image.bytes.size(),
@@ -61,8 +68,8 @@ ExitCode Run(const FlashVerifyCommand& command, Context& context) {
 
   const Ranges wrong = DifferingBytes(image.address, image.bytes, found);
   if (!command.diff.empty()) {
-    WriteWholeText(command.diff, command.diff.ends_with(".csv") ? CsvOf(wrong, image, found)
-                                                                : JsonOf(wrong, image, found));
+    const auto write = command.diff.ends_with(".csv") ? WriteCsv : WriteJson;
+    WriteFileInParts(command.diff, [&](std::ostream& file) { write(file, image, found); });
   }
   const Range place{image.address, static_cast<std::uint32_t>(image.End() - 1)};
   context.result = {

@@ -9,6 +9,7 @@
 #include "files.h"
 #include "flash/camera_evidence.h"
 #include "flash/recovery.h"
+#include "flash/flash_end.h"
 #include "flash/report.h"
 #include "flash/safeguard.h"
 #include "flash/sector_plan.h"
@@ -177,6 +178,8 @@ ExitCode Run(const FlashWordCommand& command, Context& context) {
   const auto reservation =
       command.value ? context.host.ReserveCamera(identity) : std::unique_ptr<Host::Reservation>();
   const auto camera = context.host.OpenCamera(identity);
+  CheckWithinFlash(*camera, "ADDR", {command.address, command.address + (kWordSize - 1)},
+                   command.flash_size, context.output);
   context.result["camera"] = ToJson(identity);
   context.result["address"] = command.address;
   if (command.value) {

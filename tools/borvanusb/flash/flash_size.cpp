@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <bit>
+#include <optional>
 #include <span>
 #include <vector>
 
@@ -26,6 +27,8 @@ constexpr Effort kQuick{6, 3, 48};
 constexpr std::uint64_t kQuickLooks = 12;
 // Words that are looked at in a sector, to see whether it answers.
 constexpr std::uint64_t kWordsPerSector = 8;
+// Looks at a word that do not end before two in a row agree.
+constexpr int kMostLooks = 5;
 
 struct KnownWord {
   std::uint32_t address = 0;
@@ -37,13 +40,32 @@ struct Base {
   bool all_zero = true;          // nothing but 0 was seen
 };
 
+// A word that was seen once, as further looks confirm it. A single look proves nothing: it may have
+// failed, which shows as 0, or have shown the word that was looked at before.
+std::uint32_t Confirmed(Camera& camera, std::uint32_t address, std::uint32_t seen) {
+  for (int looks = 1; looks < kMostLooks; ++looks) {
+    const std::uint32_t again = camera.PeekFlashWord(address);
+    if (again == seen) {
+      break;
+    }
+    seen = again;
+  }
+  return seen;
+}
+
+bool IsDistinctive(const Base& base, std::uint32_t word) {
+  return word != 0 && word != kBlankWord &&
+         std::ranges::none_of(base.words,
+                              [&](const KnownWord& known) { return known.word == word; });
+}
+
 // Keeps a word that could not stand elsewhere by chance.
-void Consider(Base& base, const KnownWord& candidate) {
-  base.all_zero = base.all_zero && candidate.word == 0;
-  const bool known = std::ranges::any_of(
-      base.words, [&](const KnownWord& word) { return word.word == candidate.word; });
-  if (candidate.word != 0 && candidate.word != kBlankWord && !known) {
-    base.words.push_back(candidate);
+void Consider(Camera& camera, Base& base, std::uint32_t address, std::uint32_t seen) {
+  const bool decides = (base.all_zero && seen != 0) || IsDistinctive(base, seen);
+  const std::uint32_t word = decides ? Confirmed(camera, address, seen) : seen;
+  base.all_zero = base.all_zero && word == 0;
+  if (IsDistinctive(base, word)) {
+    base.words.push_back({address, word});
   }
 }
 
@@ -63,11 +85,11 @@ Base BaseOfWholeRead(Camera& camera) {
   for (std::uint64_t start = 0; start < kSmallest; start += part) {
     const std::size_t before = base.words.size();
     for (std::uint64_t i = 0; i < part && base.words.size() == before; i += kWordSize) {
-      Consider(base, {static_cast<std::uint32_t>(start + i), WordAt(bytes, start + i)});
+      Consider(camera, base, static_cast<std::uint32_t>(start + i), WordAt(bytes, start + i));
     }
   }
   for (std::uint64_t i = 0; i < kSmallest && base.words.size() < kThorough.words; i += kWordSize) {
-    Consider(base, {static_cast<std::uint32_t>(i), WordAt(bytes, i)});
+    Consider(camera, base, static_cast<std::uint32_t>(i), WordAt(bytes, i));
   }
   return base;
 }
@@ -84,18 +106,37 @@ Base BaseOfFewPeeks(Camera& camera) {
   Base base;
   for (std::uint64_t i = 0; i < kQuickLooks && base.words.size() < kQuick.words; ++i) {
     const auto address = static_cast<std::uint32_t>(Spread(0, kSmallest, i, kQuickLooks));
-    Consider(base, {address, camera.PeekFlashWord(address)});
+    Consider(camera, base, address, camera.PeekFlashWord(address));
   }
   return base;
 }
 
 bool AllZero(Camera& camera, std::uint64_t start, std::uint64_t size, std::uint64_t count) {
   for (std::uint64_t i = 0; i < count; ++i) {
-    if (camera.PeekFlashWord(static_cast<std::uint32_t>(Spread(start, size, i, count))) != 0) {
+    const auto address = static_cast<std::uint32_t>(Spread(start, size, i, count));
+    const std::uint32_t seen = camera.PeekFlashWord(address);
+    if (seen != 0 && Confirmed(camera, address, seen) != 0) {
       return false;
     }
   }
   return true;
+}
+
+// Whether the word stands at an address.
+bool Holds(Camera& camera, std::uint64_t address, std::uint32_t word) {
+  const auto place = static_cast<std::uint32_t>(address);
+  const std::uint32_t seen = camera.PeekFlashWord(place);
+  return seen == word || Confirmed(camera, place, seen) == word;
+}
+
+// Whether the words at both addresses are the same.
+bool SameWords(Camera& camera, std::uint64_t left, std::uint64_t right) {
+  const auto left_place = static_cast<std::uint32_t>(left);
+  const auto right_place = static_cast<std::uint32_t>(right);
+  const std::uint32_t left_seen = camera.PeekFlashWord(left_place);
+  const std::uint32_t right_seen = camera.PeekFlashWord(right_place);
+  return left_seen == right_seen ||
+         Confirmed(camera, left_place, left_seen) == Confirmed(camera, right_place, right_seen);
 }
 
 bool WrapsAt(Camera& camera, const Base& base, std::uint64_t size, const Effort& effort) {
@@ -103,14 +144,13 @@ bool WrapsAt(Camera& camera, const Base& base, std::uint64_t size, const Effort&
     return false;
   }
   for (const KnownWord& word : base.words) {
-    if (camera.PeekFlashWord(static_cast<std::uint32_t>(size + word.address)) != word.word) {
+    if (!Holds(camera, size + word.address, word.word)) {
       return false;
     }
   }
   for (std::uint64_t i = 0; i < effort.confirming; ++i) {
-    const auto address = static_cast<std::uint32_t>(Spread(0, size, i, effort.confirming));
-    if (camera.PeekFlashWord(address) !=
-        camera.PeekFlashWord(static_cast<std::uint32_t>(size + address))) {
+    const std::uint64_t address = Spread(0, size, i, effort.confirming);
+    if (!SameWords(camera, address, size + address)) {
       return false;
     }
   }
@@ -131,11 +171,17 @@ bool SilentFrom(Camera& camera, std::uint64_t size) {
   return true;
 }
 
+// A word that failed to be read shows as 0, so what seems silent is looked at twice.
+bool IsSilentSector(Camera& camera, std::uint64_t sector) {
+  return AllZero(camera, sector, kSectorSize, kWordsPerSector) &&
+         AllZero(camera, sector, kSectorSize, kWordsPerSector);
+}
+
 // The first sector in [answering, silent) that reads as nothing but 0.
 std::uint64_t FirstSilentSector(Camera& camera, std::uint64_t answering, std::uint64_t silent) {
   while (silent - answering > kSectorSize) {
     const std::uint64_t middle = answering + (silent - answering) / 2 / kSectorSize * kSectorSize;
-    if (AllZero(camera, middle, kSectorSize, kWordsPerSector)) {
+    if (IsSilentSector(camera, middle)) {
       silent = middle;
     } else {
       answering = middle;
@@ -194,16 +240,22 @@ FlashSizeFinding FindFlashEndBefore(Camera& camera, std::uint64_t end) {
   if (end <= kSmallest) {
     return {};
   }
-  const Base base = BaseOfFewPeeks(camera);
+  Base base = BaseOfFewPeeks(camera);
+  Effort effort = kQuick;
+  if (base.words.size() < effort.least_words) {
+    // What FindFlashSize can tell must not be missed here.
+    base = BaseOfWholeRead(camera);
+    effort = kThorough;
+  }
   for (std::uint64_t size = kSmallest; size < end && size <= kLargest; size *= 2) {
-    if (WrapsAt(camera, base, size, kQuick)) {
+    if (WrapsAt(camera, base, size, effort)) {
       return Wrap(size);
     }
   }
   // The last sector tells whether the whole image's addresses answer; only when it is silent it
   // must be found where that begins.
   const std::uint64_t last_sector = (end - 1) / kSectorSize * kSectorSize;
-  if (!base.all_zero && AllZero(camera, last_sector, kSectorSize, kWordsPerSector)) {
+  if (!base.all_zero && IsSilentSector(camera, last_sector)) {
     const std::uint64_t size = FirstSilentSector(camera, kSmallest - kSectorSize, last_sector);
     // Firmware may end with zeros, too: only a flash's usual size is worth refusing for.
     if (std::has_single_bit(size) && SilentFrom(camera, size)) {
@@ -211,5 +263,5 @@ FlashSizeFinding FindFlashEndBefore(Camera& camera, std::uint64_t end) {
     }
     return {std::nullopt, "can't be told: all words from " + Hex(size) + " on read 0"};
   }
-  return NothingToTell(base, kQuick);
+  return NothingToTell(base, effort);
 }

@@ -41,19 +41,3 @@ void RefuseBlankImage(const Image& image) {
         "If that is what the flash shall hold, give --force.");
   }
 }
-
-void RefuseBeyondEnd(const Image& image, std::uint64_t size, const std::string& reason) {
-  if (image.address >= size) {
-    throw Failure(ExitCode::kFile,
-                  "--address: " + Hex(image.address) + " lies beyond the flash of " +
-                      SizeText(size) + " (" + reason + ")",
-                  "Check --address; --flash-size says another size.");
-  }
-  if (image.End() > size) {
-    throw Failure(ExitCode::kFile,
-                  image.file + " does not fit: it would end at " + Hex(image.End() - 1) +
-                      ", and the flash of " + SizeText(size) + " at " + Hex(size - 1) + " (" +
-                      reason + ")",
-                  "Check the image and --address; --flash-size says another size.");
-  }
-}

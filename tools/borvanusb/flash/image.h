@@ -21,7 +21,3 @@ Image LoadImage(const std::string& file, std::uint32_t address);
 // Refuses an image of nothing but 0xff or nothing but 0x00 bytes: the wrong file, mostly. Throws
 // Failure kFile.
 void RefuseBlankImage(const Image& image);
-
-// Refuses an image that ends beyond a flash of `size` bytes; `reason` tells how the size is known.
-// Throws Failure kFile.
-void RefuseBeyondEnd(const Image& image, std::uint64_t size, const std::string& reason);

@@ -1,0 +1,189 @@
+// Ranges and addresses of the flash commands, as they are written on a command line.
+#include <gtest/gtest.h>
+
+#include "arguments/command_line.h"
+#include "arguments/name_address.h"
+#include "arguments/numbers.h"
+#include "arguments/values.h"
+#include "failure.h"
+
+namespace tool_test {
+namespace {
+
+using Words = std::vector<std::string>;
+using Addresses = std::vector<std::uint32_t>;
+
+template <typename C>
+C As(const Words& words) {
+  return std::get<C>(std::get<Arguments>(ParseCommandLine(words)).command);
+}
+
+Failure FailureOf(const Words& words) {
+  try {
+    ParseCommandLine(words);
+  } catch (const Failure& failure) {
+    return failure;
+  }
+  ADD_FAILURE() << "the command line is taken";
+  return {ExitCode::kDone, ""};
+}
+
+void ExpectRefused(const Words& words, const std::string& message) {
+  const Failure failure = FailureOf(words);
+  EXPECT_EQ(failure.Code(), ExitCode::kUsage);
+  EXPECT_EQ(failure.Message(), message);
+}
+
+// ---- Ranges -------------------------------------------------------------------------------------
+
+TEST(FlashArgumentsTest, SingleAddressIsNoRangeOfFlash) {
+  const std::string single =
+      R"(RANGE: "1M" is a single address; a range has a size or a last address, too: 1M+4K or )"
+      "1M-0x100fff";
+  ExpectRefused({"flash", "read", "1M", "a.bin"}, single + "; all means the whole flash");
+  ExpectRefused({"flash", "map", "1M"}, single + "; all means the whole flash");
+  ExpectRefused({"flash", "erase", "1M"}, single);
+  ExpectRefused({"flash", "read", "0xffffffff", "a.bin"},
+                R"(RANGE: "0xffffffff" is a single address; a range has a size or a last address, )"
+                "too: 0xffffffff+4K or 0xffffffff-0xffffffff; all means the whole flash");
+  // Where one byte is meant, both forms say so.
+  EXPECT_EQ(As<FlashReadCommand>({"flash", "read", "1M+1", "a.bin"}).range,
+            (Range{0x100000, 0x100000}));
+  EXPECT_EQ(As<FlashReadCommand>({"flash", "read", "1M-1M", "a.bin"}).range,
+            (Range{0x100000, 0x100000}));
+}
+
+TEST(FlashArgumentsTest, SingleAddressesStayWhereOneIsMeant) {
+  EXPECT_EQ(As<FlashWordCommand>({"flash", "word", "1M"}).address, 0x100000U);
+  EXPECT_EQ(As<RegReadCommand>({"reg", "read", "0x100"}).range, (Range{0x100, 0x100}));
+  EXPECT_EQ(As<I2cReadCommand>({"i2c", "read", "0x100", "--slave", "1"}).range,
+            (Range{0x100, 0x100}));
+}
+
+TEST(FlashArgumentsTest, WhatIsNoRangeSaysWhichFormsThereAre) {
+  const std::string forms =
+      " is no range: 1M+4K (first address and size) or 0-0xfffff (first and last address), up to "
+      "0xffffffff";
+  ExpectRefused({"flash", "erase", "all"}, "RANGE: \"all\"" + forms);
+  ExpectRefused({"flash", "read", "5-4", "a.bin"},
+                "RANGE: \"5-4\"" + forms + "; all means the whole flash");
+  ExpectRefused({"flash", "map", "4G"}, "RANGE: \"4G\"" + forms + "; all means the whole flash");
+}
+
+TEST(FlashArgumentsTest, AllIsTheWholeFlash) {
+  const auto read = As<FlashReadCommand>({"flash", "read", "all", "a.bin"});
+  EXPECT_TRUE(read.whole);
+  EXPECT_EQ(read.file, "a.bin");
+  EXPECT_FALSE(As<FlashReadCommand>({"flash", "read", "0+1M", "all"}).whole);
+  EXPECT_EQ(As<FlashMapCommand>({"flash", "map", "all"}).range, std::nullopt);
+}
+
+TEST(FlashArgumentsTest, EndThatLooksLikeOnePastTheLastIsRemarked) {
+  const std::string remark = "0-4M includes the byte at 4M; 0+4M means 4194304 bytes (4 MiB)";
+  EXPECT_EQ(As<FlashReadCommand>({"flash", "read", "0-4M", "a.bin"}).range_remark, remark);
+  EXPECT_EQ(As<FlashMapCommand>({"flash", "map", "0-4M"}).range_remark, remark);
+  EXPECT_EQ(RemarkOnEnd("0x1000-0x3000"),
+            "includes the byte at 0x3000; 0x1000+8K means 8192 bytes (8 KiB)");
+  EXPECT_EQ(RemarkOnEnd("0x1001-0x2000"),
+            "includes the byte at 0x2000; 0x1001+4095 means 4095 bytes");
+  for (const char* text : {"0-0xfff", "0+4M", "0+4097", "4K-4K", "0-0x1001", "4M", "x", ""}) {
+    EXPECT_EQ(RemarkOnEnd(text), "") << text;
+  }
+  EXPECT_EQ(As<FlashReadCommand>({"flash", "read", "0+4M", "a.bin"}).range_remark, "");
+}
+
+TEST(FlashArgumentsTest, EraseRefusesSuchAnEnd) {
+  ExpectRefused({"flash", "erase", "0x1000-0x2000"},
+                "RANGE: \"0x1000-0x2000\" includes the byte at 0x2000; 0x1000+4K means 4096 bytes "
+                "(4 KiB)");
+  EXPECT_EQ(As<FlashEraseCommand>({"flash", "erase", "0x1000+4K"}).range, (Range{0x1000, 0x1FFF}));
+}
+
+TEST(FlashArgumentsTest, SizesAreWrittenAsTheyAreRead) {
+  EXPECT_EQ(SizeArgument(4194304), "4M");
+  EXPECT_EQ(SizeArgument(1048576 + 1024), "1025K");
+  EXPECT_EQ(SizeArgument(4095), "4095");
+  EXPECT_EQ(SizeArgument(0), "0");
+}
+
+TEST(FlashArgumentsTest, EveryFlashCommandTakesTheFlashsSize) {
+  EXPECT_EQ(As<FlashReadCommand>({"flash", "read", "0+1", "a", "--flash-size", "1M"}).flash_size,
+            1048576U);
+  EXPECT_EQ(As<FlashWordCommand>({"flash", "word", "0", "--flash-size", "1M"}).flash_size,
+            1048576U);
+  EXPECT_EQ(As<FlashEraseCommand>({"flash", "erase", "0+4K", "--flash-size", "1M"}).flash_size,
+            1048576U);
+  EXPECT_EQ(As<FlashVerifyCommand>({"flash", "verify", "a", "--flash-size", "1M"}).flash_size,
+            1048576U);
+  EXPECT_EQ(As<FlashVerifyCommand>({"flash", "verify", "a"}).flash_size, std::nullopt);
+}
+
+// ---- Addresses in names -------------------------------------------------------------------------
+
+constexpr const char* kBackup = "fw-backup-1234-0001-b41ae103-0x00020000-20261121T205718Z.bin";
+
+TEST(NameAddressTest, AddressStandsAlone) {
+  EXPECT_EQ(AddressesInName(kBackup), Addresses{0x20000});
+  EXPECT_EQ(AddressesInName("fw_0X20800.bin"), Addresses{0x20800});
+  EXPECT_EQ(AddressesInName("0xffffffff"), Addresses{0xFFFFFFFF});
+  EXPECT_EQ(AddressesInName("fw 0x1000 (0x20800).bin"), (Addresses{0x1000, 0x20800}));
+  EXPECT_EQ(AddressesInName("\xD0\xBF\xD1\x80 0x1000\xD0\xBF.bin"), Addresses{0x1000});
+  for (const char* name : {"", "fw.bin", "fw-v0x10.bin", "fw-0x.bin", "fw-0x10z.bin", "0x123456789",
+                           "fw-20800.bin", "fw-0x0.bin", "fw-0x00000000.bin"}) {
+    EXPECT_EQ(AddressesInName(name), Addresses{}) << name;
+  }
+}
+
+TEST(NameAddressTest, FolderIsNotPartOfTheName) {
+  EXPECT_EQ(AddressesInName("0x1000/fw.bin"), Addresses{});
+  EXPECT_EQ(AddressesInName(R"(C:\0x1000\fw.bin)"), Addresses{});
+  EXPECT_EQ(AddressesInName(R"(C:\old\)" + std::string(kBackup)), Addresses{0x20000});
+}
+
+TEST(NameAddressTest, OfABackupsNameItsOwnAddressCounts) {
+  EXPECT_EQ(AddressesInName("fw-0x20800-backup-1234-0001-b41ae103-0x00020000-20261121T205718Z.bin"),
+            Addresses{0x20000});
+  EXPECT_EQ(AddressesInName("fw-0x20800-backup-1234-0001-b41ae103-0x00000000-20261121T205718Z.bin"),
+            Addresses{});
+}
+
+TEST(NameAddressTest, ProgramAndVerifyAskForTheAddressThatTheNameCarries) {
+  for (const std::string command : {"program", "verify"}) {
+    const Failure failure = FailureOf({"flash", command, kBackup, "--camera", "my camera"});
+    EXPECT_EQ(failure.Code(), ExitCode::kUsage);
+    EXPECT_EQ(failure.Message(), "--address: is missing, but the name of \"" +
+                                     std::string(kBackup) + "\" carries 0x20000");
+    const std::string line =
+        "borvanusb flash " + command + " " + kBackup + " --camera \"my camera\"";
+    EXPECT_EQ(failure.Hint(), "If it belongs to 0x20000: " + line +
+                                  " --address 0x20000\nIf it belongs to the beginning of the "
+                                  "flash: " +
+                                  line + " --address 0");
+  }
+  EXPECT_EQ(FailureOf({"flash", "program", "--json", "--", "-0x1000.bin"}).Hint(),
+            "If it belongs to 0x1000: borvanusb flash program --json --address 0x1000 -- "
+            "-0x1000.bin\nIf it belongs to the beginning of the flash: borvanusb flash program "
+            "--json --address 0 -- -0x1000.bin");
+}
+
+TEST(NameAddressTest, AddressThatIsGivenWins) {
+  EXPECT_EQ(As<FlashProgramCommand>({"flash", "program", kBackup, "--address", "0x20000"}).address,
+            0x20000U);
+  EXPECT_EQ(As<FlashProgramCommand>({"flash", "program", kBackup, "--address", "0"}).address, 0U);
+  EXPECT_EQ(As<FlashVerifyCommand>({"flash", "verify", kBackup, "--address", "4K"}).address,
+            0x1000U);
+  EXPECT_EQ(As<FlashProgramCommand>({"flash", "program", "fw.bin"}).address, 0U);
+}
+
+TEST(NameAddressTest, CommandLineThatCantBeRightAnywayIsRefusedForThatFirst) {
+  ExpectRefused({"flash", "program", kBackup, "--backup", "b", "--no-backup"},
+                "--no-backup: contradicts --backup");
+}
+
+TEST(FlashArgumentsTest, VerifyTakesForceAsProgramDoes) {
+  EXPECT_TRUE(As<FlashVerifyCommand>({"flash", "verify", "a", "--force"}).force);
+  EXPECT_FALSE(As<FlashVerifyCommand>({"flash", "verify", "a"}).force);
+}
+
+}  // namespace
+}  // namespace tool_test
