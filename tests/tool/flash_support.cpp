@@ -31,10 +31,14 @@ FlashTest::FlashTest() {
              std::to_string(std::random_device()()));
   std::filesystem::create_directories(folder_);
   host.journal_folder = File("journals");
+  // Backups that nobody names go to the current folder.
+  former_folder_ = std::filesystem::current_path();
+  std::filesystem::current_path(folder_);
 }
 
 FlashTest::~FlashTest() {
   std::error_code error;
+  std::filesystem::current_path(former_folder_, error);
   std::filesystem::permissions(folder_, std::filesystem::perms::owner_all, error);
   std::filesystem::remove_all(folder_, error);
 }

@@ -84,6 +84,7 @@ class FlashTest : public testing::Test {
 
  private:
   std::filesystem::path folder_;
+  std::filesystem::path former_folder_;
 };
 
 }  // namespace tool_test

@@ -118,7 +118,7 @@ struct FlashWordCommand {
   std::optional<std::uint32_t> value;  // written; without one the word is read
   bool yes = false;
   bool backup = true;
-  std::string backup_file;  // empty: in the current folder, named after camera, address and time
+  std::string backup_file = {};  // empty: in the current folder, named after camera, address, time
   std::optional<std::uint64_t> flash_size = std::nullopt;
 };
 
@@ -126,7 +126,7 @@ struct FlashEraseCommand {
   Range range;
   bool yes = false;
   bool backup = true;
-  std::string backup_file;  // likewise
+  std::string backup_file = {};  // likewise
   std::optional<std::uint64_t> flash_size = std::nullopt;
 };
 
