@@ -9,16 +9,13 @@
 //
 // Conventions
 //
-// Calling convention: the one of 64-bit Windows; there is no other there. The functions are plain
-//   C symbols, to be had from the import library or by GetProcAddress.
-// Booleans are one byte: `bool` of <stdbool.h> in C, `bool` in C++. A caller that takes the result
-//   for a four-byte BOOL reads three bytes of rubbish with it.
+// Calling convention: the standard one of 64-bit Windows. The functions are plain C symbols.
+// Booleans are one byte: `bool` in C (<stdbool.h>) and C++. A four-byte BOOL would read rubbish.
 // Texts are 8-bit texts in the system's ANSI code page, terminated by a zero byte except where
 //   said: file names that go in, device paths and names that come out.
 // File names may be null, which counts as empty. Value pointers may be null: the access is made
 //   and nothing is stored.
-// Instance: there is one per process, made by UsbIniDevice. Functions that say "No instance: false"
-//   bear its absence; the others, said "Needs an instance", crash without one.
+// Instance: one per process, made by UsbIniDevice. "Needs an instance": crashes without one.
 // Threads: call everything from one thread. UsbIniDevice initialises COM on the thread that calls
 //   it. Nothing orders calls of two threads, nor an access made while a job runs: their transfers
 //   mix at the device, which may then take parts of one command for parts of the other.
@@ -482,14 +479,15 @@ bool UsbI2CWriteFile(const char* file_name, uint32_t option);
 // - Three seconds after a 100 the value is set to 0 whatever it says by then, so a former job's
 //   clearing can wipe the end of the next one. For the same reason a poller that sleeps longer than
 //   three seconds can miss the 100.
-// - UsbIniDevice and UsbSelectDevice before a job give it a progress that nothing else touches. Each
-//   instance that is replaced keeps its camera open until the process ends, with one handle or more:
-//   do so for some jobs, not for hundreds.
+// - UsbIniDevice and UsbSelectDevice before a job give it a progress that nothing else touches.
+// Each
+//   instance that is replaced keeps its camera open until the process ends, with one handle or
+//   more: do so for some jobs, not for hundreds.
 // - A program that runs many jobs keeps one instance. Before each job it calls
 //   UsbFlashWriteFile("", 0), which fails at once without a transfer and reports kBorvanFileError.
 //   While the value stays so, the job has reported nothing, or can't use its file; 0 says that a
-//   report was cleared; anything else is the job's own. A job that reads has ended well when its file
-//   has its whole size and is closed. A job that writes and whose end was cleared: read back.
+//   report was cleared; anything else is the job's own. A job that reads has ended well when its
+//   file has its whole size and is closed. A job that writes and whose end was cleared: read back.
 // - A job that writes a file reports 100 before it writes it.
 // - A dump's percentage counts past 100 near the end, which shows as status 1: no failure.
 // - A failure's percentage is 0, and it stays until another report.

@@ -12,43 +12,11 @@
 
 #include "files.h"
 #include "flash/journal.h"
-#include "flash/sector_fate.h"
 #include "flash/sector_plan.h"
-#include "flash_support.h"
+#include "flash_sequences_model.h"
 
 namespace tool_test {
 namespace {
-
-constexpr std::size_t kFlash = 64 * 1024;
-const std::vector<std::string> kPorts = {R"(\\?\usb#vid_1234&pid_0001#port1)",
-                                         R"(\\?\usb#vid_1234&pid_0001#port2)"};
-
-// Not an exception of the standard library: nothing of ours is to catch it, as nothing catches a
-// kill.
-struct Killed {};
-
-// A camera module and what its flash is known to hold.
-struct Module {
-  std::string name;
-  std::shared_ptr<FakeChip> chip = std::make_shared<FakeChip>();
-  Bytes truth;
-  std::vector<bool> limbo = std::vector<bool>(kFlash, false);  // named by a command that failed
-
-  Module(std::string module_name, Bytes flash) : name(std::move(module_name)), truth(flash) {
-    chip->flash = std::move(flash);
-  }
-};
-
-struct Statistics {
-  std::uint64_t sequences = 0;
-  std::uint64_t runs = 0;
-  std::uint64_t done = 0;
-  std::uint64_t cut = 0;
-  std::uint64_t asked = 0;
-  std::uint64_t asked_owner = 0;  // although it was the right camera at its port
-  // Another camera that agrees in every landmark and holds just what a cut can leave in the sector.
-  std::uint64_t alike = 0;
-};
 
 class Sequence : public FlashTest {
  public:
@@ -374,23 +342,11 @@ class Sequence : public FlashTest {
   // Sectors of this camera in which nothing tells it from the one that a journal is of.
   void NoteAlike(const Module& module) {
     alike_.clear();
-    const Bytes& flash = module.chip->flash;
     for (const std::string& file : Journals()) {
       const Journal journal = ParseJournal(ReadWholeText(file));
-      if (!journal.open_sector || owners_[AbsoluteName(file)] == module.name) {
-        continue;
-      }
-      const bool agrees = std::ranges::all_of(journal.landmarks, [&](const Landmark& landmark) {
-        std::uint32_t word = 0;
-        for (std::size_t i = 0; i < 4; ++i) {
-          word = word << 8U | flash[landmark.address + i];
-        }
-        return std::ranges::find(landmark.words, word) != landmark.words.end();
-      });
-      const std::uint32_t address = journal.open_sector->address;
-      const std::span<const std::uint8_t> found(flash.data() + address, kSectorSize);
-      if (agrees && CanBeLeftByCut(found, *journal.open_sector)) {
-        alike_.push_back(address);
+      if (journal.open_sector && owners_[AbsoluteName(file)] != module.name &&
+          LooksAlike(module.chip->flash, journal)) {
+        alike_.push_back(journal.open_sector->address);
       }
     }
   }
@@ -427,25 +383,6 @@ class Sequence : public FlashTest {
     }
   }
 
-  // The sectors that journals hold because they were on their way.
-  std::vector<SharedSector> OpenSectors() const {
-    std::vector<SharedSector> sectors;
-    for (const std::string& file : Journals()) {
-      if (auto open = ParseJournal(ReadWholeText(file)).open_sector) {
-        sectors.push_back(std::move(*open));
-      }
-    }
-    return sectors;
-  }
-
-  static bool IsKept(const std::vector<SharedSector>& sectors, std::size_t place,
-                     std::uint8_t byte) {
-    return std::ranges::any_of(sectors, [&](const SharedSector& open) {
-      return place >= open.address && place < open.address + std::size_t{kSectorSize} &&
-             open.original[place - open.address] == byte;
-    });
-  }
-
   static bool SectorChanged(const Bytes& now, const Bytes& before, std::size_t place) {
     const auto first = static_cast<std::ptrdiff_t>(place / kSectorSize * kSectorSize);
     return !std::equal(now.begin() + first, now.begin() + first + kSectorSize,
@@ -457,7 +394,7 @@ class Sequence : public FlashTest {
     const bool restored = outcome.message.find("is restored to its old bytes") != std::string::npos;
     const Bytes& flash = module.chip->flash;
     const SectorSpan sectors = SectorsAround(named.address, named.bytes.size());
-    const std::vector<SharedSector> kept = OpenSectors();
+    const std::vector<SharedSector> kept = OpenSectors(Journals());
     for (std::size_t place = 0; place < kFlash; ++place) {
       const bool is_named = place >= named.address && place < named.address + named.bytes.size();
       if (is_named && done) {

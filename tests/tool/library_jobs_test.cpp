@@ -139,6 +139,8 @@ TEST_F(LibraryJobsTest, ReadsNeedNoReport) {
 }
 
 TEST_F(LibraryJobsTest, FailedReadIsAFailureThoughItsReportWasCleared) {
+  // The library's threads that clear the progress take three seconds to end.
+  library->SetLimit(std::chrono::seconds(20));
   const auto camera = Open();
   ClearAll();
   Refuse(5);
@@ -151,6 +153,8 @@ TEST_F(LibraryJobsTest, FailedReadIsAFailureThoughItsReportWasCleared) {
 }
 
 TEST_F(LibraryJobsTest, ProgrammingWhoseEndWasClearedIsReadBack) {
+  // The library's threads that clear the progress take three seconds to end.
+  library->SetLimit(std::chrono::seconds(20));
   const auto camera = Open();
   ClearEnds();
   camera->ProgramFlash(0x1000, image, {});
@@ -163,6 +167,8 @@ TEST_F(LibraryJobsTest, ProgrammingWhoseEndWasClearedIsReadBack) {
 }
 
 TEST_F(LibraryJobsTest, ProgrammingOfWhichNoReportIsSeenIsReadBack) {
+  // The library's threads that clear the progress take three seconds to end.
+  library->SetLimit(std::chrono::seconds(20));
   const auto camera = Open();
   ClearAll();
   camera->ProgramFlash(0x1000, image, {});
@@ -170,6 +176,8 @@ TEST_F(LibraryJobsTest, ProgrammingOfWhichNoReportIsSeenIsReadBack) {
 }
 
 TEST_F(LibraryJobsTest, ListWhoseEndWasClearedIsNotCalledWritten) {
+  // The library's threads that clear the progress take three seconds to end.
+  library->SetLimit(std::chrono::seconds(20));
   const auto camera = Open();
   ClearEnds();
   const Failure failure =

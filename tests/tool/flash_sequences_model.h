@@ -1,0 +1,83 @@
+#pragma once
+
+// The cameras of the sequences drawn by chance, and what is known of their flashes.
+
+#include <algorithm>
+#include <cstdint>
+#include <memory>
+#include <span>
+#include <string>
+#include <vector>
+
+#include "files.h"
+#include "flash/journal.h"
+#include "flash/sector_fate.h"
+#include "flash_support.h"
+
+namespace tool_test {
+
+constexpr std::size_t kFlash = 64 * 1024;
+inline const std::vector<std::string> kPorts = {R"(\\?\usb#vid_1234&pid_0001#port1)",
+                                                R"(\\?\usb#vid_1234&pid_0001#port2)"};
+
+// Not an exception of the standard library: nothing of ours is to catch it, as nothing catches a
+// kill.
+struct Killed {};
+
+// A camera module and what its flash is known to hold.
+struct Module {
+  std::string name;
+  std::shared_ptr<FakeChip> chip = std::make_shared<FakeChip>();
+  Bytes truth;
+  std::vector<bool> limbo = std::vector<bool>(kFlash, false);  // named by a command that failed
+
+  Module(std::string module_name, Bytes flash) : name(std::move(module_name)), truth(flash) {
+    chip->flash = std::move(flash);
+  }
+};
+
+struct Statistics {
+  std::uint64_t sequences = 0;
+  std::uint64_t runs = 0;
+  std::uint64_t done = 0;
+  std::uint64_t cut = 0;
+  std::uint64_t asked = 0;
+  std::uint64_t asked_owner = 0;  // although it was the right camera at its port
+  // Another camera that agrees in every landmark and holds just what a cut can leave in the sector.
+  std::uint64_t alike = 0;
+};
+
+// The sectors that journals hold because they were on their way.
+inline std::vector<SharedSector> OpenSectors(const std::vector<std::string>& journals) {
+  std::vector<SharedSector> sectors;
+  for (const std::string& file : journals) {
+    if (auto open = ParseJournal(ReadWholeText(file)).open_sector) {
+      sectors.push_back(std::move(*open));
+    }
+  }
+  return sectors;
+}
+
+// Whether one of them holds this byte for this place.
+inline bool IsKept(const std::vector<SharedSector>& sectors, std::size_t place, std::uint8_t byte) {
+  return std::ranges::any_of(sectors, [&](const SharedSector& open) {
+    return place >= open.address && place < open.address + std::size_t{kSectorSize} &&
+           open.original[place - open.address] == byte;
+  });
+}
+
+// Whether nothing tells this flash from the one that the journal is of.
+inline bool LooksAlike(const Bytes& flash, const Journal& journal) {
+  const bool agrees = std::ranges::all_of(journal.landmarks, [&](const Landmark& landmark) {
+    std::uint32_t word = 0;
+    for (std::size_t i = 0; i < 4; ++i) {
+      word = word << 8U | flash[landmark.address + i];
+    }
+    return std::ranges::find(landmark.words, word) != landmark.words.end();
+  });
+  const std::span<const std::uint8_t> found(flash.data() + journal.open_sector->address,
+                                            kSectorSize);
+  return agrees && CanBeLeftByCut(found, *journal.open_sector);
+}
+
+}  // namespace tool_test
