@@ -131,11 +131,13 @@ constexpr std::array<Entry, 11> kExitCodes = {{
     {"10", "Anything else, such as a fault of the program."},
 }};
 
-constexpr std::array<Entry, 2> kEnvironment = {{
+constexpr std::array<Entry, 3> kEnvironment = {{
     {"BORVANUSB_CAMERA",
      "The camera that is meant when --camera is not given, as --camera takes it."},
     {"BORVANUSB_DLL",
      "Full name of the BorvanUSB_x64.dll to use instead of the one that is found."},
+    {"BORVANUSB_JOURNALS",
+     "Folder of the journals of unfinished changes; default %LOCALAPPDATA%\\BorvanUSB\\journals."},
 }};
 
 constexpr std::array<Entry, 2> kFiles = {{

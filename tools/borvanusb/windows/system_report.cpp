@@ -11,7 +11,8 @@
 namespace {
 
 constexpr int kBitsPerByte = 8;
-constexpr std::array<const wchar_t*, 4> kVariables = {L"BORVANUSB_CAMERA", L"BORVANUSB_DLL",
+constexpr std::array<const wchar_t*, 5> kVariables = {L"BORVANUSB_CAMERA", L"BORVANUSB_DLL",
+                                                      L"BORVANUSB_JOURNALS",
                                                       L"BORVAN_VIRTUAL_CAMERA", L"TEMP"};
 
 template <typename Function>
