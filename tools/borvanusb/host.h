@@ -63,8 +63,8 @@ class Host {
   // Whether another borvanusb process keeps the camera with this path for itself now.
   virtual bool IsReservedElsewhere(const std::string& path) = 0;
 
-  // The user's folder for the journals of changes that were begun; it need not exist. Throws Failure
-  // kFile when the system names none.
+  // The user's folder for the journals of changes that were begun; it need not exist. Throws
+  // Failure kFile when the system names none.
   virtual std::string JournalFolder() const = 0;
 
   // Whether the user asked to stop (Ctrl-C). Every access to a camera ends with Failure kStopped

@@ -73,7 +73,8 @@ int Run() {
       "power-cycle", "Take a camera's power away for a moment: registers get their initial values");
   auto* const reset =
       app.add_subcommand("reset-faults", "Let a camera's faults count their transfers anew");
-  auto* const state = app.add_subcommand("state", "Show a camera's registers, flash and faults; changes nothing");
+  auto* const state =
+      app.add_subcommand("state", "Show a camera's registers, flash and faults; changes nothing");
   for (auto* const command : {cycle, reset, state}) {
     command->add_option("CAMERA", camera, "Number, name or device path (default: all cameras)");
   }

@@ -106,7 +106,9 @@ class FakeHost : public Host {
   std::vector<CameraIdentity> ListCameras() override;
   std::unique_ptr<Camera> OpenCamera(const CameraIdentity& camera) override;
   std::unique_ptr<Reservation> ReserveCamera(const CameraIdentity& camera) override;
-  bool IsReservedElsewhere(const std::string& path) override { return busy_elsewhere.contains(path); }
+  bool IsReservedElsewhere(const std::string& path) override {
+    return busy_elsewhere.contains(path);
+  }
   std::string JournalFolder() const override { return journal_folder; }
   bool StopRequested() const override { return stop_requested; }
   std::unique_ptr<StopHold> HoldStop() override;

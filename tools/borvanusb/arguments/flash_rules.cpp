@@ -17,8 +17,9 @@ void AddFlashSize(RuleOf<C>& rule) {
 
 template <typename C>
 void AddBackup(RuleOf<C>& rule, std::string_view place) {
-  rule.Add(File(Option("--backup", "FILE", "where the old bytes go; default " + std::string(place))),
-           [](C& command, const std::string& text) { command.backup_file = FileValue(text); });
+  rule.Add(
+      File(Option("--backup", "FILE", "where the old bytes go; default " + std::string(place))),
+      [](C& command, const std::string& text) { command.backup_file = FileValue(text); });
   rule.Add(Flag("--no-backup", "don't keep the old bytes"),
            [](C& command, const std::string&) { command.backup = false; });
 }
@@ -190,10 +191,11 @@ CommandRule ProgramRule() {
            [](FlashProgramCommand& command, const std::string& text) {
              command.report = FileValue(text);
            });
-  rule.Add(File(Option("--journal", "FILE", "the journal that counts, or none, where that is asked")),
-           [](FlashProgramCommand& command, const std::string& text) {
-             command.journal = FileValue(text);
-           });
+  rule.Add(
+      File(Option("--journal", "FILE", "the journal that counts, or none, where that is asked")),
+      [](FlashProgramCommand& command, const std::string& text) {
+        command.journal = FileValue(text);
+      });
   rule.AddFlag("--all", "every camera there is, at the same time", &FlashProgramCommand::all);
   rule.Check(CheckProgram);
   rule.Details("Exactly the image's bytes change; the old ones are saved first.");

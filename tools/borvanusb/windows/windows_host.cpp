@@ -100,7 +100,8 @@ std::string WindowsHost::JournalFolder() const {
   }
   const std::string local = Environment("LOCALAPPDATA");
   if (local.empty()) {
-    throw Failure(ExitCode::kFile, "the system names no folder for the user's data: LOCALAPPDATA is not set",
+    throw Failure(ExitCode::kFile,
+                  "the system names no folder for the user's data: LOCALAPPDATA is not set",
                   "Set BORVANUSB_JOURNALS to a folder that lasts; the journals lie there.");
   }
   return local + "\\BorvanUSB\\journals";
