@@ -114,6 +114,33 @@ TEST_F(RegCommandsTest, VerifyOfAMaskedWriteLooksAtItsBitsAlone) {
             ExitCode::kDone);
 }
 
+// A wide write goes in four transfers, and the chip keeps what an earlier write left where one of
+// them does not arrive.
+TEST_F(RegCommandsTest, MaskedWriteThatDamagedOtherBitsIsMadeOnceMore) {
+  FakeChip& chip = desk_.Chip();
+  chip.registers[0x100] = 0x1122C3A5;
+  chip.before_transfer = [&chip](std::uint64_t number) {
+    if (number == 3) {  // behind the read and the write
+      chip.registers[0x100] = 0xC355;
+    }
+  };
+  EXPECT_EQ(desk_.Do(RegWriteCommand{0x100, 0x50, true, 0xF0, true}, "reg-write"), ExitCode::kDone);
+  EXPECT_EQ(chip.registers[0x100], 0x1122C355U);
+  EXPECT_EQ(desk_.output.notes, "");
+}
+
+TEST_F(RegCommandsTest, OtherBitsThatStayChangedAreTold) {
+  FakeChip& chip = desk_.Chip();
+  chip.registers[0x100] = 0xA5;
+  chip.after_read = [](FakeRead, std::uint32_t, std::uint32_t& value) {
+    value |= value == 0xA5 ? 0U : 0x02U;
+  };
+  EXPECT_EQ(desk_.Do(RegWriteCommand{0x100, 0x50, false, 0xF0, true}, "reg-write"),
+            ExitCode::kDone);
+  EXPECT_EQ(desk_.output.notes,
+            "note: bits outside the mask changed, too: register 0x0100 reads back as 0x57\n");
+}
+
 TEST_F(RegCommandsTest, WriteIsRefusedWhileAnotherProcessWorksWithTheCamera) {
   desk_.host.reserved_elsewhere = true;
   EXPECT_EQ(desk_.FailureOf(RegWriteCommand{0x100, 1, false, 1, false}).Code(), ExitCode::kRefused);
