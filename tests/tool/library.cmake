@@ -14,4 +14,20 @@ if(NOT WIN32)
             ../support/scripted_platform.cpp
     LIBRARIES borvanusb_core borvan_core)
   target_include_directories(tool_library_test PRIVATE "${PROJECT_SOURCE_DIR}/tests")
+
+  # Every command with one bad transfer in it, on the virtual camera's chip.
+  borvan_add_gtest(
+    tool_fault_sweep_test
+    SOURCES fault_sweep_registers_test.cpp
+            fault_sweep_test.cpp
+            library_rig.cpp
+            sweep/contents.cpp
+            sweep/fault_sweep.cpp
+            sweep/sweep_rig.cpp
+            sweep/swept_camera.cpp
+            ../api/api_fixture.cpp
+            ../support/scripted_platform.cpp
+    LIBRARIES borvanusb_test_support borvan_core virtual_camera_core
+    TIMEOUT 400)
+  target_include_directories(tool_fault_sweep_test PRIVATE "${PROJECT_SOURCE_DIR}/tests")
 endif()

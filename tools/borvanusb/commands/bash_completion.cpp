@@ -132,8 +132,13 @@ std::string CommandOptionBranches(const ToolDescription& tool) {
     const bool takes_all = command.refused.empty();
     const std::string common = takes_all ? "$options" : OptionWords(CommonOptionsOf(tool, command));
     if (!own.empty() || !takes_all) {
-      branches += "    \"" + Joined(command.words) + "\") options=\"" + own +
-                  (own.empty() ? "" : " ") + common + "\" ;;\n";
+      branches += "    \"";
+      branches += Joined(command.words);
+      branches += "\") options=\"";
+      branches += own;
+      branches += own.empty() ? "" : " ";
+      branches += common;
+      branches += "\" ;;\n";
     }
   }
   return branches;

@@ -26,8 +26,8 @@ constexpr std::uint64_t kReadSize = std::uint64_t{32} << 10U;
 constexpr Range kRun{0x100, 0x47F};
 // Each read is made twice: a byte register takes a length query, two sets and a get, the others a
 // set less.
-constexpr std::uint64_t kRegisterTransfers = 2 * 4;
-constexpr std::uint64_t kSingleTransfers = 2 * 3;
+constexpr std::uint64_t kRegisterTransfers = std::uint64_t{2} * 4;
+constexpr std::uint64_t kSingleTransfers = std::uint64_t{2} * 3;
 
 // What programming 1 MiB takes: packets of 60 bytes and erases of 4096; it is read before and
 // after.

@@ -128,7 +128,7 @@ void FlashProgrammer::SettleOpenSector(ExitCode code) {
     const std::vector<std::uint8_t> found = camera_->ReadFlash(open.address, kSectorSize, {});
     const Range named{image_.address, static_cast<std::uint32_t>(image_.End() - 1)};
     if (FateOf(found, open, named) == SectorFate::kUnharmed) {
-      journal_->Close();
+      journal_->Close(found);
       state_->SetKept({}, {});
     }
   } catch (const Failure&) {

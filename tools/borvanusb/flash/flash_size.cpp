@@ -173,8 +173,9 @@ bool SilentFrom(Camera& camera, std::uint64_t size) {
 
 // A word that failed to be read shows as 0, so what seems silent is looked at twice.
 bool IsSilentSector(Camera& camera, std::uint64_t sector) {
-  return AllZero(camera, sector, kSectorSize, kWordsPerSector) &&
-         AllZero(camera, sector, kSectorSize, kWordsPerSector);
+  const auto is_silent = [&] { return AllZero(camera, sector, kSectorSize, kWordsPerSector); };
+  const bool at_first = is_silent();
+  return at_first && is_silent();
 }
 
 // The first sector in [answering, silent) that reads as nothing but 0.

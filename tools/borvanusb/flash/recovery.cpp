@@ -198,10 +198,10 @@ class Judge {
   // The one that is sure; the camera of two journals with different bytes is anybody's guess,
   // unless one of the two has lost its place.
   const Entry& Best(const std::vector<Entry>& entries) const {
-    const Entry* best = nullptr;
+    const Entry* best = &entries.front();
     for (const Entry& entry : entries) {
       const bool here = entry.journal.camera == request_.camera;
-      if (best == nullptr || (here && best->journal.camera != request_.camera) ||
+      if ((here && best->journal.camera != request_.camera) ||
           (best->journal.camera.empty() && !entry.journal.camera.empty())) {
         best = &entry;
       }
@@ -263,7 +263,7 @@ class Judge {
     if (std::ranges::equal(found, old_bytes)) {
       return SectorState::kOld;
     }
-    if (digest == record.after) {
+    if (digest == record.after || digest == record.now) {
       return SectorState::kNew;
     }
     if (!Covers(request_.named, sector)) {

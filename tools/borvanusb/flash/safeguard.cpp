@@ -34,7 +34,7 @@ std::vector<JournalStore::Entry> JournalsInReach(const JournalStore& store, Host
 BackupRecord WriteBackup(const std::string& file, std::uint32_t address,
                          std::span<const std::uint8_t> bytes) {
   const std::string name = AbsoluteName(file);
-  const BackupRecord record{name, address, bytes.size(), Sha256(bytes)};
+  BackupRecord record{name, address, bytes.size(), Sha256(bytes)};
   if (FileExists(name)) {
     // A run that was cut off right after it wrote its backup has left just this.
     if (Sha256(ReadWholeFile(name)) == record.sha256) {

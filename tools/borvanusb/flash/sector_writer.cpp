@@ -121,7 +121,7 @@ void SectorWriter::WriteShared(const Range& sector, const Content& content) {
   if (was_wrong) {
     state_.SetWrong({});
   }
-  shared_.journal->Close();
+  shared_.journal->Close(planned);
   state_.SetKept({}, {});
   done_ += sector.Size();
   Tell(done_);

@@ -55,8 +55,8 @@ void WorkJournal::Seen(const std::string& digest) {
   Save();
 }
 
-void WorkJournal::Close() {
-  Wrote(journal_.open_sector->address, journal_.open_sector->planned.back());
+void WorkJournal::Close(std::span<const std::uint8_t> found) {
+  Wrote(journal_.open_sector->address, found);
   journal_.open_sector.reset();
   Save();
 }

@@ -31,8 +31,8 @@ class WorkJournal {
             std::span<const std::uint8_t> planned, const JournalStore::Entry* taken_over);
   // The open sector came out otherwise.
   void Seen(const std::string& digest);
-  // The open sector was read back as planned.
-  void Close();
+  // The bytes beside the change are safe again: the open sector was read back, and holds `found`.
+  void Close(std::span<const std::uint8_t> found);
   void End();
 
  private:

@@ -1,9 +1,9 @@
 #pragma once
 
-#include <compare>
 #include <cstdint>
 #include <map>
 #include <optional>
+#include <tuple>
 #include <vector>
 
 #include "camera.h"
@@ -27,7 +27,10 @@ struct I2cRegister {
   std::int32_t mode = 0;
   std::uint32_t address = 0;
 
-  auto operator<=>(const I2cRegister&) const = default;
+  bool operator==(const I2cRegister&) const = default;
+  bool operator<(const I2cRegister& other) const {
+    return std::tie(slave, mode, address) < std::tie(other.slave, other.mode, other.address);
+  }
 };
 
 struct WrittenI2cRegisters {
