@@ -33,24 +33,27 @@ std::vector<MarkedRegister> MarkedRegisters(const std::vector<ListEntry>& entrie
   const std::vector<bool> inside = InsideBlocks(entries);
   std::vector<MarkedRegister> registers;
   Markers current;
-  std::optional<Markers> next;
+  Markers next;
+  bool has_next = false;
   std::uint32_t last_first = 0;
   for (const ListEntry& entry : entries) {
     switch (entry.address) {
       case kPauseMarker:
         break;
       case kFirstDelayMarker:
-        next = Markers{entry.value, next ? next->second : 0};
+        next = {entry.value, has_next ? next.second : 0};
+        has_next = true;
         last_first = entry.value;
         break;
       case kSecondDelayMarker:
-        next = Markers{last_first, entry.value};
+        next = {last_first, entry.value};
+        has_next = true;
         break;
       default:
-        if (next && !inside[registers.size()]) {
-          current = *next;
+        if (has_next && !inside[registers.size()]) {
+          current = next;
         }
-        next.reset();
+        has_next = false;
         registers.push_back({&entry, current.Page()});
     }
   }
