@@ -107,6 +107,16 @@ TEST_F(ControlTest, CountersOfOtherFaultsAreNotShown) {
               HasSubstr("  fault 0: 0 matching transfers so far\n"));
 }
 
+TEST_F(ControlTest, ControlCharactersOfNamesAreSpelledOut) {
+  configuration.name = "a\n  state: unplugged\x1B[2J\x7F \xC2\x9B \xC2\xA0\xC3\xA4";
+  configuration.path = "b\r";
+  const std::string text = virtual_camera::DescribeState(configuration);
+  EXPECT_TRUE(
+      text.starts_with("a\\u000a  state: unplugged\\u001b[2J\\u007f \\u009b \xC2\xA0\xC3\xA4\n"
+                       "  path: b\\u000d\n  state: plugged in\n"))
+      << text;
+}
+
 // Whoever only looks changes no file.
 class LookingTest : public ControlTest {
  protected:

@@ -180,6 +180,14 @@ TEST_F(TraceTest, LinesThatAreNoneAreNamedAndPassedOver) {
   EXPECT_THAT(printed, HasSubstr("length query"));
 }
 
+TEST_F(TraceTest, ControlCharactersOfATraceAreSpelledOut) {
+  std::string line = Line("length", 1, "", "0x800700ea");
+  line.replace(line.find("\"a\""), 3, R"("a\u001b[2J")");
+  line.replace(line.find("2026-01-31"), 10, R"(\n2026)");
+  EXPECT_THAT(Printed(line), HasSubstr("camera a\\u001b[2J\n"
+                                       "\\u000a2026T12:00:00.000000Z  length  1  length query"));
+}
+
 TEST_F(TraceTest, CamerasOfOneTraceAreUnderstoodApart) {
   std::string other = Line("set", 1, "24000058");
   other.replace(other.find("\"a\""), 3, "\"b\"");

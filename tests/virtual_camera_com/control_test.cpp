@@ -121,6 +121,26 @@ TEST_F(ControlProgram, TraceTellsTransfersInWords) {
   EXPECT_TRUE(Holds(outcome, "flash erase")) << outcome.output;
 }
 
+TEST_F(ControlProgram, OutputThatCantBeWrittenIsAFailure) {
+  Configure({FirstCamera()});
+  for (const wchar_t* const command : {L"state", L"check", L"--help"}) {
+    test::Process process(L"virtual-camera.exe", command, test::Process::Reader::kNobody);
+    EXPECT_EQ(process.Wait().exit_code, 1U) << command;
+  }
+}
+
+TEST_F(ControlProgram, ControlCharactersOfNamesAreSpelledOut) {
+  Configure({test::CameraJson(R"(pid_000a\u001b[2J)", R"(a\nb)", R"("vendor")", "")});
+  for (const wchar_t* const command : {L"check", L"register", L"unplug 0", L"state"}) {
+    const Outcome outcome = Control(command);
+    EXPECT_EQ(outcome.exit_code, 0U);
+    EXPECT_TRUE(Holds(outcome, "a\\u000ab")) << outcome.output;
+    EXPECT_FALSE(Holds(outcome, "\x1B")) << outcome.output;
+  }
+  const Outcome outcome = Control(L"trace \"a\x1B\"");
+  EXPECT_EQ(outcome.output, "virtual-camera: FILE \"a\\u001b\": can't be read\n");
+}
+
 TEST_F(ControlProgram, AMissingTraceIsOneClearLine) {
   const Outcome outcome = Control(L"trace nowhere.jsonl");
   EXPECT_EQ(outcome.exit_code, 1U);

@@ -7,6 +7,7 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <utility>
 
 namespace test {
 namespace {
@@ -43,11 +44,14 @@ std::wstring ProgramFolder() {
   return text.substr(0, text.find_last_of(L'\\') + 1);
 }
 
-Process::Process(const std::wstring& program, const std::wstring& arguments) {
+Process::Process(const std::wstring& program, const std::wstring& arguments, Reader reader) {
   SECURITY_ATTRIBUTES inherited = {sizeof inherited, nullptr, TRUE};
   HANDLE child_end = nullptr;
   CreatePipe(&output_, &child_end, &inherited, 0);
   SetHandleInformation(output_, HANDLE_FLAG_INHERIT, 0);
+  if (reader == Reader::kNobody) {
+    CloseHandle(std::exchange(output_, nullptr));
+  }
   STARTUPINFOW startup = {};
   startup.cb = sizeof startup;
   startup.dwFlags = STARTF_USESTDHANDLES;
@@ -70,14 +74,17 @@ Process::~Process() {
     Kill();
     CloseHandle(process_);
   }
-  CloseHandle(output_);
+  if (output_ != nullptr) {
+    CloseHandle(output_);
+  }
 }
 
 Outcome Process::Wait() {
   Outcome outcome;
   std::array<char, 4096> piece = {};
   DWORD count = 0;
-  while (ReadFile(output_, piece.data(), static_cast<DWORD>(piece.size()), &count, nullptr) &&
+  while (output_ != nullptr &&
+         ReadFile(output_, piece.data(), static_cast<DWORD>(piece.size()), &count, nullptr) &&
          count > 0) {
     outcome.output.append(piece.data(), count);
   }

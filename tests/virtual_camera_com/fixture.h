@@ -30,8 +30,11 @@ struct Outcome {
 // A program of the build's folder that runs beside the test.
 class Process {
  public:
-  // `arguments` as they stand on a command line.
-  Process(const std::wstring& program, const std::wstring& arguments);
+  enum class Reader { kThisTest, kNobody };
+
+  // `arguments` as they stand on a command line. With kNobody it can't write its output.
+  Process(const std::wstring& program, const std::wstring& arguments,
+          Reader reader = Reader::kThisTest);
   ~Process();
   Process(const Process&) = delete;
   Process& operator=(const Process&) = delete;

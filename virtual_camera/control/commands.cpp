@@ -9,6 +9,7 @@
 #include "plugging.h"
 #include "registration.h"
 #include "virtual_camera/core/camera.h"
+#include "virtual_camera/core/printable.h"
 #include "virtual_camera/core/trace.h"
 #include "wide_text.h"
 
@@ -27,7 +28,8 @@ std::vector<std::size_t> Chosen(const Configuration& configuration, const std::s
 }
 
 std::string Title(const Configuration& configuration, std::size_t position) {
-  return "camera " + std::to_string(position) + " \"" + configuration.cameras[position].name + "\"";
+  return "camera " + std::to_string(position) + " \"" +
+         Printable(configuration.cameras[position].name) + "\"";
 }
 
 // Which cameras hosts see: these, none, or others.
@@ -39,8 +41,8 @@ std::string RegistrationText(const Configuration& configuration) {
     return "the cameras are not registered";
   }
   const std::string file = Utf8Of(RegisteredConfiguration(HKEY_CLASSES_ROOT));
-  return "these cameras are not registered; those of " + (file.empty() ? "another file" : file) +
-         " are";
+  return "these cameras are not registered; those of " +
+         (file.empty() ? "another file" : Printable(file)) + " are";
 }
 
 // Said when a command changed the device but no host can see it yet.
@@ -101,7 +103,8 @@ void RegisterCommand(const Configuration& configuration, const std::wstring& dll
   const std::vector<CategoryEntry> entries = Register(configuration, dll);
   out << "registered " << entries.size() << " of " << configuration.cameras.size() << " cameras\n";
   for (const CategoryEntry& entry : entries) {
-    out << "  " << Title(configuration, entry.position) << ' ' << Utf8Of(entry.path) << '\n';
+    out << "  " << Title(configuration, entry.position) << ' ' << Printable(Utf8Of(entry.path))
+        << '\n';
   }
 }
 
@@ -160,14 +163,17 @@ void TraceCommand(const std::string& file, std::ostream& out) {
     throw CommandError("FILE \"" + file + "\": can't be read");
   }
   PrintTrace(trace, out);
+  if (!trace.eof()) {
+    throw CommandError("FILE \"" + file + "\": can't be read to its end");
+  }
 }
 
 void CheckCommand(const Configuration& configuration, const std::string& file, std::ostream& out) {
-  out << file << ": " << configuration.cameras.size()
+  out << Printable(file) << ": " << configuration.cameras.size()
       << (configuration.cameras.size() == 1 ? " camera" : " cameras") << ", no mistakes\n";
   for (std::size_t position = 0; position < configuration.cameras.size(); ++position) {
-    out << "  " << Title(configuration, position) << ' ' << configuration.cameras[position].path
-        << '\n';
+    out << "  " << Title(configuration, position) << ' '
+        << Printable(configuration.cameras[position].path) << '\n';
   }
 }
 

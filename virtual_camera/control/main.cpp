@@ -5,13 +5,14 @@
 #include <shellapi.h>
 
 #include <CLI/CLI.hpp>
-#include <algorithm>
 #include <iostream>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
 #include "commands.h"
 #include "configuration_file.h"
+#include "virtual_camera/core/printable.h"
 #include "wide_text.h"
 
 namespace {
@@ -131,9 +132,13 @@ int main() {
   SetDllDirectoryW(L"");
   SetConsoleOutputCP(CP_UTF8);
   try {
-    return Run();
+    const int code = Run();
+    if (!std::cout.flush()) {
+      throw std::runtime_error("standard output: can't be written to its end");
+    }
+    return code;
   } catch (const std::exception& error) {
-    std::cerr << "virtual-camera: " << error.what() << '\n';
+    std::cerr << "virtual-camera: " << virtual_camera::Printable(error.what()) << '\n';
     return kFailed;
   }
 }

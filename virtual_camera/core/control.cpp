@@ -9,6 +9,7 @@
 #include "camera.h"
 #include "faults.h"
 #include "plug.h"
+#include "printable.h"
 #include "state_file.h"
 
 namespace virtual_camera {
@@ -74,7 +75,7 @@ std::string TraceText(const CameraConfiguration& configuration, const DeviceFiel
   };
   std::string text;
   if (!configuration.trace_file.empty() && fields.untraced != 0) {
-    text += "  trace: the " + last(fields.untraced) + configuration.trace_file +
+    text += "  trace: the " + last(fields.untraced) + Printable(configuration.trace_file) +
             " could not be written\n";
   }
   if (fields.process_untraced != 0) {
@@ -111,11 +112,11 @@ void ResetFaultCounters(const CameraConfiguration& configuration) {
 
 std::string DescribeState(const CameraConfiguration& configuration) {
   const DeviceState state = Look(configuration);
-  std::string text = configuration.name + "\n";
-  text += "  path: " + configuration.path + "\n";
+  std::string text = Printable(configuration.name) + "\n";
+  text += "  path: " + Printable(configuration.path) + "\n";
   text += "  state: " + PlugText(state.fields) + "\n";
   text += Format("  flash: %u KiB in ", configuration.flash.size / 1024) +
-          configuration.flash.file + "\n";
+          Printable(configuration.flash.file) + "\n";
   text += "  chip registers written since power-on:\n" +
           RegistersText(state.registers, RegisterSpace::Chip());
   for (const SensorConfiguration& sensor : configuration.sensors) {

@@ -9,6 +9,7 @@
 #include <utility>
 #include <vector>
 
+#include "printable.h"
 #include "result_codes.h"
 #include "trace.h"
 #include "trace_words.h"
@@ -64,8 +65,8 @@ std::optional<TraceLine> ParseLine(const std::string& text) {
         return std::nullopt;
       }
       TraceLine gap;
-      gap.time = json.at("time").get<std::string>();
-      gap.camera = json.at("camera").get<std::string>();
+      gap.time = Printable(json.at("time").get<std::string>());
+      gap.camera = Printable(json.at("camera").get<std::string>());
       gap.missing = missing.get<std::uint64_t>();
       return gap;
     }
@@ -75,8 +76,8 @@ std::optional<TraceLine> ParseLine(const std::string& text) {
       return std::nullopt;
     }
     TraceLine line;
-    line.time = json.at("time").get<std::string>();
-    line.camera = json.at("camera").get<std::string>();
+    line.time = Printable(json.at("time").get<std::string>());
+    line.camera = Printable(json.at("camera").get<std::string>());
     line.direction = *direction;
     line.selector = json.at("selector").get<std::uint32_t>();
     line.length = json.at("length").get<std::uint32_t>();
