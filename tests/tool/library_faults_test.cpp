@@ -157,6 +157,20 @@ TEST_F(LibraryFaultsTest, FlashReadTakesTwiceTheTransfersOfOneReading) {
   EXPECT_LE(chip->Sent(5).size(), 2 * 64U + 2U);
 }
 
+TEST_F(LibraryFaultsTest, DisagreementsAreCounted) {
+  PutDistinctFlash();
+  const auto camera = Open();
+  camera->ReadFlash(0x40, 0x800, {});
+  camera->ReadRegister(0x40, RegisterWidth::kByte);
+  EXPECT_EQ(camera->Disagreements(), 0U);
+  count = 0;
+  chip->Strike([this](const Transfer& transfer) {
+    return transfer.request.id == 5 && ++count == 20 ? std::optional(Fault::kLies) : std::nullopt;
+  });
+  camera->ReadFlash(0x40, 0x800, {});
+  EXPECT_EQ(camera->Disagreements(), 1U);
+}
+
 TEST_F(LibraryFaultsTest, FlashWordIsRightOrFails) {
   PutDistinctFlash();
   const auto camera = Open();

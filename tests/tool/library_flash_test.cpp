@@ -82,7 +82,7 @@ TEST_F(LibraryFlashTest, ProgressRisesToTheWhole) {
 }
 
 TEST_F(LibraryFlashTest, ReadThatNeverSucceedsEndsAfterTheTimeLimit) {
-  const auto camera = Open();
+  const auto camera = OpenWithShortLimit();
   FailFastReads();
   const Failure failure = FailureOf([&] { camera->ReadFlash(0, 100, {}); });
   chip->Intercept(nullptr);  // lets the job end
@@ -116,7 +116,6 @@ TEST_F(LibraryFlashTest, ShortReadWhoseHundredIsSeenBeforeItsFailureSaysWhy) {
 }
 
 TEST_F(LibraryFlashTest, ReadOfACameraThatFellOffSaysSoLongBeforeTheTimeLimit) {
-  library.emplace(exports, platform, supervisor, std::chrono::seconds(60));
   const auto camera = Open();
   FailFastReads();
   platform.on_sleep = [&] { script->cameras.clear(); };
@@ -159,7 +158,6 @@ TEST_F(LibraryFlashTest, StopIsObeyedOnceTheJobHasEnded) {
 }
 
 TEST_F(LibraryFlashTest, StopWaitsNoLongerThanASecondForAJobThatDoesNotEnd) {
-  library.emplace(exports, platform, supervisor, std::chrono::seconds(60));
   const auto camera = Open();
   FailFastReads();
   platform.on_sleep = [&] { supervisor.RequestStop(); };

@@ -192,7 +192,6 @@ TEST_F(LibraryJobsTest, ListWhoseEndWasClearedIsNotCalledWritten) {
 
 // An earlier job's report of 100 is cleared after three seconds, in the middle of this one.
 TEST_F(LibraryJobsTest, JobWhoseReportsAreClearedWhileItRunsIsWaitedFor) {
-  library.emplace(exports, platform, supervisor, std::chrono::seconds(60));
   const auto camera = Open();
   camera->ReadFlash(0, 100, {});
   Hold(kFlash);
@@ -219,7 +218,7 @@ TEST_F(LibraryJobsTest, FileThatAWorkerCannotUseIsAFailureOfTheFile) {
 }
 
 TEST_F(LibraryJobsTest, NothingIsWrittenBesideAJobThatWasAbandoned) {
-  const auto camera = Open();
+  const auto camera = OpenWithShortLimit();
   Hold(kFastWrite);
   EXPECT_EQ(FailureOf([&] { camera->ProgramFlash(0x1000, Bytes(5000, 1), {}); }).Code(),
             ExitCode::kTimeout);
@@ -252,7 +251,7 @@ TEST_F(LibraryJobsTest, NothingIsWrittenBesideAJobThatWasAbandoned) {
 }
 
 TEST_F(LibraryJobsTest, AbandonedReadLeavesNoFileOnceItHasEnded) {
-  const auto camera = Open();
+  const auto camera = OpenWithShortLimit();
   Hold(5);
   EXPECT_EQ(FailureOf([&] { camera->ReadFlash(0, 100, {}); }).Code(), ExitCode::kTimeout);
   EXPECT_EQ(FailureOf([&] { camera->ReadFlash(0, 100, {}); }).Code(), ExitCode::kTimeout);

@@ -49,6 +49,8 @@ class LibraryTest : public borvan_test::ApiTest {
 
   // Opens the one camera.
   std::unique_ptr<Camera> Open();
+  // With a time limit of 0.3 s, for what never comes.
+  std::unique_ptr<Camera> OpenWithShortLimit();
 
   // The failure that the call ends with; a failed test when it ends well.
   static Failure FailureOf(const std::function<void()>& call);

@@ -31,8 +31,9 @@ using Advance = std::function<void(std::uint64_t done)>;
 constexpr std::uint32_t kSectorSize = 4096;
 
 // An open camera. Every function throws Failure: kDevice when the camera refuses, is gone or gives
-// no two readings that agree, kTimeout when there is no progress, kStopped when the user asked to
-// stop, kFile when the exchange with the library through files fails.
+// no two readings that agree, kTimeout when there is no progress, or when a job that was given up
+// may still be running (then no further access is made), kStopped when the user asked to stop,
+// kFile when the exchange with the library through files fails.
 //
 // What is read is read at least twice, by separate accesses, and returned when two readings agree:
 // no single transfer that goes wrong makes a value wrong. Writes are made once; whether they
@@ -45,6 +46,9 @@ class Camera {
   virtual ~Camera() = default;
 
   virtual const CameraIdentity& Identity() const = 0;
+
+  // How often two readings have differed so far, and another had to be made.
+  virtual std::uint64_t Disagreements() const { return 0; }
 
   // Chip registers. A read that the chip left unanswered is a failure, not a value. A value that
   // changes between readings is returned as last read, after five of them; a register that reading

@@ -14,6 +14,7 @@ template <typename Value>
 struct Agreement {
   Value value;     // what two readings gave, else the last reading
   bool confirmed;  // whether two readings gave it
+  int more = 0;    // readings beyond two
 };
 
 // Calls `read` until two of its results are equal, twice at least and kMostReadings times at most.
@@ -23,9 +24,9 @@ auto ReadUntilTwoAgree(Read read) -> Agreement<decltype(read())> {
   for (int i = 0; i < kMostReadings; ++i) {
     auto value = read();
     if (std::find(readings.begin(), readings.end(), value) != readings.end()) {
-      return {std::move(value), true};
+      return {std::move(value), true, i - 1};
     }
     readings.push_back(std::move(value));
   }
-  return {readings.back(), false};
+  return {readings.back(), false, kMostReadings - 2};
 }

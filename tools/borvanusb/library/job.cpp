@@ -20,13 +20,15 @@ constexpr Milliseconds kQuickInterval{1};
 constexpr Milliseconds kInterval{4};
 // A job that stands still is looked into that often.
 constexpr Milliseconds kLookInterval{1000};
-// Threads are looked for where the reports don't tell, at first after this time.
-constexpr Milliseconds kThreadLookInterval{20};
+// Threads are looked for where the reports don't tell, at first after this time, then ever more
+// rarely.
+constexpr Milliseconds kFirstThreadLook{20};
+constexpr Milliseconds kThreadLookInterval{250};
 // A file is looked for that often while nothing else says that it is there.
 constexpr int kPollsPerLook = 16;
 // On a machine that gives this process no time, the job had none either: only so much of the time
 // between two polls counts as standing still.
-constexpr Milliseconds kMostStanding{250};
+constexpr Milliseconds kMostStanding{50};
 constexpr Milliseconds kStopPatience{1000};
 // A write error is reported once the file is closed.
 constexpr Milliseconds kReportPatience{200};
@@ -192,13 +194,13 @@ class Runner {
     const auto now = Clock::now();
     const bool cleared = ReportIn(progress) == JobReport::kCleared;
     if (cleared && !cleared_) {
-      next_thread_look_ = now + kThreadLookInterval;
+      next_thread_look_ = now + kFirstThreadLook;
     }
     cleared_ = cleared;
     if (now < next_thread_look_) {
       return std::nullopt;
     }
-    next_thread_look_ = now + std::min(2 * (now - started_), Clock::duration(kLookInterval));
+    next_thread_look_ = now + std::min(2 * (now - started_), Clock::duration(kThreadLookInterval));
     if (!thread_->HasEnded()) {
       return std::nullopt;
     }
@@ -310,7 +312,7 @@ class Runner {
   int polls_ = 0;
   std::int32_t percent_ = 0;
   const Clock::time_point started_ = Clock::now();
-  Clock::time_point next_thread_look_ = started_ + kThreadLookInterval;
+  Clock::time_point next_thread_look_ = started_ + kFirstThreadLook;
   Clock::time_point last_poll_ = started_;
   Clock::duration standing_{0};  // time without anything new
   Clock::duration next_look_ = kLookInterval;

@@ -6,7 +6,6 @@
 #include "arguments/numbers.h"
 #include "failure.h"
 #include "files.h"
-#include "library/agreement.h"
 #include "library/register_readings.h"
 
 namespace {
@@ -114,9 +113,8 @@ std::uint32_t LibraryCamera::ReadRegisterOnce(std::uint32_t address, RegisterWid
 
 // The library ignores that the first half of an address was refused, and the chip then answers for
 // another register.
-std::uint32_t LibraryCamera::ReadRegisterUnlocked(std::uint32_t address,
-                                                  RegisterWidth width) const {
-  return ReadUntilTwoAgree([&] { return ReadRegisterOnce(address, width); }).value;
+std::uint32_t LibraryCamera::ReadRegisterUnlocked(std::uint32_t address, RegisterWidth width) {
+  return ReadTwice([&] { return ReadRegisterOnce(address, width); }).value;
 }
 
 std::uint32_t LibraryCamera::ReadRegister(std::uint32_t address, RegisterWidth width) {
@@ -148,7 +146,8 @@ std::vector<std::uint8_t> LibraryCamera::ReadRunOnce(std::uint32_t first,
 
 std::vector<std::uint8_t> LibraryCamera::DecideBlock(std::uint32_t first,
                                                      std::span<const std::uint8_t> one,
-                                                     std::span<const std::uint8_t> other) const {
+                                                     std::span<const std::uint8_t> other) {
+  ++disagreements_;
   std::vector<std::uint8_t> values =
       ReadRunOnce(first, static_cast<std::uint32_t>(first + one.size() - 1));
   // `one` was read as this is, and both may hold the block that was read before.
@@ -217,7 +216,7 @@ std::uint32_t LibraryCamera::ReadI2cOnce(const I2cTarget& target, std::uint32_t 
 // Replies on this selector have no tag at all.
 std::uint32_t LibraryCamera::ReadI2c(const I2cTarget& target, std::uint32_t address) {
   const auto lock = Lock();
-  return ReadUntilTwoAgree([&] { return ReadI2cOnce(target, address); }).value;
+  return ReadTwice([&] { return ReadI2cOnce(target, address); }).value;
 }
 
 void LibraryCamera::WriteI2c(const I2cTarget& target, std::uint32_t address, std::uint32_t value) {
@@ -245,7 +244,7 @@ void LibraryCamera::WriteI2cList(const std::string& list_text, std::uint32_t opt
 
 std::uint32_t LibraryCamera::PeekFlashWord(std::uint32_t address) {
   const auto lock = Lock();
-  const auto word = ReadUntilTwoAgree([&] {
+  const auto word = ReadTwice([&] {
     const Supervisor::Call call(library_.Watch(), "reading a flash word");
     std::uint32_t value = 0;
     library_.Functions().UsbFlashRead(address, &value);

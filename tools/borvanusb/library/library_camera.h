@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "camera.h"
+#include "library/agreement.h"
 #include "library/camera_library.h"
 #include "library/job.h"
 
@@ -19,6 +20,7 @@ class LibraryCamera : public Camera {
       : library_(library), identity_(std::move(identity)) {}
 
   const CameraIdentity& Identity() const override { return identity_; }
+  std::uint64_t Disagreements() const override { return disagreements_; }
   std::uint32_t ReadRegister(std::uint32_t address, RegisterWidth width) override;
   void WriteRegister(std::uint32_t address, std::uint32_t value, RegisterWidth width) override;
   std::vector<std::uint8_t> ReadRegisterRun(std::uint32_t first, std::uint32_t last) override;
@@ -55,15 +57,22 @@ class LibraryCamera : public Camera {
                                           std::uint32_t shift, bool ends_range,
                                           const Advance& advance) const;
   std::vector<std::uint8_t> ReadFlashPart(std::uint32_t address, std::uint64_t size,
-                                          bool ends_range, const Advance& advance) const;
+                                          bool ends_range, const Advance& advance);
+  // Calls `read` until two of its results agree.
+  template <typename Read>
+  auto ReadTwice(Read read) {
+    const auto value = ReadUntilTwoAgree(read);
+    disagreements_ += static_cast<std::uint64_t>(value.more);
+    return value;
+  }
   std::uint32_t ReadRegisterOnce(std::uint32_t address, RegisterWidth width) const;
-  std::uint32_t ReadRegisterUnlocked(std::uint32_t address, RegisterWidth width) const;
+  std::uint32_t ReadRegisterUnlocked(std::uint32_t address, RegisterWidth width);
   std::uint32_t ReadI2cOnce(const I2cTarget& target, std::uint32_t address) const;
   // One reading of a run; the library vouches for its last block of 56 registers alone.
   std::vector<std::uint8_t> ReadRunOnce(std::uint32_t first, std::uint32_t last) const;
   // Registers of one block that two readings of the run give differently.
   std::vector<std::uint8_t> DecideBlock(std::uint32_t first, std::span<const std::uint8_t> one,
-                                        std::span<const std::uint8_t> other) const;
+                                        std::span<const std::uint8_t> other);
   // A job that takes its bytes from a file.
   JobEnd SendFile(const std::string& what, std::span<const std::uint8_t> bytes,
                   std::string_view extension, Job job, const StartWithFile& start) const;
@@ -71,4 +80,5 @@ class LibraryCamera : public Camera {
 
   CameraLibrary& library_;
   const CameraIdentity identity_;
+  std::uint64_t disagreements_ = 0;
 };

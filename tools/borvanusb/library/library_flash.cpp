@@ -109,8 +109,7 @@ std::vector<std::uint8_t> LibraryCamera::ReadFlashOnce(std::uint32_t address, st
 
 // Bytes that two readings agree on.
 std::vector<std::uint8_t> LibraryCamera::ReadFlashPart(std::uint32_t address, std::uint64_t size,
-                                                       bool ends_range,
-                                                       const Advance& advance) const {
+                                                       bool ends_range, const Advance& advance) {
   FlashReadings readings(size);
   std::uint64_t done = 0;
   for (const std::uint32_t shift : kReadingShifts) {
@@ -125,6 +124,7 @@ std::vector<std::uint8_t> LibraryCamera::ReadFlashPart(std::uint32_t address, st
     const auto first = static_cast<std::uint32_t>(address + open->offset);
     const bool at_end = ends_range && open->offset + open->size == size;
     readings.Add(open->offset, ReadFlashOnce(first, open->size, shift, at_end, reading_advance));
+    disagreements_ += done == 2 * size ? 1 : 0;
     done = std::min(done + size, 2 * size);
   }
   if (const auto open = readings.Open()) {
