@@ -210,7 +210,7 @@ TEST_F(RunToolTest, OutputThatCannotBeWrittenIsAFailureOfTheFile) {
   problem = WriteProblem{false, "There is not enough space on the disk"};
   const std::string message =
       "borvanusb: standard output can't be written: There is not enough space on the disk; the "
-      "output is not complete\n"
+      "output is incomplete\n"
       "  Check that there is room on the disk, and repeat the command.\n";
   Command([](Context& context) {
     context.output.Line("first");

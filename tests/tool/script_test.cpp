@@ -166,10 +166,9 @@ TEST_F(ScriptTest, LinesBehindLostOutputAreNotRun) {
   };
   EXPECT_EQ(Do("list\ninfo\n\nlist\n"), ExitCode::kDone);
   EXPECT_EQ(desk_.result["commands"].size(), 2U);
-  EXPECT_EQ(
-      desk_.output.errors,
-      "borvanusb: run: work.txt:4: standard output is lost; this line and those behind it were "
-      "not run\n");
+  EXPECT_EQ(desk_.output.errors,
+            "borvanusb: run: work.txt:4: standard output can't be written; this line and the lines "
+            "after it were not run\n");
   // With --keep-going they are wanted whatever fails.
   desk_.output.takes_results = true;
   desk_.output.errors.clear();

@@ -99,8 +99,8 @@ class ChoiceTest(station.ToolTest):
         self.refuse(2, "no camera 7", "info", "--camera", "7")
         self.refuse(2, "no camera has", "info", "--camera", "elsewhere")
         # "L" stands in one name alone, ":0002" in the IDs of one camera.
-        self.refuse(2, "needs 3 characters", "info", "--camera", "L")
-        self.refuse(2, "needs 4 digits", "info", "--camera", ":0002")
+        self.refuse(2, "needs at least 3 characters", "info", "--camera", "L")
+        self.refuse(2, "needs four hexadecimal digits", "info", "--camera", ":0002")
         self.plug_in()
         self.refuse(2, "no USB camera", "info")
 

@@ -37,10 +37,11 @@ bool LooksLikeIds(const std::string& text) {
 // Why a text that matches nothing whole is no part either; empty for one that could be.
 std::string WhyNoPart(const std::string& text) {
   if (LooksLikeIds(text)) {
-    return "vid:pid needs 4 digits on each side";
+    return "vid:pid needs four hexadecimal digits on each side";
   }
   if (Characters(text) < kShortestPart) {
-    return "a part of a path or name needs " + std::to_string(kShortestPart) + " characters";
+    return "a part of a path or name needs at least " + std::to_string(kShortestPart) +
+           " characters";
   }
   return {};
 }

@@ -143,7 +143,7 @@ int ReportLoss(const WriteProblem& problem, int code, const ToolStreams& streams
   // A reader that is gone has what it wanted, as in a pipe to `head`.
   if (!problem.reader_is_gone) {
     streams.error("borvanusb: standard output can't be written: " + Printable(problem.why) +
-                  "; the output is not complete\n"
+                  "; the output is incomplete\n"
                   "  Check that there is room on the disk, and repeat the command.\n");
   }
   return code != static_cast<int>(ExitCode::kDone) ? code : static_cast<int>(ExitCode::kFile);

@@ -91,7 +91,7 @@ CommonRules MakeCommonRules() {
       [](CommonArguments& common, const std::string&) { common.json = true; });
   add(Flag("--quiet", "no progress and no remarks, only results and errors"),
       [](CommonArguments& common, const std::string&) { common.quiet = true; });
-  add(Flag("--verbose", "tell at the end which library, cameras and calls were used"),
+  add(Flag("--verbose", "report at the end which library, cameras and calls were used"),
       [](CommonArguments& common, const std::string&) { common.verbose = true; });
   OptionDescription help = Flag("-h", "tell about the tool or a command");
   help.names.emplace_back("--help");

@@ -112,7 +112,8 @@ std::vector<ScriptLine> ReadScript(const std::string& file, const std::string& t
   }
   SortByLine(problems);
   const ExitCode code = split.problems.empty() ? ExitCode::kUsage : ExitCode::kFile;
-  RefuseProblems(file, problems, "nothing was run", {code, hint, "All are told above."}, context);
+  RefuseProblems(file, problems, "nothing was run", {code, hint, "All of them are listed above."},
+                 context);
   return lines;
 }
 
@@ -123,9 +124,10 @@ ExitCode RunScript(const std::string& file, const std::vector<ScriptLine>& lines
   for (const ScriptLine& line : lines) {
     context.output.Line("> " + InOneRow(line.text));
     if (!keep_going && !context.output.TakesResults()) {
-      TellOutcome(context, "run",
-                  Place(file, line.line) +
-                      "standard output is lost; this line and those behind it were not run");
+      TellOutcome(
+          context, "run",
+          Place(file, line.line) +
+              "standard output can't be written; this line and the lines after it were not run");
       break;
     }
     Json result = Json::object();

@@ -17,7 +17,7 @@ class Console {
   Console(const Console&) = delete;
   Console& operator=(const Console&) = delete;
 
-  // Without a standard output, as services and programs with windows only have it, nothing is lost.
+  // A process without a standard output, such as a service, loses nothing.
   std::optional<WriteProblem> WriteOutput(std::string_view text) const;
   // What can't be written is lost: there is no other place to tell it.
   void WriteError(std::string_view text) const;
