@@ -21,7 +21,10 @@ Bytes BytesOf(const std::string& text) {
 HostsRig::HostsRig() {
   const CameraText good = Camera("vid_1234&pid_0002#good", "Good");
   PlugIn({Camera("vid_1234&pid_0001#gone", "Gone"), good});
-  Configure({good});
+  // Another camera in its place, so that the listed one can't be opened and stays listed.
+  CameraText other = Camera("vid_1234&pid_0009#other", "Other");
+  other.more = R"(, "state": "other.state", "plugged": false)";
+  Configure({other, good});
   MakeFile("image.bin", Pattern(5'000));
   MakeFile("registers.txt", BytesOf("0xfffd,0x00,\n0x0100,0x5a,\n"));
   MakeFile("sensor.txt", BytesOf("0xfff8,0x20,\n0xfffe,0x00,\n0x10,0x5a,\n"));

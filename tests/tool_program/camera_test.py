@@ -171,7 +171,7 @@ class InfoTest(station.ToolTest):
         self.assertIn("camera   0  1234:0000  Test camera 0  \\\\?\\usb#vid_1234&pid_0000&mi_00#0\n",
                       outcome.err)
         self.assertRegex(outcome.err, r"(?m)^calls    listing the cameras 2, opening the camera 1, "
-                                      r"reading a register 2, ")
+                                      r"reading a register 4, ")
         self.assertEqual(self.succeed("info").err, "")
         name = self.file("list.txt", "0xfffd, 0,\n0x100, 1,\n")
         self.assertEqual(self.succeed("reg", "load", name, "--check-only", "--verbose").err,
