@@ -246,7 +246,7 @@ class ProgramTest(FlashTest):
 
     def test_restore_on_failure_brings_the_old_bytes_back(self):
         outcome = self.fail_with([{"selector": 4, "direction": "set", "at": 20, "lie": True},
-                                  {"selector": 4, "direction": "set", "at": 160, "lie": True}],
+                                  {"selector": 4, "direction": "set", "at": 90, "lie": True}],
                                  7, "differ", "--restore-on-failure")
         self.assertIn("restored", outcome.err)
         self.assertEqual(self.flash(), self.old)
