@@ -65,7 +65,7 @@ TEST_F(TraceFailureTest, AnEmptyFileIsATrace) {
   EXPECT_EQ(Lines("trace.jsonl").size(), 1U);
 }
 
-// A computer that loses its power may leave such a file.
+// A process that is killed, or a computer that loses its power, may leave such a file.
 TEST_F(TraceFailureTest, ALineThatWasCutShortSpoilsNoOther) {
   configuration.trace_file = folder.File("trace.jsonl");
   for (const char* const cut : {"{\"ti", R"({"time":"2026)"}) {

@@ -119,7 +119,7 @@ std::string TraceWriter::Lines(const TracedTransfer& transfer, std::uint64_t mis
 void TraceWriter::Append(const std::string& lines) {
   const FileLock lock(file_);
   const std::uint64_t size = file_.Size();
-  // A computer that lost its power may have left a part of a line.
+  // A process that was killed, or a computer that lost its power, may have left a part of a line.
   const std::string text = (EndsWithinLine(file_, size) ? "\n" : "") + lines;
   try {
     file_.WriteAt(size, BytesOf(text));

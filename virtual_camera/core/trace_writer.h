@@ -20,7 +20,8 @@ struct TracedTransfer {
   std::int32_t result = 0;
 };
 
-// Cameras and processes may share a file: each line is written whole, under the file's lock.
+// Cameras and processes may share a file: each line is written under the file's lock. A process
+// that is killed meanwhile may leave a part of its line; the next line begins anew behind it.
 class TraceWriter {
  public:
   // Throws ConfigurationError when the file can't be opened, or holds something else than a trace.
