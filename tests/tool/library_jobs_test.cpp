@@ -138,6 +138,18 @@ TEST_F(LibraryJobsTest, ReadsNeedNoReport) {
   EXPECT_EQ(LeftBehind(), 0U);
 }
 
+TEST_F(LibraryJobsTest, FileThatShowsBeforeItsWriterIsWaitedFor) {
+  const auto camera = Open();
+  for (int i = 0; i < 50; ++i) {
+    platform.early_looks = 1;
+    EXPECT_EQ(camera->ReadFlash(0, 60, {}).size(), 60U);
+  }
+  platform.early_looks = 0;
+  ClearEnds();
+  platform.early_looks = 1;
+  EXPECT_EQ(camera->ReadFlash(0, 60, {}).size(), 60U);
+}
+
 TEST_F(LibraryJobsTest, FailedReadIsAFailureThoughItsReportWasCleared) {
   // The library's threads that clear the progress take three seconds to end.
   library->SetLimit(std::chrono::seconds(20));

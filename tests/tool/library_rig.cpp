@@ -39,6 +39,10 @@ LibraryPlatform::ScratchState TestPlatform::Look(const ScratchFile& file) {
   if (!fs::exists(file.name, error)) {
     return {};
   }
+  if (early_looks > 0) {
+    --early_looks;
+    return {true, false, 0};
+  }
   for (const auto& descriptor : fs::directory_iterator("/proc/self/fd")) {
     if (fs::read_symlink(descriptor.path(), error) == file.name) {
       return {true, true, 0};

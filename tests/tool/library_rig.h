@@ -38,6 +38,7 @@ class TestPlatform : public LibraryPlatform {
   std::map<std::string, std::string> device_names;  // the system's, by path
   std::vector<std::string> asked_names;             // paths whose names were asked for
   bool locked_elsewhere = false;
+  int early_looks = 0;  // so many looks find a new file that nobody seems to have open
   std::size_t most_clear_tasks = 1'000'000;
   std::function<void()> on_sleep;
 };

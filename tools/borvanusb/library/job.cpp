@@ -175,14 +175,24 @@ class Runner {
       return JobEnd{};
     }
     const auto patience = Clock::now() + kReportPatience;
-    while (Clock::now() < patience) {
+    for (bool first = true; Clock::now() < patience; first = false) {
       const std::uint64_t last = Progress();
-      if (ReportIn(last) == JobReport::kFailed || ReportIn(last) == JobReport::kNothing) {
+      const JobReport last_report = ReportIn(last);
+      // A file may show an instant before its writer does.
+      if (last_report != JobReport::kFailed && !first && IsBeingWritten()) {
+        return std::nullopt;
+      }
+      if (last_report == JobReport::kFailed || (last_report == JobReport::kNothing && !first)) {
         return JobEnd{JobEnd::Outcome::kFailed, ReportedStatus(last)};
       }
       library_.Platform().Sleep(kQuickInterval);
     }
     return JobEnd{JobEnd::Outcome::kUnknown};
+  }
+
+  bool IsBeingWritten() const {
+    const auto state = library_.Platform().Look(*job_.file);
+    return !IsClosed(state) || state.size == job_.file_size;
   }
 
   std::optional<JobEnd> EndByReport(std::uint64_t progress) {
