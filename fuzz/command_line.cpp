@@ -1,7 +1,7 @@
 // Any command line: what comes of it is a command, a text for a terminal, or one line that names
 // what is wrong. The words stand in the input with a zero byte between them.
 
-#include "arguments/command_line.h"
+#include "command/command_line.h"
 
 #include <algorithm>
 #include <sstream>
@@ -9,8 +9,8 @@
 #include <variant>
 #include <vector>
 
-#include "arguments/values.h"
-#include "failure.h"
+#include "command/values.h"
+#include "base/failure.h"
 #include "support/check.h"
 #include "support/terminal_text.h"
 

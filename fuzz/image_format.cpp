@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "flash/image_format.h"
+#include "flash/engine/image_format.h"
 #include "flash/text_dump.h"
 #include "support/check.h"
 #include "support/input.h"

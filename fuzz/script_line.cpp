@@ -5,8 +5,8 @@
 #include <string>
 #include <vector>
 
-#include "arguments/command_line.h"
-#include "failure.h"
+#include "command/command_line.h"
+#include "base/failure.h"
 #include "support/check.h"
 #include "support/input.h"
 #include "support/terminal_text.h"

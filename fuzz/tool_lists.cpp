@@ -9,10 +9,10 @@
 #include <vector>
 
 #include "files/list_file.h"
-#include "lists/i2c_list.h"
-#include "lists/list_text.h"
-#include "lists/register_list.h"
-#include "lists/width_modes.h"
+#include "i2c/i2c_list.h"
+#include "registers/list_text.h"
+#include "registers/register_list.h"
+#include "i2c/width_modes.h"
 #include "support/check.h"
 #include "support/input.h"
 #include "support/memory_file.h"

@@ -3,7 +3,7 @@
 #include <optional>
 #include <string>
 
-#include "arguments/numbers.h"
+#include "base/numbers.h"
 #include "support/check.h"
 
 namespace {

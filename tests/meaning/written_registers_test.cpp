@@ -7,9 +7,9 @@
 
 #include "camera_in_process.h"
 #include "list_text.h"
-#include "lists/i2c_list.h"
-#include "lists/register_list.h"
-#include "lists/written_registers.h"
+#include "i2c/i2c_list.h"
+#include "registers/register_list.h"
+#include "registers/written_registers.h"
 #include "random_lists.h"
 
 namespace borvan_test {

@@ -9,8 +9,8 @@
 #include <nlohmann/json.hpp>
 #include <sstream>
 
-#include "commands/commands.h"
-#include "commands/completion_scripts.h"
+#include "command/commands.h"
+#include "command/completion_scripts.h"
 #include "support/command_desk.h"
 
 namespace tool_test {

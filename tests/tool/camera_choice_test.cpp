@@ -1,10 +1,10 @@
 // Which camera --camera means.
-#include "camera_choice.h"
+#include "camera/camera_choice.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "failure.h"
+#include "base/failure.h"
 
 namespace tool_test {
 namespace {

@@ -1,9 +1,9 @@
 // Command lines that can't be right: which argument, and what is allowed.
 #include <gtest/gtest.h>
 
-#include "arguments/command_line.h"
-#include "arguments/nearest.h"
-#include "failure.h"
+#include "command/command_line.h"
+#include "command/nearest.h"
+#include "base/failure.h"
 
 namespace tool_test {
 namespace {

@@ -1,7 +1,7 @@
 // What command lines mean.
 #include <gtest/gtest.h>
 
-#include "arguments/command_line.h"
+#include "command/command_line.h"
 
 namespace tool_test {
 namespace {

@@ -1,11 +1,11 @@
 // Ranges and addresses of the flash commands, as they are written on a command line.
 #include <gtest/gtest.h>
 
-#include "arguments/command_line.h"
-#include "arguments/name_address.h"
-#include "arguments/numbers.h"
-#include "arguments/values.h"
-#include "failure.h"
+#include "command/command_line.h"
+#include "flash/name_address.h"
+#include "base/numbers.h"
+#include "command/values.h"
+#include "base/failure.h"
 
 namespace tool_test {
 namespace {

@@ -1,5 +1,5 @@
 // flash read, word, erase, map and verify.
-#include "flash/sha256.h"
+#include "base/sha256.h"
 #include "flash_support.h"
 
 namespace tool_test {

@@ -4,7 +4,7 @@
 #include <string_view>
 
 #include "../files/peak_memory.h"
-#include "files.h"
+#include "base/files.h"
 #include "flash_support.h"
 
 namespace tool_test {

@@ -1,8 +1,8 @@
 // The journal: whose bytes it holds, when they count, and when nothing may be guessed.
 #include <algorithm>
 
-#include "files.h"
-#include "flash/journal.h"
+#include "base/files.h"
+#include "flash/engine/journal.h"
 #include "flash_support.h"
 
 namespace tool_test {

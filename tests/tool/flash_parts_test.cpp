@@ -1,17 +1,17 @@
 // The small parts that the flash commands are made of.
 #include <gtest/gtest.h>
 
-#include "arguments/command_line.h"
-#include "commands/flash_program_names.h"
-#include "files.h"
-#include "flash/byte_ranges.h"
-#include "flash/hex_bytes.h"
+#include "command/command_line.h"
+#include "flash/program_names.h"
+#include "base/files.h"
+#include "flash/engine/byte_ranges.h"
+#include "base/hex_bytes.h"
 #include "flash/report.h"
-#include "flash/sector_plan.h"
-#include "flash/tail_words.h"
+#include "flash/engine/sector_plan.h"
+#include "flash/engine/tail_words.h"
 #include "flash/text_dump.h"
-#include "flash/transfer_count.h"
-#include "flash/work_state.h"
+#include "flash/engine/transfer_count.h"
+#include "flash/engine/work_state.h"
 #include "flash_support.h"
 
 // For the failure messages of the tests.

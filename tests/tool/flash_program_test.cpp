@@ -1,7 +1,7 @@
 // flash program: exactly the image's bytes change, and nothing is touched that can't be right.
 #include <algorithm>
 
-#include "flash/sha256.h"
+#include "base/sha256.h"
 #include "flash_support.h"
 
 namespace tool_test {

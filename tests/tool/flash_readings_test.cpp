@@ -1,5 +1,5 @@
 // How a range is cut into other packets at each reading, and which readings are believed.
-#include "library/flash_readings.h"
+#include "dll/flash_readings.h"
 
 #include <gtest/gtest.h>
 

@@ -9,9 +9,9 @@
 #include <string>
 #include <vector>
 
-#include "files.h"
-#include "flash/journal.h"
-#include "flash/sector_fate.h"
+#include "base/files.h"
+#include "flash/engine/journal.h"
+#include "flash/engine/sector_fate.h"
 #include "flash_support.h"
 
 namespace tool_test {

@@ -10,9 +10,9 @@
 #include <map>
 #include <random>
 
-#include "files.h"
-#include "flash/journal.h"
-#include "flash/sector_plan.h"
+#include "base/files.h"
+#include "flash/engine/journal.h"
+#include "flash/engine/sector_plan.h"
 #include "flash_sequences_model.h"
 
 namespace tool_test {

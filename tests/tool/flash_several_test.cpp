@@ -1,7 +1,7 @@
 // flash program for several cameras: a process each, side by side.
 #include <algorithm>
 
-#include "files.h"
+#include "base/files.h"
 #include "flash_support.h"
 
 namespace tool_test {

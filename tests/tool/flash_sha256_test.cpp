@@ -1,5 +1,5 @@
 // The examples that are published with the standard.
-#include "flash/sha256.h"
+#include "base/sha256.h"
 
 #include <gtest/gtest.h>
 

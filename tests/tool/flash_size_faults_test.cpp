@@ -2,7 +2,7 @@
 // shows the word that was looked at before, or shows a word from nowhere.
 #include <array>
 
-#include "flash/flash_size.h"
+#include "flash/engine/flash_size.h"
 #include "flash_support.h"
 
 namespace tool_test {

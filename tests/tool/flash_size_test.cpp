@@ -1,5 +1,5 @@
 // How the flash's size shows in what its addresses hold.
-#include "flash/flash_size.h"
+#include "flash/engine/flash_size.h"
 
 #include "flash_support.h"
 

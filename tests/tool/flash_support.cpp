@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <random>
 
-#include "files.h"
+#include "base/files.h"
 
 namespace tool_test {
 

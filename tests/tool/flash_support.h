@@ -13,9 +13,9 @@
 #include <string>
 #include <vector>
 
-#include "arguments/arguments.h"
-#include "commands/commands.h"
-#include "failure.h"
+#include "command/arguments.h"
+#include "command/commands.h"
+#include "base/failure.h"
 #include "support/fake_camera.h"
 
 namespace tool_test {

@@ -5,7 +5,7 @@
 #include <algorithm>
 #include <sstream>
 
-#include "arguments/command_line.h"
+#include "command/command_line.h"
 
 namespace tool_test {
 namespace {

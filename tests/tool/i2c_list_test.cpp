@@ -1,12 +1,12 @@
 // I2C lists: what keeps them from being written as they stand, and dumps that load back.
-#include "lists/i2c_list.h"
+#include "i2c/i2c_list.h"
 
 #include <gtest/gtest.h>
 
 #include <array>
 #include <string>
 
-#include "lists/width_modes.h"
+#include "i2c/width_modes.h"
 
 namespace tool_test {
 namespace {

@@ -5,7 +5,7 @@
 #include <atomic>
 #include <set>
 
-#include "library/job_reports.h"
+#include "dll/job_reports.h"
 #include "library_rig.h"
 
 namespace tool_test {

@@ -10,10 +10,10 @@
 #include <vector>
 
 #include "api/api_fixture.h"
-#include "failure.h"
-#include "library/camera_library.h"
-#include "library/library_platform.h"
-#include "library/supervisor.h"
+#include "base/failure.h"
+#include "dll/camera_library.h"
+#include "dll/library_platform.h"
+#include "dll/supervisor.h"
 #include "support/temporary_folder.h"
 
 namespace tool_test {

@@ -1,5 +1,5 @@
 // The lines of list files, read strictly.
-#include "lists/list_text.h"
+#include "registers/list_text.h"
 
 #include <gtest/gtest.h>
 

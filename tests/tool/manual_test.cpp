@@ -4,8 +4,8 @@
 
 #include <nlohmann/json.hpp>
 
-#include "arguments/command_line.h"
-#include "commands/commands.h"
+#include "command/command_line.h"
+#include "command/commands.h"
 #include "support/fake_camera.h"
 
 namespace tool_test {

@@ -1,5 +1,5 @@
 // Numbers, sizes and ranges as people write them on a command line.
-#include "arguments/numbers.h"
+#include "base/numbers.h"
 
 #include <gtest/gtest.h>
 

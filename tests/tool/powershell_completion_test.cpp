@@ -5,8 +5,8 @@
 #include <algorithm>
 #include <nlohmann/json.hpp>
 
-#include "commands/commands.h"
-#include "commands/completion_scripts.h"
+#include "command/commands.h"
+#include "command/completion_scripts.h"
 #include "support/command_desk.h"
 
 namespace tool_test {

@@ -1,12 +1,12 @@
 // Lists of chip registers: what keeps them from being written as they stand, dumps, comparison.
-#include "lists/register_list.h"
+#include "registers/register_list.h"
 
 #include <gtest/gtest.h>
 
 #include <array>
 #include <string>
 
-#include "lists/register_diff.h"
+#include "registers/register_diff.h"
 
 namespace tool_test {
 namespace {

@@ -6,12 +6,12 @@
 #include <nlohmann/json.hpp>
 #include <stdexcept>
 
-#include "commands/context.h"
-#include "commands/dispatch.h"
+#include "command/context.h"
+#include "command/dispatch.h"
 #include "output/output.h"
 #include "output/progress.h"
 #include "support/fake_camera.h"
-#include "tool.h"
+#include "command/tool.h"
 
 namespace tool_test {
 namespace {

@@ -1,5 +1,5 @@
 // Whose a scratch file is.
-#include "library/scratch_names.h"
+#include "dll/scratch_names.h"
 
 #include <gtest/gtest.h>
 

@@ -1,5 +1,5 @@
 // Scripts of `run`.
-#include "commands/script.h"
+#include "station/script.h"
 
 #include <sstream>
 

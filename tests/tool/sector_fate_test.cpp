@@ -1,5 +1,5 @@
 // What a sector tells of the change that was cut off in it.
-#include "flash/sector_fate.h"
+#include "flash/engine/sector_fate.h"
 
 #include <gtest/gtest.h>
 

@@ -1,5 +1,5 @@
 // Medians and percentiles of measured times.
-#include "lists/statistics.h"
+#include "station/statistics.h"
 
 #include <gtest/gtest.h>
 

@@ -1,11 +1,11 @@
 // What the watching threads see of the working one.
-#include "library/supervisor.h"
+#include "dll/supervisor.h"
 
 #include <gtest/gtest.h>
 
 #include <thread>
 
-#include "failure.h"
+#include "base/failure.h"
 
 namespace tool_test {
 namespace {

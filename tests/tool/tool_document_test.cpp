@@ -7,9 +7,9 @@
 #include <iterator>
 #include <regex>
 
-#include "arguments/command_line.h"
-#include "exit_code.h"
-#include "failure.h"
+#include "command/command_line.h"
+#include "base/exit_code.h"
+#include "base/failure.h"
 
 namespace tool_test {
 namespace {

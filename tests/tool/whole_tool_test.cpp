@@ -6,7 +6,7 @@
 #include <sstream>
 
 #include "support/command_desk.h"
-#include "tool.h"
+#include "command/tool.h"
 
 namespace tool_test {
 namespace {

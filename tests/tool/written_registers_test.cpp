@@ -1,7 +1,7 @@
 // What lists leave in registers.
 #include <gtest/gtest.h>
 
-#include "lists/written_registers.h"
+#include "registers/written_registers.h"
 
 namespace tool_test {
 namespace {

@@ -12,7 +12,7 @@
 #include <stdexcept>
 #include <string>
 
-#include "failure.h"
+#include "base/failure.h"
 
 namespace {
 

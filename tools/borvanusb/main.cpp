@@ -6,9 +6,9 @@
 #include <string>
 #include <vector>
 
-#include "failure.h"
-#include "library/supervisor.h"
-#include "tool.h"
+#include "base/failure.h"
+#include "dll/supervisor.h"
+#include "command/tool.h"
 #include "windows/console.h"
 #include "windows/crash_report.h"
 #include "windows/text.h"

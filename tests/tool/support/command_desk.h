@@ -9,9 +9,9 @@
 #include <sstream>
 #include <string>
 
-#include "commands/commands.h"
-#include "commands/context.h"
-#include "failure.h"
+#include "command/commands.h"
+#include "command/context.h"
+#include "base/failure.h"
 #include "support/fake_camera.h"
 #include "support/json_schema.h"
 

@@ -4,7 +4,7 @@
 
 #include <algorithm>
 
-#include "failure.h"
+#include "base/failure.h"
 
 namespace tool_test {
 namespace {

@@ -14,9 +14,9 @@
 #include <utility>
 #include <vector>
 
-#include "camera.h"
-#include "failure.h"
-#include "host.h"
+#include "camera/camera.h"
+#include "base/failure.h"
+#include "camera/host.h"
 #include "output/output.h"
 #include "output/progress.h"
 

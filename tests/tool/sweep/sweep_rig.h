@@ -7,8 +7,8 @@
 #include <optional>
 #include <string>
 
-#include "commands/commands.h"
-#include "exit_code.h"
+#include "command/commands.h"
+#include "base/exit_code.h"
 #include "library_rig.h"
 #include "support/fake_camera.h"
 #include "support/temporary_folder.h"

@@ -5,8 +5,8 @@
 #include <string>
 #include <vector>
 
-#include "camera.h"
-#include "host.h"
+#include "camera/camera.h"
+#include "camera/host.h"
 #include "output/output.h"
 
 // How far several cameras are, on standard error: a table of bars that is drawn over and over on a

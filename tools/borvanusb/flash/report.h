@@ -6,10 +6,10 @@
 #include <optional>
 #include <string>
 
-#include "camera.h"
-#include "exit_code.h"
-#include "flash/byte_ranges.h"
-#include "flash/work_state.h"
+#include "camera/camera.h"
+#include "base/exit_code.h"
+#include "flash/engine/byte_ranges.h"
+#include "flash/engine/work_state.h"
 
 // What programming came to: for --report, for --json, and for a line's database.
 struct ProgramOutcome {

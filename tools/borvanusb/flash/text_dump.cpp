@@ -2,8 +2,8 @@
 
 #include <cstddef>
 
-#include "arguments/numbers.h"
-#include "flash/hex_bytes.h"
+#include "base/numbers.h"
+#include "base/hex_bytes.h"
 
 namespace {
 

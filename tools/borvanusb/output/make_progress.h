@@ -5,7 +5,7 @@
 #include <memory>
 #include <string_view>
 
-#include "arguments/arguments.h"
+#include "command/arguments.h"
 #include "output/progress.h"
 
 // Progress in one of its forms: a bar that is drawn again in its line at most ten times a second,

@@ -9,7 +9,7 @@
 #include <thread>
 #include <utility>
 
-#include "failure.h"
+#include "base/failure.h"
 #include "windows/handle.h"
 #include "windows/loaded_library.h"
 #include "windows/text.h"

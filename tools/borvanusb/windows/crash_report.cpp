@@ -9,7 +9,7 @@
 #include <exception>
 #include <new>
 
-#include "exit_code.h"
+#include "base/exit_code.h"
 
 namespace {
 

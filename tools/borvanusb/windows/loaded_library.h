@@ -3,7 +3,7 @@
 #include <string>
 #include <vector>
 
-#include "library/exports.h"
+#include "dll/exports.h"
 
 // BorvanUSB_x64.dll, found and loaded. It is looked for where the user says (BORVANUSB_DLL) or
 // beside this program, by full name each time: never in the current folder or on the search path,

@@ -4,7 +4,7 @@
 
 #include <array>
 
-#include "version.h"
+#include "base/version.h"
 #include "windows/text.h"
 #include "windows/video_devices.h"
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "host.h"
+#include "camera/host.h"
 #include "windows/loaded_library.h"
 
 // What `doctor` tells of this machine. Initialises COM on the calling thread.

@@ -12,7 +12,7 @@
 #include <cwctype>
 #include <utility>
 
-#include "arguments/numbers.h"
+#include "base/numbers.h"
 #include "windows/text.h"
 
 namespace {

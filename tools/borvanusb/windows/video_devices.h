@@ -3,7 +3,7 @@
 #include <string>
 #include <vector>
 
-#include "host.h"
+#include "camera/host.h"
 
 // Adds the system's category of video inputs, whole, with the names that the system has for them.
 // Returns why it can't be listed, empty when it can. Initialises COM on the calling thread.

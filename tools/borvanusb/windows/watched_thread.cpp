@@ -10,7 +10,7 @@
 #include <optional>
 #include <string>
 
-#include "failure.h"
+#include "base/failure.h"
 #include "windows/handle.h"
 #include "windows/text.h"
 

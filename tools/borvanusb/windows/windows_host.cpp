@@ -5,8 +5,8 @@
 #include <algorithm>
 #include <utility>
 
-#include "camera_choice.h"
-#include "failure.h"
+#include "camera/camera_choice.h"
+#include "base/failure.h"
 #include "output/printable.h"
 #include "windows/child_processes.h"
 #include "windows/system_report.h"

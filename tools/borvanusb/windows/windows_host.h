@@ -5,8 +5,8 @@
 #include <string>
 #include <vector>
 
-#include "host.h"
-#include "library/camera_library.h"
+#include "camera/host.h"
+#include "dll/camera_library.h"
 #include "windows/console.h"
 #include "windows/loaded_library.h"
 #include "windows/windows_library_platform.h"

@@ -8,9 +8,9 @@
 #include <array>
 #include <vector>
 
-#include "arguments/numbers.h"
-#include "failure.h"
-#include "library/scratch_names.h"
+#include "base/numbers.h"
+#include "base/failure.h"
+#include "dll/scratch_names.h"
 #include "windows/handle.h"
 #include "windows/text.h"
 #include "windows/video_devices.h"

@@ -2,7 +2,7 @@
 
 #include <string>
 
-#include "library/library_platform.h"
+#include "dll/library_platform.h"
 
 // The library's surroundings on Windows.
 class WindowsLibraryPlatform : public LibraryPlatform {

@@ -1,0 +1,191 @@
+#include "base/files.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <filesystem>
+#include <fstream>
+#include <random>
+#include <system_error>
+
+#include "base/failure.h"
+#include "base/flush_file.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+
+// File names are UTF-8 here; only this conversion keeps them so on every system.
+fs::path PathOf(const std::string& name) {
+  return {std::u8string(name.begin(), name.end())};
+}
+
+[[noreturn]] void Fail(const std::string& doing, const std::string& name, const std::string& why,
+                       const std::string& hint = {}) {
+  throw Failure(ExitCode::kFile, doing + " " + name + ": " + why, hint);
+}
+
+std::string NameOf(const fs::path& path) {
+  const std::u8string name = path.u8string();
+  return {name.begin(), name.end()};
+}
+
+std::string LastReason() {
+  return errno != 0 ? std::generic_category().message(errno) : "the system tells no reason";
+}
+
+template <typename Content>
+Content ReadWhole(const std::string& name) {
+  const fs::path path = PathOf(name);
+  std::error_code error;
+  if (fs::is_directory(path, error)) {
+    Fail("can't read", name, "it is a folder");
+  }
+  errno = 0;
+  std::ifstream file(path, std::ios::binary);
+  if (!file) {
+    Fail("can't read", name, LastReason(), "Check the name, and whether you may read the file.");
+  }
+  Content content;
+  std::vector<char> part(std::size_t{1} << 16U);
+  while (file.read(part.data(), static_cast<std::streamsize>(part.size())) || file.gcount() > 0) {
+    content.insert(content.end(), part.begin(), part.begin() + file.gcount());
+  }
+  if (file.bad()) {
+    Fail("can't read", name, LastReason());
+  }
+  return content;
+}
+
+fs::path TemporaryNameBeside(const fs::path& path) {
+  std::random_device random;
+  fs::path temporary = path;
+  temporary += ".part" + std::to_string(random() % 1000000);
+  return temporary;
+}
+
+}  // namespace
+
+void WriteFileInParts(const std::string& name, const std::function<void(std::ostream&)>& write,
+                      Lasting lasting) {
+  const fs::path path = PathOf(name);
+  std::error_code error;
+  if (fs::is_directory(path, error)) {
+    Fail("can't write", name, "it is a folder");
+  }
+  const fs::path temporary = TemporaryNameBeside(path);
+  errno = 0;
+  std::ofstream file(temporary, std::ios::binary | std::ios::trunc);
+  bool good = file.is_open();
+  if (good) {
+    try {
+      write(file);
+    } catch (...) {
+      file.close();
+      fs::remove(temporary, error);
+      throw;
+    }
+    file.close();
+    good = !file.fail();
+  }
+  std::string why = good ? "" : LastReason();
+  if (good) {
+    if (lasting == Lasting::kThroughPowerCut) {
+      FlushFile(temporary);
+      error = ReplaceThrough(temporary, path);
+    } else {
+      fs::rename(temporary, path, error);
+    }
+    why = error ? error.message() : "";
+  }
+  if (!why.empty()) {
+    file.close();
+    fs::remove(temporary, error);
+    Fail("can't write", name, why, "Check that the folder exists and that there is room in it.");
+  }
+}
+
+std::vector<std::uint8_t> ReadWholeFile(const std::string& name) {
+  return ReadWhole<std::vector<std::uint8_t>>(name);
+}
+
+std::string ReadWholeText(const std::string& name) {
+  return ReadWhole<std::string>(name);
+}
+
+void WriteWholeFile(const std::string& name, std::span<const std::uint8_t> bytes, Lasting lasting) {
+  WriteWholeText(name, {reinterpret_cast<const char*>(bytes.data()), bytes.size()}, lasting);
+}
+
+void WriteWholeText(const std::string& name, std::string_view text, Lasting lasting) {
+  const auto write = [&](std::ostream& file) {
+    file.write(text.data(), static_cast<std::streamsize>(text.size()));
+  };
+  WriteFileInParts(name, write, lasting);
+}
+
+bool FileExists(const std::string& name) {
+  std::error_code error;
+  return fs::exists(PathOf(name), error);
+}
+
+void RemoveFile(const std::string& name) {
+  std::error_code error;
+  fs::remove(PathOf(name), error);
+  if (error) {
+    Fail("can't remove", name, error.message());
+  }
+}
+
+void CheckWritable(const std::string& name) {
+  const fs::path path = PathOf(name);
+  std::error_code error;
+  if (fs::is_directory(path, error)) {
+    Fail("can't write", name, "it is a folder");
+  }
+  const fs::path temporary = TemporaryNameBeside(path);
+  errno = 0;
+  std::ofstream file(temporary, std::ios::binary);
+  const std::string why = file ? "" : LastReason();
+  file.close();
+  fs::remove(temporary, error);
+  if (!why.empty()) {
+    Fail("can't write", name, why, "Check that the folder exists and that you may write to it.");
+  }
+}
+
+std::string AbsoluteName(const std::string& name) {
+  std::error_code error;
+  const fs::path absolute = fs::absolute(PathOf(name), error);
+  if (error) {
+    return name;
+  }
+  const fs::path canonical = fs::weakly_canonical(absolute, error);
+  return NameOf((error ? absolute : canonical).lexically_normal());
+}
+
+bool SameFile(const std::string& left, const std::string& right) {
+  std::error_code error;
+  if (fs::equivalent(PathOf(left), PathOf(right), error) && !error) {
+    return true;
+  }
+  return SameName(PathOf(AbsoluteName(left)), PathOf(AbsoluteName(right)));
+}
+
+void MakeFolder(const std::string& folder) {
+  std::error_code error;
+  fs::create_directories(PathOf(folder), error);
+  if (error && !fs::is_directory(PathOf(folder))) {
+    Fail("can't make the folder", folder, error.message());
+  }
+}
+
+std::vector<std::string> FilesIn(const std::string& folder) {
+  std::vector<std::string> names;
+  std::error_code error;
+  for (fs::directory_iterator entry(PathOf(folder), error), end; !error && entry != end;
+       entry.increment(error)) {
+    names.push_back(NameOf(entry->path().filename()));
+  }
+  std::ranges::sort(names);
+  return names;
+}

@@ -1,0 +1,139 @@
+#include "camera/camera_choice.h"
+
+#include <algorithm>
+#include <functional>
+
+#include "base/numbers.h"
+#include "base/failure.h"
+
+namespace {
+
+std::string LowerCase(std::string text) {
+  for (char& character : text) {
+    if (character >= 'A' && character <= 'Z') {
+      character = static_cast<char>(character - 'A' + 'a');
+    }
+  }
+  return text;
+}
+
+// Fewer stand in names and paths by chance.
+constexpr std::size_t kShortestPart = 3;
+
+std::size_t Characters(const std::string& utf8) {
+  return static_cast<std::size_t>(std::count_if(utf8.begin(), utf8.end(), [](char byte) {
+    return (static_cast<unsigned char>(byte) & 0xC0U) != 0x80U;
+  }));
+}
+
+// Digits around a colon: such a text means IDs, and half of a number is another number.
+bool LooksLikeIds(const std::string& text) {
+  constexpr std::string_view kIdDigits = "0123456789abcdef";
+  const std::size_t colon = text.find_first_not_of(kIdDigits);
+  return colon != std::string::npos && text[colon] == ':' &&
+         text.find_first_not_of(kIdDigits, colon + 1) == std::string::npos;
+}
+
+// Why a text that matches nothing whole is no part either; empty for one that could be.
+std::string WhyNoPart(const std::string& text) {
+  if (LooksLikeIds(text)) {
+    return "vid:pid needs four hexadecimal digits on each side";
+  }
+  if (Characters(text) < kShortestPart) {
+    return "a part of a path or name needs at least " + std::to_string(kShortestPart) +
+           " characters";
+  }
+  return {};
+}
+
+using Test = std::function<bool(const CameraIdentity&)>;
+
+std::vector<CameraIdentity> Matches(const std::vector<CameraIdentity>& cameras, const Test& test) {
+  std::vector<CameraIdentity> matches;
+  std::copy_if(cameras.begin(), cameras.end(), std::back_inserter(matches), test);
+  return matches;
+}
+
+std::string Listed(const std::vector<CameraIdentity>& cameras) {
+  std::string text;
+  for (const CameraIdentity& camera : cameras) {
+    text += (text.empty() ? "" : "; ") + CameraLine(camera);
+  }
+  return text;
+}
+
+}  // namespace
+
+std::string CameraLine(const CameraIdentity& camera) {
+  return std::to_string(camera.index) + "  " + camera.vid + ":" + camera.pid + "  " + camera.name;
+}
+
+CameraIdentity ChooseCamera(const std::vector<CameraIdentity>& cameras, const std::string& choice) {
+  if (cameras.empty()) {
+    throw Failure(ExitCode::kNoCamera, "no USB camera is found",
+                  "Plug one in; borvanusb doctor tells why one is not found.");
+  }
+  if (choice.empty()) {
+    if (cameras.size() > 1) {
+      throw Failure(ExitCode::kSeveralCameras,
+                    "there are " + std::to_string(cameras.size()) + " cameras: " + Listed(cameras),
+                    "Choose one with --camera: its index, path, vid:pid or name.");
+    }
+    return cameras.front();
+  }
+  const std::string wanted = LowerCase(choice);
+  // An index is never taken for a part of a path or name: "1" stands in nearly all of them.
+  if (wanted.find_first_not_of("0123456789") == std::string::npos) {
+    const auto index = ParseNumber(wanted);
+    if (!index || *index >= cameras.size()) {
+      throw Failure(ExitCode::kNoCamera,
+                    "--camera: there is no camera " + choice + ", the highest index is " +
+                        std::to_string(cameras.size() - 1),
+                    "borvanusb list shows the cameras.");
+    }
+    return cameras[*index];
+  }
+  // The surest first.
+  std::vector<Test> tests = {
+      [&](const CameraIdentity& camera) { return LowerCase(camera.path) == wanted; },
+      [&](const CameraIdentity& camera) {
+        return LowerCase(camera.vid + ":" + camera.pid) == wanted;
+      },
+      [&](const CameraIdentity& camera) { return LowerCase(camera.name) == wanted; },
+  };
+  const std::string why_no_part = WhyNoPart(wanted);
+  if (why_no_part.empty()) {
+    tests.emplace_back([&](const CameraIdentity& camera) {
+      return LowerCase(camera.path).find(wanted) != std::string::npos ||
+             LowerCase(camera.name).find(wanted) != std::string::npos;
+    });
+  }
+  for (const Test& test : tests) {
+    const std::vector<CameraIdentity> matches = Matches(cameras, test);
+    if (matches.size() == 1) {
+      return matches.front();
+    }
+    if (matches.size() > 1) {
+      throw Failure(ExitCode::kSeveralCameras,
+                    "--camera: " + choice + " may mean any of " + std::to_string(matches.size()) +
+                        " cameras: " + Listed(matches),
+                    "Say more of the path, or give the index.");
+    }
+  }
+  throw Failure(ExitCode::kNoCamera,
+                "--camera: no camera has the path, vid:pid or name " + choice +
+                    (why_no_part.empty() ? "" : ", and " + why_no_part) +
+                    "; there are: " + Listed(cameras),
+                "borvanusb list shows the cameras.");
+}
+
+CameraIdentity ChosenCamera(Host& host, const std::vector<std::string>& choices) {
+  if (choices.size() > 1) {
+    throw Failure(ExitCode::kUsage,
+                  "--camera: this command works with one camera, " +
+                      std::to_string(choices.size()) + " are given",
+                  "Give --camera once; flash program alone takes several.");
+  }
+  return ChooseCamera(host.ListCameras(),
+                      choices.empty() ? host.Environment("BORVANUSB_CAMERA") : choices.front());
+}

@@ -1,0 +1,131 @@
+#include "command/camera_work.h"
+
+#include <nlohmann/json.hpp>
+
+#include "camera/camera_choice.h"
+#include "base/failure.h"
+#include "base/files.h"
+#include "i2c/width_modes.h"
+#include "output/output.h"
+#include "output/progress.h"
+
+namespace {
+
+constexpr std::uint64_t kMostRegisters = std::uint64_t{1} << 20U;
+constexpr std::uint64_t kShortRow = 64;  // done before a bar could be looked at
+constexpr std::size_t kRawEnding = 4;    // ".bin"
+
+}  // namespace
+
+std::unique_ptr<Camera> OpenChosenCamera(Context& context) {
+  return context.host.OpenCamera(ChosenCamera(context.host, context.common.cameras));
+}
+
+ReservedCamera ReserveChosenCamera(Context& context) {
+  const CameraIdentity identity = ChosenCamera(context.host, context.common.cameras);
+  ReservedCamera reserved;
+  reserved.reservation = context.host.ReserveCamera(identity);
+  reserved.camera = context.host.OpenCamera(identity);
+  return reserved;
+}
+
+I2cTarget TargetOf(const I2cOptions& options) {
+  if (!options.slave) {
+    throw Failure(ExitCode::kUsage, "--slave: the device on the I2C bus is not given",
+                  "Give its address, 0 to 255; borvanusb i2c scan finds the devices.");
+  }
+  return {*options.slave, options.mode, options.option};
+}
+
+nlohmann::ordered_json CameraJson(const CameraIdentity& camera) {
+  return {{"index", camera.index},
+          {"path", camera.path},
+          {"name", camera.name},
+          {"vid", camera.vid},
+          {"pid", camera.pid}};
+}
+
+nlohmann::ordered_json TargetJson(const I2cTarget& target) {
+  return {
+      {"slave", target.slave}, {"mode", WidthModeOf(target.mode).name}, {"option", target.option}};
+}
+
+nlohmann::ordered_json ValuesJson(const Range& range, std::span<const std::uint32_t> values) {
+  auto list = nlohmann::ordered_json::array();
+  for (std::size_t i = 0; i < values.size(); ++i) {
+    list.push_back({{"address", range.first + i}, {"value", values[i]}});
+  }
+  return list;
+}
+
+std::string Count(std::uint64_t number, const std::string& thing) {
+  return std::to_string(number) + " " + thing + (number == 1 ? "" : "s");
+}
+
+void CheckRegisterCount(const Range& range) {
+  if (range.Size() > kMostRegisters) {
+    throw Failure(ExitCode::kUsage,
+                  "RANGE: " + Text(range) + " are " + Count(range.Size(), "register") +
+                      ", one command takes at most " + std::to_string(kMostRegisters),
+                  "Name a part of them.");
+  }
+}
+
+RowProgress::RowProgress(Context& context, std::uint64_t registers)
+    : progress_(registers > kShortRow ? &context.progress : nullptr) {
+  if (progress_ != nullptr) {
+    progress_->Begin("read", registers, ProgressUnit::kRegisters);
+  }
+}
+
+void RowProgress::Advance(std::uint64_t done) {
+  if (progress_ != nullptr) {
+    progress_->Advance(done);
+  }
+}
+
+void RowProgress::Done() {
+  if (progress_ != nullptr) {
+    progress_->Done();
+  }
+}
+
+std::vector<std::uint32_t> ReadEach(Context& context, const Range& range,
+                                    const std::function<std::uint32_t(std::uint32_t)>& read) {
+  RowProgress progress(context, range.Size());
+  std::vector<std::uint32_t> values;
+  for (std::uint64_t address = range.first; address <= range.last; ++address) {
+    values.push_back(read(static_cast<std::uint32_t>(address)));
+    progress.Advance(values.size());
+  }
+  progress.Done();
+  return values;
+}
+
+void TellOutcome(Context& context, const std::string& command, const std::string& outcome) {
+  context.output.Error("borvanusb: " + command + ": " + outcome);
+}
+
+void WriteDump(Context& context, const std::string& file, const std::string& text) {
+  if (!file.empty()) {
+    WriteWholeText(file, text);
+    return;
+  }
+  PrintLines(text, context.output);
+}
+
+void PrintLines(std::string_view text, Output& output) {
+  while (!text.empty()) {
+    const std::size_t end = text.find('\n');
+    output.Line(text.substr(0, end));
+    text.remove_prefix(end == std::string_view::npos ? text.size() : end + 1);
+  }
+}
+
+bool IsRawFileName(const std::string& file) {
+  if (file.size() < kRawEnding) {
+    return false;
+  }
+  const std::string ending = file.substr(file.size() - kRawEnding);
+  return ending == ".bin" || ending == ".BIN";
+}

@@ -1,0 +1,262 @@
+#include "command/command_line.h"
+#include "base/joined.h"
+
+#include <algorithm>
+#include <iterator>
+#include <stdexcept>
+
+#include "command/command_rules.h"
+#include "command/nearest.h"
+#include "command/values.h"
+#include "command/word_sorter.h"
+#include "base/failure.h"
+#include "base/version.h"
+
+namespace {
+
+std::string HelpHint(const std::vector<std::string>& command) {
+  return "borvanusb " + Joined(command) + (command.empty() ? "" : " ") + "--help tells more.";
+}
+
+// One line for each way to put it right, or where to read more.
+std::string HintOf(const WrongUse& wrong, const std::vector<std::string>& words,
+                   const std::vector<std::string>& command) {
+  std::string hint;
+  for (const WrongUse::Way& way : wrong.Ways()) {
+    std::vector<std::string> line = words;
+    line.insert(std::find(line.begin(), line.end(), "--"), way.more.begin(), way.more.end());
+    hint += (hint.empty() ? "" : "\n") + way.when + ": " + CommandLineText(line);
+  }
+  return hint.empty() ? HelpHint(command) : hint;
+}
+
+class Given : public GivenOptions {
+ public:
+  Given(const ToolDescription& tool, const SortedWords& words) : tool_(tool), words_(words) {}
+
+  std::size_t Count(const std::string& name) const override {
+    const auto* values = Find(tool_.common, words_.common, name);
+    if (values == nullptr && words_.described != nullptr) {
+      values = Find(words_.described->options, words_.own, name);
+    }
+    if (values == nullptr) {
+      throw std::logic_error(name + " is no option of this command");
+    }
+    return values->size();
+  }
+
+ private:
+  using Values = std::vector<std::string>;
+
+  static const Values* Find(const std::vector<OptionDescription>& options,
+                            const std::vector<Values>& values, const std::string& name) {
+    for (std::size_t i = 0; i < options.size(); ++i) {
+      const auto& names = options[i].names;
+      if (std::find(names.begin(), names.end(), name) != names.end()) {
+        return &values[i];
+      }
+    }
+    return nullptr;
+  }
+
+  const ToolDescription& tool_;
+  const SortedWords& words_;
+};
+
+// The words that may stand where the command line has an unknown one.
+std::vector<std::string> NextWords(const ToolDescription& tool, const SortedWords& words) {
+  std::vector<std::string> next;
+  for (const CommandDescription& command : tool.commands) {
+    const std::size_t depth = words.command.size();
+    if (command.words.size() > depth &&
+        std::equal(words.command.begin(), words.command.end(), command.words.begin()) &&
+        std::find(next.begin(), next.end(), command.words[depth]) == next.end()) {
+      next.push_back(command.words[depth]);
+    }
+  }
+  return next;
+}
+
+std::vector<std::string> OptionNames(const ToolDescription& tool, const SortedWords& words) {
+  std::vector<std::string> names;
+  const auto add = [&](const std::vector<OptionDescription>& options) {
+    for (const OptionDescription& option : options) {
+      if (!option.positional) {
+        names.insert(names.end(), option.names.begin(), option.names.end());
+      }
+    }
+  };
+  if (words.described != nullptr) {
+    add(words.described->options);
+  }
+  add(words.described != nullptr ? CommonOptionsOf(tool, *words.described) : tool.common);
+  return names;
+}
+
+// What was meant by a command's last word alone, as in "read": "reg read, i2c read or flash read".
+std::string CommandsEndingIn(const ToolDescription& tool, const std::string& word) {
+  std::vector<std::string> found;
+  for (const CommandDescription& command : tool.commands) {
+    if (command.words.size() > 1 && command.words.back() == word) {
+      found.push_back(Joined(command.words));
+    }
+  }
+  std::string list;
+  for (std::size_t i = 0; i < found.size(); ++i) {
+    const char* const between = i + 1 < found.size() ? ", " : " or ";
+    list += (i == 0 ? "" : between) + found[i];
+  }
+  return list;
+}
+
+[[noreturn]] void RefuseStrange(const ToolDescription& tool, const SortedWords& words) {
+  const std::string& word = words.strange.front();
+  const bool option = word.size() > 1 && word.starts_with('-');
+  std::string message;
+  std::vector<std::string> known;
+  if (option) {
+    message = Joined(words.command) + (words.command.empty() ? "" : ": ") + "there is no option " +
+              Quoted(word.substr(0, word.find('=')));
+    known = OptionNames(tool, words);
+  } else if (words.described == nullptr) {
+    message = "there is no command " +
+              Quoted(Joined(words.command) + (words.command.empty() ? "" : " ") + word);
+    known = NextWords(tool, words);
+  } else {
+    message = Joined(words.command) + ": " + Quoted(word) + " is one argument too many";
+  }
+  std::string meant = words.command.empty() ? CommandsEndingIn(tool, word) : "";
+  if (meant.empty()) {
+    meant = NearestWord(word.substr(0, word.find('=')), known);
+    if (!meant.empty() && !option && !words.command.empty()) {
+      meant = Joined(words.command) + " " + meant;
+    }
+  }
+  if (!meant.empty()) {
+    message += "; do you mean " + meant + "?";
+  }
+  throw Failure(ExitCode::kUsage, message, HelpHint(words.command));
+}
+
+[[noreturn]] void RefuseUnfinished(const ToolDescription& tool, const SortedWords& words) {
+  if (words.command.empty()) {
+    throw Failure(ExitCode::kUsage, "a command is missing, such as borvanusb list",
+                  "borvanusb --help shows all commands and what to do first.");
+  }
+  std::string next;
+  for (const std::string& word : NextWords(tool, words)) {
+    next += (next.empty() ? "" : ", ") + word;
+  }
+  throw Failure(ExitCode::kUsage, Joined(words.command) + ": what to do is missing: " + next,
+                HelpHint(words.command));
+}
+
+// An option that is ignored would let its user believe that it counted.
+void CheckRefused(const CommandDescription& command, const GivenOptions& given) {
+  for (const RefusedOption& option : command.refused) {
+    if (given.Has(option.name)) {
+      throw Failure(
+          ExitCode::kUsage,
+          option.name + ": does not apply to " + Joined(command.words) + ", " + option.why,
+          HelpHint(command.words));
+    }
+  }
+}
+
+// Hands the values of each option to the rule that reads it.
+template <typename Target, typename Stores>
+void Store(Target& target, const Stores& stores, const std::vector<OptionDescription>& options,
+           const std::vector<std::vector<std::string>>& values,
+           const std::vector<std::string>& command) {
+  for (std::size_t i = 0; i < options.size(); ++i) {
+    const std::string& name = options[i].names.back();
+    const bool flag = !options[i].positional && options[i].value.empty();
+    if (values[i].size() > 1 && !options[i].repeated && !flag) {
+      throw Failure(ExitCode::kUsage, name + ": is given more than once", HelpHint(command));
+    }
+    if (values[i].empty() && options[i].required) {
+      throw Failure(ExitCode::kUsage,
+                    Joined(command) + ": " + name + " is missing: " + options[i].text,
+                    HelpHint(command));
+    }
+    for (const std::string& text : values[i]) {
+      try {
+        stores[i](target, text);
+      } catch (const WrongValue& wrong) {
+        throw Failure(ExitCode::kUsage, name + ": " + Quoted(text) + " " + wrong.what(),
+                      HelpHint(command));
+      }
+    }
+  }
+}
+
+const CommandRule& RuleFor(const SortedWords& words) {
+  return *std::find_if(
+      AllCommandRules().begin(), AllCommandRules().end(),
+      [&](const CommandRule& rule) { return rule.description.words == words.command; });
+}
+
+}  // namespace
+
+ToolDescription DescribeTool() {
+  ToolDescription tool;
+  tool.text = "registers, sensor and flash inside USB cameras";
+  tool.common = AllCommonRules().options;
+  for (const CommandRule& rule : AllCommandRules()) {
+    tool.commands.push_back(rule.description);
+  }
+  return tool;
+}
+
+std::vector<OptionDescription> CommonOptionsOf(const ToolDescription& tool,
+                                               const CommandDescription& command) {
+  std::vector<OptionDescription> options;
+  std::copy_if(tool.common.begin(), tool.common.end(), std::back_inserter(options),
+               [&](const OptionDescription& option) {
+                 return std::none_of(command.refused.begin(), command.refused.end(),
+                                     [&](const RefusedOption& refused) {
+                                       return refused.name == option.names.back();
+                                     });
+               });
+  return options;
+}
+
+std::string CommandWords(const Command& command) {
+  const auto rule = std::find_if(
+      AllCommandRules().begin(), AllCommandRules().end(),
+      [&](const CommandRule& candidate) { return candidate.initial.index() == command.index(); });
+  return rule != AllCommandRules().end() ? Joined(rule->description.words) : "";
+}
+
+std::variant<Arguments, TextAnswer> ParseCommandLine(const std::vector<std::string>& words) {
+  const ToolDescription tool = DescribeTool();
+  const SortedWords sorted = SortWords(tool, words);
+  const Given given(tool, sorted);
+  if (given.Has("--help")) {
+    return TextAnswer{HelpText(tool, sorted.command)};
+  }
+  if (given.Has("--version")) {
+    return TextAnswer{"borvanusb " + std::string(kToolVersion) + "\n"};
+  }
+  if (!sorted.strange.empty()) {
+    RefuseStrange(tool, sorted);
+  }
+  if (sorted.described == nullptr) {
+    RefuseUnfinished(tool, sorted);
+  }
+  const CommandRule& rule = RuleFor(sorted);
+  CheckRefused(rule.description, given);
+  Arguments arguments;
+  Store(arguments.common, AllCommonRules().store, tool.common, sorted.common, sorted.command);
+  arguments.command = rule.initial;
+  Store(arguments.command, rule.store, rule.description.options, sorted.own, sorted.command);
+  try {
+    if (arguments.common.quiet && arguments.common.verbose) {
+      throw WrongUse("--quiet: contradicts --verbose");
+    }
+    rule.check(arguments.command, given);
+  } catch (const WrongUse& wrong) {
+    throw Failure(ExitCode::kUsage, wrong.what(), HintOf(wrong, words, sorted.command));
+  }
+  return arguments;
+}

@@ -1,0 +1,90 @@
+#include "command/command_rules.h"
+
+#include <algorithm>
+#include <iterator>
+
+#include "i2c/i2c_options.h"
+#include "command/values.h"
+#include "i2c/width_modes.h"
+
+OptionDescription Argument(std::string_view name, std::string_view text) {
+  OptionDescription option = Flag(name, text);
+  option.positional = true;
+  option.required = true;
+  return option;
+}
+
+OptionDescription Flag(std::string_view name, std::string_view text) {
+  OptionDescription option;
+  option.names.emplace_back(name);
+  option.text = text;
+  return option;
+}
+
+OptionDescription Option(std::string_view name, std::string_view value, std::string_view text) {
+  OptionDescription option = Flag(name, text);
+  option.value = value;
+  return option;
+}
+
+OptionDescription Optional(OptionDescription option) {
+  option.required = false;
+  return option;
+}
+
+OptionDescription Required(OptionDescription option) {
+  option.required = true;
+  return option;
+}
+
+OptionDescription Repeated(OptionDescription option) {
+  option.repeated = true;
+  return option;
+}
+
+OptionDescription File(OptionDescription option) {
+  option.takes_file = true;
+  return option;
+}
+
+OptionDescription Choices(OptionDescription option, std::vector<std::string> choices) {
+  option.choices = std::move(choices);
+  return option;
+}
+
+CommandRules Grouped(CommandRules rules, std::string_view group) {
+  for (CommandRule& rule : rules) {
+    rule.description.group = group;
+  }
+  return rules;
+}
+
+const CommandRules& AllCommandRules() {
+  static const CommandRules rules = [] {
+    CommandRules all;
+    for (CommandRules group : {CameraRules(), RegisterRules(), I2cRules(), FlashRules(),
+                               MeasuringRules(), AutomationRules()}) {
+      std::move(group.begin(), group.end(), std::back_inserter(all));
+    }
+    return all;
+  }();
+  return rules;
+}
+
+const CommonRules& AllCommonRules() {
+  static const CommonRules rules = MakeCommonRules();
+  return rules;
+}
+
+void CheckFits(const std::string& name, std::uint32_t number, int bits, const std::string& where) {
+  if (number > HighestOf(bits)) {
+    throw WrongUse(name + ": " + Hex(number) + " is too big for " + where + ": 0 to " +
+                   Hex(HighestOf(bits)));
+  }
+}
+
+void CheckI2cAddress(const std::string& name, std::uint32_t address, const I2cOptions& i2c) {
+  const WidthMode& mode = WidthModeOf(i2c.mode);
+  CheckFits(name, address, mode.address_bits,
+            "the addresses of width mode " + std::string(mode.name));
+}

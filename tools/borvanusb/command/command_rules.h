@@ -1,0 +1,135 @@
+#pragma once
+
+#include <exception>
+#include <functional>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <variant>
+#include <vector>
+
+#include "command/arguments.h"
+#include "command/command_line.h"
+
+// Each command in one place: what help tells of it, and how its words become values. Help, manual
+// page, completions and the reading of command lines all come from here.
+
+// How often an option was given.
+class GivenOptions {
+ public:
+  virtual ~GivenOptions() = default;
+  // `name` is one of the command's own or common options; anything else throws std::logic_error.
+  virtual std::size_t Count(const std::string& name) const = 0;
+  bool Has(const std::string& name) const { return Count(name) > 0; }
+};
+
+// Refuses a command line whose words are fine one by one but not together: one line.
+class WrongUse : public std::exception {
+ public:
+  // A command line to use instead: the refused one with more words.
+  struct Way {
+    std::string when;  // "If it belongs to 0x20000"
+    std::vector<std::string> more;
+  };
+
+  explicit WrongUse(std::string why, std::vector<Way> ways = {})
+      : why_(std::move(why)), ways_(std::move(ways)) {}
+  const char* what() const noexcept override { return why_.c_str(); }
+  const std::vector<Way>& Ways() const { return ways_; }
+
+ private:
+  std::string why_;
+  std::vector<Way> ways_;
+};
+
+struct CommandRule {
+  CommandDescription description;
+  Command initial;
+  // One for each option of the description, in their order. Throws WrongValue.
+  std::vector<std::function<void(Command&, const std::string&)>> store;
+  // Looks at the whole. Throws WrongUse.
+  std::function<void(const Command&, const GivenOptions&)> check;
+};
+
+struct CommonRules {
+  std::vector<OptionDescription> options;
+  std::vector<std::function<void(CommonArguments&, const std::string&)>> store;
+};
+
+// Options in the making.
+OptionDescription Argument(std::string_view name, std::string_view text);
+OptionDescription Flag(std::string_view name, std::string_view text);
+OptionDescription Option(std::string_view name, std::string_view value, std::string_view text);
+OptionDescription Optional(OptionDescription option);
+OptionDescription Required(OptionDescription option);
+OptionDescription Repeated(OptionDescription option);
+OptionDescription File(OptionDescription option);
+OptionDescription Choices(OptionDescription option, std::vector<std::string> choices);
+
+// Puts together the rule of the command whose values are a C.
+template <typename C>
+class RuleOf {
+ public:
+  RuleOf(std::vector<std::string> words, std::string_view text) {
+    rule_.description.words = std::move(words);
+    rule_.description.text = text;
+    rule_.initial = C{};
+    rule_.check = [](const Command&, const GivenOptions&) {};
+  }
+
+  void Add(OptionDescription option, std::function<void(C&, const std::string&)> store) {
+    rule_.description.options.push_back(std::move(option));
+    rule_.store.push_back([store = std::move(store)](Command& command, const std::string& text) {
+      store(std::get<C>(command), text);
+    });
+  }
+
+  void AddFlag(std::string_view name, std::string_view text, bool C::*flag) {
+    Add(Flag(name, text), [flag](C& command, const std::string&) { command.*flag = true; });
+  }
+
+  void Details(std::string_view details) { rule_.description.details = details; }
+
+  // A common option that the command does not take.
+  void Refuse(std::string_view name, std::string_view why) {
+    rule_.description.refused.push_back({std::string(name), std::string(why)});
+  }
+
+  void Example(std::string_view line) { rule_.description.examples.emplace_back(line); }
+
+  void Check(std::function<void(const C&, const GivenOptions&)> check) {
+    rule_.check = [check = std::move(check)](const Command& command, const GivenOptions& given) {
+      check(std::get<C>(command), given);
+    };
+  }
+
+  CommandRule Take() { return std::move(rule_); }
+
+ private:
+  CommandRule rule_;
+};
+
+using CommandRules = std::vector<CommandRule>;
+
+// The groups, each in the order of the help.
+CommandRules CameraRules();
+CommandRules RegisterRules();
+CommandRules I2cRules();
+CommandRules FlashRules();
+CommandRules MeasuringRules();
+CommandRules AutomationRules();
+CommonRules MakeCommonRules();
+
+// The same rules under one headline of the help.
+CommandRules Grouped(CommandRules rules, std::string_view group);
+
+// What commands without a bar say to --progress.
+constexpr std::string_view kNoProgress = "which shows no progress";
+
+// All of them.
+const CommandRules& AllCommandRules();
+const CommonRules& AllCommonRules();
+
+// Throws WrongUse when a value, mask or address is beyond its bits: "VALUE: 0x1ff is too big for
+// …".
+void CheckFits(const std::string& name, std::uint32_t number, int bits, const std::string& where);

@@ -1,0 +1,10 @@
+#pragma once
+
+#include <string>
+
+#include "command/command_line.h"
+
+// Scripts that complete the command lines of borvanusb: commands, options, values that are few, and
+// file names.
+std::string BashCompletion(const ToolDescription& tool);
+std::string PowerShellCompletion(const ToolDescription& tool);

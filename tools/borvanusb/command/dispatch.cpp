@@ -1,0 +1,9 @@
+#include "command/dispatch.h"
+
+#include <variant>
+
+#include "command/commands.h"
+
+ExitCode Dispatch(const Command& command, Context& context) {
+  return std::visit([&context](const auto& chosen) { return Run(chosen, context); }, command);
+}

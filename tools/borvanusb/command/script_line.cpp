@@ -1,0 +1,58 @@
+// The words of a line, and a line of words.
+#include <algorithm>
+#include <string_view>
+
+#include "command/command_line.h"
+#include "command/values.h"
+#include "base/failure.h"
+
+std::vector<std::string> SplitLine(const std::string& line) {
+  std::vector<std::string> words;
+  std::string word;
+  bool in_word = false;
+  bool in_quotes = false;
+  std::size_t quote = 0;
+  for (std::size_t place = 0; place < line.size(); ++place) {
+    const char character = line[place];
+    const bool blank =
+        character == ' ' || character == '\t' || character == '\r' || character == '\n';
+    if (character == '"') {
+      // "" is a word too, an empty one.
+      in_word = true;
+      in_quotes = !in_quotes;
+      quote = place;
+    } else if (in_quotes || (!blank && (in_word || character != '#'))) {
+      in_word = true;
+      word += character;
+    } else if (in_word) {
+      words.push_back(word);
+      word.clear();
+      in_word = false;
+    }
+    if (character == '#' && !in_word) {
+      break;
+    }
+  }
+  if (in_quotes) {
+    throw Failure(ExitCode::kUsage,
+                  "the quote before " + Quoted(line.substr(quote + 1)) + " is never closed",
+                  "Close it with another \"; a text can't hold a quote itself.");
+  }
+  if (in_word) {
+    words.push_back(word);
+  }
+  return words;
+}
+
+std::string CommandLineText(const std::vector<std::string>& words) {
+  std::string text = "borvanusb";
+  for (const std::string& word : words) {
+    const bool plain = !word.empty() && std::ranges::all_of(word, [](char character) {
+      return (character >= '0' && character <= '9') || (character >= 'A' && character <= 'Z') ||
+             (character >= 'a' && character <= 'z') ||
+             std::string_view("-_./:,+").find(character) != std::string_view::npos;
+    });
+    text += plain ? " " + word : " \"" + word + "\"";
+  }
+  return text;
+}

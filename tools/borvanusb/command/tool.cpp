@@ -1,0 +1,180 @@
+#include "command/tool.h"
+
+#include <algorithm>
+#include <memory>
+#include <nlohmann/json.hpp>
+#include <variant>
+
+#include "command/command_line.h"
+#include "command/context.h"
+#include "command/dispatch.h"
+#include "output/make_progress.h"
+#include "output/printable.h"
+#include "output/text_output.h"
+
+namespace {
+
+std::string JsonText(const nlohmann::ordered_json& json) {
+  // Names of files and cameras may hold anything; the rest of the object must not be lost for it.
+  return PrintableJson(json.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace)) + "\n";
+}
+
+// A command line that can't be read may still say how its failure is wanted.
+bool AsksForJson(const std::vector<std::string>& words) {
+  const auto end = std::find(words.begin(), words.end(), "--");
+  return std::find(words.begin(), end, "--json") != end;
+}
+
+Failure Unexpected(const std::string& what) {
+  return {ExitCode::kInternal, "something went wrong that should not: " + what,
+          "Please report it with this command line and what borvanusb doctor prints."};
+}
+
+// The exception that is being handled.
+Failure CurrentFailure() {
+  try {
+    throw;
+  } catch (const Failure& failure) {
+    return failure;
+  } catch (const std::bad_alloc&) {
+    return {ExitCode::kInternal, "there is not enough memory",
+            "Close other programs, or do less at a time."};
+  } catch (const std::exception& exception) {
+    return Unexpected(exception.what());
+  } catch (...) {
+    return Unexpected("an exception without a text");
+  }
+}
+
+// Each line of a text as lines of their own, moved in.
+std::string Indented(const std::string& text) {
+  std::string lines;
+  std::size_t begin = 0;
+  while (begin < text.size()) {
+    const std::size_t end = std::min(text.find('\n', begin), text.size());
+    lines += "  " + Printable(text.substr(begin, end - begin)) + "\n";
+    begin = end + 1;
+  }
+  return lines;
+}
+
+int Report(const std::string& command, const Failure& failure, bool json, ResultStream& results,
+           const ToolStreams& streams) {
+  std::string text =
+      "borvanusb: " + (command.empty() ? "" : command + ": ") + Printable(failure.Message()) + "\n";
+  text += Indented(failure.Hint());
+  streams.error(text);
+  const int code = static_cast<int>(failure.Code());
+  if (json) {
+    nlohmann::ordered_json error;
+    error["code"] = code;
+    error["kind"] = KindOf(failure.Code());
+    error["message"] = failure.Message();
+    error["hint"] = failure.Hint();
+    results.Write(JsonText({{"error", error}}));
+  }
+  return code;
+}
+
+int RunArguments(const Arguments& arguments, Host& host, ResultStream& results,
+                 const ToolStreams& streams) {
+  const CommonArguments& common = arguments.common;
+  const auto progress =
+      MakeProgress(common.quiet ? ProgressMode::kNone : common.progress, streams.error_is_terminal,
+                   streams.columns, streams.error, [&host] { return host.Clock(); });
+  // A bar must not stand in a line of text.
+  const auto output_around_bar = [&](std::string_view text) {
+    if (streams.output_is_terminal) {
+      progress->Hide();
+    }
+    results.Write(text);
+  };
+  const auto error_around_bar = [&](std::string_view text) {
+    progress->Hide();
+    streams.error(text);
+  };
+  TextOutputOptions options{common.json, common.quiet, common.verbose};
+  options.takes_results = [&results] { return !results.Problem(); };
+  if (streams.error_is_terminal) {
+    options.columns = streams.columns;
+    options.move_up = streams.move_up;
+  }
+  TextOutput output(output_around_bar, error_around_bar, options);
+  const auto tell_details = [&] {
+    for (const std::string& detail : common.verbose ? host.Details() : std::vector<std::string>()) {
+      output.Detail(detail);
+    }
+  };
+  nlohmann::ordered_json result;
+  try {
+    host.Configure(common);
+    Context context{common, host, output, *progress, result};
+    const ExitCode code = Dispatch(arguments.command, context);
+    progress->Break();
+    tell_details();
+    if (common.json && !result.is_null()) {
+      results.Write(JsonText(result));
+    }
+    return static_cast<int>(code);
+  } catch (...) {
+    const Failure failure = CurrentFailure();
+    progress->Break();
+    tell_details();
+    return Report(CommandWords(arguments.command), failure, common.json, results, streams);
+  }
+}
+
+int RunWords(const std::vector<std::string>& words, Host& host, ResultStream& results,
+             const ToolStreams& streams) {
+  try {
+    const auto parsed = ParseCommandLine(words);
+    if (const auto* const answer = std::get_if<TextAnswer>(&parsed)) {
+      results.Write(answer->text);
+      return static_cast<int>(ExitCode::kDone);
+    }
+    return RunArguments(std::get<Arguments>(parsed), host, results, streams);
+  } catch (...) {
+    return Report("", CurrentFailure(), AsksForJson(words), results, streams);
+  }
+}
+
+// The exit code of a command whose output is lost: never that of a success.
+int ReportLoss(const WriteProblem& problem, int code, const ToolStreams& streams) {
+  // A reader that is gone has what it wanted, as in a pipe to `head`.
+  if (!problem.reader_is_gone) {
+    streams.error("borvanusb: standard output can't be written: " + Printable(problem.why) +
+                  "; the output is incomplete\n"
+                  "  Check that there is room on the disk, and repeat the command.\n");
+  }
+  return code != static_cast<int>(ExitCode::kDone) ? code : static_cast<int>(ExitCode::kFile);
+}
+
+}  // namespace
+
+int RunTool(const std::vector<std::string>& words, Host& host, const ToolStreams& streams) {
+  ResultStream results(streams.output);
+  const int code = RunWords(words, host, results, streams);
+  return results.Problem() ? ReportLoss(*results.Problem(), code, streams) : code;
+}
+
+void ReportFailure(const std::vector<std::string>& words, const Failure& failure,
+                   const std::vector<std::string>& last_words, const ToolStreams& streams) {
+  // The command's bar may stand in the line; nobody can ask it any more.
+  if (streams.error_is_terminal) {
+    streams.error("\n");
+  }
+  std::string command;
+  try {
+    const auto parsed = ParseCommandLine(words);
+    if (const auto* const arguments = std::get_if<Arguments>(&parsed)) {
+      command = CommandWords(arguments->command);
+    }
+  } catch (const Failure&) {
+    command.clear();
+  }
+  ResultStream results(streams.output);
+  Report(command, failure, AsksForJson(words), results, streams);
+  for (const std::string& line : last_words) {
+    streams.error(Indented(line));
+  }
+}

@@ -1,0 +1,184 @@
+#include "command/values.h"
+
+#include <algorithm>
+#include <charconv>
+#include <sstream>
+
+#include "borvan_usb.h"
+#include "i2c/width_modes.h"
+
+namespace {
+
+constexpr std::uint64_t kSectorBytes = 4096;
+// Words that people write are shorter; a file that is no script may be one single word.
+constexpr std::size_t kLongestQuote = 256;
+constexpr std::uint64_t kLargestFlash = std::uint64_t{1} << 32U;
+
+static_assert(kBorvanI2cAddress8Data8 == 0 && kBorvanI2cAddress16Data8 == 1 &&
+              kBorvanI2cAddress16Data16 == 2 && kBorvanI2cAddress32Data8 == 3 &&
+              kBorvanI2cAddress32Data16 == 4 && kBorvanI2cAddress32Data32 == 5);
+
+// Small numbers read better in decimal.
+std::string Shown(std::uint64_t number) {
+  constexpr std::uint64_t kLargestDecimal = 1000000;
+  return number <= kLargestDecimal ? std::to_string(number) : Hex(number);
+}
+
+std::string Shown(double number) {
+  std::ostringstream text;
+  text << number;
+  return text.str();
+}
+
+}  // namespace
+
+std::uint32_t AddressValue(const std::string& text) {
+  const auto number = ParseSize(text);
+  if (!number || *number > kHighestNumber) {
+    throw WrongValue("is no address: a number from 0 to 0xffffffff, decimal or with 0x");
+  }
+  return static_cast<std::uint32_t>(*number);
+}
+
+std::uint64_t NumberValue(const std::string& text, std::uint64_t lowest, std::uint64_t highest) {
+  const auto number = ParseNumber(text);
+  const std::string allowed =
+      "a number from " + Shown(lowest) + " to " + Shown(highest) + ", decimal or with 0x";
+  if (!number) {
+    throw WrongValue("is no number: " + allowed);
+  }
+  if (*number < lowest || *number > highest) {
+    throw WrongValue("is not allowed: " + allowed);
+  }
+  return *number;
+}
+
+std::uint32_t WordValue(const std::string& text) {
+  return static_cast<std::uint32_t>(NumberValue(text, 0, kHighestNumber));
+}
+
+Range RangeValue(const std::string& text) {
+  const auto range = ParseRange(text);
+  if (!range) {
+    throw WrongValue(
+        "is no address or range: 0x1000, 0x1000-0x1fff or 0x1000+256, up to 0xffffffff");
+  }
+  return *range;
+}
+
+Range FlashRangeValue(const std::string& text) {
+  const auto address = ParseSize(text);
+  if (address && *address <= kHighestNumber) {
+    const std::uint64_t last = std::min<std::uint64_t>(*address + kSectorBytes - 1, kHighestNumber);
+    throw WrongValue("is a single address; a range has a size or a last address, too: " + text +
+                     "+4K or " + text + "-" + Hex(last));
+  }
+  const auto range = ParseRange(text);
+  if (!range) {
+    throw WrongValue(
+        "is no range: 1M+4K (first address and size) or 0-0xfffff (first and last address), up to "
+        "0xffffffff");
+  }
+  return *range;
+}
+
+Range EraseRangeValue(const std::string& text) {
+  const Range range = FlashRangeValue(text);
+  if (const std::string remark = RemarkOnEnd(text); !remark.empty()) {
+    throw WrongValue(remark);
+  }
+  return range;
+}
+
+std::string RemarkOnEnd(const std::string& text) {
+  const std::size_t mark = text.find('-');
+  const auto range = ParseRange(text);
+  if (mark == std::string::npos || !range || range->first == range->last ||
+      range->last % kSectorBytes != 0) {
+    return {};
+  }
+  const std::uint64_t size = range->last - range->first;
+  return "includes the byte at " + text.substr(mark + 1) + "; " + text.substr(0, mark) + "+" +
+         SizeArgument(size) + " means " + SizeText(size);
+}
+
+std::uint64_t FlashSizeValue(const std::string& text) {
+  const auto size = ParseSize(text);
+  if (!size || *size == 0 || *size > kLargestFlash || *size % kSectorBytes != 0) {
+    throw WrongValue("is no flash size: a multiple of 4096, such as 512K or 4M, up to 4096M");
+  }
+  return *size;
+}
+
+std::int32_t WidthModeValue(const std::string& text) {
+  for (std::size_t mode = 0; mode < kWidthModes.size(); ++mode) {
+    if (text == kWidthModes[mode].name || ParseNumber(text) == mode) {
+      return static_cast<std::int32_t>(mode);
+    }
+  }
+  throw WrongValue(
+      "is no width mode: bits of address and data, 8/8, 16/8, 16/16, 32/8, 32/16 or 32/32, or 0 to "
+      "5");
+}
+
+double DecimalValue(const std::string& text, double lowest, double highest) {
+  double number = 0;
+  const char* const end = text.data() + text.size();
+  const auto result = std::from_chars(text.data(), end, number, std::chars_format::fixed);
+  // Written so that what is no number at all, which from_chars takes too, is refused.
+  const bool good =
+      result.ec == std::errc() && result.ptr == end && number >= lowest && number <= highest;
+  if (!good) {
+    throw WrongValue("is not allowed: a number from " + Shown(lowest) + " to " + Shown(highest) +
+                     ", decimals with a point");
+  }
+  return number;
+}
+
+std::string FileValue(const std::string& text) {
+  if (text.empty()) {
+    throw WrongValue("is no file name");
+  }
+  return text;
+}
+
+std::string CameraValue(const std::string& text) {
+  if (text.empty()) {
+    throw WrongValue(
+        "is no camera: its index, path, vid:pid or name, or 3 or more characters of path or name");
+  }
+  return text;
+}
+
+std::size_t ChoiceValue(const std::string& text, std::initializer_list<std::string_view> choices) {
+  std::string allowed;
+  std::size_t place = 0;
+  for (const std::string_view choice : choices) {
+    if (text == choice) {
+      return place;
+    }
+    ++place;
+    if (place > 1) {
+      allowed += place == choices.size() ? " or " : ", ";
+    }
+    allowed += choice;
+  }
+  throw WrongValue("is not allowed: " + allowed);
+}
+
+std::string Quoted(std::string_view text) {
+  std::size_t length = text.size();
+  if (length > kLongestQuote) {
+    length = kLongestQuote;
+    // Not in the middle of a UTF-8 character.
+    while (length > 0 && (static_cast<unsigned char>(text[length]) & 0xC0U) == 0x80U) {
+      --length;
+    }
+  }
+  std::string quoted = "\"";
+  for (const char character : text.substr(0, length)) {
+    const bool control = static_cast<unsigned char>(character) < ' ' || character == '\x7F';
+    quoted += control ? '?' : character;
+  }
+  return quoted + (length < text.size() ? "...\"" : "\"");
+}

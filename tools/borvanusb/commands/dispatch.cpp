@@ -1,9 +1,0 @@
-#include "commands/dispatch.h"
-
-#include <variant>
-
-#include "commands/commands.h"
-
-ExitCode Dispatch(const Command& command, Context& context) {
-  return std::visit([&context](const auto& chosen) { return Run(chosen, context); }, command);
-}

@@ -1,0 +1,168 @@
+#include "dll/camera_library.h"
+
+#include <algorithm>
+#include <array>
+
+#include "base/numbers.h"
+
+namespace {
+
+constexpr int kStatusDigits = 8;
+// Stands in the library's 8-bit texts for each character that the code page lacks.
+constexpr char kLostCharacter = '?';
+
+// When the library clears the progress of a job that ended well, and how much earlier or later that
+// may be: its report came before this program saw the end, and a thread may wait for its turn.
+constexpr std::chrono::seconds kClearDelay{3};
+constexpr std::chrono::milliseconds kClearSlack{30};
+constexpr std::chrono::milliseconds kClearInterval{10};
+
+std::string TextOf(const char* field) {
+  std::array<char, kBorvanTextFieldSize + 1> text{};
+  borvan_copy_text(field, text.data());
+  return text.data();
+}
+
+std::string IdOf(const char* field) {
+  std::array<char, kBorvanIdFieldSize + 1> text{};
+  borvan_copy_id(field, text.data());
+  return text.data();
+}
+
+}  // namespace
+
+std::vector<CameraIdentity> CameraLibrary::Listed() const {
+  const std::int32_t count = exports_.UsbGetDeviceNum();
+  if (count <= 0) {
+    return {};
+  }
+  const UsbDeviceInfo* const records = exports_.UsbGetAllDeviceInfo();
+  std::vector<CameraIdentity> cameras;
+  for (std::int32_t i = 0; i < count; ++i) {
+    const UsbDeviceInfo& record = records[i];
+    cameras.push_back({i, platform_.ToUtf8(TextOf(record.path)),
+                       platform_.ToUtf8(TextOf(record.name)), IdOf(record.vendor_id),
+                       IdOf(record.product_id)});
+  }
+  return cameras;
+}
+
+std::vector<CameraIdentity> CameraLibrary::ListCameras() {
+  const Supervisor::Call call(supervisor_, "listing the cameras");
+  std::vector<CameraIdentity> cameras = ListAnew();
+  for (CameraIdentity& camera : cameras) {
+    if (camera.name.find(kLostCharacter) != std::string::npos) {
+      camera.name = platform_.DeviceName(camera.path).value_or(camera.name);
+    }
+  }
+  return cameras;
+}
+
+std::vector<CameraIdentity> CameraLibrary::ListAnew() {
+  std::string why;
+  if (!has_instance_) {
+    const std::int32_t result = exports_.UsbIniDevice();
+    has_instance_ = true;
+    why = result < 0 ? ": " + StatusText(static_cast<std::uint32_t>(result)) : "";
+  } else if (!exports_.UsbUpdateDevice()) {
+    why = " anew";
+  }
+  if (!why.empty()) {
+    throw Failure(ExitCode::kNoCamera, "the system's video devices can't be listed" + why,
+                  "borvanusb doctor tells more.");
+  }
+  return Listed();
+}
+
+void CameraLibrary::Select(const CameraIdentity& camera) {
+  CheckIdle();
+  const std::vector<CameraIdentity> cameras = [this] {
+    const Supervisor::Call call(supervisor_, "listing the cameras");
+    return ListAnew();
+  }();
+  const auto found =
+      std::find_if(cameras.begin(), cameras.end(),
+                   [&](const CameraIdentity& listed) { return listed.path == camera.path; });
+  if (found == cameras.end()) {
+    throw Failure(ExitCode::kNoCamera, "camera " + camera.name + " is gone: " + camera.path,
+                  "Plug it in again; borvanusb list shows the cameras.");
+  }
+  const Supervisor::Call call(supervisor_, "opening the camera");
+  selected_.reset();
+  try {
+    exports_.UsbSelectDevice(found->index);
+  } catch (const char* message) {  // how the library tells that a camera can't be opened
+    throw Failure(ExitCode::kRefused, "camera " + camera.name + " can't be opened: " + message,
+                  "Close other programs that use the camera, or plug it in again.");
+  }
+  selected_ = camera.path;
+}
+
+void CameraLibrary::SelectOnce(const CameraIdentity& camera) {
+  if (selected_ != camera.path) {
+    Select(camera);
+  }
+}
+
+bool CameraLibrary::IsListed(const CameraIdentity& camera) {
+  const Supervisor::Call call(supervisor_, "listing the cameras");
+  if (!exports_.UsbUpdateDevice()) {
+    return false;
+  }
+  const std::vector<CameraIdentity> cameras = Listed();
+  return std::any_of(cameras.begin(), cameras.end(),
+                     [&](const CameraIdentity& listed) { return listed.path == camera.path; });
+}
+
+void CameraLibrary::CheckIdle() {
+  if (abandoned_ && abandoned_()) {
+    abandoned_ = nullptr;
+  }
+  if (abandoned_) {
+    throw Failure(ExitCode::kTimeout,
+                  "an earlier job of this program may still be running in the camera; nothing more "
+                  "is read or written",
+                  "Plug the camera in again and start the command again.");
+  }
+}
+
+void CameraLibrary::NoteJobEnd() {
+  clear_tasks_.push_back(Supervisor::Clock::now() + kClearDelay);
+}
+
+void CameraLibrary::LimitClearTasks() {
+  ForgetEndedClearTasks();
+  while (clear_tasks_.size() >= platform_.MostClearTasks()) {
+    supervisor_.ObeyStop();
+    platform_.Sleep(kClearInterval);
+    ForgetEndedClearTasks();
+  }
+}
+
+void CameraLibrary::ForgetEndedClearTasks() {
+  while (!clear_tasks_.empty() && clear_tasks_.front() + kClearSlack < Supervisor::Clock::now()) {
+    clear_tasks_.pop_front();
+  }
+}
+
+bool CameraLibrary::ClearTaskIsDue() const {
+  const auto now = Supervisor::Clock::now();
+  return std::any_of(clear_tasks_.begin(), clear_tasks_.end(), [&](const auto due) {
+    return now > due - kClearSlack && now < due + kClearSlack;
+  });
+}
+
+std::string CameraLibrary::StatusText(std::uint32_t status) const {
+  std::string digits = Hex(status, kStatusDigits).substr(2);
+  std::transform(digits.begin(), digits.end(), digits.begin(), [](char digit) {
+    return digit >= 'a' ? static_cast<char>(digit - 'a' + 'A') : digit;
+  });
+  const char* const own = borvan_status_message(status);
+  const std::string text = own != nullptr ? own : platform_.SystemMessage(status);
+  return "0x" + digits + (text.empty() ? "" : ", " + text);
+}
+
+Failure GoneFailure(const std::string& doing, const CameraIdentity& camera) {
+  return {ExitCode::kDevice, doing + ": the camera is gone: " + camera.path,
+          "Plug it in again and repeat the command."};
+}

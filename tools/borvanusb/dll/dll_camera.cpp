@@ -1,0 +1,293 @@
+// Registers, I2C and single flash accesses; the flash's jobs are in library_flash.cpp.
+#include "dll/dll_camera.h"
+
+#include <algorithm>
+
+#include "base/numbers.h"
+#include "base/failure.h"
+#include "base/files.h"
+#include "dll/register_readings.h"
+
+namespace {
+
+// Above every 8-bit and 16-bit value: a read that leaves it there was not answered.
+constexpr std::uint32_t kImpossible = 0xFFFFFFFF;
+constexpr std::uint32_t kOtherStart = 0x5A5AA5A5;
+constexpr std::uint32_t kFeatureRegister = 0x1A3;
+constexpr std::uint32_t kBadListHead = 11;
+// A list's pauses are at most 255 ms an entry, and its entries need a few transfers each.
+constexpr std::chrono::milliseconds kSilencePerLine{260};
+constexpr std::chrono::milliseconds kLockLimit{2000};
+
+const char* const kAgain = "Plug the camera in again and repeat the command.";
+
+std::span<const std::uint8_t> BytesOf(const std::string& text) {
+  return {reinterpret_cast<const std::uint8_t*>(text.data()), text.size()};
+}
+
+std::chrono::milliseconds SilenceOf(const std::string& list_text) {
+  return kSilencePerLine * (1 + std::count(list_text.begin(), list_text.end(), '\n'));
+}
+
+}  // namespace
+
+std::unique_ptr<LibraryPlatform::CameraLock> LibraryCamera::Lock() const {
+  auto lock = library_.Platform().LockCamera(identity_.path, kLockLimit);
+  if (lock == nullptr) {
+    throw Failure(
+        ExitCode::kRefused,
+        "another borvanusb is working with camera " + identity_.name + ": " + identity_.path,
+        "Wait until it has ended.");
+  }
+  library_.CheckIdle();
+  try {
+    library_.SelectOnce(identity_);
+  } catch (const Failure& failure) {
+    if (failure.Code() != ExitCode::kNoCamera && failure.Code() != ExitCode::kRefused) {
+      throw;
+    }
+    throw Failure(ExitCode::kDevice, failure.Message(), kAgain);
+  }
+  return lock;
+}
+
+void LibraryCamera::Refused(const std::string& what) const {
+  if (!library_.IsListed(identity_)) {
+    throw GoneFailure(what, identity_);
+  }
+  throw Failure(ExitCode::kDevice,
+                what + ": the camera refused a transfer (single accesses tell no status code)",
+                kAgain);
+}
+
+JobEnd LibraryCamera::Finish(const std::string& what, const Job& job) const {
+  const JobEnd end = RunJob(library_, identity_, job);
+  if (end.outcome == JobEnd::Outcome::kFailed) {
+    JobFailed(what, end.status);
+  }
+  return end;
+}
+
+void LibraryCamera::JobFailed(const std::string& what, std::uint32_t status) const {
+  if (status == kBorvanFileError) {
+    throw Failure(
+        ExitCode::kFile, what + ": " + library_.StatusText(status),
+        "A temporary file could not be used: is there room in the folder that TEMP names?");
+  }
+  library_.Deselect();
+  if (!library_.IsListed(identity_)) {
+    throw GoneFailure(what + ": " + library_.StatusText(status), identity_);
+  }
+  throw Failure(ExitCode::kDevice, what + ": " + library_.StatusText(status), kAgain);
+}
+
+void LibraryCamera::OutcomeUnknown(const std::string& what) {
+  throw Failure(ExitCode::kDevice, what + ": it has ended, but its outcome could not be learned",
+                "Load the list again; --verify reads the registers back.");
+}
+
+std::uint32_t LibraryCamera::ReadRegisterOnce(std::uint32_t address, RegisterWidth width) const {
+  const bool wide = width == RegisterWidth::kWide;
+  const std::uint8_t flag = wide ? kBorvanRegisterWide : kBorvanRegisterByte;
+  const std::string what = "reading register " + Hex(address);
+  const Supervisor::Call call(library_.Watch(), "reading a register");
+  std::uint32_t value = kImpossible;
+  if (!library_.Functions().UsbRegisterRead(address, &value, flag)) {
+    Refused(what);
+  }
+  if (value != kImpossible) {
+    return value;
+  }
+  // Either no answer, or a register that holds just this: an answer would replace another start
+  // value, too.
+  value = kOtherStart;
+  if (!library_.Functions().UsbRegisterRead(address, &value, flag)) {
+    Refused(what);
+  }
+  if (value == kOtherStart || (!wide && value > 0xFF)) {
+    throw Failure(ExitCode::kDevice, what + ": the chip did not answer the read",
+                  "Repeat it; borvanusb selftest tells more.");
+  }
+  return value;
+}
+
+// The library ignores that the first half of an address was refused, and the chip then answers for
+// another register.
+std::uint32_t LibraryCamera::ReadRegisterUnlocked(std::uint32_t address, RegisterWidth width) {
+  return ReadTwice([&] { return ReadRegisterOnce(address, width); }).value;
+}
+
+std::uint32_t LibraryCamera::ReadRegister(std::uint32_t address, RegisterWidth width) {
+  const auto lock = Lock();
+  return ReadRegisterUnlocked(address, width);
+}
+
+void LibraryCamera::WriteRegister(std::uint32_t address, std::uint32_t value, RegisterWidth width) {
+  const auto lock = Lock();
+  const Supervisor::Call call(library_.Watch(), "writing a register");
+  const std::uint8_t flag =
+      width == RegisterWidth::kWide ? kBorvanRegisterWide : kBorvanRegisterByte;
+  if (!library_.Functions().UsbRegisterWrite(address, value, flag)) {
+    Refused("writing register " + Hex(address));
+  }
+}
+
+std::vector<std::uint8_t> LibraryCamera::ReadRunOnce(std::uint32_t first,
+                                                     std::uint32_t last) const {
+  const std::uint64_t size = std::uint64_t{last} - first + 1;
+  Job job;
+  job.doing = "reading registers";
+  job.silence = std::chrono::milliseconds(size);
+  return Dump("reading registers " + Text(Range{first, last}), size, job,
+              [&](const Exports& exports, const char* name) {
+                return exports.UsbRegisterReadFile(name, first, last);
+              });
+}
+
+std::vector<std::uint8_t> LibraryCamera::DecideBlock(std::uint32_t first,
+                                                     std::span<const std::uint8_t> one,
+                                                     std::span<const std::uint8_t> other) {
+  ++disagreements_;
+  std::vector<std::uint8_t> values =
+      ReadRunOnce(first, static_cast<std::uint32_t>(first + one.size() - 1));
+  // `one` was read as this is, and both may hold the block that was read before.
+  if (std::ranges::equal(values, other)) {
+    return values;
+  }
+  // Some of these registers change by themselves, or more went wrong; the replies to single reads
+  // have tags.
+  for (std::size_t i = 0; i < values.size(); ++i) {
+    if (values[i] != one[i] || values[i] != other[i]) {
+      values[i] = static_cast<std::uint8_t>(
+          ReadRegisterUnlocked(static_cast<std::uint32_t>(first + i), RegisterWidth::kByte));
+    }
+  }
+  return values;
+}
+
+std::vector<std::uint8_t> LibraryCamera::ReadRegisterRun(std::uint32_t first, std::uint32_t last) {
+  const auto lock = Lock();
+  std::vector<std::uint8_t> values = ReadRunOnce(first, last);
+  std::vector<std::uint8_t> other;
+  for (const Range& range : CutSecondRun({first, last})) {
+    const std::vector<std::uint8_t> read = ReadRunOnce(range.first, range.last);
+    other.insert(other.end(), read.begin(), read.end());
+  }
+  for (std::size_t at = 0; at < values.size(); at += kRunBlock) {
+    const std::size_t size = std::min<std::size_t>(kRunBlock, values.size() - at);
+    const auto block = std::span(values).subspan(at, size);
+    const auto other_block = std::span<const std::uint8_t>(other).subspan(at, size);
+    if (!std::ranges::equal(block, other_block)) {
+      std::ranges::copy(DecideBlock(static_cast<std::uint32_t>(first + at), block, other_block),
+                        block.begin());
+    }
+  }
+  return values;
+}
+
+void LibraryCamera::WriteRegisterList(const std::string& list_text) {
+  const auto lock = Lock();
+  Job job;
+  job.doing = "writing a register list";
+  job.silence = SilenceOf(list_text);
+  job.notice_is_end = true;
+  job.only_report_tells = true;
+  const JobEnd end = SendFile(
+      job.doing, BytesOf(list_text), "txt", job,
+      [](const Exports& exports, const char* name) { return exports.UsbRegisterWriteFile(name); });
+  if (end.status == kBadListHead) {
+    throw Failure(ExitCode::kFile, "the list does not open with an entry 0xfffd",
+                  "Put a line 0xfffd, 0x00 at its beginning.");
+  }
+  if (end.outcome == JobEnd::Outcome::kUnknown) {
+    OutcomeUnknown(job.doing);
+  }
+}
+
+std::uint32_t LibraryCamera::ReadI2cOnce(const I2cTarget& target, std::uint32_t address) const {
+  const Supervisor::Call call(library_.Watch(), "reading over I2C");
+  std::uint32_t value = 0;
+  if (!library_.Functions().UsbI2cRead(target.slave, address, &value, target.mode, target.option)) {
+    Refused("reading I2C register " + Hex(address) + " of slave " + Hex(target.slave));
+  }
+  return value;
+}
+
+// Replies on this selector have no tag at all.
+std::uint32_t LibraryCamera::ReadI2c(const I2cTarget& target, std::uint32_t address) {
+  const auto lock = Lock();
+  return ReadTwice([&] { return ReadI2cOnce(target, address); }).value;
+}
+
+void LibraryCamera::WriteI2c(const I2cTarget& target, std::uint32_t address, std::uint32_t value) {
+  const auto lock = Lock();
+  const Supervisor::Call call(library_.Watch(), "writing over I2C");
+  if (!library_.Functions().UsbI2cWrite(target.slave, address, value, target.mode, target.option)) {
+    Refused("writing I2C register " + Hex(address) + " of slave " + Hex(target.slave));
+  }
+}
+
+void LibraryCamera::WriteI2cList(const std::string& list_text, std::uint32_t option) {
+  const auto lock = Lock();
+  Job job;
+  job.doing = "writing an I2C list";
+  job.silence = SilenceOf(list_text);
+  job.only_report_tells = true;
+  const JobEnd end = SendFile(job.doing, BytesOf(list_text), "txt", job,
+                              [&](const Exports& exports, const char* name) {
+                                return exports.UsbI2CWriteFile(name, option);
+                              });
+  if (end.outcome == JobEnd::Outcome::kUnknown) {
+    OutcomeUnknown(job.doing);
+  }
+}
+
+std::uint32_t LibraryCamera::PeekFlashWord(std::uint32_t address) {
+  const auto lock = Lock();
+  const auto word = ReadTwice([&] {
+    const Supervisor::Call call(library_.Watch(), "reading a flash word");
+    std::uint32_t value = 0;
+    library_.Functions().UsbFlashRead(address, &value);
+    return value;
+  });
+  if (!word.confirmed) {
+    throw Failure(ExitCode::kDevice,
+                  "reading flash word " + Hex(address) + ": the flash reads differently each time",
+                  kAgain);
+  }
+  return word.value;
+}
+
+void LibraryCamera::WriteFlashWord(std::uint32_t address, std::uint32_t value) {
+  const auto lock = Lock();
+  const Supervisor::Call call(library_.Watch(), "writing a flash word");
+  if (!library_.Functions().UsbFlashWrite(address, value)) {
+    Refused("writing flash word " + Hex(address));
+  }
+}
+
+void LibraryCamera::EraseSector(std::uint32_t address) {
+  const auto lock = Lock();
+  const Supervisor::Call call(library_.Watch(), "erasing a flash sector");
+  if (!library_.Functions().UsbFlashErase(address)) {
+    Refused("erasing flash sector " + Hex(address));
+  }
+}
+
+std::unique_ptr<Camera> OpenLibraryCamera(CameraLibrary& library, const CameraIdentity& camera) {
+  library.Select(camera);
+  auto opened = std::make_unique<LibraryCamera>(library, camera);
+  // A camera without the vendor unit is selected all the same; a first access tells.
+  try {
+    opened->ReadRegister(kFeatureRegister, RegisterWidth::kByte);
+  } catch (const Failure& failure) {
+    if (failure.Code() != ExitCode::kDevice) {
+      throw;
+    }
+    throw Failure(
+        ExitCode::kRefused,
+        "camera " + camera.name + " has no vendor unit that answers (" + failure.Message() + ")",
+        "Is it a camera with this chip? borvanusb doctor tells more.");
+  }
+  return opened;
+}

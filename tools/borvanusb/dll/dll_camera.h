@@ -1,0 +1,84 @@
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <span>
+#include <string>
+#include <vector>
+
+#include "camera/camera.h"
+#include "dll/agreement.h"
+#include "dll/camera_library.h"
+#include "dll/job.h"
+
+// A camera through the library's exports.
+class LibraryCamera : public Camera {
+ public:
+  // The camera must be selected in the library.
+  LibraryCamera(CameraLibrary& library, CameraIdentity identity)
+      : library_(library), identity_(std::move(identity)) {}
+
+  const CameraIdentity& Identity() const override { return identity_; }
+  std::uint64_t Disagreements() const override { return disagreements_; }
+  std::uint32_t ReadRegister(std::uint32_t address, RegisterWidth width) override;
+  void WriteRegister(std::uint32_t address, std::uint32_t value, RegisterWidth width) override;
+  std::vector<std::uint8_t> ReadRegisterRun(std::uint32_t first, std::uint32_t last) override;
+  void WriteRegisterList(const std::string& list_text) override;
+  std::uint32_t ReadI2c(const I2cTarget& target, std::uint32_t address) override;
+  void WriteI2c(const I2cTarget& target, std::uint32_t address, std::uint32_t value) override;
+  void WriteI2cList(const std::string& list_text, std::uint32_t option) override;
+  std::vector<std::uint8_t> ReadFlash(std::uint32_t address, std::uint64_t size,
+                                      const Advance& advance) override;
+  std::uint32_t PeekFlashWord(std::uint32_t address) override;
+  void ProgramFlash(std::uint32_t address, std::span<const std::uint8_t> bytes,
+                    const Advance& advance) override;
+  void WriteFlashWord(std::uint32_t address, std::uint32_t value) override;
+  void EraseSector(std::uint32_t address) override;
+
+ private:
+  // Keeps other processes' transfers out while it lives, and has the camera selected. Throws
+  // Failure: kRefused when another process has it, kTimeout as CameraLibrary::CheckIdle, kDevice
+  // when it was open and no longer can be.
+  std::unique_ptr<LibraryPlatform::CameraLock> Lock() const;
+  // Runs a job and throws Failure when it fails. `what` is for the user: "reading flash at 0x1000".
+  JobEnd Finish(const std::string& what, const Job& job) const;
+  [[noreturn]] void JobFailed(const std::string& what, std::uint32_t status) const;
+  // A failure without a code: the single accesses tell none.
+  [[noreturn]] void Refused(const std::string& what) const;
+  [[noreturn]] static void OutcomeUnknown(const std::string& what);
+  // One bulk read into a file of `size` bytes, which `start` names to the library.
+  using StartWithFile = std::function<bool(const Exports&, const char*)>;
+  std::vector<std::uint8_t> Dump(const std::string& what, std::uint64_t size, Job job,
+                                 const StartWithFile& start) const;
+  std::vector<std::uint8_t> ReadFlashByJob(std::uint32_t address, std::uint64_t size,
+                                           const Advance& advance) const;
+  std::vector<std::uint8_t> ReadFlashOnce(std::uint32_t address, std::uint64_t size,
+                                          std::uint32_t shift, bool ends_range,
+                                          const Advance& advance) const;
+  std::vector<std::uint8_t> ReadFlashPart(std::uint32_t address, std::uint64_t size,
+                                          bool ends_range, const Advance& advance);
+  // Calls `read` until two of its results agree.
+  template <typename Read>
+  auto ReadTwice(Read read) {
+    const auto value = ReadUntilTwoAgree(read);
+    disagreements_ += static_cast<std::uint64_t>(value.more);
+    return value;
+  }
+  std::uint32_t ReadRegisterOnce(std::uint32_t address, RegisterWidth width) const;
+  std::uint32_t ReadRegisterUnlocked(std::uint32_t address, RegisterWidth width);
+  std::uint32_t ReadI2cOnce(const I2cTarget& target, std::uint32_t address) const;
+  // One reading of a run; the library vouches for its last block of 56 registers alone.
+  std::vector<std::uint8_t> ReadRunOnce(std::uint32_t first, std::uint32_t last) const;
+  // Registers of one block that two readings of the run give differently.
+  std::vector<std::uint8_t> DecideBlock(std::uint32_t first, std::span<const std::uint8_t> one,
+                                        std::span<const std::uint8_t> other);
+  // A job that takes its bytes from a file.
+  JobEnd SendFile(const std::string& what, std::span<const std::uint8_t> bytes,
+                  std::string_view extension, Job job, const StartWithFile& start) const;
+  std::uint8_t LastByte(std::uint32_t address, std::span<const std::uint8_t> before) const;
+
+  CameraLibrary& library_;
+  const CameraIdentity identity_;
+  std::uint64_t disagreements_ = 0;
+};

@@ -1,0 +1,181 @@
+// Flash in bulk: what the jobs leave out or do too much of is made good here.
+#include <algorithm>
+
+#include "base/numbers.h"
+#include "base/failure.h"
+#include "base/files.h"
+#include "dll/flash_readings.h"
+#include "dll/dll_camera.h"
+
+namespace {
+
+constexpr unsigned kWordBytes = 4;
+// A slow flash may need that long for a sector; the job says nothing while it erases.
+constexpr std::chrono::milliseconds kSilencePerSector{500};
+
+const char* const kAgain = "Plug the camera in again and repeat the command.";
+
+class ScratchRemover {
+ public:
+  ScratchRemover(LibraryPlatform& platform, const LibraryPlatform::ScratchFile& file)
+      : platform_(platform), file_(file) {}
+  ~ScratchRemover() { platform_.RemoveScratchFile(file_); }
+  ScratchRemover(const ScratchRemover&) = delete;
+  ScratchRemover& operator=(const ScratchRemover&) = delete;
+
+ private:
+  LibraryPlatform& platform_;
+  const LibraryPlatform::ScratchFile& file_;
+};
+
+}  // namespace
+
+JobEnd LibraryCamera::SendFile(const std::string& what, std::span<const std::uint8_t> bytes,
+                               std::string_view extension, Job job,
+                               const StartWithFile& start) const {
+  const auto file = library_.Platform().NewScratchFile(extension);
+  const ScratchRemover remover(library_.Platform(), file);
+  job.start = [&](const Exports& exports) { return start(exports, file.library_name.c_str()); };
+  WriteWholeFile(file.name, bytes, Lasting::kThroughProcess);
+  return Finish(what, job);
+}
+
+std::vector<std::uint8_t> LibraryCamera::Dump(const std::string& what, std::uint64_t size, Job job,
+                                              const StartWithFile& start) const {
+  const auto file = library_.Platform().NewScratchFile("bin");
+  const ScratchRemover remover(library_.Platform(), file);
+  job.start = [&](const Exports& exports) { return start(exports, file.library_name.c_str()); };
+  job.file = &file;
+  job.file_size = size;
+  if (Finish(what, job).outcome == JobEnd::Outcome::kUnknown) {
+    throw Failure(ExitCode::kDevice, what + ": not all bytes arrived, and the reason was lost",
+                  kAgain);
+  }
+  return ReadWholeFile(file.name);
+}
+
+std::vector<std::uint8_t> LibraryCamera::ReadFlashByJob(std::uint32_t address, std::uint64_t size,
+                                                        const Advance& advance) const {
+  const auto last = static_cast<std::uint32_t>(address + size - 1);
+  Job job;
+  job.doing = "reading flash";
+  job.total = size;
+  job.advance = &advance;
+  return Dump("reading flash " + Text(Range{address, last}), size, job,
+              [&](const Exports& exports, const char* name) {
+                return exports.UsbFlashQuickReadFile(name, address, last);
+              });
+}
+
+// The byte at `address`, read on its own; `before` are the bytes right before it.
+std::uint8_t LibraryCamera::LastByte(std::uint32_t address,
+                                     std::span<const std::uint8_t> before) const {
+  constexpr unsigned kOthers = kWordBytes - 1;
+  std::uint32_t word = 0;
+  {
+    const Supervisor::Call call(library_.Watch(), "reading a flash word");
+    library_.Functions().UsbFlashRead(address - kOthers, &word);
+  }
+  const auto others = before.last(kOthers);
+  bool agrees = word != 0;
+  for (unsigned i = 0; i < kOthers; ++i) {
+    agrees = agrees && others[i] == static_cast<std::uint8_t>(word >> (8 * (kOthers - i)));
+  }
+  // A word of 0 may be a read that failed, too.
+  return agrees ? static_cast<std::uint8_t>(word) : ReadFlashByJob(address, 1, {}).front();
+}
+
+// One reading, which no other confirms.
+std::vector<std::uint8_t> LibraryCamera::ReadFlashOnce(std::uint32_t address, std::uint64_t size,
+                                                       std::uint32_t shift, bool ends_range,
+                                                       const Advance& advance) const {
+  std::vector<std::uint8_t> bytes;
+  bytes.reserve(size);
+  for (const FlashPiece& piece : CutReading(address, size, shift, ends_range)) {
+    const std::uint64_t done = bytes.size();
+    const Advance piece_advance = [&](std::uint64_t piece_done) {
+      advance(std::min(size, done + piece_done));
+    };
+    std::vector<std::uint8_t> read =
+        ReadFlashByJob(piece.address, piece.size - (piece.last_byte_apart ? 1 : 0), piece_advance);
+    if (piece.last_byte_apart) {
+      read.push_back(LastByte(static_cast<std::uint32_t>(piece.address + piece.size - 1), read));
+    }
+    const std::uint64_t skipped = piece.address < address ? address - piece.address : 0;
+    bytes.insert(bytes.end(), read.begin() + static_cast<std::ptrdiff_t>(skipped), read.end());
+  }
+  return bytes;
+}
+
+// Bytes that two readings agree on.
+std::vector<std::uint8_t> LibraryCamera::ReadFlashPart(std::uint32_t address, std::uint64_t size,
+                                                       bool ends_range, const Advance& advance) {
+  FlashReadings readings(size);
+  std::uint64_t done = 0;
+  for (const std::uint32_t shift : kReadingShifts) {
+    const auto open = readings.Open();
+    if (!open) {
+      break;
+    }
+    // A part counts once, so each of the two readings that it takes counts half.
+    const Advance reading_advance = [&](std::uint64_t reading_done) {
+      advance(std::min(size, (done + reading_done) / 2));
+    };
+    const auto first = static_cast<std::uint32_t>(address + open->offset);
+    const bool at_end = ends_range && open->offset + open->size == size;
+    readings.Add(open->offset, ReadFlashOnce(first, open->size, shift, at_end, reading_advance));
+    disagreements_ += done == 2 * size ? 1 : 0;
+    done = std::min(done + size, 2 * size);
+  }
+  if (const auto open = readings.Open()) {
+    const auto first = static_cast<std::uint32_t>(address + open->offset);
+    const Range range{first, static_cast<std::uint32_t>(first + open->size - 1)};
+    throw Failure(ExitCode::kDevice,
+                  "reading flash " + Text(range) + ": the flash reads differently each time",
+                  "Check the cable and the camera's supply, and repeat the command.");
+  }
+  return readings.Take();
+}
+
+std::vector<std::uint8_t> LibraryCamera::ReadFlash(std::uint32_t address, std::uint64_t size,
+                                                   const Advance& advance) {
+  const auto lock = Lock();
+  std::vector<std::uint8_t> bytes;
+  bytes.reserve(size);
+  while (bytes.size() < size) {
+    const std::uint64_t done = bytes.size();
+    const std::uint64_t part = std::min(size - done, kReadPart);
+    const Advance part_advance = [&](std::uint64_t part_done) {
+      if (advance) {
+        advance(done + part_done);
+      }
+    };
+    const std::vector<std::uint8_t> read = ReadFlashPart(static_cast<std::uint32_t>(address + done),
+                                                         part, done + part == size, part_advance);
+    bytes.insert(bytes.end(), read.begin(), read.end());
+  }
+  if (advance) {
+    advance(size);
+  }
+  return bytes;
+}
+
+void LibraryCamera::ProgramFlash(std::uint32_t address, std::span<const std::uint8_t> bytes,
+                                 const Advance& advance) {
+  const auto lock = Lock();
+  Job job;
+  job.doing = "programming flash";
+  job.silence = kSilencePerSector * static_cast<std::int64_t>(1 + bytes.size() / kSectorSize);
+  job.total = bytes.size();
+  job.advance = &advance;
+  const Range range{address, static_cast<std::uint32_t>(address + bytes.size() - 1)};
+  const std::string what = "programming flash " + Text(range);
+  const JobEnd end =
+      SendFile(what, bytes, "bin", job, [&](const Exports& exports, const char* name) {
+        return exports.UsbFlashWriteFile(name, address);
+      });
+  if (end.outcome == JobEnd::Outcome::kUnknown &&
+      !std::ranges::equal(ReadFlash(address, bytes.size(), {}), bytes)) {
+    throw Failure(ExitCode::kDevice, what + ": it failed, and the reason was lost", kAgain);
+  }
+}

@@ -1,0 +1,336 @@
+#include "dll/job.h"
+
+#include <algorithm>
+#include <exception>
+#include <optional>
+#include <vector>
+
+#include "base/failure.h"
+#include "dll/job_reports.h"
+
+namespace {
+
+using Milliseconds = std::chrono::milliseconds;
+using Clock = Supervisor::Clock;
+
+// Short jobs end within milliseconds. A long one gets time between two looks.
+constexpr Milliseconds kSpinTime{2};
+constexpr Milliseconds kQuickTime{30};
+constexpr Milliseconds kQuickInterval{1};
+constexpr Milliseconds kInterval{4};
+// A job that stands still is looked into that often.
+constexpr Milliseconds kLookInterval{1000};
+// Threads are looked for where the reports don't tell, at first after this time, then ever more
+// rarely.
+constexpr Milliseconds kFirstThreadLook{20};
+constexpr Milliseconds kThreadLookInterval{250};
+// A file is looked for that often while nothing else says that it is there.
+constexpr int kPollsPerLook = 16;
+// On a machine that gives this process no time, the job had none either: only so much of the time
+// between two polls counts as standing still.
+constexpr Milliseconds kMostStanding{50};
+constexpr Milliseconds kStopPatience{1000};
+// A write error is reported once the file is closed.
+constexpr Milliseconds kReportPatience{200};
+constexpr std::int32_t kWhole = 100;
+
+std::string Seconds(Milliseconds time) {
+  constexpr std::int64_t kTenth = 100;
+  const std::int64_t tenths = time.count() / kTenth;
+  std::string text = std::to_string(tenths / 10);
+  if (tenths % 10 != 0) {
+    text += '.';
+    text += std::to_string(tenths % 10);
+  }
+  text += " s";
+  return text;
+}
+
+// The thread of a job, found by what was not there before the job.
+class JobThread {
+ public:
+  explicit JobThread(LibraryPlatform& platform)
+      : platform_(platform), before_(platform.Threads()) {}
+
+  void Started() {
+    const auto after = platform_.Threads();
+    if (!before_ || !after) {
+      return;
+    }
+    known_ = true;
+    std::copy_if(after->begin(), after->end(), std::back_inserter(threads_),
+                 [&](std::uint32_t thread) { return !Contains(*before_, thread); });
+  }
+
+  bool HasEnded() const {
+    const auto now = known_ ? platform_.Threads() : std::nullopt;
+    return now && std::none_of(threads_.begin(), threads_.end(),
+                               [&](std::uint32_t thread) { return Contains(*now, thread); });
+  }
+
+ private:
+  static bool Contains(const std::vector<std::uint32_t>& threads, std::uint32_t thread) {
+    return std::find(threads.begin(), threads.end(), thread) != threads.end();
+  }
+
+  LibraryPlatform& platform_;
+  const std::optional<std::vector<std::uint32_t>> before_;
+  std::vector<std::uint32_t> threads_;
+  bool known_ = false;
+};
+
+bool IsClosed(const LibraryPlatform::ScratchState& state) {
+  return state.exists && !state.open;
+}
+
+class Runner {
+ public:
+  Runner(CameraLibrary& library, const CameraIdentity& camera, const Job& job)
+      : library_(library), camera_(camera), job_(job) {}
+
+  JobEnd Run() {
+    library_.CheckIdle();
+    library_.LimitClearTasks();
+    PutMark();
+    if (job_.file == nullptr) {
+      thread_.emplace(library_.Platform());
+    }
+    Start();
+    try {
+      if (thread_) {
+        thread_->Started();
+      }
+      return Follow();
+    } catch (...) {
+      if (!ended_) {
+        Abandon();
+      }
+      throw;
+    }
+  }
+
+ private:
+  std::uint64_t Progress() const { return library_.Functions().GetProgressInfo(); }
+
+  // See ReportIn.
+  void PutMark() const {
+    const Supervisor::Call call(library_.Watch(), job_.doing);
+    static_cast<void>(library_.Functions().UsbFlashWriteFile("", 0));
+  }
+
+  void Start() const {
+    const Supervisor::Call call(library_.Watch(), job_.doing);
+    bool started = false;
+    try {
+      started = job_.start(library_.Functions());
+    } catch (const std::exception& error) {
+      throw Failure(ExitCode::kInternal,
+                    std::string(job_.doing) + " can't be started: " + error.what(),
+                    "Close other programs and try again.");
+    }
+    if (!started) {
+      throw Failure(ExitCode::kFile, std::string(job_.doing) + " can't be started: " +
+                                         library_.StatusText(ReportedStatus(Progress())));
+    }
+  }
+
+  JobEnd Follow() {
+    for (polls_ = 0;; ++polls_) {
+      const std::uint64_t progress = Progress();
+      const auto end = job_.file != nullptr ? EndByFile(progress) : EndByReport(progress);
+      if (end) {
+        return Ended(*end);
+      }
+      Advance(progress);
+      HeedStop();
+      HeedStandstill();
+      library_.Platform().Sleep(Pause());
+    }
+  }
+
+  JobEnd Ended(const JobEnd& end) {
+    ended_ = true;
+    library_.NoteJobEnd();
+    if (stop_since_) {
+      library_.Watch().ObeyStop();
+    }
+    if (end.outcome == JobEnd::Outcome::kDone && job_.advance != nullptr && *job_.advance) {
+      (*job_.advance)(job_.total);
+    }
+    return end;
+  }
+
+  // A job that reads writes its file when all is read, and reports before.
+  std::optional<JobEnd> EndByFile(std::uint64_t progress) {
+    const JobReport report = ReportIn(progress);
+    const bool may_be_there = report != JobReport::kNothing && report != JobReport::kRunning;
+    if (!may_be_there && polls_ % kPollsPerLook != 0) {
+      return std::nullopt;
+    }
+    const auto state = library_.Platform().Look(*job_.file);
+    if (!IsClosed(state)) {
+      return std::nullopt;
+    }
+    if (state.size == job_.file_size) {
+      return JobEnd{};
+    }
+    const auto patience = Clock::now() + kReportPatience;
+    for (bool first = true; Clock::now() < patience; first = false) {
+      const std::uint64_t last = Progress();
+      const JobReport last_report = ReportIn(last);
+      // A file may show an instant before its writer does.
+      if (last_report != JobReport::kFailed && !first && IsBeingWritten()) {
+        return std::nullopt;
+      }
+      if (last_report == JobReport::kFailed || (last_report == JobReport::kNothing && !first)) {
+        return JobEnd{JobEnd::Outcome::kFailed, ReportedStatus(last)};
+      }
+      library_.Platform().Sleep(kQuickInterval);
+    }
+    return JobEnd{JobEnd::Outcome::kUnknown};
+  }
+
+  bool IsBeingWritten() const {
+    const auto state = library_.Platform().Look(*job_.file);
+    return !IsClosed(state) || state.size == job_.file_size;
+  }
+
+  std::optional<JobEnd> EndByReport(std::uint64_t progress) {
+    if (const auto end = ReportedEnd(progress)) {
+      return end;
+    }
+    // What shows may be nothing but the mark or a cleared report for a long time: while sectors are
+    // erased, or because the job has ended.
+    const auto now = Clock::now();
+    const bool cleared = ReportIn(progress) == JobReport::kCleared;
+    if (cleared && !cleared_) {
+      next_thread_look_ = now + kFirstThreadLook;
+    }
+    cleared_ = cleared;
+    if (now < next_thread_look_) {
+      return std::nullopt;
+    }
+    next_thread_look_ = now + std::min(2 * (now - started_), Clock::duration(kThreadLookInterval));
+    if (!thread_->HasEnded()) {
+      return std::nullopt;
+    }
+    const std::uint64_t last = Progress();
+    if (const auto end = ReportedEnd(last)) {
+      return end;
+    }
+    if (ReportIn(last) == JobReport::kNothing) {
+      return JobEnd{JobEnd::Outcome::kFailed, kMarkStatus};
+    }
+    return JobEnd{JobEnd::Outcome::kUnknown};
+  }
+
+  std::optional<JobEnd> ReportedEnd(std::uint64_t progress) const {
+    const JobReport report = ReportIn(progress);
+    if (report == JobReport::kDone) {
+      return JobEnd{};
+    }
+    if (report == JobReport::kFailed) {
+      return JobEnd{JobEnd::Outcome::kFailed, ReportedStatus(progress)};
+    }
+    if (report == JobReport::kNotice && job_.notice_is_end) {
+      return JobEnd{JobEnd::Outcome::kDone, ReportedStatus(progress)};
+    }
+    return std::nullopt;
+  }
+
+  void Advance(std::uint64_t progress) {
+    const JobReport report = ReportIn(progress);
+    std::int32_t percent = 0;
+    if (report == JobReport::kRunning) {
+      percent = borvan_progress_percent(progress);
+    } else if (report == JobReport::kDone || report == JobReport::kNotice) {
+      percent = kWhole - 1;
+    }
+    if (percent <= percent_) {
+      return;
+    }
+    percent_ = percent;
+    standing_ = Clock::duration(0);
+    next_look_ = kLookInterval;
+    if (job_.advance != nullptr && *job_.advance) {
+      (*job_.advance)(job_.total * static_cast<std::uint64_t>(percent_) / kWhole);
+    }
+  }
+
+  void HeedStop() {
+    if (!library_.Watch().MustStop()) {
+      return;
+    }
+    const auto now = Clock::now();
+    if (!stop_since_) {
+      stop_since_ = now;
+    }
+    if (job_.file == nullptr || now - *stop_since_ > kStopPatience) {
+      library_.Watch().ObeyStop();
+    }
+  }
+
+  void HeedStandstill() {
+    const auto now = Clock::now();
+    standing_ += std::min(now - last_poll_, Clock::duration(kMostStanding));
+    last_poll_ = now;
+    // A read of a camera that fell off is repeated for ever, and reports nothing.
+    if (standing_ > next_look_) {
+      next_look_ += kLookInterval;
+      if (!library_.IsListed(camera_)) {
+        throw GoneFailure(job_.doing, camera_);
+      }
+    }
+    const Milliseconds patience =
+        library_.Limit() + (percent_ > 0 ? Milliseconds(0) : job_.silence);
+    if (standing_ > patience) {
+      throw Failure(
+          ExitCode::kTimeout, std::string(job_.doing) + ": no progress for " + Seconds(patience),
+          "Plug the camera in again and repeat the command; --timeout sets how long to wait.");
+    }
+  }
+
+  Milliseconds Pause() const {
+    const auto time = Clock::now() - started_;
+    if (time < kSpinTime || (job_.only_report_tells && library_.ClearTaskIsDue())) {
+      return Milliseconds(0);
+    }
+    return time < kQuickTime ? kQuickInterval : kInterval;
+  }
+
+  void Abandon() {
+    if (job_.file != nullptr) {
+      library_.Abandon([&platform = library_.Platform(), file = *job_.file] {
+        if (!IsClosed(platform.Look(file))) {
+          return false;
+        }
+        platform.RemoveScratchFile(file);
+        return true;
+      });
+    } else {
+      library_.Abandon([thread = *thread_] { return thread.HasEnded(); });
+    }
+    library_.Deselect();
+  }
+
+  CameraLibrary& library_;
+  const CameraIdentity& camera_;
+  const Job& job_;
+  std::optional<JobThread> thread_;
+  bool ended_ = false;
+  bool cleared_ = false;
+  int polls_ = 0;
+  std::int32_t percent_ = 0;
+  const Clock::time_point started_ = Clock::now();
+  Clock::time_point next_thread_look_ = started_ + kFirstThreadLook;
+  Clock::time_point last_poll_ = started_;
+  Clock::duration standing_{0};  // time without anything new
+  Clock::duration next_look_ = kLookInterval;
+  std::optional<Clock::time_point> stop_since_;
+};
+
+}  // namespace
+
+JobEnd RunJob(CameraLibrary& library, const CameraIdentity& camera, const Job& job) {
+  return Runner(library, camera, job).Run();
+}

@@ -1,0 +1,40 @@
+#pragma once
+
+#include <cstdint>
+#include <span>
+#include <string>
+#include <vector>
+
+#include "base/numbers.h"
+
+// Ranges of flash addresses, in rising order and without overlap.
+using Ranges = std::vector<Range>;
+
+// Where two equally long runs of bytes differ; `address` is that of the first byte.
+Ranges DifferingBytes(std::uint32_t address, std::span<const std::uint8_t> left,
+                      std::span<const std::uint8_t> right);
+
+// The same in whole sectors of 4096 bytes; `address` begins one and the runs end with one.
+Ranges DifferingSectors(std::uint32_t address, std::span<const std::uint8_t> left,
+                        std::span<const std::uint8_t> right);
+
+// The bytes in all ranges together.
+std::uint64_t TotalSize(const Ranges& ranges);
+
+// Adds a range behind the others, joined with the last one when it follows it without a gap.
+void AppendRange(Ranges& ranges, const Range& range);
+
+// The addresses of `ranges` that are in none of `without`.
+Ranges Without(const Ranges& ranges, const Ranges& without);
+
+// Both together, joined where they touch.
+Ranges Union(Ranges left, const Ranges& right);
+
+// Ranges for people: "0x1000-0x1fff, 0x3000-0x3fff and 5 more".
+std::string RangesText(const Ranges& ranges);
+
+// The part of `bytes`, which begin at `address`, that lies in `range`.
+template <typename Byte>
+std::span<Byte> PartOf(std::span<Byte> bytes, std::uint32_t address, const Range& range) {
+  return bytes.subspan(range.first - address, range.Size());
+}

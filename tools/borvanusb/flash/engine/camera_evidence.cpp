@@ -1,0 +1,144 @@
+#include "flash/engine/camera_evidence.h"
+
+#include <algorithm>
+#include <array>
+
+#include "flash/engine/byte_ranges.h"
+
+namespace {
+
+constexpr std::uint32_t kBlankWord = 0xFFFFFFFF;
+// As a word reads that can't be read.
+constexpr std::uint32_t kZeroWord = 0;
+constexpr std::uint32_t kWordSize = 4;
+// Every flash has the first 64 KiB. Nothing behind the change is asked: where addresses wrap, that
+// would be another place than it seems.
+constexpr std::uint64_t kSure = std::uint64_t{64} << 10U;
+constexpr std::uint64_t kLandmarks = 8;
+// So that each lies at another place within its sector.
+constexpr std::uint64_t kStagger = 0x0A94;
+constexpr std::array<std::uint32_t, 2> kDistances = {0x4, 0xE10};
+
+bool Says(std::uint32_t word) {
+  return word != kBlankWord && word != kZeroWord;
+}
+
+std::uint32_t WordAt(std::span<const std::uint8_t> bytes, std::uint64_t offset) {
+  std::uint32_t word = 0;
+  for (const std::uint8_t byte : bytes.subspan(offset, kWordSize)) {
+    word = word << 8U | byte;
+  }
+  return word;
+}
+
+template <typename Value>
+bool Holds(const std::vector<Value>& values, const Value& value) {
+  return std::ranges::find(values, value) != values.end();
+}
+
+// Adds `is` where `was` is known.
+bool Add(std::vector<std::uint32_t>& words, std::uint32_t was, std::uint32_t is) {
+  if (!Holds(words, was) || Holds(words, is)) {
+    return false;
+  }
+  words.push_back(is);
+  return true;
+}
+
+void Count(Evidence& evidence, bool agrees) {
+  ++(agrees ? evidence.agreeing : evidence.differing);
+}
+
+}  // namespace
+
+SameCamera Weigh(const Evidence& evidence) {
+  if (evidence.differing > 0) {
+    return SameCamera::kNo;
+  }
+  return evidence.agreeing > 0 ? SameCamera::kYes : SameCamera::kUnknown;
+}
+
+Evidence operator+(const Evidence& left, const Evidence& right) {
+  return {left.agreeing + right.agreeing, left.differing + right.differing};
+}
+
+std::vector<Landmark> TakeLandmarks(Camera& camera, const SectorSpan& sectors) {
+  const std::uint64_t end = std::max<std::uint64_t>(kSure, sectors.address);
+  const std::uint64_t step = end / kLandmarks;
+  std::vector<Landmark> landmarks;
+  const auto take = [&](std::uint32_t address) {
+    if (address < sectors.address || address >= sectors.End()) {
+      landmarks.push_back({address, {camera.PeekFlashWord(address)}});
+    }
+  };
+  for (std::uint64_t i = 0; i < kLandmarks; ++i) {
+    const auto address =
+        static_cast<std::uint32_t>((i * step + i * kStagger % step) / kWordSize * kWordSize);
+    take(address);
+  }
+  // Right before the change cameras of one kind may well differ.
+  for (const std::uint32_t distance : kDistances) {
+    if (distance <= sectors.address) {
+      take(sectors.address - distance);
+    }
+  }
+  return landmarks;
+}
+
+Evidence CompareLandmarks(Camera& camera, const Journal& journal) {
+  Evidence evidence;
+  for (const Landmark& landmark : journal.landmarks) {
+    const std::uint32_t word = camera.PeekFlashWord(landmark.address);
+    const bool agrees = Holds(landmark.words, word);
+    if (Says(word) || !agrees) {
+      Count(evidence, agrees);
+    }
+  }
+  return evidence;
+}
+
+Evidence CompareSectors(const Journal& journal, const SectorSpan& sectors,
+                        std::span<const std::uint8_t> now) {
+  const std::vector<std::uint8_t> blank(kSectorSize, 0xFF);
+  const std::string blank_digest = SectorDigest(blank);
+  Evidence evidence;
+  for (const SectorRecord& record : journal.sectors) {
+    const Range sector{record.address, record.address + (kSectorSize - 1)};
+    const bool is_open = journal.open_sector && journal.open_sector->address == record.address;
+    if (is_open || !sectors.Holds(sector)) {
+      continue;
+    }
+    const std::string digest = SectorDigest(PartOf(now, sectors.address, sector));
+    const bool agrees = digest == record.now || Holds(record.since, digest) ||
+                        (!journal.open_sector && digest == record.after);
+    if (!agrees || digest != blank_digest) {
+      Count(evidence, agrees);
+    }
+  }
+  return evidence;
+}
+
+bool FollowChange(Journal& journal, const SectorSpan& sectors, std::span<const std::uint8_t> before,
+                  std::span<const std::uint8_t> after) {
+  bool added = false;
+  for (Landmark& landmark : journal.landmarks) {
+    if (sectors.Holds({landmark.address, landmark.address + (kWordSize - 1)})) {
+      const std::uint64_t offset = landmark.address - sectors.address;
+      added |= Add(landmark.words, WordAt(before, offset), WordAt(after, offset));
+    }
+  }
+  for (SectorRecord& record : journal.sectors) {
+    const Range sector{record.address, record.address + (kSectorSize - 1)};
+    if (!sectors.Holds(sector)) {
+      continue;
+    }
+    const std::string was = SectorDigest(PartOf(before, sectors.address, sector));
+    const std::string is = SectorDigest(PartOf(after, sectors.address, sector));
+    const bool was_known = was == record.now || was == record.after || Holds(record.since, was);
+    if (was_known && is != record.now && !Holds(record.since, is)) {
+      record.since.push_back(is);
+      added = true;
+    }
+  }
+  return added;
+}

@@ -1,0 +1,39 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+
+#include "base/numbers.h"
+#include "camera/camera.h"
+#include "flash/engine/image.h"
+#include "output/output.h"
+
+// What is known of the flash's end before a command works on a part of it.
+struct FlashEnd {
+  std::optional<std::uint64_t> size;  // bytes; nothing when it is not known
+  std::string reason;                 // how it is known: "--flash-size says so"
+};
+
+// Whether the flash ends before `end`, one past the last address of a part: as `told` by
+// --flash-size, else as the camera's addresses show, by FindFlashEndBefore. A remark says that the
+// size can't be found out. A size is returned when it was told or when the flash ends before `end`.
+FlashEnd FindFlashEnd(Camera& camera, std::uint64_t end, std::optional<std::uint64_t> told,
+                      Output& output);
+
+// Refuses an image that ends beyond the flash. Throws Failure kFile.
+void RefuseBeyondEnd(const Image& image, const FlashEnd& end);
+
+// The look at the flash's end for a range of addresses that `argument` names ("RANGE", "ADDR").
+// Returns the size if it is known. Throws Failure kUsage when the range ends beyond the flash.
+std::optional<std::uint64_t> CheckWithinFlash(Camera& camera, const std::string& argument,
+                                              const Range& range, std::optional<std::uint64_t> told,
+                                              Output& output);
+
+// The same for an image, which goes to --address. Throws Failure kFile.
+std::optional<std::uint64_t> CheckWithinFlash(Camera& camera, const Image& image,
+                                              std::optional<std::uint64_t> told, Output& output);
+
+// The addresses of the whole flash: of `told` bytes, or of the size that its addresses show, which
+// a remark says. Throws Failure kUsage when the size can't be found out.
+Range WholeFlash(Camera& camera, std::optional<std::uint64_t> told, Output& output);

@@ -1,0 +1,153 @@
+#include "flash/engine/journal.h"
+
+#include <nlohmann/json.hpp>
+#include <stdexcept>
+
+#include "base/hex_bytes.h"
+#include "base/sha256.h"
+
+namespace {
+
+using Json = nlohmann::ordered_json;
+
+constexpr int kFormat = 2;
+constexpr std::size_t kDigestDigits = 16;
+constexpr std::uint64_t kAddressSpace = std::uint64_t{1} << 32U;
+
+std::vector<std::uint8_t> SectorBytes(const Json& text) {
+  const auto bytes = ParseHexBytes(text.get<std::string>());
+  if (!bytes || bytes->size() != kSectorSize) {
+    throw std::invalid_argument("a sector has no 4096 bytes");
+  }
+  return *bytes;
+}
+
+std::uint32_t SectorAddress(const Json& number) {
+  const auto address = number.get<std::uint32_t>();
+  if (address % kSectorSize != 0) {
+    throw std::invalid_argument("an address begins no sector");
+  }
+  return address;
+}
+
+void CheckPlace(std::uint32_t address, std::uint64_t size) {
+  if (size == 0 || size > kAddressSpace - address) {
+    throw std::invalid_argument("a size is out of range");
+  }
+}
+
+Json ToJson(const SharedSector& sector) {
+  Json planned = Json::array();
+  for (const std::vector<std::uint8_t>& bytes : sector.planned) {
+    planned.push_back(HexBytes(bytes));
+  }
+  return {{"address", sector.address},
+          {"original", HexBytes(sector.original)},
+          {"planned", planned},
+          {"seen", sector.seen},
+          {"since", sector.since}};
+}
+
+SharedSector SharedSectorFrom(const Json& json) {
+  SharedSector sector{SectorAddress(json.at("address")),
+                      SectorBytes(json.at("original")),
+                      {},
+                      json.at("seen").get<std::vector<std::string>>(),
+                      json.at("since").get<std::vector<std::string>>()};
+  for (const Json& bytes : json.at("planned")) {
+    sector.planned.push_back(SectorBytes(bytes));
+  }
+  if (sector.planned.empty()) {
+    throw std::invalid_argument("a sector has no planned bytes");
+  }
+  return sector;
+}
+
+Json ToJson(const BackupRecord& backup) {
+  return {{"file", backup.file},
+          {"address", backup.address},
+          {"size", backup.size},
+          {"sha256", backup.sha256}};
+}
+
+BackupRecord BackupFrom(const Json& json) {
+  BackupRecord backup{json.at("file").get<std::string>(), json.at("address").get<std::uint32_t>(),
+                      json.at("size").get<std::uint64_t>(), json.at("sha256").get<std::string>()};
+  CheckPlace(backup.address, backup.size);
+  return backup;
+}
+
+Journal FromJson(const Json& json) {
+  if (json.at("borvanusb_journal").get<int>() != kFormat) {
+    throw std::invalid_argument("another version of borvanusb wrote it");
+  }
+  Journal journal{.command = json.at("command").get<std::string>(),
+                  .begun = json.at("begun").get<std::string>(),
+                  .vid = json.at("vid").get<std::string>(),
+                  .pid = json.at("pid").get<std::string>(),
+                  .camera = json.at("camera").get<std::string>(),
+                  .image = json.at("image").get<std::string>(),
+                  .sha256 = json.at("sha256").get<std::string>(),
+                  .address = json.at("address").get<std::uint32_t>(),
+                  .size = json.at("size").get<std::uint64_t>(),
+                  .backup = std::nullopt,
+                  .sectors = {},
+                  .landmarks = {},
+                  .open_sector = std::nullopt,
+                  .replaces = json.at("replaces").get<std::vector<std::string>>()};
+  CheckPlace(journal.address, journal.size);
+  if (const auto backup = json.find("backup"); backup != json.end()) {
+    journal.backup = BackupFrom(*backup);
+  }
+  for (const Json& sector : json.at("sectors")) {
+    journal.sectors.push_back({SectorAddress(sector.at(0)), sector.at(1).get<std::string>(),
+                               sector.at(2).get<std::string>(),
+                               sector.at(3).get<std::vector<std::string>>()});
+  }
+  for (const Json& landmark : json.at("landmarks")) {
+    journal.landmarks.push_back(
+        {landmark.at(0).get<std::uint32_t>(), landmark.at(1).get<std::vector<std::uint32_t>>()});
+  }
+  if (const auto sector = json.find("open_sector"); sector != json.end()) {
+    journal.open_sector = SharedSectorFrom(*sector);
+  }
+  return journal;
+}
+
+}  // namespace
+
+std::string SectorDigest(std::span<const std::uint8_t> bytes) {
+  return Sha256(bytes).substr(0, kDigestDigits);
+}
+
+std::string JournalText(const Journal& journal) {
+  Json json = {{"borvanusb_journal", kFormat}, {"command", journal.command},
+               {"begun", journal.begun},       {"vid", journal.vid},
+               {"pid", journal.pid},           {"camera", journal.camera},
+               {"image", journal.image},       {"sha256", journal.sha256},
+               {"address", journal.address},   {"size", journal.size}};
+  if (journal.backup) {
+    json["backup"] = ToJson(*journal.backup);
+  }
+  if (journal.open_sector) {
+    json["open_sector"] = ToJson(*journal.open_sector);
+  }
+  json["landmarks"] = Json::array();
+  for (const Landmark& landmark : journal.landmarks) {
+    json["landmarks"].push_back({landmark.address, landmark.words});
+  }
+  json["replaces"] = journal.replaces;
+  json["sectors"] = Json::array();
+  for (const SectorRecord& sector : journal.sectors) {
+    json["sectors"].push_back({sector.address, sector.now, sector.after, sector.since});
+  }
+  return json.dump(-1, ' ', false, Json::error_handler_t::replace) + "\n";
+}
+
+Journal ParseJournal(const std::string& text) {
+  try {
+    return FromJson(Json::parse(text));
+  } catch (const Json::exception&) {
+    throw std::invalid_argument("it is no journal");
+  }
+}

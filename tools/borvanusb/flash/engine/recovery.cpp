@@ -1,0 +1,341 @@
+#include "flash/engine/recovery.h"
+
+#include <algorithm>
+#include <map>
+
+#include "base/failure.h"
+#include "base/files.h"
+#include "flash/engine/sector_fate.h"
+#include "base/sha256.h"
+
+namespace {
+
+using Bytes = std::span<const std::uint8_t>;
+using Entry = JournalStore::Entry;
+
+const std::string kNoJournal = "none";
+// What a cut can leave half done at a time: the sectors of one block.
+constexpr std::uint64_t kSectorsOfABlock = 30;
+
+Range SectorAt(std::uint32_t address) {
+  return {address, address + (kSectorSize - 1)};
+}
+
+bool Covers(const Range& range, const Range& sector) {
+  return range.first <= sector.first && range.last >= sector.last;
+}
+
+Range NamedBy(const Journal& journal) {
+  return {journal.address, static_cast<std::uint32_t>(journal.address + journal.size - 1)};
+}
+
+std::string WorkText(const Journal& journal) {
+  return "the unfinished " + journal.command +
+         (journal.image.empty() ? "" : " of " + journal.image) + " at " + Text(NamedBy(journal)) +
+         ", begun " + journal.begun;
+}
+
+class Judge {
+ public:
+  Judge(const RecoveryRequest& request, const LandmarkCheck& landmarks)
+      : request_(request), landmarks_(landmarks) {
+    recovery_.truth.assign(request.now.begin(), request.now.end());
+  }
+
+  Recovery Take(const std::vector<Entry>& journals) {
+    CheckChoice(journals);
+    for (const Entry& entry : journals) {
+      TakeOpenSector(entry);
+    }
+    for (const auto& [address, entries] : candidates_) {
+      PutBack(address, entries);
+    }
+    recovery_.before = recovery_.truth;
+    for (const Entry& entry : journals) {
+      TakeBackup(entry);
+    }
+    if (!chosen_.empty()) {
+      // Whoever says which journal counts may be wrong: the backup holds what was there.
+      const auto sector = PartOf(request_.now, request_.sectors.address, SectorAt(chosen_address_));
+      std::ranges::copy(sector,
+                        recovery_.before.begin() + (chosen_address_ - request_.sectors.address));
+      recovery_.backup.reset();
+    }
+    return std::move(recovery_);
+  }
+
+ private:
+  void CheckChoice(const std::vector<Entry>& journals) {
+    if (request_.choice.empty() || request_.choice == kNoJournal) {
+      return;
+    }
+    for (const Entry& entry : journals) {
+      const Journal& journal = entry.journal;
+      if (SameFile(entry.file, request_.choice) && journal.open_sector &&
+          request_.sectors.Holds(SectorAt(journal.open_sector->address))) {
+        chosen_ = entry.file;
+        chosen_address_ = journal.open_sector->address;
+        return;
+      }
+    }
+    throw Failure(ExitCode::kUsage,
+                  "--journal: " + request_.choice +
+                      " is no journal with bytes for these sectors of this kind of camera",
+                  "Give the file that the message named, or none.");
+  }
+
+  void TakeOpenSector(const Entry& entry) {
+    const Journal& journal = entry.journal;
+    if (!journal.open_sector) {
+      return;
+    }
+    const SharedSector& open = *journal.open_sector;
+    const Range sector = SectorAt(open.address);
+    const bool same_path = journal.camera == request_.camera;
+    if (!request_.sectors.Holds(sector)) {
+      if (same_path) {
+        recovery_.notes.push_back(WorkText(journal) + ", is left as it is; " + entry.file +
+                                  " holds the bytes beside it in " + Text(sector));
+      }
+      return;
+    }
+    if (entry.file == chosen_) {
+      candidates_[open.address] = {entry};
+      return;
+    }
+    if (open.address == chosen_address_ && !chosen_.empty()) {
+      return;
+    }
+    const Bytes found = PartOf(request_.now, request_.sectors.address, sector);
+    switch (FateOf(found, open, NamedBy(journal))) {
+      case SectorFate::kUnharmed:
+        Misplace(entry, same_path);
+        break;
+      case SectorFate::kOnItsWay:
+        TakeHarmed(entry, same_path);
+        break;
+      case SectorFate::kEither:
+        TakeEither(entry, same_path);
+        break;
+      case SectorFate::kOtherwise:
+        TakeOtherwise(entry, same_path);
+        break;
+    }
+  }
+
+  void Misplace(const Entry& entry, bool same_path) {
+    if (same_path) {
+      recovery_.misplaced.push_back(entry);
+    }
+  }
+
+  SameCamera Identity(const Journal& journal) const {
+    return Weigh(CompareSectors(journal, request_.sectors, request_.now) + landmarks_(journal));
+  }
+
+  // The sector can have been left so by the cut.
+  void TakeHarmed(const Entry& entry, bool same_path) {
+    if (request_.choice == kNoJournal) {
+      Misplace(entry, same_path);
+      return;
+    }
+    const SameCamera identity = Identity(entry.journal);
+    const std::uint32_t address = entry.journal.open_sector->address;
+    const bool is_covered = Covers(request_.named, SectorAt(address));
+    if (identity == SameCamera::kYes || (identity == SameCamera::kUnknown && same_path)) {
+      candidates_[address].push_back(entry);
+    } else if (is_covered) {
+      Misplace(entry, same_path);
+    } else if (same_path) {
+      Ask(entry, "the rest of this flash is not as that camera's");
+    } else if (identity == SameCamera::kUnknown) {
+      Ask(entry, "the rest of this flash is blank");
+    }
+  }
+
+  // What a cut leaves behind, and what a later change put there, on this camera or another.
+  void TakeEither(const Entry& entry, bool same_path) {
+    const std::uint32_t address = entry.journal.open_sector->address;
+    const bool asks = request_.choice != kNoJournal && !Covers(request_.named, SectorAt(address)) &&
+                      Identity(entry.journal) != SameCamera::kNo;
+    if (asks) {
+      Ask(entry, "the sector " + Text(SectorAt(address)) +
+                     " holds what a later change wrote, and what the cut may have left as well");
+    }
+    Misplace(entry, same_path);
+  }
+
+  // It can't. Somebody else wrote it, here or to another camera; or a power cut did what no
+  // datasheet tells.
+  void TakeOtherwise(const Entry& entry, bool same_path) {
+    const std::uint32_t address = entry.journal.open_sector->address;
+    if (!same_path) {
+      return;
+    }
+    const bool asks = request_.choice != kNoJournal && !Covers(request_.named, SectorAt(address)) &&
+                      Identity(entry.journal) != SameCamera::kNo;
+    if (asks) {
+      Ask(entry, "the sector " + Text(SectorAt(address)) +
+                     " holds neither what was there before nor what was being written");
+    }
+    Misplace(entry, same_path);
+  }
+
+  void PutBack(std::uint32_t address, const std::vector<Entry>& entries) {
+    const Entry& entry = Best(entries);
+    const Range sector = SectorAt(address);
+    const std::vector<std::uint8_t>& original = entry.journal.open_sector->original;
+    std::ranges::copy(original, recovery_.truth.begin() + (address - request_.sectors.address));
+    if (Covers(request_.named, sector)) {
+      recovery_.finished.push_back(entry.file);
+      return;
+    }
+    recovery_.used.push_back(entry);
+    recovery_.notes.push_back(WorkText(entry.journal) + ", was cut off; the bytes beside it in " +
+                              Text(sector) + " come from " + entry.file);
+  }
+
+  // The one that is sure; the camera of two journals with different bytes is anybody's guess,
+  // unless one of the two has lost its place.
+  const Entry& Best(const std::vector<Entry>& entries) const {
+    const Entry* best = &entries.front();
+    for (const Entry& entry : entries) {
+      const bool here = entry.journal.camera == request_.camera;
+      if ((here && best->journal.camera != request_.camera) ||
+          (best->journal.camera.empty() && !entry.journal.camera.empty())) {
+        best = &entry;
+      }
+    }
+    for (const Entry& entry : entries) {
+      const bool differs =
+          entry.journal.open_sector->original != best->journal.open_sector->original;
+      const bool rivals = best->journal.camera.empty() || !entry.journal.camera.empty();
+      if (&entry != best && differs && rivals) {
+        Ask(*best, entry.file + " may be this camera's as well");
+      }
+    }
+    return *best;
+  }
+
+  bool IsSameWork(const Journal& journal) const {
+    return journal.sha256 == request_.sha256 && journal.address == request_.named.first &&
+           journal.size == request_.named.Size();
+  }
+
+  bool IsUsed(const Entry& entry) const {
+    return std::ranges::any_of(recovery_.used,
+                               [&](const Entry& used) { return used.file == entry.file; });
+  }
+
+  void TakeBackup(const Entry& entry) {
+    const Journal& journal = entry.journal;
+    const bool is_here = journal.camera == request_.camera || IsUsed(entry);
+    if (!is_here || !IsSameWork(journal) || request_.choice == kNoJournal) {
+      return;
+    }
+    if (!journal.open_sector) {
+      recovery_.finished.push_back(entry.file);
+    }
+    if (journal.backup && !recovery_.backup) {
+      TryBackup(journal, *journal.backup);
+    }
+  }
+
+  void TryBackup(const Journal& journal, const BackupRecord& backup) {
+    if (!FileExists(backup.file) || backup.address % kSectorSize != 0 ||
+        backup.size % kSectorSize != 0 || backup.address < request_.sectors.address ||
+        backup.address + backup.size > request_.sectors.End()) {
+      return;
+    }
+    const std::vector<std::uint8_t> bytes = ReadWholeFile(backup.file);
+    if (bytes.size() != backup.size || Sha256(bytes) != backup.sha256) {
+      return;
+    }
+    UseBackup(journal, backup, bytes);
+  }
+
+  enum class SectorState { kOld, kNew, kHalf, kOther };
+
+  SectorState StateOf(const Journal& journal, const SectorRecord& record, Bytes old_bytes) const {
+    const Range sector = SectorAt(record.address);
+    const Bytes found = PartOf(Bytes(recovery_.truth), request_.sectors.address, sector);
+    const std::string digest = SectorDigest(found);
+    if (std::ranges::equal(found, old_bytes)) {
+      return SectorState::kOld;
+    }
+    if (digest == record.after || digest == record.now) {
+      return SectorState::kNew;
+    }
+    if (!Covers(request_.named, sector)) {
+      const bool is_open = journal.open_sector && journal.open_sector->address == record.address;
+      return is_open && CanBeLeftByCut(found, *journal.open_sector) ? SectorState::kHalf
+                                                                    : SectorState::kOther;
+    }
+    const Bytes new_bytes = PartOf(request_.named_bytes, request_.named.first, sector);
+    return IsHalfErased(found, old_bytes) || IsHalfProgrammed(found, new_bytes)
+               ? SectorState::kHalf
+               : SectorState::kOther;
+  }
+
+  // Each sector for itself: what the cut-off change has or had in hand is in the backup; what
+  // somebody wrote otherwise since is not.
+  void UseBackup(const Journal& journal, const BackupRecord& backup,
+                 const std::vector<std::uint8_t>& bytes) {
+    std::vector<std::uint8_t> before = recovery_.before;
+    Ranges half;
+    std::uint64_t known = 0;
+    std::uint64_t other = 0;
+    for (const SectorRecord& record : journal.sectors) {
+      const Range sector = SectorAt(record.address);
+      if (sector.first < backup.address || sector.last - backup.address >= backup.size) {
+        continue;
+      }
+      const Bytes old_bytes = PartOf(Bytes(bytes), backup.address, sector);
+      const SectorState state = StateOf(journal, record, old_bytes);
+      if (state == SectorState::kHalf) {
+        AppendRange(half, sector);
+      }
+      ++(state == SectorState::kOther ? other : known);
+      if (state != SectorState::kOther) {
+        std::ranges::copy(old_bytes, before.begin() + (sector.first - request_.sectors.address));
+      }
+    }
+    const bool fits_a_cut =
+        half.empty() ||
+        (std::uint64_t{half.back().last} - half.front().first) / kSectorSize < kSectorsOfABlock;
+    if (!fits_a_cut || known == 0 || other * 3 > known ||
+        Weigh(landmarks_(journal)) == SameCamera::kNo) {
+      return;  // another camera's
+    }
+    recovery_.before = std::move(before);
+    if (other == 0) {
+      recovery_.backup = backup;
+    } else {
+      recovery_.notes.push_back("the backup from before the cut stays as well: " + backup.file);
+    }
+  }
+
+  [[noreturn]] static void Ask(const Entry& entry, const std::string& why) {
+    throw Failure(ExitCode::kFile,
+                  entry.file + " tells of " + WorkText(entry.journal) +
+                      ", and whether with this camera is not clear: " + why,
+                  "If it was this camera, and nothing was programmed there since, add --journal " +
+                      entry.file + ": the bytes beside the image come from it.\n" +
+                      "Otherwise add --journal none: the flash's bytes stay, and so does the "
+                      "journal.");
+  }
+
+  const RecoveryRequest& request_;
+  const LandmarkCheck& landmarks_;
+  Recovery recovery_;
+  std::string chosen_;
+  std::uint32_t chosen_address_ = 0;
+  std::map<std::uint32_t, std::vector<Entry>> candidates_;
+};
+
+}  // namespace
+
+Recovery Recover(const RecoveryRequest& request, const std::vector<Entry>& journals,
+                 const LandmarkCheck& landmarks) {
+  return Judge(request, landmarks).Take(journals);
+}

@@ -1,0 +1,74 @@
+#include "flash/engine/sector_fate.h"
+
+#include <algorithm>
+
+namespace {
+
+using Bytes = std::span<const std::uint8_t>;
+
+constexpr std::uint8_t kErased = 0xFF;
+constexpr std::size_t kPage = 256;
+constexpr std::size_t kWritePacket = 60;
+
+bool HasBitsOf(Bytes found, Bytes target) {
+  return std::ranges::equal(
+      found, target, [](std::uint8_t now, std::uint8_t then) { return (now & then) == then; });
+}
+
+bool Holds(const std::vector<std::string>& digests, const std::string& digest) {
+  return std::ranges::find(digests, digest) != digests.end();
+}
+
+bool IsErased(Bytes bytes) {
+  return std::ranges::all_of(bytes, [](std::uint8_t byte) { return byte == kErased; });
+}
+
+}  // namespace
+
+bool IsHalfErased(Bytes found, Bytes original) {
+  if (!HasBitsOf(found, original)) {
+    return false;
+  }
+  // An erase works on the whole sector at once. Bytes of 0xff in a part of it alone were programmed
+  // there by somebody.
+  for (std::size_t offset = 0; offset < found.size(); offset += kPage) {
+    const std::size_t size = std::min(kPage, found.size() - offset);
+    const Bytes page = original.subspan(offset, size);
+    if (!IsErased(page) && std::ranges::equal(found.subspan(offset, size), page)) {
+      return false;
+    }
+  }
+  return true;
+}
+
+bool IsHalfProgrammed(Bytes found, Bytes planned) {
+  const auto differing = std::ranges::mismatch(found, planned).in1;
+  const auto written = static_cast<std::size_t>(differing - found.begin());
+  // The packet that was on its way begins at the first difference at the latest.
+  const std::size_t size = std::min(kWritePacket, found.size() - written);
+  return HasBitsOf(found.subspan(written, size), planned.subspan(written, size)) &&
+         IsErased(found.subspan(written + size));
+}
+
+SectorFate FateOf(Bytes found, const SharedSector& sector, const Range& named) {
+  bool harmed = false;
+  for (std::size_t i = 0; i < found.size(); ++i) {
+    const std::uint64_t address = std::uint64_t{sector.address} + i;
+    const bool beside = address < named.first || address > named.last;
+    harmed = harmed || (beside && found[i] != sector.original[i]);
+  }
+  if (!harmed) {
+    return SectorFate::kUnharmed;
+  }
+  if (!CanBeLeftByCut(found, sector)) {
+    return SectorFate::kOtherwise;
+  }
+  return Holds(sector.since, SectorDigest(found)) ? SectorFate::kEither : SectorFate::kOnItsWay;
+}
+
+bool CanBeLeftByCut(Bytes found, const SharedSector& sector) {
+  return Holds(sector.seen, SectorDigest(found)) || IsHalfErased(found, sector.original) ||
+         std::ranges::any_of(sector.planned, [&](Bytes planned) {
+           return IsHalfProgrammed(found, planned) || IsHalfErased(found, planned);
+         });
+}

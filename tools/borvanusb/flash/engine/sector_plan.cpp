@@ -1,0 +1,65 @@
+#include "flash/engine/sector_plan.h"
+
+#include <algorithm>
+#include <cstddef>
+
+#include "camera/camera.h"
+#include "flash/engine/tail_words.h"
+#include "flash/engine/transfer_count.h"
+
+namespace {
+
+constexpr std::uint64_t kWritePacket = 60;
+// 30 sectors are whole packets of 60 bytes, so that full blocks leave no tail.
+constexpr std::uint64_t kLargestBlock = 30 * std::uint64_t{kSectorSize};
+static_assert(kLargestBlock % kWritePacket == 0);
+// The packets alone must make a job erase a block's last sector.
+static_assert(kWritePacket < kSectorSize);
+
+}  // namespace
+
+SectorSpan SectorsAround(std::uint32_t address, std::uint64_t size) {
+  const std::uint32_t first = address / kSectorSize * kSectorSize;
+  const std::uint64_t end = (address + size + kSectorSize - 1) / kSectorSize * kSectorSize;
+  return {first, end - first};
+}
+
+std::vector<std::uint32_t> HalfUsedSectors(std::uint32_t address, std::uint64_t size) {
+  const SectorSpan sectors = SectorsAround(address, size);
+  std::vector<std::uint32_t> half_used;
+  if (address != sectors.address) {
+    half_used.push_back(sectors.address);
+  }
+  const auto last = static_cast<std::uint32_t>(sectors.End() - kSectorSize);
+  if (address + size != sectors.End() && (half_used.empty() || half_used.front() != last)) {
+    half_used.push_back(last);
+  }
+  return half_used;
+}
+
+std::vector<std::uint8_t> LayOver(const SectorSpan& sectors, std::vector<std::uint8_t> content,
+                                  const Image& image) {
+  std::ranges::copy(image.bytes, content.begin() + (image.address - sectors.address));
+  return content;
+}
+
+Ranges CutIntoBlocks(const Ranges& runs) {
+  Ranges blocks;
+  for (const Range& run : runs) {
+    for (std::uint64_t start = run.first; start <= run.last; start += kLargestBlock) {
+      const std::uint64_t last = std::min<std::uint64_t>(start + kLargestBlock - 1, run.last);
+      blocks.push_back({static_cast<std::uint32_t>(start), static_cast<std::uint32_t>(last)});
+    }
+  }
+  return blocks;
+}
+
+BlockParts SplitBlock(std::span<const std::uint8_t> block) {
+  const std::size_t packets = block.size() / kWritePacket * kWritePacket;
+  return {block.first(packets), block.subspan(packets)};
+}
+
+std::uint64_t BlockTransfers(std::span<const std::uint8_t> block) {
+  const BlockParts parts = SplitBlock(block);
+  return ProgramTransfers(parts.packets) + TailWords(0, parts.tail).size() * kWordWriteTransfers;
+}

@@ -1,0 +1,181 @@
+#include "flash/engine/sector_writer.h"
+
+#include <algorithm>
+
+#include "base/failure.h"
+#include "flash/engine/sector_plan.h"
+#include "flash/engine/tail_words.h"
+
+namespace {
+
+Range SectorAt(std::uint32_t address) {
+  return {address, address + (kSectorSize - 1)};
+}
+
+bool IsIn(const Ranges& runs, std::uint32_t address) {
+  return std::ranges::any_of(
+      runs, [&](const Range& run) { return run.first <= address && address <= run.last; });
+}
+
+Mismatch Differences(std::uint32_t address, std::span<const std::uint8_t> found,
+                     std::span<const std::uint8_t> wanted) {
+  Mismatch mismatch{.wrong = DifferingBytes(address, found, wanted)};
+  if (!mismatch.wrong.empty()) {
+    mismatch.first = mismatch.wrong.front().first;
+    mismatch.found = found[mismatch.first - address];
+    mismatch.wanted = wanted[mismatch.first - address];
+  }
+  return mismatch;
+}
+
+}  // namespace
+
+std::string DifferenceText(const Ranges& wrong) {
+  const std::uint64_t count = TotalSize(wrong);
+  return SizeText(count) + (count == 1 ? " differs" : " differ") + " from what was written";
+}
+
+void FailVerify(const Mismatch& mismatch) {
+  throw Failure(ExitCode::kVerify,
+                DifferenceText(mismatch.wrong) + ", at the second try too: " +
+                    RangesText(mismatch.wrong) + "; first at " + Hex(mismatch.first) + ": " +
+                    Hex(mismatch.found, 2) + " in place of " + Hex(mismatch.wanted, 2),
+                "The flash may be protected, worn out, or smaller than the image's addresses.");
+}
+
+void SectorWriter::HeedStop(StopWish wish) const {
+  if (wish == StopWish::kHeed && host_.StopRequested()) {
+    throw Failure(ExitCode::kStopped, "stopped by the user");
+  }
+}
+
+Ranges SectorWriter::Write(const Ranges& runs, const Content& content, StopWish wish) {
+  progress_.Begin("program", TotalSize(runs));
+  done_ = 0;
+  told_ = 0;
+  std::vector<std::uint32_t> first;
+  std::vector<std::uint32_t> last;
+  Ranges whole = runs;
+  for (const std::uint32_t address : shared_.addresses) {
+    if (!IsIn(runs, address)) {
+      continue;
+    }
+    const auto& open = shared_.journal->OpenSector();
+    const bool is_in_danger =
+        shared_.taken_over.contains(address) || (open && open->address == address);
+    (is_in_danger ? first : last).push_back(address);
+    whole = Without(whole, {SectorAt(address)});
+  }
+  for (const std::uint32_t address : first) {
+    HeedStop(wish);
+    WriteShared(SectorAt(address), content);
+  }
+  for (const Range& block : CutIntoBlocks(whole)) {
+    HeedStop(wish);
+    WriteBlock(block, content);
+    if (shared_.journal != nullptr) {
+      shared_.journal->Wrote(block.first, content.At(block));
+    }
+    done_ += block.Size();
+    Tell(done_);
+  }
+  for (const std::uint32_t address : last) {
+    HeedStop(wish);
+    WriteShared(SectorAt(address), content);
+  }
+  progress_.Done();
+  if (!last.empty()) {
+    return {SectorAt(last.back())};
+  }
+  return whole.empty() && !first.empty() ? Ranges{SectorAt(first.back())} : Ranges{};
+}
+
+void SectorWriter::WriteShared(const Range& sector, const Content& content) {
+  const auto hold = host_.HoldStop();
+  const auto planned = content.At(sector);
+  const auto taken_over = shared_.taken_over.find(sector.first);
+  const bool is_taken_over = taken_over != shared_.taken_over.end();
+  shared_.journal->Open(sector.first, shared_.original.At(sector), planned,
+                        is_taken_over ? &taken_over->second : nullptr);
+  if (is_taken_over) {
+    shared_.taken_over.erase(taken_over);
+  }
+  state_.SetKept({sector}, shared_.journal->File());
+  bool was_wrong = false;
+  for (;;) {
+    WriteBlock(sector, content);
+    const std::vector<std::uint8_t> found = camera_.ReadFlash(sector.first, kSectorSize, {});
+    const Mismatch mismatch = Differences(sector.first, found, planned);
+    if (mismatch.wrong.empty()) {
+      break;
+    }
+    shared_.journal->Seen(SectorDigest(found));
+    state_.SetWrong(mismatch.wrong);
+    if (was_wrong) {
+      FailVerify(mismatch);
+    }
+    was_wrong = true;
+    output_.Note(DifferenceText(mismatch.wrong) + ": " + RangesText(mismatch.wrong) + "; writing " +
+                 Text(sector) + " once more");
+  }
+  if (was_wrong) {
+    state_.SetWrong({});
+  }
+  shared_.journal->Close(planned);
+  state_.SetKept({}, {});
+  done_ += sector.Size();
+  Tell(done_);
+}
+
+// A second try begins anew; a bar never runs back.
+void SectorWriter::Tell(std::uint64_t done) {
+  told_ = std::max(told_, done);
+  progress_.Advance(told_);
+}
+
+void SectorWriter::WriteBlock(const Range& block, const Content& content) {
+  const auto hold = host_.HoldStop();
+  const BlockParts parts = SplitBlock(content.At(block));
+  state_.Begin(block);
+  progress_.Stage("erase");
+  bool programming = false;
+  camera_.ProgramFlash(block.first, parts.packets, [&](std::uint64_t done) {
+    if (done > 0 && !programming) {
+      programming = true;
+      progress_.Stage("program");
+    }
+    Tell(done_ + done);
+  });
+  const auto tail = static_cast<std::uint32_t>(block.first + parts.packets.size());
+  for (const TailWord& word : TailWords(tail, parts.tail)) {
+    camera_.WriteFlashWord(word.address, word.value);
+  }
+  state_.End(block);
+}
+
+Mismatch SectorWriter::Compare(const Ranges& runs, const Content& content) {
+  progress_.Begin("verify", TotalSize(runs));
+  Mismatch all;
+  std::uint64_t done = 0;
+  for (const Range& run : runs) {
+    const std::vector<std::uint8_t> found = camera_.ReadFlash(
+        run.first, run.Size(), [&](std::uint64_t part) { progress_.Advance(done + part); });
+    done += run.Size();
+    const Mismatch here = Differences(run.first, found, content.At(run));
+    if (all.wrong.empty()) {
+      all = here;
+    } else {
+      all.wrong.insert(all.wrong.end(), here.wrong.begin(), here.wrong.end());
+    }
+  }
+  progress_.Done();
+  return all;
+}
+
+Ranges SectorsOf(const Ranges& bytes) {
+  Ranges sectors;
+  for (const Range& range : bytes) {
+    AppendRange(sectors, SectorsAround(range.first, range.Size()).Whole());
+  }
+  return sectors;
+}

@@ -1,0 +1,257 @@
+#include <algorithm>
+#include <memory>
+#include <nlohmann/json.hpp>
+#include <optional>
+
+#include "camera/camera_choice.h"
+#include "command/commands.h"
+#include "flash/program_names.h"
+#include "base/failure.h"
+#include "base/files.h"
+#include "flash/engine/byte_ranges.h"
+#include "flash/engine/camera_evidence.h"
+#include "flash/engine/flash_end.h"
+#include "flash/engine/recovery.h"
+#include "flash/report.h"
+#include "flash/engine/safeguard.h"
+#include "flash/engine/sector_plan.h"
+#include "flash/engine/sector_writer.h"
+#include "base/sha256.h"
+#include "flash/engine/work_journal.h"
+#include "camera/host.h"
+#include "output/output.h"
+#include "output/progress.h"
+
+namespace {
+
+constexpr std::uint8_t kErased = 0xFF;
+
+void RefuseHalfSectors(const Range& range) {
+  const Range whole = SectorsAround(range.first, range.Size()).Whole();
+  if (!(whole == range)) {
+    throw Failure(ExitCode::kUsage,
+                  "RANGE: " + Text(range) +
+                      " ends within a sector; only whole sectors of 4096 bytes can be erased",
+                  "The sectors around it are " + Text(whole) + ".");
+  }
+}
+
+// Erases one range of whole sectors. Lives for one run.
+class Eraser {
+ public:
+  Eraser(const FlashEraseCommand& command, Context& context)
+      : command_(command),
+        context_(context),
+        range_(command.range),
+        sectors_{range_.first, range_.Size()},
+        blank_(range_.Size(), kErased) {}
+
+  ExitCode Run();
+
+ private:
+  void Examine();
+  void Confirm() const;
+  void Secure();
+  void Erase(const Ranges& sectors);
+  [[noreturn]] void FailErase(const Failure& failure, const Ranges& erased,
+                              std::uint32_t sector) const;
+  void Verify();
+  void End();
+  ExitCode Tell();
+
+  const FlashEraseCommand& command_;
+  Context& context_;
+  const Range range_;
+  const SectorSpan sectors_;
+  const std::vector<std::uint8_t> blank_;
+  CameraIdentity identity_;
+  std::unique_ptr<Host::Reservation> reservation_;
+  std::unique_ptr<Camera> camera_;
+  std::optional<JournalStore> store_;
+  std::optional<WorkJournal> journal_;
+  std::optional<BackupRecord> backup_;
+  Recovery recovery_;
+  Ranges changes_;  // sectors that are not blank
+  Ranges wrong_;    // bytes that are not, in the end
+};
+
+ExitCode Eraser::Run() {
+  identity_ = ChosenCamera(context_.host, context_.common.cameras);
+  reservation_ = context_.host.ReserveCamera(identity_);
+  camera_ = context_.host.OpenCamera(identity_);
+  store_.emplace(AbsoluteName(context_.host.JournalFolder()), identity_);
+  CheckWithinFlash(*camera_, "RANGE", range_, command_.flash_size, context_.output);
+  Confirm();
+  Examine();
+  if (!changes_.empty()) {
+    Secure();
+    Erase(changes_);
+    Verify();
+  }
+  if (wrong_.empty()) {
+    End();
+  }
+  return Tell();
+}
+
+void Eraser::Confirm() const {
+  if (!command_.yes &&
+      !context_.host.Ask("Erase " + SizeText(range_.Size()) + " of flash, " + Text(range_) +
+                         ", of camera " + CameraLine(identity_) + "?")) {
+    throw Failure(ExitCode::kStopped, "nothing was erased",
+                  "Answer y, or give --yes to erase without being asked.");
+  }
+}
+
+void Eraser::Examine() {
+  context_.progress.Begin("read", range_.Size());
+  const std::vector<std::uint8_t> now = camera_->ReadFlash(
+      range_.first, range_.Size(), [&](std::uint64_t done) { context_.progress.Advance(done); });
+  context_.progress.Done();
+  const RecoveryRequest request{identity_.path, range_, Sha256(blank_), sectors_, now, blank_, {}};
+  recovery_ = Recover(request, JournalsInReach(*store_, context_.host, identity_),
+                      [&](const Journal& journal) { return CompareLandmarks(*camera_, journal); });
+  for (const std::string& note : recovery_.notes) {
+    context_.output.Note(note);
+  }
+  changes_ = DifferingSectors(range_.first, now, blank_);
+}
+
+void Eraser::Secure() {
+  const Range saved{changes_.front().first, changes_.back().last};
+  if (recovery_.backup) {
+    backup_ = recovery_.backup;
+    context_.output.Note("the backup from before the cut-off erasing stays: " + backup_->file);
+  } else if (command_.backup) {
+    const std::string file = command_.backup_file.empty()
+                                 ? BackupName("flash", identity_, saved.first, context_.host)
+                                 : command_.backup_file;
+    backup_ =
+        WriteBackup(file, saved.first,
+                    PartOf(std::span<const std::uint8_t>(recovery_.before), range_.first, saved));
+    context_.output.Note("backup of " + Text(saved) + ": " + file);
+  }
+  if (backup_) {
+    journal_.emplace(*store_, store_->NewName(TimeInFileName(context_.host.Now())),
+                     Journal{.command = "flash erase",
+                             .begun = TimeText(context_.host.Now()),
+                             .vid = identity_.vid,
+                             .pid = identity_.pid,
+                             .camera = identity_.path,
+                             .image = {},
+                             .sha256 = Sha256(blank_),
+                             .address = range_.first,
+                             .size = range_.Size(),
+                             .backup = backup_,
+                             .sectors = RecordSectors(sectors_, changes_, recovery_.before, blank_),
+                             .landmarks = TakeLandmarks(*camera_, sectors_),
+                             .open_sector = std::nullopt,
+                             .replaces = {}});
+    journal_->Begin();
+  }
+  ReleaseSectors(*store_, recovery_, changes_, sectors_, blank_);
+}
+
+void Eraser::Erase(const Ranges& sectors) {
+  context_.progress.Begin("erase", TotalSize(sectors));
+  std::uint64_t done = 0;
+  Ranges erased;
+  for (const Range& run : sectors) {
+    for (std::uint64_t address = run.first; address <= run.last; address += kSectorSize) {
+      const auto sector = static_cast<std::uint32_t>(address);
+      try {
+        if (context_.host.StopRequested()) {
+          throw Failure(ExitCode::kStopped, "stopped by the user");
+        }
+        camera_->EraseSector(sector);
+      } catch (const Failure& failure) {
+        FailErase(failure, erased, sector);
+      }
+      AppendRange(erased, {sector, sector + (kSectorSize - 1)});
+      done += kSectorSize;
+      context_.progress.Advance(done);
+    }
+  }
+  context_.progress.Done();
+}
+
+void Eraser::FailErase(const Failure& failure, const Ranges& erased, std::uint32_t sector) const {
+  const bool at_sector = failure.Code() != ExitCode::kStopped;
+  const std::string message = failure.Message() + "; " +
+                              (erased.empty() ? "nothing" : RangesText(erased)) + " is erased" +
+                              (at_sector ? ", the sector at " + Hex(sector) + " perhaps" : "");
+  std::string hint = failure.Hint();
+  if (backup_) {
+    hint += (hint.empty() ? "" : "\n") + std::string("To go back: ") +
+            GoBackText(backup_->file, backup_->address, identity_, false);
+  }
+  throw Failure(failure.Code(), message, hint);
+}
+
+void Eraser::Verify() {
+  for (bool again = false;; again = true) {
+    context_.progress.Begin("verify", TotalSize(changes_));
+    wrong_.clear();
+    std::uint64_t done = 0;
+    for (const Range& run : changes_) {
+      const std::vector<std::uint8_t> found =
+          camera_->ReadFlash(run.first, run.Size(),
+                             [&](std::uint64_t part) { context_.progress.Advance(done + part); });
+      done += run.Size();
+      const Ranges here = DifferingBytes(run.first, found,
+                                         std::span<const std::uint8_t>(blank_).first(found.size()));
+      wrong_.insert(wrong_.end(), here.begin(), here.end());
+    }
+    context_.progress.Done();
+    if (wrong_.empty() || again) {
+      return;
+    }
+    const Ranges sectors = SectorsOf(wrong_);
+    context_.output.Note(RangesText(sectors) + " is not blank; erasing once more");
+    Erase(sectors);
+  }
+}
+
+void Eraser::End() {
+  try {
+    if (journal_) {
+      journal_->End();
+    }
+    for (const std::string& file : recovery_.finished) {
+      store_->Remove(file);
+    }
+    FollowInJournals(*store_, sectors_, recovery_.truth, blank_);
+  } catch (const Failure& failure) {
+    context_.output.Note(failure.Message() + "; the change that it tells of is finished");
+  }
+}
+
+ExitCode Eraser::Tell() {
+  using Json = nlohmann::ordered_json;
+  context_.result = {
+      {"camera", ToJson(identity_)}, {"first", range_.first},
+      {"last", range_.last},         {"size", range_.Size()},
+      {"erased", ToJson(changes_)},  {"backup", backup_ ? Json(backup_->file) : Json()},
+      {"verified", wrong_.empty()},  {"wrong", ToJson(wrong_)}};
+  if (!wrong_.empty()) {
+    context_.output.Error("borvanusb: flash erase: erased " + Text(range_) + ", but " +
+                          std::to_string(TotalSize(wrong_)) +
+                          " bytes do not read 0xff: " + RangesText(wrong_));
+    return ExitCode::kVerify;
+  }
+  const std::uint64_t sectors = range_.Size() / kSectorSize;
+  const std::uint64_t erased = TotalSize(changes_) / kSectorSize;
+  context_.output.Line("Erased " + SizeText(range_.Size()) + ", " + Text(range_) +
+                       "; all of it reads 0xff" +
+                       (erased == sectors ? std::string(".")
+                                          : ", " + std::to_string(sectors - erased) + " of " +
+                                                std::to_string(sectors) + " sectors did already."));
+  return ExitCode::kDone;
+}
+
+}  // namespace
+
+ExitCode Run(const FlashEraseCommand& command, Context& context) {
+  RefuseHalfSectors(command.range);
+  return Eraser(command, context).Run();
+}

@@ -1,0 +1,66 @@
+#include <algorithm>
+#include <nlohmann/json.hpp>
+
+#include "camera/camera_choice.h"
+#include "command/commands.h"
+#include "flash/engine/byte_ranges.h"
+#include "flash/engine/flash_end.h"
+#include "flash/report.h"
+#include "flash/engine/sector_plan.h"
+#include "camera/host.h"
+#include "output/output.h"
+#include "output/progress.h"
+
+namespace {
+
+constexpr std::uint64_t kSectorsPerLine = 64;
+constexpr std::uint8_t kErased = 0xFF;
+constexpr int kAddressDigits = 8;
+constexpr char kUsedSign = '#';
+constexpr char kBlankSign = '.';
+
+// What is mapped, in whole sectors.
+Range Mapped(const FlashMapCommand& command, Camera& camera, Output& output) {
+  if (!command.range_remark.empty()) {
+    output.Note(command.range_remark);
+  }
+  if (command.range) {
+    CheckWithinFlash(camera, "RANGE", *command.range, command.flash_size, output);
+  }
+  const Range range =
+      command.range ? *command.range : WholeFlash(camera, command.flash_size, output);
+  return SectorsAround(range.first, range.Size()).Whole();
+}
+
+}  // namespace
+
+ExitCode Run(const FlashMapCommand& command, Context& context) {
+  const CameraIdentity identity = ChosenCamera(context.host, context.common.cameras);
+  const auto camera = context.host.OpenCamera(identity);
+  const Range range = Mapped(command, *camera, context.output);
+  context.progress.Begin("read", range.Size());
+  const std::vector<std::uint8_t> bytes = camera->ReadFlash(
+      range.first, range.Size(), [&](std::uint64_t done) { context.progress.Advance(done); });
+  context.progress.Done();
+
+  const Ranges used =
+      DifferingSectors(range.first, bytes, std::vector<std::uint8_t>(bytes.size(), kErased));
+  const Ranges blank = Without({range}, used);
+  std::string signs(range.Size() / kSectorSize, kBlankSign);
+  for (const Range& run : used) {
+    const auto start = static_cast<std::ptrdiff_t>((run.first - range.first) / kSectorSize);
+    std::fill_n(signs.begin() + start, run.Size() / kSectorSize, kUsedSign);
+  }
+  for (std::uint64_t i = 0; i < signs.size(); i += kSectorsPerLine) {
+    context.output.Line(Hex(range.first + i * kSectorSize, kAddressDigits) + "  " +
+                        signs.substr(i, kSectorsPerLine));
+  }
+  context.output.Line(std::string(1, kUsedSign) + " used: " + SizeText(TotalSize(used)) + "   " +
+                      kBlankSign + " blank: " + SizeText(TotalSize(blank)) +
+                      "   each sign is a sector of 4096 bytes");
+  context.result = {
+      {"camera", ToJson(identity)},    {"first", range.first},           {"last", range.last},
+      {"sector_size", kSectorSize},    {"used", ToJson(used)},           {"blank", ToJson(blank)},
+      {"used_bytes", TotalSize(used)}, {"blank_bytes", TotalSize(blank)}};
+  return ExitCode::kDone;
+}

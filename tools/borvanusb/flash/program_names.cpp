@@ -1,0 +1,65 @@
+#include "flash/program_names.h"
+
+#include "command/command_line.h"
+#include "base/numbers.h"
+#include "base/files.h"
+
+namespace {
+
+struct NameParts {
+  std::string stem;       // with the folder
+  std::string extension;  // with its point, or empty
+};
+
+NameParts SplitName(const std::string& file) {
+  const std::size_t slash = file.find_last_of("/\\");
+  const std::size_t start = slash == std::string::npos ? 0 : slash + 1;
+  const std::size_t point = file.find_last_of('.');
+  if (point == std::string::npos || point <= start) {
+    return {file, ""};
+  }
+  return {file.substr(0, point), file.substr(point)};
+}
+
+}  // namespace
+
+std::vector<std::string> ProgramWords(const FlashProgramCommand& command) {
+  // The line may be repeated in another folder.
+  std::vector<std::string> words = {"flash", "program", AbsoluteName(command.image), "--address",
+                                    Hex(command.address)};
+  const auto add = [&](bool wanted, const std::string& word) {
+    if (wanted) {
+      words.push_back(word);
+    }
+  };
+  if (command.flash_size) {
+    words.insert(words.end(), {"--flash-size", std::to_string(*command.flash_size)});
+  }
+  add(command.dry_run, "--dry-run");
+  add(!command.verify, "--no-verify");
+  add(!command.backup, "--no-backup");
+  if (!command.backup_file.empty()) {
+    words.insert(words.end(), {"--backup", AbsoluteName(command.backup_file)});
+  }
+  add(command.restore_on_failure, "--restore-on-failure");
+  add(command.force, "--force");
+  if (!command.report.empty()) {
+    words.insert(words.end(), {"--report", AbsoluteName(command.report)});
+  }
+  return words;
+}
+
+std::string GoBackText(const std::string& backup, std::uint32_t address,
+                       const CameraIdentity& camera, bool is_blank) {
+  std::vector<std::string> words = {"flash", "program", backup, "--address", Hex(address)};
+  if (is_blank) {
+    words.emplace_back("--force");
+  }
+  words.insert(words.end(), {"--camera", camera.path});
+  return CommandLineText(words);
+}
+
+std::string InsertBeforeExtension(const std::string& file, const std::string& part) {
+  const NameParts parts = SplitName(file);
+  return parts.stem + "-" + part + parts.extension;
+}

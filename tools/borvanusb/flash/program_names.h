@@ -1,0 +1,19 @@
+#pragma once
+
+#include <cstddef>
+#include <string>
+#include <vector>
+
+#include "command/arguments.h"
+#include "camera/camera.h"
+
+// The words of a `flash program` command line that does what `command` says, without --all and
+// --camera.
+std::vector<std::string> ProgramWords(const FlashProgramCommand& command);
+
+// The command line that writes a backup back.
+std::string GoBackText(const std::string& backup, std::uint32_t address,
+                       const CameraIdentity& camera, bool is_blank);
+
+// "dir/report.json" with "-2" before its extension: "dir/report-2.json".
+std::string InsertBeforeExtension(const std::string& file, const std::string& part);

@@ -1,0 +1,11 @@
+#pragma once
+
+#include "flash/engine/image.h"
+#include "flash/report.h"
+#include "output/output.h"
+
+// What `flash program` would do, for --dry-run.
+void ShowPlan(const Image& image, const ProgramOutcome& outcome, Output& output);
+
+// What it did.
+void ShowResult(const Image& image, const ProgramOutcome& outcome, Output& output);

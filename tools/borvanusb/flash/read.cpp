@@ -1,0 +1,55 @@
+#include <nlohmann/json.hpp>
+
+#include "camera/camera_choice.h"
+#include "command/commands.h"
+#include "base/files.h"
+#include "flash/engine/flash_end.h"
+#include "flash/report.h"
+#include "base/sha256.h"
+#include "flash/text_dump.h"
+#include "camera/host.h"
+#include "output/output.h"
+#include "output/progress.h"
+
+namespace {
+
+Range Wanted(const FlashReadCommand& command, Camera& camera, Output& output) {
+  if (command.whole) {
+    return WholeFlash(camera, command.flash_size, output);
+  }
+  if (!command.range_remark.empty()) {
+    output.Note(command.range_remark);
+  }
+  CheckWithinFlash(camera, "RANGE", command.range, command.flash_size, output);
+  return command.range;
+}
+
+}  // namespace
+
+ExitCode Run(const FlashReadCommand& command, Context& context) {
+  CheckWritable(command.file);
+  const CameraIdentity identity = ChosenCamera(context.host, context.common.cameras);
+  const auto camera = context.host.OpenCamera(identity);
+  const Range range = Wanted(command, *camera, context.output);
+  context.progress.Begin("read", range.Size());
+  const std::vector<std::uint8_t> bytes = camera->ReadFlash(
+      range.first, range.Size(), [&](std::uint64_t done) { context.progress.Advance(done); });
+  context.progress.Done();
+  const bool as_text = command.file.ends_with(".txt");
+  if (as_text) {
+    WriteWholeText(command.file, TextDump(range.first, bytes));
+  } else {
+    WriteWholeFile(command.file, bytes);
+  }
+  const std::string digest = Sha256(bytes);
+  context.output.Line("Read " + SizeText(bytes.size()) + " from " + Text(range) + " into " +
+                      command.file + ", SHA-256 " + digest + ".");
+  context.result = {{"camera", ToJson(identity)},
+                    {"first", range.first},
+                    {"last", range.last},
+                    {"size", bytes.size()},
+                    {"file", command.file},
+                    {"form", as_text ? "text" : "raw"},
+                    {"sha256", digest}};
+  return ExitCode::kDone;
+}

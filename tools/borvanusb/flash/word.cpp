@@ -1,0 +1,192 @@
+#include <algorithm>
+#include <limits>
+#include <nlohmann/json.hpp>
+#include <vector>
+
+#include "camera/camera_choice.h"
+#include "command/commands.h"
+#include "base/failure.h"
+#include "base/files.h"
+#include "flash/engine/camera_evidence.h"
+#include "flash/engine/flash_end.h"
+#include "flash/engine/recovery.h"
+#include "flash/report.h"
+#include "flash/engine/safeguard.h"
+#include "flash/engine/sector_plan.h"
+#include "base/sha256.h"
+#include "flash/engine/work_journal.h"
+#include "camera/host.h"
+#include "output/output.h"
+
+namespace {
+
+constexpr std::uint32_t kWordSize = 4;
+constexpr int kWordDigits = 8;
+constexpr const char* kCommand = "flash word";
+constexpr std::uint32_t kLastWord = std::numeric_limits<std::uint32_t>::max() - (kWordSize - 1);
+
+// Through a bulk read, since a single access that fails looks like a word of 0.
+std::uint32_t ReadWord(Camera& camera, std::uint32_t address) {
+  std::uint32_t word = 0;
+  for (const std::uint8_t byte : camera.ReadFlash(address, kWordSize, {})) {
+    word = word << 8U | byte;
+  }
+  return word;
+}
+
+std::string WordText(std::uint32_t word) {
+  return Hex(word, kWordDigits);
+}
+
+std::vector<std::uint8_t> BytesOf(std::uint32_t word) {
+  std::vector<std::uint8_t> bytes;
+  for (unsigned shift = 32; shift > 0; shift -= 8) {
+    bytes.push_back(static_cast<std::uint8_t>(word >> (shift - 8)));
+  }
+  return bytes;
+}
+
+// A sector that a change was cut off in is rewritten from its journal: a word in it would be lost
+// then. Throws Failure kFile.
+void RefuseOpenSector(Camera& camera, const JournalStore& store, const Range& word,
+                      std::span<const std::uint8_t> bytes, Context& context) {
+  const auto journals = JournalsInReach(store, context.host, camera.Identity());
+  const SectorSpan sectors = SectorsAround(word.first, kWordSize);
+  const bool is_open = std::ranges::any_of(journals, [&](const JournalStore::Entry& entry) {
+    const auto& open = entry.journal.open_sector;
+    return open && sectors.Holds({open->address, open->address + (kSectorSize - 1)});
+  });
+  if (!is_open) {
+    return;
+  }
+  const std::vector<std::uint8_t> now = camera.ReadFlash(sectors.address, sectors.size, {});
+  const RecoveryRequest request{camera.Identity().path, word, {}, sectors, now, bytes, {}};
+  const Recovery recovery = Recover(
+      request, journals, [&](const Journal& journal) { return CompareLandmarks(camera, journal); });
+  if (!recovery.used.empty()) {
+    const Journal& journal = recovery.used.front().journal;
+    throw Failure(ExitCode::kFile,
+                  "the sector belongs to an unfinished " + journal.command + " of " +
+                      journal.image + ", of which " + recovery.used.front().file + " tells",
+                  "Repeat that command first.");
+  }
+  std::vector<std::uint8_t> after = now;
+  std::ranges::copy(bytes, after.begin() + (word.first - sectors.address));
+  ReleaseSectors(store, recovery, {sectors.Whole()}, sectors, after);
+}
+
+class WordWriter {
+ public:
+  WordWriter(Camera& camera, const FlashWordCommand& command, Context& context)
+      : camera_(camera),
+        command_(command),
+        context_(context),
+        store_(AbsoluteName(context.host.JournalFolder()), camera.Identity()) {}
+
+  ExitCode Write(std::uint32_t value) {
+    const Range place{command_.address, command_.address + (kWordSize - 1)};
+    RefuseOpenSector(camera_, store_, place, BytesOf(value), context_);
+    const std::uint32_t before = ReadWord(camera_, command_.address);
+    context_.result["before"] = before;
+    if ((before & value) != value) {
+      context_.output.Note("the flash holds " + WordText(before) + " at " + Hex(command_.address) +
+                           "; writing only clears bits, so it can't become " + WordText(value) +
+                           " before its sector is erased");
+    }
+    if (!command_.yes &&
+        !context_.host.Ask("Write " + WordText(value) + " over " + WordText(before) + " at " +
+                           Hex(command_.address) + "?")) {
+      throw Failure(ExitCode::kStopped, "nothing was written",
+                    "Answer y, or give --yes to write without being asked.");
+    }
+    Secure(before, value);
+    camera_.WriteFlashWord(command_.address, value);
+    const std::uint32_t found = ReadWord(camera_, command_.address);
+    context_.result["written"] = value;
+    context_.result["value"] = found;
+    context_.result["verified"] = found == value;
+    if (found != value) {
+      context_.output.Error("borvanusb: flash word: " + Hex(command_.address) + ": wrote " +
+                            WordText(value) + ", but reads back " + WordText(found));
+      return ExitCode::kVerify;
+    }
+    EndJournals();
+    context_.output.Line(Hex(command_.address) + ": " + WordText(found) +
+                         ", reads back as written");
+    return ExitCode::kDone;
+  }
+
+ private:
+  void Secure(std::uint32_t before, std::uint32_t value) {
+    context_.result["backup"] = nullptr;
+    if (!command_.backup || before == value) {
+      return;
+    }
+    const CameraIdentity& identity = camera_.Identity();
+    const std::string file = command_.backup_file.empty()
+                                 ? BackupName("flash", identity, command_.address, context_.host)
+                                 : command_.backup_file;
+    const BackupRecord backup = WriteBackup(file, command_.address, BytesOf(before));
+    context_.result["backup"] = backup.file;
+    context_.output.Note("backup of " + SizeText(kWordSize) + " at " + Hex(command_.address) +
+                         ": " + file);
+    WorkJournal(store_, store_.NewName(TimeInFileName(context_.host.Now())),
+                Journal{.command = kCommand,
+                        .begun = TimeText(context_.host.Now()),
+                        .vid = identity.vid,
+                        .pid = identity.pid,
+                        .camera = identity.path,
+                        .image = {},
+                        .sha256 = Sha256(BytesOf(value)),
+                        .address = command_.address,
+                        .size = kWordSize,
+                        .backup = backup,
+                        .sectors = {},
+                        .landmarks = {},
+                        .open_sector = std::nullopt,
+                        .replaces = {}})
+        .Begin();
+  }
+
+  // This one, and those of earlier tries that were cut off.
+  void EndJournals() {
+    for (const JournalStore::Entry& entry : store_.Load()) {
+      const Journal& journal = entry.journal;
+      if (journal.command == kCommand && journal.address == command_.address &&
+          journal.camera == camera_.Identity().path) {
+        store_.Remove(entry.file);
+      }
+    }
+  }
+
+  Camera& camera_;
+  const FlashWordCommand& command_;
+  Context& context_;
+  JournalStore store_;
+};
+
+}  // namespace
+
+ExitCode Run(const FlashWordCommand& command, Context& context) {
+  if (command.address > kLastWord) {
+    throw Failure(
+        ExitCode::kUsage,
+        "ADDR: the four bytes at " + Hex(command.address) + " would reach beyond 0xffffffff",
+        "The last word is at 0xfffffffc.");
+  }
+  const CameraIdentity identity = ChosenCamera(context.host, context.common.cameras);
+  const auto reservation =
+      command.value ? context.host.ReserveCamera(identity) : std::unique_ptr<Host::Reservation>();
+  const auto camera = context.host.OpenCamera(identity);
+  CheckWithinFlash(*camera, "ADDR", {command.address, command.address + (kWordSize - 1)},
+                   command.flash_size, context.output);
+  context.result["camera"] = ToJson(identity);
+  context.result["address"] = command.address;
+  if (command.value) {
+    return WordWriter(*camera, command, context).Write(*command.value);
+  }
+  const std::uint32_t word = ReadWord(*camera, command.address);
+  context.result["value"] = word;
+  context.output.Line(Hex(command.address) + ": " + WordText(word));
+  return ExitCode::kDone;
+}

@@ -1,0 +1,54 @@
+#include <nlohmann/json.hpp>
+
+#include "command/camera_work.h"
+#include "command/commands.h"
+#include "base/files.h"
+#include "i2c/i2c_list.h"
+#include "i2c/width_modes.h"
+#include "output/output.h"
+
+namespace {
+
+// As on the bus: the high byte first.
+std::vector<std::uint8_t> RawBytes(std::span<const std::uint32_t> values, const WidthMode& mode) {
+  std::vector<std::uint8_t> bytes;
+  for (const std::uint32_t value : values) {
+    for (int digits = mode.value_digits; digits > 0; digits -= 2) {
+      bytes.push_back(static_cast<std::uint8_t>(value >> static_cast<unsigned>(4 * (digits - 2))));
+    }
+  }
+  return bytes;
+}
+
+}  // namespace
+
+ExitCode Run(const I2cDumpCommand& command, Context& context) {
+  const I2cTarget target = TargetOf(command.i2c);
+  CheckRegisterCount(command.range);
+  if (!command.file.empty()) {
+    CheckWritable(command.file);
+  }
+  const ReservedCamera camera = ReserveChosenCamera(context);
+  const std::vector<std::uint32_t> values =
+      ReadEach(context, command.range,
+               [&](std::uint32_t address) { return camera->ReadI2c(target, address); });
+  const bool raw = IsRawFileName(command.file);
+  if (raw) {
+    WriteWholeFile(command.file, RawBytes(values, WidthModeOf(target.mode)));
+  } else {
+    WriteDump(context, command.file, I2cDumpText(target, command.range, values));
+  }
+  context.result = TargetJson(target);
+  context.result["first"] = command.range.first;
+  context.result["last"] = command.range.last;
+  context.result["form"] = raw ? "raw" : "list";
+  if (command.file.empty()) {
+    context.result["file"] = nullptr;
+    context.result["registers"] = ValuesJson(command.range, values);
+  } else {
+    context.result["file"] = command.file;
+    context.output.Line(Count(values.size(), "register") + " " + Text(command.range) +
+                        " of slave " + Hex(target.slave, 2) + " in " + command.file);
+  }
+  return ExitCode::kDone;
+}

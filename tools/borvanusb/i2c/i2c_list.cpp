@@ -1,0 +1,187 @@
+#include "i2c/i2c_list.h"
+
+#include <utility>
+
+#include "i2c/width_modes.h"
+
+namespace {
+
+constexpr std::uint32_t kPassedOverA = 0xFEF0;
+constexpr std::uint32_t kPassedOverB = 0xFEF1;
+constexpr std::uint32_t kHighestSlave = 0xFF;
+constexpr int kMarkerDigits = 4;
+constexpr int kSlaveDigits = 2;
+
+bool IsMarker(std::uint32_t address) {
+  return address == kSlaveMarker || address == kWidthMarker || address == kPauseMarker ||
+         address == kDroppedMarker || IsPassedOver(address);
+}
+
+class Checker {
+ public:
+  Checker(ListText list, const std::optional<I2cTarget>& opening) {
+    checked_.list = std::move(list);
+    whole_ = checked_.list.problems.empty();
+    for (const ListEntry& entry : checked_.list.entries) {
+      if (entry.address != kPauseMarker && !IsPassedOver(entry.address)) {
+        checked_.opens_itself = entry.address == kSlaveMarker;
+        break;
+      }
+    }
+    if (!checked_.opens_itself && opening) {
+      checked_.slave = opening->slave;
+      mode_ = opening->mode;
+      by_entries_ = !WidthModeOf(opening->mode).list_code;
+    }
+  }
+
+  CheckedI2cList Check() {
+    for (const ListEntry& entry : checked_.list.entries) {
+      Take(entry);
+    }
+    if (whole_ && checked_.registers == 0) {
+      Problem(0, "the list has no register");
+    }
+    SortByLine(checked_.list.problems);
+    SortByLine(checked_.list.remarks);
+    return std::move(checked_);
+  }
+
+ private:
+  void Take(const ListEntry& entry) {
+    if (entry.address == kPauseMarker) {
+      if (const std::string problem = PauseProblem(entry); !problem.empty()) {
+        Problem(entry.line, problem);
+      }
+    } else if (IsPassedOver(entry.address)) {
+      return;
+    } else if (by_entries_ && (entry.address == kSlaveMarker || entry.address == kWidthMarker)) {
+      Problem(entry.line, Hex(entry.address) +
+                              " chooses a device and a width of at most 16 bits: "
+                              "a list for mode " +
+                              std::string(WidthModeOf(*mode_).name) + " can't hold it");
+    } else if (entry.address == kSlaveMarker) {
+      TakeSlave(entry);
+    } else if (entry.address == kWidthMarker && slave_seen_) {
+      TakeWidth(entry);
+    } else {
+      TakeRegister(entry);
+    }
+  }
+
+  void TakeSlave(const ListEntry& entry) {
+    if (entry.value > kHighestSlave) {
+      Problem(entry.line, "slave " + Hex(entry.value) + " has more than 8 bits");
+    }
+    if (!checked_.slave) {
+      checked_.slave = entry.value;
+    }
+    slave_seen_ = true;
+  }
+
+  void TakeWidth(const ListEntry& entry) {
+    slave_seen_ = false;
+    width_told_ = true;
+    mode_ = ModeOfListCode(entry.value);
+    if (!mode_) {
+      Problem(entry.line, "width code " + Hex(entry.value, 2) +
+                              " means one width to some chips and another to others: 0x01 for 8/8, "
+                              "0x03 for 16/8, 0x04 for 16/16");
+    }
+  }
+
+  void TakeRegister(const ListEntry& entry) {
+    ++checked_.registers;
+    slave_seen_ = false;
+    if (entry.address == kWidthMarker) {
+      TakeLoneWidth(entry);
+      return;
+    }
+    if (!mode_) {
+      // Said once; a bad width code has been told already, and bad lines may hide the opening.
+      if (!width_told_ && whole_) {
+        Problem(entry.line,
+                "no width code (0xfffe behind 0xfff8) stands before this register: the "
+                "list would end here");
+      }
+      width_told_ = true;
+      return;
+    }
+    const WidthMode& mode = WidthModeOf(*mode_);
+    if (entry.address > mode.highest_address) {
+      Problem(entry.line, "address " + Hex(entry.address) + " is beyond " +
+                              Hex(mode.highest_address) + ", the highest in mode " +
+                              std::string(mode.name));
+    }
+    if (entry.value > mode.highest_value) {
+      Problem(entry.line, "value " + Hex(entry.value) + " is beyond " + Hex(mode.highest_value) +
+                              ", the highest in mode " + std::string(mode.name));
+    }
+  }
+
+  // A width code that lost its slave is the likelier of the two things that it can be.
+  void TakeLoneWidth(const ListEntry& entry) {
+    if (checked_.registers == 1) {
+      Problem(entry.line,
+              "0xfffe opens the list: without 0xfff8 in front it is no width code but "
+              "a register of the device");
+    } else {
+      checked_.list.remarks.push_back(
+          {entry.line,
+           "0xfffe without 0xfff8 in front is a register of the device here, no width "
+           "code"});
+    }
+  }
+
+  void Problem(std::uint64_t line, std::string text) {
+    checked_.list.problems.push_back({line, std::move(text)});
+  }
+
+  CheckedI2cList checked_;
+  bool whole_ = false;  // no bad line hides an entry
+  bool by_entries_ = false;
+  bool slave_seen_ = false;
+  bool width_told_ = false;
+  std::optional<std::int32_t> mode_;
+};
+
+std::string Opening(const I2cTarget& target) {
+  return ListLine(kSlaveMarker, target.slave, kMarkerDigits, kSlaveDigits) + "\n" +
+         ListLine(kWidthMarker, WidthModeOf(target.mode).list_code.value(), kMarkerDigits, 2) +
+         "\n";
+}
+
+}  // namespace
+
+bool IsPassedOver(std::uint32_t address) {
+  return address == kPassedOverA || address == kPassedOverB;
+}
+
+CheckedI2cList CheckI2cList(std::string_view text, const std::optional<I2cTarget>& opening) {
+  return Checker(ReadListText(text), opening).Check();
+}
+
+std::string I2cListText(const std::vector<ListEntry>& entries,
+                        const std::optional<I2cTarget>& opening) {
+  std::string text = opening ? Opening(*opening) : "";
+  for (const ListEntry& entry : entries) {
+    text += ListLine(entry.address, entry.value, kMarkerDigits, 2) + "\n";
+  }
+  return text;
+}
+
+std::string I2cDumpText(const I2cTarget& target, const Range& range,
+                        std::span<const std::uint32_t> values) {
+  const WidthMode& mode = WidthModeOf(target.mode);
+  std::string text = mode.list_code
+                         ? Opening(target)
+                         : "// no list can tell this device: load with --slave " +
+                               Hex(target.slave) + " --mode " + std::string(mode.name) + "\n";
+  for (std::size_t i = 0; i < values.size(); ++i) {
+    const auto address = static_cast<std::uint32_t>(range.first + i);
+    const std::string line =
+        ListLine(address, values[i], mode.address_digits, mode.value_digits) + "\n";
+    text += IsMarker(address) ? "// no list can write this register: " + line : line;
+  }
+  return text;
+}

@@ -1,0 +1,37 @@
+#pragma once
+
+#include <string>
+
+#include "command/command_rules.h"
+#include "command/values.h"
+
+// The options that tell how to speak to a device on the I2C bus, for commands with a member `i2c`.
+
+template <typename C>
+void AddSlave(RuleOf<C>& rule, bool required) {
+  const OptionDescription slave =
+      Option("--slave", "N", "the device's address on the bus, 0 to 255, not shifted");
+  rule.Add(required ? Required(slave) : slave, [](C& command, const std::string& text) {
+    command.i2c.slave = static_cast<std::uint32_t>(NumberValue(text, 0, 255));
+  });
+}
+
+template <typename C>
+void AddMode(RuleOf<C>& rule) {
+  rule.Add(Choices(Option("--mode", "BITS",
+                          "bits of address and data: 8/8, 16/8 (default), 16/16, 32/8, 32/16, "
+                          "32/32, or 0 to 5"),
+                   {"8/8", "16/8", "16/16", "32/8", "32/16", "32/32"}),
+           [](C& command, const std::string& text) { command.i2c.mode = WidthModeValue(text); });
+}
+
+template <typename C>
+void AddOption(RuleOf<C>& rule) {
+  rule.Add(Option("--option", "N", "handed to the chip as it is, 0 to 255, default 0"),
+           [](C& command, const std::string& text) {
+             command.i2c.option = static_cast<std::uint32_t>(NumberValue(text, 0, 255));
+           });
+}
+
+// Throws WrongUse when an address is too big for the width mode.
+void CheckI2cAddress(const std::string& name, std::uint32_t address, const I2cOptions& i2c);

@@ -1,0 +1,102 @@
+#include <nlohmann/json.hpp>
+
+#include "command/camera_work.h"
+#include "command/commands.h"
+#include "registers/list_problems.h"
+#include "registers/list_verify.h"
+#include "base/failure.h"
+#include "base/files.h"
+#include "i2c/i2c_list.h"
+#include "i2c/width_modes.h"
+#include "output/output.h"
+#include "output/progress.h"
+
+namespace {
+
+// Above what the library's lists can carry.
+bool IsBeyondLists(const I2cOptions& options) {
+  return !WidthModeOf(options.mode).list_code;
+}
+
+// Whether the list itself and the options name one device. Throws kUsage where they can't both
+// hold.
+void CheckDevice(const I2cLoadCommand& command, const CheckedI2cList& checked, Context& context) {
+  if (!checked.opens_itself && !command.i2c.slave) {
+    throw Failure(ExitCode::kUsage,
+                  "--slave: " + command.file +
+                      " does not open with 0xfff8 and 0xfffe, so it does "
+                      "not tell its device",
+                  "Give --slave and --mode, or put the two lines in front.");
+  }
+  if (!checked.opens_itself) {
+    return;
+  }
+  if (IsBeyondLists(command.i2c)) {
+    throw Failure(ExitCode::kUsage,
+                  "--mode: " + command.file +
+                      " opens with 0xfff8, which chooses another width "
+                      "than " +
+                      std::string(WidthModeOf(command.i2c.mode).name),
+                  "Take the lines 0xfff8 and 0xfffe out, or leave --mode away.");
+  }
+  if (command.i2c.slave && checked.slave && *command.i2c.slave != *checked.slave) {
+    context.output.Note("note: " + command.file + " names its device itself, slave " +
+                        Hex(*checked.slave, 2) + "; --slave does not count");
+  }
+}
+
+// Registers of 32 bits, which no list of the library can hold.
+void WriteEntries(const std::vector<ListEntry>& entries, const I2cTarget& target, Camera& camera,
+                  Context& context) {
+  context.progress.Begin("write", entries.size(), ProgressUnit::kEntries);
+  std::uint64_t done = 0;
+  for (const ListEntry& entry : entries) {
+    if (entry.address == kPauseMarker) {
+      context.host.Sleep(std::chrono::milliseconds(entry.value));
+    } else if (!IsPassedOver(entry.address)) {
+      try {
+        camera.WriteI2c(target, entry.address, entry.value);
+      } catch (const Failure& failure) {
+        throw Failure(failure.Code(),
+                      "line " + std::to_string(entry.line) + ", register " + Hex(entry.address) +
+                          ": " + failure.Message() + "; the lines before it are written",
+                      failure.Hint());
+      }
+    }
+    context.progress.Advance(++done);
+  }
+  context.progress.Done();
+}
+
+}  // namespace
+
+ExitCode Run(const I2cLoadCommand& command, Context& context) {
+  const std::optional<I2cTarget> given =
+      command.i2c.slave ? std::optional(TargetOf(command.i2c)) : std::nullopt;
+  const CheckedI2cList checked = CheckI2cList(ReadWholeText(command.file), given);
+  CheckDevice(command, checked, context);
+  if (command.check_only) {
+    return ReportCheck("i2c load", command.file, checked.list, checked.registers, context);
+  }
+  RequireGoodList(command.file, checked.list, "nothing was sent", context);
+  NoteRemarks(command.file, checked.list, context);
+  const ReservedCamera camera = ReserveChosenCamera(context);
+  const std::vector<ListEntry>& entries = checked.list.entries;
+  const std::optional<I2cTarget> opening = checked.opens_itself ? std::nullopt : given;
+  if (opening && IsBeyondLists(command.i2c)) {
+    WriteEntries(entries, *opening, *camera.camera, context);
+  } else {
+    camera->WriteI2cList(I2cListText(entries, opening), command.i2c.option);
+  }
+  context.result = LoadJson(command.file, checked.list, checked.registers, true);
+  const std::string written =
+      Count(checked.registers, "register") + " written from " + command.file;
+  if (!command.verify) {
+    context.output.Line(written);
+    return ExitCode::kDone;
+  }
+  const ReadBack read_back =
+      ReadBackI2c(WrittenByI2cList(entries, opening), command.i2c.option, *camera.camera, context);
+  context.output.Line(written + ReadBackText(read_back));
+  return ReportReadBack("i2c load", command.file, read_back, context);
+}

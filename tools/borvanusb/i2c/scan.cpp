@@ -1,0 +1,137 @@
+#include <map>
+#include <nlohmann/json.hpp>
+
+#include "command/camera_work.h"
+#include "command/commands.h"
+#include "base/failure.h"
+#include "i2c/width_modes.h"
+#include "output/output.h"
+#include "output/progress.h"
+
+namespace {
+
+constexpr std::uint32_t kRow = 16;
+constexpr std::uint32_t kHighestSlave = 0xFF;
+
+using Answers = std::map<std::uint32_t, std::uint32_t>;  // value by slave
+
+// An empty bus looks like this to many chips.
+const char* Doubt(std::uint32_t value, const WidthMode& mode) {
+  if (value == 0) {
+    return "zeros";
+  }
+  return value == mode.highest_value ? "ones" : "";
+}
+
+// Whether the camera itself is still there, when slaves stop to answer.
+void RequireCamera(Camera& camera) {
+  try {
+    camera.ReadRegister(kFeatureRegister, RegisterWidth::kByte);
+  } catch (const Failure& failure) {
+    throw Failure(failure.Code(),
+                  "while scanning, the camera itself stopped to answer: " + failure.Message(),
+                  failure.Hint());
+  }
+}
+
+Answers Scan(const I2cScanCommand& command, Camera& camera, Context& context) {
+  Answers answers;
+  I2cTarget target{0, command.i2c.mode, command.i2c.option};
+  context.progress.Begin("scan", command.slaves.Size(), ProgressUnit::kSlaves);
+  for (std::uint32_t slave = command.slaves.first; slave <= command.slaves.last; ++slave) {
+    target.slave = slave;
+    bool failed = false;
+    try {
+      answers[slave] = camera.ReadI2c(target, command.address);
+    } catch (const Failure& failure) {
+      if (failure.Code() != ExitCode::kDevice) {
+        throw;
+      }
+      context.output.Detail("slave " + Hex(slave, 2) + ": " + failure.Message());
+      failed = true;
+    }
+    // A camera that is gone fails as an empty bus does.
+    if (failed && (slave % kRow == kRow - 1 || slave == command.slaves.last)) {
+      RequireCamera(camera);
+    }
+    context.progress.Advance(slave - command.slaves.first + 1);
+  }
+  context.progress.Done();
+  return answers;
+}
+
+std::string Cell(std::uint32_t slave, const I2cScanCommand& command, const Answers& answers) {
+  if (slave < command.slaves.first || slave > command.slaves.last) {
+    return "   ";
+  }
+  const auto answer = answers.find(slave);
+  if (answer == answers.end()) {
+    return " --";
+  }
+  const bool doubtful = *Doubt(answer->second, WidthModeOf(command.i2c.mode)) != '\0';
+  return doubtful ? " ??" : " " + Hex(slave, 2).substr(2);
+}
+
+void PrintGrid(const I2cScanCommand& command, const Answers& answers, Output& output) {
+  std::string head = "    ";
+  for (std::uint32_t column = 0; column < kRow; ++column) {
+    head += "  " + Hex(column).substr(2);
+  }
+  output.Line(head);
+  for (std::uint32_t row = 0; row <= kHighestSlave; row += kRow) {
+    std::string line = Hex(row, 2);
+    for (std::uint32_t column = 0; column < kRow; ++column) {
+      line += Cell(row + column, command, answers);
+    }
+    line.erase(line.find_last_not_of(' ') + 1);
+    output.Line(line);
+  }
+  output.Line("-- no answer   ?? only zeros or only ones");
+}
+
+void PrintList(const I2cScanCommand& command, const Answers& answers, Output& output) {
+  const WidthMode& mode = WidthModeOf(command.i2c.mode);
+  output.Line("");
+  for (const auto& [slave, value] : answers) {
+    const std::string doubt = Doubt(value, mode);
+    output.Line(Hex(slave, 2) + "  " + Hex(value, mode.value_digits) +
+                (doubt.empty() ? "" : "  answers, but only " + doubt + ": maybe nothing is there"));
+  }
+  if (answers.empty()) {
+    output.Line("no slave answers");
+  }
+}
+
+}  // namespace
+
+ExitCode Run(const I2cScanCommand& command, Context& context) {
+  if (command.slaves.last > kHighestSlave) {
+    throw Failure(ExitCode::kUsage, "--slaves: " + Text(command.slaves) + " goes beyond 0xff",
+                  "Slave addresses are 0 to 0xff, as the chip takes them.");
+  }
+  const ReservedCamera camera = ReserveChosenCamera(context);
+  const std::string question =
+      "This reads register " + Hex(command.address) + " of " +
+      Count(command.slaves.Size(), "slave") +
+      ". A device may be disturbed by it, such as one that clears what is read. Go on?";
+  if (!command.yes && !context.host.Ask(question)) {
+    throw Failure(ExitCode::kStopped, "nothing was read",
+                  "Answer y to go on, or give --yes where nobody can answer.");
+  }
+  const Answers answers = Scan(command, *camera.camera, context);
+  PrintGrid(command, answers, context.output);
+  PrintList(command, answers, context.output);
+  const WidthMode& mode = WidthModeOf(command.i2c.mode);
+  auto list = nlohmann::ordered_json::array();
+  for (const auto& [slave, value] : answers) {
+    const std::string doubt = Doubt(value, mode);
+    list.push_back(
+        {{"slave", slave},
+         {"value", value},
+         {"doubt", doubt.empty() ? nlohmann::ordered_json() : nlohmann::ordered_json(doubt)}});
+  }
+  context.result = {
+      {"first", command.slaves.first}, {"last", command.slaves.last}, {"mode", mode.name},
+      {"option", command.i2c.option},  {"address", command.address},  {"answers", std::move(list)}};
+  return ExitCode::kDone;
+}

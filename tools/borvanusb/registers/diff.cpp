@@ -1,0 +1,102 @@
+#include <nlohmann/json.hpp>
+
+#include "command/camera_work.h"
+#include "command/commands.h"
+#include "registers/list_problems.h"
+#include "base/failure.h"
+#include "base/files.h"
+#include "registers/register_diff.h"
+#include "registers/register_list.h"
+#include "output/output.h"
+
+namespace {
+
+constexpr const char* kCamera = "camera";
+constexpr unsigned kPageShift = 16;
+constexpr int kAddressDigits = 4;
+constexpr int kValueDigits = 2;
+constexpr int kMissingWidth = 4;  // as wide as a value
+
+// Only a list that can be loaded says what registers hold: the entries of an I2C list, say, are
+// those of another chip.
+std::vector<ListEntry> ReadEntries(const std::string& file, Context& context) {
+  CheckedRegisterList checked = CheckRegisterList(ReadWholeText(file));
+  RequireGoodList(file, checked.list, "nothing was compared", context);
+  return std::move(checked.list.entries);
+}
+
+// The registers of a list as the addresses a camera knows them by.
+RegisterValues RegistersOfFile(const std::string& file, Context& context) {
+  const std::vector<ListEntry> entries = ReadEntries(file, context);
+  const std::uint32_t page = PageOf(entries);
+  if (page != 0) {
+    context.output.Note("note: " + file +
+                        " has the form of a dump: its 0xfffd and 0xfffe count as " +
+                        "bits 16 to 31 of the addresses, " + Hex(page, kAddressDigits));
+  }
+  RegisterValues values;
+  for (const auto& [address, value] : RegistersOf(entries)) {
+    values[page << kPageShift | address] = value;
+  }
+  return values;
+}
+
+RegisterValues SameRegistersOfCamera(const RegisterValues& other, Context& context) {
+  const auto camera = OpenChosenCamera(context);
+  RowProgress progress(context, other.size());
+  RegisterValues values;
+  for (const auto& [address, value] : other) {
+    values[address] = camera->ReadRegister(address, RegisterWidth::kByte);
+    progress.Advance(values.size());
+  }
+  progress.Done();
+  return values;
+}
+
+std::string ValueText(const std::optional<std::uint32_t>& value) {
+  return value ? Hex(*value, kValueDigits) : std::string(kMissingWidth, '-');
+}
+
+nlohmann::ordered_json ValueJson(const std::optional<std::uint32_t>& value) {
+  return value ? nlohmann::ordered_json(*value) : nlohmann::ordered_json();
+}
+
+}  // namespace
+
+ExitCode Run(const RegDiffCommand& command, Context& context) {
+  const bool left_is_camera = command.left == kCamera;
+  const bool right_is_camera = command.right == kCamera;
+  if (left_is_camera && right_is_camera) {
+    throw Failure(ExitCode::kUsage, "A and B are both \"camera\": one of them must be a list",
+                  "A file by that name is ./camera.");
+  }
+  RegisterValues left = left_is_camera ? RegisterValues{} : RegistersOfFile(command.left, context);
+  RegisterValues right =
+      right_is_camera ? RegisterValues{} : RegistersOfFile(command.right, context);
+  if (left_is_camera) {
+    left = SameRegistersOfCamera(right, context);
+  } else if (right_is_camera) {
+    right = SameRegistersOfCamera(left, context);
+  }
+  const std::vector<RegisterDifference> differences = CompareRegisters(left, right);
+  auto list = nlohmann::ordered_json::array();
+  for (const RegisterDifference& difference : differences) {
+    context.output.Line(Hex(difference.address, kAddressDigits) + "  " +
+                        ValueText(difference.left) + "  " + ValueText(difference.right));
+    list.push_back({{"address", difference.address},
+                    {"left", ValueJson(difference.left)},
+                    {"right", ValueJson(difference.right)}});
+  }
+  if (differences.empty()) {
+    context.output.Line("no difference in " + Count(left.size(), "register"));
+  } else {
+    TellOutcome(context, "reg diff",
+                command.left + " and " + command.right + " differ in " +
+                    Count(differences.size(), "register"));
+  }
+  context.result = {{"left", command.left},
+                    {"right", command.right},
+                    {"equal", differences.empty()},
+                    {"differences", std::move(list)}};
+  return differences.empty() ? ExitCode::kDone : ExitCode::kVerify;
+}

@@ -1,0 +1,75 @@
+#include <nlohmann/json.hpp>
+
+#include "command/camera_work.h"
+#include "command/commands.h"
+#include "registers/register_read.h"
+#include "base/failure.h"
+#include "base/files.h"
+#include "registers/register_list.h"
+#include "output/output.h"
+
+namespace {
+
+constexpr unsigned kPageShift = 16;
+
+// A list tells its page once, and loading writes the low 16 bits of an address.
+void CheckOnePage(const Range& range) {
+  if (range.first >> kPageShift != range.last >> kPageShift) {
+    throw Failure(ExitCode::kUsage,
+                  "RANGE: " + Text(range) +
+                      " has registers of several pages (bits 16 to 31), a list holds one",
+                  "Dump each page to a list of its own, or all as raw bytes to a name that ends in "
+                  ".bin.");
+  }
+}
+
+std::vector<std::uint8_t> RawBytes(std::span<const std::uint32_t> values, bool wide) {
+  std::vector<std::uint8_t> bytes;
+  for (const std::uint32_t value : values) {
+    for (unsigned shift = 0; shift < (wide ? 32U : 8U); shift += 8) {
+      bytes.push_back(static_cast<std::uint8_t>(value >> shift));
+    }
+  }
+  return bytes;
+}
+
+}  // namespace
+
+ExitCode Run(const RegDumpCommand& command, Context& context) {
+  const bool raw = IsRawFileName(command.file);
+  if (!raw && !command.wide) {
+    CheckOnePage(command.range);
+  }
+  if (!command.file.empty()) {
+    CheckWritable(command.file);
+  }
+  const ReservedCamera camera = ReserveChosenCamera(context);
+  const RegisterRead read = ReadRegisters(context, *camera.camera, command.range, command.wide);
+  if (raw) {
+    WriteWholeFile(command.file, RawBytes(read.values, command.wide));
+  } else {
+    WriteDump(context, command.file,
+              command.wide ? WideRegisterDumpText(command.range, read.values)
+                           : RegisterDumpText(command.range, read.values));
+  }
+  if (!command.file.empty()) {
+    context.output.Line(Count(read.values.size(), "register") + " " + Text(command.range) + " in " +
+                        command.file);
+  }
+  if (!raw && !command.wide && command.range.first >> kPageShift != 0) {
+    context.output.Note(
+        "note: loading this list hands bits 16 to 31 of the addresses to the device as delay "
+        "values; ask the chip's maker what it takes them for");
+  }
+  context.result = {{"first", command.range.first},
+                    {"last", command.range.last},
+                    {"wide", command.wide},
+                    {"checked", read.checked},
+                    {"file", command.file.empty() ? nlohmann::ordered_json()
+                                                  : nlohmann::ordered_json(command.file)},
+                    {"form", raw ? "raw" : "list"}};
+  if (command.file.empty()) {
+    context.result["registers"] = ValuesJson(command.range, read.values);
+  }
+  return ExitCode::kDone;
+}

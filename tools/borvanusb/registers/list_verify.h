@@ -1,0 +1,40 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "camera/camera.h"
+#include "command/context.h"
+#include "base/exit_code.h"
+#include "registers/written_registers.h"
+
+// How `reg load` and `i2c load` find out whether a camera holds what a list wrote.
+
+struct WrongRegister {
+  std::optional<I2cRegister> i2c;  // nothing: a register of the chip
+  std::uint32_t address = 0;
+  std::uint32_t expected = 0;
+  std::uint32_t found = 0;
+};
+
+struct ReadBack {
+  std::uint64_t compared = 0;
+  std::vector<WrongRegister> wrong;  // in the order of their addresses
+};
+
+// Read each register back, with progress. Throw Failure as the camera does; the message says that
+// the list is written.
+ReadBack ReadBackRegisters(const RegisterValues& written, Camera& camera, Context& context);
+ReadBack ReadBackI2c(const WrittenI2cRegisters& written, std::uint32_t option, Camera& camera,
+                     Context& context);
+
+// Adds "verified", "compared" and "wrong" to the result. Tells wrong registers on standard error
+// and returns kVerify then.
+//   command  "reg load"
+ExitCode ReportReadBack(const std::string& command, const std::string& file,
+                        const ReadBack& read_back, Context& context);
+
+// ", all read back equal", for the line that says that the list was written.
+std::string ReadBackText(const ReadBack& read_back);

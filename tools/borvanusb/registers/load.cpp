@@ -1,0 +1,56 @@
+#include <nlohmann/json.hpp>
+
+#include "command/camera_work.h"
+#include "command/commands.h"
+#include "registers/list_problems.h"
+#include "registers/list_verify.h"
+#include "base/failure.h"
+#include "base/files.h"
+#include "registers/register_list.h"
+#include "output/output.h"
+
+namespace {
+
+// Whether it is known where the list's registers will lie. Throws kUsage where it is not.
+void CheckMarkers(const RegLoadCommand& command, const CheckedRegisterList& checked) {
+  const ListEntry* const marked = FirstMarkedRegister(checked.list.entries);
+  if (marked != nullptr && !command.markers) {
+    throw Failure(ExitCode::kUsage,
+                  "--verify: " + command.file +
+                      " hands values of 0xfffd and 0xfffe other than 0 "
+                      "to the chip with the register in line " +
+                      std::to_string(marked->line) + "; whether it lies at " +
+                      Hex(marked->address, 4) + " then depends on the chip; nothing was sent",
+                  "Add --markers delays where the chip takes them for delays, or --markers page "
+                  "where it takes them for bits 16 to 31 of the addresses.");
+  }
+}
+
+}  // namespace
+
+ExitCode Run(const RegLoadCommand& command, Context& context) {
+  const CheckedRegisterList checked = CheckRegisterList(ReadWholeText(command.file));
+  if (command.check_only) {
+    return ReportCheck("reg load", command.file, checked.list, checked.registers, context);
+  }
+  RequireGoodList(command.file, checked.list, "nothing was sent", context);
+  if (command.verify) {
+    CheckMarkers(command, checked);
+  }
+  NoteRemarks(command.file, checked.list, context);
+  const ReservedCamera camera = ReserveChosenCamera(context);
+  // What was checked is what is sent: the file could be read differently, or change.
+  camera->WriteRegisterList(RegisterListText(checked.list.entries));
+  context.result = LoadJson(command.file, checked.list, checked.registers, true);
+  const std::string written =
+      Count(checked.registers, "register") + " written from " + command.file;
+  if (!command.verify) {
+    context.output.Line(written);
+    return ExitCode::kDone;
+  }
+  const ReadBack read_back = ReadBackRegisters(
+      WrittenRegisters(checked.list.entries, command.markers.value_or(ListMarkers::kDelays)),
+      *camera.camera, context);
+  context.output.Line(written + ReadBackText(read_back));
+  return ReportReadBack("reg load", command.file, read_back, context);
+}

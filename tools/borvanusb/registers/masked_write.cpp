@@ -1,0 +1,62 @@
+#include "registers/masked_write.h"
+
+#include <nlohmann/json.hpp>
+
+#include "base/numbers.h"
+#include "base/failure.h"
+#include "output/output.h"
+
+namespace {
+
+constexpr std::uint32_t kAllBits = 0xFFFFFFFF;
+
+}  // namespace
+
+void CheckMask(const RegisterWrite& write) {
+  if (write.mask && (write.value & ~*write.mask) != 0) {
+    throw Failure(ExitCode::kUsage,
+                  "VALUE: " + Hex(write.value) + " has bits that --mask " + Hex(*write.mask) +
+                      " leaves alone",
+                  "Bits outside the mask must be 0; they keep what the register holds.");
+  }
+}
+
+void WriteMasked(const RegisterWrite& write, const std::function<std::uint32_t()>& read,
+                 const std::function<void(std::uint32_t)>& write_value, Context& context) {
+  std::optional<std::uint32_t> before;
+  std::uint32_t value = write.value;
+  if (write.mask) {
+    before = read();
+    value = (*before & ~*write.mask) | write.value;
+  }
+  write_value(value);
+  if (write.verify) {
+    // Other bits may be the chip's own, such as states.
+    const std::uint32_t wanted = write.mask.value_or(kAllBits);
+    std::uint32_t found = read();
+    // A write goes to the chip in parts. Where one did not arrive, bits that nobody named have
+    // changed, and writing again puts them right; bits of the chip's own take no harm.
+    const auto others_changed = [&] { return before && ((found ^ *before) & ~wanted) != 0; };
+    if (others_changed()) {
+      write_value(value);
+      found = read();
+    }
+    if (others_changed()) {
+      context.output.Note("note: bits outside the mask changed, too: " + write.name +
+                          " reads back as " + Hex(found, write.value_digits));
+    }
+    if ((found & wanted) != (value & wanted)) {
+      throw Failure(ExitCode::kVerify,
+                    write.name + " reads back as " + Hex(found, write.value_digits) + " after " +
+                        Hex(value, write.value_digits) + " was written",
+                    "It may be read-only, or change by itself.");
+    }
+  }
+  const std::string change = before ? Hex(*before, write.value_digits) + " -> " : "";
+  context.output.Line(Hex(write.address, write.address_digits) + "  " + change +
+                      Hex(value, write.value_digits) + (write.verify ? "  verified" : ""));
+  context.result["address"] = write.address;
+  context.result["before"] = before ? nlohmann::ordered_json(*before) : nlohmann::ordered_json();
+  context.result["value"] = value;
+  context.result["verified"] = write.verify;
+}

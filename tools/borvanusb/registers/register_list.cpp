@@ -1,0 +1,236 @@
+#include "registers/register_list.h"
+
+#include <utility>
+
+#include "i2c/i2c_list.h"
+
+namespace {
+
+constexpr std::uint32_t kHighestAddress = 0xFFFF;
+constexpr std::uint32_t kHighestValue = 0xFF;
+constexpr int kAddressDigits = 4;
+constexpr int kValueDigits = 2;
+constexpr int kWideDigits = 8;
+
+// The library sends so many registers in a row as one block, with the delay values of its first.
+constexpr std::size_t kShortestRun = 21;
+constexpr std::size_t kLongestRun = 56;
+
+bool IsDelay(std::uint32_t address) {
+  return address == kFirstDelayMarker || address == kSecondDelayMarker;
+}
+
+bool IsMarker(std::uint32_t address) {
+  return IsDelay(address) || address == kPauseMarker || address == kDroppedMarker;
+}
+
+// Follows how the library forms blocks of registers in a row, and tells which registers lie inside
+// one, behind its first.
+class Rows {
+ public:
+  void Add(std::uint32_t address) {
+    const std::size_t place = inside_.size();
+    inside_.push_back(false);
+    if (std::exchange(broke_off_, false) && address == 1) {
+      // The library takes register 1 for a step of the one before.
+      Begin(place - 1, 0);
+      strays_ = true;
+    }
+    if (length_ == 0 || address != previous_ + 1) {
+      const bool was_run = Close();
+      // The one that breaks a block off can't begin the next.
+      if (was_run) {
+        broke_off_ = true;
+      } else {
+        Begin(place, address);
+      }
+      return;
+    }
+    ++length_;
+    previous_ = address;
+    if (length_ == kLongestRun) {
+      Close();
+    }
+  }
+
+  void End() { Close(); }
+  const std::vector<bool>& Inside() const { return inside_; }
+  // The places of registers from which on values go to others than the list says.
+  const std::vector<std::size_t>& Strays() const { return stray_places_; }
+
+ private:
+  void Begin(std::size_t place, std::uint32_t address) {
+    first_ = place;
+    length_ = 1;
+    previous_ = address;
+    strays_ = false;
+  }
+
+  bool Close() {
+    const bool is_run = length_ >= kShortestRun;
+    for (std::size_t i = 1; is_run && i < length_; ++i) {
+      inside_[first_ + i] = true;
+    }
+    if (is_run && strays_) {
+      stray_places_.push_back(first_ + 1);
+    }
+    length_ = 0;
+    return is_run;
+  }
+
+  std::vector<bool> inside_;
+  std::size_t first_ = 0;
+  std::size_t length_ = 0;
+  std::uint32_t previous_ = 0;
+  bool broke_off_ = false;  // the register before broke a block off
+  bool strays_ = false;     // the row began with such a one
+  std::vector<std::size_t> stray_places_;
+};
+
+class Checker {
+ public:
+  explicit Checker(ListText list) { checked_.list = std::move(list); }
+
+  CheckedRegisterList Check() {
+    // Problems of lines hide entries, among them perhaps the opening one.
+    const bool whole = checked_.list.problems.empty();
+    for (const ListEntry& entry : checked_.list.entries) {
+      CheckNumbers(entry);
+      CheckPlace(entry, whole);
+    }
+    if (!marks_.empty()) {
+      Problem(marks_.front().line, "no register stands behind this delay value: it does nothing");
+    }
+    if (whole && checked_.registers == 0) {
+      Problem(0, "the list has no register");
+    }
+    CheckRows();
+    SortByLine(checked_.list.problems);
+    SortByLine(checked_.list.remarks);
+    return std::move(checked_);
+  }
+
+ private:
+  void CheckNumbers(const ListEntry& entry) {
+    if (entry.address > kHighestAddress) {
+      Problem(entry.line, "address " + Hex(entry.address) + " has more than 16 bits");
+    }
+    if (entry.address == kPauseMarker) {
+      if (const std::string problem = PauseProblem(entry); !problem.empty()) {
+        Problem(entry.line, problem);
+      }
+    } else if (entry.value > kHighestValue) {
+      Problem(entry.line, "value " + Hex(entry.value) + " has more than 8 bits");
+    }
+  }
+
+  void CheckPlace(const ListEntry& entry, bool whole) {
+    if (entry.address == kPauseMarker) {
+      if (checked_.registers > 0) {
+        Remark(entry.line,
+               "this pause is made before the first register is written, not here: what must wait "
+               "goes into a list of its own");
+      }
+      return;
+    }
+    if (!opened_) {
+      opened_ = true;
+      if (whole && entry.address != kFirstDelayMarker) {
+        const bool for_i2c = entry.address == kSlaveMarker;
+        Problem(entry.line, "a register list opens with 0xfffd, this one with " +
+                                Hex(entry.address, kAddressDigits) +
+                                (for_i2c ? ", as I2C lists do" : "") +
+                                ": nothing would be written");
+      }
+    }
+    if (IsDelay(entry.address)) {
+      marks_.push_back(entry);
+      return;
+    }
+    ++checked_.registers;
+    rows_.Add(entry.address);
+    lines_.push_back(entry.line);
+    marks_before_.push_back(marks_.empty() ? 0 : marks_.front().line);
+    marks_.clear();
+  }
+
+  void CheckRows() {
+    rows_.End();
+    const std::vector<bool>& inside = rows_.Inside();
+    for (std::size_t i = 0; i < inside.size(); ++i) {
+      if (inside[i] && marks_before_[i] != 0) {
+        Remark(marks_before_[i],
+               "delay values inside 21 or more registers in a row are passed over: put the rest of "
+               "the row into a list of its own");
+      }
+    }
+    for (const std::size_t place : rows_.Strays()) {
+      Problem(lines_[place],
+              "register 0x1 behind the register that ends 21 or more in a row counts as its next: "
+              "these values would go to other registers; put the row into a list of its own");
+    }
+  }
+
+  void Problem(std::uint64_t line, std::string text) {
+    checked_.list.problems.push_back({line, std::move(text)});
+  }
+  void Remark(std::uint64_t line, std::string text) {
+    checked_.list.remarks.push_back({line, std::move(text)});
+  }
+
+  CheckedRegisterList checked_;
+  bool opened_ = false;
+  std::vector<ListEntry> marks_;             // since the last register
+  std::vector<std::uint64_t> marks_before_;  // by register: the line of its first mark, or 0
+  std::vector<std::uint64_t> lines_;         // by register: its line
+  Rows rows_;
+};
+
+std::string PageLines(std::uint32_t address) {
+  return ListLine(kFirstDelayMarker, address >> 24U, kAddressDigits, kValueDigits) + "\n" +
+         ListLine(kSecondDelayMarker, address >> 16U & 0xFFU, kAddressDigits, kValueDigits) + "\n";
+}
+
+}  // namespace
+
+CheckedRegisterList CheckRegisterList(std::string_view text) {
+  return Checker(ReadListText(text)).Check();
+}
+
+std::vector<bool> InsideBlocks(const std::vector<ListEntry>& entries) {
+  Rows rows;
+  for (const ListEntry& entry : entries) {
+    if (!IsDelay(entry.address) && entry.address != kPauseMarker) {
+      rows.Add(entry.address);
+    }
+  }
+  rows.End();
+  return rows.Inside();
+}
+
+std::string RegisterListText(const std::vector<ListEntry>& entries) {
+  std::string text;
+  for (const ListEntry& entry : entries) {
+    text += ListLine(entry.address, entry.value, kAddressDigits, kValueDigits) + "\n";
+  }
+  return text;
+}
+
+std::string RegisterDumpText(const Range& range, std::span<const std::uint32_t> values) {
+  std::string text = PageLines(range.first);
+  for (std::size_t i = 0; i < values.size(); ++i) {
+    const auto register_address = static_cast<std::uint32_t>((range.first & kHighestAddress) + i);
+    const std::string line =
+        ListLine(register_address, values[i], kAddressDigits, kValueDigits) + "\n";
+    text += IsMarker(register_address) ? "// no list can write this register: " + line : line;
+  }
+  return text;
+}
+
+std::string WideRegisterDumpText(const Range& range, std::span<const std::uint32_t> values) {
+  std::string text = "// 32-bit registers; no list holds them, so this can't be loaded back\n";
+  for (std::size_t i = 0; i < values.size(); ++i) {
+    text += Hex(range.first + i, kAddressDigits) + " " + Hex(values[i], kWideDigits) + "\n";
+  }
+  return text;
+}

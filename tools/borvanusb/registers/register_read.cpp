@@ -1,0 +1,50 @@
+#include "registers/register_read.h"
+
+#include <algorithm>
+
+#include "command/camera_work.h"
+#include "output/output.h"
+#include "output/progress.h"
+
+namespace {
+
+constexpr std::uint64_t kMostSingleReads = 64;
+constexpr std::uint32_t kInPage = 0xFFFF;
+// Small enough that progress and Ctrl-C come several times a second, a multiple of the 56 registers
+// that the chip delivers at once.
+constexpr std::uint64_t kBlockRun = 3584;
+
+bool IsOnePage(const Range& range) {
+  return (range.first & ~kInPage) == (range.last & ~kInPage);
+}
+
+std::vector<std::uint32_t> ReadInBlocks(Context& context, Camera& camera, const Range& range) {
+  context.progress.Begin("read", range.Size(), ProgressUnit::kRegisters);
+  std::vector<std::uint32_t> values;
+  for (std::uint64_t first = range.first; first <= range.last; first += kBlockRun) {
+    const std::uint64_t last = std::min<std::uint64_t>(range.last, first + kBlockRun - 1);
+    const std::vector<std::uint8_t> part =
+        camera.ReadRegisterRun(static_cast<std::uint32_t>(first), static_cast<std::uint32_t>(last));
+    values.insert(values.end(), part.begin(), part.end());
+    context.progress.Advance(values.size());
+  }
+  context.progress.Done();
+  return values;
+}
+
+}  // namespace
+
+RegisterRead ReadRegisters(Context& context, Camera& camera, const Range& range, bool wide) {
+  CheckRegisterCount(range);
+  if (!wide && range.Size() > kMostSingleReads && IsOnePage(range)) {
+    RegisterRead read{ReadInBlocks(context, camera, range), false};
+    context.output.Note(
+        "note: so many registers are read in blocks, which the chip does not confirm register by "
+        "register");
+    return read;
+  }
+  const RegisterWidth width = wide ? RegisterWidth::kWide : RegisterWidth::kByte;
+  return {ReadEach(context, range,
+                   [&](std::uint32_t address) { return camera.ReadRegister(address, width); }),
+          true};
+}

@@ -1,0 +1,204 @@
+#include <cmath>
+#include <cstdio>
+#include <functional>
+#include <nlohmann/json.hpp>
+
+#include "camera/camera_choice.h"
+#include "command/camera_work.h"
+#include "command/commands.h"
+#include "base/failure.h"
+#include "flash/engine/transfer_count.h"
+#include "station/statistics.h"
+#include "output/output.h"
+#include "output/progress.h"
+
+namespace {
+
+using Json = nlohmann::ordered_json;
+
+constexpr double kMicro = 1e6;
+constexpr double kHighPercent = 99;
+
+// Jobs move many packets each: fewer of them tell as much as many single accesses.
+constexpr std::uint64_t kJobRoundsShare = 10;
+constexpr std::uint64_t kReadSize = std::uint64_t{32} << 10U;
+// Registers of a run, whole blocks of 56.
+constexpr Range kRun{0x100, 0x47F};
+// Each read is made twice: a byte register takes a length query, two sets and a get, the others a
+// set less.
+constexpr std::uint64_t kRegisterTransfers = std::uint64_t{2} * 4;
+constexpr std::uint64_t kSingleTransfers = std::uint64_t{2} * 3;
+
+// What programming 1 MiB takes: packets of 60 bytes and erases of 4096; it is read before and
+// after.
+constexpr std::uint64_t kImageSize = std::uint64_t{1} << 20U;
+constexpr std::uint64_t kWritePacket = 60;
+constexpr std::uint64_t kProgramTransfers =
+    (kImageSize + kWritePacket - 1) / kWritePacket + kImageSize / kSectorSize;
+
+struct Measurement {
+  int selector = 0;
+  std::string what;
+  std::uint64_t rounds = 0;
+  std::uint64_t transfers = 0;  // of a call
+  std::function<void()> call;   // empty: not measured, and `note` says why
+  std::string note;
+  bool may_be_refused = false;  // where nothing may be there to answer
+  std::vector<double> seconds{};
+};
+
+std::string Fixed(double number, int decimals) {
+  std::array<char, 64> text{};
+  std::snprintf(text.data(), text.size(), "%.*f", decimals, number);
+  return text.data();
+}
+
+std::string Padded(const std::string& text, std::size_t width, bool right) {
+  const std::string blanks(width > text.size() ? width - text.size() : 0, ' ');
+  return right ? blanks + text : text + blanks;
+}
+
+// What measures selector 2. Without a slave there is nobody whose answer could be timed.
+Measurement I2cMeasurement(Camera& camera, std::uint64_t rounds, const I2cOptions& i2c) {
+  if (!i2c.slave) {
+    return {2, "I2C read", 0, 0, {}, "not measured: --slave says what to read from"};
+  }
+  const I2cTarget target{*i2c.slave, i2c.mode, i2c.option};
+  return {
+      2,  "I2C read", rounds, kSingleTransfers, [&camera, target] { camera.ReadI2c(target, 0); },
+      "", true};
+}
+
+std::vector<Measurement> Measurements(Camera& camera, std::uint64_t rounds, const I2cOptions& i2c) {
+  const std::uint64_t job_rounds = std::max<std::uint64_t>(1, rounds / kJobRoundsShare);
+  std::vector<Measurement> list;
+  list.push_back({1, "byte register read", rounds, kRegisterTransfers,
+                  [&] { camera.ReadRegister(kFeatureRegister, RegisterWidth::kByte); }, ""});
+  list.push_back(I2cMeasurement(camera, rounds, i2c));
+  list.push_back(
+      {3, "flash word read", rounds, kSingleTransfers, [&] { camera.PeekFlashWord(0); }, ""});
+  list.push_back({4, "flash program packet", 0, 0, {}, "not measured: it would write"});
+  list.push_back({5, "flash read of 32 KiB", job_rounds, ReadTransfers(kReadSize, 0),
+                  [&] { camera.ReadFlash(0, kReadSize, {}); }, "with the job's start and end"});
+  list.push_back({6, "I2C block read", 0, 0, {}, "not measured: no command uses it"});
+  list.push_back({7, "run of 896 registers", job_rounds, RunTransfers(kRun),
+                  [&] { camera.ReadRegisterRun(kRun.first, kRun.last); },
+                  "with the job's start and end"});
+  return list;
+}
+
+void Measure(Measurement& measurement, Context& context) {
+  for (std::uint64_t round = 0; round < measurement.rounds; ++round) {
+    const auto before = context.host.Clock();
+    try {
+      measurement.call();
+    } catch (const Failure& failure) {
+      if (!measurement.may_be_refused || failure.Code() != ExitCode::kDevice) {
+        throw;
+      }
+      // A refusal costs other times than an answer.
+      measurement.call = {};
+      measurement.rounds = 0;
+      measurement.note = "not measured: nothing answers at that slave";
+      return;
+    }
+    measurement.seconds.push_back(
+        std::chrono::duration<double>(context.host.Clock() - before).count());
+  }
+}
+
+// Seconds that one transfer takes, at the median; 0 when the clock did not move.
+double SecondsPerTransfer(const Measurement& measurement) {
+  return Median(measurement.seconds) / static_cast<double>(measurement.transfers);
+}
+
+double PerSecond(const Measurement& measurement) {
+  const double seconds = SecondsPerTransfer(measurement);
+  return seconds > 0 ? 1 / seconds : 0;
+}
+
+void Print(const Measurement& measurement, Output& output) {
+  std::string line = Padded(std::to_string(measurement.selector), 8, true) + "  " +
+                     Padded(measurement.what, 22, false);
+  if (measurement.call) {
+    line += Padded(Fixed(Median(measurement.seconds) * kMicro, 1), 11, true) +
+            Padded(Fixed(Percentile(measurement.seconds, kHighPercent) * kMicro, 1), 11, true) +
+            Padded(std::to_string(measurement.transfers), 10, true) +
+            Padded(Fixed(PerSecond(measurement), 0), 12, true);
+  }
+  output.Line(line + (measurement.note.empty() ? "" : "  " + measurement.note));
+}
+
+Json MeasurementJson(const Measurement& measurement) {
+  Json json = {{"selector", measurement.selector},
+               {"what", measurement.what},
+               {"measured", static_cast<bool>(measurement.call)},
+               {"rounds", measurement.rounds},
+               {"transfers", measurement.transfers},
+               {"median_us", nullptr},
+               {"p99_us", nullptr},
+               {"transfers_per_second", nullptr},
+               {"note", measurement.note}};
+  if (measurement.call) {
+    json["median_us"] = Median(measurement.seconds) * kMicro;
+    json["p99_us"] = Percentile(measurement.seconds, kHighPercent) * kMicro;
+    json["transfers_per_second"] = PerSecond(measurement);
+  }
+  return json;
+}
+
+void Estimate(const std::vector<Measurement>& list, Context& context) {
+  const auto read = std::find_if(list.begin(), list.end(), [](const Measurement& measurement) {
+    return measurement.selector == 5;
+  });
+  const double transfer = SecondsPerTransfer(*read);
+  const std::uint64_t image_read = ReadTransfers(kImageSize, 0);
+  const double program = transfer * static_cast<double>(kProgramTransfers);
+  const double reading = transfer * static_cast<double>(image_read);
+  Output& output = context.output;
+  output.Line("");
+  output.Line("Programming 1 MiB: about " + Fixed(program + 2 * reading, 1) + " s");
+  output.Line("  read before and after  " + Fixed(2 * reading, 1) + " s, 2 x " +
+              std::to_string(image_read) + " transfers");
+  output.Line("  erase and program      " + Fixed(program, 1) + " s, " +
+              std::to_string(kImageSize / kSectorSize) + " erases and " +
+              std::to_string(kProgramTransfers - kImageSize / kSectorSize) + " packets");
+  output.Line(
+      "Assumed: an erase or a packet takes as long as one transfer of selector 5; the time");
+  output.Line("that the flash itself takes to erase and program comes on top.");
+  context.result["estimate"] = {{"bytes", kImageSize},
+                                {"seconds_per_transfer", transfer},
+                                {"program_transfers", kProgramTransfers},
+                                {"program_seconds", program},
+                                {"read_transfers", image_read},
+                                {"read_seconds", reading},
+                                {"total_seconds", program + 2 * reading}};
+}
+
+}  // namespace
+
+ExitCode Run(const BenchCommand& command, Context& context) {
+  const ReservedCamera camera = ReserveChosenCamera(context);
+  std::vector<Measurement> list =
+      Measurements(*camera.camera, std::max<std::uint64_t>(1, command.rounds), command.i2c);
+  context.progress.Begin("measure", list.size(), ProgressUnit::kMeasurements);
+  std::uint64_t done = 0;
+  for (Measurement& measurement : list) {
+    Measure(measurement, context);
+    context.progress.Advance(++done);
+  }
+  context.progress.Done();
+  context.output.Line(CameraLine(camera->Identity()));
+  context.output.Line(
+      "selector  call                     median us     99 % us transfers  transfers/s");
+  auto selectors = Json::array();
+  for (const Measurement& measurement : list) {
+    Print(measurement, context.output);
+    selectors.push_back(MeasurementJson(measurement));
+  }
+  context.result = {{"camera", CameraJson(camera->Identity())},
+                    {"rounds", command.rounds},
+                    {"selectors", std::move(selectors)}};
+  Estimate(list, context);
+  return ExitCode::kDone;
+}

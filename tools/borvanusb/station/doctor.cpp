@@ -1,0 +1,147 @@
+#include <nlohmann/json.hpp>
+
+#include "camera/camera_choice.h"
+#include "command/camera_work.h"
+#include "command/commands.h"
+#include "station/diagnosis.h"
+#include "base/failure.h"
+#include "output/output.h"
+
+namespace {
+
+using Json = nlohmann::ordered_json;
+
+void RethrowStop(const Failure& failure) {
+  if (failure.Code() == ExitCode::kStopped) {
+    throw;
+  }
+}
+
+std::string ProblemOf(Host& host, const CameraIdentity& identity) {
+  try {
+    host.OpenCamera(identity)->ReadRegister(kFeatureRegister, RegisterWidth::kByte);
+    return {};
+  } catch (const Failure& failure) {
+    RethrowStop(failure);
+    return failure.Message();
+  }
+}
+
+Examination Examine(Host& host) {
+  Examination examination;
+  examination.system = host.ExamineSystem();
+  try {
+    for (const CameraIdentity& identity : host.ListCameras()) {
+      examination.cameras.push_back({identity, ProblemOf(host, identity)});
+    }
+  } catch (const Failure& failure) {
+    RethrowStop(failure);
+    examination.list_problem = failure.Message();
+  }
+  return examination;
+}
+
+std::string Or(const std::string& text, const std::string& other) {
+  return text.empty() ? other : text;
+}
+
+void PrintSystem(const SystemReport& system, Output& output) {
+  output.Line("program      " + system.program + ", version " + system.program_version + ", " +
+              std::to_string(system.pointer_bits) + " bits");
+  output.Line("system       " + system.system + ", code page " + system.code_page);
+  output.Line("library      " +
+              (system.library.empty()
+                   ? std::string("not found")
+                   : system.library + ", version " + Or(system.library_version, "not told")));
+  if (!system.library_problem.empty()) {
+    output.Line("             can't be used: " + system.library_problem);
+  }
+  for (const std::string& place : system.library_places) {
+    output.Line("             looked for at " + place);
+  }
+  output.Line("COM          " + Or(system.com_problem, "works"));
+  for (const auto& [name, value] : system.environment) {
+    std::string line = "environment  " + name;
+    line += '=';
+    line += value;
+    output.Line(line);
+  }
+}
+
+void PrintDevices(const Examination& examination, Output& output) {
+  output.Line("");
+  output.Line("video devices of the system: " + std::to_string(examination.system.devices.size()));
+  for (const VideoDevice& device : examination.system.devices) {
+    output.Line("  " + Or(device.name, "(without a name)") + "  " +
+                Or(device.path, "(without a path)"));
+    output.Line("    " + (device.reason.empty() ? std::string("listed as a camera")
+                                                : "not listed: " + device.reason));
+  }
+  output.Line("cameras: " + (examination.list_problem.empty()
+                                 ? std::to_string(examination.cameras.size())
+                                 : "can't be listed: " + examination.list_problem));
+  for (const ExaminedCamera& camera : examination.cameras) {
+    output.Line("  " + CameraLine(camera.identity));
+    output.Line("    vendor unit: " + Or(camera.problem, "answers"));
+  }
+}
+
+Json TextOrNull(const std::string& text) {
+  return text.empty() ? Json() : Json(text);
+}
+
+Json SystemJson(const SystemReport& system) {
+  Json environment = Json::object();
+  for (const auto& [name, value] : system.environment) {
+    environment[name] = value;
+  }
+  return {{"program", system.program},
+          {"program_version", system.program_version},
+          {"pointer_bits", system.pointer_bits},
+          {"system", system.system},
+          {"code_page", system.code_page},
+          {"library", TextOrNull(system.library)},
+          {"library_version", TextOrNull(system.library_version)},
+          {"library_problem", TextOrNull(system.library_problem)},
+          {"library_places", system.library_places},
+          {"com_problem", TextOrNull(system.com_problem)},
+          {"environment", std::move(environment)}};
+}
+
+Json ExaminationJson(const Examination& examination, const Diagnosis& diagnosis) {
+  Json devices = Json::array();
+  for (const VideoDevice& device : examination.system.devices) {
+    devices.push_back(
+        {{"name", device.name}, {"path", device.path}, {"reason", TextOrNull(device.reason)}});
+  }
+  Json cameras = Json::array();
+  for (const ExaminedCamera& camera : examination.cameras) {
+    cameras.push_back(
+        {{"camera", CameraJson(camera.identity)}, {"problem", TextOrNull(camera.problem)}});
+  }
+  return {{"system", SystemJson(examination.system)},
+          {"devices", std::move(devices)},
+          {"list_problem", TextOrNull(examination.list_problem)},
+          {"cameras", std::move(cameras)},
+          {"cause", diagnosis.cause},
+          {"advice", diagnosis.advice}};
+}
+
+}  // namespace
+
+ExitCode Run(const DoctorCommand& /*command*/, Context& context) {
+  const Examination examination = Examine(context.host);
+  const Diagnosis diagnosis = Diagnose(examination);
+  PrintSystem(examination.system, context.output);
+  PrintDevices(examination, context.output);
+  context.output.Line("");
+  context.output.Line(diagnosis.cause);
+  if (!diagnosis.advice.empty()) {
+    context.output.Line(diagnosis.advice);
+  }
+  context.result = ExaminationJson(examination, diagnosis);
+  if (diagnosis.code != ExitCode::kDone) {
+    TellOutcome(context, "doctor", diagnosis.cause);
+  }
+  return diagnosis.code;
+}

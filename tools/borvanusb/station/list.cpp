@@ -1,0 +1,97 @@
+// list
+
+#include <algorithm>
+#include <nlohmann/json.hpp>
+
+#include "camera/camera_choice.h"
+#include "command/camera_work.h"
+#include "command/commands.h"
+#include "base/failure.h"
+#include "output/output.h"
+#include "output/printable.h"
+
+namespace {
+
+constexpr std::chrono::seconds kBetweenLooks{1};
+
+// Of UTF-8: every byte but those that go on with a character.
+std::size_t Width(const std::string& text) {
+  return static_cast<std::size_t>(std::count_if(text.begin(), text.end(), [](char byte) {
+    return (static_cast<unsigned char>(byte) & 0xC0U) != 0x80U;
+  }));
+}
+
+std::string Padded(const std::string& text, std::size_t width) {
+  const std::size_t own = Width(text);
+  return text + std::string(width > own ? width - own : 0, ' ');
+}
+
+void PrintTable(const std::vector<CameraIdentity>& cameras, Output& output) {
+  std::size_t width = 0;
+  for (const CameraIdentity& camera : cameras) {
+    width = std::max(width, Width(Printable(camera.name)));
+  }
+  for (const CameraIdentity& camera : cameras) {
+    output.Line(std::to_string(camera.index) + "  " + camera.vid + ":" + camera.pid + "  " +
+                Padded(Printable(camera.name), width) + "  " + camera.path);
+  }
+}
+
+void PrintEvent(const char* event, const CameraIdentity& camera, Output& output) {
+  const std::string sign = std::string(event) == "arrived" ? "+ " : "- ";
+  output.Line(sign + CameraLine(camera) + "  " + camera.path);
+  const nlohmann::ordered_json line = {{"event", event}, {"camera", CameraJson(camera)}};
+  output.JsonLine(line.dump(-1, ' ', false, nlohmann::ordered_json::error_handler_t::replace));
+}
+
+bool Holds(const std::vector<CameraIdentity>& cameras, const CameraIdentity& wanted) {
+  return std::any_of(cameras.begin(), cameras.end(),
+                     [&](const CameraIdentity& camera) { return camera.path == wanted.path; });
+}
+
+void Watch(Context& context) {
+  std::vector<CameraIdentity> known;
+  context.output.Note("watching; Ctrl-C ends it");
+  while (!context.host.StopRequested() && context.output.TakesResults()) {
+    std::vector<CameraIdentity> now = context.host.ListCameras();
+    for (const CameraIdentity& camera : known) {
+      if (!Holds(now, camera)) {
+        PrintEvent("left", camera, context.output);
+      }
+    }
+    for (const CameraIdentity& camera : now) {
+      if (!Holds(known, camera)) {
+        PrintEvent("arrived", camera, context.output);
+      }
+    }
+    known = std::move(now);
+    context.host.Sleep(kBetweenLooks);
+  }
+}
+
+}  // namespace
+
+ExitCode Run(const ListCommand& command, Context& context) {
+  if (command.watch) {
+    try {
+      Watch(context);
+    } catch (const Failure& failure) {
+      // Ctrl-C is how watching ends, wherever it meets it.
+      if (failure.Code() != ExitCode::kStopped) {
+        throw;
+      }
+    }
+    return ExitCode::kDone;
+  }
+  const std::vector<CameraIdentity> cameras = context.host.ListCameras();
+  if (cameras.empty()) {
+    context.output.Note("no USB camera is found; borvanusb doctor tells why");
+  }
+  PrintTable(cameras, context.output);
+  auto list = nlohmann::ordered_json::array();
+  for (const CameraIdentity& camera : cameras) {
+    list.push_back(CameraJson(camera));
+  }
+  context.result = {{"cameras", std::move(list)}};
+  return ExitCode::kDone;
+}

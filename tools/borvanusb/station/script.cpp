@@ -1,0 +1,163 @@
+#include "station/script.h"
+
+#include <algorithm>
+#include <nlohmann/json.hpp>
+#include <string_view>
+#include <utility>
+
+#include "command/camera_work.h"
+#include "registers/list_problems.h"
+#include "base/failure.h"
+#include "camera/host.h"
+#include "base/text_lines.h"
+#include "output/output.h"
+#include "output/progress.h"
+
+namespace {
+
+using Json = nlohmann::ordered_json;
+
+std::string Trim(std::string_view text) {
+  constexpr std::string_view kBlanks = " \t\r\n";
+  const std::size_t first = text.find_first_not_of(kBlanks);
+  if (first == std::string_view::npos) {
+    return {};
+  }
+  return std::string(text.substr(first, text.find_last_not_of(kBlanks) - first + 1));
+}
+
+// A line as it is shown: its words stand between blanks.
+std::string InOneRow(std::string text) {
+  std::replace(text.begin(), text.end(), '\t', ' ');
+  return text;
+}
+
+std::string Place(const std::string& file, std::uint64_t line) {
+  return file + ":" + std::to_string(line) + ": ";
+}
+
+// Of the common options only the camera can be another for each line: output and time limit belong
+// to the process.
+void CheckLineOptions(const Arguments& arguments) {
+  const CommonArguments standard;
+  const CommonArguments& given = arguments.common;
+  const std::vector<std::pair<const char*, bool>> options = {
+      {"--json", given.json},
+      {"--quiet", given.quiet},
+      {"--verbose", given.verbose},
+      {"--trace", !given.trace.empty()},
+      {"--timeout", given.timeout != standard.timeout},
+      {"--progress", given.progress != standard.progress},
+  };
+  for (const auto& [name, is_given] : options) {
+    if (is_given) {
+      throw Failure(ExitCode::kUsage,
+                    std::string(name) + " holds for a whole script, not for a line",
+                    "Give it to borvanusb run itself.");
+    }
+  }
+  if (std::holds_alternative<RunCommand>(arguments.command)) {
+    throw Failure(ExitCode::kUsage, "a script can't run another one",
+                  "Put the lines of the other one here.");
+  }
+}
+
+Json ErrorJson(const Failure& failure) {
+  return {{"code", static_cast<int>(failure.Code())},
+          {"kind", KindOf(failure.Code())},
+          {"message", failure.Message()},
+          {"hint", failure.Hint()}};
+}
+
+// Runs a line; what keeps it from being run well is thrown.
+ExitCode RunLine(const ScriptLine& line, const CommandRunner& run, Context& outer, Json& result) {
+  CommonArguments common = outer.common;
+  if (!line.arguments.common.cameras.empty()) {
+    common.cameras = line.arguments.common.cameras;
+  }
+  Context context{common, outer.host, outer.output, outer.progress, result};
+  try {
+    const ExitCode code = run(line.arguments.command, context);
+    if (code == ExitCode::kDone && outer.host.StopRequested()) {
+      // The line ended as it should, but the user wants no further one.
+      throw Failure(ExitCode::kStopped, "stopped by the user");
+    }
+    return code;
+  } catch (const Failure&) {
+    throw;
+  } catch (const std::exception& error) {
+    throw Failure(ExitCode::kInternal, error.what());
+  }
+}
+
+}  // namespace
+
+std::vector<ScriptLine> ReadScript(const std::string& file, const std::string& text,
+                                   const LineReader& read_line, Context& context) {
+  const TextLines split = SplitLines(text, "script");
+  std::vector<ListProblem> problems = split.problems;
+  std::string hint = "Save the script as plain text, in UTF-8.";
+  std::vector<ScriptLine> lines;
+  for (const TextLine& line : split.lines) {
+    const std::string words = Trim(line.text);
+    try {
+      for (Arguments& arguments : read_line(words)) {
+        CheckLineOptions(arguments);
+        lines.push_back({line.number, words, std::move(arguments)});
+      }
+    } catch (const Failure& failure) {
+      problems.push_back({line.number, failure.Message()});
+      hint = failure.Hint();
+    }
+  }
+  SortByLine(problems);
+  const ExitCode code = split.problems.empty() ? ExitCode::kUsage : ExitCode::kFile;
+  RefuseProblems(file, problems, "nothing was run", {code, hint, "All of them are listed above."},
+                 context);
+  return lines;
+}
+
+ExitCode RunScript(const std::string& file, const std::vector<ScriptLine>& lines, bool keep_going,
+                   const CommandRunner& run, Context& context) {
+  context.result = {{"commands", Json::array()}};
+  ExitCode worst = ExitCode::kDone;
+  for (const ScriptLine& line : lines) {
+    context.output.Line("> " + InOneRow(line.text));
+    if (!keep_going && !context.output.TakesResults()) {
+      TellOutcome(
+          context, "run",
+          Place(file, line.line) +
+              "standard output can't be written; this line and the lines after it were not run");
+      break;
+    }
+    Json result = Json::object();
+    Json entry = {{"line", line.line}, {"text", line.text}};
+    ExitCode code = ExitCode::kDone;
+    try {
+      code = RunLine(line, run, context, result);
+      if (code != ExitCode::kDone) {
+        TellOutcome(context, "run",
+                    Place(file, line.line) + "ended with exit code " +
+                        std::to_string(static_cast<int>(code)) + " (" + std::string(KindOf(code)) +
+                        ")");
+      }
+      entry["exit"] = static_cast<int>(code);
+      entry["result"] = std::move(result);
+    } catch (const Failure& failure) {
+      code = failure.Code();
+      context.progress.Break();
+      TellOutcome(context, "run", Place(file, line.line) + failure.Message());
+      if (!failure.Hint().empty()) {
+        context.output.Error("  " + failure.Hint());
+      }
+      entry["exit"] = static_cast<int>(code);
+      entry["error"] = ErrorJson(failure);
+    }
+    context.result["commands"].push_back(std::move(entry));
+    worst = std::max(worst, code);
+    if (code == ExitCode::kStopped || (code != ExitCode::kDone && !keep_going)) {
+      break;
+    }
+  }
+  return worst;
+}

@@ -1,0 +1,34 @@
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "command/arguments.h"
+#include "command/context.h"
+#include "base/exit_code.h"
+
+// Scripts of `run`: command lines without the program's name, one to a line.
+
+struct ScriptLine {
+  std::uint64_t line = 0;  // from 1 on
+  std::string text;        // as it stands, without blanks around
+  Arguments arguments;
+};
+
+// Reads one line's arguments; nothing for a line without a command. Throws Failure kUsage.
+using LineReader = std::function<std::vector<Arguments>(const std::string& line)>;
+// Runs a command, as Dispatch does.
+using CommandRunner = std::function<ExitCode(const Command&, Context&)>;
+
+// Reads a whole script. Tells every line that can't be run on standard error and throws Failure:
+// kUsage for such lines, kFile for a text that can't be read. Nothing runs then.
+std::vector<ScriptLine> ReadScript(const std::string& file, const std::string& text,
+                                   const LineReader& read_line, Context& context);
+
+// Runs the lines one after the other, each shown before its output. Ends at the first that fails,
+// or with `keep_going` at the end or when the user stops it, and returns the code of the failure,
+// the highest of several. The failures are told on standard error and in the result.
+ExitCode RunScript(const std::string& file, const std::vector<ScriptLine>& lines, bool keep_going,
+                   const CommandRunner& run, Context& context);

@@ -1,0 +1,105 @@
+#include <algorithm>
+#include <nlohmann/json.hpp>
+
+#include "camera/camera_choice.h"
+#include "command/camera_work.h"
+#include "command/commands.h"
+#include "station/selftest_checks.h"
+#include "base/failure.h"
+#include "output/output.h"
+#include "output/progress.h"
+
+namespace {
+
+enum class Verdict { kPass, kFail, kSkip };
+
+struct Outcome {
+  Verdict verdict = Verdict::kPass;
+  std::string why;
+  ExitCode code = ExitCode::kDone;
+};
+
+const char* NameOf(Verdict verdict) {
+  switch (verdict) {
+    case Verdict::kPass:
+      return "pass";
+    case Verdict::kFail:
+      return "fail";
+    case Verdict::kSkip:
+      return "skip";
+  }
+  return "";
+}
+
+Outcome Try(const SelftestCheck& check) {
+  if (!check.skip_reason.empty()) {
+    return {Verdict::kSkip, check.skip_reason, ExitCode::kDone};
+  }
+  try {
+    const std::string why = check.run();
+    return why.empty() ? Outcome{} : Outcome{Verdict::kFail, why, ExitCode::kVerify};
+  } catch (const Failure& failure) {
+    if (failure.Code() == ExitCode::kStopped) {
+      throw;
+    }
+    return {Verdict::kFail, failure.Message(), failure.Code()};
+  }
+}
+
+void Print(const SelftestCheck& check, const Outcome& outcome, Context& context) {
+  const bool skipped = outcome.verdict == Verdict::kSkip;
+  context.output.Line(std::string(NameOf(outcome.verdict)) + "  " + check.name +
+                      (skipped ? " (" + outcome.why + ")" : ""));
+  if (outcome.verdict == Verdict::kFail) {
+    context.output.Line("      " + outcome.why);
+  }
+  context.result["tests"].push_back(
+      {{"name", check.name},
+       {"result", NameOf(outcome.verdict)},
+       {"why",
+        outcome.why.empty() ? nlohmann::ordered_json() : nlohmann::ordered_json(outcome.why)}});
+}
+
+}  // namespace
+
+ExitCode Run(const SelftestCommand& command, Context& context) {
+  const std::optional<I2cTarget> target =
+      command.i2c.slave ? std::optional(TargetOf(command.i2c)) : std::nullopt;
+  const ReservedCamera camera = ReserveChosenCamera(context);
+  std::vector<SelftestCheck> checks = SelftestChecks(*camera.camera, target);
+  std::vector<Outcome> outcomes;
+  context.progress.Begin("test", checks.size(), ProgressUnit::kTests);
+  for (SelftestCheck& check : checks) {
+    // Without the first nothing else can be told, and each would wait for its time limit.
+    if (!outcomes.empty() && outcomes.front().verdict == Verdict::kFail) {
+      check.skip_reason = "the vendor unit does not answer";
+    }
+    outcomes.push_back(Try(check));
+    context.progress.Advance(outcomes.size());
+  }
+  context.progress.Done();
+
+  context.output.Line(CameraLine(camera->Identity()));
+  context.result = {{"camera", CameraJson(camera->Identity())},
+                    {"tests", nlohmann::ordered_json::array()}};
+  ExitCode worst = ExitCode::kDone;
+  for (std::size_t i = 0; i < checks.size(); ++i) {
+    Print(checks[i], outcomes[i], context);
+    worst = std::max(worst, outcomes[i].code);
+  }
+  const auto count = [&](Verdict verdict) {
+    return static_cast<std::uint64_t>(
+        std::count_if(outcomes.begin(), outcomes.end(),
+                      [&](const Outcome& outcome) { return outcome.verdict == verdict; }));
+  };
+  context.output.Line(std::to_string(count(Verdict::kPass)) + " passed, " +
+                      std::to_string(count(Verdict::kFail)) + " failed, " +
+                      std::to_string(count(Verdict::kSkip)) + " skipped");
+  context.result["passed"] = count(Verdict::kPass);
+  context.result["failed"] = count(Verdict::kFail);
+  context.result["skipped"] = count(Verdict::kSkip);
+  if (worst != ExitCode::kDone) {
+    TellOutcome(context, "selftest", Count(count(Verdict::kFail), "test") + " failed");
+  }
+  return worst;
+}

@@ -1,0 +1,175 @@
+#include <cmath>
+#include <cstdio>
+#include <nlohmann/json.hpp>
+
+#include "command/camera_work.h"
+#include "command/commands.h"
+#include "station/growing_file.h"
+#include "base/failure.h"
+#include "i2c/width_modes.h"
+#include "output/output.h"
+
+namespace {
+
+using std::chrono::duration;
+using std::chrono::milliseconds;
+using TimePoint = std::chrono::steady_clock::time_point;
+
+constexpr const char* kChipKind = "register";
+constexpr const char* kI2cKind = "i2c";
+constexpr int kSlaveDigits = 2;
+constexpr std::uint64_t kMostWatched = 4096;
+
+struct Watched {
+  const char* kind = nullptr;
+  std::uint32_t address = 0;
+  int address_digits = 0;
+  int value_digits = 0;
+  std::optional<std::uint32_t> value;
+};
+
+std::string Seconds(double seconds) {
+  std::array<char, 32> text{};
+  std::snprintf(text.data(), text.size(), "%.3f", seconds);
+  return text.data();
+}
+
+void Add(std::vector<Watched>& watched, const std::vector<Range>& ranges, const Watched& model) {
+  for (const Range& range : ranges) {
+    if (watched.size() + range.Size() > kMostWatched) {
+      throw Failure(ExitCode::kUsage,
+                    std::string(model.kind == kI2cKind ? "--i2c" : "--reg") + ": " + Text(range) +
+                        " makes it more than " + std::to_string(kMostWatched) + " registers",
+                    "Watch fewer.");
+    }
+    for (std::uint64_t address = range.first; address <= range.last; ++address) {
+      watched.push_back(model);
+      watched.back().address = static_cast<std::uint32_t>(address);
+    }
+  }
+}
+
+class Watcher {
+ public:
+  Watcher(const WatchCommand& command, Context& context) : command_(command), context_(context) {
+    Add(watched_, command.registers, {kChipKind, 0, 4, command.wide ? 8 : 2, {}});
+    if (!command.i2c_registers.empty()) {
+      target_ = TargetOf(command.i2c);
+      const WidthMode& mode = WidthModeOf(target_.mode);
+      Add(watched_, command.i2c_registers,
+          {kI2cKind, 0, mode.address_digits, mode.value_digits, {}});
+    }
+    if (watched_.empty()) {
+      throw Failure(ExitCode::kUsage, "nothing to watch: give --reg or --i2c",
+                    "borvanusb watch --reg 0x100-0x10f");
+    }
+  }
+
+  void Run() {
+    const auto camera = OpenChosenCamera(context_);
+    if (!command_.csv.empty()) {
+      csv_.emplace(command_.csv);
+      csv_->Add("time,kind,slave,address,value");
+    }
+    start_ = context_.host.Clock();
+    try {
+      while (!context_.host.StopRequested() && context_.output.TakesResults()) {
+        Poll(*camera);
+        ++polls_;
+        if (command_.count && polls_ >= *command_.count) {
+          break;
+        }
+        WaitForNext();
+      }
+    } catch (const Failure& failure) {
+      // Ctrl-C is how watching ends, in the middle of a poll, too.
+      if (failure.Code() != ExitCode::kStopped) {
+        throw;
+      }
+    }
+    const double seconds = SinceStart(context_.host.Clock());
+    context_.output.Note(Count(polls_, "poll") + " in " + Seconds(seconds) + " s, " +
+                         Count(changes_, "change"));
+    if (late_ > 0) {
+      context_.output.Note("note: " + Count(late_, "poll") +
+                           " came late: reading takes longer than --rate allows");
+    }
+  }
+
+ private:
+  double SinceStart(TimePoint time) const { return duration<double>(time - start_).count(); }
+
+  void Poll(Camera& camera) {
+    for (Watched& watched : watched_) {
+      const std::uint32_t value = Read(camera, watched);
+      if (watched.value != value) {
+        Tell(watched, value);
+        changes_ += watched.value.has_value() ? 1U : 0U;
+        watched.value = value;
+      }
+    }
+  }
+
+  std::uint32_t Read(Camera& camera, const Watched& watched) const {
+    if (watched.kind == kI2cKind) {
+      return camera.ReadI2c(target_, watched.address);
+    }
+    return camera.ReadRegister(watched.address,
+                               command_.wide ? RegisterWidth::kWide : RegisterWidth::kByte);
+  }
+
+  void Tell(const Watched& watched, std::uint32_t value) {
+    const double time = SinceStart(context_.host.Clock());
+    const bool is_i2c = watched.kind == kI2cKind;
+    const std::string address = Hex(watched.address, watched.address_digits);
+    const std::string now = Hex(value, watched.value_digits);
+    const std::string before =
+        watched.value ? Hex(*watched.value, watched.value_digits) + " -> " : "";
+    context_.output.Line("+" + Seconds(time) + " s  " + (is_i2c ? "i2c " : "") + address + "  " +
+                         before + now);
+    const nlohmann::ordered_json line = {
+        {"time", std::round(time * 1e6) / 1e6},
+        {"kind", watched.kind},
+        {"slave", is_i2c ? nlohmann::ordered_json(target_.slave) : nlohmann::ordered_json()},
+        {"address", watched.address},
+        {"old", watched.value ? nlohmann::ordered_json(*watched.value) : nlohmann::ordered_json()},
+        {"new", value}};
+    context_.output.JsonLine(line.dump());
+    if (csv_) {
+      csv_->Add(Seconds(time) + "," + watched.kind + "," +
+                (is_i2c ? Hex(target_.slave, kSlaveDigits) : "") + "," + address + "," + now);
+    }
+  }
+
+  // The polls keep to their times from the start, so that a slow one does not shift all others.
+  void WaitForNext() {
+    const double next = static_cast<double>(polls_ + skipped_) / command_.rate;
+    const double now = SinceStart(context_.host.Clock());
+    if (next > now) {
+      context_.host.Sleep(milliseconds(static_cast<std::int64_t>(std::ceil((next - now) * 1000))));
+      return;
+    }
+    ++late_;
+    // What can't be caught up any more is left out.
+    const auto due = static_cast<std::uint64_t>(now * command_.rate);
+    skipped_ = due > polls_ ? due - polls_ : 0;
+  }
+
+  const WatchCommand& command_;
+  Context& context_;
+  I2cTarget target_;
+  std::vector<Watched> watched_;
+  std::optional<GrowingFile> csv_;
+  TimePoint start_;
+  std::uint64_t polls_ = 0;
+  std::uint64_t skipped_ = 0;
+  std::uint64_t late_ = 0;
+  std::uint64_t changes_ = 0;
+};
+
+}  // namespace
+
+ExitCode Run(const WatchCommand& command, Context& context) {
+  Watcher(command, context).Run();
+  return ExitCode::kDone;
+}
