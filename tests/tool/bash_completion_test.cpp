@@ -13,7 +13,7 @@
 #include "command/completion_scripts.h"
 #include "support/command_desk.h"
 
-namespace tool_test {
+namespace borvanusb::tool_test {
 namespace {
 
 using testing::Contains;
@@ -113,11 +113,11 @@ TEST_F(BashCompletionTest, OptionsBeforeTheCommandDoNotHideIt) {
 
 TEST_F(BashCompletionTest, CommandPrintsTheScript) {
   CommandDesk desk;
-  EXPECT_EQ(::Run(CompletionCommand{Shell::kBash}, desk.context), ExitCode::kDone);
+  EXPECT_EQ(borvanusb::Run(CompletionCommand{Shell::kBash}, desk.context), ExitCode::kDone);
   EXPECT_EQ(desk.output.out, BashCompletion(DescribeTool()));
   EXPECT_EQ(desk.result["shell"], "bash");
   EXPECT_EQ(desk.result["script"], desk.output.out);
 }
 
 }  // namespace
-}  // namespace tool_test
+}  // namespace borvanusb::tool_test

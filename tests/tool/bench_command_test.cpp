@@ -1,7 +1,7 @@
 // bench.
 #include "support/command_desk.h"
 
-namespace tool_test {
+namespace borvanusb::tool_test {
 namespace {
 
 class BenchTest : public testing::Test {
@@ -91,4 +91,4 @@ TEST_F(BenchTest, ClockThatStandsStillDividesByNothing) {
 }
 
 }  // namespace
-}  // namespace tool_test
+}  // namespace borvanusb::tool_test

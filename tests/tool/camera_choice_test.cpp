@@ -6,7 +6,7 @@
 
 #include "base/failure.h"
 
-namespace tool_test {
+namespace borvanusb::tool_test {
 namespace {
 
 using testing::HasSubstr;
@@ -98,4 +98,4 @@ TEST(CameraChoiceTest, WithoutAChoiceTheOnlyCameraIsMeant) {
 }
 
 }  // namespace
-}  // namespace tool_test
+}  // namespace borvanusb::tool_test

@@ -1,11 +1,11 @@
 // Command lines that can't be right: which argument, and what is allowed.
 #include <gtest/gtest.h>
 
+#include "base/failure.h"
 #include "command/command_line.h"
 #include "command/nearest.h"
-#include "base/failure.h"
 
-namespace tool_test {
+namespace borvanusb::tool_test {
 namespace {
 
 using Words = std::vector<std::string>;
@@ -281,4 +281,4 @@ TEST(NearestWordTest, NearIsAThirdOfTheLetters) {
 }
 
 }  // namespace
-}  // namespace tool_test
+}  // namespace borvanusb::tool_test

@@ -3,7 +3,7 @@
 
 #include "command/command_line.h"
 
-namespace tool_test {
+namespace borvanusb::tool_test {
 namespace {
 
 using std::chrono::milliseconds;
@@ -263,4 +263,4 @@ TEST(SplitLineTest, NumberSignOpensARemark) {
 }
 
 }  // namespace
-}  // namespace tool_test
+}  // namespace borvanusb::tool_test

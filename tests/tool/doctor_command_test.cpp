@@ -1,7 +1,7 @@
 // doctor: what it tells, and the cause that it finds.
 #include "support/command_desk.h"
 
-namespace tool_test {
+namespace borvanusb::tool_test {
 namespace {
 
 class DoctorTest : public testing::Test {
@@ -101,4 +101,4 @@ TEST_F(DoctorTest, ListThatCannotBeHadIsTold) {
 }
 
 }  // namespace
-}  // namespace tool_test
+}  // namespace borvanusb::tool_test

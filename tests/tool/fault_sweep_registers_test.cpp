@@ -67,7 +67,7 @@ TEST_F(SweepTest, RegDump) {
       scenario.content = WithRegisters(values.bytes);
       scenario.run = [count](SweepTest& rig, Context& context) {
         const auto last = static_cast<std::uint32_t>(kFirst + count - 1);
-        return ::Run(RegDumpCommand{{kFirst, last}, rig.File("dump.txt"), false}, context);
+        return borvanusb::Run(RegDumpCommand{{kFirst, last}, rig.File("dump.txt"), false}, context);
       };
       scenario.wrong = [wanted](const SweepTest& rig, const RunEnd& end) {
         return WrongFile(rig, end, wanted);
@@ -98,7 +98,7 @@ TEST_F(SweepTest, RegDiff) {
       scenario.expected = equal ? ExitCode::kDone : ExitCode::kVerify;
       scenario.prepare = [list](SweepTest& rig) { rig.Put("list.txt", list); };
       scenario.run = [](SweepTest& rig, Context& context) {
-        return ::Run(RegDiffCommand{rig.File("list.txt"), "camera"}, context);
+        return borvanusb::Run(RegDiffCommand{rig.File("list.txt"), "camera"}, context);
       };
       scenario.wrong = [equal, differences](const SweepTest& /*rig*/, const RunEnd& end) {
         const bool claimed = end.code == ExitCode::kDone || end.code == ExitCode::kVerify;
@@ -126,8 +126,8 @@ TEST_F(SweepTest, RegReadAndWrite) {
       scenario.content = WithRegisters({});
       scenario.content.registers[kFirst] = kBefore;
       scenario.run = [write, wide](SweepTest& /*rig*/, Context& context) {
-        return write ? ::Run(RegWriteCommand{kFirst, 0x50, wide, 0xF0, true}, context)
-                     : ::Run(RegReadCommand{{kFirst, kFirst}, wide}, context);
+        return write ? borvanusb::Run(RegWriteCommand{kFirst, 0x50, wide, 0xF0, true}, context)
+                     : borvanusb::Run(RegReadCommand{{kFirst, kFirst}, wide}, context);
       };
       scenario.wrong = [write, wide, wanted](const SweepTest& rig, const RunEnd& end) {
         const std::uint32_t found = rig.Camera().Register(kFirst) & (wide ? 0xFFFFFFFF : 0xFF);
@@ -203,7 +203,7 @@ TEST_F(SweepTest, RegLoadVerify) {
         RegLoadCommand command;
         command.file = rig.File("list.txt");
         command.verify = true;
-        return ::Run(command, context);
+        return borvanusb::Run(command, context);
       };
       scenario.wrong = [registers](const SweepTest& rig, const RunEnd& end) {
         return WrongLoad(rig, end, registers);
@@ -247,7 +247,7 @@ TEST_F(SweepTest, I2cDump) {
         command.i2c = {slave, wide ? 2 : 1, 0};
         command.range = {0x3000, 0x3000 + kCount - 1};
         command.file = rig.File("dump.txt");
-        return ::Run(command, context);
+        return borvanusb::Run(command, context);
       };
       scenario.wrong = [wanted](const SweepTest& rig, const RunEnd& end) {
         return WrongFile(rig, end, wanted);
@@ -266,8 +266,8 @@ TEST_F(SweepTest, I2cReadAndWrite) {
     scenario.content.sensors = Sensors(Bytes(100, 0xA5));
     scenario.run = [write](SweepTest& /*rig*/, Context& context) {
       const I2cOptions options{kSlaveWide, 2, 0};
-      return write ? ::Run(I2cWriteCommand{options, 0x3000, 0x50, 0xF0, true}, context)
-                   : ::Run(I2cReadCommand{options, {0x3000, 0x3000}}, context);
+      return write ? borvanusb::Run(I2cWriteCommand{options, 0x3000, 0x50, 0xF0, true}, context)
+                   : borvanusb::Run(I2cReadCommand{options, {0x3000, 0x3000}}, context);
     };
     const std::uint32_t wanted = write ? 0xA555 : 0xA5A5;
     scenario.wrong = [write, wanted](const SweepTest& rig, const RunEnd& end) {
@@ -316,7 +316,7 @@ TEST_F(SweepTest, I2cLoadVerify) {
           I2cLoadCommand command;
           command.file = rig.File("list.txt");
           command.verify = true;
-          return ::Run(command, context);
+          return borvanusb::Run(command, context);
         };
         scenario.wrong = [registers](const SweepTest& rig, const RunEnd& end) {
           return WrongLoad(rig, end, registers);

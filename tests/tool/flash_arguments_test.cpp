@@ -1,13 +1,13 @@
 // Ranges and addresses of the flash commands, as they are written on a command line.
 #include <gtest/gtest.h>
 
-#include "command/command_line.h"
-#include "flash/name_address.h"
-#include "base/numbers.h"
-#include "command/values.h"
 #include "base/failure.h"
+#include "base/numbers.h"
+#include "command/command_line.h"
+#include "command/values.h"
+#include "flash/name_address.h"
 
-namespace tool_test {
+namespace borvanusb::tool_test {
 namespace {
 
 using Words = std::vector<std::string>;
@@ -186,4 +186,4 @@ TEST(FlashArgumentsTest, VerifyTakesForceAsProgramDoes) {
 }
 
 }  // namespace
-}  // namespace tool_test
+}  // namespace borvanusb::tool_test

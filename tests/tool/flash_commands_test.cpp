@@ -2,7 +2,7 @@
 #include "base/sha256.h"
 #include "flash_support.h"
 
-namespace tool_test {
+namespace borvanusb::tool_test {
 namespace {
 
 class FlashCommandsTest : public FlashTest {
@@ -257,4 +257,4 @@ TEST_F(FlashCommandsTest, VerifyOverTheImageItselfIsRefused) {
 }
 
 }  // namespace
-}  // namespace tool_test
+}  // namespace borvanusb::tool_test

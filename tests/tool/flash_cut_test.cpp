@@ -2,7 +2,7 @@
 // bytes beside the image must be those from before.
 #include "flash_support.h"
 
-namespace tool_test {
+namespace borvanusb::tool_test {
 namespace {
 
 // Where the cut-off programming's failure comes from.
@@ -168,4 +168,4 @@ TEST_F(FlashCutTest, EraseThatSetOnlySomeBitsIsMended) {
 }
 
 }  // namespace
-}  // namespace tool_test
+}  // namespace borvanusb::tool_test

@@ -1,7 +1,7 @@
 // Nothing is read, compared, erased or written beyond the flash's end.
 #include "flash_support.h"
 
-namespace tool_test {
+namespace borvanusb::tool_test {
 namespace {
 
 constexpr std::size_t kMebi = std::size_t{1} << 20U;
@@ -179,4 +179,4 @@ TEST_F(FlashEndTest, RemarkOnARangeIsPrinted) {
 }
 
 }  // namespace
-}  // namespace tool_test
+}  // namespace borvanusb::tool_test

@@ -7,7 +7,7 @@
 #include "base/files.h"
 #include "flash_support.h"
 
-namespace tool_test {
+namespace borvanusb::tool_test {
 namespace {
 
 constexpr std::size_t kMebi = std::size_t{1} << 20U;
@@ -166,4 +166,4 @@ TEST_F(FlashImageTest, FileInPartsThatBreaksOffLeavesTheOldOneAndNoOther) {
 }
 
 }  // namespace
-}  // namespace tool_test
+}  // namespace borvanusb::tool_test

@@ -5,7 +5,7 @@
 #include "flash/engine/journal.h"
 #include "flash_support.h"
 
-namespace tool_test {
+namespace borvanusb::tool_test {
 namespace {
 
 constexpr std::uint32_t kAddress = 0x1F00;
@@ -462,4 +462,4 @@ TEST_F(FlashJournalTest, WordInASectorOnItsWayIsRefused) {
 }
 
 }  // namespace
-}  // namespace tool_test
+}  // namespace borvanusb::tool_test

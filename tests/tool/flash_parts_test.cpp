@@ -1,17 +1,17 @@
 // The small parts that the flash commands are made of.
 #include <gtest/gtest.h>
 
-#include "command/command_line.h"
-#include "flash/program_names.h"
 #include "base/files.h"
-#include "flash/engine/byte_ranges.h"
 #include "base/hex_bytes.h"
-#include "flash/report.h"
+#include "command/command_line.h"
+#include "flash/engine/byte_ranges.h"
 #include "flash/engine/sector_plan.h"
 #include "flash/engine/tail_words.h"
-#include "flash/text_dump.h"
 #include "flash/engine/transfer_count.h"
 #include "flash/engine/work_state.h"
+#include "flash/program_names.h"
+#include "flash/report.h"
+#include "flash/text_dump.h"
 #include "flash_support.h"
 
 // For the failure messages of the tests.
@@ -19,7 +19,7 @@ void PrintTo(const Range& range, std::ostream* stream) {
   *stream << Text(range);
 }
 
-namespace tool_test {
+namespace borvanusb::tool_test {
 namespace {
 
 TEST(ByteRangesTest, NeighbouringDifferencesAreOneRange) {
@@ -203,4 +203,4 @@ TEST(ProgramNamesTest, EveryOptionIsSaidAgain) {
 }
 
 }  // namespace
-}  // namespace tool_test
+}  // namespace borvanusb::tool_test

@@ -4,7 +4,7 @@
 #include "base/sha256.h"
 #include "flash_support.h"
 
-namespace tool_test {
+namespace borvanusb::tool_test {
 namespace {
 
 constexpr std::uint32_t kAddress = 0x1F00;  // within a sector
@@ -457,4 +457,4 @@ TEST_F(FlashProgramTest, ReportThatCantBeWrittenIsToldFirst) {
 }
 
 }  // namespace
-}  // namespace tool_test
+}  // namespace borvanusb::tool_test

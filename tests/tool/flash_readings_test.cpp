@@ -5,7 +5,7 @@
 
 #include <numeric>
 
-namespace tool_test {
+namespace borvanusb::tool_test {
 namespace {
 
 using Bytes = std::vector<std::uint8_t>;
@@ -130,4 +130,4 @@ TEST(FlashReadingsTest, LastPacketMayBeShort) {
 }
 
 }  // namespace
-}  // namespace tool_test
+}  // namespace borvanusb::tool_test

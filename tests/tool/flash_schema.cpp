@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <fstream>
 
-namespace tool_test {
+namespace borvanusb::tool_test {
 namespace {
 
 using Json = nlohmann::ordered_json;
@@ -102,4 +102,4 @@ std::string SchemaComplaints(const std::string& name, const Json& value) {
   return Checker(schema).Check(schema, value, name);
 }
 
-}  // namespace tool_test
+}  // namespace borvanusb::tool_test

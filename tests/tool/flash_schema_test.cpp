@@ -3,7 +3,7 @@
 
 #include "flash_support.h"
 
-namespace tool_test {
+namespace borvanusb::tool_test {
 namespace {
 
 class FlashSchemaTest : public FlashTest {
@@ -60,4 +60,4 @@ TEST_F(FlashSchemaTest, WhatIsMissingOrNotDescribedIsFound) {
 }
 
 }  // namespace
-}  // namespace tool_test
+}  // namespace borvanusb::tool_test

@@ -10,11 +10,12 @@
 #include <vector>
 
 #include "base/files.h"
+#include "flash/engine/camera_evidence.h"
 #include "flash/engine/journal.h"
 #include "flash/engine/sector_fate.h"
 #include "flash_support.h"
 
-namespace tool_test {
+namespace borvanusb::tool_test {
 
 constexpr std::size_t kFlash = 64 * 1024;
 inline const std::vector<std::string> kPorts = {R"(\\?\usb#vid_1234&pid_0001#port1)",
@@ -73,11 +74,11 @@ inline bool LooksAlike(const Bytes& flash, const Journal& journal) {
     for (std::size_t i = 0; i < 4; ++i) {
       word = word << 8U | flash[landmark.address + i];
     }
-    return std::ranges::find(landmark.words, word) != landmark.words.end();
+    return AgreesWith(landmark, word);
   });
   const std::span<const std::uint8_t> found(flash.data() + journal.open_sector->address,
                                             kSectorSize);
   return agrees && CanBeLeftByCut(found, *journal.open_sector);
 }
 
-}  // namespace tool_test
+}  // namespace borvanusb::tool_test

@@ -15,7 +15,7 @@
 #include "flash/engine/sector_plan.h"
 #include "flash_sequences_model.h"
 
-namespace tool_test {
+namespace borvanusb::tool_test {
 namespace {
 
 class Sequence : public FlashTest {
@@ -459,7 +459,17 @@ TEST(FlashSequencesTest, NothingIsLostInAnySequence) {
   const std::uint64_t first = FromEnvironment("BORVAN_SEED", 1);
   Statistics statistics;
   int problems = 0;
-  for (std::uint64_t seed = first; seed < first + count && problems < 5; ++seed) {
+  std::vector<std::uint64_t> seeds = {
+      1004762,  // a later change, cut off, in the sector of a landmark
+      1013077,  // the same at another port
+  };
+  for (std::uint64_t seed = first; seed < first + count; ++seed) {
+    seeds.push_back(seed);
+  }
+  for (const std::uint64_t seed : seeds) {
+    if (problems >= 5) {
+      break;
+    }
     const std::string problem = Sequence().Play(static_cast<std::uint32_t>(seed), statistics);
     if (!problem.empty()) {
       ADD_FAILURE() << problem;
@@ -469,8 +479,9 @@ TEST(FlashSequencesTest, NothingIsLostInAnySequence) {
   std::cout << statistics.sequences << " sequences, " << statistics.runs
             << " commands: " << statistics.done << " ended well, " << statistics.cut
             << " were to be cut off; " << statistics.asked << " asked for --journal, "
-            << statistics.asked_owner << " of them with the journal's own camera\n";
+            << statistics.asked_owner << " of them with the journal's own camera; "
+            << statistics.alike << " bytes of cameras that look alike in every landmark\n";
 }
 
 }  // namespace
-}  // namespace tool_test
+}  // namespace borvanusb::tool_test

@@ -4,7 +4,7 @@
 #include "base/files.h"
 #include "flash_support.h"
 
-namespace tool_test {
+namespace borvanusb::tool_test {
 namespace {
 
 using Send = std::function<void(bool, const std::string&)>;
@@ -219,4 +219,4 @@ TEST_F(FlashSeveralTest, ProgressAsJsonNamesTheCamera) {
 }
 
 }  // namespace
-}  // namespace tool_test
+}  // namespace borvanusb::tool_test

@@ -6,7 +6,7 @@
 #include <string_view>
 #include <vector>
 
-namespace tool_test {
+namespace borvanusb::tool_test {
 namespace {
 
 std::string DigestOf(std::string_view text) {
@@ -38,4 +38,4 @@ TEST(Sha256Test, AMillionLetters) {
 }
 
 }  // namespace
-}  // namespace tool_test
+}  // namespace borvanusb::tool_test

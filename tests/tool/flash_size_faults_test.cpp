@@ -5,7 +5,7 @@
 #include "flash/engine/flash_size.h"
 #include "flash_support.h"
 
-namespace tool_test {
+namespace borvanusb::tool_test {
 namespace {
 
 constexpr std::size_t kKibi = 1024;
@@ -118,4 +118,4 @@ TEST_F(FlashSizeFaultsTest, SizeIsTheSameAfterAnyStalePacketOfTheBulkRead) {
 }
 
 }  // namespace
-}  // namespace tool_test
+}  // namespace borvanusb::tool_test

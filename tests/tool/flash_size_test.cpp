@@ -3,7 +3,7 @@
 
 #include "flash_support.h"
 
-namespace tool_test {
+namespace borvanusb::tool_test {
 namespace {
 
 constexpr std::size_t kKibi = 1024;
@@ -111,4 +111,4 @@ TEST_F(FlashSizeTest, OneQuestionAboutABlankFlashSaysThatItCantBeTold) {
 }
 
 }  // namespace
-}  // namespace tool_test
+}  // namespace borvanusb::tool_test

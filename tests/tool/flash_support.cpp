@@ -5,7 +5,7 @@
 
 #include "base/files.h"
 
-namespace tool_test {
+namespace borvanusb::tool_test {
 
 Bytes Pattern(std::size_t size, std::uint32_t seed) {
   std::mt19937 random(seed);
@@ -100,4 +100,4 @@ void FlashTest::Heal() {
   host.stop_requested = false;
 }
 
-}  // namespace tool_test
+}  // namespace borvanusb::tool_test

@@ -13,12 +13,12 @@
 #include <string>
 #include <vector>
 
+#include "base/failure.h"
 #include "command/arguments.h"
 #include "command/commands.h"
-#include "base/failure.h"
 #include "support/fake_camera.h"
 
-namespace tool_test {
+namespace borvanusb::tool_test {
 
 using Bytes = std::vector<std::uint8_t>;
 
@@ -59,7 +59,7 @@ class FlashTest : public testing::Test {
     progress = std::make_unique<FakeProgress>();
     Context context{common, host, *output, *progress, outcome.result};
     try {
-      outcome.code = ::Run(command, context);
+      outcome.code = borvanusb::Run(command, context);
     } catch (const Failure& failure) {
       outcome.code = failure.Code();
       outcome.message = failure.Message();
@@ -87,4 +87,4 @@ class FlashTest : public testing::Test {
   std::filesystem::path former_folder_;
 };
 
-}  // namespace tool_test
+}  // namespace borvanusb::tool_test

@@ -7,7 +7,7 @@
 
 #include "command/command_line.h"
 
-namespace tool_test {
+namespace borvanusb::tool_test {
 namespace {
 
 using testing::HasSubstr;
@@ -121,4 +121,4 @@ TEST(HelpTest, ExamplesAreCommandLinesThatWork) {
 }
 
 }  // namespace
-}  // namespace tool_test
+}  // namespace borvanusb::tool_test

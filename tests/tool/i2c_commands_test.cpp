@@ -1,7 +1,7 @@
 // i2c read, write, dump and load.
 #include "support/command_desk.h"
 
-namespace tool_test {
+namespace borvanusb::tool_test {
 namespace {
 
 class I2cCommandsTest : public testing::Test {
@@ -141,4 +141,4 @@ TEST_F(I2cCommandsTest, FailureInTheMiddleNamesTheLine) {
 }
 
 }  // namespace
-}  // namespace tool_test
+}  // namespace borvanusb::tool_test

@@ -8,7 +8,7 @@
 
 #include "i2c/width_modes.h"
 
-namespace tool_test {
+namespace borvanusb::tool_test {
 namespace {
 
 using Problems = std::vector<ListProblem>;
@@ -134,4 +134,4 @@ TEST(WidthModesTest, CodesOfListsAreThoseOfTheModes) {
 }
 
 }  // namespace
-}  // namespace tool_test
+}  // namespace borvanusb::tool_test

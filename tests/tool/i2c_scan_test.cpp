@@ -1,7 +1,7 @@
 // i2c scan.
 #include "support/command_desk.h"
 
-namespace tool_test {
+namespace borvanusb::tool_test {
 namespace {
 
 class I2cScanTest : public testing::Test {
@@ -86,4 +86,4 @@ TEST_F(I2cScanTest, SlavesBeyondAByteAreRefused) {
 }
 
 }  // namespace
-}  // namespace tool_test
+}  // namespace borvanusb::tool_test

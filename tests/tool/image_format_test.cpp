@@ -11,7 +11,7 @@
 #include "flash/text_dump.h"
 #include "flash_support.h"
 
-namespace tool_test {
+namespace borvanusb::tool_test {
 namespace {
 
 Bytes BytesOf(std::string_view text) {
@@ -178,4 +178,4 @@ TEST(ImageFormatTest, RecordsInsideFirmwareAreItsOwn) {
 }
 
 }  // namespace
-}  // namespace tool_test
+}  // namespace borvanusb::tool_test

@@ -5,7 +5,7 @@
 
 #include <nlohmann/json.hpp>
 
-namespace tool_test {
+namespace borvanusb::tool_test {
 namespace {
 
 nlohmann::ordered_json Camera() {
@@ -44,4 +44,4 @@ TEST(JsonSchemaTest, ValuesAndPatternsAreHeld) {
 }
 
 }  // namespace
-}  // namespace tool_test
+}  // namespace borvanusb::tool_test

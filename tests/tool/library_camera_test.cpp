@@ -3,7 +3,7 @@
 
 #include "library_rig.h"
 
-namespace tool_test {
+namespace borvanusb::tool_test {
 namespace {
 
 using borvan::Result;
@@ -190,4 +190,4 @@ TEST_F(LibraryCameraTest, RegisterRunHasAByteForEachRegister) {
 }
 
 }  // namespace
-}  // namespace tool_test
+}  // namespace borvanusb::tool_test

@@ -3,7 +3,7 @@
 
 #include "library_rig.h"
 
-namespace tool_test {
+namespace borvanusb::tool_test {
 namespace {
 
 using borvan_test::Fault;
@@ -264,4 +264,4 @@ TEST_F(RunFaultsTest, RegistersThatChangeByThemselvesDoNotFailTheRun) {
 }
 
 }  // namespace
-}  // namespace tool_test
+}  // namespace borvanusb::tool_test

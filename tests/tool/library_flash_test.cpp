@@ -6,7 +6,7 @@
 
 #include "library_rig.h"
 
-namespace tool_test {
+namespace borvanusb::tool_test {
 namespace {
 
 using borvan::Result;
@@ -205,4 +205,4 @@ TEST_F(LibraryFlashTest, WordsAreWrittenAndPeeked) {
 }
 
 }  // namespace
-}  // namespace tool_test
+}  // namespace borvanusb::tool_test

@@ -8,7 +8,7 @@
 #include "dll/job_reports.h"
 #include "library_rig.h"
 
-namespace tool_test {
+namespace borvanusb::tool_test {
 namespace {
 
 using borvan::Result;
@@ -312,4 +312,4 @@ TEST_F(LibraryJobsTest, LookingForACameraIsUnderTheTimeLimit) {
 }
 
 }  // namespace
-}  // namespace tool_test
+}  // namespace borvanusb::tool_test

@@ -3,7 +3,7 @@
 #include <filesystem>
 #include <thread>
 
-namespace tool_test {
+namespace borvanusb::tool_test {
 namespace {
 
 // Longer than any job takes, however busy the machine is.
@@ -149,4 +149,4 @@ std::size_t LibraryTest::LeftBehind() const {
   return count;
 }
 
-}  // namespace tool_test
+}  // namespace borvanusb::tool_test

@@ -16,7 +16,7 @@
 #include "dll/supervisor.h"
 #include "support/temporary_folder.h"
 
-namespace tool_test {
+namespace borvanusb::tool_test {
 
 // The system's part, with files in a folder of the test's own.
 class TestPlatform : public LibraryPlatform {
@@ -68,4 +68,4 @@ class LibraryTest : public borvan_test::ApiTest {
   std::optional<CameraLibrary> library;
 };
 
-}  // namespace tool_test
+}  // namespace borvanusb::tool_test

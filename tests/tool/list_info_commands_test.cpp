@@ -1,7 +1,7 @@
 // list and info.
 #include "support/command_desk.h"
 
-namespace tool_test {
+namespace borvanusb::tool_test {
 namespace {
 
 std::shared_ptr<FakeChip> SecondChip() {
@@ -46,7 +46,7 @@ TEST_F(ListInfoTest, WatchTellsArrivalsAndDeparturesUntilItIsStopped) {
     }
   };
   desk_.result = nullptr;
-  EXPECT_EQ(::Run(ListCommand{true}, desk_.context), ExitCode::kDone);
+  EXPECT_EQ(borvanusb::Run(ListCommand{true}, desk_.context), ExitCode::kDone);
   EXPECT_EQ(desk_.output.out,
             "+ 0  1234:0001  Fake camera  \\\\?\\usb#vid_1234&pid_0001#a\n"
             "+ 1  1234:0002  Kamera f\xC3\xBCr Tests  \\\\?\\usb#vid_1234&pid_0002#b\n"
@@ -67,7 +67,7 @@ TEST_F(ListInfoTest, WatchEndsWhenItsOutputIsLost) {
     ASSERT_LT(sleeps, 3);
     desk_.host.stop_requested = sleeps == 2;  // no test goes on for ever
   };
-  EXPECT_EQ(::Run(ListCommand{true}, desk_.context), ExitCode::kDone);
+  EXPECT_EQ(borvanusb::Run(ListCommand{true}, desk_.context), ExitCode::kDone);
   EXPECT_EQ(sleeps, 1);
 }
 
@@ -104,4 +104,4 @@ TEST_F(ListInfoTest, InfoSaysWhenTheFlashSizeIsNotKnown) {
 }
 
 }  // namespace
-}  // namespace tool_test
+}  // namespace borvanusb::tool_test

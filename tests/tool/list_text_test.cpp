@@ -5,7 +5,7 @@
 
 #include <string>
 
-namespace tool_test {
+namespace borvanusb::tool_test {
 namespace {
 
 using Entries = std::vector<ListEntry>;
@@ -110,4 +110,4 @@ TEST(ListTextTest, QuotesShowNoBytesThatTerminalsTake) {
 }
 
 }  // namespace
-}  // namespace tool_test
+}  // namespace borvanusb::tool_test

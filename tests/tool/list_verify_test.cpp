@@ -1,7 +1,7 @@
 // reg load --verify and i2c load --verify.
 #include "support/command_desk.h"
 
-namespace tool_test {
+namespace borvanusb::tool_test {
 namespace {
 
 class ListVerifyTest : public testing::Test {
@@ -150,4 +150,4 @@ TEST_F(ListVerifyTest, RegisterThatAWidthCodeMayOverwriteIsToldAndNotCompared) {
 }
 
 }  // namespace
-}  // namespace tool_test
+}  // namespace borvanusb::tool_test

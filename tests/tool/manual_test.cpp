@@ -8,7 +8,7 @@
 #include "command/commands.h"
 #include "support/fake_camera.h"
 
-namespace tool_test {
+namespace borvanusb::tool_test {
 namespace {
 
 using testing::HasSubstr;
@@ -21,7 +21,7 @@ class ManualTest : public testing::Test {
     FakeHost host;
     FakeProgress progress;
     Context context{common, host, output, progress, result};
-    EXPECT_EQ(::Run(ManualCommand(), context), ExitCode::kDone);
+    EXPECT_EQ(borvanusb::Run(ManualCommand(), context), ExitCode::kDone);
   }
   FakeOutput output;
   nlohmann::ordered_json result;
@@ -100,4 +100,4 @@ TEST_F(ManualTest, NamesTheCommonOptionsThatACommandDoesNotTake) {
 }
 
 }  // namespace
-}  // namespace tool_test
+}  // namespace borvanusb::tool_test

@@ -3,7 +3,7 @@
 
 #include <gtest/gtest.h>
 
-namespace tool_test {
+namespace borvanusb::tool_test {
 namespace {
 
 TEST(NumbersTest, NumberIsDecimalOrHexadecimal) {
@@ -60,4 +60,4 @@ TEST(NumbersTest, RangeAndSizeTextsReadBack) {
 }
 
 }  // namespace
-}  // namespace tool_test
+}  // namespace borvanusb::tool_test

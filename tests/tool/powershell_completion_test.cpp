@@ -9,7 +9,7 @@
 #include "command/completion_scripts.h"
 #include "support/command_desk.h"
 
-namespace tool_test {
+namespace borvanusb::tool_test {
 namespace {
 
 using testing::HasSubstr;
@@ -63,11 +63,11 @@ TEST(PowerShellCompletionTest, BracketsAndQuotesAreClosed) {
 
 TEST(PowerShellCompletionTest, CommandPrintsTheScript) {
   CommandDesk desk;
-  EXPECT_EQ(::Run(CompletionCommand{Shell::kPowerShell}, desk.context), ExitCode::kDone);
+  EXPECT_EQ(borvanusb::Run(CompletionCommand{Shell::kPowerShell}, desk.context), ExitCode::kDone);
   EXPECT_EQ(desk.output.out, PowerShellCompletion(DescribeTool()));
   EXPECT_EQ(desk.result["shell"], "powershell");
   EXPECT_EQ(desk.result["script"], desk.output.out);
 }
 
 }  // namespace
-}  // namespace tool_test
+}  // namespace borvanusb::tool_test

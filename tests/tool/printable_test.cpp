@@ -5,7 +5,7 @@
 
 #include <nlohmann/json.hpp>
 
-namespace tool_test {
+namespace borvanusb::tool_test {
 namespace {
 
 TEST(PrintableTest, WhatIsShownStaysAsItIs) {
@@ -63,4 +63,4 @@ TEST(PrintableJsonTest, TextsKeepTheirValuesAndHoldNothingThatATerminalObeys) {
 }
 
 }  // namespace
-}  // namespace tool_test
+}  // namespace borvanusb::tool_test

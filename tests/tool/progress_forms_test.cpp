@@ -7,7 +7,7 @@
 
 #include "output/make_progress.h"
 
-namespace tool_test {
+namespace borvanusb::tool_test {
 namespace {
 
 using std::chrono::milliseconds;
@@ -253,4 +253,4 @@ TEST_F(ProgressFormsTest, AutoIsABarOnATerminalElseLines) {
 }
 
 }  // namespace
-}  // namespace tool_test
+}  // namespace borvanusb::tool_test

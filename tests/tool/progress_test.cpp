@@ -5,7 +5,7 @@
 
 #include "output/progress_text.h"
 
-namespace tool_test {
+namespace borvanusb::tool_test {
 namespace {
 
 using std::chrono::milliseconds;
@@ -215,4 +215,4 @@ TEST(ProgressTextTest, BarKeepsItsWidthWhileNumbersGrow) {
 }
 
 }  // namespace
-}  // namespace tool_test
+}  // namespace borvanusb::tool_test

@@ -1,7 +1,7 @@
 // reg read and reg write.
 #include "support/command_desk.h"
 
-namespace tool_test {
+namespace borvanusb::tool_test {
 namespace {
 
 class RegCommandsTest : public testing::Test {
@@ -157,4 +157,4 @@ TEST_F(RegCommandsTest, ProgressCountsRegisters) {
 }
 
 }  // namespace
-}  // namespace tool_test
+}  // namespace borvanusb::tool_test

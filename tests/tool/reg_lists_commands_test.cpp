@@ -1,7 +1,7 @@
 // reg dump, reg load and reg diff.
 #include "support/command_desk.h"
 
-namespace tool_test {
+namespace borvanusb::tool_test {
 namespace {
 
 class RegListsTest : public testing::Test {
@@ -185,4 +185,4 @@ TEST_F(RegListsTest, DiffRefusesWhatIsNoListAndTwoCameras) {
 }
 
 }  // namespace
-}  // namespace tool_test
+}  // namespace borvanusb::tool_test

@@ -8,7 +8,7 @@
 
 #include "registers/register_diff.h"
 
-namespace tool_test {
+namespace borvanusb::tool_test {
 namespace {
 
 using Problems = std::vector<ListProblem>;
@@ -169,4 +169,4 @@ TEST(RegisterDiffTest, PageIsThatOfADumpAlone) {
 }
 
 }  // namespace
-}  // namespace tool_test
+}  // namespace borvanusb::tool_test

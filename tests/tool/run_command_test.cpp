@@ -1,7 +1,7 @@
 // run: a script's file, read by the command line's own rules and run by the commands themselves.
 #include "support/command_desk.h"
 
-namespace tool_test {
+namespace borvanusb::tool_test {
 namespace {
 
 class RunCommandTest : public testing::Test {
@@ -46,4 +46,4 @@ TEST_F(RunCommandTest, FileThatIsNotThereIsAFailureOfTheFile) {
 }
 
 }  // namespace
-}  // namespace tool_test
+}  // namespace borvanusb::tool_test

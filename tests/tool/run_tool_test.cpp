@@ -8,12 +8,12 @@
 
 #include "command/context.h"
 #include "command/dispatch.h"
+#include "command/tool.h"
 #include "output/output.h"
 #include "output/progress.h"
 #include "support/fake_camera.h"
-#include "command/tool.h"
 
-namespace tool_test {
+namespace borvanusb::tool_test {
 namespace {
 
 using testing::HasSubstr;
@@ -282,7 +282,7 @@ TEST_F(RunToolTest, FailureFromOutsideTheCommandEndsWithItsLastWords) {
 }
 
 }  // namespace
-}  // namespace tool_test
+}  // namespace borvanusb::tool_test
 
 ExitCode Dispatch(const Command& command, Context& context) {
   return tool_test::TheCommand()(command, context);

@@ -3,7 +3,7 @@
 
 #include <gtest/gtest.h>
 
-namespace tool_test {
+namespace borvanusb::tool_test {
 namespace {
 
 TEST(ScratchNamesTest, NameTellsItsProcess) {
@@ -36,4 +36,4 @@ TEST(ScratchNamesTest, OtherFilesHaveNoOwner) {
 }
 
 }  // namespace
-}  // namespace tool_test
+}  // namespace borvanusb::tool_test

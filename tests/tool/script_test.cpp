@@ -5,7 +5,7 @@
 
 #include "support/command_desk.h"
 
-namespace tool_test {
+namespace borvanusb::tool_test {
 namespace {
 
 // Stands for the command line's reader: the words choose the command.
@@ -191,4 +191,4 @@ TEST_F(ScriptTest, StopByTheUserEndsItAlsoWhenKeepingOn) {
 }
 
 }  // namespace
-}  // namespace tool_test
+}  // namespace borvanusb::tool_test

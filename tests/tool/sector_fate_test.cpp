@@ -7,7 +7,7 @@
 
 #include "flash_support.h"
 
-namespace tool_test {
+namespace borvanusb::tool_test {
 namespace {
 
 class SectorFateTest : public testing::Test {
@@ -126,4 +126,4 @@ TEST(JournalTextTest, HostileJournalsAreRefused) {
 }
 
 }  // namespace
-}  // namespace tool_test
+}  // namespace borvanusb::tool_test

@@ -1,7 +1,7 @@
 // selftest: each check fails by the fault it is made for, and by no other.
 #include "support/command_desk.h"
 
-namespace tool_test {
+namespace borvanusb::tool_test {
 namespace {
 
 class SelftestTest : public testing::Test {
@@ -175,4 +175,4 @@ TEST_F(SelftestTest, StopByTheUserEndsIt) {
 }
 
 }  // namespace
-}  // namespace tool_test
+}  // namespace borvanusb::tool_test

@@ -3,7 +3,7 @@
 
 #include <gtest/gtest.h>
 
-namespace tool_test {
+namespace borvanusb::tool_test {
 namespace {
 
 TEST(StatisticsTest, MedianStandsInTheMiddle) {
@@ -21,4 +21,4 @@ TEST(StatisticsTest, PercentileIsOneOfTheValues) {
 }
 
 }  // namespace
-}  // namespace tool_test
+}  // namespace borvanusb::tool_test

@@ -7,7 +7,7 @@
 
 #include "base/failure.h"
 
-namespace tool_test {
+namespace borvanusb::tool_test {
 namespace {
 
 using std::chrono::milliseconds;
@@ -71,4 +71,4 @@ TEST(SupervisorTest, CallsAreCountedByWhatTheyDo) {
 }
 
 }  // namespace
-}  // namespace tool_test
+}  // namespace borvanusb::tool_test

@@ -3,7 +3,7 @@
 
 #include <gtest/gtest.h>
 
-namespace tool_test {
+namespace borvanusb::tool_test {
 namespace {
 
 struct Streams {
@@ -79,4 +79,4 @@ TEST(TextOutputTest, WithoutATerminalThereIsNoCursorToMove) {
 }
 
 }  // namespace
-}  // namespace tool_test
+}  // namespace borvanusb::tool_test

@@ -7,11 +7,11 @@
 #include <iterator>
 #include <regex>
 
-#include "command/command_line.h"
 #include "base/exit_code.h"
 #include "base/failure.h"
+#include "command/command_line.h"
 
-namespace tool_test {
+namespace borvanusb::tool_test {
 namespace {
 
 const std::string kSource = BORVAN_SOURCE_FOLDER;
@@ -148,4 +148,4 @@ TEST(ToolDocumentTest, GuideNamesEverySchemaAndNoOther) {
 }
 
 }  // namespace
-}  // namespace tool_test
+}  // namespace borvanusb::tool_test

@@ -1,7 +1,7 @@
 // watch.
 #include "support/command_desk.h"
 
-namespace tool_test {
+namespace borvanusb::tool_test {
 namespace {
 
 class WatchTest : public testing::Test {
@@ -14,7 +14,7 @@ class WatchTest : public testing::Test {
     return command;
   }
 
-  ExitCode Do(const WatchCommand& command) { return ::Run(command, desk_.context); }
+  ExitCode Do(const WatchCommand& command) { return borvanusb::Run(command, desk_.context); }
 
   CommandDesk desk_;
   TestFolder folder_;
@@ -154,4 +154,4 @@ TEST_F(WatchTest, NothingOrTooMuchToWatchIsRefused) {
 }
 
 }  // namespace
-}  // namespace tool_test
+}  // namespace borvanusb::tool_test

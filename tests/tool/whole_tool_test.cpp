@@ -5,10 +5,10 @@
 #include <nlohmann/json.hpp>
 #include <sstream>
 
-#include "support/command_desk.h"
 #include "command/tool.h"
+#include "support/command_desk.h"
 
-namespace tool_test {
+namespace borvanusb::tool_test {
 namespace {
 
 using testing::Each;
@@ -151,4 +151,4 @@ TEST_F(WholeToolTest, TextsOfManyLinesKeepThem) {
 }
 
 }  // namespace
-}  // namespace tool_test
+}  // namespace borvanusb::tool_test

@@ -3,7 +3,7 @@
 
 #include "registers/written_registers.h"
 
-namespace tool_test {
+namespace borvanusb::tool_test {
 namespace {
 
 std::vector<ListEntry> Entries(const std::string& text) {
@@ -106,4 +106,4 @@ TEST(WrittenI2cRegistersTest, RegisterThatAWidthCodeMayOverwriteIsUncertain) {
 }
 
 }  // namespace
-}  // namespace tool_test
+}  // namespace borvanusb::tool_test

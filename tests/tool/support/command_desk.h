@@ -9,13 +9,13 @@
 #include <sstream>
 #include <string>
 
+#include "base/failure.h"
 #include "command/commands.h"
 #include "command/context.h"
-#include "base/failure.h"
 #include "support/fake_camera.h"
 #include "support/json_schema.h"
 
-namespace tool_test {
+namespace borvanusb::tool_test {
 
 // A host with cameras in memory, and all that a command writes.
 struct CommandDesk {
@@ -89,4 +89,4 @@ class TestFolder {
   std::filesystem::path path_;
 };
 
-}  // namespace tool_test
+}  // namespace borvanusb::tool_test

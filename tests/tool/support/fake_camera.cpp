@@ -6,7 +6,7 @@
 
 #include "base/failure.h"
 
-namespace tool_test {
+namespace borvanusb::tool_test {
 namespace {
 
 constexpr std::uint64_t kReadPacket = 64;
@@ -289,4 +289,4 @@ std::vector<int> FakeHost::RunChildren(
   return codes;
 }
 
-}  // namespace tool_test
+}  // namespace borvanusb::tool_test

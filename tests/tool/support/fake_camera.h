@@ -14,13 +14,13 @@
 #include <utility>
 #include <vector>
 
-#include "camera/camera.h"
 #include "base/failure.h"
+#include "camera/camera.h"
 #include "camera/host.h"
 #include "output/output.h"
 #include "output/progress.h"
 
-namespace tool_test {
+namespace borvanusb::tool_test {
 
 // The ways to read something of a camera.
 enum class FakeRead { kByteRegister, kWideRegister, kRegisterRun, kI2c, kFlashBulk, kFlashWord };
@@ -148,4 +148,4 @@ class FakeHost : public Host {
       child;
 };
 
-}  // namespace tool_test
+}  // namespace borvanusb::tool_test

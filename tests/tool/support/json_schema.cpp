@@ -6,7 +6,7 @@
 #include <regex>
 #include <set>
 
-namespace tool_test {
+namespace borvanusb::tool_test {
 namespace {
 
 using Json = nlohmann::ordered_json;
@@ -107,4 +107,4 @@ std::string BreachOfSchema(const std::string& name, const nlohmann::ordered_json
   return Breach(Json::parse(file), value, "");
 }
 
-}  // namespace tool_test
+}  // namespace borvanusb::tool_test

@@ -2,6 +2,8 @@
 
 #include <string_view>
 
+namespace borvanusb {
+
 // What the process ends with: one number for each kind of failure, so that a line's control program
 // knows what to do without reading a text. The numbers are a promise to scripts.
 enum class ExitCode {
@@ -46,3 +48,5 @@ constexpr std::string_view KindOf(ExitCode code) {
   }
   return "internal";
 }
+
+}  // namespace borvanusb

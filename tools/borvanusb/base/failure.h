@@ -6,6 +6,8 @@
 
 #include "base/exit_code.h"
 
+namespace borvanusb {
+
 // Why a command ends early. The message says what failed, where and why, in the user's terms; the
 // hint says what to do about it. Both are UTF-8; the message is one line, the hint one for each
 // thing that can be done.
@@ -24,3 +26,5 @@ class Failure : public std::exception {
   std::string message_;
   std::string hint_;
 };
+
+}  // namespace borvanusb

@@ -10,6 +10,8 @@
 #include "base/failure.h"
 #include "base/flush_file.h"
 
+namespace borvanusb {
+
 namespace {
 
 namespace fs = std::filesystem;
@@ -189,3 +191,5 @@ std::vector<std::string> FilesIn(const std::string& folder) {
   std::ranges::sort(names);
   return names;
 }
+
+}  // namespace borvanusb

@@ -8,6 +8,8 @@
 #include <string_view>
 #include <vector>
 
+namespace borvanusb {
+
 // Files by UTF-8 names, of any characters. All throw Failure kFile that names the file and why.
 
 std::vector<std::uint8_t> ReadWholeFile(const std::string& name);
@@ -43,3 +45,5 @@ bool SameFile(const std::string& left, const std::string& right);
 void MakeFolder(const std::string& folder);
 // The names of a folder's files, without the folder, sorted; none when there is no such folder.
 std::vector<std::string> FilesIn(const std::string& folder);
+
+}  // namespace borvanusb

@@ -3,6 +3,8 @@
 #include <filesystem>
 #include <system_error>
 
+namespace borvanusb {
+
 // What the systems do in ways of their own to keep files.
 
 // Waits until a closed file's bytes have reached the disk, so that a cut of the computer's own
@@ -14,3 +16,5 @@ std::error_code ReplaceThrough(const std::filesystem::path& from, const std::fil
 
 // Whether the system takes two full names of files for one: Windows knows no case.
 bool SameName(const std::filesystem::path& left, const std::filesystem::path& right);
+
+}  // namespace borvanusb

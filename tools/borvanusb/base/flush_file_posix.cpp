@@ -3,6 +3,8 @@
 
 #include "base/flush_file.h"
 
+namespace borvanusb {
+
 void FlushFile(const std::filesystem::path& file) {
   const int descriptor = open(file.c_str(), O_RDONLY | O_CLOEXEC);
   if (descriptor >= 0) {
@@ -24,3 +26,5 @@ std::error_code ReplaceThrough(const std::filesystem::path& from, const std::fil
 bool SameName(const std::filesystem::path& left, const std::filesystem::path& right) {
   return left == right;
 }
+
+}  // namespace borvanusb

@@ -2,6 +2,8 @@
 
 #include <cstddef>
 
+namespace borvanusb {
+
 namespace {
 
 constexpr std::string_view kDigits = "0123456789abcdef";
@@ -36,3 +38,5 @@ std::optional<std::vector<std::uint8_t>> ParseHexBytes(std::string_view text) {
   }
   return bytes;
 }
+
+}  // namespace borvanusb

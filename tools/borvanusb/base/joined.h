@@ -4,6 +4,8 @@
 #include <string_view>
 #include <vector>
 
+namespace borvanusb {
+
 // The texts in a row, with `between` between any two.
 inline std::string Joined(const std::vector<std::string>& texts, std::string_view between = " ") {
   std::string joined;
@@ -17,3 +19,5 @@ inline std::string Joined(const std::vector<std::string>& texts, std::string_vie
   }
   return joined;
 }
+
+}  // namespace borvanusb

@@ -5,6 +5,8 @@
 #include <limits>
 #include <utility>
 
+namespace borvanusb {
+
 namespace {
 
 constexpr std::uint64_t kHighestAddress = 0xFFFFFFFF;
@@ -101,3 +103,5 @@ std::string SizeText(std::uint64_t bytes) {
   }
   return text;
 }
+
+}  // namespace borvanusb

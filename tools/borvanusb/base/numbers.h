@@ -5,6 +5,8 @@
 #include <string>
 #include <string_view>
 
+namespace borvanusb {
+
 // Numbers as people write them on a command line. Each function reads the whole text or nothing.
 
 // Decimal, or hexadecimal with 0x: "419", "0x1a3".
@@ -37,3 +39,5 @@ std::string SizeArgument(std::uint64_t bytes);
 
 // Bytes as people read them: "262144 bytes (256 KiB)", "300 bytes", "1 byte".
 std::string SizeText(std::uint64_t bytes);
+
+}  // namespace borvanusb

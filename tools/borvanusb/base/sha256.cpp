@@ -7,6 +7,8 @@
 
 #include "base/hex_bytes.h"
 
+namespace borvanusb {
+
 namespace {
 
 constexpr std::size_t kBlockSize = 64;
@@ -98,3 +100,5 @@ std::string Sha256(std::span<const std::uint8_t> bytes) {
   }
   return HexBytes(digest);
 }
+
+}  // namespace borvanusb

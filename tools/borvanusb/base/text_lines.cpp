@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <limits>
 
+namespace borvanusb {
+
 namespace {
 
 constexpr std::string_view kUtf8Mark = "\xEF\xBB\xBF";
@@ -45,3 +47,5 @@ void SortByLine(std::vector<ListProblem>& problems) {
                      return place(left) < place(right);
                    });
 }
+
+}  // namespace borvanusb

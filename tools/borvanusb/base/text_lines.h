@@ -5,6 +5,8 @@
 #include <string_view>
 #include <vector>
 
+namespace borvanusb {
+
 // The lines of a text file that people write: lists and scripts.
 
 // What is wrong with a file, or worth knowing of it.
@@ -32,3 +34,5 @@ TextLines SplitLines(std::string_view content, const std::string& kind);
 
 // The problems in the order of their lines, those of the whole file last.
 void SortByLine(std::vector<ListProblem>& problems);
+
+}  // namespace borvanusb

@@ -6,6 +6,8 @@
 #include <string>
 #include <vector>
 
+namespace borvanusb {
+
 // One camera as the system lists it.
 struct CameraIdentity {
   std::int32_t index = 0;  // place in the list
@@ -84,3 +86,5 @@ class Camera {
   // The sector of 4096 bytes at `address`.
   virtual void EraseSector(std::uint32_t address) = 0;
 };
+
+}  // namespace borvanusb

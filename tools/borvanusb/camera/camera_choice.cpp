@@ -3,8 +3,10 @@
 #include <algorithm>
 #include <functional>
 
-#include "base/numbers.h"
 #include "base/failure.h"
+#include "base/numbers.h"
+
+namespace borvanusb {
 
 namespace {
 
@@ -137,3 +139,5 @@ CameraIdentity ChosenCamera(Host& host, const std::vector<std::string>& choices)
   return ChooseCamera(host.ListCameras(),
                       choices.empty() ? host.Environment("BORVANUSB_CAMERA") : choices.front());
 }
+
+}  // namespace borvanusb

@@ -6,6 +6,8 @@
 #include "camera/camera.h"
 #include "camera/host.h"
 
+namespace borvanusb {
+
 // Which of the cameras a choice means: its index, its device path, "vid:pid", its name; where none
 // of these matches whole, a part of path or name of at least 3 characters. Letters may be large or
 // small. An empty choice means the only camera there is. Throws Failure: kNoCamera when none
@@ -19,3 +21,5 @@ CameraIdentity ChosenCamera(Host& host, const std::vector<std::string>& choices)
 
 // A camera in a line for people: `0  1234:0001  Virtual camera`.
 std::string CameraLine(const CameraIdentity& camera);
+
+}  // namespace borvanusb

@@ -8,8 +8,10 @@
 #include <string>
 #include <vector>
 
-#include "command/arguments.h"
 #include "camera/camera.h"
+#include "command/arguments.h"
+
+namespace borvanusb {
 
 // How well a process is placed to find cameras, for `doctor`.
 struct VideoDevice {
@@ -105,3 +107,5 @@ class Host {
       const std::vector<std::vector<std::string>>& arguments,
       const std::function<void(std::size_t, bool, const std::string&)>& on_line) = 0;
 };
+
+}  // namespace borvanusb

@@ -10,6 +10,8 @@
 #include "base/numbers.h"
 #include "registers/list_markers.h"
 
+namespace borvanusb {
+
 // What the command line asks for, as plain values. File names and texts are UTF-8.
 
 enum class ProgressMode { kAuto, kBar, kLines, kJson, kNone };
@@ -205,3 +207,5 @@ struct Arguments {
   CommonArguments common;
   Command command;
 };
+
+}  // namespace borvanusb

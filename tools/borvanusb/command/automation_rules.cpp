@@ -1,7 +1,9 @@
 // Commands that go on for a while, and those that serve scripts and shells.
 #include "command/command_rules.h"
-#include "i2c/i2c_options.h"
 #include "command/values.h"
+#include "i2c/i2c_options.h"
+
+namespace borvanusb {
 
 namespace {
 
@@ -128,3 +130,5 @@ CommandRules MeasuringRules() {
 CommandRules AutomationRules() {
   return Grouped({RunRule(), CompletionRule(), ManualRule()}, "Scripts and shells");
 }
+
+}  // namespace borvanusb

@@ -3,6 +3,8 @@
 #include "base/joined.h"
 #include "command/completion_scripts.h"
 
+namespace borvanusb {
+
 namespace {
 
 // The words of `options` that begin with a dash.
@@ -228,3 +230,5 @@ std::string BashCompletion(const ToolDescription& tool) {
       "complete -F _borvanusb borvanusb borvanusb.exe\n";
   return script;
 }
+
+}  // namespace borvanusb

@@ -2,8 +2,10 @@
 #include <cmath>
 
 #include "command/command_rules.h"
-#include "i2c/i2c_options.h"
 #include "command/values.h"
+#include "i2c/i2c_options.h"
+
+namespace borvanusb {
 
 namespace {
 
@@ -99,3 +101,5 @@ CommonRules MakeCommonRules() {
   add(Flag("--version", "print the version"), [](CommonArguments&, const std::string&) {});
   return rules;
 }
+
+}  // namespace borvanusb

@@ -2,12 +2,14 @@
 
 #include <nlohmann/json.hpp>
 
-#include "camera/camera_choice.h"
 #include "base/failure.h"
 #include "base/files.h"
+#include "camera/camera_choice.h"
 #include "i2c/width_modes.h"
 #include "output/output.h"
 #include "output/progress.h"
+
+namespace borvanusb {
 
 namespace {
 
@@ -129,3 +131,5 @@ bool IsRawFileName(const std::string& file) {
   const std::string ending = file.substr(file.size() - kRawEnding);
   return ending == ".bin" || ending == ".BIN";
 }
+
+}  // namespace borvanusb

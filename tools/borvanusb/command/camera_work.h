@@ -9,10 +9,12 @@
 #include <string>
 #include <string_view>
 
-#include "command/arguments.h"
 #include "camera/camera.h"
-#include "command/context.h"
 #include "camera/host.h"
+#include "command/arguments.h"
+#include "command/context.h"
+
+namespace borvanusb {
 
 // The register that tells which fast paths the chip's firmware has; every chip has it.
 constexpr std::uint32_t kFeatureRegister = 0x1A3;
@@ -72,3 +74,5 @@ void PrintLines(std::string_view text, Output& output);
 void WriteDump(Context& context, const std::string& file, const std::string& text);
 // Whether a dump to this file is to hold raw bytes: names that end in .bin.
 bool IsRawFileName(const std::string& file);
+
+}  // namespace borvanusb

@@ -5,12 +5,14 @@
 #include <iterator>
 #include <stdexcept>
 
+#include "base/failure.h"
+#include "base/version.h"
 #include "command/command_rules.h"
 #include "command/nearest.h"
 #include "command/values.h"
 #include "command/word_sorter.h"
-#include "base/failure.h"
-#include "base/version.h"
+
+namespace borvanusb {
 
 namespace {
 
@@ -260,3 +262,5 @@ std::variant<Arguments, TextAnswer> ParseCommandLine(const std::vector<std::stri
   }
   return arguments;
 }
+
+}  // namespace borvanusb

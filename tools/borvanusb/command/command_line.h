@@ -6,6 +6,8 @@
 
 #include "command/arguments.h"
 
+namespace borvanusb {
+
 // A text that was asked for instead of a command: --help or --version.
 struct TextAnswer {
   std::string text;
@@ -70,3 +72,5 @@ ToolDescription DescribeTool();
 // What --help prints: the overview for no words, the commands of a group ("reg"), or one command
 // ("reg", "read"). At most 80 columns wide.
 std::string HelpText(const ToolDescription& tool, const std::vector<std::string>& words);
+
+}  // namespace borvanusb

@@ -3,9 +3,11 @@
 #include <algorithm>
 #include <iterator>
 
-#include "i2c/i2c_options.h"
 #include "command/values.h"
+#include "i2c/i2c_options.h"
 #include "i2c/width_modes.h"
+
+namespace borvanusb {
 
 OptionDescription Argument(std::string_view name, std::string_view text) {
   OptionDescription option = Flag(name, text);
@@ -88,3 +90,5 @@ void CheckI2cAddress(const std::string& name, std::uint32_t address, const I2cOp
   CheckFits(name, address, mode.address_bits,
             "the addresses of width mode " + std::string(mode.name));
 }
+
+}  // namespace borvanusb

@@ -11,6 +11,8 @@
 #include "command/arguments.h"
 #include "command/command_line.h"
 
+namespace borvanusb {
+
 // Each command in one place: what help tells of it, and how its words become values. Help, manual
 // page, completions and the reading of command lines all come from here.
 
@@ -133,3 +135,5 @@ const CommonRules& AllCommonRules();
 // Throws WrongUse when a value, mask or address is beyond its bits: "VALUE: 0x1ff is too big for
 // …".
 void CheckFits(const std::string& name, std::uint32_t number, int bits, const std::string& where);
+
+}  // namespace borvanusb

@@ -1,8 +1,10 @@
 #pragma once
 
+#include "base/exit_code.h"
 #include "command/arguments.h"
 #include "command/context.h"
-#include "base/exit_code.h"
+
+namespace borvanusb {
 
 // Every command: does the work, writes its text to context.output and the same facts to
 // context.result, and returns kDone, or another code when the work was done and its outcome is that
@@ -33,3 +35,5 @@ ExitCode Run(const DoctorCommand& command, Context& context);
 ExitCode Run(const RunCommand& command, Context& context);
 ExitCode Run(const CompletionCommand& command, Context& context);
 ExitCode Run(const ManualCommand& command, Context& context);
+
+}  // namespace borvanusb

@@ -5,6 +5,8 @@
 #include "command/completion_scripts.h"
 #include "output/output.h"
 
+namespace borvanusb {
+
 ExitCode Run(const CompletionCommand& command, Context& context) {
   const bool bash = command.shell == Shell::kBash;
   const std::string script =
@@ -13,3 +15,5 @@ ExitCode Run(const CompletionCommand& command, Context& context) {
   context.result = {{"shell", bash ? "bash" : "powershell"}, {"script", script}};
   return ExitCode::kDone;
 }
+
+}  // namespace borvanusb

@@ -4,7 +4,11 @@
 
 #include "command/command_line.h"
 
+namespace borvanusb {
+
 // Scripts that complete the command lines of borvanusb: commands, options, values that are few, and
 // file names.
 std::string BashCompletion(const ToolDescription& tool);
 std::string PowerShellCompletion(const ToolDescription& tool);
+
+}  // namespace borvanusb

@@ -2,8 +2,10 @@
 
 #include <nlohmann/json_fwd.hpp>
 
-#include "command/arguments.h"
 #include "base/exit_code.h"
+#include "command/arguments.h"
+
+namespace borvanusb {
 
 class Host;
 class Output;
@@ -18,3 +20,5 @@ struct Context {
   // What --json prints: one object, the command fills it.
   nlohmann::ordered_json& result;
 };
+
+}  // namespace borvanusb

@@ -1,10 +1,12 @@
 // What --help prints.
 #include <algorithm>
 
-#include "command/command_line.h"
 #include "base/joined.h"
-#include "command/usage.h"
 #include "base/version.h"
+#include "command/command_line.h"
+#include "command/usage.h"
+
+namespace borvanusb {
 
 namespace {
 
@@ -158,3 +160,5 @@ std::string HelpText(const ToolDescription& tool, const std::vector<std::string>
   }
   return GroupHelp(tool, words.front());
 }
+
+}  // namespace borvanusb

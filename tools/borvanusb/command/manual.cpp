@@ -2,12 +2,14 @@
 #include <nlohmann/json.hpp>
 #include <string_view>
 
-#include "command/command_line.h"
-#include "command/usage.h"
-#include "command/camera_work.h"
-#include "command/commands.h"
-#include "output/output.h"
 #include "base/version.h"
+#include "command/camera_work.h"
+#include "command/command_line.h"
+#include "command/commands.h"
+#include "command/usage.h"
+#include "output/output.h"
+
+namespace borvanusb {
 
 namespace {
 
@@ -196,3 +198,5 @@ ExitCode Run(const ManualCommand& /*command*/, Context& context) {
   PrintLines(page, context.output);
   return ExitCode::kDone;
 }
+
+}  // namespace borvanusb

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cstddef>
 
+namespace borvanusb {
+
 namespace {
 
 // How many letters have to be added, removed, changed or swapped with their neighbour.
@@ -48,3 +50,5 @@ std::string NearestWord(std::string_view word, const std::vector<std::string>& k
   }
   return nearest;
 }
+
+}  // namespace borvanusb

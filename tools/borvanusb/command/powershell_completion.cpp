@@ -1,6 +1,8 @@
 #include "base/joined.h"
 #include "command/completion_scripts.h"
 
+namespace borvanusb {
+
 namespace {
 
 // A text of PowerShell in single quotes, in which only they are special.
@@ -127,3 +129,5 @@ std::string PowerShellCompletion(const ToolDescription& tool) {
          "  param($wordToComplete, $commandAst, $cursorPosition)\n" +
          Commands(tool) + kLogic + "}\n";
 }
+
+}  // namespace borvanusb

@@ -2,9 +2,11 @@
 #include <algorithm>
 #include <string_view>
 
+#include "base/failure.h"
 #include "command/command_line.h"
 #include "command/values.h"
-#include "base/failure.h"
+
+namespace borvanusb {
 
 std::vector<std::string> SplitLine(const std::string& line) {
   std::vector<std::string> words;
@@ -56,3 +58,5 @@ std::string CommandLineText(const std::vector<std::string>& words) {
   }
   return text;
 }
+
+}  // namespace borvanusb

@@ -12,6 +12,8 @@
 #include "output/printable.h"
 #include "output/text_output.h"
 
+namespace borvanusb {
+
 namespace {
 
 std::string JsonText(const nlohmann::ordered_json& json) {
@@ -178,3 +180,5 @@ void ReportFailure(const std::vector<std::string>& words, const Failure& failure
     streams.error(Indented(line));
   }
 }
+
+}  // namespace borvanusb

@@ -9,6 +9,8 @@
 #include "camera/host.h"
 #include "output/result_stream.h"
 
+namespace borvanusb {
+
 // Where a process's texts go.
 struct ToolStreams {
   ResultSink output;
@@ -27,3 +29,5 @@ int RunTool(const std::vector<std::string>& words, Host& host, const ToolStreams
 // The failure of a command that could not end by itself.
 void ReportFailure(const std::vector<std::string>& words, const Failure& failure,
                    const std::vector<std::string>& last_words, const ToolStreams& streams);
+
+}  // namespace borvanusb

@@ -4,6 +4,8 @@
 
 #include "command/command_line.h"
 
+namespace borvanusb {
+
 // What stands behind a command's words in its usage line: what it needs, what it may have in
 // brackets, and `options` if it has options beside these. `shown` gives an option's name and value.
 template <typename Shown>
@@ -25,3 +27,5 @@ std::string UsageArguments(const CommandDescription& command, Shown shown,
   }
   return has_options ? usage + options : usage;
 }
+
+}  // namespace borvanusb

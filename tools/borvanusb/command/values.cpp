@@ -7,6 +7,8 @@
 #include "borvan_usb.h"
 #include "i2c/width_modes.h"
 
+namespace borvanusb {
+
 namespace {
 
 constexpr std::uint64_t kSectorBytes = 4096;
@@ -182,3 +184,5 @@ std::string Quoted(std::string_view text) {
   }
   return quoted + (length < text.size() ? "...\"" : "\"");
 }
+
+}  // namespace borvanusb

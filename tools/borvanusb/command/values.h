@@ -8,8 +8,10 @@
 #include <string_view>
 #include <utility>
 
-#include "command/arguments.h"
 #include "base/numbers.h"
+#include "command/arguments.h"
+
+namespace borvanusb {
 
 // The values of arguments from their texts. Each function throws WrongValue for a text that is not
 // one: what it is not and what is allowed, as the continuation of the text in quotes.
@@ -59,3 +61,5 @@ std::size_t ChoiceValue(const std::string& text, std::initializer_list<std::stri
 // A text as messages show it: in quotes, on one line, whole unless it is longer than any word that
 // people write; then its beginning and three dots.
 std::string Quoted(std::string_view text);
+
+}  // namespace borvanusb

@@ -7,6 +7,8 @@
 
 #include "base/failure.h"
 
+namespace borvanusb {
+
 namespace {
 
 constexpr const char* kHint = "borvanusb --help tells more.";
@@ -168,3 +170,5 @@ SortedWords SortWords(const ToolDescription& tool, const std::vector<std::string
   }
   return sorted;
 }
+
+}  // namespace borvanusb

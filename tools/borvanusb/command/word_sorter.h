@@ -5,6 +5,8 @@
 
 #include "command/command_line.h"
 
+namespace borvanusb {
+
 // A command line's words, sorted by what takes them; nothing is read into values yet.
 struct SortedWords {
   std::vector<std::string> command;               // words of it, as far as they are given
@@ -19,3 +21,5 @@ struct SortedWords {
 // Throws Failure kUsage for an option whose value is missing and for a flag with one. `tool` must
 // outlive the result.
 SortedWords SortWords(const ToolDescription& tool, const std::vector<std::string>& words);
+
+}  // namespace borvanusb

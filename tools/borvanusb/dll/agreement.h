@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <vector>
 
+namespace borvanusb {
+
 // A reading may be wrong without any sign of it: the library does not report every transfer that
 // went wrong, and a reply may be that to an earlier question. Two readings by separate accesses
 // that agree are believed.
@@ -30,3 +32,5 @@ auto ReadUntilTwoAgree(Read read) -> Agreement<decltype(read())> {
   }
   return {readings.back(), false, kMostReadings - 2};
 }
+
+}  // namespace borvanusb

@@ -5,6 +5,8 @@
 
 #include "base/numbers.h"
 
+namespace borvanusb {
+
 namespace {
 
 constexpr int kStatusDigits = 8;
@@ -166,3 +168,5 @@ Failure GoneFailure(const std::string& doing, const CameraIdentity& camera) {
   return {ExitCode::kDevice, doing + ": the camera is gone: " + camera.path,
           "Plug it in again and repeat the command."};
 }
+
+}  // namespace borvanusb

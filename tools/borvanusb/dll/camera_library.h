@@ -9,11 +9,13 @@
 #include <string>
 #include <vector>
 
-#include "camera/camera.h"
 #include "base/failure.h"
+#include "camera/camera.h"
 #include "dll/exports.h"
 #include "dll/library_platform.h"
 #include "dll/supervisor.h"
+
+namespace borvanusb {
 
 // The loaded library, its cameras and what its status codes mean. One for each process: it knows
 // the library's one instance, which camera is selected there and what its jobs left behind.
@@ -84,3 +86,5 @@ Failure GoneFailure(const std::string& doing, const CameraIdentity& camera);
 
 // Opens a camera: selects it and asks its chip. Throws Failure as Host::OpenCamera.
 std::unique_ptr<Camera> OpenLibraryCamera(CameraLibrary& library, const CameraIdentity& camera);
+
+}  // namespace borvanusb

@@ -3,10 +3,12 @@
 
 #include <algorithm>
 
-#include "base/numbers.h"
 #include "base/failure.h"
 #include "base/files.h"
+#include "base/numbers.h"
 #include "dll/register_readings.h"
+
+namespace borvanusb {
 
 namespace {
 
@@ -291,3 +293,5 @@ std::unique_ptr<Camera> OpenLibraryCamera(CameraLibrary& library, const CameraId
   }
   return opened;
 }
+
+}  // namespace borvanusb

@@ -12,6 +12,8 @@
 #include "dll/camera_library.h"
 #include "dll/job.h"
 
+namespace borvanusb {
+
 // A camera through the library's exports.
 class LibraryCamera : public Camera {
  public:
@@ -82,3 +84,5 @@ class LibraryCamera : public Camera {
   const CameraIdentity identity_;
   std::uint64_t disagreements_ = 0;
 };
+
+}  // namespace borvanusb

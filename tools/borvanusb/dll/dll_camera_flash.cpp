@@ -1,11 +1,13 @@
 // Flash in bulk: what the jobs leave out or do too much of is made good here.
 #include <algorithm>
 
-#include "base/numbers.h"
 #include "base/failure.h"
 #include "base/files.h"
-#include "dll/flash_readings.h"
+#include "base/numbers.h"
 #include "dll/dll_camera.h"
+#include "dll/flash_readings.h"
+
+namespace borvanusb {
 
 namespace {
 
@@ -179,3 +181,5 @@ void LibraryCamera::ProgramFlash(std::uint32_t address, std::span<const std::uin
     throw Failure(ExitCode::kDevice, what + ": it failed, and the reason was lost", kAgain);
   }
 }
+
+}  // namespace borvanusb

@@ -2,6 +2,8 @@
 
 #include <borvan_usb.h>
 
+namespace borvanusb {
+
 // The library's functions as a host gets them: by name, from a DLL loaded at run time.
 struct Exports {
   decltype(&::UsbIniDevice) UsbIniDevice = nullptr;
@@ -46,3 +48,5 @@ void ForEachExport(Exports& exports, Visit visit) {
   visit("UsbFlashQuickReadFile", exports.UsbFlashQuickReadFile);
   visit("GetProgressInfo", exports.GetProgressInfo);
 }
+
+}  // namespace borvanusb

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <utility>
 
+namespace borvanusb {
+
 std::vector<FlashPiece> CutReading(std::uint32_t address, std::uint64_t size, std::uint32_t shift,
                                    bool ends_range) {
   const std::uint64_t end = std::uint64_t{address} + size;
@@ -68,3 +70,5 @@ bool FlashReadings::Agrees(std::span<const std::uint8_t> packet, std::uint64_t o
 std::vector<std::uint8_t> FlashReadings::Take() {
   return std::move(bytes_);
 }
+
+}  // namespace borvanusb

@@ -8,6 +8,8 @@
 
 #include "dll/agreement.h"
 
+namespace borvanusb {
+
 // How flash is read more than once, so that two readings of the same bytes can't be wrong alike.
 //
 // The library reads packets of 64 bytes. When the chip does not get the address of a packet, it
@@ -70,3 +72,5 @@ class FlashReadings {
   std::vector<bool> settled_;  // by packet
   std::vector<Reading> readings_;
 };
+
+}  // namespace borvanusb

@@ -8,6 +8,8 @@
 #include "base/failure.h"
 #include "dll/job_reports.h"
 
+namespace borvanusb {
+
 namespace {
 
 using Milliseconds = std::chrono::milliseconds;
@@ -334,3 +336,5 @@ class Runner {
 JobEnd RunJob(CameraLibrary& library, const CameraIdentity& camera, const Job& job) {
   return Runner(library, camera, job).Run();
 }
+
+}  // namespace borvanusb

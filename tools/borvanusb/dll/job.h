@@ -8,6 +8,8 @@
 #include "camera/camera.h"
 #include "dll/camera_library.h"
 
+namespace borvanusb {
+
 // A background job of the library, from start to end.
 struct Job {
   const char* doing = "";  // "reading flash"
@@ -45,3 +47,5 @@ struct JobEnd {
 // A job that may still be running then counts as abandoned (see CameraLibrary::CheckIdle). A stop
 // waits for the end of a job that reads, up to a second.
 JobEnd RunJob(CameraLibrary& library, const CameraIdentity& camera, const Job& job);
+
+}  // namespace borvanusb

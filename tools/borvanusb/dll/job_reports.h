@@ -4,6 +4,8 @@
 
 #include <borvan_usb.h>
 
+namespace borvanusb {
+
 // What GetProgressInfo shows while a job runs in an instance that has run others.
 //
 // The library keeps one progress for all jobs. Before a job starts, a mark is put there: the report
@@ -37,3 +39,5 @@ inline JobReport ReportIn(std::uint64_t progress) {
   }
   return percent < kWhole ? JobReport::kRunning : JobReport::kDone;
 }
+
+}  // namespace borvanusb

@@ -8,6 +8,8 @@
 #include <string_view>
 #include <vector>
 
+namespace borvanusb {
+
 // What working with the library needs of the system.
 class LibraryPlatform {
  public:
@@ -62,3 +64,5 @@ class LibraryPlatform {
   virtual std::unique_ptr<CameraLock> LockCamera(const std::string& path,
                                                  std::chrono::milliseconds limit) = 0;
 };
+
+}  // namespace borvanusb

@@ -5,6 +5,8 @@
 
 #include "base/numbers.h"
 
+namespace borvanusb {
+
 // Registers that the chip delivers at once.
 inline constexpr std::uint32_t kRunBlock = 56;
 
@@ -12,3 +14,5 @@ inline constexpr std::uint32_t kRunBlock = 56;
 // those of the first, which is one job, but for the last one: where the chip did not get a block's
 // address, it answers with the block before, and that must not look alike in both readings.
 std::vector<Range> CutSecondRun(const Range& run);
+
+}  // namespace borvanusb

@@ -4,6 +4,8 @@
 #include <charconv>
 #include <utility>
 
+namespace borvanusb {
+
 namespace {
 
 constexpr std::string_view kPrefix = "borvanusb-";
@@ -56,3 +58,5 @@ std::optional<std::uint32_t> ScratchOwner(std::string_view name) {
   }
   return name.empty() ? process : std::nullopt;
 }
+
+}  // namespace borvanusb

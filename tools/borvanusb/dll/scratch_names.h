@@ -5,6 +5,8 @@
 #include <string>
 #include <string_view>
 
+namespace borvanusb {
+
 // Names of scratch files tell whose they are, so that a later process can remove what one left that
 // was killed: "borvanusb-PROCESS-TICKS-NUMBER.EXTENSION".
 
@@ -14,3 +16,5 @@ std::string ScratchName(std::uint32_t process, std::uint64_t ticks, unsigned num
 
 // The process that made the scratch file with this name; nothing for any other file's name.
 std::optional<std::uint32_t> ScratchOwner(std::string_view name);
+
+}  // namespace borvanusb

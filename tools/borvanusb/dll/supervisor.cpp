@@ -5,6 +5,8 @@
 
 #include "base/failure.h"
 
+namespace borvanusb {
+
 Supervisor::Call::Call(Supervisor& supervisor, const char* doing)
     : supervisor_(supervisor), outer_(supervisor.doing_) {
   supervisor.ObeyStop();
@@ -53,3 +55,5 @@ std::optional<std::string> Supervisor::Overdue(std::chrono::milliseconds limit) 
   }
   return doing;
 }
+
+}  // namespace borvanusb

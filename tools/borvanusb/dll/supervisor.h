@@ -10,6 +10,8 @@
 #include <utility>
 #include <vector>
 
+namespace borvanusb {
+
 // Watches the thread that works with the library, for the threads that may have to end the process:
 // how long it has been inside one call, and whether the user wants to stop.
 class Supervisor {
@@ -81,3 +83,5 @@ class Supervisor {
   mutable std::mutex words_mutex_;
   std::function<std::vector<std::string>()> words_;
 };
+
+}  // namespace borvanusb

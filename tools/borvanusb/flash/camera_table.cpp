@@ -4,6 +4,8 @@
 #include <array>
 #include <cstdio>
 
+namespace borvanusb {
+
 namespace {
 
 constexpr std::size_t kNameWidth = 27;
@@ -142,3 +144,5 @@ std::string CameraTable::RowText(const Row& row) const {
          std::string(static_cast<std::size_t>(kBarWidth - filled), ' ') + "] " + percent + " %" +
          RateText(row.rate);
 }
+
+}  // namespace borvanusb

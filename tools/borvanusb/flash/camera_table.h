@@ -9,6 +9,8 @@
 #include "camera/host.h"
 #include "output/output.h"
 
+namespace borvanusb {
+
 // How far several cameras are, on standard error: a table of bars that is drawn over and over on a
 // terminal, or plain lines now and then.
 class CameraTable {
@@ -49,3 +51,5 @@ class CameraTable {
   bool drawn_ = false;
   std::chrono::steady_clock::time_point drawn_at_;
 };
+
+}  // namespace borvanusb

@@ -3,24 +3,26 @@
 #include <nlohmann/json.hpp>
 #include <optional>
 
-#include "camera/camera_choice.h"
-#include "command/commands.h"
-#include "flash/program_names.h"
 #include "base/failure.h"
 #include "base/files.h"
+#include "base/sha256.h"
+#include "camera/camera_choice.h"
+#include "camera/host.h"
+#include "command/commands.h"
 #include "flash/engine/byte_ranges.h"
 #include "flash/engine/camera_evidence.h"
 #include "flash/engine/flash_end.h"
 #include "flash/engine/recovery.h"
-#include "flash/report.h"
 #include "flash/engine/safeguard.h"
 #include "flash/engine/sector_plan.h"
 #include "flash/engine/sector_writer.h"
-#include "base/sha256.h"
 #include "flash/engine/work_journal.h"
-#include "camera/host.h"
+#include "flash/program_names.h"
+#include "flash/report.h"
 #include "output/output.h"
 #include "output/progress.h"
+
+namespace borvanusb {
 
 namespace {
 
@@ -131,6 +133,8 @@ void Eraser::Secure() {
                     PartOf(std::span<const std::uint8_t>(recovery_.before), range_.first, saved));
     context_.output.Note("backup of " + Text(saved) + ": " + file);
   }
+  FollowInJournals(*store_, changes_, sectors_, recovery_.truth, blank_);
+  ReleaseSectors(*store_, recovery_, changes_, sectors_, blank_);
   if (backup_) {
     journal_.emplace(*store_, store_->NewName(TimeInFileName(context_.host.Now())),
                      Journal{.command = "flash erase",
@@ -149,7 +153,6 @@ void Eraser::Secure() {
                              .replaces = {}});
     journal_->Begin();
   }
-  ReleaseSectors(*store_, recovery_, changes_, sectors_, blank_);
 }
 
 void Eraser::Erase(const Ranges& sectors) {
@@ -220,9 +223,8 @@ void Eraser::End() {
     for (const std::string& file : recovery_.finished) {
       store_->Remove(file);
     }
-    FollowInJournals(*store_, sectors_, recovery_.truth, blank_);
   } catch (const Failure& failure) {
-    context_.output.Note(failure.Message() + "; the change that it tells of is finished");
+    context_.output.Note(failure.Message() + "; the change itself is finished");
   }
 }
 
@@ -255,3 +257,5 @@ ExitCode Run(const FlashEraseCommand& command, Context& context) {
   RefuseHalfSectors(command.range);
   return Eraser(command, context).Run();
 }
+
+}  // namespace borvanusb

@@ -1,7 +1,9 @@
 // Commands on the SPI flash.
 #include "command/command_rules.h"
-#include "flash/name_address.h"
 #include "command/values.h"
+#include "flash/name_address.h"
+
+namespace borvanusb {
 
 namespace {
 
@@ -226,3 +228,5 @@ CommandRules FlashRules() {
   return Grouped({ReadRule(), WordRule(), EraseRule(), MapRule(), ProgramRule(), VerifyRule()},
                  "Flash");
 }
+
+}  // namespace borvanusb

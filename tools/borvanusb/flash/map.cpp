@@ -2,14 +2,16 @@
 #include <nlohmann/json.hpp>
 
 #include "camera/camera_choice.h"
+#include "camera/host.h"
 #include "command/commands.h"
 #include "flash/engine/byte_ranges.h"
 #include "flash/engine/flash_end.h"
-#include "flash/report.h"
 #include "flash/engine/sector_plan.h"
-#include "camera/host.h"
+#include "flash/report.h"
 #include "output/output.h"
 #include "output/progress.h"
+
+namespace borvanusb {
 
 namespace {
 
@@ -64,3 +66,5 @@ ExitCode Run(const FlashMapCommand& command, Context& context) {
       {"used_bytes", TotalSize(used)}, {"blank_bytes", TotalSize(blank)}};
   return ExitCode::kDone;
 }
+
+}  // namespace borvanusb

@@ -5,6 +5,8 @@
 
 #include "base/numbers.h"
 
+namespace borvanusb {
+
 namespace {
 
 constexpr std::string_view kBackupMark = "-backup-";
@@ -39,3 +41,5 @@ std::vector<std::uint32_t> AddressesInName(const std::string& file) {
   }
   return addresses;
 }
+
+}  // namespace borvanusb

@@ -1,8 +1,10 @@
 #include "flash/program_names.h"
 
-#include "command/command_line.h"
-#include "base/numbers.h"
 #include "base/files.h"
+#include "base/numbers.h"
+#include "command/command_line.h"
+
+namespace borvanusb {
 
 namespace {
 
@@ -63,3 +65,5 @@ std::string InsertBeforeExtension(const std::string& file, const std::string& pa
   const NameParts parts = SplitName(file);
   return parts.stem + "-" + part + parts.extension;
 }
+
+}  // namespace borvanusb

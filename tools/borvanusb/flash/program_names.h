@@ -4,8 +4,10 @@
 #include <string>
 #include <vector>
 
-#include "command/arguments.h"
 #include "camera/camera.h"
+#include "command/arguments.h"
+
+namespace borvanusb {
 
 // The words of a `flash program` command line that does what `command` says, without --all and
 // --camera.
@@ -17,3 +19,5 @@ std::string GoBackText(const std::string& backup, std::uint32_t address,
 
 // "dir/report.json" with "-2" before its extension: "dir/report-2.json".
 std::string InsertBeforeExtension(const std::string& file, const std::string& part);
+
+}  // namespace borvanusb

@@ -8,15 +8,17 @@
 #include <string>
 #include <vector>
 
-#include "camera/camera_choice.h"
-#include "flash/program_names.h"
 #include "base/failure.h"
+#include "camera/camera_choice.h"
+#include "camera/host.h"
 #include "flash/camera_table.h"
 #include "flash/engine/image.h"
 #include "flash/engine/image_format.h"
+#include "flash/program_names.h"
 #include "flash/report.h"
-#include "camera/host.h"
 #include "output/output.h"
+
+namespace borvanusb {
 
 namespace {
 
@@ -204,3 +206,5 @@ ExitCode ProgramSeveral(const FlashProgramCommand& command, Context& context) {
       });
   return children.Finish(codes);
 }
+
+}  // namespace borvanusb

@@ -4,6 +4,8 @@
 #include "camera/camera_choice.h"
 #include "flash/engine/byte_ranges.h"
 
+namespace borvanusb {
+
 namespace {
 
 std::string PlaceOf(const Image& image) {
@@ -40,3 +42,5 @@ void ShowResult(const Image& image, const ProgramOutcome& outcome, Output& outpu
               (outcome.verified.value_or(false) ? "all read back equal" : "not read back") + ", " +
               SecondsText(outcome.total_seconds) + ".");
 }
+
+}  // namespace borvanusb

@@ -4,15 +4,17 @@
 #include <chrono>
 #include <nlohmann/json.hpp>
 
-#include "camera/camera_choice.h"
-#include "flash/program_text.h"
 #include "base/files.h"
+#include "camera/camera_choice.h"
 #include "flash/engine/flash_end.h"
 #include "flash/engine/image_format.h"
 #include "flash/engine/safeguard.h"
 #include "flash/engine/transfer_count.h"
+#include "flash/program_text.h"
 #include "output/output.h"
 #include "output/progress.h"
+
+namespace borvanusb {
 
 namespace {
 
@@ -235,3 +237,5 @@ void FlashProgrammer::WriteReport() {
             "\n");
   }
 }
+
+}  // namespace borvanusb

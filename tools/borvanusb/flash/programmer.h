@@ -6,18 +6,20 @@
 #include <string>
 #include <vector>
 
+#include "base/failure.h"
+#include "camera/host.h"
 #include "command/arguments.h"
 #include "command/context.h"
-#include "base/failure.h"
 #include "flash/engine/image.h"
 #include "flash/engine/journal_store.h"
 #include "flash/engine/recovery.h"
-#include "flash/report.h"
 #include "flash/engine/sector_plan.h"
 #include "flash/engine/sector_writer.h"
 #include "flash/engine/work_journal.h"
 #include "flash/engine/work_state.h"
-#include "camera/host.h"
+#include "flash/report.h"
+
+namespace borvanusb {
 
 // Programs one image into one camera: exactly the image's bytes change. Lives for one run.
 class FlashProgrammer {
@@ -76,3 +78,5 @@ class FlashProgrammer {
   SharedSectors shared_;
   Ranges vouched_;  // read back after all else was written
 };
+
+}  // namespace borvanusb

@@ -3,16 +3,18 @@
 #include <algorithm>
 #include <span>
 
-#include "command/command_line.h"
-#include "flash/program_names.h"
-#include "flash/programmer.h"
 #include "base/files.h"
+#include "command/command_line.h"
 #include "flash/engine/camera_evidence.h"
-#include "flash/report.h"
 #include "flash/engine/safeguard.h"
 #include "flash/engine/sector_fate.h"
+#include "flash/program_names.h"
+#include "flash/programmer.h"
+#include "flash/report.h"
 #include "output/output.h"
 #include "output/progress.h"
+
+namespace borvanusb {
 
 namespace {
 
@@ -37,6 +39,7 @@ void FlashProgrammer::Safeguard() {
     shared_.taken_over.emplace(entry.journal.open_sector->address, entry);
   }
   KeepBackup();
+  FollowInJournals(*store_, outcome_.changes, sectors_, recovery_.truth, after_);
   ReleaseSectors(*store_, recovery_, outcome_.changes, sectors_, after_);
   if (!shared_.addresses.empty() || backup_) {
     BeginJournal();
@@ -110,9 +113,8 @@ void FlashProgrammer::End() {
     for (const std::string& file : recovery_.finished) {
       store_->Remove(file);
     }
-    FollowInJournals(*store_, sectors_, recovery_.truth, after_);
   } catch (const Failure& failure) {
-    context_.output.Note(failure.Message() + "; the change that it tells of is finished");
+    context_.output.Note(failure.Message() + "; the change itself is finished");
   }
 }
 
@@ -159,3 +161,5 @@ std::string FlashProgrammer::RestoreOldBytes() {
     return "; writing the old bytes back failed too: " + failure.Message();
   }
 }
+
+}  // namespace borvanusb

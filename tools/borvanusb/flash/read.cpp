@@ -1,15 +1,17 @@
 #include <nlohmann/json.hpp>
 
-#include "camera/camera_choice.h"
-#include "command/commands.h"
 #include "base/files.h"
+#include "base/sha256.h"
+#include "camera/camera_choice.h"
+#include "camera/host.h"
+#include "command/commands.h"
 #include "flash/engine/flash_end.h"
 #include "flash/report.h"
-#include "base/sha256.h"
 #include "flash/text_dump.h"
-#include "camera/host.h"
 #include "output/output.h"
 #include "output/progress.h"
+
+namespace borvanusb {
 
 namespace {
 
@@ -53,3 +55,5 @@ ExitCode Run(const FlashReadCommand& command, Context& context) {
                     {"sha256", digest}};
   return ExitCode::kDone;
 }
+
+}  // namespace borvanusb

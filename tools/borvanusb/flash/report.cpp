@@ -4,6 +4,8 @@
 #include <cstdio>
 #include <nlohmann/json.hpp>
 
+namespace borvanusb {
+
 using Json = nlohmann::ordered_json;
 
 Json ToJson(const CameraIdentity& camera) {
@@ -82,3 +84,5 @@ std::string SecondsText(double seconds) {
       std::snprintf(text.data(), text.size(), seconds < 10 ? "%.2f s" : "%.1f s", seconds);
   return {text.data(), static_cast<std::size_t>(length)};
 }
+
+}  // namespace borvanusb

@@ -6,10 +6,12 @@
 #include <optional>
 #include <string>
 
-#include "camera/camera.h"
 #include "base/exit_code.h"
+#include "camera/camera.h"
 #include "flash/engine/byte_ranges.h"
 #include "flash/engine/work_state.h"
+
+namespace borvanusb {
 
 // What programming came to: for --report, for --json, and for a line's database.
 struct ProgramOutcome {
@@ -50,3 +52,5 @@ std::string TimeInFileName(std::chrono::system_clock::time_point time);
 
 // A time span for people: "0.42 s", "75.0 s".
 std::string SecondsText(double seconds);
+
+}  // namespace borvanusb

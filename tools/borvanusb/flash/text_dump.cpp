@@ -2,8 +2,10 @@
 
 #include <cstddef>
 
-#include "base/numbers.h"
 #include "base/hex_bytes.h"
+#include "base/numbers.h"
+
+namespace borvanusb {
 
 namespace {
 
@@ -26,3 +28,5 @@ std::string TextDump(std::uint32_t address, std::span<const std::uint8_t> bytes)
   }
   return text;
 }
+
+}  // namespace borvanusb

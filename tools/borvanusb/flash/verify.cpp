@@ -2,18 +2,20 @@
 #include <ostream>
 #include <span>
 
-#include "camera/camera_choice.h"
-#include "command/commands.h"
 #include "base/failure.h"
 #include "base/files.h"
+#include "camera/camera_choice.h"
+#include "camera/host.h"
+#include "command/commands.h"
 #include "flash/engine/byte_ranges.h"
 #include "flash/engine/flash_end.h"
 #include "flash/engine/image.h"
 #include "flash/engine/image_format.h"
 #include "flash/report.h"
-#include "camera/host.h"
 #include "output/output.h"
 #include "output/progress.h"
+
+namespace borvanusb {
 
 namespace {
 
@@ -98,3 +100,5 @@ ExitCode Run(const FlashVerifyCommand& command, Context& context) {
   context.output.Line("ranges     " + RangesText(wrong));
   return ExitCode::kVerify;
 }
+
+}  // namespace borvanusb

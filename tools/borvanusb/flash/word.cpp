@@ -3,20 +3,22 @@
 #include <nlohmann/json.hpp>
 #include <vector>
 
-#include "camera/camera_choice.h"
-#include "command/commands.h"
 #include "base/failure.h"
 #include "base/files.h"
+#include "base/sha256.h"
+#include "camera/camera_choice.h"
+#include "camera/host.h"
+#include "command/commands.h"
 #include "flash/engine/camera_evidence.h"
 #include "flash/engine/flash_end.h"
 #include "flash/engine/recovery.h"
-#include "flash/report.h"
 #include "flash/engine/safeguard.h"
 #include "flash/engine/sector_plan.h"
-#include "base/sha256.h"
 #include "flash/engine/work_journal.h"
-#include "camera/host.h"
+#include "flash/report.h"
 #include "output/output.h"
+
+namespace borvanusb {
 
 namespace {
 
@@ -52,11 +54,7 @@ void RefuseOpenSector(Camera& camera, const JournalStore& store, const Range& wo
                       std::span<const std::uint8_t> bytes, Context& context) {
   const auto journals = JournalsInReach(store, context.host, camera.Identity());
   const SectorSpan sectors = SectorsAround(word.first, kWordSize);
-  const bool is_open = std::ranges::any_of(journals, [&](const JournalStore::Entry& entry) {
-    const auto& open = entry.journal.open_sector;
-    return open && sectors.Holds({open->address, open->address + (kSectorSize - 1)});
-  });
-  if (!is_open) {
+  if (journals.empty()) {
     return;
   }
   const std::vector<std::uint8_t> now = camera.ReadFlash(sectors.address, sectors.size, {});
@@ -71,7 +69,10 @@ void RefuseOpenSector(Camera& camera, const JournalStore& store, const Range& wo
                   "Repeat that command first.");
   }
   std::vector<std::uint8_t> after = now;
-  std::ranges::copy(bytes, after.begin() + (word.first - sectors.address));
+  for (std::size_t i = 0; i < bytes.size(); ++i) {
+    after[word.first - sectors.address + i] &= bytes[i];  // writing only clears bits
+  }
+  FollowInJournals(store, {sectors.Whole()}, sectors, now, after);
   ReleaseSectors(store, recovery, {sectors.Whole()}, sectors, after);
 }
 
@@ -190,3 +191,5 @@ ExitCode Run(const FlashWordCommand& command, Context& context) {
   context.output.Line(Hex(command.address) + ": " + WordText(word));
   return ExitCode::kDone;
 }
+
+}  // namespace borvanusb

@@ -1,11 +1,13 @@
 #include <nlohmann/json.hpp>
 
+#include "base/files.h"
 #include "command/camera_work.h"
 #include "command/commands.h"
-#include "base/files.h"
 #include "i2c/i2c_list.h"
 #include "i2c/width_modes.h"
 #include "output/output.h"
+
+namespace borvanusb {
 
 namespace {
 
@@ -52,3 +54,5 @@ ExitCode Run(const I2cDumpCommand& command, Context& context) {
   }
   return ExitCode::kDone;
 }
+
+}  // namespace borvanusb

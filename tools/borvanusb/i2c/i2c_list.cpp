@@ -4,6 +4,8 @@
 
 #include "i2c/width_modes.h"
 
+namespace borvanusb {
+
 namespace {
 
 constexpr std::uint32_t kPassedOverA = 0xFEF0;
@@ -185,3 +187,5 @@ std::string I2cDumpText(const I2cTarget& target, const Range& range,
   }
   return text;
 }
+
+}  // namespace borvanusb

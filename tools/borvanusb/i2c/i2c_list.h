@@ -11,6 +11,8 @@
 #include "camera/camera.h"
 #include "registers/list_text.h"
 
+namespace borvanusb {
+
 // Lists of registers of devices on the I2C bus.
 
 constexpr std::uint32_t kSlaveMarker = 0xFFF8;
@@ -40,3 +42,5 @@ std::string I2cDumpText(const I2cTarget& target, const Range& range,
 
 // Whether an entry of a list at this address is passed over.
 bool IsPassedOver(std::uint32_t address);
+
+}  // namespace borvanusb

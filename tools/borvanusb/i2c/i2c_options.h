@@ -5,6 +5,8 @@
 #include "command/command_rules.h"
 #include "command/values.h"
 
+namespace borvanusb {
+
 // The options that tell how to speak to a device on the I2C bus, for commands with a member `i2c`.
 
 template <typename C>
@@ -35,3 +37,5 @@ void AddOption(RuleOf<C>& rule) {
 
 // Throws WrongUse when an address is too big for the width mode.
 void CheckI2cAddress(const std::string& name, std::uint32_t address, const I2cOptions& i2c);
+
+}  // namespace borvanusb

@@ -1,15 +1,17 @@
 #include <nlohmann/json.hpp>
 
-#include "command/camera_work.h"
-#include "command/commands.h"
-#include "registers/list_problems.h"
-#include "registers/list_verify.h"
 #include "base/failure.h"
 #include "base/files.h"
+#include "command/camera_work.h"
+#include "command/commands.h"
 #include "i2c/i2c_list.h"
 #include "i2c/width_modes.h"
 #include "output/output.h"
 #include "output/progress.h"
+#include "registers/list_problems.h"
+#include "registers/list_verify.h"
+
+namespace borvanusb {
 
 namespace {
 
@@ -100,3 +102,5 @@ ExitCode Run(const I2cLoadCommand& command, Context& context) {
   context.output.Line(written + ReadBackText(read_back));
   return ReportReadBack("i2c load", command.file, read_back, context);
 }
+
+}  // namespace borvanusb

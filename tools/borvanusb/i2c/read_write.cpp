@@ -4,9 +4,11 @@
 
 #include "command/camera_work.h"
 #include "command/commands.h"
-#include "registers/masked_write.h"
 #include "i2c/width_modes.h"
 #include "output/output.h"
+#include "registers/masked_write.h"
+
+namespace borvanusb {
 
 ExitCode Run(const I2cReadCommand& command, Context& context) {
   const I2cTarget target = TargetOf(command.i2c);
@@ -44,3 +46,5 @@ ExitCode Run(const I2cWriteCommand& command, Context& context) {
       [&](std::uint32_t value) { camera->WriteI2c(target, command.address, value); }, context);
   return ExitCode::kDone;
 }
+
+}  // namespace borvanusb

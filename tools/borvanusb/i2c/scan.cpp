@@ -1,12 +1,14 @@
 #include <map>
 #include <nlohmann/json.hpp>
 
+#include "base/failure.h"
 #include "command/camera_work.h"
 #include "command/commands.h"
-#include "base/failure.h"
 #include "i2c/width_modes.h"
 #include "output/output.h"
 #include "output/progress.h"
+
+namespace borvanusb {
 
 namespace {
 
@@ -135,3 +137,5 @@ ExitCode Run(const I2cScanCommand& command, Context& context) {
       {"option", command.i2c.option},  {"address", command.address},  {"answers", std::move(list)}};
   return ExitCode::kDone;
 }
+
+}  // namespace borvanusb

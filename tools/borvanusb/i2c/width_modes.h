@@ -6,6 +6,8 @@
 #include <optional>
 #include <string_view>
 
+namespace borvanusb {
+
 // The width modes of I2C accesses by their names: bits of the register address, bits of the value.
 
 struct WidthMode {
@@ -50,3 +52,5 @@ constexpr std::optional<std::int32_t> ModeOfListCode(std::uint32_t code) {
       return std::nullopt;
   }
 }
+
+}  // namespace borvanusb

@@ -11,6 +11,8 @@
 #include "output/progress_meter.h"
 #include "output/progress_text.h"
 
+namespace borvanusb {
+
 namespace {
 
 using std::chrono::milliseconds;
@@ -248,3 +250,5 @@ std::unique_ptr<Progress> MakeProgress(
   }
   return std::make_unique<NoProgress>();
 }
+
+}  // namespace borvanusb

@@ -8,6 +8,8 @@
 #include "command/arguments.h"
 #include "output/progress.h"
 
+namespace borvanusb {
+
 // Progress in one of its forms: a bar that is drawn again in its line at most ten times a second,
 // lines now and then, JSON objects, or none. kAuto is the bar on a terminal, else lines.
 //   columns  asked before each drawing for the terminal's width; 0 or less counts as 80
@@ -17,3 +19,5 @@ std::unique_ptr<Progress> MakeProgress(
     ProgressMode mode, bool terminal, std::function<int()> columns,
     std::function<void(std::string_view)> sink,
     std::function<std::chrono::steady_clock::time_point()> clock);
+
+}  // namespace borvanusb

@@ -3,6 +3,8 @@
 #include <string>
 #include <string_view>
 
+namespace borvanusb {
+
 // Standard output and standard error, UTF-8. Each text is one line, whatever it quotes: characters
 // that a terminal obeys arrive as question marks, in JSON as escapes. With --json the text for
 // people stays away, so that standard output holds JSON alone.
@@ -32,3 +34,5 @@ class Output {
   // Puts that terminal's cursor to the start of the line so many lines further up.
   virtual void MoveUp(int lines) = 0;
 };
+
+}  // namespace borvanusb

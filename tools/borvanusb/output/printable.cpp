@@ -5,6 +5,8 @@
 #include <cstdint>
 #include <cstdio>
 
+namespace borvanusb {
+
 namespace {
 
 struct Character {
@@ -93,3 +95,5 @@ std::string PrintableJson(std::string_view json) {
   }
   return escaped;
 }
+
+}  // namespace borvanusb

@@ -3,6 +3,8 @@
 #include <string>
 #include <string_view>
 
+namespace borvanusb {
+
 // Texts of devices, files and the system may hold characters that a terminal obeys: line ends,
 // escape sequences, marks that turn the direction of writing. In what leaves the program a line
 // ends only where the program itself ends it.
@@ -13,3 +15,5 @@ std::string Printable(std::string_view text);
 
 // JSON with such characters as escapes: the same values.
 std::string PrintableJson(std::string_view json);
+
+}  // namespace borvanusb

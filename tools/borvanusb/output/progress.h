@@ -4,6 +4,8 @@
 #include <string>
 #include <string_view>
 
+namespace borvanusb {
+
 // What a bulk operation counts.
 enum class ProgressUnit { kBytes, kRegisters, kEntries, kSlaves, kTests, kMeasurements };
 
@@ -51,3 +53,5 @@ class Progress {
   // Takes an open bar off its line until it is drawn again, so that a line can be written there.
   virtual void Hide() {}
 };
+
+}  // namespace borvanusb

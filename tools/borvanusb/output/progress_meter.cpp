@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cmath>
 
+namespace borvanusb {
+
 namespace {
 
 using std::chrono::milliseconds;
@@ -101,3 +103,5 @@ std::optional<double> ProgressMeter::AverageRate() const {
   }
   return static_cast<double>(done_) / Elapsed().count();
 }
+
+}  // namespace borvanusb

@@ -9,6 +9,8 @@
 
 #include "output/progress.h"
 
+namespace borvanusb {
+
 // How far a bulk operation is, how fast it goes and how long it will take. Times are the caller's.
 class ProgressMeter {
  public:
@@ -57,3 +59,5 @@ class ProgressMeter {
   std::deque<Sample> samples_;
   std::optional<Time> end_;  // when it will be complete
 };
+
+}  // namespace borvanusb

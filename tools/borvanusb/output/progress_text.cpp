@@ -6,6 +6,8 @@
 #include <cstdio>
 #include <vector>
 
+namespace borvanusb {
+
 namespace {
 
 struct Unit {
@@ -200,3 +202,5 @@ std::string FinishedBarText(const ProgressMeter& meter, std::size_t width) {
   }
   return Composed(meter, width, texts);
 }
+
+}  // namespace borvanusb

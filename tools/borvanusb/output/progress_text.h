@@ -5,6 +5,8 @@
 
 #include "output/progress_meter.h"
 
+namespace borvanusb {
+
 // The words and numbers of a progress display, plain ASCII but for stages. Bytes are shown in KiB
 // and larger units where there are many; all else is counted one by one.
 
@@ -27,3 +29,5 @@ std::string DurationText(std::chrono::duration<double> time);
 std::string BarText(const ProgressMeter& meter, std::size_t width);
 // The same for a complete one, with the time it took.
 std::string FinishedBarText(const ProgressMeter& meter, std::size_t width);
+
+}  // namespace borvanusb

@@ -6,6 +6,8 @@
 #include <string_view>
 #include <utility>
 
+namespace borvanusb {
+
 // Why a text could not be written.
 struct WriteProblem {
   bool reader_is_gone = false;  // a closed pipe: nobody wants what follows
@@ -33,3 +35,5 @@ class ResultStream {
   ResultSink sink_;
   std::optional<WriteProblem> problem_;
 };
+
+}  // namespace borvanusb

@@ -5,6 +5,8 @@
 
 #include "output/printable.h"
 
+namespace borvanusb {
+
 TextOutput::TextOutput(Sink out, Sink err, TextOutputOptions options)
     : out_(std::move(out)), err_(std::move(err)), options_(options) {}
 
@@ -49,3 +51,5 @@ void TextOutput::MoveUp(int lines) {
     options_.move_up(lines);
   }
 }
+
+}  // namespace borvanusb

@@ -5,6 +5,8 @@
 
 #include "output/output.h"
 
+namespace borvanusb {
+
 // Output over two sinks that write UTF-8 texts as they are.
 struct TextOutputOptions {
   bool json = false;
@@ -36,3 +38,5 @@ class TextOutput : public Output {
   Sink err_;
   TextOutputOptions options_;
 };
+
+}  // namespace borvanusb

@@ -1,13 +1,15 @@
 #include <nlohmann/json.hpp>
 
-#include "command/camera_work.h"
-#include "command/commands.h"
-#include "registers/list_problems.h"
 #include "base/failure.h"
 #include "base/files.h"
+#include "command/camera_work.h"
+#include "command/commands.h"
+#include "output/output.h"
+#include "registers/list_problems.h"
 #include "registers/register_diff.h"
 #include "registers/register_list.h"
-#include "output/output.h"
+
+namespace borvanusb {
 
 namespace {
 
@@ -100,3 +102,5 @@ ExitCode Run(const RegDiffCommand& command, Context& context) {
                     {"differences", std::move(list)}};
   return differences.empty() ? ExitCode::kDone : ExitCode::kVerify;
 }
+
+}  // namespace borvanusb

@@ -1,12 +1,14 @@
 #include <nlohmann/json.hpp>
 
-#include "command/camera_work.h"
-#include "command/commands.h"
-#include "registers/register_read.h"
 #include "base/failure.h"
 #include "base/files.h"
-#include "registers/register_list.h"
+#include "command/camera_work.h"
+#include "command/commands.h"
 #include "output/output.h"
+#include "registers/register_list.h"
+#include "registers/register_read.h"
+
+namespace borvanusb {
 
 namespace {
 
@@ -73,3 +75,5 @@ ExitCode Run(const RegDumpCommand& command, Context& context) {
   }
   return ExitCode::kDone;
 }
+
+}  // namespace borvanusb

@@ -2,9 +2,11 @@
 
 #include <nlohmann/json.hpp>
 
-#include "command/camera_work.h"
 #include "base/failure.h"
+#include "command/camera_work.h"
 #include "output/output.h"
+
+namespace borvanusb {
 
 namespace {
 
@@ -80,3 +82,5 @@ nlohmann::ordered_json LoadJson(const std::string& file, const ListText& list,
           {"problems", ProblemsJson(list.problems)},
           {"remarks", ProblemsJson(list.remarks)}};
 }
+
+}  // namespace borvanusb

@@ -5,9 +5,11 @@
 #include <string>
 #include <vector>
 
-#include "command/context.h"
 #include "base/exit_code.h"
+#include "command/context.h"
 #include "registers/list_text.h"
+
+namespace borvanusb {
 
 // How commands tell what is wrong with a list or a script.
 
@@ -43,3 +45,5 @@ ExitCode ReportCheck(const std::string& command, const std::string& file, const 
 // verified.
 nlohmann::ordered_json LoadJson(const std::string& file, const ListText& list,
                                 std::uint64_t registers, bool written);
+
+}  // namespace borvanusb

@@ -6,6 +6,8 @@
 
 #include "base/numbers.h"
 
+namespace borvanusb {
+
 namespace {
 
 constexpr std::string_view kRemark = "//";
@@ -161,3 +163,5 @@ std::string PauseProblem(const ListEntry& pause) {
   return "a pause of " + std::to_string(pause.value) +
          " ms would be passed over: at most 0xff (255 ms), longer ones as several lines";
 }
+
+}  // namespace borvanusb

@@ -7,6 +7,8 @@
 
 #include "base/text_lines.h"
 
+namespace borvanusb {
+
 // The lines of a list file, read strictly: whatever the library would pass over, or take for
 // another number than it seems, is a problem here and told with its line.
 
@@ -38,3 +40,5 @@ std::string ListLine(std::uint32_t address, std::uint32_t value, int address_dig
 
 // A pause that would be passed over, as text; empty for one that is made.
 std::string PauseProblem(const ListEntry& pause);
+
+}  // namespace borvanusb

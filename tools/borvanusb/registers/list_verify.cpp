@@ -4,12 +4,14 @@
 #include <functional>
 #include <nlohmann/json.hpp>
 
+#include "base/failure.h"
 #include "base/numbers.h"
 #include "command/camera_work.h"
-#include "base/failure.h"
 #include "i2c/width_modes.h"
 #include "output/output.h"
 #include "output/progress.h"
+
+namespace borvanusb {
 
 namespace {
 
@@ -165,3 +167,5 @@ ExitCode ReportReadBack(const std::string& command, const std::string& file,
       "not chosen now reads back otherwise, too");
   return ExitCode::kVerify;
 }
+
+}  // namespace borvanusb

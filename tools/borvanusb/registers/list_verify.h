@@ -5,10 +5,12 @@
 #include <string>
 #include <vector>
 
+#include "base/exit_code.h"
 #include "camera/camera.h"
 #include "command/context.h"
-#include "base/exit_code.h"
 #include "registers/written_registers.h"
+
+namespace borvanusb {
 
 // How `reg load` and `i2c load` find out whether a camera holds what a list wrote.
 
@@ -38,3 +40,5 @@ ExitCode ReportReadBack(const std::string& command, const std::string& file,
 
 // ", all read back equal", for the line that says that the list was written.
 std::string ReadBackText(const ReadBack& read_back);
+
+}  // namespace borvanusb

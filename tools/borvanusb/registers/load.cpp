@@ -1,13 +1,15 @@
 #include <nlohmann/json.hpp>
 
-#include "command/camera_work.h"
-#include "command/commands.h"
-#include "registers/list_problems.h"
-#include "registers/list_verify.h"
 #include "base/failure.h"
 #include "base/files.h"
-#include "registers/register_list.h"
+#include "command/camera_work.h"
+#include "command/commands.h"
 #include "output/output.h"
+#include "registers/list_problems.h"
+#include "registers/list_verify.h"
+#include "registers/register_list.h"
+
+namespace borvanusb {
 
 namespace {
 
@@ -54,3 +56,5 @@ ExitCode Run(const RegLoadCommand& command, Context& context) {
   context.output.Line(written + ReadBackText(read_back));
   return ReportReadBack("reg load", command.file, read_back, context);
 }
+
+}  // namespace borvanusb

@@ -2,9 +2,11 @@
 
 #include <nlohmann/json.hpp>
 
-#include "base/numbers.h"
 #include "base/failure.h"
+#include "base/numbers.h"
 #include "output/output.h"
+
+namespace borvanusb {
 
 namespace {
 
@@ -60,3 +62,5 @@ void WriteMasked(const RegisterWrite& write, const std::function<std::uint32_t()
   context.result["value"] = value;
   context.result["verified"] = write.verify;
 }
+
+}  // namespace borvanusb

@@ -7,6 +7,8 @@
 
 #include "command/context.h"
 
+namespace borvanusb {
+
 // A register that is written, of the chip or of a device on the I2C bus.
 struct RegisterWrite {
   std::uint32_t address = 0;
@@ -27,3 +29,5 @@ void CheckMask(const RegisterWrite& write);
 // Failure kVerify when the register reads back as something else.
 void WriteMasked(const RegisterWrite& write, const std::function<std::uint32_t()>& read,
                  const std::function<void(std::uint32_t)>& write_value, Context& context);
+
+}  // namespace borvanusb

@@ -2,12 +2,14 @@
 
 #include <nlohmann/json.hpp>
 
+#include "base/failure.h"
 #include "command/camera_work.h"
 #include "command/commands.h"
+#include "output/output.h"
 #include "registers/masked_write.h"
 #include "registers/register_read.h"
-#include "base/failure.h"
-#include "output/output.h"
+
+namespace borvanusb {
 
 namespace {
 
@@ -49,3 +51,5 @@ ExitCode Run(const RegWriteCommand& command, Context& context) {
       [&](std::uint32_t value) { camera->WriteRegister(command.address, value, width); }, context);
   return ExitCode::kDone;
 }
+
+}  // namespace borvanusb

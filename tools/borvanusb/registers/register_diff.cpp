@@ -2,6 +2,8 @@
 
 #include "registers/register_list.h"
 
+namespace borvanusb {
+
 namespace {
 
 constexpr std::size_t kPageEntries = 2;
@@ -56,3 +58,5 @@ std::uint32_t PageOf(const std::vector<ListEntry>& entries) {
   }
   return (entries[0].value & kByte) << kPageHighShift | (entries[1].value & kByte);
 }
+
+}  // namespace borvanusb

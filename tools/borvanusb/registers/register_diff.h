@@ -7,6 +7,8 @@
 
 #include "registers/list_text.h"
 
+namespace borvanusb {
+
 // Registers and what a list leaves in them: of several values the last.
 using RegisterValues = std::map<std::uint32_t, std::uint32_t>;
 
@@ -29,3 +31,5 @@ std::vector<RegisterDifference> CompareRegisters(const RegisterValues& left,
 // front and nowhere else, then registers in a row. 0 for any other list: there the two are delay
 // values.
 std::uint32_t PageOf(const std::vector<ListEntry>& entries);
+
+}  // namespace borvanusb

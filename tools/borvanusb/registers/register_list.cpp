@@ -4,6 +4,8 @@
 
 #include "i2c/i2c_list.h"
 
+namespace borvanusb {
+
 namespace {
 
 constexpr std::uint32_t kHighestAddress = 0xFFFF;
@@ -234,3 +236,5 @@ std::string WideRegisterDumpText(const Range& range, std::span<const std::uint32
   }
   return text;
 }
+
+}  // namespace borvanusb

@@ -9,6 +9,8 @@
 #include "base/numbers.h"
 #include "registers/list_text.h"
 
+namespace borvanusb {
+
 // Lists of chip registers.
 
 // Handed to the device with the registers that follow. A dump holds bits 24 to 31 and 16 to 23 of
@@ -37,3 +39,5 @@ std::string RegisterDumpText(const Range& range, std::span<const std::uint32_t> 
 
 // Values of 32-bit registers as lines "0xADDRESS 0xVALUE", which no list can hold.
 std::string WideRegisterDumpText(const Range& range, std::span<const std::uint32_t> values);
+
+}  // namespace borvanusb

@@ -6,6 +6,8 @@
 #include "output/output.h"
 #include "output/progress.h"
 
+namespace borvanusb {
+
 namespace {
 
 constexpr std::uint64_t kMostSingleReads = 64;
@@ -48,3 +50,5 @@ RegisterRead ReadRegisters(Context& context, Camera& camera, const Range& range,
                    [&](std::uint32_t address) { return camera.ReadRegister(address, width); }),
           true};
 }
+
+}  // namespace borvanusb

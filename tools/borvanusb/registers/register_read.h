@@ -7,6 +7,8 @@
 #include "camera/camera.h"
 #include "command/context.h"
 
+namespace borvanusb {
+
 // Values of chip registers in a row.
 struct RegisterRead {
   std::vector<std::uint32_t> values;
@@ -18,3 +20,5 @@ struct RegisterRead {
 // Reads chip registers, long rows of 8-bit ones in blocks. Says so on standard error when values
 // are not checked.
 RegisterRead ReadRegisters(Context& context, Camera& camera, const Range& range, bool wide);
+
+}  // namespace borvanusb

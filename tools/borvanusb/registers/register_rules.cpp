@@ -1,8 +1,10 @@
 // Commands on the chip's registers and on those behind its I2C bus.
 #include "command/command_rules.h"
-#include "i2c/i2c_options.h"
 #include "command/values.h"
+#include "i2c/i2c_options.h"
 #include "i2c/width_modes.h"
+
+namespace borvanusb {
 
 namespace {
 
@@ -247,3 +249,5 @@ CommandRules I2cRules() {
   return Grouped({I2cReadRule(), I2cWriteRule(), I2cDumpRule(), I2cLoadRule(), I2cScanRule()},
                  "Registers of the sensor, over I2C");
 }
+
+}  // namespace borvanusb

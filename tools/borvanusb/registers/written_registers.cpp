@@ -3,8 +3,10 @@
 #include <utility>
 
 #include "i2c/i2c_list.h"
-#include "registers/register_list.h"
 #include "i2c/width_modes.h"
+#include "registers/register_list.h"
+
+namespace borvanusb {
 
 namespace {
 
@@ -139,3 +141,5 @@ WrittenI2cRegisters WrittenByI2cList(const std::vector<ListEntry>& entries,
   }
   return writer.End();
 }
+
+}  // namespace borvanusb

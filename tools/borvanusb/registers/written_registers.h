@@ -11,6 +11,8 @@
 #include "registers/list_text.h"
 #include "registers/register_diff.h"
 
+namespace borvanusb {
+
 // What a list leaves in registers when it was written whole, for reading it back: of several values
 // the last. For lists without problems.
 
@@ -43,3 +45,5 @@ struct WrittenI2cRegisters {
 //   opening  the device for a list that does not open with 0xfff8 itself
 WrittenI2cRegisters WrittenByI2cList(const std::vector<ListEntry>& entries,
                                      const std::optional<I2cTarget>& opening);
+
+}  // namespace borvanusb

@@ -3,14 +3,16 @@
 #include <functional>
 #include <nlohmann/json.hpp>
 
+#include "base/failure.h"
 #include "camera/camera_choice.h"
 #include "command/camera_work.h"
 #include "command/commands.h"
-#include "base/failure.h"
 #include "flash/engine/transfer_count.h"
-#include "station/statistics.h"
 #include "output/output.h"
 #include "output/progress.h"
+#include "station/statistics.h"
+
+namespace borvanusb {
 
 namespace {
 
@@ -202,3 +204,5 @@ ExitCode Run(const BenchCommand& command, Context& context) {
   Estimate(list, context);
   return ExitCode::kDone;
 }
+
+}  // namespace borvanusb

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+namespace borvanusb {
+
 namespace {
 
 std::string Placed(const std::vector<ExaminedCamera>& cameras) {
@@ -61,3 +63,5 @@ Diagnosis Diagnose(const Examination& examination) {
           "The lines above say why for each; a USB camera has usb# in its device path.",
           ExitCode::kNoCamera};
 }
+
+}  // namespace borvanusb

@@ -3,9 +3,11 @@
 #include <string>
 #include <vector>
 
-#include "camera/camera.h"
 #include "base/exit_code.h"
+#include "camera/camera.h"
 #include "camera/host.h"
+
+namespace borvanusb {
 
 // What `doctor` makes of all it has seen.
 
@@ -29,3 +31,5 @@ struct Diagnosis {
 // The likeliest cause: of all that is wrong what stands nearest to the beginning of the way from
 // this program to a camera.
 Diagnosis Diagnose(const Examination& examination);
+
+}  // namespace borvanusb

@@ -1,11 +1,13 @@
 #include <nlohmann/json.hpp>
 
+#include "base/failure.h"
 #include "camera/camera_choice.h"
 #include "command/camera_work.h"
 #include "command/commands.h"
-#include "station/diagnosis.h"
-#include "base/failure.h"
 #include "output/output.h"
+#include "station/diagnosis.h"
+
+namespace borvanusb {
 
 namespace {
 
@@ -145,3 +147,5 @@ ExitCode Run(const DoctorCommand& /*command*/, Context& context) {
   }
   return diagnosis.code;
 }
+
+}  // namespace borvanusb

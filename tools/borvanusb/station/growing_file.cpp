@@ -6,6 +6,8 @@
 #include "base/failure.h"
 #include "base/files.h"
 
+namespace borvanusb {
+
 GrowingFile::GrowingFile(std::string name) : name_(std::move(name)) {
   CheckWritable(name_);
   file_.open(std::filesystem::path(std::u8string(name_.begin(), name_.end())),
@@ -23,3 +25,5 @@ void GrowingFile::Add(std::string_view line) {
                   "Check that there is room on the disk; the lines before are in the file.");
   }
 }
+
+}  // namespace borvanusb

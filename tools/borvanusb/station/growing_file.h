@@ -4,6 +4,8 @@
 #include <string>
 #include <string_view>
 
+namespace borvanusb {
+
 // A text file that is whole at any moment: every line is in the file when Add returns.
 class GrowingFile {
  public:
@@ -17,3 +19,5 @@ class GrowingFile {
   std::string name_;
   std::ofstream file_;
 };
+
+}  // namespace borvanusb

@@ -1,11 +1,13 @@
 #include <nlohmann/json.hpp>
 
 #include "camera/camera_choice.h"
+#include "camera/host.h"
 #include "command/camera_work.h"
 #include "command/commands.h"
-#include "station/info_flash_size.h"
-#include "camera/host.h"
 #include "output/output.h"
+#include "station/info_flash_size.h"
+
+namespace borvanusb {
 
 namespace {
 
@@ -44,3 +46,5 @@ ExitCode Run(const InfoCommand& command, Context& context) {
   TellFlashSize(*camera, command.flash_size, context);
   return ExitCode::kDone;
 }
+
+}  // namespace borvanusb

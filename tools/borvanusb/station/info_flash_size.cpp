@@ -2,6 +2,8 @@
 
 #include "flash/engine/flash_size.h"
 
+namespace borvanusb {
+
 FlashSizeAnswer AskFlashSize(Camera& camera, std::optional<std::uint64_t> told) {
   if (told) {
     return {told, "as told by --flash-size"};
@@ -9,3 +11,5 @@ FlashSizeAnswer AskFlashSize(Camera& camera, std::optional<std::uint64_t> told) 
   const FlashSizeFinding finding = FindFlashSize(camera);
   return {finding.size, finding.text};
 }
+
+}  // namespace borvanusb

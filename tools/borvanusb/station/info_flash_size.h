@@ -6,6 +6,8 @@
 
 #include "camera/camera.h"
 
+namespace borvanusb {
+
 // The size of a camera's flash and how it is known, for `info`.
 struct FlashSizeAnswer {
   std::optional<std::uint64_t> bytes;
@@ -14,3 +16,5 @@ struct FlashSizeAnswer {
 
 //   told  --flash-size
 FlashSizeAnswer AskFlashSize(Camera& camera, std::optional<std::uint64_t> told);
+
+}  // namespace borvanusb

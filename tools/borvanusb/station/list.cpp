@@ -3,12 +3,14 @@
 #include <algorithm>
 #include <nlohmann/json.hpp>
 
+#include "base/failure.h"
 #include "camera/camera_choice.h"
 #include "command/camera_work.h"
 #include "command/commands.h"
-#include "base/failure.h"
 #include "output/output.h"
 #include "output/printable.h"
+
+namespace borvanusb {
 
 namespace {
 
@@ -95,3 +97,5 @@ ExitCode Run(const ListCommand& command, Context& context) {
   context.result = {{"cameras", std::move(list)}};
   return ExitCode::kDone;
 }
+
+}  // namespace borvanusb

@@ -1,11 +1,13 @@
 #include <variant>
 
+#include "base/failure.h"
+#include "base/files.h"
 #include "command/command_line.h"
 #include "command/commands.h"
 #include "command/dispatch.h"
 #include "station/script.h"
-#include "base/failure.h"
-#include "base/files.h"
+
+namespace borvanusb {
 
 namespace {
 
@@ -29,3 +31,5 @@ ExitCode Run(const RunCommand& command, Context& context) {
       ReadScript(command.file, ReadWholeText(command.file), ReadLine, context);
   return RunScript(command.file, lines, command.keep_going, Dispatch, context);
 }
+
+}  // namespace borvanusb

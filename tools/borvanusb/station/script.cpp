@@ -5,13 +5,15 @@
 #include <string_view>
 #include <utility>
 
-#include "command/camera_work.h"
-#include "registers/list_problems.h"
 #include "base/failure.h"
-#include "camera/host.h"
 #include "base/text_lines.h"
+#include "camera/host.h"
+#include "command/camera_work.h"
 #include "output/output.h"
 #include "output/progress.h"
+#include "registers/list_problems.h"
+
+namespace borvanusb {
 
 namespace {
 
@@ -161,3 +163,5 @@ ExitCode RunScript(const std::string& file, const std::vector<ScriptLine>& lines
   }
   return worst;
 }
+
+}  // namespace borvanusb

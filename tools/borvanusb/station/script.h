@@ -5,9 +5,11 @@
 #include <string>
 #include <vector>
 
+#include "base/exit_code.h"
 #include "command/arguments.h"
 #include "command/context.h"
-#include "base/exit_code.h"
+
+namespace borvanusb {
 
 // Scripts of `run`: command lines without the program's name, one to a line.
 
@@ -32,3 +34,5 @@ std::vector<ScriptLine> ReadScript(const std::string& file, const std::string& t
 // the highest of several. The failures are told on standard error and in the result.
 ExitCode RunScript(const std::string& file, const std::vector<ScriptLine>& lines, bool keep_going,
                    const CommandRunner& run, Context& context);
+
+}  // namespace borvanusb

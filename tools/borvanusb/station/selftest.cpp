@@ -1,13 +1,15 @@
 #include <algorithm>
 #include <nlohmann/json.hpp>
 
+#include "base/failure.h"
 #include "camera/camera_choice.h"
 #include "command/camera_work.h"
 #include "command/commands.h"
-#include "station/selftest_checks.h"
-#include "base/failure.h"
 #include "output/output.h"
 #include "output/progress.h"
+#include "station/selftest_checks.h"
+
+namespace borvanusb {
 
 namespace {
 
@@ -103,3 +105,5 @@ ExitCode Run(const SelftestCommand& command, Context& context) {
   }
   return worst;
 }
+
+}  // namespace borvanusb

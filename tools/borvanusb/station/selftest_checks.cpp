@@ -6,6 +6,8 @@
 #include "base/numbers.h"
 #include "command/camera_work.h"
 
+namespace borvanusb {
+
 namespace {
 
 // Whole blocks of the chip's run read (56 registers), around the feature register.
@@ -142,3 +144,5 @@ std::vector<SelftestCheck> SelftestChecks(Camera& camera, const std::optional<I2
        [&camera, target] { return SensorTwice(camera, *target); }, skip},
   };
 }
+
+}  // namespace borvanusb

@@ -5,8 +5,10 @@
 #include <string>
 #include <vector>
 
-#include "camera/camera.h"
 #include "base/exit_code.h"
+#include "camera/camera.h"
+
+namespace borvanusb {
 
 // One thing that the self test tries. Nothing of it changes the camera.
 struct SelftestCheck {
@@ -19,3 +21,5 @@ struct SelftestCheck {
 // In the order in which they are run; the first tells whether the camera answers at all.
 //   target  the device on the I2C bus; without one its checks are skipped
 std::vector<SelftestCheck> SelftestChecks(Camera& camera, const std::optional<I2cTarget>& target);
+
+}  // namespace borvanusb

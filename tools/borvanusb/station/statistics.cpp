@@ -4,6 +4,8 @@
 #include <cmath>
 #include <cstddef>
 
+namespace borvanusb {
+
 double Median(std::vector<double> values) {
   std::sort(values.begin(), values.end());
   const std::size_t middle = values.size() / 2;
@@ -15,3 +17,5 @@ double Percentile(std::vector<double> values, double percent) {
   const double rank = std::ceil(static_cast<double>(values.size()) * percent / 100);
   return values[static_cast<std::size_t>(std::max(rank, 1.0)) - 1];
 }
+
+}  // namespace borvanusb

@@ -2,12 +2,14 @@
 #include <cstdio>
 #include <nlohmann/json.hpp>
 
+#include "base/failure.h"
 #include "command/camera_work.h"
 #include "command/commands.h"
-#include "station/growing_file.h"
-#include "base/failure.h"
 #include "i2c/width_modes.h"
 #include "output/output.h"
+#include "station/growing_file.h"
+
+namespace borvanusb {
 
 namespace {
 
@@ -173,3 +175,5 @@ ExitCode Run(const WatchCommand& command, Context& context) {
   Watcher(command, context).Run();
   return ExitCode::kDone;
 }
+
+}  // namespace borvanusb

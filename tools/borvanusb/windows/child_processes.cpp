@@ -14,6 +14,8 @@
 #include "windows/loaded_library.h"
 #include "windows/text.h"
 
+namespace borvanusb {
+
 namespace {
 
 struct Line {
@@ -177,3 +179,5 @@ std::vector<int> RunChildProcesses(
   }
   return codes;
 }
+
+}  // namespace borvanusb

@@ -5,8 +5,12 @@
 #include <string>
 #include <vector>
 
+namespace borvanusb {
+
 // Runs this program several times at once; see Host::RunChildren. Throws Failure kInternal when one
 // can't be started.
 std::vector<int> RunChildProcesses(
     const std::vector<std::vector<std::string>>& arguments,
     const std::function<void(std::size_t, bool, const std::string&)>& on_line);
+
+}  // namespace borvanusb

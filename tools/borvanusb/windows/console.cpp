@@ -8,6 +8,8 @@
 
 #include "windows/text.h"
 
+namespace borvanusb {
+
 namespace {
 
 constexpr int kUsualColumns = 80;
@@ -126,3 +128,5 @@ void Console::OnStop(std::function<void()> handler) {
   SetConsoleCtrlHandler(nullptr, FALSE);
   SetConsoleCtrlHandler(OnConsoleEvent, TRUE);
 }
+
+}  // namespace borvanusb

@@ -7,6 +7,8 @@
 
 #include "output/result_stream.h"
 
+namespace borvanusb {
+
 // The process's console and streams, in UTF-8. One object, in main.
 class Console {
  public:
@@ -41,3 +43,5 @@ class Console {
   bool error_is_terminal_ = false;
   unsigned old_code_page_ = 0;
 };
+
+}  // namespace borvanusb

@@ -11,6 +11,8 @@
 
 #include "base/exit_code.h"
 
+namespace borvanusb {
+
 namespace {
 
 // The codes under which GCC and Microsoft's compiler throw C++ exceptions. Their runtimes' own
@@ -90,3 +92,5 @@ void ReportCrashes() {
   // The library's own copy of the C++ runtime ends in the C runtime's abort, which both share.
   std::signal(SIGABRT, OnAbort);
 }
+
+}  // namespace borvanusb

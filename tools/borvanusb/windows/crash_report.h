@@ -2,6 +2,8 @@
 
 #include <string_view>
 
+namespace borvanusb {
+
 // How a process of the tool ends when something goes wrong that no command can report. Each of
 // these functions works without free memory.
 
@@ -24,3 +26,5 @@ constexpr std::string_view kReportIt =
 // EndBroken, on whichever thread. Without it Wine and Windows print nothing, and the exit code
 // would be one that means something else: an abort's is 3.
 void ReportCrashes();
+
+}  // namespace borvanusb

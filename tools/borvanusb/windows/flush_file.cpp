@@ -3,6 +3,8 @@
 #include "base/flush_file.h"
 #include "windows/handle.h"
 
+namespace borvanusb {
+
 void FlushFile(const std::filesystem::path& file) {
   const UniqueHandle handle(CreateFileW(file.c_str(), GENERIC_WRITE,
                                         FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr, OPEN_EXISTING,
@@ -26,3 +28,5 @@ bool SameName(const std::filesystem::path& left, const std::filesystem::path& ri
   return CompareStringOrdinal(a.data(), static_cast<int>(a.size()), b.data(),
                               static_cast<int>(b.size()), TRUE) == CSTR_EQUAL;
 }
+
+}  // namespace borvanusb

@@ -4,6 +4,8 @@
 
 #include <memory>
 
+namespace borvanusb {
+
 // Owns a handle of the system; both of its "none" values are none.
 struct HandleCloser {
   using pointer = HANDLE;
@@ -14,3 +16,5 @@ struct HandleCloser {
   }
 };
 using UniqueHandle = std::unique_ptr<HANDLE, HandleCloser>;
+
+}  // namespace borvanusb

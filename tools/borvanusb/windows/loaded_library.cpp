@@ -9,6 +9,8 @@
 
 #include "windows/text.h"
 
+namespace borvanusb {
+
 namespace {
 
 constexpr const wchar_t* kFileName = L"BorvanUSB_x64.dll";
@@ -114,3 +116,5 @@ void LoadedLibrary::LoadFile(const std::wstring& file) {
     }
   });
 }
+
+}  // namespace borvanusb

@@ -5,6 +5,8 @@
 
 #include "dll/exports.h"
 
+namespace borvanusb {
+
 // BorvanUSB_x64.dll, found and loaded. It is looked for where the user says (BORVANUSB_DLL) or
 // beside this program, by full name each time: never in the current folder or on the search path,
 // where anybody might have put another one.
@@ -41,3 +43,5 @@ std::string FileVersion(const std::wstring& file);
 
 // An environment variable; empty when it isn't set.
 std::wstring EnvironmentVariable(const wchar_t* name);
+
+}  // namespace borvanusb

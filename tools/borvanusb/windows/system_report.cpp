@@ -8,6 +8,8 @@
 #include "windows/text.h"
 #include "windows/video_devices.h"
 
+namespace borvanusb {
+
 namespace {
 
 constexpr int kBitsPerByte = 8;
@@ -57,3 +59,5 @@ SystemReport ExamineWindows(const LoadedLibrary& library) {
   }
   return report;
 }
+
+}  // namespace borvanusb

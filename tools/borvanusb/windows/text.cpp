@@ -4,6 +4,8 @@
 
 #include <array>
 
+namespace borvanusb {
+
 namespace {
 
 std::wstring Widen(std::string_view text, UINT code_page) {
@@ -85,3 +87,5 @@ std::wstring QuoteArgument(std::wstring_view argument) {
   quoted.append(2 * backslashes, L'\\');
   return quoted + L"\"";
 }
+
+}  // namespace borvanusb

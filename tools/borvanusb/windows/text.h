@@ -4,6 +4,8 @@
 #include <string>
 #include <string_view>
 
+namespace borvanusb {
+
 // Texts between the three encodings of a Windows program: UTF-8 inside, UTF-16 for the system, the
 // ANSI code page for the library.
 
@@ -19,3 +21,5 @@ std::string SystemMessage(unsigned long code);
 
 // An argument as a program's command line needs it, so that the program's start code gives it back.
 std::wstring QuoteArgument(std::wstring_view argument);
+
+}  // namespace borvanusb

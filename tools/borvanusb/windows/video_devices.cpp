@@ -15,6 +15,8 @@
 #include "base/numbers.h"
 #include "windows/text.h"
 
+namespace borvanusb {
+
 namespace {
 
 using Microsoft::WRL::ComPtr;
@@ -97,3 +99,5 @@ std::string ListVideoDevices(std::vector<VideoDevice>& devices) {
   }
   return {};
 }
+
+}  // namespace borvanusb

@@ -14,6 +14,8 @@
 #include "windows/handle.h"
 #include "windows/text.h"
 
+namespace borvanusb {
+
 namespace {
 
 using Clock = std::chrono::steady_clock;
@@ -102,3 +104,5 @@ int RunWatched(const std::function<int()>& work, const std::function<void()>& wa
   }
   return *shared->result;
 }
+
+}  // namespace borvanusb

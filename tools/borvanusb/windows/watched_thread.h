@@ -4,6 +4,8 @@
 #include <cstdint>
 #include <functional>
 
+namespace borvanusb {
+
 // Starts a thread as _beginthreadex does: returns its handle, or 0 with the reason in GetLastError.
 using ThreadStarter = std::uintptr_t (*)(unsigned(__stdcall* procedure)(void*), void* argument);
 std::uintptr_t StartThread(unsigned(__stdcall* procedure)(void*), void* argument);
@@ -16,3 +18,5 @@ std::uintptr_t StartThread(unsigned(__stdcall* procedure)(void*), void* argument
 int RunWatched(const std::function<int()>& work, const std::function<void()>& watch,
                std::chrono::milliseconds begin_limit = std::chrono::seconds(30),
                ThreadStarter start = StartThread);
+
+}  // namespace borvanusb

@@ -5,12 +5,14 @@
 #include <algorithm>
 #include <utility>
 
-#include "camera/camera_choice.h"
 #include "base/failure.h"
+#include "camera/camera_choice.h"
 #include "output/printable.h"
 #include "windows/child_processes.h"
 #include "windows/system_report.h"
 #include "windows/text.h"
+
+namespace borvanusb {
 
 namespace {
 
@@ -173,3 +175,5 @@ std::vector<int> WindowsHost::RunChildren(
     const std::function<void(std::size_t, bool, const std::string&)>& on_line) {
   return RunChildProcesses(arguments, on_line);
 }
+
+}  // namespace borvanusb

@@ -11,6 +11,8 @@
 #include "windows/loaded_library.h"
 #include "windows/windows_library_platform.h"
 
+namespace borvanusb {
+
 // The system and the library for the commands. The library is loaded when the first command needs
 // it, so that help costs nothing.
 class WindowsHost : public Host {
@@ -51,3 +53,5 @@ class WindowsHost : public Host {
   std::optional<LoadedLibrary> loaded_;
   std::optional<CameraLibrary> library_;
 };
+
+}  // namespace borvanusb

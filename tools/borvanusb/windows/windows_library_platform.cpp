@@ -8,12 +8,14 @@
 #include <array>
 #include <vector>
 
-#include "base/numbers.h"
 #include "base/failure.h"
+#include "base/numbers.h"
 #include "dll/scratch_names.h"
 #include "windows/handle.h"
 #include "windows/text.h"
 #include "windows/video_devices.h"
+
+namespace borvanusb {
 
 namespace {
 
@@ -238,3 +240,5 @@ std::unique_ptr<LibraryPlatform::CameraLock> WindowsLibraryPlatform::LockCamera(
   }
   return std::make_unique<MutexLock>(std::move(mutex));
 }
+
+}  // namespace borvanusb

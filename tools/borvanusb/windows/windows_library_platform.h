@@ -4,6 +4,8 @@
 
 #include "dll/library_platform.h"
 
+namespace borvanusb {
+
 // The library's surroundings on Windows.
 class WindowsLibraryPlatform : public LibraryPlatform {
  public:
@@ -23,3 +25,5 @@ class WindowsLibraryPlatform : public LibraryPlatform {
   std::wstring scratch_folder_;
   unsigned scratch_files_ = 0;
 };
+
+}  // namespace borvanusb

@@ -5,6 +5,8 @@
 
 #include "camera/camera.h"
 
+namespace borvanusb {
+
 namespace {
 
 constexpr std::size_t kShownRanges = 4;
@@ -99,3 +101,5 @@ std::string RangesText(const Ranges& ranges) {
   }
   return text;
 }
+
+}  // namespace borvanusb

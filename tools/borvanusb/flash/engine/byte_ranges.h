@@ -7,6 +7,8 @@
 
 #include "base/numbers.h"
 
+namespace borvanusb {
+
 // Ranges of flash addresses, in rising order and without overlap.
 using Ranges = std::vector<Range>;
 
@@ -38,3 +40,5 @@ template <typename Byte>
 std::span<Byte> PartOf(std::span<Byte> bytes, std::uint32_t address, const Range& range) {
   return bytes.subspan(range.first - address, range.Size());
 }
+
+}  // namespace borvanusb

@@ -5,6 +5,8 @@
 
 #include "flash/engine/byte_ranges.h"
 
+namespace borvanusb {
+
 namespace {
 
 constexpr std::uint32_t kBlankWord = 0xFFFFFFFF;
@@ -36,13 +38,19 @@ bool Holds(const std::vector<Value>& values, const Value& value) {
   return std::ranges::find(values, value) != values.end();
 }
 
-// Adds `is` where `was` is known.
-bool Add(std::vector<std::uint32_t>& words, std::uint32_t was, std::uint32_t is) {
-  if (!Holds(words, was) || Holds(words, is)) {
+// Adds `is` where `was` is known, and the erased word, by which the change passes.
+bool Add(Landmark& landmark, std::uint32_t was, std::uint32_t is) {
+  if (!AgreesWith(landmark, was)) {
     return false;
   }
-  words.push_back(is);
-  return true;
+  bool added = false;
+  for (const std::uint32_t word : {is, kBlankWord}) {
+    if (!Holds(landmark.words, word)) {
+      landmark.words.push_back(word);
+      added = true;
+    }
+  }
+  return added;
 }
 
 void Count(Evidence& evidence, bool agrees) {
@@ -50,6 +58,17 @@ void Count(Evidence& evidence, bool agrees) {
 }
 
 }  // namespace
+
+bool AgreesWith(const Landmark& landmark, std::uint32_t word) {
+  if (Holds(landmark.words, word)) {
+    return true;
+  }
+  // Erased in between, so a cut may have left it half erased or half programmed: bits that are set
+  // beside those of a word it held.
+  return Holds(landmark.words, kBlankWord) &&
+         std::ranges::any_of(landmark.words,
+                             [word](std::uint32_t known) { return (word & known) == known; });
+}
 
 SameCamera Weigh(const Evidence& evidence) {
   if (evidence.differing > 0) {
@@ -89,7 +108,7 @@ Evidence CompareLandmarks(Camera& camera, const Journal& journal) {
   Evidence evidence;
   for (const Landmark& landmark : journal.landmarks) {
     const std::uint32_t word = camera.PeekFlashWord(landmark.address);
-    const bool agrees = Holds(landmark.words, word);
+    const bool agrees = AgreesWith(landmark, word);
     if (Says(word) || !agrees) {
       Count(evidence, agrees);
     }
@@ -111,6 +130,9 @@ Evidence CompareSectors(const Journal& journal, const SectorSpan& sectors,
     const std::string digest = SectorDigest(PartOf(now, sectors.address, sector));
     const bool agrees = digest == record.now || Holds(record.since, digest) ||
                         (!journal.open_sector && digest == record.after);
+    if (!agrees && Holds(record.since, std::string(kAnyContent))) {
+      continue;
+    }
     if (!agrees || digest != blank_digest) {
       Count(evidence, agrees);
     }
@@ -124,7 +146,7 @@ bool FollowChange(Journal& journal, const SectorSpan& sectors, std::span<const s
   for (Landmark& landmark : journal.landmarks) {
     if (sectors.Holds({landmark.address, landmark.address + (kWordSize - 1)})) {
       const std::uint64_t offset = landmark.address - sectors.address;
-      added |= Add(landmark.words, WordAt(before, offset), WordAt(after, offset));
+      added |= Add(landmark, WordAt(before, offset), WordAt(after, offset));
     }
   }
   for (SectorRecord& record : journal.sectors) {
@@ -134,11 +156,17 @@ bool FollowChange(Journal& journal, const SectorSpan& sectors, std::span<const s
     }
     const std::string was = SectorDigest(PartOf(before, sectors.address, sector));
     const std::string is = SectorDigest(PartOf(after, sectors.address, sector));
-    const bool was_known = was == record.now || was == record.after || Holds(record.since, was);
-    if (was_known && is != record.now && !Holds(record.since, is)) {
-      record.since.push_back(is);
-      added = true;
+    const std::string any(kAnyContent);
+    const bool was_known = was == record.now || was == record.after || Holds(record.since, was) ||
+                           Holds(record.since, any);
+    for (const std::string& content : {is, any}) {
+      if (was_known && content != record.now && !Holds(record.since, content)) {
+        record.since.push_back(content);
+        added = true;
+      }
     }
   }
   return added;
 }
+
+}  // namespace borvanusb

@@ -8,6 +8,8 @@
 #include "flash/engine/journal.h"
 #include "flash/engine/sector_plan.h"
 
+namespace borvanusb {
+
 // Whether a flash is the one that a journal tells of. A camera without a serial number has another
 // path at another port, and cameras of one kind share their firmware: content tells more than a
 // path.
@@ -27,6 +29,10 @@ SameCamera Weigh(const Evidence& evidence);
 // the sectors. Throws Failure as the camera's reads do.
 std::vector<Landmark> TakeLandmarks(Camera& camera, const SectorSpan& sectors);
 
+// Whether a word can be the landmark's: one that it held, or what a later change that was cut off
+// made of it.
+bool AgreesWith(const Landmark& landmark, std::uint32_t word);
+
 // The journal's landmarks, read again.
 Evidence CompareLandmarks(Camera& camera, const Journal& journal);
 
@@ -42,3 +48,5 @@ bool FollowChange(Journal& journal, const SectorSpan& sectors, std::span<const s
                   std::span<const std::uint8_t> after);
 
 Evidence operator+(const Evidence& left, const Evidence& right);
+
+}  // namespace borvanusb

@@ -3,6 +3,8 @@
 #include "base/failure.h"
 #include "flash/engine/flash_size.h"
 
+namespace borvanusb {
+
 namespace {
 
 constexpr std::uint64_t kAddressSpace = std::uint64_t{1} << 32U;
@@ -88,3 +90,5 @@ Range WholeFlash(Camera& camera, std::optional<std::uint64_t> told, Output& outp
   }
   return {0, static_cast<std::uint32_t>(*size - 1)};
 }
+
+}  // namespace borvanusb

@@ -9,6 +9,8 @@
 #include "flash/engine/image.h"
 #include "output/output.h"
 
+namespace borvanusb {
+
 // What is known of the flash's end before a command works on a part of it.
 struct FlashEnd {
   std::optional<std::uint64_t> size;  // bytes; nothing when it is not known
@@ -37,3 +39,5 @@ std::optional<std::uint64_t> CheckWithinFlash(Camera& camera, const Image& image
 // The addresses of the whole flash: of `told` bytes, or of the size that its addresses show, which
 // a remark says. Throws Failure kUsage when the size can't be found out.
 Range WholeFlash(Camera& camera, std::optional<std::uint64_t> told, Output& output);
+
+}  // namespace borvanusb

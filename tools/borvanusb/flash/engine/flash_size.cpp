@@ -8,6 +8,8 @@
 
 #include "base/numbers.h"
 
+namespace borvanusb {
+
 namespace {
 
 constexpr std::uint64_t kSmallest = std::uint64_t{64} << 10U;
@@ -266,3 +268,5 @@ FlashSizeFinding FindFlashEndBefore(Camera& camera, std::uint64_t end) {
   }
   return NothingToTell(base, effort);
 }
+
+}  // namespace borvanusb

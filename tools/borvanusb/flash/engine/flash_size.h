@@ -6,6 +6,8 @@
 
 #include "camera/camera.h"
 
+namespace borvanusb {
+
 // What the flash's addresses show of its size.
 struct FlashSizeFinding {
   std::optional<std::uint64_t> size;  // bytes; nothing when it can't be told
@@ -25,3 +27,5 @@ FlashSizeFinding FindFlashSize(Camera& camera);
 // empty when the addresses were seen to be real. Looks only when `end` lies beyond 64 KiB: every
 // flash has that much.
 FlashSizeFinding FindFlashEndBefore(Camera& camera, std::uint64_t end);
+
+}  // namespace borvanusb

@@ -3,10 +3,12 @@
 #include <algorithm>
 #include <limits>
 
-#include "base/numbers.h"
 #include "base/failure.h"
 #include "base/files.h"
+#include "base/numbers.h"
 #include "base/sha256.h"
+
+namespace borvanusb {
 
 namespace {
 
@@ -41,3 +43,5 @@ void RefuseBlankImage(const Image& image) {
         "If that is what the flash shall hold, give --force.");
   }
 }
+
+}  // namespace borvanusb

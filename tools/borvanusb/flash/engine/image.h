@@ -4,6 +4,8 @@
 #include <string>
 #include <vector>
 
+namespace borvanusb {
+
 // A firmware image and where it goes.
 struct Image {
   std::string file;
@@ -21,3 +23,5 @@ Image LoadImage(const std::string& file, std::uint32_t address);
 // Refuses an image of nothing but 0xff or nothing but 0x00 bytes: the wrong file, mostly. Throws
 // Failure kFile.
 void RefuseBlankImage(const Image& image);
+
+}  // namespace borvanusb

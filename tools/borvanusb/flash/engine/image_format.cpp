@@ -9,6 +9,8 @@
 
 #include "base/failure.h"
 
+namespace borvanusb {
+
 namespace {
 
 using Bytes = std::vector<std::uint8_t>;
@@ -198,3 +200,5 @@ void RefuseOtherFormat(const Image& image) {
                                             "--force."));
   }
 }
+
+}  // namespace borvanusb

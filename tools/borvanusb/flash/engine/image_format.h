@@ -6,6 +6,8 @@
 
 #include "flash/engine/image.h"
 
+namespace borvanusb {
+
 // Forms of files that describe a flash's bytes in place of holding them.
 enum class ImageFormat { kElf, kUf2, kIntelHex, kSRecord, kTextDump };
 
@@ -16,3 +18,5 @@ std::optional<ImageFormat> RecogniseFormat(std::span<const std::uint8_t> bytes);
 
 // Refuses an image of such a form. Throws Failure kFile.
 void RefuseOtherFormat(const Image& image);
+
+}  // namespace borvanusb

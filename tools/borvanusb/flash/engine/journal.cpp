@@ -6,6 +6,8 @@
 #include "base/hex_bytes.h"
 #include "base/sha256.h"
 
+namespace borvanusb {
+
 namespace {
 
 using Json = nlohmann::ordered_json;
@@ -151,3 +153,5 @@ Journal ParseJournal(const std::string& text) {
     throw std::invalid_argument("it is no journal");
   }
 }
+
+}  // namespace borvanusb

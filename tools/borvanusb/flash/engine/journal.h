@@ -4,9 +4,12 @@
 #include <optional>
 #include <span>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "camera/camera.h"
+
+namespace borvanusb {
 
 // What must outlast a process that is cut off while it changes flash. A journal tells of one change
 // that was begun and has not come to its end: where, with which camera, where the old bytes are.
@@ -28,11 +31,14 @@ struct SectorRecord {
   std::uint32_t address = 0;
   std::string now;                 // when the journal was last written
   std::string after;               // when the change is done
-  std::vector<std::string> since;  // that later changes may have put there
+  std::vector<std::string> since;  // that later changes may have put there, or kAnyContent
 };
 
+// A later change began in the sector and may have been cut off in it: what it holds says nothing.
+inline constexpr std::string_view kAnyContent = "any";
+
 // A word of the flash that the change leaves alone: tells the camera by its content. More than one
-// where a later change may have written it.
+// where a later change may have written it, 0xffffffff among them: it was erased in between.
 struct Landmark {
   std::uint32_t address = 0;
   std::vector<std::uint32_t> words;
@@ -72,3 +78,5 @@ std::string SectorDigest(std::span<const std::uint8_t> bytes);
 // is wrong.
 std::string JournalText(const Journal& journal);
 Journal ParseJournal(const std::string& text);
+
+}  // namespace borvanusb

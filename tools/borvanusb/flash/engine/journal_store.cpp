@@ -6,10 +6,12 @@
 #include <stdexcept>
 #include <utility>
 
-#include "base/numbers.h"
 #include "base/failure.h"
 #include "base/files.h"
+#include "base/numbers.h"
 #include "base/sha256.h"
+
+namespace borvanusb {
 
 namespace {
 
@@ -101,3 +103,5 @@ std::string CameraInFileName(const CameraIdentity& camera) {
   const std::vector<std::uint8_t> path(camera.path.begin(), camera.path.end());
   return camera.vid + "-" + camera.pid + "-" + Sha256(path).substr(0, kPathDigits);
 }
+
+}  // namespace borvanusb

@@ -6,6 +6,8 @@
 #include "camera/camera.h"
 #include "flash/engine/journal.h"
 
+namespace borvanusb {
+
 // The user's folder of journals: one file for each change that was begun, wherever the command
 // stood and however it was told the image's name.
 class JournalStore {
@@ -38,3 +40,5 @@ class JournalStore {
 // The camera in a file name: "1234-0001-5e8a9c01", the last part made from its path, since cameras
 // of one kind share the others.
 std::string CameraInFileName(const CameraIdentity& camera);
+
+}  // namespace borvanusb

@@ -5,8 +5,10 @@
 
 #include "base/failure.h"
 #include "base/files.h"
-#include "flash/engine/sector_fate.h"
 #include "base/sha256.h"
+#include "flash/engine/sector_fate.h"
+
+namespace borvanusb {
 
 namespace {
 
@@ -339,3 +341,5 @@ Recovery Recover(const RecoveryRequest& request, const std::vector<Entry>& journ
                  const LandmarkCheck& landmarks) {
   return Judge(request, landmarks).Take(journals);
 }
+
+}  // namespace borvanusb

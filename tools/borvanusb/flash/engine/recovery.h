@@ -12,6 +12,8 @@
 #include "flash/engine/journal_store.h"
 #include "flash/engine/sector_plan.h"
 
+namespace borvanusb {
+
 // What the journals mean for a change that is about to begin.
 
 // A change, and what the flash holds where it goes.
@@ -49,3 +51,5 @@ using LandmarkCheck = std::function<Evidence(const Journal&)>;
 // what must be added to the command line.
 Recovery Recover(const RecoveryRequest& request, const std::vector<JournalStore::Entry>& journals,
                  const LandmarkCheck& landmarks);
+
+}  // namespace borvanusb

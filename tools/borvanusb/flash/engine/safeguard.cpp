@@ -4,8 +4,10 @@
 
 #include "base/failure.h"
 #include "base/files.h"
-#include "flash/report.h"
 #include "base/sha256.h"
+#include "flash/report.h"
+
+namespace borvanusb {
 
 namespace {
 
@@ -107,11 +109,19 @@ void ReleaseSectors(const JournalStore& store, const Recovery& recovery, const R
   }
 }
 
-void FollowInJournals(const JournalStore& store, const SectorSpan& sectors,
+void FollowInJournals(const JournalStore& store, const Ranges& changes, const SectorSpan& sectors,
                       std::span<const std::uint8_t> before, std::span<const std::uint8_t> after) {
   for (JournalStore::Entry& entry : store.Load()) {
-    if (FollowChange(entry.journal, sectors, before, after)) {
+    bool added = false;
+    for (const Range& change : changes) {
+      added |= FollowChange(entry.journal, {change.first, change.Size()},
+                            PartOf(before, sectors.address, change),
+                            PartOf(after, sectors.address, change));
+    }
+    if (added) {
       store.Save(entry.file, entry.journal);
     }
   }
 }
+
+}  // namespace borvanusb

@@ -5,10 +5,12 @@
 #include <string>
 #include <vector>
 
+#include "camera/host.h"
 #include "flash/engine/journal.h"
 #include "flash/engine/journal_store.h"
 #include "flash/engine/recovery.h"
-#include "camera/host.h"
+
+namespace borvanusb {
 
 // What every change of the flash does before its first byte and after its last: earlier journals,
 // the backup, a journal of its own.
@@ -40,8 +42,10 @@ std::vector<SectorRecord> RecordSectors(const SectorSpan& sectors, const Ranges&
 void ReleaseSectors(const JournalStore& store, const Recovery& recovery, const Ranges& changes,
                     const SectorSpan& sectors, std::span<const std::uint8_t> after);
 
-// Brings the journals of this kind of camera in step with a change that has come to its end;
-// `before` and `after` are the content of `sectors`. Those of other places may be this camera's as
-// well.
-void FollowInJournals(const JournalStore& store, const SectorSpan& sectors,
+// Brings the journals of this kind of camera in step with a change that is about to begin, and may
+// be cut off: `changes` are whole sectors, `before` and `after` the content of `sectors`. The
+// journals of other places may be this camera's as well.
+void FollowInJournals(const JournalStore& store, const Ranges& changes, const SectorSpan& sectors,
                       std::span<const std::uint8_t> before, std::span<const std::uint8_t> after);
+
+}  // namespace borvanusb

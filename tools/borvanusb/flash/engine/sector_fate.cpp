@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+namespace borvanusb {
+
 namespace {
 
 using Bytes = std::span<const std::uint8_t>;
@@ -72,3 +74,5 @@ bool CanBeLeftByCut(Bytes found, const SharedSector& sector) {
            return IsHalfProgrammed(found, planned) || IsHalfErased(found, planned);
          });
 }
+
+}  // namespace borvanusb

@@ -6,6 +6,8 @@
 #include "base/numbers.h"
 #include "flash/engine/journal.h"
 
+namespace borvanusb {
+
 // What became of a sector whose change was cut off, by what it holds now.
 enum class SectorFate {
   kUnharmed,   // the bytes beside the change are as they were
@@ -28,3 +30,5 @@ bool IsHalfErased(std::span<const std::uint8_t> found, std::span<const std::uint
 // Whether programming `planned` into the erased sector can have been cut off here: packets go out
 // in rising order, so there are written bytes, at most one packet in between, and erased ones.
 bool IsHalfProgrammed(std::span<const std::uint8_t> found, std::span<const std::uint8_t> planned);
+
+}  // namespace borvanusb

@@ -7,6 +7,8 @@
 #include "flash/engine/tail_words.h"
 #include "flash/engine/transfer_count.h"
 
+namespace borvanusb {
+
 namespace {
 
 constexpr std::uint64_t kWritePacket = 60;
@@ -63,3 +65,5 @@ std::uint64_t BlockTransfers(std::span<const std::uint8_t> block) {
   const BlockParts parts = SplitBlock(block);
   return ProgramTransfers(parts.packets) + TailWords(0, parts.tail).size() * kWordWriteTransfers;
 }
+
+}  // namespace borvanusb

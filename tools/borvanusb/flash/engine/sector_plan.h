@@ -8,6 +8,8 @@
 #include "flash/engine/byte_ranges.h"
 #include "flash/engine/image.h"
 
+namespace borvanusb {
+
 // Whole sectors of flash around an image.
 struct SectorSpan {
   std::uint32_t address = 0;  // of the first sector
@@ -41,3 +43,5 @@ BlockParts SplitBlock(std::span<const std::uint8_t> block);
 
 // The transfers that writing a block takes.
 std::uint64_t BlockTransfers(std::span<const std::uint8_t> block);
+
+}  // namespace borvanusb

@@ -6,6 +6,8 @@
 #include "flash/engine/sector_plan.h"
 #include "flash/engine/tail_words.h"
 
+namespace borvanusb {
+
 namespace {
 
 Range SectorAt(std::uint32_t address) {
@@ -179,3 +181,5 @@ Ranges SectorsOf(const Ranges& bytes) {
   }
   return sectors;
 }
+
+}  // namespace borvanusb

@@ -8,12 +8,14 @@
 #include <vector>
 
 #include "camera/camera.h"
+#include "camera/host.h"
 #include "flash/engine/byte_ranges.h"
 #include "flash/engine/work_journal.h"
 #include "flash/engine/work_state.h"
-#include "camera/host.h"
 #include "output/output.h"
 #include "output/progress.h"
+
+namespace borvanusb {
 
 // Content for some sectors, and the address of its first byte.
 struct Content {
@@ -91,3 +93,5 @@ class SectorWriter {
 
 // The sectors that some bytes lie in.
 Ranges SectorsOf(const Ranges& bytes);
+
+}  // namespace borvanusb

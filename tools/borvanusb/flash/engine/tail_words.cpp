@@ -2,6 +2,8 @@
 
 #include <cstddef>
 
+namespace borvanusb {
+
 namespace {
 
 constexpr std::size_t kWordSize = 4;
@@ -23,3 +25,5 @@ std::vector<TailWord> TailWords(std::uint32_t address, std::span<const std::uint
   }
   return words;
 }
+
+}  // namespace borvanusb

@@ -4,6 +4,8 @@
 #include <span>
 #include <vector>
 
+namespace borvanusb {
+
 // A flash word to be written.
 struct TailWord {
   std::uint32_t address = 0;
@@ -12,3 +14,5 @@ struct TailWord {
 
 // The words of some bytes, a multiple of 4, that erased flash does not hold already.
 std::vector<TailWord> TailWords(std::uint32_t address, std::span<const std::uint8_t> bytes);
+
+}  // namespace borvanusb

@@ -7,6 +7,8 @@
 #include "dll/flash_readings.h"
 #include "dll/register_readings.h"
 
+namespace borvanusb {
+
 namespace {
 
 constexpr std::size_t kWritePacket = 60;
@@ -61,3 +63,5 @@ std::uint64_t ProgramTransfers(std::span<const std::uint8_t> bytes) {
   }
   return transfers;
 }
+
+}  // namespace borvanusb

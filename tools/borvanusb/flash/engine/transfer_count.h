@@ -6,6 +6,8 @@
 #include "base/numbers.h"
 #include "camera/camera.h"
 
+namespace borvanusb {
+
 // How many transfers the library makes for flash work, its queries of a control's length included:
 // they take as long as the others.
 
@@ -23,3 +25,5 @@ std::uint64_t ProgramTransfers(std::span<const std::uint8_t> bytes);
 
 // Writing one word.
 constexpr std::uint64_t kWordWriteTransfers = 2;
+
+}  // namespace borvanusb

@@ -4,6 +4,8 @@
 
 #include "flash/engine/byte_ranges.h"
 
+namespace borvanusb {
+
 void WorkJournal::Save() {
   store_.Save(file_, journal_);
   begun_ = true;
@@ -67,3 +69,5 @@ void WorkJournal::End() {
     begun_ = false;
   }
 }
+
+}  // namespace borvanusb

@@ -9,6 +9,8 @@
 #include "flash/engine/journal.h"
 #include "flash/engine/journal_store.h"
 
+namespace borvanusb {
+
 // This process's own journal, while it changes flash. Each function returns when the disk holds it.
 class WorkJournal {
  public:
@@ -43,3 +45,5 @@ class WorkJournal {
   Journal journal_;
   bool begun_ = false;
 };
+
+}  // namespace borvanusb

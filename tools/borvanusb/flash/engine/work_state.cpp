@@ -1,5 +1,7 @@
 #include "flash/engine/work_state.h"
 
+namespace borvanusb {
+
 namespace {
 
 using Lock = std::lock_guard<std::mutex>;
@@ -155,3 +157,5 @@ std::vector<std::string> WorkState::Lines() const {
   }
   return lines;
 }
+
+}  // namespace borvanusb

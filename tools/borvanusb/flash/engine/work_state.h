@@ -6,6 +6,8 @@
 
 #include "flash/engine/byte_ranges.h"
 
+namespace borvanusb {
+
 // How far the flash is from what it shall hold. Any thread may ask at any time, since a process
 // that is ended in the middle still tells it.
 class WorkState {
@@ -67,3 +69,5 @@ class WorkState {
   std::string forward_;
   std::string back_;
 };
+
+}  // namespace borvanusb
