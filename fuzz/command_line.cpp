@@ -9,12 +9,13 @@
 #include <variant>
 #include <vector>
 
-#include "command/values.h"
 #include "base/failure.h"
+#include "command/values.h"
 #include "support/check.h"
 #include "support/terminal_text.h"
 
 namespace {
+using namespace borvanusb;
 
 using borvan_fuzz::Check;
 using borvan_fuzz::CheckEqual;

@@ -12,6 +12,7 @@
 #include "support/input.h"
 
 namespace {
+using namespace borvanusb;
 
 using borvan_fuzz::Check;
 using borvan_fuzz::Input;

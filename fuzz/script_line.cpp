@@ -5,13 +5,14 @@
 #include <string>
 #include <vector>
 
-#include "command/command_line.h"
 #include "base/failure.h"
+#include "command/command_line.h"
 #include "support/check.h"
 #include "support/input.h"
 #include "support/terminal_text.h"
 
 namespace {
+using namespace borvanusb;
 
 using borvan_fuzz::Check;
 using borvan_fuzz::CheckEqual;

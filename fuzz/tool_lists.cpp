@@ -10,15 +10,16 @@
 
 #include "files/list_file.h"
 #include "i2c/i2c_list.h"
+#include "i2c/width_modes.h"
 #include "registers/list_text.h"
 #include "registers/register_list.h"
-#include "i2c/width_modes.h"
 #include "support/check.h"
 #include "support/input.h"
 #include "support/memory_file.h"
 #include "support/terminal_text.h"
 
 namespace {
+using namespace borvanusb;
 
 using borvan_fuzz::Check;
 using borvan_fuzz::CheckEqual;

@@ -7,6 +7,7 @@
 #include "support/check.h"
 
 namespace {
+using namespace borvanusb;
 
 using borvan_fuzz::Check;
 using borvan_fuzz::CheckEqual;

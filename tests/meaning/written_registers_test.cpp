@@ -6,13 +6,15 @@
 #include <random>
 
 #include "camera_in_process.h"
-#include "list_text.h"
 #include "i2c/i2c_list.h"
+#include "list_text.h"
+#include "random_lists.h"
 #include "registers/register_list.h"
 #include "registers/written_registers.h"
-#include "random_lists.h"
 
 namespace borvan_test {
+
+using namespace borvanusb;
 namespace {
 
 constexpr std::uint32_t kSeeds = 1000;

@@ -4,7 +4,7 @@
 #include "sweep/contents.h"
 #include "sweep/fault_sweep.h"
 
-namespace sweep {
+namespace borvanusb::sweep {
 namespace {
 
 using Json = nlohmann::ordered_json;
@@ -328,4 +328,4 @@ TEST_F(SweepTest, I2cLoadVerify) {
 }
 
 }  // namespace
-}  // namespace sweep
+}  // namespace borvanusb::sweep

@@ -4,7 +4,7 @@
 #include "sweep/contents.h"
 #include "sweep/fault_sweep.h"
 
-namespace sweep {
+namespace borvanusb::sweep {
 namespace {
 
 using Json = nlohmann::ordered_json;
@@ -334,4 +334,4 @@ TEST_F(SweepTest, Info) {
 }
 
 }  // namespace
-}  // namespace sweep
+}  // namespace borvanusb::sweep

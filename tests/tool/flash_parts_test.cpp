@@ -14,10 +14,14 @@
 #include "flash/text_dump.h"
 #include "flash_support.h"
 
+namespace borvanusb {
+
 // For the failure messages of the tests.
 void PrintTo(const Range& range, std::ostream* stream) {
   *stream << Text(range);
 }
+
+}  // namespace borvanusb
 
 namespace borvanusb::tool_test {
 namespace {

@@ -44,7 +44,7 @@ class RunToolTest : public testing::Test {
             [](int) {}};
   }
   void Command(std::function<ExitCode(Context&)> work) {
-    TheCommand() = [work = std::move(work)](const ::Command&, Context& context) {
+    TheCommand() = [work = std::move(work)](const borvanusb::Command&, Context& context) {
       return work(context);
     };
   }
@@ -59,7 +59,7 @@ class RunToolTest : public testing::Test {
 };
 
 TEST_F(RunToolTest, CommandGetsItsValuesAndGivesTheExitCode) {
-  TheCommand() = [](const ::Command& command, Context& context) {
+  TheCommand() = [](const borvanusb::Command& command, Context& context) {
     EXPECT_EQ(std::get<BenchCommand>(command).rounds, 7U);
     EXPECT_EQ(context.common.cameras, (std::vector<std::string>{"1"}));
     context.output.Line("7 rounds");
@@ -284,6 +284,6 @@ TEST_F(RunToolTest, FailureFromOutsideTheCommandEndsWithItsLastWords) {
 }  // namespace
 }  // namespace borvanusb::tool_test
 
-ExitCode Dispatch(const Command& command, Context& context) {
+borvanusb::ExitCode borvanusb::Dispatch(const Command& command, Context& context) {
   return tool_test::TheCommand()(command, context);
 }

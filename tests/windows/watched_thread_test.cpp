@@ -15,6 +15,7 @@
 #include "base/failure.h"
 
 namespace {
+using namespace borvanusb;
 
 using std::chrono::milliseconds;
 

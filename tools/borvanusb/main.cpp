@@ -7,13 +7,15 @@
 #include <vector>
 
 #include "base/failure.h"
-#include "dll/supervisor.h"
 #include "command/tool.h"
+#include "dll/supervisor.h"
 #include "windows/console.h"
 #include "windows/crash_report.h"
 #include "windows/text.h"
 #include "windows/watched_thread.h"
 #include "windows/windows_host.h"
+
+using namespace borvanusb;
 
 namespace {
 

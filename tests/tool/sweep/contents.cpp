@@ -4,7 +4,7 @@
 #include <random>
 #include <string_view>
 
-namespace sweep {
+namespace borvanusb::sweep {
 namespace {
 
 constexpr std::uint32_t kFirstRegister = 0x100;
@@ -83,4 +83,4 @@ std::string Difference(const Bytes& wanted, const Bytes& found) {
   return std::to_string(count) + " bytes differ, the first at offset " + std::to_string(first);
 }
 
-}  // namespace sweep
+}  // namespace borvanusb::sweep

@@ -5,7 +5,7 @@
 
 #include "sweep/swept_camera.h"
 
-namespace sweep {
+namespace borvanusb::sweep {
 
 constexpr std::size_t kFlashSize = 64 * 1024;
 
@@ -31,4 +31,4 @@ Bytes Overlaid(Bytes bytes, std::size_t offset, const Bytes& part);
 // "equal", or the first byte that differs and how many do.
 std::string Difference(const Bytes& wanted, const Bytes& found);
 
-}  // namespace sweep
+}  // namespace borvanusb::sweep

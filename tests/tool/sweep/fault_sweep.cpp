@@ -5,7 +5,7 @@
 #include <fstream>
 #include <iostream>
 
-namespace sweep {
+namespace borvanusb::sweep {
 namespace {
 
 constexpr std::array<std::uint32_t, 5> kShortAnswers = {0, 1, 8, 32, 63};
@@ -131,4 +131,4 @@ FaultSweep::~FaultSweep() {
   std::cout << "\n";
 }
 
-}  // namespace sweep
+}  // namespace borvanusb::sweep

@@ -7,7 +7,7 @@
 
 #include "sweep/sweep_rig.h"
 
-namespace sweep {
+namespace borvanusb::sweep {
 
 // A command on a camera, and how one sees from outside whether its end is true.
 struct Scenario {
@@ -59,4 +59,4 @@ class FaultSweep {
 // Whether every transfer and fault is tried.
 bool IsLong();
 
-}  // namespace sweep
+}  // namespace borvanusb::sweep

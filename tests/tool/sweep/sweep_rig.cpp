@@ -30,7 +30,7 @@ void borvan::StartDetachedThread(void (*procedure)(void*), void* argument) {
   }).detach();
 }
 
-namespace sweep {
+namespace borvanusb::sweep {
 namespace {
 
 // A healthy run never comes near it, however busy the machine is.
@@ -49,7 +49,7 @@ class SweepHost : public tool_test::FakeHost {
  public:
   explicit SweepHost(CameraLibrary& library) : library_(library) { answer = true; }
   std::vector<CameraIdentity> ListCameras() override { return library_.ListCameras(); }
-  std::unique_ptr<::Camera> OpenCamera(const CameraIdentity& camera) override {
+  std::unique_ptr<borvanusb::Camera> OpenCamera(const CameraIdentity& camera) override {
     return OpenLibraryCamera(library_, camera);
   }
 
@@ -160,4 +160,4 @@ RunEnd SweepTest::Perform(const std::function<ExitCode(Context&)>& command,
   return end;
 }
 
-}  // namespace sweep
+}  // namespace borvanusb::sweep

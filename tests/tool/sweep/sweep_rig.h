@@ -7,14 +7,14 @@
 #include <optional>
 #include <string>
 
-#include "command/commands.h"
 #include "base/exit_code.h"
+#include "command/commands.h"
 #include "library_rig.h"
 #include "support/fake_camera.h"
 #include "support/temporary_folder.h"
 #include "sweep/swept_camera.h"
 
-namespace sweep {
+namespace borvanusb::sweep {
 
 // What a run of a command left.
 struct RunEnd {
@@ -73,4 +73,4 @@ class SweepTest : public FoldersInMemory, public tool_test::LibraryTest {
   std::shared_ptr<SweptCamera> camera_;
 };
 
-}  // namespace sweep
+}  // namespace borvanusb::sweep

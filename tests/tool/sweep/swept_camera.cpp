@@ -10,7 +10,7 @@
 #include "virtual_camera/core/chip.h"
 #include "virtual_camera/core/result_codes.h"
 
-namespace sweep {
+namespace borvanusb::sweep {
 namespace {
 
 constexpr borvan::Result kDataError = virtual_camera::ResultCode(0x80070017);
@@ -215,4 +215,4 @@ SweptCamera::Answer SweptCamera::Get(std::uint32_t selector, std::span<std::uint
   return {virtual_camera::kSuccess, length};
 }
 
-}  // namespace sweep
+}  // namespace borvanusb::sweep

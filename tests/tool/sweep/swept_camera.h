@@ -16,7 +16,7 @@
 #include "virtual_camera/core/device_state.h"
 #include "virtual_camera/core/nor_flash.h"
 
-namespace sweep {
+namespace borvanusb::sweep {
 
 using Bytes = std::vector<std::uint8_t>;
 using Direction = virtual_camera::Direction;
@@ -99,4 +99,4 @@ class SweptCamera : public std::enable_shared_from_this<SweptCamera> {
   std::vector<Transfer> seen_;
 };
 
-}  // namespace sweep
+}  // namespace borvanusb::sweep
