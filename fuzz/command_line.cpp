@@ -111,8 +111,7 @@ void CheckPlaceOfCommonOptions(Words words, const Arguments& arguments) {
     const auto outcome = ParseCommandLine(more);
     const auto* const same = std::get_if<Arguments>(&outcome);
     Check(same != nullptr && same->common.json, "--json is not taken");
-    CheckEqual(CommandWords(same->command), CommandWords(arguments.command),
-               "--json changes the command");
+    CheckEqual(same->words, arguments.words, "--json changes the command");
   }
 }
 
@@ -127,7 +126,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
       return 0;
     }
     const auto& arguments = std::get<Arguments>(outcome);
-    const std::string command = CommandWords(arguments.command);
+    const std::string& command = arguments.words;
     Check(std::any_of(Tool().commands.begin(), Tool().commands.end(),
                       [&](const CommandDescription& known) {
                         return command.starts_with(known.words.front());

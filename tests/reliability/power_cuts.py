@@ -6,7 +6,7 @@ The same is done to a process that loads registers, for the camera's own state f
 must find the registers of whole transfers, in the order in which they were written.
 
 Usage: power_cuts.py [--count N] [--state-count N] [--seed N] [--seconds N]
-Prints the figures; exit code 1 when a cut was not mended. The moments come from the seed, and each is
+Prints the figures; exit code 1 when a cut was not repaired. The moments come from the seed, and each is
 a transfer and a time behind it, so that a busy machine cuts at the same places.
 """
 import argparse
@@ -317,10 +317,10 @@ def run_cuts(options, place, chance):
                 problems.append(problem)
                 print(problem, flush=True)
             else:
-                figures["series of cuts mended by the next run"] += 1
+                figures["series of cuts repaired by the next run"] += 1
             number += 1
             if number % 10 == 0:
-                print(f"{cuts.figures['cuts']} of {options.count} cuts, {len(problems)} not mended",
+                print(f"{cuts.figures['cuts']} of {options.count} cuts, {len(problems)} not repaired",
                       flush=True)
         figures += cuts.figures
     if options.state_count and not over():
@@ -355,7 +355,7 @@ def main():
             place.doCleanups()
     for name, figure in figures.items():
         print(f"{figure:6}  {name}")
-    print(f"{len(problems):6}  not mended")
+    print(f"{len(problems):6}  not repaired")
     sys.exit(1 if problems else 0)
 
 

@@ -9,7 +9,7 @@
 #include <nlohmann/json.hpp>
 #include <sstream>
 
-#include "command/commands.h"
+#include "command/completion.h"
 #include "command/completion_scripts.h"
 #include "support/command_desk.h"
 

@@ -1,4 +1,5 @@
 // bench.
+#include "station/bench.h"
 #include "support/command_desk.h"
 
 namespace borvanusb::tool_test {

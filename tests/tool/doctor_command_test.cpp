@@ -1,4 +1,5 @@
 // doctor: what it tells, and the cause that it finds.
+#include "station/doctor.h"
 #include "support/command_desk.h"
 
 namespace borvanusb::tool_test {

@@ -1,6 +1,17 @@
 // One bad transfer anywhere while registers of chip and sensor are read, compared and loaded.
 #include <nlohmann/json.hpp>
 
+#include "command/command.h"
+#include "i2c/bus_options.h"
+#include "i2c/dump.h"
+#include "i2c/load.h"
+#include "i2c/read.h"
+#include "i2c/write.h"
+#include "registers/diff.h"
+#include "registers/dump.h"
+#include "registers/load.h"
+#include "registers/read.h"
+#include "registers/write.h"
 #include "sweep/contents.h"
 #include "sweep/fault_sweep.h"
 
@@ -67,7 +78,7 @@ TEST_F(SweepTest, RegDump) {
       scenario.content = WithRegisters(values.bytes);
       scenario.run = [count](SweepTest& rig, Context& context) {
         const auto last = static_cast<std::uint32_t>(kFirst + count - 1);
-        return borvanusb::Run(RegDumpCommand{{kFirst, last}, rig.File("dump.txt"), false}, context);
+        return RunValues(RegDumpCommand{{kFirst, last}, rig.File("dump.txt"), false}, context);
       };
       scenario.wrong = [wanted](const SweepTest& rig, const RunEnd& end) {
         return WrongFile(rig, end, wanted);
@@ -98,7 +109,7 @@ TEST_F(SweepTest, RegDiff) {
       scenario.expected = equal ? ExitCode::kDone : ExitCode::kVerify;
       scenario.prepare = [list](SweepTest& rig) { rig.Put("list.txt", list); };
       scenario.run = [](SweepTest& rig, Context& context) {
-        return borvanusb::Run(RegDiffCommand{rig.File("list.txt"), "camera"}, context);
+        return RunValues(RegDiffCommand{rig.File("list.txt"), "camera"}, context);
       };
       scenario.wrong = [equal, differences](const SweepTest& /*rig*/, const RunEnd& end) {
         const bool claimed = end.code == ExitCode::kDone || end.code == ExitCode::kVerify;
@@ -126,8 +137,8 @@ TEST_F(SweepTest, RegReadAndWrite) {
       scenario.content = WithRegisters({});
       scenario.content.registers[kFirst] = kBefore;
       scenario.run = [write, wide](SweepTest& /*rig*/, Context& context) {
-        return write ? borvanusb::Run(RegWriteCommand{kFirst, 0x50, wide, 0xF0, true}, context)
-                     : borvanusb::Run(RegReadCommand{{kFirst, kFirst}, wide}, context);
+        return write ? RunValues(RegWriteCommand{kFirst, 0x50, wide, 0xF0, true}, context)
+                     : RunValues(RegReadCommand{{kFirst, kFirst}, wide}, context);
       };
       scenario.wrong = [write, wide, wanted](const SweepTest& rig, const RunEnd& end) {
         const std::uint32_t found = rig.Camera().Register(kFirst) & (wide ? 0xFFFFFFFF : 0xFF);
@@ -203,7 +214,7 @@ TEST_F(SweepTest, RegLoadVerify) {
         RegLoadCommand command;
         command.file = rig.File("list.txt");
         command.verify = true;
-        return borvanusb::Run(command, context);
+        return RunValues(command, context);
       };
       scenario.wrong = [registers](const SweepTest& rig, const RunEnd& end) {
         return WrongLoad(rig, end, registers);
@@ -247,7 +258,7 @@ TEST_F(SweepTest, I2cDump) {
         command.i2c = {slave, wide ? 2 : 1, 0};
         command.range = {0x3000, 0x3000 + kCount - 1};
         command.file = rig.File("dump.txt");
-        return borvanusb::Run(command, context);
+        return RunValues(command, context);
       };
       scenario.wrong = [wanted](const SweepTest& rig, const RunEnd& end) {
         return WrongFile(rig, end, wanted);
@@ -266,8 +277,8 @@ TEST_F(SweepTest, I2cReadAndWrite) {
     scenario.content.sensors = Sensors(Bytes(100, 0xA5));
     scenario.run = [write](SweepTest& /*rig*/, Context& context) {
       const I2cOptions options{kSlaveWide, 2, 0};
-      return write ? borvanusb::Run(I2cWriteCommand{options, 0x3000, 0x50, 0xF0, true}, context)
-                   : borvanusb::Run(I2cReadCommand{options, {0x3000, 0x3000}}, context);
+      return write ? RunValues(I2cWriteCommand{options, 0x3000, 0x50, 0xF0, true}, context)
+                   : RunValues(I2cReadCommand{options, {0x3000, 0x3000}}, context);
     };
     const std::uint32_t wanted = write ? 0xA555 : 0xA5A5;
     scenario.wrong = [write, wanted](const SweepTest& rig, const RunEnd& end) {
@@ -316,7 +327,7 @@ TEST_F(SweepTest, I2cLoadVerify) {
           I2cLoadCommand command;
           command.file = rig.File("list.txt");
           command.verify = true;
-          return borvanusb::Run(command, context);
+          return RunValues(command, context);
         };
         scenario.wrong = [registers](const SweepTest& rig, const RunEnd& end) {
           return WrongLoad(rig, end, registers);

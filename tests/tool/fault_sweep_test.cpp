@@ -1,6 +1,14 @@
 // One bad transfer anywhere: whatever it is, a command ends with the truth.
 #include <nlohmann/json.hpp>
 
+#include "command/command.h"
+#include "flash/erase.h"
+#include "flash/map.h"
+#include "flash/program.h"
+#include "flash/read.h"
+#include "flash/verify.h"
+#include "flash/word.h"
+#include "station/info.h"
 #include "sweep/contents.h"
 #include "sweep/fault_sweep.h"
 
@@ -60,7 +68,7 @@ Scenario Program(const NamedBytes& flash, const ImagePlace& image, bool restore)
     command.address = image.address;
     command.restore_on_failure = restore;
     command.report = rig.File("report.json");
-    return borvanusb::Run(command, context);
+    return RunValues(command, context);
   };
   scenario.wrong = [image, old = flash.bytes](const SweepTest& rig, const RunEnd& end) {
     const Bytes wanted = Overlaid(old, image.address, image.bytes);
@@ -141,7 +149,7 @@ TEST_F(SweepTest, FlashRead) {
       scenario.name = "flash read, " + Text(range) + ", " + flash.name;
       scenario.content = CameraWith(flash.bytes);
       scenario.run = [range](SweepTest& rig, Context& context) {
-        return borvanusb::Run(FlashReadCommand{range, rig.File("dump.bin")}, context);
+        return RunValues(FlashReadCommand{range, rig.File("dump.bin")}, context);
       };
       const Bytes wanted = Part(flash.bytes, range.first, range.Size());
       scenario.wrong = [wanted, old = flash.bytes](const SweepTest& rig, const RunEnd& end) {
@@ -193,7 +201,7 @@ TEST_F(SweepTest, FlashVerify) {
         FlashVerifyCommand command;
         command.image = rig.File("image.bin");
         command.address = kAddress;
-        return borvanusb::Run(command, context);
+        return RunValues(command, context);
       };
       scenario.expected = equal ? ExitCode::kDone : ExitCode::kVerify;
       const Json ranges = RangesJson(Part(flash.bytes, kAddress, image.size()), image, kAddress);
@@ -225,7 +233,7 @@ TEST_F(SweepTest, FlashMap) {
     scenario.name = "flash map, " + flash.name;
     scenario.content = CameraWith(content);
     scenario.run = [kRange](SweepTest& /*rig*/, Context& context) {
-      return borvanusb::Run(FlashMapCommand{kRange, {}}, context);
+      return RunValues(FlashMapCommand{kRange, {}}, context);
     };
     const bool first_is_blank = flash.name == "blank";
     scenario.wrong = [first_is_blank](const SweepTest& /*rig*/, const RunEnd& end) {
@@ -248,7 +256,7 @@ TEST_F(SweepTest, FlashErase) {
       FlashEraseCommand command;
       command.range = kRange;
       command.yes = true;
-      return borvanusb::Run(command, context);
+      return RunValues(command, context);
     };
     scenario.wrong = [kRange, old = flash.bytes](const SweepTest& rig, const RunEnd& end) {
       const Bytes erased(kRange.Size(), 0xFF);
@@ -290,7 +298,7 @@ TEST_F(SweepTest, FlashWord) {
         if (write) {
           command.value = after;
         }
-        return borvanusb::Run(command, context);
+        return RunValues(command, context);
       };
       scenario.wrong = [after, old = flash.bytes](const SweepTest& rig, const RunEnd& end) {
         const Bytes found = rig.Camera().Flash();
@@ -318,7 +326,7 @@ TEST_F(SweepTest, Info) {
     scenario.name = "info, " + flash.name;
     scenario.content = CameraWith(flash.bytes);
     scenario.run = [](SweepTest& /*rig*/, Context& context) {
-      return borvanusb::Run(InfoCommand{}, context);
+      return RunValues(InfoCommand{}, context);
     };
     scenario.wrong = [](const SweepTest& /*rig*/, const RunEnd& end) {
       if (end.code != ExitCode::kDone) {

@@ -5,7 +5,15 @@
 #include "base/numbers.h"
 #include "command/command_line.h"
 #include "command/values.h"
+#include "flash/erase.h"
+#include "flash/map.h"
 #include "flash/name_address.h"
+#include "flash/program.h"
+#include "flash/read.h"
+#include "flash/verify.h"
+#include "flash/word.h"
+#include "i2c/read.h"
+#include "registers/read.h"
 
 namespace borvanusb::tool_test {
 namespace {
@@ -15,7 +23,7 @@ using Addresses = std::vector<std::uint32_t>;
 
 template <typename C>
 C As(const Words& words) {
-  return std::get<C>(std::get<Arguments>(ParseCommandLine(words)).command);
+  return *ValuesOf<C>(*std::get<Arguments>(ParseCommandLine(words)).command);
 }
 
 Failure FailureOf(const Words& words) {

@@ -1,5 +1,10 @@
 // flash read, word, erase, map and verify.
 #include "base/sha256.h"
+#include "flash/erase.h"
+#include "flash/map.h"
+#include "flash/read.h"
+#include "flash/verify.h"
+#include "flash/word.h"
 #include "flash_support.h"
 
 namespace borvanusb::tool_test {

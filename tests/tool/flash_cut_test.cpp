@@ -1,5 +1,6 @@
 // Power, cable or process may go at any transfer: a plain second run must finish the work, and the
 // bytes beside the image must be those from before.
+#include "flash/program.h"
 #include "flash_support.h"
 
 namespace borvanusb::tool_test {

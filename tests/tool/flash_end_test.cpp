@@ -1,4 +1,9 @@
 // Nothing is read, compared, erased or written beyond the flash's end.
+#include "flash/erase.h"
+#include "flash/map.h"
+#include "flash/read.h"
+#include "flash/verify.h"
+#include "flash/word.h"
 #include "flash_support.h"
 
 namespace borvanusb::tool_test {

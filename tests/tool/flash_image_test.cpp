@@ -5,6 +5,8 @@
 
 #include "../files/peak_memory.h"
 #include "base/files.h"
+#include "flash/program.h"
+#include "flash/verify.h"
 #include "flash_support.h"
 
 namespace borvanusb::tool_test {

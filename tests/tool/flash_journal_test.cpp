@@ -3,6 +3,9 @@
 
 #include "base/files.h"
 #include "flash/engine/journal.h"
+#include "flash/erase.h"
+#include "flash/program.h"
+#include "flash/word.h"
 #include "flash_support.h"
 
 namespace borvanusb::tool_test {
@@ -276,13 +279,14 @@ TEST_F(FlashJournalTest, BlankCameraAtTheSamePlaceIsNotGivenTheOthersBytes) {
   flash() = Bytes(64 * 1024, 0xFF);
   const Outcome outcome = Run(command_);
   EXPECT_EQ(outcome.code, ExitCode::kFile);
-  EXPECT_NE(outcome.message.find("whether with this camera is not clear: the rest of this flash is "
-                                 "not as that camera's; nothing in the flash was changed"),
+  EXPECT_NE(outcome.message.find(
+                "it is not clear whether that was with this camera: the rest of this flash is "
+                "not as that camera's; nothing in the flash was changed"),
             std::string::npos)
       << outcome.message;
-  EXPECT_NE(
-      outcome.hint.find("add --journal none: the flash's bytes stay, and so does the journal"),
-      std::string::npos)
+  EXPECT_NE(outcome.hint.find(
+                "add --journal none: the sector keeps the bytes it holds, and the journal stays"),
+            std::string::npos)
       << outcome.hint;
   EXPECT_EQ(flash(), Bytes(64 * 1024, 0xFF));
   command_.journal = "none";

@@ -9,6 +9,7 @@
 #include "flash/engine/tail_words.h"
 #include "flash/engine/transfer_count.h"
 #include "flash/engine/work_state.h"
+#include "flash/program.h"
 #include "flash/program_names.h"
 #include "flash/report.h"
 #include "flash/text_dump.h"

@@ -1,5 +1,11 @@
 // What the flash commands print with --json is what docs/json says.
 #include "flash_schema.h"
+#include "flash/erase.h"
+#include "flash/map.h"
+#include "flash/program.h"
+#include "flash/read.h"
+#include "flash/verify.h"
+#include "flash/word.h"
 
 #include "flash_support.h"
 

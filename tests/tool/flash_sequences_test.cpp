@@ -13,6 +13,9 @@
 #include "base/files.h"
 #include "flash/engine/journal.h"
 #include "flash/engine/sector_plan.h"
+#include "flash/erase.h"
+#include "flash/program.h"
+#include "flash/word.h"
 #include "flash_sequences_model.h"
 
 namespace borvanusb::tool_test {
@@ -462,6 +465,7 @@ TEST(FlashSequencesTest, NothingIsLostInAnySequence) {
   std::vector<std::uint64_t> seeds = {
       1004762,  // a later change, cut off, in the sector of a landmark
       1013077,  // the same at another port
+      1001137,  // "none" for one of two sectors
   };
   for (std::uint64_t seed = first; seed < first + count; ++seed) {
     seeds.push_back(seed);

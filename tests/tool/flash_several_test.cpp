@@ -2,6 +2,7 @@
 #include <algorithm>
 
 #include "base/files.h"
+#include "flash/program.h"
 #include "flash_support.h"
 
 namespace borvanusb::tool_test {

@@ -14,8 +14,8 @@
 #include <vector>
 
 #include "base/failure.h"
-#include "command/arguments.h"
-#include "command/commands.h"
+#include "command/command.h"
+#include "command/context.h"
 #include "support/fake_camera.h"
 
 namespace borvanusb::tool_test {
@@ -59,7 +59,7 @@ class FlashTest : public testing::Test {
     progress = std::make_unique<FakeProgress>();
     Context context{common, host, *output, *progress, outcome.result};
     try {
-      outcome.code = borvanusb::Run(command, context);
+      outcome.code = RunValues(command, context);
     } catch (const Failure& failure) {
       outcome.code = failure.Code();
       outcome.message = failure.Message();

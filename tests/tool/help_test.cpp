@@ -115,7 +115,7 @@ TEST(HelpTest, ExamplesAreCommandLinesThatWork) {
       for (const std::string& word : command.words) {
         named += (named.empty() ? "" : " ") + word;
       }
-      EXPECT_EQ(CommandWords(std::get<Arguments>(parsed).command), named);
+      EXPECT_EQ(std::get<Arguments>(parsed).words, named);
     }
   }
 }

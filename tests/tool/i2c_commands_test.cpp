@@ -1,4 +1,9 @@
 // i2c read, write, dump and load.
+#include "i2c/bus_options.h"
+#include "i2c/dump.h"
+#include "i2c/load.h"
+#include "i2c/read.h"
+#include "i2c/write.h"
 #include "support/command_desk.h"
 
 namespace borvanusb::tool_test {

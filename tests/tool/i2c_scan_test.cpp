@@ -1,4 +1,5 @@
 // i2c scan.
+#include "i2c/scan.h"
 #include "support/command_desk.h"
 
 namespace borvanusb::tool_test {

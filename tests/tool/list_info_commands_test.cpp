@@ -1,4 +1,6 @@
 // list and info.
+#include "station/info.h"
+#include "station/list.h"
 #include "support/command_desk.h"
 
 namespace borvanusb::tool_test {

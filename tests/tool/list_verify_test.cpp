@@ -1,4 +1,8 @@
 // reg load --verify and i2c load --verify.
+#include "base/numbers.h"
+#include "i2c/bus_options.h"
+#include "i2c/load.h"
+#include "registers/load.h"
 #include "support/command_desk.h"
 
 namespace borvanusb::tool_test {

@@ -4,8 +4,10 @@
 
 #include <nlohmann/json.hpp>
 
+#include "command/command.h"
 #include "command/command_line.h"
-#include "command/commands.h"
+#include "command/context.h"
+#include "command/manual.h"
 #include "support/fake_camera.h"
 
 namespace borvanusb::tool_test {
@@ -21,7 +23,7 @@ class ManualTest : public testing::Test {
     FakeHost host;
     FakeProgress progress;
     Context context{common, host, output, progress, result};
-    EXPECT_EQ(borvanusb::Run(ManualCommand(), context), ExitCode::kDone);
+    EXPECT_EQ(RunValues(ManualCommand(), context), ExitCode::kDone);
   }
   FakeOutput output;
   nlohmann::ordered_json result;

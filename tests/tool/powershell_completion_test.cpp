@@ -5,7 +5,7 @@
 #include <algorithm>
 #include <nlohmann/json.hpp>
 
-#include "command/commands.h"
+#include "command/completion.h"
 #include "command/completion_scripts.h"
 #include "support/command_desk.h"
 

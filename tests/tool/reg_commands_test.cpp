@@ -1,4 +1,6 @@
 // reg read and reg write.
+#include "registers/read.h"
+#include "registers/write.h"
 #include "support/command_desk.h"
 
 namespace borvanusb::tool_test {

@@ -1,4 +1,7 @@
 // reg dump, reg load and reg diff.
+#include "registers/diff.h"
+#include "registers/dump.h"
+#include "registers/load.h"
 #include "support/command_desk.h"
 
 namespace borvanusb::tool_test {

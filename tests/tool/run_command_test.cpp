@@ -1,4 +1,5 @@
 // run: a script's file, read by the command line's own rules and run by the commands themselves.
+#include "station/run.h"
 #include "support/command_desk.h"
 
 namespace borvanusb::tool_test {

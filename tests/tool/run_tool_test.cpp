@@ -6,9 +6,10 @@
 #include <nlohmann/json.hpp>
 #include <stdexcept>
 
+#include "command/command_rules.h"
 #include "command/context.h"
-#include "command/dispatch.h"
 #include "command/tool.h"
+#include "command/values.h"
 #include "output/output.h"
 #include "output/progress.h"
 #include "support/fake_camera.h"
@@ -19,15 +20,44 @@ namespace {
 using testing::HasSubstr;
 using testing::StartsWith;
 
-// What Dispatch does.
-std::function<ExitCode(const Command&, Context&)>& TheCommand() {
-  static std::function<ExitCode(const Command&, Context&)> command;
+// A command of the tests' own, under the words of several of the tool's.
+struct Probe {
+  std::uint64_t rounds = 0;
+};
+
+// What it does.
+std::function<ExitCode(const Probe&, Context&)>& TheCommand() {
+  static std::function<ExitCode(const Probe&, Context&)> command;
   return command;
+}
+
+ExitCode Run(const Probe& probe, Context& context) {
+  return TheCommand()(probe, context);
+}
+
+CommandRules ProbeRules() {
+  CommandRules rules;
+  for (const std::vector<std::string>& words : {std::vector<std::string>{"list"},
+                                                {"bench"},
+                                                {"info"},
+                                                {"doctor"},
+                                                {"reg", "read"},
+                                                {"flash", "program"}}) {
+    RuleOf<Probe> rule(words, "Tries the tool.");
+    rule.Add(Optional(Argument("WHAT", "anything")), [](Probe&, const std::string&) {});
+    rule.Add(Option("--rounds", "N", "how often"), [](Probe& probe, const std::string& text) {
+      probe.rounds = NumberValue(text, 0, 100);
+    });
+    rules.push_back(rule.Take());
+  }
+  return rules;
 }
 
 class RunToolTest : public testing::Test {
  protected:
-  int Run(const std::vector<std::string>& words) { return RunTool(words, host, Streams()); }
+  int Run(const std::vector<std::string>& words) {
+    return RunTool(words, host, Streams(), ProbeRules());
+  }
   ToolStreams Streams() {
     return {[this](std::string_view text) {
               ++writes;
@@ -44,7 +74,7 @@ class RunToolTest : public testing::Test {
             [](int) {}};
   }
   void Command(std::function<ExitCode(Context&)> work) {
-    TheCommand() = [work = std::move(work)](const borvanusb::Command&, Context& context) {
+    TheCommand() = [work = std::move(work)](const Probe&, Context& context) {
       return work(context);
     };
   }
@@ -59,8 +89,8 @@ class RunToolTest : public testing::Test {
 };
 
 TEST_F(RunToolTest, CommandGetsItsValuesAndGivesTheExitCode) {
-  TheCommand() = [](const borvanusb::Command& command, Context& context) {
-    EXPECT_EQ(std::get<BenchCommand>(command).rounds, 7U);
+  TheCommand() = [](const Probe& probe, Context& context) {
+    EXPECT_EQ(probe.rounds, 7U);
     EXPECT_EQ(context.common.cameras, (std::vector<std::string>{"1"}));
     context.output.Line("7 rounds");
     context.result["rounds"] = 7;
@@ -283,7 +313,3 @@ TEST_F(RunToolTest, FailureFromOutsideTheCommandEndsWithItsLastWords) {
 
 }  // namespace
 }  // namespace borvanusb::tool_test
-
-borvanusb::ExitCode borvanusb::Dispatch(const Command& command, Context& context) {
-  return tool_test::TheCommand()(command, context);
-}

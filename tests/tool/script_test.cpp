@@ -1,5 +1,8 @@
 // Scripts of `run`.
 #include "station/script.h"
+#include "station/info.h"
+#include "station/list.h"
+#include "station/run.h"
 
 #include <sstream>
 
@@ -18,11 +21,11 @@ std::vector<Arguments> ReadWord(const std::string& line) {
   words >> word;
   Arguments arguments;
   if (word == "info") {
-    arguments.command = InfoCommand{};
+    arguments.command = std::make_shared<CommandOf<InfoCommand>>();
   } else if (word == "list") {
-    arguments.command = ListCommand{};
+    arguments.command = std::make_shared<CommandOf<ListCommand>>();
   } else if (word == "run") {
-    arguments.command = RunCommand{};
+    arguments.command = std::make_shared<CommandOf<RunCommand>>();
   } else {
     throw Failure(ExitCode::kUsage, word + " is no command", "borvanusb --help");
   }
@@ -45,7 +48,7 @@ class ScriptTest : public testing::Test {
         "work.txt", lines, keep_going,
         [this](const Command& command, Context& context) {
           cameras_.push_back(context.common.cameras);
-          if (std::holds_alternative<InfoCommand>(command)) {
+          if (ValuesOf<InfoCommand>(command) != nullptr) {
             return info_();
           }
           context.output.Line("listed");

@@ -1,4 +1,4 @@
-// What a sector tells of the change that was cut off in it.
+// What a sector shows of the change that was cut off in it.
 #include "flash/engine/sector_fate.h"
 
 #include <gtest/gtest.h>

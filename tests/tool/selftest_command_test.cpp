@@ -1,4 +1,5 @@
 // selftest: each check fails by the fault it is made for, and by no other.
+#include "station/selftest.h"
 #include "support/command_desk.h"
 
 namespace borvanusb::tool_test {

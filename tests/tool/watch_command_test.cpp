@@ -1,4 +1,5 @@
 // watch.
+#include "station/watch.h"
 #include "support/command_desk.h"
 
 namespace borvanusb::tool_test {

@@ -29,7 +29,7 @@ class FlashTest(station.ToolTest):
         """A camera fresh from the factory, with this flash."""
         (self.folder / "cameras.camera0.state").unlink(missing_ok=True)
         for journal in self.folder.glob("*.journal"):
-            journal.unlink()  # it told of the camera before
+            journal.unlink()  # it belongs to the camera before
         self.plug_in(camera(0, **changes))
         self.put_flash(content)
 

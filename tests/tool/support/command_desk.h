@@ -10,7 +10,7 @@
 #include <string>
 
 #include "base/failure.h"
-#include "command/commands.h"
+#include "command/command.h"
 #include "command/context.h"
 #include "support/fake_camera.h"
 #include "support/json_schema.h"

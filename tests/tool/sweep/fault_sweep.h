@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "command/context.h"
 #include "sweep/sweep_rig.h"
 
 namespace borvanusb::sweep {

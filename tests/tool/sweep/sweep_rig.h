@@ -8,7 +8,7 @@
 #include <string>
 
 #include "base/exit_code.h"
-#include "command/commands.h"
+#include "command/context.h"
 #include "library_rig.h"
 #include "support/fake_camera.h"
 #include "support/temporary_folder.h"

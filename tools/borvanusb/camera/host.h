@@ -8,8 +8,8 @@
 #include <string>
 #include <vector>
 
+#include "base/common_arguments.h"
 #include "camera/camera.h"
-#include "command/arguments.h"
 
 namespace borvanusb {
 
@@ -96,7 +96,7 @@ class Host {
 
   virtual SystemReport ExamineSystem() = 0;
 
-  // What --verbose tells of the work so far, in lines: the library, the cameras that were opened,
+  // What --verbose reports about the work so far, in lines: the library, the cameras that were opened,
   // the calls that were made.
   virtual std::vector<std::string> Details() const { return {}; }
 

@@ -5,7 +5,6 @@
 #include "base/failure.h"
 #include "base/files.h"
 #include "camera/camera_choice.h"
-#include "i2c/width_modes.h"
 #include "output/output.h"
 #include "output/progress.h"
 
@@ -31,25 +30,12 @@ ReservedCamera ReserveChosenCamera(Context& context) {
   return reserved;
 }
 
-I2cTarget TargetOf(const I2cOptions& options) {
-  if (!options.slave) {
-    throw Failure(ExitCode::kUsage, "--slave: the device on the I2C bus is not given",
-                  "Give its address, 0 to 255; borvanusb i2c scan finds the devices.");
-  }
-  return {*options.slave, options.mode, options.option};
-}
-
 nlohmann::ordered_json CameraJson(const CameraIdentity& camera) {
   return {{"index", camera.index},
           {"path", camera.path},
           {"name", camera.name},
           {"vid", camera.vid},
           {"pid", camera.pid}};
-}
-
-nlohmann::ordered_json TargetJson(const I2cTarget& target) {
-  return {
-      {"slave", target.slave}, {"mode", WidthModeOf(target.mode).name}, {"option", target.option}};
 }
 
 nlohmann::ordered_json ValuesJson(const Range& range, std::span<const std::uint32_t> values) {

@@ -9,9 +9,9 @@
 #include <string>
 #include <string_view>
 
+#include "base/numbers.h"
 #include "camera/camera.h"
 #include "camera/host.h"
-#include "command/arguments.h"
 #include "command/context.h"
 
 namespace borvanusb {
@@ -33,13 +33,8 @@ std::unique_ptr<Camera> OpenChosenCamera(Context& context);
 // The same for work of several accesses that belong together. Throws as Host::ReserveCamera, too.
 ReservedCamera ReserveChosenCamera(Context& context);
 
-// The device that --slave, --mode and --option name. Throws Failure kUsage without --slave.
-I2cTarget TargetOf(const I2cOptions& options);
-
 // {"index", "path", "name", "vid", "pid"}.
 nlohmann::ordered_json CameraJson(const CameraIdentity& camera);
-// {"slave", "mode", "option"}, the mode by its name.
-nlohmann::ordered_json TargetJson(const I2cTarget& target);
 // [{"address", "value"}…] of registers in a row.
 nlohmann::ordered_json ValuesJson(const Range& range, std::span<const std::uint32_t> values);
 

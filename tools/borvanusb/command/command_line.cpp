@@ -192,22 +192,26 @@ void Store(Target& target, const Stores& stores, const std::vector<OptionDescrip
   }
 }
 
-const CommandRule& RuleFor(const SortedWords& words) {
-  return *std::find_if(
-      AllCommandRules().begin(), AllCommandRules().end(),
-      [&](const CommandRule& rule) { return rule.description.words == words.command; });
+const CommandRule& RuleFor(const SortedWords& words, const CommandRules& rules) {
+  return *std::find_if(rules.begin(), rules.end(), [&](const CommandRule& rule) {
+    return rule.description.words == words.command;
+  });
+}
+
+ToolDescription DescribeTool(const CommandRules& rules) {
+  ToolDescription tool;
+  tool.text = "registers, sensor and flash inside USB cameras";
+  tool.common = AllCommonRules().options;
+  for (const CommandRule& rule : rules) {
+    tool.commands.push_back(rule.description);
+  }
+  return tool;
 }
 
 }  // namespace
 
 ToolDescription DescribeTool() {
-  ToolDescription tool;
-  tool.text = "registers, sensor and flash inside USB cameras";
-  tool.common = AllCommonRules().options;
-  for (const CommandRule& rule : AllCommandRules()) {
-    tool.commands.push_back(rule.description);
-  }
-  return tool;
+  return DescribeTool(AllCommandRules());
 }
 
 std::vector<OptionDescription> CommonOptionsOf(const ToolDescription& tool,
@@ -223,15 +227,13 @@ std::vector<OptionDescription> CommonOptionsOf(const ToolDescription& tool,
   return options;
 }
 
-std::string CommandWords(const Command& command) {
-  const auto rule = std::find_if(
-      AllCommandRules().begin(), AllCommandRules().end(),
-      [&](const CommandRule& candidate) { return candidate.initial.index() == command.index(); });
-  return rule != AllCommandRules().end() ? Joined(rule->description.words) : "";
+std::variant<Arguments, TextAnswer> ParseCommandLine(const std::vector<std::string>& words) {
+  return ParseCommandLine(words, AllCommandRules());
 }
 
-std::variant<Arguments, TextAnswer> ParseCommandLine(const std::vector<std::string>& words) {
-  const ToolDescription tool = DescribeTool();
+std::variant<Arguments, TextAnswer> ParseCommandLine(const std::vector<std::string>& words,
+                                                     const CommandRules& rules) {
+  const ToolDescription tool = DescribeTool(rules);
   const SortedWords sorted = SortWords(tool, words);
   const Given given(tool, sorted);
   if (given.Has("--help")) {
@@ -246,17 +248,19 @@ std::variant<Arguments, TextAnswer> ParseCommandLine(const std::vector<std::stri
   if (sorted.described == nullptr) {
     RefuseUnfinished(tool, sorted);
   }
-  const CommandRule& rule = RuleFor(sorted);
+  const CommandRule& rule = RuleFor(sorted, rules);
   CheckRefused(rule.description, given);
   Arguments arguments;
   Store(arguments.common, AllCommonRules().store, tool.common, sorted.common, sorted.command);
-  arguments.command = rule.initial;
-  Store(arguments.command, rule.store, rule.description.options, sorted.own, sorted.command);
+  arguments.words = Joined(sorted.command);
+  const std::shared_ptr<Command> command = rule.make();
+  arguments.command = command;
+  Store(*command, rule.store, rule.description.options, sorted.own, sorted.command);
   try {
     if (arguments.common.quiet && arguments.common.verbose) {
       throw WrongUse("--quiet: contradicts --verbose");
     }
-    rule.check(arguments.command, given);
+    rule.check(*command, given);
   } catch (const WrongUse& wrong) {
     throw Failure(ExitCode::kUsage, wrong.what(), HintOf(wrong, words, sorted.command));
   }

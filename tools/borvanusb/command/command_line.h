@@ -4,9 +4,11 @@
 #include <variant>
 #include <vector>
 
-#include "command/arguments.h"
+#include "command/command.h"
 
 namespace borvanusb {
+
+struct CommandRule;
 
 // A text that was asked for instead of a command: --help or --version.
 struct TextAnswer {
@@ -16,6 +18,9 @@ struct TextAnswer {
 // Reads a command line, without the program's name. The texts are UTF-8. Throws Failure (kUsage)
 // that names the argument and what is allowed.
 std::variant<Arguments, TextAnswer> ParseCommandLine(const std::vector<std::string>& words);
+// The same for other commands than the tool's.
+std::variant<Arguments, TextAnswer> ParseCommandLine(const std::vector<std::string>& words,
+                                                     const std::vector<CommandRule>& rules);
 
 // The same for one line of a script: words stand between blanks, "double quotes" hold blanks
 // together, # opens a remark. Throws Failure (kUsage) for a quote that is left open.
@@ -63,9 +68,6 @@ struct ToolDescription {
 // The common options that a command takes.
 std::vector<OptionDescription> CommonOptionsOf(const ToolDescription& tool,
                                                const CommandDescription& command);
-
-// The words that call a command: "flash program".
-std::string CommandWords(const Command& command);
 
 ToolDescription DescribeTool();
 

@@ -1,11 +1,6 @@
 #include "command/command_rules.h"
 
-#include <algorithm>
-#include <iterator>
-
 #include "command/values.h"
-#include "i2c/i2c_options.h"
-#include "i2c/width_modes.h"
 
 namespace borvanusb {
 
@@ -54,25 +49,6 @@ OptionDescription Choices(OptionDescription option, std::vector<std::string> cho
   return option;
 }
 
-CommandRules Grouped(CommandRules rules, std::string_view group) {
-  for (CommandRule& rule : rules) {
-    rule.description.group = group;
-  }
-  return rules;
-}
-
-const CommandRules& AllCommandRules() {
-  static const CommandRules rules = [] {
-    CommandRules all;
-    for (CommandRules group : {CameraRules(), RegisterRules(), I2cRules(), FlashRules(),
-                               MeasuringRules(), AutomationRules()}) {
-      std::move(group.begin(), group.end(), std::back_inserter(all));
-    }
-    return all;
-  }();
-  return rules;
-}
-
 const CommonRules& AllCommonRules() {
   static const CommonRules rules = MakeCommonRules();
   return rules;
@@ -83,12 +59,6 @@ void CheckFits(const std::string& name, std::uint32_t number, int bits, const st
     throw WrongUse(name + ": " + Hex(number) + " is too big for " + where + ": 0 to " +
                    Hex(HighestOf(bits)));
   }
-}
-
-void CheckI2cAddress(const std::string& name, std::uint32_t address, const I2cOptions& i2c) {
-  const WidthMode& mode = WidthModeOf(i2c.mode);
-  CheckFits(name, address, mode.address_bits,
-            "the addresses of width mode " + std::string(mode.name));
 }
 
 }  // namespace borvanusb

@@ -1,19 +1,20 @@
 #pragma once
 
+#include <cstdint>
 #include <exception>
 #include <functional>
+#include <memory>
 #include <string>
 #include <string_view>
 #include <utility>
-#include <variant>
 #include <vector>
 
-#include "command/arguments.h"
+#include "command/command.h"
 #include "command/command_line.h"
 
 namespace borvanusb {
 
-// Each command in one place: what help tells of it, and how its words become values. Help, manual
+// Each command in one place: its help text, and how its words become values. Help, manual
 // page, completions and the reading of command lines all come from here.
 
 // How often an option was given.
@@ -46,7 +47,8 @@ class WrongUse : public std::exception {
 
 struct CommandRule {
   CommandDescription description;
-  Command initial;
+  // The command with its default values.
+  std::function<std::shared_ptr<Command>()> make;
   // One for each option of the description, in their order. Throws WrongValue.
   std::vector<std::function<void(Command&, const std::string&)>> store;
   // Looks at the whole. Throws WrongUse.
@@ -75,14 +77,14 @@ class RuleOf {
   RuleOf(std::vector<std::string> words, std::string_view text) {
     rule_.description.words = std::move(words);
     rule_.description.text = text;
-    rule_.initial = C{};
+    rule_.make = [] { return std::make_shared<CommandOf<C>>(); };
     rule_.check = [](const Command&, const GivenOptions&) {};
   }
 
   void Add(OptionDescription option, std::function<void(C&, const std::string&)> store) {
     rule_.description.options.push_back(std::move(option));
     rule_.store.push_back([store = std::move(store)](Command& command, const std::string& text) {
-      store(std::get<C>(command), text);
+      store(static_cast<CommandOf<C>&>(command).values, text);
     });
   }
 
@@ -101,7 +103,7 @@ class RuleOf {
 
   void Check(std::function<void(const C&, const GivenOptions&)> check) {
     rule_.check = [check = std::move(check)](const Command& command, const GivenOptions& given) {
-      check(std::get<C>(command), given);
+      check(static_cast<const CommandOf<C>&>(command).values, given);
     };
   }
 
@@ -113,24 +115,14 @@ class RuleOf {
 
 using CommandRules = std::vector<CommandRule>;
 
-// The groups, each in the order of the help.
-CommandRules CameraRules();
-CommandRules RegisterRules();
-CommandRules I2cRules();
-CommandRules FlashRules();
-CommandRules MeasuringRules();
-CommandRules AutomationRules();
-CommonRules MakeCommonRules();
-
-// The same rules under one headline of the help.
-CommandRules Grouped(CommandRules rules, std::string_view group);
-
 // What commands without a bar say to --progress.
 constexpr std::string_view kNoProgress = "which shows no progress";
 
-// All of them.
+// Every command of the tool, in the order of the help; CMakeLists.txt lists them.
 const CommandRules& AllCommandRules();
+// The options of every command.
 const CommonRules& AllCommonRules();
+CommonRules MakeCommonRules();
 
 // Throws WrongUse when a value, mask or address is beyond its bits: "VALUE: 0x1ff is too big for
 // …".

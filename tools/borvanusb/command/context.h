@@ -2,8 +2,8 @@
 
 #include <nlohmann/json_fwd.hpp>
 
+#include "base/common_arguments.h"
 #include "base/exit_code.h"
-#include "command/arguments.h"
 
 namespace borvanusb {
 

@@ -5,7 +5,10 @@
 #include "base/version.h"
 #include "command/camera_work.h"
 #include "command/command_line.h"
-#include "command/commands.h"
+#include "command/command_rules.h"
+#include "command/context.h"
+#include "command/manual.h"
+#include "command/text_command.h"
 #include "command/usage.h"
 #include "output/output.h"
 
@@ -197,6 +200,13 @@ ExitCode Run(const ManualCommand& /*command*/, Context& context) {
   context.result = {{"manual", page}};
   PrintLines(page, context.output);
   return ExitCode::kDone;
+}
+
+CommandRule ManualRule() {
+  RuleOf<ManualCommand> rule({"manual"}, "Prints the manual page, for man.");
+  RefuseAllOfCameras(rule);
+  rule.Example("borvanusb manual > borvanusb.1");
+  return rule.Take();
 }
 
 }  // namespace borvanusb

@@ -6,8 +6,8 @@
 #include <variant>
 
 #include "command/command_line.h"
+#include "command/command_rules.h"
 #include "command/context.h"
-#include "command/dispatch.h"
 #include "output/make_progress.h"
 #include "output/printable.h"
 #include "output/text_output.h"
@@ -111,7 +111,7 @@ int RunArguments(const Arguments& arguments, Host& host, ResultStream& results,
   try {
     host.Configure(common);
     Context context{common, host, output, *progress, result};
-    const ExitCode code = Dispatch(arguments.command, context);
+    const ExitCode code = arguments.command->Run(context);
     progress->Break();
     tell_details();
     if (common.json && !result.is_null()) {
@@ -122,14 +122,14 @@ int RunArguments(const Arguments& arguments, Host& host, ResultStream& results,
     const Failure failure = CurrentFailure();
     progress->Break();
     tell_details();
-    return Report(CommandWords(arguments.command), failure, common.json, results, streams);
+    return Report(arguments.words, failure, common.json, results, streams);
   }
 }
 
 int RunWords(const std::vector<std::string>& words, Host& host, ResultStream& results,
-             const ToolStreams& streams) {
+             const ToolStreams& streams, const CommandRules& rules) {
   try {
-    const auto parsed = ParseCommandLine(words);
+    const auto parsed = ParseCommandLine(words, rules);
     if (const auto* const answer = std::get_if<TextAnswer>(&parsed)) {
       results.Write(answer->text);
       return static_cast<int>(ExitCode::kDone);
@@ -154,8 +154,13 @@ int ReportLoss(const WriteProblem& problem, int code, const ToolStreams& streams
 }  // namespace
 
 int RunTool(const std::vector<std::string>& words, Host& host, const ToolStreams& streams) {
+  return RunTool(words, host, streams, AllCommandRules());
+}
+
+int RunTool(const std::vector<std::string>& words, Host& host, const ToolStreams& streams,
+            const CommandRules& rules) {
   ResultStream results(streams.output);
-  const int code = RunWords(words, host, results, streams);
+  const int code = RunWords(words, host, results, streams, rules);
   return results.Problem() ? ReportLoss(*results.Problem(), code, streams) : code;
 }
 
@@ -169,7 +174,7 @@ void ReportFailure(const std::vector<std::string>& words, const Failure& failure
   try {
     const auto parsed = ParseCommandLine(words);
     if (const auto* const arguments = std::get_if<Arguments>(&parsed)) {
-      command = CommandWords(arguments->command);
+      command = arguments->words;
     }
   } catch (const Failure&) {
     command.clear();

@@ -11,6 +11,8 @@
 
 namespace borvanusb {
 
+struct CommandRule;
+
 // Where a process's texts go.
 struct ToolStreams {
   ResultSink output;
@@ -25,6 +27,9 @@ struct ToolStreams {
 
 // Runs a command line, without the program's name. Returns the exit code.
 int RunTool(const std::vector<std::string>& words, Host& host, const ToolStreams& streams);
+// The same with other commands than the tool's.
+int RunTool(const std::vector<std::string>& words, Host& host, const ToolStreams& streams,
+            const std::vector<CommandRule>& rules);
 
 // The failure of a command that could not end by itself.
 void ReportFailure(const std::vector<std::string>& words, const Failure& failure,

@@ -16,10 +16,6 @@ constexpr std::uint64_t kSectorBytes = 4096;
 constexpr std::size_t kLongestQuote = 256;
 constexpr std::uint64_t kLargestFlash = std::uint64_t{1} << 32U;
 
-static_assert(kBorvanI2cAddress8Data8 == 0 && kBorvanI2cAddress16Data8 == 1 &&
-              kBorvanI2cAddress16Data16 == 2 && kBorvanI2cAddress32Data8 == 3 &&
-              kBorvanI2cAddress32Data16 == 4 && kBorvanI2cAddress32Data32 == 5);
-
 // Small numbers read better in decimal.
 std::string Shown(std::uint64_t number) {
   constexpr std::uint64_t kLargestDecimal = 1000000;
@@ -110,17 +106,6 @@ std::uint64_t FlashSizeValue(const std::string& text) {
     throw WrongValue("is no flash size: a multiple of 4096, such as 512K or 4M, up to 4096M");
   }
   return *size;
-}
-
-std::int32_t WidthModeValue(const std::string& text) {
-  for (std::size_t mode = 0; mode < kWidthModes.size(); ++mode) {
-    if (text == kWidthModes[mode].name || ParseNumber(text) == mode) {
-      return static_cast<std::int32_t>(mode);
-    }
-  }
-  throw WrongValue(
-      "is no width mode: bits of address and data, 8/8, 16/8, 16/16, 32/8, 32/16 or 32/32, or 0 to "
-      "5");
 }
 
 double DecimalValue(const std::string& text, double lowest, double highest) {

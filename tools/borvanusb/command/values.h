@@ -9,7 +9,6 @@
 #include <utility>
 
 #include "base/numbers.h"
-#include "command/arguments.h"
 
 namespace borvanusb {
 
@@ -48,8 +47,6 @@ Range EraseRangeValue(const std::string& text);
 std::string RemarkOnEnd(const std::string& text);
 // A flash size: whole sectors of 4096 bytes, up to 4 GiB.
 std::uint64_t FlashSizeValue(const std::string& text);
-// A width mode by name or number: 0 to 5.
-std::int32_t WidthModeValue(const std::string& text);
 // A decimal number with a point or without, from `lowest` to `highest`.
 double DecimalValue(const std::string& text, double lowest, double highest);
 // A text that is not empty; an empty one is a shell variable that was never set.

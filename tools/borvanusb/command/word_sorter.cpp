@@ -1,9 +1,8 @@
 #include "command/word_sorter.h"
 #include "base/joined.h"
 
-#include <CLI/CLI.hpp>
 #include <algorithm>
-#include <map>
+#include <string_view>
 
 #include "base/failure.h"
 
@@ -15,36 +14,6 @@ constexpr const char* kHint = "borvanusb --help tells more.";
 
 std::string HelpHint(const CommandDescription* command) {
   return command != nullptr ? "borvanusb " + Joined(command->words) + " --help tells more." : kHint;
-}
-
-CLI::Option* AddTo(CLI::App& app, const OptionDescription& option, std::size_t place) {
-  if (option.positional) {
-    // The name that people read may hold brackets, which is no name here.
-    return app.add_option("argument" + std::to_string(place));
-  }
-  if (option.value.empty()) {
-    return app.add_flag(Joined(option.names, ","))->disable_flag_override();
-  }
-  return app.add_option(Joined(option.names, ","))
-      ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll)
-      ->allow_extra_args(false);
-}
-
-std::vector<CLI::Option*> AddAll(CLI::App& app, const std::vector<OptionDescription>& options) {
-  std::vector<CLI::Option*> added;
-  for (std::size_t place = 0; place < options.size(); ++place) {
-    added.push_back(AddTo(app, options[place], place));
-  }
-  return added;
-}
-
-std::vector<std::vector<std::string>> ValuesOf(const std::vector<CLI::Option*>& options) {
-  std::vector<std::vector<std::string>> values;
-  values.reserve(options.size());
-  for (const CLI::Option* const option : options) {
-    values.push_back(option->results());
-  }
-  return values;
 }
 
 const OptionDescription* FindOption(const std::vector<OptionDescription>& options,
@@ -65,8 +34,7 @@ const OptionDescription* FindOption(const ToolDescription& tool, const std::stri
   return option;
 }
 
-// The parser gives the next word to an option that is followed by = and nothing. An option that
-// there isn't is told as such, by what comes later.
+// An option that there isn't is told as such, by what comes later.
 void RefuseEmptyAfterSign(const ToolDescription& tool, const std::vector<std::string>& words) {
   for (const std::string& word : words) {
     if (word == "--") {
@@ -82,40 +50,6 @@ void RefuseEmptyAfterSign(const ToolDescription& tool, const std::vector<std::st
   }
 }
 
-// The parser's complaints name the option first. Options of one name mean other things to other
-// commands, so the command that is given counts.
-[[noreturn]] void Complain(const ToolDescription& tool, const CommandDescription* command,
-                           const std::string& complaint) {
-  std::string name = complaint.substr(0, complaint.find_first_of(": ,="));
-  if (!name.starts_with('-')) {
-    name = "--" + name;
-  }
-  const OptionDescription* option =
-      command != nullptr ? FindOption(command->options, name) : nullptr;
-  if (option == nullptr) {
-    option = FindOption(tool.common, name);
-  }
-  const std::string hint = HelpHint(command);
-  if (option == nullptr) {
-    throw Failure(ExitCode::kUsage, complaint, hint);
-  }
-  const std::string why = option->value.empty()
-                              ? ": takes no value"
-                              : ": " + option->value + " is missing: " + option->text;
-  throw Failure(ExitCode::kUsage, name + why, hint);
-}
-
-// The words of the command that the parser has seen.
-std::vector<std::string> CommandOf(const CLI::App& root) {
-  std::vector<std::string> words;
-  const CLI::App* app = &root;
-  while (!app->get_subcommands().empty()) {
-    app = app->get_subcommands().front();
-    words.push_back(app->get_name());
-  }
-  return words;
-}
-
 const CommandDescription* FindCommand(const ToolDescription& tool,
                                       const std::vector<std::string>& words) {
   const auto command =
@@ -124,51 +58,122 @@ const CommandDescription* FindCommand(const ToolDescription& tool,
   return command != tool.commands.end() ? &*command : nullptr;
 }
 
+// Whether some command begins with these words.
+bool BeginsCommand(const ToolDescription& tool, const std::vector<std::string>& words) {
+  return std::any_of(tool.commands.begin(), tool.commands.end(),
+                     [&](const CommandDescription& command) {
+                       return command.words.size() >= words.size() &&
+                              std::equal(words.begin(), words.end(), command.words.begin());
+                     });
+}
+
+// A number below 0 is an argument, and refused as such.
+bool LooksLikeOption(const std::string& word) {
+  constexpr std::string_view kDigits = "0123456789";
+  return word.size() > 1 && word.front() == '-' && kDigits.find(word[1]) == std::string_view::npos;
+}
+
+class Sorter {
+ public:
+  Sorter(const ToolDescription& tool, const std::vector<std::string>& words)
+      : tool_(tool), words_(words) {
+    sorted_.common.resize(tool.common.size());
+  }
+
+  SortedWords Sort() {
+    bool only_arguments = false;
+    while (next_ < words_.size()) {
+      const std::string& word = words_[next_++];
+      if (!only_arguments && word == "--") {
+        only_arguments = true;
+      } else if (!only_arguments && LooksLikeOption(word)) {
+        TakeOption(word);
+      } else {
+        TakeArgument(word);
+      }
+    }
+    return std::move(sorted_);
+  }
+
+ private:
+  using Values = std::vector<std::string>;
+
+  // Where the values of an option go; null when neither the command nor the tool has it.
+  Values* PlaceOf(const OptionDescription* option) {
+    if (sorted_.described != nullptr) {
+      const auto& own = sorted_.described->options;
+      for (std::size_t i = 0; i < own.size(); ++i) {
+        if (&own[i] == option) {
+          return &sorted_.own[i];
+        }
+      }
+    }
+    return &sorted_.common[static_cast<std::size_t>(option - tool_.common.data())];
+  }
+
+  void TakeOption(const std::string& word) {
+    const std::size_t sign = word.find('=');
+    const std::string name = word.substr(0, sign);
+    const OptionDescription* option =
+        sorted_.described != nullptr ? FindOption(sorted_.described->options, name) : nullptr;
+    option = option != nullptr ? option : FindOption(tool_.common, name);
+    if (option == nullptr || option->positional) {
+      sorted_.strange.push_back(word);
+      return;
+    }
+    const bool is_flag = option->value.empty();
+    if (is_flag && sign != std::string::npos) {
+      throw Failure(ExitCode::kUsage, name + ": takes no value", HelpHint(sorted_.described));
+    }
+    if (!is_flag && sign == std::string::npos && next_ == words_.size()) {
+      throw Failure(ExitCode::kUsage, name + ": " + option->value + " is missing: " + option->text,
+                    HelpHint(sorted_.described));
+    }
+    std::string value;
+    if (sign != std::string::npos) {
+      value = word.substr(sign + 1);
+    } else if (!is_flag) {
+      value = words_[next_++];
+    }
+    PlaceOf(option)->push_back(std::move(value));
+  }
+
+  void TakeArgument(const std::string& word) {
+    if (sorted_.described != nullptr) {
+      const auto& own = sorted_.described->options;
+      for (std::size_t i = 0; i < own.size(); ++i) {
+        if (own[i].positional && sorted_.own[i].empty()) {
+          sorted_.own[i].push_back(word);
+          return;
+        }
+      }
+      sorted_.strange.push_back(word);
+      return;
+    }
+    std::vector<std::string> longer = sorted_.command;
+    longer.push_back(word);
+    if (!sorted_.strange.empty() || !BeginsCommand(tool_, longer)) {
+      sorted_.strange.push_back(word);
+      return;
+    }
+    sorted_.command = std::move(longer);
+    sorted_.described = FindCommand(tool_, sorted_.command);
+    if (sorted_.described != nullptr) {
+      sorted_.own.resize(sorted_.described->options.size());
+    }
+  }
+
+  const ToolDescription& tool_;
+  const std::vector<std::string>& words_;
+  std::size_t next_ = 0;
+  SortedWords sorted_;
+};
+
 }  // namespace
 
 SortedWords SortWords(const ToolDescription& tool, const std::vector<std::string>& words) {
   RefuseEmptyAfterSign(tool, words);
-  CLI::App root;
-  root.set_help_flag();
-  root.allow_windows_style_options(false);
-  root.allow_extras();
-  root.fallthrough();
-  root.require_subcommand(0, 1);
-  const std::vector<CLI::Option*> common = AddAll(root, tool.common);
-  std::vector<std::vector<CLI::Option*>> own;
-  std::map<std::string, CLI::App*> groups;
-  for (const CommandDescription& command : tool.commands) {
-    CLI::App* app = &root;
-    std::string path;
-    for (const std::string& word : command.words) {
-      path += " " + word;
-      CLI::App*& deeper = groups[path];
-      if (deeper == nullptr) {
-        deeper = app->add_subcommand(word)->require_subcommand(0, 1);
-      }
-      app = deeper;
-    }
-    own.push_back(AddAll(*app, command.options));
-  }
-  try {
-    root.parse(std::vector<std::string>(words.rbegin(), words.rend()));
-  } catch (const CLI::ParseError& error) {
-    Complain(tool, FindCommand(tool, CommandOf(root)), error.what());
-  }
-  SortedWords sorted;
-  sorted.command = CommandOf(root);
-  sorted.described = FindCommand(tool, sorted.command);
-  if (sorted.described != nullptr) {
-    sorted.own = ValuesOf(own[static_cast<std::size_t>(sorted.described - tool.commands.data())]);
-  }
-  sorted.common = ValuesOf(common);
-  sorted.strange = root.remaining(true);
-  // The mark that only arguments follow.
-  const auto mark = std::find(sorted.strange.begin(), sorted.strange.end(), "--");
-  if (mark != sorted.strange.end()) {
-    sorted.strange.erase(mark);
-  }
-  return sorted;
+  return Sorter(tool, words).Sort();
 }
 
 }  // namespace borvanusb

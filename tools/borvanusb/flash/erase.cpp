@@ -8,7 +8,9 @@
 #include "base/sha256.h"
 #include "camera/camera_choice.h"
 #include "camera/host.h"
-#include "command/commands.h"
+#include "command/command_rules.h"
+#include "command/context.h"
+#include "command/values.h"
 #include "flash/engine/byte_ranges.h"
 #include "flash/engine/camera_evidence.h"
 #include "flash/engine/flash_end.h"
@@ -17,6 +19,8 @@
 #include "flash/engine/sector_plan.h"
 #include "flash/engine/sector_writer.h"
 #include "flash/engine/work_journal.h"
+#include "flash/erase.h"
+#include "flash/flash_options.h"
 #include "flash/program_names.h"
 #include "flash/report.h"
 #include "output/output.h"
@@ -256,6 +260,20 @@ ExitCode Eraser::Tell() {
 ExitCode Run(const FlashEraseCommand& command, Context& context) {
   RefuseHalfSectors(command.range);
   return Eraser(command, context).Run();
+}
+
+CommandRule FlashEraseRule() {
+  RuleOf<FlashEraseCommand> rule({"flash", "erase"}, "Erases whole sectors of 4096 bytes.");
+  rule.Add(Argument("RANGE", "0x40000+256K, or 0x40000-0x7ffff (both included)"),
+           [](FlashEraseCommand& command, const std::string& text) {
+             command.range = EraseRangeValue(text);
+           });
+  AddFlashSize(rule);
+  rule.AddFlag("--yes", "erase without asking", &FlashEraseCommand::yes);
+  AddBackup(rule, "in this folder");
+  rule.Check(CheckBackup<FlashEraseCommand>);
+  rule.Example("borvanusb flash erase 0x40000+256K");
+  return rule.Take();
 }
 
 }  // namespace borvanusb

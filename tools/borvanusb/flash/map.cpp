@@ -3,10 +3,13 @@
 
 #include "camera/camera_choice.h"
 #include "camera/host.h"
-#include "command/commands.h"
+#include "command/command_rules.h"
+#include "command/context.h"
 #include "flash/engine/byte_ranges.h"
 #include "flash/engine/flash_end.h"
 #include "flash/engine/sector_plan.h"
+#include "flash/flash_options.h"
+#include "flash/map.h"
 #include "flash/report.h"
 #include "output/output.h"
 #include "output/progress.h"
@@ -65,6 +68,21 @@ ExitCode Run(const FlashMapCommand& command, Context& context) {
       {"sector_size", kSectorSize},    {"used", ToJson(used)},           {"blank", ToJson(blank)},
       {"used_bytes", TotalSize(used)}, {"blank_bytes", TotalSize(blank)}};
   return ExitCode::kDone;
+}
+
+CommandRule FlashMapRule() {
+  RuleOf<FlashMapCommand> rule({"flash", "map"},
+                               "Draws which sectors are used and which are blank.");
+  rule.Add(Optional(Argument("RANGE", "0+512K, or 0-0x7ffff (both included), or all (default)")),
+           [](FlashMapCommand& command, const std::string& text) {
+             if (text != kWholeFlash) {
+               command.range = RangeBesideAll(text);
+               command.range_remark = RangeRemark(text);
+             }
+           });
+  AddFlashSize(rule);
+  rule.Example("borvanusb flash map --flash-size 1M");
+  return rule.Take();
 }
 
 }  // namespace borvanusb

@@ -1,4 +1,8 @@
-#include "command/commands.h"
+#include "flash/program.h"
+#include "command/command_rules.h"
+#include "command/context.h"
+#include "command/values.h"
+#include "flash/flash_options.h"
 #include "flash/program_several.h"
 #include "flash/programmer.h"
 
@@ -9,6 +13,67 @@ ExitCode Run(const FlashProgramCommand& command, Context& context) {
     return ProgramSeveral(command, context);
   }
   return FlashProgrammer(command, context).Run();
+}
+
+namespace {
+
+void CheckProgram(const FlashProgramCommand& command, const GivenOptions& given) {
+  CheckBackup(command, given);
+  const bool backup_named = given.Has("--backup");
+  if (command.all && given.Has("--camera")) {
+    throw WrongUse("--all: means every camera, --camera only some: give one of the two");
+  }
+  if (backup_named && (command.all || given.Count("--camera") > 1)) {
+    throw WrongUse(
+        "--backup: one file can't hold the backups of several cameras; leave it out for "
+        "files named after the cameras");
+  }
+  if (given.Has("--journal") && (command.all || given.Count("--camera") > 1)) {
+    throw WrongUse("--journal: a journal belongs to one camera; program that one by itself");
+  }
+  if (command.restore_on_failure && command.dry_run) {
+    throw WrongUse("--restore-on-failure: a dry run changes nothing that could be restored");
+  }
+  if (command.restore_on_failure && !command.backup) {
+    throw WrongUse("--restore-on-failure: needs the backup, which --no-backup leaves out");
+  }
+  if (command.dry_run && !command.verify) {
+    throw WrongUse("--no-verify: a dry run verifies nothing");
+  }
+  AskForAddress(command.image, given);
+}
+
+}  // namespace
+
+CommandRule FlashProgramRule() {
+  RuleOf<FlashProgramCommand> rule({"flash", "program"},
+                                   "Programs an image, then reads it back to compare.");
+  AddImage(rule);
+  AddImageAddress(rule);
+  AddFlashSize(rule);
+  rule.AddFlag("--dry-run", "tell what would be done, and change nothing",
+               &FlashProgramCommand::dry_run);
+  rule.Add(Flag("--no-verify", "don't read back"),
+           [](FlashProgramCommand& command, const std::string&) { command.verify = false; });
+  AddBackup(rule, "beside IMAGE");
+  rule.AddFlag("--restore-on-failure", "put the backup back when it fails",
+               &FlashProgramCommand::restore_on_failure);
+  rule.AddFlag("--force", "program a file that does not look like firmware",
+               &FlashProgramCommand::force);
+  rule.Add(File(Option("--report", "FILE", "write what was done as JSON")),
+           [](FlashProgramCommand& command, const std::string& text) {
+             command.report = FileValue(text);
+           });
+  rule.Add(
+      File(Option("--journal", "FILE", "the journal that counts, or none, where that is asked")),
+      [](FlashProgramCommand& command, const std::string& text) {
+        command.journal = FileValue(text);
+      });
+  rule.AddFlag("--all", "every camera there is, at the same time", &FlashProgramCommand::all);
+  rule.Check(CheckProgram);
+  rule.Details("Exactly the image's bytes change; the old ones are saved first.");
+  rule.Example("borvanusb flash program firmware.bin --address 0x40000");
+  return rule.Take();
 }
 
 }  // namespace borvanusb

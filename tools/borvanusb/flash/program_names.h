@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "camera/camera.h"
-#include "command/arguments.h"
+#include "flash/program.h"
 
 namespace borvanusb {
 

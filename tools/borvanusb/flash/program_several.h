@@ -1,8 +1,8 @@
 #pragma once
 
 #include "base/exit_code.h"
-#include "command/arguments.h"
 #include "command/context.h"
+#include "flash/program.h"
 
 namespace borvanusb {
 

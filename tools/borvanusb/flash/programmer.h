@@ -8,7 +8,6 @@
 
 #include "base/failure.h"
 #include "camera/host.h"
-#include "command/arguments.h"
 #include "command/context.h"
 #include "flash/engine/image.h"
 #include "flash/engine/journal_store.h"
@@ -17,6 +16,7 @@
 #include "flash/engine/sector_writer.h"
 #include "flash/engine/work_journal.h"
 #include "flash/engine/work_state.h"
+#include "flash/program.h"
 #include "flash/report.h"
 
 namespace borvanusb {

@@ -4,8 +4,12 @@
 #include "base/sha256.h"
 #include "camera/camera_choice.h"
 #include "camera/host.h"
-#include "command/commands.h"
+#include "command/command_rules.h"
+#include "command/context.h"
+#include "command/values.h"
 #include "flash/engine/flash_end.h"
+#include "flash/flash_options.h"
+#include "flash/read.h"
 #include "flash/report.h"
 #include "flash/text_dump.h"
 #include "output/output.h"
@@ -54,6 +58,25 @@ ExitCode Run(const FlashReadCommand& command, Context& context) {
                     {"form", as_text ? "text" : "raw"},
                     {"sha256", digest}};
   return ExitCode::kDone;
+}
+
+CommandRule FlashReadRule() {
+  RuleOf<FlashReadCommand> rule({"flash", "read"}, "Reads flash into a file.");
+  rule.Add(Argument("RANGE", "0x1000+4K, or 0x1000-0x1fff (both included), or all"),
+           [](FlashReadCommand& command, const std::string& text) {
+             command.whole = text == kWholeFlash;
+             if (!command.whole) {
+               command.range = RangeBesideAll(text);
+               command.range_remark = RangeRemark(text);
+             }
+           });
+  rule.Add(
+      File(Argument("FILE", "raw bytes, or a text dump for a name that ends in .txt")),
+      [](FlashReadCommand& command, const std::string& text) { command.file = FileValue(text); });
+  AddFlashSize(rule);
+  rule.Example("borvanusb flash read 0+1M backup.bin");
+  rule.Example("borvanusb flash read all backup.bin");
+  return rule.Take();
 }
 
 }  // namespace borvanusb

@@ -6,12 +6,16 @@
 #include "base/files.h"
 #include "camera/camera_choice.h"
 #include "camera/host.h"
-#include "command/commands.h"
+#include "command/command_rules.h"
+#include "command/context.h"
+#include "command/values.h"
 #include "flash/engine/byte_ranges.h"
 #include "flash/engine/flash_end.h"
 #include "flash/engine/image.h"
 #include "flash/engine/image_format.h"
+#include "flash/flash_options.h"
 #include "flash/report.h"
+#include "flash/verify.h"
 #include "output/output.h"
 #include "output/progress.h"
 
@@ -99,6 +103,23 @@ ExitCode Run(const FlashVerifyCommand& command, Context& context) {
                       ", the image " + Hex(image.bytes[offset], 2));
   context.output.Line("ranges     " + RangesText(wrong));
   return ExitCode::kVerify;
+}
+
+CommandRule FlashVerifyRule() {
+  RuleOf<FlashVerifyCommand> rule({"flash", "verify"}, "Compares the flash with an image.");
+  AddImage(rule);
+  AddImageAddress(rule);
+  AddFlashSize(rule);
+  rule.Add(
+      File(Option("--diff", "FILE", "write the differences: CSV for .csv, else JSON")),
+      [](FlashVerifyCommand& command, const std::string& text) { command.diff = FileValue(text); });
+  rule.AddFlag("--force", "compare a file that does not look like firmware",
+               &FlashVerifyCommand::force);
+  rule.Check([](const FlashVerifyCommand& command, const GivenOptions& given) {
+    AskForAddress(command.image, given);
+  });
+  rule.Example("borvanusb flash verify firmware.bin --address 0x40000");
+  return rule.Take();
 }
 
 }  // namespace borvanusb

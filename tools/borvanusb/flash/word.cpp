@@ -8,14 +8,18 @@
 #include "base/sha256.h"
 #include "camera/camera_choice.h"
 #include "camera/host.h"
-#include "command/commands.h"
+#include "command/command_rules.h"
+#include "command/context.h"
+#include "command/values.h"
 #include "flash/engine/camera_evidence.h"
 #include "flash/engine/flash_end.h"
 #include "flash/engine/recovery.h"
 #include "flash/engine/safeguard.h"
 #include "flash/engine/sector_plan.h"
 #include "flash/engine/work_journal.h"
+#include "flash/flash_options.h"
 #include "flash/report.h"
+#include "flash/word.h"
 #include "output/output.h"
 
 namespace borvanusb {
@@ -190,6 +194,34 @@ ExitCode Run(const FlashWordCommand& command, Context& context) {
   context.result["value"] = word;
   context.output.Line(Hex(command.address) + ": " + WordText(word));
   return ExitCode::kDone;
+}
+
+namespace {
+
+void CheckWord(const FlashWordCommand& command, const GivenOptions& given) {
+  CheckBackup(command, given);
+  if (!command.value && (given.Has("--backup") || !command.backup)) {
+    throw WrongUse("VALUE: is missing; reading a word needs no backup");
+  }
+}
+
+}  // namespace
+
+CommandRule FlashWordRule() {
+  RuleOf<FlashWordCommand> rule({"flash", "word"}, "Reads or writes four bytes of the flash.");
+  rule.Add(Argument("ADDR", "flash address of the first byte"),
+           [](FlashWordCommand& command, const std::string& text) {
+             command.address = AddressValue(text);
+           });
+  rule.Add(
+      Optional(Argument("VALUE", "what to write, the first byte highest")),
+      [](FlashWordCommand& command, const std::string& text) { command.value = WordValue(text); });
+  AddFlashSize(rule);
+  rule.AddFlag("--yes", "write without asking", &FlashWordCommand::yes);
+  AddBackup(rule, "in this folder");
+  rule.Check(CheckWord);
+  rule.Example("borvanusb flash word 0x40000");
+  return rule.Take();
 }
 
 }  // namespace borvanusb

@@ -2,10 +2,14 @@
 
 #include "base/files.h"
 #include "command/camera_work.h"
-#include "command/commands.h"
+#include "command/command_rules.h"
+#include "command/context.h"
+#include "i2c/dump.h"
 #include "i2c/i2c_list.h"
+#include "i2c/i2c_options.h"
 #include "i2c/width_modes.h"
 #include "output/output.h"
+#include "registers/register_options.h"
 
 namespace borvanusb {
 
@@ -53,6 +57,20 @@ ExitCode Run(const I2cDumpCommand& command, Context& context) {
                         " of slave " + Hex(target.slave, 2) + " in " + command.file);
   }
   return ExitCode::kDone;
+}
+
+CommandRule I2cDumpRule() {
+  RuleOf<I2cDumpCommand> rule({"i2c", "dump"}, "Writes I2C registers as a list that loads again.");
+  AddRange(rule, "RANGE");
+  AddDumpFile(rule);
+  AddSlave(rule, true);
+  AddMode(rule);
+  AddOption(rule);
+  rule.Check([](const I2cDumpCommand& command, const GivenOptions&) {
+    CheckI2cAddress("RANGE", command.range.last, command.i2c);
+  });
+  rule.Example("borvanusb i2c dump 0x3000-0x30ff sensor.txt --slave 0x6c");
+  return rule.Take();
 }
 
 }  // namespace borvanusb

@@ -1,11 +1,18 @@
 #pragma once
 
+#include <cstdint>
+#include <nlohmann/json_fwd.hpp>
 #include <string>
 
+#include "camera/camera.h"
 #include "command/command_rules.h"
 #include "command/values.h"
+#include "i2c/bus_options.h"
 
 namespace borvanusb {
+
+// A width mode by name or number: 0 to 5. Throws WrongValue.
+std::int32_t WidthModeValue(const std::string& text);
 
 // The options that tell how to speak to a device on the I2C bus, for commands with a member `i2c`.
 
@@ -37,5 +44,11 @@ void AddOption(RuleOf<C>& rule) {
 
 // Throws WrongUse when an address is too big for the width mode.
 void CheckI2cAddress(const std::string& name, std::uint32_t address, const I2cOptions& i2c);
+
+// The device that --slave, --mode and --option name. Throws Failure kUsage without --slave.
+I2cTarget TargetOf(const I2cOptions& options);
+
+// {"slave", "mode", "option"}, the mode by its name.
+nlohmann::ordered_json TargetJson(const I2cTarget& target);
 
 }  // namespace borvanusb

@@ -3,13 +3,17 @@
 #include "base/failure.h"
 #include "base/files.h"
 #include "command/camera_work.h"
-#include "command/commands.h"
+#include "command/command_rules.h"
+#include "command/context.h"
 #include "i2c/i2c_list.h"
+#include "i2c/i2c_options.h"
+#include "i2c/load.h"
 #include "i2c/width_modes.h"
 #include "output/output.h"
 #include "output/progress.h"
 #include "registers/list_problems.h"
 #include "registers/list_verify.h"
+#include "registers/register_options.h"
 
 namespace borvanusb {
 
@@ -39,7 +43,7 @@ void CheckDevice(const I2cLoadCommand& command, const CheckedI2cList& checked, C
                       " opens with 0xfff8, which chooses another width "
                       "than " +
                       std::string(WidthModeOf(command.i2c.mode).name),
-                  "Take the lines 0xfff8 and 0xfffe out, or leave --mode away.");
+                  "Take the lines 0xfff8 and 0xfffe out, or leave --mode out.");
   }
   if (command.i2c.slave && checked.slave && *command.i2c.slave != *checked.slave) {
     context.output.Note("note: " + command.file + " names its device itself, slave " +
@@ -101,6 +105,21 @@ ExitCode Run(const I2cLoadCommand& command, Context& context) {
       ReadBackI2c(WrittenByI2cList(entries, opening), command.i2c.option, *camera.camera, context);
   context.output.Line(written + ReadBackText(read_back));
   return ReportReadBack("i2c load", command.file, read_back, context);
+}
+
+CommandRule I2cLoadRule() {
+  RuleOf<I2cLoadCommand> rule({"i2c", "load"}, "Writes the registers of an I2C list.");
+  AddList(rule);
+  AddSlave(rule, false);
+  AddMode(rule);
+  AddOption(rule);
+  rule.Check([](const I2cLoadCommand& command, const GivenOptions& given) {
+    CheckCheckOnly(command, given);
+    CheckVerify(command);
+  });
+  rule.Details("--slave and --mode serve a list that does not open with its own.");
+  rule.Example("borvanusb i2c load sensor.txt --check-only");
+  return rule.Take();
 }
 
 }  // namespace borvanusb

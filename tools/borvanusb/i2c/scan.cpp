@@ -3,10 +3,15 @@
 
 #include "base/failure.h"
 #include "command/camera_work.h"
-#include "command/commands.h"
+#include "command/command_rules.h"
+#include "command/context.h"
+#include "command/values.h"
+#include "i2c/i2c_options.h"
+#include "i2c/scan.h"
 #include "i2c/width_modes.h"
 #include "output/output.h"
 #include "output/progress.h"
+#include "registers/register_options.h"
 
 namespace borvanusb {
 
@@ -136,6 +141,30 @@ ExitCode Run(const I2cScanCommand& command, Context& context) {
       {"first", command.slaves.first}, {"last", command.slaves.last}, {"mode", mode.name},
       {"option", command.i2c.option},  {"address", command.address},  {"answers", std::move(list)}};
   return ExitCode::kDone;
+}
+
+CommandRule I2cScanRule() {
+  RuleOf<I2cScanCommand> rule({"i2c", "scan"}, "Finds the devices that answer on the I2C bus.");
+  rule.Add(Option("--slaves", "RANGE", "which addresses to ask, default 0-255"),
+           [](I2cScanCommand& command, const std::string& text) {
+             const Range slaves = RangeValue(text);
+             if (slaves.last > HighestOf(kByteBits)) {
+               throw WrongValue("is not allowed: device addresses go from 0 to 255");
+             }
+             command.slaves = slaves;
+           });
+  rule.Add(Option("--address", "A", "register that is read from each, default 0"),
+           [](I2cScanCommand& command, const std::string& text) {
+             command.address = AddressValue(text);
+           });
+  AddMode(rule);
+  AddOption(rule);
+  rule.AddFlag("--yes", "don't ask first; reading can upset some devices", &I2cScanCommand::yes);
+  rule.Check([](const I2cScanCommand& command, const GivenOptions&) {
+    CheckI2cAddress("--address", command.address, command.i2c);
+  });
+  rule.Example("borvanusb i2c scan --slaves 0x20-0x7f --yes");
+  return rule.Take();
 }
 
 }  // namespace borvanusb

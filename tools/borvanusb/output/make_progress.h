@@ -5,7 +5,7 @@
 #include <memory>
 #include <string_view>
 
-#include "command/arguments.h"
+#include "base/common_arguments.h"
 #include "output/progress.h"
 
 namespace borvanusb {

@@ -3,11 +3,15 @@
 #include "base/failure.h"
 #include "base/files.h"
 #include "command/camera_work.h"
-#include "command/commands.h"
+#include "command/command_rules.h"
+#include "command/context.h"
+#include "command/values.h"
 #include "output/output.h"
+#include "registers/diff.h"
 #include "registers/list_problems.h"
 #include "registers/register_diff.h"
 #include "registers/register_list.h"
+#include "registers/register_options.h"
 
 namespace borvanusb {
 
@@ -101,6 +105,26 @@ ExitCode Run(const RegDiffCommand& command, Context& context) {
                     {"equal", differences.empty()},
                     {"differences", std::move(list)}};
   return differences.empty() ? ExitCode::kDone : ExitCode::kVerify;
+}
+
+CommandRule RegDiffRule() {
+  RuleOf<RegDiffCommand> rule({"reg", "diff"}, "Shows where two register lists differ.");
+  rule.Add(
+      File(Argument("A", "a list, or the word camera for what the camera holds now")),
+      [](RegDiffCommand& command, const std::string& text) { command.left = FileValue(text); });
+  rule.Add(
+      File(Argument("B", "the other one, likewise")),
+      [](RegDiffCommand& command, const std::string& text) { command.right = FileValue(text); });
+  rule.Check([](const RegDiffCommand& command, const GivenOptions& given) {
+    if (command.left == "camera" && command.right == "camera") {
+      throw WrongUse("B: camera is given twice; one of the two must be a list");
+    }
+    if (command.left != "camera" && command.right != "camera") {
+      RefuseCamera(given, "two lists, which are compared without a camera");
+    }
+  });
+  rule.Example("borvanusb reg diff registers.txt camera");
+  return rule.Take();
 }
 
 }  // namespace borvanusb

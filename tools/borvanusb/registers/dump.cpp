@@ -3,9 +3,12 @@
 #include "base/failure.h"
 #include "base/files.h"
 #include "command/camera_work.h"
-#include "command/commands.h"
+#include "command/command_rules.h"
+#include "command/context.h"
 #include "output/output.h"
+#include "registers/dump.h"
 #include "registers/register_list.h"
+#include "registers/register_options.h"
 #include "registers/register_read.h"
 
 namespace borvanusb {
@@ -74,6 +77,15 @@ ExitCode Run(const RegDumpCommand& command, Context& context) {
     context.result["registers"] = ValuesJson(command.range, read.values);
   }
   return ExitCode::kDone;
+}
+
+CommandRule RegDumpRule() {
+  RuleOf<RegDumpCommand> rule({"reg", "dump"}, "Writes registers as a list that loads again.");
+  AddRange(rule, "RANGE");
+  AddDumpFile(rule);
+  rule.AddFlag("--wide", "registers of 32 bits instead of 8", &RegDumpCommand::wide);
+  rule.Example("borvanusb reg dump 0x1000-0x10ff registers.txt");
+  return rule.Take();
 }
 
 }  // namespace borvanusb

@@ -3,11 +3,15 @@
 #include "base/failure.h"
 #include "base/files.h"
 #include "command/camera_work.h"
-#include "command/commands.h"
+#include "command/command_rules.h"
+#include "command/context.h"
+#include "command/values.h"
 #include "output/output.h"
 #include "registers/list_problems.h"
 #include "registers/list_verify.h"
+#include "registers/load.h"
 #include "registers/register_list.h"
+#include "registers/register_options.h"
 
 namespace borvanusb {
 
@@ -55,6 +59,35 @@ ExitCode Run(const RegLoadCommand& command, Context& context) {
       *camera.camera, context);
   context.output.Line(written + ReadBackText(read_back));
   return ReportReadBack("reg load", command.file, read_back, context);
+}
+
+namespace {
+
+ListMarkers MarkersValue(const std::string& text) {
+  return ChoiceValue(text, {"delays", "page"}) == 0 ? ListMarkers::kDelays : ListMarkers::kPage;
+}
+
+}  // namespace
+
+CommandRule RegLoadRule() {
+  RuleOf<RegLoadCommand> rule({"reg", "load"}, "Writes the registers of a list.");
+  AddList(rule);
+  rule.Add(Choices(Option("--markers", "WHAT",
+                          "what the chip takes 0xfffd and 0xfffe for: delays or page, the upper "
+                          "half of the addresses; for --verify"),
+                   {"delays", "page"}),
+           [](RegLoadCommand& command, const std::string& text) {
+             command.markers = MarkersValue(text);
+           });
+  rule.Check([](const RegLoadCommand& command, const GivenOptions& given) {
+    CheckCheckOnly(command, given);
+    CheckVerify(command);
+    if (command.markers && !command.verify) {
+      throw WrongUse("--markers: says what --verify reads back, which is not given");
+    }
+  });
+  rule.Example("borvanusb reg load registers.txt --verify");
+  return rule.Take();
 }
 
 }  // namespace borvanusb

@@ -6,10 +6,14 @@
 #include "base/failure.h"
 #include "camera/camera_choice.h"
 #include "command/camera_work.h"
-#include "command/commands.h"
+#include "command/command_rules.h"
+#include "command/context.h"
+#include "command/values.h"
 #include "flash/engine/transfer_count.h"
+#include "i2c/i2c_options.h"
 #include "output/output.h"
 #include "output/progress.h"
+#include "station/bench.h"
 #include "station/statistics.h"
 
 namespace borvanusb {
@@ -203,6 +207,24 @@ ExitCode Run(const BenchCommand& command, Context& context) {
                     {"selectors", std::move(selectors)}};
   Estimate(list, context);
   return ExitCode::kDone;
+}
+
+CommandRule BenchRule() {
+  RuleOf<BenchCommand> rule({"bench"}, "Measures how fast the camera answers.");
+  rule.Add(Option("--rounds", "N", "transfers of each kind, 1 to 1000000, default 200"),
+           [](BenchCommand& command, const std::string& text) {
+             command.rounds = NumberValue(text, 1, 1000000);
+           });
+  AddSlave(rule, false);
+  AddMode(rule);
+  rule.Check([](const BenchCommand& command, const GivenOptions& given) {
+    if (given.Has("--mode") && !command.i2c.slave) {
+      throw WrongUse("--mode: says how to speak to a sensor; --slave must say to which");
+    }
+  });
+  rule.Details("Gives transfers a second, and how long programming 1 MiB would take.");
+  rule.Example("borvanusb bench --rounds 1000 --slave 0x6c");
+  return rule.Take();
 }
 
 }  // namespace borvanusb

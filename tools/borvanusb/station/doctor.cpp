@@ -3,9 +3,11 @@
 #include "base/failure.h"
 #include "camera/camera_choice.h"
 #include "command/camera_work.h"
-#include "command/commands.h"
+#include "command/command_rules.h"
+#include "command/context.h"
 #include "output/output.h"
 #include "station/diagnosis.h"
+#include "station/doctor.h"
 
 namespace borvanusb {
 
@@ -146,6 +148,14 @@ ExitCode Run(const DoctorCommand& /*command*/, Context& context) {
     TellOutcome(context, "doctor", diagnosis.cause);
   }
   return diagnosis.code;
+}
+
+CommandRule DoctorRule() {
+  RuleOf<DoctorCommand> rule({"doctor"}, "Tells why a camera is not found, for a bug report.");
+  rule.Refuse("--camera", "which examines all cameras");
+  rule.Refuse("--progress", kNoProgress);
+  rule.Example("borvanusb doctor > report.txt");
+  return rule.Take();
 }
 
 }  // namespace borvanusb

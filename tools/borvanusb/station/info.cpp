@@ -3,8 +3,11 @@
 #include "camera/camera_choice.h"
 #include "camera/host.h"
 #include "command/camera_work.h"
-#include "command/commands.h"
+#include "command/command_rules.h"
+#include "command/context.h"
+#include "command/values.h"
 #include "output/output.h"
+#include "station/info.h"
 #include "station/info_flash_size.h"
 
 namespace borvanusb {
@@ -45,6 +48,17 @@ ExitCode Run(const InfoCommand& command, Context& context) {
   TellFeatures(features, context);
   TellFlashSize(*camera, command.flash_size, context);
   return ExitCode::kDone;
+}
+
+CommandRule InfoRule() {
+  RuleOf<InfoCommand> rule({"info"}, "Tells identity, vendor unit and flash size of a camera.");
+  rule.Add(Option("--flash-size", "SIZE", "size of the flash where it can't be told, such as 1M"),
+           [](InfoCommand& command, const std::string& text) {
+             command.flash_size = FlashSizeValue(text);
+           });
+  rule.Refuse("--progress", kNoProgress);
+  rule.Example("borvanusb info --camera 1234:0001");
+  return rule.Take();
 }
 
 }  // namespace borvanusb

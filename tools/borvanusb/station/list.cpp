@@ -6,9 +6,11 @@
 #include "base/failure.h"
 #include "camera/camera_choice.h"
 #include "command/camera_work.h"
-#include "command/commands.h"
+#include "command/command_rules.h"
+#include "command/context.h"
 #include "output/output.h"
 #include "output/printable.h"
+#include "station/list.h"
 
 namespace borvanusb {
 
@@ -96,6 +98,17 @@ ExitCode Run(const ListCommand& command, Context& context) {
   }
   context.result = {{"cameras", std::move(list)}};
   return ExitCode::kDone;
+}
+
+CommandRule ListRule() {
+  RuleOf<ListCommand> rule({"list"}, "Lists the cameras with index, name, vid:pid and path.");
+  rule.AddFlag("--watch", "go on and report cameras that come and go, until Ctrl-C",
+               &ListCommand::watch);
+  rule.Refuse("--camera", "which lists all cameras");
+  rule.Refuse("--progress", kNoProgress);
+  rule.Refuse("--trace", "which makes no transfers");
+  rule.Example("borvanusb list");
+  return rule.Take();
 }
 
 }  // namespace borvanusb

@@ -3,8 +3,10 @@
 #include "base/failure.h"
 #include "base/files.h"
 #include "command/command_line.h"
-#include "command/commands.h"
-#include "command/dispatch.h"
+#include "command/command_rules.h"
+#include "command/context.h"
+#include "command/values.h"
+#include "station/run.h"
 #include "station/script.h"
 
 namespace borvanusb {
@@ -29,7 +31,21 @@ std::vector<Arguments> ReadLine(const std::string& line) {
 ExitCode Run(const RunCommand& command, Context& context) {
   const std::vector<ScriptLine> lines =
       ReadScript(command.file, ReadWholeText(command.file), ReadLine, context);
-  return RunScript(command.file, lines, command.keep_going, Dispatch, context);
+  return RunScript(
+      command.file, lines, command.keep_going,
+      [](const Command& line, Context& of_line) { return line.Run(of_line); }, context);
+}
+
+CommandRule RunRule() {
+  RuleOf<RunCommand> rule({"run"}, "Runs a script: commands as written here, one a line.");
+  rule.Add(File(Argument("FILE", "the script; # opens a remark, \"quotes\" hold blanks")),
+           [](RunCommand& command, const std::string& text) { command.file = FileValue(text); });
+  rule.AddFlag("--keep-going", "run the other lines too when one fails", &RunCommand::keep_going);
+  rule.Details(
+      "Words stand between blanks, and neither borvanusb nor a shell is part of a line. All lines "
+      "are checked before the first one runs.");
+  rule.Example("borvanusb run settings.txt");
+  return rule.Take();
 }
 
 }  // namespace borvanusb

@@ -12,6 +12,7 @@
 #include "output/output.h"
 #include "output/progress.h"
 #include "registers/list_problems.h"
+#include "station/run.h"
 
 namespace borvanusb {
 
@@ -58,7 +59,7 @@ void CheckLineOptions(const Arguments& arguments) {
                     "Give it to borvanusb run itself.");
     }
   }
-  if (std::holds_alternative<RunCommand>(arguments.command)) {
+  if (ValuesOf<RunCommand>(*arguments.command) != nullptr) {
     throw Failure(ExitCode::kUsage, "a script can't run another one",
                   "Put the lines of the other one here.");
   }
@@ -79,7 +80,7 @@ ExitCode RunLine(const ScriptLine& line, const CommandRunner& run, Context& oute
   }
   Context context{common, outer.host, outer.output, outer.progress, result};
   try {
-    const ExitCode code = run(line.arguments.command, context);
+    const ExitCode code = run(*line.arguments.command, context);
     if (code == ExitCode::kDone && outer.host.StopRequested()) {
       // The line ended as it should, but the user wants no further one.
       throw Failure(ExitCode::kStopped, "stopped by the user");

@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "base/exit_code.h"
-#include "command/arguments.h"
+#include "command/command.h"
 #include "command/context.h"
 
 namespace borvanusb {
@@ -21,7 +21,7 @@ struct ScriptLine {
 
 // Reads one line's arguments; nothing for a line without a command. Throws Failure kUsage.
 using LineReader = std::function<std::vector<Arguments>(const std::string& line)>;
-// Runs a command, as Dispatch does.
+// Runs a command, as Command::Run does.
 using CommandRunner = std::function<ExitCode(const Command&, Context&)>;
 
 // Reads a whole script. Tells every line that can't be run on standard error and throws Failure:

@@ -4,9 +4,12 @@
 #include "base/failure.h"
 #include "camera/camera_choice.h"
 #include "command/camera_work.h"
-#include "command/commands.h"
+#include "command/command_rules.h"
+#include "command/context.h"
+#include "i2c/i2c_options.h"
 #include "output/output.h"
 #include "output/progress.h"
+#include "station/selftest.h"
 #include "station/selftest_checks.h"
 
 namespace borvanusb {
@@ -104,6 +107,22 @@ ExitCode Run(const SelftestCommand& command, Context& context) {
     TellOutcome(context, "selftest", Count(count(Verdict::kFail), "test") + " failed");
   }
   return worst;
+}
+
+CommandRule SelftestRule() {
+  RuleOf<SelftestCommand> rule({"selftest"}, "Tries all that can be tried and changes nothing.");
+  AddSlave(rule, false);
+  AddMode(rule);
+  rule.Check([](const SelftestCommand& command, const GivenOptions& given) {
+    if (given.Has("--mode") && !command.i2c.slave) {
+      throw WrongUse("--mode: says how to speak to a sensor; --slave must say to which");
+    }
+  });
+  rule.Details(
+      "Prints a table of what passed, failed and was skipped. The exit status is that of the worst "
+      "failure. With --slave the sensor is tried too.");
+  rule.Example("borvanusb selftest --slave 0x6c --mode 16/8");
+  return rule.Take();
 }
 
 }  // namespace borvanusb

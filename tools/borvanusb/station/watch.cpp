@@ -4,10 +4,14 @@
 
 #include "base/failure.h"
 #include "command/camera_work.h"
-#include "command/commands.h"
+#include "command/command_rules.h"
+#include "command/context.h"
+#include "command/values.h"
+#include "i2c/i2c_options.h"
 #include "i2c/width_modes.h"
 #include "output/output.h"
 #include "station/growing_file.h"
+#include "station/watch.h"
 
 namespace borvanusb {
 
@@ -174,6 +178,62 @@ class Watcher {
 ExitCode Run(const WatchCommand& command, Context& context) {
   Watcher(command, context).Run();
   return ExitCode::kDone;
+}
+
+namespace {
+
+void CheckWatch(const WatchCommand& command, const GivenOptions& given) {
+  if (command.registers.empty() && command.i2c_registers.empty()) {
+    throw WrongUse("watch: what to watch is missing: --reg RANGE, --i2c RANGE or both");
+  }
+  if (command.registers.empty() && command.wide) {
+    throw WrongUse("--wide: is for the chip's registers; --reg must say which");
+  }
+  if (!command.i2c_registers.empty() && !command.i2c.slave) {
+    throw WrongUse("--i2c: needs --slave N, the device's address on the bus, 0 to 255");
+  }
+  for (const char* const option : {"--slave", "--mode", "--option"}) {
+    if (command.i2c_registers.empty() && given.Has(option)) {
+      throw WrongUse(std::string(option) + ": is for registers over I2C; --i2c must say which");
+    }
+  }
+  for (const Range& range : command.i2c_registers) {
+    CheckI2cAddress("--i2c", range.last, command.i2c);
+  }
+}
+
+}  // namespace
+
+CommandRule WatchRule() {
+  RuleOf<WatchCommand> rule({"watch"}, "Polls registers and shows what changes.");
+  rule.Add(Repeated(Option("--reg", "RANGE", "registers of the chip; may be given several times")),
+           [](WatchCommand& command, const std::string& text) {
+             command.registers.push_back(RangeValue(text));
+           });
+  rule.AddFlag("--wide", "--reg means registers of 32 bits", &WatchCommand::wide);
+  rule.Add(Repeated(Option("--i2c", "RANGE", "registers of an I2C device; likewise")),
+           [](WatchCommand& command, const std::string& text) {
+             command.i2c_registers.push_back(RangeValue(text));
+           });
+  AddSlave(rule, false);
+  AddMode(rule);
+  AddOption(rule);
+  rule.Add(Option("--rate", "N", "polls a second, 0.1 to 1000, default 2"),
+           [](WatchCommand& command, const std::string& text) {
+             command.rate = DecimalValue(text, 0.1, 1000);
+           });
+  rule.Add(Option("--count", "N", "stop after so many polls"),
+           [](WatchCommand& command, const std::string& text) {
+             command.count = NumberValue(text, 1, kHighestNumber);
+           });
+  rule.Add(
+      File(Option("--csv", "FILE", "write what is shown to a file, too: first values and changes")),
+      [](WatchCommand& command, const std::string& text) { command.csv = FileValue(text); });
+  rule.Check(CheckWatch);
+  rule.Refuse("--progress", kNoProgress);
+  rule.Details("Goes on until Ctrl-C, or for --count polls.");
+  rule.Example("borvanusb watch --reg 0x1a3 --i2c 0x3500-0x3502 --slave 0x6c --rate 10");
+  return rule.Take();
 }
 
 }  // namespace borvanusb

@@ -5,7 +5,7 @@
 
 namespace borvanusb {
 
-// What `doctor` tells of this machine. Initialises COM on the calling thread.
+// What `doctor` reports about this machine. Initialises COM on the calling thread.
 SystemReport ExamineWindows(const LoadedLibrary& library);
 
 }  // namespace borvanusb

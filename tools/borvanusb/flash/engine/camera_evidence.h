@@ -10,7 +10,7 @@
 
 namespace borvanusb {
 
-// Whether a flash is the one that a journal tells of. A camera without a serial number has another
+// Whether a flash is the one that a journal belongs to. A camera without a serial number has another
 // path at another port, and cameras of one kind share their firmware: content tells more than a
 // path.
 

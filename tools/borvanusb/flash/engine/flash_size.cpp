@@ -17,7 +17,7 @@ constexpr std::uint64_t kLargest = std::uint64_t{64} << 20U;
 constexpr std::uint32_t kWordSize = 4;
 constexpr std::uint32_t kBlankWord = 0xFFFFFFFF;
 
-// How thoroughly is looked.
+// How many words are read.
 struct Effort {
   std::size_t words;        // distinctive words that are compared at each size
   std::size_t least_words;  // fewer tell nothing
@@ -173,7 +173,7 @@ bool SilentFrom(Camera& camera, std::uint64_t size) {
   return true;
 }
 
-// A word that failed to be read shows as 0, so what seems silent is looked at twice.
+// A word that failed to be read shows as 0, so what seems silent is read twice.
 bool IsSilentSector(Camera& camera, std::uint64_t sector) {
   const auto is_silent = [&] { return AllZero(camera, sector, kSectorSize, kWordsPerSector); };
   const bool at_first = is_silent();

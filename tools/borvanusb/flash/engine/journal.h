@@ -11,7 +11,7 @@
 
 namespace borvanusb {
 
-// What must outlast a process that is cut off while it changes flash. A journal tells of one change
+// What must outlast a process that is cut off while it changes flash. A journal describes one change
 // that was begun and has not come to its end: where, with which camera, where the old bytes are.
 
 // A sector that a change fills in part, from right before its erase until it was read back: for

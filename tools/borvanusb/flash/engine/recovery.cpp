@@ -137,16 +137,14 @@ class Judge {
 
   // The sector can have been left so by the cut.
   void TakeHarmed(const Entry& entry, bool same_path) {
-    if (request_.choice == kNoJournal) {
-      Misplace(entry, same_path);
-      return;
-    }
+    // "None" answers what was asked: where nothing is in doubt the journal counts all the same.
+    const bool none = request_.choice == kNoJournal;
     const SameCamera identity = Identity(entry.journal);
     const std::uint32_t address = entry.journal.open_sector->address;
     const bool is_covered = Covers(request_.named, SectorAt(address));
-    if (identity == SameCamera::kYes || (identity == SameCamera::kUnknown && same_path)) {
+    if (identity == SameCamera::kYes || (identity == SameCamera::kUnknown && same_path && !none)) {
       candidates_[address].push_back(entry);
-    } else if (is_covered) {
+    } else if (none || is_covered) {
       Misplace(entry, same_path);
     } else if (same_path) {
       Ask(entry, "the rest of this flash is not as that camera's");
@@ -184,7 +182,17 @@ class Judge {
   }
 
   void PutBack(std::uint32_t address, const std::vector<Entry>& entries) {
+    const Entry* const rival = RivalIn(entries);
+    if (rival != nullptr && request_.choice == kNoJournal) {
+      for (const Entry& entry : entries) {
+        Misplace(entry, entry.journal.camera == request_.camera);
+      }
+      return;
+    }
     const Entry& entry = Best(entries);
+    if (rival != nullptr) {
+      Ask(entry, rival->file + " may be this camera's as well");
+    }
     const Range sector = SectorAt(address);
     const std::vector<std::uint8_t>& original = entry.journal.open_sector->original;
     std::ranges::copy(original, recovery_.truth.begin() + (address - request_.sectors.address));
@@ -197,8 +205,7 @@ class Judge {
                               Text(sector) + " come from " + entry.file);
   }
 
-  // The one that is sure; the camera of two journals with different bytes is anybody's guess,
-  // unless one of the two has lost its place.
+  // The one that is of this place, or the first of those that have a place.
   const Entry& Best(const std::vector<Entry>& entries) const {
     const Entry* best = &entries.front();
     for (const Entry& entry : entries) {
@@ -208,15 +215,19 @@ class Judge {
         best = &entry;
       }
     }
-    for (const Entry& entry : entries) {
-      const bool differs =
-          entry.journal.open_sector->original != best->journal.open_sector->original;
-      const bool rivals = best->journal.camera.empty() || !entry.journal.camera.empty();
-      if (&entry != best && differs && rivals) {
-        Ask(*best, entry.file + " may be this camera's as well");
-      }
-    }
     return *best;
+  }
+
+  // One with other bytes than the best; which of two journals is the camera's is anybody's guess
+  // then, unless one of the two has lost its place.
+  const Entry* RivalIn(const std::vector<Entry>& entries) const {
+    const Entry& best = Best(entries);
+    const auto rival = std::ranges::find_if(entries, [&](const Entry& entry) {
+      return &entry != &best &&
+             entry.journal.open_sector->original != best.journal.open_sector->original &&
+             (best.journal.camera.empty() || !entry.journal.camera.empty());
+    });
+    return rival != entries.end() ? &*rival : nullptr;
   }
 
   bool IsSameWork(const Journal& journal) const {
@@ -319,12 +330,12 @@ class Judge {
 
   [[noreturn]] static void Ask(const Entry& entry, const std::string& why) {
     throw Failure(ExitCode::kFile,
-                  entry.file + " tells of " + WorkText(entry.journal) +
-                      ", and whether with this camera is not clear: " + why,
+                  entry.file + " belongs to " + WorkText(entry.journal) +
+                      ", and it is not clear whether that was with this camera: " + why,
                   "If it was this camera, and nothing was programmed there since, add --journal " +
                       entry.file + ": the bytes beside the image come from it.\n" +
-                      "Otherwise add --journal none: the flash's bytes stay, and so does the "
-                      "journal.");
+                      "Otherwise add --journal none: the sector keeps the bytes it holds, and the "
+                      "journal stays.");
   }
 
   const RecoveryRequest& request_;

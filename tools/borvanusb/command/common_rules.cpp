@@ -1,65 +1,10 @@
-// Commands about cameras as a whole, and the options of every command.
+// The options of every command.
 #include <cmath>
 
 #include "command/command_rules.h"
 #include "command/values.h"
-#include "i2c/i2c_options.h"
 
 namespace borvanusb {
-
-namespace {
-
-CommandRule ListRule() {
-  RuleOf<ListCommand> rule({"list"}, "Lists the cameras with index, name, vid:pid and path.");
-  rule.AddFlag("--watch", "go on and report cameras that come and go, until Ctrl-C",
-               &ListCommand::watch);
-  rule.Refuse("--camera", "which lists all cameras");
-  rule.Refuse("--progress", kNoProgress);
-  rule.Refuse("--trace", "which makes no transfers");
-  rule.Example("borvanusb list");
-  return rule.Take();
-}
-
-CommandRule InfoRule() {
-  RuleOf<InfoCommand> rule({"info"}, "Tells identity, vendor unit and flash size of a camera.");
-  rule.Add(Option("--flash-size", "SIZE", "size of the flash where it can't be told, such as 1M"),
-           [](InfoCommand& command, const std::string& text) {
-             command.flash_size = FlashSizeValue(text);
-           });
-  rule.Refuse("--progress", kNoProgress);
-  rule.Example("borvanusb info --camera 1234:0001");
-  return rule.Take();
-}
-
-CommandRule DoctorRule() {
-  RuleOf<DoctorCommand> rule({"doctor"}, "Tells why a camera is not found, for a bug report.");
-  rule.Refuse("--camera", "which examines all cameras");
-  rule.Refuse("--progress", kNoProgress);
-  rule.Example("borvanusb doctor > report.txt");
-  return rule.Take();
-}
-
-CommandRule SelftestRule() {
-  RuleOf<SelftestCommand> rule({"selftest"}, "Tries all that can be tried and changes nothing.");
-  AddSlave(rule, false);
-  AddMode(rule);
-  rule.Check([](const SelftestCommand& command, const GivenOptions& given) {
-    if (given.Has("--mode") && !command.i2c.slave) {
-      throw WrongUse("--mode: says how to speak to a sensor; --slave must say to which");
-    }
-  });
-  rule.Details(
-      "Prints a table of what passed, failed and was skipped. The exit status is that of the worst "
-      "failure. With --slave the sensor is tried too.");
-  rule.Example("borvanusb selftest --slave 0x6c --mode 16/8");
-  return rule.Take();
-}
-
-}  // namespace
-
-CommandRules CameraRules() {
-  return Grouped({ListRule(), InfoRule(), SelftestRule(), DoctorRule()}, "Cameras");
-}
 
 CommonRules MakeCommonRules() {
   CommonRules rules;
@@ -74,7 +19,7 @@ CommonRules MakeCommonRules() {
       [](CommonArguments& common, const std::string& text) {
         common.cameras.push_back(CameraValue(text));
       });
-  add(Option("--timeout", "SECONDS", "give up when nothing moves for so long, default 10"),
+  add(Option("--timeout", "SECONDS", "give up after so long without progress, default 10"),
       [](CommonArguments& common, const std::string& text) {
         constexpr double kMilliseconds = 1000;
         common.timeout =

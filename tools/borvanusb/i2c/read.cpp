@@ -1,12 +1,16 @@
-// i2c read, i2c write
+// i2c read
 
 #include <nlohmann/json.hpp>
 
 #include "command/camera_work.h"
-#include "command/commands.h"
+#include "command/command_rules.h"
+#include "command/context.h"
+#include "i2c/i2c_options.h"
+#include "i2c/read.h"
 #include "i2c/width_modes.h"
 #include "output/output.h"
 #include "registers/masked_write.h"
+#include "registers/register_options.h"
 
 namespace borvanusb {
 
@@ -27,24 +31,17 @@ ExitCode Run(const I2cReadCommand& command, Context& context) {
   return ExitCode::kDone;
 }
 
-ExitCode Run(const I2cWriteCommand& command, Context& context) {
-  const I2cTarget target = TargetOf(command.i2c);
-  const WidthMode& mode = WidthModeOf(target.mode);
-  const RegisterWrite write{
-      command.address,
-      command.value,
-      command.mask,
-      command.verify,
-      "slave " + Hex(target.slave, 2) + ", register " + Hex(command.address, mode.address_digits),
-      mode.address_digits,
-      mode.value_digits};
-  CheckMask(write);
-  const ReservedCamera camera = ReserveChosenCamera(context);
-  context.result = TargetJson(target);
-  WriteMasked(
-      write, [&] { return camera->ReadI2c(target, command.address); },
-      [&](std::uint32_t value) { camera->WriteI2c(target, command.address, value); }, context);
-  return ExitCode::kDone;
+CommandRule I2cReadRule() {
+  RuleOf<I2cReadCommand> rule({"i2c", "read"}, "Reads registers of a device on the I2C bus.");
+  AddRange(rule, "ADDR[-END]");
+  AddSlave(rule, true);
+  AddMode(rule);
+  AddOption(rule);
+  rule.Check([](const I2cReadCommand& command, const GivenOptions&) {
+    CheckI2cAddress("ADDR[-END]", command.range.last, command.i2c);
+  });
+  rule.Example("borvanusb i2c read 0x300a-0x300b --slave 0x6c");
+  return rule.Take();
 }
 
 }  // namespace borvanusb

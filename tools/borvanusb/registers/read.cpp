@@ -1,12 +1,15 @@
-// reg read, reg write
+// reg read
 
 #include <nlohmann/json.hpp>
 
 #include "base/failure.h"
 #include "command/camera_work.h"
-#include "command/commands.h"
+#include "command/command_rules.h"
+#include "command/context.h"
 #include "output/output.h"
 #include "registers/masked_write.h"
+#include "registers/read.h"
+#include "registers/register_options.h"
 #include "registers/register_read.h"
 
 namespace borvanusb {
@@ -34,22 +37,12 @@ ExitCode Run(const RegReadCommand& command, Context& context) {
   return ExitCode::kDone;
 }
 
-ExitCode Run(const RegWriteCommand& command, Context& context) {
-  const RegisterWidth width = command.wide ? RegisterWidth::kWide : RegisterWidth::kByte;
-  const RegisterWrite write{command.address,
-                            command.value,
-                            command.mask,
-                            command.verify,
-                            "register " + Hex(command.address, kAddressDigits),
-                            kAddressDigits,
-                            ValueDigits(command.wide)};
-  CheckMask(write);
-  const ReservedCamera camera = ReserveChosenCamera(context);
-  context.result = {{"wide", command.wide}};
-  WriteMasked(
-      write, [&] { return camera->ReadRegister(command.address, width); },
-      [&](std::uint32_t value) { camera->WriteRegister(command.address, value, width); }, context);
-  return ExitCode::kDone;
+CommandRule RegReadRule() {
+  RuleOf<RegReadCommand> rule({"reg", "read"}, "Reads registers of the camera's chip.");
+  AddRange(rule, "ADDR[-END]");
+  rule.AddFlag("--wide", "registers of 32 bits instead of 8", &RegReadCommand::wide);
+  rule.Example("borvanusb reg read 0x1a3");
+  return rule.Take();
 }
 
 }  // namespace borvanusb

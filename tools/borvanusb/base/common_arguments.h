@@ -1,0 +1,23 @@
+#pragma once
+
+#include <chrono>
+#include <string>
+#include <vector>
+
+namespace borvanusb {
+
+// What every command takes. File names and texts are UTF-8.
+
+enum class ProgressMode { kAuto, kBar, kLines, kJson, kNone };
+
+struct CommonArguments {
+  std::vector<std::string> cameras;  // --camera, as given
+  bool json = false;
+  bool quiet = false;
+  bool verbose = false;
+  std::chrono::milliseconds timeout{10000};  // nothing moved for that long: give up
+  std::string trace;                         // file for the transfers of virtual cameras
+  ProgressMode progress = ProgressMode::kAuto;
+};
+
+}  // namespace borvanusb

@@ -1,0 +1,20 @@
+#pragma once
+
+#include <string_view>
+
+#include "command/command_rules.h"
+
+namespace borvanusb {
+
+// Commands that print a text which the tool has in itself.
+template <typename C>
+void RefuseAllOfCameras(RuleOf<C>& rule) {
+  constexpr std::string_view kNoCamera = "which uses no camera";
+  rule.Refuse("--camera", kNoCamera);
+  rule.Refuse("--timeout", kNoCamera);
+  rule.Refuse("--trace", kNoCamera);
+  rule.Refuse("--progress", kNoProgress);
+  rule.Refuse("--verbose", kNoCamera);
+}
+
+}  // namespace borvanusb

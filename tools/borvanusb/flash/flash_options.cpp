@@ -1,0 +1,39 @@
+#include "flash/flash_options.h"
+
+#include <utility>
+#include <vector>
+
+#include "flash/name_address.h"
+
+namespace borvanusb {
+
+Range RangeBesideAll(const std::string& text) {
+  try {
+    return FlashRangeValue(text);
+  } catch (const WrongValue& wrong) {
+    throw WrongValue(wrong.what() + std::string("; all means the whole flash"));
+  }
+}
+
+std::string RangeRemark(const std::string& text) {
+  const std::string remark = RemarkOnEnd(text);
+  return remark.empty() ? remark : text + " " + remark;
+}
+
+void AskForAddress(const std::string& image, const GivenOptions& given) {
+  const std::vector<std::uint32_t> addresses = AddressesInName(image);
+  if (given.Has("--address") || addresses.empty()) {
+    return;
+  }
+  std::string shown;
+  std::vector<WrongUse::Way> ways;
+  for (const std::uint32_t address : addresses) {
+    shown += (shown.empty() ? "" : " and ") + Hex(address);
+    ways.push_back({"If it belongs to " + Hex(address), {"--address", Hex(address)}});
+  }
+  ways.push_back({"If it belongs to the beginning of the flash", {"--address", "0"}});
+  throw WrongUse("--address: is missing, but the name of " + Quoted(image) + " carries " + shown,
+                 std::move(ways));
+}
+
+}  // namespace borvanusb

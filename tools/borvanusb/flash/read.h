@@ -1,0 +1,27 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+
+#include "base/exit_code.h"
+#include "base/numbers.h"
+
+namespace borvanusb {
+
+struct CommandRule;
+struct Context;
+
+struct FlashReadCommand {
+  Range range;
+  std::string file;
+  std::optional<std::uint64_t> flash_size = std::nullopt;
+  bool whole = false;             // all of the flash; `range` is not used then
+  std::string range_remark = {};  // what the user should know of the range; mostly empty
+};
+
+ExitCode Run(const FlashReadCommand& command, Context& context);
+
+CommandRule FlashReadRule();
+
+}  // namespace borvanusb

@@ -1,0 +1,25 @@
+#pragma once
+
+#include <cstdint>
+
+#include "base/exit_code.h"
+#include "base/numbers.h"
+#include "i2c/bus_options.h"
+
+namespace borvanusb {
+
+struct CommandRule;
+struct Context;
+
+struct I2cScanCommand {
+  I2cOptions i2c;
+  Range slaves{0, 255};
+  std::uint32_t address = 0;  // the register that is read from each
+  bool yes = false;
+};
+
+ExitCode Run(const I2cScanCommand& command, Context& context);
+
+CommandRule I2cScanRule();
+
+}  // namespace borvanusb

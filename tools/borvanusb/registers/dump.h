@@ -1,0 +1,23 @@
+#pragma once
+
+#include <string>
+
+#include "base/exit_code.h"
+#include "base/numbers.h"
+
+namespace borvanusb {
+
+struct CommandRule;
+struct Context;
+
+struct RegDumpCommand {
+  Range range;
+  std::string file;  // empty: standard output
+  bool wide = false;
+};
+
+ExitCode Run(const RegDumpCommand& command, Context& context);
+
+CommandRule RegDumpRule();
+
+}  // namespace borvanusb

@@ -1,0 +1,73 @@
+#pragma once
+
+// The arguments and options that commands on registers share, of the chip or over I2C.
+
+#include <string>
+#include <utility>
+
+#include "command/command_rules.h"
+#include "command/values.h"
+
+namespace borvanusb {
+
+constexpr int kByteBits = 8;
+constexpr const char* kRangeText = "0x1a3, or several: 0x1000-0x10ff, 0x1000+256";
+constexpr const char* kMaskText = "change only the bits that are 1 in M; reads first";
+constexpr const char* kVerifyText = "read back and compare";
+constexpr const char* kDumpFileText = "file to write, as a list; else standard output";
+constexpr const char* kVerifyListText = "read every register back and compare";
+constexpr const char* kCheckText = "check the list and write nothing";
+
+// Options that name a camera or its transfers, where a command line needs no camera.
+void RefuseCamera(const GivenOptions& given, const std::string& why);
+
+template <typename C>
+void AddRange(RuleOf<C>& rule, std::string name) {
+  rule.Add(Argument(std::move(name), kRangeText),
+           [](C& command, const std::string& text) { command.range = RangeValue(text); });
+}
+
+template <typename C>
+void AddDumpFile(RuleOf<C>& rule) {
+  rule.Add(File(Optional(Argument("FILE", kDumpFileText))),
+           [](C& command, const std::string& text) { command.file = FileValue(text); });
+}
+
+template <typename C>
+void AddList(RuleOf<C>& rule) {
+  rule.Add(File(Argument("FILE", "the list; it is checked as a whole first")),
+           [](C& command, const std::string& text) { command.file = FileValue(text); });
+  rule.AddFlag("--check-only", kCheckText, &C::check_only);
+  rule.AddFlag("--verify", kVerifyListText, &C::verify);
+}
+
+template <typename C>
+void CheckVerify(const C& command) {
+  if (command.verify && command.check_only) {
+    throw WrongUse("--verify: reads back what was written, and --check-only writes nothing");
+  }
+}
+
+template <typename C>
+void CheckCheckOnly(const C& command, const GivenOptions& given) {
+  if (command.check_only) {
+    RefuseCamera(given, "--check-only, which uses no camera");
+  }
+}
+
+template <typename C>
+void AddAddressAndValue(RuleOf<C>& rule) {
+  rule.Add(Argument("ADDR", "the register's address"),
+           [](C& command, const std::string& text) { command.address = AddressValue(text); });
+  rule.Add(Argument("VALUE", "what to write"),
+           [](C& command, const std::string& text) { command.value = WordValue(text); });
+}
+
+template <typename C>
+void AddMaskAndVerify(RuleOf<C>& rule) {
+  rule.Add(Option("--mask", "M", kMaskText),
+           [](C& command, const std::string& text) { command.mask = WordValue(text); });
+  rule.AddFlag("--verify", kVerifyText, &C::verify);
+}
+
+}  // namespace borvanusb

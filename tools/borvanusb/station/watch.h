@@ -1,0 +1,31 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "base/exit_code.h"
+#include "base/numbers.h"
+#include "i2c/bus_options.h"
+
+namespace borvanusb {
+
+struct CommandRule;
+struct Context;
+
+struct WatchCommand {
+  std::vector<Range> registers;
+  std::vector<Range> i2c_registers;
+  I2cOptions i2c;
+  bool wide = false;
+  double rate = 2;                     // polls a second
+  std::optional<std::uint64_t> count;  // polls; without it until Ctrl-C
+  std::string csv;
+};
+
+ExitCode Run(const WatchCommand& command, Context& context);
+
+CommandRule WatchRule();
+
+}  // namespace borvanusb
