@@ -96,8 +96,8 @@ class Host {
 
   virtual SystemReport ExamineSystem() = 0;
 
-  // What --verbose reports about the work so far, in lines: the library, the cameras that were opened,
-  // the calls that were made.
+  // What --verbose reports about the work so far, in lines: the library, the cameras that were
+  // opened, the calls that were made.
   virtual std::vector<std::string> Details() const { return {}; }
 
   // Runs this program several times at once, with these arguments, and returns the exit codes.
