@@ -188,10 +188,12 @@ class Draws:
             if not (command.verify and command.may_be_asked):
                 kind = "kill"
             where = 0
+        # Few commands write all sectors that they name: small numbers are more likely.
+        part = self.chance.random() ** 2
         if command.may_be_asked and where < 0.5:
-            return Cut(kind, packet, self.chance.randint(1, 70 * sectors), self.chance.random() / 50)
+            return Cut(kind, packet, 1 + int(part * 70 * sectors), self.chance.random() / 50)
         if where < 0.75:
             # Among them the erases and the last words.
             return Cut(kind, {"direction": "set", "selector": 3}, self.chance.randint(1, 8 + sectors),
                        self.chance.random() / 50)
-        return Cut(kind, {}, self.chance.randint(1, 600 * sectors), self.chance.random() / 50)
+        return Cut(kind, {}, 1 + int(part * 700 * sectors), self.chance.random() / 50)

@@ -65,6 +65,7 @@ class Sequence(station.ToolTest):  # pylint: disable=too-many-instance-attribute
         self.backups = {}
         self.places = {}  # of the backups, where known
         self.owners = {}  # modules by journal
+        self.looked_alike = False
 
     def play(self):
         """Runs the commands; raises Lost."""
@@ -252,8 +253,9 @@ class Sequence(station.ToolTest):  # pylint: disable=too-many-instance-attribute
 
     def note_backup(self, path, content, module, before):
         """A new backup holds bytes that were in the flash, or belonged there."""
-        if match := re.search(r"-backup-1234-0001-[0-9a-f]{8}-(0x[0-9a-f]{8})-", path.name):
-            self.places[path] = int(match[1], 0)
+        # A backup that is written back has a name of this form itself.
+        if match := re.findall(r"-backup-1234-0001-[0-9a-f]{8}-(0x[0-9a-f]{8})-", path.name):
+            self.places[path] = int(match[-1], 0)
         self.backups[path] = content
         self.figures[BACKUPS] += 1
         address = self.places.get(path)
@@ -274,6 +276,9 @@ class Sequence(station.ToolTest):  # pylint: disable=too-many-instance-attribute
         problem, alike = run.judge([journal for journal in journals
                                     if self.owners[journal.file] is run.module])
         self.figures[ALIKE] += alike
+        if alike:
+            self.looked_alike = True
+            self.log.append(f"  {alike} bytes from the journal of a module that looks alike")
         if problem:
             raise Lost(problem)
         left = {journal.file for journal in journals}
@@ -311,6 +316,9 @@ def run_sequences(options):
                   flush=True)
         finally:
             sequence.doCleanups()
+        if sequence.looked_alike:
+            print(f"seed {seed}: a module looked like another one\n" + "\n".join(sequence.log),
+                  flush=True)
         if figures[SEQUENCES] % 20 == 0:
             print(f"{figures[SEQUENCES]} of {options.count} sequences, {violations} lost something",
                   flush=True)
