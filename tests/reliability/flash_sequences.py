@@ -29,6 +29,8 @@ from flash_model import FLASH, Journal, Run
 from station import SECTOR, camera
 
 PORTS = [r"\\?\usb#vid_1234&pid_0001#port1", r"\\?\usb#vid_1234&pid_0001#port2"]
+# Seconds: no command takes longer, however busy the machine is.
+LONGEST = 600
 
 # The figures.
 SEQUENCES = "sequences"
@@ -166,8 +168,13 @@ class Sequence(station.ToolTest):  # pylint: disable=too-many-instance-attribute
     def run_command(self, module, port, command, cut):
         """Runs the tool. Returns its exit code, -1 if it was killed, and what it said."""
         timeout = str(TIMEOUT_SECONDS) if cut and cut.kind == "stall" else "60"
-        process = self.start(*command.arguments, "--camera", PORTS[port], "--progress", "none",
-                             "--timeout", timeout, cwd=command.folder)
+        said = self.folder / "said.txt"
+        # Not through a pipe: a service of Wine that the tool starts may hold it open.
+        with said.open("wb") as error:
+            process = subprocess.Popen(  # pylint: disable=consider-using-with
+                [*self.command(), *command.arguments, "--camera", PORTS[port], "--progress", "none",
+                 "--timeout", timeout], env=self.environment, cwd=command.folder,
+                stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL, stderr=error)
         killed = False
         if cut and cut.waits and self.await_transfer(module, process, cut):
             if cut.kind != "kill":
@@ -178,18 +185,18 @@ class Sequence(station.ToolTest):  # pylint: disable=too-many-instance-attribute
                 killed = process.poll() is None
                 process.kill()
         try:
-            outcome = self.finish(process)
+            code = process.wait(LONGEST)
         except subprocess.TimeoutExpired as error:
             process.kill()
-            process.communicate()
+            process.wait()
             raise Lost("the tool did not end") from error
-        return -1 if killed else outcome.code, outcome.err
+        return -1 if killed else code, said.read_text(encoding="utf-8", errors="replace")
 
     def await_transfer(self, module, process, cut):
         """Waits until the trace shows the transfer; False when the process ends before."""
         trace = self.folder / f"{module.name}.trace"
         count = read = 0
-        limit = time.monotonic() + station.LONGEST
+        limit = time.monotonic() + LONGEST
         while process.poll() is None and time.monotonic() < limit:
             if trace.exists():
                 with trace.open("rb") as file:
