@@ -4,16 +4,16 @@
 # in build/reliability. Parts whose script this tree does not have are left out, and said so.
 # Usage: reliability.sh [--seconds N] [--count N] [--fresh] [PART…]
 #   --seconds N  for each fuzz target (600)
-#   --count N    power cuts, mutants (200)
+#   --count N    power cuts, sequences, mutants (200)
 #   --fresh      forgets what was done
-#   PART         fuzz, sanitize, mutate, coverage, races, cuts or starts; all of them if none is named
+#   PART         fuzz, sanitize, mutate, coverage, races, cuts, sequences or starts; all of them if none is named
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
 seconds=600
 count=200
 fresh=
-all=(fuzz sanitize mutate coverage races cuts starts)
+all=(fuzz sanitize mutate coverage races cuts sequences starts)
 parts=()
 
 number() {
@@ -68,6 +68,7 @@ choose_command() {
     coverage) command=(scripts/coverage.sh) ;;
     races) command=(scripts/endure.sh) ;;
     cuts) command=(tests/reliability/power_cuts.py --count "$count") ;;
+    sequences) command=(tests/reliability/flash_sequences.py --count "$count") ;;
     starts) command=(tests/reliability/wine_starts.py) ;;
   esac
   script=${command[0]}
