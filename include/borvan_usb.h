@@ -24,8 +24,9 @@
 //   The array of UsbGetAllDeviceInfo stays allocated; see there.
 // Waiting: the single accesses return when their transfers are done. The six functions that start
 //   a job return at once; the job runs on a thread of its own until it ends by itself. Nothing
-//   stops a job and nothing waits for one, neither UsbIniDevice nor UsbDestroyUSB, nor the end of
-//   the process, which simply kills it in the middle. To know how a job went, poll GetProgressInfo.
+//   stops a job and neither UsbIniDevice nor UsbDestroyUSB waits for one, nor the end of the
+//   process, which simply kills it in the middle. borvan_wait_for_job waits and returns how it
+//   went.
 // Results: a function that returns bool returns true when its operation's 32-bit result is not
 //   negative, false when it is negative or no instance exists. The code itself is told for jobs
 //   only, by GetProgressInfo.
@@ -35,23 +36,20 @@
 //   borvan_select_device does the same and returns instead. The functions that start a job throw
 //   std::system_error if no thread can be created. Every function throws std::bad_alloc if memory
 //   runs out. What a host sees of a C++ exception depends on its compiler:
-//   - C++, GCC for mingw-w64 as the library: the exception, which the host catches by its type.
-//     Uncaught, it ends the program with exit code 3.
-//   - C, the same compiler: C has no means to catch it. It ends the program with exit code 3.
+//   - C++, GCC for mingw-w64 as the library: the exception, to be caught by its type. C, the same
+//     compiler: nothing can catch it. Uncaught, it ends the program with exit code 3.
 //   - C or C++ in the ABI of Microsoft's compiler (MSVC, clang-cl): a structured exception with the
 //     code kBorvanExceptionCode. __try and __except take it and the program goes on; `catch` does
 //     not see it. Read the code in the filter expression, by GetExceptionCode(). The message can't
 //     be read. Each exception taken this way leaves less than 200 bytes allocated. Uncaught, it
 //     ends the program with kBorvanExceptionCode as the exit code.
-//   - Other languages: what their runtime makes of such a structured exception, in .NET a
-//     System.Runtime.InteropServices.SEHException.
+//   - Other languages: such a structured exception, in .NET an SEHException.
 //
 // This header compiles alone as C11 and as C++.
 #pragma once
 
 // The header is C as much as C++, and must not follow advice for C++ alone.
 // NOLINTBEGIN(modernize-deprecated-headers, modernize-use-nullptr, modernize-use-using)
-// NOLINTBEGIN(cppcoreguidelines-pro-type-cstyle-cast)
 #include <assert.h>
 #include <stddef.h>
 #include <stdint.h>
@@ -88,14 +86,16 @@ static const uint32_t kBorvanSystemFail = 0x80004005u;         // E_FAIL
 static const uint32_t kBorvanSystemOutOfMemory = 0x8007000Eu;  // E_OUTOFMEMORY
 static const uint32_t kBorvanSystemInvalidData = 0x8007000Du;  // an impossible length was reported
 
+// What borvan_wait_for_job returns when it did not see the job's end.
+static const uint32_t kBorvanWaitTimeLimit = 0xE0001001u;  // the job may still be running
+static const uint32_t kBorvanWaitEndMissed = 0xE0001002u;  // its report was cleared: read back
+
 // The code of the structured exception as which a host in the ABI of Microsoft's compiler sees an
 // exception of the library.
 static const uint32_t kBorvanExceptionCode = 0x20474343u;
 
-// The text of one of the library's own failures.
-//   status  a status code, such as the high half of GetProgressInfo
-// Returns a constant text, never to be freed; NULL for every status outside 0xE0000001 to
-// 0xE000000B (ask FormatMessage about those).
+// The text of a status: the library's own failures and what borvan_wait_for_job returns.
+// Returns a constant text, never to be freed; NULL for others (ask FormatMessage about those).
 static inline const char* borvan_status_message(uint32_t status) {
   static const char* const messages[] = {
       "Flash failed to erase",
@@ -110,6 +110,10 @@ static inline const char* borvan_status_message(uint32_t status) {
       "File name error or file error",
       "File format failed",
   };
+  if (status == kBorvanWaitTimeLimit || status == kBorvanWaitEndMissed) {
+    return status == kBorvanWaitTimeLimit ? "The job did not end within the time limit"
+                                          : "The job's last report was cleared before it was read";
+  }
   if (status < kBorvanFlashEraseFailed || status > kBorvanFileFormatFailed) {
     return NULL;
   }
@@ -143,8 +147,10 @@ static_assert(offsetof(UsbDeviceInfo, product_id) == 244, "the product ID stands
 //   field  120 bytes: UsbDeviceInfo's path or name
 //   text   room for 121 bytes; receives the text and its terminating zero
 static inline void borvan_copy_text(const char* field, char* text) {
-  const char* const end = (const char*)memchr(field, 0, kBorvanTextFieldSize);
-  const size_t length = end != NULL ? (size_t)(end - field) : (size_t)kBorvanTextFieldSize;
+  size_t length = 0;
+  while (length < kBorvanTextFieldSize && field[length] != '\0') {
+    ++length;
+  }
   memcpy(text, field, length);
   text[length] = '\0';
 }
@@ -187,12 +193,14 @@ enum { kBorvanProgressStatusShift = 32 };
 
 // The percentage, 0 to 100; 0 beside every status but 0.
 static inline int32_t borvan_progress_percent(uint64_t progress) {
-  return (int32_t)(uint32_t)(progress & kBorvanProgressPercentMask);
+  int32_t percent = 0;
+  memcpy(&percent, &progress, sizeof percent);  // the low half comes first on every x86-64
+  return percent;
 }
 
 // The status: 0, negative for a failure, positive as kBorvanProgressNotice says.
 static inline int32_t borvan_progress_status(uint64_t progress) {
-  return (int32_t)(uint32_t)(progress >> kBorvanProgressStatusShift);
+  return borvan_progress_percent(progress >> kBorvanProgressStatusShift);
 }
 
 // What a value of GetProgressInfo says.
@@ -471,30 +479,21 @@ bool UsbI2CWriteFile(const char* file_name, uint32_t option);
 
 // The progress that was reported last: status in the high 32 bits, percentage in the low 32 bits.
 // Read it with borvan_progress_state, borvan_progress_status and borvan_progress_percent.
-// Any thread may call it; 0 without an instance.
-//
-// What to know before polling:
+// Any thread may call it; 0 without an instance. To wait for a job, call borvan_wait_for_job of
+// borvan_wait_for_job.h, which this header includes. It handles what a loop of polls must know:
 // - Starting a job resets nothing: until its first report the value is what the former job left,
-//   its failure or its 100 included.
+//   its failure or its 100 included. A failure stays until another report.
 // - Three seconds after a 100 the value is set to 0 whatever it says by then, so a former job's
-//   clearing can wipe the end of the next one. For the same reason a poller that sleeps longer than
-//   three seconds can miss the 100.
-// - UsbIniDevice and UsbSelectDevice before a job give it a progress that nothing else touches.
-// Each
-//   instance that is replaced keeps its camera open until the process ends, with one handle or
-//   more: do so for some jobs, not for hundreds.
-// - A program that runs many jobs keeps one instance. Before each job it calls
-//   UsbFlashWriteFile("", 0), which fails at once without a transfer and reports kBorvanFileError.
-//   While the value stays so, the job has reported nothing, or can't use its file; 0 says that a
-//   report was cleared; anything else is the job's own. A job that reads has ended well when its
-//   file has its whole size and is closed. A job that writes and whose end was cleared: read back.
-// - A job that writes a file reports 100 before it writes it.
-// - A dump's percentage counts past 100 near the end, which shows as status 1: no failure.
-// - A failure's percentage is 0, and it stays until another report.
+//   clearing can wipe the end of the next one, and a poller that sleeps longer can miss the 100.
+// - Jobs with lists and runs of registers report nothing but their end. A dump's percentage goes
+//   past 100 near the end (status 1, no failure). Below eight bytes it is 100 before a failure.
+// - UsbIniDevice and UsbSelectDevice before a job give it a progress that nothing else touches. An
+//   instance that is replaced keeps its camera open until the process ends: do so seldom.
 uint64_t GetProgressInfo(void);
 
 #ifdef __cplusplus
 }  // extern "C"
 #endif
-// NOLINTEND(cppcoreguidelines-pro-type-cstyle-cast)
+
+#include "borvan_wait_for_job.h"
 // NOLINTEND(modernize-deprecated-headers, modernize-use-nullptr, modernize-use-using)

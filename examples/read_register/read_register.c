@@ -1,95 +1,45 @@
-// Reads one register of a camera's chip. See --help.
+// Reads a register of a camera's chip and prints its value:
+//
+//   read_register ADDRESS CAMERA [wide]
+//
+// ADDRESS is decimal or has 0x in front, CAMERA is the camera's index (0: the first). With "wide"
+// the register has 32 bits, otherwise 8.
+#include <borvan_usb.h>
 #include <stdio.h>
 #include <stdlib.h>
 #include <string.h>
 
-#include "borvan_usb.h"
+// 3 is what GCC's runtime ends a program with that an exception of the library leaves.
+enum { kWrongArguments = 1, kNoCamera = 4, kCameraNotOpened = 5 };
 
-enum ExitCode {
-  kValuePrinted = 0,
-  kWrongArguments = 1,
-  kNoCamera = 2,
-  // 3 stays free: with it the C runtime ends a program that a C++ exception leaves.
-  kCameraNotOpened = 4,
-  kNoAnswer = 5,
-};
-
-static const char kHelp[] =
-    "Reads one register of a camera's chip.\n"
-    "\n"
-    "usage: read_register ADDRESS [--wide] [--camera N]\n"
-    "\n"
-    "  ADDRESS     the register's address, decimal or with 0x\n"
-    "  --wide      read 32 bits instead of 8\n"
-    "  --camera N  the camera's index; 0 when left out\n"
-    "\n"
-    "exit codes\n"
-    "  0  the value was printed\n"
-    "  1  wrong arguments\n"
-    "  2  no such camera\n"
-    "  3  the library threw an exception, such as out of memory\n"
-    "  4  the camera can't be opened\n"
-    "  5  the camera did not answer\n";
-
-// Reads a whole text as a number, decimal or with 0x; complains and ends the program otherwise.
-static uint32_t NumberOf(const char* what, const char* text, uint32_t highest) {
-  const int base = strncmp(text, "0x", 2) == 0 ? 16 : 10;
-  char* end = NULL;
-  const unsigned long long number = strtoull(text, &end, base);
-  if (text[0] < '0' || text[0] > '9' || *end != '\0' || number > highest) {
-    fprintf(stderr, "%s: \"%s\" is no number from 0 to 0x%lX\n", what, text,
-            (unsigned long)highest);
-    exit(kWrongArguments);
-  }
-  return (uint32_t)number;
+static int Complain(int code, const char* subject, const char* text) {
+  fprintf(stderr, "read_register: %s: %s\n", subject, text);
+  return code;
 }
 
-// Makes an instance and opens the camera in it; complains if it can't.
-static enum ExitCode OpenCamera(int32_t camera) {
-  const char* message = NULL;
-  if (UsbIniDevice() >= 0 && borvan_select_device(camera, &message)) {
-    return kValuePrinted;
-  }
-  if (message == NULL) {
-    fprintf(stderr, "there is no camera %ld\n", (long)camera);
-    return kNoCamera;
-  }
-  fprintf(stderr, "camera %ld can't be opened: %s\n", (long)camera, message);
-  return kCameraNotOpened;
+static bool ReadNumber(const char* text, uint32_t highest, uint32_t* number) {
+  char* end = NULL;
+  const unsigned long long value = strtoull(text, &end, strncmp(text, "0x", 2) == 0 ? 16 : 10);
+  *number = (uint32_t)value;
+  return text[0] >= '0' && text[0] <= '9' && *end == '\0' && value <= highest;
 }
 
 int main(int argc, char** argv) {
-  if (argc == 2 && (strcmp(argv[1], "--help") == 0 || strcmp(argv[1], "-h") == 0)) {
-    fputs(kHelp, stdout);
-    return kValuePrinted;
+  uint32_t address = 0;
+  uint32_t camera = 0;
+  const bool wide = argc == 4 && strcmp(argv[3], "wide") == 0;
+  if ((argc != 3 && !wide) || !ReadNumber(argv[1], UINT32_MAX, &address) ||
+      !ReadNumber(argv[2], 1000, &camera)) {
+    return Complain(kWrongArguments, "usage", "read_register ADDRESS CAMERA [wide]");
   }
-  const char* address_text = NULL;
-  int32_t camera = 0;
-  uint8_t width = kBorvanRegisterByte;
-  for (int i = 1; i < argc; ++i) {
-    if (strcmp(argv[i], "--wide") == 0) {
-      width = kBorvanRegisterWide;
-    } else if (strcmp(argv[i], "--camera") == 0 && i + 1 < argc) {
-      camera = (int32_t)NumberOf("--camera", argv[++i], INT32_MAX);
-    } else if (address_text == NULL && argv[i][0] != '-') {
-      address_text = argv[i];
-    } else {
-      address_text = NULL;
-      break;
-    }
-  }
-  if (address_text == NULL) {
-    fputs("usage: read_register ADDRESS [--wide] [--camera N] (see --help)\n", stderr);
-    return kWrongArguments;
-  }
-  const uint32_t address = NumberOf("ADDRESS", address_text, UINT32_MAX);
-
-  const enum ExitCode opened = OpenCamera(camera);
-  if (opened != kValuePrinted) {
-    return opened;
+  const char* message = NULL;
+  if (UsbIniDevice() < 0 || !borvan_select_device((int32_t)camera, &message)) {
+    return message != NULL ? Complain(kCameraNotOpened, argv[2], message)
+                           : Complain(kNoCamera, argv[2], "no such camera\nIs it plugged in?");
   }
   // A read that goes unanswered returns true as well and leaves the value, so a 0 that is still
   // there is read once more over another value.
+  const uint8_t width = wide ? kBorvanRegisterWide : kBorvanRegisterByte;
   uint32_t value = 0;
   bool transferred = UsbRegisterRead(address, &value, width);
   bool answered = value != 0;
@@ -100,10 +50,8 @@ int main(int argc, char** argv) {
   }
   UsbDestroyUSB();
   if (!transferred || !answered) {
-    fprintf(stderr, "camera %ld did not %s\n", (long)camera,
-            transferred ? "answer" : "take the command");
-    return kNoAnswer;
+    return Complain(kCameraNotOpened, argv[2], "the camera does not answer\nPlug it in again.");
   }
-  printf("0x%0*lx\n", width == kBorvanRegisterWide ? 8 : 2, (unsigned long)value);
-  return kValuePrinted;
+  printf("0x%0*lx\n", wide ? 8 : 2, (unsigned long)value);
+  return 0;
 }

@@ -151,13 +151,10 @@ static void TakeProgressOf64Bits(void) {
   Expect(GetProgressInfo() == 0xE000000A00000000ULL, "the status stands in the high half");
   Expect(borvan_progress_state(GetProgressInfo()) == kBorvanProgressFailed, "it is a failure");
   SelectAndAccess();
+  const uint64_t before = borvan_before_job();
   Expect(UsbFlashWriteFile("image.bin", 0), "a job starts");
-  uint64_t progress = 0;
-  for (int i = 0; i < 2000 && borvan_progress_state(progress) != kBorvanProgressDone; ++i) {
-    progress = GetProgressInfo();
-    Sleep(10);
-  }
-  Expect(progress == 100, "the job ends with 100 in the low half");
+  Expect(borvan_wait_for_job(kBorvanJobOther, before, 20000, NULL, NULL) == 0, "and ends well");
+  Expect(GetProgressInfo() == 100, "with 100 in the low half");
 }
 
 // ---- Exceptions ---------------------------------------------------------------------------------
