@@ -5,7 +5,7 @@
 #include <mutex>
 #include <utility>
 
-#include "device/never_destroyed.h"
+#include "base/never_destroyed.h"
 
 namespace borvan {
 namespace {

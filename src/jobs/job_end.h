@@ -1,8 +1,8 @@
 #pragma once
 
+#include "base/progress_callback.h"
+#include "base/result.h"
 #include "device/borvan_usb_base.h"
-#include "device/progress_callback.h"
-#include "device/result.h"
 
 namespace borvan {
 

@@ -4,9 +4,9 @@
 #include <memory>
 #include <string>
 
+#include "base/progress_callback.h"
+#include "base/result.h"
 #include "device/borvan_usb_base.h"
-#include "device/progress_callback.h"
-#include "device/result.h"
 
 namespace borvan {
 

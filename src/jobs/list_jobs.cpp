@@ -4,7 +4,7 @@
 #include <span>
 #include <stdexcept>
 
-#include "device/hexadecimal_text.h"
+#include "base/hexadecimal_text.h"
 #include "files/file.h"
 #include "files/flash_dump_file.h"
 #include "files/list_dump_file.h"

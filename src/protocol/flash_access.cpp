@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "device/hexadecimal_text.h"
+#include "base/hexadecimal_text.h"
 #include "protocol/borvan_usb_q7.h"
 #include "protocol/flash_blocks.h"
 

@@ -2,8 +2,8 @@
 
 #include <algorithm>
 
-#include "device/hexadecimal_text.h"
-#include "protocol/byte_order.h"
+#include "base/byte_order.h"
+#include "base/hexadecimal_text.h"
 
 namespace borvan {
 namespace {

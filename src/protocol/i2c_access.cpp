@@ -1,6 +1,6 @@
 // Registers of devices on the chip's I2C bus, one at a time, on selector 2.
 
-#include "device/hexadecimal_text.h"
+#include "base/hexadecimal_text.h"
 #include "protocol/borvan_usb_q7.h"
 #include "protocol/i2c_blocks.h"
 

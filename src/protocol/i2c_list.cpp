@@ -4,7 +4,7 @@
 #include <chrono>
 #include <thread>
 
-#include "device/hexadecimal_text.h"
+#include "base/hexadecimal_text.h"
 #include "protocol/borvan_usb_q7.h"
 #include "protocol/i2c_blocks.h"
 #include "protocol/i2c_list_plan.h"

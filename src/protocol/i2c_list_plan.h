@@ -6,8 +6,8 @@
 #include <cstdint>
 #include <vector>
 
-#include "device/list_entry.h"
-#include "device/result.h"
+#include "base/list_entry.h"
+#include "base/result.h"
 #include "protocol/flash_blocks.h"
 #include "protocol/i2c_blocks.h"
 

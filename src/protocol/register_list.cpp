@@ -4,8 +4,8 @@
 #include <chrono>
 #include <thread>
 
+#include "base/byte_order.h"
 #include "protocol/borvan_usb_q7.h"
-#include "protocol/byte_order.h"
 #include "protocol/register_list_plan.h"
 
 namespace borvan {

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "protocol/byte_order.h"
+#include "base/byte_order.h"
 
 namespace borvan {
 namespace {

@@ -5,7 +5,7 @@
 #include <cstdint>
 #include <vector>
 
-#include "device/list_entry.h"
+#include "base/list_entry.h"
 #include "protocol/chip_commands.h"
 #include "protocol/flash_blocks.h"
 

@@ -8,7 +8,7 @@
 #include <sstream>
 #include <string>
 
-#include "device/hexadecimal_text.h"
+#include "base/hexadecimal_text.h"
 #include "jobs/job_starters.h"
 #include "jobs/scripted_device.h"
 
