@@ -6,9 +6,6 @@
 
 namespace borvan {
 
-// The percentage of a failure's report.
-inline constexpr std::int32_t kFailurePercent = -1;
-
 // A job's closing report: (0, 100), or (result, -1) when `result` is negative. An empty callback
 // reports nothing.
 void ReportEnd(const ProgressCallback& progress, Result result);

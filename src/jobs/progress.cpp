@@ -10,8 +10,6 @@
 namespace borvan {
 namespace {
 
-constexpr std::int32_t kDone = 100;
-
 // What hosts see for a percentage that can't be: not a failure of ours, hence not 0xE0000001.
 constexpr std::int32_t kOddPercentage = 1;
 
@@ -43,11 +41,11 @@ void ReportProgress(const std::shared_ptr<BorvanUSBBase>& device, std::int32_t s
   if (status != kOk) {
     jobs.progressStatus = status;
     jobs.progressPercent = 0;
-  } else if (percent == kDone) {
-    jobs.progressPercent = kDone;
+  } else if (percent == kDonePercent) {
+    jobs.progressPercent = kDonePercent;
     jobs.progressStatus = kOk;
     StartProgressClearTask(device);
-  } else if (percent >= 0 && percent < kDone) {
+  } else if (percent >= 0 && percent < kDonePercent) {
     jobs.progressPercent = percent;
     jobs.progressStatus = kOk;
   } else {

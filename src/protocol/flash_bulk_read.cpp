@@ -11,7 +11,6 @@ namespace {
 
 constexpr std::uint32_t kGroupSize = 8;
 constexpr std::uint32_t kGroupsPerPacket = kPacketLength / kGroupSize;
-constexpr std::int32_t kDone = 100;
 
 // Ranges up to the size of a large flash get their memory at once. Larger ones grow as the device
 // delivers: a mistaken end address must not ask for gigabytes first.
@@ -71,7 +70,7 @@ Result BorvanUsb_Q7::FastRead(std::vector<std::uint8_t>& output, std::uint32_t s
       address += groups * kGroupSize;
     }
     if (group_count == 0) {
-      progress(kOk, kDone);
+      progress(kOk, kDonePercent);
       break;
     }
     if (const auto percent = percentages.After(group); percent && progress) {

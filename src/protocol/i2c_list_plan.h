@@ -7,8 +7,7 @@
 #include <vector>
 
 #include "base/list_entry.h"
-#include "base/result.h"
-#include "protocol/flash_blocks.h"
+#include "base/packet.h"
 #include "protocol/i2c_blocks.h"
 
 namespace borvan {

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "base/byte_order.h"
+#include "protocol/chip_commands.h"
 
 namespace borvan {
 namespace {

@@ -6,8 +6,7 @@
 #include <vector>
 
 #include "base/list_entry.h"
-#include "protocol/chip_commands.h"
-#include "protocol/flash_blocks.h"
+#include "base/packet.h"
 
 namespace borvan {
 
