@@ -3,7 +3,7 @@
 #include <gmock/gmock.h>
 
 #include "camera_with_script.h"
-#include "list_building.h"
+#include "support/list_building.h"
 
 namespace borvan::test {
 namespace {

@@ -5,7 +5,7 @@
 #include <chrono>
 
 #include "camera_with_script.h"
-#include "list_building.h"
+#include "support/list_building.h"
 
 namespace borvan::test {
 namespace {

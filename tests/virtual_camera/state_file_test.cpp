@@ -1,5 +1,5 @@
 // The state file: torn writes, long logs, foreign files.
-#include "virtual_camera/core/state_file.h"
+#include "core/state_file.h"
 
 #include <fstream>
 

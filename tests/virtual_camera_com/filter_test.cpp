@@ -2,9 +2,9 @@
 
 #include <cstring>
 
+#include "com/identifiers.h"
 #include "fixture.h"
 #include "host.h"
-#include "identifiers.h"
 
 namespace {
 

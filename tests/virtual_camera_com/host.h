@@ -7,8 +7,8 @@
 #include <string>
 #include <vector>
 
-#include "com_object.h"
-#include "kernel_streaming.h"
+#include "com/com_object.h"
+#include "com/kernel_streaming.h"
 
 namespace host {
 

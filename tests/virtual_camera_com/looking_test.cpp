@@ -6,10 +6,10 @@
 #include <fstream>
 #include <map>
 
+#include "com/identifiers.h"
+#include "com/registration.h"
 #include "fixture.h"
 #include "host.h"
-#include "identifiers.h"
-#include "registration.h"
 
 namespace {
 

@@ -1,11 +1,11 @@
-#include "filter.h"
+#include "com/filter.h"
 
 #include <algorithm>
 #include <iterator>
 
-#include "empty_pins.h"
-#include "identifiers.h"
-#include "node_control.h"
+#include "com/empty_pins.h"
+#include "com/identifiers.h"
+#include "com/node_control.h"
 
 namespace virtual_camera {
 namespace {

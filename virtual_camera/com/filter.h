@@ -4,10 +4,10 @@
 #include <mutex>
 #include <string>
 
-#include "com_object.h"
-#include "kernel_streaming.h"
-#include "session.h"
-#include "topology.h"
+#include "com/com_object.h"
+#include "com/kernel_streaming.h"
+#include "com/session.h"
+#include "com/topology.h"
 
 namespace virtual_camera {
 

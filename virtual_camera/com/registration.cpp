@@ -1,4 +1,4 @@
-#include "registration.h"
+#include "com/registration.h"
 
 #include <algorithm>
 #include <array>
@@ -8,8 +8,8 @@
 #include <type_traits>
 #include <utility>
 
-#include "identifiers.h"
-#include "wide_text.h"
+#include "com/identifiers.h"
+#include "com/wide_text.h"
 
 namespace virtual_camera {
 namespace {

@@ -4,12 +4,12 @@
 
 #include <olectl.h>
 
-#include "com_object.h"
-#include "configuration_file.h"
-#include "filter.h"
-#include "identifiers.h"
-#include "plugging.h"
-#include "registration.h"
+#include "com/com_object.h"
+#include "com/configuration_file.h"
+#include "com/filter.h"
+#include "com/identifiers.h"
+#include "com/plugging.h"
+#include "com/registration.h"
 
 namespace virtual_camera {
 namespace {

@@ -1,4 +1,4 @@
-#include "camera.h"
+#include "core/camera.h"
 
 #include <algorithm>
 #include <chrono>
@@ -8,15 +8,15 @@
 #include <string>
 #include <thread>
 
-#include "blocks.h"
-#include "chip.h"
-#include "faults.h"
-#include "names.h"
-#include "nor_flash.h"
-#include "plug.h"
-#include "result_codes.h"
-#include "state_file.h"
-#include "trace_writer.h"
+#include "core/blocks.h"
+#include "core/chip.h"
+#include "core/faults.h"
+#include "core/names.h"
+#include "core/nor_flash.h"
+#include "core/plug.h"
+#include "core/result_codes.h"
+#include "core/state_file.h"
+#include "core/trace_writer.h"
 
 namespace virtual_camera {
 namespace {

@@ -5,12 +5,12 @@
 #include <map>
 #include <vector>
 
-#include "blocks.h"
-#include "camera.h"
-#include "faults.h"
-#include "plug.h"
-#include "printable.h"
-#include "state_file.h"
+#include "core/blocks.h"
+#include "core/camera.h"
+#include "core/faults.h"
+#include "core/plug.h"
+#include "core/printable.h"
+#include "core/state_file.h"
 
 namespace virtual_camera {
 namespace {

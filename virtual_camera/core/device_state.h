@@ -1,5 +1,6 @@
-// All that a powered device knows besides its flash, and its form in the state file.
 #pragma once
+
+// All that a powered device knows besides its flash, and its form in the state file.
 
 #include <array>
 #include <cstdint>

@@ -1,7 +1,7 @@
 #include <windows.h>
 
-#include "names.h"
-#include "utf8_path.h"
+#include "core/names.h"
+#include "core/utf8_path.h"
 
 namespace virtual_camera {
 namespace {

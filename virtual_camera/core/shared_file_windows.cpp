@@ -2,7 +2,7 @@
 
 #include <system_error>
 
-#include "shared_file.h"
+#include "core/shared_file.h"
 
 namespace virtual_camera {
 namespace {

@@ -1,11 +1,11 @@
-#include "state_file.h"
+#include "core/state_file.h"
 
 #include <algorithm>
 #include <array>
 #include <system_error>
 #include <utility>
 
-#include "configuration.h"
+#include "core/configuration.h"
 
 namespace virtual_camera {
 namespace {

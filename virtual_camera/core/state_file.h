@@ -1,12 +1,13 @@
-// The device's state in a file that survives its processes and is shared by them.
 #pragma once
+
+// The device's state in a file that survives its processes and is shared by them.
 
 #include <cstdint>
 #include <string>
 #include <vector>
 
-#include "device_state.h"
-#include "shared_file.h"
+#include "core/device_state.h"
+#include "core/shared_file.h"
 
 namespace virtual_camera {
 
