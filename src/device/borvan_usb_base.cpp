@@ -156,7 +156,7 @@ Result BorvanUSBBase::ChannelGet(std::uint32_t /*selector*/, std::int32_t /*leng
 }
 
 bool BorvanUSBBase::IsStopRequested() {
-  return jobs_.stopRequested;
+  return jobs_.stop_requested;
 }
 
 }  // namespace borvan

@@ -26,8 +26,8 @@ constexpr wchar_t kConfigurationValue[] = L"Configuration";
 constexpr DWORD kKeyNameSize = 256;
 
 const std::wstring& ClassIdText() {
-  static const std::wstring text = WideOf(BORVAN_VIRTUAL_CAMERA_CLASS_ID);
-  return text;
+  static const std::wstring kText = WideOf(BORVAN_VIRTUAL_CAMERA_CLASS_ID);
+  return kText;
 }
 
 std::wstring ClassKeyName() {

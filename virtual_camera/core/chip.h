@@ -28,7 +28,7 @@ class Chip {
                        std::span<const std::uint32_t> stuck_words);
 
   // How long the flash is busy after the last block, in microseconds.
-  std::uint64_t busy_us() const { return busy_us_; }
+  std::uint64_t BusyUs() const { return busy_us_; }
 
  private:
   using Block = std::span<const std::uint8_t>;

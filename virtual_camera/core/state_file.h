@@ -32,10 +32,10 @@ class StateFile {
   void Lock();
   // Writes what changed since Lock or the Commit before. The lock stays.
   void Commit();
-  // Without a Commit before it, changes to state() are dropped.
+  // Without a Commit before it, changes to State() are dropped.
   void Unlock() noexcept;
 
-  DeviceState& state() { return state_; }
+  DeviceState& State() { return state_; }
 
  private:
   void ReadHead();
