@@ -2,8 +2,8 @@
 
 #include <windows.h>
 
-#include "com/wide_text.h"
 #include "core/configuration.h"
+#include "core/wide_text.h"
 
 namespace virtual_camera {
 namespace {

@@ -12,10 +12,10 @@
 #include <thread>
 #include <utility>
 
-#include "com/wide_text.h"
 #include "core/camera.h"
 #include "core/names.h"
 #include "core/utf8_path.h"
+#include "core/wide_text.h"
 
 namespace virtual_camera {
 namespace {

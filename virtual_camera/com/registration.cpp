@@ -9,7 +9,7 @@
 #include <utility>
 
 #include "com/identifiers.h"
-#include "com/wide_text.h"
+#include "core/wide_text.h"
 
 namespace virtual_camera {
 namespace {

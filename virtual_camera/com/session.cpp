@@ -8,7 +8,7 @@
 #include "com/configuration_file.h"
 #include "com/identifiers.h"
 #include "com/plugging.h"
-#include "com/wide_text.h"
+#include "core/wide_text.h"
 
 namespace virtual_camera {
 

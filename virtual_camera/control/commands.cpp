@@ -8,10 +8,10 @@
 
 #include "com/plugging.h"
 #include "com/registration.h"
-#include "com/wide_text.h"
 #include "core/camera.h"
 #include "core/printable.h"
 #include "core/trace.h"
+#include "core/wide_text.h"
 
 namespace virtual_camera {
 namespace {

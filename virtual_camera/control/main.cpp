@@ -11,9 +11,9 @@
 #include <vector>
 
 #include "com/configuration_file.h"
-#include "com/wide_text.h"
 #include "control/commands.h"
 #include "core/printable.h"
+#include "core/wide_text.h"
 
 namespace {
 
