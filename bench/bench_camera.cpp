@@ -31,8 +31,8 @@ std::unique_ptr<bench::MemoryFlash> MakeFlash() {
 }
 
 bench::MemoryFlash& Flash() {
-  static const std::unique_ptr<bench::MemoryFlash> flash = MakeFlash();
-  return *flash;
+  static const std::unique_ptr<bench::MemoryFlash> kFlash = MakeFlash();
+  return *kFlash;
 }
 
 class Control final : public IKsControl {

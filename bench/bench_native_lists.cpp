@@ -7,8 +7,8 @@
 #include <utility>
 #include <vector>
 
+#include "base/list_entry.h"
 #include "bench_native.h"
-#include "device/list_entry.h"
 #include "files/list_file.h"
 #include "protocol/i2c_list_plan.h"
 #include "protocol/register_list_plan.h"

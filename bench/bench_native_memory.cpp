@@ -2,8 +2,8 @@
 #include <fstream>
 #include <vector>
 
+#include "base/hexadecimal_text.h"
 #include "bench_native.h"
-#include "device/hexadecimal_text.h"
 #include "jobs/flash_jobs.h"
 #include "native_device.h"
 

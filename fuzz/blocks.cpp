@@ -5,7 +5,7 @@
 #include <array>
 #include <string>
 
-#include "device/hexadecimal_text.h"
+#include "base/hexadecimal_text.h"
 #include "protocol/flash_blocks.h"
 #include "protocol/i2c_blocks.h"
 #include "protocol/register_blocks.h"

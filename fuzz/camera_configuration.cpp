@@ -4,10 +4,10 @@
 #include <optional>
 #include <string>
 
+#include "core/configuration.h"
+#include "core/names.h"
 #include "support/check.h"
 #include "support/memory_file.h"
-#include "virtual_camera/core/configuration.h"
-#include "virtual_camera/core/names.h"
 
 namespace {
 

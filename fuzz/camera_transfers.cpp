@@ -6,10 +6,10 @@
 #include <string>
 #include <vector>
 
+#include "core/camera.h"
 #include "support/check.h"
 #include "support/input.h"
 #include "support/memory_file.h"
-#include "virtual_camera/core/camera.h"
 
 namespace {
 

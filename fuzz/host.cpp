@@ -99,7 +99,7 @@ void Host::Call(std::uint8_t kind) {
       in_job_ = false;
     }
   } else if (const auto device = borvan::GlobalInstance().Get(); device != nullptr) {
-    device->Jobs().stopRequested = true;
+    device->Jobs().stop_requested = true;
   }
 }
 
@@ -225,8 +225,8 @@ bool Host::LastTransferWentWell() const {
 }
 
 const borvan_test::TemporaryFolder& Folder() {
-  static const borvan_test::TemporaryFolder folder;
-  return folder;
+  static const borvan_test::TemporaryFolder kFolder;
+  return kFolder;
 }
 
 // Null, empty, missing, a folder, a file to write, or one to read with what the input says.
@@ -333,7 +333,7 @@ void Host::CheckAtRest() {
   if (device == nullptr) {
     return;
   }
-  Check(!device->Jobs().jobRunning, "a job still counts as running");
+  Check(!device->Jobs().job_running, "a job still counts as running");
   Check(borvan_progress_percent(GetProgressInfo()) < 100, "100 stays");
 }
 

@@ -134,11 +134,11 @@ borvan_test::CameraSetup Setup() {
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  static const borvan_test::CameraSetup setup = Setup();
+  static const borvan_test::CameraSetup kSetup = Setup();
   static auto& chip = *new borvan_fuzz::MemoryChip;
   if (chip.configuration.sensors.empty()) {
     chip.configuration.absent_slave = virtual_camera::AbsentSlave::kZeros;
-    for (const auto& [slave, mode] : setup.sensors) {
+    for (const auto& [slave, mode] : kSetup.sensors) {
       chip.configuration.sensors.push_back({.slave = slave, .mode = mode, .registers = {}});
     }
   }
@@ -150,7 +150,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const I2cReading expected = borvan_test::ReadI2cList(list, path);
     CheckSame(expected, path == I2cPath::kPackets ? PlannedPackets(list, option, chip)
                                                   : PlannedSteps(list, chip));
-    Check(chip.Written() == borvan_test::SensorsAfter(expected, setup).registers,
+    Check(chip.Written() == borvan_test::SensorsAfter(expected, kSetup).registers,
           "the sensors' registers are not what the list says");
   }
   return 0;

@@ -6,7 +6,7 @@
 #include <cstdlib>
 #include <string>
 
-#include "device/hexadecimal_text.h"
+#include "base/hexadecimal_text.h"
 #include "support/check.h"
 #include "support/input.h"
 #include "support/number_model.h"

@@ -6,7 +6,7 @@
 #include <memory>
 #include <string>
 
-#include "device/hexadecimal_text.h"
+#include "base/hexadecimal_text.h"
 #include "protocol/borvan_usb_q7.h"
 #include "support/check.h"
 #include "support/lists.h"

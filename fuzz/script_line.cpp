@@ -30,8 +30,8 @@ void CheckSame(const Words& found, const Words& expected, const std::string& wha
 
 // Some blanks, chosen by the input.
 std::string Blanks(Input& input, std::size_t least) {
-  static const std::vector<std::string> blanks = {"", " ", "\t", "  ", "\r", "\n", " \t "};
-  const std::string chosen = blanks[input.Choice(static_cast<std::uint32_t>(blanks.size()))];
+  static const std::vector<std::string> kBlanks = {"", " ", "\t", "  ", "\r", "\n", " \t "};
+  const std::string chosen = kBlanks[input.Choice(static_cast<std::uint32_t>(kBlanks.size()))];
   return chosen.size() < least ? " " : chosen;
 }
 

@@ -2,7 +2,7 @@
 
 #include <vector>
 
-#include "device/list_entry.h"
+#include "base/list_entry.h"
 #include "support/input.h"
 
 namespace borvan_fuzz {

@@ -35,7 +35,7 @@ virtual_camera::Reply MemoryChip::TakeReply(std::uint32_t selector) {
 
 std::map<std::pair<std::uint32_t, std::uint32_t>, std::uint32_t> MemoryChip::Written() const {
   std::map<std::pair<std::uint32_t, std::uint32_t>, std::uint32_t> registers;
-  for (const auto& [key, value] : state_.registers.values()) {
+  for (const auto& [key, value] : state_.registers.Values()) {
     registers[{static_cast<std::uint32_t>(key >> 32), static_cast<std::uint32_t>(key)}] = value;
   }
   return registers;

@@ -7,8 +7,8 @@
 #include <utility>
 #include <vector>
 
+#include "core/chip.h"
 #include "support/memory_file.h"
-#include "virtual_camera/core/chip.h"
 
 namespace borvan_fuzz {
 

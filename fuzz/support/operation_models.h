@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "device/list_entry.h"
+#include "base/list_entry.h"
 #include "protocol/flash_blocks.h"
 #include "protocol/i2c_blocks.h"
 #include "support/dialogue.h"

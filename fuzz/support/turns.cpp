@@ -69,8 +69,8 @@ int pthread_detach(pthread_t thread) {
     return 0;
   }
   using Detach = int (*)(pthread_t);
-  static const auto detach = reinterpret_cast<Detach>(dlsym(RTLD_NEXT, "pthread_detach"));
-  return detach(thread);
+  static const auto kDetach = reinterpret_cast<Detach>(dlsym(RTLD_NEXT, "pthread_detach"));
+  return kDetach(thread);
 }
 
 int nanosleep(const timespec* time, timespec* rest) {

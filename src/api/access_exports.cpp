@@ -6,7 +6,7 @@
 
 #include "api/device_instance.h"
 #include "api/guarded_call.h"
-#include "device/hexadecimal_text.h"
+#include "base/hexadecimal_text.h"
 
 using borvan::FormatHex;
 using borvan::GlobalInstance;

@@ -2,7 +2,7 @@
 
 #include <utility>
 
-#include "device/never_destroyed.h"
+#include "base/never_destroyed.h"
 
 namespace borvan {
 namespace {

@@ -6,7 +6,7 @@
 
 #include "api/device_instance.h"
 #include "api/guarded_call.h"
-#include "device/hexadecimal_text.h"
+#include "base/hexadecimal_text.h"
 #include "jobs/job_starters.h"
 #include "jobs/progress.h"
 

@@ -5,7 +5,7 @@
 #include <mutex>
 #include <utility>
 
-#include "device/never_destroyed.h"
+#include "base/never_destroyed.h"
 
 namespace borvan {
 namespace {
@@ -156,7 +156,7 @@ Result BorvanUSBBase::ChannelGet(std::uint32_t /*selector*/, std::int32_t /*leng
 }
 
 bool BorvanUSBBase::IsStopRequested() {
-  return jobs_.stopRequested;
+  return jobs_.stop_requested;
 }
 
 }  // namespace borvan

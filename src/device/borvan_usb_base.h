@@ -6,13 +6,13 @@
 #include <string>
 #include <vector>
 
+#include "base/list_entry.h"
+#include "base/progress_callback.h"
+#include "base/result.h"
 #include "device/device_entry.h"
 #include "device/device_platform.h"
 #include "device/extension_unit_channel.h"
 #include "device/job_state.h"
-#include "device/list_entry.h"
-#include "device/progress_callback.h"
-#include "device/result.h"
 
 namespace borvan {
 

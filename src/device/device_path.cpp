@@ -1,6 +1,6 @@
 #include "device/device_path.h"
 
-#include "device/hexadecimal_text.h"
+#include "base/hexadecimal_text.h"
 
 namespace borvan {
 namespace {

@@ -8,9 +8,9 @@
 #include <string_view>
 #include <vector>
 
+#include "base/result.h"
 #include "device/device_entry.h"
 #include "device/extension_unit_control.h"
-#include "device/result.h"
 
 namespace borvan {
 

@@ -4,9 +4,9 @@
 #include <cstdint>
 #include <memory>
 
+#include "base/result.h"
+#include "base/short_lock.h"
 #include "device/extension_unit_control.h"
-#include "device/result.h"
-#include "device/short_lock.h"
 
 namespace borvan {
 

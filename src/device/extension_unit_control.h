@@ -3,7 +3,7 @@
 #include <array>
 #include <cstdint>
 
-#include "device/result.h"
+#include "base/result.h"
 
 namespace borvan {
 

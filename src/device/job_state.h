@@ -10,14 +10,14 @@ namespace borvan {
 struct JobState {
   // The progress pair. The two halves are published separately: a reader between two stores sees
   // one half of each report.
-  std::atomic<std::int32_t> progressPercent{0};
-  std::atomic<std::int32_t> progressStatus{0};
+  std::atomic<std::int32_t> progress_percent{0};
+  std::atomic<std::int32_t> progress_status{0};
 
   // Serialises reports against each other, never the readers nor the clear tasks.
-  std::mutex progressMutex;
+  std::mutex progress_mutex;
 
-  std::atomic<bool> stopRequested{false};
-  std::atomic<bool> jobRunning{false};
+  std::atomic<bool> stop_requested{false};
+  std::atomic<bool> job_running{false};
 };
 
 }  // namespace borvan

@@ -3,7 +3,7 @@
 #include <string_view>
 #include <vector>
 
-#include "device/hexadecimal_text.h"
+#include "base/hexadecimal_text.h"
 
 namespace borvan {
 namespace {

@@ -6,7 +6,7 @@
 #include <span>
 #include <string>
 
-#include "device/list_entry.h"
+#include "base/list_entry.h"
 #include "files/file.h"
 
 namespace borvan {

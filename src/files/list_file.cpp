@@ -6,7 +6,7 @@
 #include <stdexcept>
 #include <utility>
 
-#include "device/hexadecimal_text.h"
+#include "base/hexadecimal_text.h"
 #include "files/file.h"
 
 namespace borvan {

@@ -5,7 +5,7 @@
 #include <string_view>
 #include <vector>
 
-#include "device/list_entry.h"
+#include "base/list_entry.h"
 
 namespace borvan {
 

@@ -2,7 +2,7 @@
 
 #include <utility>
 
-#include "device/hexadecimal_text.h"
+#include "base/hexadecimal_text.h"
 #include "files/flash_dump_file.h"
 #include "files/flash_image_file.h"
 #include "jobs/job_end.h"

@@ -3,12 +3,6 @@
 #include "jobs/progress.h"
 
 namespace borvan {
-namespace {
-
-constexpr std::int32_t kDone = 100;
-
-}  // namespace
-
 void ReportEnd(const ProgressCallback& progress, Result result) {
   if (!progress) {
     return;
@@ -16,7 +10,7 @@ void ReportEnd(const ProgressCallback& progress, Result result) {
   if (HasFailed(result)) {
     progress(result, kFailurePercent);
   } else {
-    progress(kOk, kDone);
+    progress(kOk, kDonePercent);
   }
 }
 

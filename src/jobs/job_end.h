@@ -1,13 +1,10 @@
 #pragma once
 
+#include "base/progress_callback.h"
+#include "base/result.h"
 #include "device/borvan_usb_base.h"
-#include "device/progress_callback.h"
-#include "device/result.h"
 
 namespace borvan {
-
-// The percentage of a failure's report.
-inline constexpr std::int32_t kFailurePercent = -1;
 
 // A job's closing report: (0, 100), or (result, -1) when `result` is negative. An empty callback
 // reports nothing.

@@ -7,9 +7,9 @@
 #include <string>
 #include <vector>
 
+#include "base/list_entry.h"
+#include "base/progress_callback.h"
 #include "device/borvan_usb_base.h"
-#include "device/list_entry.h"
-#include "device/progress_callback.h"
 
 namespace borvan {
 

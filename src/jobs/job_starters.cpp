@@ -24,8 +24,8 @@ Result RefuseFile(const ProgressCallback& progress) {
   return result;
 }
 
-// What keeps a list from being read counts as a list without entries.
-std::vector<ListEntry> ReadListOrNothing(const std::string& path) {
+// Whatever keeps the list from being read makes it a list without entries.
+std::vector<ListEntry> ReadListOrNoneOnAnyFailure(const std::string& path) {
   try {
     return ReadListFile(path);
   } catch (const std::exception&) {
@@ -40,8 +40,10 @@ Result StartFlashWriteJob(std::shared_ptr<BorvanUSBBase> device, std::string pat
   if (!CanBeRead(path)) {
     return RefuseFile(progress);
   }
-  return StartJobThread(FlashWriteJob{std::move(path), std::move(device), std::move(progress),
-                                      std::move(start_address)},
+  return StartJobThread(FlashWriteJob{.path = std::move(path),
+                                      .device = std::move(device),
+                                      .progress = std::move(progress),
+                                      .start_address = std::move(start_address)},
                         RunFlashWriteJob);
 }
 
@@ -51,8 +53,11 @@ Result StartFlashQuickReadJob(std::shared_ptr<BorvanUSBBase> device, std::string
   if (path.empty()) {
     return RefuseFile(progress);
   }
-  return StartJobThread(FlashQuickReadJob{std::move(path), std::move(device), std::move(progress),
-                                          std::move(start_address), std::move(end_address)},
+  return StartJobThread(FlashQuickReadJob{.path = std::move(path),
+                                          .device = std::move(device),
+                                          .progress = std::move(progress),
+                                          .start_address = std::move(start_address),
+                                          .end_address = std::move(end_address)},
                         RunFlashQuickReadJob);
 }
 
@@ -60,13 +65,14 @@ Result StartRegisterWriteJob(std::shared_ptr<BorvanUSBBase> device, std::string 
                              ProgressCallback progress) {
   std::vector<ListEntry> list;
   if (CanBeRead(path)) {
-    list = ReadListOrNothing(path);
+    list = ReadListOrNoneOnAnyFailure(path);
   }
   if (list.empty()) {
     return RefuseFile(progress);
   }
   return StartJobThread(
-      RegisterWriteJob{std::move(device), std::move(list), 0, std::move(progress)},
+      RegisterWriteJob{
+          .device = std::move(device), .list = std::move(list), .progress = std::move(progress)},
       RunRegisterWriteJob);
 }
 
@@ -76,8 +82,11 @@ Result StartRegisterReadJob(std::shared_ptr<BorvanUSBBase> device, std::string p
   if (path.empty()) {
     return RefuseFile(progress);
   }
-  return StartJobThread(RegisterReadJob{std::move(path), std::move(device), std::move(progress),
-                                        std::move(start_address), std::move(end_address)},
+  return StartJobThread(RegisterReadJob{.path = std::move(path),
+                                        .device = std::move(device),
+                                        .progress = std::move(progress),
+                                        .start_address = std::move(start_address),
+                                        .end_address = std::move(end_address)},
                         RunRegisterReadJob);
 }
 
@@ -86,8 +95,11 @@ Result StartI2cWriteJob(std::shared_ptr<BorvanUSBBase> device, std::string path,
   if (!CanBeRead(path)) {
     return RefuseFile(progress);
   }
-  return StartJobThread(
-      I2cWriteJob{std::move(device), std::move(path), std::move(progress), option}, RunI2cWriteJob);
+  return StartJobThread(I2cWriteJob{.device = std::move(device),
+                                    .path = std::move(path),
+                                    .progress = std::move(progress),
+                                    .option = option},
+                        RunI2cWriteJob);
 }
 
 Result StartI2cReadJob(std::shared_ptr<BorvanUSBBase> device, std::string path, std::string slave,
@@ -96,10 +108,14 @@ Result StartI2cReadJob(std::shared_ptr<BorvanUSBBase> device, std::string path, 
   if (path.empty()) {
     return RefuseFile(progress);
   }
-  return StartJobThread(
-      I2cReadJob{std::move(path), std::move(device), std::move(progress), std::move(slave),
-                 std::move(start_address), std::move(end_address), mode},
-      RunI2cReadJob);
+  return StartJobThread(I2cReadJob{.path = std::move(path),
+                                   .device = std::move(device),
+                                   .progress = std::move(progress),
+                                   .slave = std::move(slave),
+                                   .start_address = std::move(start_address),
+                                   .end_address = std::move(end_address),
+                                   .mode = mode},
+                        RunI2cReadJob);
 }
 
 }  // namespace borvan

@@ -42,8 +42,8 @@ void RunJobThread(Job& job, void (*worker)(Job&)) {
 template <typename Job>
 Result StartJobThread(Job job, void (*worker)(Job&)) {
   JobState& jobs = job.device->Jobs();
-  jobs.stopRequested.exchange(false);
-  jobs.jobRunning.exchange(true);
+  jobs.stop_requested.exchange(false);
+  jobs.job_running.exchange(true);
   PinLibrary();
   RunDetached([job = std::move(job), worker]() mutable { RunJobThread(job, worker); });
   return kOk;

@@ -4,7 +4,7 @@
 #include <span>
 #include <stdexcept>
 
-#include "device/hexadecimal_text.h"
+#include "base/hexadecimal_text.h"
 #include "files/file.h"
 #include "files/flash_dump_file.h"
 #include "files/list_dump_file.h"
@@ -15,13 +15,12 @@
 namespace borvan {
 namespace {
 
-constexpr std::int32_t kDone = 100;
-
 // The page markers that open a register run.
 constexpr std::size_t kRunMarkers = 2;
 
-// A line that lacks its value spoils the whole list: writing half of it would be worse.
-std::vector<ListEntry> ReadListOrNothing(const std::string& path) {
+// A line that lacks its value spoils the whole list: writing half of it would be worse. What else
+// keeps it from being read ends the job.
+std::vector<ListEntry> ReadListOrNoneOnBadLine(const std::string& path) {
   try {
     return ReadListFile(path);
   } catch (const std::invalid_argument&) {
@@ -34,7 +33,7 @@ std::vector<ListEntry> ReadListOrNothing(const std::string& path) {
 void RunRegisterWriteJob(RegisterWriteJob& job) {
   const Result result = job.device->RegisterWriteList(job.list, job.ignored, ProgressCallback());
   if (job.progress) {
-    job.progress(result, HasFailed(result) ? kFailurePercent : kDone);
+    job.progress(result, HasFailed(result) ? kFailurePercent : kDonePercent);
   }
   ClearJobFlags(job.device->Jobs());
 }
@@ -64,7 +63,7 @@ void RunRegisterReadJob(RegisterReadJob& job) {
 }
 
 void RunI2cWriteJob(I2cWriteJob& job) {
-  const std::vector<ListEntry> list = ReadListOrNothing(job.path);
+  const std::vector<ListEntry> list = ReadListOrNoneOnBadLine(job.path);
   if (list.empty()) {
     EndJobWithoutFile(*job.device, job.progress);
     return;

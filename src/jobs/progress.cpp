@@ -10,8 +10,6 @@
 namespace borvan {
 namespace {
 
-constexpr std::int32_t kDone = 100;
-
 // What hosts see for a percentage that can't be: not a failure of ours, hence not 0xE0000001.
 constexpr std::int32_t kOddPercentage = 1;
 
@@ -21,8 +19,8 @@ constexpr std::chrono::seconds kDoneIsShownFor{3};
 // this take a fresh instance for each job.
 void ProgressClearTask(JobState& jobs) {
   std::this_thread::sleep_until(std::chrono::steady_clock::now() + kDoneIsShownFor);
-  jobs.progressPercent = 0;
-  jobs.progressStatus = 0;
+  jobs.progress_percent = 0;
+  jobs.progress_status = 0;
 }
 
 void StartProgressClearTask(const std::shared_ptr<BorvanUSBBase>& device) {
@@ -39,20 +37,20 @@ void StartProgressClearTask(const std::shared_ptr<BorvanUSBBase>& device) {
 void ReportProgress(const std::shared_ptr<BorvanUSBBase>& device, std::int32_t status,
                     std::int32_t percent) {
   JobState& jobs = device->Jobs();
-  const std::lock_guard lock(jobs.progressMutex);
+  const std::lock_guard lock(jobs.progress_mutex);
   if (status != kOk) {
-    jobs.progressStatus = status;
-    jobs.progressPercent = 0;
-  } else if (percent == kDone) {
-    jobs.progressPercent = kDone;
-    jobs.progressStatus = kOk;
+    jobs.progress_status = status;
+    jobs.progress_percent = 0;
+  } else if (percent == kDonePercent) {
+    jobs.progress_percent = kDonePercent;
+    jobs.progress_status = kOk;
     StartProgressClearTask(device);
-  } else if (percent >= 0 && percent < kDone) {
-    jobs.progressPercent = percent;
-    jobs.progressStatus = kOk;
+  } else if (percent >= 0 && percent < kDonePercent) {
+    jobs.progress_percent = percent;
+    jobs.progress_status = kOk;
   } else {
-    jobs.progressStatus = kOddPercentage;
-    jobs.progressPercent = 0;
+    jobs.progress_status = kOddPercentage;
+    jobs.progress_percent = 0;
   }
 }
 
@@ -63,14 +61,14 @@ ProgressCallback MakeProgressCallback(std::shared_ptr<BorvanUSBBase> device) {
 }
 
 std::uint64_t ReadProgress(const JobState& jobs) {
-  const auto percent = static_cast<std::uint32_t>(jobs.progressPercent.load());
-  const auto status = static_cast<std::uint32_t>(jobs.progressStatus.load());
+  const auto percent = static_cast<std::uint32_t>(jobs.progress_percent.load());
+  const auto status = static_cast<std::uint32_t>(jobs.progress_status.load());
   return (std::uint64_t{status} << 32U) | percent;
 }
 
 void ClearJobFlags(JobState& jobs) {
-  jobs.jobRunning.exchange(false);
-  jobs.stopRequested.exchange(false);
+  jobs.job_running.exchange(false);
+  jobs.stop_requested.exchange(false);
 }
 
 }  // namespace borvan

@@ -3,8 +3,8 @@
 #include <cstdint>
 #include <memory>
 
+#include "base/progress_callback.h"
 #include "device/borvan_usb_base.h"
-#include "device/progress_callback.h"
 
 namespace borvan {
 

@@ -1,21 +1,19 @@
 #pragma once
 
 #include <cstdint>
-#include <span>
 #include <string>
 #include <vector>
 
 #include "device/borvan_usb_base.h"
-#include "protocol/chip_commands.h"
-#include "protocol/flash_blocks.h"
-#include "protocol/i2c_blocks.h"
-#include "protocol/register_blocks.h"
+#include "protocol/command_channel.h"
+#include "protocol/stop_query.h"
 
 namespace borvan {
 
-// The device object with the chip's command protocol. Every operation sends nothing and answers
-// kNullPointer where it checks for the channel itself; the bulk operations let the channel's answer
-// take its course.
+// The device object with the chip's command protocol. It hands each operation to the function of
+// the chip's that does it, which takes numbers: the headers of this folder describe them. Single
+// accesses send nothing and answer kNullPointer without a channel; the bulk operations let the
+// channel's answer take its course.
 class BorvanUsb_Q7 : public BorvanUSBBase {
  public:
   using BorvanUSBBase::BorvanUSBBase;
@@ -73,49 +71,11 @@ class BorvanUsb_Q7 : public BorvanUSBBase {
   const std::string& FeatureText() const { return feature_text_; }
 
  private:
-  struct LengthReport {
-    Result result = kOk;
-    std::uint32_t length = 0;  // 0 unless the query succeeded
-  };
-
-  // Asks for a selector's length and refuses what no USB control can have.
-  LengthReport QueryLength(Selector selector);
-
-  // A zeroed buffer that holds the command and whatever length the device wants.
-  static std::vector<std::uint8_t> MakeBlock(std::uint32_t length, std::size_t command_length);
-
-  Result Set(Selector selector, std::uint32_t length, std::span<std::uint8_t> block);
-  Result Get(Selector selector, std::uint32_t length, std::span<std::uint8_t> block);
-
-  Result SendRegisterCommands(std::span<const RegisterCommand> commands, std::uint32_t length,
-                              std::span<std::uint8_t> block);
-  Result ReadWideRegister(std::uint32_t address, std::uint32_t length,
-                          std::span<std::uint8_t> block, std::string& value);
-  Result ReadByteRegister(std::uint32_t address, std::uint32_t length,
-                          std::span<std::uint8_t> block, std::string& value);
-
-  // kOk when single I2C accesses can be made.
-  Result CheckI2cChannel();
-
+  CommandChannel Commands() const { return CommandChannel(Channel()); }
+  StopQuery StopRequested() {
+    return [this] { return IsStopRequested(); };
+  }
   bool HasFastI2c() const;
-  Result SendI2cCommands(std::span<const I2cCommand> commands, std::uint32_t length,
-                         std::span<std::uint8_t> block);
-  Result ReadI2cBlocks(std::vector<ListEntry>& list, std::uint32_t slave_address,
-                       std::uint32_t start_address, std::uint32_t end_address, std::uint32_t mode);
-  Result ReadI2cSteps(std::vector<ListEntry>& list, std::uint32_t slave_address,
-                      std::uint32_t start_address, std::uint32_t end_address, std::uint32_t mode);
-  Result WriteI2cSteps(const std::vector<ListEntry>& list);
-  Result WriteI2cPackets(const std::vector<ListEntry>& list, std::uint32_t option);
-
-  Result SendFlashBlock(const FlashBlock& command);
-  // Makes a failed read's exchange anew at the words around its address.
-  void RetryFlashRead(std::uint32_t address, std::uint32_t length);
-
-  // Repeats until the first answer of 0, a few times at most.
-  Result SetWithRetries(std::uint32_t length, std::span<std::uint8_t> block);
-  Result EraseSectors(std::uint32_t start_address, std::uint32_t sector_count);
-  Result FastRead(std::vector<std::uint8_t>& output, std::uint32_t start_address,
-                  std::uint32_t end_address, const ProgressCallback& progress);
 
   std::string feature_text_;
 };

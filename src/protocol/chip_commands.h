@@ -25,7 +25,6 @@ constexpr std::size_t kRegisterCommandLength = 4;
 constexpr std::size_t kI2cCommandLength = 4;
 constexpr std::size_t kI2cBlockLength = 12;
 constexpr std::size_t kFlashBlockLength = 11;
-constexpr std::size_t kPacketLength = 64;
 
 // Wide register commands: the high nibble says which half is carried, the low one the direction.
 namespace wide_register {

@@ -1,9 +1,7 @@
-// Flash words and erases, one at a time, on selector 3.
+#include "protocol/flash_access.h"
 
 #include <algorithm>
 
-#include "device/hexadecimal_text.h"
-#include "protocol/borvan_usb_q7.h"
 #include "protocol/flash_blocks.h"
 
 namespace borvan {
@@ -18,64 +16,28 @@ void PutBlock(std::span<std::uint8_t> buffer, const FlashBlock& block) {
   std::copy(block.begin(), block.end(), buffer.begin());
 }
 
-}  // namespace
-
-Result BorvanUsb_Q7::SendFlashBlock(const FlashBlock& command) {
-  const LengthReport report = QueryLength(Selector::kFlash);
+Result SendFlashBlock(const CommandChannel& channel, const FlashBlock& command) {
+  if (!channel.IsOpen()) {
+    return kNullPointer;
+  }
+  const LengthReport report = channel.QueryLength(Selector::kFlash);
   if (HasFailed(report.result)) {
     return report.result;
   }
-  std::vector<std::uint8_t> block = MakeBlock(report.length, kFlashBlockLength);
+  std::vector<std::uint8_t> block = MakeTransferBuffer(report.length, kFlashBlockLength);
   PutBlock(block, command);
-  return Set(Selector::kFlash, report.length, block);
+  return channel.Set(Selector::kFlash, report.length, block);
 }
 
-Result BorvanUsb_Q7::FlashWrite(std::string address, std::string value) {
-  if (!Channel().IsOpen()) {
-    return kNullPointer;
-  }
-  return SendFlashBlock(FlashWriteWord(ParseUnsignedLong(address), ParseUnsignedLong(value)));
-}
-
-Result BorvanUsb_Q7::FlashErase(std::string address) {
-  if (!Channel().IsOpen()) {
-    return kNullPointer;
-  }
-  return SendFlashBlock(FlashEraseSector(ParseUnsignedLong(address)));
-}
-
-Result BorvanUsb_Q7::FlashRead(std::string address, std::string& value) {
-  if (!Channel().IsOpen()) {
-    return kNullPointer;
-  }
-  const LengthReport report = QueryLength(Selector::kFlash);
-  if (HasFailed(report.result)) {
-    return report.result;
-  }
-  const std::uint32_t address_number = ParseUnsignedLong(address);
-  std::vector<std::uint8_t> block = MakeBlock(report.length, kFlashBlockLength);
-  PutBlock(block, FlashReadWord(address_number));
-  static_cast<void>(Set(Selector::kFlash, report.length, block));
-  if (HasFailed(Get(Selector::kFlash, report.length, block))) {
-    RetryFlashRead(address_number, report.length);
-    return kNoUsableAnswer;
-  }
-  auto answer = FlashWordValue(block);
-  if (!answer.has_value()) {
-    return kNoUsableAnswer;
-  }
-  value = std::move(*answer);
-  return kOk;
-}
-
-void BorvanUsb_Q7::RetryFlashRead(std::uint32_t address, std::uint32_t length) {
-  std::vector<std::uint8_t> request = MakeBlock(length, kFlashBlockLength);
-  std::vector<std::uint8_t> reply = MakeBlock(length, kFlashBlockLength);
+// Makes a failed read's exchange anew at the words around its address.
+void RetryFlashRead(const CommandChannel& channel, std::uint32_t address, std::uint32_t length) {
+  std::vector<std::uint8_t> request = MakeTransferBuffer(length, kFlashBlockLength);
+  std::vector<std::uint8_t> reply = MakeTransferBuffer(length, kFlashBlockLength);
   const auto read_word = [&](std::uint32_t word_address) {
     PutBlock(request, FlashReadWord(word_address));
     std::fill(reply.begin(), reply.end(), std::uint8_t{0});
-    static_cast<void>(Set(Selector::kFlash, length, request));
-    return Succeeded(Get(Selector::kFlash, length, reply));
+    static_cast<void>(channel.Set(Selector::kFlash, length, request));
+    return Succeeded(channel.Get(Selector::kFlash, length, reply));
   };
   // The two words that would hold the one asked for, were it not aligned. What they give is
   // deliberately not delivered: hosts know a failed read by the value 0.
@@ -86,6 +48,39 @@ void BorvanUsb_Q7::RetryFlashRead(std::uint32_t address, std::uint32_t length) {
       return;
     }
   }
+}
+
+}  // namespace
+
+Result WriteFlash(const CommandChannel& channel, std::uint32_t address, std::uint32_t value) {
+  return SendFlashBlock(channel, FlashWriteWord(address, value));
+}
+
+Result EraseFlash(const CommandChannel& channel, std::uint32_t address) {
+  return SendFlashBlock(channel, FlashEraseSector(address));
+}
+
+Result ReadFlash(const CommandChannel& channel, std::uint32_t address, std::string& value) {
+  if (!channel.IsOpen()) {
+    return kNullPointer;
+  }
+  const LengthReport report = channel.QueryLength(Selector::kFlash);
+  if (HasFailed(report.result)) {
+    return report.result;
+  }
+  std::vector<std::uint8_t> block = MakeTransferBuffer(report.length, kFlashBlockLength);
+  PutBlock(block, FlashReadWord(address));
+  static_cast<void>(channel.Set(Selector::kFlash, report.length, block));
+  if (HasFailed(channel.Get(Selector::kFlash, report.length, block))) {
+    RetryFlashRead(channel, address, report.length);
+    return kNoUsableAnswer;
+  }
+  auto answer = FlashWordValue(block);
+  if (!answer.has_value()) {
+    return kNoUsableAnswer;
+  }
+  value = std::move(*answer);
+  return kOk;
 }
 
 }  // namespace borvan

@@ -2,8 +2,8 @@
 
 #include <algorithm>
 
-#include "device/hexadecimal_text.h"
-#include "protocol/byte_order.h"
+#include "base/byte_order.h"
+#include "base/hexadecimal_text.h"
 
 namespace borvan {
 namespace {
@@ -16,7 +16,7 @@ constexpr std::size_t kPacketAddress = 0;
 constexpr std::size_t kPacketData = 4;
 static_assert(kPacketData + flash::kPieceSize == kPacketLength);
 
-FlashBlock MakeBlock(std::uint8_t opcode, std::uint32_t address, std::uint32_t value) {
+FlashBlock MakeFlashBlock(std::uint8_t opcode, std::uint32_t address, std::uint32_t value) {
   FlashBlock block{};
   block[0] = opcode;
   PutBigEndian32(std::span(block).subspan<kBlockAddress, kWordSize>(), address);
@@ -27,15 +27,15 @@ FlashBlock MakeBlock(std::uint8_t opcode, std::uint32_t address, std::uint32_t v
 }  // namespace
 
 FlashBlock FlashWriteWord(std::uint32_t address, std::uint32_t value) {
-  return MakeBlock(flash::kWriteWord, address, value);
+  return MakeFlashBlock(flash::kWriteWord, address, value);
 }
 
 FlashBlock FlashReadWord(std::uint32_t address) {
-  return MakeBlock(flash::kReadWord, address, 0);
+  return MakeFlashBlock(flash::kReadWord, address, 0);
 }
 
 FlashBlock FlashEraseSector(std::uint32_t address) {
-  return MakeBlock(flash::kErase, address, 0);
+  return MakeFlashBlock(flash::kErase, address, 0);
 }
 
 std::optional<std::string> FlashWordValue(std::span<const std::uint8_t> reply) {

@@ -8,12 +8,12 @@
 #include <span>
 #include <string>
 
+#include "base/packet.h"
 #include "protocol/chip_commands.h"
 
 namespace borvan {
 
 using FlashBlock = std::array<std::uint8_t, kFlashBlockLength>;
-using Packet = std::array<std::uint8_t, kPacketLength>;
 
 FlashBlock FlashWriteWord(std::uint32_t address, std::uint32_t value);
 FlashBlock FlashReadWord(std::uint32_t address);

@@ -1,8 +1,7 @@
-// Reading a range of flash, 64 bytes a transfer, on selector 5.
+#include "protocol/flash_bulk_read.h"
 
 #include <algorithm>
 
-#include "protocol/borvan_usb_q7.h"
 #include "protocol/flash_blocks.h"
 #include "protocol/flash_image.h"
 
@@ -11,7 +10,6 @@ namespace {
 
 constexpr std::uint32_t kGroupSize = 8;
 constexpr std::uint32_t kGroupsPerPacket = kPacketLength / kGroupSize;
-constexpr std::int32_t kDone = 100;
 
 // Ranges up to the size of a large flash get their memory at once. Larger ones grow as the device
 // delivers: a mistaken end address must not ask for gigabytes first.
@@ -19,23 +17,17 @@ constexpr std::uint64_t kLargestReserve = 64U << 20U;
 
 }  // namespace
 
-Result BorvanUsb_Q7::FlashQuickReadImage(std::vector<std::uint8_t>& output,
-                                         std::uint32_t start_address, std::uint32_t end_address,
-                                         ProgressCallback progress) {
+Result ReadFlashRange(const CommandChannel& channel, std::uint32_t start_address,
+                      std::uint32_t end_address, const StopQuery& stop_requested,
+                      const ProgressCallback& progress, std::vector<std::uint8_t>& output) {
   // Only whether the unit answers counts here; the reads go through another selector.
-  std::uint32_t ignored_length = 0;
-  if (HasFailed(ChannelGetLength(static_cast<std::uint32_t>(Selector::kFlash), &ignored_length))) {
+  if (HasFailed(channel.CheckAnswer(Selector::kFlash))) {
     return ToResult(StatusCode::kLengthQueryFailed);
   }
   if (end_address < start_address) {
     return ToResult(StatusCode::kInvalidAddress);
   }
-  return FastRead(output, start_address, end_address, progress);
-}
-
-Result BorvanUsb_Q7::FastRead(std::vector<std::uint8_t>& output, std::uint32_t start_address,
-                              std::uint32_t end_address, const ProgressCallback& progress) {
-  const LengthReport report = QueryLength(Selector::kFlashFastRead);
+  const LengthReport report = channel.QueryLength(Selector::kFlashFastRead);
   if (HasFailed(report.result)) {
     return ToResult(StatusCode::kFastInterfaceFailed);
   }
@@ -44,19 +36,19 @@ Result BorvanUsb_Q7::FastRead(std::vector<std::uint8_t>& output, std::uint32_t s
   output.reserve(output.size() + std::min(size, kLargestReserve));
 
   Result result = report.result;
-  std::vector<std::uint8_t> block = MakeBlock(report.length, kPacketLength);
+  std::vector<std::uint8_t> block = MakeTransferBuffer(report.length, kPacketLength);
   FlashReadProgress percentages(group_count);
   std::uint32_t address = start_address;
   std::uint32_t group = 0;
   while (group <= group_count) {
-    if (IsStopRequested()) {
+    if (stop_requested()) {
       return ToResult(StatusCode::kTerminated);
     }
     const Packet request = FlashReadRequest(address);
     std::fill(std::copy(request.begin(), request.end(), block.begin()), block.end(),
               std::uint8_t{0});
-    static_cast<void>(Set(Selector::kFlashFastRead, report.length, block));
-    result = Get(Selector::kFlashFastRead, report.length, block);
+    static_cast<void>(channel.Set(Selector::kFlashFastRead, report.length, block));
+    result = channel.Get(Selector::kFlashFastRead, report.length, block);
     // Any answer but 0 asks for the same address again, without limit or pause: only a stop request
     // or a later success ends the repetition.
     if (result == kOk) {
@@ -71,7 +63,7 @@ Result BorvanUsb_Q7::FastRead(std::vector<std::uint8_t>& output, std::uint32_t s
       address += groups * kGroupSize;
     }
     if (group_count == 0) {
-      progress(kOk, kDone);
+      progress(kOk, kDonePercent);
       break;
     }
     if (const auto percent = percentages.After(group); percent && progress) {

@@ -3,10 +3,10 @@
 #include <algorithm>
 #include <array>
 
+#include "base/progress_callback.h"
+
 namespace borvan {
 namespace {
-
-constexpr std::int32_t kDone = 100;
 
 constexpr std::array<std::uint8_t, flash::kPieceSize> kBlankPiece = [] {
   std::array<std::uint8_t, flash::kPieceSize> piece{};
@@ -15,7 +15,7 @@ constexpr std::array<std::uint8_t, flash::kPieceSize> kBlankPiece = [] {
 }();
 
 std::optional<std::int32_t> Rising(std::int32_t percent, std::int32_t& last) {
-  if (percent <= last || percent == kDone) {
+  if (percent <= last || percent == kDonePercent) {
     return std::nullopt;
   }
   last = percent;
@@ -47,7 +47,7 @@ bool IsBlankPiece(std::span<const std::uint8_t, flash::kPieceSize> piece) {
 
 std::optional<std::int32_t> FlashWriteProgress::NextPiece() {
   const std::uint32_t accumulator = accumulator_;
-  accumulator_ += static_cast<std::uint32_t>(flash::kPieceSize) * kDone;
+  accumulator_ += static_cast<std::uint32_t>(flash::kPieceSize) * kDonePercent;
   // Spares nearly every piece the division.
   if (accumulator < static_cast<std::uint64_t>(last_ + 1) * padded_size_) {
     return std::nullopt;
@@ -57,7 +57,8 @@ std::optional<std::int32_t> FlashWriteProgress::NextPiece() {
 
 std::optional<std::int32_t> FlashReadProgress::After(std::uint32_t groups_read) {
   // 32-bit arithmetic that wraps: hosts see the same percentages for ranges above 171 MB.
-  const auto scaled = static_cast<std::int32_t>(groups_read * static_cast<std::uint32_t>(kDone));
+  const auto scaled =
+      static_cast<std::int32_t>(groups_read * static_cast<std::uint32_t>(kDonePercent));
   return Rising(scaled / static_cast<std::int32_t>(group_count_), last_);
 }
 

@@ -1,53 +1,46 @@
-// Registers of devices on the chip's I2C bus, one at a time, on selector 2.
-
-#include "device/hexadecimal_text.h"
-#include "protocol/borvan_usb_q7.h"
-#include "protocol/i2c_blocks.h"
+#include "protocol/i2c_access.h"
 
 namespace borvan {
+namespace {
 
-Result BorvanUsb_Q7::CheckI2cChannel() {
-  if (!Channel().IsOpen()) {
+// kOk when single accesses can be made. A single access always moves 12 bytes, whatever length the
+// device reports.
+Result CheckI2cChannel(const CommandChannel& channel) {
+  if (!channel.IsOpen()) {
     return kNullPointer;
   }
-  // The length itself plays no part: a single access always moves 12 bytes.
-  std::uint32_t ignored_length = 0;
-  if (HasFailed(ChannelGetLength(static_cast<std::uint32_t>(Selector::kI2c), &ignored_length))) {
+  if (HasFailed(channel.CheckAnswer(Selector::kI2c))) {
     return ToResult(StatusCode::kLengthQueryFailed);
   }
   return kOk;
 }
 
-Result BorvanUsb_Q7::I2cWrite(std::string slave, std::string register_address, std::string value,
-                              std::int32_t mode, std::uint32_t option) {
-  const Result ready = CheckI2cChannel();
+}  // namespace
+
+Result WriteI2c(const CommandChannel& channel, const I2cAccess& access, std::uint32_t value) {
+  const Result ready = CheckI2cChannel(channel);
   if (HasFailed(ready)) {
     return ready;
   }
-  const I2cAccess access = {ParseUnsignedLong(slave), ParseUnsignedLong(register_address), mode,
-                            option};
-  I2cBlock block = I2cWriteBlock(access, ParseUnsignedLong(value));
-  return Set(Selector::kI2c, kI2cBlockLength, block);
+  I2cBlock block = I2cWriteBlock(access, value);
+  return channel.Set(Selector::kI2c, kI2cBlockLength, block);
 }
 
-Result BorvanUsb_Q7::I2cRead(std::string slave, std::string register_address, std::string& value,
-                             std::int32_t mode, std::uint32_t option) {
-  const Result ready = CheckI2cChannel();
+Result ReadI2c(const CommandChannel& channel, const I2cAccess& access, std::string& value) {
+  const Result ready = CheckI2cChannel(channel);
   if (HasFailed(ready)) {
     return ready;
   }
-  const I2cAccess access = {ParseUnsignedLong(slave), ParseUnsignedLong(register_address), mode,
-                            option};
   I2cBlock block = I2cReadBlock(access);
-  const Result sent = Set(Selector::kI2c, kI2cBlockLength, block);
+  const Result sent = channel.Set(Selector::kI2c, kI2cBlockLength, block);
   if (HasFailed(sent)) {
     return sent;
   }
-  const Result result = Get(Selector::kI2c, kI2cBlockLength, block);
+  const Result result = channel.Get(Selector::kI2c, kI2cBlockLength, block);
   if (HasFailed(result)) {
     return result;
   }
-  if (auto answer = I2cReadValue(block, mode)) {
+  if (auto answer = I2cReadValue(block, access.mode)) {
     value = std::move(*answer);
   }
   return result;

@@ -1,7 +1,7 @@
 #include "protocol/i2c_blocks.h"
 
-#include "device/hexadecimal_text.h"
-#include "protocol/byte_order.h"
+#include "base/byte_order.h"
+#include "base/hexadecimal_text.h"
 
 namespace borvan {
 namespace {

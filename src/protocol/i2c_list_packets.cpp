@@ -4,7 +4,7 @@
 #include <array>
 #include <optional>
 
-#include "protocol/byte_order.h"
+#include "base/byte_order.h"
 #include "protocol/i2c_list_plan.h"
 
 namespace borvan {

@@ -6,9 +6,8 @@
 #include <cstdint>
 #include <vector>
 
-#include "device/list_entry.h"
-#include "device/result.h"
-#include "protocol/flash_blocks.h"
+#include "base/list_entry.h"
+#include "base/packet.h"
 #include "protocol/i2c_blocks.h"
 
 namespace borvan {

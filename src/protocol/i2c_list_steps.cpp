@@ -1,6 +1,6 @@
 // The step path of an I2C list: three 4-byte commands a register.
 
-#include "protocol/byte_order.h"
+#include "base/byte_order.h"
 #include "protocol/i2c_list_plan.h"
 
 namespace borvan {

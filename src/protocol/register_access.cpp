@@ -1,9 +1,5 @@
-// Chip registers, one at a time, on selector 1.
+#include "protocol/register_access.h"
 
-#include <algorithm>
-
-#include "device/hexadecimal_text.h"
-#include "protocol/borvan_usb_q7.h"
 #include "protocol/register_blocks.h"
 
 namespace borvan {
@@ -13,64 +9,17 @@ namespace {
 constexpr std::uint8_t kWideRead = 1;
 constexpr std::uint8_t kByteWrite = 0;
 
-}  // namespace
-
-// Earlier steps of a command are deliberately not looked at: only the last one's result counts.
-Result BorvanUsb_Q7::SendRegisterCommands(std::span<const RegisterCommand> commands,
-                                          std::uint32_t length, std::span<std::uint8_t> block) {
-  Result result = kOk;
-  for (const RegisterCommand& command : commands) {
-    std::copy(command.begin(), command.end(), block.begin());
-    result = Set(Selector::kRegister, length, block);
-  }
-  return result;
-}
-
-Result BorvanUsb_Q7::RegisterWrite(std::string address, std::string value,
-                                   std::uint8_t width_flag) {
-  if (!Channel().IsOpen()) {
-    return kNullPointer;
-  }
-  const LengthReport report = QueryLength(Selector::kRegister);
-  if (HasFailed(report.result)) {
-    return ToResult(StatusCode::kLengthQueryFailed);
-  }
-  std::vector<std::uint8_t> block = MakeBlock(report.length, kRegisterCommandLength);
-  const std::uint32_t address_number = ParseUnsignedLong(address);
-  const std::uint32_t value_number = ParseUnsignedLong(value);
-  if (width_flag == kByteWrite) {
-    return SendRegisterCommands(ByteRegisterWrite(address_number, value_number), report.length,
-                                block);
-  }
-  return SendRegisterCommands(WideRegisterWrite(address_number, value_number), report.length,
-                              block);
-}
-
-Result BorvanUsb_Q7::RegisterRead(std::string address, std::string& value,
-                                  std::uint8_t width_flag) {
-  if (!Channel().IsOpen()) {
-    return kNullPointer;
-  }
-  const LengthReport report = QueryLength(Selector::kRegister);
-  if (HasFailed(report.result)) {
-    return ToResult(StatusCode::kLengthQueryFailed);
-  }
-  std::vector<std::uint8_t> block = MakeBlock(report.length, kRegisterCommandLength);
-  const std::uint32_t address_number = ParseUnsignedLong(address);
-  return width_flag == kWideRead ? ReadWideRegister(address_number, report.length, block, value)
-                                 : ReadByteRegister(address_number, report.length, block, value);
-}
-
-Result BorvanUsb_Q7::ReadWideRegister(std::uint32_t address, std::uint32_t length,
-                                      std::span<std::uint8_t> block, std::string& value) {
-  const Result sent = SendRegisterCommands(WideRegisterRead(address), length, block);
+Result ReadWideRegister(const CommandChannel& channel, std::uint32_t address, std::uint32_t length,
+                        std::span<std::uint8_t> block, std::string& value) {
+  const Result sent =
+      channel.SetSteps(Selector::kRegister, WideRegisterRead(address), length, block);
   if (HasFailed(sent)) {
     return sent;
   }
   // The low half is taken from the block even when its get failed: the tag alone decides.
-  static_cast<void>(Get(Selector::kRegister, length, block));
+  static_cast<void>(channel.Get(Selector::kRegister, length, block));
   const auto low = WideReadLowHalf(block);
-  const Result result = Get(Selector::kRegister, length, block);
+  const Result result = channel.Get(Selector::kRegister, length, block);
   if (HasFailed(result)) {
     return result;
   }
@@ -81,13 +30,14 @@ Result BorvanUsb_Q7::ReadWideRegister(std::uint32_t address, std::uint32_t lengt
   return result;
 }
 
-Result BorvanUsb_Q7::ReadByteRegister(std::uint32_t address, std::uint32_t length,
-                                      std::span<std::uint8_t> block, std::string& value) {
-  const Result sent = SendRegisterCommands(ByteRegisterRead(address), length, block);
+Result ReadByteRegister(const CommandChannel& channel, std::uint32_t address, std::uint32_t length,
+                        std::span<std::uint8_t> block, std::string& value) {
+  const Result sent =
+      channel.SetSteps(Selector::kRegister, ByteRegisterRead(address), length, block);
   if (HasFailed(sent)) {
     return sent;
   }
-  const Result result = Get(Selector::kRegister, length, block);
+  const Result result = channel.Get(Selector::kRegister, length, block);
   if (HasFailed(result)) {
     return result;
   }
@@ -95,6 +45,40 @@ Result BorvanUsb_Q7::ReadByteRegister(std::uint32_t address, std::uint32_t lengt
     value = std::move(*answer);
   }
   return result;
+}
+
+}  // namespace
+
+Result WriteRegister(const CommandChannel& channel, std::uint32_t address, std::uint32_t value,
+                     std::uint8_t width_flag) {
+  if (!channel.IsOpen()) {
+    return kNullPointer;
+  }
+  const LengthReport report = channel.QueryLength(Selector::kRegister);
+  if (HasFailed(report.result)) {
+    return ToResult(StatusCode::kLengthQueryFailed);
+  }
+  std::vector<std::uint8_t> block = MakeTransferBuffer(report.length, kRegisterCommandLength);
+  if (width_flag == kByteWrite) {
+    return channel.SetSteps(Selector::kRegister, ByteRegisterWrite(address, value), report.length,
+                            block);
+  }
+  return channel.SetSteps(Selector::kRegister, WideRegisterWrite(address, value), report.length,
+                          block);
+}
+
+Result ReadRegister(const CommandChannel& channel, std::uint32_t address, std::uint8_t width_flag,
+                    std::string& value) {
+  if (!channel.IsOpen()) {
+    return kNullPointer;
+  }
+  const LengthReport report = channel.QueryLength(Selector::kRegister);
+  if (HasFailed(report.result)) {
+    return ToResult(StatusCode::kLengthQueryFailed);
+  }
+  std::vector<std::uint8_t> block = MakeTransferBuffer(report.length, kRegisterCommandLength);
+  return width_flag == kWideRead ? ReadWideRegister(channel, address, report.length, block, value)
+                                 : ReadByteRegister(channel, address, report.length, block, value);
 }
 
 }  // namespace borvan

@@ -1,11 +1,11 @@
-// Runs and lists of chip registers, on selector 7.
+#include "protocol/register_list.h"
 
 #include <algorithm>
 #include <chrono>
 #include <thread>
 
-#include "protocol/borvan_usb_q7.h"
-#include "protocol/byte_order.h"
+#include "base/byte_order.h"
+#include "protocol/register_blocks.h"
 #include "protocol/register_list_plan.h"
 
 namespace borvan {
@@ -16,22 +16,22 @@ constexpr Result kNoListHeader = 11;
 
 }  // namespace
 
-Result BorvanUsb_Q7::RegisterReadList(std::vector<ListEntry>& list, std::uint32_t start_address,
-                                      std::uint32_t end_address, ProgressCallback /*progress*/) {
-  const LengthReport report = QueryLength(Selector::kRegisterBlock);
+Result ReadRegisterRun(const CommandChannel& channel, std::uint32_t start_address,
+                       std::uint32_t end_address, std::vector<ListEntry>& list) {
+  const LengthReport report = channel.QueryLength(Selector::kRegisterBlock);
   if (HasFailed(report.result)) {
     return report.result;
   }
   // Zeroed once: later requests carry the reply before them behind their head.
-  std::vector<std::uint8_t> block = MakeBlock(report.length, kPacketLength);
+  std::vector<std::uint8_t> block = MakeTransferBuffer(report.length, kPacketLength);
   Result result = report.result;
   const std::uint32_t first = start_address & 0xFFFFU;
   const std::uint32_t last = end_address & 0xFFFFU;
   for (std::uint32_t block_start = first; block_start <= last; block_start += kBlockReadCount) {
     PutRegisterBlockRead(std::span(block).first<kBlockReadHead>(), start_address,
                          static_cast<std::uint16_t>(block_start));
-    static_cast<void>(Set(Selector::kRegisterBlock, report.length, block));
-    result = Get(Selector::kRegisterBlock, report.length, block);
+    static_cast<void>(channel.Set(Selector::kRegisterBlock, report.length, block));
+    result = channel.Get(Selector::kRegisterBlock, report.length, block);
     if (block_start == first) {
       list.push_back({list_marker::kFirstDelay, ByteOf(start_address, 3)});
       list.push_back({list_marker::kSecondDelay, ByteOf(start_address, 2)});
@@ -45,13 +45,12 @@ Result BorvanUsb_Q7::RegisterReadList(std::vector<ListEntry>& list, std::uint32_
   return result;
 }
 
-Result BorvanUsb_Q7::RegisterWriteList(std::vector<ListEntry> list, std::uint32_t /*ignored*/,
-                                       ProgressCallback /*progress*/) {
+Result WriteRegisterList(const CommandChannel& channel, std::vector<ListEntry> list) {
   DropTrailingMarks(list);
   if (list.empty()) {
     return kOk;
   }
-  const LengthReport report = QueryLength(Selector::kRegisterBlock);
+  const LengthReport report = channel.QueryLength(Selector::kRegisterBlock);
   if (HasFailed(report.result)) {
     return report.result;
   }
@@ -62,11 +61,11 @@ Result BorvanUsb_Q7::RegisterWriteList(std::vector<ListEntry> list, std::uint32_
   for (const std::uint32_t pause : plan.pauses) {
     std::this_thread::sleep_for(std::chrono::milliseconds(pause));
   }
-  std::vector<std::uint8_t> block = MakeBlock(report.length, kPacketLength);
+  std::vector<std::uint8_t> block = MakeTransferBuffer(report.length, kPacketLength);
   Result result = report.result;
   for (const RegisterListBlock& planned : plan.blocks) {
     std::copy(planned.packet.begin(), planned.packet.end(), block.begin());
-    const Result sent = Set(Selector::kRegisterBlock, report.length, block);
+    const Result sent = channel.Set(Selector::kRegisterBlock, report.length, block);
     if (HasFailed(sent)) {
       return ToResult(StatusCode::kFastInterfaceFailed);
     }

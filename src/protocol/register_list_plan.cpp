@@ -2,7 +2,8 @@
 
 #include <algorithm>
 
-#include "protocol/byte_order.h"
+#include "base/byte_order.h"
+#include "protocol/chip_commands.h"
 
 namespace borvan {
 namespace {

@@ -5,9 +5,8 @@
 #include <cstdint>
 #include <vector>
 
-#include "device/list_entry.h"
-#include "protocol/chip_commands.h"
-#include "protocol/flash_blocks.h"
+#include "base/list_entry.h"
+#include "base/packet.h"
 
 namespace borvan {
 

@@ -32,7 +32,7 @@ void ApiTest::StartWithChip() {
 
 bool ApiTest::JobEnded() {
   const auto device = borvan::GlobalInstance().Get();
-  return WaitUntil([&] { return !device->Jobs().jobRunning; });
+  return WaitUntil([&] { return !device->Jobs().job_running; });
 }
 
 }  // namespace borvan_test

@@ -312,7 +312,7 @@ TEST_F(RunningJobTest, UsbDestroyUSBReturnsWhileAJobRunsWhichGoesOnUnwatched) {
   EXPECT_TRUE(WaitUntil([&] { return chip->Flash(0, 1).at(0) == 'x'; }));
   EXPECT_TRUE(WaitUntil([&] {
     const auto device = instance.lock();
-    return device == nullptr || !device->Jobs().jobRunning;
+    return device == nullptr || !device->Jobs().job_running;
   }));
   EXPECT_EQ(GetProgressInfo(), 0U);
 }
@@ -325,7 +325,7 @@ TEST_F(RunningJobTest, UsbIniDeviceReturnsWhileAJobRunsWhichReportsToNobody) {
   EXPECT_TRUE(WaitUntil([&] { return chip->Flash(0, 1).at(0) == 'x'; }));
   EXPECT_TRUE(WaitUntil([&] {
     const auto device = instance.lock();
-    return device == nullptr || !device->Jobs().jobRunning;
+    return device == nullptr || !device->Jobs().job_running;
   }));
   EXPECT_EQ(GetProgressInfo(), 0U);
 }
@@ -346,7 +346,7 @@ TEST_F(RunningJobTest, SecondJobStartsAtOnceBesideTheFirst) {
   ASSERT_NE(device, nullptr);
   EXPECT_TRUE(UsbFlashQuickReadFile(folder.Path("dump.bin").c_str(), 1, 0));
   // Whichever ends first clears the flags of both.
-  EXPECT_TRUE(WaitUntil([&] { return !device->Jobs().jobRunning; }));
+  EXPECT_TRUE(WaitUntil([&] { return !device->Jobs().job_running; }));
   EXPECT_EQ(GetProgressInfo(), 0xE000000400000000U);
   EXPECT_EQ(chip->Flash(0, 1).at(0), 0xFF) << "the first has not ended";
   gates->leave.Open();

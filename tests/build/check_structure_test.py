@@ -31,13 +31,37 @@ class CheckStructureTest(unittest.TestCase):
     def test_order_from_exports_down_to_the_device_passes(self):
         self.assertEqual(complaints({
             "include/borvan_usb.h": "",
-            "src/device/base.h": "#include <vector>\n#include <borvan_usb.h>\n",
-            "src/files/list.h": '#include "device/base.h"\n',
+            "src/base/entry.h": "#include <vector>\n",
+            "src/base/entry.cpp": '#include "base/entry.h"\n',
+            "src/device/base.h": '#include <borvan_usb.h>\n#include "base/entry.h"\n',
+            "src/files/list.h": '#include "base/entry.h"\n',
             "src/protocol/chip.h": '#include "device/base.h"\n',
             "src/jobs/job.h": '#include "files/list.h"\n#include "device/base.h"\n',
             "src/api/exports.cpp": '#include "jobs/job.h"\n#include "protocol/chip.h"\n',
             "tools/tool.cpp": '#include "files/list.h"\n#include "gtest/gtest.h"\n',
         }), [])
+
+    def test_finds_a_leaf_that_includes_anything_of_ours(self):
+        for name in ("base/other.h", "device/base.h", "borvan_usb.h"):
+            self.assert_one(complaints({
+                "include/borvan_usb.h": "",
+                "src/base/other.h": "",
+                "src/device/base.h": "",
+                "src/base/entry.h": f'#include "{name}"\n',
+            }), "src/base/entry.h", name)
+
+    def test_finds_a_leafs_source_including_another_leaf(self):
+        self.assert_one(complaints({
+            "src/base/entry.h": "",
+            "src/base/other.h": "",
+            "src/base/entry.cpp": '#include "base/entry.h"\n#include "base/other.h"\n',
+        }), "src/base/entry.cpp", "src/base/other.h")
+
+    def test_finds_files_including_the_device(self):
+        self.assert_one(complaints({
+            "src/device/base.h": "",
+            "src/files/list.cpp": '#include "device/base.h"\n',
+        }), "src/files/list.cpp", "src/device/base.h")
 
     def test_finds_device_including_protocol(self):
         self.assert_one(complaints({

@@ -19,10 +19,10 @@ TEST_F(BaseOperationsTest, StateAtConstruction) {
   EXPECT_EQ(base.GetSelectedIndex(), 0);
   EXPECT_EQ(base.GetSelectedDevice().path, "");
   EXPECT_EQ(base.GetSelectedDevice().moniker, nullptr);
-  EXPECT_EQ(base.Jobs().progressPercent, 0);
-  EXPECT_EQ(base.Jobs().progressStatus, 0);
-  EXPECT_FALSE(base.Jobs().stopRequested);
-  EXPECT_FALSE(base.Jobs().jobRunning);
+  EXPECT_EQ(base.Jobs().progress_percent, 0);
+  EXPECT_EQ(base.Jobs().progress_status, 0);
+  EXPECT_FALSE(base.Jobs().stop_requested);
+  EXPECT_FALSE(base.Jobs().job_running);
   EXPECT_EQ(base.MarkerSkip(), 1);
 }
 
@@ -153,9 +153,9 @@ TEST_F(BaseOperationsTest, ProbeReadsRegisterZeroAsAByte) {
 
 TEST_F(BaseOperationsTest, StopIsRequestedAsTheFlagSays) {
   EXPECT_FALSE(base.IsStopRequested());
-  base.Jobs().stopRequested = true;
+  base.Jobs().stop_requested = true;
   EXPECT_TRUE(base.IsStopRequested());
-  base.Jobs().stopRequested = false;
+  base.Jobs().stop_requested = false;
   EXPECT_FALSE(base.IsStopRequested());
 }
 

@@ -1,6 +1,6 @@
 // The lock that the channel takes for a few instructions.
 
-#include "device/short_lock.h"
+#include "base/short_lock.h"
 
 #include <gtest/gtest.h>
 

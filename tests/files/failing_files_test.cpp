@@ -26,8 +26,8 @@ class FailingFilesTest : public testing::Test {
     ASSERT_TRUE(recorder.JobsEnded());
     ASSERT_EQ(recorder.Reports().size(), 1U);
     EXPECT_EQ(recorder.Reports().at(0), kFileError);
-    EXPECT_FALSE(device->Jobs().jobRunning);
-    EXPECT_FALSE(device->Jobs().stopRequested);
+    EXPECT_FALSE(device->Jobs().job_running);
+    EXPECT_FALSE(device->Jobs().stop_requested);
   }
 
   void ExpectAFileErrorAfterTheHundred(const std::string& path) {
@@ -40,7 +40,7 @@ class FailingFilesTest : public testing::Test {
     ASSERT_EQ(recorder.Reports().size(), 2U);
     EXPECT_EQ(recorder.Reports().at(0), (std::pair{0U, 100}));
     EXPECT_EQ(recorder.Reports().at(1), kFileError);
-    EXPECT_FALSE(device->Jobs().jobRunning);
+    EXPECT_FALSE(device->Jobs().job_running);
   }
 
   // Both run reads give an entry; `path` takes none of its bytes.
@@ -60,7 +60,7 @@ class FailingFilesTest : public testing::Test {
     EXPECT_EQ(recorder.Reports().at(1), kFileError);
     EXPECT_EQ(recorder.Reports().at(2), (std::pair{0U, 100}));
     EXPECT_EQ(recorder.Reports().at(3), kFileError);
-    EXPECT_FALSE(device->Jobs().jobRunning);
+    EXPECT_FALSE(device->Jobs().job_running);
   }
 
   const TemporaryFolder folder;
@@ -140,7 +140,7 @@ TEST_F(FailingFilesTest, ImageThatIsGoneWhenTheJobOpensItIsAFileError) {
   };
   {
     borvan::FlashWriteJob job{folder.Path("gone.bin"), device, recorder.Callback(), "0"};
-    device->Jobs().jobRunning = true;
+    device->Jobs().job_running = true;
     borvan::RunFlashWriteJob(job);
   }
   ExpectOnlyAFileError();

@@ -114,7 +114,7 @@ TEST_F(FlashImageFileTest, FolderIsAFileErrorOfTheJob) {
   ASSERT_EQ(reports.size(), 1U);
   EXPECT_EQ(reports.at(0), (std::pair{0xE000000AU, -1}));
   EXPECT_FALSE(reached);
-  EXPECT_FALSE(device->Jobs().jobRunning);
+  EXPECT_FALSE(device->Jobs().job_running);
 }
 
 }  // namespace

@@ -114,7 +114,7 @@ TEST_F(FlashRoundTripTest, ReadThatIsStoppedAfterSomePacketsLeavesADumpOfThem) {
   chip->Intercept([&](const Transfer& transfer) -> std::optional<borvan::Result> {
     if (transfer.request.id == 5 && transfer.request.flags == kGetFlags &&
         !transfer.is_length_query && ++gets > 1) {
-      device->Jobs().stopRequested = true;
+      device->Jobs().stop_requested = true;
       return static_cast<borvan::Result>(0x8007001F);
     }
     return std::nullopt;
@@ -123,7 +123,7 @@ TEST_F(FlashRoundTripTest, ReadThatIsStoppedAfterSomePacketsLeavesADumpOfThem) {
   ASSERT_TRUE(recorder.JobsEnded());
   EXPECT_EQ(recorder.Reports().back(), (std::pair{0xE0000006U, -1}));
   EXPECT_EQ(folder.Content("dump.bin"), std::string(64, '\x5A'));
-  EXPECT_FALSE(device->Jobs().stopRequested);
+  EXPECT_FALSE(device->Jobs().stop_requested);
 }
 
 }  // namespace

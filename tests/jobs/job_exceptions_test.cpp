@@ -40,7 +40,7 @@ class JobExceptionsTest : public testing::Test {
     for (const Thrown& thrown : ThingsThrown()) {
       SCOPED_TRACE(thrown.name);
       device->SetEveryOperation([&] {
-        device->Jobs().stopRequested = true;
+        device->Jobs().stop_requested = true;
         thrown.raise();
         return borvan::Result{0};
       });
@@ -51,8 +51,8 @@ class JobExceptionsTest : public testing::Test {
       ASSERT_EQ(reports.size(), 1U);
       EXPECT_EQ(reports.at(0), (std::pair{thrown.status, -1}));
       EXPECT_TRUE(reports.at(0).job_running) << "the flags are cleared after the report";
-      EXPECT_FALSE(device->Jobs().jobRunning);
-      EXPECT_FALSE(device->Jobs().stopRequested);
+      EXPECT_FALSE(device->Jobs().job_running);
+      EXPECT_FALSE(device->Jobs().stop_requested);
     }
   }
 
@@ -102,7 +102,7 @@ TEST_F(JobExceptionsTest, JobWithoutACallbackSurvivesThemToo) {
   device->flash_write = [](auto&&...) -> borvan::Result { throw "ERROR"; };
   EXPECT_EQ(borvan::StartFlashWriteJob(device, input, "0", {}), 0);
   EXPECT_TRUE(WaitUntil([&] { return device.use_count() == 1; }));
-  EXPECT_FALSE(device->Jobs().jobRunning);
+  EXPECT_FALSE(device->Jobs().job_running);
 }
 
 TEST_F(JobExceptionsTest, CallbackThatThrowsAtTheReportOfAFailureEndsTheJobAllTheSame) {
@@ -115,7 +115,7 @@ TEST_F(JobExceptionsTest, CallbackThatThrowsAtTheReportOfAFailureEndsTheJobAllTh
   EXPECT_EQ(borvan::StartFlashWriteJob(device, input, "0", throwing), 0);
   EXPECT_TRUE(WaitUntil([&] { return device.use_count() == 1; }));
   EXPECT_EQ(reports, 1);
-  EXPECT_FALSE(device->Jobs().jobRunning);
+  EXPECT_FALSE(device->Jobs().job_running);
 }
 
 TEST_F(JobExceptionsTest, AnotherJobRunsAfterwards) {

@@ -58,7 +58,8 @@ TEST_F(JobLifetimeTest, OperationThatReportsHundredItselfLeavesTwoClearTasks) {
   };
   borvan::StartFlashQuickReadJob(device, folder.Path("out.bin"), "0", "0",
                                  borvan::MakeProgressCallback(device));
-  EXPECT_TRUE(WaitUntil([&] { return !device->Jobs().jobRunning && device.use_count() == 1 + 2; }));
+  EXPECT_TRUE(
+      WaitUntil([&] { return !device->Jobs().job_running && device.use_count() == 1 + 2; }));
   EXPECT_EQ(borvan::ReadProgress(device->Jobs()), 100U);
 }
 
@@ -78,7 +79,7 @@ TEST_F(JobLifetimeTest, PercentageAboveHundredShowsStatusOneUntilTheNextReport) 
   EXPECT_EQ(borvan::ReadProgress(device->Jobs()), 0x0000000100000000U);
   gate.Open();
   EXPECT_TRUE(WaitUntil([&] { return borvan::ReadProgress(device->Jobs()) == 100; }));
-  EXPECT_TRUE(WaitUntil([&] { return !device->Jobs().jobRunning; }));
+  EXPECT_TRUE(WaitUntil([&] { return !device->Jobs().job_running; }));
 }
 
 TEST_F(JobLifetimeTest, TwoJobsRunAtOnceAndTheFirstToEndClearsTheFlagsOfBoth) {
@@ -105,12 +106,12 @@ TEST_F(JobLifetimeTest, TwoJobsRunAtOnceAndTheFirstToEndClearsTheFlagsOfBoth) {
   EXPECT_EQ(borvan::StartI2cWriteJob(device, input, 0, second.Callback()), 0);
   ASSERT_TRUE(both_started[0].Wait());
   ASSERT_TRUE(both_started[1].Wait());
-  EXPECT_TRUE(device->Jobs().jobRunning);
-  device->Jobs().stopRequested = true;
+  EXPECT_TRUE(device->Jobs().job_running);
+  device->Jobs().stop_requested = true;
   gates[0].Open();
   ASSERT_TRUE(first.JobsEnded());
-  EXPECT_FALSE(device->Jobs().jobRunning);
-  EXPECT_FALSE(device->Jobs().stopRequested);
+  EXPECT_FALSE(device->Jobs().job_running);
+  EXPECT_FALSE(device->Jobs().stop_requested);
   gates[1].Open();
   ASSERT_TRUE(second.JobsEnded());
   EXPECT_FALSE(stop_seen_after_the_other_ended);
@@ -138,7 +139,7 @@ TEST_F(JobLifetimeTest, ManyJobsInARowAllEnd) {
   }
   ASSERT_TRUE(recorder.JobsEnded());
   EXPECT_EQ(recorder.Reports().size(), 50U);
-  EXPECT_FALSE(device->Jobs().jobRunning);
+  EXPECT_FALSE(device->Jobs().job_running);
 }
 
 }  // namespace

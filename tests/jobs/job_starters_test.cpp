@@ -61,11 +61,11 @@ class JobStartersTest : public testing::Test {
     SCOPED_TRACE(starter.name);
     ReportRecorder recorder(device);
     for (const bool flag : {false, true}) {
-      device->Jobs().stopRequested = flag;
-      device->Jobs().jobRunning = flag;
+      device->Jobs().stop_requested = flag;
+      device->Jobs().job_running = flag;
       EXPECT_EQ(starter.start(path, recorder.Callback()), kFileErrorResult);
-      EXPECT_EQ(device->Jobs().stopRequested, flag) << "the flags are not the refusal's business";
-      EXPECT_EQ(device->Jobs().jobRunning, flag);
+      EXPECT_EQ(device->Jobs().stop_requested, flag) << "the flags are not the refusal's business";
+      EXPECT_EQ(device->Jobs().job_running, flag);
     }
     const auto reports = recorder.Reports();
     ASSERT_EQ(reports.size(), 2U);
@@ -149,7 +149,7 @@ TEST_F(JobStartersTest, OutputFileThatCannotBeCreatedIsReportedByTheWorker) {
     EXPECT_EQ(reports.at(0), kFileErrorReport);
     EXPECT_NE(reports.at(0).thread, std::this_thread::get_id());
     EXPECT_TRUE(reports.at(0).job_running) << "the flags are cleared after the report";
-    EXPECT_FALSE(device->Jobs().jobRunning);
+    EXPECT_FALSE(device->Jobs().job_running);
     EXPECT_FALSE(reached) << "nothing is read from the device";
   }
 }
@@ -176,7 +176,7 @@ TEST_F(JobStartersTest, I2cListWithoutAnEntryIsReportedByTheWorker) {
     ASSERT_EQ(recorder.Reports().size(), 1U) << content;
     EXPECT_EQ(recorder.Reports().at(0), kFileErrorReport) << content;
     EXPECT_NE(recorder.Reports().at(0).thread, std::this_thread::get_id()) << content;
-    EXPECT_FALSE(device->Jobs().jobRunning) << content;
+    EXPECT_FALSE(device->Jobs().job_running) << content;
   }
   EXPECT_FALSE(reached);
 }
@@ -208,7 +208,7 @@ TEST_F(JobStartersTest, StarterReturnsWhileTheJobRuns) {
   const std::string path = folder.Put("image.bin", "x");
   EXPECT_EQ(borvan::StartFlashWriteJob(device, path, "0", recorder.Callback()), 0);
   EXPECT_TRUE(recorder.Reports().empty());
-  EXPECT_TRUE(device->Jobs().jobRunning);
+  EXPECT_TRUE(device->Jobs().job_running);
   gate.Open();
   EXPECT_TRUE(recorder.JobsEnded());
 }
@@ -221,15 +221,15 @@ TEST_F(JobStartersTest, FlagsDuringAndAfterEachJob) {
   std::vector<FlagsSeen> in_operation;
   // Whatever a stop request during the operation says, it is gone after the job.
   device->SetEveryOperation([&] {
-    in_operation.push_back({device->IsStopRequested(), device->Jobs().jobRunning});
-    device->Jobs().stopRequested = true;
+    in_operation.push_back({device->IsStopRequested(), device->Jobs().job_running});
+    device->Jobs().stop_requested = true;
     return borvan::Result{0};
   });
   for (const auto& starter : AllStarters()) {
     SCOPED_TRACE(starter.name);
     const std::string path = folder.Put("list.txt", "0xfffd,0x00,\n");
     ReportRecorder recorder(device);
-    device->Jobs().stopRequested = true;  // a left-over: starting clears it
+    device->Jobs().stop_requested = true;  // a left-over: starting clears it
     in_operation.clear();
     EXPECT_EQ(starter.start(path, recorder.Callback()), 0);
     ASSERT_TRUE(recorder.JobsEnded());
@@ -239,8 +239,8 @@ TEST_F(JobStartersTest, FlagsDuringAndAfterEachJob) {
     ASSERT_EQ(recorder.Reports().size(), 1U);
     EXPECT_TRUE(recorder.Reports().at(0).job_running) << "cleared before the final report";
     EXPECT_TRUE(recorder.Reports().at(0).stop_requested) << "cleared before the final report";
-    EXPECT_FALSE(device->Jobs().jobRunning);
-    EXPECT_FALSE(device->Jobs().stopRequested);
+    EXPECT_FALSE(device->Jobs().job_running);
+    EXPECT_FALSE(device->Jobs().stop_requested);
   }
 }
 

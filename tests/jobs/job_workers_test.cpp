@@ -23,8 +23,8 @@ class JobWorkersTest : public testing::Test {
       EXPECT_EQ(reports.at(i), expected.at(i))
           << i << ": " << reports.at(i).status << ", " << reports.at(i).percent;
     }
-    EXPECT_FALSE(device->Jobs().jobRunning);
-    EXPECT_FALSE(device->Jobs().stopRequested);
+    EXPECT_FALSE(device->Jobs().job_running);
+    EXPECT_FALSE(device->Jobs().stop_requested);
   }
 
   const TemporaryFolder folder;

@@ -91,7 +91,7 @@ class ListJobsDeviceTest : public testing::Test {
     ASSERT_EQ(recorder.Reports().size(), 1U);
     EXPECT_EQ(recorder.Reports().at(0), expected)
         << std::hex << recorder.Reports().at(0).status << ", " << recorder.Reports().at(0).percent;
-    EXPECT_FALSE(device->Jobs().jobRunning);
+    EXPECT_FALSE(device->Jobs().job_running);
   }
 
   const TemporaryFolder folder;

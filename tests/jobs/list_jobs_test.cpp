@@ -24,8 +24,8 @@ class ListJobsTest : public testing::Test {
       EXPECT_EQ(reports.at(i), expected.at(i))
           << i << ": " << reports.at(i).status << ", " << reports.at(i).percent;
     }
-    EXPECT_FALSE(device->Jobs().jobRunning);
-    EXPECT_FALSE(device->Jobs().stopRequested);
+    EXPECT_FALSE(device->Jobs().job_running);
+    EXPECT_FALSE(device->Jobs().stop_requested);
   }
 
   // Both run reads hand out `list` and answer `result`.
@@ -252,7 +252,7 @@ TEST_F(ListJobsTest, ListsWithALineOfOneFieldReachNoDevice) {
     EXPECT_NE(of_i2c.Reports().at(0).thread, std::this_thread::get_id()) << content;
   }
   EXPECT_FALSE(reached);
-  EXPECT_FALSE(device->Jobs().jobRunning);
+  EXPECT_FALSE(device->Jobs().job_running);
 }
 
 TEST_F(ListJobsTest, PositiveResultOfARegisterWriteIsPassedOnWithAHundred) {

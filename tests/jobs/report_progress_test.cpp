@@ -96,11 +96,11 @@ TEST_F(ReportProgressTest, FailureStandsUntilTheNextReport) {
 }
 
 TEST_F(ReportProgressTest, PairIsPackedAsTwoUnsignedHalves) {
-  device->Jobs().progressPercent = -1;
-  device->Jobs().progressStatus = 0;
+  device->Jobs().progress_percent = -1;
+  device->Jobs().progress_status = 0;
   EXPECT_EQ(Seen(), 0x00000000FFFFFFFFU);
-  device->Jobs().progressPercent = 0x12345678;
-  device->Jobs().progressStatus = static_cast<std::int32_t>(0x9ABCDEF0);
+  device->Jobs().progress_percent = 0x12345678;
+  device->Jobs().progress_status = static_cast<std::int32_t>(0x9ABCDEF0);
   EXPECT_EQ(Seen(), 0x9ABCDEF012345678U);
 }
 
@@ -116,12 +116,12 @@ TEST_F(ReportProgressTest, CallbackForwardsUnchanged) {
 }
 
 TEST_F(ReportProgressTest, FlagsAreNoBusinessOfReports) {
-  device->Jobs().jobRunning = true;
-  device->Jobs().stopRequested = true;
+  device->Jobs().job_running = true;
+  device->Jobs().stop_requested = true;
   Report(0, 100);
   Report(0xE0000001, -1);
-  EXPECT_TRUE(device->Jobs().jobRunning);
-  EXPECT_TRUE(device->Jobs().stopRequested);
+  EXPECT_TRUE(device->Jobs().job_running);
+  EXPECT_TRUE(device->Jobs().stop_requested);
 }
 
 TEST_F(ReportProgressTest, ReportsOfManyThreadsLeaveAWholePair) {

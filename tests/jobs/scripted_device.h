@@ -101,8 +101,8 @@ class ReportRecorder {
     const auto token = std::make_shared<Token>(ended_);
     ++started_;
     return [this, token](std::int32_t status, std::int32_t percent) {
-      const Report report{status, percent, std::this_thread::get_id(), device_->Jobs().jobRunning,
-                          device_->Jobs().stopRequested};
+      const Report report{status, percent, std::this_thread::get_id(), device_->Jobs().job_running,
+                          device_->Jobs().stop_requested};
       if (on_report) {
         on_report(report);
       }

@@ -44,7 +44,7 @@ class ThreadShortageTest : public testing::Test {
 };
 
 TEST_F(ThreadShortageTest, StarterThrowsFreesTheRecordAndLeavesJobRunningSet) {
-  device->Jobs().stopRequested = true;
+  device->Jobs().stop_requested = true;
   {
     const NoMoreThreads shortage;
     try {
@@ -54,8 +54,8 @@ TEST_F(ThreadShortageTest, StarterThrowsFreesTheRecordAndLeavesJobRunningSet) {
       EXPECT_EQ(error.code(), std::errc::resource_unavailable_try_again);
     }
   }
-  EXPECT_TRUE(device->Jobs().jobRunning);
-  EXPECT_FALSE(device->Jobs().stopRequested);
+  EXPECT_TRUE(device->Jobs().job_running);
+  EXPECT_FALSE(device->Jobs().stop_requested);
   EXPECT_TRUE(recorder.JobsEnded()) << "the record was not freed";
   EXPECT_TRUE(recorder.Reports().empty());
 }
@@ -83,7 +83,7 @@ TEST_F(ThreadShortageTest, JobEndsWellWhenNoClearTaskCanStart) {
   ASSERT_TRUE(started.Wait());
   const NoMoreThreads shortage;
   leave.Open();
-  EXPECT_TRUE(WaitUntil([&] { return !device->Jobs().jobRunning; }));
+  EXPECT_TRUE(WaitUntil([&] { return !device->Jobs().job_running; }));
   EXPECT_EQ(borvan::ReadProgress(device->Jobs()), 100U);
 }
 

@@ -72,14 +72,14 @@ CameraInProcess::CameraInProcess(const CameraSetup& setup) {
 
 void CameraInProcess::PowerCycle() {
   const virtual_camera::StateLock lock(*state_);
-  state_->state().LosePower();
+  state_->State().LosePower();
   state_->Commit();
 }
 
 Registers CameraInProcess::Written() {
   const virtual_camera::StateLock lock(*state_);
   Registers registers;
-  for (const auto& [key, value] : state_->state().registers.values()) {
+  for (const auto& [key, value] : state_->State().registers.Values()) {
     registers[{static_cast<std::uint32_t>(key >> 32), static_cast<std::uint32_t>(key)}] = value;
   }
   return registers;

@@ -12,10 +12,10 @@
 #include <utility>
 #include <vector>
 
+#include "core/camera.h"
+#include "core/state_file.h"
 #include "protocol/borvan_usb_q7.h"
 #include "support/temporary_folder.h"
-#include "virtual_camera/core/camera.h"
-#include "virtual_camera/core/state_file.h"
 
 namespace borvan_test {
 

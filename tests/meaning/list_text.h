@@ -5,8 +5,8 @@
 #include <string>
 #include <vector>
 
+#include "base/list_entry.h"
 #include "camera_in_process.h"
-#include "device/list_entry.h"
 
 namespace borvan_test {
 

@@ -2,9 +2,9 @@
 
 #include <gtest/gtest.h>
 
+#include "base/hexadecimal_text.h"
 #include "camera_in_process.h"
 #include "comparison.h"
-#include "device/hexadecimal_text.h"
 #include "files/list_file.h"
 #include "jobs/list_jobs.h"
 #include "random_lists.h"

@@ -72,7 +72,7 @@ CameraWithScript::CameraWithScript() : device_(PlatformWith(camera_)) {
 void CameraWithScript::StopDuring(std::size_t index) {
   control_->BeforeAnswer([this, index](std::size_t transfer) {
     if (transfer == index) {
-      device_.Jobs().stopRequested = true;
+      device_.Jobs().stop_requested = true;
     }
   });
 }

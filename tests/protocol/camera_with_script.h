@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "protocol/borvan_usb_q7.h"
-#include "scripted_control.h"
+#include "support/scripted_control.h"
 
 namespace borvan::test {
 

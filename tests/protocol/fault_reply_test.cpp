@@ -5,7 +5,7 @@
 #include <sstream>
 
 #include "camera_with_script.h"
-#include "guarded_memory.h"
+#include "support/guarded_memory.h"
 
 namespace borvan::test {
 namespace {

@@ -6,7 +6,7 @@
 #include <functional>
 
 #include "camera_with_script.h"
-#include "guarded_memory.h"
+#include "support/guarded_memory.h"
 
 namespace borvan::test {
 namespace {

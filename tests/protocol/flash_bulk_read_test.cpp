@@ -202,7 +202,7 @@ TEST_F(FlashBulkRead, ALongerRangeNeedsNoCallback) {
 
 TEST_F(FlashBulkRead, StopBeforeTheFirstRequest) {
   for (const std::size_t index : {0U, 1U}) {
-    device_.Jobs().stopRequested = false;
+    device_.Jobs().stop_requested = false;
     PlayRead({});
     StopDuring(index);
     EXPECT_EQ(device_.FlashQuickReadImage(output_, 0, 6, Recorder()), kTerminated);
@@ -215,7 +215,7 @@ TEST_F(FlashBulkRead, StopKeepsWhatWasRead) {
   for (const std::size_t index : {2U, 3U}) {
     output_.clear();
     reports_.clear();
-    device_.Jobs().stopRequested = false;
+    device_.Jobs().stop_requested = false;
     PlayRead({Takes(5, 64, {}), Gives(5, 64, Rising(0, 64))});
     StopDuring(index);
     EXPECT_EQ(device_.FlashQuickReadImage(output_, 0, 127, Recorder()), kTerminated);
@@ -234,7 +234,7 @@ TEST_F(FlashBulkRead, StopDuringTheLastRequestIsTooLate) {
 
 TEST_F(FlashBulkRead, BadRangeComesBeforeAStop) {
   Play({ReportsLength(3, 11)});
-  device_.Jobs().stopRequested = true;
+  device_.Jobs().stop_requested = true;
   EXPECT_EQ(device_.FlashQuickReadImage(output_, 1, 0, Recorder()), kInvalidAddress);
 }
 

@@ -43,14 +43,14 @@ class FlashImageWriteStop : public CameraWithScript {
 
 TEST_F(FlashImageWriteStop, BeforeTheStartErasesAllAndSendsNoPiece) {
   Play(ScriptWith({}));
-  device_.Jobs().stopRequested = true;
+  device_.Jobs().stop_requested = true;
   EXPECT_EQ(device_.FlashWriteImage(image_, 0, Recorder()), kTerminated);
   EXPECT_THAT(reports_, IsEmpty());
 }
 
 TEST_F(FlashImageWriteStop, DuringAnythingBeforeThePiecesErasesAllAndSendsNoPiece) {
   for (std::size_t index = 0; index <= 3; ++index) {
-    device_.Jobs().stopRequested = false;
+    device_.Jobs().stop_requested = false;
     Play(ScriptWith({}));
     StopDuring(index);
     EXPECT_EQ(device_.FlashWriteImage(image_, 0, Recorder()), kTerminated) << index;
@@ -64,7 +64,7 @@ TEST_F(FlashImageWriteStop, DuringAPieceEndsBeforeTheNext) {
   StopDuring(4);
   EXPECT_EQ(device_.FlashWriteImage(image_, 0, Recorder()), kTerminated);
   control_->ExpectAllPlayed();
-  device_.Jobs().stopRequested = false;
+  device_.Jobs().stop_requested = false;
   Play(ScriptWith({Piece(0), Piece(60), Piece(120)}));
   StopDuring(6);
   // The blank pieces behind are not gone through either: 2 of 69 pieces, then the stop.
@@ -94,13 +94,13 @@ TEST_F(FlashImageWriteStop, DuringTheLastPieceIsTooLate) {
 
 TEST_F(FlashImageWriteStop, FromTheReportEndsBeforeTheNextPiece) {
   Play({ReportsLength(3, 11), Takes(3, 11, {0x32}), ReportsLength(4, 64), Piece(0), Piece(60)});
-  const auto stop = [this](std::int32_t, std::int32_t) { device_.Jobs().stopRequested = true; };
+  const auto stop = [this](std::int32_t, std::int32_t) { device_.Jobs().stop_requested = true; };
   EXPECT_EQ(device_.FlashWriteImage(Bytes(180, 0x11), 0, stop), kTerminated);
 }
 
 TEST_F(FlashImageWriteStop, OfAnEmptyImageHasNoPieceToStopAt) {
   Play({ReportsLength(3, 11), ReportsLength(4, 64)});
-  device_.Jobs().stopRequested = true;
+  device_.Jobs().stop_requested = true;
   EXPECT_EQ(device_.FlashWriteImage({}, 0, Recorder()), 0);
 }
 

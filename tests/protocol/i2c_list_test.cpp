@@ -3,7 +3,7 @@
 #include <gmock/gmock.h>
 
 #include "camera_with_script.h"
-#include "list_building.h"
+#include "support/list_building.h"
 
 namespace borvan::test {
 namespace {
@@ -231,7 +231,7 @@ TEST_F(I2cListFast, WriteDiscardsThePendingBlockWhenStopped) {
   StopDuring(0);
   EXPECT_EQ(Write(kSettings), kTerminated);
   control_->ExpectAllPlayed();
-  device_.Jobs().stopRequested = false;
+  device_.Jobs().stop_requested = false;
   Play({ReportsLength(6, 64),
         Takes(6, 64, Values({0x00, 0x6C, 0x00, 0x38, 0xFF, 0xFF, 0xFF, 0x10}, 0))});
   StopDuring(1);

@@ -4,7 +4,7 @@
 #include <functional>
 
 #include "camera_with_script.h"
-#include "list_building.h"
+#include "support/list_building.h"
 
 namespace borvan::test {
 namespace {

@@ -3,7 +3,7 @@
 #include <gmock/gmock.h>
 
 #include "camera_with_script.h"
-#include "list_building.h"
+#include "support/list_building.h"
 
 namespace borvan::test {
 namespace {
@@ -143,7 +143,7 @@ TEST_F(RegisterListRead, AReplyShorterThanTheBlockLeavesZeros) {
 }
 
 TEST_F(RegisterListRead, DoesNotLookForAStopRequest) {
-  device_.Jobs().stopRequested = true;
+  device_.Jobs().stop_requested = true;
   Play({ReportsLength(7, 64), Takes(7, 64, {0x01, 0x00, 0x00, 0x38}), Gives(7, 64, {})});
   EXPECT_EQ(Read(0, 0), 0);
 }

@@ -5,7 +5,7 @@
 #include <chrono>
 
 #include "camera_with_script.h"
-#include "list_building.h"
+#include "support/list_building.h"
 
 namespace borvan::test {
 namespace {
@@ -174,7 +174,7 @@ TEST_F(RegisterListWrite, BlocksHaveTheReportedLength) {
 }
 
 TEST_F(RegisterListWrite, CanNotBeStopped) {
-  device_.Jobs().stopRequested = true;
+  device_.Jobs().stop_requested = true;
   Play({ReportsLength(7, 64), Takes(7, 64, RunOf21(1))});
   EXPECT_EQ(Write(Joined({{{0xFFFD, 0}}, Registers(0x100, 21, 0x20)})), 0);
 }

@@ -8,7 +8,7 @@
 #include <sstream>
 #include <string>
 
-#include "device/hexadecimal_text.h"
+#include "base/hexadecimal_text.h"
 #include "jobs/job_starters.h"
 #include "jobs/scripted_device.h"
 
@@ -47,8 +47,8 @@ class JobsOnFiles : public testing::Test {
       outcome << "; " << std::hex << static_cast<std::uint32_t>(report.status) << std::dec << ' '
               << report.percent;
     }
-    EXPECT_FALSE(device->Jobs().jobRunning);
-    EXPECT_FALSE(device->Jobs().stopRequested);
+    EXPECT_FALSE(device->Jobs().job_running);
+    EXPECT_FALSE(device->Jobs().stop_requested);
     return outcome.str();
   }
 

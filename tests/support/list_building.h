@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "device/list_entry.h"
+#include "base/list_entry.h"
 #include "protocol/flash_blocks.h"
 
 namespace borvan::test {

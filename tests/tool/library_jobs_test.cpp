@@ -82,7 +82,7 @@ TEST_F(LibraryJobsTest, AllJobsRunInOneInstanceAndOneOpening) {
   on_platform_made = [&] { ++instances; };
   const auto camera = Open();
   camera->ProgramFlash(0x1000, image, {});
-  borvan_test::WaitUntil([] { return !borvan::GlobalInstance().Get()->Jobs().jobRunning; });
+  borvan_test::WaitUntil([] { return !borvan::GlobalInstance().Get()->Jobs().job_running; });
   const auto references = chip.use_count();
   for (int i = 0; i < 20; ++i) {
     camera->ProgramFlash(0x1000, image, {});

@@ -1,6 +1,6 @@
 // Numbers as text: on every build the results of the Windows runtime, whose `long` has 32 bits.
 
-#include "device/hexadecimal_text.h"
+#include "base/hexadecimal_text.h"
 
 #include <gtest/gtest.h>
 

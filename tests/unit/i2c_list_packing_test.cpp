@@ -5,8 +5,8 @@
 
 #include <ostream>
 
-#include "list_building.h"
 #include "protocol/i2c_list_plan.h"
+#include "support/list_building.h"
 
 namespace borvan::test {
 namespace {

@@ -3,8 +3,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "list_building.h"
 #include "protocol/i2c_list_plan.h"
+#include "support/list_building.h"
 
 namespace borvan::test {
 namespace {

@@ -5,7 +5,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "list_building.h"
+#include "support/list_building.h"
 
 namespace borvan::test {
 namespace {

@@ -5,7 +5,7 @@
 #include <stdexcept>
 #include <vector>
 
-#include "virtual_camera/core/camera.h"
+#include "core/camera.h"
 
 #ifdef _WIN32
 #include <windows.h>

@@ -1,5 +1,6 @@
-// A second process of this test program, working on the same camera.
 #pragma once
+
+// A second process of this test program, working on the same camera.
 
 #include <string>
 

@@ -1,5 +1,6 @@
-// A camera in a scratch folder, and the few verbs that tests use on it.
 #pragma once
+
+// A camera in a scratch folder, and the few verbs that tests use on it.
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -8,8 +9,8 @@
 #include <memory>
 #include <vector>
 
+#include "core/camera.h"
 #include "scratch_folder.h"
-#include "virtual_camera/core/camera.h"
 
 namespace virtual_camera_test {
 

@@ -1,5 +1,6 @@
-// A folder of its own for each test, gone when the test ends.
 #pragma once
+
+// A folder of its own for each test, gone when the test ends.
 
 #include <chrono>
 #include <filesystem>

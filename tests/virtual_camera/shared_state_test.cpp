@@ -5,8 +5,8 @@
 #include <thread>
 
 #include "child_process.h"
+#include "core/state_file.h"
 #include "device_fixture.h"
-#include "virtual_camera/core/state_file.h"
 
 namespace virtual_camera_test {
 namespace {

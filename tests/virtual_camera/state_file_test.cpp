@@ -1,5 +1,5 @@
 // The state file: torn writes, long logs, foreign files.
-#include "virtual_camera/core/state_file.h"
+#include "core/state_file.h"
 
 #include <fstream>
 
@@ -18,13 +18,13 @@ class StateFileTest : public testing::Test {
   void Write(std::uint32_t address, std::uint32_t value) {
     StateFile file(File(), true);
     const StateLock lock(file);
-    file.state().registers.Write(RegisterSpace::Chip(), address, value);
+    file.State().registers.Write(RegisterSpace::Chip(), address, value);
     file.Commit();
   }
   std::optional<std::uint32_t> Find(std::uint32_t address) {
     StateFile file(File(), true);
     const StateLock lock(file);
-    return file.state().registers.Find(RegisterSpace::Chip(), address);
+    return file.State().registers.Find(RegisterSpace::Chip(), address);
   }
 
   ScratchFolder folder;
@@ -34,12 +34,12 @@ TEST_F(StateFileTest, ChangesWithoutCommitAreDropped) {
   StateFile file(File(), true);
   {
     const StateLock lock(file);
-    file.state().registers.Write(RegisterSpace::Chip(), 1, 2);
-    file.state().fields.plugged = false;
+    file.State().registers.Write(RegisterSpace::Chip(), 1, 2);
+    file.State().fields.plugged = false;
   }
   const StateLock lock(file);
-  EXPECT_FALSE(file.state().registers.Find(RegisterSpace::Chip(), 1).has_value());
-  EXPECT_TRUE(file.state().fields.plugged);
+  EXPECT_FALSE(file.State().registers.Find(RegisterSpace::Chip(), 1).has_value());
+  EXPECT_TRUE(file.State().fields.plugged);
 }
 
 TEST_F(StateFileTest, TornHeadFallsBackToTheOneBefore) {
@@ -60,8 +60,8 @@ TEST_F(StateFileTest, TornHeadAfterPowerLossFallsBackToTheRegistersBefore) {
   {
     StateFile file(File(), true);
     const StateLock lock(file);
-    file.state().LosePower();
-    file.state().registers.Write(RegisterSpace::Chip(), 2, 20);
+    file.State().LosePower();
+    file.State().registers.Write(RegisterSpace::Chip(), 2, 20);
     file.Commit();
   }
   EXPECT_FALSE(Find(1).has_value());
@@ -80,14 +80,14 @@ TEST_F(StateFileTest, LogStaysShortHoweverOftenRegistersChange) {
   for (std::uint32_t round = 1; round <= 2000; ++round) {
     const StateLock lock(writer);
     for (std::uint32_t address = 0; address < 20; ++address) {
-      writer.state().registers.Write(RegisterSpace::Chip(), address, round);
+      writer.State().registers.Write(RegisterSpace::Chip(), address, round);
     }
     writer.Commit();
   }
   {
     const StateLock lock(reader);
     for (std::uint32_t address = 0; address < 20; ++address) {
-      EXPECT_EQ(reader.state().registers.Find(RegisterSpace::Chip(), address), 2000U);
+      EXPECT_EQ(reader.State().registers.Find(RegisterSpace::Chip(), address), 2000U);
     }
   }
   EXPECT_LT(folder.Read("state").size(), 200U * 1024);
@@ -96,9 +96,9 @@ TEST_F(StateFileTest, LogStaysShortHoweverOftenRegistersChange) {
 TEST_F(StateFileTest, SlaveAndChipRegistersAreApart) {
   StateFile file(File(), true);
   const StateLock lock(file);
-  file.state().registers.Write(RegisterSpace::Slave(0), 1, 2);
-  EXPECT_FALSE(file.state().registers.Find(RegisterSpace::Chip(), 1).has_value());
-  EXPECT_EQ(file.state().registers.Find(RegisterSpace::Slave(0), 1), 2U);
+  file.State().registers.Write(RegisterSpace::Slave(0), 1, 2);
+  EXPECT_FALSE(file.State().registers.Find(RegisterSpace::Chip(), 1).has_value());
+  EXPECT_EQ(file.State().registers.Find(RegisterSpace::Slave(0), 1), 2U);
 }
 
 TEST_F(StateFileTest, ForeignFileIsRefusedAndKept) {

@@ -1,8 +1,8 @@
 // A trace that can't be written: transfers answer as without one, and what is missing is told.
 #include <sstream>
 
+#include "core/trace.h"
 #include "device_fixture.h"
-#include "virtual_camera/core/trace.h"
 
 #ifndef _WIN32
 #include <sys/resource.h>

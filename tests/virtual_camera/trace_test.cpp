@@ -1,5 +1,5 @@
 // The trace file and its reader.
-#include "virtual_camera/core/trace.h"
+#include "core/trace.h"
 
 #include <sstream>
 

@@ -103,7 +103,7 @@ TEST_F(ControlProgram, StateShowsWhatTheCameraHolds) {
   Register({FirstCamera()});
   const auto control = host::OpenCamera(kFirstPath);
   ASSERT_TRUE(control);
-  ASSERT_TRUE(host::WriteRegister(control.get(), 0x1234, 0x5A));
+  ASSERT_TRUE(host::WriteRegister(control.Get(), 0x1234, 0x5A));
   const Outcome outcome = Control(L"state 0");
   EXPECT_EQ(outcome.exit_code, 0U);
   EXPECT_TRUE(Holds(outcome, "1234")) << outcome.output;
@@ -115,7 +115,7 @@ TEST_F(ControlProgram, TraceTellsTransfersInWords) {
   const auto control = host::OpenCamera(kFirstPath);
   ASSERT_TRUE(control);
   // 0x32 erases the sector of the address that follows.
-  ASSERT_EQ(host::Set(control.get(), 3, {0x32, 0, 0, 0x10, 0, 0, 0, 0, 0, 0, 0}).result, S_OK);
+  ASSERT_EQ(host::Set(control.Get(), 3, {0x32, 0, 0, 0x10, 0, 0, 0, 0, 0, 0, 0}).result, S_OK);
   const Outcome outcome = Control(L"trace \"" + folder() + L"transfers.jsonl\"");
   EXPECT_EQ(outcome.exit_code, 0U);
   EXPECT_TRUE(Holds(outcome, "flash erase")) << outcome.output;
@@ -170,7 +170,7 @@ TEST_F(ControlProgram, ATraceOfTheProcessThatIsTheConfigurationIsRefused) {
     const auto control = host::OpenCamera(kFirstPath);
     EXPECT_FALSE(control);
     if (control) {
-      host::QueryLength(control.get(), 1);
+      host::QueryLength(control.Get(), 1);
     }
     for (const wchar_t* const command : {L"check", L"state", L"register"}) {
       const Outcome outcome = Control(command);
@@ -190,10 +190,10 @@ TEST_F(ControlProgram, ResetFaultsLetsAFaultStrikeAgain) {
   const auto control = host::OpenCamera(kFirstPath);
   ASSERT_TRUE(control);
   constexpr auto kCyclicCheck = static_cast<HRESULT>(0x80070017);
-  EXPECT_EQ(host::Set(control.get(), 1, {0x24, 0, 0, 0x18}).result, kCyclicCheck);
-  EXPECT_EQ(host::Set(control.get(), 1, {0x24, 0, 0, 0x18}).result, S_OK);
+  EXPECT_EQ(host::Set(control.Get(), 1, {0x24, 0, 0, 0x18}).result, kCyclicCheck);
+  EXPECT_EQ(host::Set(control.Get(), 1, {0x24, 0, 0, 0x18}).result, S_OK);
   EXPECT_EQ(Control(L"reset-faults 0").exit_code, 0U);
-  EXPECT_EQ(host::Set(control.get(), 1, {0x24, 0, 0, 0x18}).result, kCyclicCheck);
+  EXPECT_EQ(host::Set(control.Get(), 1, {0x24, 0, 0, 0x18}).result, kCyclicCheck);
 }
 
 }  // namespace

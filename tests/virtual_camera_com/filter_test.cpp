@@ -2,13 +2,13 @@
 
 #include <cstring>
 
+#include "com/identifiers.h"
 #include "fixture.h"
 #include "host.h"
-#include "identifiers.h"
 
 namespace {
 
-using host::ComReference;
+using host::ComPtr;
 using test::FirstCamera;
 using test::kFirstPath;
 using test::kSecondPath;
@@ -31,7 +31,7 @@ constexpr auto kInvalidFunction = static_cast<HRESULT>(0x80070001);
 
 class Filter : public test::CameraTest {
  protected:
-  ComReference<IBaseFilter> BindFirst() {
+  ComPtr<IBaseFilter> BindFirst() {
     Register({FirstCamera(), SecondCamera()});
     return host::Bind(kFirstPath);
   }
@@ -80,7 +80,7 @@ TEST_F(Filter, NamesMayHoldAnyCharacter) {
 TEST_F(Filter, NodesAreThoseOfTheConfiguration) {
   const auto filter = BindFirst();
   ASSERT_TRUE(filter);
-  const auto topology = host::Query<IKsTopologyInfo>(filter.get(), kTopologyInfo);
+  const auto topology = host::Query<IKsTopologyInfo>(filter.Get(), kTopologyInfo);
   ASSERT_TRUE(topology);
   DWORD count = 0;
   ASSERT_EQ(topology->get_NumNodes(&count), S_OK);
@@ -92,16 +92,17 @@ TEST_F(Filter, NodesAreThoseOfTheConfiguration) {
   EXPECT_TRUE(IsEqualGUID(type, kDevSpecific));
   // Hosts ask for one node more than there are.
   EXPECT_LT(topology->get_NodeType(3, &type), 0);
-  ComReference<IUnknown> node;
-  EXPECT_LT(topology->CreateNodeInstance(3, IID_IUnknown, reinterpret_cast<void**>(node.Receive())),
-            0);
+  ComPtr<IUnknown> node;
+  EXPECT_LT(
+      topology->CreateNodeInstance(3, IID_IUnknown, reinterpret_cast<void**>(node.GetAddressOf())),
+      0);
   EXPECT_FALSE(node);
 }
 
 TEST_F(Filter, NodeNameTellsTheSizeItNeeds) {
   const auto filter = BindFirst();
   ASSERT_TRUE(filter);
-  const auto topology = host::Query<IKsTopologyInfo>(filter.get(), kTopologyInfo);
+  const auto topology = host::Query<IKsTopologyInfo>(filter.Get(), kTopologyInfo);
   DWORD size = 0;
   EXPECT_EQ(topology->get_NodeName(2, nullptr, 0, &size), kMoreData);
   EXPECT_EQ(size, 32U);  // "Device Specific" and its terminator, two bytes each
@@ -114,7 +115,7 @@ TEST_F(Filter, NodeNameTellsTheSizeItNeeds) {
 TEST_F(Filter, ConnectionsChainTheNodesFromInputToOutput) {
   const auto filter = BindFirst();
   ASSERT_TRUE(filter);
-  const auto topology = host::Query<IKsTopologyInfo>(filter.get(), kTopologyInfo);
+  const auto topology = host::Query<IKsTopologyInfo>(filter.Get(), kTopologyInfo);
   DWORD count = 0;
   ASSERT_EQ(topology->get_NumConnections(&count), S_OK);
   ASSERT_EQ(count, 4U);
@@ -143,8 +144,8 @@ TEST_F(Filter, TakesPartInAGraphAndHasNoPins) {
   ASSERT_EQ(filter->QueryFilterInfo(&info), S_OK);
   EXPECT_EQ(std::wcslen(info.achName), 127U);
 
-  ComReference<IEnumPins> pins;
-  ASSERT_EQ(filter->EnumPins(pins.Receive()), S_OK);
+  ComPtr<IEnumPins> pins;
+  ASSERT_EQ(filter->EnumPins(pins.GetAddressOf()), S_OK);
   IPin* pin = nullptr;
   ULONG fetched = 9;
   EXPECT_EQ(pins->Next(1, &pin, &fetched), S_FALSE);
@@ -161,14 +162,14 @@ TEST_F(Filter, TakesPartInAGraphAndHasNoPins) {
 TEST_F(Filter, LengthQueryAnswersMoreDataWithTheLength) {
   const auto filter = BindFirst();
   ASSERT_TRUE(filter);
-  const auto control = host::NodeControl(filter.get(), 2);
+  const auto control = host::NodeControl(filter.Get(), 2);
   ASSERT_TRUE(control);
   const struct {
     ULONG selector;
     ULONG length;
   } lengths[] = {{1, 4}, {2, 12}, {3, 11}, {4, 64}, {5, 64}, {6, 64}, {7, 64}};
   for (const auto& expected : lengths) {
-    const host::Reply reply = host::QueryLength(control.get(), expected.selector);
+    const host::Reply reply = host::QueryLength(control.Get(), expected.selector);
     EXPECT_EQ(reply.result, kMoreData);
     EXPECT_EQ(reply.bytes, expected.length) << "selector " << expected.selector;
   }
@@ -177,17 +178,17 @@ TEST_F(Filter, LengthQueryAnswersMoreDataWithTheLength) {
 TEST_F(Filter, ARegisterThatIsWrittenReadsBack) {
   const auto filter = BindFirst();
   ASSERT_TRUE(filter);
-  const auto control = host::NodeControl(filter.get(), 2);
-  ASSERT_TRUE(host::WriteRegister(control.get(), 0xABCD, 0x5A));
+  const auto control = host::NodeControl(filter.Get(), 2);
+  ASSERT_TRUE(host::WriteRegister(control.Get(), 0xABCD, 0x5A));
   std::uint8_t value = 0;
-  ASSERT_TRUE(host::ReadRegister(control.get(), 0xABCD, &value));
+  ASSERT_TRUE(host::ReadRegister(control.Get(), 0xABCD, &value));
   EXPECT_EQ(value, 0x5A);
 }
 
 TEST_F(Filter, RequestsThatTheDriverRefusesGetItsCodes) {
   const auto filter = BindFirst();
   ASSERT_TRUE(filter);
-  const auto control = host::NodeControl(filter.get(), 2);
+  const auto control = host::NodeControl(filter.Get(), 2);
   ASSERT_TRUE(control);
   GUID other_set = kUnit;
   other_set.Data1 ^= 1;
@@ -208,7 +209,7 @@ TEST_F(Filter, RequestsThatTheDriverRefusesGetItsCodes) {
       {"request shorter than a property", {.size = 23}, E_INVALIDARG},
   };
   for (const auto& test_case : cases) {
-    const host::Reply reply = Ask(control.get(), test_case.request);
+    const host::Reply reply = Ask(control.Get(), test_case.request);
     EXPECT_EQ(reply.result, test_case.result) << test_case.title;
     EXPECT_EQ(reply.bytes, test_case.result == kMoreData ? 4U : 0U) << test_case.title;
   }
@@ -217,7 +218,7 @@ TEST_F(Filter, RequestsThatTheDriverRefusesGetItsCodes) {
 TEST_F(Filter, NullArgumentsAreRefused) {
   const auto filter = BindFirst();
   ASSERT_TRUE(filter);
-  const auto control = host::NodeControl(filter.get(), 2);
+  const auto control = host::NodeControl(filter.Get(), 2);
   KSP_NODE request = {};
   request.Property.Set = kUnit;
   request.Property.Id = 1;
@@ -233,9 +234,9 @@ TEST_F(Filter, NullArgumentsAreRefused) {
 TEST_F(Filter, AGetIntoATooSmallBufferIsRefused) {
   const auto filter = BindFirst();
   ASSERT_TRUE(filter);
-  const auto control = host::NodeControl(filter.get(), 2);
+  const auto control = host::NodeControl(filter.Get(), 2);
   std::vector<std::uint8_t> block(3);
-  EXPECT_EQ(host::Get(control.get(), 1, block).result, kTooSmall);
+  EXPECT_EQ(host::Get(control.Get(), 1, block).result, kTooSmall);
 }
 
 TEST_F(Filter, AnyVendorNodeIsReachedByItsIdInTheRequest) {
@@ -243,19 +244,19 @@ TEST_F(Filter, AnyVendorNodeIsReachedByItsIdInTheRequest) {
                              R"("processing", "vendor", "camera-terminal", "vendor")", "")});
   const auto filter = host::Bind(kFirstPath);
   ASSERT_TRUE(filter);
-  const auto last = host::NodeControl(filter.get(), 3);
+  const auto last = host::NodeControl(filter.Get(), 3);
   ASSERT_TRUE(last);
-  EXPECT_EQ(Ask(last.get(), {.node = 1}).result, kMoreData);
-  EXPECT_EQ(Ask(last.get(), {.node = 3}).result, kMoreData);
+  EXPECT_EQ(Ask(last.Get(), {.node = 1}).result, kMoreData);
+  EXPECT_EQ(Ask(last.Get(), {.node = 3}).result, kMoreData);
   // Node 2, to which hosts send, is none of this camera's vendor nodes.
-  EXPECT_EQ(Ask(last.get(), {.node = 2}).result, kSetNotFound);
+  EXPECT_EQ(Ask(last.Get(), {.node = 2}).result, kSetNotFound);
 }
 
 TEST_F(Filter, ACameraWithoutAVendorNodeBindsAndHasNone) {
   Register({test::CameraJson("pid_000a#1&1&1#first", "First", R"("processing")", "")});
   const auto filter = host::Bind(kFirstPath);
   ASSERT_TRUE(filter);
-  const auto topology = host::Query<IKsTopologyInfo>(filter.get(), kTopologyInfo);
+  const auto topology = host::Query<IKsTopologyInfo>(filter.Get(), kTopologyInfo);
   GUID type = {};
   ASSERT_EQ(topology->get_NodeType(0, &type), S_OK);
   EXPECT_FALSE(IsEqualGUID(type, kDevSpecific));
@@ -266,15 +267,15 @@ TEST_F(Filter, ControlOutlivesItsFilter) {
   Register({FirstCamera(), SecondCamera()});
   const auto control = host::OpenCamera(kFirstPath);
   ASSERT_TRUE(control);
-  EXPECT_EQ(host::QueryLength(control.get(), 1).result, kMoreData);
+  EXPECT_EQ(host::QueryLength(control.Get(), 1).result, kMoreData);
 }
 
 TEST_F(Filter, TheFilterItselfAnswersNodeRequests) {
   const auto filter = BindFirst();
   ASSERT_TRUE(filter);
-  const auto control = host::Query<IKsControl>(filter.get(), kKsControl);
+  const auto control = host::Query<IKsControl>(filter.Get(), kKsControl);
   ASSERT_TRUE(control);
-  EXPECT_EQ(Ask(control.get(), {}).result, kMoreData);
+  EXPECT_EQ(Ask(control.Get(), {}).result, kMoreData);
 }
 
 TEST_F(Filter, CamerasAreApart) {
@@ -283,9 +284,9 @@ TEST_F(Filter, CamerasAreApart) {
   const auto second = host::OpenCamera(kSecondPath);
   ASSERT_TRUE(first);
   ASSERT_TRUE(second);
-  ASSERT_TRUE(host::WriteRegister(first.get(), 0x10, 0x11));
+  ASSERT_TRUE(host::WriteRegister(first.Get(), 0x10, 0x11));
   std::uint8_t value = 0xEE;
-  ASSERT_TRUE(host::ReadRegister(second.get(), 0x10, &value));
+  ASSERT_TRUE(host::ReadRegister(second.Get(), 0x10, &value));
   EXPECT_EQ(value, 0);
 }
 
@@ -299,11 +300,11 @@ TEST_F(Filter, BindingFailsWhenTheFileLostTheCamera) {
 
 TEST_F(Filter, TopologyOfAFilterWithoutACameraIsRefused) {
   Register({FirstCamera()});
-  ComReference<IBaseFilter> filter;
+  ComPtr<IBaseFilter> filter;
   ASSERT_EQ(CoCreateInstance(virtual_camera::kClassId, nullptr, CLSCTX_INPROC_SERVER,
-                             IID_IBaseFilter, reinterpret_cast<void**>(filter.Receive())),
+                             IID_IBaseFilter, reinterpret_cast<void**>(filter.GetAddressOf())),
             S_OK);
-  const auto topology = host::Query<IKsTopologyInfo>(filter.get(), kTopologyInfo);
+  const auto topology = host::Query<IKsTopologyInfo>(filter.Get(), kTopologyInfo);
   DWORD count = 0;
   EXPECT_EQ(topology->get_NumNodes(&count), E_UNEXPECTED);
 }

@@ -51,36 +51,36 @@ Reply Request(IKsControl* control, ULONG selector, ULONG flags, void* data, std:
 
 std::vector<Device> VideoInputs() {
   std::vector<Device> devices;
-  ComReference<ICreateDevEnum> creator;
+  ComPtr<ICreateDevEnum> creator;
   if (FAILED(CoCreateInstance(kSystemDeviceEnum, nullptr, CLSCTX_INPROC_SERVER, IID_ICreateDevEnum,
-                              reinterpret_cast<void**>(creator.Receive())))) {
+                              reinterpret_cast<void**>(creator.GetAddressOf())))) {
     return devices;
   }
-  ComReference<IEnumMoniker> monikers;
-  if (creator->CreateClassEnumerator(kVideoInputs, monikers.Receive(), 0) != S_OK) {
+  ComPtr<IEnumMoniker> monikers;
+  if (creator->CreateClassEnumerator(kVideoInputs, monikers.GetAddressOf(), 0) != S_OK) {
     return devices;
   }
   for (;;) {
     Device device;
-    if (monikers->Next(1, device.moniker.Receive(), nullptr) != S_OK) {
+    if (monikers->Next(1, device.moniker.GetAddressOf(), nullptr) != S_OK) {
       return devices;
     }
-    ComReference<IPropertyBag> bag;
+    ComPtr<IPropertyBag> bag;
     if (SUCCEEDED(device.moniker->BindToStorage(nullptr, nullptr, IID_IPropertyBag,
-                                                reinterpret_cast<void**>(bag.Receive())))) {
-      device.path = ReadText(bag.get(), L"DevicePath");
-      device.name = ReadText(bag.get(), L"FriendlyName");
+                                                reinterpret_cast<void**>(bag.GetAddressOf())))) {
+      device.path = ReadText(bag.Get(), L"DevicePath");
+      device.name = ReadText(bag.Get(), L"FriendlyName");
       devices.push_back(std::move(device));
     }
   }
 }
 
-ComReference<IBaseFilter> Bind(const std::wstring& path, HRESULT* result) {
+ComPtr<IBaseFilter> Bind(const std::wstring& path, HRESULT* result) {
   for (const Device& device : VideoInputs()) {
     if (device.path == path) {
-      ComReference<IBaseFilter> filter;
+      ComPtr<IBaseFilter> filter;
       const HRESULT bound = device.moniker->BindToObject(
-          nullptr, nullptr, IID_IBaseFilter, reinterpret_cast<void**>(filter.Receive()));
+          nullptr, nullptr, IID_IBaseFilter, reinterpret_cast<void**>(filter.GetAddressOf()));
       if (result != nullptr) {
         *result = bound;
       }
@@ -90,14 +90,14 @@ ComReference<IBaseFilter> Bind(const std::wstring& path, HRESULT* result) {
   return {};
 }
 
-ComReference<IKsControl> NodeControl(IBaseFilter* filter, DWORD node_id) {
+ComPtr<IKsControl> NodeControl(IBaseFilter* filter, DWORD node_id) {
   const auto topology = Query<IKsTopologyInfo>(filter, kTopology);
-  ComReference<IUnknown> node;
-  if (!topology || FAILED(topology->CreateNodeInstance(node_id, IID_IUnknown,
-                                                       reinterpret_cast<void**>(node.Receive())))) {
+  ComPtr<IUnknown> node;
+  if (!topology || FAILED(topology->CreateNodeInstance(
+                       node_id, IID_IUnknown, reinterpret_cast<void**>(node.GetAddressOf())))) {
     return {};
   }
-  return Query<IKsControl>(node.get(), kControl);
+  return Query<IKsControl>(node.Get(), kControl);
 }
 
 Reply QueryLength(IKsControl* control, ULONG selector) {
@@ -158,9 +158,9 @@ bool ReadWord(IKsControl* control, std::uint32_t address, std::uint32_t* value) 
   return true;
 }
 
-ComReference<IKsControl> OpenCamera(const std::wstring& path) {
-  const ComReference<IBaseFilter> filter = Bind(path);
-  return filter ? NodeControl(filter.get(), 2) : ComReference<IKsControl>();
+ComPtr<IKsControl> OpenCamera(const std::wstring& path) {
+  const ComPtr<IBaseFilter> filter = Bind(path);
+  return filter ? NodeControl(filter.Get(), 2) : ComPtr<IKsControl>();
 }
 
 }  // namespace host

@@ -7,34 +7,34 @@
 #include <string>
 #include <vector>
 
-#include "com_object.h"
-#include "kernel_streaming.h"
+#include "com/com_object.h"
+#include "com/kernel_streaming.h"
 
 namespace host {
 
-using virtual_camera::ComReference;
+using virtual_camera::ComPtr;
 
 struct Device {
   std::wstring path;
   std::wstring name;
-  ComReference<IMoniker> moniker;
+  ComPtr<IMoniker> moniker;
 };
 
 // The video inputs of the system, in its order.
 std::vector<Device> VideoInputs();
 
 // The filter of the camera with this path; null if it is not listed. `result` gets the bind's.
-ComReference<IBaseFilter> Bind(const std::wstring& path, HRESULT* result = nullptr);
+ComPtr<IBaseFilter> Bind(const std::wstring& path, HRESULT* result = nullptr);
 
 template <class T>
-ComReference<T> Query(IUnknown* object, const GUID& id) {
-  ComReference<T> other;
-  object->QueryInterface(id, reinterpret_cast<void**>(other.Receive()));
+ComPtr<T> Query(IUnknown* object, const GUID& id) {
+  ComPtr<T> other;
+  object->QueryInterface(id, reinterpret_cast<void**>(other.GetAddressOf()));
   return other;
 }
 
 // IKsControl of node `node_id` of a bound filter; null if there is none.
-ComReference<IKsControl> NodeControl(IBaseFilter* filter, DWORD node_id);
+ComPtr<IKsControl> NodeControl(IBaseFilter* filter, DWORD node_id);
 
 struct Reply {
   HRESULT result;
@@ -55,6 +55,6 @@ bool ProgramWord(IKsControl* control, std::uint32_t address, std::uint32_t value
 bool ReadWord(IKsControl* control, std::uint32_t address, std::uint32_t* value);
 
 // Opens the extension unit of the camera with this path; null when it can't.
-ComReference<IKsControl> OpenCamera(const std::wstring& path);
+ComPtr<IKsControl> OpenCamera(const std::wstring& path);
 
 }  // namespace host

@@ -6,10 +6,10 @@
 #include <fstream>
 #include <map>
 
+#include "com/identifiers.h"
+#include "com/registration.h"
 #include "fixture.h"
 #include "host.h"
-#include "identifiers.h"
-#include "registration.h"
 
 namespace {
 
@@ -126,7 +126,7 @@ TEST_F(Looking, CommandsThatLookChangeNothing) {
     EXPECT_TRUE(Holds(Look(L"state"), "the cameras are registered\n"));
     Look(L"state 1");
     Look(L"check");
-    EXPECT_TRUE(host::WriteRegister(host::OpenCamera(kFirstPath).get(), 1, 2));
+    EXPECT_TRUE(host::WriteRegister(host::OpenCamera(kFirstPath).Get(), 1, 2));
     Look(L"trace \"" + folder() + L"trace.jsonl\"");
   }
 }

@@ -18,7 +18,7 @@ int Program(const std::wstring& path, std::uint32_t address, std::uint32_t count
     return 3;
   }
   for (std::uint32_t i = 0; i < count; ++i) {
-    if (!host::ProgramWord(control.get(), address + 4 * i, i)) {
+    if (!host::ProgramWord(control.Get(), address + 4 * i, i)) {
       return 4;
     }
   }
@@ -31,7 +31,7 @@ int Touch(const std::wstring& path) {
     return 3;
   }
   std::uint8_t value = 0;
-  return host::ReadRegister(control.get(), 0x100, &value) ? 0 : 4;
+  return host::ReadRegister(control.Get(), 0x100, &value) ? 0 : 4;
 }
 
 std::uint32_t Number(const wchar_t* text) {

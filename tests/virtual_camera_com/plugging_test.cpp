@@ -51,11 +51,11 @@ TEST_F(Plugging, TransfersOfAnUnpluggedCameraFail) {
   ASSERT_TRUE(control);
   ASSERT_EQ(Control(L"unplug 0").exit_code, 0U);
   std::vector<std::uint8_t> block(4);
-  EXPECT_EQ(host::QueryLength(control.get(), 1).result, kGone);
-  EXPECT_EQ(host::Set(control.get(), 1, block).result, kGone);
-  EXPECT_EQ(host::Get(control.get(), 1, block).result, kGone);
+  EXPECT_EQ(host::QueryLength(control.Get(), 1).result, kGone);
+  EXPECT_EQ(host::Set(control.Get(), 1, block).result, kGone);
+  EXPECT_EQ(host::Get(control.Get(), 1, block).result, kGone);
   ASSERT_EQ(Control(L"plug 0").exit_code, 0U);
-  EXPECT_EQ(host::QueryLength(control.get(), 1).result, kMoreData);
+  EXPECT_EQ(host::QueryLength(control.Get(), 1).result, kMoreData);
 }
 
 TEST_F(Plugging, AMonikerOfAnUnpluggedCameraDoesNotBind) {
@@ -63,9 +63,9 @@ TEST_F(Plugging, AMonikerOfAnUnpluggedCameraDoesNotBind) {
   const auto inputs = host::VideoInputs();
   ASSERT_EQ(inputs.size(), 1U);
   ASSERT_EQ(Control(L"unplug 0").exit_code, 0U);
-  host::ComReference<IBaseFilter> filter;
+  host::ComPtr<IBaseFilter> filter;
   EXPECT_LT(inputs[0].moniker->BindToObject(nullptr, nullptr, IID_IBaseFilter,
-                                            reinterpret_cast<void**>(filter.Receive())),
+                                            reinterpret_cast<void**>(filter.GetAddressOf())),
             0);
   EXPECT_FALSE(filter);
 }
@@ -90,16 +90,16 @@ TEST_F(Plugging, AFaultThatUnplugsTakesTheCameraFromTheListAndBack) {
   Register({FirstCamera(kFallsOff), SecondCamera()});
   const auto control = host::OpenCamera(kFirstPath);
   ASSERT_TRUE(control);
-  EXPECT_EQ(host::Set(control.get(), 1, {0x24, 0, 0, 0x18}).result, S_OK);
-  host::Set(control.get(), 1, {0x24, 0, 0, 0x58});
-  EXPECT_EQ(host::QueryLength(control.get(), 1).result, kGone);
+  EXPECT_EQ(host::Set(control.Get(), 1, {0x24, 0, 0, 0x18}).result, S_OK);
+  host::Set(control.Get(), 1, {0x24, 0, 0, 0x58});
+  EXPECT_EQ(host::QueryLength(control.Get(), 1).result, kGone);
   EXPECT_EQ(ListedPaths(), std::vector<std::wstring>{kSecondPath});
 
   for (int i = 0; i < 100 && ListedPaths().size() < 2; ++i) {
     Sleep(100);
   }
   EXPECT_EQ(ListedPaths(), (std::vector<std::wstring>{kFirstPath, kSecondPath}));
-  EXPECT_EQ(host::QueryLength(control.get(), 1).result, kMoreData);
+  EXPECT_EQ(host::QueryLength(control.Get(), 1).result, kMoreData);
   EXPECT_TRUE(host::OpenCamera(kFirstPath));
 }
 
@@ -107,8 +107,8 @@ TEST_F(Plugging, AFaultWithoutATimeUnplugsForGood) {
   Register({FirstCamera(kFallsOffForGood)});
   const auto control = host::OpenCamera(kFirstPath);
   ASSERT_TRUE(control);
-  host::Set(control.get(), 1, {0x24, 0, 0, 0x18});
-  host::Set(control.get(), 1, {0x24, 0, 0, 0x58});
+  host::Set(control.Get(), 1, {0x24, 0, 0, 0x18});
+  host::Set(control.Get(), 1, {0x24, 0, 0, 0x58});
   Sleep(kLongerThanFault);
   EXPECT_TRUE(ListedPaths().empty());
   ASSERT_EQ(Control(L"plug 0").exit_code, 0U);

@@ -30,9 +30,9 @@ TEST_F(Processes, TwoAtOnceProgramEveryWordOfTheirs) {
   ASSERT_TRUE(control);
   for (std::uint32_t i = 0; i < kWords; ++i) {
     std::uint32_t value = 0xEEEEEEEE;
-    ASSERT_TRUE(host::ReadWord(control.get(), 4 * i, &value));
+    ASSERT_TRUE(host::ReadWord(control.Get(), 4 * i, &value));
     ASSERT_EQ(value, i) << "word of the first process";
-    ASSERT_TRUE(host::ReadWord(control.get(), 0x8000 + 4 * i, &value));
+    ASSERT_TRUE(host::ReadWord(control.Get(), 0x8000 + 4 * i, &value));
     ASSERT_EQ(value, i) << "word of the second process";
   }
 }
@@ -42,17 +42,17 @@ TEST_F(Processes, RegistersAndFlashSurviveTheProcess) {
   {
     const auto control = host::OpenCamera(kFirstPath);
     ASSERT_TRUE(control);
-    ASSERT_TRUE(host::WriteRegister(control.get(), 0x100, 0x77));
+    ASSERT_TRUE(host::WriteRegister(control.Get(), 0x100, 0x77));
   }
   ASSERT_EQ(Process(kProgram, ProgramArguments(L"0x40", L"3")).Wait().exit_code, 0U);
 
   const auto control = host::OpenCamera(kFirstPath);
   ASSERT_TRUE(control);
   std::uint8_t value = 0;
-  ASSERT_TRUE(host::ReadRegister(control.get(), 0x100, &value));
+  ASSERT_TRUE(host::ReadRegister(control.Get(), 0x100, &value));
   EXPECT_EQ(value, 0x77);
   std::uint32_t word = 0;
-  ASSERT_TRUE(host::ReadWord(control.get(), 0x48, &word));
+  ASSERT_TRUE(host::ReadWord(control.Get(), 0x48, &word));
   EXPECT_EQ(word, 2U);
 }
 
@@ -67,15 +67,15 @@ TEST_F(Processes, AKilledOneLeavesTheCameraUsable) {
     Sleep(10);
     // The other's command may come between ours and its reply, as with a real device.
     std::uint32_t answered = 0;
-    if (host::ReadWord(control.get(), 0x28, &answered)) {
+    if (host::ReadWord(control.Get(), 0x28, &answered)) {
       word = answered;
     }
   }
   other.Kill();
   ASSERT_EQ(word, 10U);
-  ASSERT_TRUE(host::WriteRegister(control.get(), 0x100, 0x42));
+  ASSERT_TRUE(host::WriteRegister(control.Get(), 0x100, 0x42));
   std::uint8_t value = 0;
-  ASSERT_TRUE(host::ReadRegister(control.get(), 0x100, &value));
+  ASSERT_TRUE(host::ReadRegister(control.Get(), 0x100, &value));
   EXPECT_EQ(value, 0x42);
 }
 
@@ -84,16 +84,16 @@ TEST_F(Processes, APowerCycleResetsRegistersAndKeepsTheFlash) {
   const auto control = host::OpenCamera(kFirstPath);
   ASSERT_TRUE(control);
   std::uint8_t value = 0;
-  ASSERT_TRUE(host::ReadRegister(control.get(), 0x100, &value));
+  ASSERT_TRUE(host::ReadRegister(control.Get(), 0x100, &value));
   EXPECT_EQ(value, 0x12);
-  ASSERT_TRUE(host::WriteRegister(control.get(), 0x100, 0x34));
-  ASSERT_TRUE(host::ProgramWord(control.get(), 0x1000, 0x01020304));
+  ASSERT_TRUE(host::WriteRegister(control.Get(), 0x100, 0x34));
+  ASSERT_TRUE(host::ProgramWord(control.Get(), 0x1000, 0x01020304));
 
   EXPECT_EQ(Control(L"power-cycle").exit_code, 0U);
-  ASSERT_TRUE(host::ReadRegister(control.get(), 0x100, &value));
+  ASSERT_TRUE(host::ReadRegister(control.Get(), 0x100, &value));
   EXPECT_EQ(value, 0x12);
   std::uint32_t word = 0;
-  ASSERT_TRUE(host::ReadWord(control.get(), 0x1000, &word));
+  ASSERT_TRUE(host::ReadWord(control.Get(), 0x1000, &word));
   EXPECT_EQ(word, 0x01020304U);
 }
 

@@ -1,13 +1,13 @@
 // What registration leaves in the registry, also when it fails half way. Everything but the last
 // tests works on a key of the test's own that stands for HKEY_CLASSES_ROOT.
 
-#include "registration.h"
+#include "com/registration.h"
 
 #include <array>
 
+#include "com/identifiers.h"
 #include "fixture.h"
 #include "host.h"
-#include "identifiers.h"
 
 namespace {
 

@@ -1,11 +1,11 @@
 #pragma once
 
 #include <unknwn.h>
+#include <wrl/client.h>
 
 #include <atomic>
 #include <exception>
 #include <new>
-#include <utility>
 
 namespace virtual_camera {
 
@@ -37,45 +37,16 @@ class ComObject : public Interfaces... {
   std::atomic<ULONG> references_{1};
 };
 
-// Holds one reference.
+using Microsoft::WRL::ComPtr;
+
+// Takes over the reference that an object starts with. Not by Attach: mingw-w64's adds a reference,
+// others' don't.
 template <class T>
-class ComReference {
- public:
-  ComReference() = default;
-  explicit ComReference(T* owned) : object_(owned) {}
-  ComReference(const ComReference&) = delete;
-  ComReference& operator=(const ComReference&) = delete;
-  ComReference(ComReference&& other) noexcept : object_(std::exchange(other.object_, nullptr)) {}
-  ComReference& operator=(ComReference&& other) noexcept {
-    std::swap(object_, other.object_);
-    return *this;
-  }
-  ~ComReference() {
-    if (object_ != nullptr) {
-      object_->Release();
-    }
-  }
-
-  // A further reference to `object`, which may be null.
-  static ComReference Share(T* object) {
-    if (object != nullptr) {
-      object->AddRef();
-    }
-    return ComReference(object);
-  }
-
-  T* get() const { return object_; }
-  T* operator->() const { return object_; }
-  explicit operator bool() const { return object_ != nullptr; }
-  // Where a function stores the object that it returns.
-  T** Receive() { return &object_; }
-  // A further reference, for a caller's out parameter.
-  T* ForCaller() const { return Share(object_).Detach(); }
-  T* Detach() { return std::exchange(object_, nullptr); }
-
- private:
-  T* object_ = nullptr;
-};
+ComPtr<T> Owned(T* object) {
+  ComPtr<T> owned;
+  *owned.GetAddressOf() = object;
+  return owned;
+}
 
 // Runs `body`, which returns an HRESULT; exceptions must not leave a COM method.
 template <class Body>

@@ -1,9 +1,9 @@
-#include "configuration_file.h"
+#include "com/configuration_file.h"
 
 #include <windows.h>
 
-#include "virtual_camera/core/configuration.h"
-#include "wide_text.h"
+#include "core/configuration.h"
+#include "core/wide_text.h"
 
 namespace virtual_camera {
 namespace {

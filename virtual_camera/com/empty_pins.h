@@ -1,7 +1,7 @@
 #pragma once
 
-#include "com_object.h"
-#include "kernel_streaming.h"
+#include "com/com_object.h"
+#include "com/kernel_streaming.h"
 
 namespace virtual_camera {
 

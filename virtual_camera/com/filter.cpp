@@ -1,11 +1,11 @@
-#include "filter.h"
+#include "com/filter.h"
 
 #include <algorithm>
 #include <iterator>
 
-#include "empty_pins.h"
-#include "identifiers.h"
-#include "node_control.h"
+#include "com/empty_pins.h"
+#include "com/identifiers.h"
+#include "com/node_control.h"
 
 namespace virtual_camera {
 namespace {
@@ -115,9 +115,10 @@ HRESULT Filter::GetState(DWORD /*timeout_ms*/, FILTER_STATE* state) {
 }
 
 HRESULT Filter::SetSyncSource(IReferenceClock* clock) {
-  auto shared = ComReference<IReferenceClock>::Share(clock);
+  ComPtr<IReferenceClock> exchanged = clock;
+  // The former clock is released after the lock: that calls into somebody else's code.
   const std::lock_guard lock(mutex_);
-  clock_ = std::move(shared);
+  clock_.Swap(exchanged);
   return S_OK;
 }
 
@@ -126,8 +127,7 @@ HRESULT Filter::GetSyncSource(IReferenceClock** clock) {
     return E_POINTER;
   }
   const std::lock_guard lock(mutex_);
-  *clock = clock_.ForCaller();
-  return S_OK;
+  return clock_.CopyTo(clock);
 }
 
 HRESULT Filter::EnumPins(IEnumPins** pins) {
@@ -240,7 +240,7 @@ HRESULT Filter::CreateNodeInstance(DWORD node_id, REFIID iid, void** object) {
     if (node_id >= session->Nodes().size()) {
       return E_INVALIDARG;
     }
-    const ComReference<NodeControl> node(new NodeControl(session));
+    const ComPtr<NodeControl> node = Owned(new NodeControl(session));
     return node->QueryInterface(iid, object);
   });
 }

@@ -4,10 +4,10 @@
 #include <mutex>
 #include <string>
 
-#include "com_object.h"
-#include "kernel_streaming.h"
-#include "session.h"
-#include "topology.h"
+#include "com/com_object.h"
+#include "com/kernel_streaming.h"
+#include "com/session.h"
+#include "com/topology.h"
 
 namespace virtual_camera {
 
@@ -73,7 +73,7 @@ class Filter final
   std::mutex mutex_;  // guards what follows
   std::shared_ptr<Session> session_;
   FILTER_STATE state_ = State_Stopped;
-  ComReference<IReferenceClock> clock_;
+  ComPtr<IReferenceClock> clock_;
   // The graph owns its filters: a reference of ours would keep both alive for ever.
   IFilterGraph* graph_ = nullptr;
   std::wstring name_in_graph_;

@@ -13,4 +13,4 @@
 // Codes of strmif.h's methods.
 #include <vfwmsgs.h>
 
-#include "topology_info.h"
+#include "com/topology_info.h"

@@ -1,6 +1,6 @@
-#include "node_control.h"
+#include "com/node_control.h"
 
-#include "identifiers.h"
+#include "com/identifiers.h"
 
 namespace virtual_camera {
 

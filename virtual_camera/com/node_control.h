@@ -2,9 +2,9 @@
 
 #include <memory>
 
-#include "com_object.h"
-#include "kernel_streaming.h"
-#include "session.h"
+#include "com/com_object.h"
+#include "com/kernel_streaming.h"
+#include "com/session.h"
 
 namespace virtual_camera {
 

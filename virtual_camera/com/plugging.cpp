@@ -1,4 +1,4 @@
-#include "plugging.h"
+#include "com/plugging.h"
 
 #include <process.h>
 
@@ -12,10 +12,10 @@
 #include <thread>
 #include <utility>
 
-#include "virtual_camera/core/camera.h"
-#include "virtual_camera/core/names.h"
-#include "virtual_camera/core/utf8_path.h"
-#include "wide_text.h"
+#include "core/camera.h"
+#include "core/names.h"
+#include "core/utf8_path.h"
+#include "core/wide_text.h"
 
 namespace virtual_camera {
 namespace {

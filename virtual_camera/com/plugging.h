@@ -7,8 +7,8 @@
 #include <optional>
 #include <vector>
 
-#include "registration.h"
-#include "virtual_camera/core/configuration.h"
+#include "com/registration.h"
+#include "core/configuration.h"
 
 namespace virtual_camera {
 

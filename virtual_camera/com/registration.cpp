@@ -1,4 +1,4 @@
-#include "registration.h"
+#include "com/registration.h"
 
 #include <algorithm>
 #include <array>
@@ -8,8 +8,8 @@
 #include <type_traits>
 #include <utility>
 
-#include "identifiers.h"
-#include "wide_text.h"
+#include "com/identifiers.h"
+#include "core/wide_text.h"
 
 namespace virtual_camera {
 namespace {
@@ -26,8 +26,8 @@ constexpr wchar_t kConfigurationValue[] = L"Configuration";
 constexpr DWORD kKeyNameSize = 256;
 
 const std::wstring& ClassIdText() {
-  static const std::wstring text = WideOf(BORVAN_VIRTUAL_CAMERA_CLASS_ID);
-  return text;
+  static const std::wstring kText = WideOf(BORVAN_VIRTUAL_CAMERA_CLASS_ID);
+  return kText;
 }
 
 std::wstring ClassKeyName() {

@@ -4,12 +4,12 @@
 
 #include <olectl.h>
 
-#include "com_object.h"
-#include "configuration_file.h"
-#include "filter.h"
-#include "identifiers.h"
-#include "plugging.h"
-#include "registration.h"
+#include "com/com_object.h"
+#include "com/configuration_file.h"
+#include "com/filter.h"
+#include "com/identifiers.h"
+#include "com/plugging.h"
+#include "com/registration.h"
 
 namespace virtual_camera {
 namespace {
@@ -40,7 +40,7 @@ class Factory final : public ComObject<IClassFactory> {
       return CLASS_E_NOAGGREGATION;
     }
     return Guarded([&] {
-      const ComReference<Filter> filter(new Filter);
+      const ComPtr<Filter> filter = Owned(new Filter);
       return filter->QueryInterface(iid, object);
     });
   }
@@ -85,7 +85,7 @@ STDAPI DllGetClassObject(REFCLSID class_id, REFIID iid, LPVOID* object) {
     return CLASS_E_CLASSNOTAVAILABLE;
   }
   return Guarded([&] {
-    const ComReference<Factory> factory(new Factory);
+    const ComPtr<Factory> factory = Owned(new Factory);
     return factory->QueryInterface(iid, object);
   });
 }

@@ -1,14 +1,14 @@
-#include "session.h"
+#include "com/session.h"
 
 #include <cstring>
 #include <optional>
 #include <span>
 #include <utility>
 
-#include "configuration_file.h"
-#include "identifiers.h"
-#include "plugging.h"
-#include "wide_text.h"
+#include "com/configuration_file.h"
+#include "com/identifiers.h"
+#include "com/plugging.h"
+#include "core/wide_text.h"
 
 namespace virtual_camera {
 

@@ -8,8 +8,8 @@
 #include <memory>
 #include <string>
 
-#include "virtual_camera/core/camera.h"
-#include "virtual_camera/core/configuration.h"
+#include "core/camera.h"
+#include "core/configuration.h"
 
 namespace virtual_camera {
 

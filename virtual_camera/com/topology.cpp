@@ -1,9 +1,9 @@
-#include "topology.h"
+#include "com/topology.h"
 
 #include <array>
 #include <cstring>
 
-#include "identifiers.h"
+#include "com/identifiers.h"
 
 namespace virtual_camera {
 namespace {

@@ -3,8 +3,8 @@
 #include <string_view>
 #include <vector>
 
-#include "kernel_streaming.h"
-#include "virtual_camera/core/configuration.h"
+#include "com/kernel_streaming.h"
+#include "core/configuration.h"
 
 namespace virtual_camera {
 

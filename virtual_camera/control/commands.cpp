@@ -1,4 +1,4 @@
-#include "commands.h"
+#include "control/commands.h"
 
 #include <charconv>
 #include <filesystem>
@@ -6,12 +6,12 @@
 #include <ostream>
 #include <vector>
 
-#include "plugging.h"
-#include "registration.h"
-#include "virtual_camera/core/camera.h"
-#include "virtual_camera/core/printable.h"
-#include "virtual_camera/core/trace.h"
-#include "wide_text.h"
+#include "com/plugging.h"
+#include "com/registration.h"
+#include "core/camera.h"
+#include "core/printable.h"
+#include "core/trace.h"
+#include "core/wide_text.h"
 
 namespace virtual_camera {
 namespace {

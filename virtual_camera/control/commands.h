@@ -8,7 +8,7 @@
 #include <stdexcept>
 #include <string>
 
-#include "virtual_camera/core/configuration.h"
+#include "core/configuration.h"
 
 namespace virtual_camera {
 

@@ -10,10 +10,10 @@
 #include <string>
 #include <vector>
 
-#include "commands.h"
-#include "configuration_file.h"
-#include "virtual_camera/core/printable.h"
-#include "wide_text.h"
+#include "com/configuration_file.h"
+#include "control/commands.h"
+#include "core/printable.h"
+#include "core/wide_text.h"
 
 namespace {
 

@@ -1,5 +1,6 @@
-// The command blocks of the seven control selectors, as the chip reads them: opcodes, tags, sizes.
 #pragma once
+
+// The command blocks of the seven control selectors, as the chip reads them: opcodes, tags, sizes.
 
 #include <array>
 #include <cstddef>

@@ -1,5 +1,6 @@
-// Numbers in bytes, in both orders.
 #pragma once
+
+// Numbers in bytes, in both orders.
 
 #include <cstdint>
 #include <span>

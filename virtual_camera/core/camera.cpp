@@ -1,4 +1,4 @@
-#include "camera.h"
+#include "core/camera.h"
 
 #include <algorithm>
 #include <chrono>
@@ -8,15 +8,15 @@
 #include <string>
 #include <thread>
 
-#include "blocks.h"
-#include "chip.h"
-#include "faults.h"
-#include "names.h"
-#include "nor_flash.h"
-#include "plug.h"
-#include "result_codes.h"
-#include "state_file.h"
-#include "trace_writer.h"
+#include "core/blocks.h"
+#include "core/chip.h"
+#include "core/faults.h"
+#include "core/names.h"
+#include "core/nor_flash.h"
+#include "core/plug.h"
+#include "core/result_codes.h"
+#include "core/state_file.h"
+#include "core/trace_writer.h"
 
 namespace virtual_camera {
 namespace {
@@ -73,7 +73,7 @@ class Camera::Implementation {
   std::uint64_t BusyUs();
   void Trace(const Transfer& transfer, std::uint64_t time_us) noexcept;
 
-  DeviceFields& fields() { return state_file_.state().fields; }
+  DeviceFields& Fields() { return state_file_.State().fields; }
   std::uint32_t LengthOf(std::uint32_t selector) const {
     return configuration_.lengths[selector - 1];
   }
@@ -125,12 +125,12 @@ std::uint64_t Camera::Implementation::BusyUs() {
   const std::uint64_t now = WallClockUs();
   const std::uint64_t longest = std::max(std::uint64_t{configuration_.flash.erase_ms} * 1000,
                                          std::uint64_t{2} * configuration_.flash.program_us);
-  const std::uint64_t until = fields().busy_until_us;
+  const std::uint64_t until = Fields().busy_until_us;
   return until > now && until - now <= longest ? until - now : 0;
 }
 
 void Camera::Implementation::RunPlugged(Transfer& transfer) {
-  if (!RefreshPlug(state_file_.state(), WallClockUs())) {
+  if (!RefreshPlug(state_file_.State(), WallClockUs())) {
     transfer.answer = {kNotConnected, 0};
     return;
   }
@@ -139,7 +139,7 @@ void Camera::Implementation::RunPlugged(Transfer& transfer) {
     return;
   }
   const FaultEffects effects =
-      StrikeFaults(configuration_, transfer.direction, transfer.selector, fields());
+      StrikeFaults(configuration_, transfer.direction, transfer.selector, Fields());
   transfer.delay_ms = effects.delay_ms;
   transfer.unplug = effects.unplug;
   if (effects.result && *effects.result < 0) {
@@ -162,8 +162,8 @@ void Camera::Implementation::RunPlugged(Transfer& transfer) {
     }
   }
   if (effects.unplug) {
-    fields().plugged = false;
-    fields().back_at_us = effects.unplug->back_after_ms
+    Fields().plugged = false;
+    Fields().back_at_us = effects.unplug->back_after_ms
                               ? WallClockUs() + std::uint64_t{*effects.unplug->back_after_ms} * 1000
                               : 0;
   }
@@ -178,10 +178,10 @@ void Camera::Implementation::Set(Transfer& transfer, const FaultEffects& effects
     transfer.answer = {kSuccess, 0};
     return;
   }
-  Chip chip(configuration_, state_file_.state(), *flash_);
+  Chip chip(configuration_, state_file_.State(), *flash_);
   transfer.answer = {chip.Execute(transfer.selector, transfer.sent, effects.stuck_words), 0};
-  if (chip.busy_us() != 0) {
-    fields().busy_until_us = WallClockUs() + chip.busy_us();
+  if (chip.BusyUs() != 0) {
+    Fields().busy_until_us = WallClockUs() + chip.BusyUs();
   }
 }
 
@@ -191,7 +191,7 @@ void Camera::Implementation::Get(Transfer& transfer, const FaultEffects& effects
     transfer.answer = {kInsufficientBuffer, 0};
     return;
   }
-  Reply& reply = fields().replies[transfer.selector - 1];
+  Reply& reply = Fields().replies[transfer.selector - 1];
   if (reply.result < 0) {
     transfer.answer = {reply.result, 0};
     return;
@@ -228,17 +228,17 @@ void Camera::Implementation::Trace(const Transfer& transfer, std::uint64_t time_
   } else if (transfer.direction == Direction::kLength) {
     traced.length = transfer.answer.bytes;
   }
-  const std::uint64_t untraced = fields().untraced;
-  const std::uint64_t process_untraced = fields().process_untraced;
+  const std::uint64_t untraced = Fields().untraced;
+  const std::uint64_t process_untraced = Fields().process_untraced;
   if (trace_) {
-    fields().untraced = trace_->Write(traced, untraced) ? 0 : untraced + 1;
+    Fields().untraced = trace_->Write(traced, untraced) ? 0 : untraced + 1;
   }
   if (process_trace_) {
     process_untraced_ =
         process_trace_->Write(traced, process_untraced_) ? 0 : process_untraced_ + 1;
-    fields().process_untraced = process_untraced_;
+    Fields().process_untraced = process_untraced_;
   }
-  if (fields().untraced != untraced || fields().process_untraced != process_untraced) {
+  if (Fields().untraced != untraced || Fields().process_untraced != process_untraced) {
     try {
       state_file_.Commit();
     } catch (const std::exception&) {

@@ -1,5 +1,6 @@
-// One virtual camera: the device side of the vendor extension unit, as its transfers see it.
 #pragma once
+
+// One virtual camera: the device side of the vendor extension unit, as its transfers see it.
 
 #include <cstdint>
 #include <functional>
@@ -8,7 +9,7 @@
 #include <span>
 #include <string>
 
-#include "configuration.h"
+#include "core/configuration.h"
 
 namespace virtual_camera {
 

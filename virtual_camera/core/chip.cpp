@@ -1,7 +1,7 @@
-#include "chip.h"
+#include "core/chip.h"
 
-#include "blocks.h"
-#include "result_codes.h"
+#include "core/blocks.h"
+#include "core/result_codes.h"
 
 namespace virtual_camera {
 namespace {

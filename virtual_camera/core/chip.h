@@ -1,13 +1,14 @@
-// The chip: takes the command blocks of the seven selectors and prepares their replies.
 #pragma once
+
+// The chip: takes the command blocks of the seven selectors and prepares their replies.
 
 #include <cstdint>
 #include <span>
 
-#include "configuration.h"
-#include "device_state.h"
-#include "i2c_bus.h"
-#include "nor_flash.h"
+#include "core/configuration.h"
+#include "core/device_state.h"
+#include "core/i2c_bus.h"
+#include "core/nor_flash.h"
 
 namespace virtual_camera {
 
@@ -27,7 +28,7 @@ class Chip {
                        std::span<const std::uint32_t> stuck_words);
 
   // How long the flash is busy after the last block, in microseconds.
-  std::uint64_t busy_us() const { return busy_us_; }
+  std::uint64_t BusyUs() const { return busy_us_; }
 
  private:
   using Block = std::span<const std::uint8_t>;

@@ -1,10 +1,10 @@
 // Selectors 3, 4 and 5: the SPI flash.
 #include <algorithm>
 
-#include "blocks.h"
-#include "bytes.h"
-#include "chip.h"
-#include "result_codes.h"
+#include "core/blocks.h"
+#include "core/bytes.h"
+#include "core/chip.h"
+#include "core/result_codes.h"
 
 namespace virtual_camera {
 

@@ -1,10 +1,10 @@
 // Selectors 2 and 6: the registers of the sensors on the chip's I2C bus.
 #include <algorithm>
 
-#include "blocks.h"
-#include "bytes.h"
-#include "chip.h"
-#include "result_codes.h"
+#include "core/blocks.h"
+#include "core/bytes.h"
+#include "core/chip.h"
+#include "core/result_codes.h"
 
 namespace virtual_camera {
 namespace {

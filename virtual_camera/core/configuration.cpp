@@ -1,14 +1,14 @@
-#include "configuration.h"
+#include "core/configuration.h"
 
 #include <algorithm>
 #include <array>
 #include <fstream>
 
-#include "configuration_faults.h"
-#include "configuration_files.h"
-#include "json_reader.h"
-#include "names.h"
-#include "utf8_path.h"
+#include "core/configuration_faults.h"
+#include "core/configuration_files.h"
+#include "core/json_reader.h"
+#include "core/names.h"
+#include "core/utf8_path.h"
 
 namespace virtual_camera {
 namespace {

@@ -1,5 +1,6 @@
-// What a virtual camera is made of, and the reader of the JSON file that describes it.
 #pragma once
+
+// What a virtual camera is made of, and the reader of the JSON file that describes it.
 
 #include <array>
 #include <cstdint>

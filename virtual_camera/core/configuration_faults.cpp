@@ -1,4 +1,4 @@
-#include "configuration_faults.h"
+#include "core/configuration_faults.h"
 
 namespace virtual_camera {
 namespace {

@@ -1,10 +1,11 @@
-// Reads `faults` of a camera.
 #pragma once
+
+// Reads `faults` of a camera.
 
 #include <vector>
 
-#include "configuration.h"
-#include "json_reader.h"
+#include "core/configuration.h"
+#include "core/json_reader.h"
 
 namespace virtual_camera {
 

@@ -1,7 +1,7 @@
-#include "configuration_files.h"
+#include "core/configuration_files.h"
 
-#include "names.h"
-#include "printable.h"
+#include "core/names.h"
+#include "core/printable.h"
 
 namespace virtual_camera {
 namespace {

@@ -1,7 +1,8 @@
-// Checks that the files of a configuration don't meet.
 #pragma once
 
-#include "configuration.h"
+// Checks that the files of a configuration don't meet.
+
+#include "core/configuration.h"
 
 namespace virtual_camera {
 

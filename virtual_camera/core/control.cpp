@@ -5,12 +5,12 @@
 #include <map>
 #include <vector>
 
-#include "blocks.h"
-#include "camera.h"
-#include "faults.h"
-#include "plug.h"
-#include "printable.h"
-#include "state_file.h"
+#include "core/blocks.h"
+#include "core/camera.h"
+#include "core/faults.h"
+#include "core/plug.h"
+#include "core/printable.h"
+#include "core/state_file.h"
 
 namespace virtual_camera {
 namespace {
@@ -21,8 +21,8 @@ template <typename Action>
 void Change(const CameraConfiguration& configuration, const Action& action) {
   StateFile file(configuration.state_file, configuration.plugged);
   const StateLock lock(file);
-  RefreshPlug(file.state(), WallClockUs());
-  action(file.state());
+  RefreshPlug(file.State(), WallClockUs());
+  action(file.State());
   file.Commit();
 }
 
@@ -55,7 +55,7 @@ std::string PlugText(const DeviceFields& fields) {
 
 std::string RegistersText(const RegisterStore& registers, RegisterSpace space) {
   std::map<std::uint32_t, std::uint32_t> sorted;
-  for (const auto& [key, value] : registers.values()) {
+  for (const auto& [key, value] : registers.Values()) {
     if (key >> 32 == space.number) {
       sorted.emplace(static_cast<std::uint32_t>(key), value);
     }

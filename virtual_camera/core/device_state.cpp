@@ -1,4 +1,4 @@
-#include "device_state.h"
+#include "core/device_state.h"
 
 #include <algorithm>
 #include <stdexcept>
@@ -21,7 +21,7 @@ class Writer {
               bytes_.begin() + static_cast<std::ptrdiff_t>(position_));
     position_ += source.size();
   }
-  std::size_t position() const { return position_; }
+  std::size_t Position() const { return position_; }
 
  private:
   std::span<std::uint8_t> bytes_;

@@ -1,5 +1,6 @@
-// All that a powered device knows besides its flash, and its form in the state file.
 #pragma once
+
+// All that a powered device knows besides its flash, and its form in the state file.
 
 #include <array>
 #include <cstdint>
@@ -83,11 +84,11 @@ class RegisterStore {
   void Write(RegisterSpace space, std::uint32_t address, std::uint32_t value);
   void Clear();
 
-  const std::unordered_map<std::uint64_t, std::uint32_t>& values() const { return values_; }
+  const std::unordered_map<std::uint64_t, std::uint32_t>& Values() const { return values_; }
 
   // For the state file: what changed since ForgetChanges, and values that it read.
-  const std::vector<Record>& written() const { return written_; }
-  bool cleared() const { return cleared_; }
+  const std::vector<Record>& Written() const { return written_; }
+  bool Cleared() const { return cleared_; }
   void ForgetChanges();
   void Restore(const Record& record) { values_[record.key] = record.value; }
   void DropAll();

@@ -1,12 +1,13 @@
-// Decides which of a camera's faults strike a transfer.
 #pragma once
+
+// Decides which of a camera's faults strike a transfer.
 
 #include <cstdint>
 #include <optional>
 #include <vector>
 
-#include "configuration.h"
-#include "device_state.h"
+#include "core/configuration.h"
+#include "core/device_state.h"
 
 namespace virtual_camera {
 

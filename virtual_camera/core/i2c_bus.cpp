@@ -1,6 +1,6 @@
-#include "i2c_bus.h"
+#include "core/i2c_bus.h"
 
-#include "blocks.h"
+#include "core/blocks.h"
 
 namespace virtual_camera {
 

@@ -1,11 +1,12 @@
-// The chip's I2C bus and the sensors on it.
 #pragma once
+
+// The chip's I2C bus and the sensors on it.
 
 #include <cstdint>
 #include <optional>
 
-#include "configuration.h"
-#include "device_state.h"
+#include "core/configuration.h"
+#include "core/device_state.h"
 
 namespace virtual_camera {
 

@@ -1,10 +1,10 @@
-#include "json_reader.h"
+#include "core/json_reader.h"
 
 #include <algorithm>
 #include <charconv>
 
-#include "configuration.h"
-#include "printable.h"
+#include "core/configuration.h"
+#include "core/printable.h"
 
 namespace virtual_camera {
 namespace {

@@ -1,5 +1,6 @@
-// Reads values of the configuration file and names their place when one is wrong.
 #pragma once
+
+// Reads values of the configuration file and names their place when one is wrong.
 
 #include <cstdint>
 #include <initializer_list>

@@ -1,5 +1,6 @@
-// Which names the system takes for the same thing: files, however they are spelled, and devices.
 #pragma once
+
+// Which names the system takes for the same thing: files, however they are spelled, and devices.
 
 #include <cstdint>
 #include <string>

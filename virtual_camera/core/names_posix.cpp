@@ -4,8 +4,8 @@
 #include <filesystem>
 #include <system_error>
 
-#include "names.h"
-#include "utf8_path.h"
+#include "core/names.h"
+#include "core/utf8_path.h"
 
 namespace virtual_camera {
 namespace {

@@ -1,7 +1,7 @@
 #include <windows.h>
 
-#include "names.h"
-#include "utf8_path.h"
+#include "core/names.h"
+#include "core/wide_text.h"
 
 namespace virtual_camera {
 namespace {
@@ -29,7 +29,7 @@ std::string UpperUtf8(const std::wstring& text) {
   std::wstring upper(text.size(), L'\0');
   ::LCMapStringEx(LOCALE_NAME_INVARIANT, LCMAP_UPPERCASE, text.data(), size, upper.data(), size,
                   nullptr, nullptr, 0);
-  return Utf8FromPath(std::filesystem::path(upper));
+  return Utf8Of(upper);
 }
 
 bool Identify(const std::wstring& name, FileIdentity& identity) {
@@ -54,7 +54,7 @@ bool Identify(const std::wstring& name, FileIdentity& identity) {
 
 FileIdentity IdentifyFile(const std::string& name_utf8) {
   FileIdentity identity;
-  const std::wstring name = FullName(PathFromUtf8(name_utf8).wstring());
+  const std::wstring name = FullName(WideOf(name_utf8));
   if (Identify(name, identity)) {
     return identity;
   }
@@ -68,10 +68,7 @@ FileIdentity IdentifyFile(const std::string& name_utf8) {
 }
 
 bool SameDevicePath(const std::string& a_utf8, const std::string& b_utf8) {
-  const std::wstring a = PathFromUtf8(a_utf8).wstring();
-  const std::wstring b = PathFromUtf8(b_utf8).wstring();
-  return ::CompareStringOrdinal(a.data(), static_cast<int>(a.size()), b.data(),
-                                static_cast<int>(b.size()), TRUE) == CSTR_EQUAL;
+  return SamePath(WideOf(a_utf8), WideOf(b_utf8));
 }
 
 }  // namespace virtual_camera

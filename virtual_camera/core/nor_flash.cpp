@@ -1,4 +1,4 @@
-#include "nor_flash.h"
+#include "core/nor_flash.h"
 
 #include <algorithm>
 #include <system_error>

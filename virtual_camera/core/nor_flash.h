@@ -1,12 +1,13 @@
-// The SPI NOR flash behind the chip, kept in a file.
 #pragma once
+
+// The SPI NOR flash behind the chip, kept in a file.
 
 #include <cstdint>
 #include <optional>
 #include <span>
 
-#include "configuration.h"
-#include "shared_file.h"
+#include "core/configuration.h"
+#include "core/shared_file.h"
 
 namespace virtual_camera {
 

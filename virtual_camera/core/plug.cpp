@@ -1,4 +1,4 @@
-#include "plug.h"
+#include "core/plug.h"
 
 #include <chrono>
 

@@ -1,9 +1,10 @@
-// The camera's cable and its power.
 #pragma once
+
+// The camera's cable and its power.
 
 #include <cstdint>
 
-#include "device_state.h"
+#include "core/device_state.h"
 
 namespace virtual_camera {
 

@@ -1,5 +1,6 @@
-// Texts of files and hosts for messages and lists.
 #pragma once
+
+// Texts of files and hosts for messages and lists.
 
 #include <cstddef>
 #include <cstdint>

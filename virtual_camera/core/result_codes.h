@@ -1,6 +1,7 @@
+#pragma once
+
 // HRESULT values that the device side answers with. Windows names them in headers that the
 // portable core does not include.
-#pragma once
 
 #include <cstdint>
 

@@ -1,5 +1,6 @@
-// A file that several processes read and write at once.
 #pragma once
+
+// A file that several processes read and write at once.
 
 #include <cstdint>
 #include <memory>

@@ -7,8 +7,8 @@
 #include <filesystem>
 #include <system_error>
 
-#include "shared_file.h"
-#include "utf8_path.h"
+#include "core/shared_file.h"
+#include "core/utf8_path.h"
 
 namespace virtual_camera {
 namespace {

@@ -2,7 +2,8 @@
 
 #include <system_error>
 
-#include "shared_file.h"
+#include "core/shared_file.h"
+#include "core/wide_text.h"
 
 namespace virtual_camera {
 namespace {
@@ -14,15 +15,6 @@ constexpr DWORD kLockPositionHigh = 0x40000000;
   throw std::system_error(static_cast<int>(::GetLastError()), std::system_category(), what);
 }
 
-std::wstring WideText(const std::string& utf8) {
-  const int length =
-      ::MultiByteToWideChar(CP_UTF8, 0, utf8.data(), static_cast<int>(utf8.size()), nullptr, 0);
-  std::wstring wide(static_cast<std::size_t>(length), L'\0');
-  ::MultiByteToWideChar(CP_UTF8, 0, utf8.data(), static_cast<int>(utf8.size()), wide.data(),
-                        length);
-  return wide;
-}
-
 OVERLAPPED At(std::uint64_t position) {
   OVERLAPPED overlapped{};
   overlapped.Offset = static_cast<DWORD>(position);
@@ -31,7 +23,7 @@ OVERLAPPED At(std::uint64_t position) {
 }
 
 HANDLE Open(const std::string& path_utf8, DWORD access, DWORD creation) {
-  return ::CreateFileW(WideText(path_utf8).c_str(), access,
+  return ::CreateFileW(WideOf(path_utf8).c_str(), access,
                        FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr, creation,
                        FILE_ATTRIBUTE_NORMAL, nullptr);
 }

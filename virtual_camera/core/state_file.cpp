@@ -1,11 +1,11 @@
-#include "state_file.h"
+#include "core/state_file.h"
 
 #include <algorithm>
 #include <array>
 #include <system_error>
 #include <utility>
 
-#include "configuration.h"
+#include "core/configuration.h"
 
 namespace virtual_camera {
 namespace {
@@ -210,11 +210,11 @@ void StateFile::Lock() {
 void StateFile::Commit() {
   RegisterStore& registers = state_.registers;
   bool changed = true;
-  const std::uint64_t records = head_.log_records + registers.written().size();
-  if (registers.cleared() ||
-      (records > kSmallLog && records > kSlackFactor * registers.values().size())) {
+  const std::uint64_t records = head_.log_records + registers.Written().size();
+  if (registers.Cleared() ||
+      (records > kSmallLog && records > kSlackFactor * registers.Values().size())) {
     RewriteLog();
-  } else if (!registers.written().empty()) {
+  } else if (!registers.Written().empty()) {
     AppendLog();
   } else {
     std::array<std::uint8_t, kDeviceFieldsSize> fields;
@@ -235,7 +235,7 @@ void StateFile::Unlock() noexcept {
 }
 
 void StateFile::AppendLog() {
-  const std::vector<RegisterStore::Record>& written = state_.registers.written();
+  const std::vector<RegisterStore::Record>& written = state_.registers.Written();
   file_.WriteAt(head_.log_start + head_.log_records * kRecordSize, LogBytes(written));
   head_.log_records += written.size();
 }
@@ -244,7 +244,7 @@ void StateFile::AppendLog() {
 // overlaps the old one: it goes before it where it fits, else behind it.
 void StateFile::RewriteLog() {
   std::vector<RegisterStore::Record> records;
-  for (const auto& [key, value] : state_.registers.values()) {
+  for (const auto& [key, value] : state_.registers.Values()) {
     records.push_back({key, value});
   }
   const std::uint64_t old_end = head_.log_start + head_.log_records * kRecordSize;

@@ -1,12 +1,13 @@
-// The device's state in a file that survives its processes and is shared by them.
 #pragma once
+
+// The device's state in a file that survives its processes and is shared by them.
 
 #include <cstdint>
 #include <string>
 #include <vector>
 
-#include "device_state.h"
-#include "shared_file.h"
+#include "core/device_state.h"
+#include "core/shared_file.h"
 
 namespace virtual_camera {
 
@@ -31,10 +32,10 @@ class StateFile {
   void Lock();
   // Writes what changed since Lock or the Commit before. The lock stays.
   void Commit();
-  // Without a Commit before it, changes to state() are dropped.
+  // Without a Commit before it, changes to State() are dropped.
   void Unlock() noexcept;
 
-  DeviceState& state() { return state_; }
+  DeviceState& State() { return state_; }
 
  private:
   void ReadHead();

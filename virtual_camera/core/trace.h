@@ -1,5 +1,6 @@
-// The trace: one JSON line for each transfer, and its reader for people.
 #pragma once
+
+// The trace: one JSON line for each transfer, and its reader for people.
 
 #include <iosfwd>
 

@@ -9,10 +9,10 @@
 #include <utility>
 #include <vector>
 
-#include "printable.h"
-#include "result_codes.h"
-#include "trace.h"
-#include "trace_words.h"
+#include "core/printable.h"
+#include "core/result_codes.h"
+#include "core/trace.h"
+#include "core/trace_words.h"
 
 namespace virtual_camera {
 namespace {

@@ -1,10 +1,10 @@
-#include "trace_words.h"
+#include "core/trace_words.h"
 
 #include <algorithm>
 #include <cstdio>
 
-#include "blocks.h"
-#include "bytes.h"
+#include "core/blocks.h"
+#include "core/bytes.h"
 
 namespace virtual_camera {
 namespace {

@@ -1,12 +1,13 @@
-// Says in words what a transfer does.
 #pragma once
+
+// Says in words what a transfer does.
 
 #include <array>
 #include <cstdint>
 #include <span>
 #include <string>
 
-#include "configuration.h"
+#include "core/configuration.h"
 
 namespace virtual_camera {
 

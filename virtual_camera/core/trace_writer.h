@@ -1,13 +1,14 @@
-// Appends a line for each transfer to the trace file.
 #pragma once
+
+// Appends a line for each transfer to the trace file.
 
 #include <cstdint>
 #include <span>
 #include <string>
 
-#include "camera.h"
-#include "configuration.h"
-#include "shared_file.h"
+#include "core/camera.h"
+#include "core/configuration.h"
+#include "core/shared_file.h"
 
 namespace virtual_camera {
 

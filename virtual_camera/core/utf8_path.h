@@ -1,5 +1,6 @@
-// File names are UTF-8 everywhere; the system's own form is made here.
 #pragma once
+
+// File names are UTF-8 everywhere; the system's own form is made here.
 
 #include <filesystem>
 #include <string>

@@ -1,4 +1,4 @@
-#include "device/hexadecimal_text.h"
+#include "base/hexadecimal_text.h"
 
 #include <limits>
 
