@@ -28,7 +28,7 @@ CODE = (".c", ".cpp", ".h", ".hpp")
 SOURCES = CODE + (".py", ".sh", ".cmake", ".rc", ".in", ".def")
 INCLUDE = re.compile(r'^\s*#\s*include\s*(["<])([^">]+)[">]', re.MULTILINE)
 # Folders that a file's includes may start from, after its own.
-INCLUDE_ROOTS = ("include", "src", "virtual_camera", "tools", "tests", "bench", "")
+INCLUDE_ROOTS = ("include", "src", "virtual_camera", "tools/borvanusb", "tools", "tests", "bench", "")
 
 
 def our_files(root):

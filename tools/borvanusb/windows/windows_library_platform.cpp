@@ -92,7 +92,7 @@ void RemoveLeftFiles(const std::wstring& folder) {
     return;
   }
   do {
-    const auto owner = ScratchOwner(::ToUtf8(found.cFileName));
+    const auto owner = ScratchOwner(borvanusb::ToUtf8(found.cFileName));
     if ((found.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) == 0 && owner && !IsAlive(*owner)) {
       DeleteFileW((folder + found.cFileName).c_str());
     }
@@ -143,7 +143,7 @@ LibraryPlatform::ScratchFile WindowsLibraryPlatform::NewScratchFile(std::string_
       scratch_folder_ +
       ToWide(ScratchName(GetCurrentProcessId(), static_cast<std::uint64_t>(ticks.QuadPart),
                          ++scratch_files_, extension));
-  return {ToAnsi(name).value_or(""), ::ToUtf8(name)};
+  return {ToAnsi(name).value_or(""), borvanusb::ToUtf8(name)};
 }
 
 void WindowsLibraryPlatform::RemoveScratchFile(const ScratchFile& file) {
@@ -212,8 +212,8 @@ std::optional<std::string> WindowsLibraryPlatform::DeviceName(const std::string&
   return device->name;
 }
 
-std::string WindowsLibraryPlatform::SystemMessage(std::uint32_t status) {
-  return ::SystemMessage(status);
+std::string WindowsLibraryPlatformborvanusb::SystemMessage(std::uint32_t status) {
+  return borvanusb::SystemMessage(status);
 }
 
 void WindowsLibraryPlatform::Sleep(std::chrono::milliseconds time) {
