@@ -3,13 +3,14 @@
 #include <algorithm>
 #include <chrono>
 #include <nlohmann/json.hpp>
+#include <span>
+#include <utility>
 
 #include "base/files.h"
 #include "camera/camera_choice.h"
-#include "flash/engine/flash_end.h"
+#include "command/command_line.h"
 #include "flash/engine/image_format.h"
-#include "flash/engine/safeguard.h"
-#include "flash/engine/transfer_count.h"
+#include "flash/program_names.h"
 #include "flash/program_text.h"
 #include "output/output.h"
 #include "output/progress.h"
@@ -18,25 +19,47 @@ namespace borvanusb {
 
 namespace {
 
-double SecondsBetween(std::chrono::steady_clock::time_point start,
-                      std::chrono::steady_clock::time_point end) {
+using Time = std::chrono::steady_clock::time_point;
+
+double SecondsBetween(Time start, Time end) {
   return std::chrono::duration<double>(end - start).count();
+}
+
+bool IsBlank(std::span<const std::uint8_t> bytes) {
+  return std::ranges::all_of(bytes, [&](std::uint8_t byte) { return byte == bytes.front(); }) &&
+         (bytes.front() == 0 || bytes.front() == 0xFF);
+}
+
+// Whether a camera that failed so may still answer.
+bool MayAnswer(ExitCode code) {
+  return code == ExitCode::kDevice || code == ExitCode::kVerify;
 }
 
 }  // namespace
 
-// Tells the state when the process has to end in the middle, as long as this lives.
-class FlashProgrammer::LastWords {
+// The chosen camera, reserved and open. Tells the state when the process has to end in the middle.
+class FlashProgrammer::Site {
  public:
-  LastWords(Host& host, const std::shared_ptr<WorkState>& state) : host_(host) {
+  Site(Context& context, const CameraIdentity& identity, const std::shared_ptr<WorkState>& state)
+      : host_(context.host),
+        reservation_(context.host.ReserveCamera(identity)),
+        camera_(context.host.OpenCamera(identity)),
+        store_(AbsoluteName(context.host.JournalFolder()), identity),
+        steps_{*camera_, host_, context.output, context.progress, store_, *state} {
     host_.SetLastWords([state] { return state->Lines(); });
   }
-  ~LastWords() { host_.SetLastWords({}); }
-  LastWords(const LastWords&) = delete;
-  LastWords& operator=(const LastWords&) = delete;
+  ~Site() { host_.SetLastWords({}); }
+  Site(const Site&) = delete;
+  Site& operator=(const Site&) = delete;
+
+  WorkSite& Steps() { return steps_; }
 
  private:
   Host& host_;
+  std::unique_ptr<Host::Reservation> reservation_;
+  std::unique_ptr<Camera> camera_;
+  JournalStore store_;
+  WorkSite steps_;
 };
 
 FlashProgrammer::FlashProgrammer(const FlashProgramCommand& command, Context& context)
@@ -50,12 +73,13 @@ ExitCode FlashProgrammer::Run() {
   outcome_.address = command_.address;
   outcome_.dry_run = command_.dry_run;
   outcome_.started = context_.host.Now();
-  const auto start = context_.host.Clock();
+  const Time start = context_.host.Clock();
   const auto finish = [&] {
     outcome_.finished = context_.host.Now();
     outcome_.total_seconds = SecondsBetween(start, context_.host.Clock());
   };
   try {
+    LoadWanted();
     Work();
   } catch (const Failure& failure) {
     finish();
@@ -95,7 +119,7 @@ void FlashProgrammer::CheckNames() const {
   }
 }
 
-void FlashProgrammer::Work() {
+void FlashProgrammer::LoadWanted() {
   image_ = LoadImage(command_.image, command_.address);
   outcome_.image_size = image_.bytes.size();
   outcome_.image_sha256 = image_.sha256;
@@ -103,100 +127,69 @@ void FlashProgrammer::Work() {
     RefuseBlankImage(image_);
     RefuseOtherFormat(image_);
   }
-  identity_ = ChosenCamera(context_.host, context_.common.cameras);
-  outcome_.camera = identity_;
-  reservation_ = context_.host.ReserveCamera(identity_);
-  camera_ = context_.host.OpenCamera(identity_);
-  last_words_ = std::make_unique<LastWords>(context_.host, state_);
-  store_.emplace(AbsoluteName(context_.host.JournalFolder()), identity_);
-  CheckSize();
-  Look();
-  Expect();
+}
+
+void FlashProgrammer::Work() {
+  const CameraIdentity identity = ChosenCamera(context_.host, context_.common.cameras);
+  outcome_.camera = identity;
+  site_ = std::make_unique<Site>(context_, identity, state_);
+  seen_ = Examine(image_, command_.flash_size, command_.journal, site_->Steps());
+  const ProgramPlan plan = Plan(image_, seen_, command_.verify);
+  outcome_.flash_size = seen_.flash_size;
+  outcome_.read_seconds = seen_.seconds;
+  outcome_.sectors = plan.sectors.size / kSectorSize;
+  outcome_.changes = plan.changes;
+  outcome_.transfers = plan.transfers;
+  outcome_.expected_seconds = plan.expected_seconds;
   if (command_.dry_run) {
     ShowPlan(image_, outcome_, context_.output);
     return;
   }
-  if (!outcome_.changes.empty()) {
-    Safeguard();
-    Program();
-    if (command_.verify) {
-      Verify();
-    }
+  if (!plan.changes.empty()) {
+    Change(plan);
   }
-  if (command_.verify || outcome_.changes.empty()) {
+  if (command_.verify || plan.changes.empty()) {
     outcome_.verified = true;
   }
   state_->SetDone();
-  End();
+  FinishJournals(seen_, security_, site_->Steps());
 }
 
-void FlashProgrammer::CheckSize() {
-  const FlashEnd end = FindFlashEnd(*camera_, image_.End(), command_.flash_size, context_.output);
-  outcome_.flash_size = end.size;
-  RefuseBeyondEnd(image_, end);
-}
-
-void FlashProgrammer::Look() {
-  sectors_ = SectorsAround(image_.address, image_.bytes.size());
-  outcome_.sectors = sectors_.size / kSectorSize;
-  const auto start = context_.host.Clock();
-  context_.progress.Begin("read", sectors_.size);
-  now_ = camera_->ReadFlash(sectors_.address, sectors_.size,
-                            [&](std::uint64_t done) { context_.progress.Advance(done); });
-  context_.progress.Done();
-  outcome_.read_seconds = SecondsBetween(start, context_.host.Clock());
-  const Range named{image_.address, static_cast<std::uint32_t>(image_.End() - 1)};
-  const RecoveryRequest request{identity_.path, named,        image_.sha256,   sectors_,
-                                now_,           image_.bytes, command_.journal};
-  recovery_ = Recover(request, JournalsInReach(*store_, context_.host, identity_),
-                      [&](const Journal& journal) { return CompareLandmarks(*camera_, journal); });
-  for (const std::string& note : recovery_.notes) {
-    context_.output.Note(note);
-  }
-  after_ = LayOver(sectors_, recovery_.truth, image_);
-  outcome_.changes = DifferingSectors(sectors_.address, now_, after_);
-}
-
-void FlashProgrammer::Expect() {
-  for (const Range& block : CutIntoBlocks(outcome_.changes)) {
-    outcome_.transfers += BlockTransfers(After().At(block));
-  }
+void FlashProgrammer::Change(const ProgramPlan& plan) {
+  WorkSite& site = site_->Steps();
+  state_->Plan(plan.changes, {}, {});
+  security_ = Secure(image_, seen_, plan, {command_.backup, command_.backup_file}, site);
+  PlanWaysOn(plan);
+  const Time start = context_.host.Clock();
+  const Ranges vouched = Write(plan, security_, site);
+  const Time written = context_.host.Clock();
+  outcome_.program_seconds = SecondsBetween(start, written);
   if (command_.verify) {
-    for (const Range& run : outcome_.changes) {
-      outcome_.transfers += ReadTransfers(run.Size());
+    const auto measure = [&] {
+      outcome_.verify_seconds = SecondsBetween(written, context_.host.Clock());
+    };
+    try {
+      Verify(plan, security_, vouched, site);
+    } catch (...) {
+      measure();
+      throw;
     }
+    measure();
   }
-  const double transfer = outcome_.read_seconds / static_cast<double>(ReadTransfers(sectors_.size));
-  outcome_.expected_seconds = transfer * static_cast<double>(outcome_.transfers);
 }
 
-SectorWriter FlashProgrammer::Writer() {
-  return {*camera_, context_.host, context_.output, context_.progress, *state_, shared_};
-}
-
-void FlashProgrammer::Program() {
-  const auto start = context_.host.Clock();
-  vouched_ = Writer().Write(outcome_.changes, After());
-  outcome_.program_seconds = SecondsBetween(start, context_.host.Clock());
-}
-
-void FlashProgrammer::Verify() {
-  const auto start = context_.host.Clock();
-  Mismatch mismatch = Writer().Compare(Without(outcome_.changes, vouched_), After());
-  if (!mismatch.wrong.empty()) {
-    const Ranges sectors = SectorsOf(mismatch.wrong);
-    context_.output.Note(DifferenceText(mismatch.wrong) + ": " + RangesText(mismatch.wrong) +
-                         "; writing " + RangesText(sectors) + " once more");
-    state_->SetWrong(mismatch.wrong);
-    Writer().Write(sectors, After());
-    // All of it again: where addresses wrap, the second try has overwritten other sectors.
-    mismatch = Writer().Compare(outcome_.changes, After());
+void FlashProgrammer::PlanWaysOn(const ProgramPlan& plan) {
+  std::vector<std::string> words = ProgramWords(command_);
+  words.insert(words.end(), {"--camera", outcome_.camera->path});
+  std::string back;
+  if (const std::optional<BackupRecord>& backup = security_.backup) {
+    const Range range{backup->address,
+                      static_cast<std::uint32_t>(backup->address + backup->size - 1)};
+    const Content before{seen_.sectors.address, seen_.recovery.before};
+    back = GoBackText(backup->file, range.first, *outcome_.camera, IsBlank(before.At(range)));
+    outcome_.backup = backup->file;
   }
-  state_->SetWrong(mismatch.wrong);
-  outcome_.verify_seconds = SecondsBetween(start, context_.host.Clock());
-  if (!mismatch.wrong.empty()) {
-    FailVerify(mismatch);
-  }
+  state_->Plan(plan.changes, CommandLineText(words), back);
 }
 
 void FlashProgrammer::Fail(const Failure& failure) {
@@ -205,15 +198,17 @@ void FlashProgrammer::Fail(const Failure& failure) {
   if (failure.Code() == ExitCode::kVerify) {
     outcome_.verified = false;
   }
-  if (command_.restore_on_failure && camera_ && !state_->IsUntouched()) {
+  if (command_.restore_on_failure && site_ && !state_->IsUntouched()) {
     // A call that hangs may go on writing: nothing is written beside it.
     message += failure.Code() == ExitCode::kTimeout
                    ? "; the old bytes are not written back, since the camera may still be at work"
-                   : RestoreOldBytes();
+                   : RestoreOldBytes(seen_, security_, site_->Steps());
   }
-  SettleOpenSector(failure.Code());
+  if (site_ && MayAnswer(failure.Code())) {
+    SettleOpenSector(image_, security_, site_->Steps());
+  }
   std::string hint = failure.Hint();
-  if (camera_ && !command_.dry_run) {
+  if (site_ && !command_.dry_run) {
     message += "; " + state_->Sentence();
     const std::string advice = state_->Advice();
     hint += (hint.empty() || advice.empty() ? "" : "\n") + advice;
@@ -229,7 +224,7 @@ void FlashProgrammer::Fail(const Failure& failure) {
   throw Failure(failure.Code(), message, hint);
 }
 
-void FlashProgrammer::WriteReport() {
+void FlashProgrammer::WriteReport() const {
   if (!command_.report.empty()) {
     WriteWholeText(
         command_.report,

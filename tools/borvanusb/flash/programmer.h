@@ -2,26 +2,19 @@
 
 #include <memory>
 #include <optional>
-#include <span>
 #include <string>
-#include <vector>
 
 #include "base/failure.h"
-#include "camera/host.h"
 #include "command/context.h"
 #include "flash/engine/image.h"
-#include "flash/engine/journal_store.h"
-#include "flash/engine/recovery.h"
-#include "flash/engine/sector_plan.h"
-#include "flash/engine/sector_writer.h"
-#include "flash/engine/work_journal.h"
-#include "flash/engine/work_state.h"
+#include "flash/engine/program_steps.h"
 #include "flash/program.h"
 #include "flash/report.h"
 
 namespace borvanusb {
 
-// Programs one image into one camera: exactly the image's bytes change. Lives for one run.
+// Programs one image into one camera: the steps of flash/engine/program_steps.h, told in words.
+// Lives for one run.
 class FlashProgrammer {
  public:
   FlashProgrammer(const FlashProgramCommand& command, Context& context);
@@ -33,50 +26,24 @@ class FlashProgrammer {
   ExitCode Run();
 
  private:
-  class LastWords;
+  class Site;
 
-  void Work();
   void CheckNames() const;
-  void CheckSize();
-  void Look();
-  void Expect();
-  void Safeguard();
-  void KeepBackup();
-  void BeginJournal();
-  void PlanWaysOn();
-  void Program();
-  void Verify();
-  void End();
+  void LoadWanted();
+  void Work();
+  void Change(const ProgramPlan& plan);
+  void PlanWaysOn(const ProgramPlan& plan);
   [[noreturn]] void Fail(const Failure& failure);
-  void SettleOpenSector(ExitCode code);
-  std::string RestoreOldBytes();
-  void WriteReport();
-
-  SectorWriter Writer();
-  Content Truth() const { return {sectors_.address, recovery_.truth}; }
-  Content Before() const { return {sectors_.address, recovery_.before}; }
-  Content After() const { return {sectors_.address, after_}; }
+  void WriteReport() const;
 
   const FlashProgramCommand& command_;
   Context& context_;
-  std::shared_ptr<WorkState> state_ = std::make_shared<WorkState>();
-  std::unique_ptr<LastWords> last_words_;
+  const std::shared_ptr<WorkState> state_ = std::make_shared<WorkState>();
   ProgramOutcome outcome_;
   Image image_;
-  CameraIdentity identity_;
-  std::unique_ptr<Host::Reservation> reservation_;
-  std::unique_ptr<Camera> camera_;
-
-  SectorSpan sectors_;
-  std::vector<std::uint8_t> now_;  // what the sectors hold when the work begins
-  Recovery recovery_;
-  std::vector<std::uint8_t> after_;  // what they shall hold
-
-  std::optional<JournalStore> store_;
-  std::optional<WorkJournal> journal_;
-  std::optional<BackupRecord> backup_;
-  SharedSectors shared_;
-  Ranges vouched_;  // read back after all else was written
+  std::unique_ptr<Site> site_;  // null until the camera is open
+  Examination seen_;
+  Security security_;
 };
 
 }  // namespace borvanusb

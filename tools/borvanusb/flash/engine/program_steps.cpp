@@ -1,0 +1,227 @@
+#include "flash/engine/program_steps.h"
+
+#include <algorithm>
+#include <chrono>
+#include <span>
+#include <utility>
+
+#include "base/failure.h"
+#include "base/files.h"
+#include "flash/engine/camera_evidence.h"
+#include "flash/engine/flash_end.h"
+#include "flash/engine/safeguard.h"
+#include "flash/engine/sector_fate.h"
+#include "flash/engine/transfer_count.h"
+#include "flash/report.h"
+
+namespace borvanusb {
+
+namespace {
+
+Range NamedBy(const Image& image) {
+  return {image.address, static_cast<std::uint32_t>(image.End() - 1)};
+}
+
+SectorWriter WriterFor(Security& security, WorkSite& site) {
+  return {site.camera, site.host, site.output, site.progress, site.state, security.shared};
+}
+
+std::optional<BackupRecord> KeepBackup(const Image& image, const Examination& seen,
+                                       const ProgramPlan& plan, const BackupWish& wish,
+                                       WorkSite& site) {
+  const Range range{plan.changes.front().first, plan.changes.back().last};
+  const std::optional<BackupRecord>& earlier = seen.recovery.backup;
+  if (earlier && range.first >= earlier->address && range.last < earlier->address + earlier->size) {
+    site.output.Note("the backup from before the cut-off programming stays: " + earlier->file);
+    return earlier;
+  }
+  if (!wish.wanted) {
+    return std::nullopt;
+  }
+  const std::string file =
+      wish.file.empty() ? BackupName(image.file, site.camera.Identity(), range.first, site.host)
+                        : wish.file;
+  const Content before{seen.sectors.address, seen.recovery.before};
+  BackupRecord backup = WriteBackup(file, range.first, before.At(range));
+  site.output.Note("backup of " + Text(range) + ": " + file);
+  return backup;
+}
+
+std::unique_ptr<WorkJournal> BeginJournal(const Image& image, const Examination& seen,
+                                          const ProgramPlan& plan,
+                                          const std::optional<BackupRecord>& backup,
+                                          WorkSite& site) {
+  const CameraIdentity& camera = site.camera.Identity();
+  const auto now = site.host.Now();
+  auto journal = std::make_unique<WorkJournal>(
+      site.store, site.store.NewName(TimeInFileName(now)),
+      Journal{
+          .command = "flash program",
+          .begun = TimeText(now),
+          .vid = camera.vid,
+          .pid = camera.pid,
+          .camera = camera.path,
+          .image = AbsoluteName(image.file),
+          .sha256 = image.sha256,
+          .address = image.address,
+          .size = image.bytes.size(),
+          .backup = backup,
+          .sectors = RecordSectors(plan.sectors, plan.changes, seen.recovery.before, plan.after),
+          .landmarks = TakeLandmarks(site.camera, plan.sectors),
+          .open_sector = std::nullopt,
+          .replaces = {}});
+  try {
+    journal->Begin();
+  } catch (const Failure& failure) {
+    throw Failure(ExitCode::kFile, "the journal: " + failure.Message(),
+                  "Set BORVANUSB_JOURNALS to a folder that you may write to.");
+  }
+  return journal;
+}
+
+}  // namespace
+
+Examination Examine(const Image& image, std::optional<std::uint64_t> flash_size,
+                    const std::string& journal, WorkSite& site) {
+  Examination seen;
+  const FlashEnd end = FindFlashEnd(site.camera, image.End(), flash_size, site.output);
+  seen.flash_size = end.size;
+  RefuseBeyondEnd(image, end);
+  seen.sectors = SectorsAround(image.address, image.bytes.size());
+  const auto start = site.host.Clock();
+  site.progress.Begin("read", seen.sectors.size);
+  seen.now = site.camera.ReadFlash(seen.sectors.address, seen.sectors.size,
+                                   [&](std::uint64_t done) { site.progress.Advance(done); });
+  site.progress.Done();
+  seen.seconds = std::chrono::duration<double>(site.host.Clock() - start).count();
+  const CameraIdentity& camera = site.camera.Identity();
+  seen.recovery = Recover(
+      {camera.path, NamedBy(image), image.sha256, seen.sectors, seen.now, image.bytes, journal},
+      JournalsInReach(site.store, site.host, camera),
+      [&](const Journal& of) { return CompareLandmarks(site.camera, of); });
+  for (const std::string& note : seen.recovery.notes) {
+    site.output.Note(note);
+  }
+  return seen;
+}
+
+ProgramPlan Plan(const Image& image, const Examination& seen, bool verify) {
+  ProgramPlan plan;
+  plan.sectors = seen.sectors;
+  plan.after = LayOver(seen.sectors, seen.recovery.truth, image);
+  plan.changes = DifferingSectors(seen.sectors.address, seen.now, plan.after);
+  for (const std::uint32_t address : HalfUsedSectors(image.address, image.bytes.size())) {
+    if (std::ranges::any_of(plan.changes, [&](const Range& run) {
+          return run.first <= address && address <= run.last;
+        })) {
+      plan.shared.push_back(address);
+    }
+  }
+  for (const Range& block : CutIntoBlocks(plan.changes)) {
+    plan.transfers += BlockTransfers(plan.After().At(block));
+  }
+  for (const Range& run : verify ? plan.changes : Ranges()) {
+    plan.transfers += ReadTransfers(run.Size());
+  }
+  plan.expected_seconds = seen.seconds / static_cast<double>(ReadTransfers(seen.sectors.size)) *
+                          static_cast<double>(plan.transfers);
+  return plan;
+}
+
+Security Secure(const Image& image, const Examination& seen, const ProgramPlan& plan,
+                const BackupWish& wish, WorkSite& site) {
+  Security security;
+  security.shared.addresses = plan.shared;
+  security.shared.original = {seen.sectors.address, seen.recovery.truth};
+  for (const JournalStore::Entry& entry : seen.recovery.used) {
+    security.shared.taken_over.emplace(entry.journal.open_sector->address, entry);
+  }
+  security.backup = KeepBackup(image, seen, plan, wish, site);
+  FollowInJournals(site.store, plan.changes, plan.sectors, seen.recovery.truth, plan.after);
+  ReleaseSectors(site.store, seen.recovery, plan.changes, plan.sectors, plan.after);
+  if (!plan.shared.empty() || security.backup) {
+    security.journal = BeginJournal(image, seen, plan, security.backup, site);
+  }
+  security.shared.journal = security.journal.get();
+  return security;
+}
+
+Ranges Write(const ProgramPlan& plan, Security& security, WorkSite& site) {
+  return WriterFor(security, site).Write(plan.changes, plan.After());
+}
+
+void Verify(const ProgramPlan& plan, Security& security, const Ranges& vouched, WorkSite& site) {
+  Mismatch mismatch =
+      WriterFor(security, site).Compare(Without(plan.changes, vouched), plan.After());
+  if (!mismatch.wrong.empty()) {
+    const Ranges sectors = SectorsOf(mismatch.wrong);
+    site.output.Note(DifferenceText(mismatch.wrong) + ": " + RangesText(mismatch.wrong) +
+                     "; writing " + RangesText(sectors) + " once more");
+    site.state.SetWrong(mismatch.wrong);
+    WriterFor(security, site).Write(sectors, plan.After());
+    // All of it again: where addresses wrap, the second try has overwritten other sectors.
+    mismatch = WriterFor(security, site).Compare(plan.changes, plan.After());
+  }
+  site.state.SetWrong(mismatch.wrong);
+  if (!mismatch.wrong.empty()) {
+    FailVerify(mismatch);
+  }
+}
+
+void FinishJournals(const Examination& seen, Security& security, WorkSite& site) {
+  try {
+    if (security.journal) {
+      security.journal->End();
+    }
+    for (const std::string& file : seen.recovery.finished) {
+      site.store.Remove(file);
+    }
+  } catch (const Failure& failure) {
+    site.output.Note(failure.Message() + "; the change itself is finished");
+  }
+}
+
+std::string RestoreOldBytes(const Examination& seen, Security& security, WorkSite& site) {
+  // Stopping now would leave what the user wants to be rid of.
+  const auto hold = site.host.HoldStop();
+  site.output.Note("writing the old bytes back");
+  site.state.BeginRestoring();
+  const Content before{seen.sectors.address, seen.recovery.before};
+  try {
+    const Ranges runs = Union(site.state.Touched(), DifferingSectors(seen.sectors.address, seen.now,
+                                                                     seen.recovery.before));
+    SectorWriter writer = WriterFor(security, site);
+    const Ranges vouched = writer.Write(runs, before, SectorWriter::StopWish::kIgnore);
+    const Mismatch mismatch = WriterFor(security, site).Compare(Without(runs, vouched), before);
+    if (!mismatch.wrong.empty()) {
+      return "; the old bytes were written back, but " + RangesText(mismatch.wrong) +
+             " does not read back so";
+    }
+    site.state.SetRestored();
+    security.journal->End();
+    return "";
+  } catch (const Failure& failure) {
+    site.progress.Break();
+    return "; writing the old bytes back failed too: " + failure.Message();
+  }
+}
+
+void SettleOpenSector(const Image& image, Security& security, WorkSite& site) {
+  WorkJournal* const journal = security.journal.get();
+  if (journal == nullptr || !journal->IsBegun() || !journal->OpenSector()) {
+    return;
+  }
+  const SharedSector& open = *journal->OpenSector();
+  try {
+    const std::vector<std::uint8_t> found = site.camera.ReadFlash(open.address, kSectorSize, {});
+    if (FateOf(found, open, NamedBy(image)) == SectorFate::kUnharmed) {
+      journal->Close(found);
+      site.state.SetKept({}, {});
+    }
+  } catch (const Failure&) {
+    // It stays open; the next run reads it again.
+    return;
+  }
+}
+
+}  // namespace borvanusb
