@@ -1,5 +1,7 @@
 #pragma once
 
+#include <array>
+#include <cstddef>
 #include <string_view>
 
 namespace borvanusb {
@@ -15,38 +17,37 @@ enum class ExitCode {
   kFile = 5,            // a file can't be read or written, or does not fit
   kDevice = 6,          // the camera failed, or is gone
   kVerify = 7,          // what was read back differs
-  kTimeout = 8,         // nothing moved for too long
+  kTimeout = 8,         // no progress for too long
   kStopped = 9,         // stopped by the user
   kInternal = 10,       // anything else
 };
 
-// The kind's short name, as in the "kind" of a failure's JSON.
+struct ExitCodeTexts {
+  ExitCode code = ExitCode::kDone;
+  std::string_view kind;     // as in the "kind" of a failure's JSON
+  std::string_view summary;  // as the overview of the help lists it
+  std::string_view meaning;  // as the manual page tells it
+};
+
+// In the order of the numbers, from 0 on.
+inline constexpr std::array<ExitCodeTexts, 11> kExitCodes = {{
+    {ExitCode::kDone, "done", "done", "Done."},
+    {ExitCode::kUsage, "usage", "wrong command line", "The command line can't be right."},
+    {ExitCode::kNoCamera, "no-camera", "no camera", "There is no camera, or none that was meant."},
+    {ExitCode::kSeveralCameras, "several-cameras", "several cameras match",
+     "More than one camera may be meant; nothing was done."},
+    {ExitCode::kRefused, "refused", "camera refused or without vendor unit",
+     "The camera is busy, can't be opened or has no vendor unit."},
+    {ExitCode::kFile, "file", "file", "A file can't be read or written, or does not fit."},
+    {ExitCode::kDevice, "device", "camera failed or gone", "The camera failed, or is gone."},
+    {ExitCode::kVerify, "verify", "verify differs", "What was read back differs."},
+    {ExitCode::kTimeout, "timeout", "timed out", "No progress for longer than --timeout."},
+    {ExitCode::kStopped, "stopped", "stopped by the user", "Stopped by the user."},
+    {ExitCode::kInternal, "internal", "internal", "Anything else, such as a fault of the program."},
+}};
+
 constexpr std::string_view KindOf(ExitCode code) {
-  switch (code) {
-    case ExitCode::kDone:
-      return "done";
-    case ExitCode::kUsage:
-      return "usage";
-    case ExitCode::kNoCamera:
-      return "no-camera";
-    case ExitCode::kSeveralCameras:
-      return "several-cameras";
-    case ExitCode::kRefused:
-      return "refused";
-    case ExitCode::kFile:
-      return "file";
-    case ExitCode::kDevice:
-      return "device";
-    case ExitCode::kVerify:
-      return "verify";
-    case ExitCode::kTimeout:
-      return "timeout";
-    case ExitCode::kStopped:
-      return "stopped";
-    case ExitCode::kInternal:
-      return "internal";
-  }
-  return "internal";
+  return kExitCodes.at(static_cast<std::size_t>(code)).kind;
 }
 
 }  // namespace borvanusb

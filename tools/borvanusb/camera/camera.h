@@ -17,6 +17,10 @@ struct CameraIdentity {
   std::string pid;         // likewise
 };
 
+// The register that tells which fast paths the chip's firmware has; every chip has it.
+constexpr std::uint32_t kFeatureRegister = 0x1A3;
+constexpr std::uint32_t kFeatureFastI2c = 0x20;
+
 enum class RegisterWidth { kByte, kWide };
 
 // A device on the camera's I2C bus and how it is spoken to.

@@ -30,14 +30,6 @@ ReservedCamera ReserveChosenCamera(Context& context) {
   return reserved;
 }
 
-nlohmann::ordered_json CameraJson(const CameraIdentity& camera) {
-  return {{"index", camera.index},
-          {"path", camera.path},
-          {"name", camera.name},
-          {"vid", camera.vid},
-          {"pid", camera.pid}};
-}
-
 nlohmann::ordered_json ValuesJson(const Range& range, std::span<const std::uint32_t> values) {
   auto list = nlohmann::ordered_json::array();
   for (std::size_t i = 0; i < values.size(); ++i) {

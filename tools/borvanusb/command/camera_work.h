@@ -11,14 +11,11 @@
 
 #include "base/numbers.h"
 #include "camera/camera.h"
+#include "camera/camera_json.h"
 #include "camera/host.h"
 #include "command/context.h"
 
 namespace borvanusb {
-
-// The register that tells which fast paths the chip's firmware has; every chip has it.
-constexpr std::uint32_t kFeatureRegister = 0x1A3;
-constexpr std::uint32_t kFeatureFastI2c = 0x20;
 
 // A camera that no other borvanusb process uses meanwhile.
 struct ReservedCamera {
@@ -33,8 +30,6 @@ std::unique_ptr<Camera> OpenChosenCamera(Context& context);
 // The same for work of several accesses that belong together. Throws as Host::ReserveCamera, too.
 ReservedCamera ReserveChosenCamera(Context& context);
 
-// {"index", "path", "name", "vid", "pid"}.
-nlohmann::ordered_json CameraJson(const CameraIdentity& camera);
 // [{"address", "value"}…] of registers in a row.
 nlohmann::ordered_json ValuesJson(const Range& range, std::span<const std::uint32_t> values);
 

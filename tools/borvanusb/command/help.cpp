@@ -1,6 +1,7 @@
 // What --help prints.
 #include <algorithm>
 
+#include "base/exit_code.h"
 #include "base/joined.h"
 #include "base/version.h"
 #include "command/command_line.h"
@@ -113,6 +114,23 @@ std::string GroupHelp(const ToolDescription& tool, const std::string& word) {
   return help + "\nborvanusb " + word + " COMMAND --help tells more of one.\n";
 }
 
+// All of them, broken into lines between two.
+std::string ExitCodeList() {
+  std::string list = "Exit codes:";
+  std::size_t line = 0;
+  for (const ExitCodeTexts& texts : kExitCodes) {
+    const std::string entry = " " + std::to_string(static_cast<int>(texts.code)) + " " +
+                              std::string(texts.summary) +
+                              (texts.code == kExitCodes.back().code ? "" : ",");
+    if (list.size() - line + entry.size() > kColumns) {
+      list += "\n ";
+      line = list.size() - 1;
+    }
+    list += entry;
+  }
+  return list + "\n";
+}
+
 std::string Overview(const ToolDescription& tool) {
   std::string help = "borvanusb " + std::string(kToolVersion) + ": ";
   AppendWrapped(help, tool.text, 0);
@@ -139,11 +157,8 @@ std::string Overview(const ToolDescription& tool) {
   help +=
       "\n"
       "Numbers are decimal or hexadecimal with 0x; sizes and addresses may end in K\n"
-      "or M; ranges are 0x1000+256, or 0x1000-0x10ff, both included.\n"
-      "\n"
-      "Exit codes: 0 done, 1 wrong command line, 2 no camera, 3 several cameras match,\n"
-      "  4 camera refused or without vendor unit, 5 file, 6 camera failed or gone,\n"
-      "  7 verify differs, 8 timed out, 9 stopped by the user, 10 internal\n";
+      "or M; ranges are 0x1000+256, or 0x1000-0x10ff, both included.\n";
+  help += "\n" + ExitCodeList();
   return help;
 }
 

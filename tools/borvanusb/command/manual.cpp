@@ -2,6 +2,7 @@
 #include <nlohmann/json.hpp>
 #include <string_view>
 
+#include "base/exit_code.h"
 #include "base/version.h"
 #include "command/camera_work.h"
 #include "command/command_line.h"
@@ -122,20 +123,6 @@ struct Entry {
   std::string_view text;
 };
 
-constexpr std::array<Entry, 11> kExitCodes = {{
-    {"0", "Done."},
-    {"1", "The command line can't be right."},
-    {"2", "There is no camera, or none that was meant."},
-    {"3", "More than one camera may be meant; nothing was done."},
-    {"4", "The camera is busy, can't be opened or has no vendor unit."},
-    {"5", "A file can't be read or written, or does not fit."},
-    {"6", "The camera failed, or is gone."},
-    {"7", "What was read back differs."},
-    {"8", "Nothing moved for longer than --timeout."},
-    {"9", "Stopped by the user."},
-    {"10", "Anything else, such as a fault of the program."},
-}};
-
 constexpr std::array<Entry, 3> kEnvironment = {{
     {"BORVANUSB_CAMERA",
      "The camera that is meant when --camera is not given, as --camera takes it."},
@@ -188,7 +175,11 @@ std::string ManualPage(const ToolDescription& tool) {
       "otherwise.\n" +
       OptionEntries(tool.common);
   page += ".SH ENVIRONMENT\n" + EntryList(kEnvironment);
-  page += ".SH EXIT STATUS\n" + EntryList(kExitCodes);
+  page += ".SH EXIT STATUS\n";
+  for (const ExitCodeTexts& texts : kExitCodes) {
+    const std::string number = std::to_string(static_cast<int>(texts.code));
+    page += EntryList(std::array<Entry, 1>{{{number, texts.meaning}}});
+  }
   page += ".SH FILES\n" + EntryList(kFiles);
   return page;
 }

@@ -1,5 +1,7 @@
 #include "command/values.h"
 
+#include "camera/camera.h"
+
 #include <algorithm>
 #include <charconv>
 #include <sstream>
@@ -11,7 +13,6 @@ namespace borvanusb {
 
 namespace {
 
-constexpr std::uint64_t kSectorBytes = 4096;
 // Words that people write are shorter; a file that is no script may be one single word.
 constexpr std::size_t kLongestQuote = 256;
 constexpr std::uint64_t kLargestFlash = std::uint64_t{1} << 32U;
@@ -67,7 +68,7 @@ Range RangeValue(const std::string& text) {
 Range FlashRangeValue(const std::string& text) {
   const auto address = ParseSize(text);
   if (address && *address <= kHighestNumber) {
-    const std::uint64_t last = std::min<std::uint64_t>(*address + kSectorBytes - 1, kHighestNumber);
+    const std::uint64_t last = std::min<std::uint64_t>(*address + kSectorSize - 1, kHighestNumber);
     throw WrongValue("is a single address; a range has a size or a last address, too: " + text +
                      "+4K or " + text + "-" + Hex(last));
   }
@@ -92,7 +93,7 @@ std::string RemarkOnEnd(const std::string& text) {
   const std::size_t mark = text.find('-');
   const auto range = ParseRange(text);
   if (mark == std::string::npos || !range || range->first == range->last ||
-      range->last % kSectorBytes != 0) {
+      range->last % kSectorSize != 0) {
     return {};
   }
   const std::uint64_t size = range->last - range->first;
@@ -102,7 +103,7 @@ std::string RemarkOnEnd(const std::string& text) {
 
 std::uint64_t FlashSizeValue(const std::string& text) {
   const auto size = ParseSize(text);
-  if (!size || *size == 0 || *size > kLargestFlash || *size % kSectorBytes != 0) {
+  if (!size || *size == 0 || *size > kLargestFlash || *size % kSectorSize != 0) {
     throw WrongValue("is no flash size: a multiple of 4096, such as 512K or 4M, up to 4096M");
   }
   return *size;

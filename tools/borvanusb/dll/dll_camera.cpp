@@ -15,7 +15,6 @@ namespace {
 // Above every 8-bit and 16-bit value: a read that leaves it there was not answered.
 constexpr std::uint32_t kImpossible = 0xFFFFFFFF;
 constexpr std::uint32_t kOtherStart = 0x5A5AA5A5;
-constexpr std::uint32_t kFeatureRegister = 0x1A3;
 constexpr std::uint32_t kBadListHead = 11;
 // A list's pauses are at most 255 ms an entry, and its entries need a few transfers each.
 constexpr std::chrono::milliseconds kSilencePerLine{260};
@@ -33,7 +32,7 @@ std::chrono::milliseconds SilenceOf(const std::string& list_text) {
 
 }  // namespace
 
-std::unique_ptr<LibraryPlatform::CameraLock> LibraryCamera::Lock() const {
+std::unique_ptr<LibraryPlatform::CameraLock> DllCamera::Lock() const {
   auto lock = library_.Platform().LockCamera(identity_.path, kLockLimit);
   if (lock == nullptr) {
     throw Failure(
@@ -53,7 +52,7 @@ std::unique_ptr<LibraryPlatform::CameraLock> LibraryCamera::Lock() const {
   return lock;
 }
 
-void LibraryCamera::Refused(const std::string& what) const {
+void DllCamera::Refused(const std::string& what) const {
   if (!library_.IsListed(identity_)) {
     throw GoneFailure(what, identity_);
   }
@@ -62,7 +61,7 @@ void LibraryCamera::Refused(const std::string& what) const {
                 kAgain);
 }
 
-JobEnd LibraryCamera::Finish(const std::string& what, const Job& job) const {
+JobEnd DllCamera::Finish(const std::string& what, const Job& job) const {
   const JobEnd end = RunJob(library_, identity_, job);
   if (end.outcome == JobEnd::Outcome::kFailed) {
     JobFailed(what, end.status);
@@ -70,7 +69,7 @@ JobEnd LibraryCamera::Finish(const std::string& what, const Job& job) const {
   return end;
 }
 
-void LibraryCamera::JobFailed(const std::string& what, std::uint32_t status) const {
+void DllCamera::JobFailed(const std::string& what, std::uint32_t status) const {
   if (status == kBorvanFileError) {
     throw Failure(
         ExitCode::kFile, what + ": " + library_.StatusText(status),
@@ -83,12 +82,12 @@ void LibraryCamera::JobFailed(const std::string& what, std::uint32_t status) con
   throw Failure(ExitCode::kDevice, what + ": " + library_.StatusText(status), kAgain);
 }
 
-void LibraryCamera::OutcomeUnknown(const std::string& what) {
+void DllCamera::OutcomeUnknown(const std::string& what) {
   throw Failure(ExitCode::kDevice, what + ": it has ended, but its outcome could not be learned",
                 "Load the list again; --verify reads the registers back.");
 }
 
-std::uint32_t LibraryCamera::ReadRegisterOnce(std::uint32_t address, RegisterWidth width) const {
+std::uint32_t DllCamera::ReadRegisterOnce(std::uint32_t address, RegisterWidth width) const {
   const bool wide = width == RegisterWidth::kWide;
   const std::uint8_t flag = wide ? kBorvanRegisterWide : kBorvanRegisterByte;
   const std::string what = "reading register " + Hex(address);
@@ -115,16 +114,16 @@ std::uint32_t LibraryCamera::ReadRegisterOnce(std::uint32_t address, RegisterWid
 
 // The library ignores that the first half of an address was refused, and the chip then answers for
 // another register.
-std::uint32_t LibraryCamera::ReadRegisterUnlocked(std::uint32_t address, RegisterWidth width) {
+std::uint32_t DllCamera::ReadRegisterUnlocked(std::uint32_t address, RegisterWidth width) {
   return ReadTwice([&] { return ReadRegisterOnce(address, width); }).value;
 }
 
-std::uint32_t LibraryCamera::ReadRegister(std::uint32_t address, RegisterWidth width) {
+std::uint32_t DllCamera::ReadRegister(std::uint32_t address, RegisterWidth width) {
   const auto lock = Lock();
   return ReadRegisterUnlocked(address, width);
 }
 
-void LibraryCamera::WriteRegister(std::uint32_t address, std::uint32_t value, RegisterWidth width) {
+void DllCamera::WriteRegister(std::uint32_t address, std::uint32_t value, RegisterWidth width) {
   const auto lock = Lock();
   const Supervisor::Call call(library_.Watch(), "writing a register");
   const std::uint8_t flag =
@@ -134,8 +133,7 @@ void LibraryCamera::WriteRegister(std::uint32_t address, std::uint32_t value, Re
   }
 }
 
-std::vector<std::uint8_t> LibraryCamera::ReadRunOnce(std::uint32_t first,
-                                                     std::uint32_t last) const {
+std::vector<std::uint8_t> DllCamera::ReadRunOnce(std::uint32_t first, std::uint32_t last) const {
   const std::uint64_t size = std::uint64_t{last} - first + 1;
   Job job;
   job.doing = "reading registers";
@@ -146,9 +144,9 @@ std::vector<std::uint8_t> LibraryCamera::ReadRunOnce(std::uint32_t first,
               });
 }
 
-std::vector<std::uint8_t> LibraryCamera::DecideBlock(std::uint32_t first,
-                                                     std::span<const std::uint8_t> one,
-                                                     std::span<const std::uint8_t> other) {
+std::vector<std::uint8_t> DllCamera::DecideBlock(std::uint32_t first,
+                                                 std::span<const std::uint8_t> one,
+                                                 std::span<const std::uint8_t> other) {
   ++disagreements_;
   std::vector<std::uint8_t> values =
       ReadRunOnce(first, static_cast<std::uint32_t>(first + one.size() - 1));
@@ -167,7 +165,7 @@ std::vector<std::uint8_t> LibraryCamera::DecideBlock(std::uint32_t first,
   return values;
 }
 
-std::vector<std::uint8_t> LibraryCamera::ReadRegisterRun(std::uint32_t first, std::uint32_t last) {
+std::vector<std::uint8_t> DllCamera::ReadRegisterRun(std::uint32_t first, std::uint32_t last) {
   const auto lock = Lock();
   std::vector<std::uint8_t> values = ReadRunOnce(first, last);
   std::vector<std::uint8_t> other;
@@ -187,7 +185,7 @@ std::vector<std::uint8_t> LibraryCamera::ReadRegisterRun(std::uint32_t first, st
   return values;
 }
 
-void LibraryCamera::WriteRegisterList(const std::string& list_text) {
+void DllCamera::WriteRegisterList(const std::string& list_text) {
   const auto lock = Lock();
   Job job;
   job.doing = "writing a register list";
@@ -206,7 +204,7 @@ void LibraryCamera::WriteRegisterList(const std::string& list_text) {
   }
 }
 
-std::uint32_t LibraryCamera::ReadI2cOnce(const I2cTarget& target, std::uint32_t address) const {
+std::uint32_t DllCamera::ReadI2cOnce(const I2cTarget& target, std::uint32_t address) const {
   const Supervisor::Call call(library_.Watch(), "reading over I2C");
   std::uint32_t value = 0;
   if (!library_.Functions().UsbI2cRead(target.slave, address, &value, target.mode, target.option)) {
@@ -216,12 +214,12 @@ std::uint32_t LibraryCamera::ReadI2cOnce(const I2cTarget& target, std::uint32_t 
 }
 
 // Replies on this selector have no tag at all.
-std::uint32_t LibraryCamera::ReadI2c(const I2cTarget& target, std::uint32_t address) {
+std::uint32_t DllCamera::ReadI2c(const I2cTarget& target, std::uint32_t address) {
   const auto lock = Lock();
   return ReadTwice([&] { return ReadI2cOnce(target, address); }).value;
 }
 
-void LibraryCamera::WriteI2c(const I2cTarget& target, std::uint32_t address, std::uint32_t value) {
+void DllCamera::WriteI2c(const I2cTarget& target, std::uint32_t address, std::uint32_t value) {
   const auto lock = Lock();
   const Supervisor::Call call(library_.Watch(), "writing over I2C");
   if (!library_.Functions().UsbI2cWrite(target.slave, address, value, target.mode, target.option)) {
@@ -229,7 +227,7 @@ void LibraryCamera::WriteI2c(const I2cTarget& target, std::uint32_t address, std
   }
 }
 
-void LibraryCamera::WriteI2cList(const std::string& list_text, std::uint32_t option) {
+void DllCamera::WriteI2cList(const std::string& list_text, std::uint32_t option) {
   const auto lock = Lock();
   Job job;
   job.doing = "writing an I2C list";
@@ -244,7 +242,7 @@ void LibraryCamera::WriteI2cList(const std::string& list_text, std::uint32_t opt
   }
 }
 
-std::uint32_t LibraryCamera::PeekFlashWord(std::uint32_t address) {
+std::uint32_t DllCamera::PeekFlashWord(std::uint32_t address) {
   const auto lock = Lock();
   const auto word = ReadTwice([&] {
     const Supervisor::Call call(library_.Watch(), "reading a flash word");
@@ -260,7 +258,7 @@ std::uint32_t LibraryCamera::PeekFlashWord(std::uint32_t address) {
   return word.value;
 }
 
-void LibraryCamera::WriteFlashWord(std::uint32_t address, std::uint32_t value) {
+void DllCamera::WriteFlashWord(std::uint32_t address, std::uint32_t value) {
   const auto lock = Lock();
   const Supervisor::Call call(library_.Watch(), "writing a flash word");
   if (!library_.Functions().UsbFlashWrite(address, value)) {
@@ -268,7 +266,7 @@ void LibraryCamera::WriteFlashWord(std::uint32_t address, std::uint32_t value) {
   }
 }
 
-void LibraryCamera::EraseSector(std::uint32_t address) {
+void DllCamera::EraseSector(std::uint32_t address) {
   const auto lock = Lock();
   const Supervisor::Call call(library_.Watch(), "erasing a flash sector");
   if (!library_.Functions().UsbFlashErase(address)) {
@@ -278,7 +276,7 @@ void LibraryCamera::EraseSector(std::uint32_t address) {
 
 std::unique_ptr<Camera> OpenLibraryCamera(CameraLibrary& library, const CameraIdentity& camera) {
   library.Select(camera);
-  auto opened = std::make_unique<LibraryCamera>(library, camera);
+  auto opened = std::make_unique<DllCamera>(library, camera);
   // A camera without the vendor unit is selected all the same; a first access tells.
   try {
     opened->ReadRegister(kFeatureRegister, RegisterWidth::kByte);

@@ -15,10 +15,10 @@
 namespace borvanusb {
 
 // A camera through the library's exports.
-class LibraryCamera : public Camera {
+class DllCamera : public Camera {
  public:
   // The camera must be selected in the library.
-  LibraryCamera(CameraLibrary& library, CameraIdentity identity)
+  DllCamera(CameraLibrary& library, CameraIdentity identity)
       : library_(library), identity_(std::move(identity)) {}
 
   const CameraIdentity& Identity() const override { return identity_; }

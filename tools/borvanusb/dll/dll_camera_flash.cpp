@@ -17,35 +17,37 @@ constexpr std::chrono::milliseconds kSilencePerSector{500};
 
 const char* const kAgain = "Plug the camera in again and repeat the command.";
 
-class ScratchRemover {
+// A file of one exchange with the library, which is removed with this.
+class Exchange {
  public:
-  ScratchRemover(LibraryPlatform& platform, const LibraryPlatform::ScratchFile& file)
-      : platform_(platform), file_(file) {}
-  ~ScratchRemover() { platform_.RemoveScratchFile(file_); }
-  ScratchRemover(const ScratchRemover&) = delete;
-  ScratchRemover& operator=(const ScratchRemover&) = delete;
+  Exchange(LibraryPlatform& platform, std::string_view extension)
+      : platform_(platform), file_(platform.NewScratchFile(extension)) {}
+  ~Exchange() { platform_.RemoveScratchFile(file_); }
+  Exchange(const Exchange&) = delete;
+  Exchange& operator=(const Exchange&) = delete;
+
+  const LibraryPlatform::ScratchFile& File() const { return file_; }
 
  private:
   LibraryPlatform& platform_;
-  const LibraryPlatform::ScratchFile& file_;
+  const LibraryPlatform::ScratchFile file_;
 };
 
 }  // namespace
 
-JobEnd LibraryCamera::SendFile(const std::string& what, std::span<const std::uint8_t> bytes,
-                               std::string_view extension, Job job,
-                               const StartWithFile& start) const {
-  const auto file = library_.Platform().NewScratchFile(extension);
-  const ScratchRemover remover(library_.Platform(), file);
+JobEnd DllCamera::SendFile(const std::string& what, std::span<const std::uint8_t> bytes,
+                           std::string_view extension, Job job, const StartWithFile& start) const {
+  const Exchange exchange(library_.Platform(), extension);
+  const LibraryPlatform::ScratchFile& file = exchange.File();
   job.start = [&](const Exports& exports) { return start(exports, file.library_name.c_str()); };
   WriteWholeFile(file.name, bytes, Lasting::kThroughProcess);
   return Finish(what, job);
 }
 
-std::vector<std::uint8_t> LibraryCamera::Dump(const std::string& what, std::uint64_t size, Job job,
-                                              const StartWithFile& start) const {
-  const auto file = library_.Platform().NewScratchFile("bin");
-  const ScratchRemover remover(library_.Platform(), file);
+std::vector<std::uint8_t> DllCamera::Dump(const std::string& what, std::uint64_t size, Job job,
+                                          const StartWithFile& start) const {
+  const Exchange exchange(library_.Platform(), "bin");
+  const LibraryPlatform::ScratchFile& file = exchange.File();
   job.start = [&](const Exports& exports) { return start(exports, file.library_name.c_str()); };
   job.file = &file;
   job.file_size = size;
@@ -56,8 +58,8 @@ std::vector<std::uint8_t> LibraryCamera::Dump(const std::string& what, std::uint
   return ReadWholeFile(file.name);
 }
 
-std::vector<std::uint8_t> LibraryCamera::ReadFlashByJob(std::uint32_t address, std::uint64_t size,
-                                                        const Advance& advance) const {
+std::vector<std::uint8_t> DllCamera::ReadFlashByJob(std::uint32_t address, std::uint64_t size,
+                                                    const Advance& advance) const {
   const auto last = static_cast<std::uint32_t>(address + size - 1);
   Job job;
   job.doing = "reading flash";
@@ -70,8 +72,8 @@ std::vector<std::uint8_t> LibraryCamera::ReadFlashByJob(std::uint32_t address, s
 }
 
 // The byte at `address`, read on its own; `before` are the bytes right before it.
-std::uint8_t LibraryCamera::LastByte(std::uint32_t address,
-                                     std::span<const std::uint8_t> before) const {
+std::uint8_t DllCamera::LastByte(std::uint32_t address,
+                                 std::span<const std::uint8_t> before) const {
   constexpr unsigned kOthers = kWordBytes - 1;
   std::uint32_t word = 0;
   {
@@ -88,9 +90,9 @@ std::uint8_t LibraryCamera::LastByte(std::uint32_t address,
 }
 
 // One reading, which no other confirms.
-std::vector<std::uint8_t> LibraryCamera::ReadFlashOnce(std::uint32_t address, std::uint64_t size,
-                                                       std::uint32_t shift, bool ends_range,
-                                                       const Advance& advance) const {
+std::vector<std::uint8_t> DllCamera::ReadFlashOnce(std::uint32_t address, std::uint64_t size,
+                                                   std::uint32_t shift, bool ends_range,
+                                                   const Advance& advance) const {
   std::vector<std::uint8_t> bytes;
   bytes.reserve(size);
   for (const FlashPiece& piece : CutReading(address, size, shift, ends_range)) {
@@ -110,8 +112,8 @@ std::vector<std::uint8_t> LibraryCamera::ReadFlashOnce(std::uint32_t address, st
 }
 
 // Bytes that two readings agree on.
-std::vector<std::uint8_t> LibraryCamera::ReadFlashPart(std::uint32_t address, std::uint64_t size,
-                                                       bool ends_range, const Advance& advance) {
+std::vector<std::uint8_t> DllCamera::ReadFlashPart(std::uint32_t address, std::uint64_t size,
+                                                   bool ends_range, const Advance& advance) {
   FlashReadings readings(size);
   std::uint64_t done = 0;
   for (const std::uint32_t shift : kReadingShifts) {
@@ -139,8 +141,8 @@ std::vector<std::uint8_t> LibraryCamera::ReadFlashPart(std::uint32_t address, st
   return readings.Take();
 }
 
-std::vector<std::uint8_t> LibraryCamera::ReadFlash(std::uint32_t address, std::uint64_t size,
-                                                   const Advance& advance) {
+std::vector<std::uint8_t> DllCamera::ReadFlash(std::uint32_t address, std::uint64_t size,
+                                               const Advance& advance) {
   const auto lock = Lock();
   std::vector<std::uint8_t> bytes;
   bytes.reserve(size);
@@ -162,8 +164,8 @@ std::vector<std::uint8_t> LibraryCamera::ReadFlash(std::uint32_t address, std::u
   return bytes;
 }
 
-void LibraryCamera::ProgramFlash(std::uint32_t address, std::span<const std::uint8_t> bytes,
-                                 const Advance& advance) {
+void DllCamera::ProgramFlash(std::uint32_t address, std::span<const std::uint8_t> bytes,
+                             const Advance& advance) {
   const auto lock = Lock();
   Job job;
   job.doing = "programming flash";

@@ -4,6 +4,8 @@
 #include <array>
 #include <cstdio>
 
+#include "output/columns.h"
+
 namespace borvanusb {
 
 namespace {
@@ -15,31 +17,6 @@ constexpr int kWhole = 100;
 constexpr int kPercentBetweenLines = 25;
 constexpr double kKibi = 1024;
 constexpr std::chrono::milliseconds kRedraw{100};
-
-// Columns that the character takes which this byte begins: those of the scripts whose signs are
-// wide have three bytes in UTF-8 and more.
-std::size_t ColumnsOf(char byte) {
-  const auto first = static_cast<unsigned char>(byte);
-  if ((first & 0xC0U) == 0x80U) {
-    return 0;
-  }
-  return first >= 0xE0U ? 2 : 1;
-}
-
-// Cut to a number of columns, not in the middle of a UTF-8 character, and filled up with blanks.
-std::string Fitted(const std::string& text, std::size_t width) {
-  std::string fitted;
-  std::size_t columns = 0;
-  for (const char byte : text) {
-    const std::size_t more = ColumnsOf(byte);
-    if (columns + more > width) {
-      break;
-    }
-    columns += more;
-    fitted += byte;
-  }
-  return fitted + std::string(width - columns, ' ');
-}
 
 std::string RateText(double rate) {
   if (rate <= 0) {
@@ -77,10 +54,10 @@ void CameraTable::SetProgress(std::size_t camera, const std::string& stage, int 
   Draw(false);
 }
 
-void CameraTable::SetState(std::size_t camera, const std::string& state) {
+void CameraTable::SetEnd(std::size_t camera, bool well) {
   Row& row = rows_.at(camera);
-  row.stage = state;
-  row.percent = state == "done" ? kWhole : row.percent;
+  row.stage = well ? "done" : "failed";
+  row.percent = well ? kWhole : row.percent;
   row.rate = 0;
   TellLine(row);
   Draw(true);

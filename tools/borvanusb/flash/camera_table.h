@@ -22,8 +22,8 @@ class CameraTable {
 
   // `percent` 0 to 100; `rate` in bytes a second, 0 when it is not known.
   void SetProgress(std::size_t camera, const std::string& stage, int percent, double rate);
-  // The word in place of a stage, at the camera's end.
-  void SetState(std::size_t camera, const std::string& state);
+  // How it ended, in place of a stage.
+  void SetEnd(std::size_t camera, bool well);
   // A line that a camera's process wrote; with bars it waits until the table is complete.
   void Remark(std::size_t camera, const std::string& text);
   // Draws the table for the last time and shows the remarks.

@@ -7,6 +7,7 @@
 #include "base/files.h"
 #include "base/sha256.h"
 #include "camera/camera_choice.h"
+#include "camera/camera_json.h"
 #include "camera/host.h"
 #include "command/command_rules.h"
 #include "command/context.h"
@@ -234,11 +235,14 @@ void Eraser::End() {
 
 ExitCode Eraser::Tell() {
   using Json = nlohmann::ordered_json;
-  context_.result = {
-      {"camera", ToJson(identity_)}, {"first", range_.first},
-      {"last", range_.last},         {"size", range_.Size()},
-      {"erased", ToJson(changes_)},  {"backup", backup_ ? Json(backup_->file) : Json()},
-      {"verified", wrong_.empty()},  {"wrong", ToJson(wrong_)}};
+  context_.result = {{"camera", CameraJson(identity_)},
+                     {"first", range_.first},
+                     {"last", range_.last},
+                     {"size", range_.Size()},
+                     {"erased", ToJson(changes_)},
+                     {"backup", backup_ ? Json(backup_->file) : Json()},
+                     {"verified", wrong_.empty()},
+                     {"wrong", ToJson(wrong_)}};
   if (!wrong_.empty()) {
     context_.output.Error("borvanusb: flash erase: erased " + Text(range_) + ", but " +
                           std::to_string(TotalSize(wrong_)) +

@@ -2,6 +2,7 @@
 #include <nlohmann/json.hpp>
 
 #include "camera/camera_choice.h"
+#include "camera/camera_json.h"
 #include "camera/host.h"
 #include "command/command_rules.h"
 #include "command/context.h"
@@ -64,9 +65,9 @@ ExitCode Run(const FlashMapCommand& command, Context& context) {
                       kBlankSign + " blank: " + SizeText(TotalSize(blank)) +
                       "   each sign is a sector of 4096 bytes");
   context.result = {
-      {"camera", ToJson(identity)},    {"first", range.first},           {"last", range.last},
-      {"sector_size", kSectorSize},    {"used", ToJson(used)},           {"blank", ToJson(blank)},
-      {"used_bytes", TotalSize(used)}, {"blank_bytes", TotalSize(blank)}};
+      {"camera", CameraJson(identity)}, {"first", range.first},           {"last", range.last},
+      {"sector_size", kSectorSize},     {"used", ToJson(used)},           {"blank", ToJson(blank)},
+      {"used_bytes", TotalSize(used)},  {"blank_bytes", TotalSize(blank)}};
   return ExitCode::kDone;
 }
 

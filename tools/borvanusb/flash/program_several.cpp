@@ -10,6 +10,7 @@
 
 #include "base/failure.h"
 #include "camera/camera_choice.h"
+#include "camera/camera_json.h"
 #include "camera/host.h"
 #include "flash/camera_table.h"
 #include "flash/engine/image.h"
@@ -99,7 +100,7 @@ class Children {
       }
     } else if (!from_error) {
       results_[child] = json;
-      table_.SetState(child, json.contains("error") ? "failed" : "done");
+      table_.SetEnd(child, !json.contains("error"));
     } else if (json.contains("progress")) {
       TakeProgress(child, json);
     } else {
@@ -160,7 +161,7 @@ class Children {
                {"message", "the process for this camera ended without a word"},
                {"hint", "Run flash program for this camera alone."}};
     }
-    const Json line = {{"camera", ToJson(camera)},
+    const Json line = {{"camera", CameraJson(camera)},
                        {"exit_code", static_cast<int>(code)},
                        {"kind", KindOf(code)},
                        {"result", has_error ? Json() : said},

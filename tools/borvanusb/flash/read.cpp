@@ -3,6 +3,7 @@
 #include "base/files.h"
 #include "base/sha256.h"
 #include "camera/camera_choice.h"
+#include "camera/camera_json.h"
 #include "camera/host.h"
 #include "command/command_rules.h"
 #include "command/context.h"
@@ -50,7 +51,7 @@ ExitCode Run(const FlashReadCommand& command, Context& context) {
   const std::string digest = Sha256(bytes);
   context.output.Line("Read " + SizeText(bytes.size()) + " from " + Text(range) + " into " +
                       command.file + ", SHA-256 " + digest + ".");
-  context.result = {{"camera", ToJson(identity)},
+  context.result = {{"camera", CameraJson(identity)},
                     {"first", range.first},
                     {"last", range.last},
                     {"size", bytes.size()},

@@ -3,18 +3,11 @@
 #include <array>
 #include <cstdio>
 #include <nlohmann/json.hpp>
+#include "camera/camera_json.h"
 
 namespace borvanusb {
 
 using Json = nlohmann::ordered_json;
-
-Json ToJson(const CameraIdentity& camera) {
-  return {{"index", camera.index},
-          {"path", camera.path},
-          {"name", camera.name},
-          {"vid", camera.vid},
-          {"pid", camera.pid}};
-}
 
 Json ToJson(const Ranges& ranges) {
   Json json = Json::array();
@@ -26,7 +19,7 @@ Json ToJson(const Ranges& ranges) {
 
 Json ToJson(const ProgramOutcome& outcome, const WorkState& state) {
   Json json;
-  json["camera"] = outcome.camera ? ToJson(*outcome.camera) : Json();
+  json["camera"] = outcome.camera ? CameraJson(*outcome.camera) : Json();
   json["image"] = {
       {"file", outcome.image_file}, {"size", outcome.image_size}, {"sha256", outcome.image_sha256}};
   json["address"] = outcome.address;

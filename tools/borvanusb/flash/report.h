@@ -39,7 +39,6 @@ struct ProgramOutcome {
   std::string hint;
 };
 
-nlohmann::ordered_json ToJson(const CameraIdentity& camera);
 // An array of {"first", "last"}.
 nlohmann::ordered_json ToJson(const Ranges& ranges);
 nlohmann::ordered_json ToJson(const ProgramOutcome& outcome, const WorkState& state);

@@ -5,6 +5,7 @@
 #include "base/failure.h"
 #include "base/files.h"
 #include "camera/camera_choice.h"
+#include "camera/camera_json.h"
 #include "camera/host.h"
 #include "command/command_rules.h"
 #include "command/context.h"
@@ -79,7 +80,7 @@ ExitCode Run(const FlashVerifyCommand& command, Context& context) {
   }
   const Range place{image.address, static_cast<std::uint32_t>(image.End() - 1)};
   context.result = {
-      {"camera", ToJson(identity)},
+      {"camera", CameraJson(identity)},
       {"image", {{"file", image.file}, {"size", image.bytes.size()}, {"sha256", image.sha256}}},
       {"address", image.address},
       {"equal", wrong.empty()},

@@ -7,6 +7,7 @@
 #include "base/files.h"
 #include "base/sha256.h"
 #include "camera/camera_choice.h"
+#include "camera/camera_json.h"
 #include "camera/host.h"
 #include "command/command_rules.h"
 #include "command/context.h"
@@ -185,7 +186,7 @@ ExitCode Run(const FlashWordCommand& command, Context& context) {
   const auto camera = context.host.OpenCamera(identity);
   CheckWithinFlash(*camera, "ADDR", {command.address, command.address + (kWordSize - 1)},
                    command.flash_size, context.output);
-  context.result["camera"] = ToJson(identity);
+  context.result["camera"] = CameraJson(identity);
   context.result["address"] = command.address;
   if (command.value) {
     return WordWriter(*camera, command, context).Write(*command.value);

@@ -30,6 +30,14 @@ void CheckI2cAddress(const std::string& name, std::uint32_t address, const I2cOp
             "the addresses of width mode " + std::string(mode.name));
 }
 
+std::vector<std::string> WidthModeNames() {
+  std::vector<std::string> names;
+  for (const WidthMode& mode : kWidthModes) {
+    names.emplace_back(mode.name);
+  }
+  return names;
+}
+
 I2cTarget TargetOf(const I2cOptions& options) {
   if (!options.slave) {
     throw Failure(ExitCode::kUsage, "--slave: the device on the I2C bus is not given",

@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <nlohmann/json_fwd.hpp>
 #include <string>
+#include <vector>
 
 #include "camera/camera.h"
 #include "command/command_rules.h"
@@ -15,6 +16,8 @@ namespace borvanusb {
 std::int32_t WidthModeValue(const std::string& text);
 
 // The options that tell how to speak to a device on the I2C bus, for commands with a member `i2c`.
+
+std::vector<std::string> WidthModeNames();
 
 template <typename C>
 void AddSlave(RuleOf<C>& rule, bool required) {
@@ -30,7 +33,7 @@ void AddMode(RuleOf<C>& rule) {
   rule.Add(Choices(Option("--mode", "BITS",
                           "bits of address and data: 8/8, 16/8 (default), 16/16, 32/8, 32/16, "
                           "32/32, or 0 to 5"),
-                   {"8/8", "16/8", "16/16", "32/8", "32/16", "32/32"}),
+                   WidthModeNames()),
            [](C& command, const std::string& text) { command.i2c.mode = WidthModeValue(text); });
 }
 

@@ -8,6 +8,7 @@
 #include "command/camera_work.h"
 #include "command/command_rules.h"
 #include "command/context.h"
+#include "output/columns.h"
 #include "output/output.h"
 #include "output/printable.h"
 #include "station/list.h"
@@ -18,22 +19,10 @@ namespace {
 
 constexpr std::chrono::seconds kBetweenLooks{1};
 
-// Of UTF-8: every byte but those that go on with a character.
-std::size_t Width(const std::string& text) {
-  return static_cast<std::size_t>(std::count_if(text.begin(), text.end(), [](char byte) {
-    return (static_cast<unsigned char>(byte) & 0xC0U) != 0x80U;
-  }));
-}
-
-std::string Padded(const std::string& text, std::size_t width) {
-  const std::size_t own = Width(text);
-  return text + std::string(width > own ? width - own : 0, ' ');
-}
-
 void PrintTable(const std::vector<CameraIdentity>& cameras, Output& output) {
   std::size_t width = 0;
   for (const CameraIdentity& camera : cameras) {
-    width = std::max(width, Width(Printable(camera.name)));
+    width = std::max(width, ColumnsOf(Printable(camera.name)));
   }
   for (const CameraIdentity& camera : cameras) {
     output.Line(std::to_string(camera.index) + "  " + camera.vid + ":" + camera.pid + "  " +
@@ -41,10 +30,13 @@ void PrintTable(const std::vector<CameraIdentity>& cameras, Output& output) {
   }
 }
 
-void PrintEvent(const char* event, const CameraIdentity& camera, Output& output) {
-  const std::string sign = std::string(event) == "arrived" ? "+ " : "- ";
-  output.Line(sign + CameraLine(camera) + "  " + camera.path);
-  const nlohmann::ordered_json line = {{"event", event}, {"camera", CameraJson(camera)}};
+enum class Event { kArrived, kLeft };
+
+void PrintEvent(Event event, const CameraIdentity& camera, Output& output) {
+  const bool arrived = event == Event::kArrived;
+  output.Line((arrived ? "+ " : "- ") + CameraLine(camera) + "  " + camera.path);
+  const nlohmann::ordered_json line = {{"event", arrived ? "arrived" : "left"},
+                                       {"camera", CameraJson(camera)}};
   output.JsonLine(line.dump(-1, ' ', false, nlohmann::ordered_json::error_handler_t::replace));
 }
 
@@ -60,12 +52,12 @@ void Watch(Context& context) {
     std::vector<CameraIdentity> now = context.host.ListCameras();
     for (const CameraIdentity& camera : known) {
       if (!Holds(now, camera)) {
-        PrintEvent("left", camera, context.output);
+        PrintEvent(Event::kLeft, camera, context.output);
       }
     }
     for (const CameraIdentity& camera : now) {
       if (!Holds(known, camera)) {
-        PrintEvent("arrived", camera, context.output);
+        PrintEvent(Event::kArrived, camera, context.output);
       }
     }
     known = std::move(now);

@@ -21,13 +21,18 @@ using std::chrono::duration;
 using std::chrono::milliseconds;
 using TimePoint = std::chrono::steady_clock::time_point;
 
-constexpr const char* kChipKind = "register";
-constexpr const char* kI2cKind = "i2c";
 constexpr int kSlaveDigits = 2;
 constexpr std::uint64_t kMostWatched = 4096;
 
+enum class Kind { kChip, kI2c };
+
+// As results name it.
+const char* NameOf(Kind kind) {
+  return kind == Kind::kI2c ? "i2c" : "register";
+}
+
 struct Watched {
-  const char* kind = nullptr;
+  Kind kind = Kind::kChip;
   std::uint32_t address = 0;
   int address_digits = 0;
   int value_digits = 0;
@@ -44,7 +49,7 @@ void Add(std::vector<Watched>& watched, const std::vector<Range>& ranges, const 
   for (const Range& range : ranges) {
     if (watched.size() + range.Size() > kMostWatched) {
       throw Failure(ExitCode::kUsage,
-                    std::string(model.kind == kI2cKind ? "--i2c" : "--reg") + ": " + Text(range) +
+                    std::string(model.kind == Kind::kI2c ? "--i2c" : "--reg") + ": " + Text(range) +
                         " makes it more than " + std::to_string(kMostWatched) + " registers",
                     "Watch fewer.");
     }
@@ -58,12 +63,12 @@ void Add(std::vector<Watched>& watched, const std::vector<Range>& ranges, const 
 class Watcher {
  public:
   Watcher(const WatchCommand& command, Context& context) : command_(command), context_(context) {
-    Add(watched_, command.registers, {kChipKind, 0, 4, command.wide ? 8 : 2, {}});
+    Add(watched_, command.registers, {Kind::kChip, 0, 4, command.wide ? 8 : 2, {}});
     if (!command.i2c_registers.empty()) {
       target_ = TargetOf(command.i2c);
       const WidthMode& mode = WidthModeOf(target_.mode);
       Add(watched_, command.i2c_registers,
-          {kI2cKind, 0, mode.address_digits, mode.value_digits, {}});
+          {Kind::kI2c, 0, mode.address_digits, mode.value_digits, {}});
     }
     if (watched_.empty()) {
       throw Failure(ExitCode::kUsage, "nothing to watch: give --reg or --i2c",
@@ -117,7 +122,7 @@ class Watcher {
   }
 
   std::uint32_t Read(Camera& camera, const Watched& watched) const {
-    if (watched.kind == kI2cKind) {
+    if (watched.kind == Kind::kI2c) {
       return camera.ReadI2c(target_, watched.address);
     }
     return camera.ReadRegister(watched.address,
@@ -126,7 +131,7 @@ class Watcher {
 
   void Tell(const Watched& watched, std::uint32_t value) {
     const double time = SinceStart(context_.host.Clock());
-    const bool is_i2c = watched.kind == kI2cKind;
+    const bool is_i2c = watched.kind == Kind::kI2c;
     const std::string address = Hex(watched.address, watched.address_digits);
     const std::string now = Hex(value, watched.value_digits);
     const std::string before =
@@ -135,14 +140,14 @@ class Watcher {
                          before + now);
     const nlohmann::ordered_json line = {
         {"time", std::round(time * 1e6) / 1e6},
-        {"kind", watched.kind},
+        {"kind", NameOf(watched.kind)},
         {"slave", is_i2c ? nlohmann::ordered_json(target_.slave) : nlohmann::ordered_json()},
         {"address", watched.address},
         {"old", watched.value ? nlohmann::ordered_json(*watched.value) : nlohmann::ordered_json()},
         {"new", value}};
     context_.output.JsonLine(line.dump());
     if (csv_) {
-      csv_->Add(Seconds(time) + "," + watched.kind + "," +
+      csv_->Add(Seconds(time) + "," + NameOf(watched.kind) + "," +
                 (is_i2c ? Hex(target_.slave, kSlaveDigits) : "") + "," + address + "," + now);
     }
   }
