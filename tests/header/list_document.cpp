@@ -17,12 +17,12 @@ std::uint32_t Hexadecimal(const std::string& text) {
 }
 
 ListExample ReadRemark(const std::string& line) {
-  static const std::regex form(
+  static const std::regex kForm(
       R"(<!-- (i2c|register), ends with (100|11|0x[0-9A-F]{8}): (.+) -->)");
   ListExample example;
   example.remark = line;
   std::smatch parts;
-  if (!std::regex_match(line, parts, form)) {
+  if (!std::regex_match(line, parts, kForm)) {
     ADD_FAILURE() << "the line before an example must say what becomes of it: " << line;
     return example;
   }

@@ -14,11 +14,11 @@ namespace {
 constexpr char kConfigurationVariable[] = "BORVAN_VIRTUAL_CAMERA";
 
 void CallCameraDll(const char* entry_point) {
-  static const HMODULE dll = LoadLibraryA((ProgramFolder() + "BorvanVirtualCamera.dll").c_str());
+  static const HMODULE kDll = LoadLibraryA((ProgramFolder() + "BorvanVirtualCamera.dll").c_str());
   using Entry = HRESULT(STDAPICALLTYPE*)();
   // FARPROC stands for any function type, which a direct cast would be warned about.
   const auto entry =
-      reinterpret_cast<Entry>(reinterpret_cast<void*>(GetProcAddress(dll, entry_point)));
+      reinterpret_cast<Entry>(reinterpret_cast<void*>(GetProcAddress(kDll, entry_point)));
   ASSERT_NE(entry, nullptr) << "BorvanVirtualCamera.dll must lie beside the test";
   ASSERT_EQ(entry(), S_OK) << entry_point;
 }
