@@ -33,3 +33,8 @@ borvan_add_gtest(
   SOURCES flash_sequences_test.cpp
   LIBRARIES borvanusb_flash_test_support
   TIMEOUT 600)
+# Its model compares whole flashes after each command, thousands of times.
+if(NOT MSVC)
+  target_compile_options(tool_flash_sequences_test PRIVATE -O2)
+  set_target_properties(tool_flash_sequences_test PROPERTIES DISABLE_PRECOMPILE_HEADERS ON)
+endif()
