@@ -405,20 +405,22 @@ class Sequence : public FlashTest {
         module.limbo[place] = false;
       } else if (is_named && !restored) {
         const bool written = SectorChanged(flash, before, place);
-        module.limbo[place] =
-            module.limbo[place] || (written && flash[place] != module.truth[place]);
+        const bool would_change = flash[place] != module.truth[place] ||
+                                  named.bytes[place - named.address] != module.truth[place];
+        module.limbo[place] = module.limbo[place] || (written && would_change);
       }
       if (module.limbo[place] || flash[place] == module.truth[place]) {
+        continue;
+      }
+      const bool may_be_missing =
+          !(done && place >= sectors.address && place < sectors.End()) && !(is_named && done);
+      if (may_be_missing && IsKept(kept, place, module.truth[place])) {
         continue;
       }
       if (IsAlike(place)) {
         ++statistics_->alike;
         module.truth[place] = flash[place];
-        continue;
-      }
-      const bool may_be_missing =
-          !(done && place >= sectors.address && place < sectors.End()) && !(is_named && done);
-      if (!may_be_missing || !IsKept(kept, place, module.truth[place])) {
+      } else {
         problem_ = "byte " + Hex(place) + " is " + Hex(flash[place], 2) + ", must be " +
                    Hex(module.truth[place], 2) +
                    (done ? ", exit code 0" : ", and no journal has it");

@@ -50,8 +50,8 @@ OptionDescription Choices(OptionDescription option, std::vector<std::string> cho
 }
 
 const CommonRules& AllCommonRules() {
-  static const CommonRules rules = MakeCommonRules();
-  return rules;
+  static const CommonRules kRules = MakeCommonRules();
+  return kRules;
 }
 
 void CheckFits(const std::string& name, std::uint32_t number, int bits, const std::string& where) {
