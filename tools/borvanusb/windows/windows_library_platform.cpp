@@ -212,7 +212,7 @@ std::optional<std::string> WindowsLibraryPlatform::DeviceName(const std::string&
   return device->name;
 }
 
-std::string WindowsLibraryPlatformborvanusb::SystemMessage(std::uint32_t status) {
+std::string WindowsLibraryPlatform::SystemMessage(std::uint32_t status) {
   return borvanusb::SystemMessage(status);
 }
 
