@@ -10,7 +10,7 @@
 
 #include "files/list_file.h"
 #include "i2c/i2c_list.h"
-#include "i2c/width_modes.h"
+#include "base/width_modes.h"
 #include "registers/list_text.h"
 #include "registers/register_list.h"
 #include "support/check.h"

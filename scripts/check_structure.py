@@ -1,61 +1,63 @@
 #!/usr/bin/env python3
-"""Checks how the sources hang together: which folder may include which, no circles, no long files.
+"""Checks how the sources hang together: which folder may include which, no circles, no long files or
+functions. The rules are in structure_rules.py, what breaks them for now in structure_exceptions.txt.
 
 Usage: check_structure.py [ROOT]
 Prints each broken rule with its file and fails; ROOT is the tree, by default the one this script
-lies in.
+lies in. An exception that is no longer needed is an error too, so that the list only shrinks.
 """
 import pathlib
+import posixpath
 import re
 import sys
 
-# What a folder of the library may include beside the public header. Nobody includes the exported
-# layer. LEAVES lies below everything: its headers include nothing of ours, its sources their own
-# header alone.
-LEAVES = "base"
-LIBRARY_ORDER = {
-    LEAVES: set(),
-    "device": {"device", LEAVES},
-    "protocol": {"protocol", "device", LEAVES},
-    "files": {"files", LEAVES},
-    "jobs": {"jobs", "files", "device", LEAVES},
-    "api": {"api", "jobs", "protocol", "device", LEAVES},
-}
-LONGEST_FILE = 500
-OUR_FOLDERS = ("include", "src", "virtual_camera", "tools", "examples", "tests", "bench", "cmake",
-               "scripts")
+import function_lengths
+from structure_rules import (ALLOWED, FREE, INCLUDE_ROOTS, LONGEST_FILE, LONGEST_FILES,
+                             LONGEST_FUNCTION, OUR_FOLDERS)
+
+EXCEPTIONS = pathlib.PurePath("scripts/structure_exceptions.txt")
 CODE = (".c", ".cpp", ".h", ".hpp")
 SOURCES = CODE + (".py", ".sh", ".cmake", ".rc", ".in", ".def")
 INCLUDE = re.compile(r'^\s*#\s*include\s*(["<])([^">]+)[">]', re.MULTILINE)
-# Folders that a file's includes may start from, after its own.
-INCLUDE_ROOTS = ("include", "src", "virtual_camera", "tools/borvanusb", "tools", "tests", "bench", "")
+# The first part of an include that can only mean a file of ours.
+OUR_NAMES = set(OUR_FOLDERS) | {room.split("/")[1] for room in ALLOWED if room.count("/") == 1}
 
 
 def our_files(root):
-    """Every source file of ours, as paths relative to `root`."""
+    """Every source file of ours, as paths relative to `root`; seeds of the fuzzer are none."""
     found = []
     for folder in OUR_FOLDERS:
         for path in sorted((root / folder).rglob("*")):
             if path.is_file() and (path.suffix in SOURCES or path.name == "CMakeLists.txt"):
                 found.append(path.relative_to(root))
+    corpus = pathlib.PurePath("fuzz/corpus")
+    return [path for path in found if corpus not in path.parents]
+
+
+def resolve(known, includer, name, quoted):
+    """The files of ours that an include can mean; none when it is somebody else's.
+
+    `known` are the names of all files. Several only for a test, whose list of folders is known to CMake
+    alone: the library and the tool may have files of the same name.
+    """
+    def ours(start):
+        candidate = posixpath.normpath(posixpath.join(start, name))
+        # From a file that ends in .in CMake makes the one without.
+        return [file for file in (candidate, candidate + ".in") if file in known][:1]
+
+    if quoted:
+        for start in includer.parents:
+            if str(start) != "." and ours(str(start)):
+                return ours(str(start))
+    found = []
+    for start in INCLUDE_ROOTS:
+        found += [file for file in ours(start) if file not in found]
     return found
-
-
-def resolve(root, includer, name, quoted):
-    """The file of ours that an include means; None when it is somebody else's."""
-    starts = [includer.parent] if quoted else []
-    starts += [pathlib.Path(start) for start in INCLUDE_ROOTS]
-    # Include roots lie at any height of the includer's own subsystem, too.
-    starts += [parent for parent in includer.parents if quoted]
-    for start in starts:
-        candidate = (root / start / name).resolve()
-        if candidate.is_file() and candidate.is_relative_to(root):
-            return candidate.relative_to(root)
-    return None
 
 
 def include_graph(root, files):
     """({file: [included files of ours]}, [complaints about includes that lead nowhere])."""
+    known = {path.as_posix(): path for path in files}
     graph = {}
     complaints = []
     for path in files:
@@ -64,37 +66,52 @@ def include_graph(root, files):
         graph[path] = []
         text = (root / path).read_text(encoding="utf-8")
         for opening, name in INCLUDE.findall(text):
-            target = resolve(root, path, name, opening == '"')
-            if target is not None:
-                graph[path].append(target)
-            elif opening == '"' and name.split("/")[0] in OUR_FOLDERS + tuple(LIBRARY_ORDER):
+            targets = [known[file] for file in resolve(known, path, name, opening == '"')]
+            graph[path] += targets
+            if not targets and opening == '"' and name.split("/")[0] in OUR_NAMES:
                 complaints.append(f'{path}: includes "{name}", which is nowhere in the tree')
     return graph, complaints
 
 
-def check_order(graph):
-    """Complaints about includes of the library that run against its order."""
+def room_of(path):
+    """The name of the room that a file lies in."""
+    return path.parent.as_posix().removeprefix("tools/")
+
+
+def matches(room, patterns):
+    """Whether a room is one of those named; "x/*" names every room below x."""
+    return any(room == pattern or (pattern.endswith("/*") and room.startswith(pattern[:-1]))
+               for pattern in patterns)
+
+
+def rule_of(room):
+    """The rooms that a room may include; None when it may not exist."""
+    if room in ALLOWED:
+        return ALLOWED[room]
+    for pattern, allowed in ALLOWED.items():
+        if pattern.endswith("/*") and matches(room, [pattern]):
+            return allowed
+    return None
+
+
+def check_rooms(graph, exceptions):
+    """Complaints about includes that run against the table of rooms."""
     complaints = []
     for path, targets in graph.items():
-        if path.parts[0] != "src":
+        room = room_of(path)
+        if matches(room, FREE):
             continue
-        folder = path.parts[1] if len(path.parts) > 2 else ""
-        if folder not in LIBRARY_ORDER:
-            complaints.append(f"{path}: only {', '.join(LIBRARY_ORDER)} are folders of src")
+        allowed = rule_of(room)
+        if allowed is None:
+            complaints.append(f"{path}: {room} is no room of structure_rules.py")
             continue
         for target in targets:
-            if folder == LEAVES:
-                if target != path.with_suffix(".h"):
-                    complaints.append(f"{path}: src/{LEAVES} includes nothing of ours, "
-                                      f"so not {target}")
+            other = room_of(target)
+            if other == room or matches(other, allowed) or exceptions.allows(
+                    "include", str(path), other, 1):
                 continue
-            if target.parts[0] == "include":
-                continue
-            if target.parts[0] != "src":
-                complaints.append(f"{path}: the library includes {target}, which is not its own")
-            elif len(target.parts) < 3 or target.parts[1] not in LIBRARY_ORDER[folder]:
-                complaints.append(f"{path}: src/{folder} must not include {target}; it may include "
-                                  f"{', '.join(sorted(LIBRARY_ORDER[folder]))}")
+            complaints.append(f"{path}: {room} must not include {target}; it may include "
+                              f"{', '.join(allowed) or 'nothing of ours'}")
     return complaints
 
 
@@ -119,14 +136,48 @@ def check_circles(graph):
     return complaints
 
 
-def check_lengths(root, files):
-    """Complaints about files that are too long to keep in one's head."""
+def check_lengths(root, files, exceptions):
+    """Complaints about files and functions that are too long to keep in one's head."""
     complaints = []
     for path in files:
-        lines = (root / path).read_bytes().count(b"\n")
-        if lines > LONGEST_FILE:
-            complaints.append(f"{path}: {lines} lines, more than {LONGEST_FILE}: split it")
+        content = (root / path).read_bytes()
+        lines = content.count(b"\n")
+        limit = LONGEST_FILES.get(path.as_posix(), LONGEST_FILE)
+        if lines > limit and not exceptions.allows("file", str(path), "", lines):
+            complaints.append(f"{path}: {lines} lines, more than {limit}: split it")
+        for function in function_lengths.functions_of(path, content.decode("utf-8")):
+            if function.lines > LONGEST_FUNCTION and not exceptions.allows(
+                    "function", str(path), function.name, function.lines):
+                complaints.append(f"{path}:{function.line}: {function.name} has {function.lines} "
+                                  f"lines, more than {LONGEST_FUNCTION}: split it")
     return complaints
+
+
+class Exceptions:
+    """What breaks a rule for now: `include FILE ROOM`, `file FILE LINES`, `function FILE NAME LINES`."""
+
+    def __init__(self, path):
+        self.limits = {}
+        text = path.read_text(encoding="utf-8") if path.is_file() else ""
+        for line in text.splitlines():
+            words = line.split()
+            if not words or words[0].startswith("#"):
+                continue
+            kind, file, *rest = words
+            limit = 1 if kind == "include" else int(rest.pop())
+            self.limits[kind, file, " ".join(rest)] = limit
+        self.used = set()
+
+    def allows(self, kind, file, name, number):
+        """Whether an exception is made, for up to this number of lines."""
+        key = (kind, file, name)
+        self.used.add(key)
+        return number <= self.limits.get(key, 0)
+
+    def complaints(self):
+        """A complaint for each exception that nothing needs."""
+        return [f"{EXCEPTIONS}: no longer needed, remove it: {' '.join(filter(None, key))}"
+                for key in sorted(set(self.limits) - self.used)]
 
 
 def check(root):
@@ -135,8 +186,12 @@ def check(root):
     files = our_files(root)
     if not files:
         return [f"{root}: no sources found"]
+    exceptions = Exceptions(root / EXCEPTIONS)
     graph, complaints = include_graph(root, files)
-    return complaints + check_order(graph) + check_circles(graph) + check_lengths(root, files)
+    complaints += check_rooms(graph, exceptions)
+    complaints += check_circles(graph)
+    complaints += check_lengths(root, files, exceptions)
+    return complaints + exceptions.complaints()
 
 
 def main():

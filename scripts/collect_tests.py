@@ -19,6 +19,8 @@ CHECKS = [
     ("lint", ["nice", "-n", "19", "scripts/lint.sh", "--library"], 1800),
 ]
 DEMO = ("demo", ["scripts/demo.sh"], 600)
+# What looks at the tree and the scripts themselves: no suite does without.
+GUARDS = {"source_structure", "check_structure_test", "pe_file_test", "mutations_test", "jobs_tests"}
 # Properties that name other tests or fixtures, which here carry the preset's name.
 NAMING = {"DEPENDS", "FIXTURES_SETUP", "FIXTURES_CLEANUP", "FIXTURES_REQUIRED"}
 
@@ -84,6 +86,9 @@ def main():
         for name, command, properties in tests_of(preset):
             names.append(name)
             lines += entry(name, command, properties)
+    missing = GUARDS - {name.rpartition("/")[2] for name in names}
+    if missing:
+        sys.exit(f"collect_tests.py: no build has these tests: {', '.join(sorted(missing))}")
     name, command, limit = DEMO
     lines += entry(name, command, {"WORKING_DIRECTORY": str(ROOT), "TIMEOUT": str(limit),
                                    "LABELS": "demo", "RUN_SERIAL": "ON",

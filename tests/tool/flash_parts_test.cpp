@@ -3,6 +3,7 @@
 
 #include "base/files.h"
 #include "base/hex_bytes.h"
+#include "base/time_text.h"
 #include "command/command_line.h"
 #include "flash/engine/byte_ranges.h"
 #include "flash/engine/sector_plan.h"

@@ -1,5 +1,5 @@
 // How a range is cut into other packets at each reading, and which readings are believed.
-#include "dll/flash_readings.h"
+#include "camera/flash_readings.h"
 
 #include <gtest/gtest.h>
 

@@ -6,7 +6,7 @@
 #include <array>
 #include <string>
 
-#include "i2c/width_modes.h"
+#include "base/width_modes.h"
 
 namespace borvanusb::tool_test {
 namespace {

@@ -1,13 +1,10 @@
 #include "command/values.h"
 
-#include "camera/camera.h"
-
 #include <algorithm>
 #include <charconv>
 #include <sstream>
 
-#include "borvan_usb.h"
-#include "i2c/width_modes.h"
+#include "camera/camera.h"
 
 namespace borvanusb {
 

@@ -6,7 +6,7 @@
 #include "base/failure.h"
 #include "base/files.h"
 #include "base/numbers.h"
-#include "dll/register_readings.h"
+#include "camera/register_readings.h"
 
 namespace borvanusb {
 

@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "camera/camera.h"
-#include "dll/agreement.h"
+#include "base/agreement.h"
 #include "dll/camera_library.h"
 #include "dll/job.h"
 

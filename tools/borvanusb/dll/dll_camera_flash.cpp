@@ -4,8 +4,8 @@
 #include "base/failure.h"
 #include "base/files.h"
 #include "base/numbers.h"
+#include "camera/flash_readings.h"
 #include "dll/dll_camera.h"
-#include "dll/flash_readings.h"
 
 namespace borvanusb {
 

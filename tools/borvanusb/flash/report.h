@@ -43,12 +43,6 @@ struct ProgramOutcome {
 nlohmann::ordered_json ToJson(const Ranges& ranges);
 nlohmann::ordered_json ToJson(const ProgramOutcome& outcome, const WorkState& state);
 
-// A time in UTC: "2026-11-21T19:18:05Z".
-std::string TimeText(std::chrono::system_clock::time_point time);
-
-// The same for the middle of a file's name: "20261121T191805Z".
-std::string TimeInFileName(std::chrono::system_clock::time_point time);
-
 // A time span for people: "0.42 s", "75.0 s".
 std::string SecondsText(double seconds);
 

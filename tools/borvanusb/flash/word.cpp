@@ -6,6 +6,7 @@
 #include "base/failure.h"
 #include "base/files.h"
 #include "base/sha256.h"
+#include "base/time_text.h"
 #include "camera/camera_choice.h"
 #include "camera/camera_json.h"
 #include "camera/host.h"

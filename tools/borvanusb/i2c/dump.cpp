@@ -1,13 +1,13 @@
 #include <nlohmann/json.hpp>
 
 #include "base/files.h"
+#include "base/width_modes.h"
 #include "command/camera_work.h"
 #include "command/command_rules.h"
 #include "command/context.h"
 #include "i2c/dump.h"
 #include "i2c/i2c_list.h"
 #include "i2c/i2c_options.h"
-#include "i2c/width_modes.h"
 #include "output/output.h"
 #include "registers/register_options.h"
 

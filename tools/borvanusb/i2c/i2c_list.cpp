@@ -2,14 +2,12 @@
 
 #include <utility>
 
-#include "i2c/width_modes.h"
+#include "base/width_modes.h"
 
 namespace borvanusb {
 
 namespace {
 
-constexpr std::uint32_t kPassedOverA = 0xFEF0;
-constexpr std::uint32_t kPassedOverB = 0xFEF1;
 constexpr std::uint32_t kHighestSlave = 0xFF;
 constexpr int kMarkerDigits = 4;
 constexpr int kSlaveDigits = 2;
@@ -154,10 +152,6 @@ std::string Opening(const I2cTarget& target) {
 }
 
 }  // namespace
-
-bool IsPassedOver(std::uint32_t address) {
-  return address == kPassedOverA || address == kPassedOverB;
-}
 
 CheckedI2cList CheckI2cList(std::string_view text, const std::optional<I2cTarget>& opening) {
   return Checker(ReadListText(text), opening).Check();

@@ -9,14 +9,12 @@
 
 #include "base/numbers.h"
 #include "camera/camera.h"
+#include "registers/list_markers.h"
 #include "registers/list_text.h"
 
 namespace borvanusb {
 
 // Lists of registers of devices on the I2C bus.
-
-constexpr std::uint32_t kSlaveMarker = 0xFFF8;
-constexpr std::uint32_t kWidthMarker = 0xFFFE;  // behind a kSlaveMarker
 
 struct CheckedI2cList {
   ListText list;
@@ -39,8 +37,5 @@ std::string I2cListText(const std::vector<ListEntry>& entries,
 // to 5 without, as no list can tell them. Registers that have a marker's address stand in remarks.
 std::string I2cDumpText(const I2cTarget& target, const Range& range,
                         std::span<const std::uint32_t> values);
-
-// Whether an entry of a list at this address is passed over.
-bool IsPassedOver(std::uint32_t address);
 
 }  // namespace borvanusb

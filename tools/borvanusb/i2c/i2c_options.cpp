@@ -5,7 +5,7 @@
 #include <nlohmann/json.hpp>
 
 #include "base/failure.h"
-#include "i2c/width_modes.h"
+#include "base/width_modes.h"
 
 namespace borvanusb {
 

@@ -2,13 +2,13 @@
 #include <nlohmann/json.hpp>
 
 #include "base/failure.h"
+#include "base/width_modes.h"
 #include "command/camera_work.h"
 #include "command/command_rules.h"
 #include "command/context.h"
 #include "command/values.h"
 #include "i2c/i2c_options.h"
 #include "i2c/scan.h"
-#include "i2c/width_modes.h"
 #include "output/output.h"
 #include "output/progress.h"
 #include "registers/register_options.h"

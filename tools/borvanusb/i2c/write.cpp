@@ -2,12 +2,12 @@
 
 #include <nlohmann/json.hpp>
 
+#include "base/width_modes.h"
 #include "command/camera_work.h"
 #include "command/command_rules.h"
 #include "command/context.h"
 #include "command/values.h"
 #include "i2c/i2c_options.h"
-#include "i2c/width_modes.h"
 #include "i2c/write.h"
 #include "output/output.h"
 #include "registers/masked_write.h"

@@ -6,8 +6,8 @@
 
 #include "base/failure.h"
 #include "base/numbers.h"
+#include "base/width_modes.h"
 #include "command/camera_work.h"
-#include "i2c/width_modes.h"
 #include "output/output.h"
 #include "output/progress.h"
 

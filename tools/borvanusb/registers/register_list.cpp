@@ -2,7 +2,7 @@
 
 #include <utility>
 
-#include "i2c/i2c_list.h"
+#include "registers/list_markers.h"
 
 namespace borvanusb {
 

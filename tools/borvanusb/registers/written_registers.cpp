@@ -2,8 +2,8 @@
 
 #include <utility>
 
-#include "i2c/i2c_list.h"
-#include "i2c/width_modes.h"
+#include "base/width_modes.h"
+#include "registers/list_markers.h"
 #include "registers/register_list.h"
 
 namespace borvanusb {

@@ -1,4 +1,5 @@
 #include "flash/engine/program_steps.h"
+#include "base/time_text.h"
 
 #include <algorithm>
 #include <chrono>
@@ -12,7 +13,6 @@
 #include "flash/engine/safeguard.h"
 #include "flash/engine/sector_fate.h"
 #include "flash/engine/transfer_count.h"
-#include "flash/report.h"
 
 namespace borvanusb {
 

@@ -1,11 +1,11 @@
 #include "flash/engine/safeguard.h"
+#include "base/time_text.h"
 
 #include <algorithm>
 
 #include "base/failure.h"
 #include "base/files.h"
 #include "base/sha256.h"
-#include "flash/report.h"
 
 namespace borvanusb {
 

@@ -4,8 +4,8 @@
 #include <cstddef>
 
 #include "camera/camera.h"
-#include "dll/flash_readings.h"
-#include "dll/register_readings.h"
+#include "camera/flash_readings.h"
+#include "camera/register_readings.h"
 
 namespace borvanusb {
 

@@ -1,4 +1,4 @@
-#include "dll/register_readings.h"
+#include "camera/register_readings.h"
 
 namespace borvanusb {
 

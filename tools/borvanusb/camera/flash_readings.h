@@ -6,7 +6,7 @@
 #include <span>
 #include <vector>
 
-#include "dll/agreement.h"
+#include "base/agreement.h"
 
 namespace borvanusb {
 

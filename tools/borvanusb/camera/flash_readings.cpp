@@ -1,4 +1,4 @@
-#include "dll/flash_readings.h"
+#include "camera/flash_readings.h"
 
 #include <algorithm>
 #include <utility>
