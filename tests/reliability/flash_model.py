@@ -8,6 +8,7 @@ from station import SECTOR
 FLASH = 64 << 10
 PAGE = 256
 PACKET = 60
+BLANK_WORD = 0xFFFFFFFF
 
 
 def sector_of(place):
@@ -24,6 +25,11 @@ def has_bits_of(found, wanted):
     """Whether each bit that is set in `wanted` is set in `found`."""
     number = int.from_bytes(wanted, "big")
     return int.from_bytes(found, "big") & number == number
+
+
+def may_become(found, words):
+    """Whether a word of the flash can be one of these, or on its way from one to another by an erase."""
+    return found in words or BLANK_WORD in words and any(found & word == word for word in words)
 
 
 class Module:
@@ -66,7 +72,7 @@ class Journal:
         """Whether nothing tells this flash from the one that the journal is of, and its sector is as a
         cut can leave it."""
         return bool(self.original) and \
-            all(int.from_bytes(flash[address:address + 4], "big") in words
+            all(may_become(int.from_bytes(flash[address:address + 4], "big"), words)
                 for address, words in self.landmarks) and \
             self.cut_can_leave(flash[self.address:self.address + SECTOR])
 
@@ -125,9 +131,10 @@ class Run:
             self.module.truth[self.address:self.end] = self.content
             self.module.unknown[self.address:self.end] = bytes(len(self.content))
         elif not self.restored:
-            for place in named:
+            for place, new in zip(named, self.content):
                 sector = slice(sector_of(place), sector_of(place) + SECTOR)
-                if self.after[place] != self.module.truth[place] and \
+                truth = self.module.truth[place]
+                if (self.after[place] != truth or new != truth) and \
                         self.before[sector] != self.after[sector]:
                     self.module.unknown[place] = 1
 
@@ -145,13 +152,14 @@ class Run:
             wanted = module.truth[place]
             if byte == wanted or module.unknown[place]:
                 continue
+            lost = self.code == 0 and self.reaches(place)
+            if not lost and any(journal.keeps(place, wanted) for journal in journals):
+                continue
             if sector_of(place) in self.alike:
                 alike += 1
                 module.truth[place] = byte
                 continue
-            if self.code == 0 and self.reaches(place):
-                return f"byte {place:#x} is {byte:#04x}, must be {wanted:#04x}, exit code 0", alike
-            if not any(journal.keeps(place, wanted) for journal in journals):
-                return (f"byte {place:#x} is {byte:#04x}, must be {wanted:#04x}, and no journal of "
-                        "this module has it"), alike
+            return (f"byte {place:#x} is {byte:#04x}, must be {wanted:#04x}, "
+                    + ("exit code 0" if self.code == 0 else "and no journal of this module has it"),
+                    alike)
         return "", alike
