@@ -42,7 +42,7 @@ class FlashProgrammer {
   ProgramOutcome outcome_;
   Image image_;
   std::unique_ptr<Site> site_;  // null until the camera is open
-  Examination seen_;
+  FlashExamination seen_;
   Security security_;
 };
 

@@ -26,7 +26,7 @@ SectorWriter WriterFor(Security& security, WorkSite& site) {
   return {site.camera, site.host, site.output, site.progress, site.state, security.shared};
 }
 
-std::optional<BackupRecord> KeepBackup(const Image& image, const Examination& seen,
+std::optional<BackupRecord> KeepBackup(const Image& image, const FlashExamination& seen,
                                        const ProgramPlan& plan, const BackupWish& wish,
                                        WorkSite& site) {
   const Range range{plan.changes.front().first, plan.changes.back().last};
@@ -47,7 +47,7 @@ std::optional<BackupRecord> KeepBackup(const Image& image, const Examination& se
   return backup;
 }
 
-std::unique_ptr<WorkJournal> BeginJournal(const Image& image, const Examination& seen,
+std::unique_ptr<WorkJournal> BeginJournal(const Image& image, const FlashExamination& seen,
                                           const ProgramPlan& plan,
                                           const std::optional<BackupRecord>& backup,
                                           WorkSite& site) {
@@ -81,9 +81,9 @@ std::unique_ptr<WorkJournal> BeginJournal(const Image& image, const Examination&
 
 }  // namespace
 
-Examination Examine(const Image& image, std::optional<std::uint64_t> flash_size,
-                    const std::string& journal, WorkSite& site) {
-  Examination seen;
+FlashExamination Examine(const Image& image, std::optional<std::uint64_t> flash_size,
+                         const std::string& journal, WorkSite& site) {
+  FlashExamination seen;
   const FlashEnd end = FindFlashEnd(site.camera, image.End(), flash_size, site.output);
   seen.flash_size = end.size;
   RefuseBeyondEnd(image, end);
@@ -105,7 +105,7 @@ Examination Examine(const Image& image, std::optional<std::uint64_t> flash_size,
   return seen;
 }
 
-ProgramPlan Plan(const Image& image, const Examination& seen, bool verify) {
+ProgramPlan Plan(const Image& image, const FlashExamination& seen, bool verify) {
   ProgramPlan plan;
   plan.sectors = seen.sectors;
   plan.after = LayOver(seen.sectors, seen.recovery.truth, image);
@@ -128,7 +128,7 @@ ProgramPlan Plan(const Image& image, const Examination& seen, bool verify) {
   return plan;
 }
 
-Security Secure(const Image& image, const Examination& seen, const ProgramPlan& plan,
+Security Secure(const Image& image, const FlashExamination& seen, const ProgramPlan& plan,
                 const BackupWish& wish, WorkSite& site) {
   Security security;
   security.shared.addresses = plan.shared;
@@ -168,7 +168,7 @@ void Verify(const ProgramPlan& plan, Security& security, const Ranges& vouched, 
   }
 }
 
-void FinishJournals(const Examination& seen, Security& security, WorkSite& site) {
+void FinishJournals(const FlashExamination& seen, Security& security, WorkSite& site) {
   try {
     if (security.journal) {
       security.journal->End();
@@ -181,7 +181,7 @@ void FinishJournals(const Examination& seen, Security& security, WorkSite& site)
   }
 }
 
-std::string RestoreOldBytes(const Examination& seen, Security& security, WorkSite& site) {
+std::string RestoreOldBytes(const FlashExamination& seen, Security& security, WorkSite& site) {
   // Stopping now would leave what the user wants to be rid of.
   const auto hold = site.host.HoldStop();
   site.output.Note("writing the old bytes back");

@@ -36,7 +36,7 @@ struct WorkSite {
 };
 
 // What there is before anything changes.
-struct Examination {
+struct FlashExamination {
   std::optional<std::uint64_t> flash_size;
   SectorSpan sectors;             // that the image reaches into
   std::vector<std::uint8_t> now;  // what they hold
@@ -47,8 +47,8 @@ struct Examination {
 // Reads the sectors around the image and the journals. `flash_size` is the flash's size as far as
 // it was given, `journal` the journal that counts where that is in doubt: a file, "none" or empty.
 // Throws Failure kFile for an image beyond the flash's end and where a journal is in doubt.
-Examination Examine(const Image& image, std::optional<std::uint64_t> flash_size,
-                    const std::string& journal, WorkSite& site);
+FlashExamination Examine(const Image& image, std::optional<std::uint64_t> flash_size,
+                         const std::string& journal, WorkSite& site);
 
 // What will change.
 struct ProgramPlan {
@@ -62,7 +62,7 @@ struct ProgramPlan {
   Content After() const { return {sectors.address, after}; }
 };
 
-ProgramPlan Plan(const Image& image, const Examination& seen, bool verify);
+ProgramPlan Plan(const Image& image, const FlashExamination& seen, bool verify);
 
 // What keeps the old bytes while the flash changes.
 struct Security {
@@ -78,7 +78,7 @@ struct BackupWish {
 };
 
 // Keeps the backup and begins the journal. `seen` must outlive the result.
-Security Secure(const Image& image, const Examination& seen, const ProgramPlan& plan,
+Security Secure(const Image& image, const FlashExamination& seen, const ProgramPlan& plan,
                 const BackupWish& wish, WorkSite& site);
 
 // Erases and writes what changes. Returns the sectors that were read back after everything else
@@ -92,11 +92,11 @@ void Verify(const ProgramPlan& plan, Security& security, const Ranges& vouched, 
 // ---- How it ends
 
 // The flash holds what it shall: removes the journals that nothing needs any more.
-void FinishJournals(const Examination& seen, Security& security, WorkSite& site);
+void FinishJournals(const FlashExamination& seen, Security& security, WorkSite& site);
 
 // Writes the old bytes back. Returns what went wrong, as the end of a sentence; empty when they
 // are back.
-std::string RestoreOldBytes(const Examination& seen, Security& security, WorkSite& site);
+std::string RestoreOldBytes(const FlashExamination& seen, Security& security, WorkSite& site);
 
 // A sector that a failure left open may be unharmed: then the journal need not hold its bytes, and
 // no later run has to ask about it. Reads the camera, so not after one that does not answer.
