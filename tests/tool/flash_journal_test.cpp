@@ -274,6 +274,21 @@ TEST_F(FlashJournalTest, SameCameraAtAnotherPortIsKnownByItsContent) {
   EXPECT_FALSE(HasJournal());
 }
 
+// A later change, cut off too, lies over a word by which the camera is known.
+TEST_F(FlashJournalTest, LaterCutOverALandmarkHidesNoCamera) {
+  CutOffAfterErasing();
+  const Bytes later = Pattern(0x300, 7);
+  FailFrom(64 + 9 + 5);
+  EXPECT_EQ(Run(CommandFor("b/later.bin", later, 0x5500)).code, ExitCode::kDevice);
+  ASSERT_EQ(Bytes(flash().begin() + 0x5528, flash().begin() + 0x552C), Bytes(4, 0xFF));
+  Heal();
+  chip().identity.path = R"(\\?\usb#vid_1234&pid_0001#elsewhere)";
+  EXPECT_EQ(Run(command_).code, ExitCode::kDone);
+  const Bytes wanted = Wanted();
+  EXPECT_EQ(Bytes(flash().begin() + 0x1000, flash().begin() + 0x4000),
+            Bytes(wanted.begin() + 0x1000, wanted.begin() + 0x4000));
+}
+
 TEST_F(FlashJournalTest, BlankCameraAtTheSamePlaceIsNotGivenTheOthersBytes) {
   CutOffAfterErasing();
   flash() = Bytes(64 * 1024, 0xFF);
@@ -351,6 +366,33 @@ TEST_F(FlashJournalTest, TwoCamerasOfOneKindHaveJournalsOfTheirOwn) {
   common.cameras = {"0"};
   EXPECT_EQ(Run(command_).code, ExitCode::kDone);
   EXPECT_EQ(flash(), Wanted());
+}
+
+// Both were cut off in the same sector, one after the other at the same port.
+TEST_F(FlashJournalTest, NoneForAnotherCamerasJournalLeavesItsOwnInForce) {
+  CutOffAfterErasing();
+  const Bytes cut_off = flash();
+  const Bytes others = Pattern(64 * 1024, 5);
+  flash() = others;
+  // More transfers than before: the other's landmarks are compared.
+  FailFrom(kBefore + 9 + kSectorTransfers + 2);
+  EXPECT_EQ(Run(command_).code, ExitCode::kDevice);
+  Heal();
+  const Bytes others_cut_off = flash();
+  ASSERT_EQ(Bytes(others_cut_off.begin() + 0x1000, others_cut_off.begin() + 0x1F00),
+            Bytes(0xF00, 0xFF));
+  ASSERT_EQ(Journals().size(), 2U);
+  flash() = cut_off;
+  EXPECT_EQ(Run(command_).code, ExitCode::kFile);
+  command_.journal = "none";
+  EXPECT_EQ(Run(command_).code, ExitCode::kDone);
+  EXPECT_EQ(flash(), Wanted());
+  EXPECT_EQ(Journals().size(), 1U);
+  command_.journal.clear();
+  flash() = others_cut_off;
+  EXPECT_EQ(Run(command_).code, ExitCode::kDone);
+  EXPECT_EQ(flash(), Overlaid(others, kAddress, image_));
+  EXPECT_FALSE(HasJournal());
 }
 
 TEST_F(FlashJournalTest, JournalOfACameraThatAnotherProcessWorksWithIsLeftAlone) {
