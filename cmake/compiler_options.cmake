@@ -53,6 +53,18 @@ if(BORVAN_TRAP_UNDEFINED)
   target_compile_options(borvan_options INTERFACE -fsanitize=undefined -fsanitize-undefined-trap-on-error)
 endif()
 
+# borvan_targets_below(result folder…): what the lists of these folders and of those below them make.
+function(borvan_targets_below result)
+  set(found)
+  foreach(folder IN LISTS ARGN)
+    get_property(targets DIRECTORY "${folder}" PROPERTY BUILDSYSTEM_TARGETS)
+    get_property(subfolders DIRECTORY "${folder}" PROPERTY SUBDIRECTORIES)
+    borvan_targets_below(below ${subfolders})
+    list(APPEND found ${targets} ${below})
+  endforeach()
+  set(${result} ${found} PARENT_SCOPE)
+endfunction()
+
 # Header-only packages of the build machine, each reached by a folder that holds nothing else, so
 # that a cross build never sees the whole system include path.
 function(borvan_header_only_package target header_folder)

@@ -21,11 +21,12 @@ if(NOT MSVC)
 endif()
 file(WRITE "${PROJECT_BINARY_DIR}/googletest_headers.cpp" "// Carries the precompiled headers.\n")
 add_library(borvan_gtest_headers OBJECT "${PROJECT_BINARY_DIR}/googletest_headers.cpp")
-target_link_libraries(borvan_gtest_headers PRIVATE borvan_options borvan_gtest)
+target_link_libraries(borvan_gtest_headers PRIVATE borvan_options borvan_gtest borvan_nlohmann_json)
 target_compile_options(borvan_gtest_headers PRIVATE ${BORVAN_TEST_OPTIONS})
 target_precompile_headers(
-  borvan_gtest_headers PRIVATE <gmock/gmock.h> <gtest/gtest.h> <algorithm> <array> <cstdint>
-  <filesystem> <fstream> <functional> <memory> <optional> <span> <string> <thread> <vector>)
+  borvan_gtest_headers PRIVATE <gmock/gmock.h> <gtest/gtest.h> <nlohmann/json.hpp> <algorithm> <array>
+  <cstdint> <filesystem> <fstream> <functional> <map> <memory> <optional> <span> <sstream> <string>
+  <string_view> <thread> <variant> <vector>)
 
 # borvan_compile_as_test(name): tests are compiled more often than they run; unoptimised and with the
 # precompiled headers they build in half the time.
@@ -34,23 +35,39 @@ function(borvan_compile_as_test name)
   target_precompile_headers(${name} REUSE_FROM borvan_gtest_headers)
 endfunction()
 
-# borvan_add_gtest(name SOURCES a.cpp … [LIBRARIES x …] [OWN_MAIN] [TIMEOUT seconds]) makes program
-# and test `name`. On Windows builds CTest starts it through Wine, one such test at a time, because
+# borvan_add_gtest(name SOURCES a.cpp … [LIBRARIES x …] [OWN_MAIN] [TIMEOUT seconds] [SHARDS n]) makes
+# program and test `name`; with SHARDS n tests, name_1 and so on, which share its cases and run side by
+# side. On Windows builds CTest starts it through Wine, one such test at a time, because
 # they share one prefix.
 function(borvan_add_gtest name)
-  cmake_parse_arguments(PARSE_ARGV 1 arg "OWN_MAIN" "TIMEOUT" "SOURCES;LIBRARIES")
+  cmake_parse_arguments(PARSE_ARGV 1 arg "OWN_MAIN" "TIMEOUT;SHARDS" "SOURCES;LIBRARIES")
   add_executable(${name} ${arg_SOURCES})
   target_link_libraries(${name} PRIVATE borvan_options borvan_gtest ${arg_LIBRARIES})
   borvan_compile_as_test(${name})
   if(NOT arg_OWN_MAIN)
     target_link_libraries(${name} PRIVATE gtest_main)
   endif()
-  add_test(NAME ${name} COMMAND ${name})
   if(NOT arg_TIMEOUT)
     set(arg_TIMEOUT 120)
   endif()
-  set_tests_properties(${name} PROPERTIES TIMEOUT ${arg_TIMEOUT})
-  if(WIN32)
-    set_tests_properties(${name} PROPERTIES RESOURCE_LOCK wine)
+  set(tests ${name})
+  if(arg_SHARDS)
+    set(tests)
+    foreach(shard RANGE 1 ${arg_SHARDS})
+      list(APPEND tests ${name}_${shard})
+    endforeach()
   endif()
+  set(shard 0)
+  foreach(test IN LISTS tests)
+    add_test(NAME ${test} COMMAND ${name})
+    set_tests_properties(${test} PROPERTIES TIMEOUT ${arg_TIMEOUT})
+    if(arg_SHARDS)
+      set_tests_properties(
+        ${test} PROPERTIES ENVIRONMENT "GTEST_TOTAL_SHARDS=${arg_SHARDS};GTEST_SHARD_INDEX=${shard}")
+      math(EXPR shard "${shard} + 1")
+    endif()
+    if(WIN32)
+      set_tests_properties(${test} PROPERTIES RESOURCE_LOCK wine)
+    endif()
+  endforeach()
 endfunction()

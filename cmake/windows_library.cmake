@@ -52,6 +52,34 @@ function(borvan_msvc_import_library target definition_file)
   add_custom_target(${target}_msvc_import_library ALL DEPENDS "${library}")
 endfunction()
 
+# borvan_copy_products(name product…): the target `name` copies these DLLs and programs into the folder
+# where this list's programs go. Programs load a DLL from their own folder.
+function(borvan_copy_products name)
+  set(copies)
+  foreach(product IN LISTS ARGN)
+    borvan_file_name(${product} file)
+    set(copy "${CMAKE_RUNTIME_OUTPUT_DIRECTORY}/${file}")
+    add_custom_command(
+      OUTPUT "${copy}"
+      COMMAND "${CMAKE_COMMAND}" -E copy "$<TARGET_FILE:${product}>" "${copy}"
+      DEPENDS "$<TARGET_FILE:${product}>"
+      VERBATIM)
+    list(APPEND copies "${copy}")
+  endforeach()
+  add_custom_target(${name} DEPENDS ${copies})
+endfunction()
+
+# The name of a DLL's or program's file.
+function(borvan_file_name target result)
+  borvan_output_name(${target} name)
+  get_target_property(type ${target} TYPE)
+  if(type STREQUAL "EXECUTABLE")
+    set(${result} "${name}.exe" PARENT_SCOPE)
+  else()
+    set(${result} "${name}.dll" PARENT_SCOPE)
+  endif()
+endfunction()
+
 # The file's name without its extension, as far as the targets here set it.
 function(borvan_output_name target result)
   get_target_property(name ${target} OUTPUT_NAME)
@@ -66,11 +94,10 @@ function(borvan_add_version_resource target arg_FILE_DESCRIPTION)
   get_target_property(type ${target} TYPE)
   if(type STREQUAL "EXECUTABLE")
     set(borvan_file_type VFT_APP)
-    set(borvan_file_name "${name}.exe")
   else()
     set(borvan_file_type VFT_DLL)
-    set(borvan_file_name "${name}.dll")
   endif()
+  borvan_file_name(${target} borvan_file_name)
   set(resource "${CMAKE_CURRENT_BINARY_DIR}/${target}_version.rc")
   configure_file("${PROJECT_SOURCE_DIR}/cmake/version_resource.rc.in" "${resource}" @ONLY)
   target_sources(${target} PRIVATE "${resource}")

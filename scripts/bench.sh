@@ -67,12 +67,12 @@ done
 for part in transfers memory-program memory-dump dump waits; do
   echo "== measuring: the DLL's $part" >&2
   # Wine's runtime ends lines as Windows does.
-  "${wine[@]}" build/windows/bin/bench_library.exe "Z:${PWD//\//\\}\\build\\bench\\files" "$part" |
+  "${wine[@]}" build/windows/test-programs/bench_library.exe "Z:${PWD//\//\\}\\build\\bench\\files" "$part" |
     tr -d '\r' >>"$rounds"
 done
 for part in programming start; do
   echo "== measuring: the tool's $part" >&2
-  "${wine[@]}" build/windows/bin/bench_tool.exe "Z:${PWD//\//\\}\\build\\bench\\files" "$part" |
+  "${wine[@]}" build/windows/test-programs/bench_tool.exe "Z:${PWD//\//\\}\\build\\bench\\files" "$part" |
     tr -d '\r' >>"$rounds"
 done
 

@@ -1,11 +1,13 @@
 #!/usr/bin/env bash
 # Builds the named presets of CMakePresets.json (default: windows native) into build/PRESET and
-# first installs the packages that are missing. Usage: build.sh [PRESET…]
+# first installs the packages that are missing. `windows` makes the products alone, into
+# build/windows/bin; `windows-tests` also the examples (example-programs) and tests (test-programs).
+# Usage: build.sh [PRESET…]
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
 if [ "${1:-}" = -h ] || [ "${1:-}" = --help ]; then
-  sed -n '2,3s/^# //p' "$0"
+  sed -n '2,5s/^# //p' "$0"
   exit 0
 fi
 presets=("$@")
@@ -14,7 +16,7 @@ presets=("$@")
 scripts/packages.sh
 for preset in "${presets[@]}"; do
   echo "== $preset: configure"
-  cmake --preset "$preset"
+  cmake --preset "${preset%-tests}"
   echo "== $preset: build"
   cmake --build --preset "$preset" --parallel "$(nproc)"
 done

@@ -17,6 +17,8 @@ CHECKS = [
     # Takes whatever the tests leave over: those that watch the clock must not notice it. The library
     # alone: all of it takes as long as everything else together.
     ("lint", ["nice", "-n", "19", "scripts/lint.sh", "--library"], 1800),
+    # Two edits of each room, on the programs of the sanitized build.
+    ("mutants", ["scripts/mutate.sh", "--brief", "--preset", "native-sanitized"], 1800),
 ]
 DEMO = ("demo", ["scripts/demo.sh"], 600)
 # What looks at the tree and the scripts themselves: no suite does without.

@@ -25,7 +25,7 @@ cmake --build --preset "$preset" --target reliability_test
 # Each in a process of its own: a job of one would keep the library loaded for the next, and what
 # one keeps on purpose would count in the other.
 run() {
-  BORVAN_ROUNDS=$1 scripts/run_with_wine.sh "build/$preset/bin/reliability_test.exe" --gtest_filter="$2"
+  BORVAN_ROUNDS=$1 scripts/run_with_wine.sh "build/$preset/test-programs/reliability_test.exe" --gtest_filter="$2"
 }
 run "$rounds" 'Growth.*'
 for filter in 'Lifetimes.OfHosts*' 'Lifetimes.OfALibrary*' 'Lifetimes.OfAnUnloaded*' 'Unplugging.*'; do

@@ -1,9 +1,9 @@
 #!/usr/bin/env bash
-# Looks for faults without running anything: shellcheck over the scripts, clang-tidy over the C and
-# C++ files of the native and windows builds (the windows build must be there: scripts/build.sh). Files found
-# clean are remembered by content in build/lint-cache, so a second run looks only at what changed.
+# Looks for faults without running anything: shellcheck over the shell scripts, pylint over those in
+# Python, clang-tidy over the C and C++ files of all builds. Files found clean are remembered by content
+# in build/lint-cache, so a second run looks only at what changed.
 # Usage: lint.sh [--library | --tests | FILE…] (clang-tidy over the library and its examples alone, over
-# tests and benchmarks too, or over these files only)
+# tests, benchmarks and fuzz targets too, or over these files only)
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
@@ -17,8 +17,11 @@ if [ $# -eq 0 ] || [ "$1" = --tests ] || [ "$1" = --library ]; then
   done < <(find scripts .ci examples tools tests virtual_camera bench -type f \
     \( -name '*.sh' -o ! -name '*.*' \) -print0 2>/dev/null || true)
   shellcheck "${scripts[@]}" || failed=1
+  git ls-files -z --cached --others --exclude-standard '*.py' | xargs -0 pylint --jobs 0 || failed=1
 fi
-# How sources are compiled is all that is asked of the native build; it need not be made.
-cmake --preset native >/dev/null || exit 1
+# How sources are compiled is all that is asked of the builds; they need not be made.
+for preset in native native-fuzz windows; do
+  cmake --preset "$preset" >/dev/null || exit 1
+done
 python3 -B scripts/lint_sources.py "$@" || failed=1
 exit "$failed"

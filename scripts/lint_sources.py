@@ -3,11 +3,12 @@
 
 Usage: lint_sources.py [--library | --tests | FILE…]
 Without arguments what is handed out; with --library the library and its examples alone; with --tests
-the tests and benchmarks too: they take as long as all others together, and the compilers' warnings and
-the sanitizers see them in any case.
-Sources of the native build are looked at as compiled there, the others (COM, Win32) as compiled by
-the windows build, with the cross toolchain's headers. A source found clean is not looked at again
-until it, a header of ours that it reaches, its command, the rules or the tool change.
+the tests, benchmarks and fuzz targets too: they take as long as all others together, and the compilers'
+warnings and the sanitizers see them in any case. A source that no build compiles is an error.
+Sources of the native build are looked at as compiled there, the fuzz targets as in native-fuzz, the
+others (COM, Win32) as compiled by the windows build, with the cross toolchain's headers. A source found
+clean is not looked at again until it, a header of ours that it reaches, its command, the rules or the
+tool change.
 """
 import concurrent.futures
 import hashlib
@@ -24,9 +25,18 @@ import check_structure
 ROOT = pathlib.Path(__file__).resolve().parent.parent
 CACHE = ROOT / "build" / "lint-cache"
 TIDY = "clang-tidy-14"
-PRECOMPILED = re.compile(r" -Winvalid-pch -include \S+cmake_pch\.h\w*")
-SOURCE_FOLDERS = ("include", "src", "virtual_camera", "tools", "examples", "tests", "bench")
+PRECOMPILED = re.compile(r" -Winvalid-pch(?: -Xclang)?(?: -include(?:-pch)?| -Xclang| \S+cmake_pch\.\S+)*"
+                         r"| -Xclang -fno-pch-timestamp| -fpch-preprocess")
+SOURCE_FOLDERS = ("include", "src", "virtual_camera", "tools", "examples", "tests", "bench", "fuzz")
 # The path-sensitive analysis at full depth doubles the time for every source.
+UNSHIPPED = ("tests", "bench", "fuzz")
+# What CMake's list of commands lacks, because a rule of its own compiles it.
+BY_HAND = {
+    "tests/hosts/microsoft/microsoft_host.c":
+        "clang-14 --target=x86_64-pc-windows-msvc -std=c11 -nostdlibinc"
+        " -isystem tests/hosts/microsoft/include -I include -I tests/hosts"
+        " -Wno-language-extension-token -c tests/hosts/microsoft/microsoft_host.c",
+}
 QUICK_ANALYSIS = ["-Xclang", "-analyzer-config", "-Xclang", "mode=shallow"]
 CROSS_COMPILER = "x86_64-w64-mingw32-g++-posix"
 
@@ -57,6 +67,11 @@ def compiled_sources(preset):
                  f"run scripts/build.sh {preset} first")
     # One compiler's precompiled headers are nothing to another.
     entries = json.loads(PRECOMPILED.sub("", database.read_text(encoding="utf-8")))
+    return listed(preset, entries)
+
+
+def listed(preset, entries):
+    """Writes the list of commands that clang-tidy reads for these; {source of ours: its command}."""
     cleaned = CACHE / preset / "compile_commands.json"
     cleaned.parent.mkdir(parents=True, exist_ok=True)
     cleaned.write_text(json.dumps(entries), encoding="utf-8")
@@ -68,6 +83,22 @@ def compiled_sources(preset):
             if relative.parts[0] in SOURCE_FOLDERS:
                 found.setdefault(relative, entry["command"])
     return found
+
+
+def jobs_of_all_builds():
+    """(source, build, command, arguments before it) of everything that is compiled."""
+    jobs = {}
+    for preset, extra in (("native", []), ("native-fuzz", []), ("windows", cross_arguments())):
+        for source, command in compiled_sources(preset).items():
+            jobs.setdefault(source, (source, preset, command, extra))
+    by_hand = [{"directory": str(ROOT), "file": str(ROOT / file), "command": command}
+               for file, command in BY_HAND.items()]
+    for source, command in listed("by-hand", by_hand).items():
+        jobs.setdefault(source, (source, "by-hand", command, []))
+    for path in check_structure.our_files(ROOT):
+        if path.suffix in (".c", ".cpp") and path not in jobs:
+            sys.exit(f"lint_sources.py: {path}: no build compiles it")
+    return list(jobs.values())
 
 
 class Linter:
@@ -126,21 +157,16 @@ class Linter:
 def main():
     """Collects the sources, looks at each, says how many were not clean."""
     CACHE.mkdir(parents=True, exist_ok=True)
-    native = compiled_sources("native")
-    windows = compiled_sources("windows")
-    cross = cross_arguments()
-    jobs = [(source, "native", command, []) for source, command in native.items()]
-    jobs += [(source, "windows", command, cross) for source, command in windows.items()
-             if source not in native]
+    jobs = jobs_of_all_builds()
     if len(sys.argv) == 1:
-        jobs = [job for job in jobs if job[0].parts[0] not in ("tests", "bench")]
+        jobs = [job for job in jobs if job[0].parts[0] not in UNSHIPPED]
     elif sys.argv[1] == "--library":
         jobs = [job for job in jobs if job[0].parts[0] in ("include", "src", "examples")]
     elif sys.argv[1] != "--tests":
         wanted = {pathlib.Path(name).resolve() for name in sys.argv[1:]}
         jobs = [job for job in jobs if ROOT / job[0] in wanted]
     if not jobs:
-        sys.exit("lint_sources.py: no such source in the native or windows build")
+        sys.exit("lint_sources.py: no build compiles such a source")
     linter = Linter()
     # clang-tidy is a process of its own, so threads suffice to keep the cores busy. The long ones
     # first: those read Windows' headers.

@@ -1,4 +1,4 @@
-"""Tries small edits of src/ against the native tests; see mutate.sh.
+"""Tries small edits of the products against the native tests; see mutate.sh.
 
 Usage: mutate.py BUILD_FOLDER PROGRAM… -- [options of mutate.sh]
 """
@@ -10,27 +10,40 @@ import itertools
 import json
 import math
 import os
-import pathlib
 import sys
 import threading
 
+import check_structure
 import mutations
 from equivalent_mutants import Equivalents
-from mutation_build import ROOT, DoesNotCompile, TestBuild
+from mutation_build import ARCHIVES, ROOT, DoesNotCompile, TestBuild
 from mutation_results import RESULTS, Record, report
 
-ROOMS = ("api", "device", "files", "jobs", "protocol")
 MEASURED = ROOT / "build" / "mutation" / "measured.json"
 WORK = ROOT / "build" / "mutation" / "work"
 SLOW = 500  # milliseconds: such tests come when no other fails
-# The programs that know a room best, first; the others follow.
+# The programs that know a room best, first; the others follow. The rooms are these.
 LIKELY = {
-    "api": ["api_tests", "jobs_tests"],
-    "device": ["device_tests", "unit_tests", "protocol_tests"],
-    "files": ["unit_tests", "files_tests", "list_document_test"],
-    "jobs": ["jobs_tests", "files_tests", "api_tests"],
-    "protocol": ["unit_tests", "protocol_tests"],
+    "src/api": ["api_tests", "jobs_tests"],
+    "src/base": ["unit_tests", "protocol_tests"],
+    "src/device": ["device_tests", "unit_tests", "protocol_tests"],
+    "src/files": ["unit_tests", "files_tests", "list_document_test"],
+    "src/jobs": ["jobs_tests", "files_tests", "api_tests"],
+    "src/protocol": ["unit_tests", "protocol_tests"],
+    "borvanusb/base": ["tool_arguments_test", "tool_flash_parts_test", "tool_run_test"],
+    "borvanusb/camera": ["tool_registers_test", "tool_flash_commands_test"],
+    "borvanusb/command": ["tool_arguments_test", "tool_run_test", "tool_scripts_test"],
+    "borvanusb/dll": ["tool_library_test"],
+    "borvanusb/flash": ["tool_flash_commands_test", "tool_flash_program_test"],
+    "borvanusb/flash/engine": ["tool_flash_parts_test", "tool_flash_journal_test",
+                               "tool_flash_program_test"],
+    "borvanusb/i2c": ["tool_lists_test", "tool_registers_test"],
+    "borvanusb/output": ["tool_progress_test", "tool_run_test"],
+    "borvanusb/registers": ["tool_lists_test", "tool_registers_test"],
+    "borvanusb/station": ["tool_registers_test", "tool_lists_test"],
+    "virtual_camera/core": ["virtual_camera_core_test"],
 }
+BRIEF = 2  # edits of a room
 
 Candidate = collections.namedtuple("Candidate", "room path line mutant was now below above id")
 
@@ -45,7 +58,8 @@ def parsed(arguments):
     parser = argparse.ArgumentParser(prog="mutate.sh", allow_abbrev=False)
     parser.add_argument("--count", type=int, default=300)
     parser.add_argument("--seed", type=int, default=1)
-    parser.add_argument("--room", action="append", choices=ROOMS)
+    parser.add_argument("--room", action="append", metavar="ROOM")
+    parser.add_argument("--brief", action="store_true")
     parser.add_argument("--jobs", type=int, default=os.cpu_count())
     parser.add_argument("--headers", action="store_true")
     parser.add_argument("--fresh", action="store_true")
@@ -53,21 +67,30 @@ def parsed(arguments):
     options = parser.parse_args(arguments)
     if options.count < 0 or options.jobs < 1:
         parser.error("--count takes a number from 0, --jobs one from 1")
+    for room in options.room or []:
+        if not any(check_structure.matches(known, [room]) for known in LIKELY):
+            parser.error(f"--room {room}: rooms are {', '.join(LIKELY)}")
     return options
 
 
 def sources(options, build):
     """The files to edit, and those that only a build for Windows compiles."""
     wanted = [(ROOT / name).resolve() for name in options.files]
-    known = sorted(path for path in (ROOT / "src").rglob("*") if path.suffix in (".cpp", ".h"))
+    known = sorted(path for folder in ARCHIVES for path in folder.rglob("*")
+                   if path.suffix in (".cpp", ".h"))
     for path in wanted:
         if path not in known:
-            sys.exit(f"mutate.sh: {path} is no source file of src/")
-    native = set(build.core) | set(build.users)
+            sys.exit(f"mutate.sh: {path} is no source file that is edited")
+    native = build.core | set(build.users)
     chosen = [path for path in known if path in native
               and (path in wanted if wanted else options.headers or path.suffix == ".cpp")
-              and (not options.room or path.parent.name in options.room)]
-    return chosen, [path for path in known if path not in native]
+              and (not options.room or check_structure.matches(room_of(path), options.room))]
+    return chosen, [path for path in known if path not in native and path.suffix == ".cpp"]
+
+
+def room_of(path):
+    """The room of a source file."""
+    return check_structure.room_of(path.relative_to(ROOT))
 
 
 def candidates_of(path):
@@ -77,7 +100,7 @@ def candidates_of(path):
     for mutant in mutations.mutants_of(text):
         was, now = mutations.shown(text, mutant)
         name = f"{path.relative_to(ROOT)} {digest} {mutant.start} {mutant.end} {mutant.text}"
-        yield Candidate(path.parent.name, path, mutations.line_number(text, mutant.start), mutant,
+        yield Candidate(room_of(path), path, mutations.line_number(text, mutant.start), mutant,
                         was, now, mutations.line_before(text, mutant.start),
                         mutations.line_after(text, mutant.end), digest_of(name))
 
@@ -85,8 +108,8 @@ def candidates_of(path):
 def drawn(paths, seed):
     """The edits in the order in which they are tried: the rooms take turns."""
     rooms = []
-    for room in ROOMS:
-        edits = [edit for path in paths if path.parent.name == room for edit in candidates_of(path)]
+    for room in LIKELY:
+        edits = [edit for path in paths if room_of(path) == room for edit in candidates_of(path)]
         # Not shuffled: an edit keeps its place when others come or go.
         rooms.append(sorted(edits, key=lambda edit: digest_of(f"{seed} {edit.id}")))
     return [edit for turn in itertools.zip_longest(*rooms) for edit in turn if edit]
@@ -117,8 +140,8 @@ class Trial:
                 self.turns = former["turns"]
                 return
         for program in self.programs:
-            lib = self.build.folder / "lib"
-            outcome = self.build.run_program(lib / program, lib, WORK / "unchanged", (600, 1200))
+            outcome = self.build.run_program(self.build.folder / "bin" / program,
+                                             WORK / "unchanged", (600, 1200))
             if outcome.state != "passed":
                 sys.exit(f"mutate.sh: {program} fails without any edit, in {outcome.test}")
             print(f"{program}: {outcome.seconds:.1f} s", file=sys.stderr, flush=True)
@@ -141,18 +164,19 @@ class Trial:
         work = WORK / str(threading.get_ident())
         text = edit.path.read_text("utf-8")
         try:
-            users = self.build.build(edit.path, mutations.applied(text, edit.mutant), work)
+            replaced = self.build.build(edit.path, mutations.applied(text, edit.mutant), work)
         except DoesNotCompile:
             return "invalid", None
         likely = LIKELY[edit.room]
-        order = likely + [program for program in self.programs if program not in likely]
+        order = [program for program in likely if program in self.programs] + [
+            program for program in self.build.programs_of(edit.path) if program not in likely]
         executables = {}
         turns = [(program, turn) for program in order
                  for turn in (self.turns[program][1:] if slow else self.turns[program][:1])]
         for program, (tests, limit) in turns:
             try:
                 if program not in executables:
-                    executables[program] = self.build.program_of(program, work, users)
+                    executables[program] = self.build.program_of(program, work, replaced)
             except DoesNotCompile:
                 return "killed", f"{program} does not compile"
             outcome = self._run(executables[program], work, limit, tests)
@@ -164,12 +188,12 @@ class Trial:
 
     def _run(self, executable, work, limit, tests):
         """A failure counts when it comes again: a test that was unlucky once kills nothing."""
-        outcome = self.build.run_program(executable, work, work, limit, tests)
+        outcome = self.build.run_program(executable, work, limit, tests)
         if outcome.state != "failed":
             return outcome
-        again = self.build.run_program(executable, work, work, limit, outcome.test)
+        again = self.build.run_program(executable, work, limit, outcome.test)
         if again.state == "passed":
-            again = self.build.run_program(executable, work, work, limit, tests)
+            again = self.build.run_program(executable, work, limit, tests)
         return outcome if again.state != "passed" else again
 
 
@@ -225,9 +249,13 @@ def main():
     record = Record(digest)
     equivalents = Equivalents()
     trial = Trial(build, programs)
-    trial.measure(state_of("src", "tests"))
+    trial.measure(folder + state_of("src", "tools", "virtual_camera", "tests"))
+    if options.brief:
+        # As many edits of each room are in front of the list.
+        options.count = BRIEF * len({edit.room for edit in edits})
     edits = tried(edits, options.count, trial, record, options.jobs)
-    tried_slowly(edits, trial, record, equivalents, options.jobs)
+    if not options.brief:
+        tried_slowly(edits, trial, record, equivalents, options.jobs)
     let_pass = report(edits, record, equivalents, windows_only)
     return 1 if let_pass else 0
 

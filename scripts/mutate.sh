@@ -1,18 +1,21 @@
 #!/usr/bin/env bash
-# Do the tests bite? Changes one operator, constant or statement of src/ at a time, builds that and
-# runs the native tests, which should fail. Prints each edit that they let pass; fails if one of them
-# is not in scripts/equivalent_mutants.txt, the list of edits that change nothing anyone can see.
-# The tree itself is never changed: all happens in build/mutation, where a run that was stopped goes
-# on. Left out are the sources for Windows alone, and, unless asked for, headers: each edit of one
-# builds every test that includes it.
-# Usage: mutate.sh [--count N] [--seed S] [--room api|device|files|jobs|protocol]… [--jobs N]
-#                  [--headers] [--fresh] [FILE…]
+# Do the tests bite? Changes one operator, constant or statement of the library, the tool or the virtual
+# camera at a time, builds that and runs the native tests, which should fail. Prints each edit that they
+# let pass; fails if one of them is not in scripts/equivalent_mutants.txt, the list of edits that change
+# nothing anyone can see. The tree itself is never changed: all happens in build/mutation, where a run
+# that was stopped goes on. Left out are the sources for Windows alone, and, unless asked for, headers:
+# each edit of one builds every test that includes it.
+# Usage: mutate.sh [--count N] [--seed S] [--room ROOM]… [--jobs N] [--headers] [--fresh] [--brief]
+#                  [--preset PRESET] [FILE…]
 #   --count N   as many edits that compile (300; 0: all), taken in turns from the rooms
 #   --seed S    which ones (1)
-#   --room R    only this folder of src/; may be given several times
+#   --room R    only this folder, src/files or borvanusb/flash/engine for one; src/*, borvanusb/* and
+#               virtual_camera/* are those of a product; may be given several times
 #   --jobs N    so many at a time (as many as there are processors)
 #   --headers   headers too
 #   --fresh     forgets what earlier runs found
+#   --brief     two edits of each room, without the slow tests
+#   --preset P  with this native build's programs (native-quick)
 #   FILE…       only these files, headers included
 set -euo pipefail
 cd "$(dirname "$0")/.."
@@ -22,17 +25,31 @@ if [ "${1:-}" = -h ] || [ "${1:-}" = --help ]; then
   exit 0
 fi
 
-build=build/mutation/build
+preset=native-quick
+options=()
+while [ $# -gt 0 ]; do
+  if [ "$1" = --preset ]; then
+    preset=${2:?"mutate.sh: --preset: the name of a preset must follow"}
+    shift
+  else
+    options+=("$1")
+  fi
+  shift
+done
+
 log=build/mutation/build.log
 mkdir -p build/mutation
 programs=(unit_tests device_tests protocol_tests files_tests jobs_tests api_tests list_document_test
-  meaning_tests)
-echo "== building the tests" >&2
-# Unoptimised, without debug information and past any compiler cache: each edit is compiled once.
-if ! { CCACHE_DISABLE=1 nice -n 19 cmake -S . -B "$build" -G Ninja -DCMAKE_BUILD_TYPE=Debug \
-  -DCMAKE_C_COMPILER=gcc -DCMAKE_CXX_COMPILER=g++ "-DCMAKE_CXX_FLAGS_DEBUG=-O0 -fPIC" &&
-  CCACHE_DISABLE=1 nice -n 19 cmake --build "$build" -j2 --target "${programs[@]}"; } >"$log" 2>&1; then
+  meaning_tests virtual_camera_core_test tool_arguments_test tool_lists_test tool_progress_test
+  tool_run_test tool_scripts_test tool_whole_test tool_registers_test tool_library_test
+  tool_flash_parts_test tool_flash_program_test tool_flash_commands_test tool_flash_journal_test
+  tool_flash_cut_test tool_flash_sequences_test)
+echo "== building the tests: $preset" >&2
+if ! { cmake --preset "$preset" &&
+  nice -n 19 cmake --build --preset "$preset" --parallel "$(nproc)" --target "${programs[@]}"; } \
+  >"$log" 2>&1; then
   cat "$log" >&2
   exit 1
 fi
-CCACHE_DISABLE=1 exec nice -n 19 python3 -B scripts/mutate.py "$build" "${programs[@]}" -- "$@"
+exec nice -n 19 python3 -B scripts/mutate.py "build/$preset" "${programs[@]}" -- \
+  ${options[@]+"${options[@]}"}

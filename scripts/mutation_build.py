@@ -1,4 +1,4 @@
-"""The tests' programs on a library with one file changed: building them and running them."""
+"""The tests' programs with one source file changed: building them and running them."""
 import collections
 import json
 import os
@@ -10,12 +10,17 @@ import shutil
 import subprocess
 import time
 
+from structure_rules import INCLUDE_ROOTS
+
 ROOT = pathlib.Path(__file__).resolve().parent.parent
-LIBRARY = "libborvan_core_under_test.so"
-ARCHIVE = "lib/libborvan_core.a"
+# What is edited, and the static library that the build makes of it.
+ARCHIVES = {
+    ROOT / "src": "lib/libborvan_core.a",
+    ROOT / "tools" / "borvanusb": "lib/libborvanusb_core.a",
+    ROOT / "virtual_camera" / "core": "lib/libvirtual_camera_core.a",
+}
 FAILED_TEST = re.compile(r"^\[  FAILED  \] (\S+\.\S+?),? ", re.MULTILINE)
 TEST_TIME = re.compile(r"^\[       OK \] (\S+?) \((\d+) ms\)", re.MULTILINE)
-STANDARD_HEADER = re.compile(r"^#include (<\w+>)$", re.MULTILINE)
 STARTED_TEST = re.compile(r"^\[ RUN      \] (\S+)", re.MULTILINE)
 LARGEST_FILE = 5 << 30  # a test has an image of more than 4 GiB, most of it never written
 LARGEST_MEMORY = 6 << 30
@@ -35,21 +40,27 @@ def run(command, folder, **options):
                           stdout=subprocess.PIPE, stderr=subprocess.STDOUT, **options)
 
 
-def limited(command, processor_seconds):
-    """A command kept from taking the machine, should an edit have gone wild."""
+def limited(command, processor_seconds, sanitized):
+    """A command kept from taking the machine, should an edit have gone wild.
+
+    Limited is the memory that can be written: tests reserve addresses by the gigabyte for their guard
+    pages. A sanitizer does so with memory that can be written, and is told the limit in its own way.
+    """
+    memory = [] if sanitized else [f"--data={LARGEST_MEMORY}"]
     return ["prlimit", f"--cpu={processor_seconds}:{processor_seconds + 1}",
-            f"--fsize={LARGEST_FILE}", f"--as={LARGEST_MEMORY}", "--core=0", *command]
+            f"--fsize={LARGEST_FILE}", *memory, "--core=0", *command]
 
 
-def newer(made, origin):
-    """Whether a file is there and was made after another."""
-    return made.exists() and made.stat().st_mtime >= origin.stat().st_mtime
+def archive_of(path):
+    """The static library that a source file goes into; None for files that are not edited."""
+    return next((archive for folder, archive in ARCHIVES.items() if path.is_relative_to(folder)), None)
 
 
 class TestBuild:
-    """A build whose test programs take the library from a shared object.
+    """A build of the test programs, and those programs with one file of it replaced.
 
-    So an edit costs compiling one file and linking one library; no program is linked anew.
+    An object that is linked before a static library takes the place of the library's own, so an edit
+    costs compiling one file, and linking each program that is run on it.
     """
 
     def __init__(self, folder, programs):
@@ -59,16 +70,11 @@ class TestBuild:
             command = shlex.split(entry["command"])
             self.commands[pathlib.Path(entry["file"])] = (command,
                                                           command[command.index("-o") + 1])
-        self.core = {source: object_file for source, (_, object_file) in self.commands.items()
-                     if source.is_relative_to(ROOT / "src")}
+        self.core = {source for source in self.commands if archive_of(source)}
         self.links = {program: self._link_command(program) for program in programs}
         self.users = self._users()
-        self.prefix = self._precompile()
-        if not newer(self.folder / "lib" / LIBRARY, self.folder / ARCHIVE):
-            self._link_library(self.folder / "lib", {})
-        for program in programs:
-            if not newer(self.folder / "lib" / program, self.folder / "bin" / program):
-                self._link_program(program, self.folder / "lib", {})
+        self.sanitized = any(part.startswith("-fsanitize") for link in self.links.values()
+                             for part in link)
 
     def _ninja(self, *arguments):
         return subprocess.run(["ninja", "-C", str(self.folder), *arguments], check=True, text=True,
@@ -88,107 +94,76 @@ class TestBuild:
                 source = by_object.get(line.split(":")[0])
             elif source and line.strip().endswith(".h"):
                 header = (self.folder / line.strip()).resolve()
-                if header.is_relative_to(ROOT / "src"):
+                if archive_of(header):
                     users[header].add(source)
         return users
 
-    def _precompile(self):
-        """A header with all of the standard library that src/ uses, read once for all edits."""
-        names = {name for path in (*self.core, *self.users)
-                 for name in STANDARD_HEADER.findall(path.read_text("utf-8"))}
-        prefix = self.folder / "standard_headers.h"
-        text = "".join(f"#include {name}\n" for name in sorted(names))
-        if not prefix.exists() or prefix.read_text("utf-8") != text:
-            prefix.write_text(text, "utf-8")
-        if newer(self.folder / "standard_headers.h.gch", prefix) \
-                and newer(self.folder / "standard_headers.h.gch", self.folder / "build.ninja"):
-            return prefix
-        command, built = next(self.commands[source] for source in self.core)
-        command = command[:command.index("-c")]
-        command[command.index(built)] = f"{prefix}.gch"
-        result = run([*command, "-x", "c++-header", str(prefix)], self.folder)
-        if result.returncode != 0:
-            raise SystemExit(result.stdout)
-        return prefix
-
-    def _link_library(self, target_folder, replaced):
-        objects = [str(replaced.get(source, object_file)) for source, object_file in
-                   self.core.items()]
-        result = run(["g++", "-shared", f"-Wl,-soname,{LIBRARY}", "-o",
-                      str(target_folder / LIBRARY), *objects, "-pthread"], self.folder)
-        if result.returncode != 0:
-            raise DoesNotCompile(result.stdout)
-
-    def _link_program(self, program, target_folder, replaced):
-        objects = {self.commands[source][1]: str(path) for source, path in replaced.items()}
-        command = []
-        for part in self.links[program]:
-            if part == ARCHIVE:
-                part = str(target_folder / LIBRARY)
-            elif part == f"bin/{program}":
-                part = str(target_folder / program)
-            command.append(objects.get(part, part))
-        # What only other programs bring, the system's side, may be missing: it is never called.
-        result = run([*command, "-pthread", "-Wl,--allow-shlib-undefined,-z,lazy"], self.folder)
-        if result.returncode != 0:
-            raise DoesNotCompile(result.stdout)
+    def programs_of(self, path):
+        """The programs that have the library of a source file in them."""
+        return [program for program, link in self.links.items() if archive_of(path) in link]
 
     def _compile(self, source, text_file, extra, object_file):
         command, built = self.commands[source]
         command = [str(object_file) if part == built else part for part in command]
         command = [str(text_file) if part == str(source) else part for part in command]
         # Warnings about what an edit leaves unused must not keep it from being tried.
-        prefix = ["-include", str(self.prefix)] if source in self.core else []
-        result = run([command[0], *prefix, *extra, *command[1:], "-w"], self.folder)
+        result = run([command[0], *extra, "-iquote", str(source.parent), *command[1:], "-w"],
+                     self.folder)
         if result.returncode != 0:
             raise DoesNotCompile(result.stdout)
 
     def build(self, path, text, work):
-        """Builds the library with `text` for the source or header `path`, in the folder `work`.
+        """Compiles `text` for the source or header `path` in the folder `work`.
 
-        Returns which of the programs' sources are to be compiled anew, for program_of().
+        Returns the objects that take the place of others, {source: object}, for program_of().
         """
         shutil.rmtree(work, ignore_errors=True)
-        changed = work / "changed" / path.relative_to(ROOT / "src")
+        changed = work / "changed" / path.relative_to(ROOT)
         changed.parent.mkdir(parents=True)
         changed.write_text(text, "utf-8")
         replaced = {}
         if path in self.core:
             replaced[path] = work / "changed.o"
             self._compile(path, changed, [], replaced[path])
-        else:
-            for number, source in enumerate(sorted(self.users[path] & set(self.core))):
-                replaced[source] = work / f"core{number}.o"
-                self._compile(source, source, ["-I", str(work / "changed")], replaced[source])
-        self._link_library(work, replaced)
-        return set() if path in self.core else self.users[path] - set(self.core)
+            return replaced
+        folders = [f"-I{work / 'changed' / start}" for start in INCLUDE_ROOTS]
+        for number, source in enumerate(sorted(self.users[path])):
+            replaced[source] = work / f"changed{number}.o"
+            self._compile(source, source, folders, replaced[source])
+        return replaced
 
-    def program_of(self, program, work, users):
-        """The program to run in the folder `work`: one of its own if it has sources of `users`."""
-        mine = [source for source in users if self.commands[source][1] in self.links[program]]
-        if not mine:
-            return self.folder / "lib" / program
-        replaced = {}
-        for number, source in enumerate(sorted(mine)):
-            replaced[source] = work / f"{program}{number}.o"
-            self._compile(source, source, ["-I", str(work / "changed")], replaced[source])
-        self._link_program(program, work, replaced)
+    def program_of(self, program, work, replaced):
+        """The program in the folder `work`, linked with the objects that replace others."""
+        own = {self.commands[source][1]: str(made) for source, made in replaced.items()}
+        first = [str(made) for source, made in replaced.items() if source in self.core]
+        command = []
+        for part in self.links[program]:
+            if part == f"bin/{program}":
+                part = str(work / program)
+            if part in ARCHIVES.values() and first:
+                command += first
+                first = []
+            command.append(own.get(part, part))
+        result = run(command, self.folder)
+        if result.returncode != 0:
+            raise DoesNotCompile(result.stdout)
         return work / program
 
-    def run_program(self, executable, library_folder, work, limit, only=None):
-        """Runs a test program with the library of a folder. `limit`: processor and wall seconds."""
+    def run_program(self, executable, work, limit, only=None):
+        """Runs a test program. `limit`: processor and wall seconds."""
         temporary = work / "tmp"
         shutil.rmtree(temporary, ignore_errors=True)
         temporary.mkdir(parents=True)
         command = [str(executable), "--gtest_fail_fast", "--gtest_color=no"]
         if only:
             command.append(f"--gtest_filter={only}")
-        environment = {**os.environ, "TMPDIR": str(temporary),
-                       "LD_LIBRARY_PATH": str(library_folder)}
+        environment = {**os.environ, "TMPDIR": str(temporary), "BORVAN_SEQUENCES": "100",
+                       "ASAN_OPTIONS": f"hard_rss_limit_mb={LARGEST_MEMORY >> 20}"}
         started = time.monotonic()
         used = resource.getrusage(resource.RUSAGE_CHILDREN)
         try:
-            result = run(limited(command, limit[0]), work, env=environment, timeout=limit[1])
+            result = run(limited(command, limit[0], self.sanitized), work, env=environment,
+                         timeout=limit[1])
         except subprocess.TimeoutExpired as error:
             shown = error.stdout or b""
             text = shown if isinstance(shown, str) else shown.decode("utf-8", "replace")

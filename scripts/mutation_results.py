@@ -57,13 +57,13 @@ def report(edits, record, equivalents, windows_only):
         for room in (edit.room, "all"):
             table[room][state] += 1
             table[room]["time"] += "out of time" in (result["by"] or "")
-    print(f"{'room':<10}{'compile':>9}{'killed':>9}{'by time':>9}{'equivalent':>12}{'let pass':>10}"
+    print(f"{'room':<24}{'compile':>9}{'killed':>9}{'by time':>9}{'equivalent':>12}{'let pass':>10}"
           f"{'killed of all':>15}{'but equivalents':>17}{'(not compiling)':>17}")
     for room in [*sorted(set(table) - {"all"}), "all"]:
         row = table[room]
         total = row["killed"] + row["equivalent"] + row["survived"]
         if total:
-            print(f"{room:<10}{total:>9}{row['killed']:>9}{row['time']:>9}{row['equivalent']:>12}"
+            print(f"{room:<24}{total:>9}{row['killed']:>9}{row['time']:>9}{row['equivalent']:>12}"
                   f"{row['survived']:>10}{100 * row['killed'] / total:>14.1f}%"
                   f"{100 * row['killed'] / max(1, total - row['equivalent']):>16.1f}%"
                   f"{row['invalid']:>17}")
@@ -74,5 +74,5 @@ def report(edits, record, equivalents, windows_only):
     for complaint in equivalents.complaints():
         print(f"note: {LIST.name}: {complaint}")
     print("\nNot in a native build, so not tried (the tests under Wine run them): "
-          + ", ".join(str(path.relative_to(ROOT / "src")) for path in windows_only))
+          + ", ".join(str(path.relative_to(ROOT)) for path in windows_only))
     return len(let_pass)

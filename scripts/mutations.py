@@ -15,6 +15,7 @@ Token = namedtuple("Token", "kind start end text")
 TOKENS = re.compile(r"""
     (?P<skip>\s+|//[^\n]*|/\*.*?\*/)
   | (?P<directive>^[ \t]*\#(?:[^\n\\]|\\.)*)
+  | (?P<raw>(?:u8|[uUL])?R"(?P<mark>[^\s()\\]{0,16})\(.*?\)(?P=mark)")
   | (?P<literal>(?:u8|[uUL])?"(?:[^"\\\n]|\\.)*"|(?:u8|[uUL])?'(?:[^'\\\n]|\\.)+')
   | (?P<number>\d(?:[\w.]|'\d)*)
   | (?P<name>[A-Za-z_]\w*)
@@ -102,8 +103,8 @@ def number_edits(token):
     number = int(digits, 16 if hexadecimal else 10)
     for other in (number + 1, number - 1):
         if other >= 0:
-            shown = f"0x{other:0{len(digits) - 2}X}" if hexadecimal else str(other)
-            yield Mutant("constant", token.start, token.end, shown + suffix)
+            written = f"0x{other:0{len(digits) - 2}X}" if hexadecimal else str(other)
+            yield Mutant("constant", token.start, token.end, written + suffix)
 
 
 def is_declaration(tokens):

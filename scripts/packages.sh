@@ -6,7 +6,7 @@ set -euo pipefail
 # The one list of what a machine needs.
 packages=(
   # builds
-  cmake ninja-build
+  cmake ninja-build ccache
   g++ clang libclang-rt-14-dev
   g++-mingw-w64-x86-64-posix binutils-mingw-w64-x86-64 llvm lld
   # libraries: tests, benchmarks, tools
@@ -14,7 +14,7 @@ packages=(
   # running Windows programs
   wine wine64
   # checks
-  clang-format clang-tidy shellcheck python3
+  clang-format clang-tidy shellcheck pylint python3
   # demo: an image to flash, and looking at bytes and answers
   seabios xxd jq tmux python3-jsonschema
 )

@@ -31,5 +31,5 @@ def entries_of(path, keys, optional=()):
         missing = [key for key in keys if not fields.get(key)]
         if missing:
             sys.exit(f"{path.name}: {', '.join(missing)} missing beside {fields}")
-        entries.append({key: " ".join(fields[key].split()) for key in fields})
+        entries.append({name: " ".join(value.split()) for name, value in fields.items()})
     return entries

@@ -44,6 +44,6 @@ if [[ ${targets[*]} != all ]]; then
   selection=(--tests-regex "^($(
     IFS='|'
     echo "${targets[*]}"
-  ))\$")
+  ))(_[0-9]+)?\$")
 fi
 ctest --preset "$preset" "${selection[@]}"

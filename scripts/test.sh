@@ -1,12 +1,31 @@
 #!/usr/bin/env bash
 # Everything that must hold, on a machine that may have nothing yet: packages, the two builds, then
 # one CTest run over the tests of all of them (the Windows ones under Wine), format, lint and, last,
-# the demo. Prints what each stage took; fails with a list of what failed. Usage: test.sh
+# the demo. Prints what each stage took; fails with a list of what failed.
+#
+#   test.sh           all of it
+#   test.sh --quick   the native tests alone, in their short form, built with GCC and without
+#                     sanitizers: for every change. No Wine, no lint
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
+quick=
+case "${1:-}" in
+  "") ;;
+  --quick) quick=yes ;;
+  -h | --help)
+    sed -n '2,8s/^# \{0,1\}//p' "$0"
+    exit 0
+    ;;
+  *)
+    echo "test.sh: unknown argument \"$1\"; only --quick is one" >&2
+    exit 2
+    ;;
+esac
+
 # GCC builds the one, Clang with its sanitizers the other: both compilers have their say.
 presets=(windows native-sanitized)
+builds=(windows-tests native-sanitized)
 everything=build/everything
 logs=build/logs
 BORVAN_WINE_CPU=$(($(nproc) - 1)) # see run_with_wine.sh
@@ -15,11 +34,18 @@ export WINEDEBUG=${WINEDEBUG:--all}
 
 names=()
 seconds=()
+processor=()
 failed=()
+
+# The processor seconds, user's and system's, that this script's commands took so far.
+processor_seconds() {
+  awk -v second="$(getconf CLK_TCK)" '{ sub(/.*\) /, ""); printf "%d", ($14 + $15) / second }' "/proc/$$/stat"
+}
 
 # stage NAME COMMAND…: runs the command with its output in a log, shows the log if it fails.
 stage() {
-  local name=$1 started=$SECONDS outcome=ok
+  local name=$1 started=$SECONDS used outcome=ok
+  used=$(processor_seconds)
   shift
   if ! "$@" >"$logs/$name.log" 2>&1; then
     outcome=FAILED
@@ -28,7 +54,9 @@ stage() {
   fi
   names+=("$name ($outcome)")
   seconds+=($((SECONDS - started)))
-  printf '%-28s %-6s %4d s\n' "$name" "$outcome" $((SECONDS - started))
+  processor+=($(($(processor_seconds) - used)))
+  printf '%-28s %-6s %4d s, %4d s of a processor\n' "$name" "$outcome" "${seconds[-1]}" \
+    "${processor[-1]}"
 }
 
 # Wine's servers outlive the programs they served, and hold this script's output open. A prefix in
@@ -42,32 +70,67 @@ stop_wine() {
   done < <(find build -maxdepth 4 -name dosdevices -print0 2>/dev/null)
 }
 
-mkdir -p "$logs"
-trap stop_wine EXIT
+# The longest tests of the last CTest run in a build folder.
+longest_tests() {
+  echo
+  echo "Where the time of the tests went (seconds):"
+  sed '/^---/,$d' "$1/Testing/Temporary/CTestCostData.txt" | sort -k3,3nr | head -n 12 |
+    awk '{ printf "  %-52s %6.1f\n", $1, $3 }'
+}
 
-stage packages scripts/packages.sh
-if [ ${#failed[@]} -eq 0 ]; then
-  for preset in "${presets[@]}"; do
-    stage "build-$preset" scripts/build.sh "$preset"
+test_quickly() {
+  local preset=native-quick
+  stage packages scripts/packages.sh
+  # What changes the configuration starts it again by itself.
+  [ -f "build/$preset/build.ninja" ] || stage configure cmake --preset "$preset"
+  [ ${#failed[@]} -gt 0 ] || stage build cmake --build --preset "$preset" --parallel "$(nproc)"
+  if [ ${#failed[@]} -gt 0 ]; then
+    echo "Failed, so nothing was tested: ${failed[*]}"
+    return 1
+  fi
+  # Some tests wait, most of the time.
+  stage tests ctest --preset "$preset" --parallel "$(($(nproc) + 2))"
+  longest_tests "build/$preset"
+  grep -E 'tests passed|tests failed' "$logs/tests.log" || true
+  [ ${#failed[@]} -eq 0 ]
+}
+
+test_everything() {
+  local build index outcome=0
+  stage packages scripts/packages.sh
+  if [ ${#failed[@]} -eq 0 ]; then
+    for build in "${builds[@]}"; do
+      stage "build-$build" scripts/build.sh "$build"
+    done
+  fi
+  if [ ${#failed[@]} -gt 0 ]; then
+    # Old programs of a half-built tree would answer for the new sources.
+    echo "Failed, so nothing was tested: ${failed[*]}"
+    return 1
+  fi
+
+  if ! python3 -B scripts/collect_tests.py "$everything" "${presets[@]}"; then
+    echo "Failed, so nothing was tested: collecting the tests"
+    return 1
+  fi
+
+  echo
+  echo "Stages so far, the tests and checks follow:"
+  for index in "${!names[@]}"; do
+    printf '  %-28s %4d s\n' "${names[index]}" "${seconds[index]}"
   done
-fi
-if [ ${#failed[@]} -gt 0 ]; then
-  # Old programs of a half-built tree would answer for the new sources.
-  echo "Failed, so nothing was tested: ${failed[*]}"
-  exit 1
-fi
+  echo
+  # One more than there are cores: lint works in the background, and most Windows tests wait.
+  ctest --test-dir "$everything" --parallel "$(($(nproc) + 1))" --output-on-failure \
+    --no-label-summary || outcome=$?
+  longest_tests "$everything"
+  return "$outcome"
+}
 
-if ! python3 -B scripts/collect_tests.py "$everything" "${presets[@]}"; then
-  echo "Failed, so nothing was tested: collecting the tests"
-  exit 1
+mkdir -p "$logs"
+if [ -n "$quick" ]; then
+  test_quickly
+else
+  trap stop_wine EXIT
+  test_everything
 fi
-
-echo
-echo "Stages so far, the tests and checks follow:"
-for index in "${!names[@]}"; do
-  printf '  %-28s %4d s\n' "${names[index]}" "${seconds[index]}"
-done
-echo
-# Without the labels' times CTest's verdict is what the output ends with.
-# One more than there are cores: lint works in the background, and most Windows tests wait.
-ctest --test-dir "$everything" --parallel "$(($(nproc) + 1))" --output-on-failure --no-label-summary

@@ -8,7 +8,7 @@
 # registered before, runs COMMAND and exits with its code; 125 when the cameras can't be registered.
 #
 # A COMMAND whose name ends in .exe runs through Wine; without a folder in its name it is looked for
-# in the build's bin folder too. Other commands run as they are, and find WINEPREFIX and
+# among the build's products and examples too. Other commands run as they are, and find WINEPREFIX and
 # BORVAN_VIRTUAL_CAMERA set for the Windows programs that they start with run_with_wine.sh.
 #
 # A FILE of this source tree is copied to build/cameras/ first, so that the cameras' state, flash and
@@ -59,7 +59,12 @@ shift
 if [[ $command != *.exe ]]; then
   exec "$command" "$@"
 fi
-if [[ $command != */* && ! -f $command && -f $bin/$command ]]; then
-  command=$bin/$command
+if [[ $command != */* && ! -f $command ]]; then
+  for folder in "$bin" "$bin/../example-programs"; do
+    if [[ -f $folder/$command ]]; then
+      command=$folder/$command
+      break
+    fi
+  done
 fi
 exec "$root/scripts/run_with_wine.sh" "$command" "$@"

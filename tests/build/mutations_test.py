@@ -7,6 +7,7 @@ import unittest
 
 sys.path.insert(0, str(pathlib.Path(__file__).resolve().parents[2] / "scripts"))
 sys.dont_write_bytecode = True
+import equivalent_mutants  # pylint: disable=wrong-import-position
 import mutations  # pylint: disable=wrong-import-position
 import reasons  # pylint: disable=wrong-import-position
 
@@ -85,6 +86,7 @@ class ReasonsTest(unittest.TestCase):
     """Lists with reasons, and what is wrong with them."""
 
     def entries(self, text):
+        """The entries of a list with this text."""
         with tempfile.TemporaryDirectory() as folder:
             path = pathlib.Path(folder) / "list.txt"
             path.write_text(text, encoding="utf-8")
@@ -93,6 +95,12 @@ class ReasonsTest(unittest.TestCase):
     def test_value_goes_on_in_lines_that_begin_with_a_blank(self):
         self.assertEqual(self.entries("# remark\n\nfile: a: b\nwhy: c\n  d\n\nfile: e\nwhy: f\n"),
                          [{"file": "a: b", "why": "c d"}, {"file": "e", "why": "f"}])
+
+    def test_every_line_that_a_list_names_is_in_its_file(self):
+        self.assertEqual(list(equivalent_mutants.Equivalents().complaints()), [])
+        root = equivalent_mutants.ROOT
+        for entry in reasons.entries_of(root / "scripts" / "unreached_lines.txt", ("file", "line", "why")):
+            self.assertIn(entry["line"], equivalent_mutants.lines_of(entry["file"]), entry["file"])
 
     def test_entry_without_a_reason_or_with_an_unknown_key_is_refused(self):
         for text in ("file: a\n", "file: a\nwhy:\n", "file: a\nwhy: b\nline: c\n"):

@@ -161,7 +161,8 @@ KINDS = {"library": LibraryTest, "virtual_camera": VirtualCameraTest, "program":
 
 def main():
     """Runs the checks that belong to the kind of product."""
-    global PRODUCT, VERSION, SOURCE_FOLDER  # unittest builds its cases without arguments
+    # unittest builds its cases without arguments.
+    global PRODUCT, VERSION, SOURCE_FOLDER  # pylint: disable=global-statement
     if len(sys.argv) != 5 or sys.argv[2] not in KINDS:
         sys.exit(__doc__)
     PRODUCT, VERSION, SOURCE_FOLDER = pathlib.Path(sys.argv[1]), sys.argv[3], sys.argv[4]

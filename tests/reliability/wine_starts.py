@@ -15,7 +15,7 @@ Usage: wine_starts.py [--count N] [--jobs N] [--seconds N] [--how random|fixed] 
   --jobs N     how many at a time (2)
   --seconds N  longest time for each kind (1200)
   --how KIND   only this kind
-  PROGRAM CODE another program of build/windows/bin, its arguments, and the exit code it ends with
+  PROGRAM CODE another program of the Windows build, its arguments, and the exit code it ends with
 Prints the figures; exit code 1 when a start with fixed addresses failed.
 """
 import argparse
@@ -91,7 +91,11 @@ def main():
     parser.add_argument("program", nargs="*", default=["wine_start.exe", "42"])
     options = parser.parse_args()
     *program, code = options.program
-    program = [str(station.BIN / program[0]), *program[1:]]
+    folders = [folder for folder in (station.TEST_PROGRAMS, station.BIN)
+               if (folder / program[0]).is_file()]
+    if not folders:
+        sys.exit(f"wine_starts.py: {program[0]} is missing: run scripts/build.sh windows-tests")
+    program = [str(folders[0] / program[0]), *program[1:]]
     kinds = {"random": [station.WINE], "fixed": [*station.FIXED_ADDRESSES, station.WINE]}
     if options.how:
         kinds = {options.how: kinds[options.how]}

@@ -16,7 +16,7 @@ borvan_add_gtest(
   tool_flash_cut_test
   SOURCES flash_cut_test.cpp
   LIBRARIES borvanusb_flash_test_support
-  TIMEOUT 300)
+  TIMEOUT 300 SHARDS 2)
 borvan_add_gtest(
   tool_flash_journal_test
   SOURCES flash_journal_test.cpp flash_several_test.cpp
@@ -27,7 +27,7 @@ borvan_add_gtest(
   LIBRARIES borvanusb_flash_test_support)
 target_compile_definitions(tool_flash_commands_test
                            PRIVATE BORVAN_JSON_SCHEMAS="${PROJECT_SOURCE_DIR}/docs/json")
-# 100,000 sequences with BORVAN_LONG=1.
+# 100,000 sequences with BORVAN_LONG=1, N with BORVAN_SEQUENCES=N.
 borvan_add_gtest(
   tool_flash_sequences_test
   SOURCES flash_sequences_test.cpp

@@ -12,7 +12,8 @@ if(NOT WIN32)
             supervisor_test.cpp
             ../api/api_fixture.cpp
             ../support/scripted_platform.cpp
-    LIBRARIES borvanusb_core borvan_core)
+    LIBRARIES borvanusb_core borvan_core
+    SHARDS 3)
   target_include_directories(tool_library_test PRIVATE "${PROJECT_SOURCE_DIR}/tests")
 
   # Every command with one bad transfer in it, on the virtual camera's chip.
@@ -28,6 +29,6 @@ if(NOT WIN32)
             ../api/api_fixture.cpp
             ../support/scripted_platform.cpp
     LIBRARIES borvanusb_test_support borvan_core virtual_camera_core
-    TIMEOUT 400)
+    TIMEOUT 400 SHARDS 3)
   target_include_directories(tool_fault_sweep_test PRIVATE "${PROJECT_SOURCE_DIR}/tests")
 endif()

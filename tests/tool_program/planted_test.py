@@ -12,7 +12,7 @@ from station import camera
 sys.path.insert(0, str(station.ROOT / "tests" / "build"))
 import pe_file  # pylint: disable=wrong-import-position
 
-PLANTED = pathlib.Path(os.environ.get("BORVAN_PLANTED_LIBRARY", station.BIN / "planted_library.dll"))
+PLANTED = pathlib.Path(os.environ.get("BORVAN_PLANTED_LIBRARY", station.TEST_PROGRAMS / "planted_library.dll"))
 PRODUCTS = ("borvanusb.exe", "virtual-camera.exe", "BorvanUSB_x64.dll", "BorvanVirtualCamera.dll")
 
 
@@ -51,7 +51,7 @@ class PlantedTest(station.ToolTest):
     def test_a_program_that_asks_by_the_bare_name_would_load_one(self):
         # Without its library beside it; this shows that the planted ones can be loaded at all.
         program = self.folder / "host.exe"
-        shutil.copy(station.BIN / "windows_unload_host.exe", program)
+        shutil.copy(station.TEST_PROGRAMS / "windows_unload_host.exe", program)
         self.run_in_downloads(program, "none")
         self.assertTrue((self.folder / "loaded").exists())
 

@@ -15,6 +15,8 @@ import unittest
 
 ROOT = pathlib.Path(__file__).resolve().parent.parent.parent
 BIN = pathlib.Path(os.environ.get("BORVAN_BIN", ROOT / "build" / "windows" / "bin"))
+# Programs and DLLs that are only there for tests.
+TEST_PROGRAMS = pathlib.Path(os.environ.get("BORVAN_TEST_PROGRAMS", BIN.parent / "test-programs"))
 RUN = ROOT / "scripts" / "run_with_wine.sh"
 # As the script has it.
 os.environ.setdefault("WINEPREFIX", str(ROOT / "build" / "wine-prefix"))

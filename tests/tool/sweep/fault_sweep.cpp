@@ -10,7 +10,10 @@ namespace {
 
 constexpr std::array<std::uint32_t, 5> kShortAnswers = {0, 1, 8, 32, 63};
 // Faulty runs of a scenario in the short form.
-constexpr std::size_t kSelection = 60;
+std::size_t Selection() {
+  const char* const text = std::getenv("BORVAN_SWEEP_FAULTS");
+  return text != nullptr ? std::strtoul(text, nullptr, 10) : 60;
+}
 
 std::uint32_t LengthOf(const Transfer& transfer) {
   return transfer.length;
@@ -58,12 +61,13 @@ std::vector<FaultSweep::Strike> FaultSweep::StrikesOf(
       strikes.push_back({fault, transfers[at]});
     }
   }
-  if (IsLong() || strikes.size() <= kSelection) {
+  const std::size_t selection = Selection();
+  if (IsLong() || strikes.size() <= selection) {
     return strikes;
   }
   std::vector<Strike> selected;
-  for (std::size_t i = 0; i < kSelection; ++i) {
-    selected.push_back(strikes[i * strikes.size() / kSelection]);
+  for (std::size_t i = 0; i < selection; ++i) {
+    selected.push_back(strikes[i * strikes.size() / selection]);
   }
   return selected;
 }

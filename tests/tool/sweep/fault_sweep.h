@@ -24,7 +24,7 @@ struct Scenario {
 
 // Runs scenarios with every bad transfer there can be: each must end truly, and the same command
 // again, without the fault, must end well. BORVAN_LONG=1 takes every transfer and every fault;
-// otherwise a selection that is the same each time.
+// otherwise a selection that is the same each time, of BORVAN_SWEEP_FAULTS faults if that is set.
 class FaultSweep {
  public:
   explicit FaultSweep(SweepTest& rig) : rig_(rig) {}
