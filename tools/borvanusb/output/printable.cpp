@@ -60,7 +60,7 @@ bool IsObeyed(char32_t code) {
 }
 
 std::string Escape(char32_t code) {
-  std::array<char, 8> text{};
+  std::array<char, 16> text{};
   std::snprintf(text.data(), text.size(), "\\u%04x", static_cast<unsigned>(code));
   return text.data();
 }
