@@ -13,7 +13,9 @@ struct OwnFile {
 };
 
 std::string Quoted(const std::string& file) {
-  return "\"" + Printable(file) + "\"";
+  std::string quoted = "\"";
+  quoted += Printable(file);
+  return quoted += '"';
 }
 
 std::string KeyOf(std::size_t position, const char* key) {
