@@ -2,8 +2,8 @@
 """Writes one list for CTest with the tests of several builds, and the checks of the whole tree.
 
 Usage: collect_tests.py FOLDER PRESET…
-Test `name` of a preset becomes `preset/name`, with the preset as its label; format, lint and demo
-join them, the demo after all others. FOLDER then serves `ctest --test-dir FOLDER`.
+Test `name` of a preset becomes `preset/name`, with the preset as its label; format, lint, the short forms
+of the long tests and the demo join them, the demo after all others. FOLDER then serves `ctest --test-dir FOLDER`.
 """
 import json
 import pathlib
@@ -20,9 +20,18 @@ CHECKS = [
     # Two edits of each room, on the programs of the sanitized build.
     ("mutants", ["scripts/mutate.sh", "--brief", "--preset", "native-sanitized"], 1800),
 ]
+# The long tests, as short as they go: that they still run. They share a Wine prefix.
+PYTHON = "/usr/bin/python3"  # Debian's own, whatever other one a machine has
+BRIEF = [
+    ("endure", ["scripts/endure.sh", "5"], 600),
+    ("power_cuts", [PYTHON, "-B", "tests/reliability/power_cuts.py", "--count", "2"], 600),
+    ("wine_starts", [PYTHON, "-B", "tests/reliability/wine_starts.py", "--count", "4", "--how", "fixed"],
+     300),
+]
 DEMO = ("demo", ["scripts/demo.sh"], 600)
 # What looks at the tree and the scripts themselves: no suite does without.
-GUARDS = {"source_structure", "check_structure_test", "pe_file_test", "mutations_test", "jobs_tests"}
+GUARDS = {"source_structure", "check_structure_test", "pe_file_test", "mutations_test", "scripts_test",
+          "jobs_tests"}
 # Properties that name other tests or fixtures, which here carry the preset's name.
 NAMING = {"DEPENDS", "FIXTURES_SETUP", "FIXTURES_CLEANUP", "FIXTURES_REQUIRED"}
 
@@ -84,6 +93,10 @@ def main():
         # The cost makes them start first: the suite must not end with the longest.
         lines += entry(name, command, {"WORKING_DIRECTORY": str(ROOT), "TIMEOUT": str(limit),
                                        "LABELS": "checks", "COST": "1000"})
+    for name, command, limit in BRIEF if "windows" in sys.argv[2:] else []:
+        names.append(name)
+        lines += entry(name, command, {"WORKING_DIRECTORY": str(ROOT), "TIMEOUT": str(limit),
+                                       "LABELS": "checks", "RESOURCE_LOCK": "wine"})
     for preset in sys.argv[2:]:
         for name, command, properties in tests_of(preset):
             names.append(name)
