@@ -1,8 +1,7 @@
 #include "flash/report.h"
 
-#include <array>
-#include <cstdio>
 #include <nlohmann/json.hpp>
+#include "base/format.h"
 #include "camera/camera_json.h"
 
 namespace borvanusb {
@@ -56,13 +55,9 @@ std::string TimeText(std::chrono::system_clock::time_point time) {
   const auto day = std::chrono::floor<std::chrono::days>(seconds);
   const std::chrono::year_month_day date(day);
   const std::chrono::hh_mm_ss clock(seconds - day);
-  std::array<char, 64> text{};
-  const int length = std::snprintf(
-      text.data(), text.size(), "%04d-%02u-%02uT%02d:%02d:%02dZ", static_cast<int>(date.year()),
-      static_cast<unsigned>(date.month()), static_cast<unsigned>(date.day()),
-      static_cast<int>(clock.hours().count()), static_cast<int>(clock.minutes().count()),
-      static_cast<int>(clock.seconds().count()));
-  return {text.data(), static_cast<std::size_t>(length)};
+  return Format("{:04}-{:02}-{:02}T{:02}:{:02}:{:02}Z", static_cast<int>(date.year()),
+                static_cast<unsigned>(date.month()), static_cast<unsigned>(date.day()),
+                clock.hours().count(), clock.minutes().count(), clock.seconds().count());
 }
 
 std::string TimeInFileName(std::chrono::system_clock::time_point time) {
@@ -72,10 +67,7 @@ std::string TimeInFileName(std::chrono::system_clock::time_point time) {
 }
 
 std::string SecondsText(double seconds) {
-  std::array<char, 32> text{};
-  const int length =
-      std::snprintf(text.data(), text.size(), seconds < 10 ? "%.2f s" : "%.1f s", seconds);
-  return {text.data(), static_cast<std::size_t>(length)};
+  return Format("{:.{}f} s", seconds, seconds < 10 ? 2 : 1);
 }
 
 }  // namespace borvanusb
