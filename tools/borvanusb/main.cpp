@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "base/failure.h"
+#include "base/format.h"
 #include "command/tool.h"
 #include "dll/supervisor.h"
 #include "windows/console.h"
@@ -50,13 +51,14 @@ class Process {
  private:
   void LookAfterWorker() {
     if (const auto doing = supervisor_.Overdue()) {
-      EndWith(Failure(ExitCode::kTimeout, *doing + ": the camera does not answer",
+      EndWith(Failure(ExitCode::kTimeout, Format("{}: the camera does not answer", *doing),
                       "Plug the camera in again and repeat the command; --timeout sets how long to "
                       "wait."));
     }
     if (supervisor_.StopRequested() && supervisor_.Overdue(kStopLimit)) {
-      EndWith(Failure(ExitCode::kStopped, "stopped by the user while " +
-                                              supervisor_.Overdue(kStopLimit).value_or("waiting")));
+      EndWith(
+          Failure(ExitCode::kStopped, Format("stopped by the user while {}",
+                                             supervisor_.Overdue(kStopLimit).value_or("waiting"))));
     }
   }
 

@@ -9,6 +9,7 @@
 #include <utility>
 
 #include "com/identifiers.h"
+#include "core/format.h"
 #include "core/wide_text.h"
 
 namespace virtual_camera {
@@ -48,8 +49,8 @@ std::wstring EntryKeyName(std::size_t position) {
 
 void Check(LSTATUS status, const std::string& action) {
   if (status != ERROR_SUCCESS) {
-    throw RegistrationError("can't " + action + ": error " + std::to_string(status) +
-                                (status == ERROR_ACCESS_DENIED ? " (administrator rights?)" : ""),
+    throw RegistrationError(Format("can't {}: error {}{}", action, status,
+                                   status == ERROR_ACCESS_DENIED ? " (administrator rights?)" : ""),
                             HRESULT_FROM_WIN32(static_cast<DWORD>(status)));
   }
 }
@@ -58,7 +59,7 @@ Key CreateKey(HKEY parent, const std::wstring& name) {
   HKEY key = nullptr;
   Check(RegCreateKeyExW(parent, name.c_str(), 0, nullptr, 0, KEY_READ | KEY_WRITE, nullptr, &key,
                         nullptr),
-        "create the registry key HKCR\\" + Utf8Of(name));
+        Format("create the registry key HKCR\\{}", Utf8Of(name)));
   return Key(key);
 }
 
@@ -116,7 +117,7 @@ std::vector<std::wstring> EntryKeyNames(const Key& category) {
 void RemoveTree(HKEY parent, const std::wstring& name) {
   const LSTATUS status = RegDeleteTreeW(parent, name.c_str());
   if (status != ERROR_FILE_NOT_FOUND && status != ERROR_PATH_NOT_FOUND) {
-    Check(status, "remove the registry key " + Utf8Of(name));
+    Check(status, Format("remove the registry key {}", Utf8Of(name)));
   }
 }
 

@@ -9,6 +9,7 @@
 #include "com/plugging.h"
 #include "com/registration.h"
 #include "core/camera.h"
+#include "core/format.h"
 #include "core/printable.h"
 #include "core/trace.h"
 #include "core/wide_text.h"
@@ -28,8 +29,7 @@ std::vector<std::size_t> Chosen(const Configuration& configuration, const std::s
 }
 
 std::string Title(const Configuration& configuration, std::size_t position) {
-  return "camera " + std::to_string(position) + " \"" +
-         Printable(configuration.cameras[position].name) + "\"";
+  return Format("camera {} \"{}\"", position, Printable(configuration.cameras[position].name));
 }
 
 // Which cameras hosts see: these, none, or others.
@@ -41,8 +41,8 @@ std::string RegistrationText(const Configuration& configuration) {
     return "the cameras are not registered";
   }
   const std::string file = Utf8Of(RegisteredConfiguration(HKEY_CLASSES_ROOT));
-  return "these cameras are not registered; those of " +
-         (file.empty() ? "another file" : Printable(file)) + " are";
+  return Format("these cameras are not registered; those of {} are",
+                file.empty() ? "another file" : Printable(file));
 }
 
 // Said when a command changed the device but no host can see it yet.
@@ -61,8 +61,8 @@ std::string ListText(const Configuration& configuration, std::size_t position) {
     return {};
   }
   const std::string number = std::to_string(position);
-  return plugged ? "  hosts don't list it yet: \"plug " + number + "\" puts it on their list\n"
-                 : "  hosts still list it: \"unplug " + number + "\" takes it off their list\n";
+  return plugged ? Format("  hosts don't list it yet: \"plug {}\" puts it on their list\n", number)
+                 : Format("  hosts still list it: \"unplug {}\" takes it off their list\n", number);
 }
 
 }  // namespace
@@ -82,15 +82,15 @@ std::size_t FindCamera(const Configuration& configuration, const std::string& te
       continue;
     }
     if (found != count) {
-      throw CommandError("CAMERA \"" + text + "\": cameras " + std::to_string(found) + " and " +
-                         std::to_string(i) + " have this name: give the number or the path");
+      throw CommandError(
+          Format("CAMERA \"{}\": cameras {} and {} have this name: give the number or the path",
+                 text, found, i));
     }
     found = i;
   }
   if (found == count) {
-    throw CommandError("CAMERA \"" + text + "\": no such camera: give " +
-                       (count == 1 ? std::string("0") : "0 to " + std::to_string(count - 1)) +
-                       ", a name or a device path");
+    throw CommandError(Format("CAMERA \"{}\": no such camera: give {}, a name or a device path",
+                              text, count == 1 ? std::string("0") : Format("0 to {}", count - 1)));
   }
   return found;
 }
@@ -98,7 +98,7 @@ std::size_t FindCamera(const Configuration& configuration, const std::string& te
 void RegisterCommand(const Configuration& configuration, const std::wstring& dll,
                      std::ostream& out) {
   if (!std::filesystem::exists(dll)) {
-    throw CommandError(Utf8Of(dll) + ": not found: it must lie beside virtual-camera.exe");
+    throw CommandError(Format("{}: not found: it must lie beside virtual-camera.exe", Utf8Of(dll)));
   }
   const std::vector<CategoryEntry> entries = Register(configuration, dll);
   out << "registered " << entries.size() << " of " << configuration.cameras.size() << " cameras\n";
@@ -160,11 +160,11 @@ void StateCommand(const Configuration& configuration, const std::string& camera,
 void TraceCommand(const std::string& file, std::ostream& out) {
   std::ifstream trace(std::filesystem::path(WideOf(file)), std::ios::binary);
   if (!trace) {
-    throw CommandError("FILE \"" + file + "\": can't be read");
+    throw CommandError(Format("FILE \"{}\": can't be read", file));
   }
   PrintTrace(trace, out);
   if (!trace.eof()) {
-    throw CommandError("FILE \"" + file + "\": can't be read to its end");
+    throw CommandError(Format("FILE \"{}\": can't be read to its end", file));
   }
 }
 

@@ -6,6 +6,7 @@
 
 #include "core/configuration_faults.h"
 #include "core/configuration_files.h"
+#include "core/format.h"
 #include "core/json_reader.h"
 #include "core/names.h"
 #include "core/utf8_path.h"
@@ -113,7 +114,7 @@ std::vector<NodeType> ReadNodes(const JsonReader& reader) {
                                               {"vendor", NodeType::kVendor}}));
   }
   if (nodes.size() > kMaxNodes) {
-    reader.Fail("must hold at most " + std::to_string(kMaxNodes) + " nodes");
+    reader.Fail(Format("must hold at most {} nodes", kMaxNodes));
   }
   return nodes;
 }
@@ -166,8 +167,7 @@ void CheckPath(const JsonReader& path, const std::string& text,
   }
   for (std::size_t i = 0; i < others.size(); ++i) {
     if (SameDevicePath(text, others[i].path)) {
-      path.Fail("must differ from cameras[" + std::to_string(i) +
-                "].path in more than upper and lower case");
+      path.Fail(Format("must differ from cameras[{}].path in more than upper and lower case", i));
     }
   }
 }
@@ -187,8 +187,8 @@ CameraConfiguration ReadCamera(const JsonReader& reader, const Place& place,
   if (const auto nodes = reader.Find("nodes"); nodes) {
     camera.nodes = ReadNodes(*nodes);
   }
-  const std::string base = place.stem + ".camera" + std::to_string(others.size());
-  camera.flash.file = place.Resolve(base + ".flash");
+  const std::string base = Format("{}.camera{}", place.stem, others.size());
+  camera.flash.file = place.Resolve(Format("{}.flash", base));
   if (const auto flash = reader.Find("flash"); flash) {
     const std::string default_file = camera.flash.file;
     camera.flash = ReadFlash(*flash, place);
@@ -200,7 +200,7 @@ CameraConfiguration ReadCamera(const JsonReader& reader, const Place& place,
   if (const auto trace = reader.Find("trace"); trace) {
     camera.trace_file = ReadFileName(*trace, place);
   }
-  camera.state_file = place.Resolve(base + ".state");
+  camera.state_file = place.Resolve(Format("{}.state", base));
   if (const auto state = reader.Find("state"); state) {
     camera.state_file = ReadFileName(*state, place);
   }
@@ -219,7 +219,8 @@ std::string ReadFile(const std::string& file_utf8) {
     text.append(piece.data(), static_cast<std::size_t>(stream.gcount()));
   } while (stream);
   if (!stream.eof()) {
-    throw ConfigurationError(file_utf8 + ": can't be read; must be the name of a JSON file");
+    throw ConfigurationError(
+        Format("{}: can't be read; must be the name of a JSON file", file_utf8));
   }
   return text;
 }
@@ -234,13 +235,12 @@ nlohmann::json ParseFile(const std::string& file_utf8) {
     const std::size_t last_break = before.rfind('\n');
     const std::size_t column =
         last_break == std::string_view::npos ? position + 1 : position - last_break;
-    throw ConfigurationError(file_utf8 + ": line " +
-                             std::to_string(std::count(before.begin(), before.end(), '\n') + 1) +
-                             ", column " + std::to_string(column) + ": must be JSON in UTF-8");
+    throw ConfigurationError(Format("{}: line {}, column {}: must be JSON in UTF-8", file_utf8,
+                                    std::count(before.begin(), before.end(), '\n') + 1, column));
   } catch (const nlohmann::json::out_of_range&) {
     // The parser's answer to a number like 1e999; it does not say where.
-    throw ConfigurationError(file_utf8 +
-                             ": holds a number that is too large; numbers must lie below 1e308");
+    throw ConfigurationError(
+        Format("{}: holds a number that is too large; numbers must lie below 1e308", file_utf8));
   }
 }
 

@@ -1,5 +1,7 @@
 #include "core/configuration_faults.h"
 
+#include "core/format.h"
+
 namespace virtual_camera {
 namespace {
 
@@ -52,7 +54,7 @@ void ReadWhen(const JsonReader& reader, FaultConfiguration& fault) {
 void Bind(const JsonReader& reader, FaultConfiguration& fault, Direction direction,
           const std::string& key, const std::string& name) {
   if (fault.direction && *fault.direction != direction) {
-    reader.Fail("with " + key + " the direction must be \"" + name + "\"");
+    reader.Fail(Format("with {} the direction must be \"{}\"", key, name));
   }
   fault.direction = direction;
 }
@@ -97,7 +99,7 @@ void ReadWhat(const JsonReader& reader, FaultConfiguration& fault) {
 std::vector<FaultConfiguration> ReadFaults(const JsonReader& faults) {
   const std::vector<JsonReader> elements = faults.Elements("a list of faults");
   if (elements.size() > kMaxFaults) {
-    faults.Fail("must hold at most " + std::to_string(kMaxFaults) + " faults");
+    faults.Fail(Format("must hold at most {} faults", kMaxFaults));
   }
   std::vector<FaultConfiguration> result;
   for (const JsonReader& element : elements) {

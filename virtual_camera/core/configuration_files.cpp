@@ -1,5 +1,6 @@
 #include "core/configuration_files.h"
 
+#include "core/format.h"
 #include "core/names.h"
 #include "core/printable.h"
 
@@ -13,13 +14,11 @@ struct OwnFile {
 };
 
 std::string Quoted(const std::string& file) {
-  std::string quoted = "\"";
-  quoted += Printable(file);
-  return quoted += '"';
+  return Format("\"{}\"", Printable(file));
 }
 
 std::string KeyOf(std::size_t position, const char* key) {
-  return "cameras[" + std::to_string(position) + "]." + key;
+  return Format("cameras[{}].{}", position, key);
 }
 
 // `key` names `file`, which must be none of `others`.
@@ -27,8 +26,8 @@ void CheckDiffers(const std::string& key, const std::string& file, const FileIde
                   const std::vector<OwnFile>& others) {
   for (const OwnFile& other : others) {
     if (identity == other.identity) {
-      throw ConfigurationError(key + ": " + Quoted(file) + " is " + other.title +
-                               "; must be a file of its own");
+      throw ConfigurationError(
+          Format("{}: {} is {}; must be a file of its own", key, Quoted(file), other.title));
     }
   }
 }
@@ -40,8 +39,8 @@ std::vector<OwnFile> OwnFiles(const Configuration& configuration) {
   };
   const auto add = [&](const std::string& key, const std::string& file) {
     const FileIdentity identity = IdentifyFile(file);
-    CheckDiffers(configuration.file + ": " + key, file, identity, files);
-    files.push_back({identity, "the same file as " + key});
+    CheckDiffers(Format("{}: {}", configuration.file, key), file, identity, files);
+    files.push_back({identity, Format("the same file as {}", key)});
   };
   for (std::size_t i = 0; i < configuration.cameras.size(); ++i) {
     add(KeyOf(i, "flash.file"), configuration.cameras[i].flash.file);
@@ -57,8 +56,8 @@ void CheckFiles(const Configuration& configuration) {
   for (std::size_t i = 0; i < configuration.cameras.size(); ++i) {
     const std::string& trace = configuration.cameras[i].trace_file;
     if (!trace.empty()) {
-      CheckDiffers(configuration.file + ": " + KeyOf(i, "trace"), trace, IdentifyFile(trace),
-                   files);
+      CheckDiffers(Format("{}: {}", configuration.file, KeyOf(i, "trace")), trace,
+                   IdentifyFile(trace), files);
     }
   }
 }
@@ -69,7 +68,7 @@ void CheckProcessTrace(const Configuration& configuration, const std::string& tr
   }
   std::vector<OwnFile> files = OwnFiles(configuration);
   for (OwnFile& file : files) {
-    file.title += &file == &files.front() ? "" : " of " + Quoted(configuration.file);
+    file.title += &file == &files.front() ? "" : Format(" of {}", Quoted(configuration.file));
   }
   CheckDiffers(kTraceVariable, trace_file_utf8, IdentifyFile(trace_file_utf8), files);
 }

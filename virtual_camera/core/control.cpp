@@ -1,13 +1,12 @@
 // What the control program does with a camera's state, beside any running camera.
 #include <algorithm>
-#include <array>
-#include <cstdio>
 #include <map>
 #include <vector>
 
 #include "core/blocks.h"
 #include "core/camera.h"
 #include "core/faults.h"
+#include "core/format.h"
 #include "core/plug.h"
 #include "core/printable.h"
 #include "core/state_file.h"
@@ -34,13 +33,6 @@ DeviceState Look(const CameraConfiguration& configuration) {
   return state;
 }
 
-template <typename... Values>
-std::string Format(const char* format, Values... values) {
-  std::array<char, 160> text{};
-  std::snprintf(text.data(), text.size(), format, values...);
-  return text.data();
-}
-
 std::string PlugText(const DeviceFields& fields) {
   if (fields.plugged) {
     return "plugged in";
@@ -50,7 +42,7 @@ std::string PlugText(const DeviceFields& fields) {
   }
   const std::uint64_t now = WallClockUs();
   const std::uint64_t left_ms = fields.back_at_us > now ? (fields.back_at_us - now) / 1000 : 0;
-  return "unplugged, back in " + std::to_string(left_ms) + " ms";
+  return Format("unplugged, back in {} ms", left_ms);
 }
 
 std::string RegistersText(const RegisterStore& registers, RegisterSpace space) {
@@ -62,7 +54,7 @@ std::string RegistersText(const RegisterStore& registers, RegisterSpace space) {
   }
   std::string text;
   for (const auto& [address, value] : sorted) {
-    text += Format("    0x%04x = 0x%02x\n", address, value);
+    text += Format("    0x{:04x} = 0x{:02x}\n", address, value);
   }
   return text.empty() ? "    none\n" : text;
 }
@@ -71,16 +63,16 @@ std::string RegistersText(const RegisterStore& registers, RegisterSpace space) {
 std::string TraceText(const CameraConfiguration& configuration, const DeviceFields& fields) {
   const auto last = [](std::uint64_t count) {
     return count == 1 ? std::string("last transfer is missing: ")
-                      : "last " + std::to_string(count) + " transfers are missing: ";
+                      : Format("last {} transfers are missing: ", count);
   };
   std::string text;
   if (!configuration.trace_file.empty() && fields.untraced != 0) {
-    text += "  trace: the " + last(fields.untraced) + Printable(configuration.trace_file) +
-            " could not be written\n";
+    text += Format("  trace: the {}{} could not be written\n", last(fields.untraced),
+                   Printable(configuration.trace_file));
   }
   if (fields.process_untraced != 0) {
-    text += "  trace of a process: its " + last(fields.process_untraced) +
-            "its file could not be written\n";
+    text += Format("  trace of a process: its {}its file could not be written\n",
+                   last(fields.process_untraced));
   }
   return text;
 }
@@ -112,21 +104,25 @@ void ResetFaultCounters(const CameraConfiguration& configuration) {
 
 std::string DescribeState(const CameraConfiguration& configuration) {
   const DeviceState state = Look(configuration);
-  std::string text = Printable(configuration.name) + "\n";
-  text += "  path: " + Printable(configuration.path) + "\n";
-  text += "  state: " + PlugText(state.fields) + "\n";
-  text += Format("  flash: %u KiB in ", configuration.flash.size / 1024) +
-          Printable(configuration.flash.file) + "\n";
-  text += "  chip registers written since power-on:\n" +
-          RegistersText(state.registers, RegisterSpace::Chip());
+  std::string text = Format(
+      "{}\n"
+      "  path: {}\n"
+      "  state: {}\n"
+      "  flash: {} KiB in {}\n"
+      "  chip registers written since power-on:\n"
+      "{}",
+      Printable(configuration.name), Printable(configuration.path), PlugText(state.fields),
+      configuration.flash.size / 1024, Printable(configuration.flash.file),
+      RegistersText(state.registers, RegisterSpace::Chip()));
   for (const SensorConfiguration& sensor : configuration.sensors) {
-    text += Format("  sensor 0x%02x (width mode %u), registers written since power-on:\n",
-                   static_cast<unsigned>(sensor.slave), static_cast<unsigned>(sensor.mode)) +
-            RegistersText(state.registers, RegisterSpace::Slave(sensor.slave));
+    text += Format(
+        "  sensor 0x{:02x} (width mode {}), registers written since power-on:\n"
+        "{}",
+        sensor.slave, sensor.mode,
+        RegistersText(state.registers, RegisterSpace::Slave(sensor.slave)));
   }
   for (std::size_t i = 0; i < configuration.faults.size() && i < kMaxFaults; ++i) {
-    text += Format("  fault %u: %llu matching transfers so far\n", static_cast<unsigned>(i),
-                   static_cast<unsigned long long>(state.fields.fault_counters[i]));
+    text += Format("  fault {}: {} matching transfers so far\n", i, state.fields.fault_counters[i]);
   }
   return text + TraceText(configuration, state.fields);
 }

@@ -4,20 +4,19 @@
 #include <charconv>
 
 #include "core/configuration.h"
+#include "core/format.h"
 #include "core/printable.h"
 
 namespace virtual_camera {
 namespace {
 
 std::string Hexadecimal(std::uint64_t value) {
-  std::array<char, 16> digits{};
-  const auto end = std::to_chars(digits.data(), digits.data() + digits.size(), value, 16).ptr;
-  return "0x" + std::string(digits.data(), end);
+  return Format("{:#x}", value);
 }
 
 std::string Range(std::uint64_t minimum, std::uint64_t maximum) {
   const std::string upper = maximum > 0xFFFF ? Hexadecimal(maximum) : std::to_string(maximum);
-  return "must be a number or a text \"0x…\", " + std::to_string(minimum) + " to " + upper;
+  return Format("must be a number or a text \"0x…\", {} to {}", minimum, upper);
 }
 
 std::optional<std::uint64_t> ParseDigits(std::string_view text, int base) {
@@ -49,26 +48,28 @@ std::optional<std::uint64_t> ToNumber(const nlohmann::json& value) {
 
 // A key may hold anything; the error that names it stays one line.
 std::string PlaceOf(const std::string& parent, std::string_view key) {
-  return parent.empty() ? Printable(key) : parent + "." + Printable(key);
+  return parent.empty() ? Printable(key) : Format("{}.{}", parent, Printable(key));
 }
 
 }  // namespace
 
 void JsonReader::Fail(const std::string& allowed) const {
-  throw ConfigurationError(*file_ + ": " + (place_.empty() ? "" : place_ + ": ") + allowed);
+  throw ConfigurationError(
+      Format("{}: {}{}", *file_, place_.empty() ? "" : Format("{}: ", place_), allowed));
 }
 
 void JsonReader::CheckKeys(std::initializer_list<std::string_view> keys) const {
   std::string known;
   for (const std::string_view key : keys) {
-    known += (known.empty() ? "" : ", ") + std::string(key);
+    known += Format("{}{}", known.empty() ? "" : ", ", key);
   }
   if (!value_->is_object()) {
-    Fail("must be an object with the keys " + known);
+    Fail(Format("must be an object with the keys {}", known));
   }
   for (const auto& [key, value] : value_->items()) {
     if (std::find(keys.begin(), keys.end(), key) == keys.end()) {
-      JsonReader(*file_, PlaceOf(place_, key), value).Fail("unknown key; allowed are " + known);
+      JsonReader(*file_, PlaceOf(place_, key), value)
+          .Fail(Format("unknown key; allowed are {}", known));
     }
   }
 }
@@ -84,19 +85,19 @@ std::optional<JsonReader> JsonReader::Find(std::string_view key) const {
 JsonReader JsonReader::Require(std::string_view key, const std::string& meaning) const {
   const std::optional<JsonReader> found = Find(key);
   if (!found) {
-    throw ConfigurationError(*file_ + ": " + PlaceOf(place_, key) + ": missing; must be " +
-                             meaning);
+    throw ConfigurationError(
+        Format("{}: {}: missing; must be {}", *file_, PlaceOf(place_, key), meaning));
   }
   return *found;
 }
 
 std::vector<JsonReader> JsonReader::Elements(const std::string& meaning) const {
   if (!value_->is_array()) {
-    Fail("must be " + meaning);
+    Fail(Format("must be {}", meaning));
   }
   std::vector<JsonReader> elements;
   for (const nlohmann::json& element : *value_) {
-    elements.emplace_back(*file_, place_ + "[" + std::to_string(elements.size()) + "]", element);
+    elements.emplace_back(*file_, Format("{}[{}]", place_, elements.size()), element);
   }
   return elements;
 }
@@ -104,7 +105,7 @@ std::vector<JsonReader> JsonReader::Elements(const std::string& meaning) const {
 std::vector<std::pair<std::string, JsonReader>> JsonReader::Members(
     const std::string& meaning) const {
   if (!value_->is_object()) {
-    Fail("must be " + meaning);
+    Fail(Format("must be {}", meaning));
   }
   std::vector<std::pair<std::string, JsonReader>> members;
   for (const auto& [key, value] : value_->items()) {
@@ -115,7 +116,7 @@ std::vector<std::pair<std::string, JsonReader>> JsonReader::Members(
 
 std::string JsonReader::Text(const std::string& meaning) const {
   if (!value_->is_string()) {
-    Fail("must be " + meaning);
+    Fail(Format("must be {}", meaning));
   }
   return value_->get<std::string>();
 }
@@ -167,8 +168,8 @@ std::uint64_t JsonReader::Size(std::uint64_t minimum, std::uint64_t maximum) con
     }
   }
   if (!value || *value < minimum || *value > maximum || *value % 4096 != 0) {
-    Fail("must be bytes like 1048576, \"256K\" or \"4M\", " + std::to_string(minimum / kKibi) +
-         "K to " + std::to_string(maximum / (kKibi * kKibi)) + "M, a multiple of 4096");
+    Fail(Format("must be bytes like 1048576, \"256K\" or \"4M\", {}K to {}M, a multiple of 4096",
+                minimum / kKibi, maximum / (kKibi * kKibi)));
   }
   return *value;
 }
@@ -197,7 +198,7 @@ std::uint32_t JsonReader::KeyNumber(const std::string& key, std::uint32_t maximu
     value = ParseDigits(key, 10);
   }
   if (!value || *value > maximum) {
-    Fail("the key must be a decimal number or \"0x…\", 0 to " + Hexadecimal(maximum));
+    Fail(Format("the key must be a decimal number or \"0x…\", 0 to {}", Hexadecimal(maximum)));
   }
   return static_cast<std::uint32_t>(*value);
 }

@@ -4,6 +4,7 @@
 #include <filesystem>
 #include <system_error>
 
+#include "core/format.h"
 #include "core/names.h"
 #include "core/utf8_path.h"
 
@@ -57,7 +58,7 @@ FileIdentity IdentifyFile(const std::string& name_utf8) {
   }
   path = WithoutDots(EndOfLinks(path));
   while (!Identify(path, identity) && path.has_relative_path()) {
-    identity.rest = "/" + Utf8FromPath(path.filename()) + identity.rest;
+    identity.rest = Format("/{}{}", Utf8FromPath(path.filename()), identity.rest);
     path = path.parent_path();
   }
   return identity;

@@ -4,6 +4,8 @@
 #include <system_error>
 #include <vector>
 
+#include "core/format.h"
+
 namespace virtual_camera {
 namespace {
 
@@ -21,9 +23,9 @@ NorFlash::NorFlash(const FlashConfiguration& configuration) try
     : configuration_(configuration), file_(configuration.file) {
   std::uint64_t size = file_.Size();
   if (size > configuration_.size) {
-    throw ConfigurationError("flash: the file \"" + configuration_.file + "\" has " +
-                             std::to_string(size) + " bytes; flash.size, here " +
-                             std::to_string(configuration_.size) + ", must be at least that");
+    throw ConfigurationError(
+        Format("flash: the file \"{}\" has {} bytes; flash.size, here {}, must be at least that",
+               configuration_.file, size, configuration_.size));
   }
   const std::vector<std::uint8_t> erased(kFillChunk, kErased);
   while (size < configuration_.size) {
@@ -33,8 +35,9 @@ NorFlash::NorFlash(const FlashConfiguration& configuration) try
     size += count;
   }
 } catch (const std::system_error& error) {
-  throw ConfigurationError("flash: can't use the file \"" + configuration.file + "\" (" +
-                           error.what() + "); it must be a file that can be read and written");
+  throw ConfigurationError(Format(
+      "flash: can't use the file \"{}\" ({}); it must be a file that can be read and written",
+      configuration.file, error.what()));
 }
 
 std::optional<std::uint64_t> NorFlash::PositionOf(std::uint64_t address) const {

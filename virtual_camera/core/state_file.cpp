@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "core/configuration.h"
+#include "core/format.h"
 
 namespace virtual_camera {
 namespace {
@@ -95,9 +96,10 @@ NewestHead FindNewestHead(const SharedFile& file, const std::string& path) {
     }
   }
   if (newest == nullptr) {
-    throw ConfigurationError("state: the file \"" + path +
-                             "\" is not a state file of a virtual camera; name another one or "
-                             "remove it");
+    throw ConfigurationError(
+        Format("state: the file \"{}\" is not a state file of a virtual camera; name another one "
+               "or remove it",
+               path));
   }
   const auto fields = std::span(*newest).subspan(kFieldsPosition, kDeviceFieldsSize);
   return {.head = {.sequence = GetNumber(*newest, kSequencePosition),
@@ -127,8 +129,9 @@ bool IsUnmade(const SharedFile& file) {
 }
 
 ConfigurationError Unusable(const std::string& path, const std::system_error& error) {
-  return ConfigurationError("state: can't use the file \"" + path + "\" (" + error.what() +
-                            "); it must be a file that can be read and written");
+  return ConfigurationError(Format(
+      "state: can't use the file \"{}\" ({}); it must be a file that can be read and written", path,
+      error.what()));
 }
 
 DeviceState NewDevice(bool starts_plugged) {

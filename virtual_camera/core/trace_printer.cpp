@@ -1,5 +1,3 @@
-#include <array>
-#include <cstdio>
 #include <istream>
 #include <map>
 #include <nlohmann/json.hpp>
@@ -9,6 +7,7 @@
 #include <utility>
 #include <vector>
 
+#include "core/format.h"
 #include "core/printable.h"
 #include "core/result_codes.h"
 #include "core/trace.h"
@@ -102,13 +101,6 @@ const char* Name(Direction direction) {
   return "";
 }
 
-template <typename... Values>
-std::string Format(const char* format, Values... values) {
-  std::array<char, 512> text{};
-  std::snprintf(text.data(), text.size(), format, values...);
-  return text.data();
-}
-
 // Counts by selector and purpose.
 class Summary {
  public:
@@ -121,20 +113,19 @@ class Summary {
   void AddMissing(std::uint64_t transfers) { missing_ += transfers; }
 
   void Print(std::ostream& output) const {
-    constexpr const char* kRow = "%8s  %-24s  %9s  %6s  %10s\n";
-    const std::string rule = std::string(65, '-') + "\n";
-    output << Format(kRow, "selector", "purpose", "transfers", "failed", "bytes") << rule;
+    const std::string rule = Format("{:->65}\n", "");
+    output << "selector  purpose                   transfers  failed       bytes\n" << rule;
     Count total;
     for (const auto& [key, count] : counts_) {
-      PrintRow(output, kRow, std::to_string(key.first), key.second, count);
+      output << CountRow(key.first, key.second, count);
       total.transfers += count.transfers;
       total.failed += count.failed;
       total.bytes += count.bytes;
     }
     output << rule;
-    PrintRow(output, kRow, "", "all", total);
+    output << CountRow("", "all", total);
     if (missing_ != 0) {
-      output << Format("          %-24s  %9s\n", "missing", std::to_string(missing_).c_str());
+      output << Format("          {:<24}  {:>9}\n", "missing", missing_);
     }
   }
 
@@ -145,11 +136,12 @@ class Summary {
     std::uint64_t bytes = 0;
   };
 
-  static void PrintRow(std::ostream& output, const char* row, const std::string& selector,
-                       const std::string& purpose, const Count& count) {
-    output << Format(row, selector.c_str(), purpose.c_str(),
-                     std::to_string(count.transfers).c_str(), std::to_string(count.failed).c_str(),
-                     std::to_string(count.bytes).c_str());
+  // A selector is a number, or nothing for all of them.
+  template <typename Selector>
+  static std::string CountRow(const Selector& selector, const std::string& purpose,
+                              const Count& count) {
+    return Format("{:>8}  {:<24}  {:>9}  {:>6}  {:>10}\n", selector, purpose, count.transfers,
+                  count.failed, count.bytes);
   }
 
   std::map<std::pair<std::uint32_t, std::string>, Count> counts_;
@@ -215,13 +207,12 @@ void PrintTrace(std::istream& input, std::ostream& output) {
     }
     const TransferWords words =
         camera.interpreter.Explain(line->direction, line->selector, line->bytes, line->length);
-    output << Format("%s  %-6s  %u  %s%s%s", line->time.c_str(), Name(line->direction),
-                     line->selector, words.purpose.c_str(), words.detail.empty() ? "" : ": ",
-                     words.detail.c_str());
+    output << Format("{}  {:<6}  {}  {}{}{}", line->time, Name(line->direction), line->selector,
+                     words.purpose, words.detail.empty() ? "" : ": ", words.detail);
     if (line->Failed()) {
-      output << Format("  [failed 0x%08x]", static_cast<unsigned>(line->result));
+      output << Format("  [failed 0x{:08x}]", static_cast<std::uint32_t>(line->result));
     } else if (line->result != kSuccess && line->direction != Direction::kLength) {
-      output << Format("  [answered 0x%08x]", static_cast<unsigned>(line->result));
+      output << Format("  [answered 0x{:08x}]", static_cast<std::uint32_t>(line->result));
     }
     output << "\n";
     Count(summary, camera, *line, words);

@@ -3,10 +3,11 @@
 #include <algorithm>
 #include <array>
 #include <chrono>
-#include <cstdio>
 #include <nlohmann/json.hpp>
 #include <string_view>
 #include <system_error>
+
+#include "core/format.h"
 
 namespace virtual_camera {
 namespace {
@@ -18,14 +19,10 @@ std::string TimeText(std::uint64_t time_us) {
   const auto day = std::chrono::floor<std::chrono::days>(time);
   const std::chrono::year_month_day date(day);
   const std::chrono::hh_mm_ss clock(time - day);
-  std::array<char, 64> text{};
-  std::snprintf(text.data(), text.size(), "%04d-%02u-%02uT%02d:%02d:%02d.%06dZ",
-                static_cast<int>(date.year()), static_cast<unsigned>(date.month()),
-                static_cast<unsigned>(date.day()), static_cast<int>(clock.hours().count()),
-                static_cast<int>(clock.minutes().count()),
-                static_cast<int>(clock.seconds().count()),
-                static_cast<int>(clock.subseconds().count()));
-  return text.data();
+  return Format("{:04}-{:02}-{:02}T{:02}:{:02}:{:02}.{:06}Z", static_cast<int>(date.year()),
+                static_cast<unsigned>(date.month()), static_cast<unsigned>(date.day()),
+                clock.hours().count(), clock.minutes().count(), clock.seconds().count(),
+                clock.subseconds().count());
 }
 
 std::string HexadecimalText(std::span<const std::uint8_t> bytes) {
@@ -83,13 +80,14 @@ TraceWriter::TraceWriter(const std::string& path_utf8, const std::string& camera
       camera_json_(
           nlohmann::json(camera).dump(-1, ' ', false, nlohmann::json::error_handler_t::replace)) {
   if (!BeginsAsTrace(file_)) {
-    throw ConfigurationError("trace: the file \"" + path_utf8 +
-                             "\" is not a trace of a virtual camera; name another one or remove "
-                             "it");
+    throw ConfigurationError(Format(
+        "trace: the file \"{}\" is not a trace of a virtual camera; name another one or remove it",
+        path_utf8));
   }
 } catch (const std::system_error& error) {
-  throw ConfigurationError("trace: can't use the file \"" + path_utf8 + "\" (" + error.what() +
-                           "); it must be a file that can be written");
+  throw ConfigurationError(
+      Format("trace: can't use the file \"{}\" ({}); it must be a file that can be written",
+             path_utf8, error.what()));
 }
 
 bool TraceWriter::Write(const TracedTransfer& transfer, std::uint64_t missing) noexcept {
@@ -102,25 +100,24 @@ bool TraceWriter::Write(const TracedTransfer& transfer, std::uint64_t missing) n
 }
 
 std::string TraceWriter::Lines(const TracedTransfer& transfer, std::uint64_t missing) const {
-  std::array<char, 16> result{};
-  std::snprintf(result.data(), result.size(), "0x%08x", static_cast<unsigned>(transfer.result));
   const std::string begin =
-      std::string(kLineBegin) + TimeText(transfer.time_us) + "\",\"camera\":" + camera_json_;
+      Format("{}{}\",\"camera\":{}", kLineBegin, TimeText(transfer.time_us), camera_json_);
   std::string lines;
   if (missing != 0) {
-    lines = begin + ",\"missing\":" + std::to_string(missing) + "}\n";
+    lines = Format("{},\"missing\":{}}}\n", begin, missing);
   }
-  return lines + begin + ",\"direction\":\"" + DirectionName(transfer.direction) +
-         "\",\"selector\":" + std::to_string(transfer.selector) +
-         ",\"length\":" + std::to_string(transfer.length) + ",\"bytes\":\"" +
-         HexadecimalText(transfer.bytes) + "\",\"result\":\"" + result.data() + "\"}\n";
+  return Format(
+      R"({}{},"direction":"{}","selector":{},"length":{},"bytes":"{}","result":"0x{:08x}"}})"
+      "\n",
+      lines, begin, DirectionName(transfer.direction), transfer.selector, transfer.length,
+      HexadecimalText(transfer.bytes), static_cast<std::uint32_t>(transfer.result));
 }
 
 void TraceWriter::Append(const std::string& lines) {
   const FileLock lock(file_);
   const std::uint64_t size = file_.Size();
   // A process that was killed, or a computer that lost its power, may have left a part of a line.
-  const std::string text = (EndsWithinLine(file_, size) ? "\n" : "") + lines;
+  const std::string text = Format("{}{}", EndsWithinLine(file_, size) ? "\n" : "", lines);
   try {
     file_.WriteAt(size, BytesOf(text));
   } catch (const std::system_error&) {

@@ -9,6 +9,7 @@
 
 #include "base/failure.h"
 #include "base/flush_file.h"
+#include "base/format.h"
 
 namespace borvanusb {
 
@@ -23,7 +24,7 @@ fs::path PathOf(const std::string& name) {
 
 [[noreturn]] void Fail(const std::string& doing, const std::string& name, const std::string& why,
                        const std::string& hint = {}) {
-  throw Failure(ExitCode::kFile, doing + " " + name + ": " + why, hint);
+  throw Failure(ExitCode::kFile, Format("{} {}: {}", doing, name, why), hint);
 }
 
 std::string NameOf(const fs::path& path) {
@@ -61,7 +62,7 @@ Content ReadWhole(const std::string& name) {
 fs::path TemporaryNameBeside(const fs::path& path) {
   std::random_device random;
   fs::path temporary = path;
-  temporary += ".part" + std::to_string(random() % 1000000);
+  temporary += Format(".part{}", random() % 1000000);
   return temporary;
 }
 

@@ -1,9 +1,10 @@
 #include "base/numbers.h"
 
-#include <array>
 #include <charconv>
 #include <limits>
 #include <utility>
+
+#include "base/format.h"
 
 namespace borvanusb {
 
@@ -73,33 +74,29 @@ std::optional<Range> ParseRange(std::string_view text) {
 }
 
 std::string Hex(std::uint64_t number, int digits) {
-  std::array<char, 16> text{};
-  const auto result = std::to_chars(text.data(), text.data() + text.size(), number, 16);
-  const auto length = static_cast<std::size_t>(result.ptr - text.data());
-  const auto wanted = static_cast<std::size_t>(digits);
-  return "0x" + std::string(wanted > length ? wanted - length : 0, '0') +
-         std::string(text.data(), length);
+  return Format("0x{:0{}x}", number, digits);
 }
 
 std::string Text(const Range& range) {
-  return range.first == range.last ? Hex(range.first) : Hex(range.first) + "-" + Hex(range.last);
+  return range.first == range.last ? Hex(range.first)
+                                   : Format("{}-{}", Hex(range.first), Hex(range.last));
 }
 
 std::string SizeArgument(std::uint64_t bytes) {
   for (const auto& [unit, letter] : {std::pair(kKibi * kKibi, 'M'), std::pair(kKibi, 'K')}) {
     if (bytes >= unit && bytes % unit == 0) {
-      return std::to_string(bytes / unit) + letter;
+      return Format("{}{}", bytes / unit, letter);
     }
   }
   return std::to_string(bytes);
 }
 
 std::string SizeText(std::uint64_t bytes) {
-  std::string text = std::to_string(bytes) + (bytes == 1 ? " byte" : " bytes");
+  std::string text = Format("{}{}", bytes, bytes == 1 ? " byte" : " bytes");
   if (bytes >= kKibi * kKibi && bytes % (kKibi * kKibi) == 0) {
-    text += " (" + std::to_string(bytes / kKibi / kKibi) + " MiB)";
+    text += Format(" ({} MiB)", bytes / kKibi / kKibi);
   } else if (bytes >= kKibi && bytes % kKibi == 0) {
-    text += " (" + std::to_string(bytes / kKibi) + " KiB)";
+    text += Format(" ({} KiB)", bytes / kKibi);
   }
   return text;
 }

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <limits>
 
+#include "base/format.h"
+
 namespace borvanusb {
 
 namespace {
@@ -28,8 +30,9 @@ TextLines SplitLines(std::string_view content, const std::string& kind) {
     split.lines.push_back({number, text.substr(0, file_end)});
     if (file_end != std::string_view::npos) {
       if (content.find_first_not_of(" \t\r\n\x1A", file_end) != std::string_view::npos) {
-        split.problems.push_back({number, "a byte 0x1a (Ctrl-Z) ends the " + kind +
-                                              " here, what follows would not be read"});
+        split.problems.push_back(
+            {number, Format("a byte 0x1a (Ctrl-Z) ends the {} here, what follows would not be read",
+                            kind)});
       }
       break;
     }

@@ -4,6 +4,7 @@
 #include <functional>
 
 #include "base/failure.h"
+#include "base/format.h"
 #include "base/numbers.h"
 
 namespace borvanusb {
@@ -42,8 +43,7 @@ std::string WhyNoPart(const std::string& text) {
     return "vid:pid needs four hexadecimal digits on each side";
   }
   if (Characters(text) < kShortestPart) {
-    return "a part of a path or name needs at least " + std::to_string(kShortestPart) +
-           " characters";
+    return Format("a part of a path or name needs at least {} characters", kShortestPart);
   }
   return {};
 }
@@ -59,7 +59,7 @@ std::vector<CameraIdentity> Matches(const std::vector<CameraIdentity>& cameras, 
 std::string Listed(const std::vector<CameraIdentity>& cameras) {
   std::string text;
   for (const CameraIdentity& camera : cameras) {
-    text += (text.empty() ? "" : "; ") + CameraLine(camera);
+    text += Format("{}{}", text.empty() ? "" : "; ", CameraLine(camera));
   }
   return text;
 }
@@ -67,7 +67,7 @@ std::string Listed(const std::vector<CameraIdentity>& cameras) {
 }  // namespace
 
 std::string CameraLine(const CameraIdentity& camera) {
-  return std::to_string(camera.index) + "  " + camera.vid + ":" + camera.pid + "  " + camera.name;
+  return Format("{}  {}:{}  {}", camera.index, camera.vid, camera.pid, camera.name);
 }
 
 CameraIdentity ChooseCamera(const std::vector<CameraIdentity>& cameras, const std::string& choice) {
@@ -78,7 +78,7 @@ CameraIdentity ChooseCamera(const std::vector<CameraIdentity>& cameras, const st
   if (choice.empty()) {
     if (cameras.size() > 1) {
       throw Failure(ExitCode::kSeveralCameras,
-                    "there are " + std::to_string(cameras.size()) + " cameras: " + Listed(cameras),
+                    Format("there are {} cameras: {}", cameras.size(), Listed(cameras)),
                     "Choose one with --camera: its index, path, vid:pid or name.");
     }
     return cameras.front();
@@ -89,8 +89,8 @@ CameraIdentity ChooseCamera(const std::vector<CameraIdentity>& cameras, const st
     const auto index = ParseNumber(wanted);
     if (!index || *index >= cameras.size()) {
       throw Failure(ExitCode::kNoCamera,
-                    "--camera: there is no camera " + choice + ", the highest index is " +
-                        std::to_string(cameras.size() - 1),
+                    Format("--camera: there is no camera {}, the highest index is {}", choice,
+                           cameras.size() - 1),
                     "borvanusb list shows the cameras.");
     }
     return cameras[*index];
@@ -99,7 +99,7 @@ CameraIdentity ChooseCamera(const std::vector<CameraIdentity>& cameras, const st
   std::vector<Test> tests = {
       [&](const CameraIdentity& camera) { return LowerCase(camera.path) == wanted; },
       [&](const CameraIdentity& camera) {
-        return LowerCase(camera.vid + ":" + camera.pid) == wanted;
+        return LowerCase(Format("{}:{}", camera.vid, camera.pid)) == wanted;
       },
       [&](const CameraIdentity& camera) { return LowerCase(camera.name) == wanted; },
   };
@@ -117,24 +117,24 @@ CameraIdentity ChooseCamera(const std::vector<CameraIdentity>& cameras, const st
     }
     if (matches.size() > 1) {
       throw Failure(ExitCode::kSeveralCameras,
-                    "--camera: " + choice + " may mean any of " + std::to_string(matches.size()) +
-                        " cameras: " + Listed(matches),
+                    Format("--camera: {} may mean any of {} cameras: {}", choice, matches.size(),
+                           Listed(matches)),
                     "Say more of the path, or give the index.");
     }
   }
-  throw Failure(ExitCode::kNoCamera,
-                "--camera: no camera has the path, vid:pid or name " + choice +
-                    (why_no_part.empty() ? "" : ", and " + why_no_part) +
-                    "; there are: " + Listed(cameras),
-                "borvanusb list shows the cameras.");
+  throw Failure(
+      ExitCode::kNoCamera,
+      Format("--camera: no camera has the path, vid:pid or name {}{}; there are: {}", choice,
+             why_no_part.empty() ? "" : Format(", and {}", why_no_part), Listed(cameras)),
+      "borvanusb list shows the cameras.");
 }
 
 CameraIdentity ChosenCamera(Host& host, const std::vector<std::string>& choices) {
   if (choices.size() > 1) {
-    throw Failure(ExitCode::kUsage,
-                  "--camera: this command works with one camera, " +
-                      std::to_string(choices.size()) + " are given",
-                  "Give --camera once; flash program alone takes several.");
+    throw Failure(
+        ExitCode::kUsage,
+        Format("--camera: this command works with one camera, {} are given", choices.size()),
+        "Give --camera once; flash program alone takes several.");
   }
   return ChooseCamera(host.ListCameras(),
                       choices.empty() ? host.Environment("BORVANUSB_CAMERA") : choices.front());

@@ -1,7 +1,9 @@
 #include <algorithm>
 
+#include "base/format.h"
 #include "base/joined.h"
 #include "command/completion_scripts.h"
+#include "command/templates.h"
 
 namespace borvanusb {
 
@@ -21,25 +23,20 @@ std::string OptionWords(const std::vector<OptionDescription>& options) {
 
 // A text in double quotes: a command's words and what follows them.
 std::string Pattern(const CommandDescription& command, const std::string& rest) {
-  std::string pattern = "\"";
-  pattern += Joined(command.words);
-  pattern += ' ';
-  pattern += rest;
-  pattern += '"';
-  return pattern;
+  return Format("\"{} {}\"", Joined(command.words), rest);
 }
 
 // What bash is to offer for a value: a list, files, or nothing.
 std::string Offer(const OptionDescription& option) {
   if (!option.choices.empty()) {
-    return "_borvanusb_words \"" + Joined(option.choices) + "\"";
+    return Format("_borvanusb_words \"{}\"", Joined(option.choices));
   }
   return option.takes_file ? "_borvanusb_files" : ":";
 }
 
 // The branch of a `case` that offers an option's values.
 std::string ValueBranch(const std::string& pattern, const OptionDescription& option) {
-  return "    " + pattern + ") " + Offer(option) + "; return ;;\n";
+  return Format("    {}) {}; return ;;\n", pattern, Offer(option));
 }
 
 // The commands, then their first words: what may follow the words so far.
@@ -54,14 +51,14 @@ std::string NextWordBranches(const ToolDescription& tool) {
     std::string second;
     for (const CommandDescription& other : tool.commands) {
       if (other.words.size() > 1 && other.words.front() == command.words.front()) {
-        second += (second.empty() ? "" : " ") + other.words[1];
+        second += Format("{}{}", second.empty() ? "" : " ", other.words[1]);
       }
     }
     if (!second.empty()) {
-      branches += "    \"" + first.back() + "\") _borvanusb_words \"" + second + "\"; return ;;\n";
+      branches += Format("    \"{}\") _borvanusb_words \"{}\"; return ;;\n", first.back(), second);
     }
   }
-  return "    \"\") _borvanusb_words \"" + Joined(first) + "\"; return ;;\n" + branches;
+  return Format("    \"\") _borvanusb_words \"{}\"; return ;;\n{}", Joined(first), branches);
 }
 
 std::string Groups(const ToolDescription& tool) {
@@ -69,7 +66,7 @@ std::string Groups(const ToolDescription& tool) {
   for (const CommandDescription& command : tool.commands) {
     const std::string& word = command.words.front();
     if (command.words.size() > 1 && !groups.ends_with(word)) {
-      groups += (groups.empty() ? "" : "|") + word;
+      groups += Format("{}{}", groups.empty() ? "" : "|", word);
     }
   }
   return groups;
@@ -91,7 +88,7 @@ std::string PatternOfOptionsWithValues(const ToolDescription& tool) {
   }
   std::string pattern;
   for (const std::string& name : names) {
-    pattern += (pattern.empty() ? "" : "|") + name;
+    pattern += Format("{}{}", pattern.empty() ? "" : "|", name);
   }
   return pattern;
 }
@@ -100,7 +97,7 @@ std::string OptionValueBranches(const ToolDescription& tool) {
   std::string branches;
   for (const OptionDescription& option : tool.common) {
     if (!option.value.empty()) {
-      branches += ValueBranch("*\" \"" + option.names.back(), option);
+      branches += ValueBranch(Format("*\" \"{}", option.names.back()), option);
     }
   }
   for (const CommandDescription& command : tool.commands) {
@@ -134,101 +131,24 @@ std::string CommandOptionBranches(const ToolDescription& tool) {
     const bool takes_all = command.refused.empty();
     const std::string common = takes_all ? "$options" : OptionWords(CommonOptionsOf(tool, command));
     if (!own.empty() || !takes_all) {
-      branches += "    \"";
-      branches += Joined(command.words);
-      branches += "\") options=\"";
-      branches += own;
-      branches += own.empty() ? "" : " ";
-      branches += common;
-      branches += "\" ;;\n";
+      branches += Format("    \"{}\") options=\"{}{}{}\" ;;\n", Joined(command.words), own,
+                         own.empty() ? "" : " ", common);
     }
   }
   return branches;
 }
 
-constexpr const char* kHelpers = R"(# bash completion of borvanusb.
-
-_borvanusb_words() {
-  mapfile -t COMPREPLY < <(compgen -W "$1" -- "$current")
-}
-
-_borvanusb_files() {
-  compopt -o filenames 2>/dev/null
-  mapfile -t COMPREPLY < <(compgen -f -- "$current")
-}
-
-)";
-
-// bash takes --option=value apart into three words, and vid:pid likewise.
-constexpr const char* kPreviousWord = R"(  if [ "$current" = "=" ]; then
-    current=""
-  elif [ "$previous" = "=" ] && [ "$COMP_CWORD" -ge 2 ]; then
-    previous="${COMP_WORDS[COMP_CWORD-2]}"
-  fi
-)";
-
 }  // namespace
 
+// The script joins what bash takes apart: --option=value into three words, and vid:pid likewise.
 std::string BashCompletion(const ToolDescription& tool) {
-  std::string script = kHelpers;
-  script +=
-      "_borvanusb() {\n"
-      "  local current=\"${COMP_WORDS[COMP_CWORD]}\" previous=\"${COMP_WORDS[COMP_CWORD-1]}\"\n"
-      "  local command=\"\" complete=\"\" arguments=0 skip=\"\" word place options\n"
-      "  COMPREPLY=()\n";
-  script += kPreviousWord;
-  script +=
-      "  for ((place = 1; place < COMP_CWORD; ++place)); do\n"
-      "    word=\"${COMP_WORDS[place]}\"\n"
-      "    if [ \"$word\" = \"=\" ] || [ \"$word\" = \":\" ]; then\n"
-      "      skip=yes\n"
-      "    elif [ -n \"$skip\" ]; then\n"
-      "      skip=\"\"\n"
-      "    else\n"
-      "      case \"$word\" in\n"
-      "        " +
-      PatternOfOptionsWithValues(tool) +
-      ") skip=yes ;;\n"
-      "        -*) ;;\n"
-      "        *)\n"
-      "          if [ -n \"$complete\" ]; then\n"
-      "            arguments=$((arguments + 1))\n"
-      "          else\n"
-      "            command=\"${command:+$command }$word\"\n"
-      "            case \"$command\" in\n"
-      "              " +
-      Groups(tool) +
-      ") ;;\n"
-      "              *) complete=yes ;;\n"
-      "            esac\n"
-      "          fi\n"
-      "          ;;\n"
-      "      esac\n"
-      "    fi\n"
-      "  done\n"
-      "  case \"$command $previous\" in\n" +
-      OptionValueBranches(tool) +
-      "  esac\n"
-      "  if [[ \"$current\" == -* ]]; then\n"
-      "    options=\"" +
-      OptionWords(tool.common) +
-      "\"\n"
-      "    case \"$command\" in\n" +
-      CommandOptionBranches(tool) +
-      "    esac\n"
-      "    _borvanusb_words \"$options\"\n"
-      "    return\n"
-      "  fi\n"
-      "  case \"$command\" in\n" +
-      NextWordBranches(tool) +
-      "  esac\n"
-      "  case \"$command $arguments\" in\n" +
-      ArgumentBranches(tool) +
-      "  esac\n"
-      "}\n"
-      "\n"
-      "complete -F _borvanusb borvanusb borvanusb.exe\n";
-  return script;
+  return Filled(kBashCompletionTemplate, {{"OPTIONS_WITH_VALUES", PatternOfOptionsWithValues(tool)},
+                                          {"GROUPS", Groups(tool)},
+                                          {"OPTION_VALUES", OptionValueBranches(tool)},
+                                          {"COMMON_OPTIONS", OptionWords(tool.common)},
+                                          {"COMMAND_OPTIONS", CommandOptionBranches(tool)},
+                                          {"NEXT_WORDS", NextWordBranches(tool)},
+                                          {"ARGUMENT_VALUES", ArgumentBranches(tool)}});
 }
 
 }  // namespace borvanusb

@@ -4,6 +4,7 @@
 
 #include "base/failure.h"
 #include "base/files.h"
+#include "base/format.h"
 #include "camera/camera_choice.h"
 #include "output/output.h"
 #include "output/progress.h"
@@ -39,14 +40,14 @@ nlohmann::ordered_json ValuesJson(const Range& range, std::span<const std::uint3
 }
 
 std::string Count(std::uint64_t number, const std::string& thing) {
-  return std::to_string(number) + " " + thing + (number == 1 ? "" : "s");
+  return Format("{} {}{}", number, thing, number == 1 ? "" : "s");
 }
 
 void CheckRegisterCount(const Range& range) {
   if (range.Size() > kMostRegisters) {
     throw Failure(ExitCode::kUsage,
-                  "RANGE: " + Text(range) + " are " + Count(range.Size(), "register") +
-                      ", one command takes at most " + std::to_string(kMostRegisters),
+                  Format("RANGE: {} are {}, one command takes at most {}", Text(range),
+                         Count(range.Size(), "register"), kMostRegisters),
                   "Name a part of them.");
   }
 }
@@ -83,7 +84,7 @@ std::vector<std::uint32_t> ReadEach(Context& context, const Range& range,
 }
 
 void TellOutcome(Context& context, const std::string& command, const std::string& outcome) {
-  context.output.Error("borvanusb: " + command + ": " + outcome);
+  context.output.Error(Format("borvanusb: {}: {}", command, outcome));
 }
 
 void WriteDump(Context& context, const std::string& file, const std::string& text) {

@@ -6,6 +6,7 @@
 #include <stdexcept>
 
 #include "base/failure.h"
+#include "base/format.h"
 #include "base/version.h"
 #include "command/command_rules.h"
 #include "command/nearest.h"
@@ -17,7 +18,7 @@ namespace borvanusb {
 namespace {
 
 std::string HelpHint(const std::vector<std::string>& command) {
-  return "borvanusb " + Joined(command) + (command.empty() ? "" : " ") + "--help tells more.";
+  return Format("borvanusb {}{}--help tells more.", Joined(command), command.empty() ? "" : " ");
 }
 
 // One line for each way to put it right, or where to read more.
@@ -27,7 +28,7 @@ std::string HintOf(const WrongUse& wrong, const std::vector<std::string>& words,
   for (const WrongUse::Way& way : wrong.Ways()) {
     std::vector<std::string> line = words;
     line.insert(std::find(line.begin(), line.end(), "--"), way.more.begin(), way.more.end());
-    hint += (hint.empty() ? "" : "\n") + way.when + ": " + CommandLineText(line);
+    hint += Format("{}{}: {}", hint.empty() ? "" : "\n", way.when, CommandLineText(line));
   }
   return hint.empty() ? HelpHint(command) : hint;
 }
@@ -42,7 +43,7 @@ class Given : public GivenOptions {
       values = Find(words_.described->options, words_.own, name);
     }
     if (values == nullptr) {
-      throw std::logic_error(name + " is no option of this command");
+      throw std::logic_error(Format("{} is no option of this command", name));
     }
     return values->size();
   }
@@ -106,7 +107,7 @@ std::string CommandsEndingIn(const ToolDescription& tool, const std::string& wor
   std::string list;
   for (std::size_t i = 0; i < found.size(); ++i) {
     const char* const between = i + 1 < found.size() ? ", " : " or ";
-    list += (i == 0 ? "" : between) + found[i];
+    list += Format("{}{}", i == 0 ? "" : between, found[i]);
   }
   return list;
 }
@@ -117,25 +118,26 @@ std::string CommandsEndingIn(const ToolDescription& tool, const std::string& wor
   std::string message;
   std::vector<std::string> known;
   if (option) {
-    message = Joined(words.command) + (words.command.empty() ? "" : ": ") + "there is no option " +
-              Quoted(word.substr(0, word.find('=')));
+    message = Format("{}{}there is no option {}", Joined(words.command),
+                     words.command.empty() ? "" : ": ", Quoted(word.substr(0, word.find('='))));
     known = OptionNames(tool, words);
   } else if (words.described == nullptr) {
-    message = "there is no command " +
-              Quoted(Joined(words.command) + (words.command.empty() ? "" : " ") + word);
+    message = Format(
+        "there is no command {}",
+        Quoted(Format("{}{}{}", Joined(words.command), words.command.empty() ? "" : " ", word)));
     known = NextWords(tool, words);
   } else {
-    message = Joined(words.command) + ": " + Quoted(word) + " is one argument too many";
+    message = Format("{}: {} is one argument too many", Joined(words.command), Quoted(word));
   }
   std::string meant = words.command.empty() ? CommandsEndingIn(tool, word) : "";
   if (meant.empty()) {
     meant = NearestWord(word.substr(0, word.find('=')), known);
     if (!meant.empty() && !option && !words.command.empty()) {
-      meant = Joined(words.command) + " " + meant;
+      meant = Format("{} {}", Joined(words.command), meant);
     }
   }
   if (!meant.empty()) {
-    message += "; do you mean " + meant + "?";
+    message += Format("; do you mean {}?", meant);
   }
   throw Failure(ExitCode::kUsage, message, HelpHint(words.command));
 }
@@ -147,9 +149,10 @@ std::string CommandsEndingIn(const ToolDescription& tool, const std::string& wor
   }
   std::string next;
   for (const std::string& word : NextWords(tool, words)) {
-    next += (next.empty() ? "" : ", ") + word;
+    next += Format("{}{}", next.empty() ? "" : ", ", word);
   }
-  throw Failure(ExitCode::kUsage, Joined(words.command) + ": what to do is missing: " + next,
+  throw Failure(ExitCode::kUsage,
+                Format("{}: what to do is missing: {}", Joined(words.command), next),
                 HelpHint(words.command));
 }
 
@@ -159,7 +162,7 @@ void CheckRefused(const CommandDescription& command, const GivenOptions& given) 
     if (given.Has(option.name)) {
       throw Failure(
           ExitCode::kUsage,
-          option.name + ": does not apply to " + Joined(command.words) + ", " + option.why,
+          Format("{}: does not apply to {}, {}", option.name, Joined(command.words), option.why),
           HelpHint(command.words));
     }
   }
@@ -174,18 +177,19 @@ void Store(Target& target, const Stores& stores, const std::vector<OptionDescrip
     const std::string& name = options[i].names.back();
     const bool flag = !options[i].positional && options[i].value.empty();
     if (values[i].size() > 1 && !options[i].repeated && !flag) {
-      throw Failure(ExitCode::kUsage, name + ": is given more than once", HelpHint(command));
+      throw Failure(ExitCode::kUsage, Format("{}: is given more than once", name),
+                    HelpHint(command));
     }
     if (values[i].empty() && options[i].required) {
       throw Failure(ExitCode::kUsage,
-                    Joined(command) + ": " + name + " is missing: " + options[i].text,
+                    Format("{}: {} is missing: {}", Joined(command), name, options[i].text),
                     HelpHint(command));
     }
     for (const std::string& text : values[i]) {
       try {
         stores[i](target, text);
       } catch (const WrongValue& wrong) {
-        throw Failure(ExitCode::kUsage, name + ": " + Quoted(text) + " " + wrong.what(),
+        throw Failure(ExitCode::kUsage, Format("{}: {} {}", name, Quoted(text), wrong.what()),
                       HelpHint(command));
       }
     }
@@ -240,7 +244,7 @@ std::variant<Arguments, TextAnswer> ParseCommandLine(const std::vector<std::stri
     return TextAnswer{HelpText(tool, sorted.command)};
   }
   if (given.Has("--version")) {
-    return TextAnswer{"borvanusb " + std::string(kToolVersion) + "\n"};
+    return TextAnswer{Format("borvanusb {}\n", kToolVersion)};
   }
   if (!sorted.strange.empty()) {
     RefuseStrange(tool, sorted);

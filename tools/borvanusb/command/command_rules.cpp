@@ -1,5 +1,6 @@
 #include "command/command_rules.h"
 
+#include "base/format.h"
 #include "command/values.h"
 
 namespace borvanusb {
@@ -56,8 +57,8 @@ const CommonRules& AllCommonRules() {
 
 void CheckFits(const std::string& name, std::uint32_t number, int bits, const std::string& where) {
   if (number > HighestOf(bits)) {
-    throw WrongUse(name + ": " + Hex(number) + " is too big for " + where + ": 0 to " +
-                   Hex(HighestOf(bits)));
+    throw WrongUse(Format("{}: {} is too big for {}: 0 to {}", name, Hex(number), where,
+                          Hex(HighestOf(bits))));
   }
 }
 

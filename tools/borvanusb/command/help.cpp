@@ -2,9 +2,11 @@
 #include <algorithm>
 
 #include "base/exit_code.h"
+#include "base/format.h"
 #include "base/joined.h"
 #include "base/version.h"
 #include "command/command_line.h"
+#include "command/templates.h"
 #include "command/usage.h"
 
 namespace borvanusb {
@@ -44,8 +46,8 @@ void AppendWrapped(std::string& out, const std::string& text, std::size_t indent
 }
 
 void AppendRow(std::string& out, const std::string& name, const std::string& text,
-               std::size_t column = kTextColumn) {
-  out += "  " + name;
+               std::size_t column) {
+  out += Format("  {}", name);
   const std::size_t width = 2 + name.size();
   if (width + 2 > column) {
     out += '\n';
@@ -57,40 +59,54 @@ void AppendRow(std::string& out, const std::string& name, const std::string& tex
 }
 
 std::string NameAndValue(const OptionDescription& option) {
-  return Joined(option.names, ", ") + (option.value.empty() ? "" : " " + option.value);
+  return Format("{}{}", Joined(option.names, ", "),
+                option.value.empty() ? "" : Format(" {}", option.value));
 }
 
 std::string Usage(const CommandDescription& command) {
-  return "borvanusb " + Joined(command.words) + UsageArguments(command, NameAndValue, " [OPTIONS]");
+  return Format("borvanusb {}{}", Joined(command.words),
+                UsageArguments(command, NameAndValue, " [OPTIONS]"));
 }
 
 std::string CommonLine(const std::vector<OptionDescription>& options) {
   std::string line = "Common:";
   for (const OptionDescription& option : options) {
     if (option.names.front() != "--version") {
-      line += (line.ends_with(':') ? " " : ", ") + option.names.back() +
-              (option.value.empty() ? "" : " " + option.value);
+      line += Format("{}{}{}", line.ends_with(':') ? " " : ", ", option.names.back(),
+                     option.value.empty() ? "" : Format(" {}", option.value));
     }
   }
   return line;
 }
 
+// A text in lines of its own, as AppendWrapped() breaks them.
+std::string Wrapped(const std::string& text, std::size_t indent) {
+  std::string lines;
+  AppendWrapped(lines, text, indent);
+  return lines;
+}
+
+std::string OptionRows(const std::vector<OptionDescription>& options, std::size_t column) {
+  std::string rows;
+  for (const OptionDescription& option : options) {
+    AppendRow(rows, NameAndValue(option), option.text, column);
+  }
+  return rows;
+}
+
 std::string CommandHelp(const ToolDescription& tool, const CommandDescription& command) {
-  std::string help = "Usage: " + Usage(command) + "\n\n";
-  AppendWrapped(help, command.text + (command.details.empty() ? "" : " " + command.details), 0);
-  if (!command.options.empty()) {
-    help += "\n";
-  }
-  for (const OptionDescription& option : command.options) {
-    AppendRow(help, NameAndValue(option), option.text);
-  }
-  help += "\n";
-  AppendWrapped(help, CommonLine(CommonOptionsOf(tool, command)), 2);
-  help += "Exit codes: 0 done, others say which failure; borvanusb --help lists them.\n\n";
+  const std::string options = OptionRows(command.options, kTextColumn);
+  std::string examples;
   for (const std::string& example : command.examples) {
-    help += "Example: " + example + "\n";
+    examples += Format("Example: {}\n", example);
   }
-  return help;
+  const std::string details = command.details.empty() ? "" : Format(" {}", command.details);
+  return Filled(kCommandHelpTemplate,
+                {{"USAGE", Usage(command)},
+                 {"TEXT", Wrapped(command.text + details, 0)},
+                 {"OPTIONS", options.empty() ? "" : Format("\n{}", options)},
+                 {"COMMON_OPTIONS", Wrapped(CommonLine(CommonOptionsOf(tool, command)), 2)},
+                 {"EXAMPLES", examples}});
 }
 
 // A row of the overview: a command with what must be given to it.
@@ -98,20 +114,21 @@ void AppendCommand(std::string& help, const CommandDescription& command) {
   std::string name = Joined(command.words, " ");
   for (const OptionDescription& option : command.options) {
     if (option.positional) {
-      name += option.required ? " " + option.names.front() : " [" + option.names.front() + "]";
+      name += option.required ? Format(" {}", option.names.front())
+                              : Format(" [{}]", option.names.front());
     }
   }
   AppendRow(help, name, command.text, kOverviewColumn);
 }
 
 std::string GroupHelp(const ToolDescription& tool, const std::string& word) {
-  std::string help = "Usage: borvanusb " + word + " COMMAND\n\n";
+  std::string commands;
   for (const CommandDescription& command : tool.commands) {
     if (command.words.front() == word) {
-      AppendCommand(help, command);
+      AppendCommand(commands, command);
     }
   }
-  return help + "\nborvanusb " + word + " COMMAND --help tells more of one.\n";
+  return Filled(kGroupHelpTemplate, {{"GROUP", word}, {"COMMANDS", commands}});
 }
 
 // All of them, broken into lines between two.
@@ -119,47 +136,37 @@ std::string ExitCodeList() {
   std::string list = "Exit codes:";
   std::size_t line = 0;
   for (const ExitCodeTexts& texts : kExitCodes) {
-    const std::string entry = " " + std::to_string(static_cast<int>(texts.code)) + " " +
-                              std::string(texts.summary) +
-                              (texts.code == kExitCodes.back().code ? "" : ",");
+    const std::string entry = Format(" {} {}{}", static_cast<int>(texts.code), texts.summary,
+                                     texts.code == kExitCodes.back().code ? "" : ",");
     if (list.size() - line + entry.size() > kColumns) {
       list += "\n ";
       line = list.size() - 1;
     }
     list += entry;
   }
-  return list + "\n";
+  return Format("{}\n", list);
 }
 
-std::string Overview(const ToolDescription& tool) {
-  std::string help = "borvanusb " + std::string(kToolVersion) + ": ";
-  AppendWrapped(help, tool.text, 0);
-  help +=
-      "\n"
-      "Usage: borvanusb COMMAND [ARGUMENTS] [OPTIONS]\n"
-      "\n"
-      "To begin with\n"
-      "  borvanusb list             which cameras there are\n"
-      "  borvanusb doctor           why one is not among them\n"
-      "  borvanusb COMMAND --help   what a command takes, with an example\n";
+// Each group's commands, under its headline.
+std::string CommandGroups(const ToolDescription& tool) {
+  std::string groups;
   std::string group;
   for (const CommandDescription& command : tool.commands) {
     if (command.group != group) {
       group = command.group;
-      help += "\n" + group + "\n";
+      groups += Format("\n{}\n", group);
     }
-    AppendCommand(help, command);
+    AppendCommand(groups, command);
   }
-  help += "\nCommon options, before or after a command's words\n";
-  for (const OptionDescription& option : tool.common) {
-    AppendRow(help, NameAndValue(option), option.text, kOverviewColumn);
-  }
-  help +=
-      "\n"
-      "Numbers are decimal or hexadecimal with 0x; sizes and addresses may end in K\n"
-      "or M; ranges are 0x1000+256, or 0x1000-0x10ff, both included.\n";
-  help += "\n" + ExitCodeList();
-  return help;
+  return groups;
+}
+
+std::string Overview(const ToolDescription& tool) {
+  return Filled(kOverviewTemplate,
+                {{"TITLE", Wrapped(Format("borvanusb {}: {}", kToolVersion, tool.text), 0)},
+                 {"COMMANDS", CommandGroups(tool)},
+                 {"COMMON_OPTIONS", OptionRows(tool.common, kOverviewColumn)},
+                 {"EXIT_CODES", ExitCodeList()}});
 }
 
 }  // namespace

@@ -1,5 +1,7 @@
+#include "base/format.h"
 #include "base/joined.h"
 #include "command/completion_scripts.h"
+#include "command/templates.h"
 
 namespace borvanusb {
 
@@ -14,22 +16,22 @@ std::string Literal(const std::string& text) {
       literal += character;
     }
   }
-  return literal + "'";
+  return Format("{}'", literal);
 }
 
 std::string List(const std::vector<std::string>& texts) {
   std::string list;
   for (const std::string& text : texts) {
-    list += (list.empty() ? "" : ", ") + Literal(text);
+    list += Format("{}{}", list.empty() ? "" : ", ", Literal(text));
   }
-  return "@(" + list + ")";
+  return Format("@({})", list);
 }
 
 // One row: the option's name, its text, whether a value follows, and the values that are few.
 std::string OptionRow(const OptionDescription& option) {
-  return "    @{ Name = " + Literal(option.names.back()) + "; Text = " + Literal(option.text) +
-         "; TakesValue = " + (option.value.empty() ? "$false" : "$true") +
-         "; Values = " + List(option.choices) + " }\n";
+  return Format("    @{{ Name = {}; Text = {}; TakesValue = {}; Values = {} }}\n",
+                Literal(option.names.back()), Literal(option.text),
+                option.value.empty() ? "$false" : "$true", List(option.choices));
 }
 
 std::string OptionRows(const std::vector<OptionDescription>& options) {
@@ -60,74 +62,35 @@ std::vector<std::string> Refused(const CommandDescription& command) {
   return names;
 }
 
-std::string Commands(const ToolDescription& tool) {
-  std::string rows = "  $commands = @(\n";
+std::string CommandRows(const ToolDescription& tool) {
+  std::string rows;
   for (const CommandDescription& command : tool.commands) {
-    rows += "    @{ Words = " + Literal(Joined(command.words)) +
-            "; Text = " + Literal(command.text) + "; Values = " + List(ArgumentChoices(command)) +
-            "; Without = " + List(Refused(command)) + " }\n";
+    rows += Format("    @{{ Words = {}; Text = {}; Values = {}; Without = {} }}\n",
+                   Literal(Joined(command.words)), Literal(command.text),
+                   List(ArgumentChoices(command)), List(Refused(command)));
   }
-  rows += "  )\n  $options = @{\n";
-  for (const CommandDescription& command : tool.commands) {
-    rows += "    " + Literal(Joined(command.words)) + " = @(\n" + OptionRows(command.options) +
-            "    )\n";
-  }
-  return rows + "  }\n  $common = @(\n" + OptionRows(tool.common) + "  )\n";
+  return rows;
 }
 
-// Where nothing is offered, PowerShell completes file names by itself.
-constexpr const char* kLogic = R"(  $words = @($commandAst.CommandElements | Select-Object -Skip 1 |
-    Where-Object { $_.Extent.EndOffset -lt $cursorPosition } |
-    ForEach-Object { $_.Extent.Text })
-  $valued = @($common + @($options.Values | ForEach-Object { $_ }) |
-    Where-Object { $_.TakesValue } | ForEach-Object { $_.Name })
-  $plain = @()
-  $previous = ''
-  foreach ($word in $words) {
-    if ($previous -notin $valued -and $word -notlike '-*') { $plain += $word }
-    $previous = $word
+std::string CommandOptions(const ToolDescription& tool) {
+  std::string lists;
+  for (const CommandDescription& command : tool.commands) {
+    lists += Format(
+        "    {} = @(\n"
+        "{}"
+        "    )\n",
+        Literal(Joined(command.words)), OptionRows(command.options));
   }
-  $line = $plain -join ' '
-  $command = $commands |
-    Where-Object { $line -eq $_.Words -or $line -like ($_.Words + ' *') } | Select-Object -First 1
-  $own = @()
-  if ($command) {
-    $own = @($options[$command.Words])
-    $common = @($common | Where-Object { $_.Name -notin $command.Without })
-  }
-  $offer = @()
-  $asked = @($own + $common) | Where-Object { $_ -and $_.Name -eq $previous -and $_.TakesValue } |
-    Select-Object -First 1
-  if ($asked) {
-    $offer = @($asked.Values | ForEach-Object { @{ Name = $_; Text = $asked.Text } })
-  } elseif ($wordToComplete -like '-*') {
-    $offer = @($own + $common)
-  } elseif ($command) {
-    $offer = @($command.Values | ForEach-Object { @{ Name = $_; Text = $command.Text } })
-  } else {
-    $offer = @($commands | ForEach-Object {
-        $rest = @($_.Words -split ' ')
-        if ($plain.Count -lt $rest.Count -and
-            (@($rest | Select-Object -First $plain.Count) -join ' ') -eq $line) {
-          @{ Name = $rest[$plain.Count]; Text = $_.Text }
-        }
-      })
-  }
-  $offer | Where-Object { $_ -and $_.Name -like "$wordToComplete*" } |
-    Sort-Object -Property { $_.Name } -Unique |
-    ForEach-Object {
-      [System.Management.Automation.CompletionResult]::new(
-        $_.Name, $_.Name, 'ParameterValue', $_.Text)
-    }
-)";
+  return lists;
+}
 
 }  // namespace
 
+// Where the script offers nothing, PowerShell completes file names by itself.
 std::string PowerShellCompletion(const ToolDescription& tool) {
-  return "# PowerShell completion of borvanusb.\n"
-         "Register-ArgumentCompleter -Native -CommandName borvanusb, borvanusb.exe -ScriptBlock {\n"
-         "  param($wordToComplete, $commandAst, $cursorPosition)\n" +
-         Commands(tool) + kLogic + "}\n";
+  return Filled(kPowerShellCompletionTemplate, {{"COMMANDS", CommandRows(tool)},
+                                                {"COMMAND_OPTIONS", CommandOptions(tool)},
+                                                {"COMMON_OPTIONS", OptionRows(tool.common)}});
 }
 
 }  // namespace borvanusb

@@ -3,6 +3,7 @@
 #include <string_view>
 
 #include "base/failure.h"
+#include "base/format.h"
 #include "command/command_line.h"
 #include "command/values.h"
 
@@ -37,7 +38,7 @@ std::vector<std::string> SplitLine(const std::string& line) {
   }
   if (in_quotes) {
     throw Failure(ExitCode::kUsage,
-                  "the quote before " + Quoted(line.substr(quote + 1)) + " is never closed",
+                  Format("the quote before {} is never closed", Quoted(line.substr(quote + 1))),
                   "Close it with another \"; a text can't hold a quote itself.");
   }
   if (in_word) {
@@ -54,7 +55,7 @@ std::string CommandLineText(const std::vector<std::string>& words) {
              (character >= 'a' && character <= 'z') ||
              std::string_view("-_./:,+").find(character) != std::string_view::npos;
     });
-    text += plain ? " " + word : " \"" + word + "\"";
+    text += plain ? Format(" {}", word) : Format(" \"{}\"", word);
   }
   return text;
 }

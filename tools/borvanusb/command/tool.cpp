@@ -5,6 +5,7 @@
 #include <nlohmann/json.hpp>
 #include <variant>
 
+#include "base/format.h"
 #include "command/command_line.h"
 #include "command/command_rules.h"
 #include "command/context.h"
@@ -18,7 +19,8 @@ namespace {
 
 std::string JsonText(const nlohmann::ordered_json& json) {
   // Names of files and cameras may hold anything; the rest of the object must not be lost for it.
-  return PrintableJson(json.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace)) + "\n";
+  return Format("{}\n",
+                PrintableJson(json.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace)));
 }
 
 // A command line that can't be read may still say how its failure is wanted.
@@ -28,7 +30,7 @@ bool AsksForJson(const std::vector<std::string>& words) {
 }
 
 Failure Unexpected(const std::string& what) {
-  return {ExitCode::kInternal, "something went wrong that should not: " + what,
+  return {ExitCode::kInternal, Format("something went wrong that should not: {}", what),
           "Please report it with this command line and what borvanusb doctor prints."};
 }
 
@@ -54,7 +56,7 @@ std::string Indented(const std::string& text) {
   std::size_t begin = 0;
   while (begin < text.size()) {
     const std::size_t end = std::min(text.find('\n', begin), text.size());
-    lines += "  " + Printable(text.substr(begin, end - begin)) + "\n";
+    lines += Format("  {}\n", Printable(text.substr(begin, end - begin)));
     begin = end + 1;
   }
   return lines;
@@ -62,8 +64,8 @@ std::string Indented(const std::string& text) {
 
 int Report(const std::string& command, const Failure& failure, bool json, ResultStream& results,
            const ToolStreams& streams) {
-  std::string text =
-      "borvanusb: " + (command.empty() ? "" : command + ": ") + Printable(failure.Message()) + "\n";
+  std::string text = Format("borvanusb: {}{}\n", command.empty() ? "" : Format("{}: ", command),
+                            Printable(failure.Message()));
   text += Indented(failure.Hint());
   streams.error(text);
   const int code = static_cast<int>(failure.Code());
@@ -144,9 +146,10 @@ int RunWords(const std::vector<std::string>& words, Host& host, ResultStream& re
 int ReportLoss(const WriteProblem& problem, int code, const ToolStreams& streams) {
   // A reader that is gone has what it wanted, as in a pipe to `head`.
   if (!problem.reader_is_gone) {
-    streams.error("borvanusb: standard output can't be written: " + Printable(problem.why) +
-                  "; the output is incomplete\n"
-                  "  Check that there is room on the disk, and repeat the command.\n");
+    streams.error(
+        Format("borvanusb: standard output can't be written: {}; the output is incomplete\n"
+               "  Check that there is room on the disk, and repeat the command.\n",
+               Printable(problem.why)));
   }
   return code != static_cast<int>(ExitCode::kDone) ? code : static_cast<int>(ExitCode::kFile);
 }

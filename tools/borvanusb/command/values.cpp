@@ -4,6 +4,7 @@
 #include <charconv>
 #include <sstream>
 
+#include "base/format.h"
 #include "camera/camera.h"
 
 namespace borvanusb {
@@ -39,12 +40,12 @@ std::uint32_t AddressValue(const std::string& text) {
 std::uint64_t NumberValue(const std::string& text, std::uint64_t lowest, std::uint64_t highest) {
   const auto number = ParseNumber(text);
   const std::string allowed =
-      "a number from " + Shown(lowest) + " to " + Shown(highest) + ", decimal or with 0x";
+      Format("a number from {} to {}, decimal or with 0x", Shown(lowest), Shown(highest));
   if (!number) {
-    throw WrongValue("is no number: " + allowed);
+    throw WrongValue(Format("is no number: {}", allowed));
   }
   if (*number < lowest || *number > highest) {
-    throw WrongValue("is not allowed: " + allowed);
+    throw WrongValue(Format("is not allowed: {}", allowed));
   }
   return *number;
 }
@@ -66,8 +67,9 @@ Range FlashRangeValue(const std::string& text) {
   const auto address = ParseSize(text);
   if (address && *address <= kHighestNumber) {
     const std::uint64_t last = std::min<std::uint64_t>(*address + kSectorSize - 1, kHighestNumber);
-    throw WrongValue("is a single address; a range has a size or a last address, too: " + text +
-                     "+4K or " + text + "-" + Hex(last));
+    throw WrongValue(
+        Format("is a single address; a range has a size or a last address, too: {}+4K or {}-{}",
+               text, text, Hex(last)));
   }
   const auto range = ParseRange(text);
   if (!range) {
@@ -94,8 +96,8 @@ std::string RemarkOnEnd(const std::string& text) {
     return {};
   }
   const std::uint64_t size = range->last - range->first;
-  return "includes the byte at " + text.substr(mark + 1) + "; " + text.substr(0, mark) + "+" +
-         SizeArgument(size) + " means " + SizeText(size);
+  return Format("includes the byte at {}; {}+{} means {}", text.substr(mark + 1),
+                text.substr(0, mark), SizeArgument(size), SizeText(size));
 }
 
 std::uint64_t FlashSizeValue(const std::string& text) {
@@ -114,8 +116,8 @@ double DecimalValue(const std::string& text, double lowest, double highest) {
   const bool good =
       result.ec == std::errc() && result.ptr == end && number >= lowest && number <= highest;
   if (!good) {
-    throw WrongValue("is not allowed: a number from " + Shown(lowest) + " to " + Shown(highest) +
-                     ", decimals with a point");
+    throw WrongValue(Format("is not allowed: a number from {} to {}, decimals with a point",
+                            Shown(lowest), Shown(highest)));
   }
   return number;
 }
@@ -148,7 +150,7 @@ std::size_t ChoiceValue(const std::string& text, std::initializer_list<std::stri
     }
     allowed += choice;
   }
-  throw WrongValue("is not allowed: " + allowed);
+  throw WrongValue(Format("is not allowed: {}", allowed));
 }
 
 std::string Quoted(std::string_view text) {
@@ -165,7 +167,7 @@ std::string Quoted(std::string_view text) {
     const bool control = static_cast<unsigned char>(character) < ' ' || character == '\x7F';
     quoted += control ? '?' : character;
   }
-  return quoted + (length < text.size() ? "...\"" : "\"");
+  return Format("{}{}", quoted, length < text.size() ? "...\"" : "\"");
 }
 
 }  // namespace borvanusb

@@ -5,6 +5,7 @@
 #include <string_view>
 
 #include "base/failure.h"
+#include "base/format.h"
 
 namespace borvanusb {
 
@@ -13,7 +14,8 @@ namespace {
 constexpr const char* kHint = "borvanusb --help tells more.";
 
 std::string HelpHint(const CommandDescription* command) {
-  return command != nullptr ? "borvanusb " + Joined(command->words) + " --help tells more." : kHint;
+  return command != nullptr ? Format("borvanusb {} --help tells more.", Joined(command->words))
+                            : kHint;
 }
 
 const OptionDescription* FindOption(const std::vector<OptionDescription>& options,
@@ -42,7 +44,7 @@ void RefuseEmptyAfterSign(const ToolDescription& tool, const std::vector<std::st
     }
     const std::string name = word.substr(0, word.find('='));
     const OptionDescription* const option = FindOption(tool, name);
-    if (word == name + "=" && option != nullptr) {
+    if (word == Format("{}=", name) && option != nullptr) {
       const char* const why =
           option->value.empty() ? ": takes no value" : ": a value is missing after the =";
       throw Failure(ExitCode::kUsage, name + why, kHint);
@@ -123,10 +125,12 @@ class Sorter {
     }
     const bool is_flag = option->value.empty();
     if (is_flag && sign != std::string::npos) {
-      throw Failure(ExitCode::kUsage, name + ": takes no value", HelpHint(sorted_.described));
+      throw Failure(ExitCode::kUsage, Format("{}: takes no value", name),
+                    HelpHint(sorted_.described));
     }
     if (!is_flag && sign == std::string::npos && next_ == words_.size()) {
-      throw Failure(ExitCode::kUsage, name + ": " + option->value + " is missing: " + option->text,
+      throw Failure(ExitCode::kUsage,
+                    Format("{}: {} is missing: {}", name, option->value, option->text),
                     HelpHint(sorted_.described));
     }
     std::string value;

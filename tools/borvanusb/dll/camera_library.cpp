@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 
+#include "base/format.h"
 #include "base/numbers.h"
 
 namespace borvanusb {
@@ -65,12 +66,12 @@ std::vector<CameraIdentity> CameraLibrary::ListAnew() {
   if (!has_instance_) {
     const std::int32_t result = exports_.UsbIniDevice();
     has_instance_ = true;
-    why = result < 0 ? ": " + StatusText(static_cast<std::uint32_t>(result)) : "";
+    why = result < 0 ? Format(": {}", StatusText(static_cast<std::uint32_t>(result))) : "";
   } else if (!exports_.UsbUpdateDevice()) {
     why = " anew";
   }
   if (!why.empty()) {
-    throw Failure(ExitCode::kNoCamera, "the system's video devices can't be listed" + why,
+    throw Failure(ExitCode::kNoCamera, Format("the system's video devices can't be listed{}", why),
                   "borvanusb doctor tells more.");
   }
   return Listed();
@@ -86,7 +87,7 @@ void CameraLibrary::Select(const CameraIdentity& camera) {
       std::find_if(cameras.begin(), cameras.end(),
                    [&](const CameraIdentity& listed) { return listed.path == camera.path; });
   if (found == cameras.end()) {
-    throw Failure(ExitCode::kNoCamera, "camera " + camera.name + " is gone: " + camera.path,
+    throw Failure(ExitCode::kNoCamera, Format("camera {} is gone: {}", camera.name, camera.path),
                   "Plug it in again; borvanusb list shows the cameras.");
   }
   const Supervisor::Call call(supervisor_, "opening the camera");
@@ -94,7 +95,7 @@ void CameraLibrary::Select(const CameraIdentity& camera) {
   try {
     exports_.UsbSelectDevice(found->index);
   } catch (const char* message) {  // how the library tells that a camera can't be opened
-    throw Failure(ExitCode::kRefused, "camera " + camera.name + " can't be opened: " + message,
+    throw Failure(ExitCode::kRefused, Format("camera {} can't be opened: {}", camera.name, message),
                   "Close other programs that use the camera, or plug it in again.");
   }
   selected_ = camera.path;
@@ -161,11 +162,11 @@ std::string CameraLibrary::StatusText(std::uint32_t status) const {
   });
   const char* const own = borvan_status_message(status);
   const std::string text = own != nullptr ? own : platform_.SystemMessage(status);
-  return "0x" + digits + (text.empty() ? "" : ", " + text);
+  return Format("0x{}{}", digits, text.empty() ? "" : Format(", {}", text));
 }
 
 Failure GoneFailure(const std::string& doing, const CameraIdentity& camera) {
-  return {ExitCode::kDevice, doing + ": the camera is gone: " + camera.path,
+  return {ExitCode::kDevice, Format("{}: the camera is gone: {}", doing, camera.path),
           "Plug it in again and repeat the command."};
 }
 

@@ -5,6 +5,7 @@
 
 #include "base/failure.h"
 #include "base/files.h"
+#include "base/format.h"
 #include "base/numbers.h"
 #include "camera/register_readings.h"
 
@@ -37,7 +38,7 @@ std::unique_ptr<LibraryPlatform::CameraLock> DllCamera::Lock() const {
   if (lock == nullptr) {
     throw Failure(
         ExitCode::kRefused,
-        "another borvanusb is working with camera " + identity_.name + ": " + identity_.path,
+        Format("another borvanusb is working with camera {}: {}", identity_.name, identity_.path),
         "Wait until it has ended.");
   }
   library_.CheckIdle();
@@ -56,9 +57,10 @@ void DllCamera::Refused(const std::string& what) const {
   if (!library_.IsListed(identity_)) {
     throw GoneFailure(what, identity_);
   }
-  throw Failure(ExitCode::kDevice,
-                what + ": the camera refused a transfer (single accesses tell no status code)",
-                kAgain);
+  throw Failure(
+      ExitCode::kDevice,
+      Format("{}: the camera refused a transfer (single accesses tell no status code)", what),
+      kAgain);
 }
 
 JobEnd DllCamera::Finish(const std::string& what, const Job& job) const {
@@ -72,25 +74,26 @@ JobEnd DllCamera::Finish(const std::string& what, const Job& job) const {
 void DllCamera::JobFailed(const std::string& what, std::uint32_t status) const {
   if (status == kBorvanFileError) {
     throw Failure(
-        ExitCode::kFile, what + ": " + library_.StatusText(status),
+        ExitCode::kFile, Format("{}: {}", what, library_.StatusText(status)),
         "A temporary file could not be used: is there room in the folder that TEMP names?");
   }
   library_.Deselect();
   if (!library_.IsListed(identity_)) {
-    throw GoneFailure(what + ": " + library_.StatusText(status), identity_);
+    throw GoneFailure(Format("{}: {}", what, library_.StatusText(status)), identity_);
   }
-  throw Failure(ExitCode::kDevice, what + ": " + library_.StatusText(status), kAgain);
+  throw Failure(ExitCode::kDevice, Format("{}: {}", what, library_.StatusText(status)), kAgain);
 }
 
 void DllCamera::OutcomeUnknown(const std::string& what) {
-  throw Failure(ExitCode::kDevice, what + ": it has ended, but its outcome could not be learned",
+  throw Failure(ExitCode::kDevice,
+                Format("{}: it has ended, but its outcome could not be learned", what),
                 "Load the list again; --verify reads the registers back.");
 }
 
 std::uint32_t DllCamera::ReadRegisterOnce(std::uint32_t address, RegisterWidth width) const {
   const bool wide = width == RegisterWidth::kWide;
   const std::uint8_t flag = wide ? kBorvanRegisterWide : kBorvanRegisterByte;
-  const std::string what = "reading register " + Hex(address);
+  const std::string what = Format("reading register {}", Hex(address));
   const Supervisor::Call call(library_.Watch(), "reading a register");
   std::uint32_t value = kImpossible;
   if (!library_.Functions().UsbRegisterRead(address, &value, flag)) {
@@ -106,7 +109,7 @@ std::uint32_t DllCamera::ReadRegisterOnce(std::uint32_t address, RegisterWidth w
     Refused(what);
   }
   if (value == kOtherStart || (!wide && value > 0xFF)) {
-    throw Failure(ExitCode::kDevice, what + ": the chip did not answer the read",
+    throw Failure(ExitCode::kDevice, Format("{}: the chip did not answer the read", what),
                   "Repeat it; borvanusb selftest tells more.");
   }
   return value;
@@ -129,7 +132,7 @@ void DllCamera::WriteRegister(std::uint32_t address, std::uint32_t value, Regist
   const std::uint8_t flag =
       width == RegisterWidth::kWide ? kBorvanRegisterWide : kBorvanRegisterByte;
   if (!library_.Functions().UsbRegisterWrite(address, value, flag)) {
-    Refused("writing register " + Hex(address));
+    Refused(Format("writing register {}", Hex(address)));
   }
 }
 
@@ -138,7 +141,7 @@ std::vector<std::uint8_t> DllCamera::ReadRunOnce(std::uint32_t first, std::uint3
   Job job;
   job.doing = "reading registers";
   job.silence = std::chrono::milliseconds(size);
-  return Dump("reading registers " + Text(Range{first, last}), size, job,
+  return Dump(Format("reading registers {}", Text(Range{first, last})), size, job,
               [&](const Exports& exports, const char* name) {
                 return exports.UsbRegisterReadFile(name, first, last);
               });
@@ -208,7 +211,7 @@ std::uint32_t DllCamera::ReadI2cOnce(const I2cTarget& target, std::uint32_t addr
   const Supervisor::Call call(library_.Watch(), "reading over I2C");
   std::uint32_t value = 0;
   if (!library_.Functions().UsbI2cRead(target.slave, address, &value, target.mode, target.option)) {
-    Refused("reading I2C register " + Hex(address) + " of slave " + Hex(target.slave));
+    Refused(Format("reading I2C register {} of slave {}", Hex(address), Hex(target.slave)));
   }
   return value;
 }
@@ -223,7 +226,7 @@ void DllCamera::WriteI2c(const I2cTarget& target, std::uint32_t address, std::ui
   const auto lock = Lock();
   const Supervisor::Call call(library_.Watch(), "writing over I2C");
   if (!library_.Functions().UsbI2cWrite(target.slave, address, value, target.mode, target.option)) {
-    Refused("writing I2C register " + Hex(address) + " of slave " + Hex(target.slave));
+    Refused(Format("writing I2C register {} of slave {}", Hex(address), Hex(target.slave)));
   }
 }
 
@@ -251,9 +254,10 @@ std::uint32_t DllCamera::PeekFlashWord(std::uint32_t address) {
     return value;
   });
   if (!word.confirmed) {
-    throw Failure(ExitCode::kDevice,
-                  "reading flash word " + Hex(address) + ": the flash reads differently each time",
-                  kAgain);
+    throw Failure(
+        ExitCode::kDevice,
+        Format("reading flash word {}: the flash reads differently each time", Hex(address)),
+        kAgain);
   }
   return word.value;
 }
@@ -262,7 +266,7 @@ void DllCamera::WriteFlashWord(std::uint32_t address, std::uint32_t value) {
   const auto lock = Lock();
   const Supervisor::Call call(library_.Watch(), "writing a flash word");
   if (!library_.Functions().UsbFlashWrite(address, value)) {
-    Refused("writing flash word " + Hex(address));
+    Refused(Format("writing flash word {}", Hex(address)));
   }
 }
 
@@ -270,7 +274,7 @@ void DllCamera::EraseSector(std::uint32_t address) {
   const auto lock = Lock();
   const Supervisor::Call call(library_.Watch(), "erasing a flash sector");
   if (!library_.Functions().UsbFlashErase(address)) {
-    Refused("erasing flash sector " + Hex(address));
+    Refused(Format("erasing flash sector {}", Hex(address)));
   }
 }
 
@@ -286,7 +290,7 @@ std::unique_ptr<Camera> OpenLibraryCamera(CameraLibrary& library, const CameraId
     }
     throw Failure(
         ExitCode::kRefused,
-        "camera " + camera.name + " has no vendor unit that answers (" + failure.Message() + ")",
+        Format("camera {} has no vendor unit that answers ({})", camera.name, failure.Message()),
         "Is it a camera with this chip? borvanusb doctor tells more.");
   }
   return opened;

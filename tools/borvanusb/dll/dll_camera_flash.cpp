@@ -3,6 +3,7 @@
 
 #include "base/failure.h"
 #include "base/files.h"
+#include "base/format.h"
 #include "base/numbers.h"
 #include "camera/flash_readings.h"
 #include "dll/dll_camera.h"
@@ -52,8 +53,8 @@ std::vector<std::uint8_t> DllCamera::Dump(const std::string& what, std::uint64_t
   job.file = &file;
   job.file_size = size;
   if (Finish(what, job).outcome == JobEnd::Outcome::kUnknown) {
-    throw Failure(ExitCode::kDevice, what + ": not all bytes arrived, and the reason was lost",
-                  kAgain);
+    throw Failure(ExitCode::kDevice,
+                  Format("{}: not all bytes arrived, and the reason was lost", what), kAgain);
   }
   return ReadWholeFile(file.name);
 }
@@ -65,7 +66,7 @@ std::vector<std::uint8_t> DllCamera::ReadFlashByJob(std::uint32_t address, std::
   job.doing = "reading flash";
   job.total = size;
   job.advance = &advance;
-  return Dump("reading flash " + Text(Range{address, last}), size, job,
+  return Dump(Format("reading flash {}", Text(Range{address, last})), size, job,
               [&](const Exports& exports, const char* name) {
                 return exports.UsbFlashQuickReadFile(name, address, last);
               });
@@ -135,7 +136,7 @@ std::vector<std::uint8_t> DllCamera::ReadFlashPart(std::uint32_t address, std::u
     const auto first = static_cast<std::uint32_t>(address + open->offset);
     const Range range{first, static_cast<std::uint32_t>(first + open->size - 1)};
     throw Failure(ExitCode::kDevice,
-                  "reading flash " + Text(range) + ": the flash reads differently each time",
+                  Format("reading flash {}: the flash reads differently each time", Text(range)),
                   "Check the cable and the camera's supply, and repeat the command.");
   }
   return readings.Take();
@@ -173,14 +174,15 @@ void DllCamera::ProgramFlash(std::uint32_t address, std::span<const std::uint8_t
   job.total = bytes.size();
   job.advance = &advance;
   const Range range{address, static_cast<std::uint32_t>(address + bytes.size() - 1)};
-  const std::string what = "programming flash " + Text(range);
+  const std::string what = Format("programming flash {}", Text(range));
   const JobEnd end =
       SendFile(what, bytes, "bin", job, [&](const Exports& exports, const char* name) {
         return exports.UsbFlashWriteFile(name, address);
       });
   if (end.outcome == JobEnd::Outcome::kUnknown &&
       !std::ranges::equal(ReadFlash(address, bytes.size(), {}), bytes)) {
-    throw Failure(ExitCode::kDevice, what + ": it failed, and the reason was lost", kAgain);
+    throw Failure(ExitCode::kDevice, Format("{}: it failed, and the reason was lost", what),
+                  kAgain);
   }
 }
 

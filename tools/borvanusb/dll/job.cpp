@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "base/failure.h"
+#include "base/format.h"
 #include "dll/job_reports.h"
 
 namespace borvanusb {
@@ -39,13 +40,8 @@ constexpr std::int32_t kWhole = 100;
 std::string Seconds(Milliseconds time) {
   constexpr std::int64_t kTenth = 100;
   const std::int64_t tenths = time.count() / kTenth;
-  std::string text = std::to_string(tenths / 10);
-  if (tenths % 10 != 0) {
-    text += '.';
-    text += std::to_string(tenths % 10);
-  }
-  text += " s";
-  return text;
+  return tenths % 10 != 0 ? Format("{}.{} s", tenths / 10, tenths % 10)
+                          : Format("{} s", tenths / 10);
 }
 
 // The thread of a job, found by what was not there before the job.
@@ -127,12 +123,12 @@ class Runner {
       started = job_.start(library_.Functions());
     } catch (const std::exception& error) {
       throw Failure(ExitCode::kInternal,
-                    std::string(job_.doing) + " can't be started: " + error.what(),
+                    Format("{} can't be started: {}", job_.doing, error.what()),
                     "Close other programs and try again.");
     }
     if (!started) {
-      throw Failure(ExitCode::kFile, std::string(job_.doing) + " can't be started: " +
-                                         library_.StatusText(ReportedStatus(Progress())));
+      throw Failure(ExitCode::kFile, Format("{} can't be started: {}", job_.doing,
+                                            library_.StatusText(ReportedStatus(Progress()))));
     }
   }
 
@@ -287,7 +283,7 @@ class Runner {
         library_.Limit() + (percent_ > 0 ? Milliseconds(0) : job_.silence);
     if (standing_ > patience) {
       throw Failure(
-          ExitCode::kTimeout, std::string(job_.doing) + ": no progress for " + Seconds(patience),
+          ExitCode::kTimeout, Format("{}: no progress for {}", job_.doing, Seconds(patience)),
           "Plug the camera in again and repeat the command; --timeout sets how long to wait.");
     }
   }

@@ -4,6 +4,8 @@
 #include <charconv>
 #include <utility>
 
+#include "base/format.h"
+
 namespace borvanusb {
 
 namespace {
@@ -35,11 +37,7 @@ bool Take(std::string_view& text, std::string_view expected) {
 
 std::string ScratchName(std::uint32_t process, std::uint64_t ticks, unsigned number,
                         std::string_view extension) {
-  std::string name(kPrefix);
-  name += std::to_string(process) + '-' + std::to_string(ticks) + '-' + std::to_string(number);
-  name += '.';
-  name += extension;
-  return name;
+  return Format("{}{}-{}-{}.{}", kPrefix, process, ticks, number, extension);
 }
 
 std::optional<std::uint32_t> ScratchOwner(std::string_view name) {

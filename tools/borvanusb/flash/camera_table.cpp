@@ -1,9 +1,8 @@
 #include "flash/camera_table.h"
 
 #include <algorithm>
-#include <array>
-#include <cstdio>
 
+#include "base/format.h"
 #include "output/columns.h"
 
 namespace borvanusb {
@@ -22,9 +21,7 @@ std::string RateText(double rate) {
   if (rate <= 0) {
     return "";
   }
-  std::array<char, 32> text{};
-  std::snprintf(text.data(), text.size(), "  %.1f KiB/s", rate / kKibi);
-  return text.data();
+  return Format("  {:.1f} KiB/s", rate / kKibi);
 }
 
 }  // namespace
@@ -33,13 +30,13 @@ CameraTable::CameraTable(const std::vector<CameraIdentity>& cameras, Output& out
                          const Host& host, Mode mode)
     : output_(output), host_(host), mode_(mode) {
   for (const CameraIdentity& camera : cameras) {
-    rows_.push_back({.camera = std::to_string(camera.index) + "  " + camera.vid + ":" + camera.pid +
-                               "  " + camera.name,
-                     .stage = "waiting",
-                     .percent = 0,
-                     .rate = 0,
-                     .told_stage = {},
-                     .told_percent = 0});
+    rows_.push_back(
+        {.camera = Format("{}  {}:{}  {}", camera.index, camera.vid, camera.pid, camera.name),
+         .stage = "waiting",
+         .percent = 0,
+         .rate = 0,
+         .told_stage = {},
+         .told_percent = 0});
   }
   Draw(true);
 }
@@ -64,7 +61,7 @@ void CameraTable::SetEnd(std::size_t camera, bool well) {
 }
 
 void CameraTable::Remark(std::size_t camera, const std::string& text) {
-  const std::string line = rows_.at(camera).camera + ": " + text;
+  const std::string line = Format("{}: {}", rows_.at(camera).camera, text);
   if (mode_ == Mode::kBars) {
     remarks_.push_back(line);
   } else {
@@ -89,7 +86,7 @@ void CameraTable::TellLine(Row& row) {
   }
   row.told_stage = row.stage;
   row.told_percent = row.percent / kPercentBetweenLines * kPercentBetweenLines;
-  output_.Note(row.camera + ": " + row.stage + " " + std::to_string(row.percent) + " %");
+  output_.Note(Format("{}: {} {} %", row.camera, row.stage, row.percent));
 }
 
 void CameraTable::Draw(bool at_once) {
@@ -114,12 +111,9 @@ void CameraTable::Draw(bool at_once) {
 
 std::string CameraTable::RowText(const Row& row) const {
   const int filled = row.percent * kBarWidth / kWhole;
-  std::string percent = std::to_string(row.percent);
-  percent.insert(0, 3 - percent.size(), ' ');
-  return Fitted(row.camera, kNameWidth) + " " + Fitted(row.stage, kStageWidth) + " [" +
-         std::string(static_cast<std::size_t>(filled), '=') +
-         std::string(static_cast<std::size_t>(kBarWidth - filled), ' ') + "] " + percent + " %" +
-         RateText(row.rate);
+  return Format("{} {} [{:=<{}}{:<{}}] {:3} %{}", Fitted(row.camera, kNameWidth),
+                Fitted(row.stage, kStageWidth), "", filled, "", kBarWidth - filled, row.percent,
+                RateText(row.rate));
 }
 
 }  // namespace borvanusb

@@ -5,6 +5,7 @@
 
 #include "base/failure.h"
 #include "base/files.h"
+#include "base/format.h"
 #include "base/sha256.h"
 #include "base/time_text.h"
 #include "camera/camera_choice.h"
@@ -37,10 +38,11 @@ constexpr std::uint8_t kErased = 0xFF;
 void RefuseHalfSectors(const Range& range) {
   const Range whole = SectorsAround(range.first, range.Size()).Whole();
   if (!(whole == range)) {
-    throw Failure(ExitCode::kUsage,
-                  "RANGE: " + Text(range) +
-                      " ends within a sector; only whole sectors of 4096 bytes can be erased",
-                  "The sectors around it are " + Text(whole) + ".");
+    throw Failure(
+        ExitCode::kUsage,
+        Format("RANGE: {} ends within a sector; only whole sectors of 4096 bytes can be erased",
+               Text(range)),
+        Format("The sectors around it are {}.", Text(whole)));
   }
 }
 
@@ -104,8 +106,8 @@ ExitCode Eraser::Run() {
 
 void Eraser::Confirm() const {
   if (!command_.yes &&
-      !context_.host.Ask("Erase " + SizeText(range_.Size()) + " of flash, " + Text(range_) +
-                         ", of camera " + CameraLine(identity_) + "?")) {
+      !context_.host.Ask(Format("Erase {} of flash, {}, of camera {}?", SizeText(range_.Size()),
+                                Text(range_), CameraLine(identity_)))) {
     throw Failure(ExitCode::kStopped, "nothing was erased",
                   "Answer y, or give --yes to erase without being asked.");
   }
@@ -129,7 +131,8 @@ void Eraser::Secure() {
   const Range saved{changes_.front().first, changes_.back().last};
   if (recovery_.backup) {
     backup_ = recovery_.backup;
-    context_.output.Note("the backup from before the cut-off erasing stays: " + backup_->file);
+    context_.output.Note(
+        Format("the backup from before the cut-off erasing stays: {}", backup_->file));
   } else if (command_.backup) {
     const std::string file = command_.backup_file.empty()
                                  ? BackupName("flash", identity_, saved.first, context_.host)
@@ -137,7 +140,7 @@ void Eraser::Secure() {
     backup_ =
         WriteBackup(file, saved.first,
                     PartOf(std::span<const std::uint8_t>(recovery_.before), range_.first, saved));
-    context_.output.Note("backup of " + Text(saved) + ": " + file);
+    context_.output.Note(Format("backup of {}: {}", Text(saved), file));
   }
   FollowInJournals(*store_, changes_, sectors_, recovery_.truth, blank_);
   ReleaseSectors(*store_, recovery_, changes_, sectors_, blank_);
@@ -186,13 +189,13 @@ void Eraser::Erase(const Ranges& sectors) {
 
 void Eraser::FailErase(const Failure& failure, const Ranges& erased, std::uint32_t sector) const {
   const bool at_sector = failure.Code() != ExitCode::kStopped;
-  const std::string message = failure.Message() + "; " +
-                              (erased.empty() ? "nothing" : RangesText(erased)) + " is erased" +
-                              (at_sector ? ", the sector at " + Hex(sector) + " perhaps" : "");
+  const std::string message = Format(
+      "{}; {} is erased{}", failure.Message(), erased.empty() ? "nothing" : RangesText(erased),
+      at_sector ? Format(", the sector at {} perhaps", Hex(sector)) : "");
   std::string hint = failure.Hint();
   if (backup_) {
-    hint += (hint.empty() ? "" : "\n") + std::string("To go back: ") +
-            GoBackText(backup_->file, backup_->address, identity_, false);
+    hint += Format("{}To go back: {}", hint.empty() ? "" : "\n",
+                   GoBackText(backup_->file, backup_->address, identity_, false));
   }
   throw Failure(failure.Code(), message, hint);
 }
@@ -216,7 +219,7 @@ void Eraser::Verify() {
       return;
     }
     const Ranges sectors = SectorsOf(wrong_);
-    context_.output.Note(RangesText(sectors) + " is not blank; erasing once more");
+    context_.output.Note(Format("{} is not blank; erasing once more", RangesText(sectors)));
     Erase(sectors);
   }
 }
@@ -230,7 +233,7 @@ void Eraser::End() {
       store_->Remove(file);
     }
   } catch (const Failure& failure) {
-    context_.output.Note(failure.Message() + "; the change itself is finished");
+    context_.output.Note(Format("{}; the change itself is finished", failure.Message()));
   }
 }
 
@@ -245,18 +248,17 @@ ExitCode Eraser::Tell() {
                      {"verified", wrong_.empty()},
                      {"wrong", ToJson(wrong_)}};
   if (!wrong_.empty()) {
-    context_.output.Error("borvanusb: flash erase: erased " + Text(range_) + ", but " +
-                          std::to_string(TotalSize(wrong_)) +
-                          " bytes do not read 0xff: " + RangesText(wrong_));
+    context_.output.Error(
+        Format("borvanusb: flash erase: erased {}, but {} bytes do not read 0xff: {}", Text(range_),
+               TotalSize(wrong_), RangesText(wrong_)));
     return ExitCode::kVerify;
   }
   const std::uint64_t sectors = range_.Size() / kSectorSize;
   const std::uint64_t erased = TotalSize(changes_) / kSectorSize;
-  context_.output.Line("Erased " + SizeText(range_.Size()) + ", " + Text(range_) +
-                       "; all of it reads 0xff" +
-                       (erased == sectors ? std::string(".")
-                                          : ", " + std::to_string(sectors - erased) + " of " +
-                                                std::to_string(sectors) + " sectors did already."));
+  context_.output.Line(Format(
+      "Erased {}, {}; all of it reads 0xff{}", SizeText(range_.Size()), Text(range_),
+      erased == sectors ? std::string(".")
+                        : Format(", {} of {} sectors did already.", sectors - erased, sectors)));
   return ExitCode::kDone;
 }
 

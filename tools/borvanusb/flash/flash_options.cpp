@@ -3,6 +3,7 @@
 #include <utility>
 #include <vector>
 
+#include "base/format.h"
 #include "flash/name_address.h"
 
 namespace borvanusb {
@@ -11,13 +12,13 @@ Range RangeBesideAll(const std::string& text) {
   try {
     return FlashRangeValue(text);
   } catch (const WrongValue& wrong) {
-    throw WrongValue(wrong.what() + std::string("; all means the whole flash"));
+    throw WrongValue(Format("{}; all means the whole flash", wrong.what()));
   }
 }
 
 std::string RangeRemark(const std::string& text) {
   const std::string remark = RemarkOnEnd(text);
-  return remark.empty() ? remark : text + " " + remark;
+  return remark.empty() ? remark : Format("{} {}", text, remark);
 }
 
 void AskForAddress(const std::string& image, const GivenOptions& given) {
@@ -28,12 +29,13 @@ void AskForAddress(const std::string& image, const GivenOptions& given) {
   std::string shown;
   std::vector<WrongUse::Way> ways;
   for (const std::uint32_t address : addresses) {
-    shown += (shown.empty() ? "" : " and ") + Hex(address);
-    ways.push_back({"If it belongs to " + Hex(address), {"--address", Hex(address)}});
+    shown += Format("{}{}", shown.empty() ? "" : " and ", Hex(address));
+    ways.push_back({Format("If it belongs to {}", Hex(address)), {"--address", Hex(address)}});
   }
   ways.push_back({"If it belongs to the beginning of the flash", {"--address", "0"}});
-  throw WrongUse("--address: is missing, but the name of " + Quoted(image) + " carries " + shown,
-                 std::move(ways));
+  throw WrongUse(
+      Format("--address: is missing, but the name of {} carries {}", Quoted(image), shown),
+      std::move(ways));
 }
 
 }  // namespace borvanusb

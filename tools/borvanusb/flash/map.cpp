@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <nlohmann/json.hpp>
 
+#include "base/format.h"
 #include "camera/camera_choice.h"
 #include "camera/camera_json.h"
 #include "camera/host.h"
@@ -58,12 +59,12 @@ ExitCode Run(const FlashMapCommand& command, Context& context) {
     std::fill_n(signs.begin() + start, run.Size() / kSectorSize, kUsedSign);
   }
   for (std::uint64_t i = 0; i < signs.size(); i += kSectorsPerLine) {
-    context.output.Line(Hex(range.first + i * kSectorSize, kAddressDigits) + "  " +
-                        signs.substr(i, kSectorsPerLine));
+    context.output.Line(Format("{}  {}", Hex(range.first + i * kSectorSize, kAddressDigits),
+                               signs.substr(i, kSectorsPerLine)));
   }
-  context.output.Line(std::string(1, kUsedSign) + " used: " + SizeText(TotalSize(used)) + "   " +
-                      kBlankSign + " blank: " + SizeText(TotalSize(blank)) +
-                      "   each sign is a sector of 4096 bytes");
+  context.output.Line(Format("{} used: {}   {} blank: {}   each sign is a sector of 4096 bytes",
+                             kUsedSign, SizeText(TotalSize(used)), kBlankSign,
+                             SizeText(TotalSize(blank))));
   context.result = {
       {"camera", CameraJson(identity)}, {"first", range.first},           {"last", range.last},
       {"sector_size", kSectorSize},     {"used", ToJson(used)},           {"blank", ToJson(blank)},

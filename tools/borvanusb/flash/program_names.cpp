@@ -1,6 +1,7 @@
 #include "flash/program_names.h"
 
 #include "base/files.h"
+#include "base/format.h"
 #include "base/numbers.h"
 #include "command/command_line.h"
 
@@ -63,7 +64,7 @@ std::string GoBackText(const std::string& backup, std::uint32_t address,
 
 std::string InsertBeforeExtension(const std::string& file, const std::string& part) {
   const NameParts parts = SplitName(file);
-  return parts.stem + "-" + part + parts.extension;
+  return Format("{}-{}{}", parts.stem, part, parts.extension);
 }
 
 }  // namespace borvanusb

@@ -1,14 +1,13 @@
 #include "flash/program_several.h"
 
 #include <algorithm>
-#include <array>
 #include <chrono>
-#include <cstdio>
 #include <nlohmann/json.hpp>
 #include <string>
 #include <vector>
 
 #include "base/failure.h"
+#include "base/format.h"
 #include "camera/camera_choice.h"
 #include "camera/camera_json.h"
 #include "camera/host.h"
@@ -39,7 +38,8 @@ std::vector<CameraIdentity> Chosen(const FlashProgramCommand& command, Context& 
     const CameraIdentity camera = ChooseCamera(all, choice);
     if (std::ranges::any_of(
             chosen, [&](const CameraIdentity& other) { return other.path == camera.path; })) {
-      throw Failure(ExitCode::kUsage, "--camera: camera " + CameraLine(camera) + " is given twice",
+      throw Failure(ExitCode::kUsage,
+                    Format("--camera: camera {} is given twice", CameraLine(camera)),
                     "Name each camera once.");
     }
     chosen.push_back(camera);
@@ -56,11 +56,10 @@ std::vector<std::string> ChildWords(FlashProgramCommand command, const CommonArg
   command.report = own(command.report);
   command.backup_file = own(command.backup_file);
   std::vector<std::string> words = ProgramWords(command);
-  std::array<char, 32> seconds{};
-  std::snprintf(seconds.data(), seconds.size(), "%.3f",
-                std::chrono::duration<double>(common.timeout).count());
-  words.insert(words.end(), {"--camera", camera.path, "--json", "--progress", "json", "--timeout",
-                             seconds.data()});
+  const std::string seconds =
+      Format("{:.3f}", std::chrono::duration<double>(common.timeout).count());
+  words.insert(words.end(),
+               {"--camera", camera.path, "--json", "--progress", "json", "--timeout", seconds});
   if (!common.trace.empty()) {
     words.insert(words.end(), {"--trace", own(common.trace)});
   }
@@ -72,15 +71,14 @@ std::vector<std::string> ChildWords(FlashProgramCommand command, const CommonArg
 
 std::string Summary(const Json& result) {
   if (result.value("dry_run", false)) {
-    return "would change " + std::to_string(result.value("changed_bytes", std::uint64_t{0})) +
-           " bytes";
+    return Format("would change {} bytes", result.value("changed_bytes", std::uint64_t{0}));
   }
   const auto changed = result.value("changed_bytes", std::uint64_t{0}) / kSectorSize;
-  return changed == 0
-             ? "holds the image already"
-             : "programmed, " + std::to_string(changed) + " sectors changed" +
-                   (result.contains("verified") && result["verified"] == true ? ", read back equal"
-                                                                              : "");
+  return changed == 0 ? "holds the image already"
+                      : Format("programmed, {} sectors changed{}", changed,
+                               result.contains("verified") && result["verified"] == true
+                                   ? ", read back equal"
+                                   : "");
 }
 
 // What the children say.
@@ -168,14 +166,15 @@ class Children {
                        {"error", error}};
     context_.output.JsonLine(line.dump(-1, ' ', false, Json::error_handler_t::replace));
     if (code == ExitCode::kDone) {
-      context_.output.Line(CameraLine(camera) + ": " + (said.is_object() ? Summary(said) : "done"));
+      context_.output.Line(
+          Format("{}: {}", CameraLine(camera), said.is_object() ? Summary(said) : "done"));
       return;
     }
-    context_.output.Line(CameraLine(camera) + ": failed, " + std::string(KindOf(code)));
-    context_.output.Error("camera " + std::to_string(camera.index) + ": " +
-                          error.value("message", std::string()));
+    context_.output.Line(Format("{}: failed, {}", CameraLine(camera), KindOf(code)));
+    context_.output.Error(
+        Format("camera {}: {}", camera.index, error.value("message", std::string())));
     if (const std::string hint = error.value("hint", std::string()); !hint.empty()) {
-      context_.output.Error("  " + hint);
+      context_.output.Error(Format("  {}", hint));
     }
   }
 

@@ -1,5 +1,6 @@
 #include "flash/program_text.h"
 
+#include "base/format.h"
 #include "base/numbers.h"
 #include "camera/camera_choice.h"
 #include "flash/engine/byte_ranges.h"
@@ -16,31 +17,29 @@ std::string PlaceOf(const Image& image) {
 
 void ShowPlan(const Image& image, const ProgramOutcome& outcome, Output& output) {
   const std::uint64_t changed = TotalSize(outcome.changes);
-  output.Line("camera     " + (outcome.camera ? CameraLine(*outcome.camera) : ""));
-  output.Line("image      " + image.file + ", " + SizeText(image.bytes.size()));
-  output.Line("SHA-256    " + image.sha256);
-  output.Line("goes to    " + PlaceOf(image));
-  output.Line("sectors    " + std::to_string(outcome.sectors) + ", of which " +
-              std::to_string(changed / kSectorSize) + " change" +
-              (changed == 0 ? "" : ": " + RangesText(outcome.changes)));
-  output.Line("to write   " + SizeText(changed));
-  output.Line("transfers  " + std::to_string(outcome.transfers) + ", about " +
-              SecondsText(outcome.expected_seconds) +
-              " and the time that the flash takes to erase");
+  output.Line(Format("camera     {}", outcome.camera ? CameraLine(*outcome.camera) : ""));
+  output.Line(Format("image      {}, {}", image.file, SizeText(image.bytes.size())));
+  output.Line(Format("SHA-256    {}", image.sha256));
+  output.Line(Format("goes to    {}", PlaceOf(image)));
+  output.Line(Format("sectors    {}, of which {} change{}", outcome.sectors, changed / kSectorSize,
+                     changed == 0 ? "" : Format(": {}", RangesText(outcome.changes))));
+  output.Line(Format("to write   {}", SizeText(changed)));
+  output.Line(Format("transfers  {}, about {} and the time that the flash takes to erase",
+                     outcome.transfers, SecondsText(outcome.expected_seconds)));
   output.Line("Nothing was changed.");
 }
 
 void ShowResult(const Image& image, const ProgramOutcome& outcome, Output& output) {
   if (outcome.changes.empty()) {
-    output.Line("The flash holds the image already: " + PlaceOf(image) + ", " +
-                SizeText(image.bytes.size()) + ", compared.");
+    output.Line(Format("The flash holds the image already: {}, {}, compared.", PlaceOf(image),
+                       SizeText(image.bytes.size())));
     return;
   }
-  output.Line("Programmed " + SizeText(image.bytes.size()) + " at " + PlaceOf(image) + ": " +
-              std::to_string(TotalSize(outcome.changes) / kSectorSize) + " of " +
-              std::to_string(outcome.sectors) + " sectors changed, " +
-              (outcome.verified.value_or(false) ? "all read back equal" : "not read back") + ", " +
-              SecondsText(outcome.total_seconds) + ".");
+  output.Line(Format("Programmed {} at {}: {} of {} sectors changed, {}, {}.",
+                     SizeText(image.bytes.size()), PlaceOf(image),
+                     TotalSize(outcome.changes) / kSectorSize, outcome.sectors,
+                     outcome.verified.value_or(false) ? "all read back equal" : "not read back",
+                     SecondsText(outcome.total_seconds)));
 }
 
 }  // namespace borvanusb

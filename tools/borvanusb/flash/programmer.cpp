@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "base/files.h"
+#include "base/format.h"
 #include "camera/camera_choice.h"
 #include "command/command_line.h"
 #include "flash/engine/image_format.h"
@@ -97,7 +98,7 @@ ExitCode FlashProgrammer::Run() {
     WriteReport();
   } catch (const Failure& failure) {
     // What was done with the camera is done, and told above.
-    context_.output.Error("borvanusb: flash program: the report: " + failure.Message());
+    context_.output.Error(Format("borvanusb: flash program: the report: {}", failure.Message()));
     return failure.Code();
   }
   return ExitCode::kDone;
@@ -106,7 +107,8 @@ ExitCode FlashProgrammer::Run() {
 void FlashProgrammer::CheckNames() const {
   for (const std::string& file : {command_.report, command_.backup_file}) {
     if (!file.empty() && SameFile(file, command_.image)) {
-      throw Failure(ExitCode::kUsage, file + " is the image itself and would be overwritten",
+      throw Failure(ExitCode::kUsage,
+                    Format("{} is the image itself and would be overwritten", file),
                     "Give the backup and the report names of their own.");
     }
   }
@@ -209,9 +211,9 @@ void FlashProgrammer::Fail(const Failure& failure) {
   }
   std::string hint = failure.Hint();
   if (site_ && !command_.dry_run) {
-    message += "; " + state_->Sentence();
+    message += Format("; {}", state_->Sentence());
     const std::string advice = state_->Advice();
-    hint += (hint.empty() || advice.empty() ? "" : "\n") + advice;
+    hint += Format("{}{}", hint.empty() || advice.empty() ? "" : "\n", advice);
   }
   outcome_.code = failure.Code();
   outcome_.message = message;
@@ -219,7 +221,7 @@ void FlashProgrammer::Fail(const Failure& failure) {
   try {
     WriteReport();
   } catch (const Failure& second) {
-    context_.output.Note("the report: " + second.Message());
+    context_.output.Note(Format("the report: {}", second.Message()));
   }
   throw Failure(failure.Code(), message, hint);
 }
@@ -228,8 +230,8 @@ void FlashProgrammer::WriteReport() const {
   if (!command_.report.empty()) {
     WriteWholeText(
         command_.report,
-        ToJson(outcome_, *state_).dump(2, ' ', false, nlohmann::json::error_handler_t::replace) +
-            "\n");
+        Format("{}\n", ToJson(outcome_, *state_)
+                           .dump(2, ' ', false, nlohmann::json::error_handler_t::replace)));
   }
 }
 

@@ -1,6 +1,7 @@
 #include <nlohmann/json.hpp>
 
 #include "base/files.h"
+#include "base/format.h"
 #include "base/sha256.h"
 #include "camera/camera_choice.h"
 #include "camera/camera_json.h"
@@ -49,8 +50,8 @@ ExitCode Run(const FlashReadCommand& command, Context& context) {
     WriteWholeFile(command.file, bytes);
   }
   const std::string digest = Sha256(bytes);
-  context.output.Line("Read " + SizeText(bytes.size()) + " from " + Text(range) + " into " +
-                      command.file + ", SHA-256 " + digest + ".");
+  context.output.Line(Format("Read {} from {} into {}, SHA-256 {}.", SizeText(bytes.size()),
+                             Text(range), command.file, digest));
   context.result = {{"camera", CameraJson(identity)},
                     {"first", range.first},
                     {"last", range.last},

@@ -1,10 +1,9 @@
 #include "flash/report.h"
 
-#include "base/time_text.h"
-
-#include <array>
-#include <cstdio>
 #include <nlohmann/json.hpp>
+
+#include "base/format.h"
+#include "base/time_text.h"
 #include "camera/camera_json.h"
 
 namespace borvanusb {
@@ -54,10 +53,7 @@ Json ToJson(const ProgramOutcome& outcome, const WorkState& state) {
 }
 
 std::string SecondsText(double seconds) {
-  std::array<char, 32> text{};
-  const int length =
-      std::snprintf(text.data(), text.size(), seconds < 10 ? "%.2f s" : "%.1f s", seconds);
-  return {text.data(), static_cast<std::size_t>(length)};
+  return Format("{:.{}f} s", seconds, seconds < 10 ? 2 : 1);
 }
 
 }  // namespace borvanusb

@@ -4,6 +4,7 @@
 
 #include "base/failure.h"
 #include "base/files.h"
+#include "base/format.h"
 #include "camera/camera_choice.h"
 #include "camera/camera_json.h"
 #include "camera/host.h"
@@ -59,7 +60,7 @@ ExitCode Run(const FlashVerifyCommand& command, Context& context) {
   }
   if (!command.diff.empty()) {
     if (SameFile(command.diff, command.image)) {
-      throw Failure(ExitCode::kUsage, "--diff: " + command.diff + " is the image itself",
+      throw Failure(ExitCode::kUsage, Format("--diff: {} is the image itself", command.diff),
                     "Give the differences a file of their own.");
     }
     CheckWritable(command.diff);
@@ -88,21 +89,21 @@ ExitCode Run(const FlashVerifyCommand& command, Context& context) {
       {"first_difference", wrong.empty() ? Json() : Json(wrong.front().first)},
       {"different", ToJson(wrong)}};
   if (wrong.empty()) {
-    context.output.Line("Equal: the flash holds the image at " + Text(place) + ", " +
-                        SizeText(image.bytes.size()) + ".");
+    context.output.Line(Format("Equal: the flash holds the image at {}, {}.", Text(place),
+                               SizeText(image.bytes.size())));
     return ExitCode::kDone;
   }
   const std::uint32_t first = wrong.front().first;
   const std::uint32_t offset = first - image.address;
-  context.output.Error("borvanusb: flash verify: " + SizeText(TotalSize(wrong)) +
-                       (TotalSize(wrong) == 1 ? " differs" : " differ") + ", the first at " +
-                       Hex(first));
-  context.output.Line("Different: " + std::to_string(TotalSize(wrong)) + " of " +
-                      std::to_string(image.bytes.size()) + " bytes, in " +
-                      std::to_string(wrong.size()) + (wrong.size() == 1 ? " range" : " ranges"));
-  context.output.Line("first      " + Hex(first, 8) + ": the flash holds " + Hex(found[offset], 2) +
-                      ", the image " + Hex(image.bytes[offset], 2));
-  context.output.Line("ranges     " + RangesText(wrong));
+  context.output.Error(Format("borvanusb: flash verify: {}{}, the first at {}",
+                              SizeText(TotalSize(wrong)),
+                              TotalSize(wrong) == 1 ? " differs" : " differ", Hex(first)));
+  context.output.Line(Format("Different: {} of {} bytes, in {}{}", TotalSize(wrong),
+                             image.bytes.size(), wrong.size(),
+                             wrong.size() == 1 ? " range" : " ranges"));
+  context.output.Line(Format("first      {}: the flash holds {}, the image {}", Hex(first, 8),
+                             Hex(found[offset], 2), Hex(image.bytes[offset], 2)));
+  context.output.Line(Format("ranges     {}", RangesText(wrong)));
   return ExitCode::kVerify;
 }
 

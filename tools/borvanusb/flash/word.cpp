@@ -5,6 +5,7 @@
 
 #include "base/failure.h"
 #include "base/files.h"
+#include "base/format.h"
 #include "base/sha256.h"
 #include "base/time_text.h"
 #include "camera/camera_choice.h"
@@ -70,8 +71,8 @@ void RefuseOpenSector(Camera& camera, const JournalStore& store, const Range& wo
   if (!recovery.used.empty()) {
     const Journal& journal = recovery.used.front().journal;
     throw Failure(ExitCode::kFile,
-                  "the sector belongs to an unfinished " + journal.command + " of " +
-                      journal.image + ", of which " + recovery.used.front().file + " tells",
+                  Format("the sector belongs to an unfinished {} of {}, of which {} tells",
+                         journal.command, journal.image, recovery.used.front().file),
                   "Repeat that command first.");
   }
   std::vector<std::uint8_t> after = now;
@@ -96,13 +97,13 @@ class WordWriter {
     const std::uint32_t before = ReadWord(camera_, command_.address);
     context_.result["before"] = before;
     if ((before & value) != value) {
-      context_.output.Note("the flash holds " + WordText(before) + " at " + Hex(command_.address) +
-                           "; writing only clears bits, so it can't become " + WordText(value) +
-                           " before its sector is erased");
+      context_.output.Note(
+          Format("the flash holds {} at {}; writing only clears bits, so it can't become {} before "
+                 "its sector is erased",
+                 WordText(before), Hex(command_.address), WordText(value)));
     }
-    if (!command_.yes &&
-        !context_.host.Ask("Write " + WordText(value) + " over " + WordText(before) + " at " +
-                           Hex(command_.address) + "?")) {
+    if (!command_.yes && !context_.host.Ask(Format("Write {} over {} at {}?", WordText(value),
+                                                   WordText(before), Hex(command_.address)))) {
       throw Failure(ExitCode::kStopped, "nothing was written",
                     "Answer y, or give --yes to write without being asked.");
     }
@@ -113,13 +114,13 @@ class WordWriter {
     context_.result["value"] = found;
     context_.result["verified"] = found == value;
     if (found != value) {
-      context_.output.Error("borvanusb: flash word: " + Hex(command_.address) + ": wrote " +
-                            WordText(value) + ", but reads back " + WordText(found));
+      context_.output.Error(Format("borvanusb: flash word: {}: wrote {}, but reads back {}",
+                                   Hex(command_.address), WordText(value), WordText(found)));
       return ExitCode::kVerify;
     }
     EndJournals();
-    context_.output.Line(Hex(command_.address) + ": " + WordText(found) +
-                         ", reads back as written");
+    context_.output.Line(
+        Format("{}: {}, reads back as written", Hex(command_.address), WordText(found)));
     return ExitCode::kDone;
   }
 
@@ -135,8 +136,8 @@ class WordWriter {
                                  : command_.backup_file;
     const BackupRecord backup = WriteBackup(file, command_.address, BytesOf(before));
     context_.result["backup"] = backup.file;
-    context_.output.Note("backup of " + SizeText(kWordSize) + " at " + Hex(command_.address) +
-                         ": " + file);
+    context_.output.Note(
+        Format("backup of {} at {}: {}", SizeText(kWordSize), Hex(command_.address), file));
     WorkJournal(store_, store_.NewName(TimeInFileName(context_.host.Now())),
                 Journal{.command = kCommand,
                         .begun = TimeText(context_.host.Now()),
@@ -178,7 +179,7 @@ ExitCode Run(const FlashWordCommand& command, Context& context) {
   if (command.address > kLastWord) {
     throw Failure(
         ExitCode::kUsage,
-        "ADDR: the four bytes at " + Hex(command.address) + " would reach beyond 0xffffffff",
+        Format("ADDR: the four bytes at {} would reach beyond 0xffffffff", Hex(command.address)),
         "The last word is at 0xfffffffc.");
   }
   const CameraIdentity identity = ChosenCamera(context.host, context.common.cameras);
@@ -194,7 +195,7 @@ ExitCode Run(const FlashWordCommand& command, Context& context) {
   }
   const std::uint32_t word = ReadWord(*camera, command.address);
   context.result["value"] = word;
-  context.output.Line(Hex(command.address) + ": " + WordText(word));
+  context.output.Line(Format("{}: {}", Hex(command.address), WordText(word)));
   return ExitCode::kDone;
 }
 

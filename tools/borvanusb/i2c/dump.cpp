@@ -1,6 +1,7 @@
 #include <nlohmann/json.hpp>
 
 #include "base/files.h"
+#include "base/format.h"
 #include "base/width_modes.h"
 #include "command/camera_work.h"
 #include "command/command_rules.h"
@@ -53,8 +54,8 @@ ExitCode Run(const I2cDumpCommand& command, Context& context) {
     context.result["registers"] = ValuesJson(command.range, values);
   } else {
     context.result["file"] = command.file;
-    context.output.Line(Count(values.size(), "register") + " " + Text(command.range) +
-                        " of slave " + Hex(target.slave, 2) + " in " + command.file);
+    context.output.Line(Format("{} {} of slave {} in {}", Count(values.size(), "register"),
+                               Text(command.range), Hex(target.slave, 2), command.file));
   }
   return ExitCode::kDone;
 }

@@ -2,6 +2,7 @@
 
 #include <utility>
 
+#include "base/format.h"
 #include "base/width_modes.h"
 
 namespace borvanusb {
@@ -56,10 +57,9 @@ class Checker {
     } else if (IsPassedOver(entry.address)) {
       return;
     } else if (by_entries_ && (entry.address == kSlaveMarker || entry.address == kWidthMarker)) {
-      Problem(entry.line, Hex(entry.address) +
-                              " chooses a device and a width of at most 16 bits: "
-                              "a list for mode " +
-                              std::string(WidthModeOf(*mode_).name) + " can't hold it");
+      Problem(entry.line, Format("{} chooses a device and a width of at most 16 bits: a list for "
+                                 "mode {} can't hold it",
+                                 Hex(entry.address), WidthModeOf(*mode_).name));
     } else if (entry.address == kSlaveMarker) {
       TakeSlave(entry);
     } else if (entry.address == kWidthMarker && slave_seen_) {
@@ -71,7 +71,7 @@ class Checker {
 
   void TakeSlave(const ListEntry& entry) {
     if (entry.value > kHighestSlave) {
-      Problem(entry.line, "slave " + Hex(entry.value) + " has more than 8 bits");
+      Problem(entry.line, Format("slave {} has more than 8 bits", Hex(entry.value)));
     }
     if (!checked_.slave) {
       checked_.slave = entry.value;
@@ -84,9 +84,9 @@ class Checker {
     width_told_ = true;
     mode_ = ModeOfListCode(entry.value);
     if (!mode_) {
-      Problem(entry.line, "width code " + Hex(entry.value, 2) +
-                              " means one width to some chips and another to others: 0x01 for 8/8, "
-                              "0x03 for 16/8, 0x04 for 16/16");
+      Problem(entry.line, Format("width code {} means one width to some chips and another to "
+                                 "others: 0x01 for 8/8, 0x03 for 16/8, 0x04 for 16/16",
+                                 Hex(entry.value, 2)));
     }
   }
 
@@ -109,13 +109,12 @@ class Checker {
     }
     const WidthMode& mode = WidthModeOf(*mode_);
     if (entry.address > mode.highest_address) {
-      Problem(entry.line, "address " + Hex(entry.address) + " is beyond " +
-                              Hex(mode.highest_address) + ", the highest in mode " +
-                              std::string(mode.name));
+      Problem(entry.line, Format("address {} is beyond {}, the highest in mode {}",
+                                 Hex(entry.address), Hex(mode.highest_address), mode.name));
     }
     if (entry.value > mode.highest_value) {
-      Problem(entry.line, "value " + Hex(entry.value) + " is beyond " + Hex(mode.highest_value) +
-                              ", the highest in mode " + std::string(mode.name));
+      Problem(entry.line, Format("value {} is beyond {}, the highest in mode {}", Hex(entry.value),
+                                 Hex(mode.highest_value), mode.name));
     }
   }
 
@@ -146,9 +145,9 @@ class Checker {
 };
 
 std::string Opening(const I2cTarget& target) {
-  return ListLine(kSlaveMarker, target.slave, kMarkerDigits, kSlaveDigits) + "\n" +
-         ListLine(kWidthMarker, WidthModeOf(target.mode).list_code.value(), kMarkerDigits, 2) +
-         "\n";
+  return Format(
+      "{}\n{}\n", ListLine(kSlaveMarker, target.slave, kMarkerDigits, kSlaveDigits),
+      ListLine(kWidthMarker, WidthModeOf(target.mode).list_code.value(), kMarkerDigits, 2));
 }
 
 }  // namespace
@@ -161,7 +160,7 @@ std::string I2cListText(const std::vector<ListEntry>& entries,
                         const std::optional<I2cTarget>& opening) {
   std::string text = opening ? Opening(*opening) : "";
   for (const ListEntry& entry : entries) {
-    text += ListLine(entry.address, entry.value, kMarkerDigits, 2) + "\n";
+    text += Format("{}\n", ListLine(entry.address, entry.value, kMarkerDigits, 2));
   }
   return text;
 }
@@ -169,15 +168,15 @@ std::string I2cListText(const std::vector<ListEntry>& entries,
 std::string I2cDumpText(const I2cTarget& target, const Range& range,
                         std::span<const std::uint32_t> values) {
   const WidthMode& mode = WidthModeOf(target.mode);
-  std::string text = mode.list_code
-                         ? Opening(target)
-                         : "// no list can tell this device: load with --slave " +
-                               Hex(target.slave) + " --mode " + std::string(mode.name) + "\n";
+  std::string text =
+      mode.list_code ? Opening(target)
+                     : Format("// no list can tell this device: load with --slave {} --mode {}\n",
+                              Hex(target.slave), mode.name);
   for (std::size_t i = 0; i < values.size(); ++i) {
     const auto address = static_cast<std::uint32_t>(range.first + i);
     const std::string line =
-        ListLine(address, values[i], mode.address_digits, mode.value_digits) + "\n";
-    text += IsMarker(address) ? "// no list can write this register: " + line : line;
+        Format("{}\n", ListLine(address, values[i], mode.address_digits, mode.value_digits));
+    text += IsMarker(address) ? Format("// no list can write this register: {}", line) : line;
   }
   return text;
 }

@@ -5,6 +5,7 @@
 #include <nlohmann/json.hpp>
 
 #include "base/failure.h"
+#include "base/format.h"
 #include "base/width_modes.h"
 
 namespace borvanusb {
@@ -26,8 +27,7 @@ std::int32_t WidthModeValue(const std::string& text) {
 
 void CheckI2cAddress(const std::string& name, std::uint32_t address, const I2cOptions& i2c) {
   const WidthMode& mode = WidthModeOf(i2c.mode);
-  CheckFits(name, address, mode.address_bits,
-            "the addresses of width mode " + std::string(mode.name));
+  CheckFits(name, address, mode.address_bits, Format("the addresses of width mode {}", mode.name));
 }
 
 std::vector<std::string> WidthModeNames() {

@@ -2,6 +2,7 @@
 
 #include "base/failure.h"
 #include "base/files.h"
+#include "base/format.h"
 #include "base/width_modes.h"
 #include "command/camera_work.h"
 #include "command/command_rules.h"
@@ -28,26 +29,24 @@ bool IsBeyondLists(const I2cOptions& options) {
 // hold.
 void CheckDevice(const I2cLoadCommand& command, const CheckedI2cList& checked, Context& context) {
   if (!checked.opens_itself && !command.i2c.slave) {
-    throw Failure(ExitCode::kUsage,
-                  "--slave: " + command.file +
-                      " does not open with 0xfff8 and 0xfffe, so it does "
-                      "not tell its device",
-                  "Give --slave and --mode, or put the two lines in front.");
+    throw Failure(
+        ExitCode::kUsage,
+        Format("--slave: {} does not open with 0xfff8 and 0xfffe, so it does not tell its device",
+               command.file),
+        "Give --slave and --mode, or put the two lines in front.");
   }
   if (!checked.opens_itself) {
     return;
   }
   if (IsBeyondLists(command.i2c)) {
     throw Failure(ExitCode::kUsage,
-                  "--mode: " + command.file +
-                      " opens with 0xfff8, which chooses another width "
-                      "than " +
-                      std::string(WidthModeOf(command.i2c.mode).name),
+                  Format("--mode: {} opens with 0xfff8, which chooses another width than {}",
+                         command.file, WidthModeOf(command.i2c.mode).name),
                   "Take the lines 0xfff8 and 0xfffe out, or leave --mode out.");
   }
   if (command.i2c.slave && checked.slave && *command.i2c.slave != *checked.slave) {
-    context.output.Note("note: " + command.file + " names its device itself, slave " +
-                        Hex(*checked.slave, 2) + "; --slave does not count");
+    context.output.Note(Format("note: {} names its device itself, slave {}; --slave does not count",
+                               command.file, Hex(*checked.slave, 2)));
   }
 }
 
@@ -64,8 +63,8 @@ void WriteEntries(const std::vector<ListEntry>& entries, const I2cTarget& target
         camera.WriteI2c(target, entry.address, entry.value);
       } catch (const Failure& failure) {
         throw Failure(failure.Code(),
-                      "line " + std::to_string(entry.line) + ", register " + Hex(entry.address) +
-                          ": " + failure.Message() + "; the lines before it are written",
+                      Format("line {}, register {}: {}; the lines before it are written",
+                             entry.line, Hex(entry.address), failure.Message()),
                       failure.Hint());
       }
     }
@@ -96,7 +95,7 @@ ExitCode Run(const I2cLoadCommand& command, Context& context) {
   }
   context.result = LoadJson(command.file, checked.list, checked.registers, true);
   const std::string written =
-      Count(checked.registers, "register") + " written from " + command.file;
+      Format("{} written from {}", Count(checked.registers, "register"), command.file);
   if (!command.verify) {
     context.output.Line(written);
     return ExitCode::kDone;

@@ -2,6 +2,7 @@
 
 #include <nlohmann/json.hpp>
 
+#include "base/format.h"
 #include "base/width_modes.h"
 #include "command/camera_work.h"
 #include "command/command_rules.h"
@@ -23,8 +24,8 @@ ExitCode Run(const I2cReadCommand& command, Context& context) {
                [&](std::uint32_t address) { return camera->ReadI2c(target, address); });
   const WidthMode& mode = WidthModeOf(target.mode);
   for (std::size_t i = 0; i < values.size(); ++i) {
-    context.output.Line(Hex(command.range.first + i, mode.address_digits) + "  " +
-                        Hex(values[i], mode.value_digits));
+    context.output.Line(Format("{}  {}", Hex(command.range.first + i, mode.address_digits),
+                               Hex(values[i], mode.value_digits)));
   }
   context.result = TargetJson(target);
   context.result["registers"] = ValuesJson(command.range, values);

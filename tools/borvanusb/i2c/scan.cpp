@@ -2,6 +2,7 @@
 #include <nlohmann/json.hpp>
 
 #include "base/failure.h"
+#include "base/format.h"
 #include "base/width_modes.h"
 #include "command/camera_work.h"
 #include "command/command_rules.h"
@@ -35,9 +36,10 @@ void RequireCamera(Camera& camera) {
   try {
     camera.ReadRegister(kFeatureRegister, RegisterWidth::kByte);
   } catch (const Failure& failure) {
-    throw Failure(failure.Code(),
-                  "while scanning, the camera itself stopped to answer: " + failure.Message(),
-                  failure.Hint());
+    throw Failure(
+        failure.Code(),
+        Format("while scanning, the camera itself stopped to answer: {}", failure.Message()),
+        failure.Hint());
   }
 }
 
@@ -54,7 +56,7 @@ Answers Scan(const I2cScanCommand& command, Camera& camera, Context& context) {
       if (failure.Code() != ExitCode::kDevice) {
         throw;
       }
-      context.output.Detail("slave " + Hex(slave, 2) + ": " + failure.Message());
+      context.output.Detail(Format("slave {}: {}", Hex(slave, 2), failure.Message()));
       failed = true;
     }
     // A camera that is gone fails as an empty bus does.
@@ -76,13 +78,13 @@ std::string Cell(std::uint32_t slave, const I2cScanCommand& command, const Answe
     return " --";
   }
   const bool doubtful = *Doubt(answer->second, WidthModeOf(command.i2c.mode)) != '\0';
-  return doubtful ? " ??" : " " + Hex(slave, 2).substr(2);
+  return doubtful ? " ??" : Format(" {}", Hex(slave, 2).substr(2));
 }
 
 void PrintGrid(const I2cScanCommand& command, const Answers& answers, Output& output) {
   std::string head = "    ";
   for (std::uint32_t column = 0; column < kRow; ++column) {
-    head += "  " + Hex(column).substr(2);
+    head += Format("  {}", Hex(column).substr(2));
   }
   output.Line(head);
   for (std::uint32_t row = 0; row <= kHighestSlave; row += kRow) {
@@ -101,8 +103,9 @@ void PrintList(const I2cScanCommand& command, const Answers& answers, Output& ou
   output.Line("");
   for (const auto& [slave, value] : answers) {
     const std::string doubt = Doubt(value, mode);
-    output.Line(Hex(slave, 2) + "  " + Hex(value, mode.value_digits) +
-                (doubt.empty() ? "" : "  answers, but only " + doubt + ": maybe nothing is there"));
+    output.Line(Format(
+        "{}  {}{}", Hex(slave, 2), Hex(value, mode.value_digits),
+        doubt.empty() ? "" : Format("  answers, but only {}: maybe nothing is there", doubt)));
   }
   if (answers.empty()) {
     output.Line("no slave answers");
@@ -113,14 +116,14 @@ void PrintList(const I2cScanCommand& command, const Answers& answers, Output& ou
 
 ExitCode Run(const I2cScanCommand& command, Context& context) {
   if (command.slaves.last > kHighestSlave) {
-    throw Failure(ExitCode::kUsage, "--slaves: " + Text(command.slaves) + " goes beyond 0xff",
+    throw Failure(ExitCode::kUsage, Format("--slaves: {} goes beyond 0xff", Text(command.slaves)),
                   "Slave addresses are 0 to 0xff, as the chip takes them.");
   }
   const ReservedCamera camera = ReserveChosenCamera(context);
-  const std::string question =
-      "This reads register " + Hex(command.address) + " of " +
-      Count(command.slaves.Size(), "slave") +
-      ". A device may be disturbed by it, such as one that clears what is read. Go on?";
+  const std::string question = Format(
+      "This reads register {} of {}. A device may be disturbed by it, such as one that clears what "
+      "is read. Go on?",
+      Hex(command.address), Count(command.slaves.Size(), "slave"));
   if (!command.yes && !context.host.Ask(question)) {
     throw Failure(ExitCode::kStopped, "nothing was read",
                   "Answer y to go on, or give --yes where nobody can answer.");

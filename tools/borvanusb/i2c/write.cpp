@@ -2,6 +2,7 @@
 
 #include <nlohmann/json.hpp>
 
+#include "base/format.h"
 #include "base/width_modes.h"
 #include "command/camera_work.h"
 #include "command/command_rules.h"
@@ -18,14 +19,14 @@ namespace borvanusb {
 ExitCode Run(const I2cWriteCommand& command, Context& context) {
   const I2cTarget target = TargetOf(command.i2c);
   const WidthMode& mode = WidthModeOf(target.mode);
-  const RegisterWrite write{
-      command.address,
-      command.value,
-      command.mask,
-      command.verify,
-      "slave " + Hex(target.slave, 2) + ", register " + Hex(command.address, mode.address_digits),
-      mode.address_digits,
-      mode.value_digits};
+  const RegisterWrite write{command.address,
+                            command.value,
+                            command.mask,
+                            command.verify,
+                            Format("slave {}, register {}", Hex(target.slave, 2),
+                                   Hex(command.address, mode.address_digits)),
+                            mode.address_digits,
+                            mode.value_digits};
   CheckMask(write);
   const ReservedCamera camera = ReserveChosenCamera(context);
   context.result = TargetJson(target);
@@ -44,7 +45,7 @@ CommandRule I2cWriteRule() {
   AddMaskAndVerify(rule);
   rule.Check([](const I2cWriteCommand& command, const GivenOptions&) {
     const WidthMode& mode = WidthModeOf(command.i2c.mode);
-    const std::string where = "the data of width mode " + std::string(mode.name);
+    const std::string where = Format("the data of width mode {}", mode.name);
     CheckI2cAddress("ADDR", command.address, command.i2c);
     CheckFits("VALUE", command.value, mode.data_bits, where);
     CheckFits("--mask", command.mask.value_or(0), mode.data_bits, where);

@@ -7,6 +7,7 @@
 #include <string>
 #include <utility>
 
+#include "base/format.h"
 #include "output/printable.h"
 #include "output/progress_meter.h"
 #include "output/progress_text.h"
@@ -123,7 +124,7 @@ class BarProgress : public MeteredProgress {
     if (before > length) {
       text.append(before - length, ' ');
     }
-    Write("\r" + text);
+    Write(Format("\r{}", text));
     drawn_ = length;
     last_ = now;
   }
@@ -141,7 +142,7 @@ class LinesProgress : public MeteredProgress {
   void ShowBegin() override {
     last_ = Now();
     quarter_ = 0;
-    Write(Meter().Stage() + ": " + TotalText(Meter()) + "\n");
+    Write(Format("{}: {}\n", Meter().Stage(), TotalText(Meter())));
   }
   void ShowChange(ProgressMeter::Time now) override {
     // What is done soon needs no lines between its first and its last.
@@ -153,25 +154,26 @@ class LinesProgress : public MeteredProgress {
     if (percent < 100 && (next_quarter || now - last_ >= kLong)) {
       last_ = now;
       quarter_ = percent / kQuarter;
-      Write(Meter().Stage() + ": " + State() + "\n");
+      Write(Format("{}: {}\n", Meter().Stage(), State()));
     }
   }
   void ShowEnd(bool complete) override {
     if (!complete) {
-      Write(Meter().Stage() + ": ended at " + State() + "\n");
+      Write(Format("{}: ended at {}\n", Meter().Stage(), State()));
       return;
     }
     const std::string rate = LongRateText(Meter(), Meter().AverageRate());
-    Write(Meter().Stage() + ": done, " + TotalText(Meter()) + " in " +
-          DurationText(Meter().Elapsed()) + (rate.empty() ? "" : ", " + rate) + "\n");
+    Write(Format("{}: done, {} in {}{}\n", Meter().Stage(), TotalText(Meter()),
+                 DurationText(Meter().Elapsed()), rate.empty() ? "" : Format(", {}", rate)));
   }
 
  private:
   std::string State() const {
     const std::string rate = LongRateText(Meter(), Meter().Rate());
     const auto left = Meter().SecondsLeft();
-    return std::to_string(Meter().Percent()) + " %, " + AmountText(Meter(), " of ") +
-           (rate.empty() ? "" : ", " + rate) + (left ? ", " + TimeLeftText(*left) + " left" : "");
+    return Format("{} %, {}{}{}", Meter().Percent(), AmountText(Meter(), " of "),
+                  rate.empty() ? "" : Format(", {}", rate),
+                  left ? Format(", {} left", TimeLeftText(*left)) : "");
   }
 
   ProgressMeter::Time last_;
@@ -212,7 +214,7 @@ class JsonProgress : public MeteredProgress {
       state["seconds_left"] = *left;
     }
     const nlohmann::ordered_json line = {{"progress", state}};
-    Write(line.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace) + "\n");
+    Write(Format("{}\n", line.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace)));
   }
 
   ProgressMeter::Time last_;

@@ -3,7 +3,8 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
-#include <cstdio>
+
+#include "base/format.h"
 
 namespace borvanusb {
 
@@ -60,9 +61,7 @@ bool IsObeyed(char32_t code) {
 }
 
 std::string Escape(char32_t code) {
-  std::array<char, 16> text{};
-  std::snprintf(text.data(), text.size(), "\\u%04x", static_cast<unsigned>(code));
-  return text.data();
+  return Format("\\u{:04x}", static_cast<std::uint32_t>(code));
 }
 
 }  // namespace

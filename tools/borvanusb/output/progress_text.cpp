@@ -3,8 +3,9 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
-#include <cstdio>
 #include <vector>
+
+#include "base/format.h"
 
 namespace borvanusb {
 
@@ -24,7 +25,7 @@ Unit UnitOf(ProgressUnit counted, double number) {
       }
     }
   }
-  return {" " + std::string(NameOf(counted)), 1};
+  return {Format(" {}", NameOf(counted)), 1};
 }
 
 Unit UnitOfTotal(const ProgressMeter& meter) {
@@ -39,9 +40,7 @@ Unit UnitOfRate(const ProgressMeter& meter, double rate) {
 }
 
 std::string Decimal(double number, int digits) {
-  std::array<char, 64> text{};
-  const int length = std::snprintf(text.data(), text.size(), "%.*f", digits, number);
-  return {text.data(), static_cast<std::size_t>(std::max(length, 0))};
+  return Format("{:.{}f}", number, digits);
 }
 
 std::string Number(double number, const Unit& unit) {
@@ -49,9 +48,7 @@ std::string Number(double number, const Unit& unit) {
 }
 
 std::string TwoDigits(std::uint64_t number) {
-  std::string text = number < 10 ? "0" : "";
-  text += std::to_string(number);
-  return text;
+  return Format("{:02}", number);
 }
 
 std::string PaddedLeft(const std::string& text, std::size_t width) {
@@ -119,7 +116,7 @@ std::string Bar(const ProgressMeter& meter, std::size_t inside) {
 // widths; the widths leave a bar that doesn't change its own from call to call.
 std::string Composed(const ProgressMeter& meter, std::size_t width,
                      const std::vector<std::string>& texts) {
-  const std::string percent = PaddedLeft(std::to_string(meter.Percent()), 3) + " %";
+  const std::string percent = Format("{} %", PaddedLeft(std::to_string(meter.Percent()), 3));
   // Both brackets and the blanks before and after the bar.
   const std::size_t fixed = kStageColumns + 1 + 2 + 1 + percent.size();
   if (fixed + kLeastBar > width) {
@@ -127,17 +124,18 @@ std::string Composed(const ProgressMeter& meter, std::size_t width,
       return percent.substr(percent.size() - width);
     }
     const std::size_t room = width - percent.size() - 1;
-    return StageText(meter.Stage(), std::min(room, kStageColumns)) + " " + percent;
+    return Format("{} {}", StageText(meter.Stage(), std::min(room, kStageColumns)), percent);
   }
   std::string after;
   for (const std::string& text : texts) {
     if (fixed + kLeastBar + after.size() + 2 + text.size() > width) {
       break;
     }
-    after += "  " + text;
+    after += Format("  {}", text);
   }
   const std::size_t inside = std::min(width - fixed - after.size(), kWidestBar);
-  return StageText(meter.Stage(), kStageColumns) + " " + Bar(meter, inside) + " " + percent + after;
+  return Format("{} {} {}{}", StageText(meter.Stage(), kStageColumns), Bar(meter, inside), percent,
+                after);
 }
 
 }  // namespace
@@ -147,7 +145,7 @@ std::string RateText(const ProgressMeter& meter, std::optional<double> rate) {
     return "";
   }
   const Unit unit = UnitOfRate(meter, *rate);
-  return Number(*rate, unit) + (unit.size > 1 ? unit.name : "") + "/s";
+  return Format("{}{}/s", Number(*rate, unit), unit.size > 1 ? unit.name : "");
 }
 
 std::string LongRateText(const ProgressMeter& meter, std::optional<double> rate) {
@@ -155,7 +153,7 @@ std::string LongRateText(const ProgressMeter& meter, std::optional<double> rate)
     return "";
   }
   const Unit unit = UnitOfRate(meter, *rate);
-  return Number(*rate, unit) + unit.name + "/s";
+  return Format("{}{}/s", Number(*rate, unit), unit.name);
 }
 
 std::string AmountText(const ProgressMeter& meter, const char* between) {
@@ -172,14 +170,14 @@ std::string TimeLeftText(std::uint64_t seconds) {
   const std::uint64_t hours = seconds / 3600;
   const std::uint64_t minutes = seconds / 60 % 60;
   const std::string before =
-      hours > 0 ? std::to_string(hours) + ":" + TwoDigits(minutes) : std::to_string(minutes);
-  return before + ":" + TwoDigits(seconds % 60);
+      hours > 0 ? Format("{}:{}", hours, TwoDigits(minutes)) : std::to_string(minutes);
+  return Format("{}:{}", before, TwoDigits(seconds % 60));
 }
 
 std::string DurationText(std::chrono::duration<double> time) {
   constexpr double kMinute = 59.95;
   if (time.count() < kMinute) {
-    return Decimal(time.count(), 1) + " s";
+    return Format("{} s", Decimal(time.count(), 1));
   }
   return TimeLeftText(static_cast<std::uint64_t>(std::llround(time.count())));
 }
@@ -191,12 +189,13 @@ std::string BarText(const ProgressMeter& meter, std::size_t width) {
   const auto left = meter.SecondsLeft();
   return Composed(meter, width,
                   {PaddedLeft(AmountText(meter), WidestAmount(meter)),
-                   PaddedLeft(left ? TimeLeftText(*left) + " left" : "", kLeftColumns),
+                   PaddedLeft(left ? Format("{} left", TimeLeftText(*left)) : "", kLeftColumns),
                    PaddedLeft(RateText(meter, meter.Rate()), kRateColumns)});
 }
 
 std::string FinishedBarText(const ProgressMeter& meter, std::size_t width) {
-  std::vector<std::string> texts = {TotalText(meter) + " in " + DurationText(meter.Elapsed())};
+  std::vector<std::string> texts = {
+      Format("{} in {}", TotalText(meter), DurationText(meter.Elapsed()))};
   if (meter.AverageRate()) {
     texts.push_back(RateText(meter, meter.AverageRate()));
   }

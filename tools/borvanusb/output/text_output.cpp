@@ -3,6 +3,7 @@
 #include <string>
 #include <utility>
 
+#include "base/format.h"
 #include "output/printable.h"
 
 namespace borvanusb {
@@ -12,30 +13,30 @@ TextOutput::TextOutput(Sink out, Sink err, TextOutputOptions options)
 
 void TextOutput::Line(std::string_view text) {
   if (!options_.json) {
-    out_(Printable(text) + "\n");
+    out_(Format("{}\n", Printable(text)));
   }
 }
 
 void TextOutput::JsonLine(std::string_view json) {
   if (options_.json) {
-    out_(PrintableJson(json) + "\n");
+    out_(Format("{}\n", PrintableJson(json)));
   }
 }
 
 void TextOutput::Note(std::string_view text) {
   if (!options_.quiet) {
-    err_(Printable(text) + "\n");
+    err_(Format("{}\n", Printable(text)));
   }
 }
 
 void TextOutput::Detail(std::string_view text) {
   if (options_.verbose) {
-    err_(Printable(text) + "\n");
+    err_(Format("{}\n", Printable(text)));
   }
 }
 
 void TextOutput::Error(std::string_view text) {
-  err_(Printable(text) + "\n");
+  err_(Format("{}\n", Printable(text)));
 }
 
 bool TextOutput::TakesResults() const {

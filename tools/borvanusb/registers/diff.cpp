@@ -2,6 +2,7 @@
 
 #include "base/failure.h"
 #include "base/files.h"
+#include "base/format.h"
 #include "command/camera_work.h"
 #include "command/command_rules.h"
 #include "command/context.h"
@@ -36,9 +37,10 @@ RegisterValues RegistersOfFile(const std::string& file, Context& context) {
   const std::vector<ListEntry> entries = ReadEntries(file, context);
   const std::uint32_t page = PageOf(entries);
   if (page != 0) {
-    context.output.Note("note: " + file +
-                        " has the form of a dump: its 0xfffd and 0xfffe count as " +
-                        "bits 16 to 31 of the addresses, " + Hex(page, kAddressDigits));
+    context.output.Note(
+        Format("note: {} has the form of a dump: its 0xfffd and 0xfffe count as bits 16 to 31 of "
+               "the addresses, {}",
+               file, Hex(page, kAddressDigits)));
   }
   RegisterValues values;
   for (const auto& [address, value] : RegistersOf(entries)) {
@@ -87,18 +89,18 @@ ExitCode Run(const RegDiffCommand& command, Context& context) {
   const std::vector<RegisterDifference> differences = CompareRegisters(left, right);
   auto list = nlohmann::ordered_json::array();
   for (const RegisterDifference& difference : differences) {
-    context.output.Line(Hex(difference.address, kAddressDigits) + "  " +
-                        ValueText(difference.left) + "  " + ValueText(difference.right));
+    context.output.Line(Format("{}  {}  {}", Hex(difference.address, kAddressDigits),
+                               ValueText(difference.left), ValueText(difference.right)));
     list.push_back({{"address", difference.address},
                     {"left", ValueJson(difference.left)},
                     {"right", ValueJson(difference.right)}});
   }
   if (differences.empty()) {
-    context.output.Line("no difference in " + Count(left.size(), "register"));
+    context.output.Line(Format("no difference in {}", Count(left.size(), "register")));
   } else {
     TellOutcome(context, "reg diff",
-                command.left + " and " + command.right + " differ in " +
-                    Count(differences.size(), "register"));
+                Format("{} and {} differ in {}", command.left, command.right,
+                       Count(differences.size(), "register")));
   }
   context.result = {{"left", command.left},
                     {"right", command.right},

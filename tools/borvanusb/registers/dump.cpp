@@ -2,6 +2,7 @@
 
 #include "base/failure.h"
 #include "base/files.h"
+#include "base/format.h"
 #include "command/camera_work.h"
 #include "command/command_rules.h"
 #include "command/context.h"
@@ -20,11 +21,12 @@ constexpr unsigned kPageShift = 16;
 // A list tells its page once, and loading writes the low 16 bits of an address.
 void CheckOnePage(const Range& range) {
   if (range.first >> kPageShift != range.last >> kPageShift) {
-    throw Failure(ExitCode::kUsage,
-                  "RANGE: " + Text(range) +
-                      " has registers of several pages (bits 16 to 31), a list holds one",
-                  "Dump each page to a list of its own, or all as raw bytes to a name that ends in "
-                  ".bin.");
+    throw Failure(
+        ExitCode::kUsage,
+        Format("RANGE: {} has registers of several pages (bits 16 to 31), a list holds one",
+               Text(range)),
+        "Dump each page to a list of its own, or all as raw bytes to a name that ends in "
+        ".bin.");
   }
 }
 
@@ -58,8 +60,8 @@ ExitCode Run(const RegDumpCommand& command, Context& context) {
                            : RegisterDumpText(command.range, read.values));
   }
   if (!command.file.empty()) {
-    context.output.Line(Count(read.values.size(), "register") + " " + Text(command.range) + " in " +
-                        command.file);
+    context.output.Line(Format("{} {} in {}", Count(read.values.size(), "register"),
+                               Text(command.range), command.file));
   }
   if (!raw && !command.wide && command.range.first >> kPageShift != 0) {
     context.output.Note(

@@ -3,6 +3,7 @@
 #include <nlohmann/json.hpp>
 
 #include "base/failure.h"
+#include "base/format.h"
 #include "command/camera_work.h"
 #include "output/output.h"
 
@@ -21,12 +22,13 @@ nlohmann::ordered_json ProblemsJson(const std::vector<ListProblem>& problems) {
 }  // namespace
 
 std::string ProblemLine(const std::string& file, const ListProblem& problem) {
-  return file + (problem.line != 0 ? ":" + std::to_string(problem.line) : "") + ": " + problem.text;
+  return Format("{}{}: {}", file, problem.line != 0 ? Format(":{}", problem.line) : "",
+                problem.text);
 }
 
 void NoteRemarks(const std::string& file, const ListText& list, Context& context) {
   for (const ListProblem& remark : list.remarks) {
-    context.output.Note("note: " + ProblemLine(file, remark));
+    context.output.Note(Format("note: {}", ProblemLine(file, remark)));
   }
 }
 
@@ -38,14 +40,14 @@ void RefuseProblems(const std::string& file, const std::vector<ListProblem>& pro
   }
   const std::string first = ProblemLine(file, problems.front());
   if (problems.size() == 1) {
-    throw Failure(outcome.code, first + "; " + consequence, outcome.hint_for_one);
+    throw Failure(outcome.code, Format("{}; {}", first, consequence), outcome.hint_for_one);
   }
   for (const ListProblem& problem : problems) {
     context.output.Error(ProblemLine(file, problem));
   }
   throw Failure(outcome.code,
-                file + ": " + Count(problems.size(), "problem") + ", the first in " + first + "; " +
-                    consequence,
+                Format("{}: {}, the first in {}; {}", file, Count(problems.size(), "problem"),
+                       first, consequence),
                 outcome.hint_for_several);
 }
 
@@ -53,7 +55,7 @@ void RequireGoodList(const std::string& file, const ListText& list, const std::s
                      Context& context) {
   const std::string hint = "docs/list-files.md tells what a list may hold.";
   RefuseProblems(file, list.problems, consequence,
-                 {ExitCode::kFile, hint, "All are told above; " + hint}, context);
+                 {ExitCode::kFile, hint, Format("All are told above; {}", hint)}, context);
 }
 
 ExitCode ReportCheck(const std::string& command, const std::string& file, const ListText& list,
@@ -64,10 +66,10 @@ ExitCode ReportCheck(const std::string& command, const std::string& file, const 
   NoteRemarks(file, list, context);
   context.result = LoadJson(file, list, registers, false);
   if (!list.problems.empty()) {
-    TellOutcome(context, command, file + ": " + Count(list.problems.size(), "problem"));
+    TellOutcome(context, command, Format("{}: {}", file, Count(list.problems.size(), "problem")));
     return ExitCode::kFile;
   }
-  context.output.Line(file + ": good, " + Count(registers, "register"));
+  context.output.Line(Format("{}: good, {}", file, Count(registers, "register")));
   return ExitCode::kDone;
 }
 

@@ -4,6 +4,7 @@
 #include <optional>
 #include <utility>
 
+#include "base/format.h"
 #include "base/numbers.h"
 
 namespace borvanusb {
@@ -28,7 +29,7 @@ std::string Quoted(std::string_view text) {
   for (const char character : text.substr(0, kLongestQuote)) {
     quoted += character >= ' ' && character <= '~' ? character : '?';
   }
-  return quoted + (text.size() > kLongestQuote ? "...\"" : "\"");
+  return Format("{}{}", quoted, text.size() > kLongestQuote ? "...\"" : "\"");
 }
 
 struct Number {
@@ -45,10 +46,10 @@ Number ReadNumber(std::string_view field, const std::string& what) {
   const char* const end = digits.data() + digits.size();
   const auto result = std::from_chars(digits.data(), end, value, 16);
   if (digits.empty() || digits.front() == '-' || result.ptr != end) {
-    return {{}, what + " " + Quoted(field) + " is no hexadecimal number"};
+    return {{}, Format("{} {} is no hexadecimal number", what, Quoted(field))};
   }
   if (result.ec != std::errc()) {
-    return {{}, what + " " + Quoted(field) + " has more than 32 bits"};
+    return {{}, Format("{} {} has more than 32 bits", what, Quoted(field))};
   }
   return {value, {}};
 }
@@ -67,8 +68,10 @@ class Reader {
     }
     const std::size_t comma = trimmed.find(',');
     if (comma == std::string_view::npos) {
-      Problem("no comma in " + Quoted(trimmed) +
-              ": the line would be passed over; write ADDRESS, VALUE, or open a remark with //");
+      Problem(
+          Format("no comma in {}: the line would be passed over; write ADDRESS, VALUE, or open a "
+                 "remark with //",
+                 Quoted(trimmed)));
       return;
     }
     const std::string_view address_field = trimmed.substr(0, comma);
@@ -117,7 +120,7 @@ class Reader {
       const std::string_view behind = rest.substr(comma + 1);
       const std::string_view third = Trim(behind.substr(0, behind.find(',')));
       if (IsNumber(third)) {
-        Remark("nothing is read behind the second comma: " + Quoted(third) + " does not count");
+        Remark(Format("nothing is read behind the second comma: {} does not count", Quoted(third)));
       }
     }
     return number.value;
@@ -129,8 +132,10 @@ class Reader {
     if (field.size() == kAsWritten && field[1] == 'x') {
       Remark("lines of 0xfff2 do not count, this one is passed over");
     } else {
-      Problem("0xfff2 is passed over when written so, and a register when written as " +
-              Quoted(field) + ": take the line out");
+      Problem(
+          Format("0xfff2 is passed over when written so, and a register when written as {}: take "
+                 "the line out",
+                 Quoted(field)));
     }
   }
 
@@ -153,15 +158,16 @@ ListText ReadListText(std::string_view text) {
 
 std::string ListLine(std::uint32_t address, std::uint32_t value, int address_digits,
                      int value_digits) {
-  return Hex(address, address_digits) + ", " + Hex(value, value_digits) + ",";
+  return Format("{}, {},", Hex(address, address_digits), Hex(value, value_digits));
 }
 
 std::string PauseProblem(const ListEntry& pause) {
   if (pause.value <= kLongestPause) {
     return {};
   }
-  return "a pause of " + std::to_string(pause.value) +
-         " ms would be passed over: at most 0xff (255 ms), longer ones as several lines";
+  return Format(
+      "a pause of {} ms would be passed over: at most 0xff (255 ms), longer ones as several lines",
+      pause.value);
 }
 
 }  // namespace borvanusb

@@ -5,6 +5,7 @@
 #include <nlohmann/json.hpp>
 
 #include "base/failure.h"
+#include "base/format.h"
 #include "base/numbers.h"
 #include "base/width_modes.h"
 #include "command/camera_work.h"
@@ -57,9 +58,10 @@ void WhileWritten(const std::function<void()>& read) {
   try {
     read();
   } catch (const Failure& failure) {
-    throw Failure(failure.Code(),
-                  failure.Message() + "; the list is written, but could not be read back whole",
-                  failure.Hint());
+    throw Failure(
+        failure.Code(),
+        Format("{}; the list is written, but could not be read back whole", failure.Message()),
+        failure.Hint());
   }
 }
 
@@ -67,14 +69,14 @@ std::string NameOf(const WrongRegister& wrong) {
   if (!wrong.i2c) {
     return Hex(wrong.address, kAddressDigits);
   }
-  return Hex(wrong.address, WidthModeOf(wrong.i2c->mode).address_digits) + " of slave " +
-         Hex(wrong.i2c->slave, 2);
+  return Format("{} of slave {}", Hex(wrong.address, WidthModeOf(wrong.i2c->mode).address_digits),
+                Hex(wrong.i2c->slave, 2));
 }
 
 std::string TextOf(const WrongRegister& wrong) {
   const int digits = wrong.i2c ? WidthModeOf(wrong.i2c->mode).value_digits : kValueDigits;
-  return NameOf(wrong) + " holds " + Hex(wrong.found, digits) + " in place of " +
-         Hex(wrong.expected, digits);
+  return Format("{} holds {} in place of {}", NameOf(wrong), Hex(wrong.found, digits),
+                Hex(wrong.expected, digits));
 }
 
 nlohmann::ordered_json JsonOf(const WrongRegister& wrong) {
@@ -115,10 +117,10 @@ ReadBack ReadBackRegisters(const RegisterValues& written, Camera& camera, Contex
 ReadBack ReadBackI2c(const WrittenI2cRegisters& written, std::uint32_t option, Camera& camera,
                      Context& context) {
   for (const auto& [place, line] : written.uncertain) {
-    context.output.Note("note: the width code in line " + std::to_string(line) +
-                        " overwrites register " + Hex(place.address, 2) + " of slave " +
-                        Hex(place.slave, 2) +
-                        " on chips that take lists register by register: it is not compared");
+    context.output.Note(
+        Format("note: the width code in line {} overwrites register {} of slave {} on chips that "
+               "take lists register by register: it is not compared",
+               line, Hex(place.address, 2), Hex(place.slave, 2)));
   }
   ReadBack read_back;
   context.progress.Begin("verify", written.values.size());
@@ -136,8 +138,9 @@ ReadBack ReadBackI2c(const WrittenI2cRegisters& written, std::uint32_t option, C
 }
 
 std::string ReadBackText(const ReadBack& read_back) {
-  return read_back.wrong.empty() ? ", " + Count(read_back.compared, "register") + " read back equal"
-                                 : "";
+  return read_back.wrong.empty()
+             ? Format(", {} read back equal", Count(read_back.compared, "register"))
+             : "";
 }
 
 ExitCode ReportReadBack(const std::string& command, const std::string& file,
@@ -148,7 +151,7 @@ ExitCode ReportReadBack(const std::string& command, const std::string& file,
   for (std::size_t i = 0; i < wrong.size(); ++i) {
     list.push_back(JsonOf(wrong[i]));
     if (i < kMostNamed) {
-      named += (i == 0 ? "" : ", ") + TextOf(wrong[i]);
+      named += Format("{}{}", i == 0 ? "" : ", ", TextOf(wrong[i]));
     }
   }
   context.result["verified"] = wrong.empty();
@@ -159,9 +162,9 @@ ExitCode ReportReadBack(const std::string& command, const std::string& file,
   }
   const std::size_t more = wrong.size() - std::min(wrong.size(), kMostNamed);
   TellOutcome(context, command,
-              file + ": " + std::to_string(wrong.size()) + " of " +
-                  Count(read_back.compared, "register") + " read back otherwise: " + named +
-                  (more == 0 ? "" : ", and " + std::to_string(more) + " more"));
+              Format("{}: {} of {} read back otherwise: {}{}", file, wrong.size(),
+                     Count(read_back.compared, "register"), named,
+                     more == 0 ? "" : Format(", and {} more", more)));
   context.output.Note(
       "note: a register that is read-only, that changes by itself or that lies in a bank which is "
       "not chosen now reads back otherwise, too");

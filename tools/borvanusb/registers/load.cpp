@@ -2,6 +2,7 @@
 
 #include "base/failure.h"
 #include "base/files.h"
+#include "base/format.h"
 #include "command/camera_work.h"
 #include "command/command_rules.h"
 #include "command/context.h"
@@ -21,14 +22,14 @@ namespace {
 void CheckMarkers(const RegLoadCommand& command, const CheckedRegisterList& checked) {
   const ListEntry* const marked = FirstMarkedRegister(checked.list.entries);
   if (marked != nullptr && !command.markers) {
-    throw Failure(ExitCode::kUsage,
-                  "--verify: " + command.file +
-                      " hands values of 0xfffd and 0xfffe other than 0 "
-                      "to the chip with the register in line " +
-                      std::to_string(marked->line) + "; whether it lies at " +
-                      Hex(marked->address, 4) + " then depends on the chip; nothing was sent",
-                  "Add --markers delays where the chip takes them for delays, or --markers page "
-                  "where it takes them for bits 16 to 31 of the addresses.");
+    throw Failure(
+        ExitCode::kUsage,
+        Format(
+            "--verify: {} hands values of 0xfffd and 0xfffe other than 0 to the chip with the "
+            "register in line {}; whether it lies at {} then depends on the chip; nothing was sent",
+            command.file, marked->line, Hex(marked->address, 4)),
+        "Add --markers delays where the chip takes them for delays, or --markers page "
+        "where it takes them for bits 16 to 31 of the addresses.");
   }
 }
 
@@ -49,7 +50,7 @@ ExitCode Run(const RegLoadCommand& command, Context& context) {
   camera->WriteRegisterList(RegisterListText(checked.list.entries));
   context.result = LoadJson(command.file, checked.list, checked.registers, true);
   const std::string written =
-      Count(checked.registers, "register") + " written from " + command.file;
+      Format("{} written from {}", Count(checked.registers, "register"), command.file);
   if (!command.verify) {
     context.output.Line(written);
     return ExitCode::kDone;

@@ -3,6 +3,7 @@
 #include <nlohmann/json.hpp>
 
 #include "base/failure.h"
+#include "base/format.h"
 #include "base/numbers.h"
 #include "output/output.h"
 
@@ -17,8 +18,8 @@ constexpr std::uint32_t kAllBits = 0xFFFFFFFF;
 void CheckMask(const RegisterWrite& write) {
   if (write.mask && (write.value & ~*write.mask) != 0) {
     throw Failure(ExitCode::kUsage,
-                  "VALUE: " + Hex(write.value) + " has bits that --mask " + Hex(*write.mask) +
-                      " leaves alone",
+                  Format("VALUE: {} has bits that --mask {} leaves alone", Hex(write.value),
+                         Hex(*write.mask)),
                   "Bits outside the mask must be 0; they keep what the register holds.");
   }
 }
@@ -44,19 +45,19 @@ void WriteMasked(const RegisterWrite& write, const std::function<std::uint32_t()
       found = read();
     }
     if (others_changed()) {
-      context.output.Note("note: bits outside the mask changed, too: " + write.name +
-                          " reads back as " + Hex(found, write.value_digits));
+      context.output.Note(Format("note: bits outside the mask changed, too: {} reads back as {}",
+                                 write.name, Hex(found, write.value_digits)));
     }
     if ((found & wanted) != (value & wanted)) {
       throw Failure(ExitCode::kVerify,
-                    write.name + " reads back as " + Hex(found, write.value_digits) + " after " +
-                        Hex(value, write.value_digits) + " was written",
+                    Format("{} reads back as {} after {} was written", write.name,
+                           Hex(found, write.value_digits), Hex(value, write.value_digits)),
                     "It may be read-only, or change by itself.");
     }
   }
-  const std::string change = before ? Hex(*before, write.value_digits) + " -> " : "";
-  context.output.Line(Hex(write.address, write.address_digits) + "  " + change +
-                      Hex(value, write.value_digits) + (write.verify ? "  verified" : ""));
+  const std::string change = before ? Format("{} -> ", Hex(*before, write.value_digits)) : "";
+  context.output.Line(Format("{}  {}{}{}", Hex(write.address, write.address_digits), change,
+                             Hex(value, write.value_digits), write.verify ? "  verified" : ""));
   context.result["address"] = write.address;
   context.result["before"] = before ? nlohmann::ordered_json(*before) : nlohmann::ordered_json();
   context.result["value"] = value;

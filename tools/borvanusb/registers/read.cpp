@@ -3,6 +3,7 @@
 #include <nlohmann/json.hpp>
 
 #include "base/failure.h"
+#include "base/format.h"
 #include "command/camera_work.h"
 #include "command/command_rules.h"
 #include "command/context.h"
@@ -28,8 +29,8 @@ ExitCode Run(const RegReadCommand& command, Context& context) {
   const auto camera = OpenChosenCamera(context);
   const RegisterRead read = ReadRegisters(context, *camera, command.range, command.wide);
   for (std::size_t i = 0; i < read.values.size(); ++i) {
-    context.output.Line(Hex(command.range.first + i, kAddressDigits) + "  " +
-                        Hex(read.values[i], ValueDigits(command.wide)));
+    context.output.Line(Format("{}  {}", Hex(command.range.first + i, kAddressDigits),
+                               Hex(read.values[i], ValueDigits(command.wide))));
   }
   context.result = {{"wide", command.wide},
                     {"checked", read.checked},

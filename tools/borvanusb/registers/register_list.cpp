@@ -2,6 +2,7 @@
 
 #include <utility>
 
+#include "base/format.h"
 #include "registers/list_markers.h"
 
 namespace borvanusb {
@@ -115,14 +116,14 @@ class Checker {
  private:
   void CheckNumbers(const ListEntry& entry) {
     if (entry.address > kHighestAddress) {
-      Problem(entry.line, "address " + Hex(entry.address) + " has more than 16 bits");
+      Problem(entry.line, Format("address {} has more than 16 bits", Hex(entry.address)));
     }
     if (entry.address == kPauseMarker) {
       if (const std::string problem = PauseProblem(entry); !problem.empty()) {
         Problem(entry.line, problem);
       }
     } else if (entry.value > kHighestValue) {
-      Problem(entry.line, "value " + Hex(entry.value) + " has more than 8 bits");
+      Problem(entry.line, Format("value {} has more than 8 bits", Hex(entry.value)));
     }
   }
 
@@ -139,10 +140,11 @@ class Checker {
       opened_ = true;
       if (whole && entry.address != kFirstDelayMarker) {
         const bool for_i2c = entry.address == kSlaveMarker;
-        Problem(entry.line, "a register list opens with 0xfffd, this one with " +
-                                Hex(entry.address, kAddressDigits) +
-                                (for_i2c ? ", as I2C lists do" : "") +
-                                ": nothing would be written");
+        Problem(
+            entry.line,
+            Format(
+                "a register list opens with 0xfffd, this one with {}{}: nothing would be written",
+                Hex(entry.address, kAddressDigits), for_i2c ? ", as I2C lists do" : ""));
       }
     }
     if (IsDelay(entry.address)) {
@@ -189,8 +191,9 @@ class Checker {
 };
 
 std::string PageLines(std::uint32_t address) {
-  return ListLine(kFirstDelayMarker, address >> 24U, kAddressDigits, kValueDigits) + "\n" +
-         ListLine(kSecondDelayMarker, address >> 16U & 0xFFU, kAddressDigits, kValueDigits) + "\n";
+  return Format("{}\n{}\n",
+                ListLine(kFirstDelayMarker, address >> 24U, kAddressDigits, kValueDigits),
+                ListLine(kSecondDelayMarker, address >> 16U & 0xFFU, kAddressDigits, kValueDigits));
 }
 
 }  // namespace
@@ -213,7 +216,7 @@ std::vector<bool> InsideBlocks(const std::vector<ListEntry>& entries) {
 std::string RegisterListText(const std::vector<ListEntry>& entries) {
   std::string text;
   for (const ListEntry& entry : entries) {
-    text += ListLine(entry.address, entry.value, kAddressDigits, kValueDigits) + "\n";
+    text += Format("{}\n", ListLine(entry.address, entry.value, kAddressDigits, kValueDigits));
   }
   return text;
 }
@@ -223,8 +226,9 @@ std::string RegisterDumpText(const Range& range, std::span<const std::uint32_t> 
   for (std::size_t i = 0; i < values.size(); ++i) {
     const auto register_address = static_cast<std::uint32_t>((range.first & kHighestAddress) + i);
     const std::string line =
-        ListLine(register_address, values[i], kAddressDigits, kValueDigits) + "\n";
-    text += IsMarker(register_address) ? "// no list can write this register: " + line : line;
+        Format("{}\n", ListLine(register_address, values[i], kAddressDigits, kValueDigits));
+    text +=
+        IsMarker(register_address) ? Format("// no list can write this register: {}", line) : line;
   }
   return text;
 }
@@ -232,7 +236,7 @@ std::string RegisterDumpText(const Range& range, std::span<const std::uint32_t> 
 std::string WideRegisterDumpText(const Range& range, std::span<const std::uint32_t> values) {
   std::string text = "// 32-bit registers; no list holds them, so this can't be loaded back\n";
   for (std::size_t i = 0; i < values.size(); ++i) {
-    text += Hex(range.first + i, kAddressDigits) + " " + Hex(values[i], kWideDigits) + "\n";
+    text += Format("{} {}\n", Hex(range.first + i, kAddressDigits), Hex(values[i], kWideDigits));
   }
   return text;
 }

@@ -3,6 +3,7 @@
 #include <nlohmann/json.hpp>
 
 #include "base/failure.h"
+#include "base/format.h"
 #include "command/camera_work.h"
 #include "command/command_rules.h"
 #include "command/context.h"
@@ -31,7 +32,7 @@ ExitCode Run(const RegWriteCommand& command, Context& context) {
                             command.value,
                             command.mask,
                             command.verify,
-                            "register " + Hex(command.address, kAddressDigits),
+                            Format("register {}", Hex(command.address, kAddressDigits)),
                             kAddressDigits,
                             ValueDigits(command.wide)};
   CheckMask(write);

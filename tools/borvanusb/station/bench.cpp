@@ -1,9 +1,9 @@
 #include <cmath>
-#include <cstdio>
 #include <functional>
 #include <nlohmann/json.hpp>
 
 #include "base/failure.h"
+#include "base/format.h"
 #include "camera/camera_choice.h"
 #include "command/camera_work.h"
 #include "command/command_rules.h"
@@ -54,9 +54,7 @@ struct Measurement {
 };
 
 std::string Fixed(double number, int decimals) {
-  std::array<char, 64> text{};
-  std::snprintf(text.data(), text.size(), "%.*f", decimals, number);
-  return text.data();
+  return Format("{:.{}f}", number, decimals);
 }
 
 std::string Padded(const std::string& text, std::size_t width, bool right) {
@@ -124,15 +122,16 @@ double PerSecond(const Measurement& measurement) {
 }
 
 void Print(const Measurement& measurement, Output& output) {
-  std::string line = Padded(std::to_string(measurement.selector), 8, true) + "  " +
-                     Padded(measurement.what, 22, false);
+  std::string line = Format("{}  {}", Padded(std::to_string(measurement.selector), 8, true),
+                            Padded(measurement.what, 22, false));
   if (measurement.call) {
     line += Padded(Fixed(Median(measurement.seconds) * kMicro, 1), 11, true) +
             Padded(Fixed(Percentile(measurement.seconds, kHighPercent) * kMicro, 1), 11, true) +
             Padded(std::to_string(measurement.transfers), 10, true) +
             Padded(Fixed(PerSecond(measurement), 0), 12, true);
   }
-  output.Line(line + (measurement.note.empty() ? "" : "  " + measurement.note));
+  output.Line(
+      Format("{}{}", line, measurement.note.empty() ? "" : Format("  {}", measurement.note)));
 }
 
 Json MeasurementJson(const Measurement& measurement) {
@@ -163,12 +162,11 @@ void Estimate(const std::vector<Measurement>& list, Context& context) {
   const double reading = transfer * static_cast<double>(image_read);
   Output& output = context.output;
   output.Line("");
-  output.Line("Programming 1 MiB: about " + Fixed(program + 2 * reading, 1) + " s");
-  output.Line("  read before and after  " + Fixed(2 * reading, 1) + " s, 2 x " +
-              std::to_string(image_read) + " transfers");
-  output.Line("  erase and program      " + Fixed(program, 1) + " s, " +
-              std::to_string(kImageSize / kSectorSize) + " erases and " +
-              std::to_string(kProgramTransfers - kImageSize / kSectorSize) + " packets");
+  output.Line(Format("Programming 1 MiB: about {} s", Fixed(program + 2 * reading, 1)));
+  output.Line(
+      Format("  read before and after  {} s, 2 x {} transfers", Fixed(2 * reading, 1), image_read));
+  output.Line(Format("  erase and program      {} s, {} erases and {} packets", Fixed(program, 1),
+                     kImageSize / kSectorSize, kProgramTransfers - kImageSize / kSectorSize));
   output.Line(
       "Assumed: an erase or a packet takes as long as one transfer of selector 5; the time");
   output.Line("that the flash itself takes to erase and program comes on top.");

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "base/format.h"
+
 namespace borvanusb {
 
 namespace {
@@ -25,12 +27,12 @@ Diagnosis Diagnose(const Examination& examination) {
     const bool has_other =
         std::any_of(examination.cameras.begin(), examination.cameras.end(),
                     [](const ExaminedCamera& camera) { return !camera.problem.empty(); });
-    return {"all is well: " + usable + " can be used",
+    return {Format("all is well: {} can be used", usable),
             has_other ? "Another camera can't be used; its line above says why." : "",
             ExitCode::kDone};
   }
   if (!examination.cameras.empty()) {
-    return {"no listed camera can be used: " + examination.cameras.front().problem,
+    return {Format("no listed camera can be used: {}", examination.cameras.front().problem),
             "Close other programs that use the camera; plug it in anew; check that it is a camera "
             "with this chip.",
             ExitCode::kRefused};
@@ -41,15 +43,15 @@ Diagnosis Diagnose(const Examination& examination) {
             ExitCode::kNoCamera};
   }
   if (!system.library_problem.empty()) {
-    return {system.library + " can't be used: " + system.library_problem,
+    return {Format("{} can't be used: {}", system.library, system.library_problem),
             "Install the 64-bit library of this version.", ExitCode::kNoCamera};
   }
   if (!system.com_problem.empty()) {
-    return {"COM does not work: " + system.com_problem, "Repair the system, or start it anew.",
-            ExitCode::kNoCamera};
+    return {Format("COM does not work: {}", system.com_problem),
+            "Repair the system, or start it anew.", ExitCode::kNoCamera};
   }
   if (!examination.list_problem.empty()) {
-    return {"the cameras can't be listed: " + examination.list_problem,
+    return {Format("the cameras can't be listed: {}", examination.list_problem),
             "Start the system anew; with a virtual camera, register it again.",
             ExitCode::kNoCamera};
   }

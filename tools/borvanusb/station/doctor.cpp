@@ -1,6 +1,7 @@
 #include <nlohmann/json.hpp>
 
 #include "base/failure.h"
+#include "base/format.h"
 #include "camera/camera_choice.h"
 #include "command/camera_work.h"
 #include "command/command_rules.h"
@@ -50,43 +51,40 @@ std::string Or(const std::string& text, const std::string& other) {
 }
 
 void PrintSystem(const SystemReport& system, Output& output) {
-  output.Line("program      " + system.program + ", version " + system.program_version + ", " +
-              std::to_string(system.pointer_bits) + " bits");
-  output.Line("system       " + system.system + ", code page " + system.code_page);
-  output.Line("library      " +
-              (system.library.empty()
-                   ? std::string("not found")
-                   : system.library + ", version " + Or(system.library_version, "not told")));
+  output.Line(Format("program      {}, version {}, {} bits", system.program, system.program_version,
+                     system.pointer_bits));
+  output.Line(Format("system       {}, code page {}", system.system, system.code_page));
+  output.Line(Format("library      {}", system.library.empty()
+                                            ? std::string("not found")
+                                            : Format("{}, version {}", system.library,
+                                                     Or(system.library_version, "not told"))));
   if (!system.library_problem.empty()) {
-    output.Line("             can't be used: " + system.library_problem);
+    output.Line(Format("             can't be used: {}", system.library_problem));
   }
   for (const std::string& place : system.library_places) {
-    output.Line("             looked for at " + place);
+    output.Line(Format("             looked for at {}", place));
   }
-  output.Line("COM          " + Or(system.com_problem, "works"));
+  output.Line(Format("COM          {}", Or(system.com_problem, "works")));
   for (const auto& [name, value] : system.environment) {
-    std::string line = "environment  " + name;
-    line += '=';
-    line += value;
-    output.Line(line);
+    output.Line(Format("environment  {}={}", name, value));
   }
 }
 
 void PrintDevices(const Examination& examination, Output& output) {
   output.Line("");
-  output.Line("video devices of the system: " + std::to_string(examination.system.devices.size()));
+  output.Line(Format("video devices of the system: {}", examination.system.devices.size()));
   for (const VideoDevice& device : examination.system.devices) {
-    output.Line("  " + Or(device.name, "(without a name)") + "  " +
-                Or(device.path, "(without a path)"));
-    output.Line("    " + (device.reason.empty() ? std::string("listed as a camera")
-                                                : "not listed: " + device.reason));
+    output.Line(Format("  {}  {}", Or(device.name, "(without a name)"),
+                       Or(device.path, "(without a path)")));
+    output.Line(Format("    {}", device.reason.empty() ? std::string("listed as a camera")
+                                                       : Format("not listed: {}", device.reason)));
   }
-  output.Line("cameras: " + (examination.list_problem.empty()
-                                 ? std::to_string(examination.cameras.size())
-                                 : "can't be listed: " + examination.list_problem));
+  output.Line(Format("cameras: {}", examination.list_problem.empty()
+                                        ? std::to_string(examination.cameras.size())
+                                        : Format("can't be listed: {}", examination.list_problem)));
   for (const ExaminedCamera& camera : examination.cameras) {
-    output.Line("  " + CameraLine(camera.identity));
-    output.Line("    vendor unit: " + Or(camera.problem, "answers"));
+    output.Line(Format("  {}", CameraLine(camera.identity)));
+    output.Line(Format("    vendor unit: {}", Or(camera.problem, "answers")));
   }
 }
 

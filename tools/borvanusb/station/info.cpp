@@ -1,5 +1,6 @@
 #include <nlohmann/json.hpp>
 
+#include "base/format.h"
 #include "camera/camera_choice.h"
 #include "camera/host.h"
 #include "command/camera_work.h"
@@ -16,19 +17,19 @@ namespace {
 
 void TellFeatures(std::uint32_t value, Context& context) {
   const bool fast = (value & kFeatureFastI2c) != 0;
-  context.output.Line("feature register  " + Hex(kFeatureRegister, 4) + " = " + Hex(value, 2));
-  context.output.Line(std::string("I2C lists         ") +
-                      (fast ? "fast: in packets of up to 56 registers (bit 0x20 is set)"
-                            : "slow: three commands a register (bit 0x20 is not set)"));
+  context.output.Line(Format("feature register  {} = {}", Hex(kFeatureRegister, 4), Hex(value, 2)));
+  context.output.Line(Format("I2C lists         {}",
+                             fast ? "fast: in packets of up to 56 registers (bit 0x20 is set)"
+                                  : "slow: three commands a register (bit 0x20 is not set)"));
   context.result["feature_register"] = value;
   context.result["fast_i2c"] = fast;
 }
 
 void TellFlashSize(Camera& camera, std::optional<std::uint64_t> told, Context& context) {
   const FlashSizeAnswer size = AskFlashSize(camera, told);
-  context.output.Line("flash size        " +
-                      (size.bytes ? SizeText(*size.bytes) + ", " + size.how
-                                  : "not known, " + size.how + "; --flash-size says it"));
+  context.output.Line(Format("flash size        {}",
+                             size.bytes ? Format("{}, {}", SizeText(*size.bytes), size.how)
+                                        : Format("not known, {}; --flash-size says it", size.how)));
   context.result["flash"] = {
       {"size", size.bytes ? nlohmann::ordered_json(*size.bytes) : nlohmann::ordered_json()},
       {"how", size.how}};
@@ -39,8 +40,8 @@ void TellFlashSize(Camera& camera, std::optional<std::uint64_t> told, Context& c
 ExitCode Run(const InfoCommand& command, Context& context) {
   const CameraIdentity identity = ChosenCamera(context.host, context.common.cameras);
   // Before the camera is asked: what is known of one that does not answer.
-  context.output.Line("camera            " + CameraLine(identity));
-  context.output.Line("path              " + identity.path);
+  context.output.Line(Format("camera            {}", CameraLine(identity)));
+  context.output.Line(Format("path              {}", identity.path));
   context.result = {{"camera", CameraJson(identity)}};
   const auto camera = context.host.OpenCamera(identity);
   const std::uint32_t features = camera->ReadRegister(kFeatureRegister, RegisterWidth::kByte);

@@ -4,6 +4,7 @@
 #include <nlohmann/json.hpp>
 
 #include "base/failure.h"
+#include "base/format.h"
 #include "camera/camera_choice.h"
 #include "command/camera_work.h"
 #include "command/command_rules.h"
@@ -25,8 +26,8 @@ void PrintTable(const std::vector<CameraIdentity>& cameras, Output& output) {
     width = std::max(width, ColumnsOf(Printable(camera.name)));
   }
   for (const CameraIdentity& camera : cameras) {
-    output.Line(std::to_string(camera.index) + "  " + camera.vid + ":" + camera.pid + "  " +
-                Padded(Printable(camera.name), width) + "  " + camera.path);
+    output.Line(Format("{}  {}:{}  {}  {}", camera.index, camera.vid, camera.pid,
+                       Padded(Printable(camera.name), width), camera.path));
   }
 }
 
@@ -34,7 +35,7 @@ enum class Event { kArrived, kLeft };
 
 void PrintEvent(Event event, const CameraIdentity& camera, Output& output) {
   const bool arrived = event == Event::kArrived;
-  output.Line((arrived ? "+ " : "- ") + CameraLine(camera) + "  " + camera.path);
+  output.Line(Format("{}{}  {}", arrived ? "+ " : "- ", CameraLine(camera), camera.path));
   const nlohmann::ordered_json line = {{"event", arrived ? "arrived" : "left"},
                                        {"camera", CameraJson(camera)}};
   output.JsonLine(line.dump(-1, ' ', false, nlohmann::ordered_json::error_handler_t::replace));

@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "base/failure.h"
+#include "base/format.h"
 #include "base/text_lines.h"
 #include "camera/host.h"
 #include "command/camera_work.h"
@@ -36,7 +37,7 @@ std::string InOneRow(std::string text) {
 }
 
 std::string Place(const std::string& file, std::uint64_t line) {
-  return file + ":" + std::to_string(line) + ": ";
+  return Format("{}:{}: ", file, line);
 }
 
 // Of the common options only the camera can be another for each line: output and time limit belong
@@ -54,8 +55,7 @@ void CheckLineOptions(const Arguments& arguments) {
   };
   for (const auto& [name, is_given] : options) {
     if (is_given) {
-      throw Failure(ExitCode::kUsage,
-                    std::string(name) + " holds for a whole script, not for a line",
+      throw Failure(ExitCode::kUsage, Format("{} holds for a whole script, not for a line", name),
                     "Give it to borvanusb run itself.");
     }
   }
@@ -125,12 +125,13 @@ ExitCode RunScript(const std::string& file, const std::vector<ScriptLine>& lines
   context.result = {{"commands", Json::array()}};
   ExitCode worst = ExitCode::kDone;
   for (const ScriptLine& line : lines) {
-    context.output.Line("> " + InOneRow(line.text));
+    context.output.Line(Format("> {}", InOneRow(line.text)));
     if (!keep_going && !context.output.TakesResults()) {
       TellOutcome(
           context, "run",
-          Place(file, line.line) +
-              "standard output can't be written; this line and the lines after it were not run");
+          Format(
+              "{}standard output can't be written; this line and the lines after it were not run",
+              Place(file, line.line)));
       break;
     }
     Json result = Json::object();
@@ -140,9 +141,8 @@ ExitCode RunScript(const std::string& file, const std::vector<ScriptLine>& lines
       code = RunLine(line, run, context, result);
       if (code != ExitCode::kDone) {
         TellOutcome(context, "run",
-                    Place(file, line.line) + "ended with exit code " +
-                        std::to_string(static_cast<int>(code)) + " (" + std::string(KindOf(code)) +
-                        ")");
+                    Format("{}ended with exit code {} ({})", Place(file, line.line),
+                           static_cast<int>(code), KindOf(code)));
       }
       entry["exit"] = static_cast<int>(code);
       entry["result"] = std::move(result);
@@ -151,7 +151,7 @@ ExitCode RunScript(const std::string& file, const std::vector<ScriptLine>& lines
       context.progress.Break();
       TellOutcome(context, "run", Place(file, line.line) + failure.Message());
       if (!failure.Hint().empty()) {
-        context.output.Error("  " + failure.Hint());
+        context.output.Error(Format("  {}", failure.Hint()));
       }
       entry["exit"] = static_cast<int>(code);
       entry["error"] = ErrorJson(failure);

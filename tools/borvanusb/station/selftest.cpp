@@ -2,6 +2,7 @@
 #include <nlohmann/json.hpp>
 
 #include "base/failure.h"
+#include "base/format.h"
 #include "camera/camera_choice.h"
 #include "command/camera_work.h"
 #include "command/command_rules.h"
@@ -53,10 +54,10 @@ Outcome Try(const SelftestCheck& check) {
 
 void Print(const SelftestCheck& check, const Outcome& outcome, Context& context) {
   const bool skipped = outcome.verdict == Verdict::kSkip;
-  context.output.Line(std::string(NameOf(outcome.verdict)) + "  " + check.name +
-                      (skipped ? " (" + outcome.why + ")" : ""));
+  context.output.Line(Format("{}  {}{}", NameOf(outcome.verdict), check.name,
+                             skipped ? Format(" ({})", outcome.why) : ""));
   if (outcome.verdict == Verdict::kFail) {
-    context.output.Line("      " + outcome.why);
+    context.output.Line(Format("      {}", outcome.why));
   }
   context.result["tests"].push_back(
       {{"name", check.name},
@@ -97,14 +98,13 @@ ExitCode Run(const SelftestCommand& command, Context& context) {
         std::count_if(outcomes.begin(), outcomes.end(),
                       [&](const Outcome& outcome) { return outcome.verdict == verdict; }));
   };
-  context.output.Line(std::to_string(count(Verdict::kPass)) + " passed, " +
-                      std::to_string(count(Verdict::kFail)) + " failed, " +
-                      std::to_string(count(Verdict::kSkip)) + " skipped");
+  context.output.Line(Format("{} passed, {} failed, {} skipped", count(Verdict::kPass),
+                             count(Verdict::kFail), count(Verdict::kSkip)));
   context.result["passed"] = count(Verdict::kPass);
   context.result["failed"] = count(Verdict::kFail);
   context.result["skipped"] = count(Verdict::kSkip);
   if (worst != ExitCode::kDone) {
-    TellOutcome(context, "selftest", Count(count(Verdict::kFail), "test") + " failed");
+    TellOutcome(context, "selftest", Format("{} failed", Count(count(Verdict::kFail), "test")));
   }
   return worst;
 }

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <span>
 
+#include "base/format.h"
 #include "base/numbers.h"
 #include "command/camera_work.h"
 
@@ -23,7 +24,7 @@ constexpr std::uint32_t kByte = 0xFF;
 
 std::string TwoValues(const std::string& what, std::uint32_t first, std::uint32_t second,
                       int digits) {
-  return what + ": " + Hex(first, digits) + ", then " + Hex(second, digits);
+  return Format("{}: {}, then {}", what, Hex(first, digits), Hex(second, digits));
 }
 
 std::string Answers(Camera& camera) {
@@ -41,8 +42,8 @@ std::string WideAgrees(Camera& camera) {
   const std::uint32_t wide = camera.ReadRegister(kFeatureRegister, RegisterWidth::kWide);
   const std::uint32_t byte = camera.ReadRegister(kFeatureRegister, RegisterWidth::kByte);
   return (wide & kByte) == byte ? ""
-                                : "register 0x1a3 reads as " + Hex(wide, 8) + " wide and as " +
-                                      Hex(byte, 2) + " as a byte";
+                                : Format("register 0x1a3 reads as {} wide and as {} as a byte",
+                                         Hex(wide, 8), Hex(byte, 2));
 }
 
 std::string RunAgrees(Camera& camera) {
@@ -52,14 +53,15 @@ std::string RunAgrees(Camera& camera) {
   }
   const std::vector<std::uint8_t> run = camera.ReadRegisterRun(kRunFirst, kRunLast);
   if (run.size() != before.size()) {
-    return "a run of " + Count(before.size(), "register") + " gives " + Count(run.size(), "value");
+    return Format("a run of {} gives {}", Count(before.size(), "register"),
+                  Count(run.size(), "value"));
   }
   for (std::uint32_t i = 0; i < run.size(); ++i) {
     // A register that changes by itself, such as a counter, tells nothing.
     const std::uint32_t address = kRunFirst + i;
     if (run[i] != before[i] && camera.ReadRegister(address, RegisterWidth::kByte) == before[i]) {
-      return "register " + Hex(address, 4) + " reads as " + Hex(run[i], 2) + " in a run and as " +
-             Hex(before[i], 2) + " alone";
+      return Format("register {} reads as {} in a run and as {} alone", Hex(address, 4),
+                    Hex(run[i], 2), Hex(before[i], 2));
     }
   }
   return {};
@@ -69,14 +71,15 @@ std::string RunAgrees(Camera& camera) {
 std::string CompareFlash(std::span<const std::uint8_t> first, std::span<const std::uint8_t> second,
                          std::uint32_t address, const std::string& what) {
   if (first.size() != second.size()) {
-    return what + ": " + SizeText(first.size()) + ", then " + SizeText(second.size());
+    return Format("{}: {}, then {}", what, SizeText(first.size()), SizeText(second.size()));
   }
   const auto differs = std::mismatch(first.begin(), first.end(), second.begin());
   if (differs.first == first.end()) {
     return {};
   }
   const auto offset = static_cast<std::uint32_t>(differs.first - first.begin());
-  return TwoValues(what + ", byte " + Hex(address + offset, 4), *differs.first, *differs.second, 2);
+  return TwoValues(Format("{}, byte {}", what, Hex(address + offset, 4)), *differs.first,
+                   *differs.second, 2);
 }
 
 std::string FlashTwice(Camera& camera) {
@@ -98,9 +101,9 @@ std::string WordsAgree(Camera& camera) {
       wanted = wanted << 8U | bytes[address + i];
     }
     if (word != wanted) {
-      return "the flash word at " + Hex(address, 4) + " reads as " + Hex(word, 8) +
-             " alone and as " + Hex(wanted, 8) + " in bulk" +
-             (word == 0 ? " (0 also means that the read failed)" : "");
+      return Format("the flash word at {} reads as {} alone and as {} in bulk{}", Hex(address, 4),
+                    Hex(word, 8), Hex(wanted, 8),
+                    word == 0 ? " (0 also means that the read failed)" : "");
     }
   }
   return {};
@@ -110,10 +113,10 @@ std::string OffsetAgrees(Camera& camera) {
   const std::vector<std::uint8_t> whole = camera.ReadFlash(0, kOffset + kOffsetSize, {});
   const std::vector<std::uint8_t> part = camera.ReadFlash(kOffset, kOffsetSize, {});
   if (whole.size() != kOffset + kOffsetSize) {
-    return "a read of " + SizeText(kOffset + kOffsetSize) + " gives " + SizeText(whole.size());
+    return Format("a read of {} gives {}", SizeText(kOffset + kOffsetSize), SizeText(whole.size()));
   }
   return CompareFlash(std::span(whole).subspan(kOffset), part, kOffset,
-                      "reads from 0 and from " + Hex(kOffset) + " differ");
+                      Format("reads from 0 and from {} differ", Hex(kOffset)));
 }
 
 std::string SensorAnswers(Camera& camera, const I2cTarget& target) {

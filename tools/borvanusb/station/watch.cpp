@@ -1,8 +1,8 @@
 #include <cmath>
-#include <cstdio>
 #include <nlohmann/json.hpp>
 
 #include "base/failure.h"
+#include "base/format.h"
 #include "base/width_modes.h"
 #include "command/camera_work.h"
 #include "command/command_rules.h"
@@ -40,17 +40,15 @@ struct Watched {
 };
 
 std::string Seconds(double seconds) {
-  std::array<char, 32> text{};
-  std::snprintf(text.data(), text.size(), "%.3f", seconds);
-  return text.data();
+  return Format("{:.3f}", seconds);
 }
 
 void Add(std::vector<Watched>& watched, const std::vector<Range>& ranges, const Watched& model) {
   for (const Range& range : ranges) {
     if (watched.size() + range.Size() > kMostWatched) {
       throw Failure(ExitCode::kUsage,
-                    std::string(model.kind == Kind::kI2c ? "--i2c" : "--reg") + ": " + Text(range) +
-                        " makes it more than " + std::to_string(kMostWatched) + " registers",
+                    Format("{}: {} makes it more than {} registers",
+                           model.kind == Kind::kI2c ? "--i2c" : "--reg", Text(range), kMostWatched),
                     "Watch fewer.");
     }
     for (std::uint64_t address = range.first; address <= range.last; ++address) {
@@ -99,11 +97,11 @@ class Watcher {
       }
     }
     const double seconds = SinceStart(context_.host.Clock());
-    context_.output.Note(Count(polls_, "poll") + " in " + Seconds(seconds) + " s, " +
-                         Count(changes_, "change"));
+    context_.output.Note(Format("{} in {} s, {}", Count(polls_, "poll"), Seconds(seconds),
+                                Count(changes_, "change")));
     if (late_ > 0) {
-      context_.output.Note("note: " + Count(late_, "poll") +
-                           " came late: reading takes longer than --rate allows");
+      context_.output.Note(Format("note: {} came late: reading takes longer than --rate allows",
+                                  Count(late_, "poll")));
     }
   }
 
@@ -135,9 +133,9 @@ class Watcher {
     const std::string address = Hex(watched.address, watched.address_digits);
     const std::string now = Hex(value, watched.value_digits);
     const std::string before =
-        watched.value ? Hex(*watched.value, watched.value_digits) + " -> " : "";
-    context_.output.Line("+" + Seconds(time) + " s  " + (is_i2c ? "i2c " : "") + address + "  " +
-                         before + now);
+        watched.value ? Format("{} -> ", Hex(*watched.value, watched.value_digits)) : "";
+    context_.output.Line(
+        Format("+{} s  {}{}  {}{}", Seconds(time), is_i2c ? "i2c " : "", address, before, now));
     const nlohmann::ordered_json line = {
         {"time", std::round(time * 1e6) / 1e6},
         {"kind", NameOf(watched.kind)},
@@ -147,8 +145,8 @@ class Watcher {
         {"new", value}};
     context_.output.JsonLine(line.dump());
     if (csv_) {
-      csv_->Add(Seconds(time) + "," + NameOf(watched.kind) + "," +
-                (is_i2c ? Hex(target_.slave, kSlaveDigits) : "") + "," + address + "," + now);
+      csv_->Add(Format("{},{},{},{},{}", Seconds(time), NameOf(watched.kind),
+                       is_i2c ? Hex(target_.slave, kSlaveDigits) : "", address, now));
     }
   }
 
@@ -199,7 +197,7 @@ void CheckWatch(const WatchCommand& command, const GivenOptions& given) {
   }
   for (const char* const option : {"--slave", "--mode", "--option"}) {
     if (command.i2c_registers.empty() && given.Has(option)) {
-      throw WrongUse(std::string(option) + ": is for registers over I2C; --i2c must say which");
+      throw WrongUse(Format("{}: is for registers over I2C; --i2c must say which", option));
     }
   }
   for (const Range& range : command.i2c_registers) {

@@ -10,6 +10,7 @@
 #include <utility>
 
 #include "base/failure.h"
+#include "base/format.h"
 #include "windows/handle.h"
 #include "windows/loaded_library.h"
 #include "windows/text.h"
@@ -88,7 +89,8 @@ Pipe MakePipe() {
   HANDLE read = nullptr;
   HANDLE write = nullptr;
   if (CreatePipe(&read, &write, nullptr, 0) == FALSE) {
-    throw Failure(ExitCode::kInternal, "a pipe can't be made: " + SystemMessage(GetLastError()));
+    throw Failure(ExitCode::kInternal,
+                  Format("a pipe can't be made: {}", SystemMessage(GetLastError())));
   }
   Pipe pipe{UniqueHandle(read), UniqueHandle(write)};
   SetHandleInformation(write, HANDLE_FLAG_INHERIT, HANDLE_FLAG_INHERIT);
@@ -120,8 +122,8 @@ class Child {
     std::wstring line = CommandLine(program, arguments);
     if (CreateProcessW(program.c_str(), line.data(), nullptr, nullptr, TRUE, 0, nullptr, nullptr,
                        &startup, &process) == FALSE) {
-      throw Failure(ExitCode::kInternal,
-                    "a process for a camera can't be started: " + SystemMessage(GetLastError()));
+      throw Failure(ExitCode::kInternal, Format("a process for a camera can't be started: {}",
+                                                SystemMessage(GetLastError())));
     }
     CloseHandle(process.hThread);
     process_.reset(process.hProcess);

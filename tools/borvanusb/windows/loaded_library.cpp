@@ -7,6 +7,7 @@
 #include <memory>
 #include <type_traits>
 
+#include "base/format.h"
 #include "windows/text.h"
 
 namespace borvanusb {
@@ -73,9 +74,8 @@ std::string FileVersion(const std::wstring& file) {
   if (info.dwSignature != kFixedInfoSignature) {
     return {};
   }
-  return std::to_string(HIWORD(info.dwFileVersionMS)) + "." +
-         std::to_string(LOWORD(info.dwFileVersionMS)) + "." +
-         std::to_string(HIWORD(info.dwFileVersionLS));
+  return Format("{}.{}.{}", HIWORD(info.dwFileVersionMS), LOWORD(info.dwFileVersionMS),
+                HIWORD(info.dwFileVersionLS));
 }
 
 LoadedLibrary LoadedLibrary::Load() {
@@ -83,14 +83,14 @@ LoadedLibrary LoadedLibrary::Load() {
   std::wstring file = EnvironmentVariable(kVariable);
   if (!file.empty()) {
     file = FullName(file);
-    library.places_.push_back(ToUtf8(file) + " (BORVANUSB_DLL)");
+    library.places_.push_back(Format("{} (BORVANUSB_DLL)", ToUtf8(file)));
   } else {
     const std::wstring program = ProgramFile();
     file = program.substr(0, program.find_last_of(L"\\/") + 1) + kFileName;
     library.places_.push_back(ToUtf8(file));
   }
   if (!IsFile(file)) {
-    library.problem_ = "BorvanUSB_x64.dll is not found: there is no file " + ToUtf8(file);
+    library.problem_ = Format("BorvanUSB_x64.dll is not found: there is no file {}", ToUtf8(file));
     return library;
   }
   library.file_ = ToUtf8(file);
@@ -104,15 +104,17 @@ void LoadedLibrary::LoadFile(const std::wstring& file) {
       file.c_str(), nullptr, LOAD_LIBRARY_SEARCH_DLL_LOAD_DIR | LOAD_LIBRARY_SEARCH_SYSTEM32);
   if (module == nullptr) {
     const DWORD error = GetLastError();
-    problem_ = file_ + " can't be loaded: " +
-               (error == ERROR_BAD_EXE_FORMAT ? "it is no 64-bit library" : SystemMessage(error));
+    problem_ =
+        Format("{} can't be loaded: {}", file_,
+               error == ERROR_BAD_EXE_FORMAT ? "it is no 64-bit library" : SystemMessage(error));
     return;
   }
   ForEachExport(exports_, [&](const char* name, auto& function) {
     using Function = std::remove_reference_t<decltype(function)>;
     function = reinterpret_cast<Function>(reinterpret_cast<void*>(GetProcAddress(module, name)));
     if (function == nullptr && problem_.empty()) {
-      problem_ = file_ + " lacks the function " + name + ": it is another library, or an older one";
+      problem_ =
+          Format("{} lacks the function {}: it is another library, or an older one", file_, name);
     }
   });
 }

@@ -4,6 +4,7 @@
 
 #include <array>
 
+#include "base/format.h"
 #include "base/version.h"
 #include "windows/text.h"
 #include "windows/video_devices.h"
@@ -30,11 +31,11 @@ std::string SystemName() {
   // The documented query answers with what the program was made for.
   const auto query = SystemFunction<LONG(WINAPI*)(RTL_OSVERSIONINFOW*)>("RtlGetVersion");
   if (query != nullptr && query(&version) == 0) {
-    name += " " + std::to_string(version.dwMajorVersion) + "." +
-            std::to_string(version.dwMinorVersion) + "." + std::to_string(version.dwBuildNumber);
+    name +=
+        Format(" {}.{}.{}", version.dwMajorVersion, version.dwMinorVersion, version.dwBuildNumber);
   }
   const auto wine = SystemFunction<const char*(__cdecl*)()>("wine_get_version");
-  return wine != nullptr ? name + " (Wine " + wine() + ")" : name;
+  return wine != nullptr ? Format("{} (Wine {})", name, wine()) : name;
 }
 
 }  // namespace

@@ -12,6 +12,7 @@
 #include <cwctype>
 #include <utility>
 
+#include "base/format.h"
 #include "base/numbers.h"
 #include "windows/text.h"
 
@@ -26,7 +27,7 @@ constexpr int kResultDigits = 8;
 std::string ResultText(HRESULT result) {
   const auto code = static_cast<unsigned long>(result);
   const std::string message = SystemMessage(code);
-  return Hex(code, kResultDigits) + (message.empty() ? "" : ", " + message);
+  return Format("{}{}", Hex(code, kResultDigits), message.empty() ? "" : Format(", {}", message));
 }
 
 // A text property of a device; an empty text and why, if it can't be had.
@@ -53,7 +54,7 @@ VideoDevice Examine(IMoniker& moniker) {
   const HRESULT result = moniker.BindToStorage(nullptr, nullptr, IID_IPropertyBag,
                                                reinterpret_cast<void**>(bag.GetAddressOf()));
   if (FAILED(result)) {
-    device.reason = "its properties can't be read: " + ResultText(result);
+    device.reason = Format("its properties can't be read: {}", ResultText(result));
     return device;
   }
   auto [name, name_problem] = TextProperty(*bag.Get(), L"FriendlyName");
@@ -63,11 +64,11 @@ VideoDevice Examine(IMoniker& moniker) {
   std::transform(path.begin(), path.end(), path.begin(),
                  [](wchar_t character) { return static_cast<wchar_t>(std::towlower(character)); });
   if (!path_problem.empty()) {
-    device.reason = "it has no device path (" + path_problem + "): a camera made by a program";
+    device.reason = Format("it has no device path ({}): a camera made by a program", path_problem);
   } else if (path.find(L"usb#") == std::wstring::npos) {
     device.reason = "its device path has no \"usb#\" in it: it is no USB camera";
   } else if (!name_problem.empty()) {
-    device.reason = "its name can't be read (" + name_problem + ")";
+    device.reason = Format("its name can't be read ({})", name_problem);
   }
   return device;
 }
@@ -78,20 +79,20 @@ std::string ListVideoDevices(std::vector<VideoDevice>& devices) {
   // Already done with another kind of thread is fine: the library then works the same.
   const HRESULT initialised = CoInitialize(nullptr);
   if (FAILED(initialised) && initialised != RPC_E_CHANGED_MODE) {
-    return "COM can't be initialised: " + ResultText(initialised);
+    return Format("COM can't be initialised: {}", ResultText(initialised));
   }
   ComPtr<ICreateDevEnum> creator;
   HRESULT result =
       CoCreateInstance(CLSID_SystemDeviceEnum, nullptr, CLSCTX_INPROC_SERVER, IID_ICreateDevEnum,
                        reinterpret_cast<void**>(creator.GetAddressOf()));
   if (FAILED(result)) {
-    return "the system's device enumerator can't be had: " + ResultText(result);
+    return Format("the system's device enumerator can't be had: {}", ResultText(result));
   }
   ComPtr<IEnumMoniker> category;
   result =
       creator->CreateClassEnumerator(CLSID_VideoInputDeviceCategory, category.GetAddressOf(), 0);
   if (FAILED(result)) {
-    return "the category of video inputs can't be listed: " + ResultText(result);
+    return Format("the category of video inputs can't be listed: {}", ResultText(result));
   }
   ComPtr<IMoniker> moniker;
   while (category && category->Next(1, moniker.ReleaseAndGetAddressOf(), nullptr) == S_OK) {

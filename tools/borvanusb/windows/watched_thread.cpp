@@ -11,6 +11,7 @@
 #include <string>
 
 #include "base/failure.h"
+#include "base/format.h"
 #include "windows/handle.h"
 #include "windows/text.h"
 
@@ -54,7 +55,7 @@ unsigned __stdcall ThreadProcedure(void* argument) {
 }
 
 Failure ThreadFailure(const std::string& what) {
-  return {ExitCode::kInternal, "the thread that runs the command " + what,
+  return {ExitCode::kInternal, Format("the thread that runs the command {}", what),
           "Close other programs and repeat the command."};
 }
 
@@ -62,7 +63,7 @@ UniqueHandle Start(const std::shared_ptr<Shared>& shared, ThreadStarter start) {
   auto argument = std::make_unique<std::shared_ptr<Shared>>(shared);
   const std::uintptr_t thread = start(ThreadProcedure, argument.get());
   if (thread == 0) {
-    throw ThreadFailure("can't be created: " + SystemMessage(GetLastError()));
+    throw ThreadFailure(Format("can't be created: {}", SystemMessage(GetLastError())));
   }
   // The thread owns it now. One that never begins keeps it until the process ends.
   static_cast<void>(argument.release());
@@ -86,15 +87,14 @@ int RunWatched(const std::function<int()>& work, const std::function<void()>& wa
   DWORD waited = WaitForSingleObject(thread.get(), kWatchIntervalMs);
   while (waited == WAIT_TIMEOUT) {
     if (Clock::now() - started > begin_limit && Enter(*shared, Stage::kAbandoned)) {
-      throw ThreadFailure(
-          "did not begin within " +
-          std::to_string(std::chrono::ceil<std::chrono::seconds>(begin_limit).count()) + " s");
+      throw ThreadFailure(Format("did not begin within {} s",
+                                 std::chrono::ceil<std::chrono::seconds>(begin_limit).count()));
     }
     watch();
     waited = WaitForSingleObject(thread.get(), kWatchIntervalMs);
   }
   if (waited != WAIT_OBJECT_0) {
-    throw ThreadFailure("can't be waited for: " + SystemMessage(GetLastError()));
+    throw ThreadFailure(Format("can't be waited for: {}", SystemMessage(GetLastError())));
   }
   if (shared->exception) {
     std::rethrow_exception(shared->exception);

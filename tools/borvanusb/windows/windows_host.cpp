@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "base/failure.h"
+#include "base/format.h"
 #include "camera/camera_choice.h"
 #include "output/printable.h"
 #include "windows/child_processes.h"
@@ -84,9 +85,10 @@ std::unique_ptr<Camera> WindowsHost::OpenCamera(const CameraIdentity& camera) {
 std::unique_ptr<Host::Reservation> WindowsHost::ReserveCamera(const CameraIdentity& camera) {
   auto lock = platform_.LockCamera(camera.path, std::chrono::milliseconds(0));
   if (lock == nullptr) {
-    throw Failure(ExitCode::kRefused,
-                  "another borvanusb is working with camera " + camera.name + ": " + camera.path,
-                  "Wait until it has ended; two at once would mix their transfers.");
+    throw Failure(
+        ExitCode::kRefused,
+        Format("another borvanusb is working with camera {}: {}", camera.name, camera.path),
+        "Wait until it has ended; two at once would mix their transfers.");
   }
   return std::make_unique<CameraReservation>(std::move(lock));
 }
@@ -106,7 +108,7 @@ std::string WindowsHost::JournalFolder() const {
                   "the system names no folder for the user's data: LOCALAPPDATA is not set",
                   "Set BORVANUSB_JOURNALS to a folder that lasts; the journals lie there.");
   }
-  return local + "\\BorvanUSB\\journals";
+  return Format("{}\\BorvanUSB\\journals", local);
 }
 
 std::unique_ptr<Host::StopHold> WindowsHost::HoldStop() {
@@ -136,10 +138,10 @@ std::chrono::steady_clock::time_point WindowsHost::Clock() const {
 bool WindowsHost::Ask(const std::string& question) {
   const std::string row = Printable(question);
   if (!Console::CanAsk()) {
-    console_.WriteError(row + "\n");
+    console_.WriteError(Format("{}\n", row));
     return false;
   }
-  console_.WriteError(row + " [y/N] ");
+  console_.WriteError(Format("{} [y/N] ", row));
   const std::string answer = console_.ReadLine();
   return answer == "y" || answer == "Y" || answer == "yes" || answer == "Yes";
 }
@@ -157,16 +159,16 @@ std::vector<std::string> WindowsHost::Details() const {
     return {"library  not used"};
   }
   std::vector<std::string> details = {
-      "library  " + loaded_->File() +
-      (loaded_->Version().empty() ? "" : ", version " + loaded_->Version())};
+      Format("library  {}{}", loaded_->File(),
+             loaded_->Version().empty() ? "" : Format(", version {}", loaded_->Version()))};
   for (const CameraIdentity& camera : opened_) {
-    details.push_back("camera   " + CameraLine(camera) + "  " + camera.path);
+    details.push_back(Format("camera   {}  {}", CameraLine(camera), camera.path));
   }
   std::string calls;
   for (const auto& [doing, count] : supervisor_.Calls()) {
-    calls += (calls.empty() ? "" : ", ") + doing + " " + std::to_string(count);
+    calls += Format("{}{} {}", calls.empty() ? "" : ", ", doing, count);
   }
-  details.push_back("calls    " + (calls.empty() ? "none" : calls));
+  details.push_back(Format("calls    {}", calls.empty() ? "none" : calls));
   return details;
 }
 

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstddef>
 
+#include "base/format.h"
 #include "camera/camera.h"
 
 namespace borvanusb {
@@ -94,10 +95,10 @@ Ranges Union(Ranges left, const Ranges& right) {
 std::string RangesText(const Ranges& ranges) {
   std::string text;
   for (std::size_t i = 0; i < ranges.size() && i < kShownRanges; ++i) {
-    text += (i > 0 ? ", " : "") + Text(ranges[i]);
+    text += Format("{}{}", i > 0 ? ", " : "", Text(ranges[i]));
   }
   if (ranges.size() > kShownRanges) {
-    text += " and " + std::to_string(ranges.size() - kShownRanges) + " more";
+    text += Format(" and {} more", ranges.size() - kShownRanges);
   }
   return text;
 }

@@ -1,6 +1,7 @@
 #include "flash/engine/flash_end.h"
 
 #include "base/failure.h"
+#include "base/format.h"
 #include "flash/engine/flash_size.h"
 
 namespace borvanusb {
@@ -10,13 +11,13 @@ namespace {
 constexpr std::uint64_t kAddressSpace = std::uint64_t{1} << 32U;
 
 std::string FlashText(const FlashEnd& end) {
-  return "the flash of " + SizeText(*end.size) + ", whose last address is " + Hex(*end.size - 1) +
-         "; " + end.reason;
+  return Format("the flash of {}, whose last address is {}; {}", SizeText(*end.size),
+                Hex(*end.size - 1), end.reason);
 }
 
 std::string RangeHint(std::uint64_t size) {
-  return "The whole flash is 0+" + SizeArgument(size) +
-         ". If its size is another one, say it with --flash-size.";
+  return Format("The whole flash is 0+{}. If its size is another one, say it with --flash-size.",
+                SizeArgument(size));
 }
 
 constexpr const char* kImageHint =
@@ -31,10 +32,11 @@ FlashEnd FindFlashEnd(Camera& camera, std::uint64_t end, std::optional<std::uint
   }
   const FlashSizeFinding finding = FindFlashEndBefore(camera, end);
   if (!finding.size && !finding.text.empty()) {
-    output.Note("the flash's size " + finding.text +
-                "; pass --flash-size to check that nothing reaches beyond its end");
+    output.Note(Format(
+        "the flash's size {}; pass --flash-size to check that nothing reaches beyond its end",
+        finding.text));
   }
-  return {finding.size, "it " + finding.text};
+  return {finding.size, Format("it {}", finding.text)};
 }
 
 void RefuseBeyondEnd(const Image& image, const FlashEnd& end) {
@@ -43,12 +45,12 @@ void RefuseBeyondEnd(const Image& image, const FlashEnd& end) {
   }
   if (image.address >= *end.size) {
     throw Failure(ExitCode::kFile,
-                  "--address: " + Hex(image.address) + " lies beyond " + FlashText(end),
+                  Format("--address: {} lies beyond {}", Hex(image.address), FlashText(end)),
                   kImageHint);
   }
   throw Failure(ExitCode::kFile,
-                image.file + " does not fit: it would end at " + Hex(image.End() - 1) +
-                    ", beyond " + FlashText(end),
+                Format("{} does not fit: it would end at {}, beyond {}", image.file,
+                       Hex(image.End() - 1), FlashText(end)),
                 kImageHint);
 }
 
@@ -57,11 +59,11 @@ std::optional<std::uint64_t> CheckWithinFlash(Camera& camera, const std::string&
                                               Output& output) {
   const FlashEnd end = FindFlashEnd(camera, std::uint64_t{range.last} + 1, told, output);
   if (end.size && range.last >= *end.size) {
-    throw Failure(ExitCode::kUsage,
-                  argument + ": " + Text(range) +
-                      (range.first >= *end.size ? " lies beyond " : " ends beyond ") +
-                      FlashText(end),
-                  RangeHint(*end.size));
+    throw Failure(
+        ExitCode::kUsage,
+        Format("{}: {}{}{}", argument, Text(range),
+               range.first >= *end.size ? " lies beyond " : " ends beyond ", FlashText(end)),
+        RangeHint(*end.size));
   }
   return end.size;
 }
@@ -78,14 +80,14 @@ Range WholeFlash(Camera& camera, std::optional<std::uint64_t> told, Output& outp
   if (!size) {
     const FlashSizeFinding finding = FindFlashSize(camera);
     if (!finding.size) {
-      throw Failure(ExitCode::kUsage, "the flash's size " + finding.text,
+      throw Failure(ExitCode::kUsage, Format("the flash's size {}", finding.text),
                     "Say it with --flash-size, or give a range such as 0+1M.");
     }
-    output.Note("the flash " + finding.text);
+    output.Note(Format("the flash {}", finding.text));
     size = finding.size;
   }
   if (*size == 0 || *size > kAddressSpace) {
-    throw Failure(ExitCode::kUsage, "--flash-size: " + SizeText(*size) + " is no flash's size",
+    throw Failure(ExitCode::kUsage, Format("--flash-size: {} is no flash's size", SizeText(*size)),
                   "Sizes from 4K to 4096M are allowed.");
   }
   return {0, static_cast<std::uint32_t>(*size - 1)};

@@ -6,6 +6,7 @@
 #include <span>
 #include <vector>
 
+#include "base/format.h"
 #include "base/numbers.h"
 
 namespace borvanusb {
@@ -195,19 +196,17 @@ std::uint64_t FirstSilentSector(Camera& camera, std::uint64_t answering, std::ui
 
 std::string ShortSize(std::uint64_t size) {
   constexpr std::uint64_t kMebi = std::uint64_t{1} << 20U;
-  return size % kMebi == 0 ? std::to_string(size / kMebi) + " MiB"
-                           : std::to_string(size >> 10U) + " KiB";
+  return size % kMebi == 0 ? Format("{} MiB", size / kMebi) : Format("{} KiB", size >> 10U);
 }
 
 FlashSizeFinding Wrap(std::uint64_t size) {
-  return {size,
-          "wraps at " + ShortSize(size) +
-              ": the same words answer there again (a flash that holds everything twice would "
-              "look the same)"};
+  return {size, Format("wraps at {}: the same words answer there again (a flash that holds "
+                       "everything twice would look the same)",
+                       ShortSize(size))};
 }
 
 FlashSizeFinding Silence(std::uint64_t size) {
-  return {size, "does not answer beyond " + ShortSize(size) + ": all words there read 0"};
+  return {size, Format("does not answer beyond {}: all words there read 0", ShortSize(size))};
 }
 
 FlashSizeFinding NothingToTell(const Base& base, const Effort& effort) {
@@ -234,7 +233,7 @@ FlashSizeFinding FindFlashSize(Camera& camera) {
   }
   FlashSizeFinding finding = NothingToTell(base, kThorough);
   if (finding.text.empty()) {
-    finding.text = "can't be told: no address up to " + ShortSize(kLargest) + " wraps or fails";
+    finding.text = Format("can't be told: no address up to {} wraps or fails", ShortSize(kLargest));
   }
   return finding;
 }
@@ -264,7 +263,7 @@ FlashSizeFinding FindFlashEndBefore(Camera& camera, std::uint64_t end) {
     if (std::has_single_bit(size) && SilentFrom(camera, size)) {
       return Silence(size);
     }
-    return {std::nullopt, "can't be told: all words from " + Hex(size) + " on read 0"};
+    return {std::nullopt, Format("can't be told: all words from {} on read 0", Hex(size))};
   }
   return NothingToTell(base, effort);
 }

@@ -5,6 +5,7 @@
 
 #include "base/failure.h"
 #include "base/files.h"
+#include "base/format.h"
 #include "base/numbers.h"
 #include "base/sha256.h"
 
@@ -19,13 +20,13 @@ constexpr std::uint64_t kAddressSpace = std::uint64_t{1} << 32U;
 Image LoadImage(const std::string& file, std::uint32_t address) {
   Image image{file, ReadWholeFile(file), {}, address};
   if (image.bytes.empty()) {
-    throw Failure(ExitCode::kFile, file + " is empty: there is nothing to work with",
+    throw Failure(ExitCode::kFile, Format("{} is empty: there is nothing to work with", file),
                   "Give a file that holds the raw bytes of the flash.");
   }
   if (image.End() > kAddressSpace) {
     throw Failure(ExitCode::kFile,
-                  file + " has " + SizeText(image.bytes.size()) + " and would go from " +
-                      Hex(address) + " beyond the last address 0xffffffff",
+                  Format("{} has {} and would go from {} beyond the last address 0xffffffff", file,
+                         SizeText(image.bytes.size()), Hex(address)),
                   "Check --address.");
   }
   image.sha256 = Sha256(image.bytes);
@@ -39,7 +40,7 @@ void RefuseBlankImage(const Image& image) {
   if (same && (first == 0 || first == std::numeric_limits<std::uint8_t>::max())) {
     throw Failure(
         ExitCode::kFile,
-        image.file + " holds nothing but " + Hex(first, 2) + " bytes, which is no firmware",
+        Format("{} holds nothing but {} bytes, which is no firmware", image.file, Hex(first, 2)),
         "If that is what the flash shall hold, give --force.");
   }
 }

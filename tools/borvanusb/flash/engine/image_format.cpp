@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "base/failure.h"
+#include "base/format.h"
 
 namespace borvanusb {
 
@@ -195,9 +196,8 @@ void RefuseOtherFormat(const Image& image) {
   if (const auto format = RecogniseFormat(image.bytes)) {
     const FormatText text = TextOf(*format);
     throw Failure(ExitCode::kFile,
-                  image.file + " is " + text.name + ", not the raw bytes of a flash",
-                  text.advice + std::string("\nTo take the file's bytes as they are, give "
-                                            "--force."));
+                  Format("{} is {}, not the raw bytes of a flash", image.file, text.name),
+                  Format("{}\nTo take the file's bytes as they are, give --force.", text.advice));
   }
 }
 

@@ -3,6 +3,7 @@
 #include <nlohmann/json.hpp>
 #include <stdexcept>
 
+#include "base/format.h"
 #include "base/hex_bytes.h"
 #include "base/sha256.h"
 
@@ -143,7 +144,7 @@ std::string JournalText(const Journal& journal) {
   for (const SectorRecord& sector : journal.sectors) {
     json["sectors"].push_back({sector.address, sector.now, sector.after, sector.since});
   }
-  return json.dump(-1, ' ', false, Json::error_handler_t::replace) + "\n";
+  return Format("{}\n", json.dump(-1, ' ', false, Json::error_handler_t::replace));
 }
 
 Journal ParseJournal(const std::string& text) {

@@ -8,6 +8,7 @@
 
 #include "base/failure.h"
 #include "base/files.h"
+#include "base/format.h"
 #include "base/numbers.h"
 #include "base/sha256.h"
 
@@ -31,10 +32,11 @@ Journal Read(const std::string& file) {
   try {
     return ParseJournal(ReadWholeText(file));
   } catch (const std::invalid_argument& error) {
-    throw Failure(ExitCode::kFile,
-                  "can't use the journal " + file + ": " + error.what() +
-                      "; it may hold bytes of a flash that are nowhere else",
-                  "Keep a copy of it elsewhere, remove it from this folder and run again.");
+    throw Failure(
+        ExitCode::kFile,
+        Format("can't use the journal {}: {}; it may hold bytes of a flash that are nowhere else",
+               file, error.what()),
+        "Keep a copy of it elsewhere, remove it from this folder and run again.");
   }
 }
 
@@ -42,7 +44,7 @@ Journal Read(const std::string& file) {
 
 JournalStore::JournalStore(std::string folder, const CameraIdentity& camera)
     : folder_(std::move(folder)),
-      start_(kNameStart + Lower(camera.vid + "-" + camera.pid) + "-"),
+      start_(Format("{}{}-", kNameStart, Lower(Format("{}-{}", camera.vid, camera.pid)))),
       own_(kNameStart + Lower(CameraInFileName(camera))) {
   if (!folder_.empty() && folder_.back() != '/' && folder_.back() != '\\') {
     folder_ += '/';
@@ -87,7 +89,7 @@ std::string JournalStore::NewName(const std::string& time) const {
   // A name never comes again: a journal that was cut off may still name those that it replaces.
   std::random_device random;
   constexpr int kDigits = 8;
-  return folder_ + own_ + "-" + time + "-" + Hex(random(), kDigits).substr(2) + kNameEnd;
+  return Format("{}{}-{}-{}{}", folder_, own_, time, Hex(random(), kDigits).substr(2), kNameEnd);
 }
 
 void JournalStore::Save(const std::string& file, const Journal& journal) const {
@@ -101,7 +103,7 @@ void JournalStore::Remove(const std::string& file) const {
 
 std::string CameraInFileName(const CameraIdentity& camera) {
   const std::vector<std::uint8_t> path(camera.path.begin(), camera.path.end());
-  return camera.vid + "-" + camera.pid + "-" + Sha256(path).substr(0, kPathDigits);
+  return Format("{}-{}-{}", camera.vid, camera.pid, Sha256(path).substr(0, kPathDigits));
 }
 
 }  // namespace borvanusb

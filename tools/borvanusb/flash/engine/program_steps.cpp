@@ -8,6 +8,7 @@
 
 #include "base/failure.h"
 #include "base/files.h"
+#include "base/format.h"
 #include "flash/engine/camera_evidence.h"
 #include "flash/engine/flash_end.h"
 #include "flash/engine/safeguard.h"
@@ -32,7 +33,8 @@ std::optional<BackupRecord> KeepBackup(const Image& image, const FlashExaminatio
   const Range range{plan.changes.front().first, plan.changes.back().last};
   const std::optional<BackupRecord>& earlier = seen.recovery.backup;
   if (earlier && range.first >= earlier->address && range.last < earlier->address + earlier->size) {
-    site.output.Note("the backup from before the cut-off programming stays: " + earlier->file);
+    site.output.Note(
+        Format("the backup from before the cut-off programming stays: {}", earlier->file));
     return earlier;
   }
   if (!wish.wanted) {
@@ -43,7 +45,7 @@ std::optional<BackupRecord> KeepBackup(const Image& image, const FlashExaminatio
                         : wish.file;
   const Content before{seen.sectors.address, seen.recovery.before};
   BackupRecord backup = WriteBackup(file, range.first, before.At(range));
-  site.output.Note("backup of " + Text(range) + ": " + file);
+  site.output.Note(Format("backup of {}: {}", Text(range), file));
   return backup;
 }
 
@@ -73,7 +75,7 @@ std::unique_ptr<WorkJournal> BeginJournal(const Image& image, const FlashExamina
   try {
     journal->Begin();
   } catch (const Failure& failure) {
-    throw Failure(ExitCode::kFile, "the journal: " + failure.Message(),
+    throw Failure(ExitCode::kFile, Format("the journal: {}", failure.Message()),
                   "Set BORVANUSB_JOURNALS to a folder that you may write to.");
   }
   return journal;
@@ -155,8 +157,8 @@ void Verify(const ProgramPlan& plan, Security& security, const Ranges& vouched, 
       WriterFor(security, site).Compare(Without(plan.changes, vouched), plan.After());
   if (!mismatch.wrong.empty()) {
     const Ranges sectors = SectorsOf(mismatch.wrong);
-    site.output.Note(DifferenceText(mismatch.wrong) + ": " + RangesText(mismatch.wrong) +
-                     "; writing " + RangesText(sectors) + " once more");
+    site.output.Note(Format("{}: {}; writing {} once more", DifferenceText(mismatch.wrong),
+                            RangesText(mismatch.wrong), RangesText(sectors)));
     site.state.SetWrong(mismatch.wrong);
     WriterFor(security, site).Write(sectors, plan.After());
     // All of it again: where addresses wrap, the second try has overwritten other sectors.
@@ -177,7 +179,7 @@ void FinishJournals(const FlashExamination& seen, Security& security, WorkSite& 
       site.store.Remove(file);
     }
   } catch (const Failure& failure) {
-    site.output.Note(failure.Message() + "; the change itself is finished");
+    site.output.Note(Format("{}; the change itself is finished", failure.Message()));
   }
 }
 
@@ -194,15 +196,15 @@ std::string RestoreOldBytes(const FlashExamination& seen, Security& security, Wo
     const Ranges vouched = writer.Write(runs, before, SectorWriter::StopWish::kIgnore);
     const Mismatch mismatch = WriterFor(security, site).Compare(Without(runs, vouched), before);
     if (!mismatch.wrong.empty()) {
-      return "; the old bytes were written back, but " + RangesText(mismatch.wrong) +
-             " does not read back so";
+      return Format("; the old bytes were written back, but {} does not read back so",
+                    RangesText(mismatch.wrong));
     }
     site.state.SetRestored();
     security.journal->End();
     return "";
   } catch (const Failure& failure) {
     site.progress.Break();
-    return "; writing the old bytes back failed too: " + failure.Message();
+    return Format("; writing the old bytes back failed too: {}", failure.Message());
   }
 }
 

@@ -5,6 +5,7 @@
 
 #include "base/failure.h"
 #include "base/files.h"
+#include "base/format.h"
 #include "base/sha256.h"
 #include "flash/engine/sector_fate.h"
 
@@ -32,9 +33,9 @@ Range NamedBy(const Journal& journal) {
 }
 
 std::string WorkText(const Journal& journal) {
-  return "the unfinished " + journal.command +
-         (journal.image.empty() ? "" : " of " + journal.image) + " at " + Text(NamedBy(journal)) +
-         ", begun " + journal.begun;
+  return Format("the unfinished {}{} at {}, begun {}", journal.command,
+                journal.image.empty() ? "" : Format(" of {}", journal.image),
+                Text(NamedBy(journal)), journal.begun);
 }
 
 class Judge {
@@ -80,10 +81,11 @@ class Judge {
         return;
       }
     }
-    throw Failure(ExitCode::kUsage,
-                  "--journal: " + request_.choice +
-                      " is no journal with bytes for these sectors of this kind of camera",
-                  "Give the file that the message named, or none.");
+    throw Failure(
+        ExitCode::kUsage,
+        Format("--journal: {} is no journal with bytes for these sectors of this kind of camera",
+               request_.choice),
+        "Give the file that the message named, or none.");
   }
 
   void TakeOpenSector(const Entry& entry) {
@@ -96,8 +98,8 @@ class Judge {
     const bool same_path = journal.camera == request_.camera;
     if (!request_.sectors.Holds(sector)) {
       if (same_path) {
-        recovery_.notes.push_back(WorkText(journal) + ", is left as it is; " + entry.file +
-                                  " holds the bytes beside it in " + Text(sector));
+        recovery_.notes.push_back(Format("{}, is left as it is; {} holds the bytes beside it in {}",
+                                         WorkText(journal), entry.file, Text(sector)));
       }
       return;
     }
@@ -159,8 +161,9 @@ class Judge {
     const bool asks = request_.choice != kNoJournal && !Covers(request_.named, SectorAt(address)) &&
                       Identity(entry.journal) != SameCamera::kNo;
     if (asks) {
-      Ask(entry, "the sector " + Text(SectorAt(address)) +
-                     " holds what a later change wrote, and what the cut may have left as well");
+      Ask(entry, Format("the sector {} holds what a later change wrote, and what the cut may have "
+                        "left as well",
+                        Text(SectorAt(address))));
     }
     Misplace(entry, same_path);
   }
@@ -175,8 +178,9 @@ class Judge {
     const bool asks = request_.choice != kNoJournal && !Covers(request_.named, SectorAt(address)) &&
                       Identity(entry.journal) != SameCamera::kNo;
     if (asks) {
-      Ask(entry, "the sector " + Text(SectorAt(address)) +
-                     " holds neither what was there before nor what was being written");
+      Ask(entry,
+          Format("the sector {} holds neither what was there before nor what was being written",
+                 Text(SectorAt(address))));
     }
     Misplace(entry, same_path);
   }
@@ -191,7 +195,7 @@ class Judge {
     }
     const Entry& entry = Best(entries);
     if (rival != nullptr) {
-      Ask(entry, rival->file + " may be this camera's as well");
+      Ask(entry, Format("{} may be this camera's as well", rival->file));
     }
     const Range sector = SectorAt(address);
     const std::vector<std::uint8_t>& original = entry.journal.open_sector->original;
@@ -201,8 +205,8 @@ class Judge {
       return;
     }
     recovery_.used.push_back(entry);
-    recovery_.notes.push_back(WorkText(entry.journal) + ", was cut off; the bytes beside it in " +
-                              Text(sector) + " come from " + entry.file);
+    recovery_.notes.push_back(Format("{}, was cut off; the bytes beside it in {} come from {}",
+                                     WorkText(entry.journal), Text(sector), entry.file));
   }
 
   // The one that is of this place, or the first of those that have a place.
@@ -324,18 +328,21 @@ class Judge {
     if (other == 0) {
       recovery_.backup = backup;
     } else {
-      recovery_.notes.push_back("the backup from before the cut stays as well: " + backup.file);
+      recovery_.notes.push_back(
+          Format("the backup from before the cut stays as well: {}", backup.file));
     }
   }
 
   [[noreturn]] static void Ask(const Entry& entry, const std::string& why) {
-    throw Failure(ExitCode::kFile,
-                  entry.file + " belongs to " + WorkText(entry.journal) +
-                      ", and it is not clear whether that was with this camera: " + why,
-                  "If it was this camera, and nothing was programmed there since, add --journal " +
-                      entry.file + ": the bytes beside the image come from it.\n" +
-                      "Otherwise add --journal none: the sector keeps the bytes it holds, and the "
-                      "journal stays.");
+    throw Failure(
+        ExitCode::kFile,
+        Format("{} belongs to {}, and it is not clear whether that was with this camera: {}",
+               entry.file, WorkText(entry.journal), why),
+        Format("If it was this camera, and nothing was programmed there since, add --journal {}: "
+               "the bytes beside the image come from it.\n"
+               "Otherwise add --journal none: the sector keeps the bytes it holds, and the journal "
+               "stays.",
+               entry.file));
   }
 
   const RecoveryRequest& request_;

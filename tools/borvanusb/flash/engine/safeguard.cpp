@@ -5,6 +5,7 @@
 
 #include "base/failure.h"
 #include "base/files.h"
+#include "base/format.h"
 #include "base/sha256.h"
 
 namespace borvanusb {
@@ -42,13 +43,14 @@ BackupRecord WriteBackup(const std::string& file, std::uint32_t address,
     if (Sha256(ReadWholeFile(name)) == record.sha256) {
       return record;
     }
-    throw Failure(ExitCode::kFile, "the backup: " + file + " exists already and is not overwritten",
+    throw Failure(ExitCode::kFile,
+                  Format("the backup: {} exists already and is not overwritten", file),
                   "Give another name with --backup, or omit it for a name of its own.");
   }
   try {
     WriteWholeFile(name, bytes);
   } catch (const Failure& failure) {
-    throw Failure(failure.Code(), "the backup: " + failure.Message(),
+    throw Failure(failure.Code(), Format("the backup: {}", failure.Message()),
                   "Give another name with --backup; --no-backup does without.");
   }
   return record;
@@ -56,11 +58,11 @@ BackupRecord WriteBackup(const std::string& file, std::uint32_t address,
 
 std::string BackupName(const std::string& neighbour, const CameraIdentity& camera,
                        std::uint32_t address, const Host& host) {
-  const std::string stem = StemOf(neighbour) + "-backup-" + CameraInFileName(camera) + "-" +
-                           Hex(address, kAddressDigits) + "-" + TimeInFileName(host.Now());
-  std::string name = stem + ".bin";
+  const std::string stem = Format("{}-backup-{}-{}-{}", StemOf(neighbour), CameraInFileName(camera),
+                                  Hex(address, kAddressDigits), TimeInFileName(host.Now()));
+  std::string name = Format("{}.bin", stem);
   for (int i = 2; FileExists(name); ++i) {
-    name = stem + "-" + std::to_string(i) + ".bin";
+    name = Format("{}-{}.bin", stem, i);
   }
   return name;
 }

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "base/failure.h"
+#include "base/format.h"
 #include "flash/engine/sector_plan.h"
 #include "flash/engine/tail_words.h"
 
@@ -34,14 +35,14 @@ Mismatch Differences(std::uint32_t address, std::span<const std::uint8_t> found,
 
 std::string DifferenceText(const Ranges& wrong) {
   const std::uint64_t count = TotalSize(wrong);
-  return SizeText(count) + (count == 1 ? " differs" : " differ") + " from what was written";
+  return Format("{}{} from what was written", SizeText(count), count == 1 ? " differs" : " differ");
 }
 
 void FailVerify(const Mismatch& mismatch) {
   throw Failure(ExitCode::kVerify,
-                DifferenceText(mismatch.wrong) + ", at the second try too: " +
-                    RangesText(mismatch.wrong) + "; first at " + Hex(mismatch.first) + ": " +
-                    Hex(mismatch.found, 2) + " in place of " + Hex(mismatch.wanted, 2),
+                Format("{}, at the second try too: {}; first at {}: {} in place of {}",
+                       DifferenceText(mismatch.wrong), RangesText(mismatch.wrong),
+                       Hex(mismatch.first), Hex(mismatch.found, 2), Hex(mismatch.wanted, 2)),
                 "The flash may be protected, worn out, or smaller than the image's addresses.");
 }
 
@@ -117,8 +118,8 @@ void SectorWriter::WriteShared(const Range& sector, const Content& content) {
       FailVerify(mismatch);
     }
     was_wrong = true;
-    output_.Note(DifferenceText(mismatch.wrong) + ": " + RangesText(mismatch.wrong) + "; writing " +
-                 Text(sector) + " once more");
+    output_.Note(Format("{}: {}; writing {} once more", DifferenceText(mismatch.wrong),
+                        RangesText(mismatch.wrong), Text(sector)));
   }
   if (was_wrong) {
     state_.SetWrong({});

@@ -1,5 +1,7 @@
 #include "flash/engine/work_state.h"
 
+#include "base/format.h"
+
 namespace borvanusb {
 
 namespace {
@@ -8,7 +10,7 @@ using Lock = std::lock_guard<std::mutex>;
 
 void AddPart(std::string& text, const Ranges& ranges, const std::string& what) {
   if (!ranges.empty()) {
-    text += (text.empty() ? "" : "; ") + RangesText(ranges) + " " + what;
+    text += Format("{}{} {}", text.empty() ? "" : "; ", RangesText(ranges), what);
   }
 }
 
@@ -109,22 +111,21 @@ std::string WorkState::SentenceLocked() const {
     return "nothing in the flash was changed";
   }
   if (phase_ == Phase::kRestoring) {
-    return "the old bytes were being written back; " +
-           RangesText(Union(parts.written, parts.unfinished)) +
-           " may hold old or new bytes or none" + KeptLocked();
+    return Format("the old bytes were being written back; {} may hold old or new bytes or none{}",
+                  RangesText(Union(parts.written, parts.unfinished)), KeptLocked());
   }
   std::string text;
   AddPart(text, parts.wrong, "differs from what was written");
   AddPart(text, Without(parts.written, parts.wrong), "is written");
   AddPart(text, parts.unfinished, "is erased or half written");
   AddPart(text, parts.remaining, "is as before");
-  return "the flash is changed in part: " + text + KeptLocked();
+  return Format("the flash is changed in part: {}{}", text, KeptLocked());
 }
 
 std::string WorkState::KeptLocked() const {
-  return kept_.empty()
-             ? std::string()
-             : "; the bytes beside the image in " + RangesText(kept_) + " are in " + kept_file_;
+  return kept_.empty() ? std::string()
+                       : Format("; the bytes beside the image in {} are in {}", RangesText(kept_),
+                                kept_file_);
 }
 
 std::string WorkState::AdviceLocked() const {
@@ -132,9 +133,9 @@ std::string WorkState::AdviceLocked() const {
   if (phase_ == Phase::kDone || phase_ == Phase::kRestored || untouched) {
     return {};
   }
-  std::string text = "To continue: " + forward_;
+  std::string text = Format("To continue: {}", forward_);
   if (!back_.empty()) {
-    text += "\nTo go back: " + back_;
+    text += Format("\nTo go back: {}", back_);
   }
   return text;
 }
