@@ -23,7 +23,7 @@ CHECKS = [
 # The long tests, as short as they go: that they still run. They share a Wine prefix.
 PYTHON = "/usr/bin/python3"  # Debian's own, whatever other one a machine has
 BRIEF = [
-    ("endure", ["scripts/endure.sh", "5"], 600),
+    ("endure", ["scripts/endure.sh", "30"], 600),
     ("power_cuts", [PYTHON, "-B", "tests/reliability/power_cuts.py", "--count", "2"], 600),
     ("wine_starts", [PYTHON, "-B", "tests/reliability/wine_starts.py", "--count", "4", "--how", "fixed"],
      300),

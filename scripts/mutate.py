@@ -127,23 +127,27 @@ def state_of(*folders):
 class Trial:
     """Tries edits; one object serves all threads."""
 
-    def __init__(self, build, programs):
+    def __init__(self, build, programs, state):
         self.build = build
         self.programs = programs
+        self.state = state
         self.turns = {}  # of a program: a filter for its tests, and their limit; slow ones apart
-
-    def measure(self, state):
-        """Runs the tests on the unchanged library, which they must pass; once for each state."""
+        self.measuring = threading.Lock()
         if MEASURED.exists():
             former = json.loads(MEASURED.read_text("utf-8"))
             if former["state"] == state:
                 self.turns = former["turns"]
-                return
-        for program in self.programs:
+
+    def turns_of(self, program):
+        """Runs a program's tests without any edit, which they must pass; once for each state."""
+        with self.measuring:
+            if program in self.turns:
+                return self.turns[program]
             outcome = self.build.run_program(self.build.folder / "bin" / program,
-                                             WORK / "unchanged", (600, 1200))
+                                             WORK / f"unchanged-{program}", (600, 1200))
             if outcome.state != "passed":
-                sys.exit(f"mutate.sh: {program} fails without any edit, in {outcome.test}")
+                print(f"mutate.sh: {program} fails without any edit, in {outcome.test}", flush=True)
+                os._exit(1)  # pylint: disable=protected-access
             print(f"{program}: {outcome.seconds:.1f} s", file=sys.stderr, flush=True)
             # Other work on the machine stretches wall time more than processor time.
             slow = [(test, time) for test, time in outcome.times if time > SLOW]
@@ -152,7 +156,8 @@ class Trial:
             self.turns[program] = [(f"-{names}", self._limit(rest))]
             if slow:
                 self.turns[program].append((names, self._limit(sum(time for _, time in slow))))
-        MEASURED.write_text(json.dumps({"state": state, "turns": self.turns}), "utf-8")
+            MEASURED.write_text(json.dumps({"state": self.state, "turns": self.turns}), "utf-8")
+            return self.turns[program]
 
     @staticmethod
     def _limit(milliseconds):
@@ -171,19 +176,19 @@ class Trial:
         order = [program for program in likely if program in self.programs] + [
             program for program in self.build.programs_of(edit.path) if program not in likely]
         executables = {}
-        turns = [(program, turn) for program in order
-                 for turn in (self.turns[program][1:] if slow else self.turns[program][:1])]
-        for program, (tests, limit) in turns:
-            try:
-                if program not in executables:
-                    executables[program] = self.build.program_of(program, work, replaced)
-            except DoesNotCompile:
-                return "killed", f"{program} does not compile"
-            outcome = self._run(executables[program], work, limit, tests)
-            if outcome.state == "time":
-                return "killed", f"{program}, out of time in {outcome.test}"
-            if outcome.state == "failed":
-                return "killed", f"{program}, {outcome.test}"
+        for program in order:
+            turns = self.turns_of(program)
+            for tests, limit in turns[1:] if slow else turns[:1]:
+                try:
+                    if program not in executables:
+                        executables[program] = self.build.program_of(program, work, replaced)
+                except DoesNotCompile:
+                    return "killed", f"{program} does not compile"
+                outcome = self._run(executables[program], work, limit, tests)
+                if outcome.state == "time":
+                    return "killed", f"{program}, out of time in {outcome.test}"
+                if outcome.state == "failed":
+                    return "killed", f"{program}, {outcome.test}"
         return "survived", None
 
     def _run(self, executable, work, limit, tests):
@@ -248,8 +253,7 @@ def main():
         RESULTS.unlink(missing_ok=True)
     record = Record(digest)
     equivalents = Equivalents()
-    trial = Trial(build, programs)
-    trial.measure(folder + state_of("src", "tools", "virtual_camera", "tests"))
+    trial = Trial(build, programs, folder + state_of("src", "tools", "virtual_camera", "tests"))
     if options.brief:
         # As many edits of each room are in front of the list.
         options.count = BRIEF * len({edit.room for edit in edits})
