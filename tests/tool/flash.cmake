@@ -10,7 +10,7 @@ borvan_add_gtest(
   LIBRARIES borvanusb_flash_test_support)
 borvan_add_gtest(
   tool_flash_program_test
-  SOURCES flash_program_test.cpp
+  SOURCES flash_program_failures_test.cpp flash_program_files_test.cpp flash_program_test.cpp
   LIBRARIES borvanusb_flash_test_support)
 borvan_add_gtest(
   tool_flash_cut_test
@@ -19,7 +19,7 @@ borvan_add_gtest(
   TIMEOUT 300)
 borvan_add_gtest(
   tool_flash_journal_test
-  SOURCES flash_journal_test.cpp flash_several_test.cpp
+  SOURCES flash_journal_cameras_test.cpp flash_journal_changes_test.cpp flash_journal_test.cpp flash_several_test.cpp
   LIBRARIES borvanusb_flash_test_support)
 borvan_add_gtest(
   tool_flash_commands_test
