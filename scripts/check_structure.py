@@ -196,6 +196,9 @@ def check(root):
 
 def main():
     """Prints the complaints; exit code 1 when there are any."""
+    if sys.argv[1:] in (["-h"], ["--help"]):
+        print(__doc__)
+        return
     if len(sys.argv) > 2:
         sys.exit(__doc__)
     here = pathlib.Path(__file__).resolve().parent.parent

@@ -10,7 +10,7 @@ borvan_add_gtest(
   LIBRARIES borvanusb_flash_test_support)
 borvan_add_gtest(
   tool_flash_program_test
-  SOURCES flash_program_test.cpp
+  SOURCES flash_program_failures_test.cpp flash_program_files_test.cpp flash_program_test.cpp
   LIBRARIES borvanusb_flash_test_support)
 borvan_add_gtest(
   tool_flash_cut_test
@@ -19,7 +19,7 @@ borvan_add_gtest(
   TIMEOUT 300 SHARDS 2)
 borvan_add_gtest(
   tool_flash_journal_test
-  SOURCES flash_journal_test.cpp flash_several_test.cpp
+  SOURCES flash_journal_cameras_test.cpp flash_journal_changes_test.cpp flash_journal_test.cpp flash_several_test.cpp
   LIBRARIES borvanusb_flash_test_support)
 borvan_add_gtest(
   tool_flash_commands_test
@@ -30,7 +30,7 @@ target_compile_definitions(tool_flash_commands_test
 # 100,000 sequences with BORVAN_LONG=1, N with BORVAN_SEQUENCES=N.
 borvan_add_gtest(
   tool_flash_sequences_test
-  SOURCES flash_sequences_test.cpp
+  SOURCES flash_sequences_judge.cpp flash_sequences_test.cpp
   LIBRARIES borvanusb_flash_test_support
   TIMEOUT 600)
 # Its model compares whole flashes after each command, thousands of times.

@@ -1,0 +1,148 @@
+// Journals and cameras: the same one at another port, others at the same port, several.
+#include <algorithm>
+#include <memory>
+
+#include "flash_journal_support.h"
+
+namespace borvanusb::tool_test {
+namespace {
+
+TEST_F(FlashJournalTest, SameCameraAtAnotherPortIsKnownByItsContent) {
+  CutOffAfterErasing();
+  chip().identity.path = R"(\\?\usb#vid_1234&pid_0001#elsewhere)";
+  EXPECT_EQ(Run(command_).code, ExitCode::kDone);
+  EXPECT_EQ(flash(), Wanted());
+  EXPECT_FALSE(HasJournal());
+}
+
+// A later change, cut off too, lies over a word by which the camera is known.
+TEST_F(FlashJournalTest, LaterCutOverALandmarkHidesNoCamera) {
+  CutOffAfterErasing();
+  const Bytes later = Pattern(0x300, 7);
+  FailFrom(64 + 9 + 5);
+  EXPECT_EQ(Run(CommandFor("b/later.bin", later, 0x5500)).code, ExitCode::kDevice);
+  ASSERT_EQ(Bytes(flash().begin() + 0x5528, flash().begin() + 0x552C), Bytes(4, 0xFF));
+  Heal();
+  chip().identity.path = R"(\\?\usb#vid_1234&pid_0001#elsewhere)";
+  EXPECT_EQ(Run(command_).code, ExitCode::kDone);
+  const Bytes wanted = Wanted();
+  EXPECT_EQ(Bytes(flash().begin() + 0x1000, flash().begin() + 0x4000),
+            Bytes(wanted.begin() + 0x1000, wanted.begin() + 0x4000));
+}
+
+TEST_F(FlashJournalTest, BlankCameraAtTheSamePlaceIsNotGivenTheOthersBytes) {
+  CutOffAfterErasing();
+  flash() = Bytes(64 * 1024, 0xFF);
+  const Outcome outcome = Run(command_);
+  EXPECT_EQ(outcome.code, ExitCode::kFile);
+  EXPECT_NE(outcome.message.find(
+                "it is not clear whether that was with this camera: the rest of this flash is "
+                "not as that camera's; nothing in the flash was changed"),
+            std::string::npos)
+      << outcome.message;
+  EXPECT_NE(outcome.hint.find(
+                "add --journal none: the sector keeps the bytes it holds, and the journal stays"),
+            std::string::npos)
+      << outcome.hint;
+  EXPECT_EQ(flash(), Bytes(64 * 1024, 0xFF));
+  command_.journal = "none";
+  EXPECT_EQ(Run(command_).code, ExitCode::kDone);
+  EXPECT_EQ(flash(), Overlaid(Bytes(64 * 1024, 0xFF), kAddress, image_));
+  EXPECT_TRUE(HasJournal());
+  // The camera that was cut off comes back.
+  command_.journal.clear();
+  flash() = Overlaid(Overlaid(before_, 0x1000, Bytes(0x1000, 0xFF)), 0x2000,
+                     Bytes(image_.begin() + 0x100, image_.begin() + 0x1100));
+  EXPECT_EQ(Run(command_).code, ExitCode::kDone);
+  EXPECT_EQ(flash(), Wanted());
+  EXPECT_FALSE(HasJournal());
+}
+
+TEST_F(FlashJournalTest, OtherCameraAtTheSamePlaceKeepsItsBytesAndTheJournalStays) {
+  CutOffAfterErasing();
+  flash() = Pattern(64 * 1024, 99);
+  const Bytes others = flash();
+  EXPECT_EQ(Run(command_).code, ExitCode::kDone);
+  EXPECT_EQ(flash(), Overlaid(others, kAddress, image_));
+  EXPECT_EQ(OnlyJournal().camera, "");
+}
+
+TEST_F(FlashJournalTest, SiblingWithTheSameBytesBesideLeavesTheJournalForTheOther) {
+  CutOffAfterErasing();
+  const Bytes cut_off = flash();
+  flash() = before_;
+  EXPECT_EQ(Run(command_).code, ExitCode::kDone);
+  EXPECT_EQ(flash(), Wanted());
+  flash() = cut_off;
+  EXPECT_EQ(Run(command_).code, ExitCode::kDone);
+  EXPECT_EQ(flash(), Wanted());
+  EXPECT_FALSE(HasJournal());
+}
+
+TEST_F(FlashJournalTest, SectorThatNoCutLeavesBehindIsAsked) {
+  CutOffAfterErasing();
+  std::fill_n(flash().begin() + 0x1000, 0x1000, std::uint8_t{0});
+  const Outcome outcome = Run(command_);
+  EXPECT_EQ(outcome.code, ExitCode::kFile);
+  EXPECT_NE(outcome.message.find("the sector 0x1000-0x1fff holds neither what was there before nor "
+                                 "what was being written"),
+            std::string::npos)
+      << outcome.message;
+  command_.journal = Journals().at(0);
+  EXPECT_EQ(Run(command_).code, ExitCode::kDone);
+  EXPECT_EQ(flash(), Wanted());
+}
+
+TEST_F(FlashJournalTest, TwoCamerasOfOneKindHaveJournalsOfTheirOwn) {
+  auto second = std::make_shared<FakeChip>();
+  second->identity.path = R"(\\?\usb#vid_1234&pid_0001#b)";
+  second->flash = Pattern(64 * 1024, 5);
+  host.chips.push_back(second);
+  common.cameras = {"0"};
+  CutOffAfterErasing();
+  common.cameras = {"1"};
+  EXPECT_EQ(Run(command_).code, ExitCode::kDone);
+  EXPECT_EQ(second->flash, Overlaid(Pattern(64 * 1024, 5), kAddress, image_));
+  EXPECT_EQ(Journals().size(), 1U);
+  common.cameras = {"0"};
+  EXPECT_EQ(Run(command_).code, ExitCode::kDone);
+  EXPECT_EQ(flash(), Wanted());
+}
+
+// Both were cut off in the same sector, one after the other at the same port.
+TEST_F(FlashJournalTest, NoneForAnotherCamerasJournalLeavesItsOwnInForce) {
+  CutOffAfterErasing();
+  const Bytes cut_off = flash();
+  const Bytes others = Pattern(64 * 1024, 5);
+  flash() = others;
+  // More transfers than before: the other's landmarks are compared.
+  FailFrom(kBefore + 9 + kSectorTransfers + 2);
+  EXPECT_EQ(Run(command_).code, ExitCode::kDevice);
+  Heal();
+  const Bytes others_cut_off = flash();
+  ASSERT_EQ(Bytes(others_cut_off.begin() + 0x1000, others_cut_off.begin() + 0x1F00),
+            Bytes(0xF00, 0xFF));
+  ASSERT_EQ(Journals().size(), 2U);
+  flash() = cut_off;
+  EXPECT_EQ(Run(command_).code, ExitCode::kFile);
+  command_.journal = "none";
+  EXPECT_EQ(Run(command_).code, ExitCode::kDone);
+  EXPECT_EQ(flash(), Wanted());
+  EXPECT_EQ(Journals().size(), 1U);
+  command_.journal.clear();
+  flash() = others_cut_off;
+  EXPECT_EQ(Run(command_).code, ExitCode::kDone);
+  EXPECT_EQ(flash(), Overlaid(others, kAddress, image_));
+  EXPECT_FALSE(HasJournal());
+}
+
+TEST_F(FlashJournalTest, JournalOfACameraThatAnotherProcessWorksWithIsLeftAlone) {
+  CutOffAfterErasing();
+  host.busy_elsewhere.insert(chip().identity.path);
+  chip().identity.path = R"(\\?\usb#vid_1234&pid_0001#elsewhere)";
+  Run(command_);
+  EXPECT_FALSE(Journals().empty());
+}
+
+}  // namespace
+}  // namespace borvanusb::tool_test
