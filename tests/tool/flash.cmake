@@ -30,7 +30,7 @@ target_compile_definitions(tool_flash_commands_test
 # 100,000 sequences with BORVAN_LONG=1.
 borvan_add_gtest(
   tool_flash_sequences_test
-  SOURCES flash_sequences_test.cpp
+  SOURCES flash_sequences_judge.cpp flash_sequences_test.cpp
   LIBRARIES borvanusb_flash_test_support
   TIMEOUT 600)
 # Its model compares whole flashes after each command, thousands of times.

@@ -30,7 +30,8 @@ struct Module {
   std::string name;
   std::shared_ptr<FakeChip> chip = std::make_shared<FakeChip>();
   Bytes truth;
-  std::vector<std::uint8_t> limbo = std::vector<std::uint8_t>(kFlash, 0);  // named by a command that failed
+  std::vector<std::uint8_t> limbo =
+      std::vector<std::uint8_t>(kFlash, 0);  // named by a command that failed
 
   Module(std::string module_name, Bytes flash) : name(std::move(module_name)), truth(flash) {
     chip->flash = std::move(flash);

@@ -1,27 +1,21 @@
 // Programming, cut off and repeated in sequences drawn by chance: images that overlap, folders,
 // names in several spellings, cuts and kills at any transfer, other cameras at the same port and
-// the same camera at another, erasing, words, backups written back. A model knows what every byte
-// may be.
-//
-// A byte that no command names never changes while a command ends well. After a failure it is in
-// the flash or in a journal. A backup never changes.
+// the same camera at another, erasing, words, backups written back. flash_sequences_judge.h
+// says what must hold.
 #include <algorithm>
 #include <cstdlib>
-#include <map>
 #include <random>
 
-#include "base/files.h"
-#include "flash/engine/journal.h"
-#include "flash/engine/sector_plan.h"
+#include "base/numbers.h"
 #include "flash/erase.h"
 #include "flash/program.h"
 #include "flash/word.h"
-#include "flash_sequences_model.h"
+#include "flash_sequences_judge.h"
 
 namespace borvanusb::tool_test {
 namespace {
 
-class Sequence : public FlashTest {
+class Sequence : public SequenceJudge {
  public:
   void TestBody() override {}
 
@@ -90,12 +84,6 @@ class Sequence : public FlashTest {
 
   struct Image {
     std::string name;
-    std::uint32_t address = 0;
-    Bytes bytes;
-  };
-
-  // What a command names.
-  struct Named {
     std::uint32_t address = 0;
     Bytes bytes;
   };
@@ -185,32 +173,16 @@ class Sequence : public FlashTest {
     Program(module, command, {address, entry->second});
   }
 
-  void Program(Module& module, FlashProgramCommand command, const Named& named) {
+  void Program(Module& module, FlashProgramCommand command, const NamedBytes& named) {
     Attempt(
         module, named, [&] { return Run(command); }, command.verify);
     for (int i = 0; i < 2 && asked_; ++i) {
       // Somebody who knows the cameras answers.
-      command.journal = IsNeeded(module) ? asked_journal_ : "none";
+      command.journal = IsNeeded(module, asked_journal_) ? asked_journal_ : "none";
       log_ += "\n    answered " + command.journal;
       Attempt(
           module, named, [&] { return Run(command); }, command.verify);
     }
-  }
-
-  // Whether the flash lacks bytes that the journal asked for holds.
-  bool IsNeeded(const Module& module) {
-    if (owners_[asked_journal_] != module.name) {
-      return false;
-    }
-    const SharedSector open = *ParseJournal(ReadWholeText(asked_journal_)).open_sector;
-    bool lacks = false;
-    for (std::size_t i = 0; i < kSectorSize; ++i) {
-      const std::size_t place = open.address + i;
-      if (!module.limbo[place] && module.chip->flash[place] != module.truth[place]) {
-        lacks = lacks || open.original[i] == module.truth[place];
-      }
-    }
-    return lacks;
   }
 
   void EraseStep(Module& module) {
@@ -293,7 +265,7 @@ class Sequence : public FlashTest {
     }
   }
 
-  void Attempt(Module& module, const Named& named, const std::function<Outcome()>& run,
+  void Attempt(Module& module, const NamedBytes& named, const std::function<Outcome()>& run,
                bool verify = true) {
     ++statistics_->runs;
     asked_ = false;
@@ -321,13 +293,7 @@ class Sequence : public FlashTest {
     statistics_->done += outcome.code == ExitCode::kDone ? 1U : 0U;
     statistics_->cut += killed || cut ? 1U : 0U;
     NoteFiles(module);
-    for (const std::string& file : Journals()) {
-      const Journal journal = ParseJournal(ReadWholeText(file));
-      log_ += "\n      " + file.substr(file.size() - 30) +
-              (journal.camera.empty() ? " nowhere"
-                                      : " at " + journal.camera.substr(journal.camera.size() - 1)) +
-              (journal.open_sector ? ", open " + Hex(journal.open_sector->address) : "");
-    }
+    log_ += JournalsInWords();
     Judge(module, named, outcome, before);
     const std::size_t mark = outcome.hint.find("add --journal ");
     if (!killed && outcome.code == ExitCode::kFile && mark != std::string::npos) {
@@ -335,122 +301,19 @@ class Sequence : public FlashTest {
       const std::size_t start = mark + std::string("add --journal ").size();
       asked_journal_ = outcome.hint.substr(start, outcome.hint.find(": the bytes", start) - start);
       ++statistics_->asked;
-      statistics_->asked_owner += IsNeeded(module) ? 1U : 0U;
+      statistics_->asked_owner += IsNeeded(module, asked_journal_) ? 1U : 0U;
       if (module.chip->flash != before) {
         problem_ = "it asked after it changed the flash";
       }
     }
   }
 
-  // Sectors of this camera in which nothing tells it from the one that a journal is of.
-  void NoteAlike(const Module& module) {
-    alike_.clear();
-    for (const std::string& file : Journals()) {
-      const Journal journal = ParseJournal(ReadWholeText(file));
-      if (journal.open_sector && owners_[AbsoluteName(file)] != module.name &&
-          LooksAlike(module.chip->flash, journal)) {
-        alike_.push_back(journal.open_sector->address);
-      }
-    }
-  }
-
-  bool IsAlike(std::size_t place) const {
-    return std::ranges::any_of(alike_, [&](std::uint32_t address) {
-      return place >= address && place < address + std::size_t{kSectorSize};
-    });
-  }
-
-  // Backups stay as they were when they came; journals belong to who was worked with.
-  void NoteFiles(const Module& module) {
-    for (const std::string& name : FilesIn(host.journal_folder)) {
-      owners_.try_emplace(AbsoluteName(host.journal_folder + "/" + name), module.name);
-    }
-    for (const char* folder : {"a", "b"}) {
-      for (const std::string& name : FilesIn(File(folder))) {
-        if (name.starts_with("image") && name.find("backup") == std::string::npos) {
-          continue;
-        }
-        const std::string file = AbsoluteName(File(std::string(folder) + "/" + name));
-        const Bytes bytes = ReadWholeFile(file);
-        const auto [known, is_new] = backups_.try_emplace(file, bytes);
-        if (!is_new && known->second != bytes) {
-          problem_ = file + " changed";
-        }
-      }
-    }
-    for (const std::string& journal : Journals()) {
-      const auto backup = ParseJournal(ReadWholeText(journal)).backup;
-      if (backup) {
-        backup_places_[backup->file] = backup->address;
-      }
-    }
-  }
-
-  static bool SectorChanged(const Bytes& now, const Bytes& before, std::size_t place) {
-    const auto first = static_cast<std::ptrdiff_t>(place / kSectorSize * kSectorSize);
-    return !std::equal(now.begin() + first, now.begin() + first + kSectorSize,
-                       before.begin() + first);
-  }
-
-  void Judge(Module& module, const Named& named, const Outcome& outcome, const Bytes& before) {
-    const bool done = outcome.code == ExitCode::kDone;
-    const bool restored = outcome.message.find("is restored to its old bytes") != std::string::npos;
-    const Bytes& flash = module.chip->flash;
-    const SectorSpan sectors = SectorsAround(named.address, named.bytes.size());
-    const std::vector<SharedSector> kept = OpenSectors(Journals());
-    for (std::size_t place = 0; place < kFlash; ++place) {
-      const bool is_named = place >= named.address && place < named.address + named.bytes.size();
-      if (is_named && done) {
-        module.truth[place] = named.bytes[place - named.address];
-        module.limbo[place] = false;
-      } else if (is_named && !restored) {
-        const bool written = SectorChanged(flash, before, place);
-        const bool would_change = flash[place] != module.truth[place] ||
-                                  named.bytes[place - named.address] != module.truth[place];
-        module.limbo[place] = module.limbo[place] || (written && would_change);
-      }
-      if (module.limbo[place] || flash[place] == module.truth[place]) {
-        continue;
-      }
-      const bool may_be_missing =
-          !(done && place >= sectors.address && place < sectors.End()) && !(is_named && done);
-      if (may_be_missing && IsKept(kept, place, module.truth[place])) {
-        continue;
-      }
-      if (IsAlike(place)) {
-        ++statistics_->alike;
-        module.truth[place] = flash[place];
-      } else {
-        problem_ = "byte " + Hex(place) + " is " + Hex(flash[place], 2) + ", must be " +
-                   Hex(module.truth[place], 2) +
-                   (done ? ", exit code 0" : ", and no journal has it");
-        return;
-      }
-    }
-    for (const Module& other : modules_) {
-      if (&other != &module && last_flash_[other.name] != other.chip->flash &&
-          !last_flash_[other.name].empty()) {
-        problem_ = "the flash of " + other.name + " changed";
-      }
-      last_flash_[other.name] = other.chip->flash;
-    }
-    last_flash_[module.name] = flash;
-  }
-
   std::mt19937 random_;
-  Statistics* statistics_ = nullptr;
-  std::vector<Module> modules_;
   std::vector<int> plugged_;  // module by port, -1: none
   std::vector<Image> images_;
-  std::map<std::string, Bytes> backups_;
-  std::map<std::string, std::uint32_t> backup_places_;
-  std::map<std::string, std::string> owners_;  // of journals
-  std::map<std::string, Bytes> last_flash_;
-  std::vector<std::uint32_t> alike_;
   bool asked_ = false;
   std::string asked_journal_;
   std::string log_;
-  std::string problem_;
 };
 
 std::uint64_t FromEnvironment(const char* name, std::uint64_t otherwise) {
