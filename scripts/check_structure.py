@@ -1,6 +1,7 @@
 #!/usr/bin/env python3
 """Checks how the sources hang together: which folder may include which, no circles, no long files or
-functions. The rules are in structure_rules.py, what breaks them for now in structure_exceptions.txt.
+functions, no two types of one name in a product. The rules are in structure_rules.py, what breaks them
+for now in structure_exceptions.txt.
 
 Usage: check_structure.py [ROOT]
 Prints each broken rule with its file and fails; ROOT is the tree, by default the one this script
@@ -12,8 +13,9 @@ import re
 import sys
 
 import function_lengths
+import type_names
 from structure_rules import (ALLOWED, FREE, INCLUDE_ROOTS, LONGEST_FILE, LONGEST_FILES,
-                             LONGEST_FUNCTION, OUR_FOLDERS)
+                             LONGEST_FUNCTION, OUR_FOLDERS, PRODUCTS)
 
 EXCEPTIONS = pathlib.PurePath("scripts/structure_exceptions.txt")
 CODE = (".c", ".cpp", ".h", ".hpp")
@@ -153,6 +155,22 @@ def check_lengths(root, files, exceptions):
     return complaints
 
 
+def check_types(root, files):
+    """Complaints about types of one name in two files of a product: the linker makes one of them."""
+    complaints = []
+    for product in PRODUCTS:
+        first = {}
+        for path in files:
+            if path.suffix not in CODE or pathlib.PurePath(product) not in path.parents:
+                continue
+            for name, line in type_names.defined_types((root / path).read_text(encoding="utf-8")):
+                other, other_line = first.setdefault(name, (path, line))
+                if other != path:
+                    complaints.append(f"{path}:{line}: {name} is also a type in {other}:{other_line}: "
+                                      "rename one or put it in an anonymous namespace")
+    return complaints
+
+
 class Exceptions:
     """What breaks a rule for now: `include FILE ROOM`, `file FILE LINES`, `function FILE NAME LINES`."""
 
@@ -191,6 +209,7 @@ def check(root):
     complaints += check_rooms(graph, exceptions)
     complaints += check_circles(graph)
     complaints += check_lengths(root, files, exceptions)
+    complaints += check_types(root, files)
     return complaints + exceptions.complaints()
 
 

@@ -1,4 +1,5 @@
-"""What check_structure.py holds the tree to: who may include whom, how long files and functions may be.
+"""What check_structure.py holds the tree to: who may include whom, how long files and functions
+may be, where a type's name must be unique.
 
 The rules stand here alone. What breaks one today is in structure_exceptions.txt.
 """
@@ -64,6 +65,9 @@ ALLOWED = {
 }
 # Rooms without a line of their own: they hold no part of a product.
 FREE = ("tests", "tests/*", "cmake", "scripts")
+
+# The folders of what is linked into one program: there no two types have the same name.
+PRODUCTS = ("src", "tools/borvanusb", "virtual_camera")
 
 LONGEST_FILE = 400
 # The public header is one file on purpose.

@@ -205,6 +205,62 @@ class LengthsTest(OneComplaint):
         self.assert_one(complaints({"scripts/a.py": "def f():\n" + "    a()\n" * 60}), "f has 61")
 
 
+def in_namespace(content, name="borvanusb"):
+    """A source with this content in a namespace."""
+    return f"namespace {name} {{\n{content}\n}}  // namespace {name}\n"
+
+
+class TypesTest(OneComplaint):
+    """Two sources of a product, each of which compiles, with types that the linker may take for one."""
+
+    ONE = "tools/borvanusb/flash/one.cpp"
+    OTHER = "tools/borvanusb/station/other.h"
+
+    def found(self, first, second):
+        """The complaints about two sources in the tool's namespace."""
+        return complaints({self.ONE: in_namespace(first), self.OTHER: in_namespace(second)})
+
+    def test_two_types_of_one_name_are_refused(self):
+        for product in ("src/device", "tools/borvanusb/flash", "virtual_camera/core"):
+            found = complaints({f"{product}/a.cpp": in_namespace("struct A {\n  int a = 0;\n};"),
+                                f"{product}/b.h": in_namespace("\nclass A {\n  long b;\n};")})
+            self.assert_one(found, f"{product}/b.h:3: borvanusb::A", f"{product}/a.cpp:2")
+
+    def test_every_form_of_a_type_is_seen(self):
+        for form in ("class A final : public B<int> {};", "struct A : B { int c{0}; };",
+                     "union A { int b; };", "enum A { kB };", "enum class A : int { kB };",
+                     "struct alignas(4) A {};",
+                     "struct [[nodiscard]] A {};", "template <typename T, int N = 1>\nstruct A {};",
+                     "struct A {} kA;", "void F() {}\nint b = 1;\nconst int kC[] = {1};\nstruct A {};",
+                     'extern "C" {\nstruct A {};\n}', "inline int F(int a) { return a; }\nstruct A {};"):
+            with self.subTest(form=form):
+                self.assert_one(self.found(form, "struct A {};"), "borvanusb::A")
+
+    def test_a_type_inside_another_and_one_in_a_nested_namespace_are_seen(self):
+        self.assert_one(self.found("struct A {\n private:\n  struct Part {};\n};", "struct A::Part {};"),
+                        "borvanusb::A::Part")
+        self.assert_one(complaints({self.ONE: "namespace a { namespace b {\nstruct C {};\n} }\n",
+                                    self.OTHER: "namespace a::b {\nstruct C {};\n}\n"}), "a::b::C")
+
+    def test_types_that_cannot_meet_pass(self):
+        for other in ("namespace {\nstruct A {};\n}", "namespace b {\nstruct A {};\n}",
+                      "struct B {\n  struct A {};\n};", "void F() {\n  struct A {};\n}", "class A;",
+                      "struct A F() { return {}; }", "const A a = {};", "using B = A;", "enum class A : int;",
+                      "// struct A {};", 'const char* const kText = "struct A {}";', "friend struct A;",
+                      "template <>\nstruct A<int> {};", "template <class A>\nstruct B {};"):
+            with self.subTest(other=other):
+                self.assertEqual(self.found("struct A {};", other), [])
+
+    def test_products_may_have_types_of_one_name(self):
+        content = in_namespace("struct A {};", "a")
+        self.assertEqual(complaints({"src/device/a.h": content, "tools/borvanusb/flash/a.h": content,
+                                     "virtual_camera/core/a.h": content, "tests/a.h": content,
+                                     "tests/b.h": content}), [])
+
+    def test_branches_of_the_preprocessor_in_one_file_pass(self):
+        self.assertEqual(complaints({self.ONE: "#ifdef B\nstruct A {};\n#else\nstruct A {};\n#endif\n"}), [])
+
+
 class ExceptionsTest(OneComplaint):
     """What breaks a rule for now."""
 

@@ -11,6 +11,7 @@ if(NOT WIN32)
             scratch_names_test.cpp
             supervisor_test.cpp
             ../api/api_fixture.cpp
+            ../support/camera_chip.cpp
             ../support/scripted_platform.cpp
     LIBRARIES borvanusb_core borvan_core
     SHARDS 3)
@@ -27,6 +28,7 @@ if(NOT WIN32)
             sweep/sweep_rig.cpp
             sweep/swept_camera.cpp
             ../api/api_fixture.cpp
+            ../support/camera_chip.cpp
             ../support/scripted_platform.cpp
     LIBRARIES borvanusb_test_support borvan_core virtual_camera_core
     TIMEOUT 400 SHARDS 3)
