@@ -8,9 +8,9 @@
 #include <string>
 #include <vector>
 
+#include "base/width_modes.h"
 #include "files/list_file.h"
 #include "i2c/i2c_list.h"
-#include "base/width_modes.h"
 #include "registers/list_text.h"
 #include "registers/register_list.h"
 #include "support/check.h"

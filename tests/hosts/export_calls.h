@@ -40,11 +40,11 @@ static const struct ExportCall kExportCalls[] = {
 };
 enum {
   kExportCallCount = sizeof kExportCalls / sizeof kExportCalls[0],
-  kJobStarterCount = 6,  // the first ones of the list
+  kJobStarterCount = 6,     // the first ones of the list
+  kFirstInstanceCall = 14,  // those between access registers, sensors and the flash
 };
 
-static inline void MakeExportCall(int which) {
-  uint32_t value = 0;
+static inline void StartJob(int which) {
   switch (which) {
     case 0:
       UsbFlashWriteFile("image.bin", 0);
@@ -61,9 +61,15 @@ static inline void MakeExportCall(int which) {
     case 4:
       UsbI2CReadFile(0, 7, "sensor.bin", 0x20, kBorvanI2cAddress8Data8);
       break;
-    case 5:
+    default:
       UsbI2CWriteFile("sensor.txt", 0);
       break;
+  }
+}
+
+static inline void AccessCamera(int which) {
+  uint32_t value = 0;
+  switch (which) {
     case 6:
       UsbUpdateDevice();
       break;
@@ -85,9 +91,14 @@ static inline void MakeExportCall(int which) {
     case 12:
       UsbI2cRead(0x20, 0, &value, kBorvanI2cAddress8Data8, 0);
       break;
-    case 13:
+    default:
       UsbI2cWrite(0x20, 0, 0x5A, kBorvanI2cAddress8Data8, 0);
       break;
+  }
+}
+
+static inline void CallInstance(int which) {
+  switch (which) {
     case 14:
       UsbSelectDevice(kGood);
       break;
@@ -109,6 +120,16 @@ static inline void MakeExportCall(int which) {
     default:
       UsbIniDevice();
       break;
+  }
+}
+
+static inline void MakeExportCall(int which) {
+  if (which < kJobStarterCount) {
+    StartJob(which);
+  } else if (which < kFirstInstanceCall) {
+    AccessCamera(which);
+  } else {
+    CallInstance(which);
   }
 }
 

@@ -239,6 +239,19 @@ TEST_F(ConfigurationTest, WrongKeysOfACameraAreNamed) {
       {R"("registers": {"0x1a3": 1, "0x1A3": 2})",
        "cameras[0].registers.0x1a3: the register is given twice"},
       {R"("list_header": 1)", "cameras[0].list_header: must be one of \"ignored\", \"page\""},
+      {R"("lengths": {"8": 64})",
+       "cameras[0].lengths.8: unknown key; allowed are 1, 2, 3, 4, 5, 6, 7"},
+      {R"("lengths": {"1": -1})",
+       "cameras[0].lengths.1: must be a number or a text \"0x…\", 0 to 0xffffffff"},
+      {R"("plugged": 1)", "cameras[0].plugged: must be true or false"},
+  };
+  for (const auto& [keys, expected] : cases) {
+    EXPECT_EQ(CameraErrorOf(keys), expected) << keys;
+  }
+}
+
+TEST_F(ConfigurationTest, WrongSensorsAreNamed) {
+  const std::vector<std::pair<std::string, std::string>> cases = {
       {R"("sensors": [{"mode": 0}])",
        "cameras[0].sensors[0].slave: missing; must be the slave address, 0 to 255"},
       {R"("sensors": [{"slave": 256, "mode": 0}])",
@@ -254,11 +267,6 @@ TEST_F(ConfigurationTest, WrongKeysOfACameraAreNamed) {
        "cameras[0].sensors[1]: slave: must differ from the slave addresses of the other sensors"},
       {R"("absent_slave": "none")",
        "cameras[0].absent_slave: must be one of \"zeros\", \"ones\", \"failure\""},
-      {R"("lengths": {"8": 64})",
-       "cameras[0].lengths.8: unknown key; allowed are 1, 2, 3, 4, 5, 6, 7"},
-      {R"("lengths": {"1": -1})",
-       "cameras[0].lengths.1: must be a number or a text \"0x…\", 0 to 0xffffffff"},
-      {R"("plugged": 1)", "cameras[0].plugged: must be true or false"},
   };
   for (const auto& [keys, expected] : cases) {
     EXPECT_EQ(CameraErrorOf(keys), expected) << keys;

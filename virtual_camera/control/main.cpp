@@ -45,85 +45,105 @@ std::wstring DllBesideProgram() {
   return file.substr(0, file.find_last_of(L"\\/") + 1) + L"BorvanVirtualCamera.dll";
 }
 
-int Run() {
-  using namespace virtual_camera;
-  CLI::App app("Registers, inspects and handles virtual BorvanUSB cameras.", "virtual-camera");
-  app.require_subcommand(1);
-  app.footer(
-      "CAMERA is a camera's number in the configuration file (from 0), its name or its device "
-      "path.\nExit codes: 0 done, 1 failed (one line on standard error), 2 wrong use.");
-
-  std::string file;
-  app.add_option("--config", file,
-                 "Configuration file (default: the one that BORVAN_VIRTUAL_CAMERA names, else "
-                 "%ProgramData%\\BorvanUSB\\virtual-camera.json)");
-  std::string camera;
-  std::string trace;
-
-  const auto* const do_register = app.add_subcommand(
-      "register",
-      "Make the plugged-in cameras of the file visible to all programs; replaces the "
-      "cameras registered before (on Windows: needs administrator rights)");
-  const auto* const do_unregister = app.add_subcommand("unregister", "Remove all virtual cameras");
-  auto* const plug = app.add_subcommand("plug", "Plug a camera in");
-  auto* const unplug = app.add_subcommand("unplug", "Unplug a camera");
-  for (auto* const command : {plug, unplug}) {
-    command->add_option("CAMERA", camera, "Number, name or device path")->required();
-  }
-  auto* const cycle = app.add_subcommand(
-      "power-cycle", "Take a camera's power away for a moment: registers get their initial values");
-  auto* const reset =
-      app.add_subcommand("reset-faults", "Let a camera's faults count their transfers anew");
-  auto* const state =
-      app.add_subcommand("state", "Show a camera's registers, flash and faults; changes nothing");
-  for (auto* const command : {cycle, reset, state}) {
-    command->add_option("CAMERA", camera, "Number, name or device path (default: all cameras)");
-  }
-  auto* const show_trace =
-      app.add_subcommand("trace", "Print a trace file in words, with a summary");
-  show_trace->add_option("FILE", trace, "Trace file")->required();
-  const auto* const check = app.add_subcommand("check", "Check the configuration file only");
-  app.fallthrough();
-
-  try {
-    app.parse(ReversedArguments());
-  } catch (const CLI::ParseError& error) {
-    return app.exit(error) == 0 ? kDone : kWrongUse;
+// The command line: its options and the command that was given.
+class CommandLine {
+ public:
+  CommandLine()
+      : app_("Registers, inspects and handles virtual BorvanUSB cameras.", "virtual-camera") {
+    // Before the commands, which take these over.
+    app_.require_subcommand(1);
+    app_.footer(
+        "CAMERA is a camera's number in the configuration file (from 0), its name or its device "
+        "path.\nExit codes: 0 done, 1 failed (one line on standard error), 2 wrong use.");
+    app_.add_option("--config", file_,
+                    "Configuration file (default: the one that BORVAN_VIRTUAL_CAMERA names, else "
+                    "%ProgramData%\\BorvanUSB\\virtual-camera.json)");
+    AddCommands();
+    app_.fallthrough();
   }
 
-  if (*show_trace) {
-    TraceCommand(trace, std::cout);
+  // Parses the arguments and carries the command out. Returns the exit code.
+  int Run() {
+    try {
+      app_.parse(ReversedArguments());
+    } catch (const CLI::ParseError& error) {
+      return app_.exit(error) == 0 ? kDone : kWrongUse;
+    }
+    if (*trace_) {
+      virtual_camera::TraceCommand(trace_file_, std::cout);
+    } else if (*unregister_) {
+      virtual_camera::UnregisterCommand(std::cout);
+    } else {
+      RunWithConfiguration();
+    }
     return kDone;
   }
-  if (*do_unregister) {
-    UnregisterCommand(std::cout);
-    return kDone;
+
+ private:
+  // In the order in which the help lists them.
+  void AddCommands() {
+    register_ = app_.add_subcommand(
+        "register",
+        "Make the plugged-in cameras of the file visible to all programs; replaces the "
+        "cameras registered before (on Windows: needs administrator rights)");
+    unregister_ = app_.add_subcommand("unregister", "Remove all virtual cameras");
+    plug_ = app_.add_subcommand("plug", "Plug a camera in");
+    unplug_ = app_.add_subcommand("unplug", "Unplug a camera");
+    for (auto* const command : {plug_, unplug_}) {
+      command->add_option("CAMERA", camera_, "Number, name or device path")->required();
+    }
+    cycle_ = app_.add_subcommand(
+        "power-cycle",
+        "Take a camera's power away for a moment: registers get their initial values");
+    reset_ =
+        app_.add_subcommand("reset-faults", "Let a camera's faults count their transfers anew");
+    state_ = app_.add_subcommand("state",
+                                 "Show a camera's registers, flash and faults; changes nothing");
+    for (auto* const command : {cycle_, reset_, state_}) {
+      command->add_option("CAMERA", camera_, "Number, name or device path (default: all cameras)");
+    }
+    trace_ = app_.add_subcommand("trace", "Print a trace file in words, with a summary");
+    trace_->add_option("FILE", trace_file_, "Trace file")->required();
+    check_ = app_.add_subcommand("check", "Check the configuration file only");
   }
-  if (file.empty()) {
-    file = ConfigurationFile();
+
+  void RunWithConfiguration() {
+    using namespace virtual_camera;
+    const std::string file = file_.empty() ? ConfigurationFile() : file_;
+    const Configuration configuration = LoadConfiguration(file);
+    // Hosts with this environment could not use the cameras, and have no way to say why.
+    CheckProcessTrace(configuration, ProcessTraceFile());
+    if (*check_) {
+      CheckCommand(configuration, file, std::cout);
+    } else if (*register_) {
+      RegisterCommand(configuration, DllBesideProgram(), std::cout);
+    } else if (*plug_) {
+      PlugCommand(configuration, FindCamera(configuration, camera_), std::cout);
+    } else if (*unplug_) {
+      UnplugCommand(configuration, FindCamera(configuration, camera_), std::cout);
+    } else if (*cycle_) {
+      PowerCycleCommand(configuration, camera_, std::cout);
+    } else if (*reset_) {
+      ResetFaultsCommand(configuration, camera_, std::cout);
+    } else {
+      StateCommand(configuration, camera_, std::cout);
+    }
   }
-  const Configuration configuration = LoadConfiguration(file);
-  // Hosts with this environment could not use the cameras, and have no way to say why.
-  CheckProcessTrace(configuration, ProcessTraceFile());
-  if (*check) {
-    CheckCommand(configuration, file, std::cout);
-    return kDone;
-  }
-  if (*do_register) {
-    RegisterCommand(configuration, DllBesideProgram(), std::cout);
-  } else if (*plug) {
-    PlugCommand(configuration, FindCamera(configuration, camera), std::cout);
-  } else if (*unplug) {
-    UnplugCommand(configuration, FindCamera(configuration, camera), std::cout);
-  } else if (*cycle) {
-    PowerCycleCommand(configuration, camera, std::cout);
-  } else if (*reset) {
-    ResetFaultsCommand(configuration, camera, std::cout);
-  } else {
-    StateCommand(configuration, camera, std::cout);
-  }
-  return kDone;
-}
+
+  CLI::App app_;
+  std::string file_;
+  std::string camera_;
+  std::string trace_file_;
+  CLI::App* register_ = nullptr;
+  CLI::App* unregister_ = nullptr;
+  CLI::App* plug_ = nullptr;
+  CLI::App* unplug_ = nullptr;
+  CLI::App* cycle_ = nullptr;
+  CLI::App* reset_ = nullptr;
+  CLI::App* state_ = nullptr;
+  CLI::App* trace_ = nullptr;
+  CLI::App* check_ = nullptr;
+};
 
 }  // namespace
 
@@ -132,7 +152,7 @@ int main() {
   SetDllDirectoryW(L"");
   SetConsoleOutputCP(CP_UTF8);
   try {
-    const int code = Run();
+    const int code = CommandLine().Run();
     if (!std::cout.flush()) {
       throw std::runtime_error("standard output: can't be written to its end");
     }

@@ -7,8 +7,8 @@
 #include <string>
 #include <vector>
 
-#include "camera/camera.h"
 #include "base/agreement.h"
+#include "camera/camera.h"
 #include "dll/camera_library.h"
 #include "dll/job.h"
 

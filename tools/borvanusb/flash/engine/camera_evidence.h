@@ -10,9 +10,9 @@
 
 namespace borvanusb {
 
-// Whether a flash is the one that a journal belongs to. A camera without a serial number has another
-// path at another port, and cameras of one kind share their firmware: content tells more than a
-// path.
+// Whether a flash is the one that a journal belongs to. A camera without a serial number has
+// another path at another port, and cameras of one kind share their firmware: content tells more
+// than a path.
 
 // What was compared. Blank places count for neither side.
 struct Evidence {

@@ -11,8 +11,9 @@
 
 namespace borvanusb {
 
-// What must outlast a process that is cut off while it changes flash. A journal describes one change
-// that was begun and has not come to its end: where, with which camera, where the old bytes are.
+// What must outlast a process that is cut off while it changes flash. A journal describes one
+// change that was begun and has not come to its end: where, with which camera, where the old bytes
+// are.
 
 // A sector that a change fills in part, from right before its erase until it was read back: for
 // that time the bytes beside the change may be nowhere in the flash. At most one at a time.
