@@ -111,6 +111,7 @@ def print_tool(series):
 
 
 def main():
+    """Prints the table of the rounds in a file; see above."""
     if len(sys.argv) != 3:
         sys.exit(__doc__)
     series = read_rounds(sys.argv[1])

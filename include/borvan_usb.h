@@ -97,7 +97,7 @@ static const uint32_t kBorvanExceptionCode = 0x20474343u;
 // The text of a status: the library's own failures and what borvan_wait_for_job returns.
 // Returns a constant text, never to be freed; NULL for others (ask FormatMessage about those).
 static inline const char* borvan_status_message(uint32_t status) {
-  static const char* const messages[] = {
+  static const char* const kMessages[] = {
       "Flash failed to erase",
       "GetLen fails in channel",
       "Flash write  failed",  // hosts compare the texts: the two spaces stay
@@ -117,7 +117,7 @@ static inline const char* borvan_status_message(uint32_t status) {
   if (status < kBorvanFlashEraseFailed || status > kBorvanFileFormatFailed) {
     return NULL;
   }
-  return messages[status - kBorvanFlashEraseFailed];
+  return kMessages[status - kBorvanFlashEraseFailed];
 }
 
 // ---- Cameras ------------------------------------------------------------------------------------

@@ -15,8 +15,8 @@ enum { kWrongArguments = 1, kFileUnusable = 2, kNoCamera = 4, kCameraNotOpened =
 enum { kJobFailed = 6, kTimeLimit = 7, kDifferent = 8 };
 enum { kLargestImage = 64 << 20 };
 
-static char image[kLargestImage + 1];
-static char read_back[kLargestImage + 1];
+static char g_image[kLargestImage + 1];
+static char g_read_back[kLargestImage + 1];
 
 // Prints why the program ends, and ends it. A job that still runs ends with it, in the middle.
 _Noreturn static void Fail(int code, const char* format, ...) {
@@ -41,7 +41,7 @@ static uint32_t Number(const char* text, uint32_t highest) {
 // Reads a file into `bytes`. Returns its size; 0 if it is empty or can't be read.
 static size_t Load(const char* name, char* bytes) {
   FILE* const file = fopen(name, "rb");
-  const size_t size = file != NULL ? fread(bytes, 1, sizeof image, file) : 0;
+  const size_t size = file != NULL ? fread(bytes, 1, sizeof g_image, file) : 0;
   const bool whole = file != NULL && ferror(file) == 0;
   if (file != NULL) {
     fclose(file);
@@ -89,7 +89,7 @@ int main(int argc, char** argv) {
   if (address % 4096 != 0) {  // the library would erase what lies before it, too
     Fail(kWrongArguments, "the address %s is no multiple of 4096", argv[2]);
   }
-  const size_t size = Load(argv[1], image);
+  const size_t size = Load(argv[1], g_image);
   if (size == 0 || size > kLargestImage || size - 1 > UINT32_MAX - address) {
     Fail(kFileUnusable, "%s: missing, empty or larger than the flash can be", argv[1]);
   }
@@ -105,9 +105,9 @@ int main(int argc, char** argv) {
   size_t found = 0;  // the job writes the file after it has reported its end
   for (int i = 0; i < 500 && found != size; ++i) {
     Sleep(20);
-    found = Load(file, read_back);
+    found = Load(file, g_read_back);
   }
-  if (found != size || memcmp(image, read_back, size) != 0) {
+  if (found != size || memcmp(g_image, g_read_back, size) != 0) {
     Fail(kDifferent, "%s: %lu bytes read back, which differ from the image's %lu", file,
          (unsigned long)found, (unsigned long)size);
   }

@@ -66,6 +66,7 @@ def replies():
 
 
 def flash_images():
+    """Images and where they go."""
     start = word(0x40000)
     return {
         "one-byte": start + b"\0\x5a",
@@ -81,6 +82,7 @@ def flash_images():
 
 
 def dumps():
+    """Dumps of flash and of registers."""
     head = word(0x1000) + word(0xFFFFFFFF) + b"\0" + text("dump.txt")
     return {
         "two-lines": head + bytes(range(16)),

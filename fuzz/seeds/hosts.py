@@ -3,6 +3,7 @@ from seeds.parts import half, text, word
 
 
 def enumerations():
+    """Lists of cameras as the system gives them."""
     def device(kind, path, name):
         return bytes([kind, 0]) + text(path) + b"\0" + text(name)
     return {

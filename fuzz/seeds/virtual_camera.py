@@ -7,6 +7,7 @@ CONFIGURATIONS = pathlib.Path(__file__).resolve().parents[2] / "virtual_camera" 
 
 
 def configurations():
+    """Configuration files of virtual cameras."""
     camera = b'{"path": "p"%s}'
     seeds = {
         "smallest": b'{"cameras": [{"path": "p"}]}',
