@@ -65,6 +65,13 @@ TEST_F(I2cCommandsTest, DumpLoadsBackWithoutSayingTheDeviceAgain) {
       (std::vector<std::string>{"0xfff8, 0x6c,\n0xfffe, 0x04,\n0x300a, 0x1234,\n0x300b, 0x40,\n"}));
 }
 
+TEST_F(I2cCommandsTest, DumpThatCannotBeWrittenReadsNothing) {
+  const Failure failure =
+      desk_.FailureOf(I2cDumpCommand{Sensor(2), {0x300A, 0x300B}, folder_.Name("none/dump.txt")});
+  EXPECT_EQ(failure.Code(), ExitCode::kFile);
+  EXPECT_EQ(desk_.Chip().transfers, 0U);
+}
+
 TEST_F(I2cCommandsTest, RawDumpHasTheHighByteFirst) {
   Registers() = {{0x300A, 0x1234}, {0x300B, 0x40}};
   desk_.Do(I2cDumpCommand{Sensor(2), {0x300A, 0x300B}, folder_.Name("dump.bin")}, "i2c-dump");
