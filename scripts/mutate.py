@@ -261,7 +261,9 @@ def main():
     if not options.brief:
         tried_slowly(edits, trial, record, equivalents, options.jobs)
     let_pass = report(edits, record, equivalents, windows_only)
-    return 1 if let_pass else 0
+    # The few edits of the brief form are others after each change of the sources, so that a single one
+    # that passes says little: it shows that the tests notice most.
+    return 1 if let_pass > (len(edits) // 4 if options.brief else 0) else 0
 
 
 if __name__ == "__main__":

@@ -14,7 +14,7 @@
 #   --jobs N    so many at a time (as many as there are processors)
 #   --headers   headers too
 #   --fresh     forgets what earlier runs found
-#   --brief     two edits of each room, without the slow tests
+#   --brief     two edits of each room, without the slow tests; fails when more than a quarter passes
 #   --preset P  with this native build's programs (native-quick)
 #   FILE…       only these files, headers included
 set -euo pipefail
