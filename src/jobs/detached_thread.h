@@ -6,10 +6,10 @@
 namespace borvan {
 
 // Runs `procedure(argument)` on a thread of its own that nobody waits for. Throws std::system_error
-// (resource_unavailable_try_again) when no thread is to be had.
+// (resource_unavailable_try_again) when no thread can be made.
 void StartDetachedThread(void (*procedure)(void*), void* argument);
 
-// Runs `run` once on such a thread, then destroys it there. When no thread is to be had it is
+// Runs `run` once on such a thread, then destroys it there. When no thread can be made it is
 // destroyed before the exception leaves.
 template <typename Run>
 void RunDetached(Run run) {

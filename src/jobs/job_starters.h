@@ -14,7 +14,7 @@ namespace borvan {
 // thread runs, or the file error's code when the input check failed: an empty path, for the jobs
 // that read a file one that names nothing, for the register write one without an entry. A failed
 // check is also reported as (code, -1) before the starter returns.
-// Throw std::system_error when no thread is to be had; job_running stays true then.
+// Throw std::system_error when no thread can be made; job_running stays true then.
 
 Result StartFlashWriteJob(std::shared_ptr<BorvanUSBBase> device, std::string path,
                           std::string start_address, ProgressCallback progress);

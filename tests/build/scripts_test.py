@@ -15,7 +15,7 @@ RUN_BY_THE_SUITE = {"scripts/run_with_wine.sh", "scripts/with_cameras.sh", "scri
 
 
 class ScriptsTest(unittest.TestCase):
-    """The scripts that users are told of."""
+    """The scripts that documents name."""
 
     def test_every_script_that_a_document_names_starts(self):
         named = {name for document in DOCUMENTS
