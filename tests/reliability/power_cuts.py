@@ -64,6 +64,8 @@ class Station(station.ToolTest):
         (self.folder / "cameras.json").write_text(
             json.dumps({"cameras": [self.slow_camera()]}), encoding="utf-8")
         self.camera_program("register")
+        # Tests that share the prefix would find a camera whose files are gone.
+        self.addCleanup(self.camera_program, "unregister")
 
     @staticmethod
     def slow_camera():
