@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <array>
 #include <chrono>
-#include <cstdio>
 #include <nlohmann/json.hpp>
 #include <string_view>
 #include <system_error>
@@ -11,32 +10,49 @@
 namespace virtual_camera {
 namespace {
 
+constexpr std::array<char, 17> kDigits = {"0123456789abcdef"};
+
+// The digits of a number, as many as asked for. Printing functions take longer than the transfer.
+void AppendDecimal(std::string& text, std::uint64_t number, std::size_t digits) {
+  const std::size_t end = text.size() + digits;
+  text.resize(end);
+  for (std::size_t i = 1; i <= digits; ++i) {
+    text[end - i] = kDigits[number % 10];
+    number /= 10;
+  }
+}
+
+void AppendHexadecimal(std::string& text, std::span<const std::uint8_t> bytes) {
+  const std::size_t begin = text.size();
+  text.resize(begin + 2 * bytes.size());
+  char* place = text.data() + begin;
+  for (const std::uint8_t byte : bytes) {
+    *place++ = kDigits[byte >> 4];
+    *place++ = kDigits[byte & 0x0F];
+  }
+}
+
 // "2026-01-31T12:34:56.123456Z"
-std::string TimeText(std::uint64_t time_us) {
+void AppendTime(std::string& text, std::uint64_t time_us) {
   const std::chrono::sys_time<std::chrono::microseconds> time{
       std::chrono::microseconds(static_cast<std::int64_t>(time_us))};
   const auto day = std::chrono::floor<std::chrono::days>(time);
   const std::chrono::year_month_day date(day);
   const std::chrono::hh_mm_ss clock(time - day);
-  std::array<char, 64> text{};
-  std::snprintf(text.data(), text.size(), "%04d-%02u-%02uT%02d:%02d:%02d.%06dZ",
-                static_cast<int>(date.year()), static_cast<unsigned>(date.month()),
-                static_cast<unsigned>(date.day()), static_cast<int>(clock.hours().count()),
-                static_cast<int>(clock.minutes().count()),
-                static_cast<int>(clock.seconds().count()),
-                static_cast<int>(clock.subseconds().count()));
-  return text.data();
-}
-
-std::string HexadecimalText(std::span<const std::uint8_t> bytes) {
-  constexpr std::array<char, 17> kDigits = {"0123456789abcdef"};
-  std::string text;
-  text.reserve(2 * bytes.size());
-  for (const std::uint8_t byte : bytes) {
-    text += kDigits[byte >> 4];
-    text += kDigits[byte & 0x0F];
-  }
-  return text;
+  AppendDecimal(text, static_cast<std::uint64_t>(static_cast<int>(date.year())), 4);
+  text += '-';
+  AppendDecimal(text, static_cast<unsigned>(date.month()), 2);
+  text += '-';
+  AppendDecimal(text, static_cast<unsigned>(date.day()), 2);
+  text += 'T';
+  AppendDecimal(text, static_cast<std::uint64_t>(clock.hours().count()), 2);
+  text += ':';
+  AppendDecimal(text, static_cast<std::uint64_t>(clock.minutes().count()), 2);
+  text += ':';
+  AppendDecimal(text, static_cast<std::uint64_t>(clock.seconds().count()), 2);
+  text += '.';
+  AppendDecimal(text, static_cast<std::uint64_t>(clock.subseconds().count()), 6);
+  text += 'Z';
 }
 
 const char* DirectionName(Direction direction) {
@@ -80,6 +96,7 @@ bool EndsWithinLine(const SharedFile& file, std::uint64_t size) {
 
 TraceWriter::TraceWriter(const std::string& path_utf8, const std::string& camera) try
     : file_(path_utf8),
+      lock_(file_, path_utf8),
       camera_json_(
           nlohmann::json(camera).dump(-1, ' ', false, nlohmann::json::error_handler_t::replace)) {
   if (!BeginsAsTrace(file_)) {
@@ -102,31 +119,51 @@ bool TraceWriter::Write(const TracedTransfer& transfer, std::uint64_t missing) n
 }
 
 std::string TraceWriter::Lines(const TracedTransfer& transfer, std::uint64_t missing) const {
-  std::array<char, 16> result{};
-  std::snprintf(result.data(), result.size(), "0x%08x", static_cast<unsigned>(transfer.result));
-  const std::string begin =
-      std::string(kLineBegin) + TimeText(transfer.time_us) + "\",\"camera\":" + camera_json_;
+  std::string begin(kLineBegin);
+  AppendTime(begin, transfer.time_us);
+  begin += "\",\"camera\":";
+  begin += camera_json_;
   std::string lines;
+  lines.reserve(begin.size() + 2 * transfer.bytes.size() + 128);
   if (missing != 0) {
     lines = begin + ",\"missing\":" + std::to_string(missing) + "}\n";
   }
-  return lines + begin + ",\"direction\":\"" + DirectionName(transfer.direction) +
-         "\",\"selector\":" + std::to_string(transfer.selector) +
-         ",\"length\":" + std::to_string(transfer.length) + ",\"bytes\":\"" +
-         HexadecimalText(transfer.bytes) + "\",\"result\":\"" + result.data() + "\"}\n";
+  lines += begin;
+  lines += ",\"direction\":\"";
+  lines += DirectionName(transfer.direction);
+  lines += "\",\"selector\":";
+  lines += std::to_string(transfer.selector);
+  lines += ",\"length\":";
+  lines += std::to_string(transfer.length);
+  lines += ",\"bytes\":\"";
+  AppendHexadecimal(lines, transfer.bytes);
+  lines += "\",\"result\":\"0x";
+  const auto result = static_cast<std::uint32_t>(transfer.result);
+  for (unsigned shift = 32; shift > 0; shift -= 4) {
+    lines += kDigits[result >> (shift - 4) & 0x0F];
+  }
+  lines += "\"}\n";
+  return lines;
 }
 
 void TraceWriter::Append(const std::string& lines) {
-  const FileLock lock(file_);
+  const TraceGuard guard(lock_);
   const std::uint64_t size = file_.Size();
   // A process that was killed, or a computer that lost its power, may have left a part of a line.
-  const std::string text = (EndsWithinLine(file_, size) ? "\n" : "") + lines;
+  const bool is_cut = size != end_ && EndsWithinLine(file_, size);
+  end_ = 0;
   try {
-    file_.WriteAt(size, BytesOf(text));
+    if (is_cut) {
+      const std::string whole = "\n" + lines;
+      file_.WriteAt(size, BytesOf(whole));
+    } else {
+      file_.WriteAt(size, BytesOf(lines));
+    }
   } catch (const std::system_error&) {
     file_.Truncate(size);
     throw;
   }
+  end_ = size + (is_cut ? 1 : 0) + lines.size();
 }
 
 }  // namespace virtual_camera
