@@ -22,6 +22,8 @@ LARGEST_PLAN_GROWTH = 2
 LARGEST_TOOL_RATIO = 1.02
 LARGEST_EQUAL_RATIO = 1.05
 LARGEST_HELP_MS = 50
+LARGEST_CAMERA_US = 3
+LARGEST_TRACED_US = 10
 
 
 def read_rounds(path):
@@ -110,6 +112,22 @@ def print_tool(series):
         help_ms - empty_ms <= LARGEST_HELP_MS)
 
 
+def print_camera(series):
+    """The rows of the virtual camera."""
+    print("g. a transfer of the virtual camera (yardstick: of the flash in memory)")
+    for place, title in (("native", "native"), ("dll", "under Wine")):
+        for work, verb in (("program", "programming"), ("read", "reading")):
+            for what, extra, target in (("camera", "", LARGEST_CAMERA_US),
+                                        ("traced", ", traced", LARGEST_TRACED_US)):
+                rounds = series[f"camera.{place}.{work}_{what}_ns"]
+                memory = series[f"camera.{place}.{work}_memory_ns"]
+                for name, pick in (("least", min), ("median", statistics.median)):
+                    taken = pick(rounds) / 1000
+                    row(f"   {verb}{extra}, {title}, {name}", f"{taken:.2f} us",
+                        f"{pick(memory):.1f} ns", f"{taken:.2f} us", f"<= {target} us",
+                        taken <= target)
+
+
 def main():
     """Prints the table of the rounds in a file; see above."""
     if len(sys.argv) != 3:
@@ -160,6 +178,7 @@ def main():
 
     print_lists(series)
     print_tool(series)
+    print_camera(series)
 
 
 if __name__ == "__main__":

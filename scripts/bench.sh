@@ -31,8 +31,8 @@ build() {
     exit 1
   fi
 }
-build native bench_transfers bench_native
-build windows BorvanUSB_x64 bench_camera bench_library bench_tool
+build native bench_transfers bench_native bench_virtual_camera
+build windows BorvanUSB_x64 bench_camera bench_library bench_tool bench_virtual_camera
 
 export WINEPREFIX=$PWD/$work/wine WINEDEBUG=-all WINEDLLOVERRIDES='mscoree,mshtml='
 wine=(/usr/lib/wine/wine64)
@@ -63,6 +63,12 @@ for part in memory dumps lists waits; do
   echo "== measuring: native $part" >&2
   build/native/bin/bench_native "$files" "$part" >>"$rounds"
 done
+
+echo "== measuring: the virtual camera, native" >&2
+build/native/bin/bench_virtual_camera "$files" native >>"$rounds"
+echo "== measuring: the virtual camera, under Wine" >&2
+"${wine[@]}" build/windows/bin/bench_virtual_camera.exe "Z:${PWD//\//\\}\\build\\bench\\files" dll |
+  tr -d '\r' >>"$rounds"
 
 for part in transfers memory-program memory-dump dump waits; do
   echo "== measuring: the DLL's $part" >&2

@@ -1,11 +1,15 @@
 #include "child_process.h"
 
+#include <algorithm>
+#include <chrono>
 #include <cstdint>
 #include <fstream>
 #include <stdexcept>
+#include <thread>
 #include <vector>
 
 #include "core/camera.h"
+#include "core/state_file.h"
 
 #ifdef _WIN32
 #include <windows.h>
@@ -50,6 +54,36 @@ std::string program;
   }
 }
 
+// Sets of 56 equal registers in one block, each with the count of such sets that came before it, as
+// the first fault counts them. `sets` of them, or until somebody kills the process.
+int Count(virtual_camera::Camera& camera, const virtual_camera::CameraConfiguration& configuration,
+          std::uint32_t sets) {
+  const auto state = virtual_camera::LookAtState(configuration.state_file, configuration.plugged);
+  std::uint64_t round = state.fields.fault_counters[0];
+  std::vector<std::uint8_t> block(64, 0);
+  block[3] = 56;
+  block[6] = 0x01;  // from register 0x0100
+  for (std::uint32_t i = 0; sets == 0 || i < sets; ++i, ++round) {
+    std::fill(block.begin() + 8, block.end(), static_cast<std::uint8_t>(round));
+    if (camera.Set(7, block).result != 0) {
+      return 1;
+    }
+  }
+  return 0;
+}
+
+// Owns the camera's lock, with a change that is not committed, until somebody kills the process.
+[[noreturn]] void OwnLock(const virtual_camera::CameraConfiguration& configuration,
+                          const std::string& ready_file) {
+  virtual_camera::StateFile state(configuration.state_file, configuration.plugged);
+  state.Lock();
+  state.State().fields.plugged = false;
+  std::ofstream(ready_file) << "ready";
+  while (true) {
+    std::this_thread::sleep_for(std::chrono::seconds(1));
+  }
+}
+
 }  // namespace
 
 void RememberProgram(const char* path) {
@@ -58,7 +92,13 @@ void RememberProgram(const char* path) {
 
 int RunChild(const std::string& action, const std::string& configuration_file) {
   const auto configuration = virtual_camera::LoadConfiguration(configuration_file);
+  if (action == "own") {
+    OwnLock(configuration.cameras.at(0), configuration_file + ".ready");
+  }
   virtual_camera::Camera camera(configuration.cameras.at(0));
+  if (action == "count" || action == "burst") {
+    return Count(camera, configuration.cameras.at(0), action == "burst" ? 5000 : 0);
+  }
   if (action == "hammer") {
     Hammer(camera, configuration_file + ".ready");
   }

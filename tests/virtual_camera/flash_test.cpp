@@ -58,6 +58,19 @@ TEST_F(FlashTest, WordReadAnswersBytesInFlashOrderAtAnyAddress) {
   EXPECT_THAT(Get(3, 11), ElementsAre(0x34, 0, 0, 0, 1, 0x11, 0x12, 0x13, 0x14, 0, 0));
 }
 
+// People and tests replace it without asking who has it open.
+TEST_F(FlashTest, FileMayBeReplacedWhileACameraHasItOpen) {
+  const Bytes read = {0x34, 0, 0, 0x10, 0x00, 0, 0, 0, 0, 0, 0};  // 4 bytes from 0x1000
+  camera();
+  folder.Write("flash.bin", std::string(64 * 1024, '\x21'));
+  EXPECT_EQ(Set(3, read), kOk);
+  EXPECT_THAT(Get(3, 11), ElementsAre(0x34, 0, 0, 0x10, 0, 0x21, 0x21, 0x21, 0x21, 0, 0));
+  // What is missing is as if erased.
+  folder.Write("flash.bin", "");
+  EXPECT_EQ(Set(3, read), kOk);
+  EXPECT_THAT(Get(3, 11), ElementsAre(0x34, 0, 0, 0x10, 0, 0xFF, 0xFF, 0xFF, 0xFF, 0, 0));
+}
+
 TEST_F(FlashTest, ProgrammingOnlyClearsBits) {
   Set(3, WriteWord(0x20, {0xF0, 0xF0, 0xF0, 0xF0}));
   Set(3, WriteWord(0x20, {0xCC, 0xFF, 0x0F, 0x00}));

@@ -1,20 +1,23 @@
 #include "core/device_state.h"
 
 #include <algorithm>
+#include <bit>
+#include <cstring>
 #include <stdexcept>
 
 namespace virtual_camera {
 namespace {
 
-// The state file is little-endian whatever the machine is.
+// The state file is little-endian, as every machine is that this is built for.
+static_assert(std::endian::native == std::endian::little);
+
 class Writer {
  public:
   explicit Writer(std::span<std::uint8_t> bytes) : bytes_(bytes) {}
 
   void Number(std::uint64_t value, std::size_t size) {
-    for (std::size_t i = 0; i < size; ++i) {
-      bytes_[position_++] = static_cast<std::uint8_t>(value >> (8 * i));
-    }
+    std::memcpy(bytes_.data() + position_, &value, size);
+    position_ += size;
   }
   void Bytes(std::span<const std::uint8_t> source) {
     std::copy(source.begin(), source.end(),
@@ -34,9 +37,8 @@ class Reader {
 
   std::uint64_t Number(std::size_t size) {
     std::uint64_t value = 0;
-    for (std::size_t i = 0; i < size; ++i) {
-      value |= static_cast<std::uint64_t>(bytes_[position_++]) << (8 * i);
-    }
+    std::memcpy(&value, bytes_.data() + position_, size);
+    position_ += size;
     return value;
   }
   std::uint16_t Half() { return static_cast<std::uint16_t>(Number(2)); }

@@ -1,6 +1,7 @@
 #include "core/nor_flash.h"
 
 #include <algorithm>
+#include <array>
 #include <system_error>
 #include <vector>
 
@@ -98,7 +99,8 @@ std::optional<std::uint64_t> NorFlash::Program(std::uint32_t address,
     // A page program that ran over its page would wrap to the page's begin; the chip splits.
     const std::size_t count = std::min<std::size_t>(
         bytes.size() - done, static_cast<std::size_t>(kPageSize - *position % kPageSize));
-    std::vector<std::uint8_t> cells(count);
+    std::array<std::uint8_t, kPageSize> page;
+    const std::span cells = std::span(page).first(count);
     file_.ReadAt(*position, cells);
     for (std::size_t i = 0; i < count; ++i) {
       if (!IsStuck(*position + i, stuck_words)) {

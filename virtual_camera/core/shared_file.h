@@ -9,7 +9,8 @@
 
 namespace virtual_camera {
 
-// Members throw std::system_error when the system refuses. Positions are bytes from the start.
+// Members throw std::system_error when the system refuses. Positions are bytes from the start. One
+// thread at a time uses an object.
 class SharedFile {
  public:
   // Opens `path_utf8` for reading and writing; creates an empty file when there is none.
@@ -37,7 +38,14 @@ class SharedFile {
   void Lock();
   void Unlock() noexcept;
 
+  // Further locks of that kind, by number from 0 to kSeats - 1: exclusive, and taken at once or not
+  // at all.
+  static constexpr std::uint32_t kSeats = 65536;
+  bool TryLockSeat(std::uint32_t seat);
+  void UnlockSeat(std::uint32_t seat) noexcept;
+
  private:
+  friend class FileView;
 #ifdef _WIN32
   using Handle = void*;
 #else

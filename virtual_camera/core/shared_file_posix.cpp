@@ -1,5 +1,4 @@
 #include <fcntl.h>
-#include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -12,6 +11,19 @@
 
 namespace virtual_camera {
 namespace {
+
+// Locks are on bytes that no file has.
+constexpr off_t kLockPosition = off_t{1} << 62U;
+
+// Locks of the open file, not of the process: two objects of one process exclude each other.
+bool SetLock(int handle, int command, short type, off_t position) {
+  struct flock lock {};
+  lock.l_type = type;
+  lock.l_whence = SEEK_SET;
+  lock.l_start = position;
+  lock.l_len = 1;
+  return ::fcntl(handle, command, &lock) == 0;
+}
 
 [[noreturn]] void ThrowLastError(const char* what) {
   throw std::system_error(errno, std::generic_category(), what);
@@ -91,7 +103,7 @@ void SharedFile::Truncate(std::uint64_t size) {
 }
 
 void SharedFile::Lock() {
-  while (::flock(handle_, reads_only_ ? LOCK_SH : LOCK_EX) != 0) {
+  while (!SetLock(handle_, F_OFD_SETLKW, reads_only_ ? F_RDLCK : F_WRLCK, kLockPosition)) {
     if (errno != EINTR) {
       ThrowLastError("lock");
     }
@@ -99,7 +111,21 @@ void SharedFile::Lock() {
 }
 
 void SharedFile::Unlock() noexcept {
-  ::flock(handle_, LOCK_UN);
+  SetLock(handle_, F_OFD_SETLK, F_UNLCK, kLockPosition);
+}
+
+bool SharedFile::TryLockSeat(std::uint32_t seat) {
+  if (SetLock(handle_, F_OFD_SETLK, F_WRLCK, kLockPosition + 1 + seat)) {
+    return true;
+  }
+  if (errno != EAGAIN && errno != EACCES) {
+    ThrowLastError("lock");
+  }
+  return false;
+}
+
+void SharedFile::UnlockSeat(std::uint32_t seat) noexcept {
+  SetLock(handle_, F_OFD_SETLK, F_UNLCK, kLockPosition + 1 + seat);
 }
 
 }  // namespace virtual_camera

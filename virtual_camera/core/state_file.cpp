@@ -2,8 +2,12 @@
 
 #include <algorithm>
 #include <array>
+#include <atomic>
+#include <bit>
+#include <cstring>
 #include <system_error>
-#include <utility>
+#include <thread>
+#include <vector>
 
 #include "core/configuration.h"
 #include "core/format.h"
@@ -11,9 +15,14 @@
 namespace virtual_camera {
 namespace {
 
+static_assert(std::endian::native == std::endian::little, "numbers are stored as they are");
+
 constexpr std::uint64_t kSlotSize = 2048;
 constexpr std::uint64_t kLogBase = 2 * kSlotSize;
-constexpr std::array<std::uint8_t, 8> kMagic = {'v', 'c', 's', 't', 'a', 't', 'e', '1'};
+using Magic = std::array<std::uint8_t, 8>;
+constexpr Magic kMagic = {'v', 'c', 's', 't', 'a', 't', 'e', '2'};
+// Version 1 differs in its lock alone, which was the system's on the file.
+constexpr Magic kOldMagic = {'v', 'c', 's', 't', 'a', 't', 'e', '1'};
 constexpr std::size_t kSequencePosition = 8;
 constexpr std::size_t kLogNumberPosition = 16;
 constexpr std::size_t kLogStartPosition = 24;
@@ -21,28 +30,24 @@ constexpr std::size_t kLogRecordsPosition = 32;
 constexpr std::size_t kFieldsPosition = 40;
 constexpr std::size_t kChecksumPosition = kFieldsPosition + kDeviceFieldsSize;
 constexpr std::size_t kHeadSize = kChecksumPosition + 8;
-static_assert(kHeadSize <= kSlotSize);
+constexpr std::size_t kLockPosition = 1984;  // in the first slot, in a cache line of its own
+static_assert(kHeadSize <= kLockPosition && kLockPosition % 64 == 0 && kLockPosition < kSlotSize);
 
 constexpr std::size_t kRecordSize = 12;  // key 8, value 4
 // A log is written anew when it holds many more records than there are registers.
 constexpr std::uint64_t kSmallLog = 4096;
 constexpr std::uint64_t kSlackFactor = 4;
+constexpr std::uint64_t kGrowth = 16384;  // the file grows by so many bytes at least
 
 using Slot = std::array<std::uint8_t, kHeadSize>;
 
-void PutNumber(std::span<std::uint8_t> bytes, std::size_t position, std::uint64_t value,
-               std::size_t size = 8) {
-  for (std::size_t i = 0; i < size; ++i) {
-    bytes[position + i] = static_cast<std::uint8_t>(value >> (8 * i));
-  }
+void PutNumber(std::span<std::uint8_t> bytes, std::size_t position, std::uint64_t value) {
+  std::memcpy(bytes.data() + position, &value, sizeof value);
 }
 
-std::uint64_t GetNumber(std::span<const std::uint8_t> bytes, std::size_t position,
-                        std::size_t size = 8) {
+std::uint64_t GetNumber(std::span<const std::uint8_t> bytes, std::size_t position) {
   std::uint64_t value = 0;
-  for (std::size_t i = 0; i < size; ++i) {
-    value |= static_cast<std::uint64_t>(bytes[position + i]) << (8 * i);
-  }
+  std::memcpy(&value, bytes.data() + position, sizeof value);
   return value;
 }
 
@@ -57,75 +62,91 @@ std::uint64_t Checksum(std::span<const std::uint8_t> bytes) {
 }
 static_assert(kChecksumPosition % 8 == 0);
 
-bool IsValid(const Slot& slot) {
-  return std::equal(kMagic.begin(), kMagic.end(), slot.begin()) &&
-         GetNumber(slot, kChecksumPosition) == Checksum(std::span(slot).first(kChecksumPosition));
+bool Begins(std::span<const std::uint8_t> bytes, const Magic& magic) {
+  return std::equal(magic.begin(), magic.end(), bytes.begin());
 }
 
-std::vector<std::uint8_t> LogBytes(std::span<const RegisterStore::Record> records) {
-  std::vector<std::uint8_t> bytes(records.size() * kRecordSize);
-  std::size_t position = 0;
-  for (const RegisterStore::Record& record : records) {
-    PutNumber(bytes, position, record.key);
-    PutNumber(bytes, position + 8, record.value, 4);
-    position += kRecordSize;
-  }
-  return bytes;
-}
-
-struct NewestHead {
+// What the newest of the heads says.
+struct Newest {
   StateHead head;
-  std::vector<std::uint8_t> fields;
+  DeviceFields fields;
+  bool is_old = false;  // of version 1
 };
 
-// The last head that was written whole.
-NewestHead FindNewestHead(const SharedFile& file, const std::string& path) {
-  std::array<std::uint8_t, kSlotSize + kHeadSize> both{};
-  file.ReadAt(0, both);
-  const Slot* newest = nullptr;
-  std::array<Slot, 2> slots;
+// Whether the slot has a whole head, of a log that lies within a file of `file_size` bytes.
+bool IsValid(const Slot& slot, std::uint64_t file_size) {
+  const std::uint64_t start = GetNumber(slot, kLogStartPosition);
+  return (Begins(slot, kMagic) || Begins(slot, kOldMagic)) &&
+         GetNumber(slot, kChecksumPosition) == Checksum(std::span(slot).first(kChecksumPosition)) &&
+         start >= kLogBase && start <= file_size &&
+         GetNumber(slot, kLogRecordsPosition) <= (file_size - start) / kRecordSize;
+}
+
+// The newest head that was written whole, from the file's first bytes.
+std::optional<Newest> FindNewest(std::span<const std::uint8_t> begin, std::uint64_t file_size) {
+  std::array<Slot, 2> slots{};
   for (std::size_t i = 0; i < slots.size(); ++i) {
-    const auto begin = both.begin() + static_cast<std::ptrdiff_t>(i * kSlotSize);
-    std::copy(begin, begin + kHeadSize, slots[i].begin());
+    std::copy_n(begin.begin() + static_cast<std::ptrdiff_t>(i * kSlotSize), kHeadSize,
+                slots[i].begin());
   }
   const bool second_is_newer =
       GetNumber(slots[1], kSequencePosition) > GetNumber(slots[0], kSequencePosition);
-  for (const Slot* candidate : {&slots[second_is_newer ? 1 : 0], &slots[second_is_newer ? 0 : 1]}) {
-    if (newest == nullptr && IsValid(*candidate)) {
-      newest = candidate;
+  for (const std::size_t i : {second_is_newer ? 1U : 0U, second_is_newer ? 0U : 1U}) {
+    const Slot& slot = slots[i];
+    if (IsValid(slot, file_size)) {
+      return Newest{
+          .head = {.sequence = GetNumber(slot, kSequencePosition),
+                   .log_number = GetNumber(slot, kLogNumberPosition),
+                   .log_start = GetNumber(slot, kLogStartPosition),
+                   .log_records = GetNumber(slot, kLogRecordsPosition)},
+          .fields = ReadDeviceFields(std::span(slot).subspan(kFieldsPosition, kDeviceFieldsSize)),
+          .is_old = Begins(slot, kOldMagic)};
     }
   }
-  if (newest == nullptr) {
-    throw ConfigurationError(
-        Format("state: the file \"{}\" is not a state file of a virtual camera; name another one "
-               "or remove it",
-               path));
-  }
-  const auto fields = std::span(*newest).subspan(kFieldsPosition, kDeviceFieldsSize);
-  return {.head = {.sequence = GetNumber(*newest, kSequencePosition),
-                   .log_number = GetNumber(*newest, kLogNumberPosition),
-                   .log_start = GetNumber(*newest, kLogStartPosition),
-                   .log_records = GetNumber(*newest, kLogRecordsPosition)},
-          .fields = {fields.begin(), fields.end()}};
+  return std::nullopt;
 }
 
-// Reads the records of the log from the `first` one on.
-void RestoreRegisters(const SharedFile& file, const StateHead& head, std::uint64_t first,
-                      RegisterStore& registers) {
-  std::vector<std::uint8_t> bytes(static_cast<std::size_t>(head.log_records - first) * kRecordSize);
-  const std::size_t read = file.ReadAt(head.log_start + first * kRecordSize, bytes);
-  for (std::size_t i = 0; i + kRecordSize <= read; i += kRecordSize) {
-    registers.Restore(
-        {GetNumber(bytes, i), static_cast<std::uint32_t>(GetNumber(bytes, i + 8, 4))});
+ConfigurationError NoStateFile(const std::string& path) {
+  return ConfigurationError(
+      Format("state: the file \"{}\" is not a state file of a virtual camera; name another one "
+             "or remove it",
+             path));
+}
+
+// From a file that others may be changing, without their lock. They write one slot at a time, but
+// may come to the second one while the first is being read: what is wrong twice is damaged.
+Newest ReadNewest(const SharedFile& file, const std::string& path) {
+  std::array<std::uint8_t, kLogBase> before{};
+  for (bool is_again = false;; is_again = true) {
+    std::array<std::uint8_t, kLogBase> begin{};
+    file.ReadAt(0, begin);
+    if (const auto newest = FindNewest(begin, file.Size()); newest) {
+      return *newest;
+    }
+    if (is_again && begin == before) {
+      throw NoStateFile(path);
+    }
+    before = begin;
+  }
+}
+
+// The records of a log, as they are in the file.
+void RestoreRegisters(std::span<const std::uint8_t> bytes, RegisterStore& registers) {
+  for (std::size_t i = 0; i + kRecordSize <= bytes.size(); i += kRecordSize) {
+    RegisterStore::Record record{};
+    std::memcpy(&record.key, bytes.data() + i, 8);
+    std::memcpy(&record.value, bytes.data() + i + 8, 4);
+    registers.Restore(record);
   }
 }
 
 // New, or a process died while it made the file: what the first slot has begins as a head.
 bool IsUnmade(const SharedFile& file) {
-  std::array<std::uint8_t, kMagic.size()> begin{};
+  Magic begin{};
   const std::uint64_t size = file.Size();
   const auto read = static_cast<std::ptrdiff_t>(file.ReadAt(0, begin));
-  return size < kLogBase && std::equal(begin.begin(), begin.begin() + read, kMagic.begin());
+  return size < kLogBase && (std::equal(begin.begin(), begin.begin() + read, kMagic.begin()) ||
+                             std::equal(begin.begin(), begin.begin() + read, kOldMagic.begin()));
 }
 
 ConfigurationError Unusable(const std::string& path, const std::system_error& error) {
@@ -140,50 +161,117 @@ DeviceState NewDevice(bool starts_plugged) {
   return state;
 }
 
+Slot MakeSlot(const StateHead& head, const DeviceFields& fields) {
+  Slot slot;  // all of it is filled
+  std::copy(kMagic.begin(), kMagic.end(), slot.begin());
+  PutNumber(slot, kSequencePosition, head.sequence);
+  PutNumber(slot, kLogNumberPosition, head.log_number);
+  PutNumber(slot, kLogStartPosition, head.log_start);
+  PutNumber(slot, kLogRecordsPosition, head.log_records);
+  WriteDeviceFields(fields, std::span(slot).subspan(kFieldsPosition, kDeviceFieldsSize));
+  PutNumber(slot, kChecksumPosition, Checksum(std::span(slot).first(kChecksumPosition)));
+  return slot;
+}
+
+// A slot's sequence number as the processes share it.
+std::atomic_ref<std::uint64_t> SequenceOf(std::span<std::uint8_t> file, std::uint64_t slot) {
+  return std::atomic_ref(
+      *reinterpret_cast<std::uint64_t*>(file.data() + slot * kSlotSize + kSequencePosition));
+}
+
 }  // namespace
 
 DeviceState LookAtState(const std::string& path_utf8, bool starts_plugged) try {
-  DeviceState state = NewDevice(starts_plugged);
   const std::unique_ptr<SharedFile> file = SharedFile::OpenForReading(path_utf8);
   if (!file) {
-    return state;
+    return NewDevice(starts_plugged);
   }
-  const FileLock lock(*file);
-  if (!IsUnmade(*file)) {
-    const NewestHead newest = FindNewestHead(*file, path_utf8);
-    state.fields = ReadDeviceFields(newest.fields);
-    RestoreRegisters(*file, newest.head, 0, state.registers);
+  const FileLock lock(*file);  // nobody is making the file meanwhile
+  if (IsUnmade(*file)) {
+    return NewDevice(starts_plugged);
   }
-  return state;
+  while (true) {
+    const Newest newest = ReadNewest(*file, path_utf8);
+    std::vector<std::uint8_t> log(static_cast<std::size_t>(newest.head.log_records) * kRecordSize);
+    file->ReadAt(newest.head.log_start, log);
+    // Records are only added to a log, until the one after it may take its place.
+    if (ReadNewest(*file, path_utf8).head.log_number == newest.head.log_number) {
+      DeviceState state;
+      state.fields = newest.fields;
+      RestoreRegisters(log, state.registers);
+      return state;
+    }
+    std::this_thread::yield();
+  }
 } catch (const std::system_error& error) {
   throw Unusable(path_utf8, error);
 }
 
 StateFile::StateFile(const std::string& path_utf8, bool starts_plugged) try
-    : path_(path_utf8), file_(path_utf8), committed_fields_(kDeviceFieldsSize) {
-  const FileLock lock(file_);
-  if (IsUnmade(file_)) {
-    Create(starts_plugged);
-  }
-  ReadHead();
+    : path_(path_utf8), file_(path_utf8) {
+  Open(starts_plugged);
 } catch (const std::system_error& error) {
   throw Unusable(path_utf8, error);
 }
 
+void StateFile::Open(bool starts_plugged) {
+  // Those who open the file take turns; programs that used version 1 held this lock all the time.
+  const FileLock opening(file_);
+  if (IsUnmade(file_)) {
+    Create(starts_plugged);
+  }
+  const bool is_old = ReadNewest(file_, path_).is_old;
+  ShowUpTo(file_.Size());
+  lock_.emplace(file_, LockWord());
+  const StateLock lock(*this);
+  if (is_old) {
+    // Both slots, so that programs that know version 1 alone refuse the file.
+    WriteHead();
+    WriteHead();
+  }
+}
+
 void StateFile::Create(bool starts_plugged) {
   // The first head goes into the first slot, so that a file that is half made can be told.
-  head_ = {.sequence = 1, .log_number = 1, .log_start = kLogBase, .log_records = 0};
-  state_ = NewDevice(starts_plugged);
-  WriteHead();
-  const std::uint8_t zero = 0;
-  file_.WriteAt(kLogBase - 1, std::span(&zero, 1));
+  const StateHead head{.sequence = 2, .log_number = 1, .log_start = kLogBase, .log_records = 0};
+  file_.WriteAt(0, MakeSlot(head, NewDevice(starts_plugged).fields));
+  std::array<std::uint8_t, kLogBase - kHeadSize> rest{};
+  file_.WriteAt(kHeadSize, rest);
+}
+
+std::uint64_t& StateFile::LockWord() const {
+  return *reinterpret_cast<std::uint64_t*>(view_.Bytes().data() + kLockPosition);
+}
+
+void StateFile::ShowUpTo(std::uint64_t size) {
+  if (view_.Bytes().size() < size) {
+    view_.Map(file_, file_.Size());
+  }
+}
+
+// The new bytes are written before they are shown: a disk that is full fails a write with an error,
+// memory without a place on the disk ends the process.
+void StateFile::ReserveUpTo(std::uint64_t size) {
+  if (size <= view_.Bytes().size()) {
+    return;
+  }
+  const std::uint64_t old_size = file_.Size();
+  if (size > old_size) {
+    const std::uint64_t new_size = std::max(size, old_size + std::max(kGrowth, old_size / 4));
+    file_.WriteAt(old_size,
+                  std::vector<std::uint8_t>(static_cast<std::size_t>(new_size - old_size)));
+  }
+  ShowUpTo(size);
 }
 
 void StateFile::ReadHead() {
-  NewestHead newest = FindNewestHead(file_, path_);
-  head_ = newest.head;
-  committed_fields_ = std::move(newest.fields);
-  state_.fields = ReadDeviceFields(committed_fields_);
+  const std::optional<Newest> newest = FindNewest(view_.Bytes(), file_.Size());
+  if (!newest) {
+    throw NoStateFile(path_);
+  }
+  head_ = newest->head;
+  committed_fields_ = newest->fields;
+  state_.fields = newest->fields;
 }
 
 void StateFile::ReadLog() {
@@ -193,19 +281,31 @@ void StateFile::ReadLog() {
     cached_log_records_ = 0;
   }
   if (cached_log_records_ != head_.log_records) {
-    RestoreRegisters(file_, head_, cached_log_records_, state_.registers);
+    const std::uint64_t begin = head_.log_start + cached_log_records_ * kRecordSize;
+    const std::uint64_t end = head_.log_start + head_.log_records * kRecordSize;
+    ShowUpTo(end);
+    RestoreRegisters(view_.Bytes().subspan(static_cast<std::size_t>(begin),
+                                           static_cast<std::size_t>(end - begin)),
+                     state_.registers);
     cached_log_records_ = head_.log_records;
   }
 }
 
 void StateFile::Lock() {
-  file_.Lock();
+  lock_->Lock(LockWord());
   try {
-    ReadHead();
+    // The head that this object wrote or read last is mostly the newest still. A process that was
+    // killed while it wrote a head left 0 in that slot.
+    const std::uint64_t newest =
+        std::max(SequenceOf(view_.Bytes(), 0).load(std::memory_order_acquire),
+                 SequenceOf(view_.Bytes(), 1).load(std::memory_order_acquire));
+    if (dirty_ || newest != head_.sequence) {
+      ReadHead();
+    }
     ReadLog();
     dirty_ = true;
   } catch (...) {
-    file_.Unlock();
+    Unlock();
     throw;
   }
 }
@@ -218,11 +318,10 @@ void StateFile::Commit() {
       (records > kSmallLog && records > kSlackFactor * registers.Values().size())) {
     RewriteLog();
   } else if (!registers.Written().empty()) {
-    AppendLog();
+    WriteLog(head_.log_start + head_.log_records * kRecordSize, registers.Written());
+    head_.log_records = records;
   } else {
-    std::array<std::uint8_t, kDeviceFieldsSize> fields;
-    WriteDeviceFields(state_.fields, fields);
-    changed = !std::equal(fields.begin(), fields.end(), committed_fields_.begin());
+    changed = state_.fields != committed_fields_;
   }
   if (changed) {
     WriteHead();
@@ -234,13 +333,17 @@ void StateFile::Commit() {
 }
 
 void StateFile::Unlock() noexcept {
-  file_.Unlock();
+  WordLock::Unlock(LockWord());
 }
 
-void StateFile::AppendLog() {
-  const std::vector<RegisterStore::Record>& written = state_.registers.Written();
-  file_.WriteAt(head_.log_start + head_.log_records * kRecordSize, LogBytes(written));
-  head_.log_records += written.size();
+void StateFile::WriteLog(std::uint64_t position, std::span<const RegisterStore::Record> records) {
+  ReserveUpTo(position + records.size() * kRecordSize);
+  std::uint8_t* place = view_.Bytes().data() + position;
+  for (const RegisterStore::Record& record : records) {
+    std::memcpy(place, &record.key, 8);
+    std::memcpy(place + 8, &record.value, 4);
+    place += kRecordSize;
+  }
 }
 
 // The last committed head must stay true until the new one is written, so the new log never
@@ -252,24 +355,28 @@ void StateFile::RewriteLog() {
   }
   const std::uint64_t old_end = head_.log_start + head_.log_records * kRecordSize;
   const std::uint64_t size = records.size() * kRecordSize;
-  head_.log_start = kLogBase + size <= head_.log_start ? kLogBase : old_end;
+  const std::uint64_t start = kLogBase + size <= head_.log_start ? kLogBase : old_end;
+  WriteLog(start, records);
+  head_.log_start = start;
   head_.log_number += 1;
   head_.log_records = records.size();
-  file_.WriteAt(head_.log_start, LogBytes(records));
 }
 
 void StateFile::WriteHead() {
   head_.sequence += 1;
-  Slot slot{};
-  std::copy(kMagic.begin(), kMagic.end(), slot.begin());
-  PutNumber(slot, kSequencePosition, head_.sequence);
-  PutNumber(slot, kLogNumberPosition, head_.log_number);
-  PutNumber(slot, kLogStartPosition, head_.log_start);
-  PutNumber(slot, kLogRecordsPosition, head_.log_records);
-  WriteDeviceFields(state_.fields, committed_fields_);
-  std::copy(committed_fields_.begin(), committed_fields_.end(), slot.begin() + kFieldsPosition);
-  PutNumber(slot, kChecksumPosition, Checksum(std::span(slot).first(kChecksumPosition)));
-  file_.WriteAt((head_.sequence % 2) * kSlotSize, slot);
+  const Slot slot = MakeSlot(head_, state_.fields);
+  const std::uint64_t place = head_.sequence % 2;
+  const std::span<std::uint8_t> file = view_.Bytes();
+  const std::atomic_ref<std::uint64_t> sequence = SequenceOf(file, place);
+  // Until the last store the slot is none, and the other one counts.
+  sequence.store(0, std::memory_order_relaxed);
+  std::atomic_thread_fence(std::memory_order_release);
+  std::uint8_t* const target = file.data() + place * kSlotSize;
+  std::memcpy(target, slot.data(), kSequencePosition);
+  std::memcpy(target + kLogNumberPosition, slot.data() + kLogNumberPosition,
+              kHeadSize - kLogNumberPosition);
+  sequence.store(head_.sequence, std::memory_order_release);
+  committed_fields_ = state_.fields;
 }
 
 }  // namespace virtual_camera

@@ -77,6 +77,7 @@ bool EndsWithinLine(const SharedFile& file, std::uint64_t size) {
 
 TraceWriter::TraceWriter(const std::string& path_utf8, const std::string& camera) try
     : file_(path_utf8),
+      lock_(file_, path_utf8),
       camera_json_(
           nlohmann::json(camera).dump(-1, ' ', false, nlohmann::json::error_handler_t::replace)) {
   if (!BeginsAsTrace(file_)) {
@@ -114,16 +115,19 @@ std::string TraceWriter::Lines(const TracedTransfer& transfer, std::uint64_t mis
 }
 
 void TraceWriter::Append(const std::string& lines) {
-  const FileLock lock(file_);
+  const TraceGuard guard(lock_);
   const std::uint64_t size = file_.Size();
   // A process that was killed, or a computer that lost its power, may have left a part of a line.
-  const std::string text = Format("{}{}", EndsWithinLine(file_, size) ? "\n" : "", lines);
+  const bool is_cut = size != end_ && EndsWithinLine(file_, size);
+  const std::string text = is_cut ? "\n" + lines : lines;
+  end_ = 0;
   try {
     file_.WriteAt(size, BytesOf(text));
   } catch (const std::system_error&) {
     file_.Truncate(size);
     throw;
   }
+  end_ = size + text.size();
 }
 
 }  // namespace virtual_camera

@@ -9,6 +9,7 @@
 #include "core/camera.h"
 #include "core/configuration.h"
 #include "core/shared_file.h"
+#include "core/trace_lock.h"
 
 namespace virtual_camera {
 
@@ -38,7 +39,10 @@ class TraceWriter {
   void Append(const std::string& lines);
 
   SharedFile file_;
+  TraceLock lock_;
   std::string camera_json_;
+  // The file ended here, and with a whole line, when this object wrote last; 0: not known.
+  std::uint64_t end_ = 0;
 };
 
 }  // namespace virtual_camera
