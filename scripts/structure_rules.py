@@ -57,7 +57,7 @@ ALLOWED = {
     # Examples see what a host sees.
     "examples/*": ["include"],
 
-    "bench": ["include", "src/*", "tests/support"],
+    "bench": ["include", "src/*", "tests/support", "virtual_camera/core"],
     "fuzz": ["include", "src/*", "borvanusb/*", "virtual_camera/core", "tests/meaning",
              "tests/support", "fuzz/support"],
     "fuzz/support": ["include", "src/*", "borvanusb/*", "virtual_camera/core", "tests/meaning",

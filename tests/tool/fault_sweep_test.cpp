@@ -112,6 +112,15 @@ TEST_F(SweepTest, FlashProgramOfWhatIsThere) {
     image.name = "the flash's own bytes but one";
     image.bytes[2500] ^= 0x10;
     sweep.Sweep(Program(flash, image, false));
+    if (flash.name != "all zeros") {
+      image.name = "the flash's own bytes with a few bits cleared";
+      image.bytes = Part(flash.bytes, 0x3C01, 3000);
+      for (const std::size_t at : {0U, 1023U, 1024U, 2999U}) {
+        image.bytes[at] = 0;
+      }
+      sweep.Sweep(Program(flash, image, false));
+      sweep.Sweep(Program(flash, image, true));
+    }
   }
 }
 

@@ -10,7 +10,7 @@ borvan_add_gtest(
   LIBRARIES borvanusb_flash_test_support)
 borvan_add_gtest(
   tool_flash_program_test
-  SOURCES flash_program_failures_test.cpp flash_program_files_test.cpp flash_program_test.cpp
+  SOURCES flash_program_failures_test.cpp flash_program_files_test.cpp flash_program_test.cpp flash_words_test.cpp
   LIBRARIES borvanusb_flash_test_support)
 borvan_add_gtest(
   tool_flash_cut_test

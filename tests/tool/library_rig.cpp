@@ -98,6 +98,7 @@ LibraryTest::LibraryTest() {
   exports.UsbRegisterWriteFile = UsbRegisterWriteFile;
   exports.UsbI2cRead = UsbI2cRead;
   exports.UsbI2cWrite = UsbI2cWrite;
+  exports.UsbI2CReadFile = UsbI2CReadFile;
   exports.UsbI2CWriteFile = UsbI2CWriteFile;
   exports.UsbFlashRead = UsbFlashRead;
   exports.UsbFlashWrite = UsbFlashWrite;

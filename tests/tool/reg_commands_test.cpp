@@ -23,17 +23,17 @@ TEST_F(RegCommandsTest, ReadShowsALineARegister) {
 }
 
 TEST_F(RegCommandsTest, LongRowIsReadInBlocksAndSaidToBeUnchecked) {
-  desk_.Chip().registers = {{0x140, 0x77}};
-  desk_.Do(RegReadCommand{{0x100, 0x140}, false}, "reg-read");  // 65 registers
+  desk_.Chip().registers = {{0x110, 0x77}};
+  desk_.Do(RegReadCommand{{0x100, 0x110}, false}, "reg-read");  // 17 registers
   EXPECT_EQ(desk_.Chip().transfers, 1U);
   EXPECT_EQ(desk_.result["checked"], false);
-  EXPECT_EQ(desk_.result["registers"][64]["value"], 0x77);
+  EXPECT_EQ(desk_.result["registers"][16]["value"], 0x77);
   EXPECT_NE(desk_.output.notes.find("does not confirm"), std::string::npos);
 }
 
-TEST_F(RegCommandsTest, SixtyFourRegistersAreReadOneByOne) {
-  desk_.Do(RegReadCommand{{0x100, 0x13F}, false}, "reg-read");
-  EXPECT_EQ(desk_.Chip().transfers, 64U);
+TEST_F(RegCommandsTest, SixteenRegistersAreReadOneByOne) {
+  desk_.Do(RegReadCommand{{0x100, 0x10F}, false}, "reg-read");
+  EXPECT_EQ(desk_.Chip().transfers, 16U);
   EXPECT_EQ(desk_.result["checked"], true);
   EXPECT_EQ(desk_.output.notes, "");
 }

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 
+#include "base/agreement.h"
 #include "base/failure.h"
 
 namespace borvanusb::tool_test {
@@ -67,6 +68,14 @@ class FakeCamera : public Camera {
     }
     return Given(FakeRead::kI2c, address, sensor->second[address]);
   }
+  std::vector<std::uint32_t> ReadI2cRun(const I2cTarget& target, std::uint32_t first,
+                                        std::uint32_t last) override {
+    std::vector<std::uint32_t> values;
+    for (std::uint64_t address = first; address <= last; ++address) {
+      values.push_back(ReadI2c(target, static_cast<std::uint32_t>(address)));
+    }
+    return values;
+  }
   void WriteI2c(const I2cTarget& target, std::uint32_t address, std::uint32_t value) override {
     Transfer();
     chip_->sensors[target.slave][address] = value;
@@ -98,7 +107,7 @@ class FakeCamera : public Camera {
     for (std::uint32_t i = 0; i < 4 && answers; ++i) {
       word = word << 8U | Byte(std::uint64_t{address} + i);
     }
-    return Given(FakeRead::kFlashWord, address, word);
+    return ReadUntilTwoAgree([&] { return Given(FakeRead::kFlashWord, address, word); }).value;
   }
   void ProgramFlash(std::uint32_t address, std::span<const std::uint8_t> bytes,
                     const Advance& advance) override {

@@ -94,6 +94,7 @@ void SweptCamera::PlugIn(const Content& content) {
   configuration_.registers = content.registers;
   configuration_.registers[virtual_camera::kFeatureRegister] = content.fast_i2c ? 0x20 : 0x00;
   configuration_.sensors = content.sensors;
+  silent_register_ = content.silent_register;
   state_ = {};
   flash_.reset();
   std::ofstream file(configuration_.flash.file, std::ios::binary | std::ios::trunc);
@@ -156,8 +157,24 @@ SweptCamera::Answer SweptCamera::Run(std::uint64_t session, const Transfer& tran
   }
   const std::uint64_t number = seen_.size();
   seen_.push_back(transfer);
+  if (IsSilent(transfer, bytes)) {
+    return {kDataError, 0};
+  }
   return fault_ && fault_->at == number ? RunFault(*fault_, transfer, bytes)
                                         : RunGood(transfer, bytes);
+}
+
+bool SweptCamera::IsSilent(const Transfer& transfer, std::span<const std::uint8_t> bytes) const {
+  if (silent_register_ == 0 || transfer.direction != Direction::kSet) {
+    return false;
+  }
+  constexpr std::uint32_t kBlock = 56;
+  const bool is_block = transfer.selector == virtual_camera::kI2cBlockSelector;
+  if (!is_block && transfer.selector != virtual_camera::kI2cSelector) {
+    return false;
+  }
+  const std::uint32_t first = static_cast<std::uint32_t>(bytes[6]) << 8U | bytes[7];
+  return first <= silent_register_ && silent_register_ < first + (is_block ? kBlock : 1);
 }
 
 SweptCamera::Answer SweptCamera::RunFault(const Fault& fault, const Transfer& transfer,

@@ -51,6 +51,8 @@ struct Content {
   std::map<std::uint32_t, std::uint32_t> registers;
   bool fast_i2c = true;
   std::vector<virtual_camera::SensorConfiguration> sensors;
+  // An I2C register (16-bit address) that no device answers for, ever; 0: none.
+  std::uint32_t silent_register = 0;
 };
 
 // The chip, its flash and its sensors. Transfers may come from several threads.
@@ -86,12 +88,14 @@ class SweptCamera : public std::enable_shared_from_this<SweptCamera> {
   Answer Run(std::uint64_t session, const Transfer& transfer, std::span<std::uint8_t> bytes);
   Answer RunFault(const Fault& fault, const Transfer& transfer, std::span<std::uint8_t> bytes);
   Answer RunGood(const Transfer& transfer, std::span<std::uint8_t> bytes);
+  bool IsSilent(const Transfer& transfer, std::span<const std::uint8_t> bytes) const;
   Answer Get(std::uint32_t selector, std::span<std::uint8_t> bytes);
   std::uint32_t LengthOf(std::uint32_t selector) const;
 
   mutable std::mutex mutex_;
   virtual_camera::CameraConfiguration configuration_;
   virtual_camera::DeviceState state_;
+  std::uint32_t silent_register_ = 0;
   std::optional<virtual_camera::NorFlash> flash_;
   std::uint64_t session_ = 0;
   bool open_ = false;

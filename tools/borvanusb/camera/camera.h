@@ -70,6 +70,10 @@ class Camera {
   // Registers of devices on the I2C bus. A value that changes between readings is returned as last
   // read.
   virtual std::uint32_t ReadI2c(const I2cTarget& target, std::uint32_t address) = 0;
+  // A run of registers, in blocks where the chip has the fast path and values are 8-bit; otherwise
+  // one by one.
+  virtual std::vector<std::uint32_t> ReadI2cRun(const I2cTarget& target, std::uint32_t first,
+                                                std::uint32_t last) = 0;
   virtual void WriteI2c(const I2cTarget& target, std::uint32_t address, std::uint32_t value) = 0;
   // Writes an I2C list, by a job. The text is that of a list file.
   virtual void WriteI2cList(const std::string& list_text, std::uint32_t option) = 0;

@@ -1,4 +1,5 @@
-// Registers, I2C and single flash accesses; the flash's jobs are in library_flash.cpp.
+// Registers, lists and single flash accesses; the other parts are in dll_camera_flash.cpp and
+// dll_camera_i2c.cpp.
 #include "dll/dll_camera.h"
 
 #include <algorithm>
@@ -207,29 +208,6 @@ void DllCamera::WriteRegisterList(const std::string& list_text) {
   }
 }
 
-std::uint32_t DllCamera::ReadI2cOnce(const I2cTarget& target, std::uint32_t address) const {
-  const Supervisor::Call call(library_.Watch(), "reading over I2C");
-  std::uint32_t value = 0;
-  if (!library_.Functions().UsbI2cRead(target.slave, address, &value, target.mode, target.option)) {
-    Refused(Format("reading I2C register {} of slave {}", Hex(address), Hex(target.slave)));
-  }
-  return value;
-}
-
-// Replies on this selector have no tag at all.
-std::uint32_t DllCamera::ReadI2c(const I2cTarget& target, std::uint32_t address) {
-  const auto lock = Lock();
-  return ReadTwice([&] { return ReadI2cOnce(target, address); }).value;
-}
-
-void DllCamera::WriteI2c(const I2cTarget& target, std::uint32_t address, std::uint32_t value) {
-  const auto lock = Lock();
-  const Supervisor::Call call(library_.Watch(), "writing over I2C");
-  if (!library_.Functions().UsbI2cWrite(target.slave, address, value, target.mode, target.option)) {
-    Refused(Format("writing I2C register {} of slave {}", Hex(address), Hex(target.slave)));
-  }
-}
-
 void DllCamera::WriteI2cList(const std::string& list_text, std::uint32_t option) {
   const auto lock = Lock();
   Job job;
@@ -278,12 +256,17 @@ void DllCamera::EraseSector(std::uint32_t address) {
   }
 }
 
+void DllCamera::LearnFeatures() {
+  const std::uint32_t features = ReadRegister(kFeatureRegister, RegisterWidth::kByte);
+  has_fast_i2c_ = (features & kFeatureFastI2c) != 0;
+}
+
 std::unique_ptr<Camera> OpenLibraryCamera(CameraLibrary& library, const CameraIdentity& camera) {
   library.Select(camera);
   auto opened = std::make_unique<DllCamera>(library, camera);
   // A camera without the vendor unit is selected all the same; a first access tells.
   try {
-    opened->ReadRegister(kFeatureRegister, RegisterWidth::kByte);
+    opened->LearnFeatures();
   } catch (const Failure& failure) {
     if (failure.Code() != ExitCode::kDevice) {
       throw;

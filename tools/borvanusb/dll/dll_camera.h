@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "base/agreement.h"
+#include "base/numbers.h"
 #include "camera/camera.h"
 #include "dll/camera_library.h"
 #include "dll/job.h"
@@ -28,6 +29,8 @@ class DllCamera : public Camera {
   std::vector<std::uint8_t> ReadRegisterRun(std::uint32_t first, std::uint32_t last) override;
   void WriteRegisterList(const std::string& list_text) override;
   std::uint32_t ReadI2c(const I2cTarget& target, std::uint32_t address) override;
+  std::vector<std::uint32_t> ReadI2cRun(const I2cTarget& target, std::uint32_t first,
+                                        std::uint32_t last) override;
   void WriteI2c(const I2cTarget& target, std::uint32_t address, std::uint32_t value) override;
   void WriteI2cList(const std::string& list_text, std::uint32_t option) override;
   std::vector<std::uint8_t> ReadFlash(std::uint32_t address, std::uint64_t size,
@@ -37,6 +40,9 @@ class DllCamera : public Camera {
                     const Advance& advance) override;
   void WriteFlashWord(std::uint32_t address, std::uint32_t value) override;
   void EraseSector(std::uint32_t address) override;
+
+  // What this chip can do; to be called first. Throws as ReadRegister does.
+  void LearnFeatures();
 
  private:
   // Keeps other processes' transfers out while it lives, and has the camera selected. Throws
@@ -70,6 +76,11 @@ class DllCamera : public Camera {
   std::uint32_t ReadRegisterOnce(std::uint32_t address, RegisterWidth width) const;
   std::uint32_t ReadRegisterUnlocked(std::uint32_t address, RegisterWidth width);
   std::uint32_t ReadI2cOnce(const I2cTarget& target, std::uint32_t address) const;
+  std::uint32_t ReadI2cUnlocked(const I2cTarget& target, std::uint32_t address);
+  bool CanReadI2cInBlocks(const I2cTarget& target, std::uint64_t registers) const;
+  // One reading of a run, by one job.
+  std::vector<std::uint8_t> ReadI2cRunOnce(const I2cTarget& target, const Range& run) const;
+  std::vector<std::uint32_t> ReadI2cInBlocks(const I2cTarget& target, const Range& run);
   // One reading of a run; the library vouches for its last block of 56 registers alone.
   std::vector<std::uint8_t> ReadRunOnce(std::uint32_t first, std::uint32_t last) const;
   // Registers of one block that two readings of the run give differently.
@@ -83,6 +94,7 @@ class DllCamera : public Camera {
   CameraLibrary& library_;
   const CameraIdentity identity_;
   std::uint64_t disagreements_ = 0;
+  bool has_fast_i2c_ = false;
 };
 
 }  // namespace borvanusb

@@ -17,6 +17,7 @@ struct Exports {
   decltype(&::UsbRegisterWriteFile) UsbRegisterWriteFile = nullptr;
   decltype(&::UsbI2cRead) UsbI2cRead = nullptr;
   decltype(&::UsbI2cWrite) UsbI2cWrite = nullptr;
+  decltype(&::UsbI2CReadFile) UsbI2CReadFile = nullptr;
   decltype(&::UsbI2CWriteFile) UsbI2CWriteFile = nullptr;
   decltype(&::UsbFlashRead) UsbFlashRead = nullptr;
   decltype(&::UsbFlashWrite) UsbFlashWrite = nullptr;
@@ -40,6 +41,7 @@ void ForEachExport(Exports& exports, Visit visit) {
   visit("UsbRegisterWriteFile", exports.UsbRegisterWriteFile);
   visit("UsbI2cRead", exports.UsbI2cRead);
   visit("UsbI2cWrite", exports.UsbI2cWrite);
+  visit("UsbI2CReadFile", exports.UsbI2CReadFile);
   visit("UsbI2CWriteFile", exports.UsbI2CWriteFile);
   visit("UsbFlashRead", exports.UsbFlashRead);
   visit("UsbFlashWrite", exports.UsbFlashWrite);

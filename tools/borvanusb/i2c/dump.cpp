@@ -9,6 +9,7 @@
 #include "i2c/dump.h"
 #include "i2c/i2c_list.h"
 #include "i2c/i2c_options.h"
+#include "i2c/i2c_run.h"
 #include "output/output.h"
 #include "registers/register_options.h"
 
@@ -37,8 +38,7 @@ ExitCode Run(const I2cDumpCommand& command, Context& context) {
   }
   const ReservedCamera camera = ReserveChosenCamera(context);
   const std::vector<std::uint32_t> values =
-      ReadEach(context, command.range,
-               [&](std::uint32_t address) { return camera->ReadI2c(target, address); });
+      ReadI2cRow(context, *camera.camera, target, command.range);
   const bool raw = IsRawFileName(command.file);
   if (raw) {
     WriteWholeFile(command.file, RawBytes(values, WidthModeOf(target.mode)));

@@ -8,6 +8,7 @@
 #include "command/command_rules.h"
 #include "command/context.h"
 #include "i2c/i2c_options.h"
+#include "i2c/i2c_run.h"
 #include "i2c/read.h"
 #include "output/output.h"
 #include "registers/masked_write.h"
@@ -19,9 +20,7 @@ ExitCode Run(const I2cReadCommand& command, Context& context) {
   const I2cTarget target = TargetOf(command.i2c);
   CheckRegisterCount(command.range);
   const auto camera = OpenChosenCamera(context);
-  const std::vector<std::uint32_t> values =
-      ReadEach(context, command.range,
-               [&](std::uint32_t address) { return camera->ReadI2c(target, address); });
+  const std::vector<std::uint32_t> values = ReadI2cRow(context, *camera, target, command.range);
   const WidthMode& mode = WidthModeOf(target.mode);
   for (std::size_t i = 0; i < values.size(); ++i) {
     context.output.Line(Format("{}  {}", Hex(command.range.first + i, mode.address_digits),

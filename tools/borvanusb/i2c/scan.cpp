@@ -1,5 +1,6 @@
 #include <map>
 #include <nlohmann/json.hpp>
+#include <optional>
 
 #include "base/failure.h"
 #include "base/format.h"
@@ -43,24 +44,34 @@ void RequireCamera(Camera& camera) {
   }
 }
 
+// What a slave answers; nothing when it does not answer twice, as one transfer can go wrong.
+std::optional<std::uint32_t> AnswerOf(Camera& camera, const I2cTarget& target,
+                                      std::uint32_t address, Context& context) {
+  for (int i = 0; i < 2; ++i) {
+    try {
+      return camera.ReadI2c(target, address);
+    } catch (const Failure& failure) {
+      if (failure.Code() != ExitCode::kDevice) {
+        throw;
+      }
+      context.output.Detail(Format("slave {}: {}", Hex(target.slave, 2), failure.Message()));
+    }
+  }
+  return std::nullopt;
+}
+
 Answers Scan(const I2cScanCommand& command, Camera& camera, Context& context) {
   Answers answers;
   I2cTarget target{0, command.i2c.mode, command.i2c.option};
   context.progress.Begin("scan", command.slaves.Size(), ProgressUnit::kSlaves);
   for (std::uint32_t slave = command.slaves.first; slave <= command.slaves.last; ++slave) {
     target.slave = slave;
-    bool failed = false;
-    try {
-      answers[slave] = camera.ReadI2c(target, command.address);
-    } catch (const Failure& failure) {
-      if (failure.Code() != ExitCode::kDevice) {
-        throw;
-      }
-      context.output.Detail(Format("slave {}: {}", Hex(slave, 2), failure.Message()));
-      failed = true;
+    const auto answer = AnswerOf(camera, target, command.address, context);
+    if (answer) {
+      answers[slave] = *answer;
     }
     // A camera that is gone fails as an empty bus does.
-    if (failed && (slave % kRow == kRow - 1 || slave == command.slaves.last)) {
+    if (!answer && (slave % kRow == kRow - 1 || slave == command.slaves.last)) {
       RequireCamera(camera);
     }
     context.progress.Advance(slave - command.slaves.first + 1);

@@ -10,7 +10,8 @@ namespace borvanusb {
 
 namespace {
 
-constexpr std::uint64_t kMostSingleReads = 64;
+// A single read takes eight transfers with its second reading, a block of 56 registers six.
+constexpr std::uint64_t kMostSingleReads = 16;
 constexpr std::uint32_t kInPage = 0xFFFF;
 // Small enough that progress and Ctrl-C come several times a second, a multiple of the 56 registers
 // that the chip delivers at once.

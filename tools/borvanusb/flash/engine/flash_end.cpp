@@ -26,11 +26,11 @@ constexpr const char* kImageHint =
 }  // namespace
 
 FlashEnd FindFlashEnd(Camera& camera, std::uint64_t end, std::optional<std::uint64_t> told,
-                      Output& output) {
+                      Output& output, std::span<const std::uint8_t> head) {
   if (told) {
     return {told, "--flash-size says so"};
   }
-  const FlashSizeFinding finding = FindFlashEndBefore(camera, end);
+  const FlashSizeFinding finding = FindFlashEndBefore(camera, end, head);
   if (!finding.size && !finding.text.empty()) {
     output.Note(Format(
         "the flash's size {}; pass --flash-size to check that nothing reaches beyond its end",

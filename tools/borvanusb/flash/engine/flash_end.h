@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <optional>
+#include <span>
 #include <string>
 
 #include "base/numbers.h"
@@ -20,8 +21,9 @@ struct FlashEnd {
 // Whether the flash ends before `end`, one past the last address of a part: as `told` by
 // --flash-size, else as the camera's addresses show, by FindFlashEndBefore. A remark says that the
 // size can't be found out. A size is returned when it was told or when the flash ends before `end`.
+// `head` is the first 64 KiB of the flash where they were read already, else empty.
 FlashEnd FindFlashEnd(Camera& camera, std::uint64_t end, std::optional<std::uint64_t> told,
-                      Output& output);
+                      Output& output, std::span<const std::uint8_t> head = {});
 
 // Refuses an image that ends beyond the flash. Throws Failure kFile.
 void RefuseBeyondEnd(const Image& image, const FlashEnd& end);

@@ -13,25 +13,23 @@ namespace borvanusb {
 
 namespace {
 
-constexpr std::uint64_t kSmallest = std::uint64_t{64} << 10U;
+constexpr std::uint64_t kSmallest = kFlashHead;
 constexpr std::uint64_t kLargest = std::uint64_t{64} << 20U;
 constexpr std::uint32_t kWordSize = 4;
 constexpr std::uint32_t kBlankWord = 0xFFFFFFFF;
 
-// How many words are read.
-struct Effort {
-  std::size_t words;        // distinctive words that are compared at each size
-  std::size_t least_words;  // fewer tell nothing
-  std::size_t confirming;   // words over the whole size that confirm it
-};
-constexpr Effort kThorough{16, 4, 128};
-constexpr Effort kQuick{6, 3, 48};
-// Words looked at for distinctive ones when every transfer counts.
-constexpr std::uint64_t kQuickLooks = 12;
+// Distinctive words that are compared at each size; fewer than the least tell nothing.
+constexpr std::size_t kMostKnownWords = 6;
+constexpr std::size_t kLeastKnownWords = 3;
+// Words that are looked at for distinctive ones, before all are read.
+constexpr std::uint64_t kLooks = 12;
+// Words over the whole size that confirm that it wraps.
+constexpr std::uint64_t kConfirmingWords = 24;
+// Words that are looked at in a part that seems not to answer, and in each part beyond it.
+constexpr std::uint64_t kSilentWords = 48;
+constexpr std::uint64_t kSilentWordsBeyond = 16;
 // Words that are looked at in a sector, to see whether it answers.
 constexpr std::uint64_t kWordsPerSector = 8;
-// Looks at a word that do not end before two in a row agree.
-constexpr int kMostLooks = 5;
 
 struct KnownWord {
   std::uint32_t address = 0;
@@ -43,19 +41,6 @@ struct Base {
   bool all_zero = true;          // nothing but 0 was seen
 };
 
-// A word that was seen once, as further looks confirm it. A single look proves nothing: it may have
-// failed, which shows as 0, or have shown the word that was looked at before.
-std::uint32_t Confirmed(Camera& camera, std::uint32_t address, std::uint32_t seen) {
-  for (int looks = 1; looks < kMostLooks; ++looks) {
-    const std::uint32_t again = camera.PeekFlashWord(address);
-    if (again == seen) {
-      break;
-    }
-    seen = again;
-  }
-  return seen;
-}
-
 bool IsDistinctive(const Base& base, std::uint32_t word) {
   return word != 0 && word != kBlankWord &&
          std::ranges::none_of(base.words,
@@ -63,9 +48,7 @@ bool IsDistinctive(const Base& base, std::uint32_t word) {
 }
 
 // Keeps a word that could not stand elsewhere by chance.
-void Consider(Camera& camera, Base& base, std::uint32_t address, std::uint32_t seen) {
-  const bool decides = (base.all_zero && seen != 0) || IsDistinctive(base, seen);
-  const std::uint32_t word = decides ? Confirmed(camera, address, seen) : seen;
+void Consider(Base& base, std::uint32_t address, std::uint32_t word) {
   base.all_zero = base.all_zero && word == 0;
   if (IsDistinctive(base, word)) {
     base.words.push_back({address, word});
@@ -80,19 +63,19 @@ std::uint32_t WordAt(std::span<const std::uint8_t> bytes, std::uint64_t offset) 
   return word;
 }
 
-Base BaseOfWholeRead(Camera& camera) {
-  const std::vector<std::uint8_t> bytes = camera.ReadFlash(0, kSmallest, {});
+// From the first 64 KiB.
+Base BaseOf(std::span<const std::uint8_t> bytes) {
   Base base;
-  // One from each sixteenth, so that a short loader at the start does not make them all; then any.
-  const std::uint64_t part = kSmallest / kThorough.words;
-  for (std::uint64_t start = 0; start < kSmallest; start += part) {
+  // One from each part, so that a short loader at the start does not make them all; then any.
+  const std::uint64_t part = kSmallest / kMostKnownWords / kWordSize * kWordSize;
+  for (std::uint64_t start = 0; start + part <= kSmallest; start += part) {
     const std::size_t before = base.words.size();
     for (std::uint64_t i = 0; i < part && base.words.size() == before; i += kWordSize) {
-      Consider(camera, base, static_cast<std::uint32_t>(start + i), WordAt(bytes, start + i));
+      Consider(base, static_cast<std::uint32_t>(start + i), WordAt(bytes, start + i));
     }
   }
-  for (std::uint64_t i = 0; i < kSmallest && base.words.size() < kThorough.words; i += kWordSize) {
-    Consider(camera, base, static_cast<std::uint32_t>(i), WordAt(bytes, i));
+  for (std::uint64_t i = 0; i < kSmallest && base.words.size() < kMostKnownWords; i += kWordSize) {
+    Consider(base, static_cast<std::uint32_t>(i), WordAt(bytes, i));
   }
   return base;
 }
@@ -107,53 +90,48 @@ std::uint64_t Spread(std::uint64_t start, std::uint64_t size, std::uint64_t inde
 
 Base BaseOfFewPeeks(Camera& camera) {
   Base base;
-  for (std::uint64_t i = 0; i < kQuickLooks && base.words.size() < kQuick.words; ++i) {
-    const auto address = static_cast<std::uint32_t>(Spread(0, kSmallest, i, kQuickLooks));
-    Consider(camera, base, address, camera.PeekFlashWord(address));
+  for (std::uint64_t i = 0; i < kLooks && base.words.size() < kMostKnownWords; ++i) {
+    const auto address = static_cast<std::uint32_t>(Spread(0, kSmallest, i, kLooks));
+    Consider(base, address, camera.PeekFlashWord(address));
   }
   return base;
 }
 
+// In as few transfers as the flash's content allows. `head` is the first 64 KiB where they are
+// known already, else empty.
+Base FindBase(Camera& camera, std::span<const std::uint8_t> head) {
+  if (!head.empty()) {
+    return BaseOf(head);
+  }
+  Base base = BaseOfFewPeeks(camera);
+  return base.words.size() < kLeastKnownWords ? BaseOf(camera.ReadFlash(0, kSmallest, {})) : base;
+}
+
+std::uint32_t Peek(Camera& camera, std::uint64_t address) {
+  return camera.PeekFlashWord(static_cast<std::uint32_t>(address));
+}
+
 bool AllZero(Camera& camera, std::uint64_t start, std::uint64_t size, std::uint64_t count) {
   for (std::uint64_t i = 0; i < count; ++i) {
-    const auto address = static_cast<std::uint32_t>(Spread(start, size, i, count));
-    const std::uint32_t seen = camera.PeekFlashWord(address);
-    if (seen != 0 && Confirmed(camera, address, seen) != 0) {
+    if (Peek(camera, Spread(start, size, i, count)) != 0) {
       return false;
     }
   }
   return true;
 }
 
-// Whether the word stands at an address.
-bool Holds(Camera& camera, std::uint64_t address, std::uint32_t word) {
-  const auto place = static_cast<std::uint32_t>(address);
-  const std::uint32_t seen = camera.PeekFlashWord(place);
-  return seen == word || Confirmed(camera, place, seen) == word;
-}
-
-// Whether the words at both addresses are the same.
-bool SameWords(Camera& camera, std::uint64_t left, std::uint64_t right) {
-  const auto left_place = static_cast<std::uint32_t>(left);
-  const auto right_place = static_cast<std::uint32_t>(right);
-  const std::uint32_t left_seen = camera.PeekFlashWord(left_place);
-  const std::uint32_t right_seen = camera.PeekFlashWord(right_place);
-  return left_seen == right_seen ||
-         Confirmed(camera, left_place, left_seen) == Confirmed(camera, right_place, right_seen);
-}
-
-bool WrapsAt(Camera& camera, const Base& base, std::uint64_t size, const Effort& effort) {
-  if (base.words.size() < effort.least_words) {
+bool WrapsAt(Camera& camera, const Base& base, std::uint64_t size) {
+  if (base.words.size() < kLeastKnownWords) {
     return false;
   }
   for (const KnownWord& word : base.words) {
-    if (!Holds(camera, size + word.address, word.word)) {
+    if (Peek(camera, size + word.address) != word.word) {
       return false;
     }
   }
-  for (std::uint64_t i = 0; i < effort.confirming; ++i) {
-    const std::uint64_t address = Spread(0, size, i, effort.confirming);
-    if (!SameWords(camera, address, size + address)) {
+  for (std::uint64_t i = 0; i < kConfirmingWords; ++i) {
+    const std::uint64_t address = Spread(0, size, i, kConfirmingWords);
+    if (Peek(camera, address) != Peek(camera, size + address)) {
       return false;
     }
   }
@@ -163,11 +141,11 @@ bool WrapsAt(Camera& camera, const Base& base, std::uint64_t size, const Effort&
 // Whether nothing but 0 is read from `size` on, up to where the largest flash would end: zeros that
 // a firmware holds end somewhere, or come back with the rest where addresses wrap.
 bool SilentFrom(Camera& camera, std::uint64_t size) {
-  if (!AllZero(camera, size, size, kThorough.confirming)) {
+  if (!AllZero(camera, size, size, kSilentWords)) {
     return false;
   }
   for (std::uint64_t next = size * 2; next <= kLargest; next *= 2) {
-    if (!AllZero(camera, next, next, kThorough.words)) {
+    if (!AllZero(camera, next, next, kSilentWordsBeyond)) {
       return false;
     }
   }
@@ -209,8 +187,8 @@ FlashSizeFinding Silence(std::uint64_t size) {
   return {size, Format("does not answer beyond {}: all words there read 0", ShortSize(size))};
 }
 
-FlashSizeFinding NothingToTell(const Base& base, const Effort& effort) {
-  if (base.words.size() >= effort.least_words) {
+FlashSizeFinding NothingToTell(const Base& base) {
+  if (base.words.size() >= kLeastKnownWords) {
     return {std::nullopt, {}};
   }
   return {std::nullopt, base.words.empty()
@@ -221,36 +199,31 @@ FlashSizeFinding NothingToTell(const Base& base, const Effort& effort) {
 }  // namespace
 
 FlashSizeFinding FindFlashSize(Camera& camera) {
-  const Base base = BaseOfWholeRead(camera);
+  const Base base = FindBase(camera, {});
   for (std::uint64_t size = kSmallest; size <= kLargest; size *= 2) {
     if (!base.all_zero && SilentFrom(camera, size)) {
       const std::uint64_t answering = size == kSmallest ? size - kSectorSize : size / 2;
       return Silence(FirstSilentSector(camera, answering, size));
     }
-    if (WrapsAt(camera, base, size, kThorough)) {
+    if (WrapsAt(camera, base, size)) {
       return Wrap(size);
     }
   }
-  FlashSizeFinding finding = NothingToTell(base, kThorough);
+  FlashSizeFinding finding = NothingToTell(base);
   if (finding.text.empty()) {
     finding.text = Format("can't be told: no address up to {} wraps or fails", ShortSize(kLargest));
   }
   return finding;
 }
 
-FlashSizeFinding FindFlashEndBefore(Camera& camera, std::uint64_t end) {
+FlashSizeFinding FindFlashEndBefore(Camera& camera, std::uint64_t end,
+                                    std::span<const std::uint8_t> head) {
   if (end <= kSmallest) {
     return {};
   }
-  Base base = BaseOfFewPeeks(camera);
-  Effort effort = kQuick;
-  if (base.words.size() < effort.least_words) {
-    // What FindFlashSize can tell must not be missed here.
-    base = BaseOfWholeRead(camera);
-    effort = kThorough;
-  }
+  const Base base = FindBase(camera, head);
   for (std::uint64_t size = kSmallest; size < end && size <= kLargest; size *= 2) {
-    if (WrapsAt(camera, base, size, effort)) {
+    if (WrapsAt(camera, base, size)) {
       return Wrap(size);
     }
   }
@@ -265,7 +238,7 @@ FlashSizeFinding FindFlashEndBefore(Camera& camera, std::uint64_t end) {
     }
     return {std::nullopt, Format("can't be told: all words from {} on read 0", Hex(size))};
   }
-  return NothingToTell(base, effort);
+  return NothingToTell(base);
 }
 
 }  // namespace borvanusb

@@ -11,6 +11,7 @@
 #include "base/format.h"
 #include "flash/engine/camera_evidence.h"
 #include "flash/engine/flash_end.h"
+#include "flash/engine/flash_size.h"
 #include "flash/engine/safeguard.h"
 #include "flash/engine/sector_fate.h"
 #include "flash/engine/transfer_count.h"
@@ -81,21 +82,67 @@ std::unique_ptr<WorkJournal> BeginJournal(const Image& image, const FlashExamina
   return journal;
 }
 
+// Reads the sectors from those that were read on, up to `end`.
+void ReadSectors(FlashExamination& seen, std::uint64_t end, WorkSite& site) {
+  const auto start = site.host.Clock();
+  const std::uint64_t done = seen.now.size();
+  const std::vector<std::uint8_t> read = site.camera.ReadFlash(
+      static_cast<std::uint32_t>(seen.sectors.address + done), end - seen.sectors.address - done,
+      [&](std::uint64_t part) { site.progress.Advance(done + part); });
+  seen.now.insert(seen.now.end(), read.begin(), read.end());
+  seen.seconds += std::chrono::duration<double>(site.host.Clock() - start).count();
+}
+
+// The sectors whose words are cleared where they are. A sector that gets bytes back from a journal
+// goes the way that the journal knows; and what is not read back is written by jobs, which tell
+// that the flash took it.
+std::vector<WordSector> PlanWords(const FlashExamination& seen, const ProgramPlan& plan,
+                                  bool verify) {
+  if (!verify) {
+    return {};
+  }
+  std::vector<WordSector> sectors =
+      SectorsOfFewWords(plan.changes, plan.sectors, seen.now, plan.after);
+  for (const JournalStore::Entry& entry : seen.recovery.used) {
+    std::erase_if(sectors, [&](const WordSector& sector) {
+      return sector.address == entry.journal.open_sector->address;
+    });
+  }
+  return sectors;
+}
+
+// The transfers that changing the sectors takes, and reading them back.
+std::uint64_t PlannedTransfers(const ProgramPlan& plan, bool verify) {
+  std::uint64_t transfers = 0;
+  for (const WordSector& sector : plan.by_words) {
+    transfers += sector.words.size() * kWordWriteTransfers;
+  }
+  for (const Range& block : CutIntoBlocks(WithoutWordSectors(plan.changes, plan.by_words))) {
+    transfers += BlockTransfers(plan.After().At(block));
+  }
+  for (const Range& run : verify ? plan.changes : Ranges()) {
+    transfers += ReadTransfers(run.Size());
+  }
+  return transfers;
+}
+
 }  // namespace
 
 FlashExamination Examine(const Image& image, std::optional<std::uint64_t> flash_size,
                          const std::string& journal, WorkSite& site) {
   FlashExamination seen;
-  const FlashEnd end = FindFlashEnd(site.camera, image.End(), flash_size, site.output);
+  seen.sectors = SectorsAround(image.address, image.bytes.size());
+  site.progress.Begin("read", seen.sectors.size);
+  if (!flash_size && seen.sectors.address == 0 && seen.sectors.size > kFlashHead) {
+    // It serves the look at the flash's end as well. The rest waits: reading addresses that do not
+    // answer does not end.
+    ReadSectors(seen, kFlashHead, site);
+  }
+  const FlashEnd end = FindFlashEnd(site.camera, image.End(), flash_size, site.output, seen.now);
   seen.flash_size = end.size;
   RefuseBeyondEnd(image, end);
-  seen.sectors = SectorsAround(image.address, image.bytes.size());
-  const auto start = site.host.Clock();
-  site.progress.Begin("read", seen.sectors.size);
-  seen.now = site.camera.ReadFlash(seen.sectors.address, seen.sectors.size,
-                                   [&](std::uint64_t done) { site.progress.Advance(done); });
+  ReadSectors(seen, seen.sectors.End(), site);
   site.progress.Done();
-  seen.seconds = std::chrono::duration<double>(site.host.Clock() - start).count();
   const CameraIdentity& camera = site.camera.Identity();
   seen.recovery = Recover(
       {camera.path, NamedBy(image), image.sha256, seen.sectors, seen.now, image.bytes, journal},
@@ -119,12 +166,8 @@ ProgramPlan Plan(const Image& image, const FlashExamination& seen, bool verify) 
       plan.shared.push_back(address);
     }
   }
-  for (const Range& block : CutIntoBlocks(plan.changes)) {
-    plan.transfers += BlockTransfers(plan.After().At(block));
-  }
-  for (const Range& run : verify ? plan.changes : Ranges()) {
-    plan.transfers += ReadTransfers(run.Size());
-  }
+  plan.by_words = PlanWords(seen, plan, verify);
+  plan.transfers = PlannedTransfers(plan, verify);
   plan.expected_seconds = seen.seconds / static_cast<double>(ReadTransfers(seen.sectors.size)) *
                           static_cast<double>(plan.transfers);
   return plan;
@@ -149,7 +192,7 @@ Security Secure(const Image& image, const FlashExamination& seen, const ProgramP
 }
 
 Ranges Write(const ProgramPlan& plan, Security& security, WorkSite& site) {
-  return WriterFor(security, site).Write(plan.changes, plan.After());
+  return WriterFor(security, site).Write(plan.changes, plan.After(), plan.by_words);
 }
 
 void Verify(const ProgramPlan& plan, Security& security, const Ranges& vouched, WorkSite& site) {
@@ -193,7 +236,7 @@ std::string RestoreOldBytes(const FlashExamination& seen, Security& security, Wo
     const Ranges runs = Union(site.state.Touched(), DifferingSectors(seen.sectors.address, seen.now,
                                                                      seen.recovery.before));
     SectorWriter writer = WriterFor(security, site);
-    const Ranges vouched = writer.Write(runs, before, SectorWriter::StopWish::kIgnore);
+    const Ranges vouched = writer.Write(runs, before, {}, SectorWriter::StopWish::kIgnore);
     const Mismatch mismatch = WriterFor(security, site).Compare(Without(runs, vouched), before);
     if (!mismatch.wrong.empty()) {
       return Format("; the old bytes were written back, but {} does not read back so",

@@ -55,6 +55,7 @@ struct ProgramPlan {
   SectorSpan sectors;
   std::vector<std::uint8_t> after;    // what the sectors shall hold
   Ranges changes;                     // sectors that do not hold it yet
+  std::vector<WordSector> by_words;   // those of them that need no erase
   std::vector<std::uint32_t> shared;  // those of them with bytes beside the image, at most two
   std::uint64_t transfers = 0;        // that writing and reading back take
   double expected_seconds = 0;        // for them

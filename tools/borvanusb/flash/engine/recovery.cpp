@@ -273,6 +273,17 @@ class Judge {
 
   enum class SectorState { kOld, kNew, kHalf, kOther };
 
+  // What a sector is on its way to: the named bytes, and beside them what it held.
+  std::vector<std::uint8_t> NewBytes(const Range& sector, Bytes old_bytes) const {
+    std::vector<std::uint8_t> bytes(old_bytes.begin(), old_bytes.end());
+    const std::uint32_t first = std::max(sector.first, request_.named.first);
+    const std::uint32_t last = std::min(sector.last, request_.named.last);
+    for (std::uint64_t address = first; address <= last; ++address) {
+      bytes[address - sector.first] = request_.named_bytes[address - request_.named.first];
+    }
+    return bytes;
+  }
+
   SectorState StateOf(const Journal& journal, const SectorRecord& record, Bytes old_bytes) const {
     const Range sector = SectorAt(record.address);
     const Bytes found = PartOf(Bytes(recovery_.truth), request_.sectors.address, sector);
@@ -282,6 +293,9 @@ class Judge {
     }
     if (digest == record.after || digest == record.now) {
       return SectorState::kNew;
+    }
+    if (IsHalfCleared(found, old_bytes, NewBytes(sector, old_bytes))) {
+      return SectorState::kHalf;
     }
     if (!Covers(request_.named, sector)) {
       const bool is_open = journal.open_sector && journal.open_sector->address == record.address;

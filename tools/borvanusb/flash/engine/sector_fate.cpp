@@ -43,6 +43,10 @@ bool IsHalfErased(Bytes found, Bytes original) {
   return true;
 }
 
+bool IsHalfCleared(Bytes found, Bytes original, Bytes planned) {
+  return HasBitsOf(original, found) && HasBitsOf(found, planned);
+}
+
 bool IsHalfProgrammed(Bytes found, Bytes planned) {
   const auto differing = std::ranges::mismatch(found, planned).in1;
   const auto written = static_cast<std::size_t>(differing - found.begin());

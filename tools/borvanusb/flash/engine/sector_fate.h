@@ -27,6 +27,10 @@ bool CanBeLeftByCut(std::span<const std::uint8_t> found, const SharedSector& sec
 // sector, none is cleared.
 bool IsHalfErased(std::span<const std::uint8_t> found, std::span<const std::uint8_t> original);
 
+// Whether words that were being cleared, from `original` to `planned`, can have been left so.
+bool IsHalfCleared(std::span<const std::uint8_t> found, std::span<const std::uint8_t> original,
+                   std::span<const std::uint8_t> planned);
+
 // Whether programming `planned` into the erased sector can have been cut off here: packets go out
 // in rising order, so there are written bytes, at most one packet in between, and erased ones.
 bool IsHalfProgrammed(std::span<const std::uint8_t> found, std::span<const std::uint8_t> planned);

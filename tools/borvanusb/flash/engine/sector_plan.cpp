@@ -4,7 +4,7 @@
 #include <cstddef>
 
 #include "camera/camera.h"
-#include "flash/engine/tail_words.h"
+#include "flash/engine/flash_words.h"
 #include "flash/engine/transfer_count.h"
 
 namespace borvanusb {
@@ -59,6 +59,32 @@ Ranges CutIntoBlocks(const Ranges& runs) {
 BlockParts SplitBlock(std::span<const std::uint8_t> block) {
   const std::size_t packets = block.size() / kWritePacket * kWritePacket;
   return {block.first(packets), block.subspan(packets)};
+}
+
+std::vector<WordSector> SectorsOfFewWords(const Ranges& runs, const SectorSpan& sectors,
+                                          std::span<const std::uint8_t> now,
+                                          std::span<const std::uint8_t> after) {
+  std::vector<WordSector> found;
+  for (const Range& run : runs) {
+    for (std::uint64_t address = run.first; address <= run.last; address += kSectorSize) {
+      const auto first = static_cast<std::uint32_t>(address);
+      const Range sector{first, first + (kSectorSize - 1)};
+      const auto wanted = PartOf(after, sectors.address, sector);
+      auto words = ClearingWords(first, PartOf(now, sectors.address, sector), wanted);
+      if (words && words->size() * kWordWriteTransfers < BlockTransfers(wanted)) {
+        found.push_back({first, *std::move(words)});
+      }
+    }
+  }
+  return found;
+}
+
+Ranges WithoutWordSectors(const Ranges& runs, const std::vector<WordSector>& sectors) {
+  Ranges words;
+  for (const WordSector& sector : sectors) {
+    AppendRange(words, {sector.address, sector.address + (kSectorSize - 1)});
+  }
+  return Without(runs, words);
 }
 
 std::uint64_t BlockTransfers(std::span<const std::uint8_t> block) {

@@ -6,6 +6,7 @@
 
 #include "base/numbers.h"
 #include "flash/engine/byte_ranges.h"
+#include "flash/engine/flash_words.h"
 #include "flash/engine/image.h"
 
 namespace borvanusb {
@@ -40,6 +41,21 @@ struct BlockParts {
   std::span<const std::uint8_t> tail;     // whole words, at most 56 bytes
 };
 BlockParts SplitBlock(std::span<const std::uint8_t> block);
+
+// A sector that its words can change without an erase.
+struct WordSector {
+  std::uint32_t address = 0;
+  std::vector<FlashWord> words;
+};
+
+// The sectors in `runs` of which bits are cleared alone, in so few words that a job, which erases
+// first, takes more transfers. `now` and `after` are the content of `sectors`.
+std::vector<WordSector> SectorsOfFewWords(const Ranges& runs, const SectorSpan& sectors,
+                                          std::span<const std::uint8_t> now,
+                                          std::span<const std::uint8_t> after);
+
+// The runs without them.
+Ranges WithoutWordSectors(const Ranges& runs, const std::vector<WordSector>& sectors);
 
 // The transfers that writing a block takes.
 std::uint64_t BlockTransfers(std::span<const std::uint8_t> block);

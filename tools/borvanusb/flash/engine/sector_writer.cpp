@@ -4,8 +4,7 @@
 
 #include "base/failure.h"
 #include "base/format.h"
-#include "flash/engine/sector_plan.h"
-#include "flash/engine/tail_words.h"
+#include "flash/engine/flash_words.h"
 
 namespace borvanusb {
 
@@ -52,15 +51,16 @@ void SectorWriter::HeedStop(StopWish wish) const {
   }
 }
 
-Ranges SectorWriter::Write(const Ranges& runs, const Content& content, StopWish wish) {
+Ranges SectorWriter::Write(const Ranges& runs, const Content& content,
+                           const std::vector<WordSector>& by_words, StopWish wish) {
   progress_.Begin("program", TotalSize(runs));
   done_ = 0;
   told_ = 0;
   std::vector<std::uint32_t> first;
   std::vector<std::uint32_t> last;
-  Ranges whole = runs;
+  Ranges whole = WithoutWordSectors(runs, by_words);
   for (const std::uint32_t address : shared_.addresses) {
-    if (!IsIn(runs, address)) {
+    if (!IsIn(whole, address)) {
       continue;
     }
     const auto& open = shared_.journal->OpenSector();
@@ -73,14 +73,14 @@ Ranges SectorWriter::Write(const Ranges& runs, const Content& content, StopWish 
     HeedStop(wish);
     WriteShared(SectorAt(address), content);
   }
+  for (const WordSector& sector : by_words) {
+    HeedStop(wish);
+    WriteWords(sector, content);
+  }
   for (const Range& block : CutIntoBlocks(whole)) {
     HeedStop(wish);
     WriteBlock(block, content);
-    if (shared_.journal != nullptr) {
-      shared_.journal->Wrote(block.first, content.At(block));
-    }
-    done_ += block.Size();
-    Tell(done_);
+    Wrote(block, content);
   }
   for (const std::uint32_t address : last) {
     HeedStop(wish);
@@ -90,7 +90,8 @@ Ranges SectorWriter::Write(const Ranges& runs, const Content& content, StopWish 
   if (!last.empty()) {
     return {SectorAt(last.back())};
   }
-  return whole.empty() && !first.empty() ? Ranges{SectorAt(first.back())} : Ranges{};
+  return whole.empty() && by_words.empty() && !first.empty() ? Ranges{SectorAt(first.back())}
+                                                             : Ranges{};
 }
 
 void SectorWriter::WriteShared(const Range& sector, const Content& content) {
@@ -130,6 +131,26 @@ void SectorWriter::WriteShared(const Range& sector, const Content& content) {
   Tell(done_);
 }
 
+// Clearing bits needs no erase, and takes nothing with it when it is cut off.
+void SectorWriter::WriteWords(const WordSector& sector, const Content& content) {
+  const auto hold = host_.HoldStop();
+  const Range whole = SectorAt(sector.address);
+  state_.Begin(whole);
+  for (const FlashWord& word : sector.words) {
+    camera_.WriteFlashWord(word.address, word.value);
+  }
+  state_.End(whole);
+  Wrote(whole, content);
+}
+
+void SectorWriter::Wrote(const Range& block, const Content& content) {
+  if (shared_.journal != nullptr) {
+    shared_.journal->Wrote(block.first, content.At(block));
+  }
+  done_ += block.Size();
+  Tell(done_);
+}
+
 // A second try begins anew; a bar never runs back.
 void SectorWriter::Tell(std::uint64_t done) {
   told_ = std::max(told_, done);
@@ -150,7 +171,7 @@ void SectorWriter::WriteBlock(const Range& block, const Content& content) {
     Tell(done_ + done);
   });
   const auto tail = static_cast<std::uint32_t>(block.first + parts.packets.size());
-  for (const TailWord& word : TailWords(tail, parts.tail)) {
+  for (const FlashWord& word : TailWords(tail, parts.tail)) {
     camera_.WriteFlashWord(word.address, word.value);
   }
   state_.End(block);

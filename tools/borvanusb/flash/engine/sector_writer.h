@@ -10,6 +10,7 @@
 #include "camera/camera.h"
 #include "camera/host.h"
 #include "flash/engine/byte_ranges.h"
+#include "flash/engine/sector_plan.h"
 #include "flash/engine/work_journal.h"
 #include "flash/engine/work_state.h"
 #include "output/output.h"
@@ -65,20 +66,24 @@ class SectorWriter {
   // Whether the user's wish to stop ends the work between two blocks.
   enum class StopWish { kHeed, kIgnore };
 
-  // Erases and writes the runs of sectors, under one bar. Each shared one goes by itself: into the
-  // journal, erased, written, read back, out of the journal. Throws Failure as the camera does,
-  // kStopped between two blocks when the user asked to stop and that is heeded, and kVerify for a
-  // shared sector that came out wrong twice. Returns the sectors that need no further reading:
-  // those that were read back after everything else was written.
-  Ranges Write(const Ranges& runs, const Content& content, StopWish wish = StopWish::kHeed);
+  // Erases and writes the runs of sectors, under one bar; `by_words`, of the runs, are not erased:
+  // their words are written as they are. Each other shared one goes by itself: into the journal,
+  // erased, written, read back, out of the journal. Throws Failure as the camera does, kStopped
+  // between two blocks when the user asked to stop and that is heeded, and kVerify for a shared
+  // sector that came out wrong twice. Returns the sectors that need no further reading: those that
+  // were read back after everything else was written.
+  Ranges Write(const Ranges& runs, const Content& content,
+               const std::vector<WordSector>& by_words = {}, StopWish wish = StopWish::kHeed);
 
   // Reads the runs back under one bar and compares them with the content.
   Mismatch Compare(const Ranges& runs, const Content& content);
 
  private:
   void WriteBlock(const Range& block, const Content& content);
+  void WriteWords(const WordSector& sector, const Content& content);
   void WriteShared(const Range& sector, const Content& content);
   void HeedStop(StopWish wish) const;
+  void Wrote(const Range& block, const Content& content);
   void Tell(std::uint64_t done);
 
   Camera& camera_;
