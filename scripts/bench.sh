@@ -82,5 +82,10 @@ for part in programming start; do
     tr -d '\r' >>"$rounds"
 done
 
+echo "== counting: the transfers of the tool's commands" >&2
+python3 -B bench/command_transfers.py >"$work/commands.txt" || echo "   a command fails or misses its target" >&2
+
 echo
 python3 bench/report.py "$rounds" "$transfers"
+echo
+cat "$work/commands.txt"

@@ -49,14 +49,14 @@ TEST_F(RegCommandsTest, WideAndPageCrossingRowsAreReadOneByOne) {
 }
 
 TEST_F(RegCommandsTest, LongRunIsReadInSeveralPartsThatFitTogether) {
-  desk_.Chip().registers = {{0x0DFF, 1}, {0x0E00, 2}, {0x0FFF, 3}};
-  desk_.Do(RegReadCommand{{0, 0xFFF}, false}, "reg-read");
-  EXPECT_EQ(desk_.Chip().transfers, 2U);  // 3584 registers and 512
+  desk_.Chip().registers = {{0x1BFF, 1}, {0x1C00, 2}, {0x1FFF, 3}};
+  desk_.Do(RegReadCommand{{0, 0x1FFF}, false}, "reg-read");
+  EXPECT_EQ(desk_.Chip().transfers, 2U);  // 7168 registers and 1024
   const auto& registers = desk_.result["registers"];
-  ASSERT_EQ(registers.size(), 4096U);
-  EXPECT_EQ(registers[0xDFF]["value"], 1);
-  EXPECT_EQ(registers[0xE00]["value"], 2);
-  EXPECT_EQ(registers[0xFFF]["value"], 3);
+  ASSERT_EQ(registers.size(), 8192U);
+  EXPECT_EQ(registers[0x1BFF]["value"], 1);
+  EXPECT_EQ(registers[0x1C00]["value"], 2);
+  EXPECT_EQ(registers[0x1FFF]["value"], 3);
 }
 
 TEST_F(RegCommandsTest, TooManyRegistersAreRefused) {
