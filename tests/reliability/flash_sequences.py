@@ -140,14 +140,16 @@ class Sequence(station.ToolTest):  # pylint: disable=too-many-instance-attribute
         (self.folder / f"{module.name}.trace").unlink(missing_ok=True)
         self.configure_ports(port, cut.faults() if cut else [])
         flashes = {other.name: self.draws.flash_of(other).read_bytes() for other in self.modules}
-        held = [journal for journal in self.journals() if self.owners[journal.file] is not module
+        journals = self.journals()
+        held = [journal for journal in journals if self.owners[journal.file] is not module
                 and journal.looks_like(flashes[module.name])]
+        own = [journal for journal in journals if self.owners[journal.file] is module]
         code, said = self.run_command(module, port, command, cut)
         if cut and cut.kind == "unplug":
             state.unlink(missing_ok=True)
             self.registered = None
         self.note(command, cut, code, said)
-        self.note_files(module, flashes[module.name])
+        self.note_files(module, flashes[module.name], own)
         for other in self.modules:
             if other is not module and self.draws.flash_of(other).read_bytes() != flashes[other.name]:
                 raise Lost(f"the flash of {other.name} changed")
@@ -238,7 +240,7 @@ class Sequence(station.ToolTest):  # pylint: disable=too-many-instance-attribute
         path = pathlib.Path(name[2:]) if name.startswith("Z:") else command.folder / name
         return path.resolve()
 
-    def note_files(self, module, before):
+    def note_files(self, module, before, journals):
         """New journals belong to the module that was worked with; backups stay as they came."""
         for journal in self.journals():
             self.owners.setdefault(journal.file, module)
@@ -256,10 +258,11 @@ class Sequence(station.ToolTest):  # pylint: disable=too-many-instance-attribute
                 raise Lost(f"the backup {path.name} changed")
         for path, content in found.items():
             if path not in self.backups:
-                self.note_backup(path, content, module, before)
+                self.note_backup(path, content, module, before, journals)
 
-    def note_backup(self, path, content, module, before):
-        """A new backup holds bytes that were in the flash, or belonged there."""
+    def note_backup(self, path, content, module, before, journals):
+        """A new backup holds bytes that were in the flash, belonged there, or were kept in the module's
+        journals."""
         # A backup that is written back has a name of this form itself.
         if match := re.findall(r"-backup-1234-0001-[0-9a-f]{8}-(0x[0-9a-f]{8})-", path.name):
             self.places[path] = int(match[-1], 0)
@@ -273,7 +276,8 @@ class Sequence(station.ToolTest):  # pylint: disable=too-many-instance-attribute
         for place, byte in enumerate(content, address):
             if byte not in (before[place], module.truth[place]) and not any(
                     0 <= place - start < len(kept) and kept[place - start] == byte
-                    for start, kept in old):
+                    for start, kept in old) and not any(
+                    journal.keeps(place, byte) for journal in journals):
                 raise Lost(f"the backup {path.name} holds {byte:#04x} for {place:#x}, which was "
                            "never there")
 
