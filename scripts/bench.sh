@@ -84,8 +84,12 @@ done
 
 echo "== counting: the transfers of the tool's commands" >&2
 python3 -B bench/command_transfers.py >"$work/commands.txt" || echo "   a command fails or misses its target" >&2
+echo "== counting: borvanusb beside flashrom" >&2
+python3 -B bench/beside_flashrom.py >"$work/flashrom.txt"
 
 echo
 python3 bench/report.py "$rounds" "$transfers"
 echo
 cat "$work/commands.txt"
+echo
+cat "$work/flashrom.txt"

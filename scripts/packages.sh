@@ -15,6 +15,8 @@ packages=(
   wine wine64
   # checks
   clang-format clang-tidy shellcheck pylint python3
+  # benchmarks: a peer to compare with
+  flashrom
   # demo: an image to flash, and looking at bytes and answers
   seabios xxd jq tmux python3-jsonschema
 )
