@@ -8,9 +8,6 @@
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
-BORVAN_WINE_CPU=$(($(nproc) - 1)) # see run_with_wine.sh
-export BORVAN_WINE_CPU
-
 package=seabios
 image=/usr/share/seabios/bios-256k.bin
 camera=0

@@ -1,9 +1,6 @@
 #!/usr/bin/env bash
 # Runs a Windows program under Wine in the prefix that WINEPREFIX names, else in one under build/,
 # which is made when it does not exist. CTest uses it as the emulator of the Windows build.
-# BORVAN_WINE_CPU, if set, is the number of the one processor that Wine gets: its programs and its
-# server wake each other for every system call, and on a virtual machine waking another processor
-# costs several times the call.
 # Usage: run_with_wine.sh PROGRAM.exe [ARGUMENT…]; exits with the program's code.
 set -euo pipefail
 root=$(cd "$(dirname "$0")/.." && pwd)
@@ -12,10 +9,6 @@ export WINEDEBUG=${WINEDEBUG:--all}
 # Neither .NET nor a browser is needed: without this Wine offers to download them, in a dialog. And no
 # debugger: after it, a program that crashed would end with code 0.
 export WINEDLLOVERRIDES=${WINEDLLOVERRIDES:-mscoree,mshtml,winedbg.exe=}
-
-if [[ -n ${BORVAN_WINE_CPU-} ]]; then
-  taskset -cp "$BORVAN_WINE_CPU" $$ >/dev/null
-fi
 
 # Debian's /usr/bin/wine remarks on standard error that its 32-bit half is missing.
 wine=(/usr/lib/wine/wine64)

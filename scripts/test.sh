@@ -28,8 +28,6 @@ presets=(windows native-sanitized)
 builds=(windows-tests native-sanitized)
 everything=build/everything
 logs=build/logs
-BORVAN_WINE_CPU=$(($(nproc) - 1)) # see run_with_wine.sh
-export BORVAN_WINE_CPU
 export WINEDEBUG=${WINEDEBUG:--all}
 
 names=()

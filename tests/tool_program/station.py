@@ -143,9 +143,7 @@ class ToolTest(unittest.TestCase):
     @staticmethod
     def command():
         """The command line that starts borvanusb."""
-        processor = os.environ.get("BORVAN_WINE_CPU")
-        pin = ["taskset", "-c", processor] if processor else []
-        return [*pin, *FIXED_ADDRESSES, str(WINE if WINE.exists() else "wine"),
+        return [*FIXED_ADDRESSES, str(WINE if WINE.exists() else "wine"),
                 str(BIN / "borvanusb.exe")]
 
     def finish(self, process):

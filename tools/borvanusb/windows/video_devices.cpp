@@ -14,6 +14,7 @@
 
 #include "base/format.h"
 #include "base/numbers.h"
+#include "windows/com_functions.h"
 #include "windows/text.h"
 
 namespace borvanusb {
@@ -31,9 +32,10 @@ std::string ResultText(HRESULT result) {
 }
 
 // A text property of a device; an empty text and why, if it can't be had.
-std::pair<std::wstring, std::string> TextProperty(IPropertyBag& bag, const wchar_t* name) {
+std::pair<std::wstring, std::string> TextProperty(const ComFunctions& com, IPropertyBag& bag,
+                                                  const wchar_t* name) {
   VARIANT value;
-  VariantInit(&value);
+  com.VariantInit(&value);
   value.vt = VT_BSTR;
   const HRESULT result = bag.Read(name, &value, nullptr);
   std::pair<std::wstring, std::string> property;
@@ -44,11 +46,11 @@ std::pair<std::wstring, std::string> TextProperty(IPropertyBag& bag, const wchar
   } else {
     property.first = value.bstrVal;
   }
-  VariantClear(&value);
+  com.VariantClear(&value);
   return property;
 }
 
-VideoDevice Examine(IMoniker& moniker) {
+VideoDevice Examine(const ComFunctions& com, IMoniker& moniker) {
   VideoDevice device;
   ComPtr<IPropertyBag> bag;
   const HRESULT result = moniker.BindToStorage(nullptr, nullptr, IID_IPropertyBag,
@@ -57,8 +59,8 @@ VideoDevice Examine(IMoniker& moniker) {
     device.reason = Format("its properties can't be read: {}", ResultText(result));
     return device;
   }
-  auto [name, name_problem] = TextProperty(*bag.Get(), L"FriendlyName");
-  auto [path, path_problem] = TextProperty(*bag.Get(), L"DevicePath");
+  auto [name, name_problem] = TextProperty(com, *bag.Get(), L"FriendlyName");
+  auto [path, path_problem] = TextProperty(com, *bag.Get(), L"DevicePath");
   device.name = ToUtf8(name);
   device.path = ToUtf8(path);
   std::transform(path.begin(), path.end(), path.begin(),
@@ -76,15 +78,19 @@ VideoDevice Examine(IMoniker& moniker) {
 }  // namespace
 
 std::string ListVideoDevices(std::vector<VideoDevice>& devices) {
+  const ComFunctions* const com = LoadComFunctions();
+  if (com == nullptr) {
+    return "COM can't be initialised: ole32.dll or oleaut32.dll can't be loaded";
+  }
   // Already done with another kind of thread is fine: the library then works the same.
-  const HRESULT initialised = CoInitialize(nullptr);
+  const HRESULT initialised = com->CoInitialize(nullptr);
   if (FAILED(initialised) && initialised != RPC_E_CHANGED_MODE) {
     return Format("COM can't be initialised: {}", ResultText(initialised));
   }
   ComPtr<ICreateDevEnum> creator;
   HRESULT result =
-      CoCreateInstance(CLSID_SystemDeviceEnum, nullptr, CLSCTX_INPROC_SERVER, IID_ICreateDevEnum,
-                       reinterpret_cast<void**>(creator.GetAddressOf()));
+      com->CoCreateInstance(CLSID_SystemDeviceEnum, nullptr, CLSCTX_INPROC_SERVER,
+                            IID_ICreateDevEnum, reinterpret_cast<void**>(creator.GetAddressOf()));
   if (FAILED(result)) {
     return Format("the system's device enumerator can't be had: {}", ResultText(result));
   }
@@ -96,7 +102,7 @@ std::string ListVideoDevices(std::vector<VideoDevice>& devices) {
   }
   ComPtr<IMoniker> moniker;
   while (category && category->Next(1, moniker.ReleaseAndGetAddressOf(), nullptr) == S_OK) {
-    devices.push_back(Examine(*moniker.Get()));
+    devices.push_back(Examine(*com, *moniker.Get()));
   }
   return {};
 }

@@ -1,0 +1,38 @@
+#include "windows/com_functions.h"
+
+namespace borvanusb {
+
+namespace {
+
+template <typename Function>
+bool Find(HMODULE library, const char* name, Function& function) {
+  if (library == nullptr) {
+    return false;
+  }
+  // By way of a function without a type: the types of the two pointers differ.
+  function =
+      reinterpret_cast<Function>(reinterpret_cast<void (*)()>(GetProcAddress(library, name)));
+  return function != nullptr;
+}
+
+// The system's own: a file of that name beside this program is not taken.
+HMODULE SystemLibrary(const wchar_t* name) {
+  return LoadLibraryExW(name, nullptr, LOAD_LIBRARY_SEARCH_SYSTEM32);
+}
+
+}  // namespace
+
+const ComFunctions* LoadComFunctions() {
+  static ComFunctions functions;
+  static const bool is_complete = [] {
+    const HMODULE com = SystemLibrary(L"ole32.dll");
+    const HMODULE automation = SystemLibrary(L"oleaut32.dll");
+    return Find(com, "CoInitialize", functions.CoInitialize) &&
+           Find(com, "CoCreateInstance", functions.CoCreateInstance) &&
+           Find(automation, "VariantInit", functions.VariantInit) &&
+           Find(automation, "VariantClear", functions.VariantClear);
+  }();
+  return is_complete ? &functions : nullptr;
+}
+
+}  // namespace borvanusb
