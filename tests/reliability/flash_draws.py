@@ -79,9 +79,10 @@ class Cut:
 class Draws:
     """What comes of a seed, with its files in a folder."""
 
-    def __init__(self, chance, folder):
+    def __init__(self, chance, folder, patches):
         self.chance = chance
         self.folder = folder
+        self.patches = patches  # whether images clear bits alone
         self.modules = self.draw_modules()
         self.images = self.draw_images()
 
@@ -124,10 +125,24 @@ class Draws:
             elif self.percent(30):
                 blank = self.chance.randrange(size)
                 content[blank:] = b"\xff" * (size - blank)
-            images.append((f"image{number}.bin", base + self.chance.randrange(0x2800), bytes(content)))
+            address = base + self.chance.randrange(0x2800)
+            if self.patches:
+                address, content = self.draw_patch(address, content, images)
+            images.append((f"image{number}.bin", address, bytes(content)))
             for folder in FOLDERS:
                 (self.folder / folder / images[-1][0]).write_bytes(content)
         return images
+
+    def draw_patch(self, address, content, images):
+        """An image that clears bits in a few bytes alone, of the firmware or of the image before."""
+        if images and self.percent(50):
+            _, address, content = images[-1]
+            content = bytearray(content)
+        else:
+            content = bytearray(self.modules[0].truth[address:address + len(content)])
+        for _ in range(self.chance.randint(1, 20)):
+            content[self.chance.randrange(len(content))] &= self.chance.randrange(256)
+        return address, content
 
     def spelled(self, name, current):
         """A name of a file in folder a or b, for a program whose current folder this is."""

@@ -60,7 +60,7 @@ class Sequence(station.ToolTest):  # pylint: disable=too-many-instance-attribute
         self.chance = random.Random(seed)
         self.figures = figures
         self.log = []
-        self.draws = Draws(self.chance, self.folder)
+        self.draws = Draws(self.chance, self.folder, patches=seed % 3 == 0)
         self.modules = self.draws.modules
         self.plugged = [self.modules[0], None]
         self.registered = None  # which ports held a module when the cameras were registered

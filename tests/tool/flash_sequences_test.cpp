@@ -24,6 +24,7 @@ class Sequence : public SequenceJudge {
     random_.seed(seed);
     statistics_ = &statistics;
     ++statistics.sequences;
+    has_patches_ = seed % 3 == 0;
     SetUpWorld();
     const std::uint32_t steps = 3 + Draw(6);
     for (std::uint32_t i = 0; i < steps && problem_.empty(); ++i) {
@@ -74,11 +75,30 @@ class Sequence : public SequenceJudge {
         std::fill(image.bytes.begin() + Draw(static_cast<std::uint32_t>(image.bytes.size())),
                   image.bytes.end(), std::uint8_t{0xFF});
       }
+      if (has_patches_) {
+        MakePatch(image, firmware);
+      }
       image.name = "image" + std::to_string(i) + ".bin";
       for (const char* folder : {"a/", "b/"}) {
         WriteFile(folder + image.name, image.bytes);
       }
       images_.push_back(image);
+    }
+  }
+
+  struct Image;
+
+  // An image that clears bits in a few bytes alone: of the firmware, or of the image before.
+  void MakePatch(Image& image, const Bytes& firmware) {
+    if (!images_.empty() && Chance(50)) {
+      image.address = images_.back().address;
+      image.bytes = images_.back().bytes;
+    } else {
+      std::copy_n(firmware.begin() + image.address, image.bytes.size(), image.bytes.begin());
+    }
+    for (std::uint32_t count = 1 + Draw(20); count > 0; --count) {
+      image.bytes[Draw(static_cast<std::uint32_t>(image.bytes.size()))] &=
+          static_cast<std::uint8_t>(random_());
     }
   }
 
@@ -311,6 +331,7 @@ class Sequence : public SequenceJudge {
   std::mt19937 random_;
   std::vector<int> plugged_;  // module by port, -1: none
   std::vector<Image> images_;
+  bool has_patches_ = false;
   bool asked_ = false;
   std::string asked_journal_;
   std::string log_;
