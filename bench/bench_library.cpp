@@ -14,6 +14,7 @@
 #include <fstream>
 #include <iterator>
 #include <stdexcept>
+#include <thread>
 #include <vector>
 
 #include "bench_camera.h"
@@ -42,11 +43,9 @@ void MakeImageFile(const std::string& path, std::uint32_t mebibytes) {
   Require(file.good(), path + " can't be written");
 }
 
-// The bare loop: the script's calls and nothing else. Returns what it took.
-std::uint64_t RunScript(const std::vector<ScriptedTransfer>& script) {
+// The bare loop: the script's calls and nothing else.
+void PlayScript(const std::vector<ScriptedTransfer>& script) {
   IKsControl* const control = BenchCameraControl();
-  TransferClock& clock = BenchCameraFlash()->Clock();
-  clock.Arm(script.size(), 0);
   KSP_NODE request = {};
   request.NodeId = 2;
   std::array<std::uint8_t, 64> buffer{};
@@ -63,8 +62,41 @@ std::uint64_t RunScript(const std::vector<ScriptedTransfer>& script) {
     answers |=
         control->KsProperty(&request.Property, sizeof(request), data, transfer.length, &returned);
   }
-  Require(answers == 0 && clock.done.load(), "the bare loop's transfers failed");
+  Require(answers == 0 && BenchCameraFlash()->Clock().done.load(),
+          "the bare loop's transfers failed");
+}
+
+// Returns what the bare loop took.
+std::uint64_t RunScript(const std::vector<ScriptedTransfer>& script) {
+  TransferClock& clock = BenchCameraFlash()->Clock();
+  clock.Arm(script.size(), 0);
+  PlayScript(script);
   return clock.last_cycle - clock.first_cycle;
+}
+
+// The bare job: a thread that reads the image, or makes the dump's file, and plays the script,
+// while this one looks after it once a millisecond. Returns its time over the sum of the waits.
+double RunBareJob(const std::vector<ScriptedTransfer>& script, const std::string& path,
+                  bool is_reading, std::uint64_t wait) {
+  TransferClock& clock = BenchCameraFlash()->Clock();
+  clock.Arm(script.size(), wait);
+  const std::uint64_t start = Cycles();
+  std::thread job([&] {
+    if (is_reading) {
+      const std::ofstream dump(path, std::ios::binary);
+      PlayScript(script);
+    } else {
+      std::ifstream image(path, std::ios::binary);
+      std::vector<char> bytes(kMebibyte);
+      image.read(bytes.data(), static_cast<std::streamsize>(bytes.size()));
+      PlayScript(script);
+    }
+  });
+  while (!clock.done.load()) {
+    Sleep(1);
+  }
+  job.join();
+  return static_cast<double>(clock.last_cycle - start) / static_cast<double>(clock.waited_cycles);
 }
 
 void MeasureTransfers(const std::string& folder) {
@@ -96,11 +128,15 @@ void MeasureWaits(const std::string& folder) {
   const std::string dump_path = folder + "\\waits_dump.bin";
   MakeImageFile(image_path, 1);
   const auto wait = static_cast<std::uint64_t>(kWaitNanoseconds * CyclesPerNanosecond());
+  const auto programming = ScriptProgramming(MakeImage(kMebibyte));
+  const auto reading = ScriptReading(kMebibyte);
   for (int round = 0; round < kRounds; ++round) {
     const JobTimes program = RunProgramming(image_path, kMebibyte, wait);
     Print("waits.dll.program_ratio", Ratio(program.whole, program.waited));
+    Print("waits.dll.program_bare_ratio", RunBareJob(programming, image_path, false, wait));
     const JobTimes read = RunReading(dump_path, kMebibyte, wait);
     Print("waits.dll.read_ratio", Ratio(read.whole, read.waited));
+    Print("waits.dll.read_bare_ratio", RunBareJob(reading, dump_path, true, wait));
   }
   DeleteFileA(image_path.c_str());
   DeleteFileA(dump_path.c_str());

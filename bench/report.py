@@ -145,14 +145,18 @@ def main():
             cost_row(f"   {title}, DLL under Wine, {name}", series,
                      f"transfers.dll.{work}_library_ns", f"transfers.dll.{work}_bare_ns", pick)
 
-    print("b. 1 MiB with 125 us a transfer, whole job over the sum of the waits")
+    print("b. 1 MiB with 125 us a transfer, whole job over the sum of the waits (yardstick: a bare job)")
     for place, title in (("native", "native"), ("dll", "DLL under Wine")):
         for work, verb in (("program", "programming"), ("read", "reading")):
             rounds = series[f"waits.{place}.{work}_ratio"]
+            # Under Wine a thread and a file cost something by themselves.
+            bare = series.get(f"waits.{place}.{work}_bare_ratio")
             for name, pick in (("least", min), ("median", median)):
-                ratio = pick(rounds)
-                row(f"   {verb}, {title}, {name} of {len(rounds)}", "", "", f"{ratio:.5f}",
-                    f"<= {LARGEST_WAIT_RATIO}", ratio <= LARGEST_WAIT_RATIO)
+                measured, yardstick = pick(rounds), pick(bare) if bare else 1
+                ratio = measured / yardstick
+                row(f"   {verb}, {title}, {name} of {len(rounds)}", f"{measured:.5f}" if bare else "",
+                    f"{yardstick:.5f}" if bare else "", f"{ratio:.5f}", f"<= {LARGEST_WAIT_RATIO}",
+                    ratio <= LARGEST_WAIT_RATIO)
 
     print("c. text dump of 16 MiB")
     measured, yardstick = median(series["dump.native.format_ms"]), median(series["dump.native.xxd_ms"])
