@@ -14,7 +14,7 @@ packages=(
   # running Windows programs
   wine wine64
   # checks
-  clang-format clang-tidy shellcheck pylint python3
+  clang-format clang-tidy shellcheck pylint python3 doxygen
   # benchmarks: a peer to compare with
   flashrom
   # demo: an image to flash, and looking at bytes and answers

@@ -72,7 +72,24 @@ static void MessagesAreAsTheLibraryHasThem(void) {
   ExpectText(borvan_status_message(kBorvanFlashEraseFailed), "Flash failed to erase");
   ExpectText(borvan_status_message(kBorvanFlashWriteFailed), "Flash write  failed");
   ExpectText(borvan_status_message(kBorvanFileFormatFailed), "File format failed");
-  Expect(borvan_status_message(kBorvanSystemFail) == NULL, "a system code has no text here");
+  Expect(borvan_status_message(kBorvanSystemFail) == NULL, "a system code has no message");
+  ExpectText(borvan_status_text(kBorvanFlashEraseFailed), "Flash failed to erase");
+  ExpectText(borvan_status_text(kBorvanSystemNoChannel), "no camera is open");
+}
+
+static void CodesServeInASwitch(void) {
+  const uint32_t status = 0xE000000Au;
+  bool found = false;
+  switch (status) {
+    case kBorvanFileFormatFailed:
+      break;
+    case kBorvanFileError:
+      found = true;
+      break;
+    default:
+      break;
+  }
+  Expect(found, "a status code is a case of a switch");
 }
 
 static void ProgressIsSplitIntoItsHalves(void) {
@@ -108,6 +125,7 @@ int main(void) {
   RecordHasTheLayoutOfTheLibrary();
   RecordIsReadWithoutTerminators();
   MessagesAreAsTheLibraryHasThem();
+  CodesServeInASwitch();
   ProgressIsSplitIntoItsHalves();
   SelectionReturnsInsteadOfThrowing();
   if (failures == 0) {

@@ -54,6 +54,17 @@ static_assert(kBorvanFlashEraseFailed == 0xE0000001U && kBorvanFileFormatFailed 
 static_assert(kBorvanSystemNoChannel == 0x80004003U && kBorvanSystemInvalidData == 0x8007000DU);
 static_assert(kBorvanRegisterByte == 0 && kBorvanRegisterWide == 1);
 static_assert(kBorvanI2cAddress8Data8 == 0 && kBorvanI2cAddress32Data32 == 5);
+static_assert(kBorvanFlashSectorSize == 4096 && kBorvanFlashPieceSize == 60);
+static_assert(kBorvanRegistersPerTransfer == 56 && kBorvanFlashErasedByte == 255);
+static_assert(kBorvanFeatureRegister == 419 && kBorvanFeatureFastI2c == 32);
+static_assert(kBorvanMarkerPause == 65535 && kBorvanLongestPauseMilliseconds == 255);
+static_assert(kBorvanMarkerFirstDelay == 65533 && kBorvanMarkerSecondDelay == 65534);
+static_assert(kBorvanMarkerSlave == 65528 && kBorvanMarkerWidthCode == 65534);
+static_assert(kBorvanExceptionCode == 541541187);
+static_assert(BORVAN_USB_VERSION_NUMBER_OF(1, 2, 3) == 1002003U);
+
+// A status converts to the unsigned number that it is, never to a negative one.
+static_assert(std::uint64_t{kBorvanFileError} == 3758096394U);
 
 std::uint64_t Progress(std::uint32_t status, std::uint32_t percent) {
   return (std::uint64_t{status} << 32U) | percent;
@@ -88,6 +99,62 @@ TEST(StatusMessage, IsNullForEveryOtherStatus) {
        {0U, 1U, 11U, 0x80004005U, 0xE0000000U, 0xE000000CU, 0xE0010001U, 0xFFFFFFFFU}) {
     EXPECT_EQ(nullptr, borvan_status_message(status)) << std::hex << status;
   }
+}
+
+TEST(StatusText, IsTheMessageOfTheLibrarysOwnFailures) {
+  EXPECT_STREQ("Flash write  failed", borvan_status_text(0xE0000003U));
+  EXPECT_STREQ("The job did not end within the time limit", borvan_status_text(0xE0001001U));
+}
+
+TEST(StatusText, HasWordsForTheSystemsCodes) {
+  constexpr std::array<StatusText, 6> kTexts{{
+      {0x80004003U, "no camera is open"},
+      {0x8007000EU, "out of memory"},
+      {0x8007001FU, "the camera refused the transfer"},
+      {0x8007048FU, "the camera is not connected any more"},
+      {0x80070490U, "the camera's vendor unit has no such control"},
+      {0x8007000DU, "the camera reported an impossible length"},
+  }};
+  for (const StatusText& expected : kTexts) {
+    EXPECT_STREQ(expected.text, borvan_status_text(expected.status));
+  }
+}
+
+TEST(StatusText, IsNeverNull) {
+  EXPECT_STREQ("no failure", borvan_status_text(0));
+  for (const std::uint32_t status : {1U, 11U, 0x7FFFFFFFU}) {
+    EXPECT_STREQ("no failure: a positive status", borvan_status_text(status)) << status;
+  }
+  for (const std::uint32_t status : {0x80000000U, 0xE0000000U, 0xE000000CU, 0xFFFFFFFFU}) {
+    EXPECT_STREQ("error code of the system or of the camera's driver", borvan_status_text(status))
+        << std::hex << status;
+  }
+}
+
+TEST(StatusCode, ServesInASwitch) {
+  const auto number = [](std::uint32_t status) {
+    switch (status) {
+      case kBorvanFlashEraseFailed:
+        return 1;
+      case kBorvanSystemNoChannel:
+        return 2;
+      case kBorvanWaitEndMissed:
+        return 3;
+      default:
+        return 0;
+    }
+  };
+  EXPECT_EQ(1, number(0xE0000001U));
+  EXPECT_EQ(2, number(0x80004003U));
+  EXPECT_EQ(3, number(0xE0001002U));
+}
+
+TEST(Version, OfTheHeadersIsThatOfTheProject) {
+  EXPECT_STREQ(BORVAN_PROJECT_VERSION, BORVAN_USB_VERSION_TEXT);
+  const std::string numbers = std::to_string(BORVAN_USB_VERSION_MAJOR) + "." +
+                              std::to_string(BORVAN_USB_VERSION_MINOR) + "." +
+                              std::to_string(BORVAN_USB_VERSION_PATCH);
+  EXPECT_EQ(BORVAN_PROJECT_VERSION, numbers);
 }
 
 TEST(ProgressValue, HoldsThePercentageLowAndTheStatusHigh) {

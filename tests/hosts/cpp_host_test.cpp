@@ -3,7 +3,10 @@
 
 #include <cerrno>
 #include <new>
+#include <string>
 #include <system_error>
+
+#include <borvan_library_version.h>
 
 #include "hosts/export_calls.h"
 #include "hosts/hosts_rig.h"
@@ -54,6 +57,21 @@ class CppHost : public test::HostsRig {
     return "";
   }
 };
+
+// The version resource of the DLL, read as any host reads it, against the macros of the header.
+TEST(LibraryVersion, IsThatOfTheHeaders) {
+  EXPECT_EQ(borvan_library_version(), BORVAN_USB_VERSION_NUMBER);
+}
+
+TEST(LibraryVersion, IsThatOfAnyLibraryWithAVersion) {
+  // Windows' own; Wine 8 gives it 10.0, as Windows 10 does, or 6.1 for Windows 7.
+  EXPECT_GE(borvan_version_of_library(GetModuleHandleA("kernel32.dll")), 6000000U);
+}
+
+TEST(LibraryVersion, IsZeroWithoutALibraryAndWithoutAResource) {
+  EXPECT_EQ(borvan_version_of_library(nullptr), 0U);
+  EXPECT_EQ(borvan_version_of_library(GetModuleHandleA(nullptr)), 0U);  // this program has none
+}
 
 TEST_F(CppHost, CatchesTheMessageTwiceInARowAndGoesOn) {
   EXPECT_EQ(SelectGone(), "ERROR: gcap.pmVideo->BindToObject failed");

@@ -12,6 +12,8 @@ typedef HANDLE HMODULE;
 typedef int BOOL;
 typedef unsigned long DWORD;
 typedef unsigned __int64 ULONG_PTR;
+typedef HANDLE HRSRC;
+typedef HANDLE HGLOBAL;
 
 #define WINAPI __stdcall
 #define STD_OUTPUT_HANDLE ((DWORD)-11)
@@ -24,6 +26,11 @@ __declspec(dllimport) HANDLE WINAPI GetStdHandle(DWORD which);
 __declspec(dllimport) BOOL WINAPI
     WriteFile(HANDLE file, const void* bytes, DWORD count, DWORD* written, void* overlapped);
 __declspec(dllimport) HMODULE WINAPI GetModuleHandleA(const char* name);
+__declspec(dllimport) HRSRC WINAPI
+    FindResourceA(HMODULE module, const char* name, const char* type);
+__declspec(dllimport) DWORD WINAPI SizeofResource(HMODULE module, HRSRC resource);
+__declspec(dllimport) HGLOBAL WINAPI LoadResource(HMODULE module, HRSRC resource);
+__declspec(dllimport) void* WINAPI LockResource(HGLOBAL loaded);
 __declspec(dllimport) BOOL WINAPI
     VirtualProtect(void* address, ULONG_PTR size, DWORD protection, DWORD* former);
 __declspec(dllimport) void WINAPI Sleep(DWORD milliseconds);

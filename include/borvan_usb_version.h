@@ -1,0 +1,25 @@
+/**
+ * @file
+ * The version of these headers. CMake writes this file from the version in CMakeLists.txt; it is in
+ * the source tree so that programs find it that are built without CMake. Do not edit it.
+ *
+ * borvan_library_version.h reads the version of the DLL that a program has loaded.
+ */
+#pragma once
+
+/** Major version: it rises when a program must be changed. */
+#define BORVAN_USB_VERSION_MAJOR 0
+/** Minor version: it rises with new functions. */
+#define BORVAN_USB_VERSION_MINOR 1
+/** Patch version: it rises with corrections. */
+#define BORVAN_USB_VERSION_PATCH 0
+/** The version as a text. */
+#define BORVAN_USB_VERSION_TEXT "0.1.0"
+
+/** One number for a version, to be compared: 1.2.3 is 1002003. */
+#define BORVAN_USB_VERSION_NUMBER_OF(major_version, minor_version, patch_version) \
+  ((major_version)*1000000u + (minor_version)*1000u + (patch_version))
+/** The version of these headers as one number. */
+#define BORVAN_USB_VERSION_NUMBER                                                  \
+  BORVAN_USB_VERSION_NUMBER_OF(BORVAN_USB_VERSION_MAJOR, BORVAN_USB_VERSION_MINOR, \
+                               BORVAN_USB_VERSION_PATCH)
