@@ -24,7 +24,7 @@ void ExpectRefused(const Words& words, const std::string& message) {
   const Failure failure = FailureOf(words);
   EXPECT_EQ(failure.Code(), ExitCode::kUsage);
   EXPECT_EQ(failure.Message(), message);
-  EXPECT_TRUE(failure.Hint().ends_with("--help tells more.")) << failure.Hint();
+  EXPECT_TRUE(failure.Hint().ends_with("--help shows more.")) << failure.Hint();
 }
 
 TEST(CommandLineErrorsTest, NoCommandSaysWhereToBegin) {
@@ -35,9 +35,9 @@ TEST(CommandLineErrorsTest, NoCommandSaysWhereToBegin) {
 }
 
 TEST(CommandLineErrorsTest, HintIsTheCommandsOwnHelp) {
-  EXPECT_EQ(FailureOf({"flash", "word", "x"}).Hint(), "borvanusb flash word --help tells more.");
-  EXPECT_EQ(FailureOf({"reg"}).Hint(), "borvanusb reg --help tells more.");
-  EXPECT_EQ(FailureOf({"raed"}).Hint(), "borvanusb --help tells more.");
+  EXPECT_EQ(FailureOf({"flash", "word", "x"}).Hint(), "borvanusb flash word --help shows more.");
+  EXPECT_EQ(FailureOf({"reg"}).Hint(), "borvanusb reg --help shows more.");
+  EXPECT_EQ(FailureOf({"raed"}).Hint(), "borvanusb --help shows more.");
 }
 
 TEST(CommandLineErrorsTest, UnknownCommandSuggestsTheNearest) {
@@ -83,8 +83,8 @@ TEST(CommandLineErrorsTest, MissingValueNamesTheCommandsOwnOption) {
   ExpectRefused({"i2c", "scan", "--address"},
                 "--address: A is missing: register that is read from each, default 0");
   EXPECT_EQ(FailureOf({"flash", "verify", "i.bin", "--address"}).Hint(),
-            "borvanusb flash verify --help tells more.");
-  EXPECT_EQ(FailureOf({"--camera"}).Hint(), "borvanusb --help tells more.");
+            "borvanusb flash verify --help shows more.");
+  EXPECT_EQ(FailureOf({"--camera"}).Hint(), "borvanusb --help shows more.");
   // Several commands have options of one name.
   for (const CommandDescription& command : DescribeTool().commands) {
     for (const OptionDescription& option : command.options) {

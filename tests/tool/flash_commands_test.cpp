@@ -200,7 +200,7 @@ TEST_F(FlashCommandsTest, MapOfABlankFlashAsksForItsSize) {
   flash() = Bytes(64 * 1024, 0xFF);
   const Outcome outcome = Run(FlashMapCommand{});
   EXPECT_EQ(outcome.code, ExitCode::kUsage);
-  EXPECT_EQ(outcome.message, "the flash's size can't be told: the first 64 KiB are blank");
+  EXPECT_EQ(outcome.message, "the flash's size is unknown: the first 64 KiB are blank");
 }
 
 TEST_F(FlashCommandsTest, MapOfARangeShowsTheSectorsAroundIt) {

@@ -124,7 +124,7 @@ TEST_F(FlashEndTest, SizeThatIsToldCountsAndNothingIsLookedAt) {
     const Outcome outcome = Run(command);
     EXPECT_EQ(outcome.code, code);
     EXPECT_NE(outcome.message.find("the flash of 65536 bytes (64 KiB), whose last address is "
-                                   "0xffff; --flash-size says so"),
+                                   "0xffff; from --flash-size"),
               std::string::npos)
         << outcome.message;
   };
@@ -143,7 +143,7 @@ TEST_F(FlashEndTest, SizeThatCantBeFoundOutIsRemarkedAndNothingRefused) {
   flash() = Bytes(kMebi, 0xFF);
   EXPECT_EQ(Run(FlashReadCommand{{0, 0x1FFFF}, File("dump.bin")}).code, ExitCode::kDone);
   EXPECT_EQ(output->notes,
-            "the flash's size can't be told: the first 64 KiB are blank; pass --flash-size to "
+            "the flash's size is unknown: the first 64 KiB are blank; pass --flash-size to "
             "check that nothing reaches beyond its end\n");
   // Every flash has 64 KiB.
   EXPECT_EQ(Run(FlashReadCommand{{0, 0xFFFF}, File("dump.bin")}).code, ExitCode::kDone);
@@ -152,7 +152,7 @@ TEST_F(FlashEndTest, SizeThatCantBeFoundOutIsRemarkedAndNothingRefused) {
 
 TEST_F(FlashEndTest, HintSaysTheWholeFlash) {
   EXPECT_EQ(Run(FlashReadCommand{{0, 0x100000}, File("dump.bin")}).hint,
-            "The whole flash is 0+1M. If its size is another one, say it with --flash-size.");
+            "The whole flash is 0+1M. If it has another size, give it with --flash-size.");
 }
 
 TEST_F(FlashEndTest, AllReadsTheWholeFlash) {
@@ -168,7 +168,7 @@ TEST_F(FlashEndTest, AllReadsTheWholeFlash) {
   command.flash_size.reset();
   const Outcome outcome = Run(command);
   EXPECT_EQ(outcome.code, ExitCode::kUsage);
-  EXPECT_EQ(outcome.hint, "Say it with --flash-size, or give a range such as 0+1M.");
+  EXPECT_EQ(outcome.hint, "Give it with --flash-size, or give a range such as 0+1M.");
 }
 
 TEST_F(FlashEndTest, RemarkOnARangeIsPrinted) {

@@ -35,10 +35,10 @@ TEST_F(FlashJournalTest, BlankCameraAtTheSamePlaceIsNotGivenTheOthersBytes) {
   flash() = Bytes(64 * 1024, 0xFF);
   const Outcome outcome = Run(command_);
   EXPECT_EQ(outcome.code, ExitCode::kFile);
-  EXPECT_NE(outcome.message.find(
-                "it is not clear whether that was with this camera: the rest of this flash is "
-                "not as that camera's; nothing in the flash was changed"),
-            std::string::npos)
+  EXPECT_NE(
+      outcome.message.find("it is unknown whether that was this camera: the rest of this flash is "
+                           "not as that camera's; nothing in the flash was changed"),
+      std::string::npos)
       << outcome.message;
   EXPECT_NE(outcome.hint.find(
                 "add --journal none: the sector keeps the bytes it holds, and the journal stays"),

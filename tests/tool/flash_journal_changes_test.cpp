@@ -38,7 +38,7 @@ TEST_F(FlashJournalTest, AnotherImageElsewhereLeavesTheJournalForLater) {
   const Bytes other = Pattern(0x100, 7);
   EXPECT_EQ(Run(CommandFor("b/other.bin", other, 0x8080)).code, ExitCode::kDone);
   EXPECT_TRUE(HasJournal());
-  EXPECT_NE(output->notes.find("is left as it is; " + Journals().at(0) +
+  EXPECT_NE(output->notes.find("stays unfinished; " + Journals().at(0) +
                                " holds the bytes beside it in 0x1000-0x1fff"),
             std::string::npos)
       << output->notes;

@@ -50,7 +50,7 @@ TEST_F(FlashSizeTest, EndThatIsNoPowerOfTwoIsFoundToTheSector) {
 TEST_F(FlashSizeTest, BlankFlashThatWrapsCantBeTold) {
   SetFlash(kMebi, 0);
   EXPECT_EQ(Find().size, std::nullopt);
-  EXPECT_EQ(Find().text, "can't be told: the first 64 KiB are blank");
+  EXPECT_EQ(Find().text, "unknown: the first 64 KiB are blank");
 }
 
 TEST_F(FlashSizeTest, BlankFlashThatDoesNotAnswerBeyondItsEndCanBeTold) {
@@ -102,12 +102,12 @@ TEST_F(FlashSizeTest, ZerosAtAnImagesEndAreNotTakenForTheEndOfAFlash) {
   chip().wraps = false;
   const FlashSizeFinding finding = FindBefore(kMebi);
   EXPECT_EQ(finding.size, std::nullopt);
-  EXPECT_EQ(finding.text, "can't be told: all words from 0xf0000 on read 0");
+  EXPECT_EQ(finding.text, "unknown: all words from 0xf0000 on read 0");
 }
 
 TEST_F(FlashSizeTest, OneQuestionAboutABlankFlashSaysThatItCantBeTold) {
   SetFlash(kMebi, 0);
-  EXPECT_EQ(FindBefore(kMebi).text, "can't be told: the first 64 KiB are blank");
+  EXPECT_EQ(FindBefore(kMebi).text, "unknown: the first 64 KiB are blank");
 }
 
 }  // namespace

@@ -88,9 +88,10 @@ TEST_F(I2cCommandsTest, ListWithoutAnOpeningNeedsASlave) {
   const std::string file = folder_.Write("list.txt", "3012,5a\n");
   const Failure failure = desk_.FailureOf(I2cLoadCommand{{}, file, false});
   EXPECT_EQ(failure.Code(), ExitCode::kUsage);
-  EXPECT_EQ(failure.Message(), "--slave: " + file +
-                                   " does not open with 0xfff8 and 0xfffe, so it does not tell its "
-                                   "device");
+  EXPECT_EQ(failure.Message(),
+            "--slave: " + file +
+                " does not begin with 0xfff8 and 0xfffe, so it does not name its "
+                "device");
   EXPECT_EQ(desk_.FailureOf(I2cLoadCommand{{}, file, true}).Code(), ExitCode::kUsage);
 }
 

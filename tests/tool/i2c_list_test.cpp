@@ -119,7 +119,7 @@ TEST(I2cListTest, DumpOfAWideModeSaysHowToLoadIt) {
   const I2cTarget target{0x20, 5, 0};
   const std::string dump = I2cDumpText(target, {0x1000, 0x1000}, values);
   EXPECT_EQ(dump,
-            "// no list can tell this device: load with --slave 0x20 --mode 32/32\n"
+            "// no list can name this device: load with --slave 0x20 --mode 32/32\n"
             "0x00001000, 0x89abcdef,\n");
   EXPECT_EQ(ProblemsOf(dump, target), Problems{});
 }

@@ -70,7 +70,7 @@ TEST_F(I2cScanTest, CameraThatIsGoneIsNoEmptyBus) {
   const Failure failure = desk_.FailureOf(Scan());
   EXPECT_EQ(failure.Code(), ExitCode::kDevice);
   EXPECT_EQ(failure.Message(),
-            "while scanning, the camera itself stopped to answer: the camera is gone");
+            "while scanning, the camera itself stopped answering: the camera is gone");
   // Found out at the end of the row, not of the bus.
   EXPECT_LT(desk_.Chip().transfers, 0x70U);
 }

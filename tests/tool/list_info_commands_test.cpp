@@ -31,7 +31,7 @@ TEST_F(ListInfoTest, NoCameraIsNoFailureAndPointsToDoctor) {
   desk_.host.chips.clear();
   EXPECT_EQ(desk_.Do(ListCommand{}, "list"), ExitCode::kDone);
   EXPECT_EQ(desk_.output.out, "");
-  EXPECT_EQ(desk_.output.notes, "no USB camera is found; borvanusb doctor tells why\n");
+  EXPECT_EQ(desk_.output.notes, "no USB camera is found; borvanusb doctor shows why\n");
   EXPECT_EQ(desk_.result.dump(), R"({"cameras":[]})");
 }
 
@@ -82,7 +82,7 @@ TEST_F(ListInfoTest, InfoTellsWhatTheFeatureRegisterMeans) {
             "vendor unit       answers\n"
             "feature register  0x01a3 = 0x21\n"
             "I2C lists         fast: in packets of up to 56 registers (bit 0x20 is set)\n"
-            "flash size        1048576 bytes (1 MiB), as told by --flash-size\n");
+            "flash size        1048576 bytes (1 MiB), given by --flash-size\n");
   EXPECT_EQ(desk_.result["fast_i2c"], true);
   desk_.Chip().registers[0x1A3] = 0x1F;
   desk_.Do(InfoCommand{}, "info");
@@ -102,7 +102,7 @@ TEST_F(ListInfoTest, InfoOfACameraThatDoesNotAnswerFailsAfterWhatIsKnown) {
 TEST_F(ListInfoTest, InfoSaysWhenTheFlashSizeIsNotKnown) {
   EXPECT_EQ(desk_.Do(InfoCommand{}, "info"), ExitCode::kDone);
   EXPECT_EQ(desk_.result["flash"]["size"], nullptr);
-  EXPECT_NE(desk_.output.out.find("--flash-size says it\n"), std::string::npos);
+  EXPECT_NE(desk_.output.out.find("set it with --flash-size\n"), std::string::npos);
 }
 
 }  // namespace

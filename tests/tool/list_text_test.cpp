@@ -59,7 +59,7 @@ TEST(ListTextTest, WhatIsNoHexadecimalNumberIsAProblem) {
 
 TEST(ListTextTest, RemarkThatWouldBeReadAsTheValueIsAProblem) {
   EXPECT_EQ(TheProblem("0x0a,5a // was 0x10, once"),
-            "1: a remark behind the value would be read as the value: put a comma before the //");
+            "1: a comment behind the value would be read as the value: put a comma before the //");
   EXPECT_EQ(TheProblem("0x0a,0x5a // was 0x10, once"), "none");
   EXPECT_EQ(TheProblem("0x0a,5a // was 0x10"), "none");
 }

@@ -81,11 +81,11 @@ TEST_F(RegListsTest, BadListIsToldWithAllItsLinesAndNothingIsSent) {
   const Failure failure = desk_.FailureOf(RegLoadCommand{file, false});
   EXPECT_EQ(failure.Code(), ExitCode::kFile);
   EXPECT_EQ(failure.Message(), file + ": 2 problems, the first in " + file +
-                                   ":1: a register list opens with 0xfffd, this one with 0x8000: "
+                                   ":1: a register list begins with 0xfffd, this one with 0x8000: "
                                    "nothing would be written; nothing was sent");
   EXPECT_EQ(desk_.output.errors,
             file +
-                ":1: a register list opens with 0xfffd, this one with 0x8000: nothing would be "
+                ":1: a register list begins with 0xfffd, this one with 0x8000: nothing would be "
                 "written\n" +
                 file + ":2: value 0x100 has more than 8 bits\n");
   EXPECT_EQ(desk_.Chip().transfers, 0U);
@@ -171,7 +171,7 @@ TEST_F(RegListsTest, DiffRefusesWhatLoadingRefuses) {
     EXPECT_EQ(failure.Code(), ExitCode::kFile);
     EXPECT_EQ(failure.Message(),
               sensor +
-                  ":1: a register list opens with 0xfffd, this one with 0xfff8, as I2C lists do: "
+                  ":1: a register list begins with 0xfffd, this one with 0xfff8, as I2C lists do: "
                   "nothing would be written; nothing was compared");
   }
   const std::string wide = folder_.Write("wide.txt", "fffd,0\n10,100\n11,1\n");

@@ -40,7 +40,7 @@ TEST(RegisterListTest, EveryProblemIsToldWithItsLine) {
   EXPECT_EQ(
       checked.list.problems,
       (Problems{{1,
-                 "a register list opens with 0xfffd, this one with 0x8000: nothing would be "
+                 "a register list begins with 0xfffd, this one with 0x8000: nothing would be "
                  "written"},
                 {2, "value 0x100 has more than 8 bits"},
                 {3, "address 0x18000 has more than 16 bits"},

@@ -71,8 +71,8 @@ class RangesTest(station.ToolTest):
 
     def test_told_size_counts(self):
         self.plug_in_flash()
-        self.refuse(1, "64 KiB.*--flash-size says so", "flash", "word", "0x10000", "--flash-size", "64K")
-        self.refuse(5, "64 KiB.*--flash-size says so", "flash", "verify", self.file("a.bin", self.old),
+        self.refuse(1, "64 KiB.*from --flash-size", "flash", "word", "0x10000", "--flash-size", "64K")
+        self.refuse(5, "64 KiB.*from --flash-size", "flash", "verify", self.file("a.bin", self.old),
                     "--flash-size", "64K")
 
     def test_single_addresses_and_ends_that_mislead(self):

@@ -33,7 +33,7 @@ std::string NameOf(const fs::path& path) {
 }
 
 std::string LastReason() {
-  return errno != 0 ? std::generic_category().message(errno) : "the system tells no reason";
+  return errno != 0 ? std::generic_category().message(errno) : "the system gives no reason";
 }
 
 template <typename Content>

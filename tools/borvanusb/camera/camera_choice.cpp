@@ -73,7 +73,7 @@ std::string CameraLine(const CameraIdentity& camera) {
 CameraIdentity ChooseCamera(const std::vector<CameraIdentity>& cameras, const std::string& choice) {
   if (cameras.empty()) {
     throw Failure(ExitCode::kNoCamera, "no USB camera is found",
-                  "Plug one in; borvanusb doctor tells why one is not found.");
+                  "Plug one in; borvanusb doctor shows why one is not found.");
   }
   if (choice.empty()) {
     if (cameras.size() > 1) {

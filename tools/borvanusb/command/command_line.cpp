@@ -18,7 +18,7 @@ namespace borvanusb {
 namespace {
 
 std::string HelpHint(const std::vector<std::string>& command) {
-  return Format("borvanusb {}{}--help tells more.", Joined(command), command.empty() ? "" : " ");
+  return Format("borvanusb {}{}--help shows more.", Joined(command), command.empty() ? "" : " ");
 }
 
 // One line for each way to put it right, or where to read more.

@@ -36,11 +36,11 @@ CommonRules MakeCommonRules() {
       [](CommonArguments& common, const std::string& text) { common.trace = FileValue(text); });
   add(Flag("--json", "print the result as one JSON object"),
       [](CommonArguments& common, const std::string&) { common.json = true; });
-  add(Flag("--quiet", "no progress and no remarks, only results and errors"),
+  add(Flag("--quiet", "no progress and no notes, only results and errors"),
       [](CommonArguments& common, const std::string&) { common.quiet = true; });
   add(Flag("--verbose", "report at the end which library, cameras and calls were used"),
       [](CommonArguments& common, const std::string&) { common.verbose = true; });
-  OptionDescription help = Flag("-h", "tell about the tool or a command");
+  OptionDescription help = Flag("-h", "show this help, or that of a command");
   help.names.emplace_back("--help");
   add(help, [](CommonArguments&, const std::string&) {});
   add(Flag("--version", "print the version"), [](CommonArguments&, const std::string&) {});

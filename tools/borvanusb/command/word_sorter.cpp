@@ -11,10 +11,10 @@ namespace borvanusb {
 
 namespace {
 
-constexpr const char* kHint = "borvanusb --help tells more.";
+constexpr const char* kHint = "borvanusb --help shows more.";
 
 std::string HelpHint(const CommandDescription* command) {
-  return command != nullptr ? Format("borvanusb {} --help tells more.", Joined(command->words))
+  return command != nullptr ? Format("borvanusb {} --help shows more.", Joined(command->words))
                             : kHint;
 }
 

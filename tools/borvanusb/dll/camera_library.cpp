@@ -72,7 +72,7 @@ std::vector<CameraIdentity> CameraLibrary::ListAnew() {
   }
   if (!why.empty()) {
     throw Failure(ExitCode::kNoCamera, Format("the system's video devices can't be listed{}", why),
-                  "borvanusb doctor tells more.");
+                  "borvanusb doctor shows more.");
   }
   return Listed();
 }

@@ -60,7 +60,7 @@ void DllCamera::Refused(const std::string& what) const {
   }
   throw Failure(
       ExitCode::kDevice,
-      Format("{}: the camera refused a transfer (single accesses tell no status code)", what),
+      Format("{}: the camera refused a transfer (single accesses give no status code)", what),
       kAgain);
 }
 
@@ -111,7 +111,7 @@ std::uint32_t DllCamera::ReadRegisterOnce(std::uint32_t address, RegisterWidth w
   }
   if (value == kOtherStart || (!wide && value > 0xFF)) {
     throw Failure(ExitCode::kDevice, Format("{}: the chip did not answer the read", what),
-                  "Repeat it; borvanusb selftest tells more.");
+                  "Repeat it; borvanusb selftest shows more.");
   }
   return value;
 }
@@ -200,7 +200,7 @@ void DllCamera::WriteRegisterList(const std::string& list_text) {
       job.doing, BytesOf(list_text), "txt", job,
       [](const Exports& exports, const char* name) { return exports.UsbRegisterWriteFile(name); });
   if (end.status == kBadListHead) {
-    throw Failure(ExitCode::kFile, "the list does not open with an entry 0xfffd",
+    throw Failure(ExitCode::kFile, "the list does not begin with an entry 0xfffd",
                   "Put a line 0xfffd, 0x00 at its beginning.");
   }
   if (end.outcome == JobEnd::Outcome::kUnknown) {
@@ -274,7 +274,7 @@ std::unique_ptr<Camera> OpenLibraryCamera(CameraLibrary& library, const CameraId
     throw Failure(
         ExitCode::kRefused,
         Format("camera {} has no vendor unit that answers ({})", camera.name, failure.Message()),
-        "Is it a camera with this chip? borvanusb doctor tells more.");
+        "Is it a camera with this chip? borvanusb doctor shows more.");
   }
   return opened;
 }

@@ -51,7 +51,7 @@ CommandRule FlashProgramRule() {
   AddImage(rule);
   AddImageAddress(rule);
   AddFlashSize(rule);
-  rule.AddFlag("--dry-run", "tell what would be done, and change nothing",
+  rule.AddFlag("--dry-run", "show what would be done, and change nothing",
                &FlashProgramCommand::dry_run);
   rule.Add(Flag("--no-verify", "don't read back"),
            [](FlashProgramCommand& command, const std::string&) { command.verify = false; });
@@ -65,7 +65,7 @@ CommandRule FlashProgramRule() {
              command.report = FileValue(text);
            });
   rule.Add(
-      File(Option("--journal", "FILE", "the journal that counts, or none, where that is asked")),
+      File(Option("--journal", "FILE", "the journal to use, or none, if a message asks for it")),
       [](FlashProgramCommand& command, const std::string& text) {
         command.journal = FileValue(text);
       });

@@ -28,7 +28,7 @@ std::vector<CameraIdentity> Chosen(const FlashProgramCommand& command, Context& 
   std::vector<CameraIdentity> all = context.host.ListCameras();
   if (all.empty()) {
     throw Failure(ExitCode::kNoCamera, "no USB camera is found",
-                  "Plug one in; borvanusb doctor tells why one is not found.");
+                  "Plug one in; borvanusb doctor shows why one is not found.");
   }
   if (command.all) {
     return all;

@@ -61,7 +61,7 @@ ExitCode Run(const I2cDumpCommand& command, Context& context) {
 }
 
 CommandRule I2cDumpRule() {
-  RuleOf<I2cDumpCommand> rule({"i2c", "dump"}, "Writes I2C registers as a list that loads again.");
+  RuleOf<I2cDumpCommand> rule({"i2c", "dump"}, "Writes I2C registers as a list for i2c load.");
   AddRange(rule, "RANGE");
   AddDumpFile(rule);
   AddSlave(rule, true);

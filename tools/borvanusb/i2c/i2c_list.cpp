@@ -170,7 +170,7 @@ std::string I2cDumpText(const I2cTarget& target, const Range& range,
   const WidthMode& mode = WidthModeOf(target.mode);
   std::string text =
       mode.list_code ? Opening(target)
-                     : Format("// no list can tell this device: load with --slave {} --mode {}\n",
+                     : Format("// no list can name this device: load with --slave {} --mode {}\n",
                               Hex(target.slave), mode.name);
   for (std::size_t i = 0; i < values.size(); ++i) {
     const auto address = static_cast<std::uint32_t>(range.first + i);

@@ -39,7 +39,7 @@ void AddMode(RuleOf<C>& rule) {
 
 template <typename C>
 void AddOption(RuleOf<C>& rule) {
-  rule.Add(Option("--option", "N", "handed to the chip as it is, 0 to 255, default 0"),
+  rule.Add(Option("--option", "N", "passed to the chip unchanged, 0 to 255, default 0"),
            [](C& command, const std::string& text) {
              command.i2c.option = static_cast<std::uint32_t>(NumberValue(text, 0, 255));
            });

@@ -31,7 +31,7 @@ void CheckDevice(const I2cLoadCommand& command, const CheckedI2cList& checked, C
   if (!checked.opens_itself && !command.i2c.slave) {
     throw Failure(
         ExitCode::kUsage,
-        Format("--slave: {} does not open with 0xfff8 and 0xfffe, so it does not tell its device",
+        Format("--slave: {} does not begin with 0xfff8 and 0xfffe, so it does not name its device",
                command.file),
         "Give --slave and --mode, or put the two lines in front.");
   }
@@ -40,7 +40,7 @@ void CheckDevice(const I2cLoadCommand& command, const CheckedI2cList& checked, C
   }
   if (IsBeyondLists(command.i2c)) {
     throw Failure(ExitCode::kUsage,
-                  Format("--mode: {} opens with 0xfff8, which chooses another width than {}",
+                  Format("--mode: {} begins with 0xfff8, which sets another width than {}",
                          command.file, WidthModeOf(command.i2c.mode).name),
                   "Take the lines 0xfff8 and 0xfffe out, or leave --mode out.");
   }
@@ -116,7 +116,7 @@ CommandRule I2cLoadRule() {
     CheckCheckOnly(command, given);
     CheckVerify(command);
   });
-  rule.Details("--slave and --mode serve a list that does not open with its own.");
+  rule.Details("--slave and --mode are for a list that does not begin with its own.");
   rule.Example("borvanusb i2c load sensor.txt --check-only");
   return rule.Take();
 }

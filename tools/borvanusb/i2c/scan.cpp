@@ -39,7 +39,7 @@ void RequireCamera(Camera& camera) {
   } catch (const Failure& failure) {
     throw Failure(
         failure.Code(),
-        Format("while scanning, the camera itself stopped to answer: {}", failure.Message()),
+        Format("while scanning, the camera itself stopped answering: {}", failure.Message()),
         failure.Hint());
   }
 }

@@ -115,7 +115,7 @@ CommandRule RegDiffRule() {
       File(Argument("A", "a list, or the word camera for what the camera holds now")),
       [](RegDiffCommand& command, const std::string& text) { command.left = FileValue(text); });
   rule.Add(
-      File(Argument("B", "the other one, likewise")),
+      File(Argument("B", "the other one: a list, or the word camera")),
       [](RegDiffCommand& command, const std::string& text) { command.right = FileValue(text); });
   rule.Check([](const RegDiffCommand& command, const GivenOptions& given) {
     if (command.left == "camera" && command.right == "camera") {

@@ -82,7 +82,7 @@ ExitCode Run(const RegDumpCommand& command, Context& context) {
 }
 
 CommandRule RegDumpRule() {
-  RuleOf<RegDumpCommand> rule({"reg", "dump"}, "Writes registers as a list that loads again.");
+  RuleOf<RegDumpCommand> rule({"reg", "dump"}, "Writes registers as a list for reg load.");
   AddRange(rule, "RANGE");
   AddDumpFile(rule);
   rule.AddFlag("--wide", "registers of 32 bits instead of 8", &RegDumpCommand::wide);

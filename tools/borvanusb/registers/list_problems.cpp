@@ -53,9 +53,9 @@ void RefuseProblems(const std::string& file, const std::vector<ListProblem>& pro
 
 void RequireGoodList(const std::string& file, const ListText& list, const std::string& consequence,
                      Context& context) {
-  const std::string hint = "docs/list-files.md tells what a list may hold.";
+  const std::string hint = "docs/list-files.md says what a list may hold.";
   RefuseProblems(file, list.problems, consequence,
-                 {ExitCode::kFile, hint, Format("All are told above; {}", hint)}, context);
+                 {ExitCode::kFile, hint, Format("All are listed above; {}", hint)}, context);
 }
 
 ExitCode ReportCheck(const std::string& command, const std::string& file, const ListText& list,

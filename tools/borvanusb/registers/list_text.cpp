@@ -113,7 +113,7 @@ class Reader {
     // The library looks for a 0x in all that stands before the second comma.
     if (comma != std::string_view::npos && !meant.starts_with("0x") &&
         field.find("0x", meant.size()) != std::string_view::npos) {
-      Problem("a remark behind the value would be read as the value: put a comma before the //");
+      Problem("a comment behind the value would be read as the value: put a comma before the //");
       return std::nullopt;
     }
     if (comma != std::string_view::npos) {

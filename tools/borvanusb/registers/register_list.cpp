@@ -143,7 +143,7 @@ class Checker {
         Problem(
             entry.line,
             Format(
-                "a register list opens with 0xfffd, this one with {}{}: nothing would be written",
+                "a register list begins with 0xfffd, this one with {}{}: nothing would be written",
                 Hex(entry.address, kAddressDigits), for_i2c ? ", as I2C lists do" : ""));
       }
     }

@@ -149,7 +149,7 @@ ExitCode Run(const DoctorCommand& /*command*/, Context& context) {
 }
 
 CommandRule DoctorRule() {
-  RuleOf<DoctorCommand> rule({"doctor"}, "Tells why a camera is not found, for a bug report.");
+  RuleOf<DoctorCommand> rule({"doctor"}, "Shows why a camera is not found, for a bug report.");
   rule.Refuse("--camera", "which examines all cameras");
   rule.Refuse("--progress", kNoProgress);
   rule.Example("borvanusb doctor > report.txt");

@@ -29,7 +29,7 @@ void TellFlashSize(Camera& camera, std::optional<std::uint64_t> told, Context& c
   const FlashSizeAnswer size = AskFlashSize(camera, told);
   context.output.Line(Format("flash size        {}",
                              size.bytes ? Format("{}, {}", SizeText(*size.bytes), size.how)
-                                        : Format("not known, {}; --flash-size says it", size.how)));
+                                        : Format("{}; set it with --flash-size", size.how)));
   context.result["flash"] = {
       {"size", size.bytes ? nlohmann::ordered_json(*size.bytes) : nlohmann::ordered_json()},
       {"how", size.how}};
@@ -52,8 +52,8 @@ ExitCode Run(const InfoCommand& command, Context& context) {
 }
 
 CommandRule InfoRule() {
-  RuleOf<InfoCommand> rule({"info"}, "Tells identity, vendor unit and flash size of a camera.");
-  rule.Add(Option("--flash-size", "SIZE", "size of the flash where it can't be told, such as 1M"),
+  RuleOf<InfoCommand> rule({"info"}, "Shows identity, vendor unit and flash size of a camera.");
+  rule.Add(Option("--flash-size", "SIZE", "size of the flash if it is unknown, such as 1M"),
            [](InfoCommand& command, const std::string& text) {
              command.flash_size = FlashSizeValue(text);
            });

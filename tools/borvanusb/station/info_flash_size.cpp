@@ -6,7 +6,7 @@ namespace borvanusb {
 
 FlashSizeAnswer AskFlashSize(Camera& camera, std::optional<std::uint64_t> told) {
   if (told) {
-    return {told, "as told by --flash-size"};
+    return {told, "given by --flash-size"};
   }
   const FlashSizeFinding finding = FindFlashSize(camera);
   return {finding.size, finding.text};

@@ -11,7 +11,7 @@ namespace borvanusb {
 // The size of a camera's flash and how it is known, for `info`.
 struct FlashSizeAnswer {
   std::optional<std::uint64_t> bytes;
-  std::string how;  // "as told by --flash-size", or why it can't be told
+  std::string how;  // "given by --flash-size", or why it can't be told
 };
 
 //   told  --flash-size

@@ -82,7 +82,7 @@ ExitCode Run(const ListCommand& command, Context& context) {
   }
   const std::vector<CameraIdentity> cameras = context.host.ListCameras();
   if (cameras.empty()) {
-    context.output.Note("no USB camera is found; borvanusb doctor tells why");
+    context.output.Note("no USB camera is found; borvanusb doctor shows why");
   }
   PrintTable(cameras, context.output);
   auto list = nlohmann::ordered_json::array();

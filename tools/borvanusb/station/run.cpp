@@ -38,11 +38,11 @@ ExitCode Run(const RunCommand& command, Context& context) {
 
 CommandRule RunRule() {
   RuleOf<RunCommand> rule({"run"}, "Runs a script: commands as written here, one a line.");
-  rule.Add(File(Argument("FILE", "the script; # opens a remark, \"quotes\" hold blanks")),
+  rule.Add(File(Argument("FILE", "the script; # begins a comment, \"quotes\" hold blanks")),
            [](RunCommand& command, const std::string& text) { command.file = FileValue(text); });
   rule.AddFlag("--keep-going", "run the other lines too when one fails", &RunCommand::keep_going);
   rule.Details(
-      "Words stand between blanks, and neither borvanusb nor a shell is part of a line. All lines "
+      "Words are separated by blanks; a line has neither the word borvanusb nor a shell. All lines "
       "are checked before the first one runs.");
   rule.Example("borvanusb run settings.txt");
   return rule.Take();

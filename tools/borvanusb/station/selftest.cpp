@@ -110,7 +110,7 @@ ExitCode Run(const SelftestCommand& command, Context& context) {
 }
 
 CommandRule SelftestRule() {
-  RuleOf<SelftestCommand> rule({"selftest"}, "Tries all that can be tried and changes nothing.");
+  RuleOf<SelftestCommand> rule({"selftest"}, "Tests all that can be tested without a change.");
   AddSlave(rule, false);
   AddMode(rule);
   rule.Check([](const SelftestCommand& command, const GivenOptions& given) {
@@ -120,7 +120,7 @@ CommandRule SelftestRule() {
   });
   rule.Details(
       "Prints a table of what passed, failed and was skipped. The exit status is that of the worst "
-      "failure. With --slave the sensor is tried too.");
+      "failure. With --slave it tests the sensor, too.");
   rule.Example("borvanusb selftest --slave 0x6c --mode 16/8");
   return rule.Take();
 }

@@ -214,10 +214,11 @@ CommandRule WatchRule() {
              command.registers.push_back(RangeValue(text));
            });
   rule.AddFlag("--wide", "--reg means registers of 32 bits", &WatchCommand::wide);
-  rule.Add(Repeated(Option("--i2c", "RANGE", "registers of an I2C device; likewise")),
-           [](WatchCommand& command, const std::string& text) {
-             command.i2c_registers.push_back(RangeValue(text));
-           });
+  rule.Add(
+      Repeated(Option("--i2c", "RANGE", "registers of an I2C device; may be given several times")),
+      [](WatchCommand& command, const std::string& text) {
+        command.i2c_registers.push_back(RangeValue(text));
+      });
   AddSlave(rule, false);
   AddMode(rule);
   AddOption(rule);

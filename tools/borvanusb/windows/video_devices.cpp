@@ -92,7 +92,7 @@ std::string ListVideoDevices(std::vector<VideoDevice>& devices) {
       com->CoCreateInstance(CLSID_SystemDeviceEnum, nullptr, CLSCTX_INPROC_SERVER,
                             IID_ICreateDevEnum, reinterpret_cast<void**>(creator.GetAddressOf()));
   if (FAILED(result)) {
-    return Format("the system's device enumerator can't be had: {}", ResultText(result));
+    return Format("the system's device enumerator can't be created: {}", ResultText(result));
   }
   ComPtr<IEnumMoniker> category;
   result =

@@ -16,24 +16,24 @@ std::string FlashText(const FlashEnd& end) {
 }
 
 std::string RangeHint(std::uint64_t size) {
-  return Format("The whole flash is 0+{}. If its size is another one, say it with --flash-size.",
+  return Format("The whole flash is 0+{}. If it has another size, give it with --flash-size.",
                 SizeArgument(size));
 }
 
 constexpr const char* kImageHint =
-    "Check the image and --address. If the flash's size is another one, say it with --flash-size.";
+    "Check the image and --address. If the flash has another size, give it with --flash-size.";
 
 }  // namespace
 
 FlashEnd FindFlashEnd(Camera& camera, std::uint64_t end, std::optional<std::uint64_t> told,
                       Output& output, std::span<const std::uint8_t> head) {
   if (told) {
-    return {told, "--flash-size says so"};
+    return {told, "from --flash-size"};
   }
   const FlashSizeFinding finding = FindFlashEndBefore(camera, end, head);
   if (!finding.size && !finding.text.empty()) {
     output.Note(Format(
-        "the flash's size {}; pass --flash-size to check that nothing reaches beyond its end",
+        "the flash's size is {}; pass --flash-size to check that nothing reaches beyond its end",
         finding.text));
   }
   return {finding.size, Format("it {}", finding.text)};
@@ -80,8 +80,8 @@ Range WholeFlash(Camera& camera, std::optional<std::uint64_t> told, Output& outp
   if (!size) {
     const FlashSizeFinding finding = FindFlashSize(camera);
     if (!finding.size) {
-      throw Failure(ExitCode::kUsage, Format("the flash's size {}", finding.text),
-                    "Say it with --flash-size, or give a range such as 0+1M.");
+      throw Failure(ExitCode::kUsage, Format("the flash's size is {}", finding.text),
+                    "Give it with --flash-size, or give a range such as 0+1M.");
     }
     output.Note(Format("the flash {}", finding.text));
     size = finding.size;

@@ -15,7 +15,7 @@ namespace borvanusb {
 // What is known of the flash's end before a command works on a part of it.
 struct FlashEnd {
   std::optional<std::uint64_t> size;  // bytes; nothing when it is not known
-  std::string reason;                 // how it is known: "--flash-size says so"
+  std::string reason;                 // how it is known: "from --flash-size"
 };
 
 // Whether the flash ends before `end`, one past the last address of a part: as `told` by

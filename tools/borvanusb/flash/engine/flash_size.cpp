@@ -192,8 +192,8 @@ FlashSizeFinding NothingToTell(const Base& base) {
     return {std::nullopt, {}};
   }
   return {std::nullopt, base.words.empty()
-                            ? "can't be told: the first 64 KiB are blank"
-                            : "can't be told: the first 64 KiB hold too few different words"};
+                            ? "unknown: the first 64 KiB are blank"
+                            : "unknown: the first 64 KiB hold too few different words"};
 }
 
 }  // namespace
@@ -211,7 +211,7 @@ FlashSizeFinding FindFlashSize(Camera& camera) {
   }
   FlashSizeFinding finding = NothingToTell(base);
   if (finding.text.empty()) {
-    finding.text = Format("can't be told: no address up to {} wraps or fails", ShortSize(kLargest));
+    finding.text = Format("unknown: no address up to {} wraps or fails", ShortSize(kLargest));
   }
   return finding;
 }
@@ -236,7 +236,7 @@ FlashSizeFinding FindFlashEndBefore(Camera& camera, std::uint64_t end,
     if (std::has_single_bit(size) && SilentFrom(camera, size)) {
       return Silence(size);
     }
-    return {std::nullopt, Format("can't be told: all words from {} on read 0", Hex(size))};
+    return {std::nullopt, Format("unknown: all words from {} on read 0", Hex(size))};
   }
   return NothingToTell(base);
 }

@@ -98,7 +98,7 @@ class Judge {
     const bool same_path = journal.camera == request_.camera;
     if (!request_.sectors.Holds(sector)) {
       if (same_path) {
-        recovery_.notes.push_back(Format("{}, is left as it is; {} holds the bytes beside it in {}",
+        recovery_.notes.push_back(Format("{}, stays unfinished; {} holds the bytes beside it in {}",
                                          WorkText(journal), entry.file, Text(sector)));
       }
       return;
@@ -350,8 +350,8 @@ class Judge {
   [[noreturn]] static void Ask(const Entry& entry, const std::string& why) {
     throw Failure(
         ExitCode::kFile,
-        Format("{} belongs to {}, and it is not clear whether that was with this camera: {}",
-               entry.file, WorkText(entry.journal), why),
+        Format("{} belongs to {}, and it is unknown whether that was this camera: {}", entry.file,
+               WorkText(entry.journal), why),
         Format("If it was this camera, and nothing was programmed there since, add --journal {}: "
                "the bytes beside the image come from it.\n"
                "Otherwise add --journal none: the sector keeps the bytes it holds, and the journal "
