@@ -1,9 +1,9 @@
 #!/usr/bin/env bash
-# Shows the whole way on a machine with Debian 12 and nothing else, no camera and no Windows either:
-# builds everything, plugs in two virtual cameras, fills one's flash with other bytes, programs a
-# real firmware image over them with borvanusb, reads it back and compares; then loads lists of
-# settings into its sensor and its chip and looks whether they arrived.
-# Usage: demo.sh [--large]; --large takes an image of 3.5 MiB in place of one of 256 KiB.
+# Shows the main job on a machine with Debian 12, without a camera and without Windows: builds
+# everything, plugs in two virtual cameras, fills the flash of one with other bytes, programs a real
+# firmware image over them with borvanusb, reads it back and compares. Then it loads lists of settings
+# into sensor and chip and checks that they arrived.
+# Usage: demo.sh [--large]; --large programs an image of 3.5 MiB instead of one of 256 KiB.
 # Exits with 0 only if image and flash are identical and sensor and chip hold what the lists say.
 set -euo pipefail
 cd "$(dirname "$0")/.."
@@ -53,9 +53,13 @@ fail() {
   exit 1
 }
 
+is_installed() {
+  [ "$(dpkg-query -W -f '${db:Status-Status}' "$1" 2>/dev/null)" = installed ]
+}
+
 # Without root nothing is installed; the line to run is shown instead.
 install_image() {
-  if [ "$(dpkg-query -W -f '${db:Status-Status}' "$package" 2>/dev/null)" = installed ]; then
+  if is_installed "$package"; then
     return
   fi
   if [ "$(id -u)" -ne 0 ]; then
@@ -69,9 +73,56 @@ install_image() {
   } >"$folder/install.log" 2>&1 || fail "can't install $package, see $folder/install.log"
 }
 
+# What the demo is about to do, before it does anything that takes long.
+announce() {
+  local missing build
+  missing=$(scripts/packages.sh --missing)
+  is_installed "$package" || [[ " $missing " == *" $package "* ]] || missing="$missing $package"
+  build="only what changed since the last build"
+  [ -f build/windows/bin/borvanusb.exe ] || build="everything, some minutes at the first run"
+  echo "This demo"
+  echo "  installs  ${missing:-no packages: all are there}"
+  echo "  builds    the library, the tool and the virtual cameras into build/windows: $build"
+  echo "  writes    build/demo, build/windows, build/wine-prefix; no real camera is touched"
+  echo "  shows     a firmware image programmed into a virtual camera and read back, and lists of"
+  echo "            settings loaded into sensor and chip; less than a minute after the build"
+}
+
+# Shows how far the build is: on a terminal ninja's status in one line, elsewhere a line for each stage
+# and for each quarter of the build. All output goes to the log.
+show_build() {
+  local line width last=-1 done_steps total quarter
+  width=$(($(tput cols 2>/dev/null || echo 80) - 12))
+  while IFS= read -r line; do
+    printf '%s\n' "$line" >>"$folder/build.log"
+    if [ -t 1 ]; then
+      printf '\r\e[K%4d s  %s' "$SECONDS" "${line:0:width}"
+      continue
+    fi
+    case $line in
+      '== '* | 'Installing: '*)
+        printf '%4d s  %s\n' "$SECONDS" "$line"
+        ;;
+      '['*/*']'*)
+        done_steps=${line#\[} done_steps=${done_steps%%/*}
+        total=${line#*/} total=${total%%\]*}
+        [[ $done_steps =~ ^[0-9]+$ && $total =~ ^[1-9][0-9]*$ ]] || continue
+        quarter=$((done_steps * 4 / total))
+        if [ "$quarter" -gt "$last" ]; then
+          last=$quarter
+          printf '%4d s  built %d of %d\n' "$SECONDS" "$done_steps" "$total"
+        fi
+        ;;
+    esac
+  done
+  if [ -t 1 ]; then
+    printf '\r\e[K'
+  fi
+}
+
 with_cameras() { scripts/with_cameras.sh --config "$folder/cameras.json" "$@"; }
 
-# The tool, with the command line shown above what it says.
+# The tool; the command line is shown above its output.
 borvanusb() {
   echo "\$ borvanusb $*"
   with_cameras borvanusb.exe "$@"
@@ -80,16 +131,20 @@ borvanusb() {
 mkdir -p "$folder"
 rm -f "$folder"/*.bin "$folder"/*.journal "$text_dump" "$trace"
 
+announce
+
 heading "1. Build the library, the tool and the virtual cameras"
 SECONDS=0
-if ! scripts/build.sh windows >"$folder/build.log" 2>&1; then
+: >"$folder/build.log"
+# With pipefail the build's own failure counts.
+if ! scripts/build.sh windows 2>&1 | show_build; then
   tail -n 20 "$folder/build.log"
   fail "the build failed, see $folder/build.log"
 fi
 install_image
 echo "done in $SECONDS s; the image is $image, $(stat -c %s "$image") bytes"
 
-# The demo's own copy of the two cameras writes down every transfer.
+# The demo uses its own copy of the two cameras, which records every transfer.
 jq '.cameras[].trace = "trace.jsonl"' virtual_camera/configurations/demo.json \
   >"$folder/cameras.json"
 
@@ -101,7 +156,7 @@ heading "3. Fill the flash region with other bytes, so that a missing erase woul
 cp "$image" "$firmware" # the tool keeps what it needs beside the image
 size=$(stat -c %s "$firmware")
 head -c "$size" /dev/urandom >"$folder/other.bin"
-# What the blank flash can't tell, its size, is said.
+# The size of a blank flash can't be found out, so it is given.
 program=(flash program --address "$address" --camera "$camera" --flash-size "$flash_size")
 borvanusb "${program[@]}" "$folder/other.bin" --no-backup ||
   fail "the other bytes can't be programmed"
@@ -112,8 +167,8 @@ borvanusb "${program[@]}" "$firmware" --backup "$backup" ||
   fail "the image can't be programmed"
 cmp "$folder/other.bin" "$backup" || fail "the backup does not hold the old bytes"
 
-heading "5. What the camera was asked for meanwhile"
-# Each transfer in words comes first, hundreds of thousands of lines with --large; the table last,
+heading "5. The transfers that the camera received meanwhile"
+# Each transfer in words comes first, hundreds of thousands of lines with --large; the table is last,
 # behind an empty line.
 with_cameras virtual-camera.exe trace "$trace" >"$folder/trace.txt" ||
   fail "the trace can't be read"
@@ -131,7 +186,7 @@ cmp "$image" "$dump" || fail "image and flash differ"
 
 heading "7. Load settings into the sensor from the list $sensor_list"
 # Without power the camera forgets what a former run left in it.
-with_cameras virtual-camera.exe power-cycle "$camera" || fail "the power can't be taken away"
+with_cameras virtual-camera.exe power-cycle "$camera" || fail "the power cycle failed"
 borvanusb i2c load "$sensor_list" --verify --camera "$camera" || fail "the list can't be loaded"
 # The list's registers as the tool shows them, without the two lines that choose the sensor; and a
 # script that reads each of them.
@@ -152,3 +207,9 @@ borvanusb reg diff "$chip_list" camera --camera "$camera" || fail "the chip does
 
 heading "DEMO OK: the flash holds the image, $size bytes compared with cmp, all equal;" \
   "sensor and chip hold the lists"
+echo
+echo "Next, try:"
+echo "  scripts/with_cameras.sh borvanusb.exe info --camera 0              # look at a camera"
+echo "  scripts/with_cameras.sh borvanusb.exe flash program --help         # the options of a command"
+echo "  scripts/with_cameras.sh borvanusb.exe watch --reg 0x1a3 --camera 0 --count 5   # poll a register"
+echo "docs/tool.md is the guide to the tool."

@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # Installs the Debian 12 packages that building, testing and the demo need; does nothing when all
-# are there. Without root it prints the command to run and fails. Usage: packages.sh
+# are there. Without root it prints the command to run and fails.
+# Usage: packages.sh [--missing]; --missing prints the names of the missing packages and installs nothing.
 set -euo pipefail
 
 # The one list of what a machine needs.
@@ -26,6 +27,10 @@ for package in "${packages[@]}"; do
   status=$(dpkg-query -W -f '${db:Status-Status}' "$package" 2>/dev/null || true)
   [ "$status" = installed ] || missing+=("$package")
 done
+if [ "${1-}" = --missing ]; then
+  echo "${missing[*]-}"
+  exit 0
+fi
 [ ${#missing[@]} -gt 0 ] || exit 0
 
 if [ "$(id -u)" -ne 0 ]; then

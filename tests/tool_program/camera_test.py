@@ -1,5 +1,6 @@
 #!/usr/bin/python3
 """Finding and looking at cameras: list, info, doctor, and every way to choose the wrong one."""
+import json
 import os
 import signal
 import subprocess
@@ -11,6 +12,14 @@ from station import camera
 
 class ListTest(station.ToolTest):
     """borvanusb list."""
+
+    def test_guide_shows_the_cameras_of_its_configuration(self):
+        shipped = station.ROOT / "virtual_camera/configurations/guide.json"
+        self.plug_in(*json.loads(shipped.read_text(encoding="utf-8"))["cameras"])
+        guide = (station.ROOT / "docs/tool.md").read_text(encoding="utf-8")
+        shown = guide.split("```console\n$ borvanusb list\n", 1)[1].split("```", 1)[0]
+        self.assertEqual(3, len(shown.splitlines()))
+        self.assertEqual(shown, self.succeed("list").out)
 
     def test_shows_each_camera_with_index_ids_name_and_path(self):
         self.plug_in(camera(0), camera(1))
