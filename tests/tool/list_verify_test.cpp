@@ -38,6 +38,7 @@ TEST_F(ListVerifyTest, RegistersThatHoldTheListAreToldSo) {
   EXPECT_EQ(desk_.result["compared"], 2);
   EXPECT_EQ(desk_.result["wrong"].dump(), "[]");
   EXPECT_EQ(desk_.progress.bars.back().stage, "verify");
+  EXPECT_EQ(desk_.progress.bars.back().unit, ProgressUnit::kRegisters);
   EXPECT_TRUE(desk_.progress.bars.back().complete);
 }
 
@@ -134,6 +135,7 @@ TEST_F(ListVerifyTest, EachSlaveIsReadInItsWidth) {
   EXPECT_EQ(desk_.result["compared"], 3);
   EXPECT_EQ(desk_.result["wrong"].dump(),
             R"([{"slave":72,"mode":"8/8","address":18,"expected":91,"found":92}])");
+  EXPECT_EQ(desk_.progress.bars.back().unit, ProgressUnit::kRegisters);
 }
 
 TEST_F(ListVerifyTest, ListOfAWideModeIsReadBackToo) {

@@ -95,7 +95,7 @@ nlohmann::ordered_json JsonOf(const WrongRegister& wrong) {
 
 ReadBack ReadBackRegisters(const RegisterValues& written, Camera& camera, Context& context) {
   ReadBack read_back;
-  context.progress.Begin("verify", written.size());
+  context.progress.Begin("verify", written.size(), ProgressUnit::kRegisters);
   WhileWritten([&] {
     for (const Range& row : RowsOf(written)) {
       const std::vector<std::uint32_t> values = ReadRow(row, camera);
@@ -123,7 +123,7 @@ ReadBack ReadBackI2c(const WrittenI2cRegisters& written, std::uint32_t option, C
                line, Hex(place.address, 2), Hex(place.slave, 2)));
   }
   ReadBack read_back;
-  context.progress.Begin("verify", written.values.size());
+  context.progress.Begin("verify", written.values.size(), ProgressUnit::kRegisters);
   WhileWritten([&] {
     for (const auto& [place, expected] : written.values) {
       const std::uint32_t found = camera.ReadI2c({place.slave, place.mode, option}, place.address);
