@@ -34,6 +34,9 @@ ALLOWED = {
     "borvanusb/command": ["include", "borvanusb/base", "borvanusb/camera", "borvanusb/output"],
     "borvanusb/registers": ["borvanusb/base", "borvanusb/camera", "borvanusb/command",
                             "borvanusb/output"],
+    # The reader is text in, values out; command, camera and output are for the command check.cpp.
+    "borvanusb/maps": ["borvanusb/base", "borvanusb/camera", "borvanusb/command",
+                       "borvanusb/output"],
     "borvanusb/i2c": ["include", "borvanusb/base", "borvanusb/camera", "borvanusb/command",
                       "borvanusb/output", "borvanusb/registers"],
     # What is done to a flash, without a command line; its remarks and bars go through the interfaces

@@ -225,6 +225,7 @@ TEST(CommandLineErrorsTest, CommonOptionThatWouldBeIgnoredIsRefused) {
                                                  {"i2c", "write", "1", "2", "--slave", "1"},
                                                  {"watch", "--reg", "1"},
                                                  {"completion", "bash"},
+                                                 {"map", "check", "a.svd"},
                                                  {"manual"}}) {
     Words words = command;
     words.insert(words.end(), {"--progress", "none"});

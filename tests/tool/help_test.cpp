@@ -79,7 +79,7 @@ TEST(HelpTest, OverviewNamesEveryCommandAndCommonOption) {
   EXPECT_THAT(help, StartsWith("borvanusb 0.1.0: "));
   ExpectNarrow(help);
   const ToolDescription tool = DescribeTool();
-  EXPECT_EQ(tool.commands.size(), 25U);
+  EXPECT_EQ(tool.commands.size(), 26U);
   for (const CommandDescription& command : tool.commands) {
     std::string words = "\n ";
     for (const std::string& word : command.words) {

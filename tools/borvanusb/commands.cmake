@@ -42,6 +42,9 @@ borvanusb_add_command(flash/map FlashMapRule)
 borvanusb_add_command(flash/program FlashProgramRule)
 borvanusb_add_command(flash/verify FlashVerifyRule)
 
+set(group "Register maps")
+borvanusb_add_command(maps/check MapCheckRule)
+
 set(group "Watching and measuring")
 borvanusb_add_command(station/watch WatchRule)
 borvanusb_add_command(station/bench BenchRule)

@@ -1,0 +1,56 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <utility>
+#include <vector>
+
+#include "maps/register_map.h"
+#include "maps/svd_values.h"
+
+namespace borvanusb {
+
+// Makes the forms of registers: each once for all registers that share it.
+class FormBuilder {
+ public:
+  FormBuilder(const SvdTree& tree, const SvdValues& values, const MapLimits& limits,
+              MapStorage& storage)
+      : tree_(tree), values_(values), limits_(limits), storage_(storage), made_(tree.size()) {}
+
+  // The form of a register in a place that hands down these properties.
+  const MapRegisterForm& FormOf(std::uint32_t id, const SvdProperties& inherited);
+
+ private:
+  // What was made of an element last.
+  struct Made {
+    SvdProperties inherited;
+    const MapRegisterForm* form = nullptr;
+    const MapEnumeration* enumeration = nullptr;
+    MapValueList* values = nullptr;
+  };
+  struct Place {
+    std::optional<std::uint64_t> offset;
+    std::optional<std::uint64_t> width;
+  };
+
+  void AddFields(std::uint32_t id, MapRegisterForm& form);
+  void AddField(std::uint32_t id, const MapRegisterForm& of, MapRegisterForm& form);
+  void AddEnumerations(std::uint32_t id, MapField& field);
+  void CheckValues(std::uint32_t id, const MapField& field, MapValueList& list) const;
+  void CheckFields(std::uint32_t id, const MapRegisterForm& form) const;
+  MapValueList* ValuesOf(std::uint32_t id);
+  void CheckOverlaps(std::uint32_t id, const MapRegisterForm& form);
+  const MapEnumeration& EnumerationOf(std::uint32_t id);
+  void AddValue(const SvdNode& node, MapValueList& list) const;
+  Place PlaceOf(std::uint32_t id) const;
+
+  const SvdTree& tree_;
+  const SvdValues& values_;
+  const MapLimits& limits_;
+  MapStorage& storage_;
+  std::vector<Made> made_;
+  std::vector<std::uint64_t> readable_;
+  std::vector<std::uint64_t> writable_;
+};
+
+}  // namespace borvanusb

@@ -1,0 +1,27 @@
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <nlohmann/json_fwd.hpp>
+#include <string>
+#include <string_view>
+
+#include "maps/register_map.h"
+
+namespace borvanusb {
+
+struct MapCounts {
+  std::uint64_t peripherals = 0;
+  std::uint64_t registers = 0;
+  std::uint64_t fields = 0;
+  std::uint64_t values = 0;  // enumerated ones
+};
+MapCounts CountsOf(const RegisterMap& map);
+
+// A map as lines: one for each register, its fields below it.
+void PrintMap(const RegisterMap& map, const std::function<void(std::string_view)>& line);
+
+// The peripherals of a map with all that is in them.
+nlohmann::ordered_json MapJson(const RegisterMap& map);
+
+}  // namespace borvanusb

@@ -1,0 +1,98 @@
+#include "maps/read_svd.h"
+
+#include <memory>
+#include <rapidxml/rapidxml.hpp>
+#include <utility>
+
+#include "base/format.h"
+#include "base/numbers.h"
+#include "maps/map_builder.h"
+#include "maps/map_storage.h"
+#include "maps/svd_tree.h"
+#include "maps/xml_guard.h"
+
+namespace borvanusb {
+
+namespace {
+
+constexpr std::string_view kUtf8Mark = "\xEF\xBB\xBF";
+// Views into the text, which stays as it is: lines are counted in it.
+constexpr int kInPieces = rapidxml::parse_non_destructive;
+constexpr int kWhole = rapidxml::parse_non_destructive | rapidxml::parse_no_data_nodes;
+
+using Document = rapidxml::xml_document<char>;
+
+void CheckText(std::string& text, const MapLimits& limits) {
+  if (text.size() > limits.bytes) {
+    throw SvdError(0, Format("the file has {}; allowed are up to {}", SizeText(text.size()),
+                             SizeText(limits.bytes)));
+  }
+  const std::string_view start = std::string_view(text).substr(0, 4);
+  if (start.starts_with("\xFF\xFE") || start.starts_with("\xFE\xFF") ||
+      start == std::string_view("<\0?\0", 4) || start == std::string_view("\0<\0?", 4)) {
+    throw SvdError(0, "the file is UTF-16, which can't be read: save it as UTF-8");
+  }
+  if (const std::size_t zero = text.find('\0'); zero != std::string::npos) {
+    throw SvdError(LineAt(text, zero), "a zero byte; allowed is text in UTF-8");
+  }
+  if (text.starts_with(kUtf8Mark)) {
+    // Blanks, so that all that follows keeps its place.
+    text.replace(0, kUtf8Mark.size(), kUtf8Mark.size(), ' ');
+  }
+}
+
+void DoubtEncoding(MapStorage& storage) {
+  std::string_view text = storage.text;
+  text = text.substr(0, text.find("?>"));
+  const std::size_t place = text.find("encoding=");
+  if (text.find("<?xml") == std::string_view::npos || place == std::string_view::npos) {
+    return;
+  }
+  text.remove_prefix(place + std::string_view("encoding=").size());
+  const char quote = text.empty() ? '"' : text.front();
+  const std::string_view name = text.substr(1, text.find(quote, 1) - 1);
+  for (const std::string_view known :
+       {"UTF-8", "utf-8", "Utf-8", "US-ASCII", "us-ascii", "ASCII"}) {
+    if (name == known) {
+      return;
+    }
+  }
+  storage.doubts.Add({.kind = SvdDoubtKind::kEncoding,
+                      .offset = static_cast<std::uint32_t>(place),
+                      .first = name});
+}
+
+void Parse(std::string& text, bool pieces, Document& document) {
+  try {
+    if (pieces) {
+      document.parse<kInPieces>(text.data());
+    } else {
+      document.parse<kWhole>(text.data());
+    }
+  } catch (const rapidxml::parse_error& error) {
+    const auto offset = static_cast<std::size_t>(error.where<char>() - text.data());
+    throw SvdError(LineAt(text, offset),
+                   Format("the file is no XML here: {}; allowed are comments and one element "
+                          "<device>",
+                          error.what()));
+  }
+}
+
+}  // namespace
+
+RegisterMap ReadSvd(std::string text, const MapLimits& limits) {
+  RegisterMap map;
+  MapStorage& storage = *map.storage;
+  storage.text = std::move(text);
+  CheckText(storage.text, limits);
+  const XmlFacts facts = CheckXml(storage.text, limits);
+  const auto document = std::make_unique<Document>();
+  Parse(storage.text, facts.pieces, *document);
+  DoubtEncoding(storage);
+  const SvdTree tree(*document, facts.pieces, limits, storage);
+  BuildMap(tree, limits, map);
+  CheckMap(map);
+  return map;
+}
+
+}  // namespace borvanusb

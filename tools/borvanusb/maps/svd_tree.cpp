@@ -1,0 +1,218 @@
+#include "maps/svd_tree.h"
+
+#include <algorithm>
+#include <bit>
+#include <string>
+
+#include "base/format.h"
+#include "maps/svd_numbers.h"
+#include "maps/xml_guard.h"
+
+namespace borvanusb {
+
+namespace {
+
+constexpr std::uint64_t kLists =
+    TagBit(SvdTag::kPeripherals) | TagBit(SvdTag::kRegisters) | TagBit(SvdTag::kFields);
+constexpr std::uint64_t kWithChildren = TagBit(SvdTag::kPeripheral) | TagBit(SvdTag::kCluster) |
+                                        TagBit(SvdTag::kRegister) | TagBit(SvdTag::kField) |
+                                        TagBit(SvdTag::kEnumeratedValues);
+// Of which an element may have several.
+constexpr std::uint64_t kRepeated =
+    TagBit(SvdTag::kAddressBlock) | TagBit(SvdTag::kEnumeratedValue);
+
+std::string_view NameText(const SvdNode& node) {
+  return {node.name(), node.name_size()};
+}
+
+SvdKind KindOf(SvdTag tag) {
+  switch (tag) {
+    case SvdTag::kPeripheral:
+      return SvdKind::kPeripheral;
+    case SvdTag::kCluster:
+      return SvdKind::kCluster;
+    case SvdTag::kRegister:
+      return SvdKind::kRegister;
+    case SvdTag::kField:
+      return SvdKind::kField;
+    default:
+      return SvdKind::kEnumeration;
+  }
+}
+
+// What a list may hold.
+std::uint64_t TagsInList(SvdTag list) {
+  switch (list) {
+    case SvdTag::kPeripherals:
+      return TagBit(SvdTag::kPeripheral);
+    case SvdTag::kRegisters:
+      return TagBit(SvdTag::kRegister) | TagBit(SvdTag::kCluster);
+    default:
+      return TagBit(SvdTag::kField);
+  }
+}
+
+}  // namespace
+
+SvdTree::SvdTree(const SvdNode& document, bool pieces, const MapLimits& limits, MapStorage& storage)
+    : pieces_(pieces), limits_(limits), storage_(storage) {
+  const SvdNode* root = nullptr;
+  for (const SvdNode* node = document.first_node(); node != nullptr; node = node->next_sibling()) {
+    if (node->type() != rapidxml::node_element) {
+      continue;
+    }
+    if (root != nullptr || NameText(*node) != "device") {
+      Fail(*node, "a register map in CMSIS-SVD is one element <device>");
+    }
+    root = node;
+  }
+  if (root == nullptr) {
+    throw SvdError(0, "there is no element; a register map in CMSIS-SVD is one element <device>");
+  }
+  Add(SvdKind::kDevice, *root, SvdElement::kNone);
+  if (elements_.front().first_child == SvdElement::kNone) {
+    Fail(*root, "no <peripherals> with a <peripheral> in it");
+  }
+  if (derives_) {
+    Derive();
+  }
+}
+
+void SvdTree::Fail(const SvdNode& node, const std::string& why) const {
+  const std::string_view name = NameText(node);
+  throw SvdError(LineAt(storage_.text, OffsetOf(node)),
+                 Format("<{}>: {}", name.substr(0, std::size_t{40}), why));
+}
+
+std::uint32_t SvdTree::Add(SvdKind kind, const SvdNode& node, std::uint32_t parent) {
+  const auto id = static_cast<std::uint32_t>(elements_.size());
+  elements_.emplace_back();
+  const std::size_t first_pending = pending_.size();
+  present_ = 0;
+  TakeChildren(kind, node, TagsAllowedIn(kind));
+
+  SvdElement& element = elements_.back();
+  element.kind = kind;
+  element.node = &node;
+  element.parent = parent;
+  element.present = present_;
+  element.first_slot = static_cast<std::uint32_t>(slots_.size());
+  for (std::uint64_t rest = present_; rest != 0; rest &= rest - 1) {
+    slots_.push_back(found_[static_cast<std::size_t>(std::countr_zero(rest))]);
+  }
+  if ((present_ & TagBit(SvdTag::kName)) != 0) {
+    element.name = Text(*found_[static_cast<std::size_t>(SvdTag::kName)]);
+  }
+  for (const auto* attribute = node.first_attribute(); attribute != nullptr;
+       attribute = attribute->next_attribute()) {
+    if (std::string_view(attribute->name(), attribute->name_size()) == "derivedFrom") {
+      element.derived_from = TrimmedSvd({attribute->value(), attribute->value_size()});
+      derives_ = true;
+    }
+  }
+
+  for (std::size_t i = first_pending; i < pending_.size(); ++i) {
+    const SvdNode& child = *pending_[i];
+    const std::uint32_t child_id = Add(KindOf(SvdTagOf(NameText(child))), child, id);
+    SvdElement& own = elements_[id];
+    (own.first_child == SvdElement::kNone ? own.first_child : elements_[own.last_child].next) =
+        child_id;
+    own.last_child = child_id;
+  }
+  pending_.resize(first_pending);
+  return id;
+}
+
+void SvdTree::TakeChildren(SvdKind kind, const SvdNode& node, std::uint64_t allowed) {
+  for (const SvdNode* child = node.first_node(); child != nullptr; child = child->next_sibling()) {
+    if (child->type() != rapidxml::node_element) {
+      continue;
+    }
+    const SvdTag tag = SvdTagOf(NameText(*child));
+    const std::uint64_t bit = TagBit(tag);
+    if ((bit & allowed) == 0) {
+      storage_.doubts.Add({.kind = SvdDoubtKind::kUnknownElement,
+                           .offset = OffsetOf(*child),
+                           .first = NameText(*child),
+                           .second = NameText(node)});
+    } else if ((bit & kWithChildren) != 0) {
+      pending_.push_back(child);
+    } else if ((bit & kLists) != 0) {
+      TakeChildren(kind, *child, TagsInList(tag));
+    } else if (tag != SvdTag::kSkipped) {
+      TakeSlot(kind, tag, *child);
+    }
+  }
+}
+
+void SvdTree::TakeSlot(SvdKind kind, SvdTag tag, const SvdNode& node) {
+  if ((present_ & TagBit(tag)) == 0) {
+    present_ |= TagBit(tag);
+    found_[static_cast<std::size_t>(tag)] = &node;
+  } else if ((TagBit(tag) & kRepeated) == 0) {
+    const bool named = (present_ & TagBit(SvdTag::kName)) != 0;
+    storage_.doubts.Add(
+        {.kind = SvdDoubtKind::kTwice,
+         .offset = OffsetOf(node),
+         .first = NameOf(tag),
+         .second = NameOf(kind),
+         .third = named ? Text(*found_[static_cast<std::size_t>(SvdTag::kName)]) : ""});
+  }
+}
+
+const SvdNode* SvdTree::OwnSlot(const SvdElement& element, SvdTag tag) const {
+  const std::uint64_t before = element.present & (TagBit(tag) - 1);
+  return slots_[element.first_slot + static_cast<std::uint32_t>(std::popcount(before))];
+}
+
+std::string_view SvdTree::Text(const SvdNode& node) const {
+  std::string_view text = {node.value(), node.value_size()};
+  if (pieces_ && node.first_node() != nullptr && node.first_node() != node.last_node()) {
+    std::string whole;
+    for (const SvdNode* part = node.first_node(); part != nullptr; part = part->next_sibling()) {
+      if (part->type() == rapidxml::node_data || part->type() == rapidxml::node_cdata) {
+        whole.append(part->value(), part->value_size());
+      }
+    }
+    text = storage_.arena.Copy(whole);
+  } else if (pieces_ && node.first_node() != nullptr &&
+             node.first_node()->type() == rapidxml::node_cdata) {
+    text = {node.first_node()->value(), node.first_node()->value_size()};
+  }
+  text = TrimmedSvd(text);
+  if (text.find('&') != std::string_view::npos) {
+    text = storage_.arena.Copy(PlainText({text}));
+  }
+  return text;
+}
+
+std::string_view SvdTree::SlotText(std::uint32_t id, SvdTag tag) const {
+  const SvdNode* const node = Slot(id, tag);
+  return node == nullptr ? std::string_view() : Text(*node);
+}
+
+MapText SvdTree::RawText(std::uint32_t id, SvdTag tag) const {
+  const SvdNode* const node = Slot(id, tag);
+  return node == nullptr ? MapText() : RawText(*node);
+}
+
+MapText SvdTree::RawText(const SvdNode& node) const {
+  if (!pieces_) {
+    return {{node.value(), node.value_size()}};
+  }
+  // A reference in CDATA is none.
+  std::string whole;
+  for (const SvdNode* part = node.first_node(); part != nullptr; part = part->next_sibling()) {
+    const std::string_view text = {part->value(), part->value_size()};
+    if (part->type() == rapidxml::node_data) {
+      whole += text;
+    } else if (part->type() == rapidxml::node_cdata) {
+      for (const char character : text) {
+        whole += character == '&' ? std::string("&amp;") : std::string(1, character);
+      }
+    }
+  }
+  return {storage_.arena.Copy(whole)};
+}
+
+}  // namespace borvanusb

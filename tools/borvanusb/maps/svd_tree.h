@@ -1,0 +1,101 @@
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <rapidxml/rapidxml.hpp>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "maps/map_storage.h"
+#include "maps/read_svd.h"
+#include "maps/svd_tags.h"
+
+namespace borvanusb {
+
+using SvdNode = rapidxml::xml_node<char>;
+
+// An element of the file that has children or can be derived.
+struct SvdElement {
+  static constexpr std::uint32_t kNone = 0xFFFFFFFF;
+
+  SvdKind kind = SvdKind::kDevice;
+  std::uint32_t parent = kNone;
+  std::uint32_t first_child = kNone;
+  std::uint32_t last_child = kNone;
+  std::uint32_t next = kNone;       // of the same parent
+  std::uint32_t same_hash = kNone;  // the next one in a list of names
+  std::uint32_t base = kNone;       // that it is derived from
+  std::uint32_t first_slot = 0;
+  std::uint64_t present = 0;  // its simple elements, as bits of SvdTag
+  std::string_view name;
+  std::string_view derived_from;
+  const SvdNode* node = nullptr;
+};
+
+// The elements of a file, with what each inherits by derivedFrom.
+class SvdTree {
+ public:
+  // Throws SvdError. `document` is of `storage.text`; `pieces` as in XmlFacts.
+  SvdTree(const SvdNode& document, bool pieces, const MapLimits& limits, MapStorage& storage);
+
+  const SvdElement& operator[](std::uint32_t id) const { return elements_[id]; }
+  std::size_t size() const { return elements_.size(); }
+
+  // The simple element of an element, its own or else that of what it is derived from; or null.
+  const SvdNode* Slot(std::uint32_t id, SvdTag tag) const {
+    do {
+      const SvdElement& element = elements_[id];
+      if ((element.present & TagBit(tag)) != 0) {
+        return OwnSlot(element, tag);
+      }
+      id = element.base;
+    } while (id != SvdElement::kNone);
+    return nullptr;
+  }
+  const SvdNode* OwnSlot(const SvdElement& element, SvdTag tag) const;
+  // The text in an element, without blanks around it.
+  std::string_view Text(const SvdNode& node) const;
+  std::string_view SlotText(std::uint32_t id, SvdTag tag) const;
+  // The same as the file has it.
+  MapText RawText(const SvdNode& node) const;
+  MapText RawText(std::uint32_t id, SvdTag tag) const;
+
+  // The children that a map shows: inherited ones, then its own, which replace inherited ones of
+  // the same name.
+  std::vector<std::uint32_t> Children(std::uint32_t id) const;
+
+  std::uint32_t OffsetOf(const SvdNode& node) const {
+    return static_cast<std::uint32_t>(node.name() - storage_.text.data());
+  }
+  std::uint32_t OffsetOf(std::uint32_t id) const { return OffsetOf(*elements_[id].node); }
+  [[noreturn]] void Fail(const SvdNode& node, const std::string& why) const;
+
+ private:
+  std::uint32_t Add(SvdKind kind, const SvdNode& node, std::uint32_t parent);
+  void TakeChildren(SvdKind kind, const SvdNode& node, std::uint64_t allowed);
+  void TakeSlot(SvdKind kind, SvdTag tag, const SvdNode& node);
+
+  // svd_derivation.cpp
+  void Derive();
+  void FindBase(std::uint32_t id, const std::vector<std::uint32_t>& heads, std::uint64_t& steps);
+  bool LiesOnPath(std::uint32_t id, std::string_view path) const;
+  std::uint32_t Nearness(std::uint32_t id, std::uint32_t other) const;
+  void RefuseCircles(std::uint32_t id) const;
+
+  bool pieces_;
+  bool derives_ = false;
+  const MapLimits& limits_;
+  MapStorage& storage_;
+  std::vector<SvdElement> elements_;
+  std::vector<const SvdNode*> slots_;
+  // Of the element that is being read.
+  std::vector<const SvdNode*> pending_;
+  std::array<const SvdNode*, 64> found_ = {};
+  std::uint64_t present_ = 0;
+};
+
+// A name without the place of its index: "CH[%s]" as "CH".
+std::string_view NameWithoutIndex(std::string_view name);
+
+}  // namespace borvanusb
