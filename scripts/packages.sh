@@ -15,7 +15,9 @@ packages=(
   # running Windows programs
   wine wine64
   # checks
-  clang-format clang-tidy shellcheck pylint python3 doxygen
+  clang-format clang-tidy shellcheck pylint python3
+  # the documentation as a site
+  doxygen python3-markdown python3-pygments libjs-lunr
   # benchmarks: a peer to compare with
   flashrom
   # demo: an image to flash, and looking at bytes and answers
