@@ -111,7 +111,7 @@ class StrangerTest(unittest.TestCase):
 
     def test_a_project_adds_the_sources_and_needs_no_packages(self):
         folder = self.project("mingw.cmake", "subdirectory/CMakeLists.txt", "c/program.c")
-        program = self.build_by_cmake(folder, f"-DBORVANUSB_SOURCES={SOURCE}")
+        program = self.build_by_cmake(folder, f"-DBORVANUSB_SOURCES={SOURCE}", "-DCMAKE_BUILD_TYPE=")
         cache = (folder / "build/CMakeCache.txt").read_text(encoding="utf-8")
         self.assertIn("BORVAN_BUILD_TOOLS:BOOL=OFF", cache)
         for package in ("NLOHMANN", "CLI11", "FMT", "GOOGLETEST"):
