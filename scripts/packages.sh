@@ -11,8 +11,8 @@ packages=(
   g++-mingw-w64-x86-64-posix binutils-mingw-w64-x86-64 llvm lld
   # libraries: tests, benchmarks, tools
   googletest libbenchmark-dev nlohmann-json3-dev libcli11-dev libfmt-dev
-  # packages
-  wixl msitools
+  # packages; the promised interface
+  wixl msitools abigail-tools
   # projects that find the installed library
   pkg-config
   # running Windows programs
