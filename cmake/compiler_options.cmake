@@ -3,7 +3,7 @@ add_library(borvan_options INTERFACE)
 target_compile_features(borvan_options INTERFACE cxx_std_20 c_std_11)
 
 if(MSVC)
-  target_compile_options(borvan_options INTERFACE /W4 /WX /permissive- /utf-8 /Zc:__cplusplus)
+  target_compile_options(borvan_options INTERFACE /W4 $<$<BOOL:${PROJECT_IS_TOP_LEVEL}>:/WX> /permissive- /utf-8 /Zc:__cplusplus)
 else()
   target_compile_options(
     borvan_options
@@ -13,7 +13,8 @@ else()
               -Wconversion
               -Wsign-conversion
               -Wshadow
-              -Werror
+              # A project that adds this one may have a compiler with warnings that nobody saw here.
+              $<$<BOOL:${PROJECT_IS_TOP_LEVEL}>:-Werror>
               # GCC 12 takes every insertion before a text for an overlap (its bug 105651).
               $<$<AND:$<CXX_COMPILER_ID:GNU>,$<VERSION_LESS:$<CXX_COMPILER_VERSION>,13>>:-Wno-restrict>
               # Paths of the build folder must not reach the products: two builds from two folders
@@ -63,17 +64,4 @@ function(borvan_targets_below result)
     list(APPEND found ${targets} ${below})
   endforeach()
   set(${result} ${found} PARENT_SCOPE)
-endfunction()
-
-# Header-only packages of the build machine, each reached by a folder that holds nothing else, so
-# that a cross build never sees the whole system include path.
-function(borvan_header_only_package target header_folder)
-  set(folder "${PROJECT_BINARY_DIR}/packages/${target}")
-  if(NOT EXISTS "/usr/include/${header_folder}")
-    message(FATAL_ERROR "/usr/include/${header_folder} is missing: run scripts/build.sh, which installs it")
-  endif()
-  file(MAKE_DIRECTORY "${folder}")
-  file(CREATE_LINK "/usr/include/${header_folder}" "${folder}/${header_folder}" SYMBOLIC)
-  add_library(${target} INTERFACE)
-  target_include_directories(${target} SYSTEM INTERFACE "${folder}")
 endfunction()

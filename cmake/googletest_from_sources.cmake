@@ -1,6 +1,10 @@
 # GoogleTest from Debian's source package, so that the same sources serve every compiler here.
 # borvan_gtest: what a test links; borvan_add_gtest(): a test program and its CTest entry.
 set(BORVAN_GOOGLETEST_DIR "/usr/src/googletest" CACHE PATH "GoogleTest's sources")
+if(NOT EXISTS "${BORVAN_GOOGLETEST_DIR}/CMakeLists.txt")
+  message(FATAL_ERROR "GoogleTest's sources are not in ${BORVAN_GOOGLETEST_DIR}.\n"
+                      "Set BORVAN_GOOGLETEST_DIR to their folder, or BORVAN_BUILD_TESTS to OFF.")
+endif()
 set(INSTALL_GTEST OFF)
 set(gtest_force_shared_crt ON CACHE BOOL "" FORCE)
 add_subdirectory("${BORVAN_GOOGLETEST_DIR}" "${PROJECT_BINARY_DIR}/googletest" EXCLUDE_FROM_ALL)
@@ -19,6 +23,7 @@ target_link_libraries(borvan_gtest INTERFACE gmock gtest)
 if(NOT MSVC)
   set(BORVAN_TEST_OPTIONS -O0 -g0)
 endif()
+borvan_use_json()
 file(WRITE "${PROJECT_BINARY_DIR}/googletest_headers.cpp" "// Carries the precompiled headers.\n")
 add_library(borvan_gtest_headers OBJECT "${PROJECT_BINARY_DIR}/googletest_headers.cpp")
 target_link_libraries(borvan_gtest_headers PRIVATE borvan_options borvan_gtest borvan_nlohmann_json)

@@ -15,5 +15,8 @@ set(CMAKE_FIND_ROOT_PATH_MODE_LIBRARY ONLY)
 set(CMAKE_FIND_ROOT_PATH_MODE_INCLUDE ONLY)
 set(CMAKE_FIND_ROOT_PATH_MODE_PACKAGE ONLY)
 
+# Packages that are headers alone serve every compiler: they come from the build machine, each by itself.
+set(BORVAN_BUILD_MACHINE_INCLUDES /usr/local/include /usr/include)
+
 # CTest runs Windows programs through Wine.
 set(CMAKE_CROSSCOMPILING_EMULATOR "${CMAKE_CURRENT_LIST_DIR}/../scripts/run_with_wine.sh")

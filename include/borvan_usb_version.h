@@ -10,11 +10,11 @@
 /** Major version: it rises when a program must be changed. */
 #define BORVAN_USB_VERSION_MAJOR 0
 /** Minor version: it rises with new functions. */
-#define BORVAN_USB_VERSION_MINOR 1
+#define BORVAN_USB_VERSION_MINOR 2
 /** Patch version: it rises with corrections. */
 #define BORVAN_USB_VERSION_PATCH 0
 /** The version as a text. */
-#define BORVAN_USB_VERSION_TEXT "0.1.0"
+#define BORVAN_USB_VERSION_TEXT "0.2.0"
 
 /** One number for a version, to be compared: 1.2.3 is 1002003. */
 #define BORVAN_USB_VERSION_NUMBER_OF(major_version, minor_version, patch_version) \

@@ -12,6 +12,10 @@ packages=(
   g++-mingw-w64-x86-64-posix binutils-mingw-w64-x86-64 llvm lld
   # libraries: tests, benchmarks, tools
   googletest libbenchmark-dev nlohmann-json3-dev libcli11-dev libfmt-dev librapidxml-dev
+  # packages; the promised interface
+  wixl msitools abigail-tools
+  # projects that find the installed library
+  pkg-config
   # running Windows programs
   wine wine64
   # checks

@@ -6,7 +6,7 @@ The rules stand here alone. What breaks one today is in structure_exceptions.txt
 
 # The folders of our sources, and those among them that hold code of the products' own.
 OUR_FOLDERS = ("include", "src", "virtual_camera", "tools", "examples", "tests", "bench", "fuzz",
-               "cmake", "scripts")
+               "cmake", "packaging", "scripts")
 
 # Where an include with quotation marks may start, after its own folder: the folder of the product
 # that the file belongs to comes before the others.
@@ -67,7 +67,7 @@ ALLOWED = {
                      "tests/support"],
 }
 # Rooms without a line of their own: they hold no part of a product.
-FREE = ("tests", "tests/*", "cmake", "scripts")
+FREE = ("tests", "tests/*", "cmake", "packaging", "packaging/*", "scripts")
 
 # The folders of what is linked into one program: there no two types have the same name.
 PRODUCTS = ("src", "tools/borvanusb", "virtual_camera")

@@ -20,3 +20,6 @@ else()
     SOURCES bash_completion_test.cpp manual_test.cpp powershell_completion_test.cpp
     LIBRARIES borvanusb_test_support)
 endif()
+foreach(test IN ITEMS tool_arguments_test tool_run_test tool_scripts_test)
+  target_compile_definitions(${test} PRIVATE BORVAN_VERSION="${PROJECT_VERSION}")
+endforeach()

@@ -267,7 +267,8 @@ TEST(CommandLineTest, CommandIsKnownByItsWords) {
 }
 
 TEST(CommandLineTest, VersionIsTheProjects) {
-  EXPECT_EQ(std::get<TextAnswer>(ParseCommandLine({"--version"})).text, "borvanusb 0.1.0\n");
+  EXPECT_EQ(std::get<TextAnswer>(ParseCommandLine({"--version"})).text,
+            "borvanusb " BORVAN_VERSION "\n");
 }
 
 TEST(SplitLineTest, WordsStandBetweenBlanks) {

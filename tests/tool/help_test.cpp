@@ -76,7 +76,7 @@ TEST(HelpTest, HelpNeedsNothingElseToBeRight) {
 
 TEST(HelpTest, OverviewNamesEveryCommandAndCommonOption) {
   const std::string help = Help({"--help"});
-  EXPECT_THAT(help, StartsWith("borvanusb 0.1.0: "));
+  EXPECT_THAT(help, StartsWith("borvanusb " BORVAN_VERSION ": "));
   ExpectNarrow(help);
   const ToolDescription tool = DescribeTool();
   EXPECT_EQ(tool.commands.size(), 26U);

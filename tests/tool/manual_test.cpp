@@ -30,8 +30,9 @@ class ManualTest : public testing::Test {
 };
 
 TEST_F(ManualTest, HasTheSectionsOfAManualPage) {
-  EXPECT_THAT(output.out, StartsWith(".TH BORVANUSB 1 \"\" \"borvanusb 0.1.0\"\n.SH NAME\n"
-                                     "borvanusb \\- "));
+  EXPECT_THAT(output.out,
+              StartsWith(".TH BORVANUSB 1 \"\" \"borvanusb " BORVAN_VERSION "\"\n.SH NAME\n"
+                         "borvanusb \\- "));
   std::size_t place = 0;
   for (const char* section : {"NAME", "SYNOPSIS", "DESCRIPTION", "COMMANDS", "OPTIONS",
                               "ENVIRONMENT", "EXIT STATUS", "FILES"}) {

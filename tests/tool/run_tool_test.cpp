@@ -232,7 +232,7 @@ TEST_F(RunToolTest, HelpAndVersionAreAnswersAndNoFailures) {
   EXPECT_THAT(out, HasSubstr("Usage: borvanusb COMMAND"));
   out.clear();
   EXPECT_EQ(Run({"--version"}), 0);
-  EXPECT_EQ(out, "borvanusb 0.1.0\n");
+  EXPECT_EQ(out, "borvanusb " BORVAN_VERSION "\n");
   EXPECT_EQ(err, "");
 }
 
