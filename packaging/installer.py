@@ -18,6 +18,7 @@ UPGRADE_CODE = "{7D3B3E53-5B0C-4E25-9C0C-6B6E8D8C5A41}"
 PARTS = uuid.UUID("5f4f1f0e-93a1-4c58-8d2b-0a3f0a7d6b9e")
 TEMPLATE = pathlib.Path(__file__).with_name("installer.wxs.in")
 README = pathlib.PurePosixPath("README.txt")
+SITE = pathlib.PurePosixPath("share/doc/borvanusb/html")
 CAMERA = pathlib.PurePosixPath("bin/virtual-camera.exe")
 FEATURES = {"TOOL": ("common", "runtime", "tools"), "DEVELOPMENT": ("development",),
             "VIRTUAL_CAMERA": ("virtual-camera",)}
@@ -41,6 +42,8 @@ def menu_entries():
         f'Target="[System64Folder]cmd.exe" Arguments={console} Description="The commands of borvanusb"/>',
         '<Shortcut Id="ReadmeEntry" Directory="MenuFolder" Name="BorvanUSB first steps" '
         'Target="[INSTALLDIR]README.txt" Description="What is installed, and how to start"/>',
+        '<Shortcut Id="DocumentsEntry" Directory="MenuFolder" Name="BorvanUSB documentation" '
+        f'Target="[{symbol("d", SITE)}]index.html" Description="Guide, reference and search"/>',
         '<RegistryValue Root="HKLM" Key="Software\\BorvanUSB" Name="InstallFolder" Type="string" '
         'Value="[INSTALLDIR]"/>',
     ]

@@ -23,6 +23,9 @@ import notices
 HERE = pathlib.Path(__file__).resolve().parent
 COMPONENTS = ("runtime", "development", "tools", "virtual-camera")
 SUMS = "SHA256SUMS"
+SITE = installer.SITE
+# Debian's own, which has the packages that the documentation is made with.
+PYTHON = "/usr/bin/python3"
 
 
 def project_version(root=HERE.parent):
@@ -54,7 +57,7 @@ def write_archive(target, top, files, epoch):
     """A ZIP file whose content alone decides its bytes."""
     moment = time.gmtime(max(epoch, 315532800))[:6]  # the format begins with 1980
     with zipfile.ZipFile(target, "w") as archive:
-        for place, path in sorted(files.items()):
+        for place, path in sorted(files.items(), key=lambda item: str(item[0])):
             entry = zipfile.ZipInfo(f"{top}/{place}", moment)
             entry.compress_type = zipfile.ZIP_DEFLATED
             entry.create_system = 3
@@ -63,13 +66,18 @@ def write_archive(target, top, files, epoch):
 
 
 def common_files(version, folder):
-    """README.txt and the notices."""
+    """README.txt, the notices, and the documentation as HTML."""
     folder.mkdir()
+    site = folder / "html"
+    subprocess.run([PYTHON, "-B", HERE.parent / "docs/site/build_site.py", HERE.parent, site, version],
+                   check=True)
     readme = (HERE / "readme.txt.in").read_text(encoding="utf-8").replace("@VERSION@", version)
     files = {"README.txt": readme, "THIRD-PARTY-NOTICES.txt": notices.gather()}
     for name, text in files.items():
         (folder / name).write_bytes(windows_text(text))
-    return {pathlib.PurePosixPath(name): folder / name for name in files}
+    places = {pathlib.PurePosixPath(name): folder / name for name in files}
+    places |= {SITE / path.relative_to(site).as_posix(): path for path in sorted(site.rglob("*")) if path.is_file()}
+    return places
 
 
 def make(build, output, version, epoch, with_symbols=True):

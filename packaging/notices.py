@@ -10,6 +10,7 @@ LINKED = (
     ("libfmt-dev", "fmt", "borvanusb.exe, virtual-camera.exe, BorvanVirtualCamera.dll"),
     ("nlohmann-json3-dev", "JSON for Modern C++", "borvanusb.exe, virtual-camera.exe, BorvanVirtualCamera.dll"),
     ("libcli11-dev", "CLI11", "virtual-camera.exe"),
+    ("libjs-lunr", "lunr.js", "the search of the documentation"),
 )
 DOCUMENTS = pathlib.Path("/usr/share/doc")
 

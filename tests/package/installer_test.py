@@ -108,7 +108,7 @@ class InstallerTest(unittest.TestCase):
         self.assertEqual(self.path_entry(registry),
                          self.path_entry(before) + ["C:\\Station\\BorvanUSB\\bin\\"])
         menu = {path.name for path in self.prefix.glob("drive_c/**/Start Menu/**/BorvanUSB*.lnk")}
-        self.assertEqual(menu, {"BorvanUSB console.lnk", "BorvanUSB first steps.lnk"})
+        self.assertEqual(menu, {"BorvanUSB console.lnk", "BorvanUSB documentation.lnk", "BorvanUSB first steps.lnk"})
         with make_packages.zipfile.ZipFile(self.folder / f"borvanusb-{version}-windows-x64.zip") as archive:
             wanted = {name.partition("/")[2]: archive.read(name) for name in archive.namelist()}
         del wanted["SHA256SUMS"]

@@ -25,6 +25,8 @@ TERMS = {
     "libfmt-dev": "Victor Zverovich",
     "nlohmann-json3-dev": "Niels Lohmann",
     "libcli11-dev": "University of Cincinnati",
+    "librapidxml-dev": "Marcin Kalicinski",
+    "libjs-lunr": "Oliver Nightingale",
     "gcc-mingw-w64-base": "GCC RUNTIME LIBRARY EXCEPTION",
     "mingw-w64-x86-64-dev": "the mingw-w64 project",
     "mingw-w64-common": "the mingw-w64 project",
@@ -87,7 +89,8 @@ class PackagesTest(unittest.TestCase):
                      "lib/cmake/BorvanUSB/BorvanUSBConfig.cmake", "lib/pkgconfig/borvan_usb.pc",
                      "share/doc/borvanusb/install.md", "share/doc/borvanusb/CHANGELOG.md",
                      "share/examples/program_flash/program_flash.c", "share/samples/sensor-16-8.txt",
-                     "share/schemas/list.schema.json", "share/virtual-camera/demo.json"):
+                     "share/schemas/list.schema.json", "share/virtual-camera/demo.json",
+                     "share/doc/borvanusb/html/index.html", "share/doc/borvanusb/html/lunr.min.js"):
             self.assertIn(top + name, names)
         self.assertEqual([name for name in names if name.endswith(".debug")], [])
         with zipfile.ZipFile(self.folder / f"one/borvanusb-{self.version}-windows-x64-symbols.zip") as symbols:
