@@ -13,9 +13,8 @@ namespace borvanusb {
 // Makes the forms of registers: each once for all registers that share it.
 class FormBuilder {
  public:
-  FormBuilder(const SvdTree& tree, const SvdValues& values, const MapLimits& limits,
-              MapStorage& storage)
-      : tree_(tree), values_(values), limits_(limits), storage_(storage), made_(tree.size()) {}
+  FormBuilder(const SvdTree& tree, const SvdValues& values, MapStorage& storage)
+      : tree_(tree), values_(values), storage_(storage), made_(tree.size()) {}
 
   // The form of a register in a place that hands down these properties.
   const MapRegisterForm& FormOf(std::uint32_t id, const SvdProperties& inherited);
@@ -46,7 +45,6 @@ class FormBuilder {
 
   const SvdTree& tree_;
   const SvdValues& values_;
-  const MapLimits& limits_;
   MapStorage& storage_;
   std::vector<Made> made_;
   std::vector<std::uint64_t> readable_;

@@ -31,7 +31,7 @@ class MapBuilder {
         map_(map),
         storage_(*map.storage),
         values_(tree, limits, storage_),
-        forms_(tree, values_, limits, storage_) {}
+        forms_(tree, values_, storage_) {}
 
   void Build() {
     map_.name = tree_[kDevice].name;
