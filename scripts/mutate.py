@@ -25,11 +25,11 @@ SLOW = 500  # milliseconds: such tests come when no other fails
 # The programs that know a room best, first; the others follow. The rooms are these.
 LIKELY = {
     "src/api": ["api_tests", "jobs_tests"],
-    "src/base": ["unit_tests", "protocol_tests"],
-    "src/device": ["device_tests", "unit_tests", "protocol_tests"],
-    "src/files": ["unit_tests", "files_tests", "list_document_test"],
+    "src/base": ["files_tests", "protocol_tests"],
+    "src/device": ["device_tests", "protocol_tests"],
+    "src/files": ["files_tests", "list_document_test"],
     "src/jobs": ["jobs_tests", "files_tests", "api_tests"],
-    "src/protocol": ["unit_tests", "protocol_tests"],
+    "src/protocol": ["protocol_tests"],
     "borvanusb/base": ["tool_arguments_test", "tool_flash_parts_test", "tool_run_test"],
     "borvanusb/camera": ["tool_registers_test", "tool_flash_commands_test"],
     "borvanusb/command": ["tool_arguments_test", "tool_run_test", "tool_scripts_test"],

@@ -23,7 +23,7 @@ case ${1-} in
     ;;
   trap)
     preset=windows-trapping
-    everything=(windows_com_test windows_library_test windows_lists_test reliability_test unit_tests)
+    everything=(windows_com_test windows_library_test windows_lists_test reliability_test)
     ;;
   *)
     usage >&2

@@ -248,22 +248,23 @@ TEST_F(JobExportsTest, UsbI2CWriteFileSendsTheListInSteps) {
 
 TEST_F(JobExportsTest, UsbI2CReadFileWritesWhatTheChipAnswers) {
   StartWithChip();
-  chip->PutI2cReply({0x14, 0x5A});
+  chip->PutI2cRegister(0x6C, 1, 0x3000, 0x5A);
+  chip->PutI2cRegister(0x6C, 1, 0x3001, 0x5B);
   EXPECT_TRUE(UsbI2CReadFile(0x3000, 0x3001, folder.Path("run.txt").c_str(), 0x6C, 1));
   ASSERT_TRUE(JobEnded());
   EXPECT_EQ(GetProgressInfo(), 100U);
-  EXPECT_EQ(folder.Content("run.txt"), "0x3000,0x5a,\r\n0x3001,0x5a,\r\n");
+  EXPECT_EQ(folder.Content("run.txt"), "0x3000,0x5a,\r\n0x3001,0x5b,\r\n");
 }
 
 TEST_F(JobExportsTest, UsbRegisterReadFileWritesMarkersAndRegisters) {
   StartWithChip();
   chip->ReportLength(7, 64);
-  // The chip in memory answers nothing on this selector: the values are those of the request.
+  chip->PutRegister(0x12340101, 0x5A);
   EXPECT_TRUE(UsbRegisterReadFile(folder.Path("run.txt").c_str(), 0x12340100, 0x12340101));
   ASSERT_TRUE(JobEnded());
   EXPECT_EQ(GetProgressInfo(), 100U);
   EXPECT_EQ(folder.Content("run.txt"),
-            "0xfffd, 0x12,\r\n0xfffe, 0x34,\r\n0x0100, 0x00,\r\n0x0101, 0x00,\r\n");
+            "0xfffd, 0x12,\r\n0xfffe, 0x34,\r\n0x0100, 0x00,\r\n0x0101, 0x5a,\r\n");
 }
 
 TEST_F(JobExportsTest, ListWithALineOfOneFieldIsAFileErrorOfBothListWrites) {
@@ -299,6 +300,17 @@ class RunningJobTest : public JobExportsTest {
     Gate reached;
     Gate leave;
   };
+  // The job goes on to its end, and reports to nobody.
+  void ExpectUnseenEnd() {
+    gates->leave.Open();
+    EXPECT_TRUE(WaitUntil([&] { return chip->Flash(0, 1).at(0) == 'x'; }));
+    EXPECT_TRUE(WaitUntil([&] {
+      const auto device = instance.lock();
+      return device == nullptr || !device->Jobs().job_running;
+    }));
+    EXPECT_EQ(GetProgressInfo(), 0U);
+  }
+
   const std::shared_ptr<Gates> gates = std::make_shared<Gates>();
   std::weak_ptr<borvan::BorvanUsb_Q7> instance;
 };
@@ -308,26 +320,14 @@ TEST_F(RunningJobTest, UsbDestroyUSBReturnsWhileAJobRunsWhichGoesOnUnwatched) {
   EXPECT_TRUE(UsbDestroyUSB());
   EXPECT_EQ(GetProgressInfo(), 0U);
   EXPECT_FALSE(instance.expired()) << "the job still uses it";
-  gates->leave.Open();
-  EXPECT_TRUE(WaitUntil([&] { return chip->Flash(0, 1).at(0) == 'x'; }));
-  EXPECT_TRUE(WaitUntil([&] {
-    const auto device = instance.lock();
-    return device == nullptr || !device->Jobs().job_running;
-  }));
-  EXPECT_EQ(GetProgressInfo(), 0U);
+  ExpectUnseenEnd();
 }
 
 TEST_F(RunningJobTest, UsbIniDeviceReturnsWhileAJobRunsWhichReportsToNobody) {
   StartJobAtTheGate();
   EXPECT_EQ(UsbIniDevice(), 1);
   EXPECT_EQ(GetProgressInfo(), 0U);
-  gates->leave.Open();
-  EXPECT_TRUE(WaitUntil([&] { return chip->Flash(0, 1).at(0) == 'x'; }));
-  EXPECT_TRUE(WaitUntil([&] {
-    const auto device = instance.lock();
-    return device == nullptr || !device->Jobs().job_running;
-  }));
-  EXPECT_EQ(GetProgressInfo(), 0U);
+  ExpectUnseenEnd();
 }
 
 TEST_F(RunningJobTest, SingleAccessesGoOnBesideAJob) {

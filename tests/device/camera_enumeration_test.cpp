@@ -57,48 +57,32 @@ TEST_F(CameraEnumerationTest, OnlyTheLettersAToZAreLowered) {
   EXPECT_EQ(script->converted.front(), u"usb#vid_1234&pid_5678#\u00C4\u0130");
 }
 
-TEST_F(CameraEnumerationTest, MissingMarkersTakeTheCharactersThreeToSix) {
-  //                             0123456
-  const auto entry = OnlyEntry(CameraAt(u"abc1f2ausb#"));
-  EXPECT_EQ(entry.vid, 0x1F2A);
-  EXPECT_EQ(entry.pid, 0x1F2A);
-}
-
-TEST_F(CameraEnumerationTest, OneMissingMarkerLeavesTheOtherAlone) {
-  const auto vendor_only = OnlyEntry(CameraAt(u"abc1f2ausb#vid_0bda"));
-  EXPECT_EQ(vendor_only.vid, 0x0BDA);
-  EXPECT_EQ(vendor_only.pid, 0x1F2A);
-  const auto product_only = OnlyEntry(CameraAt(u"abc1f2ausb#pid_0bda"));
-  EXPECT_EQ(product_only.vid, 0x1F2A);
-  EXPECT_EQ(product_only.pid, 0x0BDA);
-}
-
-TEST_F(CameraEnumerationTest, PathThatEndsBeforeTheDigitsGivesWhatIsThere) {
-  const auto bare = OnlyEntry(CameraAt(u"usb#"));  // position 3 is the "#"
-  EXPECT_EQ(bare.vid, 0);
-  EXPECT_EQ(bare.pid, 0);
-  EXPECT_EQ(OnlyEntry(CameraAt(u"usb#vid_")).vid, 0);
-  EXPECT_EQ(OnlyEntry(CameraAt(u"usb#vid_4")).vid, 0x4);
-  EXPECT_EQ(OnlyEntry(CameraAt(u"usb#vid_04f")).vid, 0x04F);
-  EXPECT_EQ(OnlyEntry(CameraAt(u"usb#pid_")).pid, 0);
-}
-
-TEST_F(CameraEnumerationTest, IdsEndAtTheFirstCharacterThatIsNoDigit) {
-  const auto entry = OnlyEntry(CameraAt(u"usb#vid_1g34&pid_&567"));
-  EXPECT_EQ(entry.vid, 0x1);
-  EXPECT_EQ(entry.pid, 0);
-}
-
-TEST_F(CameraEnumerationTest, IdsAreFourCharactersAndNoMore) {
-  const auto entry = OnlyEntry(CameraAt(u"usb#vid_123456&pid_abcdef"));
-  EXPECT_EQ(entry.vid, 0x1234);
-  EXPECT_EQ(entry.pid, 0xABCD);
-}
-
-TEST_F(CameraEnumerationTest, TheFirstMarkerCounts) {
-  const auto entry = OnlyEntry(CameraAt(u"usb#vid_1111&pid_2222#vid_3333&pid_4444"));
-  EXPECT_EQ(entry.vid, 0x1111);
-  EXPECT_EQ(entry.pid, 0x2222);
+TEST_F(CameraEnumerationTest, IdsAreTheFourCharactersBehindTheFirstMarker) {
+  struct IdCase {
+    std::u16string path;
+    unsigned vid;
+    unsigned pid;
+  };
+  const IdCase cases[] = {
+      {u"usb#vid_123456&pid_abcdef", 0x1234, 0xABCD},
+      {u"usb#vid_1111&pid_2222#vid_3333&pid_4444", 0x1111, 0x2222},
+      // They end at the first character that is no digit, and where the path does.
+      {u"usb#vid_1g34&pid_&567", 0x1, 0},
+      {u"usb#vid_", 0, 0},
+      {u"usb#vid_4", 0x4, 0},
+      {u"usb#vid_04f", 0x04F, 0},
+      {u"usb#pid_", 0, 0},
+      // A missing marker takes the characters 3 to 6, and leaves the other alone.
+      {u"usb#", 0, 0},  // 3 is the "#"
+      {u"abc1f2ausb#", 0x1F2A, 0x1F2A},
+      {u"abc1f2ausb#vid_0bda", 0x0BDA, 0x1F2A},
+      {u"abc1f2ausb#pid_0bda", 0x1F2A, 0x0BDA},
+  };
+  for (const IdCase& each : cases) {
+    const auto entry = OnlyEntry(CameraAt(each.path));
+    EXPECT_EQ(entry.vid, each.vid) << entry.path;
+    EXPECT_EQ(entry.pid, each.pid) << entry.path;
+  }
 }
 
 TEST_F(CameraEnumerationTest, DeviceWithoutReadablePathOrNameIsSkipped) {

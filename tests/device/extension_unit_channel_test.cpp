@@ -57,6 +57,7 @@ TEST_F(ExtensionUnitChannelTest, LengthQueryAsksWithoutABuffer) {
 }
 
 TEST_F(ExtensionUnitChannelTest, SetSendsTheBufferWithTheSetFlags) {
+  AnswerWith(0);
   EXPECT_EQ(device->ChannelSet(2, 3, buffer.data()), 0);
   const Transfer seen = OnlyTransfer();
   EXPECT_EQ(seen.bytes, (std::vector<std::uint8_t>{0x11, 0x22, 0x33}));
@@ -68,9 +69,13 @@ TEST_F(ExtensionUnitChannelTest, SetSendsTheBufferWithTheSetFlags) {
 }
 
 TEST_F(ExtensionUnitChannelTest, GetFillsTheBufferWithTheGetFlags) {
-  chip->PutI2cReply({0xA1, 0xA2, 0xA3, 0xA4});
+  chip->ReportLength(2, 3);
+  // A read of a sensor, of which the reply opens with the same bytes.
+  std::array<std::uint8_t, 12> read = {0x01, 0xA2, 0xA3};
+  EXPECT_EQ(device->ChannelSet(2, 12, read.data()), 0);
+  chip->ForgetTransfers();
   EXPECT_EQ(device->ChannelGet(2, 3, buffer.data()), 0);
-  EXPECT_EQ(buffer, (std::array<std::uint8_t, 4>{0xA1, 0xA2, 0xA3, 0x44}));
+  EXPECT_EQ(buffer, (std::array<std::uint8_t, 4>{0x01, 0xA2, 0xA3, 0x44}));
   const Transfer seen = OnlyTransfer();
   EXPECT_EQ(seen.request.id, 2U);
   EXPECT_EQ(seen.request.flags, 0x10000001U);
@@ -170,6 +175,7 @@ TEST_F(ExtensionUnitChannelTest, SelectingDuringATransferLeavesTheTransferAValid
   EXPECT_EQ(device->ChannelSet(2, 4, buffer.data()), 5);
   EXPECT_TRUE(valid_in_transfer);
   EXPECT_TRUE(watched.expired());
+  buffer = {0x14, 0x6C, 0x01, 0x01};  // which the chip knows
   EXPECT_EQ(device->ChannelSet(2, 4, buffer.data()), 0);
   EXPECT_EQ(chip->Sent(2).size(), 1U);
 }

@@ -11,6 +11,14 @@ using Outcome = borvan::VideoInputListing::Outcome;
 
 class SelectionRestoreTest : public DeviceTest {
  protected:
+  static std::vector<Camera> Cameras(const std::string& letters) {
+    std::vector<Camera> cameras;
+    for (const char letter : letters) {
+      cameras.push_back(MakeCamera(static_cast<char16_t>(letter)));
+    }
+    return cameras;
+  }
+
   void ExpectClearedSelection() {
     EXPECT_EQ(device->GetSelectedIndex(), 0);
     const auto selected = device->GetSelectedDevice();
@@ -29,48 +37,31 @@ TEST_F(SelectionRestoreTest, NothingIsSelectedByEnumerating) {
   ExpectClearedSelection();
 }
 
-TEST_F(SelectionRestoreTest, CameraThatMovedFromTwoToZeroIsFollowed) {
-  List({MakeCamera(u'a'), MakeCamera(u'b'), MakeCamera(u'c')});
-  device->SelectDevice(2);
-  List({MakeCamera(u'c'), MakeCamera(u'a'), MakeCamera(u'b')});
-  EXPECT_EQ(device->GetSelectedIndex(), 0);
-}
-
-TEST_F(SelectionRestoreTest, CameraThatMovedUpIsFollowed) {
-  List({MakeCamera(u'a'), MakeCamera(u'b')});
-  device->SelectDevice(0);
-  List({MakeCamera(u'x'), MakeCamera(u'y'), MakeCamera(u'a')});
-  EXPECT_EQ(device->GetSelectedIndex(), 2);
-}
-
-TEST_F(SelectionRestoreTest, FirstOfSeveralEntriesWithTheSamePathIsTaken) {
-  List({MakeCamera(u'a')});
-  device->SelectDevice(0);
-  List({MakeCamera(u'b'), MakeCamera(u'a'), MakeCamera(u'a')});
-  EXPECT_EQ(device->GetSelectedIndex(), 1);
-}
-
-TEST_F(SelectionRestoreTest, IndexStaysWhereTheSamePathStandsEvenWhenItStandsEarlierToo) {
-  List({MakeCamera(u'b'), MakeCamera(u'a')});
-  device->SelectDevice(1);
-  List({MakeCamera(u'a'), MakeCamera(u'a')});
-  EXPECT_EQ(device->GetSelectedIndex(), 1);
-}
-
-TEST_F(SelectionRestoreTest, IndexBeyondTheNewListStaysThoughTheCameraIsListedElsewhere) {
-  List({MakeCamera(u'a'), MakeCamera(u'b'), MakeCamera(u'c')});
-  device->SelectDevice(2);
-  List({MakeCamera(u'c'), MakeCamera(u'a')});
-  EXPECT_EQ(device->GetSelectedIndex(), 2);
-  EXPECT_EQ(device->GetSelectedDevice().name, "Camera c");
-}
-
-TEST_F(SelectionRestoreTest, IndexStaysWhenTheCameraIsGone) {
-  List({MakeCamera(u'a'), MakeCamera(u'b'), MakeCamera(u'c')});
-  device->SelectDevice(1);
-  List({MakeCamera(u'a'), MakeCamera(u'c'), MakeCamera(u'd')});
-  EXPECT_EQ(device->GetSelectedIndex(), 1);
-  EXPECT_EQ(device->GetSelectedDevice().name, "Camera b");
+TEST_F(SelectionRestoreTest, SelectedCameraIsFollowedByItsPath) {
+  struct RestoreCase {
+    const char* what;
+    std::string before;  // the letters of the cameras
+    std::uint32_t selected;
+    std::string after;
+    std::int32_t index;
+  };
+  const RestoreCase cases[] = {
+      {"it moved from 2 to 0", "abc", 2, "cab", 0},
+      {"it moved up", "ab", 0, "xya", 2},
+      {"the first of several entries with its path is taken", "a", 0, "baa", 1},
+      {"the index stays where its path stands, though it stands earlier too", "ba", 1, "aa", 1},
+      {"an index beyond the new list stays, though it is listed elsewhere", "abc", 2, "ca", 2},
+      {"the index stays when it is gone", "abc", 1, "acd", 1},
+  };
+  for (const RestoreCase& each : cases) {
+    SCOPED_TRACE(each.what);
+    List(Cameras(each.before));
+    device->SelectDevice(each.selected);
+    List(Cameras(each.after));
+    EXPECT_EQ(device->GetSelectedIndex(), each.index);
+    EXPECT_EQ(device->GetSelectedDevice().name,
+              std::string("Camera ") + each.before.at(each.selected));
+  }
 }
 
 TEST_F(SelectionRestoreTest, CameraIsFoundByThePathAsItIsListed) {

@@ -44,22 +44,29 @@ class FlashDumpFileTest : public testing::Test {
 };
 
 TEST_F(FlashDumpFileTest, ExtensionTxtInSmallLettersChoosesText) {
-  for (const char* name : {"a.txt", "a.bin.txt", ".txt", "txt", "folder.bin/a.txt"}) {
+  for (const char* name : {"a.txt", "a.bin.txt", ".txt", "txt", "folder.bin/a.txt",
+                           "C:\\folder.d\\dump.1.txt", "folder/.txt"}) {
     EXPECT_TRUE(borvan::IsTextFileName(name)) << name;
   }
-  for (const char* name : {"a.TXT", "a.Txt", "a.txT", "a.bin", "a", "a.", "", ".", "a.txt.bin",
-                           "a.txt ", "a.txtx", "a.tx", "folder/txt", "folder.txt/a"}) {
+  for (const char* name : {"a.TXT", "a.Txt", "a.txT", "a.bin", "a", "atxt", "a.", "", ".", "a.txt.",
+                           "a.txt.bin", "a.txt ", "a.txtx", "a.tx", "folder/txt", "folder.txt/a",
+                           "folder.txt\\a", "folder.d\\txt"}) {
     EXPECT_FALSE(borvan::IsTextFileName(name)) << name;
   }
 }
 
+TEST_F(FlashDumpFileTest, ExtensionIsWhatFollowsTheLastDotWhereverThatStands) {
+  EXPECT_EQ(borvan::FileExtension("dump."), "");
+  EXPECT_EQ(borvan::FileExtension("dump"), "dump");
+  EXPECT_EQ(borvan::FileExtension("folder.txt\\dump"), "txt\\dump");
+}
+
 TEST_F(FlashDumpFileTest, BinaryDumpIsTheBytes) {
-  const Bytes bytes = {0x00, 0x0A, 0x0D, 0x1A, 0xFF};
-  const std::string expected("\x00\x0A\x0D\x1A\xFF", 5);
-  EXPECT_EQ(Dump("dump.bin", bytes, "0", "4"), expected);
-  EXPECT_EQ(Dump("dump.TXT", bytes, "0", "4"), expected);
-  EXPECT_EQ(Dump("dump", bytes, "0", "4"), expected);
-  EXPECT_EQ(Dump("dump.", bytes, "0", "4"), expected);
+  const Bytes bytes = {0x00, 0x0A, 0x0D, 0x0D, 0x0A, 0x1A, 0xFF};
+  const std::string expected("\x00\x0A\x0D\x0D\x0A\x1A\xFF", 7);
+  for (const char* name : {"dump.bin", "dump.TXT", "dump", "dump."}) {
+    EXPECT_EQ(Dump(name, bytes, "0", "6"), expected) << name;
+  }
 }
 
 TEST_F(FlashDumpFileTest, BinaryDumpHoldsAllBytesWhateverTheEndAddress) {
@@ -130,19 +137,42 @@ TEST_F(FlashDumpFileTest, ShorterDumpReplacesALongerFile) {
 }
 
 TEST_F(FlashDumpFileTest, OneLineAlone) {
-  std::array<char, borvan::kDumpLineLength> line{};
-  const Bytes bytes = Counting(8);
-  borvan::FormatDumpLine(0x1008, bytes, line);
-  EXPECT_EQ(std::string(line.data(), line.size()), "00001008h: 00 01 02 03 04 05 06 07;\r\n");
+  std::array<char, borvan::kDumpLineLength> line;
+  line.fill('?');
+  borvan::FormatDumpLine(0xFEDCBA98, Bytes{0xAB, 0xCD, 0xEF, 0x0A, 0xA0, 0x09, 0x90}, line);
+  EXPECT_EQ(std::string(line.data(), line.size()), "fedcba98h: ab cd ef 0a a0 09 90 00;\r\n");
 }
 
 TEST_F(FlashDumpFileTest, LineCounts) {
-  EXPECT_EQ(borvan::DumpLineCount(0, 0xFFFFFFFF), 0U);
-  EXPECT_EQ(borvan::DumpLineCount(1, 0), 1U);
-  EXPECT_EQ(borvan::DumpLineCount(8, 7), 1U);
-  EXPECT_EQ(borvan::DumpLineCount(9, 7), 1U);
-  EXPECT_EQ(borvan::DumpLineCount(9, 8), 2U);
-  EXPECT_EQ(borvan::DumpLineCount(0x100000000, 0xFFFFFFFF), 0x20000000U);
+  struct CountCase {
+    std::uint64_t bytes;
+    std::uint32_t end;
+    std::uint32_t lines;
+  };
+  constexpr std::uint32_t kFarEnd = 0xFFFFFFFF;
+  constexpr CountCase kCases[] = {
+      // One for each eight bytes begun.
+      {0, kFarEnd, 0},
+      {1, kFarEnd, 1},
+      {8, kFarEnd, 1},
+      {9, kFarEnd, 2},
+      {64, kFarEnd, 8},
+      {0x100000000, kFarEnd, 0x20000000},
+      // None of an empty dump; else the first always.
+      {0, 0, 0},
+      {0, 64, 0},
+      {100, 0, 1},
+      // They stop at the first offset above the end.
+      {9, 7, 1},
+      {9, 8, 2},
+      {100, 15, 2},
+      {100, 16, 3},
+      {100, 17, 3},
+  };
+  for (const CountCase& each : kCases) {
+    EXPECT_EQ(borvan::DumpLineCount(each.bytes, each.end), each.lines)
+        << each.bytes << " up to " << each.end;
+  }
 }
 
 }  // namespace

@@ -6,54 +6,17 @@
 #include <algorithm>
 #include <cstdint>
 #include <random>
-#include <stdexcept>
 #include <string>
 #include <string_view>
 #include <vector>
 
-#include "files/list_file.h"
-#include "support/temporary_folder.h"
+#include "list_reading.h"
 
 namespace borvan_test {
 namespace {
 
-using Entries = std::vector<borvan::ListEntry>;
-
 // Files are read in pieces of this many bytes.
 constexpr std::size_t kPiece = std::size_t{256} * 1024;
-
-// What a file gives: its entries, or the refusal of a line.
-struct Reading {
-  Entries entries;
-  bool refused = false;
-
-  friend bool operator==(const Reading&, const Reading&) = default;
-};
-
-std::ostream& operator<<(std::ostream& stream, const Reading& reading) {
-  return stream << (reading.refused ? "refused"
-                                    : std::to_string(reading.entries.size()) + " entries");
-}
-
-// The lines of a file one by one, cut where Windows cuts text files.
-Reading LineByLine(std::string_view content) {
-  Reading reading;
-  content = content.substr(0, content.find('\x1A'));
-  for (;;) {
-    const std::size_t end = content.find('\n');
-    try {
-      if (const auto entry = borvan::ParseListLine(content.substr(0, end))) {
-        reading.entries.push_back(*entry);
-      }
-    } catch (const std::invalid_argument&) {
-      return {{}, true};
-    }
-    if (end == std::string_view::npos) {
-      return reading;
-    }
-    content.remove_prefix(end + 1);
-  }
-}
 
 // A line of `size` bytes, its end included, that gives no entry.
 std::string Remark(std::size_t size) {
@@ -69,17 +32,8 @@ std::string Printable(std::string_view text) {
   return printable;
 }
 
-class ListFileChunksTest : public testing::Test {
+class ListFileChunksTest : public ListReadingTest {
  protected:
-  Reading Read(std::string_view content) const {
-    const std::string path = folder.Put("list.txt", content);
-    try {
-      return {borvan::ReadListFile(path), false};
-    } catch (const std::invalid_argument&) {
-      return {{}, true};
-    }
-  }
-
   // The reading of `text` when a piece ends `cut` bytes into it.
   Reading ReadCut(std::string_view text, std::size_t cut) const {
     return Read(Remark(kPiece - cut) + std::string(text));
@@ -113,8 +67,6 @@ class ListFileChunksTest : public testing::Test {
       ASSERT_EQ(reading.entries[i], expected.entries[i]) << "entry " << i;
     }
   }
-
-  const TemporaryFolder folder;
 };
 
 TEST_F(ListFileChunksTest, PlainLines) {

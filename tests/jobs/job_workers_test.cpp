@@ -13,24 +13,7 @@ namespace {
 
 using Expected = std::pair<std::uint32_t, std::int32_t>;
 
-class JobWorkersTest : public testing::Test {
- protected:
-  void ExpectReports(const std::vector<Expected>& expected) {
-    ASSERT_TRUE(recorder.JobsEnded());
-    const auto reports = recorder.Reports();
-    ASSERT_EQ(reports.size(), expected.size());
-    for (std::size_t i = 0; i < expected.size(); ++i) {
-      EXPECT_EQ(reports.at(i), expected.at(i))
-          << i << ": " << reports.at(i).status << ", " << reports.at(i).percent;
-    }
-    EXPECT_FALSE(device->Jobs().job_running);
-    EXPECT_FALSE(device->Jobs().stop_requested);
-  }
-
-  const TemporaryFolder folder;
-  const std::shared_ptr<ScriptedDevice> device = std::make_shared<ScriptedDevice>();
-  ReportRecorder recorder{device};
-};
+class JobWorkersTest : public ReportedJobsTest {};
 
 TEST_F(JobWorkersTest, FlashWriteHandsOverTheFileAndTheAddress) {
   ScriptedDevice::Bytes image;

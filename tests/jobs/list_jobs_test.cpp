@@ -14,20 +14,8 @@ using Expected = std::pair<std::uint32_t, std::int32_t>;
 
 constexpr auto kDriverFailure = static_cast<borvan::Result>(0x8007001F);
 
-class ListJobsTest : public testing::Test {
+class ListJobsTest : public ReportedJobsTest {
  protected:
-  void ExpectReports(const std::vector<Expected>& expected) {
-    ASSERT_TRUE(recorder.JobsEnded());
-    const auto reports = recorder.Reports();
-    ASSERT_EQ(reports.size(), expected.size());
-    for (std::size_t i = 0; i < expected.size(); ++i) {
-      EXPECT_EQ(reports.at(i), expected.at(i))
-          << i << ": " << reports.at(i).status << ", " << reports.at(i).percent;
-    }
-    EXPECT_FALSE(device->Jobs().job_running);
-    EXPECT_FALSE(device->Jobs().stop_requested);
-  }
-
   // Both run reads hand out `list` and answer `result`.
   void RunReadsGive(const Entries& list, borvan::Result result = 0) {
     device->register_read = [=](Entries& output, auto&&...) {
@@ -56,10 +44,6 @@ class ListJobsTest : public testing::Test {
 
   const Entries register_run = {{0xFFFD, 0x00}, {0xFFFE, 0x00}, {0x0100, 0x5A}, {0x0101, 0xA5}};
   const Entries i2c_run = {{0x3000, 0x0A}, {0x3001, 0x1234}};
-
-  const TemporaryFolder folder;
-  const std::shared_ptr<ScriptedDevice> device = std::make_shared<ScriptedDevice>();
-  ReportRecorder recorder{device};
 };
 
 TEST_F(ListJobsTest, RegisterReadIntoTxtWritesTheMarkersAndTheRegisters) {

@@ -2,6 +2,8 @@
 
 // A device object whose bulk operations do what a test says, and a host that records the reports.
 
+#include <gtest/gtest.h>
+
 #include <atomic>
 #include <condition_variable>
 #include <cstdint>
@@ -15,6 +17,7 @@
 
 #include "device/borvan_usb_base.h"
 #include "support/scripted_platform.h"
+#include "support/temporary_folder.h"
 
 namespace borvan_test {
 
@@ -161,6 +164,27 @@ class Gate {
   std::mutex mutex_;
   std::condition_variable changed_;
   bool open_ = false;
+};
+
+// Jobs on a scripted device and on files.
+class ReportedJobsTest : public testing::Test {
+ protected:
+  // Status and percentage of each report since the start; no job may run any more.
+  void ExpectReports(const std::vector<std::pair<std::uint32_t, std::int32_t>>& expected) {
+    ASSERT_TRUE(recorder.JobsEnded());
+    const auto reports = recorder.Reports();
+    ASSERT_EQ(reports.size(), expected.size());
+    for (std::size_t i = 0; i < expected.size(); ++i) {
+      EXPECT_EQ(reports.at(i), expected.at(i))
+          << i << ": " << reports.at(i).status << ", " << reports.at(i).percent;
+    }
+    EXPECT_FALSE(device->Jobs().job_running);
+    EXPECT_FALSE(device->Jobs().stop_requested);
+  }
+
+  const TemporaryFolder folder;
+  const std::shared_ptr<ScriptedDevice> device = std::make_shared<ScriptedDevice>();
+  ReportRecorder recorder{device};
 };
 
 }  // namespace borvan_test

@@ -4,18 +4,13 @@
 // operating system between them.
 
 #include <cstdint>
-#include <functional>
 #include <map>
 #include <memory>
-#include <optional>
-#include <span>
 #include <utility>
 #include <vector>
 
-#include "core/camera.h"
-#include "core/state_file.h"
 #include "protocol/borvan_usb_q7.h"
-#include "support/temporary_folder.h"
+#include "support/camera_chip.h"
 
 namespace borvan_test {
 
@@ -45,9 +40,8 @@ class CameraInProcess {
   // Shared, as jobs want it.
   const std::shared_ptr<borvan::BorvanUsb_Q7>& Device() const { return device_; }
 
-  // Changes blocks on their way to the chip: makes it a chip that errs.
-  using Tampering = std::function<void(std::uint32_t selector, std::span<std::uint8_t> block)>;
-  void TamperWith(Tampering tampering) { tampering_ = std::move(tampering); }
+  // Makes it a chip that errs.
+  void TamperWith(MemoryChip::Tampering tampering) { chip_->TamperWith(std::move(tampering)); }
 
   // All registers get their initial values.
   void PowerCycle();
@@ -56,10 +50,7 @@ class CameraInProcess {
   Registers Written();
 
  private:
-  TemporaryFolder folder_;
-  Tampering tampering_;
-  std::optional<virtual_camera::Camera> camera_;
-  std::optional<virtual_camera::StateFile> state_;
+  std::shared_ptr<MemoryChip> chip_;
   std::shared_ptr<borvan::BorvanUsb_Q7> device_;
 };
 

@@ -104,8 +104,8 @@ TEST_F(FlashBulkRead, ReportsEachPacketAfterItsGet) {
 
 TEST_F(FlashBulkRead, AppendsToWhatIsThere) {
   output_ = {0x01, 0x02};
-  PlayRead({Takes(5, 64, {}), Gives(5, 64, {0xA0})});
-  EXPECT_EQ(device_.FlashQuickReadImage(output_, 0, 0, Recorder()), 0);
+  PlayRead({Takes(5, 64, {0xFE, 0xDC, 0xBA, 0x98}), Gives(5, 64, {0xA0})});
+  EXPECT_EQ(device_.FlashQuickReadImage(output_, 0xFEDCBA98, 0xFEDCBA98, Recorder()), 0);
   EXPECT_THAT(output_, ElementsAre(0x01, 0x02, 0xA0));
 }
 

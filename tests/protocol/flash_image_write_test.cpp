@@ -42,9 +42,9 @@ TEST_F(FlashImageWrite, EmptyImageOnlyAsksForLengths) {
 }
 
 TEST_F(FlashImageWrite, OneByteErasesASectorAndSendsAPieceFilledUpWithZeros) {
-  Play({ReportsLength(3, 11), Erase(0x00, 0x00, 0x10, 0x00), ReportsLength(4, 64),
-        Piece({0x00, 0x00, 0x10, 0x00}, {0xAB})});
-  EXPECT_EQ(device_.FlashWriteImage({0xAB}, 0x1000, Recorder()), 0);
+  Play({ReportsLength(3, 11), Erase(0x12, 0x34, 0x56, 0x78), ReportsLength(4, 64),
+        Piece({0x12, 0x34, 0x56, 0x78}, {0xAB})});
+  EXPECT_EQ(device_.FlashWriteImage({0xAB}, 0x12345678, Recorder()), 0);
   EXPECT_THAT(reports_, IsEmpty());
 }
 
@@ -55,10 +55,13 @@ TEST_F(FlashImageWrite, OneByteOfFFIsSentForItsZeros) {
 }
 
 TEST_F(FlashImageWrite, AMultipleOfSixtyIsSentWithoutTheBlankPieceBehindIt) {
+  Bytes first(60, 0x00);
+  first.front() = 0xA1;
+  first[30] = 0x5A;
+  first.back() = 0xA2;
   Play({ReportsLength(3, 11), Erase(0x00, 0x01, 0x00, 0x00), ReportsLength(4, 64),
-        Piece({0x00, 0x01, 0x00, 0x00}, Bytes(60, 0x11)),
-        Piece({0x00, 0x01, 0x00, 0x3C}, Bytes(60, 0x11))});
-  EXPECT_EQ(device_.FlashWriteImage(Bytes(120, 0x11), 0x10000, Recorder()), 0);
+        Piece({0x00, 0x01, 0x00, 0x00}, first), Piece({0x00, 0x01, 0x00, 0x3C}, Bytes(60, 0x11))});
+  EXPECT_EQ(device_.FlashWriteImage(And(first, 60, 0x11), 0x10000, Recorder()), 0);
   EXPECT_THAT(Percentages(), ElementsAre(50));
 }
 

@@ -73,14 +73,43 @@ TEST_F(I2cListFast, ReadOf256RegistersMakesFiveExchanges) {
 }
 
 TEST_F(I2cListFast, ReadsWith32BitRegistersShareOneWidthCode) {
-  for (const std::uint32_t mode : {3U, 4U, 5U}) {
-    Play({ReportsLength(6, 64), Takes(6, 64, {0x10, 0x6C, 0x05, 0x38, 0xFF, 0xFF, 0xFF, 0xFE}),
+  const Bytes heads[] = {
+      {0x10, 0x6C, 0x00, 0x38, 0x00, 0x00, 0x00, 0x44},  // of modes 0 to 5
+      {0x10, 0x6C, 0x01, 0x38, 0x00, 0x00, 0x33, 0x44},
+      {0x10, 0x6C, 0x02, 0x38, 0x00, 0x00, 0x33, 0x44},
+      {0x10, 0x6C, 0x05, 0x38, 0x11, 0x22, 0x33, 0x44},
+      {0x10, 0x6C, 0x05, 0x38, 0x11, 0x22, 0x33, 0x44},
+      {0x10, 0x6C, 0x05, 0x38, 0x11, 0x22, 0x33, 0x44},
+  };
+  for (std::uint32_t mode = 0; mode < std::size(heads); ++mode) {
+    SCOPED_TRACE(mode);
+    Play({ReportsLength(6, 64), Takes(6, 64, heads[mode]),
           Gives(6, 64, Values(kForeignHead, 0x11))});
     list_.clear();
-    EXPECT_EQ(Read(0xFFFFFFFE, 0xFFFFFFFF, mode), 0);  // and no further than the last address
-    EXPECT_EQ(list_, Registers(0xFFFFFFFE, 2, 0x11));
+    EXPECT_EQ(Read(0x11223344, 0x11223345, mode), 0);
+    EXPECT_EQ(list_, Registers(0x11223344, 2, 0x11));
     control_->ExpectAllPlayed();
   }
+}
+
+TEST_F(I2cListFast, ReadInAModeAbove5KeepsBytes2To7OfTheReplyBefore) {
+  for (const std::uint32_t mode : {6U, 0x100U}) {
+    Play({ReportsLength(6, 64), Takes(6, 64, {0x10, 0x6C, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00}),
+          Gives(6, 64, Values(kForeignHead, 0x11)),
+          Takes(6, 64, Values({0x10, 0x6C, 0xEE, 0xEE, 0xEE, 0xEE, 0xEE, 0xEE}, 0x11)),
+          Gives(6, 64, Values(kForeignHead, 0x49))});
+    list_.clear();
+    EXPECT_EQ(Read(0x10, 0x48, mode), 0);
+    EXPECT_EQ(list_, Registers(0x10, 57, 0x11));
+    control_->ExpectAllPlayed();
+  }
+}
+
+TEST_F(I2cListFast, ReadGoesNoFurtherThanTheLastAddress) {
+  Play({ReportsLength(6, 64), Takes(6, 64, {0x10, 0x6C, 0x05, 0x38, 0xFF, 0xFF, 0xFF, 0xFE}),
+        Gives(6, 64, Values(kForeignHead, 0x11))});
+  EXPECT_EQ(Read(0xFFFFFFFE, 0xFFFFFFFF, 3), 0);
+  EXPECT_EQ(list_, Registers(0xFFFFFFFE, 2, 0x11));
 }
 
 TEST_F(I2cListFast, ReadAppendsThoughAGetFailedAndGivesTheLastResult) {
@@ -124,13 +153,13 @@ TEST_F(I2cListFast, ReadStopsBeforeTheNextExchangeAndKeepsWhatItHas) {
 
 TEST_F(I2cListSlow, ReadEndsItsExchangesAtTheFirstFailedGet) {
   // The low half of the register is sent in every mode.
-  Play({ReportsLength(2, 6), Takes(2, 6, {0x14, 0x6C, 0x02, 0x01}),
+  Play({ReportsLength(2, 6), Takes(2, 6, {0x14, 0x6C, 0x05, 0x01}),
         Takes(2, 6, {0x14, 0x00, 0x30, 0x02}), Gives(2, 6, {0xEE, 0x5A, 0xEE, 0xEE, 0xEE, 0xEE}),
-        Takes(2, 6, {0x14, 0x6C, 0x02, 0x01}, kDeviceGone),
+        Takes(2, 6, {0x14, 0x6C, 0x05, 0x01}, kDeviceGone),
         Takes(2, 6, {0x14, 0x01, 0x30, 0x02}, kDeviceGone), Gives(2, 6, {0xEE, 0x5B, 0xEE}, 5),
-        Takes(2, 6, {0x14, 0x6C, 0x02, 0x01}), Takes(2, 6, {0x14, 0x02, 0x30, 0x02}),
+        Takes(2, 6, {0x14, 0x6C, 0x05, 0x01}), Takes(2, 6, {0x14, 0x02, 0x30, 0x02}),
         Gives(2, 6, {0xEE, 0x5C}, kDeviceGone)});
-  EXPECT_EQ(Read(0x93000, 0x93010, 2), kDeviceGone);
+  EXPECT_EQ(Read(0x93000, 0x93010, 0x105), kDeviceGone);
   EXPECT_EQ(list_, (List{{0x93000, 0x5A}, {0x93001, 0x5B}}));
 }
 

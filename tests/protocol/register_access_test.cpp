@@ -66,20 +66,21 @@ TEST_F(RegisterAccess, BytesBehindACommandAreZero) {
 
 TEST_F(RegisterAccess, WideReadTakesTheLowHalfFirst) {
   Play({ReportsLength(1, 4), Takes(1, 4, {0x41, 0x34, 0x12, 0x00}),  // A0 A1
-        Takes(1, 4, {0x81, 0x00, 0x80, 0x00}),                       // A2 A3
+        Takes(1, 4, {0x81, 0x56, 0x80, 0x00}),                       // A2 A3
         Gives(1, 4, {0x41, 0x44, 0x33, 0x11}),                       // V0 V1
         Gives(1, 4, {0x81, 0x02, 0x01, 0x21})});                     // V2 V3
   std::string value = "7";
-  EXPECT_EQ(device_.RegisterRead("80001234", value, 1), 0);
+  EXPECT_EQ(device_.RegisterRead("80561234", value, 1), 0);
   EXPECT_EQ(value, "01023344");
 }
 
 TEST_F(RegisterAccess, ReadIsWideForFlagOneAlone) {
   for (const std::uint8_t flag : Bytes{0, 2, 3, 0x81, 0xFF}) {
-    Play({ReportsLength(1, 4), Takes(1, 4, {0x24, 0xCD, 0xAB, 0x18}),
-          Takes(1, 4, {0x24, 0x00, 0x00, 0x58}), Gives(1, 4, {0x24, 0x5A, 0x77, 0x28})});
+    Play({ReportsLength(1, 4), Takes(1, 4, {0x24, 0x78, 0x56, 0x18}),  // A0 A1
+          Takes(1, 4, {0x24, 0x34, 0x12, 0x58}),                       // A2 A3
+          Gives(1, 4, {0x24, 0x5A, 0x77, 0x28})});                     // V0
     std::string value = "7";
-    EXPECT_EQ(device_.RegisterRead("abcd", value, flag), 0) << int{flag};
+    EXPECT_EQ(device_.RegisterRead("12345678", value, flag), 0) << int{flag};
     EXPECT_EQ(value, "5a") << int{flag};
     control_->ExpectAllPlayed();
   }
@@ -99,12 +100,15 @@ class WideRead : public RegisterAccess {
 };
 
 TEST_F(WideRead, IgnoresReplyWithForeignTag) {
-  const Transfer low = Gives(1, 4, {0x41, 0x44, 0x33, 0x11});
-  const Transfer high = Gives(1, 4, {0x81, 0x22, 0x11, 0x21});
-  EXPECT_EQ(ValueAfter(low, high, 0), "11223344");
-  EXPECT_EQ(ValueAfter(low, Gives(1, 4, {0x81, 0x22, 0x11, 0x22}), 0), "7");
-  EXPECT_EQ(ValueAfter(low, Gives(1, 4, {0x81, 0x22, 0x11, 0x00}), 0), "7");
-  EXPECT_EQ(ValueAfter(Gives(1, 4, {0x41, 0x44, 0x33, 0x28}), high, 0), "7");
+  const Transfer low = Gives(1, 4, {0xFF, 0x44, 0x33, 0x11});
+  const Transfer high = Gives(1, 4, {0xFF, 0x22, 0x11, 0x21});
+  for (unsigned number = 0; number <= 0xFF; ++number) {
+    const auto tag = static_cast<std::uint8_t>(number);
+    EXPECT_EQ(ValueAfter(Gives(1, 4, {0x41, 0x44, 0x33, tag}), high, 0),
+              tag == 0x11 ? "11223344" : "7");
+    EXPECT_EQ(ValueAfter(low, Gives(1, 4, {0x81, 0x22, 0x11, tag}), 0),
+              tag == 0x21 ? "11223344" : "7");
+  }
 }
 
 TEST_F(WideRead, IgnoresHalvesInTheOtherOrderOrTwice) {
@@ -156,12 +160,13 @@ TEST_F(RegisterAccess, ByteReadIgnoresTheFirstSetAndEndsAtTheSecond) {
 }
 
 TEST_F(RegisterAccess, ByteReadIgnoresReplyWithForeignTag) {
-  for (const std::uint8_t tag : Bytes{0x00, 0x11, 0x21, 0x27, 0x58}) {
+  for (unsigned tag = 0; tag <= 0xFF; ++tag) {
     Play({ReportsLength(1, 4), Takes(1, 4, {0x24, 0xCD, 0xAB, 0x18}),
-          Takes(1, 4, {0x24, 0x00, 0x00, 0x58}), Gives(1, 4, {0x24, 0x5A, 0x00, tag}, 1)});
+          Takes(1, 4, {0x24, 0x00, 0x00, 0x58}),
+          Gives(1, 4, {0xFF, 0x5A, 0x00, static_cast<std::uint8_t>(tag)}, 1)});
     std::string value = "7";
     EXPECT_EQ(device_.RegisterRead("abcd", value, 0), 1);
-    EXPECT_EQ(value, "7") << int{tag};
+    EXPECT_EQ(value, tag == 0x28 ? "5a" : "7") << tag;
     control_->ExpectAllPlayed();
   }
 }

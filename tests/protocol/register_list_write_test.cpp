@@ -72,7 +72,9 @@ TEST_F(RegisterListWrite, WithoutAHeaderGives11AndSendsNothing) {
   const List lists[] = {{{0x10, 0x77}},
                         {{0x10, 0x77}, {0xFFFD, 1}, {0x20, 0x77}},
                         {{0xFFFE, 1}, {0xFFFD, 1}, {0x10, 0x77}},
-                        {{0xFFFF, 1}, {0x10, 0x77}}};
+                        {{0xFFFF, 1}, {0x10, 0x77}},
+                        {{0xFFFF, 1}, {0x10, 0x77}, {0xFFFD, 0}, {0x20, 0x77}},
+                        {{0x1FFFD, 0}, {0x10, 0x77}}};  // all 32 bits make a marker
   for (const List& list : lists) {
     Play({ReportsLength(7, 64)});
     EXPECT_EQ(Write(list), 11);

@@ -1,69 +1,51 @@
 #include "support/camera_chip.h"
 
 #include <algorithm>
-#include <array>
-#include <cstring>
+#include <fstream>
 #include <utility>
+
+#include "core/chip.h"
+#include "core/result_codes.h"
 
 namespace borvan_test {
 namespace {
 
 constexpr std::uint32_t kRegisterSelector = 1;
-constexpr std::uint32_t kI2cSelector = 2;
-constexpr std::uint32_t kFlashSelector = 3;
-constexpr std::uint32_t kFastWriteSelector = 4;
-constexpr std::uint32_t kFastReadSelector = 5;
-constexpr std::uint32_t kBlockSelector = 7;
-
 constexpr auto kRefusal = static_cast<borvan::Result>(0x80070017);
-constexpr auto kTooShort = static_cast<borvan::Result>(0x8007001F);
-constexpr std::size_t kPacketSize = 64;
-constexpr std::size_t kBlockHead = 8;
-
-// The answer of a length query that went well.
-constexpr auto kMoreData = static_cast<borvan::Result>(0x800700EA);
-
-std::size_t ShortestCommand(std::uint32_t selector) {
-  constexpr std::array<std::size_t, 8> kShortest = {0, 4, 0, 9, 5, 4, 0, 8};
-  return selector < kShortest.size() ? kShortest[selector] : 0;
-}
-
-std::uint32_t BigEndian(const std::vector<std::uint8_t>& block, std::size_t at) {
-  return std::uint32_t{block.at(at)} << 24U | std::uint32_t{block.at(at + 1)} << 16U |
-         std::uint32_t{block.at(at + 2)} << 8U | block.at(at + 3);
-}
-
-void PutHalf(std::uint32_t& number, const std::vector<std::uint8_t>& block, unsigned shift) {
-  const std::uint32_t half = std::uint32_t{block.at(2)} << 8U | block.at(1);
-  number = (number & ~(0xFFFFU << shift)) | half << shift;
-}
 
 }  // namespace
 
-MemoryChip::MemoryChip(std::size_t flash_size)
-    : lengths_{{kRegisterSelector, 4},   {kI2cSelector, 12},      {kFlashSelector, 11},
-               {kFastWriteSelector, 64}, {kFastReadSelector, 64}, {6, 64},
-               {kBlockSelector, 64}},
-      flash_(flash_size, 0xFF),
-      packet_reply_(kPacketSize),
-      block_reply_(kPacketSize),
-      register_replies_{{0, 0, 0, 0}} {}
+virtual_camera::CameraConfiguration UsualCamera() {
+  virtual_camera::CameraConfiguration configuration;
+  configuration.flash.size = virtual_camera::kFlashMinimum;
+  configuration.absent_slave = virtual_camera::AbsentSlave::kZeros;
+  return configuration;
+}
+
+MemoryChip::MemoryChip(const virtual_camera::CameraConfiguration& configuration,
+                       const std::vector<std::uint8_t>& flash)
+    : configuration_(configuration) {
+  configuration_.flash.file = folder_.Put("flash", std::string(flash.begin(), flash.end()));
+  flash_.emplace(configuration_.flash);
+}
 
 borvan::Result MemoryChip::KsProperty(const borvan::NodePropertyRequest& request, void* data,
                                       std::uint32_t length, std::uint32_t& bytes_returned) {
-  Transfer transfer{request, data == nullptr, {}};
-  transfer.bytes.resize(length);
+  const std::span bytes(static_cast<std::uint8_t*>(data), data == nullptr ? 0 : length);
+  Transfer transfer{request, data == nullptr, std::vector<std::uint8_t>(length)};
   const bool is_set = request.flags == kSetFlags;
-  if (is_set && length != 0) {
-    std::memcpy(transfer.bytes.data(), data, length);
+  if (is_set) {
+    transfer.bytes.assign(bytes.begin(), bytes.end());
   }
   Interception interception;
   FaultChoice fault_choice;
+  Tampering tampering;
   {
     const std::lock_guard lock(mutex_);
     transfers_.push_back(transfer);
     interception = interception_;
     fault_choice = fault_choice_;
+    tampering = tampering_;
   }
   if (interception) {
     if (const auto answer = interception(transfer)) {
@@ -74,28 +56,41 @@ borvan::Result MemoryChip::KsProperty(const borvan::NodePropertyRequest& request
   if (fault == Fault::kRefused || fault == Fault::kLies) {
     return fault == Fault::kRefused ? kRefusal : 0;
   }
+  if (is_set && tampering) {
+    tampering(request.id, transfer.bytes);
+  }
   const std::lock_guard lock(mutex_);
   if (data == nullptr) {
-    bytes_returned = lengths_[request.id];
-    return kMoreData;
+    bytes_returned = configuration_.lengths.at(request.id - 1);
+    return virtual_camera::kMoreData;
   }
-  if (is_set) {
-    if (length < ShortestCommand(request.id)) {
-      return kTooShort;
-    }
-    Take(request.id, transfer.bytes);
-    return 0;
+  return is_set ? Set(request.id, transfer.bytes) : Get(request.id, fault, bytes, bytes_returned);
+}
+
+borvan::Result MemoryChip::Set(std::uint32_t selector, std::span<const std::uint8_t> block) {
+  return virtual_camera::Chip(configuration_, state_, *flash_).Execute(selector, block, {});
+}
+
+borvan::Result MemoryChip::Get(std::uint32_t selector, std::optional<Fault> fault,
+                               std::span<std::uint8_t> bytes, std::uint32_t& bytes_returned) {
+  virtual_camera::Reply& reply = state_.fields.replies.at(selector - 1);
+  if (reply.result < 0) {
+    return reply.result;
   }
-  std::vector<std::uint8_t> answer = Answer(request.id);
-  if (fault == Fault::kWrongTag && !answer.empty()) {
-    answer.at(request.id == kRegisterSelector ? 3 : 0) ^= 0xFFU;
+  auto answer = reply.bytes;
+  // A wide register's second half.
+  if (std::exchange(reply.has_second, false)) {
+    std::ranges::copy(reply.second, reply.bytes.begin());
   }
-  bytes_returned = length;
+  if (fault == Fault::kWrongTag) {
+    answer.at(selector == kRegisterSelector ? 3 : 0) ^= 0xFFU;
+  }
+  std::size_t size = bytes.size();
   if (fault == Fault::kShort) {
-    bytes_returned = static_cast<std::uint32_t>(std::min<std::size_t>(length, short_answer_));
+    size = std::min(size, short_answer_);
   }
-  std::copy_n(answer.begin(), std::min<std::size_t>(bytes_returned, answer.size()),
-              static_cast<std::uint8_t*>(data));
+  bytes_returned = static_cast<std::uint32_t>(size);
+  std::copy_n(answer.begin(), std::min(size, answer.size()), bytes.begin());
   return 0;
 }
 
@@ -114,45 +109,67 @@ void MemoryChip::Intercept(Interception interception) {
   interception_ = std::move(interception);
 }
 
+void MemoryChip::TamperWith(Tampering tampering) {
+  const std::lock_guard lock(mutex_);
+  tampering_ = std::move(tampering);
+}
+
 void MemoryChip::ReportLength(std::uint32_t selector, std::uint32_t length) {
   const std::lock_guard lock(mutex_);
-  lengths_[selector] = length;
+  configuration_.lengths.at(selector - 1) = length;
 }
 
 void MemoryChip::PutRegister(std::uint32_t address, std::uint32_t value) {
   const std::lock_guard lock(mutex_);
-  registers_[address] = value;
+  state_.registers.Write(virtual_camera::RegisterSpace::Chip(), address, value);
 }
 
 void MemoryChip::PutFlash(std::uint32_t address, const std::vector<std::uint8_t>& bytes) {
   const std::lock_guard lock(mutex_);
-  for (std::size_t i = 0; i < bytes.size(); ++i) {
-    flash_.at(address + i) = bytes[i];
-  }
+  std::fstream file(configuration_.flash.file, std::ios::in | std::ios::out | std::ios::binary);
+  file.seekp(address);
+  file.write(reinterpret_cast<const char*>(bytes.data()),
+             static_cast<std::streamsize>(bytes.size()));
 }
 
-void MemoryChip::PutI2cReply(const std::vector<std::uint8_t>& reply) {
+void MemoryChip::PutI2cRegister(std::uint8_t slave, std::uint8_t mode, std::uint32_t address,
+                                std::uint32_t value) {
   const std::lock_guard lock(mutex_);
-  i2c_reply_ = reply;
+  std::erase_if(configuration_.sensors, [&](const auto& sensor) { return sensor.slave == slave; });
+  configuration_.sensors.push_back({.slave = slave, .mode = mode, .registers = {}});
+  state_.registers.Write(virtual_camera::RegisterSpace::Slave(slave), address, value);
 }
 
-void MemoryChip::PutI2cRegister(std::uint8_t slave, std::uint32_t address, std::uint32_t value) {
+void MemoryChip::PowerCycle() {
   const std::lock_guard lock(mutex_);
-  i2c_registers_[{slave, address}] = value;
+  state_.LosePower();
 }
 
 std::uint32_t MemoryChip::Register(std::uint32_t address) const {
   const std::lock_guard lock(mutex_);
-  const auto found = registers_.find(address);
-  return found == registers_.end() ? 0 : found->second;
+  const auto initial = configuration_.registers.find(address);
+  return state_.registers.Find(virtual_camera::RegisterSpace::Chip(), address)
+      .value_or(initial == configuration_.registers.end() ? 0 : initial->second);
+}
+
+std::uint32_t MemoryChip::I2cRegister(std::uint8_t slave, std::uint32_t address) const {
+  const std::lock_guard lock(mutex_);
+  const auto sensor =
+      std::ranges::find(configuration_.sensors, slave, &virtual_camera::SensorConfiguration::slave);
+  const auto initial = sensor->registers.find(address);
+  return state_.registers.Find(virtual_camera::RegisterSpace::Slave(slave), address)
+      .value_or(initial == sensor->registers.end() ? 0 : initial->second);
+}
+
+virtual_camera::RegisterStore MemoryChip::Written() const {
+  const std::lock_guard lock(mutex_);
+  return state_.registers;
 }
 
 std::vector<std::uint8_t> MemoryChip::Flash(std::uint32_t address, std::size_t count) const {
   const std::lock_guard lock(mutex_);
   std::vector<std::uint8_t> bytes(count);
-  for (std::size_t i = 0; i < count; ++i) {
-    bytes[i] = flash_.at(address + i);
-  }
+  flash_->Read(address, bytes);
   return bytes;
 }
 
@@ -174,160 +191,6 @@ std::vector<std::vector<std::uint8_t>> MemoryChip::Sent(std::uint32_t selector) 
 void MemoryChip::ForgetTransfers() {
   const std::lock_guard lock(mutex_);
   transfers_.clear();
-}
-
-void MemoryChip::Take(std::uint32_t selector, const std::vector<std::uint8_t>& block) {
-  switch (selector) {
-    case kRegisterSelector:
-      TakeRegisterCommand(block);
-      break;
-    case kI2cSelector:
-      TakeI2cCommand(block);
-      break;
-    case kFlashSelector:
-      TakeFlashCommand(block);
-      break;
-    case kBlockSelector:
-      TakeRegisterBlock(block);
-      break;
-    case kFastWriteSelector:
-      for (std::size_t i = 4; i < block.size(); ++i) {
-        const std::size_t at = BigEndian(block, 0) + i - 4;
-        if (at < flash_.size()) {
-          flash_[at] = block[i];
-        }
-      }
-      break;
-    case kFastReadSelector:
-      packet_reply_ = FlashPacket(BigEndian(block, 0));
-      break;
-    default:
-      break;
-  }
-}
-
-void MemoryChip::TakeRegisterCommand(const std::vector<std::uint8_t>& block) {
-  switch (block.at(0)) {
-    case 0x12:
-      PutHalf(register_value_, block, 0);
-      break;
-    case 0x22:
-      PutHalf(register_value_, block, 16);
-      break;
-    case 0x41:
-    case 0x42:
-      PutHalf(register_address_, block, 0);
-      break;
-    case 0x81:
-      PutHalf(register_address_, block, 16);
-      PrepareRegisterReply();
-      break;
-    case 0x82:
-      PutHalf(register_address_, block, 16);
-      registers_[register_address_] = register_value_;
-      break;
-    case 0x24:
-      PutHalf(register_address_, block, block.at(3) == 0x18 ? 0 : 16);
-      if (block.at(3) == 0x58) {
-        register_replies_ = {
-            {0x24, static_cast<std::uint8_t>(registers_[register_address_]), 0x00, 0x28}};
-      }
-      break;
-    case 0x28:
-      if (block.at(3) == 0x48) {
-        registers_[register_address_] = block.at(1);
-      } else {
-        PutHalf(register_address_, block, block.at(3) == 0x08 ? 0 : 16);
-      }
-      break;
-    default:
-      break;
-  }
-}
-
-void MemoryChip::TakeFlashCommand(const std::vector<std::uint8_t>& block) {
-  const std::size_t address = BigEndian(block, 1);
-  const auto in_flash = [&](std::size_t at) { return at < flash_.size(); };
-  flash_reply_ = block;
-  if (block.at(0) == 0x32) {
-    for (std::size_t at = address; at < address + 4096 && in_flash(at); ++at) {
-      flash_[at] = 0xFF;
-    }
-  }
-  for (std::size_t i = 0; i < 4; ++i) {
-    if (block.at(0) == 0x38 && in_flash(address + i)) {
-      flash_[address + i] = block.at(5 + i);
-    } else if (block.at(0) == 0x34 && in_flash(address + i)) {
-      flash_reply_.at(5 + i) = flash_[address + i];
-    }
-  }
-}
-
-void MemoryChip::TakeI2cCommand(const std::vector<std::uint8_t>& block) {
-  constexpr std::size_t kAddress = 4;
-  constexpr std::size_t kValue = 8;
-  if (block.size() < kValue + 4) {
-    return;
-  }
-  const auto key = std::pair(block[1], BigEndian(block, kAddress));
-  if (block[0] == 0) {
-    i2c_registers_[key] = BigEndian(block, kValue);
-  } else if (const auto found = i2c_registers_.find(key);
-             block[0] == 1 && found != i2c_registers_.end()) {
-    i2c_reply_ = block;
-    for (unsigned i = 0; i < 4; ++i) {
-      i2c_reply_[kValue + i] = static_cast<std::uint8_t>(found->second >> (8 * (3 - i)));
-    }
-  }
-}
-
-// Reads are understood; lists are only noted.
-void MemoryChip::TakeRegisterBlock(const std::vector<std::uint8_t>& block) {
-  if (block.at(0) != 1 || block.at(3) != 0x38) {
-    return;
-  }
-  block_reply_ = block;
-  for (std::size_t i = kBlockHead; i < kPacketSize; ++i) {
-    block_reply_[i] = static_cast<std::uint8_t>(
-        registers_[BigEndian(block, 4) + static_cast<std::uint32_t>(i - kBlockHead)]);
-  }
-}
-
-std::vector<std::uint8_t> MemoryChip::FlashPacket(std::uint32_t address) const {
-  std::vector<std::uint8_t> packet(kPacketSize);
-  for (std::size_t i = 0; i < packet.size(); ++i) {
-    const std::size_t at = address + i;
-    packet[i] = at < flash_.size() ? flash_[at] : 0xFF;
-  }
-  return packet;
-}
-
-std::vector<std::uint8_t> MemoryChip::Answer(std::uint32_t selector) {
-  switch (selector) {
-    case kRegisterSelector: {
-      std::vector<std::uint8_t> reply = register_replies_.front();
-      if (register_replies_.size() > 1) {
-        register_replies_.erase(register_replies_.begin());
-      }
-      return reply;
-    }
-    case kI2cSelector:
-      return i2c_reply_;
-    case kFlashSelector:
-      return flash_reply_;
-    case kFastReadSelector:
-      return packet_reply_;
-    case kBlockSelector:
-      return block_reply_;
-    default:
-      return {};
-  }
-}
-
-void MemoryChip::PrepareRegisterReply() {
-  const std::uint32_t value = registers_[register_address_];
-  const auto byte = [&](unsigned index) { return static_cast<std::uint8_t>(value >> (8 * index)); };
-  register_replies_ = {{0x00, byte(0), byte(1), 0x11}, {0x00, byte(2), byte(3), 0x21}};
 }
 
 }  // namespace borvan_test

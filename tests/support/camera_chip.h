@@ -1,16 +1,19 @@
 #pragma once
 
-// A camera's registers, sensors and flash in memory, behind its vendor node.
+// The virtual camera's chip behind a camera's vendor node, without an operating system between.
 
 #include <cstdint>
 #include <functional>
-#include <map>
 #include <mutex>
 #include <optional>
-#include <utility>
+#include <span>
 #include <vector>
 
+#include "core/configuration.h"
+#include "core/device_state.h"
+#include "core/nor_flash.h"
 #include "device/device_platform.h"
+#include "support/temporary_folder.h"
 
 namespace borvan_test {
 
@@ -33,15 +36,19 @@ enum class Fault {
   kWrongTag,  // a get's tag byte comes inverted
 };
 
-// A camera's vendor node with registers and a flash. May be used from several threads. As the real
-// chip does, it prepares a reply when it takes a command; a get answers with the last one prepared.
+// 64 KiB of flash, and nobody on the I2C bus, which reads as 0.
+virtual_camera::CameraConfiguration UsualCamera();
+
+// A camera's vendor node with registers, sensors and a flash. May be used from several threads.
 class MemoryChip : public borvan::ExtensionUnitControl {
  public:
   // What a transfer answers instead of reaching the chip; nullopt lets it through. May block, and
   // may throw: it runs outside the chip's lock.
   using Interception = std::function<std::optional<borvan::Result>(const Transfer&)>;
 
-  explicit MemoryChip(std::size_t flash_size = 0x10000);
+  // The flash begins with `flash`; the rest is erased.
+  explicit MemoryChip(const virtual_camera::CameraConfiguration& configuration = UsualCamera(),
+                      const std::vector<std::uint8_t>& flash = {});
 
   borvan::Result KsProperty(const borvan::NodePropertyRequest& request, void* data,
                             std::uint32_t length, std::uint32_t& bytes_returned) override;
@@ -51,16 +58,24 @@ class MemoryChip : public borvan::ExtensionUnitControl {
   // Which fault, if any, strikes a transfer that is not intercepted. Runs outside the chip's lock.
   using FaultChoice = std::function<std::optional<Fault>(const Transfer&)>;
   void Strike(FaultChoice choice);
+  // Changes blocks on their way to the chip, outside its lock.
+  using Tampering = std::function<void(std::uint32_t selector, std::span<std::uint8_t> block)>;
+  void TamperWith(Tampering tampering);
   // Bytes that a get with kShort answers.
   void PutShortAnswer(std::size_t bytes);
   void ReportLength(std::uint32_t selector, std::uint32_t length);
   void PutRegister(std::uint32_t address, std::uint32_t value);
   void PutFlash(std::uint32_t address, const std::vector<std::uint8_t>& bytes);
-  // What the next get on selector 2 answers, until a register that is known here is read.
-  void PutI2cReply(const std::vector<std::uint8_t>& reply);
-  void PutI2cRegister(std::uint8_t slave, std::uint32_t address, std::uint32_t value);
+  // From now on the slave is there, with the width mode.
+  void PutI2cRegister(std::uint8_t slave, std::uint8_t mode, std::uint32_t address,
+                      std::uint32_t value);
+  // Registers get their initial values.
+  void PowerCycle();
 
   std::uint32_t Register(std::uint32_t address) const;
+  std::uint32_t I2cRegister(std::uint8_t slave, std::uint32_t address) const;
+  // All registers that were written since power-on.
+  virtual_camera::RegisterStore Written() const;
   std::vector<std::uint8_t> Flash(std::uint32_t address, std::size_t count) const;
 
   std::vector<Transfer> Transfers() const;
@@ -69,31 +84,20 @@ class MemoryChip : public borvan::ExtensionUnitControl {
   void ForgetTransfers();
 
  private:
-  void Take(std::uint32_t selector, const std::vector<std::uint8_t>& block);
-  void TakeRegisterCommand(const std::vector<std::uint8_t>& block);
-  void TakeFlashCommand(const std::vector<std::uint8_t>& block);
-  std::vector<std::uint8_t> Answer(std::uint32_t selector);
-  void PrepareRegisterReply();
-  void TakeRegisterBlock(const std::vector<std::uint8_t>& block);
-  void TakeI2cCommand(const std::vector<std::uint8_t>& block);
-  std::vector<std::uint8_t> FlashPacket(std::uint32_t address) const;
+  borvan::Result Set(std::uint32_t selector, std::span<const std::uint8_t> block);
+  borvan::Result Get(std::uint32_t selector, std::optional<Fault> fault,
+                     std::span<std::uint8_t> bytes, std::uint32_t& bytes_returned);
 
+  TemporaryFolder folder_;
   mutable std::mutex mutex_;
   Interception interception_;
-  std::map<std::uint32_t, std::uint32_t> lengths_;
-  std::map<std::uint32_t, std::uint32_t> registers_;
-  std::vector<std::uint8_t> flash_;
-  std::vector<std::uint8_t> i2c_reply_;
-  std::vector<std::uint8_t> flash_reply_;
-  std::vector<std::uint8_t> packet_reply_;
-  std::vector<std::uint8_t> block_reply_;
-  std::vector<std::vector<std::uint8_t>> register_replies_;  // the gets to come; the last one stays
-  std::map<std::pair<std::uint8_t, std::uint32_t>, std::uint32_t> i2c_registers_;
   FaultChoice fault_choice_;
+  Tampering tampering_;
   std::size_t short_answer_ = 5;
   std::vector<Transfer> transfers_;
-  std::uint32_t register_address_ = 0;
-  std::uint32_t register_value_ = 0;
+  virtual_camera::CameraConfiguration configuration_;
+  virtual_camera::DeviceState state_;
+  std::optional<virtual_camera::NorFlash> flash_;
 };
 
 }  // namespace borvan_test

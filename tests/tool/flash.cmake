@@ -23,10 +23,8 @@ borvan_add_gtest(
   LIBRARIES borvanusb_flash_test_support)
 borvan_add_gtest(
   tool_flash_commands_test
-  SOURCES flash_commands_test.cpp flash_end_test.cpp flash_image_test.cpp flash_schema.cpp flash_schema_test.cpp
-  LIBRARIES borvanusb_flash_test_support)
-target_compile_definitions(tool_flash_commands_test
-                           PRIVATE BORVAN_JSON_SCHEMAS="${PROJECT_SOURCE_DIR}/docs/json")
+  SOURCES flash_commands_test.cpp flash_end_test.cpp flash_image_test.cpp flash_schema_test.cpp
+  LIBRARIES borvanusb_flash_test_support borvanusb_test_schemas)
 # 100,000 sequences with BORVAN_LONG=1, N with BORVAN_SEQUENCES=N.
 borvan_add_gtest(
   tool_flash_sequences_test

@@ -34,6 +34,15 @@ TEST(JsonSchemaTest, MissingForeignAndWrongMembersAreFound) {
             "/registers/0/value: out of range");
 }
 
+TEST(JsonSchemaTest, DefinitionsAndChoicesAreFollowed) {
+  const nlohmann::ordered_json camera = {
+      {"index", 0}, {"path", "p"}, {"name", "n"}, {"vid", "1234"}, {"pid", "00FF"}};
+  EXPECT_EQ(BreachOfSchema("flash-word", {{"camera", camera}, {"address", 0}, {"value", "12"}}),
+            "/value: not of type \"integer\"");
+  EXPECT_EQ(BreachOfSchema("flash-word", {{"camera", 1}, {"address", 0}, {"value", 1}}),
+            "/camera: not of type \"object\"");
+}
+
 TEST(JsonSchemaTest, ValuesAndPatternsAreHeld) {
   auto camera = Camera();
   EXPECT_EQ(BreachOfSchema("list-watch", {{"event", "gone"}, {"camera", camera}}),

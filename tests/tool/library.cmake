@@ -13,7 +13,7 @@ if(NOT WIN32)
             ../api/api_fixture.cpp
             ../support/camera_chip.cpp
             ../support/scripted_platform.cpp
-    LIBRARIES borvanusb_core borvan_core
+    LIBRARIES borvanusb_core borvan_core virtual_camera_core
     SHARDS 3)
   target_include_directories(tool_library_test PRIVATE "${PROJECT_SOURCE_DIR}/tests")
 

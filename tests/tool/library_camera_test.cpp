@@ -149,7 +149,7 @@ TEST_F(LibraryCameraTest, CameraInUseElsewhereIsRefused) {
 
 TEST_F(LibraryCameraTest, I2cReadGivesTheReplysValue) {
   const auto camera = Open();
-  chip->PutI2cReply({0x01, 0x6C, 0, 2, 0, 0, 0x30, 0x0A, 0, 0, 0x12, 0x34});
+  chip->PutI2cRegister(0x6C, 2, 0x300A, 0x1234);
   EXPECT_EQ(camera->ReadI2c({0x6C, 2, 0}, 0x300A), 0x1234U);
 }
 

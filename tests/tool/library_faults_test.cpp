@@ -203,9 +203,9 @@ TEST_F(LibraryFaultsTest, RegisterThatChangesByItselfIsReturnedAsLastRead) {
 
 TEST_F(LibraryFaultsTest, I2cReadIsRightOrFails) {
   const auto camera = Open();
-  chip->PutI2cRegister(0x6C, 0x300A, 0x12345678);
-  chip->PutI2cRegister(0x10, 0x7777, 0x99);
+  chip->PutI2cRegister(0x10, 1, 0x7777, 0x99);
   for (const std::int32_t mode : {1, 2, 5}) {
+    chip->PutI2cRegister(0x6C, static_cast<std::uint8_t>(mode), 0x300A, 0x12345678);
     EXPECT_GT(StrikeEachOnce([&] { return camera->ReadI2c({0x6C, mode, 0}, 0x300A); }), 0U);
   }
 }

@@ -5,15 +5,33 @@
 #include <nlohmann/json.hpp>
 #include <regex>
 #include <set>
+#include <utility>
 
 namespace borvanusb::tool_test {
 namespace {
 
 using Json = nlohmann::ordered_json;
 
-const std::set<std::string> kKnown = {
-    "$schema", "$id",  "title",   "description", "type",    "properties",          "required",
-    "items",   "enum", "minimum", "maximum",     "pattern", "additionalProperties"};
+const std::set<std::string> kKnown = {"$schema",
+                                      "$id",
+                                      "title",
+                                      "description",
+                                      "type",
+                                      "properties",
+                                      "required",
+                                      "items",
+                                      "enum",
+                                      "minimum",
+                                      "maximum",
+                                      "pattern",
+                                      "additionalProperties",
+                                      "$ref",
+                                      "$defs",
+                                      "anyOf",
+                                      "oneOf",
+                                      "const",
+                                      "dependentRequired",
+                                      "format"};
 
 bool IsOfType(const Json& value, const std::string& type) {
   return (type == "object" && value.is_object()) || (type == "array" && value.is_array()) ||
@@ -30,13 +48,42 @@ bool HasType(const Json& value, const Json& types) {
                      [&](const Json& type) { return IsOfType(value, type); });
 }
 
-std::string Breach(const Json& schema, const Json& value, const std::string& place);
-
-std::string BreachOfObject(const Json& schema, const Json& value, const std::string& place) {
-  for (const auto& required : schema.value("required", Json::array())) {
-    if (!value.contains(required)) {
-      return place + ": lacks " + required.get<std::string>();
+// Which of these members an object lacks.
+std::string Lack(const Json& members, const Json& value, const std::string& place) {
+  for (const auto& member : members) {
+    if (!value.contains(member)) {
+      return place + ": lacks " + member.get<std::string>();
     }
+  }
+  return "";
+}
+
+// One schema file, `root_`.
+class Checker {
+ public:
+  explicit Checker(Json root) : root_(std::move(root)) {}
+  std::string Check(const Json& value) const { return Breach(root_, value, ""); }
+
+ private:
+  std::string Breach(const Json& schema, const Json& value, const std::string& place) const;
+  std::string BreachOfObject(const Json& schema, const Json& value, const std::string& place) const;
+  std::string BreachOfChoices(const Json& choices, std::size_t most, const Json& value,
+                              const std::string& place) const;
+
+  const Json root_;
+};
+
+std::string Checker::BreachOfObject(const Json& schema, const Json& value,
+                                    const std::string& place) const {
+  Json required = schema.value("required", Json::array());
+  const Json dependent = schema.value("dependentRequired", Json::object());
+  for (const auto& [name, others] : dependent.items()) {
+    if (value.contains(name)) {
+      required.insert(required.end(), others.begin(), others.end());
+    }
+  }
+  if (const std::string lack = Lack(required, value, place); !lack.empty()) {
+    return lack;
   }
   const Json properties = schema.value("properties", Json::object());
   if (schema.value("additionalProperties", Json(false)) == true) {
@@ -57,6 +104,9 @@ std::string BreachOfObject(const Json& schema, const Json& value, const std::str
 }
 
 std::string BreachOfScalar(const Json& schema, const Json& value, const std::string& place) {
+  if (schema.contains("const") && value != schema["const"]) {
+    return place + ": not " + schema["const"].dump();
+  }
   if (schema.contains("enum") &&
       std::find(schema["enum"].begin(), schema["enum"].end(), value) == schema["enum"].end()) {
     return place + ": not among the values allowed";
@@ -73,16 +123,42 @@ std::string BreachOfScalar(const Json& schema, const Json& value, const std::str
   return "";
 }
 
-std::string Breach(const Json& schema, const Json& value, const std::string& place) {
+// `most` of the choices may fit, and one must.
+std::string Checker::BreachOfChoices(const Json& choices, std::size_t most, const Json& value,
+                                     const std::string& place) const {
+  std::string breaches;
+  std::size_t fitting = 0;
+  for (const Json& choice : choices) {
+    const std::string breach = Breach(choice, value, place);
+    fitting += breach.empty() ? 1U : 0U;
+    breaches += (breaches.empty() ? "" : "; ") + breach;
+  }
+  if (fitting == 0) {
+    return place + ": none of the choices: " + breaches;
+  }
+  return fitting > most ? place + ": more than one of the choices" : "";
+}
+
+std::string Checker::Breach(const Json& schema, const Json& value, const std::string& place) const {
   for (const auto& [keyword, ignored] : schema.items()) {
     if (kKnown.count(keyword) == 0) {
       return place + ": the schema's keyword " + keyword + " is not known here";
     }
   }
-  if (!schema.contains("description")) {
+  if (schema.contains("$ref")) {
+    const std::string name = schema["$ref"].get<std::string>();  // "#/$defs/camera"
+    return Breach(root_["$defs"].at(name.substr(name.rfind('/') + 1)), value, place);
+  }
+  if (!schema.contains("description") && !schema.contains("title") &&
+      schema.value("type", Json()) != "null") {
     return place + ": is not described";
   }
-  if (!HasType(value, schema["type"])) {
+  for (const char* word : {"anyOf", "oneOf"}) {
+    if (schema.contains(word)) {
+      return BreachOfChoices(schema[word], word[0] == 'o' ? 1 : schema[word].size(), value, place);
+    }
+  }
+  if (schema.contains("type") && !HasType(value, schema["type"])) {
     return place + ": not of type " + schema["type"].dump();
   }
   if (value.is_object()) {
@@ -104,7 +180,7 @@ std::string BreachOfSchema(const std::string& name, const nlohmann::ordered_json
   if (!file) {
     return "there is no schema " + name;
   }
-  return Breach(Json::parse(file), value, "");
+  return Checker(Json::parse(file)).Check(value);
 }
 
 }  // namespace borvanusb::tool_test

@@ -86,13 +86,12 @@ FoldersInMemory::FoldersInMemory() {
   }
 }
 
-SweepTest::SweepTest()
-    : work_(folder_.Path("work")), camera_(std::make_shared<SweptCamera>(folder_.Path("flash"))) {
+SweepTest::SweepTest() : work_(folder_.Path("work")) {
   exports.UsbGetAllDeviceInfo = GetAllDeviceInfo;
 }
 
 SweepTest::~SweepTest() {
-  camera_->Close();
+  camera_.Close();
   borvan_test::WaitUntil([] { return g_jobs == 0; });
 }
 
@@ -102,7 +101,7 @@ void SweepTest::StartAnew(const Content& content) {
   std::filesystem::create_directory(work_);
   // Backups that nobody names go to the current folder.
   std::filesystem::current_path(work_);
-  camera_->PlugIn(content);
+  camera_.PlugIn(content);
 }
 
 std::string SweepTest::Put(const std::string& name, const Bytes& bytes) const {
@@ -136,7 +135,7 @@ RunEnd SweepTest::Perform(const std::function<ExitCode(Context&)>& command,
                           const std::optional<Fault>& fault) {
   *script = {};
   script->cameras = {borvan_test::MakeCamera(u'a')};
-  script->cameras.front().vendor_nodes.push_back({camera_->Open(fault), 3});
+  script->cameras.front().vendor_nodes.push_back({camera_.Open(fault), 3});
   const std::chrono::milliseconds limit = fault ? kFaultyLimit : kHealthyLimit;
   library.emplace(exports, platform_, supervisor, limit);
   SweepHost host(*library);
@@ -154,7 +153,7 @@ RunEnd SweepTest::Perform(const std::function<ExitCode(Context&)>& command,
     end.message = failure.Message();
   }
   end.out = std::move(output.out);
-  camera_->Close();
+  camera_.Close();
   library.reset();
   borvan::GlobalInstance().Set(nullptr);
   return end;

@@ -60,7 +60,7 @@ class SweepTest : public FoldersInMemory, public tool_test::LibraryTest {
   RunEnd Perform(const std::function<ExitCode(Context&)>& command,
                  const std::optional<Fault>& fault);
 
-  const SweptCamera& Camera() const { return *camera_; }
+  const SweptCamera& Camera() const { return camera_; }
 
  protected:
   SweepTest();
@@ -70,7 +70,7 @@ class SweepTest : public FoldersInMemory, public tool_test::LibraryTest {
   borvan_test::TemporaryFolder folder_;
   std::string work_;
   SweepPlatform platform_;
-  std::shared_ptr<SweptCamera> camera_;
+  SweptCamera camera_;
 };
 
 }  // namespace borvanusb::sweep

@@ -1,20 +1,30 @@
 #include "sweep/swept_camera.h"
 
-#include <algorithm>
-#include <array>
-#include <fstream>
+#include <mutex>
 #include <utility>
 
-#include "support/scripted_platform.h"
-#include "virtual_camera/core/blocks.h"
-#include "virtual_camera/core/chip.h"
-#include "virtual_camera/core/result_codes.h"
+#include "core/blocks.h"
+#include "core/result_codes.h"
 
 namespace borvanusb::sweep {
 namespace {
 
-constexpr borvan::Result kDataError = virtual_camera::ResultCode(0x80070017);
-constexpr std::size_t kRegisterTag = 3;  // of selector 1; all others have it in byte 0
+Direction DirectionOf(const borvan_test::Transfer& transfer) {
+  if (transfer.is_length_query) {
+    return Direction::kLength;
+  }
+  return transfer.request.flags == borvan_test::kSetFlags ? Direction::kSet : Direction::kGet;
+}
+
+std::uint32_t LengthOf(std::uint32_t selector) {
+  return virtual_camera::CameraConfiguration().lengths.at(selector - 1);
+}
+
+// A get whose buffer does not hold the selector's reply.
+bool IsTooSmall(const borvan_test::Transfer& transfer) {
+  return DirectionOf(transfer) == Direction::kGet &&
+         transfer.bytes.size() < LengthOf(transfer.request.id);
+}
 
 std::string NameOf(Direction direction) {
   switch (direction) {
@@ -42,14 +52,19 @@ std::string NameOf(const Fault& fault) {
   return "";
 }
 
-std::uint32_t KeyedRegister(const virtual_camera::RegisterStore& registers,
-                            virtual_camera::RegisterSpace space, std::uint32_t address,
-                            const std::map<std::uint32_t, std::uint32_t>& initial) {
-  if (const auto written = registers.Find(space, address); written) {
-    return *written;
+// Whether a set asks for the register that never answers, alone or in a block.
+bool AsksSilent(const borvan_test::Transfer& transfer, std::uint32_t silent) {
+  if (silent == 0 || DirectionOf(transfer) != Direction::kSet) {
+    return false;
   }
-  const auto found = initial.find(address);
-  return found == initial.end() ? 0 : found->second;
+  constexpr std::uint32_t kBlock = 56;
+  const bool is_block = transfer.request.id == virtual_camera::kI2cBlockSelector;
+  if (!is_block && transfer.request.id != virtual_camera::kI2cSelector) {
+    return false;
+  }
+  const std::uint32_t first =
+      static_cast<std::uint32_t>(transfer.bytes[6]) << 8U | transfer.bytes[7];
+  return first <= silent && silent < first + (is_block ? kBlock : 1);
 }
 
 }  // namespace
@@ -59,177 +74,80 @@ std::string ToText(const Fault& fault, const Transfer& transfer) {
          " on selector " + std::to_string(transfer.selector) + ") " + NameOf(fault);
 }
 
-// One session's way to the chip.
+// One session's way to the chip, one transfer at a time.
 class SweptCamera::Control : public borvan::ExtensionUnitControl {
  public:
-  Control(std::shared_ptr<SweptCamera> camera, std::uint64_t session)
-      : camera_(std::move(camera)), session_(session) {}
+  explicit Control(std::shared_ptr<borvan_test::MemoryChip> chip) : chip_(std::move(chip)) {}
+
+  void Close() {
+    const std::lock_guard lock(mutex_);
+    chip_.reset();
+  }
 
   borvan::Result KsProperty(const borvan::NodePropertyRequest& request, void* data,
                             std::uint32_t length, std::uint32_t& bytes_returned) override {
-    Transfer transfer{Direction::kGet, request.id, length};
-    if (data == nullptr) {
-      transfer.direction = Direction::kLength;
-    } else if (request.flags == borvan_test::kSetFlags) {
-      transfer.direction = Direction::kSet;
+    const std::lock_guard lock(mutex_);
+    if (chip_) {
+      return chip_->KsProperty(request, data, length, bytes_returned);
     }
-    const Answer answer = camera_->Run(
-        session_, transfer, {static_cast<std::uint8_t*>(data), data == nullptr ? 0 : length});
-    bytes_returned = answer.bytes;
-    return answer.result;
+    bytes_returned = 0;
+    if (data != nullptr) {
+      return 0;
+    }
+    bytes_returned = LengthOf(request.id);
+    return virtual_camera::kMoreData;
   }
 
  private:
-  const std::shared_ptr<SweptCamera> camera_;
-  const std::uint64_t session_;
+  std::mutex mutex_;
+  std::shared_ptr<borvan_test::MemoryChip> chip_;
 };
 
-SweptCamera::SweptCamera(std::string flash_file) {
-  configuration_.flash.file = std::move(flash_file);
-}
-
 void SweptCamera::PlugIn(const Content& content) {
-  const std::lock_guard lock(mutex_);
-  configuration_.flash.size = static_cast<std::uint32_t>(content.flash.size());
-  configuration_.registers = content.registers;
-  configuration_.registers[virtual_camera::kFeatureRegister] = content.fast_i2c ? 0x20 : 0x00;
-  configuration_.sensors = content.sensors;
+  virtual_camera::CameraConfiguration configuration;
+  configuration.flash.size = static_cast<std::uint32_t>(content.flash.size());
+  configuration.registers = content.registers;
+  configuration.registers[virtual_camera::kFeatureRegister] = content.fast_i2c ? 0x20 : 0x00;
+  configuration.sensors = content.sensors;
+  flash_size_ = content.flash.size();
   silent_register_ = content.silent_register;
-  state_ = {};
-  flash_.reset();
-  std::ofstream file(configuration_.flash.file, std::ios::binary | std::ios::trunc);
-  file.write(reinterpret_cast<const char*>(content.flash.data()),
-             static_cast<std::streamsize>(content.flash.size()));
-  file.close();
-  flash_.emplace(configuration_.flash);
+  chip_ = std::make_shared<borvan_test::MemoryChip>(configuration, content.flash);
 }
 
 std::shared_ptr<borvan::ExtensionUnitControl> SweptCamera::Open(const std::optional<Fault>& fault) {
-  const std::lock_guard lock(mutex_);
-  fault_ = fault;
-  seen_.clear();
-  open_ = true;
-  return std::make_shared<Control>(shared_from_this(), ++session_);
+  Close();
+  chip_->ForgetTransfers();
+  const auto count = std::make_shared<std::uint64_t>(0);
+  chip_->Intercept([fault, count, silent = silent_register_](
+                       const borvan_test::Transfer& transfer) -> std::optional<borvan::Result> {
+    const bool is_struck = (*count)++ == (fault ? fault->at : std::uint64_t(-1));
+    if (AsksSilent(transfer, silent)) {
+      return virtual_camera::ResultCode(0x80070017);
+    }
+    return !is_struck && IsTooSmall(transfer) ? std::optional(virtual_camera::kInsufficientBuffer)
+                                              : std::nullopt;
+  });
+  chip_->PutShortAnswer(fault ? fault->bytes : 0);
+  chip_->Strike([fault, count](const borvan_test::Transfer&) {
+    return fault && *count == fault->at + 1 ? std::optional(fault->kind) : std::nullopt;
+  });
+  control_ = std::make_shared<Control>(chip_);
+  return control_;
 }
 
 void SweptCamera::Close() {
-  const std::lock_guard lock(mutex_);
-  open_ = false;
+  if (control_) {
+    control_->Close();
+  }
 }
 
 std::vector<Transfer> SweptCamera::Seen() const {
-  const std::lock_guard lock(mutex_);
-  return seen_;
-}
-
-Bytes SweptCamera::Flash() const {
-  const std::lock_guard lock(mutex_);
-  Bytes bytes(configuration_.flash.size);
-  flash_->Read(0, bytes);
-  return bytes;
-}
-
-std::uint32_t SweptCamera::Register(std::uint32_t address) const {
-  const std::lock_guard lock(mutex_);
-  return KeyedRegister(state_.registers, virtual_camera::RegisterSpace::Chip(), address,
-                       configuration_.registers);
-}
-
-std::uint32_t SweptCamera::Sensor(std::uint8_t slave, std::uint32_t address) const {
-  const std::lock_guard lock(mutex_);
-  const auto sensor =
-      std::ranges::find(configuration_.sensors, slave, &virtual_camera::SensorConfiguration::slave);
-  return KeyedRegister(state_.registers, virtual_camera::RegisterSpace::Slave(slave), address,
-                       sensor->registers);
-}
-
-std::uint32_t SweptCamera::LengthOf(std::uint32_t selector) const {
-  return configuration_.lengths.at(selector - 1);
-}
-
-SweptCamera::Answer SweptCamera::Run(std::uint64_t session, const Transfer& transfer,
-                                     std::span<std::uint8_t> bytes) {
-  const std::lock_guard lock(mutex_);
-  if (!open_ || session != session_) {
-    return transfer.direction == Direction::kLength
-               ? Answer{virtual_camera::kMoreData, LengthOf(transfer.selector)}
-               : Answer{};
+  std::vector<Transfer> seen;
+  for (const borvan_test::Transfer& transfer : chip_->Transfers()) {
+    seen.push_back({DirectionOf(transfer), transfer.request.id,
+                    static_cast<std::uint32_t>(transfer.bytes.size())});
   }
-  const std::uint64_t number = seen_.size();
-  seen_.push_back(transfer);
-  if (IsSilent(transfer, bytes)) {
-    return {kDataError, 0};
-  }
-  return fault_ && fault_->at == number ? RunFault(*fault_, transfer, bytes)
-                                        : RunGood(transfer, bytes);
-}
-
-bool SweptCamera::IsSilent(const Transfer& transfer, std::span<const std::uint8_t> bytes) const {
-  if (silent_register_ == 0 || transfer.direction != Direction::kSet) {
-    return false;
-  }
-  constexpr std::uint32_t kBlock = 56;
-  const bool is_block = transfer.selector == virtual_camera::kI2cBlockSelector;
-  if (!is_block && transfer.selector != virtual_camera::kI2cSelector) {
-    return false;
-  }
-  const std::uint32_t first = static_cast<std::uint32_t>(bytes[6]) << 8U | bytes[7];
-  return first <= silent_register_ && silent_register_ < first + (is_block ? kBlock : 1);
-}
-
-SweptCamera::Answer SweptCamera::RunFault(const Fault& fault, const Transfer& transfer,
-                                          std::span<std::uint8_t> bytes) {
-  if (fault.kind == FaultKind::kRefused) {
-    return {kDataError, 0};
-  }
-  if (fault.kind == FaultKind::kLies) {
-    return {};
-  }
-  Bytes reply(bytes.begin(), bytes.end());
-  Answer answer = RunGood(transfer, reply);
-  if (answer.result < 0) {
-    return answer;
-  }
-  if (fault.kind == FaultKind::kWrongTag) {
-    const std::size_t tag =
-        transfer.selector == virtual_camera::kRegisterSelector ? kRegisterTag : 0;
-    reply.at(tag) ^= 0xFF;
-  } else {
-    answer.bytes = std::min(answer.bytes, fault.bytes);
-  }
-  std::copy_n(reply.begin(), answer.bytes, bytes.begin());
-  return answer;
-}
-
-SweptCamera::Answer SweptCamera::RunGood(const Transfer& transfer, std::span<std::uint8_t> bytes) {
-  switch (transfer.direction) {
-    case Direction::kLength:
-      return {virtual_camera::kMoreData, LengthOf(transfer.selector)};
-    case Direction::kSet: {
-      virtual_camera::Chip chip(configuration_, state_, *flash_);
-      return {chip.Execute(transfer.selector, bytes, {}), 0};
-    }
-    case Direction::kGet:
-      return Get(transfer.selector, bytes);
-  }
-  return {};
-}
-
-SweptCamera::Answer SweptCamera::Get(std::uint32_t selector, std::span<std::uint8_t> bytes) {
-  const std::uint32_t length = LengthOf(selector);
-  if (bytes.size() < length) {
-    return {virtual_camera::kInsufficientBuffer, 0};
-  }
-  virtual_camera::Reply& reply = state_.fields.replies.at(selector - 1);
-  if (reply.result < 0) {
-    return {reply.result, 0};
-  }
-  std::copy_n(reply.bytes.begin(), length, bytes.begin());
-  // A wide register's second half.
-  if (std::exchange(reply.has_second, false)) {
-    std::ranges::copy(reply.second, reply.bytes.begin());
-  }
-  return {virtual_camera::kSuccess, length};
+  return seen;
 }
 
 }  // namespace borvanusb::sweep

@@ -5,29 +5,20 @@
 #include <cstdint>
 #include <map>
 #include <memory>
-#include <mutex>
 #include <optional>
-#include <span>
 #include <string>
 #include <vector>
 
-#include "device/extension_unit_control.h"
-#include "virtual_camera/core/configuration.h"
-#include "virtual_camera/core/device_state.h"
-#include "virtual_camera/core/nor_flash.h"
+#include "core/configuration.h"
+#include "support/camera_chip.h"
 
 namespace borvanusb::sweep {
 
 using Bytes = std::vector<std::uint8_t>;
 using Direction = virtual_camera::Direction;
 
-// What a bad transfer does. The chip is not reached by the first two.
-enum class FaultKind {
-  kRefused,  // answers 0x80070017
-  kLies,   // answers success: a set does nothing, a get leaves the buffer, a query tells no length
-  kShort,  // a get fills the first bytes only and leaves the others
-  kWrongTag,  // the reply's tag byte is inverted
-};
+// What a bad transfer does.
+using FaultKind = borvan_test::Fault;
 
 struct Fault {
   std::uint64_t at = 0;  // number of the transfer, from 0 on
@@ -55,12 +46,8 @@ struct Content {
   std::uint32_t silent_register = 0;
 };
 
-// The chip, its flash and its sensors. Transfers may come from several threads.
-class SweptCamera : public std::enable_shared_from_this<SweptCamera> {
+class SweptCamera {
  public:
-  // The flash lies in this file.
-  explicit SweptCamera(std::string flash_file);
-
   // A fresh camera.
   void PlugIn(const Content& content);
 
@@ -74,33 +61,19 @@ class SweptCamera : public std::enable_shared_from_this<SweptCamera> {
   std::vector<Transfer> Seen() const;
 
   // The truth.
-  Bytes Flash() const;
-  std::uint32_t Register(std::uint32_t address) const;
-  std::uint32_t Sensor(std::uint8_t slave, std::uint32_t address) const;
+  Bytes Flash() const { return chip_->Flash(0, flash_size_); }
+  std::uint32_t Register(std::uint32_t address) const { return chip_->Register(address); }
+  std::uint32_t Sensor(std::uint8_t slave, std::uint32_t address) const {
+    return chip_->I2cRegister(slave, address);
+  }
 
  private:
   class Control;
-  struct Answer {
-    borvan::Result result = 0;
-    std::uint32_t bytes = 0;
-  };
 
-  Answer Run(std::uint64_t session, const Transfer& transfer, std::span<std::uint8_t> bytes);
-  Answer RunFault(const Fault& fault, const Transfer& transfer, std::span<std::uint8_t> bytes);
-  Answer RunGood(const Transfer& transfer, std::span<std::uint8_t> bytes);
-  bool IsSilent(const Transfer& transfer, std::span<const std::uint8_t> bytes) const;
-  Answer Get(std::uint32_t selector, std::span<std::uint8_t> bytes);
-  std::uint32_t LengthOf(std::uint32_t selector) const;
-
-  mutable std::mutex mutex_;
-  virtual_camera::CameraConfiguration configuration_;
-  virtual_camera::DeviceState state_;
+  std::size_t flash_size_ = 0;
   std::uint32_t silent_register_ = 0;
-  std::optional<virtual_camera::NorFlash> flash_;
-  std::uint64_t session_ = 0;
-  bool open_ = false;
-  std::optional<Fault> fault_;
-  std::vector<Transfer> seen_;
+  std::shared_ptr<borvan_test::MemoryChip> chip_;
+  std::shared_ptr<Control> control_;
 };
 
 }  // namespace borvanusb::sweep

@@ -1,92 +1,88 @@
-// One line of a register or I2C list.
+// One line of a register or I2C list, by itself and as the one line of a file.
 
-#include <gtest/gtest.h>
+#include "list_reading.h"
 
-#include <stdexcept>
-#include <string_view>
-
-#include "files/list_file.h"
-
-namespace borvan {
+namespace borvan_test {
 namespace {
 
 struct LineCase {
   std::string_view line;
-  ListEntry entry;
+  borvan::ListEntry entry;
 };
 
-void ExpectEntries(std::initializer_list<LineCase> cases) {
-  for (const LineCase& each : cases) {
-    std::optional<ListEntry> entry;
-    try {
-      entry = ParseListLine(each.line);
-    } catch (const std::invalid_argument&) {
-      ADD_FAILURE() << '"' << each.line << "\" was refused";
-      continue;
+class ListLine : public ListReadingTest {
+ protected:
+  void ExpectEntries(std::initializer_list<LineCase> cases) const {
+    for (const LineCase& each : cases) {
+      Expect(each.line, {{each.entry}, false});
     }
-    if (!entry.has_value()) {
-      ADD_FAILURE() << '"' << each.line << "\" was skipped";
-      continue;
+  }
+  void ExpectSkipped(std::initializer_list<std::string_view> lines) const {
+    for (const std::string_view line : lines) {
+      Expect(line, {{}, false});
     }
-    EXPECT_EQ(entry->address, each.entry.address) << '"' << each.line << '"';
-    EXPECT_EQ(entry->value, each.entry.value) << '"' << each.line << '"';
   }
-}
-
-void ExpectSkipped(std::initializer_list<std::string_view> lines) {
-  for (const std::string_view line : lines) {
-    EXPECT_EQ(ParseListLine(line), std::nullopt) << '"' << line << '"';
+  void ExpectRefused(std::initializer_list<std::string_view> lines) const {
+    for (const std::string_view line : lines) {
+      Expect(line, {{}, true});
+    }
   }
-}
 
-void ExpectRefused(std::initializer_list<std::string_view> lines) {
-  for (const std::string_view line : lines) {
-    EXPECT_THROW(static_cast<void>(ParseListLine(line)), std::invalid_argument)
-        << '"' << line << '"';
+ private:
+  void Expect(std::string_view line, const Reading& expected) const {
+    EXPECT_EQ(LineByLine(line), expected) << '"' << line << '"';
+    EXPECT_EQ(Read(line), expected) << '"' << line << "\" in a file";
+    EXPECT_EQ(Read(std::string(line) + "\r\n"), expected) << '"' << line << "\" in a file, ended";
   }
-}
+};
 
-TEST(ListLine, AddressAndValueWithOrWithoutPrefixAndClosingComma) {
+TEST_F(ListLine, AddressAndValueWithOrWithoutPrefixAndClosingComma) {
   ExpectEntries({{"0x3012, 0x5a,", {0x3012, 0x5A}},
                  {"0x3012, 0x5A", {0x3012, 0x5A}},
                  {"0x3012,0x5a", {0x3012, 0x5A}},
                  {"3013,5b", {0x3013, 0x5B}},
                  {"3013,5b,", {0x3013, 0x5B}},
                  {"ABCD,ef", {0xABCD, 0xEF}},
+                 {"0xAbCd,eF", {0xABCD, 0xEF}},
+                 {"10,10", {0x10, 0x10}},
                  {"0xfffd, 0x12,", {0xFFFD, 0x12}}});
 }
 
-TEST(ListLine, FieldsAndLineAreTrimmed) {
+TEST_F(ListLine, FieldsAndLineAreTrimmed) {
   ExpectEntries({{"0x10 ,0x20", {0x10, 0x20}},
                  {"  0x10\t,\t0x20  ", {0x10, 0x20}},
+                 {" \t 0x10 \t,\v\f 0x20 \t, ", {0x10, 0x20}},
                  {"\v\f\r 10 , 20 \v\f\r", {0x10, 0x20}},
                  {"0x10,0x20\r", {0x10, 0x20}}});
 }
 
-TEST(ListLine, BlankAndEmptyLinesAreSkipped) {
+TEST_F(ListLine, BlankAndEmptyLinesAreSkipped) {
   ExpectSkipped({"", " ", "\t \r", "\v\f"});
 }
 
-TEST(ListLine, LeadingSlashesMakeARemark) {
+TEST_F(ListLine, LeadingSlashesMakeARemark) {
   ExpectSkipped({"//", "// 0x10, 0x20", "//0x10,0x20,", "   // 0x10, 0x20", "\t//,"});
 }
 
-TEST(ListLine, SlashesElsewhereMakeNoRemark) {
+TEST_F(ListLine, SlashesElsewhereMakeNoRemark) {
   ExpectEntries({{"0x10, 0x20 // gain", {0x10, 0x20}},
                  {"0x10 // gain, 0x20", {0x10, 0x20}},
+                 {"1,2 // two", {1, 2}},
+                 {"3,4, // four, or so", {3, 4}},
                  {"/ 0x10, 0x20", {0x10, 0x20}},
+                 {"/ /1,2", {0, 2}},
                  {"/,0x20", {0, 0x20}}});
 }
 
-TEST(ListLine, WithoutACommaIsSkipped) {
-  ExpectSkipped({"0x10", "0x10 0x20", "end of list", "0xfff2"});
+TEST_F(ListLine, WithoutACommaIsSkipped) {
+  ExpectSkipped({"0x10", "0x10 0x20", "end of list", "gain", "0xfff2"});
 }
 
-TEST(ListLine, Fff2IsDroppedInEitherCase) {
+TEST_F(ListLine, Fff2IsDroppedInEitherCase) {
   ExpectSkipped({"0xfff2,0x01", "0xFFF2, 0x01,", "0XFFF2,1", "0xFfF2,", "  0xfff2,0x01"});
 }
 
-TEST(ListLine, Fff2IsComparedAsItStands) {
+TEST_F(ListLine, Fff2IsComparedAsItStands) {
   ExpectEntries({{"0xfff2 ,0x01", {0xFFF2, 1}},
                  {"fff2,0x01", {0xFFF2, 1}},
                  {"0x0fff2,0x01", {0xFFF2, 1}},
@@ -95,26 +91,28 @@ TEST(ListLine, Fff2IsComparedAsItStands) {
                  {"0x10,0xfff2", {0x10, 0xFFF2}}});
 }
 
-TEST(ListLine, TextBeforeThePrefixIsDroppedInFieldsBeforeAComma) {
+TEST_F(ListLine, TextBeforeThePrefixIsDroppedInFieldsBeforeAComma) {
   ExpectEntries({{"reg 0x10, value 0x20,", {0x10, 0x20}},
+                 {"reg 0x3012,val=0x5a,", {0x3012, 0x5A}},
                  {"120x10,0x20", {0x10, 0x20}},
                  {"0x10, -0x20,", {0x10, 0x20}},
-                 {"0x0x10,0x20,", {0x10, 0x20}}});
+                 {"0x0x12,0x0x34,", {0x12, 0x34}}});
 }
 
-TEST(ListLine, TheTextAfterTheLastCommaKeepsItsPrefix) {
+TEST_F(ListLine, TheTextAfterTheLastCommaKeepsItsPrefix) {
   ExpectEntries({{"0x10, value 0x20", {0x10, 0}},
+                 {"1,val=0x5a", {1, 0}},
                  {"0x10, -0x20", {0x10, 0xFFFFFFE0}},
                  {"0x10, +0x20", {0x10, 0x20}}});
 }
 
-TEST(ListLine, ThePrefixIsLookedForInSmallLetters) {
+TEST_F(ListLine, ThePrefixIsLookedForInSmallLetters) {
   ExpectEntries({{"0X10,0X20,", {0x10, 0x20}},   // the conversion takes it
-                 {"reg 0X10,0x20,", {0, 0x20}},  // "reg" has no digit at its start
+                 {"reg 0X10,0X20,", {0, 0x20}},  // "reg" has no digit at its start
                  {"a0X10,0x20,", {0xA0, 0x20}}});
 }
 
-TEST(ListLine, ANumberEndsAtTheFirstCharacterThatIsNoDigit) {
+TEST_F(ListLine, ANumberEndsAtTheFirstCharacterThatIsNoDigit) {
   ExpectEntries({{"0x3012, 5a remark", {0x3012, 0x5A}},
                  {"0x3012, 5a remark, more", {0x3012, 0x5A}},
                  {"3012h, 5ag", {0x3012, 0x5A}},
@@ -122,13 +120,14 @@ TEST(ListLine, ANumberEndsAtTheFirstCharacterThatIsNoDigit) {
                  {"gain,value,", {0, 0}}});
 }
 
-TEST(ListLine, FieldsAfterTheSecondAreIgnored) {
+TEST_F(ListLine, FieldsAfterTheSecondAreIgnored) {
   ExpectEntries({{"0x10, 0x20, 0x30", {0x10, 0x20}},
+                 {"1,2,3,4,5", {1, 2}},
                  {"0x10, 0x20, 0x30, 0x40,", {0x10, 0x20}},
                  {"0x10,0x20,,,", {0x10, 0x20}}});
 }
 
-TEST(ListLine, AnEmptyFieldBeforeACommaIsAZero) {
+TEST_F(ListLine, AnEmptyFieldBeforeACommaIsAZero) {
   ExpectEntries({{",0x20", {0, 0x20}},
                  {"0x10,,", {0x10, 0}},
                  {"0x10, ,0x30", {0x10, 0}},
@@ -136,22 +135,24 @@ TEST(ListLine, AnEmptyFieldBeforeACommaIsAZero) {
                  {", ,", {0, 0}}});
 }
 
-TEST(ListLine, AnAddressAloneIsRefused) {
-  ExpectRefused({"0x10,", "0x10 , ", "3013,\r", "gain,"});
+TEST_F(ListLine, AnAddressAloneIsRefused) {
+  ExpectRefused({"0x10,", "0x10 , ", "0x3012,  \t\r", "3013,\r", "gain,"});
 }
 
-TEST(ListLine, OneCommaIsALineOfOneField) {
+TEST_F(ListLine, OneCommaIsALineOfOneField) {
   ExpectRefused({",", " , ", "\t,\r"});
 }
 
-TEST(ListLine, NumbersReadAsWindowsReadsThem) {
+TEST_F(ListLine, NumbersReadAsWindowsReadsThem) {
   ExpectEntries({{"ffffffff,100000000", {0xFFFFFFFF, 0xFFFFFFFF}},
                  {"0x123456789,0x100000000,", {0xFFFFFFFF, 0xFFFFFFFF}},
                  {"-1,-100000000", {0xFFFFFFFF, 1}},
+                 {"-1,+5", {0xFFFFFFFF, 5}},
+                 {"123456789abcdef0123,1", {0xFFFFFFFF, 1}},
                  {"-100000000,-1,", {1, 0xFFFFFFFF}}});
 }
 
-TEST(ListLine, NulEndsANumberNotTheLine) {
+TEST_F(ListLine, NulEndsANumberNotTheLine) {
   ExpectEntries({{std::string_view("1\0"
                                    "2,5",
                                    5),
@@ -162,7 +163,7 @@ TEST(ListLine, NulEndsANumberNotTheLine) {
                   {1, 5}}});
 }
 
-TEST(ListLine, BytesAbove7FAreNeitherBlankNorDigit) {
+TEST_F(ListLine, BytesAbove7FAreNeitherBlankNorDigit) {
   ExpectEntries({{"\xA0"
                   "10,0x20",
                   {0, 0x20}},
@@ -173,4 +174,4 @@ TEST(ListLine, BytesAbove7FAreNeitherBlankNorDigit) {
 }
 
 }  // namespace
-}  // namespace borvan
+}  // namespace borvan_test

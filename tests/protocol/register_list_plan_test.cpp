@@ -11,7 +11,6 @@ namespace borvan::test {
 namespace {
 
 using ::testing::ElementsAre;
-using ::testing::IsEmpty;
 
 // The blocks of a list, eight bytes a line.
 std::vector<std::string> Blocks(const List& list) {
@@ -22,51 +21,16 @@ std::vector<std::string> Blocks(const List& list) {
   return texts;
 }
 
-TEST(RegisterListPlan, ARunOf32IsOneBlockAndASingleRegisterBehindItIsSentTwice) {
-  const List list = Joined({{{0xFFFD, 5}}, Registers(0x100, 32, 0x40), {{0x200, 0x77}}});
-  const Packet run = {0x00, 0x00,  // run block
-                      0x01,        // its first register is marked
-                      0x20,        // 32 values
-                      0x05, 0x00,  // first and second delay
-                      0x01, 0x00,  // first register
-                      0x40, 0x41, 0x42, 0x43, 0x44, 0x45, 0x46, 0x47,  // values
-                      0x48, 0x49, 0x4A, 0x4B, 0x4C, 0x4D, 0x4E, 0x4F,  //
-                      0x50, 0x51, 0x52, 0x53, 0x54, 0x55, 0x56, 0x57,  //
-                      0x58, 0x59, 0x5A, 0x5B, 0x5C, 0x5D, 0x5E, 0x5F,  //
-                      0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF,  // unused
-                      0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF,  //
-                      0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF};
-  const Packet scatter = {0x00, 0x01,        // scatter block
-                          0x00,              // no delay: the second one is 0
-                          0x02,              // records
-                          0xFF, 0xFD, 0x05,  // first delay
-                          0xFF, 0xFE, 0x00,  // second delay
-                          0x02, 0x00, 0x77,  // register 0x200
-                          0x02, 0x00, 0x77,  // once more, for an even number
-                          0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF,  // unused
-                          0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF,  //
-                          0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF,  //
-                          0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF,  //
-                          0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF,  //
-                          0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF};
-  EXPECT_THAT(Blocks(list), ElementsAre(Text(run), Text(scatter)));
-}
-
 TEST(RegisterListPlan, AnUnmarkedRunCarriesTheDelaysInForce) {
   const List list = Joined({{{0xFFFD, 3}, {0xFFFE, 4}, {0x10, 0x99}}, Registers(0x3456, 21, 0xE0)});
-  const Packet run = {0x00, 0x00,  // run block
-                      0x00,        // not marked
-                      0x15,        // 21 values
-                      0x03, 0x04,  // first and second delay, of register 0x10
-                      0x34, 0x56,  // first register
-                      0xE0, 0xE1, 0xE2, 0xE3, 0xE4, 0xE5, 0xE6, 0xE7,  // values
-                      0xE8, 0xE9, 0xEA, 0xEB, 0xEC, 0xED, 0xEE, 0xEF,  //
-                      0xF0, 0xF1, 0xF2, 0xF3, 0xF4,                    //
-                      0xFF, 0xFF, 0xFF,                                // unused
-                      0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF,  //
-                      0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF,  //
-                      0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF,  //
-                      0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF};
+  const Packet run = Block({0x00, 0x00,  // run block
+                            0x00,        // not marked
+                            0x15,        // 21 values
+                            0x03, 0x04,  // first and second delay, of register 0x10
+                            0x34, 0x56,  // first register
+                            0xE0, 0xE1, 0xE2, 0xE3, 0xE4, 0xE5, 0xE6, 0xE7,  // values
+                            0xE8, 0xE9, 0xEA, 0xEB, 0xEC, 0xED, 0xEE, 0xEF,  //
+                            0xF0, 0xF1, 0xF2, 0xF3, 0xF4});
   const Packet scatter = Block({0x00, 0x01,          // scatter block
                                 0x01,                // delay: neither value is 0
                                 0x02,                // records
@@ -99,14 +63,6 @@ TEST(RegisterListPlan, TwentyConsecutiveRegistersAreScattered) {
                              0x02, 0x10, 0xB2,        // registers 0x210
                              0x02, 0x11, 0xB3});      // and 0x211
   EXPECT_THAT(Blocks(list), ElementsAre(Text(full), Text(rest)));
-}
-
-TEST(RegisterListPlan, TwentyOneConsecutiveRegistersAreARun) {
-  const List list = Joined({{{0xFFFD, 0}}, Registers(0x1FE, 21, 0xA0)});
-  EXPECT_THAT(Blocks(list), ElementsAre(Text(RunBlock({0x00, 0x00, 0x01, 0x15,  // run of 21, marked
-                                                       0x00, 0x00,              // delays
-                                                       0x01, 0xFE},             // first register
-                                                      21, 0xA0))));
 }
 
 TEST(RegisterListPlan, SixtyConsecutiveRegistersAreARunOf56AndFourScattered) {
@@ -170,27 +126,37 @@ TEST(RegisterListPlan, DelayFlagLooksAtWholeValuesOfWhichTheLowByteIsSent) {
   }
 }
 
-TEST(RegisterListPlan, AMarkedRegisterIsPrecededByTheBlockWithTheDelaysBefore) {
-  const List list = {{0xFFFD, 1}, {0xFFFE, 2}, {0x10, 0x77},
-                     {0xFFFD, 3}, {0xFFFE, 4}, {0x20, 0x77}};
-  EXPECT_THAT(Blocks(list), ElementsAre(SingleBlock(1, 1, 2, 0x10), SingleBlock(1, 3, 4, 0x20)));
-}
-
-TEST(RegisterListPlan, ASecondDelayAloneTakesTheLastFirstDelay) {
-  const List list = {{0xFFFD, 7}, {0x10, 0x77}, {0xFFFE, 9}, {0x20, 0x77}};
-  EXPECT_THAT(Blocks(list), ElementsAre(SingleBlock(0, 7, 0, 0x10), SingleBlock(1, 7, 9, 0x20)));
-}
-
-TEST(RegisterListPlan, AFirstDelayAloneMakesTheSecond0) {
-  const List list = {{0xFFFD, 1}, {0xFFFE, 2}, {0x10, 0x77}, {0xFFFD, 3}, {0x20, 0x77}};
-  EXPECT_THAT(Blocks(list), ElementsAre(SingleBlock(1, 1, 2, 0x10), SingleBlock(0, 3, 0, 0x20)));
-}
-
-TEST(RegisterListPlan, MarksOfOneRegisterMayStandInEitherOrderAndTheLaterCounts) {
-  const List swapped = {{0xFFFD, 1}, {0x10, 0x77}, {0xFFFE, 2}, {0xFFFD, 3}, {0x20, 0x77}};
-  EXPECT_THAT(Blocks(swapped), ElementsAre(SingleBlock(0, 1, 0, 0x10), SingleBlock(1, 3, 2, 0x20)));
-  const List repeated = {{0xFFFD, 1}, {0xFFFE, 2}, {0xFFFD, 5}, {0xFFFE, 6}, {0x10, 0x77}};
-  EXPECT_THAT(Blocks(repeated), ElementsAre(SingleBlock(1, 5, 6, 0x10)));
+TEST(RegisterListPlan, MarksSetTheDelaysOfTheRegistersBehindThem) {
+  struct MarkCase {
+    const char* what;
+    List list;
+    std::vector<std::string> blocks;
+  };
+  const MarkCase cases[] = {
+      {"the block with the delays before precedes a marked register",
+       {{0xFFFD, 1}, {0xFFFE, 2}, {0x10, 0x77}, {0xFFFD, 3}, {0xFFFE, 4}, {0x20, 0x77}},
+       {SingleBlock(1, 1, 2, 0x10), SingleBlock(1, 3, 4, 0x20)}},
+      {"a second delay alone takes the last first delay",
+       {{0xFFFD, 7}, {0x10, 0x77}, {0xFFFE, 9}, {0x20, 0x77}},
+       {SingleBlock(0, 7, 0, 0x10), SingleBlock(1, 7, 9, 0x20)}},
+      {"a first delay alone makes the second 0",
+       {{0xFFFD, 1}, {0xFFFE, 2}, {0x10, 0x77}, {0xFFFD, 3}, {0x20, 0x77}},
+       {SingleBlock(1, 1, 2, 0x10), SingleBlock(0, 3, 0, 0x20)}},
+      {"the second delay may stand before the first",
+       {{0xFFFD, 1}, {0x10, 0x77}, {0xFFFE, 2}, {0xFFFD, 3}, {0x20, 0x77}},
+       {SingleBlock(0, 1, 0, 0x10), SingleBlock(1, 3, 2, 0x20)}},
+      {"the later mark counts",
+       {{0xFFFD, 1}, {0xFFFE, 2}, {0xFFFD, 5}, {0xFFFE, 6}, {0x10, 0x77}},
+       {SingleBlock(1, 5, 6, 0x10)}},
+      {"marks with no register behind them send nothing",
+       {{0xFFFD, 1}, {0xFFFE, 2}, {0x10, 0x77}, {0xFFFD, 3}, {0xFFFF, 4}},
+       {SingleBlock(1, 1, 2, 0x10)}},
+      {"marks and pauses alone make no block", {{0xFFFD, 1}, {0xFFFE, 2}, {0xFFFF, 3}}, {}},
+      {"nothing makes no block", {}, {}},
+  };
+  for (const MarkCase& each : cases) {
+    EXPECT_EQ(Blocks(each.list), each.blocks) << each.what;
+  }
 }
 
 TEST(RegisterListPlan, DelaysStayInForceFromBlockToBlock) {
@@ -227,41 +193,6 @@ TEST(RegisterListPlan, OnlyTheResultOfABlockSentForARunIsNotKept) {
     keeps.push_back(block.keeps_result);
   }
   EXPECT_THAT(keeps, ElementsAre(true, false, true, true, true, true));
-}
-
-TEST(RegisterListPlan, MarksAndPausesAloneMakeNoBlock) {
-  EXPECT_THAT(Blocks({}), IsEmpty());
-  EXPECT_THAT(Blocks({{0xFFFD, 1}, {0xFFFE, 2}, {0xFFFF, 3}}), IsEmpty());
-}
-
-TEST(RegisterListPlan, MarksWithNoRegisterBehindThemSendNothing) {
-  const List list = {{0xFFFD, 1}, {0xFFFE, 2}, {0x10, 0x77}, {0xFFFD, 3}, {0xFFFF, 4}};
-  EXPECT_THAT(Blocks(list), ElementsAre(SingleBlock(1, 1, 2, 0x10)));
-}
-
-TEST(RegisterListPlan, TrailingMarksAreDropped) {
-  List list = {{0xFFFD, 1}, {0x10, 2}, {0xFFFE, 3}, {0xFFFD, 4}, {0xFFFE, 5}};
-  DropTrailingMarks(list);
-  EXPECT_THAT(list, ElementsAre(ListEntry{0xFFFD, 1}, ListEntry{0x10, 2}));
-  List marks = {{0xFFFD, 1}, {0xFFFE, 3}};
-  DropTrailingMarks(marks);
-  EXPECT_THAT(marks, IsEmpty());
-  // A pause at the end keeps the marks before it.
-  List pause = {{0xFFFD, 1}, {0xFFFF, 3}};
-  DropTrailingMarks(pause);
-  EXPECT_THAT(pause, ElementsAre(ListEntry{0xFFFD, 1}, ListEntry{0xFFFF, 3}));
-}
-
-TEST(RegisterListPlan, HeaderIsAFirstDelayBeforeAllButPauses) {
-  EXPECT_TRUE(HasListHeader({{0xFFFD, 0}}));
-  EXPECT_TRUE(HasListHeader({{0xFFFD, 0}, {0x10, 1}, {0x20, 2}}));
-  EXPECT_TRUE(HasListHeader({{0xFFFF, 1}, {0xFFFF, 256}, {0xFFFF, 0}, {0xFFFD, 0}, {0x10, 1}}));
-  EXPECT_TRUE(HasListHeader({{0xFFFF, 1}}));
-  EXPECT_FALSE(HasListHeader({{0x10, 1}, {0xFFFD, 0}}));
-  EXPECT_FALSE(HasListHeader({{0xFFFE, 0}, {0xFFFD, 0}, {0x10, 1}}));
-  EXPECT_FALSE(HasListHeader({{0xFFFF, 1}, {0x10, 1}, {0xFFFD, 0}}));
-  // All 32 bits make a marker.
-  EXPECT_FALSE(HasListHeader({{0x1FFFD, 0}, {0x10, 1}}));
 }
 
 }  // namespace

@@ -114,27 +114,19 @@ constexpr SignedCase kSignedCases[] = {
     {"-10000000000000000", u"-10000000000000000", kSmallest},
 };
 
-TEST(HexadecimalText, UnsignedLongReadsAsWindowsDoes) {
+TEST(HexadecimalText, ReadsUnsignedNumbersAsWindowsDoes) {
   for (const UnsignedCase& each : kUnsignedCases) {
-    EXPECT_EQ(ParseUnsignedLong(each.text), each.low32) << '"' << each.text << '"';
+    SCOPED_TRACE(each.text);
+    EXPECT_EQ(ParseUnsignedLong(each.text), each.low32);
+    EXPECT_EQ(ParseUnsigned64Low(each.text), each.low_of_64);
   }
 }
 
-TEST(HexadecimalText, Unsigned64BitConversionIsCutToItsLowHalf) {
-  for (const UnsignedCase& each : kUnsignedCases) {
-    EXPECT_EQ(ParseUnsigned64Low(each.text), each.low_of_64) << '"' << each.text << '"';
-  }
-}
-
-TEST(HexadecimalText, SignedLongStopsAtItsLimits) {
+TEST(HexadecimalText, SignedNumbersStopAtTheirLimits) {
   for (const SignedCase& each : kSignedCases) {
-    EXPECT_EQ(ParseLong(std::string_view(each.text)), each.value) << '"' << each.text << '"';
-  }
-}
-
-TEST(HexadecimalText, WideSignedLongReadsLikeTheNarrowOne) {
-  for (const SignedCase& each : kSignedCases) {
-    EXPECT_EQ(ParseLong(std::u16string_view(each.wide)), each.value) << '"' << each.text << '"';
+    SCOPED_TRACE(each.text);
+    EXPECT_EQ(ParseLong(std::string_view(each.text)), each.value);
+    EXPECT_EQ(ParseLong(std::u16string_view(each.wide)), each.value);
   }
 }
 
@@ -166,22 +158,17 @@ TEST(HexadecimalText, ReadsNothingPastTheEndOfAText) {
   EXPECT_EQ(ParseUnsignedLong(kAll.substr(2, 2)), 0x12U);
 }
 
-TEST(HexadecimalText, FormatsWithoutPrefixOrPaddingInLowerCase) {
+TEST(HexadecimalText, FormatsInLowerCaseWithoutAPrefix) {
   EXPECT_EQ(FormatHex(0), "0");
   EXPECT_EQ(FormatHex(0xA), "a");
   EXPECT_EQ(FormatHex(0x1A3), "1a3");
   EXPECT_EQ(FormatHex(0x80001234), "80001234");
   EXPECT_EQ(FormatHex(0xFEDCBA9876543210), "fedcba9876543210");
   EXPECT_EQ(FormatHex(0xFFFFFFFFFFFFFFFF), "ffffffffffffffff");
-}
-
-TEST(HexadecimalText, FormatsEightDigits) {
+  // Eight digits, two digits.
   EXPECT_EQ(FormatHex8(0), "00000000");
   EXPECT_EQ(FormatHex8(0x1A3), "000001a3");
   EXPECT_EQ(FormatHex8(0xFFFFFFFF), "ffffffff");
-}
-
-TEST(HexadecimalText, FormatsAByteWithTwoDigits) {
   EXPECT_EQ(FormatHexByte(0x00), "00");
   EXPECT_EQ(FormatHexByte(0x0F), "0f");
   EXPECT_EQ(FormatHexByte(0xA0), "a0");

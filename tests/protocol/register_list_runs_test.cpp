@@ -43,62 +43,65 @@ std::vector<Shape> Shapes(const List& list) {
   return shapes;
 }
 
+struct RunCase {
+  const char* what;
+  List list;
+  std::vector<Shape> shapes;
+};
+const RunCase kRuns[] = {
+    {"20 are scattered", Registers(0x100, 20, 0), {ScatterOf(18, 0x100), ScatterOf(2, 0x112)}},
+    {"21", Registers(0x100, 21, 0), {RunOf(21, 0x100)}},
+    {"55", Registers(0x100, 55, 0), {RunOf(55, 0x100)}},
+    {"56", Registers(0x100, 56, 0), {RunOf(56, 0x100)}},
+    {"20 are scattered whatever follows",
+     Joined({Registers(0x100, 20, 0), Registers(0x300, 21, 0)}),
+     {ScatterOf(18, 0x100), ScatterOf(2, 0x112), RunOf(21, 0x300)}},
+
+    {"1 behind a full run", Registers(0x100, 57, 0), {RunOf(56, 0x100), ScatterOf(2, 0x138)}},
+    {"20 behind a full run",
+     Registers(0x100, 76, 0),
+     {RunOf(56, 0x100), ScatterOf(18, 0x138), ScatterOf(2, 0x14A)}},
+    {"21 behind a full run", Registers(0x100, 77, 0), {RunOf(56, 0x100), RunOf(21, 0x138)}},
+    {"two full runs", Registers(0x100, 112, 0), {RunOf(56, 0x100), RunOf(56, 0x138)}},
+
+    {"the register that breaks a run begins none, and the 20 behind it are too few",
+     Joined({Registers(0x100, 21, 0), Registers(0x500, 21, 0)}),
+     {RunOf(21, 0x100), ScatterOf(18, 0x500), ScatterOf(4, 0x512)}},
+    {"one more, and a run begins behind the register that broke the first",
+     Joined({Registers(0x100, 21, 0), Registers(0x500, 22, 0)}),
+     {RunOf(21, 0x100), ScatterOf(2, 0x500), RunOf(21, 0x501)}},
+    {"the 56th register closes a full run, so that the next is compared and may begin a run",
+     Joined({Registers(0x100, 56, 0), Registers(0x500, 21, 0)}),
+     {RunOf(56, 0x100), RunOf(21, 0x500)}},
+    {"a register that ends a short run may begin the next",
+     Joined({Registers(0x100, 3, 0), Registers(0x500, 21, 0)}),
+     {ScatterOf(4, 0x100), RunOf(21, 0x500)}},
+
+    {"register 1 as the first continues nothing",
+     Registers(1, 20, 0),
+     {ScatterOf(18, 1), ScatterOf(2, 19)}},
+    {"21 from register 1", Registers(1, 21, 0), {RunOf(21, 1)}},
+    {"56 from register 1", Registers(1, 56, 0), {RunOf(56, 1)}},
+    // The run from 1 on counts from the full run's last register, which has been sent by then.
+    {"register 1 behind a full run is a step of which the start is passed over",
+     Joined({Registers(0x100, 56, 0), Registers(1, 21, 0)}),
+     {RunOf(56, 0x100), ScatterOf(18, 1), ScatterOf(4, 19)}},
+    {"register 1 behind a broken run is a step from the register that broke it",
+     Joined({Registers(0x100, 21, 0), {{0x500, 0}}, Registers(1, 20, 0)}),
+     {RunOf(21, 0x100), RunOf(21, 0x500)}},
+
+    {"descending", Registers(0x100, 22, 0, 0xFFFFFFFF), {ScatterOf(18, 0x100), ScatterOf(4, 0xEE)}},
+    {"equal", Registers(0x100, 22, 0, 0), {ScatterOf(18, 0x100), ScatterOf(4, 0x100)}},
+    {"spaced", Registers(0x100, 22, 0, 2), {ScatterOf(18, 0x100), ScatterOf(4, 0x124)}},
+    {"a pause inside does not break a run",
+     Joined({Registers(0x100, 10, 0), {{0xFFFF, 5}}, Registers(0x10A, 11, 0)}),
+     {RunOf(21, 0x100)}},
+};
+
 TEST(RegisterListRuns, HaveFrom21To56Registers) {
-  EXPECT_THAT(Shapes(Registers(0x100, 20, 0)),
-              ElementsAre(ScatterOf(18, 0x100), ScatterOf(2, 0x112)));
-  EXPECT_THAT(Shapes(Registers(0x100, 21, 0)), ElementsAre(RunOf(21, 0x100)));
-  EXPECT_THAT(Shapes(Registers(0x100, 55, 0)), ElementsAre(RunOf(55, 0x100)));
-  EXPECT_THAT(Shapes(Registers(0x100, 56, 0)), ElementsAre(RunOf(56, 0x100)));
-}
-
-TEST(RegisterListRuns, OfLessThan21AreScatteredWhateverFollows) {
-  EXPECT_THAT(Shapes(Joined({Registers(0x100, 20, 0), Registers(0x300, 21, 0)})),
-              ElementsAre(ScatterOf(18, 0x100), ScatterOf(2, 0x112), RunOf(21, 0x300)));
-}
-
-TEST(RegisterListRuns, TheRegisterBehindAFullRunMayBeginTheNext) {
-  EXPECT_THAT(Shapes(Registers(0x100, 57, 0)), ElementsAre(RunOf(56, 0x100), ScatterOf(2, 0x138)));
-  EXPECT_THAT(Shapes(Registers(0x100, 76, 0)),
-              ElementsAre(RunOf(56, 0x100), ScatterOf(18, 0x138), ScatterOf(2, 0x14A)));
-  EXPECT_THAT(Shapes(Registers(0x100, 77, 0)), ElementsAre(RunOf(56, 0x100), RunOf(21, 0x138)));
-  EXPECT_THAT(Shapes(Registers(0x100, 112, 0)), ElementsAre(RunOf(56, 0x100), RunOf(56, 0x138)));
-}
-
-TEST(RegisterListRuns, TheRegisterThatBreaksARunBeginsNone) {
-  // 0x500 breaks the run; the 20 behind it are too few.
-  EXPECT_THAT(Shapes(Joined({Registers(0x100, 21, 0), Registers(0x500, 21, 0)})),
-              ElementsAre(RunOf(21, 0x100), ScatterOf(18, 0x500), ScatterOf(4, 0x512)));
-  // One more, and the run begins behind the register that broke the first.
-  EXPECT_THAT(Shapes(Joined({Registers(0x100, 21, 0), Registers(0x500, 22, 0)})),
-              ElementsAre(RunOf(21, 0x100), ScatterOf(2, 0x500), RunOf(21, 0x501)));
-}
-
-TEST(RegisterListRuns, TheRegisterBehindAFullRunBreaksNothing) {
-  // The full run is closed by its 56th register, so 0x500 is compared and may begin a run.
-  EXPECT_THAT(Shapes(Joined({Registers(0x100, 56, 0), Registers(0x500, 21, 0)})),
-              ElementsAre(RunOf(56, 0x100), RunOf(21, 0x500)));
-}
-
-TEST(RegisterListRuns, ARegisterThatEndsAShortRunMayBeginTheNext) {
-  EXPECT_THAT(Shapes(Joined({Registers(0x100, 3, 0), Registers(0x500, 21, 0)})),
-              ElementsAre(ScatterOf(4, 0x100), RunOf(21, 0x500)));
-}
-
-TEST(RegisterListRuns, Register1AsTheFirstContinuesNothing) {
-  EXPECT_THAT(Shapes(Registers(1, 20, 0)), ElementsAre(ScatterOf(18, 1), ScatterOf(2, 19)));
-  EXPECT_THAT(Shapes(Registers(1, 21, 0)), ElementsAre(RunOf(21, 1)));
-  EXPECT_THAT(Shapes(Registers(1, 56, 0)), ElementsAre(RunOf(56, 1)));
-}
-
-TEST(RegisterListRuns, Register1BehindAFullRunIsAStepOfWhichTheStartIsPassedOver) {
-  // The run from 1 on counts from the full run's last register, which has been sent by then.
-  EXPECT_THAT(Shapes(Joined({Registers(0x100, 56, 0), Registers(1, 21, 0)})),
-              ElementsAre(RunOf(56, 0x100), ScatterOf(18, 1), ScatterOf(4, 19)));
-}
-
-TEST(RegisterListRuns, Register1BehindABrokenRunIsAStepFromTheRegisterThatBrokeIt) {
-  EXPECT_THAT(Shapes(Joined({Registers(0x100, 21, 0), {{0x500, 0}}, Registers(1, 20, 0)})),
-              ElementsAre(RunOf(21, 0x100), RunOf(21, 0x500)));
+  for (const RunCase& each : kRuns) {
+    EXPECT_EQ(Shapes(each.list), each.shapes) << each.what;
+  }
 }
 
 TEST(RegisterListRuns, StepsCompareAll32Bits) {
@@ -108,20 +111,6 @@ TEST(RegisterListRuns, StepsCompareAll32Bits) {
     alternating[i].address += 0x10000;
   }
   EXPECT_THAT(Shapes(alternating), ElementsAre(ScatterOf(18, 0x100), ScatterOf(4, 0x112)));
-}
-
-TEST(RegisterListRuns, NeitherDescendingNorEqualNorSpacedRegistersFormThem) {
-  EXPECT_THAT(Shapes(Registers(0x100, 22, 0, 0xFFFFFFFF)),
-              ElementsAre(ScatterOf(18, 0x100), ScatterOf(4, 0xEE)));
-  EXPECT_THAT(Shapes(Registers(0x100, 22, 0, 0)),
-              ElementsAre(ScatterOf(18, 0x100), ScatterOf(4, 0x100)));
-  EXPECT_THAT(Shapes(Registers(0x100, 22, 0, 2)),
-              ElementsAre(ScatterOf(18, 0x100), ScatterOf(4, 0x124)));
-}
-
-TEST(RegisterListRuns, PausesInsideDoNotBreakThem) {
-  EXPECT_THAT(Shapes(Joined({Registers(0x100, 10, 0), {{0xFFFF, 5}}, Registers(0x10A, 11, 0)})),
-              ElementsAre(RunOf(21, 0x100)));
 }
 
 TEST(RegisterListRuns, MarksInsideNeitherBreakThemNorCount) {

@@ -6,12 +6,13 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <utility>
+#include <vector>
 
 namespace borvan {
 namespace {
 
 using ::testing::ElementsAre;
-using ::testing::IsEmpty;
 
 struct LayoutCase {
   std::uint32_t size;
@@ -45,12 +46,6 @@ TEST(FlashImageLayout, CountsSectorsBegunAndRoundsUpToPieces) {
   }
 }
 
-TEST(FlashImageLayout, SectorsCountFromTheStartAddressEvenUnaligned) {
-  EXPECT_EQ(SectorAddress(0x00001000, 0), 0x00001000U);
-  EXPECT_EQ(SectorAddress(0x00001000, 1), 0x00002000U);
-  EXPECT_EQ(SectorAddress(0x00001234, 2), 0x00003234U);
-}
-
 TEST(FlashImageLayout, SectorAddressesWrapAt32Bits) {
   EXPECT_EQ(SectorAddress(0xFFFFF000, 1), 0x00000000U);
   EXPECT_EQ(SectorAddress(0xFFFFFFFF, 1), 0x00000FFFU);
@@ -58,26 +53,17 @@ TEST(FlashImageLayout, SectorAddressesWrapAt32Bits) {
   EXPECT_EQ(SectorAddress(0x00001000, 1048575), 0x00000000U);
 }
 
-std::vector<std::uint8_t> Padded(std::vector<std::uint8_t> image) {
-  PadFlashImage(image, LayOutFlashImage(static_cast<std::uint32_t>(image.size())));
-  return image;
-}
-
-// `image`, `zeros` bytes of 0x00, 60 bytes of 0xFF.
-std::vector<std::uint8_t> Expected(std::vector<std::uint8_t> image, std::size_t zeros) {
-  image.insert(image.end(), zeros, 0x00);
-  image.insert(image.end(), 60, 0xFF);
-  return image;
-}
-
-TEST(FlashImagePadding, FillsTheLastPieceWithZerosAndAppendsABlankPiece) {
-  using Bytes = std::vector<std::uint8_t>;
-  EXPECT_EQ(Padded({}), Expected({}, 0));
-  EXPECT_EQ(Padded({0xAB}), Expected({0xAB}, 59));
-  EXPECT_EQ(Padded(Bytes(59, 0xAB)), Expected(Bytes(59, 0xAB), 1));
-  EXPECT_EQ(Padded(Bytes(60, 0xAB)), Expected(Bytes(60, 0xAB), 0));
-  EXPECT_EQ(Padded(Bytes(61, 0xAB)), Expected(Bytes(61, 0xAB), 59));
-  EXPECT_EQ(Padded(Bytes(4096, 0xFF)), Expected(Bytes(4096, 0xFF), 44));
+TEST(FlashImagePieces, TheLastIsFilledUpWithZerosAndABlankOneFollows) {
+  const std::pair<std::uint32_t, std::size_t> zeros_of_sizes[] = {{0, 0},  {1, 59},  {59, 1},
+                                                                  {60, 0}, {61, 59}, {4096, 44}};
+  for (const auto& [size, zeros] : zeros_of_sizes) {
+    std::vector<std::uint8_t> image(size, 0xAB);
+    std::vector<std::uint8_t> expected = image;
+    expected.insert(expected.end(), zeros, 0x00);
+    expected.insert(expected.end(), 60, 0xFF);
+    PadFlashImage(image, LayOutFlashImage(size));
+    EXPECT_EQ(image, expected) << size;
+  }
 }
 
 TEST(FlashImagePieces, OnlySixtyErasedBytesAreBlank) {
@@ -89,13 +75,6 @@ TEST(FlashImagePieces, OnlySixtyErasedBytesAreBlank) {
     EXPECT_FALSE(IsBlankPiece(piece)) << at;
     piece[at] = 0xFF;
   }
-  piece.fill(0x00);
-  EXPECT_FALSE(IsBlankPiece(piece));
-}
-
-TEST(FlashImagePieces, ALastByteOfFFMakesNoBlankPiece) {
-  const std::vector<std::uint8_t> image = Padded({0xFF});
-  EXPECT_FALSE(IsBlankPiece(std::span<const std::uint8_t, 60>(image.data(), 60)));
 }
 
 std::vector<std::int32_t> WriteReports(std::uint64_t pieces) {
@@ -117,20 +96,9 @@ std::vector<std::int32_t> OneTo(std::int32_t last) {
   return numbers;
 }
 
-TEST(FlashWriteProgress, OnePieceReportsNothing) {
-  EXPECT_THAT(WriteReports(1), IsEmpty());
-}
-
-TEST(FlashWriteProgress, ReportsTheShareAtTheStartOfEachPiece) {
-  EXPECT_THAT(WriteReports(2), ElementsAre(50));
-  EXPECT_THAT(WriteReports(3), ElementsAre(33, 66));
-  EXPECT_THAT(WriteReports(7), ElementsAre(14, 28, 42, 57, 71, 85));
-}
-
 TEST(FlashWriteProgress, ReportsEachPercentageOnceAndNever0Nor100) {
+  EXPECT_THAT(WriteReports(7), ElementsAre(14, 28, 42, 57, 71, 85));
   EXPECT_EQ(WriteReports(100), OneTo(99));
-  EXPECT_EQ(WriteReports(101), OneTo(99));
-  EXPECT_EQ(WriteReports(200), OneTo(99));
   EXPECT_EQ(WriteReports(10000), OneTo(99));
 }
 
@@ -159,14 +127,12 @@ TEST(FlashWriteProgress, LargestImageWithoutAWrapReaches99) {
 TEST(FlashWriteProgress, AccumulatorWrapsAt32Bits) {
   // 60 MB: the offset 42,949,680 starts again at 0 per cent, and 29 is never passed anew.
   EXPECT_EQ(WriteReports(1000000), OneTo(71));
-  EXPECT_EQ(WriteReports(1000000), ModelledWriteReports(1000000));
   // 120 MB: 35 per cent at most, three times.
   EXPECT_EQ(WriteReports(2000000), OneTo(35));
-  EXPECT_EQ(WriteReports(2000000), ModelledWriteReports(2000000));
 }
 
 TEST(FlashWriteProgress, AgreesWithTheModelAroundTheWrap) {
-  for (const std::uint64_t pieces : {715827U, 715828U, 715829U, 715830U, 716000U}) {
+  for (const std::uint64_t pieces : {715827U, 715828U, 715829U, 715830U, 716000U, 2000000U}) {
     EXPECT_EQ(WriteReports(pieces), ModelledWriteReports(pieces)) << pieces;
   }
 }
@@ -183,15 +149,6 @@ std::vector<std::int32_t> ReadReports(std::uint32_t group_count) {
     }
   }
   return reports;
-}
-
-TEST(FlashReadProgress, ShortReadsOvershoot) {
-  EXPECT_THAT(ReadReports(1), ElementsAre(200));       // 8 bytes: 2 of 1
-  EXPECT_THAT(ReadReports(2), ElementsAre(150));       // 3 of 2
-  EXPECT_THAT(ReadReports(7), ElementsAre(114));       // 8 of 7
-  EXPECT_THAT(ReadReports(8), ElementsAre(112));       // 8 of 8 is not told, 9 of 8
-  EXPECT_THAT(ReadReports(16), ElementsAre(50, 106));  // 16 of 16 is not told, 17 of 16
-  EXPECT_THAT(ReadReports(24), ElementsAre(33, 66, 104));
 }
 
 TEST(FlashReadProgress, OvershootEndsWithReadsOf101Groups) {

@@ -41,19 +41,12 @@ TEST(I2cListPackets, ARunWith8BitRegistersAnd8BitData) {
 
 TEST(I2cListPackets, ARunWith16BitRegistersAnd8BitData) {
   const List list = Joined({{{0xFFF8, 0x20}, {0xFFFE, 3}}, Registers(0xAB3012, 5, 0x101)});
-  const Packet run = {0x00,                                            // run
-                      0x20,                                            // slave
-                      0x01,                                            // mode 1
-                      0x05,                                            // values
-                      0xFF, 0xFF, 0x30, 0x12,                          // first register
-                      0x01, 0x02, 0x03, 0x04, 0x05,                    // values
-                      0xFF, 0xFF, 0xFF,                                // unused
-                      0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF,  //
-                      0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF,  //
-                      0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF,  //
-                      0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF,  //
-                      0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF,  //
-                      0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF};
+  const Packet run = Block({0x00,                            // run
+                            0x20,                            // slave
+                            0x01,                            // mode 1
+                            0x05,                            // values
+                            0xFF, 0xFF, 0x30, 0x12,          // first register
+                            0x01, 0x02, 0x03, 0x04, 0x05});  // values
   EXPECT_THAT(Packets(list), ElementsAre(Text(run)));
 }
 

@@ -53,10 +53,6 @@ List With(std::initializer_list<std::uint32_t> width_codes, const List& list) {
   return whole;
 }
 
-TEST(I2cListPacking, SixtyConsecutiveRegistersInMode0AreRunsOf56And4) {
-  EXPECT_THAT(Shapes(With({0}, Registers(0x10, 60, 0))), ElementsAre(RunOf(0, 56), RunOf(0, 4)));
-}
-
 TEST(I2cListPacking, RunsHaveTheLimitOfTheirWidthCode) {
   EXPECT_THAT(Shapes(With({1}, Registers(0x10, 57, 0))), ElementsAre(RunOf(0, 56), RunOf(0, 1)));
   EXPECT_THAT(Shapes(With({3}, Registers(0x10, 57, 0))), ElementsAre(RunOf(1, 56), RunOf(1, 1)));
