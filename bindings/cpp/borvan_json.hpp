@@ -2,10 +2,13 @@
 
 // Reads the JSON that borvanusb prints.
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
+#include <locale>
 #include <map>
+#include <sstream>
 #include <string>
 #include <utility>
 #include <vector>
@@ -117,12 +120,13 @@ class JsonReader {
       value.boolean = text_[at_ - 2] == 'u';
       return;
     }
-    const char* const start = text_.c_str() + at_;
-    char* end = nullptr;
-    value.number = std::strtod(start, &end);
+    // Not by strtod, whose decimal point is that of the locale.
+    const std::size_t end = std::min(text_.find_first_not_of("+-.0123456789Ee", at_), text_.size());
+    std::istringstream stream(text_.substr(at_, end - at_));
+    stream.imbue(std::locale::classic());
     value.type = Json::Type::kNumber;
-    good_ = good_ && end != start;
-    at_ += static_cast<std::size_t>(end - start);
+    good_ = good_ && static_cast<bool>(stream >> value.number);
+    at_ = end;
   }
 
   std::string Text() {

@@ -7,6 +7,7 @@
 #endif
 #include <windows.h>
 
+#include <chrono>
 #include <condition_variable>
 #include <cstdint>
 #include <deque>
@@ -112,10 +113,10 @@ class Process {
     startup.hStdInput = input.read.Get();
     startup.hStdOutput = output_.write.Get();
     startup.hStdError = errors_.write.Get();
-    // A group of its own can be sent Ctrl-Break alone. Without a console here, the child gets a
-    // hidden one instead of a window.
+    // At this program's console a group of its own can be sent Ctrl-Break alone. Without a console
+    // here the child gets a hidden one.
     has_console_ = GetConsoleCP() != 0;
-    const DWORD flags = CREATE_NEW_PROCESS_GROUP | (has_console_ ? 0 : CREATE_NO_WINDOW);
+    const DWORD flags = has_console_ ? CREATE_NEW_PROCESS_GROUP : CREATE_NO_WINDOW;
     PROCESS_INFORMATION information = {};
     if (CreateProcessW(nullptr, line.data(), nullptr, nullptr, TRUE, flags, nullptr, nullptr,
                        &startup, &information) == FALSE) {
@@ -146,23 +147,40 @@ class Process {
     return line;
   }
 
-  // Asks the program to stop, as Ctrl-C at its console does.
-  bool Interrupt() const {
+  // Asks the program to stop, as Ctrl-C at its console does. False when that can't be done.
+  bool Interrupt() {
     if (has_console_) {
       return GenerateConsoleCtrlEvent(CTRL_BREAK_EVENT, id_) != FALSE;
     }
-    if (AttachConsole(id_) == FALSE) {
-      return false;
+    if (!attached_) {
+      FreeConsole();  // Wine gives a program without a terminal a console that does not work
+      if (AttachConsole(id_) == FALSE) {
+        return false;
+      }
     }
-    const bool sent = GenerateConsoleCtrlEvent(CTRL_BREAK_EVENT, id_) != FALSE;
-    FreeConsole();
-    return sent;
+    // Everyone at that console gets the Ctrl-C. This program ignores it, and stays at the console
+    // until the child has ended.
+    attached_ = true;
+    SetConsoleCtrlHandler(nullptr, TRUE);
+    return GenerateConsoleCtrlEvent(CTRL_C_EVENT, 0) != FALSE;
+  }
+
+  bool HasEnded() const { return WaitForSingleObject(process_.Get(), 0) == WAIT_OBJECT_0; }
+
+  // Reads no further. Another program that inherited the pipes by chance would keep them open.
+  void StopReading() {
+    CancelIoEx(output_.read.Get(), nullptr);
+    CancelIoEx(errors_.read.Get(), nullptr);
   }
 
   // Waits for the end. Returns the exit code; the standard output is in `output` then.
   DWORD Finish(std::string& output) {
     Join();
     WaitForSingleObject(process_.Get(), INFINITE);
+    if (std::exchange(attached_, false)) {
+      FreeConsole();
+      SetConsoleCtrlHandler(nullptr, FALSE);
+    }
     DWORD code = 0;
     GetExitCodeProcess(process_.Get(), &code);
     output = std::move(output_text_);
@@ -221,6 +239,7 @@ class Process {
   Handle process_;
   DWORD id_ = 0;
   bool has_console_ = false;
+  bool attached_ = false;  // to the child's console
   Pipe output_;
   Pipe errors_;
   std::string output_text_;

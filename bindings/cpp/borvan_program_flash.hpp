@@ -5,6 +5,7 @@
 // back. All texts here are UTF-8. This header includes windows.h.
 
 #include <atomic>
+#include <chrono>
 #include <cstdint>
 #include <exception>
 #include <functional>
@@ -31,17 +32,18 @@ struct ProgramProgress {
 };
 
 struct ProgramOptions {
-  std::uint32_t address = 0;
+  // Where the first byte goes; nullopt: at 0, unless the name of the image has another address.
+  std::optional<std::uint32_t> address;
   std::string camera;       // as --camera; empty: the only camera
   std::string backup;       // file of the old bytes; empty: a name beside the image
   bool keep_backup = true;  // false: --no-backup
   bool verify = true;       // false: --no-verify
   bool dry_run = false;     // plan and change nothing
   bool restore_on_failure = false;
-  bool force = false;           // take images that look wrong
-  std::string flash_size;       // as --flash-size, such as "1M"; empty: the tool finds it
-  double timeout_seconds = 10;  // without progress, 0.1 to 3600
-  std::vector<std::string> more_arguments;  // further options of the tool
+  bool force = false;      // take images that look wrong
+  std::string flash_size;  // as --flash-size, such as "1M"; empty: the tool finds it
+  std::chrono::milliseconds timeout{10000};  // without progress, 0.1 s to an hour
+  std::vector<std::string> more_arguments;   // further options of the tool
 
   std::string tool;  // borvanusb.exe; empty: the one in the folder of this program
   std::function<void(const ProgramProgress&)> on_progress;  // on the caller's thread
@@ -95,17 +97,13 @@ inline std::wstring ToolBesideThisProgram() {
 
 inline std::vector<std::wstring> ProgramArguments(const std::string& image,
                                                   const ProgramOptions& options) {
-  std::vector<std::wstring> line = {
-      options.tool.empty() ? ToolBesideThisProgram() : FromUtf8(options.tool),
-      L"flash",
-      L"program",
-      L"--json",
-      L"--progress",
-      L"json",
-      L"--address",
-      std::to_wstring(options.address),
-      L"--timeout",
-      std::to_wstring(options.timeout_seconds)};
+  const std::string milliseconds = std::to_string(1000 + options.timeout.count() % 1000).substr(1);
+  const std::string seconds = std::to_string(options.timeout.count() / 1000);
+  std::vector<std::wstring> line = {options.tool.empty() ? ToolBesideThisProgram()
+                                                         : FromUtf8(options.tool)};
+  for (const char* const word : {"flash", "program", "--json", "--progress", "json"}) {
+    line.push_back(FromUtf8(word));
+  }
   const auto with_value = [&line](const wchar_t* name, const std::string& value) {
     if (!value.empty()) {
       line.push_back(std::wstring(name) + L"=" + FromUtf8(value));
@@ -116,6 +114,8 @@ inline std::vector<std::wstring> ProgramArguments(const std::string& image,
       line.emplace_back(name);
     }
   };
+  with_value(L"--timeout", seconds + "." + milliseconds);
+  with_value(L"--address", options.address ? std::to_string(*options.address) : "");
   with_value(L"--camera", options.camera);
   with_value(L"--backup", options.backup);
   with_value(L"--flash-size", options.flash_size);
@@ -155,6 +155,9 @@ inline bool PassOn(const std::string& line, const ProgramOptions& options) {
   return false;
 }
 
+inline constexpr DWORD kWaitMilliseconds = 50;
+inline constexpr int kWaitsAfterEnd = 40;  // without a line
+
 // Follows the process to its end; returns the remarks. An exception of a callback stops the tool as
 // `cancel` does, and leaves this function when the tool has ended.
 inline std::string Follow(Process& process, const ProgramOptions& options) {
@@ -162,8 +165,11 @@ inline std::string Follow(Process& process, const ProgramOptions& options) {
   std::exception_ptr raised;
   bool interrupted = false;
   bool ended = false;
+  int waits_after_end = 0;
   while (!ended) {
-    if (const auto line = process.NextLine(50, ended); line && !raised) {
+    const auto line = process.NextLine(kWaitMilliseconds, ended);
+    if (line && !raised) {
+      waits_after_end = 0;
       try {
         if (PassOn(*line, options)) {
           remarks += *line + "\n";
@@ -171,6 +177,9 @@ inline std::string Follow(Process& process, const ProgramOptions& options) {
       } catch (...) {
         raised = std::current_exception();
       }
+    }
+    if (process.HasEnded() && ++waits_after_end == kWaitsAfterEnd) {
+      process.StopReading();
     }
     const bool stop = raised || (options.cancel != nullptr && options.cancel->load());
     if (stop && !interrupted) {
