@@ -93,6 +93,7 @@ int main(int argc, char** argv) {
   ProgramOptions options;
   options.camera = "Good camera";
   options.address = 0x2000;
+  options.timeout = std::chrono::minutes(1);  // the machine may be busy
   if (which == "flash") {
     std::cout << "{\"state\":";
     std::cerr << "the end\n";

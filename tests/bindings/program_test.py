@@ -9,7 +9,7 @@ import unittest
 import cases_folder
 
 FOLDER = pathlib.Path(sys.argv.pop(1)).resolve()
-IMAGE = bytes(range(1, 252)) * 500
+IMAGE = bytes(range(1, 252)) * 250
 
 
 class ProgramFlash(unittest.TestCase):
@@ -73,6 +73,22 @@ class ProgramFlash(unittest.TestCase):
         done = self.run_program("cpp_page_program.exe", "missing.bin", "0x1000")
         self.assertEqual(done.returncode, 5, done.stderr)
         self.assertIn("missing.bin", done.stderr)
+
+
+class SelectLibrary(unittest.TestCase):
+    """borvanusb_select.dll."""
+
+    def test_it_returns_where_the_library_throws(self):
+        with tempfile.TemporaryDirectory(prefix="borvan-select-") as name:
+            folder = pathlib.Path(name)
+            cameras = [{"path": f"\\\\?\\usb#vid_1234&pid_{number:04x}#{number}", "name": str(number)}
+                       for number in range(2)]
+            (folder / "cameras.json").write_text(json.dumps({"cameras": cameras}), encoding="utf-8")
+            cameras[0]["path"] += "another"
+            (folder / "changed.json").write_text(json.dumps({"cameras": cameras}), encoding="utf-8")
+            done = cases_folder.run(FOLDER / "select_dll.exe", "changed.json", "cameras.json",
+                                    config=folder / "cameras.json", cwd=folder)
+            self.assertEqual(done.returncode, 0, done.stderr)
 
 
 if __name__ == "__main__":

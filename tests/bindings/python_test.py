@@ -19,7 +19,7 @@ from borvanusb import BorvanError, ProcessError, ProgramError, program_flash, pr
 TOOL_FOLDER = None
 STAND_IN = [sys.executable, "-B", str(pathlib.Path(__file__).with_name("stand_in.py"))]
 PAGE = cases_folder.ROOT / "docs/bindings/python.md"
-IMAGE = bytes(range(1, 252)) * 500
+IMAGE = bytes(range(1, 252)) * 250
 
 
 class FolderTest(unittest.TestCase):
@@ -157,7 +157,7 @@ class WithTool(FolderTest):
             if step.stage in ("erase", "program"):
                 cancel.set()
         with self.assertRaises(BorvanError) as caught:
-            program_flash("image.bin", address=0x1000, progress=stop, cancel=cancel)
+            program_flash("image.bin", address=0x1000, timeout=60, progress=stop, cancel=cancel)
         self.assertEqual((caught.exception.exit_code, caught.exception.name), (9, "stopped"))
         self.assertFalse(self.flash() == IMAGE)
 
