@@ -17,7 +17,7 @@ sys.path.insert(0, str(cases_folder.BINDINGS / "python"))
 from borvanusb import BorvanError, ProcessError, ProgramError, program_flash, program_flash_iter
 
 TOOL_FOLDER = None
-STAND_IN = [sys.executable, "-B", str(pathlib.Path(__file__).with_name("stand_in.py"))]
+STAND_IN = [sys.executable, "-B", str(pathlib.Path(__file__).resolve().with_name("stand_in.py"))]
 PAGE = cases_folder.ROOT / "docs/bindings/python.md"
 IMAGE = bytes(range(1, 252)) * 250
 
