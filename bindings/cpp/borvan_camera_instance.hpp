@@ -5,7 +5,9 @@
 
 #include <borvan_usb.h>
 
+#include <algorithm>
 #include <array>
+#include <cstddef>
 #include <cstdint>
 #include <cstdio>
 #include <optional>
@@ -87,6 +89,7 @@ class CameraInstance {
     const std::int32_t count = UsbGetDeviceNum();
     const UsbDeviceInfo* const records = count > 0 ? UsbGetAllDeviceInfo() : nullptr;
     std::vector<CameraInfo> cameras;
+    cameras.reserve(static_cast<std::size_t>(std::max(count, 0)));
     for (std::int32_t i = 0; i < count; ++i) {
       cameras.push_back(InfoOf(records[i], i));
     }

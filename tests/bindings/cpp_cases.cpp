@@ -5,6 +5,8 @@
 #include <nlohmann/json.hpp>
 
 #include <chrono>
+#include <cstdio>
+#include <exception>
 #include <fstream>
 #include <iostream>
 #include <iterator>
@@ -206,13 +208,22 @@ int RunCases(const json& table) {
   return wrong == 0 && steps > 0 ? 0 : 1;
 }
 
-}  // namespace
-
-int main(int argc, char** argv) {
+int Run(int argc, char** argv) {
   if (argc != 2) {
     std::cerr << "usage: cpp_cases CASES.json\n";
     return 2;
   }
   std::ifstream file(argv[1]);
   return RunCases(json::parse(file));
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  try {
+    return Run(argc, argv);
+  } catch (const std::exception& error) {
+    std::fprintf(stderr, "%s\n", error.what());
+    return 3;
+  }
 }

@@ -3,6 +3,9 @@
 
 #include <borvan_program_flash.hpp>
 
+#include <chrono>
+#include <cstdio>
+#include <exception>
 #include <iostream>
 #include <stdexcept>
 #include <string>
@@ -85,9 +88,7 @@ int Without(const std::string& tool, const std::string& words) {
   }
 }
 
-}  // namespace
-
-int main(int argc, char** argv) {
+int Run(int argc, char** argv) {
   const std::string which = argc > 1 ? argv[1] : "";
   const std::string image = argc > 2 ? argv[2] : "";
   ProgramOptions options;
@@ -116,4 +117,15 @@ int main(int argc, char** argv) {
     return Without("C:\\no such tool.exe", "can't be started");
   }
   return which == "no-result" ? Without(ThisProgram(), "without a result\nthe end") : 2;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  try {
+    return Run(argc, argv);
+  } catch (const std::exception& error) {
+    std::fprintf(stderr, "%s\n", error.what());
+    return 3;
+  }
 }
