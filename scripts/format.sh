@@ -21,7 +21,7 @@ if ! command -v "$formatter" >/dev/null; then
 fi
 
 folders=()
-for folder in include src virtual_camera tools examples tests fuzz bench; do
+for folder in include src virtual_camera tools examples bindings tests fuzz bench; do
   [ ! -d "$folder" ] || folders+=("$folder")
 done
 find "${folders[@]}" -type f \( -name '*.h' -o -name '*.hpp' -o -name '*.c' -o -name '*.cpp' \) -print0 |

@@ -27,7 +27,7 @@ CACHE = ROOT / "build" / "lint-cache"
 TIDY = "clang-tidy-14"
 PRECOMPILED = re.compile(r" -Winvalid-pch(?: -Xclang)?(?: -include(?:-pch)?| -Xclang| \S+cmake_pch\.\S+)*"
                          r"| -Xclang -fno-pch-timestamp| -fpch-preprocess")
-SOURCE_FOLDERS = ("include", "src", "virtual_camera", "tools", "examples", "tests", "bench", "fuzz")
+SOURCE_FOLDERS = ("include", "src", "virtual_camera", "tools", "examples", "bindings", "tests", "bench", "fuzz")
 # The path-sensitive analysis at full depth doubles the time for every source.
 UNSHIPPED = ("tests", "bench", "fuzz")
 # What CMake's list of commands lacks, because a rule of its own compiles it.

@@ -5,13 +5,13 @@ The rules stand here alone. What breaks one today is in structure_exceptions.txt
 """
 
 # The folders of our sources, and those among them that hold code of the products' own.
-OUR_FOLDERS = ("include", "src", "virtual_camera", "tools", "examples", "tests", "bench", "fuzz",
-               "cmake", "packaging", "scripts")
+OUR_FOLDERS = ("include", "src", "virtual_camera", "tools", "examples", "bindings", "tests",
+               "bench", "fuzz", "cmake", "packaging", "scripts")
 
 # Where an include with quotation marks may start, after its own folder: the folder of the product
 # that the file belongs to comes before the others.
-INCLUDE_ROOTS = ("include", "src", "tools/borvanusb", "virtual_camera", "examples", "tests", "bench",
-                 "fuzz", "")
+INCLUDE_ROOTS = ("include", "src", "tools/borvanusb", "virtual_camera", "examples", "bindings/cpp",
+                 "tests", "bench", "fuzz", "")
 
 # A room is a folder with sources; its name is its path, without "tools/" for the tool. It may include
 # its own files and those of the rooms named here; "x/*" stands for every room below x. A room that is
@@ -59,6 +59,9 @@ ALLOWED = {
 
     # Examples see what a host sees.
     "examples/*": ["include"],
+
+    # So do the bindings to other languages.
+    "bindings/*": ["include"],
 
     "bench": ["include", "src/*", "tests/support", "virtual_camera/core"],
     "fuzz": ["include", "src/*", "borvanusb/*", "virtual_camera/core", "tests/meaning",

@@ -152,11 +152,21 @@ class VirtualCameraTest(ProductTest):
         self.assertEqual(sorted(str(name) for name, _ in self.file.exports()), COM_EXPORTS)
 
 
+class SelectTest(ProductTest):
+    """borvanusb_select.dll."""
+
+    allowed_libraries = LIBRARY_IMPORTS | {"borvanusb_x64.dll"}
+
+    def test_exports_one_function(self):
+        self.assertEqual([name for name, _ in self.file.exports()], ["borvan_select_device"])
+
+
 class ProgramTest(ProductTest):
     """A program that is handed out."""
 
 
-KINDS = {"library": LibraryTest, "virtual_camera": VirtualCameraTest, "program": ProgramTest}
+KINDS = {"library": LibraryTest, "virtual_camera": VirtualCameraTest, "program": ProgramTest,
+         "select": SelectTest}
 
 
 def main():
