@@ -34,7 +34,7 @@ def download(name, version, integrity):
     if is_whole(archive, integrity):
         return archive
     DOWNLOADS.mkdir(parents=True, exist_ok=True)
-    subprocess.run(["npm", "pack", f"{name}@{version}", "--pack-destination", str(DOWNLOADS)],
+    subprocess.run(["npm", "pack", "--silent", f"{name}@{version}", "--pack-destination", str(DOWNLOADS)],
                    check=True, stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL)
     if not is_whole(archive, integrity):
         sys.exit(f"fetch_npm.py: {archive}: the checksum is not that of the lock file\n"

@@ -20,7 +20,9 @@ fi
 
 staging=$(mktemp -d)
 trap 'rm -rf "$staging"' EXIT
-cp -r "$source_folder"/{index.js,index.d.ts,lib,README.md} "$staging"
+cp -r "$source_folder"/{index.js,index.d.ts,lib} "$staging"
+# The guide, without its links to other files of the source tree.
+sed -E 's/\[([^]]*)\]\(\.\.[^)]*\)/\1/g' "$source_folder/../../docs/bindings/node.md" >"$staging/README.md"
 sed "s/^  \"version\": \"0.0.0\",$/  \"version\": \"$version\",/" "$source_folder/package.json" >"$staging/package.json"
 mkdir "$staging/native"
 for product in BorvanUSB_x64.dll borvanusb_select.dll borvanusb.exe; do
