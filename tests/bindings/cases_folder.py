@@ -27,18 +27,12 @@ def fill(folder):
     return table
 
 
-def command(program, *arguments, config):
-    """The command line and environment that run a program with the cameras of `config`: a Windows
-    program through Wine, any other as it is, on the native library."""
+def run(program, *arguments, config, cwd, cameras=False):
+    """Runs a program with the cameras of `config` to its end and returns what it left: a Windows program
+    through Wine, any other as it is, with cameras registered in Wine if `cameras`."""
     environment = dict(os.environ, BORVAN_VIRTUAL_CAMERA=str(config))
     line = [str(program), *map(str, arguments)]
-    if str(program).endswith(".exe"):
+    if cameras or str(program).endswith(".exe"):
         line = [str(ROOT / "scripts" / "with_cameras.sh"), "--config", str(config), *line]
-    return line, environment
-
-
-def run(program, *arguments, config, cwd, limit=150):
-    """Runs a program to its end and returns what it left."""
-    line, environment = command(program, *arguments, config=config)
-    return subprocess.run(line, env=environment, cwd=cwd, timeout=limit, check=False,
+    return subprocess.run(line, env=environment, cwd=cwd, timeout=150, check=False,
                           stdin=subprocess.DEVNULL, capture_output=True, text=True, encoding="utf-8")
