@@ -27,6 +27,8 @@ packages=(
   # demo: an image to flash, and looking at bytes and answers
   seabios xxd jq tmux python3-jsonschema
 )
+# Node.js is often installed from elsewhere, and Debian's would be in its way.
+command -v npm >/dev/null || packages+=(nodejs npm)
 
 missing=()
 for package in "${packages[@]}"; do
