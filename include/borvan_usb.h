@@ -1,6 +1,6 @@
 /**
  * @file
- * BorvanUSB_x64.dll: access to the inside of a USB camera, from C and C++.
+ * BorvanUSB_x64.dll: access to the internals of a USB camera, from C and C++.
  *
  * The library finds USB cameras, selects one of them, and reads and writes the registers of its
  * chip, the registers of the devices on the chip's I2C bus (the image sensor) and the SPI flash
@@ -32,8 +32,8 @@
  * CoUninitialize.
  *
  * Threads: call everything from one thread, the one that called UsbIniDevice. The library does not
- * order the calls of two threads, nor an access that is made while a job runs: their transfers mix
- * at the device, which can then take parts of one command for parts of another. Only
+ * serialise the calls of two threads, nor an access that is made while a job runs: their transfers
+ * mix at the device, which can then take parts of one command for parts of another. Only
  * GetProgressInfo may be called from any thread at any time.
  *
  * Ownership: the library copies the texts you pass before the call returns. See UsbGetAllDeviceInfo
@@ -101,18 +101,18 @@ extern "C" {
 /* ---- The instance and its cameras ------------------------------------------------------------ */
 
 /**
- * Creates the instance of the process, in place of the former one if there is one, initialises COM
- * on the calling thread and lists the cameras. It selects none: call UsbSelectDevice next.
+ * Creates the instance of the process, replacing an existing one, initialises COM on the calling
+ * thread and lists the cameras. It selects none: call UsbSelectDevice next.
  *
- * A job of the former instance continues, but GetProgressInfo no longer shows what it reports. So
+ * A job of the replaced instance continues, but GetProgressInfo no longer shows what it reports. So
  * this call gives the next job a progress of its own.
  * @return 0 or 1 on success, also when there is no camera; a negative code of the system when the
- *   list of video devices can't be read. The instance then exists all the same.
+ *   list of video devices can't be read. The instance exists also then.
  */
 int32_t UsbIniDevice(void);
 
 /**
- * Lists the cameras again, after one was plugged in or removed.
+ * Lists the cameras again, for example after one was plugged in or removed.
  *
  * While cameras are listed, the index of the selection follows its camera to the new place in the
  * list. If the selected camera is gone, UsbGetSelectDeviceInfo still describes it. If no camera is
@@ -159,7 +159,7 @@ bool UsbSelectDevice(int32_t index);
 
 /**
  * @fn bool borvan_select_device(int32_t index, const char** message)
- * Selects a camera as UsbSelectDevice does, and returns where UsbSelectDevice throws.
+ * Selects a camera as UsbSelectDevice does, but returns a message where UsbSelectDevice throws.
  *
  * In C++ and in Microsoft's compiler the function is inline. Other C programs compile the file
  * borvan_select_device.cpp, beside this header, with their own sources, and link with the C++
@@ -323,9 +323,9 @@ bool UsbFlashErase(uint32_t address);
 /**
  * Programs the bytes of a file into flash. The job erases every sector of 4096 bytes, counted from
  * start_address, that the file reaches into, then writes packets of 60 bytes. It fills the last
- * packet with 0x00, so up to 59 bytes behind the image become 0, also in the next sector when the
- * image ends less than that before the end of a sector. It does not send packets that are all 0xFF.
- * It does not read back.
+ * packet with 0x00, so up to 59 bytes after the image become 0. If the image ends less than that
+ * before the end of a sector, this includes bytes of the next sector. It does not send packets that
+ * are all 0xFF. It does not read back.
  *
  * Failures: kBorvanFlashEraseFailed (also when no camera is open), kBorvanFastInterfaceFailed (the
  * control for packets gives no length), kBorvanFlashWriteFailed (a packet failed four times),
@@ -333,7 +333,7 @@ bool UsbFlashErase(uint32_t address);
  * @param file_name file of raw bytes; it must exist. Its length is not checked against the flash.
  * An empty file succeeds and programs nothing; with no camera open it fails with
  *   kBorvanFastInterfaceFailed.
- * @param start_address flash byte address, best a multiple of 4096: sectors are not aligned for you
+ * @param start_address flash byte address, best a multiple of 4096: the job does not align sectors
  * @return true when the job was started
  */
 bool UsbFlashWriteFile(const char* file_name, uint32_t start_address);
@@ -433,13 +433,12 @@ bool UsbI2CWriteFile(const char* file_name, uint32_t option);
 /**
  * The progress that was reported last: the status in the high 32 bits, the percentage in the low 32
  * bits. Read it with borvan_progress_state, borvan_progress_status and borvan_progress_percent.
- * borvan_wait_for_job, of borvan_wait_for_job.h, which this header includes, waits for a job. It
- * handles what a loop of polls must know:
- * - Starting a job resets nothing: until its first report the value is what the former job left,
+ * borvan_wait_for_job waits for a job; this header includes borvan_wait_for_job.h. It handles the
+ * following, which a program that polls itself must handle:
+ * - Starting a job resets nothing: until its first report the value is what the previous job left,
  *   including its failure or its 100. A failure stays until another report.
- * - Three seconds after a 100 the value is set to 0, whatever it is by then. So the clearing for a
- *   former job can remove the end of the next one, and a program that polls less often can miss the
- *   100.
+ * - Three seconds after a 100 the value is set to 0, whatever it is by then. So the clearing for
+ * one job can remove the end of the next one, and a program that polls less often can miss the 100.
  * - A job that writes a file can report kBorvanFileError after its 100, on a full disk for example.
  * - The percentage of a dump of 8 to 807 bytes passes 100 (status 1, no failure). A dump of less
  *   than 8 bytes reports 100 before a failure.

@@ -2,8 +2,8 @@
  * @file
  * The constants of the library and of the chip. borvan_usb.h includes this file.
  *
- * All constants are enumerators: they serve in `switch`, in array sizes and as initial values, in C
- * as in C++.
+ * All constants are enumerators: C and C++ programs can use them in `switch`, in array sizes and as
+ * initial values.
  */
 #pragma once
 
@@ -64,13 +64,13 @@ enum BorvanTransferSize {
   kBorvanRegistersPerTransfer = 56 /**< registers that one transfer of a run reads */
 };
 
-/** Addresses in list files that are no registers. */
+/** Addresses in list files that are markers, not registers. */
 enum BorvanListMarker {
   kBorvanMarkerPause = 0xFFFF,          /**< a pause, in milliseconds */
   kBorvanMarkerFirstDelay = 0xFFFD,     /**< register lists: the first delay value */
   kBorvanMarkerSecondDelay = 0xFFFE,    /**< register lists: the second delay value */
   kBorvanMarkerSlave = 0xFFF8,          /**< I2C lists: the slave address */
-  kBorvanMarkerWidthCode = 0xFFFE,      /**< I2C lists, behind the slave address: the width code */
+  kBorvanMarkerWidthCode = 0xFFFE,      /**< I2C lists, after the slave address: the width code */
   kBorvanLongestPauseMilliseconds = 255 /**< a longer pause is ignored */
 };
 

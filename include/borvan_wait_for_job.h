@@ -3,7 +3,7 @@
  * Waits for the end of a job of the library, in C and in C++. borvan_usb.h includes this file.
  *
  *     const uint64_t before = borvan_before_job();
- *     uint32_t status = kBorvanFileError; // of a job that can't be started
+ *     uint32_t status = kBorvanFileError; // if the job can't be started
  *     if (UsbFlashWriteFile("firmware.bin", 0x40000)) {
  *       status = borvan_wait_for_job(kBorvanJobOther, before, 600000, NULL, NULL);
  *     }
@@ -25,8 +25,8 @@
 #include "borvan_usb_status.h"
 #include "borvan_usb_values.h"
 
-/* The two functions of Windows that are needed; windows.h as a whole would bring its macros to
- * every program. */
+/* The two Windows functions that are needed. Including windows.h would bring its macros into every
+ * program. */
 /** @cond */
 #ifndef _WINDOWS_
 #ifdef __cplusplus
@@ -61,7 +61,7 @@ enum BorvanProgressTime {
 /**
  * Prepares for a job. Call it right before the function that starts the job. If a job has succeeded
  * within the last three seconds, it sleeps until that job's 100 is cleared, at most 3.5 s; a new
- * instance needs no sleep. If a former job failed, it replaces that failure by kBorvanFileError.
+ * instance needs no sleep. If an earlier job failed, it replaces that failure by kBorvanFileError.
  * @return what GetProgressInfo shows until the job reports something, for borvan_wait_for_job
  */
 BORVAN_USB_INLINE uint64_t borvan_before_job(void) {
@@ -129,7 +129,7 @@ BORVAN_USB_INLINE uint32_t borvan_wait_for_job(enum BorvanJob job, uint64_t befo
     status = borvan_progress_status(value);
     percent = status == 0 ? borvan_progress_percent(value) : 0;
     if (value == 0) {
-      /* Cleared. If this program looked often enough to see a 100, it was none of this job's. */
+      /* Cleared. If this program polled often enough to see a 100, it was not this job's. */
       if ((reported || before != 0) && now - last_look >= kBorvanDoneMilliseconds) {
         return kBorvanWaitEndMissed;
       }

@@ -1,8 +1,8 @@
 #!/usr/bin/env bash
 # Builds the measuring programs (presets native and windows), runs them all and prints a table: each
 # figure beside its yardstick from the same run, and whether its target is met. Takes about three
-# minutes, a GiB of disk and its own Wine prefix, all under build/bench/. Fails only when something
-# could not be measured, not when a target is missed. Usage: bench.sh
+# minutes, a GiB of disk and its own Wine prefix, all under build/bench/. Fails only if something could
+# not be measured, not if a target is missed. Usage: bench.sh
 set -euo pipefail
 cd "$(dirname "$0")/.."
 

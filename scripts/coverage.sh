@@ -1,8 +1,8 @@
 #!/usr/bin/env bash
-# How much of the library, the tool and the virtual camera the native tests run: builds them with GCC's
-# --coverage in build/coverage, runs them and prints lines and branches by room and file, and the lines
-# that no test reached. Fails if one of those is in src/ and not in scripts/unreached_lines.txt, which
-# tells why, or if less than 95 % of the lines of src/ or 90 % of those of the tool or the camera are
+# Measures how much of the library, the tool and the virtual camera the native tests run: builds them with
+# GCC's --coverage in build/coverage, runs them and prints lines and branches by room and file, and the
+# lines that no test reached. Fails if one of those is in src/ and not in scripts/unreached_lines.txt, which
+# gives the reasons, or if less than 95 % of the lines of src/ or 90 % of those of the tool or the camera are
 # reached. The sources for Windows alone are in no native build: they are listed with the tests under
 # Wine that run them.
 # Usage: coverage.sh [--all-branches] (also prints the lines with a branch never taken)
@@ -11,7 +11,7 @@ cd "$(dirname "$0")/.."
 
 case "${1:-}" in
   -h | --help)
-    sed -n '/^# How much/,/^set/{/^#/s/^# \{0,1\}//p}' "$0"
+    sed -n '/^# Measures how much/,/^set/{/^#/s/^# \{0,1\}//p}' "$0"
     exit 0
     ;;
   "" | --all-branches) ;;

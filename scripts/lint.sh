@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# Looks for faults without running anything: shellcheck over the shell scripts, pylint over those in
+# Static analysis: shellcheck over the shell scripts, pylint over those in
 # Python, clang-tidy over the C and C++ files of all builds. Files found clean are remembered by content
 # in build/lint-cache, so a second run looks only at what changed.
 # Usage: lint.sh [--library | --tests | FILE…] (clang-tidy over the library and its examples alone, over

@@ -1,10 +1,10 @@
 #!/usr/bin/env bash
-# Do the tests bite? Changes one operator, constant or statement of the library, the tool or the virtual
-# camera at a time, builds that and runs the native tests, which should fail. Prints each edit that they
-# let pass; fails if one of them is not in scripts/equivalent_mutants.txt, the list of edits that change
-# nothing anyone can see. The tree itself is never changed: all happens in build/mutation, where a run
-# that was stopped goes on. Left out are the sources for Windows alone, and, unless asked for, headers:
-# each edit of one builds every test that includes it.
+# Mutation tests: changes one operator, constant or statement of the library, the tool or the virtual
+# camera at a time, builds it and runs the native tests, which should fail. Prints each mutant that
+# survives; fails if one of them is not in scripts/equivalent_mutants.txt, the list of mutants that change
+# nothing observable. The tree itself is never changed: the work is done in build/mutation, where a
+# stopped run continues. Sources for Windows only are skipped, and headers too unless --headers is given:
+# each edit of a header builds every test that includes it.
 # Usage: mutate.sh [--count N] [--seed S] [--room ROOM]… [--jobs N] [--headers] [--fresh] [--brief]
 #                  [--preset PRESET] [FILE…]
 #   --count N   as many edits that compile (300; 0: all), taken in turns from the rooms
@@ -13,15 +13,15 @@
 #               virtual_camera/* are those of a product; may be given several times
 #   --jobs N    so many at a time (as many as there are processors)
 #   --headers   headers too
-#   --fresh     forgets what earlier runs found
-#   --brief     two edits of each room, without the slow tests; fails when more than a quarter passes
+#   --fresh     ignores the results of earlier runs
+#   --brief     two edits of each room, without the slow tests; fails if more than a quarter survives
 #   --preset P  with this native build's programs (native-quick)
 #   FILE…       only these files, headers included
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
 if [ "${1:-}" = -h ] || [ "${1:-}" = --help ]; then
-  sed -n '/^# Do the/,/^set/{/^#/s/^# \{0,1\}//p}' "$0"
+  sed -n '/^# Mutation tests/,/^set/{/^#/s/^# \{0,1\}//p}' "$0"
   exit 0
 fi
 

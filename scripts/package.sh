@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# Builds what is handed out and packs it into build/packages: the archive, the archive of the debug
+# Builds the packages in build/packages: the archive, the archive of the debug
 # information, the installer (MSI) and SHA256SUMS.
 #
 #   package.sh               builds the preset `package` and packs it

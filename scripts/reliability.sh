@@ -1,11 +1,11 @@
 #!/usr/bin/env bash
-# The long form of everything that tries to break the products, part by part, and a table of figures.
-# A part that is done is not run again until --fresh; one that was interrupted is. Results and logs lie
-# in build/reliability. Parts whose script this tree does not have are left out, and said so.
+# Runs the long tests, part by part, and prints a table of figures. A finished part is not run again
+# without --fresh; an interrupted one is. Results and logs are in build/reliability. Parts whose script
+# is not in this tree are skipped, with a message.
 # Usage: reliability.sh [--seconds N] [--count N] [--fresh] [PART…]
 #   --seconds N  for each fuzz target (600)
 #   --count N    power cuts, sequences, mutants (200)
-#   --fresh      forgets what was done
+#   --fresh      runs finished parts again
 #   PART         fuzz, sanitize, mutate, coverage, races, cuts, sequences or starts; all of them if none is named
 set -euo pipefail
 cd "$(dirname "$0")/.."
@@ -26,7 +26,7 @@ number() {
 while [ $# -gt 0 ]; do
   case $1 in
     -h | --help)
-      sed -n '/^# The long form/,/^set/{/^#/s/^# \{0,1\}//p}' "$0"
+      sed -n '/^# Runs the long tests/,/^set/{/^#/s/^# \{0,1\}//p}' "$0"
       exit 0
       ;;
     --seconds)

@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
-# Everything that must hold, on a machine that may have nothing yet: packages, the two builds, then
-# one CTest run over the tests of all of them (the Windows ones under Wine), format, lint and, last,
-# the demo. Prints what each stage took; fails with a list of what failed.
+# Runs all tests, also on a new machine: installs packages, makes the two builds, then one CTest run over
+# all their tests (the Windows ones under Wine), format, lint and, last, the demo. Prints the duration of
+# each stage; fails with a list of what failed.
 #
 #   test.sh           all of it
 #   test.sh --quick   the native tests alone, in their short form, built with GCC and without

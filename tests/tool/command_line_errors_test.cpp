@@ -192,7 +192,7 @@ TEST(CommandLineErrorsTest, ContradictionsAreRefused) {
   ExpectRefused({"flash", "program", "i", "--all", "--camera", "1"},
                 "--all: means every camera, --camera only some: give one of the two");
   const std::string one_file =
-      "--backup: one file can't hold the backups of several cameras; leave it out for files named "
+      "--backup: one file can't hold the backups of several cameras; omit it to name the files "
       "after the cameras";
   ExpectRefused({"flash", "program", "i", "--all", "--backup", "b"}, one_file);
   ExpectRefused({"flash", "program", "i", "--camera=0", "--camera=1", "--backup", "b"}, one_file);
@@ -205,7 +205,7 @@ TEST(CommandLineErrorsTest, ContradictionsAreRefused) {
   ExpectRefused({"reg", "diff", "camera", "camera"},
                 "B: camera is given twice; one of the two must be a list");
   ExpectRefused({"selftest", "--mode", "8/8"},
-                "--mode: says how to speak to a sensor; --slave must say to which");
+                "--mode: describes a sensor's registers; needs --slave, the sensor's address");
 }
 
 // An option that was ignored would let its user believe that it counts.

@@ -81,7 +81,7 @@ TEST_F(DoctorTest, CauseIsTheFirstThingThatIsWrongOnTheWayToACamera) {
   EXPECT_EQ(Cause(), "none of the video devices counts as a USB camera");
   System().devices.clear();
   Doctor();
-  EXPECT_EQ(Cause(), "the system knows no video device at all");
+  EXPECT_EQ(Cause(), "the system lists no video device at all");
   System().com_problem = "0x80040154";
   Doctor();
   EXPECT_EQ(Cause(), "COM does not work: 0x80040154");

@@ -183,7 +183,7 @@ TEST_F(FlashCommandsTest, MapShowsEachSectorAsASign) {
                              "\n"
                              "0x00040000  .#\n"
                              "# used: 12288 bytes (12 KiB)   . blank: 258048 bytes (252 KiB)   "
-                             "each sign is a sector of 4096 bytes\n");
+                             "each character is a sector of 4096 bytes\n");
   EXPECT_EQ(outcome.result["used"].dump(),
             R"([{"first":0,"last":8191},{"first":266240,"last":270335}])");
   EXPECT_EQ(outcome.result["blank"].dump(), R"([{"first":8192,"last":266239}])");

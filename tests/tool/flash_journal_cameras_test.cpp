@@ -36,8 +36,8 @@ TEST_F(FlashJournalTest, BlankCameraAtTheSamePlaceIsNotGivenTheOthersBytes) {
   const Outcome outcome = Run(command_);
   EXPECT_EQ(outcome.code, ExitCode::kFile);
   EXPECT_NE(
-      outcome.message.find("it is unknown whether that was this camera: the rest of this flash is "
-                           "not as that camera's; nothing in the flash was changed"),
+      outcome.message.find("it is unknown whether that was this camera: the rest of this flash "
+                           "differs from that camera's; nothing in the flash was changed"),
       std::string::npos)
       << outcome.message;
   EXPECT_NE(outcome.hint.find(

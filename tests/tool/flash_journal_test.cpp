@@ -16,7 +16,7 @@ TEST_F(FlashJournalTest, JournalHoldsTheSharedSectorWhileItIsOnItsWay) {
             Bytes(before_.begin() + 0x1000, before_.begin() + 0x2000));
   EXPECT_EQ(Run(command_).code, ExitCode::kDone);
   EXPECT_EQ(flash(), Wanted());
-  EXPECT_NE(output->notes.find("was cut off; the bytes beside it in 0x1000-0x1fff come from "),
+  EXPECT_NE(output->notes.find("was interrupted; the bytes beside it in 0x1000-0x1fff come from "),
             std::string::npos)
       << output->notes;
   EXPECT_FALSE(HasJournal());

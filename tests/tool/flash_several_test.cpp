@@ -112,7 +112,7 @@ TEST_F(FlashSeveralTest, EachCameraIsOneLineOfJson) {
 TEST_F(FlashSeveralTest, ChildThatCrashesIsAFailureOfItsCamera) {
   host.child = [](const std::vector<std::string>&, const Send&) { return -1073741819; };
   EXPECT_EQ(Run(command_).code, ExitCode::kInternal);
-  EXPECT_NE(output->errors.find("ended without a word"), std::string::npos);
+  EXPECT_NE(output->errors.find("ended without a result"), std::string::npos);
 }
 
 TEST_F(FlashSeveralTest, PlainLinesTellEachStageAndNotEachPercent) {

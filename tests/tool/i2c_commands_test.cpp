@@ -109,7 +109,7 @@ TEST_F(I2cCommandsTest, ListThatNamesItsDeviceIsNotTurnedToAnother) {
   desk_.Do(I2cLoadCommand{Sensor(1), file, false}, "i2c-load");
   EXPECT_EQ(desk_.Chip().i2c_lists,
             (std::vector<std::string>{"0xfff8, 0x48,\n0xfffe, 0x01,\n0x000a, 0x5a,\n"}));
-  EXPECT_NE(desk_.output.notes.find("slave 0x48; --slave does not count"), std::string::npos);
+  EXPECT_NE(desk_.output.notes.find("slave 0x48; --slave is ignored"), std::string::npos);
   EXPECT_EQ(desk_.FailureOf(I2cLoadCommand{Sensor(4), file, false}).Code(), ExitCode::kUsage);
 }
 

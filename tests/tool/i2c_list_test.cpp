@@ -47,7 +47,7 @@ TEST(I2cListTest, WidthCodeThatChipsTakeDifferentlyIsAProblem) {
 TEST(I2cListTest, RegisterBeforeTheWidthCodeIsAProblem) {
   EXPECT_EQ(ProblemsOf("fff8,6c\n3012,5a\n3013,5b\n"),
             (Problems{{2,
-                       "no width code (0xfffe behind 0xfff8) stands before this register: the "
+                       "there is no width code (0xfffe after 0xfff8) before this register: the "
                        "list would end here"}}));
 }
 
@@ -58,12 +58,12 @@ TEST(I2cListTest, SlaveAloneKeepsTheWidth) {
 TEST(I2cListTest, WidthCodeWithoutASlaveInFrontIsARegister) {
   EXPECT_EQ(ProblemsOf("fffe,03\n3012,5a\n", I2cTarget{0x6C, 1, 0}),
             (Problems{{1,
-                       "0xfffe opens the list: without 0xfff8 in front it is no width code but "
-                       "a register of the device"}}));
+                       "0xfffe begins the list: without 0xfff8 before it, it is a register of "
+                       "the device, not a width code"}}));
   EXPECT_EQ(CheckI2cList("fff8,6c\nfffe,03\n3012,5a\nfffe,01\n", {}).list.remarks,
             (Problems{{4,
-                       "0xfffe without 0xfff8 in front is a register of the device here, no "
-                       "width code"}}));
+                       "0xfffe without 0xfff8 before it is a register of the device here, not "
+                       "a width code"}}));
 }
 
 TEST(I2cListTest, RemarksStandInTheOrderOfTheirLines) {
@@ -77,7 +77,7 @@ TEST(I2cListTest, RemarksStandInTheOrderOfTheirLines) {
 TEST(I2cListTest, LongPauseAndEmptyListAreProblems) {
   EXPECT_EQ(ProblemsOf("fff8,6c\nfffe,03\nffff,100\n3012,1\n"),
             (Problems{{3,
-                       "a pause of 256 ms would be passed over: at most 0xff (255 ms), longer "
+                       "a pause of 256 ms would be ignored: at most 0xff (255 ms), longer "
                        "ones as several lines"}}));
   EXPECT_EQ(ProblemsOf("fff8,6c\nfffe,03\n"), (Problems{{0, "the list has no register"}}));
 }

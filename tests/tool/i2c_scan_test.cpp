@@ -22,8 +22,8 @@ TEST_F(I2cScanTest, AsksBeforeAnythingIsRead) {
   EXPECT_EQ(failure.Message(), "nothing was read");
   EXPECT_EQ(desk_.host.questions,
             (std::vector<std::string>{
-                "This reads register 0x0 of 256 slaves. A device may be disturbed by it, such as "
-                "one that clears what is read. Go on?"}));
+                "This reads register 0x0 of 256 slaves. Reading can disturb a device, such as one "
+                "that clears a register when it is read. Continue?"}));
   EXPECT_EQ(desk_.Chip().transfers, 0U);
   desk_.host.answer = true;
   EXPECT_EQ(desk_.Do(command, "i2c-scan"), ExitCode::kDone);

@@ -195,7 +195,7 @@ TEST_F(LibraryJobsTest, ListWhoseEndWasClearedIsNotCalledWritten) {
   const Failure failure =
       FailureOf([&] { camera->WriteRegisterList("0xfffd, 0x00,\n0x0100, 0x5a,\n"); });
   EXPECT_EQ(failure.Code(), ExitCode::kDevice);
-  EXPECT_THAT(failure.Message(), HasSubstr("its outcome could not be learned"));
+  EXPECT_THAT(failure.Message(), HasSubstr("its result is not known"));
   EXPECT_EQ(FailureOf([&] {
               camera->WriteI2cList("0xfff8, 0x6c,\n0xfffe, 3,\n0x3012, 0x5a,\n", 0);
             }).Code(),

@@ -35,13 +35,14 @@ TEST(ListTextTest, LinesAreAnAddressAndAValueInHexadecimal) {
 
 TEST(ListTextTest, LineThatTheLibraryWouldPassOverIsAProblem) {
   EXPECT_EQ(TheProblem("0x1,2,\nExposure\n"),
-            "2: no comma in \"Exposure\": the line would be passed over; write ADDRESS, VALUE, or "
-            "open a remark with //");
+            "2: no comma in \"Exposure\": the line would be ignored; write ADDRESS, VALUE, or "
+            "begin a comment with //");
 }
 
 TEST(ListTextTest, OneFieldIsAProblem) {
   for (const char* line : {"0x3012,", "0x3012, ", "0x3012,,", "0x3012,// none"}) {
-    EXPECT_EQ(TheProblem(line), "1: no value behind the address: such a line spoils the whole list")
+    EXPECT_EQ(TheProblem(line),
+              "1: no value after the address: such a line makes the whole list invalid")
         << line;
   }
 }
@@ -59,7 +60,7 @@ TEST(ListTextTest, WhatIsNoHexadecimalNumberIsAProblem) {
 
 TEST(ListTextTest, RemarkThatWouldBeReadAsTheValueIsAProblem) {
   EXPECT_EQ(TheProblem("0x0a,5a // was 0x10, once"),
-            "1: a comment behind the value would be read as the value: put a comma before the //");
+            "1: a comment after the value would be read as the value: put a comma before the //");
   EXPECT_EQ(TheProblem("0x0a,0x5a // was 0x10, once"), "none");
   EXPECT_EQ(TheProblem("0x0a,5a // was 0x10"), "none");
 }
@@ -67,17 +68,15 @@ TEST(ListTextTest, RemarkThatWouldBeReadAsTheValueIsAProblem) {
 TEST(ListTextTest, ThirdNumberIsARemark) {
   const ListText list = ReadListText("0x10, 0x20, 0x30,");
   EXPECT_EQ(list.entries, (Entries{{0x10, 0x20, 1}}));
-  EXPECT_EQ(list.remarks,
-            (std::vector<ListProblem>{
-                {1, "nothing is read behind the second comma: \"0x30\" does not count"}}));
+  EXPECT_EQ(list.remarks, (std::vector<ListProblem>{
+                              {1, "nothing after the second comma is read: \"0x30\" is ignored"}}));
 }
 
 TEST(ListTextTest, DroppedAddressCountsOnlyAsTheLibraryKnowsIt) {
   const ListText list = ReadListText("0xFFF2,1,\n0x10,2,");
   EXPECT_EQ(list.entries, (Entries{{0x10, 2, 2}}));
-  EXPECT_EQ(
-      list.remarks,
-      (std::vector<ListProblem>{{1, "lines of 0xfff2 do not count, this one is passed over"}}));
+  EXPECT_EQ(list.remarks,
+            (std::vector<ListProblem>{{1, "lines with 0xfff2 are ignored, this one too"}}));
   for (const char* line : {"0xfff2 ,1,", "fff2,1,", "0XFFF2,1,", "0x0fff2,1"}) {
     EXPECT_EQ(ReadListText(line).problems.size(), 1U) << line;
   }

@@ -95,7 +95,7 @@ TEST_F(RegCommandsTest, WideMaskedWriteKeepsTheOtherBits) {
 TEST_F(RegCommandsTest, ValueOutsideTheMaskIsRefusedBeforeAnything) {
   const Failure failure = desk_.FailureOf(RegWriteCommand{0x100, 0x1F, false, 0x0F, false});
   EXPECT_EQ(failure.Code(), ExitCode::kUsage);
-  EXPECT_EQ(failure.Message(), "VALUE: 0x1f has bits that --mask 0xf leaves alone");
+  EXPECT_EQ(failure.Message(), "VALUE: 0x1f has bits outside --mask 0xf");
   EXPECT_EQ(desk_.Chip().transfers, 0U);
 }
 

@@ -37,25 +37,24 @@ TEST(RegisterListTest, EveryProblemIsToldWithItsLine) {
       "0x8001,0x100,\n"
       "0xffff,0x100,\n"
       "0xfffe,1,\n");
-  EXPECT_EQ(
-      checked.list.problems,
-      (Problems{{1,
-                 "a register list begins with 0xfffd, this one with 0x8000: nothing would be "
-                 "written"},
-                {2, "value 0x100 has more than 8 bits"},
-                {3, "address 0x18000 has more than 16 bits"},
-                {4, "value 0x100 has more than 8 bits"},
-                {5,
-                 "a pause of 256 ms would be passed over: at most 0xff (255 ms), longer ones as "
-                 "several lines"},
-                {6, "no register stands behind this delay value: it does nothing"}}));
+  EXPECT_EQ(checked.list.problems,
+            (Problems{{1,
+                       "a register list begins with 0xfffd, this one with 0x8000: nothing would be "
+                       "written"},
+                      {2, "value 0x100 has more than 8 bits"},
+                      {3, "address 0x18000 has more than 16 bits"},
+                      {4, "value 0x100 has more than 8 bits"},
+                      {5,
+                       "a pause of 256 ms would be ignored: at most 0xff (255 ms), longer ones as "
+                       "several lines"},
+                      {6, "no register follows this delay value: it has no effect"}}));
 }
 
 TEST(RegisterListTest, BadLineHidesNoOpeningLine) {
   EXPECT_EQ(CheckRegisterList("0xfffd\n0x8000,1,\n").list.problems,
             (Problems{{1,
-                       "no comma in \"0xfffd\": the line would be passed over; write ADDRESS, "
-                       "VALUE, or open a remark with //"}}));
+                       "no comma in \"0xfffd\": the line would be ignored; write ADDRESS, "
+                       "VALUE, or begin a comment with //"}}));
 }
 
 TEST(RegisterListTest, ListWithoutARegisterIsAProblem) {
@@ -64,17 +63,16 @@ TEST(RegisterListTest, ListWithoutARegisterIsAProblem) {
 }
 
 TEST(RegisterListTest, PauseBehindARegisterIsToldToComeFirst) {
-  EXPECT_EQ(
-      CheckRegisterList("0xfffd,0,\n0x1,1,\n0xffff,10,\n0x2,1,\n").list.remarks,
-      (Problems{{3,
-                 "this pause is made before the first register is written, not here: what must "
-                 "wait goes into a list of its own"}}));
+  EXPECT_EQ(CheckRegisterList("0xfffd,0,\n0x1,1,\n0xffff,10,\n0x2,1,\n").list.remarks,
+            (Problems{{3,
+                       "this pause is made before the first register is written, not here: put "
+                       "registers that must wait into a separate list"}}));
 }
 
 TEST(RegisterListTest, DelayValuesInsideARowAreToldToBePassedOver) {
   const Problems told = {{22,
-                          "delay values inside 21 or more registers in a row are passed over: "
-                          "put the rest of the row into a list of its own"}};
+                          "delay values inside 21 or more registers in a row are ignored: put "
+                          "the rest of the row into a separate list"}};
   // Line 1 is the opening, 20 registers follow, then the mark.
   EXPECT_EQ(
       CheckRegisterList("fffd,0\n" + Row(0x100, 20) + "fffd,1\n" + Row(0x114, 1)).list.remarks,
@@ -109,8 +107,8 @@ TEST(RegisterListTest, RegisterOneBehindABrokenOffBlockIsAProblemWhereARowFollow
   const std::string broken_off = "fffd,0\n" + Row(0x100, 21) + "500,1,\n";
   const Problems told = {
       {24,
-       "register 0x1 behind the register that ends 21 or more in a row counts as its next: these "
-       "values would go to other registers; put the row into a list of its own"}};
+       "register 0x1 after the register that ends 21 or more in a row counts as the next of that "
+       "row: these values would go to other registers; put these lines into a separate list"}};
   EXPECT_EQ(CheckRegisterList(broken_off + Row(1, 20)).list.problems, told);
   EXPECT_EQ(CheckRegisterList(broken_off + Row(1, 60)).list.problems, told);
   EXPECT_EQ(CheckRegisterList(broken_off + "fffd,1\n" + Row(1, 20)).list.problems,

@@ -161,7 +161,7 @@ TEST_F(RunToolTest, WrongCommandLineIsAnObjectToo) {
 TEST_F(RunToolTest, AnyOtherExceptionIsInternal) {
   Command([](Context&) -> ExitCode { throw std::runtime_error("odd"); });
   EXPECT_EQ(Run({"list"}), 10);
-  EXPECT_THAT(err, StartsWith("borvanusb: list: something went wrong that should not: odd\n  "));
+  EXPECT_THAT(err, StartsWith("borvanusb: list: internal error: odd\n  "));
   Command([](Context&) -> ExitCode { throw 5; });
   EXPECT_EQ(Run({"list"}), 10);
   err.clear();

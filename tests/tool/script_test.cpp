@@ -99,7 +99,7 @@ TEST_F(ScriptTest, EveryBadLineIsToldAtOnce) {
             "work.txt: 3 problems, the first in work.txt:2: lits is no command; nothing was run");
   EXPECT_EQ(desk_.output.errors,
             "work.txt:2: lits is no command\n"
-            "work.txt:4: --json holds for a whole script, not for a line\n"
+            "work.txt:4: --json applies to a whole script, not to a line\n"
             "work.txt:5: a script can't run another one\n");
   // One alone is told in the failure.
   FailureMessage("lits\n");
@@ -127,7 +127,7 @@ TEST_F(ScriptTest, LineIsShownInOneRow) {
 
 TEST_F(ScriptTest, OptionsOfTheWholeScriptAndScriptsWithinAreRefused) {
   EXPECT_EQ(FailureMessage("list --json\n"),
-            "work.txt:1: --json holds for a whole script, not for a line; nothing was run");
+            "work.txt:1: --json applies to a whole script, not to a line; nothing was run");
   EXPECT_EQ(FailureMessage("run\n"), "work.txt:1: a script can't run another one; nothing was run");
 }
 

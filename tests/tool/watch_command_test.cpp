@@ -151,7 +151,7 @@ TEST_F(WatchTest, NothingOrTooMuchToWatchIsRefused) {
   command.registers = {{0, 0xFFF}, {0x1000, 0x1000}};
   const Failure failure = desk_.FailureOf(command);
   EXPECT_EQ(failure.Code(), ExitCode::kUsage);
-  EXPECT_EQ(failure.Message(), "--reg: 0x1000 makes it more than 4096 registers");
+  EXPECT_EQ(failure.Message(), "--reg: with 0x1000 there are more than 4096 registers");
 }
 
 }  // namespace

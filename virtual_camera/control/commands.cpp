@@ -98,7 +98,8 @@ std::size_t FindCamera(const Configuration& configuration, const std::string& te
 void RegisterCommand(const Configuration& configuration, const std::wstring& dll,
                      std::ostream& out) {
   if (!std::filesystem::exists(dll)) {
-    throw CommandError(Format("{}: not found: it must lie beside virtual-camera.exe", Utf8Of(dll)));
+    throw CommandError(
+        Format("{}: not found: it must be in the folder of virtual-camera.exe", Utf8Of(dll)));
   }
   const std::vector<CategoryEntry> entries = Register(configuration, dll);
   out << "registered " << entries.size() << " of " << configuration.cameras.size() << " cameras\n";
@@ -129,7 +130,7 @@ void PowerCycleCommand(const Configuration& configuration, const std::string& ca
                        std::ostream& out) {
   for (const std::size_t position : Chosen(configuration, camera)) {
     PowerCycle(configuration.cameras[position]);
-    out << Title(configuration, position) << ": power was off and is on again\n";
+    out << Title(configuration, position) << ": power switched off and on\n";
   }
   SyncEntries(configuration);
 }
@@ -138,7 +139,7 @@ void ResetFaultsCommand(const Configuration& configuration, const std::string& c
                         std::ostream& out) {
   for (const std::size_t position : Chosen(configuration, camera)) {
     ResetFaultCounters(configuration.cameras[position]);
-    out << Title(configuration, position) << ": faults count from the start\n";
+    out << Title(configuration, position) << ": fault counts reset\n";
   }
   SyncEntries(configuration);
 }
@@ -164,7 +165,7 @@ void TraceCommand(const std::string& file, std::ostream& out) {
   }
   PrintTrace(trace, out);
   if (!trace.eof()) {
-    throw CommandError(Format("FILE \"{}\": can't be read to its end", file));
+    throw CommandError(Format("FILE \"{}\": can't be read completely", file));
   }
 }
 

@@ -49,7 +49,7 @@ std::wstring DllBesideProgram() {
 class CommandLine {
  public:
   CommandLine()
-      : app_("Registers, inspects and handles virtual BorvanUSB cameras.", "virtual-camera") {
+      : app_("Registers, inspects and controls virtual BorvanUSB cameras.", "virtual-camera") {
     // Before the commands, which take these over.
     app_.require_subcommand(1);
     app_.footer(
@@ -93,10 +93,8 @@ class CommandLine {
       command->add_option("CAMERA", camera_, "Number, name or device path")->required();
     }
     cycle_ = app_.add_subcommand(
-        "power-cycle",
-        "Take a camera's power away for a moment: registers get their initial values");
-    reset_ =
-        app_.add_subcommand("reset-faults", "Let a camera's faults count their transfers anew");
+        "power-cycle", "Switch a camera's power off and on: registers get their initial values");
+    reset_ = app_.add_subcommand("reset-faults", "Reset the counts of a camera's faults");
     state_ = app_.add_subcommand("state",
                                  "Show a camera's registers, flash and faults; changes nothing");
     for (auto* const command : {cycle_, reset_, state_}) {
@@ -104,7 +102,7 @@ class CommandLine {
     }
     trace_ = app_.add_subcommand("trace", "Print a trace file in words, with a summary");
     trace_->add_option("FILE", trace_file_, "Trace file")->required();
-    check_ = app_.add_subcommand("check", "Check the configuration file only");
+    check_ = app_.add_subcommand("check", "Check the configuration file; changes nothing");
   }
 
   void RunWithConfiguration() {

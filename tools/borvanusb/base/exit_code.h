@@ -32,18 +32,21 @@ struct ExitCodeTexts {
 // In the order of the numbers, from 0 on.
 inline constexpr std::array<ExitCodeTexts, 11> kExitCodes = {{
     {ExitCode::kDone, "done", "done", "Done."},
-    {ExitCode::kUsage, "usage", "wrong command line", "The command line can't be right."},
-    {ExitCode::kNoCamera, "no-camera", "no camera", "There is no camera, or none that was meant."},
+    {ExitCode::kUsage, "usage", "wrong command line",
+     "The command line is wrong; nothing was done."},
+    {ExitCode::kNoCamera, "no-camera", "no camera", "There is no camera, or none that matches."},
     {ExitCode::kSeveralCameras, "several-cameras", "several cameras match",
-     "More than one camera may be meant; nothing was done."},
+     "More than one camera matches; nothing was done."},
     {ExitCode::kRefused, "refused", "camera refused or without vendor unit",
      "The camera is busy, can't be opened or has no vendor unit."},
-    {ExitCode::kFile, "file", "file", "A file can't be read or written, or does not fit."},
-    {ExitCode::kDevice, "device", "camera failed or gone", "The camera failed, or is gone."},
+    {ExitCode::kFile, "file", "file",
+     "A file can't be read or written, or its content is not suitable."},
+    {ExitCode::kDevice, "device", "camera failed or removed", "The camera failed or was removed."},
     {ExitCode::kVerify, "verify", "verify differs", "What was read back differs."},
     {ExitCode::kTimeout, "timeout", "timed out", "No progress for longer than --timeout."},
     {ExitCode::kStopped, "stopped", "stopped by the user", "Stopped by the user."},
-    {ExitCode::kInternal, "internal", "internal", "Anything else, such as a fault of the program."},
+    {ExitCode::kInternal, "internal", "internal",
+     "Anything else, such as a defect of the program."},
 }};
 
 constexpr std::string_view KindOf(ExitCode code) {

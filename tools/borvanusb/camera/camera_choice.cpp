@@ -116,10 +116,10 @@ CameraIdentity ChooseCamera(const std::vector<CameraIdentity>& cameras, const st
       return matches.front();
     }
     if (matches.size() > 1) {
-      throw Failure(ExitCode::kSeveralCameras,
-                    Format("--camera: {} may mean any of {} cameras: {}", choice, matches.size(),
-                           Listed(matches)),
-                    "Say more of the path, or give the index.");
+      throw Failure(
+          ExitCode::kSeveralCameras,
+          Format("--camera: {} matches {} cameras: {}", choice, matches.size(), Listed(matches)),
+          "Give a longer part of the path, or the index.");
     }
   }
   throw Failure(

@@ -19,7 +19,7 @@ CommonRules MakeCommonRules() {
       [](CommonArguments& common, const std::string& text) {
         common.cameras.push_back(CameraValue(text));
       });
-  add(Option("--timeout", "SECONDS", "give up after so long without progress, default 10"),
+  add(Option("--timeout", "SECONDS", "longest time without progress, default 10"),
       [](CommonArguments& common, const std::string& text) {
         constexpr double kMilliseconds = 1000;
         common.timeout =

@@ -30,7 +30,7 @@ bool AsksForJson(const std::vector<std::string>& words) {
 }
 
 Failure Unexpected(const std::string& what) {
-  return {ExitCode::kInternal, Format("something went wrong that should not: {}", what),
+  return {ExitCode::kInternal, Format("internal error: {}", what),
           "Please report it with this command line and what borvanusb doctor prints."};
 }
 

@@ -68,7 +68,7 @@ std::vector<CameraIdentity> CameraLibrary::ListAnew() {
     has_instance_ = true;
     why = result < 0 ? Format(": {}", StatusText(static_cast<std::uint32_t>(result))) : "";
   } else if (!exports_.UsbUpdateDevice()) {
-    why = " anew";
+    why = " again";
   }
   if (!why.empty()) {
     throw Failure(ExitCode::kNoCamera, Format("the system's video devices can't be listed{}", why),

@@ -86,8 +86,7 @@ void DllCamera::JobFailed(const std::string& what, std::uint32_t status) const {
 }
 
 void DllCamera::OutcomeUnknown(const std::string& what) {
-  throw Failure(ExitCode::kDevice,
-                Format("{}: it has ended, but its outcome could not be learned", what),
+  throw Failure(ExitCode::kDevice, Format("{}: it has ended, but its result is not known", what),
                 "Load the list again; --verify reads the registers back.");
 }
 

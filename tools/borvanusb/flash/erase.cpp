@@ -132,7 +132,7 @@ void Eraser::Secure() {
   if (recovery_.backup) {
     backup_ = recovery_.backup;
     context_.output.Note(
-        Format("the backup from before the cut-off erasing stays: {}", backup_->file));
+        Format("the backup from before the interrupted erasing is kept: {}", backup_->file));
   } else if (command_.backup) {
     const std::string file = command_.backup_file.empty()
                                  ? BackupName("flash", identity_, saved.first, context_.host)

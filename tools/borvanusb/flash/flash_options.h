@@ -12,8 +12,7 @@
 namespace borvanusb {
 
 constexpr const char* kWholeFlash = "all";  // in place of a range
-constexpr const char* kFlashSizeText =
-    "size of the flash, such as 1M, if the tool can't find it out";
+constexpr const char* kFlashSizeText = "size of the flash, such as 1M, if the tool can't find it";
 
 // The range of a command that also takes all.
 Range RangeBesideAll(const std::string& text);

@@ -62,9 +62,9 @@ ExitCode Run(const FlashMapCommand& command, Context& context) {
     context.output.Line(Format("{}  {}", Hex(range.first + i * kSectorSize, kAddressDigits),
                                signs.substr(i, kSectorsPerLine)));
   }
-  context.output.Line(Format("{} used: {}   {} blank: {}   each sign is a sector of 4096 bytes",
-                             kUsedSign, SizeText(TotalSize(used)), kBlankSign,
-                             SizeText(TotalSize(blank))));
+  context.output.Line(
+      Format("{} used: {}   {} blank: {}   each character is a sector of 4096 bytes", kUsedSign,
+             SizeText(TotalSize(used)), kBlankSign, SizeText(TotalSize(blank))));
   context.result = {
       {"camera", CameraJson(identity)}, {"first", range.first},           {"last", range.last},
       {"sector_size", kSectorSize},     {"used", ToJson(used)},           {"blank", ToJson(blank)},
@@ -74,7 +74,7 @@ ExitCode Run(const FlashMapCommand& command, Context& context) {
 
 CommandRule FlashMapRule() {
   RuleOf<FlashMapCommand> rule({"flash", "map"},
-                               "Draws which sectors are used and which are blank.");
+                               "Shows which sectors are used and which are blank.");
   rule.Add(Optional(Argument("RANGE", "0+512K, or 0-0x7ffff (both included), or all (default)")),
            [](FlashMapCommand& command, const std::string& text) {
              if (text != kWholeFlash) {

@@ -25,8 +25,8 @@ void CheckProgram(const FlashProgramCommand& command, const GivenOptions& given)
   }
   if (backup_named && (command.all || given.Count("--camera") > 1)) {
     throw WrongUse(
-        "--backup: one file can't hold the backups of several cameras; leave it out for "
-        "files named after the cameras");
+        "--backup: one file can't hold the backups of several cameras; omit it to name "
+        "the files after the cameras");
   }
   if (given.Has("--journal") && (command.all || given.Count("--camera") > 1)) {
     throw WrongUse("--journal: a journal belongs to one camera; program that one by itself");
@@ -56,7 +56,7 @@ CommandRule FlashProgramRule() {
   rule.Add(Flag("--no-verify", "don't read back"),
            [](FlashProgramCommand& command, const std::string&) { command.verify = false; });
   AddBackup(rule, "beside IMAGE");
-  rule.AddFlag("--restore-on-failure", "put the backup back when it fails",
+  rule.AddFlag("--restore-on-failure", "write the backup back if programming fails",
                &FlashProgramCommand::restore_on_failure);
   rule.AddFlag("--force", "program a file that does not look like firmware",
                &FlashProgramCommand::force);

@@ -156,7 +156,7 @@ class Children {
     if (code != ExitCode::kDone && !has_error) {
       error = {{"code", static_cast<int>(code)},
                {"kind", KindOf(code)},
-               {"message", "the process for this camera ended without a word"},
+               {"message", "the process for this camera ended without a result"},
                {"hint", "Run flash program for this camera alone."}};
     }
     const Json line = {{"camera", CameraJson(camera)},

@@ -71,7 +71,7 @@ void RefuseOpenSector(Camera& camera, const JournalStore& store, const Range& wo
   if (!recovery.used.empty()) {
     const Journal& journal = recovery.used.front().journal;
     throw Failure(ExitCode::kFile,
-                  Format("the sector belongs to an unfinished {} of {}, of which {} tells",
+                  Format("the sector belongs to an unfinished {} of {}; its journal is {}",
                          journal.command, journal.image, recovery.used.front().file),
                   "Repeat that command first.");
   }

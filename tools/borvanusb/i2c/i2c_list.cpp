@@ -101,8 +101,8 @@ class Checker {
       // Said once; a bad width code has been told already, and bad lines may hide the opening.
       if (!width_told_ && whole_) {
         Problem(entry.line,
-                "no width code (0xfffe behind 0xfff8) stands before this register: the "
-                "list would end here");
+                "there is no width code (0xfffe after 0xfff8) before this register: the list "
+                "would end here");
       }
       width_told_ = true;
       return;
@@ -121,13 +121,14 @@ class Checker {
   // A width code that lost its slave is the likelier of the two things that it can be.
   void TakeLoneWidth(const ListEntry& entry) {
     if (checked_.registers == 1) {
-      Problem(entry.line,
-              "0xfffe opens the list: without 0xfff8 in front it is no width code but "
-              "a register of the device");
+      Problem(
+          entry.line,
+          "0xfffe begins the list: without 0xfff8 before it, it is a register of the device, not "
+          "a width code");
     } else {
       checked_.list.remarks.push_back(
           {entry.line,
-           "0xfffe without 0xfff8 in front is a register of the device here, no width "
+           "0xfffe without 0xfff8 before it is a register of the device here, not a width "
            "code"});
     }
   }

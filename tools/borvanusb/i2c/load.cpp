@@ -33,19 +33,19 @@ void CheckDevice(const I2cLoadCommand& command, const CheckedI2cList& checked, C
         ExitCode::kUsage,
         Format("--slave: {} does not begin with 0xfff8 and 0xfffe, so it does not name its device",
                command.file),
-        "Give --slave and --mode, or put the two lines in front.");
+        "Give --slave and --mode, or put the two lines at the beginning of the list.");
   }
   if (!checked.opens_itself) {
     return;
   }
   if (IsBeyondLists(command.i2c)) {
     throw Failure(ExitCode::kUsage,
-                  Format("--mode: {} begins with 0xfff8, which sets another width than {}",
+                  Format("--mode: {} begins with 0xfff8, which sets a width other than {}",
                          command.file, WidthModeOf(command.i2c.mode).name),
-                  "Take the lines 0xfff8 and 0xfffe out, or leave --mode out.");
+                  "Remove the lines 0xfff8 and 0xfffe, or omit --mode.");
   }
   if (command.i2c.slave && checked.slave && *command.i2c.slave != *checked.slave) {
-    context.output.Note(Format("note: {} names its device itself, slave {}; --slave does not count",
+    context.output.Note(Format("note: {} names its device itself, slave {}; --slave is ignored",
                                command.file, Hex(*checked.slave, 2)));
   }
 }

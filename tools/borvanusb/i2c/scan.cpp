@@ -132,12 +132,12 @@ ExitCode Run(const I2cScanCommand& command, Context& context) {
   }
   const ReservedCamera camera = ReserveChosenCamera(context);
   const std::string question = Format(
-      "This reads register {} of {}. A device may be disturbed by it, such as one that clears what "
-      "is read. Go on?",
+      "This reads register {} of {}. Reading can disturb a device, such as one that clears a "
+      "register when it is read. Continue?",
       Hex(command.address), Count(command.slaves.Size(), "slave"));
   if (!command.yes && !context.host.Ask(question)) {
     throw Failure(ExitCode::kStopped, "nothing was read",
-                  "Answer y to go on, or give --yes where nobody can answer.");
+                  "Answer y to continue, or use --yes if no user can answer.");
   }
   const Answers answers = Scan(command, *camera.camera, context);
   PrintGrid(command, answers, context.output);

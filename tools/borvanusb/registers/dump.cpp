@@ -65,8 +65,8 @@ ExitCode Run(const RegDumpCommand& command, Context& context) {
   }
   if (!raw && !command.wide && command.range.first >> kPageShift != 0) {
     context.output.Note(
-        "note: loading this list hands bits 16 to 31 of the addresses to the device as delay "
-        "values; ask the chip's maker what it takes them for");
+        "note: loading this list sends bits 16 to 31 of the addresses to the device as delay "
+        "values; ask the chip's maker how the device uses them");
   }
   context.result = {{"first", command.range.first},
                     {"last", command.range.last},

@@ -69,8 +69,8 @@ class Reader {
     const std::size_t comma = trimmed.find(',');
     if (comma == std::string_view::npos) {
       Problem(
-          Format("no comma in {}: the line would be passed over; write ADDRESS, VALUE, or open a "
-                 "remark with //",
+          Format("no comma in {}: the line would be ignored; write ADDRESS, VALUE, or begin a "
+                 "comment with //",
                  Quoted(trimmed)));
       return;
     }
@@ -102,7 +102,7 @@ class Reader {
     const std::string_view field = Trim(rest.substr(0, comma));
     const std::string_view meant = Trim(field.substr(0, field.find(kRemark)));
     if (meant.empty()) {
-      Problem("no value behind the address: such a line spoils the whole list");
+      Problem("no value after the address: such a line makes the whole list invalid");
       return std::nullopt;
     }
     const Number number = ReadNumber(meant, "value");
@@ -113,14 +113,14 @@ class Reader {
     // The library looks for a 0x in all that stands before the second comma.
     if (comma != std::string_view::npos && !meant.starts_with("0x") &&
         field.find("0x", meant.size()) != std::string_view::npos) {
-      Problem("a comment behind the value would be read as the value: put a comma before the //");
+      Problem("a comment after the value would be read as the value: put a comma before the //");
       return std::nullopt;
     }
     if (comma != std::string_view::npos) {
       const std::string_view behind = rest.substr(comma + 1);
       const std::string_view third = Trim(behind.substr(0, behind.find(',')));
       if (IsNumber(third)) {
-        Remark(Format("nothing is read behind the second comma: {} does not count", Quoted(third)));
+        Remark(Format("nothing after the second comma is read: {} is ignored", Quoted(third)));
       }
     }
     return number.value;
@@ -130,11 +130,11 @@ class Reader {
   void TakeDropped(std::string_view field) {
     constexpr std::size_t kAsWritten = 6;  // "0xfff2"
     if (field.size() == kAsWritten && field[1] == 'x') {
-      Remark("lines of 0xfff2 do not count, this one is passed over");
+      Remark("lines with 0xfff2 are ignored, this one too");
     } else {
       Problem(
-          Format("0xfff2 is passed over when written so, and a register when written as {}: take "
-                 "the line out",
+          Format("an address 0xfff2 is ignored when written so, and a register when written as {}: "
+                 "remove the line",
                  Quoted(field)));
     }
   }
@@ -166,7 +166,7 @@ std::string PauseProblem(const ListEntry& pause) {
     return {};
   }
   return Format(
-      "a pause of {} ms would be passed over: at most 0xff (255 ms), longer ones as several lines",
+      "a pause of {} ms would be ignored: at most 0xff (255 ms), longer ones as several lines",
       pause.value);
 }
 

@@ -60,7 +60,7 @@ void WhileWritten(const std::function<void()>& read) {
   } catch (const Failure& failure) {
     throw Failure(
         failure.Code(),
-        Format("{}; the list is written, but could not be read back whole", failure.Message()),
+        Format("{}; the list is written, but could not be read back completely", failure.Message()),
         failure.Hint());
   }
 }
@@ -162,12 +162,12 @@ ExitCode ReportReadBack(const std::string& command, const std::string& file,
   }
   const std::size_t more = wrong.size() - std::min(wrong.size(), kMostNamed);
   TellOutcome(context, command,
-              Format("{}: {} of {} read back otherwise: {}{}", file, wrong.size(),
+              Format("{}: {} of {} read back differently: {}{}", file, wrong.size(),
                      Count(read_back.compared, "register"), named,
                      more == 0 ? "" : Format(", and {} more", more)));
   context.output.Note(
-      "note: a register that is read-only, that changes by itself or that lies in a bank which is "
-      "not chosen now reads back otherwise, too");
+      "note: registers that are read-only, that change by themselves or that are in a bank that is "
+      "not selected also read back differently");
   return ExitCode::kVerify;
 }
 

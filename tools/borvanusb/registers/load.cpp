@@ -22,14 +22,14 @@ namespace {
 void CheckMarkers(const RegLoadCommand& command, const CheckedRegisterList& checked) {
   const ListEntry* const marked = FirstMarkedRegister(checked.list.entries);
   if (marked != nullptr && !command.markers) {
-    throw Failure(
-        ExitCode::kUsage,
-        Format(
-            "--verify: {} hands values of 0xfffd and 0xfffe other than 0 to the chip with the "
-            "register in line {}; whether it lies at {} then depends on the chip; nothing was sent",
-            command.file, marked->line, Hex(marked->address, 4)),
-        "Add --markers delays where the chip takes them for delays, or --markers page "
-        "where it takes them for bits 16 to 31 of the addresses.");
+    throw Failure(ExitCode::kUsage,
+                  Format("--verify: {} gives 0xfffd and 0xfffe values other than 0 before the "
+                         "register in line {}; "
+                         "whether the register is at {} then depends on the chip; nothing was sent",
+                         command.file, marked->line, Hex(marked->address, 4)),
+                  "Add --markers delays if the chip uses these values as delays, or --markers page "
+                  "if it uses "
+                  "them as bits 16 to 31 of the addresses.");
   }
 }
 
@@ -74,8 +74,8 @@ CommandRule RegLoadRule() {
   RuleOf<RegLoadCommand> rule({"reg", "load"}, "Writes the registers of a list.");
   AddList(rule);
   rule.Add(Choices(Option("--markers", "WHAT",
-                          "what the chip takes 0xfffd and 0xfffe for: delays or page, the upper "
-                          "half of the addresses; for --verify"),
+                          "how the chip uses 0xfffd and 0xfffe, for --verify: delays, or page "
+                          "(bits 16 to 31 of the addresses)"),
                    {"delays", "page"}),
            [](RegLoadCommand& command, const std::string& text) {
              command.markers = MarkersValue(text);

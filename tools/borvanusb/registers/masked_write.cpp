@@ -17,10 +17,10 @@ constexpr std::uint32_t kAllBits = 0xFFFFFFFF;
 
 void CheckMask(const RegisterWrite& write) {
   if (write.mask && (write.value & ~*write.mask) != 0) {
-    throw Failure(ExitCode::kUsage,
-                  Format("VALUE: {} has bits that --mask {} leaves alone", Hex(write.value),
-                         Hex(*write.mask)),
-                  "Bits outside the mask must be 0; they keep what the register holds.");
+    throw Failure(
+        ExitCode::kUsage,
+        Format("VALUE: {} has bits outside --mask {}", Hex(write.value), Hex(*write.mask)),
+        "Bits outside the mask must be 0; they keep what the register holds.");
   }
 }
 

@@ -102,7 +102,7 @@ class Checker {
       CheckPlace(entry, whole);
     }
     if (!marks_.empty()) {
-      Problem(marks_.front().line, "no register stands behind this delay value: it does nothing");
+      Problem(marks_.front().line, "no register follows this delay value: it has no effect");
     }
     if (whole && checked_.registers == 0) {
       Problem(0, "the list has no register");
@@ -131,8 +131,8 @@ class Checker {
     if (entry.address == kPauseMarker) {
       if (checked_.registers > 0) {
         Remark(entry.line,
-               "this pause is made before the first register is written, not here: what must wait "
-               "goes into a list of its own");
+               "this pause is made before the first register is written, not here: put registers "
+               "that must wait into a separate list");
       }
       return;
     }
@@ -164,14 +164,15 @@ class Checker {
     for (std::size_t i = 0; i < inside.size(); ++i) {
       if (inside[i] && marks_before_[i] != 0) {
         Remark(marks_before_[i],
-               "delay values inside 21 or more registers in a row are passed over: put the rest of "
-               "the row into a list of its own");
+               "delay values inside 21 or more registers in a row are ignored: put the rest of the "
+               "row into a separate list");
       }
     }
     for (const std::size_t place : rows_.Strays()) {
       Problem(lines_[place],
-              "register 0x1 behind the register that ends 21 or more in a row counts as its next: "
-              "these values would go to other registers; put the row into a list of its own");
+              "register 0x1 after the register that ends 21 or more in a row counts as the next of "
+              "that row: these values would go to other registers; put these lines into a separate "
+              "list");
     }
   }
 

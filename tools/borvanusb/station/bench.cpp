@@ -217,10 +217,10 @@ CommandRule BenchRule() {
   AddMode(rule);
   rule.Check([](const BenchCommand& command, const GivenOptions& given) {
     if (given.Has("--mode") && !command.i2c.slave) {
-      throw WrongUse("--mode: says how to speak to a sensor; --slave must say to which");
+      throw WrongUse("--mode: describes a sensor's registers; needs --slave, the sensor's address");
     }
   });
-  rule.Details("Gives transfers a second, and how long programming 1 MiB would take.");
+  rule.Details("Shows transfers per second, and how long programming 1 MiB would take.");
   rule.Example("borvanusb bench --rounds 1000 --slave 0x6c");
   return rule.Take();
 }

@@ -33,7 +33,7 @@ Diagnosis Diagnose(const Examination& examination) {
   }
   if (!examination.cameras.empty()) {
     return {Format("no listed camera can be used: {}", examination.cameras.front().problem),
-            "Close other programs that use the camera; plug it in anew; check that it is a camera "
+            "Close other programs that use the camera; plug it in again; check that it is a camera "
             "with this chip.",
             ExitCode::kRefused};
   }
@@ -48,17 +48,16 @@ Diagnosis Diagnose(const Examination& examination) {
   }
   if (!system.com_problem.empty()) {
     return {Format("COM does not work: {}", system.com_problem),
-            "Repair the system, or start it anew.", ExitCode::kNoCamera};
+            "Restart the system, or repair it.", ExitCode::kNoCamera};
   }
   if (!examination.list_problem.empty()) {
     return {Format("the cameras can't be listed: {}", examination.list_problem),
-            "Start the system anew; with a virtual camera, register it again.",
-            ExitCode::kNoCamera};
+            "Restart the system; with a virtual camera, register it again.", ExitCode::kNoCamera};
   }
   if (system.devices.empty()) {
-    return {"the system knows no video device at all",
-            "Plug the camera in, try another cable and socket, and look whether the system shows "
-            "it; the privacy settings may keep programs from cameras.",
+    return {"the system lists no video device at all",
+            "Plug the camera in, try another cable and socket, and check whether the system shows "
+            "it; the privacy settings may deny programs access to cameras.",
             ExitCode::kNoCamera};
   }
   return {"none of the video devices counts as a USB camera",

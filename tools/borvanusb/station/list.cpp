@@ -95,7 +95,7 @@ ExitCode Run(const ListCommand& command, Context& context) {
 
 CommandRule ListRule() {
   RuleOf<ListCommand> rule({"list"}, "Lists the cameras with index, name, vid:pid and path.");
-  rule.AddFlag("--watch", "go on and report cameras that come and go, until Ctrl-C",
+  rule.AddFlag("--watch", "report cameras that are plugged in or removed, until Ctrl-C",
                &ListCommand::watch);
   rule.Refuse("--camera", "which lists all cameras");
   rule.Refuse("--progress", kNoProgress);

@@ -21,7 +21,7 @@ std::vector<Arguments> ReadLine(const std::string& line) {
   auto parsed = ParseCommandLine(words);
   if (std::holds_alternative<TextAnswer>(parsed)) {
     throw Failure(ExitCode::kUsage, "--help and --version are no commands of a script",
-                  "Take the line out.");
+                  "Remove the line.");
   }
   return {std::get<Arguments>(std::move(parsed))};
 }
@@ -37,10 +37,10 @@ ExitCode Run(const RunCommand& command, Context& context) {
 }
 
 CommandRule RunRule() {
-  RuleOf<RunCommand> rule({"run"}, "Runs a script: commands as written here, one a line.");
+  RuleOf<RunCommand> rule({"run"}, "Runs a script: commands as written here, one per line.");
   rule.Add(File(Argument("FILE", "the script; # begins a comment, \"quotes\" hold blanks")),
            [](RunCommand& command, const std::string& text) { command.file = FileValue(text); });
-  rule.AddFlag("--keep-going", "run the other lines too when one fails", &RunCommand::keep_going);
+  rule.AddFlag("--keep-going", "run the other lines too if one fails", &RunCommand::keep_going);
   rule.Details(
       "Words are separated by blanks; a line has neither the word borvanusb nor a shell. All lines "
       "are checked before the first one runs.");

@@ -55,13 +55,13 @@ void CheckLineOptions(const Arguments& arguments) {
   };
   for (const auto& [name, is_given] : options) {
     if (is_given) {
-      throw Failure(ExitCode::kUsage, Format("{} holds for a whole script, not for a line", name),
+      throw Failure(ExitCode::kUsage, Format("{} applies to a whole script, not to a line", name),
                     "Give it to borvanusb run itself.");
     }
   }
   if (ValuesOf<RunCommand>(*arguments.command) != nullptr) {
     throw Failure(ExitCode::kUsage, "a script can't run another one",
-                  "Put the lines of the other one here.");
+                  "Put the lines of the other script into this one.");
   }
 }
 

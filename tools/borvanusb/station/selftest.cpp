@@ -110,12 +110,12 @@ ExitCode Run(const SelftestCommand& command, Context& context) {
 }
 
 CommandRule SelftestRule() {
-  RuleOf<SelftestCommand> rule({"selftest"}, "Tests all that can be tested without a change.");
+  RuleOf<SelftestCommand> rule({"selftest"}, "Runs all tests that change nothing.");
   AddSlave(rule, false);
   AddMode(rule);
   rule.Check([](const SelftestCommand& command, const GivenOptions& given) {
     if (given.Has("--mode") && !command.i2c.slave) {
-      throw WrongUse("--mode: says how to speak to a sensor; --slave must say to which");
+      throw WrongUse("--mode: describes a sensor's registers; needs --slave, the sensor's address");
     }
   });
   rule.Details(

@@ -47,9 +47,9 @@ void Add(std::vector<Watched>& watched, const std::vector<Range>& ranges, const 
   for (const Range& range : ranges) {
     if (watched.size() + range.Size() > kMostWatched) {
       throw Failure(ExitCode::kUsage,
-                    Format("{}: {} makes it more than {} registers",
+                    Format("{}: with {} there are more than {} registers",
                            model.kind == Kind::kI2c ? "--i2c" : "--reg", Text(range), kMostWatched),
-                    "Watch fewer.");
+                    "Watch fewer registers.");
     }
     for (std::uint64_t address = range.first; address <= range.last; ++address) {
       watched.push_back(model);
@@ -222,11 +222,11 @@ CommandRule WatchRule() {
   AddSlave(rule, false);
   AddMode(rule);
   AddOption(rule);
-  rule.Add(Option("--rate", "N", "polls a second, 0.1 to 1000, default 2"),
+  rule.Add(Option("--rate", "N", "polls per second, 0.1 to 1000, default 2"),
            [](WatchCommand& command, const std::string& text) {
              command.rate = DecimalValue(text, 0.1, 1000);
            });
-  rule.Add(Option("--count", "N", "stop after so many polls"),
+  rule.Add(Option("--count", "N", "stop after N polls"),
            [](WatchCommand& command, const std::string& text) {
              command.count = NumberValue(text, 1, kHighestNumber);
            });

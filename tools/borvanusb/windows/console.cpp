@@ -46,7 +46,7 @@ std::optional<WriteProblem> WriteAll(HANDLE handle, std::string_view text) {
       return WriteProblem{MeansReaderIsGone(error), SystemMessage(error)};
     }
     if (written == 0) {
-      return WriteProblem{false, "it takes nothing more"};
+      return WriteProblem{false, "it accepts no more data"};
     }
     text.remove_prefix(written);
   }

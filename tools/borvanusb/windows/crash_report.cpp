@@ -80,9 +80,9 @@ void EndWithCurrentException() {
   } catch (const std::bad_alloc&) {
     EndBroken("there is not enough memory", {}, "Close other programs, or do less at a time.");
   } catch (const std::exception& exception) {
-    EndBroken("something went wrong that should not", exception.what());
+    EndBroken("internal error", exception.what());
   } catch (...) {
-    EndBroken("something went wrong that should not", "an exception without a text");
+    EndBroken("internal error", "an exception without a text");
   }
 }
 

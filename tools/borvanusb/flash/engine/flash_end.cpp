@@ -87,7 +87,8 @@ Range WholeFlash(Camera& camera, std::optional<std::uint64_t> told, Output& outp
     size = finding.size;
   }
   if (*size == 0 || *size > kAddressSpace) {
-    throw Failure(ExitCode::kUsage, Format("--flash-size: {} is no flash's size", SizeText(*size)),
+    throw Failure(ExitCode::kUsage,
+                  Format("--flash-size: {} is not the size of a flash", SizeText(*size)),
                   "Sizes from 4K to 4096M are allowed.");
   }
   return {0, static_cast<std::uint32_t>(*size - 1)};

@@ -20,7 +20,7 @@ constexpr std::uint64_t kAddressSpace = std::uint64_t{1} << 32U;
 Image LoadImage(const std::string& file, std::uint32_t address) {
   Image image{file, ReadWholeFile(file), {}, address};
   if (image.bytes.empty()) {
-    throw Failure(ExitCode::kFile, Format("{} is empty: there is nothing to work with", file),
+    throw Failure(ExitCode::kFile, Format("{} is empty", file),
                   "Give a file that holds the raw bytes of the flash.");
   }
   if (image.End() > kAddressSpace) {
@@ -41,7 +41,7 @@ void RefuseBlankImage(const Image& image) {
     throw Failure(
         ExitCode::kFile,
         Format("{} holds nothing but {} bytes, which is no firmware", image.file, Hex(first, 2)),
-        "If that is what the flash shall hold, give --force.");
+        "If the flash must hold these bytes, give --force.");
   }
 }
 

@@ -35,7 +35,7 @@ std::optional<BackupRecord> KeepBackup(const Image& image, const FlashExaminatio
   const std::optional<BackupRecord>& earlier = seen.recovery.backup;
   if (earlier && range.first >= earlier->address && range.last < earlier->address + earlier->size) {
     site.output.Note(
-        Format("the backup from before the cut-off programming stays: {}", earlier->file));
+        Format("the backup from before the interrupted programming is kept: {}", earlier->file));
     return earlier;
   }
   if (!wish.wanted) {

@@ -33,7 +33,7 @@ Range NamedBy(const Journal& journal) {
 }
 
 std::string WorkText(const Journal& journal) {
-  return Format("the unfinished {}{} at {}, begun {}", journal.command,
+  return Format("the unfinished {}{} at {}, started {}", journal.command,
                 journal.image.empty() ? "" : Format(" of {}", journal.image),
                 Text(NamedBy(journal)), journal.begun);
 }
@@ -149,7 +149,7 @@ class Judge {
     } else if (none || is_covered) {
       Misplace(entry, same_path);
     } else if (same_path) {
-      Ask(entry, "the rest of this flash is not as that camera's");
+      Ask(entry, "the rest of this flash differs from that camera's");
     } else if (identity == SameCamera::kUnknown) {
       Ask(entry, "the rest of this flash is blank");
     }
@@ -161,8 +161,8 @@ class Judge {
     const bool asks = request_.choice != kNoJournal && !Covers(request_.named, SectorAt(address)) &&
                       Identity(entry.journal) != SameCamera::kNo;
     if (asks) {
-      Ask(entry, Format("the sector {} holds what a later change wrote, and what the cut may have "
-                        "left as well",
+      Ask(entry, Format("the sector {} holds what a later change wrote, which the interruption may "
+                        "also have left",
                         Text(SectorAt(address))));
     }
     Misplace(entry, same_path);
@@ -205,7 +205,7 @@ class Judge {
       return;
     }
     recovery_.used.push_back(entry);
-    recovery_.notes.push_back(Format("{}, was cut off; the bytes beside it in {} come from {}",
+    recovery_.notes.push_back(Format("{}, was interrupted; the bytes beside it in {} come from {}",
                                      WorkText(entry.journal), Text(sector), entry.file));
   }
 
@@ -343,7 +343,7 @@ class Judge {
       recovery_.backup = backup;
     } else {
       recovery_.notes.push_back(
-          Format("the backup from before the cut stays as well: {}", backup.file));
+          Format("the backup from before the interruption is also kept: {}", backup.file));
     }
   }
 

@@ -45,13 +45,13 @@ BackupRecord WriteBackup(const std::string& file, std::uint32_t address,
     }
     throw Failure(ExitCode::kFile,
                   Format("the backup: {} exists already and is not overwritten", file),
-                  "Give another name with --backup, or omit it for a name of its own.");
+                  "Give another name with --backup, or omit it for an automatic name.");
   }
   try {
     WriteWholeFile(name, bytes);
   } catch (const Failure& failure) {
     throw Failure(failure.Code(), Format("the backup: {}", failure.Message()),
-                  "Give another name with --backup; --no-backup does without.");
+                  "Give another name with --backup, or make no backup with --no-backup.");
   }
   return record;
 }
