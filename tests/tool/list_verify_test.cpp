@@ -120,7 +120,7 @@ TEST_F(ListVerifyTest, RegisterThatCanNotBeReadIsNoDifference) {
   EXPECT_EQ(failure.Code(), ExitCode::kDevice);
   EXPECT_EQ(failure.Message(),
             "the chip did not answer the read; the list is written, but could not be read back "
-            "whole");
+            "completely");
 }
 
 TEST_F(ListVerifyTest, EachSlaveIsReadInItsWidth) {

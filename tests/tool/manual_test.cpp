@@ -60,7 +60,7 @@ TEST_F(ManualTest, TellsOfACommandItsOptionsAndItsExample) {
                 "what to write, the first byte highest.\n"
                 ".TP\n"
                 "\\fB\\-\\-flash\\-size\\fR \\fISIZE\\fR\n"
-                "size of the flash, such as 1M, if the tool can't find it out.\n"
+                "size of the flash, such as 1M, if the tool can't find it.\n"
                 ".TP\n"
                 "\\fB\\-\\-yes\\fR\n"
                 "write without asking.\n"

@@ -78,6 +78,12 @@ class Outcome:
         return [json.loads(line) for line in self.out.splitlines()]
 
 
+def text_of(file):
+    """What a process wrote into a file."""
+    file.seek(0)
+    return file.read().decode("utf-8").replace("\r\n", "\n")
+
+
 class ToolTest(unittest.TestCase):
     """A test with a folder of its own, in which its cameras' files lie."""
 
@@ -135,10 +141,9 @@ class ToolTest(unittest.TestCase):
 
     def start(self, *arguments, environment=None, **options):
         """Starts borvanusb; the caller waits for it."""
-        options.setdefault("cwd", self.folder)
+        options = {"cwd": self.folder, "stdout": subprocess.PIPE, "stderr": subprocess.PIPE, **options}
         return subprocess.Popen([*self.command(), *map(str, arguments)], env=dict(
-            self.environment, **(environment or {})), stdin=subprocess.DEVNULL,
-            stdout=subprocess.PIPE, stderr=subprocess.PIPE, **options)
+            self.environment, **(environment or {})), stdin=subprocess.DEVNULL, **options)
 
     @staticmethod
     def command():
@@ -154,7 +159,16 @@ class ToolTest(unittest.TestCase):
 
     def run_tool(self, *arguments, environment=None):
         """Runs borvanusb to its end."""
-        return self.finish(self.start(*arguments, environment=environment))
+        # Not through pipes: a service of Wine that the tool starts may hold them open after it.
+        with tempfile.TemporaryFile() as out, tempfile.TemporaryFile() as err:
+            process = self.start(*arguments, environment=environment, stdout=out, stderr=err)
+            try:
+                code = process.wait(LONGEST)
+            except subprocess.TimeoutExpired:
+                process.kill()
+                process.wait()
+                raise
+            return Outcome(code, text_of(out), text_of(err))
 
     def succeed(self, *arguments, environment=None):
         """Runs borvanusb; it must end with 0."""

@@ -6,7 +6,7 @@ Usage: count_svd.py FILE.svd
 Prints "PERIPHERALS REGISTERS FIELDS VALUES", arrays and derivations written out.
 """
 import sys
-import xml.etree.ElementTree as ElementTree
+from xml.etree import ElementTree
 
 LISTS = {"peripheral": ("registers",), "cluster": (), "register": ("fields",), "field": (),
          "device": ("peripherals",)}
