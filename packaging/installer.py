@@ -20,7 +20,7 @@ TEMPLATE = pathlib.Path(__file__).with_name("installer.wxs.in")
 README = pathlib.PurePosixPath("README.txt")
 SITE = pathlib.PurePosixPath("share/doc/borvanusb/html")
 CAMERA = pathlib.PurePosixPath("bin/virtual-camera.exe")
-FEATURES = {"TOOL": ("common", "runtime", "tools"), "DEVELOPMENT": ("development",),
+FEATURES = {"TOOL": ("common", "runtime", "tools"), "DEVELOPMENT": ("development", "bindings"),
             "VIRTUAL_CAMERA": ("virtual-camera",)}
 
 

@@ -21,9 +21,10 @@ import installer
 import notices
 
 HERE = pathlib.Path(__file__).resolve().parent
-COMPONENTS = ("runtime", "development", "tools", "virtual-camera")
+COMPONENTS = ("runtime", "development", "tools", "bindings", "virtual-camera")
 SUMS = "SHA256SUMS"
 SITE = installer.SITE
+BINDINGS = pathlib.PurePosixPath("share/bindings")
 # Debian's own, which has the packages that the documentation is made with.
 PYTHON = "/usr/bin/python3"
 
@@ -80,6 +81,16 @@ def common_files(version, folder):
     return places
 
 
+def binding_packages(build, folder):
+    """The packages for Python and Node.js."""
+    folder.mkdir()
+    bindings = HERE.parent / "bindings"
+    subprocess.run([PYTHON, "-B", bindings / "python/build_wheel.py", "--bin", build / "bin", "--out", folder],
+                   check=True, stdout=subprocess.DEVNULL)
+    subprocess.run([bindings / "node/pack.sh", build / "bin", folder], check=True, stdout=subprocess.DEVNULL)
+    return {BINDINGS / path.name: path for path in sorted(folder.iterdir())}
+
+
 def make(build, output, version, epoch, with_symbols=True):
     """Writes all packages into `output`; their names."""
     output.mkdir(parents=True, exist_ok=True)
@@ -87,6 +98,7 @@ def make(build, output, version, epoch, with_symbols=True):
     with tempfile.TemporaryDirectory() as folder:
         scratch = pathlib.Path(folder)
         parts = {component: install(build, component, scratch / component) for component in COMPONENTS}
+        parts["bindings"] |= binding_packages(build, scratch / "packages")
         parts["common"] = common_files(version, scratch / "common")
         symbols = install(build, "symbols", scratch / "symbols") if with_symbols else {}
         for path in scratch.rglob("*"):
@@ -116,7 +128,7 @@ def main():
     arguments = parser.parse_args()
     if "SOURCE_DATE_EPOCH" not in os.environ:
         sys.exit("make_packages.py: SOURCE_DATE_EPOCH is not set: use scripts/package.sh, or set it")
-    missing = [tool for tool in ("cmake", "wixl", "msibuild") if shutil.which(tool) is None]
+    missing = [tool for tool in ("cmake", "wixl", "msibuild", "npm") if shutil.which(tool) is None]
     if missing:
         sys.exit(f"make_packages.py: missing: {', '.join(missing)}: run scripts/packages.sh")
     for name in make(arguments.build.resolve(), arguments.output, arguments.version,

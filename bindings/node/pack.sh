@@ -3,6 +3,7 @@
 # products give equal bytes.
 # Usage: pack.sh PRODUCTS FOLDER: the folder of the Windows build's products, and where the package goes.
 set -euo pipefail
+umask 022 # modes are a part of the package
 source_folder=$(cd "$(dirname "$0")" && pwd)
 if [[ $# -ne 2 ]]; then
   echo "usage: pack.sh PRODUCTS FOLDER" >&2

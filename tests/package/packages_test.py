@@ -90,13 +90,16 @@ class PackagesTest(unittest.TestCase):
                      "share/doc/borvanusb/install.md", "share/doc/borvanusb/CHANGELOG.md",
                      "share/examples/program_flash/program_flash.c", "share/samples/sensor-16-8.txt",
                      "share/schemas/list.schema.json", "share/virtual-camera/demo.json",
-                     "share/doc/borvanusb/html/index.html", "share/doc/borvanusb/html/lunr.min.js"):
+                     "share/doc/borvanusb/html/index.html", "share/doc/borvanusb/html/lunr.min.js",
+                     "include/borvan_usb.hpp", "bin/borvanusb_select.dll",
+                     f"share/bindings/borvanusb-{self.version}-py3-none-win_amd64.whl",
+                     f"share/bindings/borvanusb-{self.version}.tgz"):
             self.assertIn(top + name, names)
         self.assertEqual([name for name in names if name.endswith(".debug")], [])
         with zipfile.ZipFile(self.folder / f"one/borvanusb-{self.version}-windows-x64-symbols.zip") as symbols:
             self.assertEqual([name.rpartition("/")[2] for name in symbols.namelist()],
                              ["BorvanUSB_x64.dll.debug", "BorvanVirtualCamera.dll.debug", "borvanusb.exe.debug",
-                              "virtual-camera.exe.debug"])
+                              "borvanusb_select.dll.debug", "virtual-camera.exe.debug"])
 
     def test_the_sums_are_those_of_the_files(self):
         rows = dict(reversed(line.split("  ")) for line in self.content("SHA256SUMS").decode().splitlines())
@@ -111,7 +114,7 @@ class PackagesTest(unittest.TestCase):
         text = self.content("README.txt").decode("ascii")
         self.assertIn(f"BorvanUSB {self.version} ", text)
         self.assertEqual(text.count("\n"), text.count("\r\n"))
-        self.assertIn("No licence was chosen", text)
+        self.assertIn("No licence has been chosen", text)
         names = [name.partition("/")[2] for name in self.archive.namelist()]
         named = set(re.findall(r"[\w.-]+\.(?:exe|dll|md|json|txt)|[\w\\-]+\\(?=\s)", text))
         self.assertGreaterEqual(len(named), 20)
