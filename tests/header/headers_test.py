@@ -7,12 +7,15 @@ Usage: headers_test.py
 import pathlib
 import re
 import subprocess
+import sys
 import tempfile
 import unittest
 import xml.etree.ElementTree
 
 HERE = pathlib.Path(__file__).resolve().parent
 ROOT = HERE.parent.parent
+sys.path.insert(0, str(ROOT / "docs/site"))
+import reference  # pylint: disable=wrong-import-position
 INCLUDE = ROOT / "include"
 WARNINGS = ["-Wall", "-Wextra", "-Wpedantic", "-Wconversion", "-Wsign-conversion", "-Wshadow",
             "-Wredundant-decls", "-Werror"]
@@ -24,25 +27,6 @@ COMPILERS = (["gcc"], ["clang-14"], MINGW, MICROSOFT)
 # As Microsoft's own compiler is called.
 CL = ["clang-14", "--driver-mode=cl", "--target=x86_64-pc-windows-msvc", "/W4", "/WX", "-imsvc", SDK,
       "/Zs", f"/I{INCLUDE}"]
-
-DOXYGEN = f"""
-INPUT = {INCLUDE}
-FILE_PATTERNS = *.h
-OUTPUT_DIRECTORY = @OUTPUT@
-OPTIMIZE_OUTPUT_FOR_C = YES
-JAVADOC_AUTOBRIEF = YES
-QUIET = YES
-EXTRACT_STATIC = YES
-WARN_AS_ERROR = FAIL_ON_WARNINGS
-GENERATE_LATEX = NO
-GENERATE_HTML = NO
-GENERATE_XML = YES
-MACRO_EXPANSION = YES
-EXPAND_ONLY_PREDEF = YES
-PREDEFINED = __cplusplus=201703L __cpp_exceptions \\
-  "BORVAN_USB_CODES(name)=enum name" "BORVAN_USB_ASSERT(name,condition)=" BORVAN_USB_INLINE=static
-EXCLUDE_SYMBOLS = BORVAN_USB_CODES BORVAN_USB_ASSERT
-"""
 
 
 def complaints(command):
@@ -93,7 +77,7 @@ class HeadersTest(unittest.TestCase):
 
     def test_each_name_is_described(self):
         with tempfile.TemporaryDirectory() as folder:
-            run = subprocess.run(["doxygen", "-"], input=DOXYGEN.replace("@OUTPUT@", folder),
+            run = subprocess.run(["doxygen", "-"], input=reference.SETTINGS.format(include=INCLUDE, output=folder),
                                  capture_output=True, text=True, check=False)
             self.assertEqual("", run.stderr)
             self.assertEqual(0, run.returncode)

@@ -38,7 +38,7 @@ class AbiTest(unittest.TestCase):
         shutil.copytree(SOURCE / "include", self.include)
 
     def changes(self, *edits, without=()):
-        """What abidiff tells of the header after these replacements."""
+        """What abidiff reports about the headers after these replacements."""
         for old, new in edits:
             holders = [header for header in self.include.glob("*.h")
                        if old in header.read_text(encoding="utf-8")]
