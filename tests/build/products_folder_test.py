@@ -6,8 +6,8 @@ Usage: products_folder_test.py FOLDER
 import pathlib
 import sys
 
-PRODUCTS = {"BorvanUSB_x64.dll", "BorvanVirtualCamera.dll", "borvanusb.exe", "borvanusb_select.dll",
-            "virtual-camera.exe"}
+PRODUCTS = {"BorvanUSB_x64.dll", "BorvanVirtualCamera.dll", "borvanusb-stop.exe", "borvanusb.exe",
+            "borvanusb_select.dll", "virtual-camera.exe"}
 
 
 def main():

@@ -98,8 +98,8 @@ class PackagesTest(unittest.TestCase):
         self.assertEqual([name for name in names if name.endswith(".debug")], [])
         with zipfile.ZipFile(self.folder / f"one/borvanusb-{self.version}-windows-x64-symbols.zip") as symbols:
             self.assertEqual([name.rpartition("/")[2] for name in symbols.namelist()],
-                             ["BorvanUSB_x64.dll.debug", "BorvanVirtualCamera.dll.debug", "borvanusb.exe.debug",
-                              "borvanusb_select.dll.debug", "virtual-camera.exe.debug"])
+                             ["BorvanUSB_x64.dll.debug", "BorvanVirtualCamera.dll.debug", "borvanusb-stop.exe.debug",
+                              "borvanusb.exe.debug", "borvanusb_select.dll.debug", "virtual-camera.exe.debug"])
 
     def test_the_sums_are_those_of_the_files(self):
         rows = dict(reversed(line.split("  ")) for line in self.content("SHA256SUMS").decode().splitlines())
