@@ -129,7 +129,7 @@ class CSharpTest(station.ToolTest):
         self.pass_checks("unopened")
 
     def test_programming(self):
-        self.plug_in(station.camera(0, flash={"size": "1M", "erase_ms": 10}))
+        self.plug_in(station.camera(0, flash={"size": "1M", "erase_ms": 40}))
         # No name that the ANSI code page could express.
         self.put_image(500000, "ファームウェア.bin")
         self.pass_checks("programming", "ファームウェア.bin")
@@ -152,7 +152,7 @@ class CSharpTest(station.ToolTest):
         self.assertIn("borvanusb list", outcome.err)
 
     def test_ctrl_c_stops_the_program_of_the_page_at_a_safe_place(self):
-        self.plug_in(station.camera(0, flash={"size": "1M", "erase_ms": 20}))
+        self.plug_in(station.camera(0, flash={"size": "1M", "erase_ms": 40}))
         self.put_image(600000)
         process = self.start_program("Program", "firmware.bin", "810", "0")
         deadline = time.monotonic() + station.LONGEST

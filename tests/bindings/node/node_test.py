@@ -174,7 +174,7 @@ class BehavioursTest(NodeTest):
         self.pass_checks("unopened.js")
 
     def test_programming(self):
-        self.plug_in(station.camera(0, flash={"size": "1M", "erase_ms": 10}))
+        self.plug_in(station.camera(0, flash={"size": "1M", "erase_ms": 40}))
         # No name that the ANSI code page could express.
         self.put_image(500000, "ファームウェア.bin")
         self.pass_checks("programming.js", "ファームウェア.bin")
@@ -201,7 +201,7 @@ class PageTest(NodeTest):
         self.assertIn("borvanusb list", outcome.err)
 
     def test_ctrl_c_stops_the_program_at_a_safe_place(self):
-        self.plug_in(station.camera(0, flash={"size": "1M", "erase_ms": 20}))
+        self.plug_in(station.camera(0, flash={"size": "1M", "erase_ms": 40}))
         self.put_image(600000)
         process = self.start_node("program.js", "firmware.bin", "0x810", "0")
         deadline = time.monotonic() + station.LONGEST
