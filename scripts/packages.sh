@@ -24,6 +24,8 @@ packages=(
   doxygen python3-markdown python3-pygments libjs-lunr
   # benchmarks: a peer to compare with
   flashrom
+  # fetching packages of npm over HTTPS
+  ca-certificates
   # demo: an image to flash, and looking at bytes and answers
   seabios xxd jq tmux python3-jsonschema
 )
