@@ -33,20 +33,25 @@ ALLOWED = {
     "borvanusb/output": ["borvanusb/base"],
     "borvanusb/command": ["include", "borvanusb/base", "borvanusb/camera", "borvanusb/output"],
     "borvanusb/registers": ["borvanusb/base", "borvanusb/camera", "borvanusb/command",
-                            "borvanusb/output"],
+                            "borvanusb/output", "borvanusb/profile", "borvanusb/names"],
     # The reader is text in, values out; command, camera and output are for the command check.cpp.
     "borvanusb/maps": ["borvanusb/base", "borvanusb/camera", "borvanusb/command",
                        "borvanusb/output"],
+    # What is known of a kind of camera module; which profile a camera has.
+    "borvanusb/profile": ["borvanusb/base", "borvanusb/camera", "borvanusb/command",
+                          "borvanusb/output", "borvanusb/maps"],
     "borvanusb/i2c": ["include", "borvanusb/base", "borvanusb/camera", "borvanusb/command",
-                      "borvanusb/output", "borvanusb/registers"],
+                      "borvanusb/output", "borvanusb/registers", "borvanusb/profile",
+                      "borvanusb/names"],
     # What is done to a flash, without a command line; its remarks and bars go through the interfaces
     # of output.
     "borvanusb/flash/engine": ["borvanusb/base", "borvanusb/camera", "borvanusb/output"],
     "borvanusb/flash": ["borvanusb/base", "borvanusb/camera", "borvanusb/command",
-                        "borvanusb/output", "borvanusb/flash/engine"],
+                        "borvanusb/output", "borvanusb/flash/engine", "borvanusb/profile",
+                        "borvanusb/images"],
     "borvanusb/station": ["borvanusb/base", "borvanusb/camera", "borvanusb/command",
                           "borvanusb/output", "borvanusb/registers", "borvanusb/i2c",
-                          "borvanusb/flash/engine"],
+                          "borvanusb/flash/engine", "borvanusb/profile", "borvanusb/names"],
     "borvanusb/dll": ["include", "borvanusb/base", "borvanusb/camera"],
     "borvanusb/windows": ["borvanusb/base", "borvanusb/camera", "borvanusb/output", "borvanusb/dll"],
     # main.cpp
