@@ -1,6 +1,7 @@
 #include "maps/svd_tags.h"
 
 #include <algorithm>
+#include <cstring>
 #include <utility>
 
 namespace borvanusb {
@@ -79,30 +80,68 @@ constexpr auto kTags = std::to_array<NamedTag>({
     {"dimName", kSkipped},
 });
 
-constexpr std::size_t kLongestName = 24;
+constexpr std::size_t kShortestName = 3;
+constexpr std::size_t kSlots = 256;
+constexpr std::uint8_t kFree = 0xFF;
 
-// The tags of each length in a row: most lengths have two or three.
-struct TagsByLength {
-  std::array<NamedTag, kTags.size()> tags = {};
-  std::array<std::uint8_t, kLongestName + 2> first = {};
-};
+// The factors are such that no two tags meet; whoever adds one may have to look for others.
+constexpr std::size_t SlotOf(std::string_view name) {
+  const auto third = static_cast<unsigned char>(name[2]);
+  const auto last_but_two = static_cast<unsigned char>(name[name.size() - 3]);
+  return (third * 110U + last_but_two * 255U + name.size() * 181U) % kSlots;
+}
 
-constexpr TagsByLength SortByLength() {
-  TagsByLength sorted;
-  std::size_t count = 0;
-  for (std::size_t length = 0; length <= kLongestName; ++length) {
-    sorted.first[length] = static_cast<std::uint8_t>(count);
-    for (const NamedTag& tag : kTags) {
-      if (tag.first.size() == length) {
-        sorted.tags[count++] = tag;
-      }
+constexpr std::array<std::uint8_t, kSlots> MakeSlots() {
+  std::array<std::uint8_t, kSlots> slots = {};
+  slots.fill(kFree);
+  for (std::size_t i = 0; i < kTags.size(); ++i) {
+    slots[SlotOf(kTags[i].first)] = static_cast<std::uint8_t>(i);
+  }
+  return slots;
+}
+constexpr std::array<std::uint8_t, kSlots> kTagOfSlot = MakeSlots();
+static_assert(kSlots - std::count(kTagOfSlot.begin(), kTagOfSlot.end(), kFree) == kTags.size(),
+              "two tags have the same slot");
+
+constexpr std::array<std::string_view, static_cast<std::size_t>(kSkipped)> MakeNames() {
+  std::array<std::string_view, static_cast<std::size_t>(kSkipped)> names = {};
+  for (const NamedTag& tag : kTags) {
+    if (tag.second != kSkipped) {
+      names[static_cast<std::size_t>(tag.second)] = tag.first;
     }
   }
-  sorted.first[kLongestName + 1] = static_cast<std::uint8_t>(count);
-  return sorted;
+  return names;
 }
-constexpr TagsByLength kByLength = SortByLength();
-static_assert(kByLength.first[kLongestName + 1] == kTags.size(), "a name is too long");
+constexpr auto kTagNames = MakeNames();
+
+// For names, which are too short for a call of memcmp() to be worth it.
+bool IsEqual(std::string_view left, std::string_view right) {
+  const std::size_t size = left.size();
+  if (size != right.size()) {
+    return false;
+  }
+  using Word = std::uint64_t;
+  const auto same = [&]<typename Part>(Part part, std::size_t place) {
+    Part other = 0;
+    std::memcpy(&part, left.data() + place, sizeof(part));
+    std::memcpy(&other, right.data() + place, sizeof(other));
+    return part == other;
+  };
+  // The last part overlaps the one before.
+  if (size >= sizeof(Word)) {
+    for (std::size_t place = 0; place + sizeof(Word) < size; place += sizeof(Word)) {
+      if (!same(Word{0}, place)) {
+        return false;
+      }
+    }
+    return same(Word{0}, size - sizeof(Word));
+  }
+  using Half = std::uint32_t;
+  if (size >= sizeof(Half)) {
+    return same(Half{0}, 0) && same(Half{0}, size - sizeof(Half));
+  }
+  return std::equal(left.begin(), left.end(), right.begin());
+}
 
 constexpr std::uint64_t Bits(std::initializer_list<SvdTag> tags) {
   std::uint64_t bits = TagBit(kName) | TagBit(kDescription) | TagBit(kSkipped);
@@ -119,21 +158,16 @@ constexpr std::uint64_t kEffects = Bits({kReadAction, kModifiedWriteValues, kWri
 }  // namespace
 
 SvdTag SvdTagOf(std::string_view name) {
-  if (name.size() > kLongestName) {
+  if (name.size() < kShortestName) {
     return kUnknown;
   }
-  for (std::size_t i = kByLength.first[name.size()]; i < kByLength.first[name.size() + 1]; ++i) {
-    if (kByLength.tags[i].first == name) {
-      return kByLength.tags[i].second;
-    }
-  }
-  return kUnknown;
+  const std::size_t place = kTagOfSlot[SlotOf(name)];
+  return place != kFree && IsEqual(kTags[place].first, name) ? kTags[place].second : kUnknown;
 }
 
 std::string_view NameOf(SvdTag tag) {
-  const auto* const found = std::find_if(kTags.begin(), kTags.end(),
-                                         [&](const NamedTag& one) { return one.second == tag; });
-  return found == kTags.end() ? "" : found->first;
+  const auto place = static_cast<std::size_t>(tag);
+  return place < kTagNames.size() ? kTagNames[place] : "";
 }
 
 std::string_view NameOf(SvdKind kind) {

@@ -2,18 +2,19 @@
 
 #include <array>
 #include <cstdint>
+#include <optional>
 #include <rapidxml/rapidxml.hpp>
 #include <string>
 #include <string_view>
 #include <vector>
 
 #include "maps/map_storage.h"
+#include "maps/plain_xml.h"
 #include "maps/read_svd.h"
 #include "maps/svd_tags.h"
+#include "maps/xml_guard.h"
 
 namespace borvanusb {
-
-using SvdNode = rapidxml::xml_node<char>;
 
 // An element of the file that has children or can be derived.
 struct SvdElement {
@@ -22,7 +23,6 @@ struct SvdElement {
   SvdKind kind = SvdKind::kDevice;
   std::uint32_t parent = kNone;
   std::uint32_t first_child = kNone;
-  std::uint32_t last_child = kNone;
   std::uint32_t next = kNone;       // of the same parent
   std::uint32_t same_hash = kNone;  // the next one in a list of names
   std::uint32_t base = kNone;       // that it is derived from
@@ -36,8 +36,12 @@ struct SvdElement {
 // The elements of a file, with what each inherits by derivedFrom.
 class SvdTree {
  public:
-  // Throws SvdError. `document` is of `storage.text`; `pieces` as in XmlFacts.
-  SvdTree(const SvdNode& document, bool pieces, const MapLimits& limits, MapStorage& storage);
+  // Of a text that CheckXml() passed, `storage.text`. Throws SvdError.
+  SvdTree(const SvdNode& document, const XmlFacts& facts, const MapLimits& limits,
+          MapStorage& storage);
+  // Of a text that ParsePlain() parsed. Throws SvdError and NotPlain.
+  SvdTree(const SvdNode& document, const PlainFacts& facts, const MapLimits& limits,
+          MapStorage& storage);
 
   const SvdElement& operator[](std::uint32_t id) const { return elements_[id]; }
   std::size_t size() const { return elements_.size(); }
@@ -72,8 +76,15 @@ class SvdTree {
   [[noreturn]] void Fail(const SvdNode& node, const std::string& why) const;
 
  private:
-  std::uint32_t Add(SvdKind kind, const SvdNode& node, std::uint32_t parent);
-  void TakeChildren(SvdKind kind, const SvdNode& node, std::uint64_t allowed);
+  struct Pending {
+    const SvdNode* node = nullptr;
+    SvdTag tag = SvdTag::kUnknown;
+    std::uint32_t depth = 0;  // how many elements its children lie in
+  };
+
+  void Build(const SvdNode& document);
+  std::uint32_t Add(SvdKind kind, const SvdNode& node, std::uint32_t parent, std::uint32_t depth);
+  void TakeChildren(SvdKind kind, const SvdNode& node, std::uint64_t allowed, std::uint32_t depth);
   void TakeSlot(SvdKind kind, SvdTag tag, const SvdNode& node);
 
   // svd_derivation.cpp
@@ -83,15 +94,17 @@ class SvdTree {
   std::uint32_t Nearness(std::uint32_t id, std::uint32_t other) const;
   void RefuseCircles(std::uint32_t id) const;
 
-  bool pieces_;
+  bool pieces_ = false;
+  bool references_ = true;
   bool derives_ = false;
+  std::optional<PlainChecker> checker_;
   const MapLimits& limits_;
   MapStorage& storage_;
   std::vector<SvdElement> elements_;
   std::vector<const SvdNode*> slots_;
   // Of the element that is being read.
-  std::vector<const SvdNode*> pending_;
-  std::array<const SvdNode*, 64> found_ = {};
+  std::vector<Pending> pending_;
+  std::array<const SvdNode*, 64> found_;
   std::uint64_t present_ = 0;
 };
 
