@@ -54,7 +54,8 @@ class Scan {
         if (!IsReference(text_.substr(reference))) {
           throw NotPlain();
         }
-        facts.references = true;
+        facts.first_reference = facts.last_reference == 0 ? reference : facts.first_reference;
+        facts.last_reference = reference;
         reference = Find('&', reference + 1);
       }
       if (mark == text_.size()) {

@@ -19,8 +19,9 @@ using SvdDocument = rapidxml::xml_document<char>;
 struct NotPlain {};
 
 struct PlainFacts {
-  // Whether some character is written as a reference: &amp;
-  bool references = false;
+  // The places of the first and the last character that is written as a reference: &amp;
+  std::size_t first_reference = 1;
+  std::size_t last_reference = 0;
 };
 
 // Parses a text without zero bytes that is followed by one. Throws NotPlain. What is returned still
@@ -34,11 +35,12 @@ class PlainChecker {
 
   // An element with a name of the schema, and how many elements it lies in. Each throws NotPlain.
   void Element(const SvdNode& node, std::uint32_t depth) {
-    if (++tags_ > limits_.tags || depth >= limits_.depth) {
-      throw NotPlain();
-    }
+    ++tags_;
     if (node.first_attribute() != nullptr) {
       Attributes(node);
+    }
+    if (depth >= limits_.depth) {
+      throw NotPlain();
     }
   }
   // The same with all in it.
@@ -51,6 +53,12 @@ class PlainChecker {
   // Any other node in the element <device>, and any beside it.
   void AnyNode(const SvdNode& node, std::uint32_t depth);
   static void BesideDevice(const SvdNode& node);
+  // At the end.
+  void Count() const {
+    if (tags_ > limits_.tags) {
+      throw NotPlain();
+    }
+  }
 
  private:
   static void Attributes(const SvdNode& node);

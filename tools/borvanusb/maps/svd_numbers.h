@@ -38,6 +38,20 @@ struct SvdIndexes {
 // "0-3", "A-D", "A,B,C".
 std::optional<SvdIndexes> ParseSvdIndexes(std::string_view text);
 
-std::string_view TrimmedSvd(std::string_view text);
+constexpr bool IsSvdBlank(char character) {
+  return static_cast<unsigned char>(character) <= ' ' &&
+         (character == ' ' || character == '\n' || character == '\t' || character == '\r');
+}
+
+// Inline: it is called for each text of a map, and few have blanks.
+constexpr std::string_view TrimmedSvd(std::string_view text) {
+  while (!text.empty() && IsSvdBlank(text.front())) {
+    text.remove_prefix(1);
+  }
+  while (!text.empty() && IsSvdBlank(text.back())) {
+    text.remove_suffix(1);
+  }
+  return text;
+}
 
 }  // namespace borvanusb

@@ -1,8 +1,9 @@
 #include "maps/svd_tags.h"
 
 #include <algorithm>
-#include <cstring>
 #include <utility>
+
+#include "maps/short_text.h"
 
 namespace borvanusb {
 
@@ -114,35 +115,6 @@ constexpr std::array<std::string_view, static_cast<std::size_t>(kSkipped)> MakeN
 }
 constexpr auto kTagNames = MakeNames();
 
-// For names, which are too short for a call of memcmp() to be worth it.
-bool IsEqual(std::string_view left, std::string_view right) {
-  const std::size_t size = left.size();
-  if (size != right.size()) {
-    return false;
-  }
-  using Word = std::uint64_t;
-  const auto same = [&]<typename Part>(Part part, std::size_t place) {
-    Part other = 0;
-    std::memcpy(&part, left.data() + place, sizeof(part));
-    std::memcpy(&other, right.data() + place, sizeof(other));
-    return part == other;
-  };
-  // The last part overlaps the one before.
-  if (size >= sizeof(Word)) {
-    for (std::size_t place = 0; place + sizeof(Word) < size; place += sizeof(Word)) {
-      if (!same(Word{0}, place)) {
-        return false;
-      }
-    }
-    return same(Word{0}, size - sizeof(Word));
-  }
-  using Half = std::uint32_t;
-  if (size >= sizeof(Half)) {
-    return same(Half{0}, 0) && same(Half{0}, size - sizeof(Half));
-  }
-  return std::equal(left.begin(), left.end(), right.begin());
-}
-
 constexpr std::uint64_t Bits(std::initializer_list<SvdTag> tags) {
   std::uint64_t bits = TagBit(kName) | TagBit(kDescription) | TagBit(kSkipped);
   for (const SvdTag tag : tags) {
@@ -162,7 +134,7 @@ SvdTag SvdTagOf(std::string_view name) {
     return kUnknown;
   }
   const std::size_t place = kTagOfSlot[SlotOf(name)];
-  return place != kFree && IsEqual(kTags[place].first, name) ? kTags[place].second : kUnknown;
+  return place != kFree && IsSameText(kTags[place].first, name) ? kTags[place].second : kUnknown;
 }
 
 std::string_view NameOf(SvdTag tag) {

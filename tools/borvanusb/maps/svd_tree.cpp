@@ -60,14 +60,19 @@ std::uint64_t TagsInList(SvdTag list) {
 
 SvdTree::SvdTree(const SvdNode& document, const XmlFacts& facts, const MapLimits& limits,
                  MapStorage& storage)
-    : pieces_(facts.pieces), limits_(limits), storage_(storage) {
+    : pieces_(facts.pieces), references_anywhere_(true), limits_(limits), storage_(storage) {
   Build(document);
 }
 
 SvdTree::SvdTree(const SvdNode& document, const PlainFacts& facts, const MapLimits& limits,
                  MapStorage& storage)
-    : references_(facts.references), checker_(limits), limits_(limits), storage_(storage) {
+    : first_reference_(storage.text.data() + facts.first_reference),
+      last_reference_(storage.text.data() + facts.last_reference),
+      checker_(limits),
+      limits_(limits),
+      storage_(storage) {
   Build(document);
+  checker_->Count();
 }
 
 void SvdTree::Build(const SvdNode& document) {
@@ -194,30 +199,26 @@ void SvdTree::TakeSlot(SvdKind kind, SvdTag tag, const SvdNode& node) {
   }
 }
 
-const SvdNode* SvdTree::OwnSlot(const SvdElement& element, SvdTag tag) const {
-  const std::uint64_t before = element.present & (TagBit(tag) - 1);
-  return slots_[element.first_slot + static_cast<std::uint32_t>(std::popcount(before))];
+std::string_view SvdTree::TextInPieces(const SvdNode& node) const {
+  if (node.first_node() == nullptr) {
+    return {node.value(), node.value_size()};
+  }
+  if (node.first_node() == node.last_node()) {
+    const SvdNode& only =
+        node.first_node()->type() == rapidxml::node_cdata ? *node.first_node() : node;
+    return {only.value(), only.value_size()};
+  }
+  std::string whole;
+  for (const SvdNode* part = node.first_node(); part != nullptr; part = part->next_sibling()) {
+    if (part->type() == rapidxml::node_data || part->type() == rapidxml::node_cdata) {
+      whole.append(part->value(), part->value_size());
+    }
+  }
+  return storage_.arena.Copy(whole);
 }
 
-std::string_view SvdTree::Text(const SvdNode& node) const {
-  std::string_view text = {node.value(), node.value_size()};
-  if (pieces_ && node.first_node() != nullptr && node.first_node() != node.last_node()) {
-    std::string whole;
-    for (const SvdNode* part = node.first_node(); part != nullptr; part = part->next_sibling()) {
-      if (part->type() == rapidxml::node_data || part->type() == rapidxml::node_cdata) {
-        whole.append(part->value(), part->value_size());
-      }
-    }
-    text = storage_.arena.Copy(whole);
-  } else if (pieces_ && node.first_node() != nullptr &&
-             node.first_node()->type() == rapidxml::node_cdata) {
-    text = {node.first_node()->value(), node.first_node()->value_size()};
-  }
-  text = TrimmedSvd(text);
-  if (references_ && text.find('&') != std::string_view::npos) {
-    text = storage_.arena.Copy(PlainText({text}));
-  }
-  return text;
+std::string_view SvdTree::WithoutReferences(std::string_view text) const {
+  return storage_.arena.Copy(PlainText({text}));
 }
 
 std::string_view SvdTree::SlotText(std::uint32_t id, SvdTag tag) const {

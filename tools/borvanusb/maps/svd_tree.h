@@ -11,6 +11,8 @@
 #include "maps/map_storage.h"
 #include "maps/plain_xml.h"
 #include "maps/read_svd.h"
+#include "maps/short_text.h"
+#include "maps/svd_numbers.h"
 #include "maps/svd_tags.h"
 #include "maps/xml_guard.h"
 
@@ -57,9 +59,24 @@ class SvdTree {
     } while (id != SvdElement::kNone);
     return nullptr;
   }
-  const SvdNode* OwnSlot(const SvdElement& element, SvdTag tag) const;
+  // The simple elements of an element, its own and those of what it is derived from.
+  std::uint64_t Present(std::uint32_t id) const {
+    std::uint64_t present = 0;
+    do {
+      present |= elements_[id].present;
+      id = elements_[id].base;
+    } while (id != SvdElement::kNone);
+    return present;
+  }
+  const SvdNode* OwnSlot(const SvdElement& element, SvdTag tag) const {
+    return slots_[element.first_slot + CountBits(element.present & (TagBit(tag) - 1))];
+  }
   // The text in an element, without blanks around it.
-  std::string_view Text(const SvdNode& node) const;
+  std::string_view Text(const SvdNode& node) const {
+    const std::string_view text = TrimmedSvd(
+        pieces_ ? TextInPieces(node) : std::string_view(node.value(), node.value_size()));
+    return MayHaveReferences(text) && HasCharacter(text, '&') ? WithoutReferences(text) : text;
+  }
   std::string_view SlotText(std::uint32_t id, SvdTag tag) const;
   // The same as the file has it.
   MapText RawText(const SvdNode& node) const;
@@ -76,6 +93,20 @@ class SvdTree {
   [[noreturn]] void Fail(const SvdNode& node, const std::string& why) const;
 
  private:
+  // std::popcount() is a call where the processor is not known to count.
+  static constexpr std::uint32_t CountBits(std::uint64_t bits) {
+    bits -= bits >> 1U & 0x5555555555555555U;
+    bits = (bits & 0x3333333333333333U) + (bits >> 2U & 0x3333333333333333U);
+    bits = (bits + (bits >> 4U)) & 0x0F0F0F0F0F0F0F0FU;
+    return static_cast<std::uint32_t>(bits * 0x0101010101010101U >> 56U);
+  }
+  bool MayHaveReferences(std::string_view text) const {
+    return references_anywhere_ ||
+           (text.data() <= last_reference_ && text.data() + text.size() > first_reference_);
+  }
+  std::string_view TextInPieces(const SvdNode& node) const;
+  std::string_view WithoutReferences(std::string_view text) const;
+
   struct Pending {
     const SvdNode* node = nullptr;
     SvdTag tag = SvdTag::kUnknown;
@@ -95,7 +126,10 @@ class SvdTree {
   void RefuseCircles(std::uint32_t id) const;
 
   bool pieces_ = false;
-  bool references_ = true;
+  // Where references are.
+  bool references_anywhere_ = false;
+  const char* first_reference_ = nullptr;
+  const char* last_reference_ = nullptr;
   bool derives_ = false;
   std::optional<PlainChecker> checker_;
   const MapLimits& limits_;

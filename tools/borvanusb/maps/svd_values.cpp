@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "base/format.h"
+#include "maps/short_text.h"
 
 namespace borvanusb {
 
@@ -120,7 +121,7 @@ Word SvdValues::WordIn(std::uint32_t id, SvdTag tag, Word inherited) const {
   }
   const std::string_view text = tree_.Text(*node);
   for (std::size_t i = 0; i < Words<Word>::kWords.size(); ++i) {
-    if (Words<Word>::kWords[i] == text && !text.empty()) {
+    if (IsSameText(Words<Word>::kWords[i], text) && !text.empty()) {
       return static_cast<Word>(i);
     }
   }
@@ -210,7 +211,7 @@ void SvdValues::DoubtMissing(std::uint32_t id, SvdTag tag) const {
 const SvdArray* SvdValues::Array(std::uint32_t id) const {
   const SvdElement& element = tree_[id];
   if ((element.present & TagBit(SvdTag::kDim)) == 0 &&
-      element.name.find(kIndexMark) == std::string_view::npos) {
+      !HasCharacter(element.name, kIndexMark.front())) {
     return &single_;
   }
   auto found = arrays_.find(id);
