@@ -70,7 +70,7 @@ bool MayOverlap(const MapRegisterForm& form) {
 }  // namespace
 
 const MapRegisterForm& FormBuilder::FormOf(std::uint32_t id, const SvdProperties& inherited) {
-  Made& made = made_[id];
+  Made& made = MadeOf(id);
   if (made.form != nullptr && made.inherited == inherited) {
     return *made.form;
   }
@@ -247,7 +247,7 @@ void FormBuilder::AddEnumerations(std::uint32_t id, MapField& field) {
 }
 
 const MapEnumeration& FormBuilder::EnumerationOf(std::uint32_t id) {
-  Made& made = made_[id];
+  Made& made = MadeOf(id);
   if (made.enumeration != nullptr) {
     return *made.enumeration;
   }
@@ -273,7 +273,7 @@ MapValueList* FormBuilder::ValuesOf(std::uint32_t id) {
       return nullptr;
     }
   }
-  MapValueList*& list = made_[id].values;
+  MapValueList*& list = MadeOf(id).values;
   if (list == nullptr) {
     list = &storage_.value_lists.emplace_back();
     const std::string_view tag = NameOf(SvdTag::kEnumeratedValue);

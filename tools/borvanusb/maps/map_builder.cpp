@@ -47,6 +47,7 @@ class MapBuilder {
           {.kind = SvdDoubtKind::kAddressUnit, .offset = tree_.OffsetOf(kDevice), .number = unit});
     }
     const SvdProperties properties = values_.Properties(kDevice, {});
+    map_.registers.reserve(ExpectedRegisters());
     for (std::uint32_t child = tree_[kDevice].first_child; child != SvdElement::kNone;
          child = tree_[child].next) {
       AddPeripherals(child, properties);
@@ -54,6 +55,23 @@ class MapBuilder {
   }
 
  private:
+  // How many registers there will be, unless some are inherited or left out.
+  std::size_t ExpectedRegisters() const {
+    std::vector<std::uint64_t> times(tree_.size(), 1);
+    std::uint64_t registers = 0;
+    for (std::uint32_t id = kDevice + 1; id < tree_.size(); ++id) {
+      const SvdElement& element = tree_[id];
+      times[id] = times[element.parent];
+      if ((element.present & TagBit(SvdTag::kDim)) != 0) {
+        const auto dim = ParseSvdNumber(tree_.Text(*tree_.OwnSlot(element, SvdTag::kDim)));
+        times[id] *= std::clamp<std::uint64_t>(dim.value_or(1), 1, limits_.entries);
+      }
+      times[id] = std::min(times[id], limits_.entries);
+      registers += element.kind == SvdKind::kRegister ? times[id] : 0;
+    }
+    return std::min({registers, limits_.entries, std::uint64_t{storage_.text.size()}});
+  }
+
   // The address that an element of an array has; nothing when there is none.
   std::optional<std::uint64_t> Address(std::uint32_t id, std::uint64_t start, const SvdArray& array,
                                        std::uint64_t i) {

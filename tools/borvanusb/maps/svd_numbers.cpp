@@ -11,6 +11,7 @@ namespace {
 constexpr unsigned kUnitShift = 10;
 constexpr std::size_t kMostBits = 64;
 
+constexpr std::size_t kShortNumber = 12;
 constexpr std::uint8_t kNoDigit = 0xFF;
 
 constexpr std::array<std::uint8_t, 256> DigitValues() {
@@ -117,12 +118,23 @@ std::optional<SvdIndexes> IndexRange(std::string_view from, std::string_view to)
   return indexes;
 }
 
-}  // namespace
-
-std::optional<std::uint64_t> ParseSvdNumber(std::string_view text) {
-  if (const auto number = Unscaled(text)) {
-    return number;
+// Nearly all numbers of a map: a few digits, decimal or hexadecimal.
+std::optional<std::uint64_t> ShortNumber(std::string_view text) {
+  const bool is_hex = text.size() > 2 && text[0] == '0' && (text[1] == 'x' || text[1] == 'X');
+  text.remove_prefix(is_hex ? 2 : 0);
+  const unsigned base = is_hex ? 16 : 10;
+  std::uint64_t number = 0;
+  bool wrong = text.empty() || text.size() > kShortNumber;
+  for (const char digit : text.substr(0, kShortNumber)) {
+    const unsigned value = kDigitValues[static_cast<unsigned char>(digit)];
+    wrong |= value >= base;
+    number = number * base + value;
   }
+  return wrong ? std::nullopt : std::optional(number);
+}
+
+// A number with a sign, a unit or many digits, or a binary one.
+std::optional<std::uint64_t> LongNumber(std::string_view text) {
   if (text.starts_with('+')) {
     text.remove_prefix(1);
   }
@@ -135,6 +147,13 @@ std::optional<std::uint64_t> ParseSvdNumber(std::string_view text) {
     return std::nullopt;
   }
   return *number << shift;
+}
+
+}  // namespace
+
+std::optional<std::uint64_t> ParseSvdNumber(std::string_view text) {
+  const auto short_number = ShortNumber(text);
+  return short_number ? short_number : LongNumber(text);
 }
 
 std::optional<SvdPattern> ParseSvdPattern(std::string_view text) {

@@ -11,6 +11,7 @@ namespace {
 
 using NamedTag = std::pair<std::string_view, SvdTag>;
 using enum SvdTag;
+using short_text::PartAt;
 
 constexpr auto kTags = std::to_array<NamedTag>({
     {"name", kName},
@@ -82,27 +83,57 @@ constexpr auto kTags = std::to_array<NamedTag>({
 });
 
 constexpr std::size_t kShortestName = 3;
-constexpr std::size_t kSlots = 256;
-constexpr std::uint8_t kFree = 0xFF;
+constexpr std::size_t kLongestName = 23;
+constexpr std::size_t kWord = 8;
+constexpr unsigned kSlotShift = 56;
 
-// The factors are such that no two tags meet; whoever adds one may have to look for others.
-constexpr std::size_t SlotOf(std::string_view name) {
-  const auto third = static_cast<unsigned char>(name[2]);
-  const auto last_but_two = static_cast<unsigned char>(name[name.size() - 3]);
-  return (third * 110U + last_but_two * 255U + name.size() * 181U) % kSlots;
+// The characters of a name from a place on, as far as they go.
+constexpr std::uint64_t WordOf(std::string_view name, std::size_t place) {
+  std::uint64_t word = 0;
+  for (std::size_t i = 0; i < kWord && place + i < name.size(); ++i) {
+    word |= std::uint64_t{static_cast<unsigned char>(name[place + i])} << (kWord * i);
+  }
+  return word;
 }
 
-constexpr std::array<std::uint8_t, kSlots> MakeSlots() {
-  std::array<std::uint8_t, kSlots> slots = {};
-  slots.fill(kFree);
-  for (std::size_t i = 0; i < kTags.size(); ++i) {
-    slots[SlotOf(kTags[i].first)] = static_cast<std::uint8_t>(i);
+// The factor is such that no two tags meet; whoever adds one may have to look for another.
+constexpr std::size_t SlotOf(std::uint64_t word, std::size_t size) {
+  return (word + size) * 0xb08e2bdca1d8d2d1U >> kSlotShift;
+}
+
+// A tag as it is looked for: by words, which beats a call of memcmp().
+struct TagSlot {
+  std::uint64_t first = 0;
+  std::uint64_t last = 0;    // the last characters of a name that fills a word
+  std::uint64_t middle = 0;  // those behind the first word of a name that two words don't cover
+  std::size_t size = 0;
+  SvdTag tag = kUnknown;
+};
+
+constexpr std::array<TagSlot, 256> MakeSlots() {
+  std::array<TagSlot, 256> slots = {};
+  for (const auto& [name, tag] : kTags) {
+    const std::uint64_t first = WordOf(name, 0);
+    const std::uint64_t last = name.size() < kWord ? 0 : WordOf(name, name.size() - kWord);
+    const std::uint64_t middle = name.size() > 2 * kWord ? WordOf(name, kWord) : 0;
+    slots[SlotOf(first, name.size())] = {first, last, middle, name.size(), tag};
   }
   return slots;
 }
-constexpr std::array<std::uint8_t, kSlots> kTagOfSlot = MakeSlots();
-static_assert(kSlots - std::count(kTagOfSlot.begin(), kTagOfSlot.end(), kFree) == kTags.size(),
+constexpr std::array<TagSlot, 256> kSlots = MakeSlots();
+static_assert(std::all_of(kTags.begin(), kTags.end(),
+                          [](const NamedTag& tag) {
+                            const TagSlot& slot =
+                                kSlots[SlotOf(WordOf(tag.first, 0), tag.first.size())];
+                            return slot.tag == tag.second && slot.size == tag.first.size();
+                          }),
               "two tags have the same slot");
+static_assert(std::all_of(kTags.begin(), kTags.end(),
+                          [](const NamedTag& tag) {
+                            return tag.first.size() >= kShortestName &&
+                                   tag.first.size() <= kLongestName;
+                          }),
+              "a name has another length");
 
 constexpr std::array<std::string_view, static_cast<std::size_t>(kSkipped)> MakeNames() {
   std::array<std::string_view, static_cast<std::size_t>(kSkipped)> names = {};
@@ -130,11 +161,26 @@ constexpr std::uint64_t kEffects = Bits({kReadAction, kModifiedWriteValues, kWri
 }  // namespace
 
 SvdTag SvdTagOf(std::string_view name) {
-  if (name.size() < kShortestName) {
+  const std::size_t size = name.size();
+  if (size < kShortestName || size > kLongestName) {
     return kUnknown;
   }
-  const std::size_t place = kTagOfSlot[SlotOf(name)];
-  return place != kFree && IsSameText(kTags[place].first, name) ? kTags[place].second : kUnknown;
+  if (size >= kWord) {
+    const std::uint64_t first = PartAt<std::uint64_t>(name, 0);
+    const std::uint64_t last = PartAt<std::uint64_t>(name, size - kWord);
+    const TagSlot& slot = kSlots[SlotOf(first, size)];
+    const bool same = slot.first == first && slot.last == last && slot.size == size;
+    const bool same_middle = size <= 2 * kWord || slot.middle == PartAt<std::uint64_t>(name, kWord);
+    return same && same_middle ? slot.tag : kUnknown;
+  }
+  constexpr std::size_t kHalf = 4;
+  const std::uint64_t first = size >= kHalf
+                                  ? PartAt<std::uint32_t>(name, 0) |
+                                        std::uint64_t{PartAt<std::uint32_t>(name, size - kHalf)}
+                                            << (kWord * (size - kHalf))
+                                  : WordOf(name, 0);
+  const TagSlot& slot = kSlots[SlotOf(first, size)];
+  return slot.first == first && slot.size == size ? slot.tag : kUnknown;
 }
 
 std::string_view NameOf(SvdTag tag) {

@@ -156,17 +156,18 @@ std::uint32_t SvdTree::Add(SvdKind kind, const SvdNode& node, std::uint32_t pare
 
 void SvdTree::TakeChildren(SvdKind kind, const SvdNode& node, std::uint64_t allowed,
                            std::uint32_t depth) {
+  PlainChecker* const checker = checker_ ? &*checker_ : nullptr;
   for (const SvdNode* child = node.first_node(); child != nullptr; child = child->next_sibling()) {
     const bool is_element = child->type() == rapidxml::node_element;
     const SvdTag tag = is_element ? SvdTagOf(NameText(*child)) : SvdTag::kUnknown;
     const std::uint64_t bit = TagBit(tag) & allowed;
-    if (checker_) {
+    if (checker != nullptr) {
       if (bit == 0) {
-        checker_->AnyNode(*child, depth);
+        checker->AnyNode(*child, depth);
       } else if ((bit & (kWithChildren | kLists)) != 0) {
-        checker_->Element(*child, depth);
+        checker->Element(*child, depth);
       } else {
-        checker_->WholeElement(*child, depth);
+        checker->WholeElement(*child, depth);
       }
     }
     if ((bit & kWithChildren) != 0) {
@@ -179,24 +180,24 @@ void SvdTree::TakeChildren(SvdKind kind, const SvdNode& node, std::uint64_t allo
                            .first = NameText(*child),
                            .second = NameText(node)});
     } else if (bit != 0 && tag != SvdTag::kSkipped) {
-      TakeSlot(kind, tag, *child);
+      if ((present_ & bit) == 0) {
+        present_ |= bit;
+        found_[static_cast<std::size_t>(tag)] = child;
+      } else if ((bit & kRepeated) == 0) {
+        DoubtTwice(kind, tag, *child);
+      }
     }
   }
 }
 
-void SvdTree::TakeSlot(SvdKind kind, SvdTag tag, const SvdNode& node) {
-  if ((present_ & TagBit(tag)) == 0) {
-    present_ |= TagBit(tag);
-    found_[static_cast<std::size_t>(tag)] = &node;
-  } else if ((TagBit(tag) & kRepeated) == 0) {
-    const bool named = (present_ & TagBit(SvdTag::kName)) != 0;
-    storage_.doubts.Add(
-        {.kind = SvdDoubtKind::kTwice,
-         .offset = OffsetOf(node),
-         .first = NameOf(tag),
-         .second = NameOf(kind),
-         .third = named ? Text(*found_[static_cast<std::size_t>(SvdTag::kName)]) : ""});
-  }
+void SvdTree::DoubtTwice(SvdKind kind, SvdTag tag, const SvdNode& node) {
+  const bool named = (present_ & TagBit(SvdTag::kName)) != 0;
+  storage_.doubts.Add(
+      {.kind = SvdDoubtKind::kTwice,
+       .offset = OffsetOf(node),
+       .first = NameOf(tag),
+       .second = NameOf(kind),
+       .third = named ? Text(*found_[static_cast<std::size_t>(SvdTag::kName)]) : ""});
 }
 
 std::string_view SvdTree::TextInPieces(const SvdNode& node) const {

@@ -116,7 +116,7 @@ class SvdTree {
   void Build(const SvdNode& document);
   std::uint32_t Add(SvdKind kind, const SvdNode& node, std::uint32_t parent, std::uint32_t depth);
   void TakeChildren(SvdKind kind, const SvdNode& node, std::uint64_t allowed, std::uint32_t depth);
-  void TakeSlot(SvdKind kind, SvdTag tag, const SvdNode& node);
+  void DoubtTwice(SvdKind kind, SvdTag tag, const SvdNode& node);
 
   // svd_derivation.cpp
   void Derive();
