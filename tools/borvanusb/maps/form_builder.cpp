@@ -133,10 +133,9 @@ void FormBuilder::AddFields(std::uint32_t id, MapRegisterForm& form) {
 FormBuilder::Place FormBuilder::PlaceOf(std::uint32_t id) const {
   const SvdElement& element = tree_[id];
   Place place = element.base == SvdElement::kNone ? Place() : PlaceOf(element.base);
-  const auto own = [&](SvdTag tag) {
-    return (element.present & TagBit(tag)) != 0 ? tree_.OwnSlot(element, tag) : nullptr;
-  };
-  if (const SvdNode* const range = own(SvdTag::kBitRange)) {
+  const auto has = [&](SvdTag tag) { return (element.present & TagBit(tag)) != 0; };
+  if (has(SvdTag::kBitRange)) {
+    const SvdNode* const range = tree_.OwnSlot(element, SvdTag::kBitRange);
     place = {};
     if (const auto bits = ParseSvdBitRange(tree_.Text(*range))) {
       place = {bits->second, bits->first - bits->second + 1};
@@ -149,18 +148,16 @@ FormBuilder::Place FormBuilder::PlaceOf(std::uint32_t id) const {
     }
     return place;
   }
-  const SvdNode* const lsb = own(SvdTag::kLsb);
-  const SvdNode* const msb = own(SvdTag::kMsb);
-  if (lsb != nullptr && msb != nullptr) {
-    const auto first = values_.NumberIn(*lsb);
-    const auto last = values_.NumberIn(*msb);
+  if (has(SvdTag::kLsb) && has(SvdTag::kMsb)) {
+    const auto first = values_.OwnNumber(id, SvdTag::kLsb);
+    const auto last = values_.OwnNumber(id, SvdTag::kMsb);
     return first && last && *first <= *last ? Place{first, *last - *first + 1} : Place();
   }
-  if (const SvdNode* const offset = own(SvdTag::kBitOffset)) {
-    place.offset = values_.NumberIn(*offset);
+  if (has(SvdTag::kBitOffset)) {
+    place.offset = values_.OwnNumber(id, SvdTag::kBitOffset);
   }
-  if (const SvdNode* const width = own(SvdTag::kBitWidth)) {
-    place.width = values_.NumberIn(*width);
+  if (has(SvdTag::kBitWidth)) {
+    place.width = values_.OwnNumber(id, SvdTag::kBitWidth);
   }
   return place;
 }

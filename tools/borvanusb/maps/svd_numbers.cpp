@@ -118,21 +118,6 @@ std::optional<SvdIndexes> IndexRange(std::string_view from, std::string_view to)
   return indexes;
 }
 
-// Nearly all numbers of a map: a few digits, decimal or hexadecimal.
-std::optional<std::uint64_t> ShortNumber(std::string_view text) {
-  const bool is_hex = text.size() > 2 && text[0] == '0' && (text[1] == 'x' || text[1] == 'X');
-  text.remove_prefix(is_hex ? 2 : 0);
-  const unsigned base = is_hex ? 16 : 10;
-  std::uint64_t number = 0;
-  bool wrong = text.empty() || text.size() > kShortNumber;
-  for (const char digit : text.substr(0, kShortNumber)) {
-    const unsigned value = kDigitValues[static_cast<unsigned char>(digit)];
-    wrong |= value >= base;
-    number = number * base + value;
-  }
-  return wrong ? std::nullopt : std::optional(number);
-}
-
 // A number with a sign, a unit or many digits, or a binary one.
 std::optional<std::uint64_t> LongNumber(std::string_view text) {
   if (text.starts_with('+')) {
@@ -151,8 +136,22 @@ std::optional<std::uint64_t> LongNumber(std::string_view text) {
 
 }  // namespace
 
+std::optional<std::uint64_t> ParseShortSvdNumber(std::string_view text) {
+  const bool is_hex = text.size() > 2 && text[0] == '0' && (text[1] == 'x' || text[1] == 'X');
+  text.remove_prefix(is_hex ? 2 : 0);
+  const unsigned base = is_hex ? 16 : 10;
+  std::uint64_t number = 0;
+  bool wrong = text.empty() || text.size() > kShortNumber;
+  for (const char digit : text.substr(0, kShortNumber)) {
+    const unsigned value = kDigitValues[static_cast<unsigned char>(digit)];
+    wrong |= value >= base;
+    number = number * base + value;
+  }
+  return wrong ? std::nullopt : std::optional(number);
+}
+
 std::optional<std::uint64_t> ParseSvdNumber(std::string_view text) {
-  const auto short_number = ShortNumber(text);
+  const auto short_number = ParseShortSvdNumber(text);
   return short_number ? short_number : LongNumber(text);
 }
 

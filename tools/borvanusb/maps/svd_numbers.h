@@ -14,6 +14,10 @@ namespace borvanusb {
 // powers) behind it, small letters too.
 std::optional<std::uint64_t> ParseSvdNumber(std::string_view text);
 
+// The same for the few digits, decimal or hexadecimal, that nearly all numbers of a map are.
+// Nothing for any other text: it may be a number all the same.
+std::optional<std::uint64_t> ParseShortSvdNumber(std::string_view text);
+
 struct SvdPattern {
   std::uint64_t value = 0;
   std::uint64_t counting = 0;  // 0: a bit that is written as x

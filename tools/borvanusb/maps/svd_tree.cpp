@@ -79,6 +79,7 @@ void SvdTree::Build(const SvdNode& document) {
   // What most maps need, and little beside their text for any other.
   elements_.reserve(storage_.text.size() / kBytesOfElement);
   slots_.reserve(storage_.text.size() / kBytesOfSlot);
+  numbers_.reserve(storage_.text.size() / kBytesOfSlot);
   const SvdNode* root = nullptr;
   for (const SvdNode* node = document.first_node(); node != nullptr; node = node->next_sibling()) {
     if (node->type() != rapidxml::node_element) {
@@ -128,7 +129,9 @@ std::uint32_t SvdTree::Add(SvdKind kind, const SvdNode& node, std::uint32_t pare
   element.present = present_;
   element.first_slot = static_cast<std::uint32_t>(slots_.size());
   for (std::uint64_t rest = present_; rest != 0; rest &= rest - 1) {
-    slots_.push_back(found_[static_cast<std::size_t>(std::countr_zero(rest))]);
+    const auto tag = static_cast<std::size_t>(std::countr_zero(rest));
+    slots_.push_back(found_[tag]);
+    numbers_.push_back(found_numbers_[tag]);
   }
   if ((present_ & TagBit(SvdTag::kName)) != 0) {
     element.name = Text(*found_[static_cast<std::size_t>(SvdTag::kName)]);
@@ -183,6 +186,11 @@ void SvdTree::TakeChildren(SvdKind kind, const SvdNode& node, std::uint64_t allo
       if ((present_ & bit) == 0) {
         present_ |= bit;
         found_[static_cast<std::size_t>(tag)] = child;
+        if ((bit & kNumbersInAdvance) != 0) {
+          const std::string_view text(child->value(), child->value_size());
+          found_numbers_[static_cast<std::size_t>(tag)] =
+              ParseShortSvdNumber(text).value_or(kNotRead);
+        }
       } else if ((bit & kRepeated) == 0) {
         DoubtTwice(kind, tag, *child);
       }

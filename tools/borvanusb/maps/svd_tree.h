@@ -59,6 +59,13 @@ class SvdTree {
     } while (id != SvdElement::kNone);
     return nullptr;
   }
+  // The number in a simple element that an element has, as far as it was read in advance, while its
+  // text was at hand; or kNotRead.
+  static constexpr std::uint64_t kNotRead = ~std::uint64_t{0};
+  std::uint64_t OwnNumber(const SvdElement& element, SvdTag tag) const {
+    return numbers_[element.first_slot + CountBits(element.present & (TagBit(tag) - 1))];
+  }
+
   // The simple elements of an element, its own and those of what it is derived from.
   std::uint64_t Present(std::uint32_t id) const {
     std::uint64_t present = 0;
@@ -136,9 +143,11 @@ class SvdTree {
   MapStorage& storage_;
   std::vector<SvdElement> elements_;
   std::vector<const SvdNode*> slots_;
+  std::vector<std::uint64_t> numbers_;  // in these
   // Of the element that is being read.
   std::vector<Pending> pending_;
   std::array<const SvdNode*, 64> found_;
+  std::array<std::uint64_t, 64> found_numbers_;
   std::uint64_t present_ = 0;
 };
 

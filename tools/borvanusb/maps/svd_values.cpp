@@ -97,8 +97,22 @@ std::optional<std::uint64_t> SvdValues::NumberIn(const SvdNode& node) const {
 }
 
 std::optional<std::uint64_t> SvdValues::Number(std::uint32_t id, SvdTag tag) const {
-  const SvdNode* const node = tree_.Slot(id, tag);
-  return node == nullptr ? std::nullopt : NumberIn(*node);
+  while ((tree_[id].present & TagBit(tag)) == 0) {
+    id = tree_[id].base;
+    if (id == SvdElement::kNone) {
+      return std::nullopt;
+    }
+  }
+  return OwnNumber(id, tag);
+}
+
+std::optional<std::uint64_t> SvdValues::OwnNumber(std::uint32_t id, SvdTag tag) const {
+  if ((TagBit(tag) & kNumbersInAdvance) != 0) {
+    if (const std::uint64_t number = tree_.OwnNumber(tree_[id], tag); number != SvdTree::kNotRead) {
+      return number;
+    }
+  }
+  return NumberIn(*tree_.OwnSlot(tree_[id], tag));
 }
 
 bool SvdValues::Truth(const SvdNode& node) const {

@@ -43,6 +43,8 @@ class SvdValues {
       : tree_(tree), limits_(limits), storage_(storage) {}
 
   std::optional<std::uint64_t> Number(std::uint32_t id, SvdTag tag) const;
+  // Of an element that has it itself.
+  std::optional<std::uint64_t> OwnNumber(std::uint32_t id, SvdTag tag) const;
   std::optional<std::uint64_t> NumberIn(const SvdNode& node) const;
   bool Truth(const SvdNode& node) const;
   MapAccess Access(std::uint32_t id, MapAccess inherited) const;
