@@ -294,5 +294,13 @@ TEST(SvdFeaturesTest, CommentsInstructionsAndCdataChangeNothing) {
   }
 }
 
+TEST(SvdFeaturesTest, NumbersInPieces) {
+  const RegisterMap map = Registers(
+      "<register><name>R</name><addressOffset>1<!-- ten -->0</addressOffset>"
+      "<size><![CDATA[1]]>6</size></register>");
+  EXPECT_EQ(Named(map, "P.R").address, 0x100AU);
+  EXPECT_EQ(Named(map, "P.R").form->bits, 16U);
+}
+
 }  // namespace
 }  // namespace borvanusb::tool_test

@@ -274,7 +274,13 @@ MapValueList* FormBuilder::ValuesOf(std::uint32_t id) {
   if (list == nullptr) {
     list = &storage_.value_lists.emplace_back();
     const std::string_view tag = NameOf(SvdTag::kEnumeratedValue);
-    for (const SvdNode* node = tree_.OwnSlot(tree_[id], SvdTag::kEnumeratedValue); node != nullptr;
+    const SvdNode* const first = tree_.OwnSlot(tree_[id], SvdTag::kEnumeratedValue);
+    std::size_t count = 0;
+    for (const SvdNode* node = first; node != nullptr; node = node->next_sibling()) {
+      ++count;
+    }
+    list->values.reserve(count);
+    for (const SvdNode* node = first; node != nullptr;
          node = node->next_sibling(tag.data(), tag.size())) {
       AddValue(*node, *list);
     }

@@ -1,6 +1,7 @@
 #include "maps/map_builder.h"
 
 #include <algorithm>
+#include <array>
 #include <limits>
 #include <vector>
 
@@ -14,6 +15,8 @@ namespace {
 
 constexpr std::uint32_t kDevice = 0;
 constexpr std::uint64_t kByteBits = 8;
+// The product of two such numbers always fits; there is no need of a slow division.
+constexpr std::uint64_t kHalf = 0xFFFFFFFF;
 
 // Where the registers of a peripheral or cluster go.
 struct Place {
@@ -75,7 +78,8 @@ class MapBuilder {
   // The address that an element of an array has; nothing when there is none.
   std::optional<std::uint64_t> Address(std::uint32_t id, std::uint64_t start, const SvdArray& array,
                                        std::uint64_t i) {
-    const bool fits = i == 0 || array.increment <= std::numeric_limits<std::uint64_t>::max() / i;
+    const bool fits = (i <= kHalf && array.increment <= kHalf) || i == 0 ||
+                      array.increment <= std::numeric_limits<std::uint64_t>::max() / i;
     const auto address = fits ? CheckedSum(start, i * array.increment) : std::nullopt;
     if (!address) {
       DoubtTooFar(id);
@@ -255,9 +259,15 @@ class MapBuilder {
       }
       Count(id, form.entries);
       MapRegister& made = map_.registers.emplace_back();
-      made.index = values_.Index(*array, i);
-      made.index_name = SvdValues::IndexName(*array, i);
-      made.name = values_.FullName(place.prefix, id, *array, made.index);
+      if (array->is_array) {
+        std::array<char, SvdValues::kLongestIndex> room;
+        const std::string_view index = SvdValues::IndexText(*array, i, room);
+        made.name = values_.FullName(place.prefix, id, *array, index);
+        made.index = made.name.substr(place.prefix.size() + array->mark, index.size());
+        made.index_name = SvdValues::IndexName(*array, i);
+      } else {
+        made.name = values_.FullName(place.prefix, id, *array, {});
+      }
       made.address = *address;
       made.form = &form;
       made.alternate = place.alternate;

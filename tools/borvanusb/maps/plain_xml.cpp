@@ -5,6 +5,7 @@
 #include <new>
 #include <string_view>
 
+#include "maps/svd_tags.h"
 #include "maps/xml_guard.h"
 
 namespace borvanusb {
@@ -123,7 +124,9 @@ PlainFacts ParsePlain(std::string& text, SvdDocument& document) {
 
 void PlainChecker::AnyNode(const SvdNode& node, std::uint32_t depth) {
   const std::string_view name(node.name(), node.name_size());
-  if (node.type() != rapidxml::node_element || !std::all_of(name.begin(), name.end(), IsXmlName)) {
+  const bool is_name =
+      SvdTagOf(name) != SvdTag::kUnknown || std::all_of(name.begin(), name.end(), IsXmlName);
+  if (node.type() != rapidxml::node_element || !is_name) {
     throw NotPlain();
   }
   WholeElement(node, depth);

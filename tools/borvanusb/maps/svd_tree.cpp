@@ -189,7 +189,7 @@ void SvdTree::TakeChildren(SvdKind kind, const SvdNode& node, std::uint64_t allo
         if ((bit & kNumbersInAdvance) != 0) {
           const std::string_view text(child->value(), child->value_size());
           found_numbers_[static_cast<std::size_t>(tag)] =
-              ParseShortSvdNumber(text).value_or(kNotRead);
+              pieces_ ? kNotRead : ParseShortSvdNumber(text).value_or(kNotRead);
         }
       } else if ((bit & kRepeated) == 0) {
         DoubtTwice(kind, tag, *child);

@@ -252,6 +252,8 @@ std::optional<SvdArray> SvdValues::MakeArray(std::uint32_t id) const {
     return array;
   }
   array.is_array = true;
+  array.mark = std::min(element.name.find(kIndexMark), element.name.size());
+  array.behind = marked ? array.mark + kIndexMark.size() : array.mark;
   array.count = NumberIn(*dim).value_or(0);
   const auto increment = Number(id, SvdTag::kDimIncrement);
   array.increment = increment.value_or(0);
@@ -284,21 +286,27 @@ std::optional<SvdArray> SvdValues::MakeArray(std::uint32_t id) const {
   return array;
 }
 
+std::string_view SvdValues::IndexText(const SvdArray& array, std::uint64_t i,
+                                      std::array<char, kLongestIndex>& room) {
+  if (array.indexes.kind == SvdIndexes::Kind::kNames) {
+    return array.indexes.names[i];
+  }
+  char* end = room.data() + 1;
+  if (array.indexes.kind == SvdIndexes::Kind::kLetters) {
+    room[0] = static_cast<char>(array.indexes.first + i);
+  } else {
+    end = std::to_chars(room.data(), room.data() + room.size(), array.indexes.first + i).ptr;
+  }
+  return {room.data(), static_cast<std::size_t>(end - room.data())};
+}
+
 std::string_view SvdValues::Index(const SvdArray& array, std::uint64_t i) const {
   if (!array.is_array) {
     return {};
   }
-  if (array.indexes.kind == SvdIndexes::Kind::kNames) {
-    return array.indexes.names[i];
-  }
-  std::array<char, 20> text = {};
-  char* end = text.data() + 1;
-  if (array.indexes.kind == SvdIndexes::Kind::kLetters) {
-    text[0] = static_cast<char>(array.indexes.first + i);
-  } else {
-    end = std::to_chars(text.data(), text.data() + text.size(), array.indexes.first + i).ptr;
-  }
-  return storage_.arena.Copy({text.data(), static_cast<std::size_t>(end - text.data())});
+  std::array<char, kLongestIndex> room;
+  const std::string_view text = IndexText(array, i, room);
+  return array.indexes.kind == SvdIndexes::Kind::kNames ? text : storage_.arena.Copy(text);
 }
 
 void SvdValues::NameIndexes(std::uint32_t id, SvdArray& array) const {
@@ -330,10 +338,8 @@ std::string_view SvdValues::IndexName(const SvdArray& array, std::uint64_t i) {
 std::string_view SvdValues::FullName(std::string_view prefix, std::uint32_t id,
                                      const SvdArray& array, std::string_view index) const {
   const std::string_view name = tree_[id].name;
-  const std::size_t mark = array.is_array ? name.find(kIndexMark) : std::string_view::npos;
-  const std::string_view front = name.substr(0, mark);
-  const std::string_view back =
-      mark == std::string_view::npos ? std::string_view() : name.substr(mark + kIndexMark.size());
+  const std::string_view front = array.is_array ? name.substr(0, array.mark) : name;
+  const std::string_view back = array.is_array ? name.substr(array.behind) : std::string_view();
   if (prefix.empty() && !array.is_array) {
     return name;
   }
