@@ -76,6 +76,17 @@ TEST_F(RegListsTest, FailedDumpLeavesNoFile) {
   EXPECT_FALSE(std::filesystem::exists(folder_.Name("dump.txt")));
 }
 
+TEST_F(RegListsTest, ListComesFromStandardInput) {
+  desk_.host.input = "0xfffd,0\n0x8001,0x100,\n";
+  EXPECT_EQ(desk_.FailureOf(RegLoadCommand{"-", false}).Message(),
+            "standard input:2: value 0x100 has more than 8 bits; nothing was sent");
+  desk_.host.input = "0xfffd,0\n0x8000,1,\n";
+  desk_.Do(RegLoadCommand{"-", false}, "reg-load");
+  EXPECT_EQ(desk_.output.out, "1 register written from standard input\n");
+  EXPECT_EQ(desk_.result["file"], "-");
+  EXPECT_EQ(desk_.Chip().register_lists.size(), 1U);
+}
+
 TEST_F(RegListsTest, BadListIsToldWithAllItsLinesAndNothingIsSent) {
   const std::string file = folder_.Write("bad.txt", "0x8000,1,\n0x8001,0x100,\n");
   const Failure failure = desk_.FailureOf(RegLoadCommand{file, false});

@@ -56,6 +56,8 @@ struct FakeChip {
 class FakeOutput : public Output {
  public:
   void Line(std::string_view text) override { out += std::string(text) + "\n"; }
+  void Bytes(std::string_view bytes) override { out += bytes; }
+  bool OutputIsTerminal() const override { return output_is_terminal; }
   void JsonLine(std::string_view json) override { json_lines.emplace_back(json); }
   void Note(std::string_view text) override { notes += std::string(text) + "\n"; }
   void Detail(std::string_view text) override { details += std::string(text) + "\n"; }
@@ -64,6 +66,7 @@ class FakeOutput : public Output {
   int ErrorColumns() const override { return columns; }
   void MoveUp(int lines) override { notes += "up " + std::to_string(lines) + "\n"; }
 
+  bool output_is_terminal = false;
   bool takes_results = true;  // false: standard output is lost
   int columns = 0;            // of the terminal; 0: there is none
   std::string out;
@@ -117,6 +120,7 @@ class FakeHost : public Host {
   std::chrono::system_clock::time_point Now() const override;
   std::chrono::steady_clock::time_point Clock() const override { return clock; }
   bool Ask(const std::string& question) override;
+  std::string ReadStandardInput() override { return input; }
   std::string Environment(const std::string& name) const override;
   SystemReport ExamineSystem() override { return system_report; }
   std::vector<std::string> Details() const override { return details; }
@@ -131,6 +135,7 @@ class FakeHost : public Host {
   int stop_holds = 0;
   bool answer = false;                 // to every question
   std::vector<std::string> questions;  // that were asked
+  std::string input;                   // what standard input holds
   bool reserved_elsewhere = false;
   std::set<std::string> busy_elsewhere;  // paths of cameras that other processes work with
   std::string journal_folder;            // tests of flash changes set it

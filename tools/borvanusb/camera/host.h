@@ -91,6 +91,9 @@ class Host {
 
   // Asks a question on the terminal; false without one, or for anything but "y" or "yes".
   virtual bool Ask(const std::string& question) = 0;
+  // All of standard input, byte for byte. Throws Failure: kFile when it can't be read or was read
+  // before, kStopped when the user asks to stop while it has not ended.
+  virtual std::string ReadStandardInput() = 0;
   // An environment variable, UTF-8; empty when it isn't set.
   virtual std::string Environment(const std::string& name) const = 0;
 

@@ -99,6 +99,7 @@ int RunArguments(const Arguments& arguments, Host& host, ResultStream& results,
   };
   TextOutputOptions options{common.json, common.quiet, common.verbose};
   options.takes_results = [&results] { return !results.Problem(); };
+  options.output_is_terminal = streams.output_is_terminal;
   if (streams.error_is_terminal) {
     options.columns = streams.columns;
     options.move_up = streams.move_up;

@@ -1,12 +1,12 @@
 #include <nlohmann/json.hpp>
 
 #include "base/failure.h"
-#include "base/files.h"
 #include "base/format.h"
 #include "base/width_modes.h"
 #include "command/camera_work.h"
 #include "command/command_rules.h"
 #include "command/context.h"
+#include "command/standard_streams.h"
 #include "i2c/i2c_list.h"
 #include "i2c/i2c_options.h"
 #include "i2c/load.h"
@@ -32,21 +32,22 @@ void CheckDevice(const I2cLoadCommand& command, const CheckedI2cList& checked, C
     throw Failure(
         ExitCode::kUsage,
         Format("--slave: {} does not begin with 0xfff8 and 0xfffe, so it does not name its device",
-               command.file),
+               ShownName(command.file, kStandardInput)),
         "Give --slave and --mode, or put the two lines at the beginning of the list.");
   }
   if (!checked.opens_itself) {
     return;
   }
   if (IsBeyondLists(command.i2c)) {
-    throw Failure(ExitCode::kUsage,
-                  Format("--mode: {} begins with 0xfff8, which sets a width other than {}",
-                         command.file, WidthModeOf(command.i2c.mode).name),
-                  "Remove the lines 0xfff8 and 0xfffe, or omit --mode.");
+    throw Failure(
+        ExitCode::kUsage,
+        Format("--mode: {} begins with 0xfff8, which sets a width other than {}",
+               ShownName(command.file, kStandardInput), WidthModeOf(command.i2c.mode).name),
+        "Remove the lines 0xfff8 and 0xfffe, or omit --mode.");
   }
   if (command.i2c.slave && checked.slave && *command.i2c.slave != *checked.slave) {
     context.output.Note(Format("note: {} names its device itself, slave {}; --slave is ignored",
-                               command.file, Hex(*checked.slave, 2)));
+                               ShownName(command.file, kStandardInput), Hex(*checked.slave, 2)));
   }
 }
 
@@ -76,15 +77,18 @@ void WriteEntries(const std::vector<ListEntry>& entries, const I2cTarget& target
 }  // namespace
 
 ExitCode Run(const I2cLoadCommand& command, Context& context) {
+  const std::string name = ShownName(command.file, kStandardInput);
   const std::optional<I2cTarget> given =
       command.i2c.slave ? std::optional(TargetOf(command.i2c)) : std::nullopt;
-  const CheckedI2cList checked = CheckI2cList(ReadWholeText(command.file), given);
+  const CheckedI2cList checked = CheckI2cList(ReadTextOrInput(command.file, context.host), given);
   CheckDevice(command, checked, context);
   if (command.check_only) {
-    return ReportCheck("i2c load", command.file, checked.list, checked.registers, context);
+    const ExitCode code = ReportCheck("i2c load", name, checked.list, checked.registers, context);
+    context.result["file"] = command.file;
+    return code;
   }
-  RequireGoodList(command.file, checked.list, "nothing was sent", context);
-  NoteRemarks(command.file, checked.list, context);
+  RequireGoodList(name, checked.list, "nothing was sent", context);
+  NoteRemarks(name, checked.list, context);
   const ReservedCamera camera = ReserveChosenCamera(context);
   const std::vector<ListEntry>& entries = checked.list.entries;
   const std::optional<I2cTarget> opening = checked.opens_itself ? std::nullopt : given;
@@ -95,7 +99,7 @@ ExitCode Run(const I2cLoadCommand& command, Context& context) {
   }
   context.result = LoadJson(command.file, checked.list, checked.registers, true);
   const std::string written =
-      Format("{} written from {}", Count(checked.registers, "register"), command.file);
+      Format("{} written from {}", Count(checked.registers, "register"), name);
   if (!command.verify) {
     context.output.Line(written);
     return ExitCode::kDone;
@@ -103,7 +107,7 @@ ExitCode Run(const I2cLoadCommand& command, Context& context) {
   const ReadBack read_back =
       ReadBackI2c(WrittenByI2cList(entries, opening), command.i2c.option, *camera.camera, context);
   context.output.Line(written + ReadBackText(read_back));
-  return ReportReadBack("i2c load", command.file, read_back, context);
+  return ReportReadBack("i2c load", name, read_back, context);
 }
 
 CommandRule I2cLoadRule() {

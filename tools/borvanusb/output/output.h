@@ -17,6 +17,10 @@ class Output {
 
   // A line of the command's own result, on standard output; nothing with --json.
   virtual void Line(std::string_view text) = 0;
+  // Bytes of the result as they are, on standard output; nothing with --json.
+  virtual void Bytes(std::string_view bytes) = 0;
+  // Whether standard output is a terminal, which no bytes are for.
+  virtual bool OutputIsTerminal() const { return false; }
   // A line of JSON on standard output; nothing without --json. Commands that go on for long print
   // one object per event; all others leave it to their result.
   virtual void JsonLine(std::string_view json) = 0;

@@ -17,6 +17,12 @@ void TextOutput::Line(std::string_view text) {
   }
 }
 
+void TextOutput::Bytes(std::string_view bytes) {
+  if (!options_.json) {
+    out_(bytes);
+  }
+}
+
 void TextOutput::JsonLine(std::string_view json) {
   if (options_.json) {
     out_(Format("{}\n", PrintableJson(json)));

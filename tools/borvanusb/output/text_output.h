@@ -14,6 +14,7 @@ struct TextOutputOptions {
   bool verbose = false;
   // Whether `out` still arrives; empty when it always does.
   std::function<bool()> takes_results{};
+  bool output_is_terminal = false;
   // Of the terminal that standard error is; both empty when it is none.
   std::function<int()> columns{};
   std::function<void(int)> move_up{};
@@ -25,6 +26,8 @@ class TextOutput : public Output {
   TextOutput(Sink out, Sink err, TextOutputOptions options);
 
   void Line(std::string_view text) override;
+  void Bytes(std::string_view bytes) override;
+  bool OutputIsTerminal() const override { return options_.output_is_terminal; }
   void JsonLine(std::string_view json) override;
   void Note(std::string_view text) override;
   void Detail(std::string_view text) override;

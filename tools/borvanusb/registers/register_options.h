@@ -35,8 +35,8 @@ void AddDumpFile(RuleOf<C>& rule) {
 
 template <typename C>
 void AddList(RuleOf<C>& rule) {
-  rule.Add(File(Argument("FILE", "the list; it is checked as a whole first")),
-           [](C& command, const std::string& text) { command.file = FileValue(text); });
+  rule.Add(File(Argument("FILE", "the list, - for standard input; it is checked as a whole first")),
+           [](C& command, const std::string& text) { command.file = FileOrStreamValue(text); });
   rule.AddFlag("--check-only", kCheckText, &C::check_only);
   rule.AddFlag("--verify", kVerifyListText, &C::verify);
 }

@@ -146,6 +146,23 @@ bool WindowsHost::Ask(const std::string& question) {
   return answer == "y" || answer == "Y" || answer == "yes" || answer == "Yes";
 }
 
+std::string WindowsHost::ReadStandardInput() {
+  if (input_was_read_) {
+    throw Failure(ExitCode::kFile, "standard input was read before, it can't be read twice",
+                  "Give the second text as a file.");
+  }
+  input_was_read_ = true;
+  std::string content;
+  if (const std::string problem = Console::ReadInput(content, [this] { return StopRequested(); });
+      !problem.empty()) {
+    throw Failure(ExitCode::kFile, Format("can't read standard input: {}", problem));
+  }
+  if (StopRequested()) {
+    throw Failure(ExitCode::kStopped, "stopped by the user");
+  }
+  return content;
+}
+
 std::string WindowsHost::Environment(const std::string& name) const {
   return ToUtf8(EnvironmentVariable(ToWide(name).c_str()));
 }
