@@ -21,6 +21,23 @@ TEST_F(RegListsTest, DumpToStandardOutputIsAList) {
   EXPECT_EQ(desk_.result["registers"][1]["value"], 0x5B);
 }
 
+TEST_F(RegListsTest, DumpToADashIsOneToStandardOutput) {
+  desk_.Chip().registers = {{0x100, 0x5A}};
+  desk_.Do(RegDumpCommand{{0x100, 0x100}, "-", false}, "reg-dump");
+  EXPECT_EQ(desk_.output.out, "0xfffd, 0x00,\n0xfffe, 0x00,\n0x0100, 0x5a,\n");
+  EXPECT_FALSE(std::filesystem::exists("-"));
+}
+
+TEST_F(RegListsTest, HexDumpShowsRowsWithTextAlsoOfTwoPages) {
+  desk_.Chip().registers = {{0xFFFE, 0x41}, {0xFFFF, 0x7F}, {0x10000, 0x7E}};
+  desk_.Do(RegDumpCommand{{0xFFFE, 0x10001}, "", false, true}, "reg-dump");
+  EXPECT_EQ(desk_.output.out,
+            "0000fff0                                             41 7f  |              A.|\n"
+            "00010000  7e 00                                             |~.              |\n");
+  EXPECT_EQ(desk_.result["form"], "hex");
+  EXPECT_EQ(desk_.result["registers"][2]["value"], 0x7E);
+}
+
 TEST_F(RegListsTest, DumpLoadsBack) {
   desk_.Chip().registers = {{0x100, 0x5A}, {0x101, 0x5B}};
   const std::string file = folder_.Name("dump.txt");

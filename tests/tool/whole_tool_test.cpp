@@ -141,6 +141,93 @@ TEST_F(WholeToolTest, TableOfSeveralCamerasIsClean) {
   }
 }
 
+TEST_F(WholeToolTest, LogHoldsAllThatIsSaidWithTimes) {
+  const std::string log = folder.Name("day.log");
+  host.chip().registers[0x100] = 0x5A;
+  EXPECT_EQ(Run({"reg", "read", "0x100", "--log", log}), 0);
+  EXPECT_EQ(out, "0x0100  0x5a\n");
+  EXPECT_EQ(Run({"flash", "read", "0+4K", folder.Name("a.bin"), "--log", log, "--progress", "none",
+                 "--camera", "9"}),
+            2);
+  EXPECT_EQ(
+      folder.Read("day.log"),
+      "2026-01-02T03:04:05Z run  borvanusb reg read 0x100 --log " + log +
+          "\n"
+          "2026-01-02T03:04:05Z out  0x0100  0x5a\n"
+          "2026-01-02T03:04:05Z end  exit code 0\n"
+          "2026-01-02T03:04:05Z run  borvanusb flash read 0+4K " +
+          folder.Name("a.bin") + " --log " + log +
+          " --progress none --camera 9\n"
+          "2026-01-02T03:04:05Z err  borvanusb: flash read: --camera: there is no camera 9, the "
+          "highest index is 0\n"
+          "2026-01-02T03:04:05Z err    borvanusb list shows the cameras.\n"
+          "2026-01-02T03:04:05Z end  exit code 2\n");
+}
+
+TEST_F(WholeToolTest, LogHasTheEndOfProgressAndNoBytes) {
+  const std::string log = folder.Name("day.log");
+  terminal = true;
+  EXPECT_EQ(Run({"flash", "read", "0+4K", "-", "--log", log}), 0);
+  EXPECT_EQ(out, std::string(4096, '\xFF'));
+  const std::string said = folder.Read("day.log");
+  EXPECT_THAT(said, HasSubstr("Z err  read: done, 4.0 KiB in "));
+  EXPECT_THAT(said, HasSubstr("Z out  4096 bytes (4 KiB) of the result\n"));
+  EXPECT_EQ(said.find_first_of("\r\xFF"), std::string::npos) << said;
+}
+
+TEST_F(WholeToolTest, LogThatCannotBeWrittenStopsTheCommandBeforeItsWork) {
+  EXPECT_EQ(Run({"reg", "write", "0x100", "1", "--log", folder.Name("none/day.log")}), 5);
+  EXPECT_THAT(err, HasSubstr("--log: can't write " + folder.Name("none/day.log")));
+  EXPECT_EQ(host.chip().transfers, 0U);
+}
+
+TEST_F(WholeToolTest, WaitTriesUntilTheCameraIsThere) {
+  auto camera = host.chips.front();
+  host.chips.clear();
+  int sleeps = 0;
+  host.on_sleep = [&] {
+    if (++sleeps == 3) {
+      host.chips.push_back(camera);
+    }
+  };
+  EXPECT_EQ(Run({"reg", "read", "0x100", "--wait", "5"}), 0);
+  EXPECT_EQ(err, "no USB camera is found; waiting for it, 5 s at most\n");
+  EXPECT_EQ(Run({"reg", "read", "0x100"}), 0);
+}
+
+TEST_F(WholeToolTest, WaitEndsAfterItsTimeWithTheFailure) {
+  host.chips.clear();
+  const auto begin = host.Clock();
+  EXPECT_EQ(Run({"reg", "read", "0x100", "--wait", "5"}), 2);
+  EXPECT_EQ(host.Clock() - begin, std::chrono::seconds(5));
+  EXPECT_THAT(err, HasSubstr("\nborvanusb: reg read: no USB camera is found\n"));
+  // Nothing else is waited for.
+  EXPECT_EQ(Run({"reg", "read", "0x100"}), 2);
+  EXPECT_EQ(host.Clock() - begin, std::chrono::seconds(5));
+}
+
+TEST_F(WholeToolTest, WaitIsForBusyCamerasToo) {
+  host.reserved_elsewhere = true;
+  int sleeps = 0;
+  host.on_sleep = [&] { host.reserved_elsewhere = ++sleeps < 2; };
+  EXPECT_EQ(Run({"reg", "write", "0x100", "1", "--wait", "5"}), 0);
+  EXPECT_EQ(sleeps, 2);
+  host.before_open = [](const CameraIdentity&) {
+    throw Failure(ExitCode::kRefused, "the camera can't be opened");
+  };
+  EXPECT_EQ(Run({"reg", "read", "0x100", "--wait", "1"}), 4);
+  host.before_open = [](const CameraIdentity&) { throw Failure(ExitCode::kDevice, "gone"); };
+  const auto begin = host.Clock();
+  EXPECT_EQ(Run({"reg", "read", "0x100", "--wait", "1"}), 6);
+  EXPECT_EQ(host.Clock(), begin);
+}
+
+TEST_F(WholeToolTest, StopEndsTheWaiting) {
+  host.chips.clear();
+  host.on_sleep = [&] { host.stop_requested = true; };
+  EXPECT_EQ(Run({"reg", "read", "0x100", "--wait", "3600"}), 9);
+}
+
 TEST_F(WholeToolTest, TextsOfManyLinesKeepThem) {
   EXPECT_EQ(Run({"manual"}), 0);
   EXPECT_THAT(out, StartsWith(".TH BORVANUSB"));

@@ -33,6 +33,8 @@ struct FakeChip {
   std::map<std::uint32_t, std::uint32_t> registers;
   // Slave, then register.
   std::map<std::uint32_t, std::map<std::uint32_t, std::uint32_t>> sensors;
+  // The width modes in which a sensor answers; all if it is not here.
+  std::map<std::uint32_t, std::set<std::int32_t>> sensor_modes;
   std::vector<std::string> register_lists;  // the texts that were loaded
   std::vector<std::string> i2c_lists;
 
@@ -123,6 +125,9 @@ class FakeHost : public Host {
   std::string ReadStandardInput() override { return input; }
   std::string Environment(const std::string& name) const override;
   SystemReport ExamineSystem() override { return system_report; }
+  std::string LibraryVersion() override { return library_version; }
+  Terminal* Prompt() override { return terminal; }
+  void ForgetStop() override { stop_requested = false; }
   std::vector<std::string> Details() const override { return details; }
   std::vector<int> RunChildren(
       const std::vector<std::vector<std::string>>& arguments,
@@ -146,6 +151,8 @@ class FakeHost : public Host {
   std::map<std::string, std::string> environment;
   std::chrono::steady_clock::time_point clock;
   SystemReport system_report;
+  std::string library_version = "0.2.0";
+  Terminal* terminal = nullptr;
   std::vector<std::string> details;
   // What RunChildren is to do for a child: gets its arguments and where to send its lines.
   std::function<int(const std::vector<std::string>&,

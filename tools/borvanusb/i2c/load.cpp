@@ -1,8 +1,11 @@
+#include <algorithm>
 #include <nlohmann/json.hpp>
+#include <optional>
 
 #include "base/failure.h"
 #include "base/format.h"
 #include "base/width_modes.h"
+#include "camera/i2c_failure.h"
 #include "command/camera_work.h"
 #include "command/command_rules.h"
 #include "command/context.h"
@@ -51,6 +54,14 @@ void CheckDevice(const I2cLoadCommand& command, const CheckedI2cList& checked, C
   }
 }
 
+// The slave that all of a list is for; nothing if there are several.
+std::optional<std::uint32_t> OnlySlave(const CheckedI2cList& checked) {
+  const bool one = std::ranges::all_of(checked.list.entries, [&](const ListEntry& entry) {
+    return entry.address != kSlaveMarker || entry.value == checked.slave;
+  });
+  return one ? checked.slave : std::nullopt;
+}
+
 // Registers of 32 bits, which no list of the library can hold.
 void WriteEntries(const std::vector<ListEntry>& entries, const I2cTarget& target, Camera& camera,
                   Context& context) {
@@ -61,7 +72,7 @@ void WriteEntries(const std::vector<ListEntry>& entries, const I2cTarget& target
       context.host.Sleep(std::chrono::milliseconds(entry.value));
     } else if (!IsPassedOver(entry.address)) {
       try {
-        camera.WriteI2c(target, entry.address, entry.value);
+        ExplainingI2c(camera, target, [&] { camera.WriteI2c(target, entry.address, entry.value); });
       } catch (const Failure& failure) {
         throw Failure(failure.Code(),
                       Format("line {}, register {}: {}; the lines before it are written",
@@ -95,7 +106,14 @@ ExitCode Run(const I2cLoadCommand& command, Context& context) {
   if (opening && IsBeyondLists(command.i2c)) {
     WriteEntries(entries, *opening, *camera.camera, context);
   } else {
-    camera->WriteI2cList(I2cListText(entries, opening), command.i2c.option);
+    const auto write = [&] {
+      camera->WriteI2cList(I2cListText(entries, opening), command.i2c.option);
+    };
+    if (const std::optional<std::uint32_t> slave = OnlySlave(checked)) {
+      ExplainingI2c(*camera.camera, {*slave, 0, 0}, write);
+    } else {
+      write();
+    }
   }
   context.result = LoadJson(command.file, checked.list, checked.registers, true);
   const std::string written =

@@ -26,6 +26,8 @@ class Output {
   virtual void JsonLine(std::string_view json) = 0;
   // A remark on standard error: what to know beside the result; nothing with --quiet.
   virtual void Note(std::string_view text) = 0;
+  // The same for a row that is drawn over and over on a terminal.
+  virtual void Row(std::string_view text) { Note(text); }
   // A remark for --verbose alone, on standard error.
   virtual void Detail(std::string_view text) = 0;
   // A line of a failure, on standard error, always.

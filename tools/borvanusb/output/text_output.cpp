@@ -19,7 +19,7 @@ void TextOutput::Line(std::string_view text) {
 
 void TextOutput::Bytes(std::string_view bytes) {
   if (!options_.json) {
-    out_(bytes);
+    (options_.bytes ? options_.bytes : out_)(bytes);
   }
 }
 
@@ -32,6 +32,12 @@ void TextOutput::JsonLine(std::string_view json) {
 void TextOutput::Note(std::string_view text) {
   if (!options_.quiet) {
     err_(Format("{}\n", Printable(text)));
+  }
+}
+
+void TextOutput::Row(std::string_view text) {
+  if (!options_.quiet) {
+    (options_.rows ? options_.rows : err_)(Format("{}\n", Printable(text)));
   }
 }
 

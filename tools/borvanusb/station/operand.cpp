@@ -7,6 +7,7 @@
 #include "base/format.h"
 #include "base/numbers.h"
 #include "base/width_modes.h"
+#include "camera/i2c_failure.h"
 #include "command/values.h"
 #include "i2c/i2c_options.h"
 
@@ -97,7 +98,9 @@ OperandValue ReadOperand(const std::string& text, Camera& camera, Context& /*con
   const Operand operand = Parse(text);
   const int digits = DigitsOf(operand);
   if (operand.i2c) {
-    return {camera.ReadI2c(*operand.i2c, operand.address), digits,
+    const std::uint32_t value = ExplainingI2c(
+        camera, *operand.i2c, [&] { return camera.ReadI2c(*operand.i2c, operand.address); });
+    return {value, digits,
             Format("slave {}, register {}", Hex(operand.i2c->slave, 2),
                    Hex(operand.address, WidthModeOf(operand.i2c->mode).address_digits))};
   }

@@ -9,6 +9,7 @@
 #include "base/format.h"
 #include "base/text_lines.h"
 #include "camera/host.h"
+#include "command/camera_wait.h"
 #include "command/camera_work.h"
 #include "output/output.h"
 #include "output/progress.h"
@@ -57,6 +58,8 @@ void CheckLineOptions(const Arguments& arguments, const std::string& where) {
       {"--quiet", given.quiet},
       {"--verbose", given.verbose},
       {"--trace", !given.trace.empty()},
+      {"--log", !given.log.empty()},
+      {"--wait", given.wait != standard.wait},
       {"--timeout", given.timeout != standard.timeout},
       {"--progress", given.progress != standard.progress},
   };
@@ -78,7 +81,9 @@ ExitCode RunLine(const Arguments& line, const CommandRunner& run, Context& outer
   if (!line.common.cameras.empty()) {
     common.cameras = line.common.cameras;
   }
+  common.words = line.common.words;
   Context context{common, outer.host, outer.output, outer.progress, result};
+  const CameraWait wait(context);
   try {
     const ExitCode code = run(*line.command, context);
     if (code == ExitCode::kDone && outer.host.StopRequested()) {

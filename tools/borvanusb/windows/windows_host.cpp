@@ -79,18 +79,20 @@ std::unique_ptr<Camera> WindowsHost::OpenCamera(const CameraIdentity& camera) {
                    [&](const CameraIdentity& other) { return other.path == camera.path; })) {
     opened_.push_back(camera);
   }
-  return OpenLibraryCamera(Library(), camera);
+  return UntilItWorks([&] { return OpenLibraryCamera(Library(), camera); });
 }
 
 std::unique_ptr<Host::Reservation> WindowsHost::ReserveCamera(const CameraIdentity& camera) {
-  auto lock = platform_.LockCamera(camera.path, std::chrono::milliseconds(0));
-  if (lock == nullptr) {
-    throw Failure(
-        ExitCode::kRefused,
-        Format("another borvanusb is working with camera {}: {}", camera.name, camera.path),
-        "Wait until it has ended; two at once would mix their transfers.");
-  }
-  return std::make_unique<CameraReservation>(std::move(lock));
+  return UntilItWorks([&]() -> std::unique_ptr<Host::Reservation> {
+    auto lock = platform_.LockCamera(camera.path, std::chrono::milliseconds(0));
+    if (lock == nullptr) {
+      throw Failure(
+          ExitCode::kRefused,
+          Format("another borvanusb is working with camera {}: {}", camera.name, camera.path),
+          "Wait until it has ended, or use --wait; two at once would mix their transfers.");
+    }
+    return std::make_unique<CameraReservation>(std::move(lock));
+  });
 }
 
 bool WindowsHost::IsReservedElsewhere(const std::string& path) {
@@ -169,6 +171,10 @@ std::string WindowsHost::Environment(const std::string& name) const {
 
 SystemReport WindowsHost::ExamineSystem() {
   return ExamineWindows(Loaded());
+}
+
+std::string WindowsHost::LibraryVersion() {
+  return Loaded().Version();
 }
 
 std::vector<std::string> WindowsHost::Details() const {

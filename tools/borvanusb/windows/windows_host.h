@@ -37,6 +37,8 @@ class WindowsHost : public Host {
   std::string ReadStandardInput() override;
   std::string Environment(const std::string& name) const override;
   SystemReport ExamineSystem() override;
+  std::string LibraryVersion() override;
+  void ForgetStop() override { supervisor_.ForgetStop(); }
   std::vector<std::string> Details() const override;
   std::vector<int> RunChildren(
       const std::vector<std::vector<std::string>>& arguments,
