@@ -30,7 +30,7 @@ TEST_F(RegListsTest, DumpToADashIsOneToStandardOutput) {
 
 TEST_F(RegListsTest, HexDumpShowsRowsWithTextAlsoOfTwoPages) {
   desk_.Chip().registers = {{0xFFFE, 0x41}, {0xFFFF, 0x7F}, {0x10000, 0x7E}};
-  desk_.Do(RegDumpCommand{{0xFFFE, 0x10001}, "", false, true}, "reg-dump");
+  desk_.Do(RegDumpCommand{{0xFFFE, 0x10001}, "", false, false, true}, "reg-dump");
   EXPECT_EQ(desk_.output.out,
             "0000fff0                                             41 7f  |              A.|\n"
             "00010000  7e 00                                             |~.              |\n");

@@ -9,10 +9,12 @@ namespace borvanusb {
 struct CommandRule;
 struct Context;
 
-// Compares two lists; either may be "camera" for the registers that the other one names.
+// Compares two of: a list, "camera", "camera:WHICH", "preset:NAME", "reset". Of a camera the
+// registers that the other side names are read.
 struct RegDiffCommand {
   std::string left;
   std::string right;
+  std::string csv = {};
 };
 
 ExitCode Run(const RegDiffCommand& command, Context& context);
