@@ -11,7 +11,7 @@
 #include "camera/camera_choice.h"
 #include "camera/camera_json.h"
 #include "camera/host.h"
-#include "flash/camera_table.h"
+#include "command/camera_table.h"
 #include "flash/engine/image.h"
 #include "flash/engine/image_format.h"
 #include "flash/program_names.h"

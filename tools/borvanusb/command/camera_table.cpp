@@ -1,4 +1,4 @@
-#include "flash/camera_table.h"
+#include "command/camera_table.h"
 
 #include <algorithm>
 
