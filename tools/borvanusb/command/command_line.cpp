@@ -206,9 +206,8 @@ GivenWords WordsOf(const SortedWords& sorted) {
         words.arguments.push_back(value);
         continue;
       }
-      words.options.push_back(
-          option.value.empty() ? option.names.back()
-                               : Format("{}={}", option.names.back(), value));
+      words.options.push_back(option.value.empty() ? option.names.back()
+                                                   : Format("{}={}", option.names.back(), value));
     }
   }
   return words;

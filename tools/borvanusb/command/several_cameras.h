@@ -20,6 +20,7 @@ struct SeveralWork {
   std::function<std::vector<std::string>(const CameraIdentity&)> words;
   // What the result of one camera says, in a few words: "14 registers written".
   std::function<std::string(const nlohmann::ordered_json&)> summary;
+  bool shows_progress = true;  // whether the command takes --progress
 };
 
 // Whether a command is for several cameras: --all, or more than one --camera.

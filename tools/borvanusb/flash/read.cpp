@@ -12,12 +12,14 @@
 #include "command/camera_work.h"
 #include "command/command_rules.h"
 #include "command/context.h"
+#include "command/several_cameras.h"
 #include "command/standard_streams.h"
 #include "command/values.h"
 #include "flash/engine/flash_end.h"
 #include "flash/flash_options.h"
 #include "flash/read.h"
 #include "flash/report.h"
+#include "flash/several.h"
 #include "flash/text_dump.h"
 #include "output/output.h"
 #include "output/progress.h"
@@ -68,9 +70,16 @@ Range Wanted(const FlashReadCommand& command, Camera& camera, Output& output) {
 }  // namespace
 
 ExitCode Run(const FlashReadCommand& command, Context& context) {
+  if (IsForSeveral(command.all_cameras, context)) {
+    return ReadSeveral(command.file, command.all_cameras, context);
+  }
   const std::string form = FormOf(command.file);
-  CheckFile(command.file, context);
+  if (command.file.find('{') == std::string::npos) {
+    CheckFile(command.file, context);
+  }
   const CameraIdentity identity = ChosenCamera(context.host, context.common.cameras);
+  const std::string file_name = NameForCamera(command.file, identity);
+  CheckFile(file_name, context);
   const auto camera = context.host.OpenCamera(identity);
   const Range range = Wanted(command, *camera, context.output);
   context.progress.Begin("read", range.Size());
@@ -79,17 +88,17 @@ ExitCode Run(const FlashReadCommand& command, Context& context) {
   context.progress.Done();
   const std::string digest = Sha256(bytes);
   const std::string done = Format("Read {} from {} into {}, SHA-256 {}.", SizeText(bytes.size()),
-                                  Text(range), ShownName(command.file, kStandardOutput), digest);
+                                  Text(range), ShownName(file_name, kStandardOutput), digest);
   if (form == kHexForm) {
     PrintLines(HexDump(range.first, bytes), context.output);
-  } else if (IsStandardStream(command.file)) {
+  } else if (IsStandardStream(file_name)) {
     context.output.Bytes({reinterpret_cast<const char*>(bytes.data()), bytes.size()});
     context.output.Note(done);
   } else {
     if (form == kTextForm) {
-      WriteWholeText(command.file, TextDump(range.first, bytes));
+      WriteWholeText(file_name, TextDump(range.first, bytes));
     } else {
-      WriteWholeFile(command.file, bytes);
+      WriteWholeFile(file_name, bytes);
     }
     context.output.Line(done);
   }
@@ -97,7 +106,7 @@ ExitCode Run(const FlashReadCommand& command, Context& context) {
                     {"first", range.first},
                     {"last", range.last},
                     {"size", bytes.size()},
-                    {"file", command.file.empty() ? Json() : Json(command.file)},
+                    {"file", file_name.empty() ? Json() : Json(file_name)},
                     {"form", form},
                     {"sha256", digest}};
   if (form == kHexForm) {
@@ -123,8 +132,10 @@ CommandRule FlashReadRule() {
              command.file = FileOrStreamValue(text);
            });
   AddFlashSize(rule);
+  rule.AddFlag("--all", kAllText, &FlashReadCommand::all_cameras);
   rule.Check([](const FlashReadCommand& command, const GivenOptions& given) {
     CheckStandardOutput(command.file, given);
+    CheckNameForSeveral(command.file, command.all_cameras, given);
   });
   rule.Example("borvanusb flash read 0+1M backup.bin");
   rule.Example("borvanusb flash read all backup.bin");

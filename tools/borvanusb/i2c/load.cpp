@@ -17,6 +17,7 @@
 #include "output/progress.h"
 #include "registers/list_problems.h"
 #include "registers/list_verify.h"
+#include "registers/load_several.h"
 #include "registers/register_options.h"
 
 namespace borvanusb {
@@ -100,6 +101,9 @@ ExitCode Run(const I2cLoadCommand& command, Context& context) {
   }
   RequireGoodList(name, checked.list, "nothing was sent", context);
   NoteRemarks(name, checked.list, context);
+  if (IsForSeveral(command.all, context)) {
+    return LoadForSeveral(command.all, context);
+  }
   const ReservedCamera camera = ReserveChosenCamera(context);
   const std::vector<ListEntry>& entries = checked.list.entries;
   const std::optional<I2cTarget> opening = checked.opens_itself ? std::nullopt : given;
@@ -131,12 +135,14 @@ ExitCode Run(const I2cLoadCommand& command, Context& context) {
 CommandRule I2cLoadRule() {
   RuleOf<I2cLoadCommand> rule({"i2c", "load"}, "Writes the registers of an I2C list.");
   AddList(rule);
+  AddAll(rule);
   AddSlave(rule, false);
   AddMode(rule);
   AddOption(rule);
   rule.Check([](const I2cLoadCommand& command, const GivenOptions& given) {
     CheckCheckOnly(command, given);
     CheckVerify(command);
+    CheckLoadForSeveral(command, given);
   });
   rule.Details("--slave and --mode are for a list that does not begin with its own.");
   rule.Example("borvanusb i2c load sensor.txt --check-only");

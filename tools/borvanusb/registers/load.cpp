@@ -11,6 +11,7 @@
 #include "registers/list_problems.h"
 #include "registers/list_verify.h"
 #include "registers/load.h"
+#include "registers/load_several.h"
 #include "registers/register_list.h"
 #include "registers/register_options.h"
 
@@ -50,6 +51,9 @@ ExitCode Run(const RegLoadCommand& command, Context& context) {
     CheckMarkers(command, checked);
   }
   NoteRemarks(name, checked.list, context);
+  if (IsForSeveral(command.all, context)) {
+    return LoadForSeveral(command.all, context);
+  }
   const ReservedCamera camera = ReserveChosenCamera(context);
   // What was checked is what is sent: the file could be read differently, or change.
   camera->WriteRegisterList(RegisterListText(checked.list.entries));
@@ -78,6 +82,7 @@ ListMarkers MarkersValue(const std::string& text) {
 CommandRule RegLoadRule() {
   RuleOf<RegLoadCommand> rule({"reg", "load"}, "Writes the registers of a list.");
   AddList(rule);
+  AddAll(rule);
   rule.Add(Choices(Option("--markers", "WHAT",
                           "how the chip uses 0xfffd and 0xfffe, for --verify: delays, or page "
                           "(bits 16 to 31 of the addresses)"),
@@ -88,6 +93,7 @@ CommandRule RegLoadRule() {
   rule.Check([](const RegLoadCommand& command, const GivenOptions& given) {
     CheckCheckOnly(command, given);
     CheckVerify(command);
+    CheckLoadForSeveral(command, given);
     if (command.markers && !command.verify) {
       throw WrongUse("--markers: says what --verify reads back, which is not given");
     }
