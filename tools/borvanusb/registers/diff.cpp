@@ -29,8 +29,9 @@ std::vector<ListEntry> ReadEntries(const std::string& file, Context& context) {
   return std::move(checked.list.entries);
 }
 
-// The registers of a list as the addresses a camera knows them by.
-Snapshot RegistersOfFile(const std::string& file, Context& context) {
+}  // namespace
+
+Snapshot RegistersOfListFile(const std::string& file, Context& context) {
   const std::vector<ListEntry> entries = ReadEntries(file, context);
   const std::uint32_t page = PageOf(entries);
   if (page != 0) {
@@ -46,12 +47,12 @@ Snapshot RegistersOfFile(const std::string& file, Context& context) {
   return values;
 }
 
-}  // namespace
-
 ExitCode Run(const RegDiffCommand& command, Context& context) {
   return CompareSides(
       "reg diff", DiffSideOf(command.left), DiffSideOf(command.right), command.csv,
-      [&](const std::string& file, const RegisterNames*) { return RegistersOfFile(file, context); },
+      [&](const std::string& file, const RegisterNames*) {
+        return RegistersOfListFile(file, context);
+      },
       context);
 }
 

@@ -3,6 +3,7 @@
 #include <string>
 
 #include "base/exit_code.h"
+#include "names/snapshot.h"
 
 namespace borvanusb {
 
@@ -20,5 +21,9 @@ struct RegDiffCommand {
 ExitCode Run(const RegDiffCommand& command, Context& context);
 
 CommandRule RegDiffRule();
+
+// What a register list leaves in the chip's registers, by their whole addresses. Throws Failure
+// kFile for a list that can't be loaded.
+Snapshot RegistersOfListFile(const std::string& file, Context& context);
 
 }  // namespace borvanusb

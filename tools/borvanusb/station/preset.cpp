@@ -68,11 +68,14 @@ ExitCode Run(const PresetDiffCommand& command, Context& context) {
   const CameraIdentity identity = ChosenCamera(context.host, context.common.cameras);
   const auto names = NamesNeededFor(command.name, identity, context);
   const ProfilePreset& preset = FindPreset(names->Profile(), command.name);
-  const std::string side = Format("preset:{}", preset.name);
-  if (preset.on_i2c) {
-    return Run(I2cDiffCommand{{}, side, "camera", command.csv}, context);
-  }
-  return Run(RegDiffCommand{side, "camera", command.csv}, context);
+  return CompareSides(
+      "preset diff", DiffSideOf(Format("preset:{}", preset.name)), DiffSideOf("camera"),
+      command.csv,
+      [&](const std::string& file, const RegisterNames*) {
+        return preset.on_i2c ? RegistersOfI2cList(file, {}, context)
+                             : RegistersOfListFile(file, context);
+      },
+      context);
 }
 
 CommandRule PresetApplyRule() {
