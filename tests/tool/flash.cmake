@@ -4,6 +4,10 @@ target_link_libraries(borvanusb_flash_test_support PRIVATE borvan_options PUBLIC
 target_compile_options(borvanusb_flash_test_support PRIVATE ${BORVAN_TEST_OPTIONS})
 
 borvan_add_gtest(
+  tool_images_test
+  SOURCES images_elf_test.cpp images_hex_test.cpp images_read_test.cpp images_srecord_test.cpp
+  LIBRARIES borvanusb_test_support)
+borvan_add_gtest(
   tool_flash_parts_test
   SOURCES flash_parts_test.cpp flash_sha256_test.cpp flash_size_faults_test.cpp flash_size_test.cpp
           image_format_test.cpp sector_fate_test.cpp

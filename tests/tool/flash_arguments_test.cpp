@@ -180,7 +180,7 @@ TEST(NameAddressTest, AddressThatIsGivenWins) {
   EXPECT_EQ(As<FlashProgramCommand>({"flash", "program", kBackup, "--address", "0"}).address, 0U);
   EXPECT_EQ(As<FlashVerifyCommand>({"flash", "verify", kBackup, "--address", "4K"}).address,
             0x1000U);
-  EXPECT_EQ(As<FlashProgramCommand>({"flash", "program", "fw.bin"}).address, 0U);
+  EXPECT_EQ(As<FlashProgramCommand>({"flash", "program", "fw.bin"}).address, std::nullopt);
 }
 
 TEST(NameAddressTest, CommandLineThatCantBeRightAnywayIsRefusedForThatFirst) {

@@ -17,6 +17,7 @@ std::string UsageArguments(const CommandDescription& command, Shown shown,
     if (option.required) {
       usage += ' ';
       usage += shown(option);
+      usage += option.positional && option.repeated ? "..." : "";
     } else if (option.positional) {
       usage += " [";
       usage += shown(option);

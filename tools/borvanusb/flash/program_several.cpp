@@ -7,13 +7,12 @@
 #include <vector>
 
 #include "base/failure.h"
+#include "base/files.h"
 #include "base/format.h"
 #include "camera/camera_choice.h"
 #include "camera/camera_json.h"
 #include "camera/host.h"
 #include "flash/camera_table.h"
-#include "flash/engine/image.h"
-#include "flash/engine/image_format.h"
 #include "flash/program_names.h"
 #include "flash/report.h"
 #include "output/output.h"
@@ -65,6 +64,12 @@ std::vector<std::string> ChildWords(FlashProgramCommand command, const CommonArg
   }
   if (common.verbose) {
     words.emplace_back("--verbose");
+  }
+  if (!common.profile.empty()) {
+    words.insert(words.end(), {"--profile", AbsoluteName(common.profile)});
+  }
+  if (common.force_profile) {
+    words.emplace_back("--force-profile");
   }
   return words;
 }
@@ -188,11 +193,7 @@ class Children {
 
 ExitCode ProgramSeveral(const FlashProgramCommand& command, Context& context) {
   // What can't be right for any camera is told once.
-  const Image image = LoadImage(command.image, command.address);
-  if (!command.force) {
-    RefuseBlankImage(image);
-    RefuseOtherFormat(image);
-  }
+  LoadForProgramming(command, context.output);
   const std::vector<CameraIdentity> cameras = Chosen(command, context);
   std::vector<std::vector<std::string>> words;
   words.reserve(cameras.size());

@@ -18,6 +18,8 @@ struct FlashReadCommand {
   std::optional<std::uint64_t> flash_size = std::nullopt;
   bool whole = false;             // all of the flash; `range` is not used then
   std::string range_remark = {};  // what the user should know of the range; mostly empty
+  std::string region = {};        // in place of a range
+  std::string format = {};        // of the file: "raw", "hex", "srec", "text"; empty: by its name
 };
 
 ExitCode Run(const FlashReadCommand& command, Context& context);

@@ -20,8 +20,10 @@ std::string RangeHint(std::uint64_t size) {
                 SizeArgument(size));
 }
 
-constexpr const char* kImageHint =
-    "Check the image and --address. If the flash has another size, give it with --flash-size.";
+std::string ImageHint(const Image& image) {
+  return Format("Check the image and {}. If the flash has another size, give it with --flash-size.",
+                image.has_addresses ? "its addresses" : "--address");
+}
 
 }  // namespace
 
@@ -43,15 +45,15 @@ void RefuseBeyondEnd(const Image& image, const FlashEnd& end) {
   if (!end.size || image.End() <= *end.size) {
     return;
   }
-  if (image.address >= *end.size) {
+  if (image.First() >= *end.size && !image.has_addresses) {
     throw Failure(ExitCode::kFile,
-                  Format("--address: {} lies beyond {}", Hex(image.address), FlashText(end)),
-                  kImageHint);
+                  Format("--address: {} lies beyond {}", Hex(image.First()), FlashText(end)),
+                  ImageHint(image));
   }
   throw Failure(ExitCode::kFile,
                 Format("{} does not fit: it would end at {}, beyond {}", image.file,
                        Hex(image.End() - 1), FlashText(end)),
-                kImageHint);
+                ImageHint(image));
 }
 
 std::optional<std::uint64_t> CheckWithinFlash(Camera& camera, const std::string& argument,
