@@ -46,7 +46,7 @@ TEST(CommandLineErrorsTest, UnknownCommandSuggestsTheNearest) {
   ExpectRefused({"dump", "1"}, "there is no command \"dump\"; do you mean reg dump or i2c dump?");
   ExpectRefused({"scan"}, "there is no command \"scan\"; do you mean i2c scan?");
   ExpectRefused({"a\nb"}, "there is no command \"a?b\"");
-  ExpectRefused({"reg"}, "reg: what to do is missing: read, write, dump, load, diff");
+  ExpectRefused({"reg"}, "reg: what to do is missing: read, write, show, find, dump, load, diff");
 }
 
 TEST(CommandLineErrorsTest, WordIsShownWholeUnlessItIsEndless) {
@@ -112,14 +112,13 @@ TEST(CommandLineErrorsTest, NumbersSayWhatIsAllowed) {
                 "ADDR: \"12g\" is no address: a number from 0 to 0xffffffff, decimal or with 0x");
   ExpectRefused(
       {"reg", "write", "0x100000000", "1"},
-      "ADDR: \"0x100000000\" is no address: a number from 0 to 0xffffffff, decimal or with "
+      "WHAT: \"0x100000000\" is no address: a number from 0 to 0xffffffff, decimal or with "
       "0x");
-  ExpectRefused(
-      {"reg", "read", "9-1"},
-      "ADDR[-END]: \"9-1\" is no address or range: 0x1000, 0x1000-0x1fff or 0x1000+256, up "
-      "to 0xffffffff");
+  ExpectRefused({"reg", "read", "9-1"},
+                "WHAT: \"9-1\" is no address or range: 0x1000, 0x1000-0x1fff or 0x1000+256, up "
+                "to 0xffffffff");
   ExpectRefused({"reg", "write", "1", "-1"},
-                "VALUE: \"-1\" is no number: a number from 0 to 0xffffffff, decimal or with 0x");
+                "WHAT: \"-1\" is no number: a number from 0 to 0xffffffff, decimal or with 0x");
   ExpectRefused({"bench", "--rounds", "0"},
                 "--rounds: \"0\" is not allowed: a number from 1 to 1000000, decimal or with 0x");
   ExpectRefused({"i2c", "read", "1", "--slave", "256"},

@@ -151,8 +151,8 @@ class Sorter {
     }
     const auto& own = sorted_.described->options;
     for (std::size_t i = own.size(); i-- > 0;) {
-      for (std::size_t before = i;
-           own[i].positional && own[i].required && sorted_.own[i].empty() && before-- > 0;) {
+      for (std::size_t before = i; own[i].positional && own[i].required && sorted_.own[i].empty() &&
+                                   before-- > 0;) {
         if (own[before].positional && !own[before].required) {
           sorted_.own[i].swap(sorted_.own[before]);
         }
@@ -164,7 +164,7 @@ class Sorter {
     if (sorted_.described != nullptr) {
       const auto& own = sorted_.described->options;
       for (std::size_t i = 0; i < own.size(); ++i) {
-        if (own[i].positional && (sorted_.own[i].empty() || own[i].repeated)) {
+        if (own[i].positional && (own[i].repeated || sorted_.own[i].empty())) {
           sorted_.own[i].push_back(word);
           return;
         }

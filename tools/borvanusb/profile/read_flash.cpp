@@ -1,5 +1,6 @@
 // The flash of a profile: size, regions.
 #include <algorithm>
+#include <cctype>
 
 #include "base/format.h"
 #include "base/hex_bytes.h"
@@ -18,10 +19,13 @@ struct ToldRegion {
 };
 
 void ReadBeginning(const JsonNode& item, FlashRegion& region, ValueReader& values) {
-  const auto text = values.Text(item, "begins-with");
+  auto text = values.Text(item, "begins-with");
   if (!text) {
     return;
   }
+  std::ranges::transform(*text, text->begin(), [](unsigned char digit) {
+    return static_cast<char>(std::tolower(digit));
+  });
   const auto bytes = ParseHexBytes(*text);
   if (!bytes || bytes->empty()) {
     values.Wrong(*item.Find("begins-with"),
