@@ -18,7 +18,7 @@ borvan_add_gtest(
   LIBRARIES borvanusb_flash_test_support)
 borvan_add_gtest(
   tool_flash_cut_test
-  SOURCES flash_cut_test.cpp
+  SOURCES flash_cut_test.cpp flash_segments_cut_test.cpp
   LIBRARIES borvanusb_flash_test_support
   TIMEOUT 300 SHARDS 2)
 borvan_add_gtest(
@@ -27,7 +27,8 @@ borvan_add_gtest(
   LIBRARIES borvanusb_flash_test_support)
 borvan_add_gtest(
   tool_flash_commands_test
-  SOURCES flash_commands_test.cpp flash_end_test.cpp flash_image_test.cpp flash_schema_test.cpp
+  SOURCES flash_commands_test.cpp flash_end_test.cpp flash_formats_test.cpp flash_image_test.cpp
+          flash_regions_test.cpp flash_schema_test.cpp
   LIBRARIES borvanusb_flash_test_support borvanusb_test_schemas)
 # 100,000 sequences with BORVAN_LONG=1, N with BORVAN_SEQUENCES=N.
 borvan_add_gtest(

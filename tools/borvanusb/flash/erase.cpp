@@ -103,7 +103,8 @@ ExitCode Eraser::Run() {
   reservation_ = context_.host.ReserveCamera(identity_);
   camera_ = context_.host.OpenCamera(identity_);
   store_.emplace(AbsoluteName(context_.host.JournalFolder()), identity_);
-  CheckWithinFlash(*camera_, "RANGE", range_, command_.flash_size, context_.output);
+  CheckWithinFlash(*camera_, "RANGE", range_, SizeFor(command_.flash_size, layout_),
+                   context_.output);
   Confirm();
   Examine();
   if (!changes_.empty()) {

@@ -136,6 +136,7 @@ void FlashProgrammer::LoadWanted() {
 // What can't be done in this camera's flash is refused before it is opened.
 void FlashProgrammer::PlaceWanted(const CameraIdentity& camera) {
   const FlashLayout layout = LayoutFor(camera, context_);
+  told_size_ = SizeFor(command_.flash_size, layout);
   Placement placement = PlaceImages(std::move(files_), layout, command_.force, context_.output);
   image_ = std::move(placement.image);
   outcome_.images = std::move(placement.files);
@@ -155,7 +156,7 @@ void FlashProgrammer::Work() {
   outcome_.camera = identity;
   PlaceWanted(identity);
   site_ = std::make_unique<Site>(context_, identity, state_);
-  seen_ = Examine(image_, command_.flash_size, command_.journal, site_->Steps());
+  seen_ = Examine(image_, told_size_, command_.journal, site_->Steps());
   const ProgramPlan plan = Plan(image_, seen_, command_.verify);
   outcome_.flash_size = seen_.flash_size;
   outcome_.read_seconds = seen_.seconds;

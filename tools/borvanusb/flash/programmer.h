@@ -48,6 +48,7 @@ class FlashProgrammer {
   std::unique_ptr<Site> site_;  // null until the camera is open
   FlashExamination seen_;
   Security security_;
+  ToldSize told_size_;
   bool touches_read_only_ = false;  // which --force allows
 };
 

@@ -24,18 +24,20 @@ namespace {
 
 Range Wanted(const FlashReadCommand& command, Camera& camera, Context& context) {
   Output& output = context.output;
+  const FlashLayout layout = LayoutFor(camera.Identity(), context);
+  const ToldSize size = SizeFor(command.flash_size, layout);
   if (!command.region.empty()) {
-    const Range range = RegionNamed(LayoutFor(camera.Identity(), context), command.region).range;
-    CheckWithinFlash(camera, "--region", range, command.flash_size, output);
+    const Range range = RegionNamed(layout, command.region).range;
+    CheckWithinFlash(camera, "--region", range, size, output);
     return range;
   }
   if (command.whole) {
-    return WholeFlash(camera, command.flash_size, output);
+    return WholeFlash(camera, size, output);
   }
   if (!command.range_remark.empty()) {
     output.Note(command.range_remark);
   }
-  CheckWithinFlash(camera, "RANGE", command.range, command.flash_size, output);
+  CheckWithinFlash(camera, "RANGE", command.range, size, output);
   return command.range;
 }
 

@@ -19,6 +19,10 @@ FlashLayout LayoutFor(const CameraIdentity& camera, Context& context) {
   return profile ? profile->flash : FlashLayout();
 }
 
+ToldSize SizeFor(std::optional<std::uint64_t> given, const FlashLayout& layout) {
+  return given ? ToldSize(given) : ToldSize(layout.size, "from the camera's profile");
+}
+
 std::string RegionText(const FlashRegion& region) {
   return Format("{} ({})", region.name, Text(region.range));
 }

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <cstdint>
+#include <optional>
 #include <span>
 #include <string>
 
@@ -8,11 +10,15 @@
 #include "camera/camera.h"
 #include "command/context.h"
 #include "flash/engine/byte_ranges.h"
+#include "flash/engine/flash_end.h"
 
 namespace borvanusb {
 
 // The regions of a camera's flash, from its profile; none without a profile.
 FlashLayout LayoutFor(const CameraIdentity& camera, Context& context);
+
+// The flash's size: that of --flash-size, else that of the profile, else none.
+ToldSize SizeFor(std::optional<std::uint64_t> given, const FlashLayout& layout);
 
 // The region of that name. Throws Failure kUsage that lists those there are.
 const FlashRegion& RegionNamed(const FlashLayout& layout, const std::string& name);

@@ -131,11 +131,11 @@ void TellDifferences(const Comparison& comparison, const Ranges& wrong, Output& 
 ExitCode Run(const FlashVerifyCommand& command, Context& context) {
   std::vector<ImageFile> files = LoadAll(command, context.output);
   const CameraIdentity identity = ChosenCamera(context.host, context.common.cameras);
-  const Placement placement =
-      PlaceImages(std::move(files), LayoutFor(identity, context), command.force, context.output);
+  const FlashLayout layout = LayoutFor(identity, context);
+  const Placement placement = PlaceImages(std::move(files), layout, command.force, context.output);
   const Image& image = placement.image;
   const auto camera = context.host.OpenCamera(identity);
-  CheckWithinFlash(*camera, image, command.flash_size, context.output);
+  CheckWithinFlash(*camera, image, SizeFor(command.flash_size, layout), context.output);
   const Comparison comparison = Compare(image, *camera, context.progress);
   const Ranges wrong = comparison.Wrong();
   if (!command.diff.empty()) {

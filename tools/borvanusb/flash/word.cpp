@@ -187,14 +187,14 @@ ExitCode Run(const FlashWordCommand& command, Context& context) {
   }
   const CameraIdentity identity = ChosenCamera(context.host, context.common.cameras);
   const Range place{command.address, command.address + (kWordSize - 1)};
+  const FlashLayout layout = LayoutFor(identity, context);
   if (command.value && !command.force) {
-    RefuseReadOnly(LayoutFor(identity, context), {place}, Format("ADDR: {}", Text(place)),
-                   ExitCode::kUsage);
+    RefuseReadOnly(layout, {place}, Format("ADDR: {}", Text(place)), ExitCode::kUsage);
   }
   const auto reservation =
       command.value ? context.host.ReserveCamera(identity) : std::unique_ptr<Host::Reservation>();
   const auto camera = context.host.OpenCamera(identity);
-  CheckWithinFlash(*camera, "ADDR", place, command.flash_size, context.output);
+  CheckWithinFlash(*camera, "ADDR", place, SizeFor(command.flash_size, layout), context.output);
   context.result["camera"] = CameraJson(identity);
   context.result["address"] = command.address;
   if (command.value) {

@@ -27,10 +27,10 @@ std::string ImageHint(const Image& image) {
 
 }  // namespace
 
-FlashEnd FindFlashEnd(Camera& camera, std::uint64_t end, std::optional<std::uint64_t> told,
-                      Output& output, std::span<const std::uint8_t> head) {
-  if (told) {
-    return {told, "from --flash-size"};
+FlashEnd FindFlashEnd(Camera& camera, std::uint64_t end, const ToldSize& told, Output& output,
+                      std::span<const std::uint8_t> head) {
+  if (told.size) {
+    return {told.size, told.reason};
   }
   const FlashSizeFinding finding = FindFlashEndBefore(camera, end, head);
   if (!finding.size && !finding.text.empty()) {
@@ -57,7 +57,7 @@ void RefuseBeyondEnd(const Image& image, const FlashEnd& end) {
 }
 
 std::optional<std::uint64_t> CheckWithinFlash(Camera& camera, const std::string& argument,
-                                              const Range& range, std::optional<std::uint64_t> told,
+                                              const Range& range, const ToldSize& told,
                                               Output& output) {
   const FlashEnd end = FindFlashEnd(camera, std::uint64_t{range.last} + 1, told, output);
   if (end.size && range.last >= *end.size) {
@@ -71,14 +71,14 @@ std::optional<std::uint64_t> CheckWithinFlash(Camera& camera, const std::string&
 }
 
 std::optional<std::uint64_t> CheckWithinFlash(Camera& camera, const Image& image,
-                                              std::optional<std::uint64_t> told, Output& output) {
+                                              const ToldSize& told, Output& output) {
   const FlashEnd end = FindFlashEnd(camera, image.End(), told, output);
   RefuseBeyondEnd(image, end);
   return end.size;
 }
 
-Range WholeFlash(Camera& camera, std::optional<std::uint64_t> told, Output& output) {
-  std::optional<std::uint64_t> size = told;
+Range WholeFlash(Camera& camera, const ToldSize& told, Output& output) {
+  std::optional<std::uint64_t> size = told.size;
   if (!size) {
     const FlashSizeFinding finding = FindFlashSize(camera);
     if (!finding.size) {

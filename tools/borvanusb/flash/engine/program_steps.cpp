@@ -143,13 +143,13 @@ std::uint64_t PlannedTransfers(const ProgramPlan& plan, bool verify) {
 
 }  // namespace
 
-FlashExamination Examine(const Image& image, std::optional<std::uint64_t> flash_size,
-                         const std::string& journal, WorkSite& site) {
+FlashExamination Examine(const Image& image, const ToldSize& flash_size, const std::string& journal,
+                         WorkSite& site) {
   FlashExamination seen;
   seen.sectors = SectorsAround(image.Places());
   site.progress.Begin("read", seen.sectors.Size());
   const Range first = seen.sectors.Runs().front();
-  if (!flash_size && first.first == 0 && first.Size() > kFlashHead) {
+  if (!flash_size.size && first.first == 0 && first.Size() > kFlashHead) {
     // It serves the look at the flash's end as well. The rest waits: reading addresses that do not
     // answer does not end.
     ReadSectors(seen, kFlashHead, site);

@@ -9,6 +9,7 @@
 #include "camera/camera.h"
 #include "camera/host.h"
 #include "flash/engine/byte_ranges.h"
+#include "flash/engine/flash_end.h"
 #include "flash/engine/image.h"
 #include "flash/engine/journal_store.h"
 #include "flash/engine/recovery.h"
@@ -48,10 +49,10 @@ struct FlashExamination {
 };
 
 // Reads the sectors around the image and the journals. `flash_size` is the flash's size as far as
-// it was given, `journal` the journal that counts where that is in doubt: a file, "none" or empty.
+// it was told, `journal` the journal that counts where that is in doubt: a file, "none" or empty.
 // Throws Failure kFile for an image beyond the flash's end and where a journal is in doubt.
-FlashExamination Examine(const Image& image, std::optional<std::uint64_t> flash_size,
-                         const std::string& journal, WorkSite& site);
+FlashExamination Examine(const Image& image, const ToldSize& flash_size, const std::string& journal,
+                         WorkSite& site);
 
 // What will change.
 struct ProgramPlan {
