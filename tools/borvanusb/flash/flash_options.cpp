@@ -33,10 +33,6 @@ void CheckRangeOrRegion(const GivenOptions& given) {
 
 void CheckPlaces(const std::vector<ImageWish>& images, ImageForm form, const GivenOptions& given) {
   const char* const option = given.Has("--address") ? "--address" : "--region";
-  if (given.Has("--address") && given.Has("--region")) {
-    throw WrongUse(
-        "--region: contradicts --address, which gives another place: give one of the two");
-  }
   if (given.Has(option)) {
     if (images.size() > 1) {
       throw WrongUse(Format("{}: several images can't go to one place; give each its own, as {}",

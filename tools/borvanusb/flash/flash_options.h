@@ -66,11 +66,28 @@ void CheckBackup(const C& command, const GivenOptions& given) {
   }
 }
 
+// An image goes to one place: that behind an @, --address or --region. Throws WrongValue.
+inline void RefuseSecondPlace(bool has_place) {
+  if (has_place) {
+    throw WrongValue("contradicts another place that is given; give one of the two");
+  }
+}
+
+// Behind AddImage, since the word for an image may have its place, too.
 template <typename C>
 void AddImageAddress(RuleOf<C>& rule) {
-  rule.Add(Option("--address", "ADDR", "where the image's address 0 goes in the flash, default 0"),
-           [](C& command, const std::string& text) { command.address = AddressValue(text); });
-  AddRegion(rule, "the region of the camera's profile that it goes to");
+  rule.Add(Option("--address", "ADDR", "where address 0 of the image goes, default 0"),
+           [](C& command, const std::string& text) {
+             const std::uint32_t address = AddressValue(text);
+             RefuseSecondPlace(command.address || !command.region.empty());
+             command.address = address;
+           });
+  rule.Add(Option("--region", "NAME", "the region of the camera's profile that it goes to"),
+           [](C& command, const std::string& text) {
+             const std::string region = RegionValue(text);
+             RefuseSecondPlace(command.address || !command.region.empty());
+             command.region = region;
+           });
   rule.Add(
       Choices(Option("--format", "FORMAT", "of the image: auto (default), raw, hex, srec, elf"),
               {"auto", "raw", "hex", "srec", "elf"}),

@@ -58,7 +58,7 @@ CommandRule FlashProgramRule() {
   AddBackup(rule, "beside IMAGE");
   rule.AddFlag("--restore-on-failure", "write the backup back if programming fails",
                &FlashProgramCommand::restore_on_failure);
-  rule.AddFlag("--force", "program what does not look like firmware, and read-only regions",
+  rule.AddFlag("--force", "program what is no firmware, and read-only regions",
                &FlashProgramCommand::force);
   rule.Add(File(Option("--report", "FILE", "write what was done as JSON")),
            [](FlashProgramCommand& command, const std::string& text) {
@@ -71,8 +71,7 @@ CommandRule FlashProgramRule() {
       });
   rule.AddFlag("--all", "every camera there is, at the same time", &FlashProgramCommand::all);
   rule.Check(CheckProgram);
-  rule.Details("Exactly the image's bytes change; the old ones are saved first.");
-  rule.Example("borvanusb flash program firmware.bin --address 0x40000");
+  rule.Details("The old bytes are saved.");
   rule.Example("borvanusb flash program boot.hex app.bin@0x20000 cfg.bin@region:config");
   return rule.Take();
 }
