@@ -183,14 +183,19 @@ std::vector<ReadPiece> PlanReads(std::span<const RegisterAccess> registers) {
   return pieces;
 }
 
-RegisterReading ReadAll(std::span<const RegisterAccess> registers, Camera& camera,
-                        Context& context) {
-  const std::vector<ReadPiece> pieces = PlanReads(registers);
+namespace {
+
+std::uint64_t AccessesIn(std::span<const ReadPiece> pieces) {
   std::uint64_t total = 0;
   for (const ReadPiece& piece : pieces) {
     total += piece.range.Size();
   }
-  RowProgress progress(context, total);
+  return total;
+}
+
+RegisterReading ReadPieces(std::span<const RegisterAccess> registers,
+                           std::span<const ReadPiece> pieces, Camera& camera,
+                           const std::function<void(std::uint64_t)>& advance) {
   RegisterReading reading{std::vector<std::uint64_t>(registers.size()), true};
   std::map<DeviceKey, std::map<std::uint32_t, std::uint32_t>> found;
   std::uint64_t done = 0;
@@ -198,8 +203,7 @@ RegisterReading ReadAll(std::span<const RegisterAccess> registers, Camera& camer
     if (piece.alone) {
       reading.values[*piece.alone] = ReadOne(piece.of, camera);
     } else {
-      const auto values =
-          ReadRow(piece, camera, [&](std::uint64_t now) { progress.Advance(done + now); });
+      const auto values = ReadRow(piece, camera, [&](std::uint64_t now) { advance(done + now); });
       reading.checked = reading.checked && !IsInBlocks(piece);
       auto& of_device = found[KeyOf(piece.of)];
       for (std::size_t i = 0; i < values.size(); ++i) {
@@ -207,18 +211,33 @@ RegisterReading ReadAll(std::span<const RegisterAccess> registers, Camera& camer
       }
     }
     done += piece.range.Size();
-    progress.Advance(done);
+    advance(done);
   }
-  progress.Done();
   for (std::size_t i = 0; i < registers.size(); ++i) {
-    for (std::uint32_t part = 0; !IsReadAlone(registers[i]) && part < registers[i].accesses;
-         ++part) {
-      reading.values[i] |= std::uint64_t{found[KeyOf(registers[i])][AddressOf(registers[i], part)]}
-                           << ShiftOf(registers[i], part);
+    const RegisterAccess& access = registers[i];
+    for (std::uint32_t part = 0; !IsReadAlone(access) && part < access.accesses; ++part) {
+      reading.values[i] |= std::uint64_t{found[KeyOf(access)][AddressOf(access, part)]}
+                           << ShiftOf(access, part);
     }
-    reading.values[i] &= registers[i].mask;
+    reading.values[i] &= access.mask;
   }
   return reading;
+}
+
+}  // namespace
+
+RegisterReading ReadAll(std::span<const RegisterAccess> registers, Camera& camera,
+                        Context& context) {
+  const std::vector<ReadPiece> pieces = PlanReads(registers);
+  RowProgress progress(context, AccessesIn(pieces));
+  RegisterReading reading =
+      ReadPieces(registers, pieces, camera, [&](std::uint64_t done) { progress.Advance(done); });
+  progress.Done();
+  return reading;
+}
+
+RegisterReading ReadAll(std::span<const RegisterAccess> registers, Camera& camera) {
+  return ReadPieces(registers, PlanReads(registers), camera, [](std::uint64_t) {});
 }
 
 std::uint64_t ReadOne(const RegisterAccess& access, Camera& camera) {
