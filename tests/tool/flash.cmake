@@ -4,6 +4,10 @@ target_link_libraries(borvanusb_flash_test_support PRIVATE borvan_options PUBLIC
 target_compile_options(borvanusb_flash_test_support PRIVATE ${BORVAN_TEST_OPTIONS})
 
 borvan_add_gtest(
+  tool_images_test
+  SOURCES images_elf_test.cpp images_hex_test.cpp images_read_test.cpp images_srecord_test.cpp
+  LIBRARIES borvanusb_test_support)
+borvan_add_gtest(
   tool_flash_parts_test
   SOURCES flash_parts_test.cpp flash_sha256_test.cpp flash_size_faults_test.cpp flash_size_test.cpp
           image_format_test.cpp sector_fate_test.cpp
@@ -14,7 +18,7 @@ borvan_add_gtest(
   LIBRARIES borvanusb_flash_test_support)
 borvan_add_gtest(
   tool_flash_cut_test
-  SOURCES flash_cut_test.cpp
+  SOURCES flash_cut_test.cpp flash_segments_cut_test.cpp
   LIBRARIES borvanusb_flash_test_support
   TIMEOUT 300 SHARDS 2)
 borvan_add_gtest(
@@ -23,7 +27,8 @@ borvan_add_gtest(
   LIBRARIES borvanusb_flash_test_support)
 borvan_add_gtest(
   tool_flash_commands_test
-  SOURCES flash_commands_test.cpp flash_end_test.cpp flash_image_test.cpp flash_schema_test.cpp
+  SOURCES flash_commands_test.cpp flash_end_test.cpp flash_formats_test.cpp flash_image_test.cpp
+          flash_regions_test.cpp flash_schema_test.cpp
   LIBRARIES borvanusb_flash_test_support borvanusb_test_schemas)
 # 100,000 sequences with BORVAN_LONG=1, N with BORVAN_SEQUENCES=N.
 borvan_add_gtest(
