@@ -41,3 +41,13 @@ if(NOT MSVC)
   target_compile_options(tool_flash_sequences_test PRIVATE -O2)
   set_target_properties(tool_flash_sequences_test PROPERTIES DISABLE_PRECOMPILE_HEADERS ON)
 endif()
+
+# Image files against other programs' readers and writers. Debian's Python has the module intelhex.
+find_program(BORVAN_DEBIAN_PYTHON NAMES python3 PATHS /usr/bin NO_DEFAULT_PATH)
+add_executable(exchange_images images/exchange_images.cpp)
+target_link_libraries(exchange_images PRIVATE borvan_options borvanusb_core)
+if(BORVAN_DEBIAN_PYTHON)
+  add_test(NAME tool_images_strangers COMMAND "${BORVAN_DEBIAN_PYTHON}" -B "${CMAKE_CURRENT_SOURCE_DIR}/images/compare.py"
+                                              $<TARGET_FILE:exchange_images>)
+  set_tests_properties(tool_images_strangers PROPERTIES TIMEOUT 300)
+endif()
