@@ -272,11 +272,11 @@ TEST(FlashArgumentsTest, RegionTakesThePlaceOfARange) {
   EXPECT_EQ(As<FlashReadCommand>({"flash", "read", "0+4K", "a.bin", "--format", "hex"}).format,
             "hex");
   EXPECT_EQ(As<FlashEraseCommand>({"flash", "erase", "--region", "a", "--force"}).region, "a");
-  ExpectRefused({"flash", "read", "0+4K", "a.bin", "--region", "a"},
-                "--region: contradicts RANGE: give one of the two");
-  ExpectRefused({"flash", "read", "0+4K"},
-                "FILE: is missing; give the file that the bytes go into");
-  ExpectRefused({"flash", "read", "a.bin"},
+  ExpectRefused({"flash", "read", "0+4K", "--region", "a"},
+                "RANGE: \"0+4K\" contradicts --region: give one of the two");
+  ExpectRefused({"flash", "read", "a.bin", "b.bin", "--region", "a"},
+                "FILE: \"b.bin\" is one argument too many: --region takes no RANGE");
+  ExpectRefused({"flash", "read"},
                 "RANGE: is missing; give it, or a region of the camera's profile with --region");
   ExpectRefused({"flash", "erase"},
                 "RANGE: is missing; give it, or a region of the camera's profile with --region");
