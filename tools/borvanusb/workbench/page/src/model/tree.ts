@@ -3,7 +3,8 @@ import type { FieldDescription, RegisterDescription } from '../types';
 import { formatAddress } from './number';
 
 export type TreeRow =
-  | { kind: 'map' | 'group'; key: string; level: number; label: string; count: number; open: boolean }
+  | { kind: 'map'; key: string; level: number; label: string; count: number; open: boolean }
+  | { kind: 'group'; key: string; level: number; label: string; count: number; open: boolean }
   | { kind: 'register'; key: string; level: number; register: RegisterDescription; open: boolean }
   | { kind: 'field'; key: string; level: number; register: RegisterDescription; field: FieldDescription };
 
