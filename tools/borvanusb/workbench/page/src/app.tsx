@@ -32,7 +32,7 @@ const views: View[] = [
   { name: 'flash', title: 'Flash', icon: 'flash', content: Flash },
   { name: 'line', title: 'Line', icon: 'line', content: Line },
   { name: 'picture', title: 'Picture', icon: 'picture', content: PictureView },
-  { name: 'log', title: 'Command log', icon: 'log', content: Log },
+  { name: 'log', title: 'Log', icon: 'log', content: Log },
 ];
 
 function viewOfAddress(): string {
@@ -161,7 +161,7 @@ export function App() {
         document.getElementById('content')?.focus();
       }}>Skip to the content</a>
       <header class="top">
-        <div class="mark"><span class="mark-sign" aria-hidden="true" />BorvanUSB <span class="muted">workbench</span></div>
+        <div class="product"><span class="product-sign" aria-hidden="true" />BorvanUSB <span class="muted">workbench</span></div>
         <CameraChoice />
         <div class="grow" />
         <WorkNow />

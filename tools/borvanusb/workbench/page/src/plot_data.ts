@@ -10,9 +10,10 @@ import type { FieldDescription, RegisterDescription, RegisterValue } from './typ
 export interface Curve {
   id: string;
   camera: string;
+  cameraName: string;
   register: RegisterDescription;
   field: FieldDescription | null;
-  label: string;
+  label: string; // name of the register or field
   style: number; // place in the palette
   shown: boolean;
 }
@@ -31,12 +32,6 @@ export const plotting = new Store<Plotting>({ curves: [], reading: true, rate: 1
 export const samples = new SampleRing(capacity);
 export const sampled = new Versioned();
 
-function cameraLabel(path: string): string {
-  const { cameras } = session.get();
-  const camera = cameras.find((each) => each.path === path);
-  return cameras.length > 1 && camera ? ` (${camera.name})` : '';
-}
-
 export function addCurve(camera: string, register: RegisterDescription, field: FieldDescription | null): void {
   const { curves } = plotting.get();
   const name = field ? `${register.name}.${field.name}` : register.name;
@@ -47,8 +42,13 @@ export function addCurve(camera: string, register: RegisterDescription, field: F
   while (used.has(style)) style++;
   samples.add(id);
   plotting.set({
-    curves: [...curves, { id, camera, register, field, label: name + cameraLabel(camera), style, shown: true }],
+    curves: [...curves, { id, camera, register, field, label: name, cameraName: session.get().camera?.name ?? '', style, shown: true }],
   });
+}
+
+// With the camera's name when curves of several cameras are shown together.
+export function curveTitle(curve: Curve, curves: Curve[]): string {
+  return curves.every((each) => each.camera === curve.camera) ? curve.label : `${curve.cameraName}: ${curve.label}`;
 }
 
 export function removeCurve(id: string): void {

@@ -50,6 +50,7 @@ test('addresses and sizes', () => {
   assert.equal(formatSize(1048576), '1 MiB');
   assert.equal(formatSize(4096), '4 KiB');
   assert.equal(formatSize(1), '1 byte');
+  assert.equal(formatSeconds(0.0421), '42 ms');
   assert.equal(formatSeconds(4.26), '4.3 s');
   assert.equal(formatSeconds(75), '1:15 min');
 });

@@ -57,6 +57,7 @@ export function formatSize(bytes: number): string {
 }
 
 export function formatSeconds(seconds: number): string {
+  if (seconds < 1) return `${Math.round(seconds * 1000)} ms`;
   if (seconds < 10) return `${seconds.toFixed(1)} s`;
   const whole = Math.round(seconds);
   if (whole < 60) return `${whole} s`;

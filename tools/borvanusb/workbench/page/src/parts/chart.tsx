@@ -26,17 +26,29 @@ function dash(style: number): number[] | undefined {
   return round === 0 ? undefined : round === 1 ? [7, 4] : [2, 3];
 }
 
-function axes(): uPlot.Axis[] {
+function clock(seconds: number, step: number): string {
+  const time = new Date(seconds * 1000);
+  const two = (part: number) => String(part).padStart(2, '0');
+  const text = `${two(time.getHours())}:${two(time.getMinutes())}:${two(time.getSeconds())}`;
+  return step < 1 ? `${text}.${Math.round(time.getMilliseconds() / 100) % 10}` : text;
+}
+
+function axes(unit: string): uPlot.Axis[] {
   const style = getComputedStyle(document.documentElement);
   const stroke = style.getPropertyValue('--muted').trim();
   const grid = { stroke: style.getPropertyValue('--grid').trim(), width: 1 };
   const ticks = { ...grid, size: 5 };
   const font = `11px ${style.getPropertyValue('--number-font').trim() || 'monospace'}`;
-  return [{ stroke, grid, ticks, font }, { stroke, grid, ticks, font, size: 68 }];
+  const times = (_: uPlot, splits: number[]) => splits.map((split, at) => clock(split, (splits[at + 1] ?? split + 1) - split));
+  const values = (_: uPlot, splits: number[]) => splits.map((split) => `${Number(split.toPrecision(12))}${unit}`);
+  return [
+    { stroke, grid, ticks, font, values: times, space: 80 },
+    { stroke, grid, ticks, font, values, size: 76, space: 40 },
+  ];
 }
 
-export function Chart({ curves, bridge, colours, label, onZoom, onCursor, handle }: {
-  curves: ChartCurve[]; bridge: boolean; colours: string; label: string;
+export function Chart({ curves, bridge, colours, unit, label, onZoom, onCursor, handle }: {
+  curves: ChartCurve[]; bridge: boolean; colours: string; unit: string; label: string;
   onZoom: (from: number, to: number) => void; onCursor: (index: number | null) => void;
   handle: { current: ChartHandle | null };
 }) {
@@ -55,7 +67,7 @@ export function Chart({ curves, bridge, colours, label, onZoom, onCursor, handle
       legend: { show: false },
       cursor: { drag: { x: true, y: false, setScale: false }, points: { size: 6 } },
       scales: { x: { time: true, auto: false }, y: { auto: true } },
-      axes: axes(),
+      axes: axes(unit),
       series: [
         {},
         ...curves.map((curve): uPlot.Series => ({
@@ -76,10 +88,7 @@ export function Chart({ curves, bridge, colours, label, onZoom, onCursor, handle
     handle.current = {
       draw(slice, from, to) {
         chart.setData([slice.times, ...slice.series] as uPlot.AlignedData, false);
-        chart.batch(() => {
-          chart.setScale('x', { min: from, max: to });
-          chart.redraw(true, true);
-        });
+        chart.setScale('x', { min: from, max: to });
       },
       moveCursor(steps) {
         const times = chart.data[0];
@@ -97,7 +106,7 @@ export function Chart({ curves, bridge, colours, label, onZoom, onCursor, handle
       handle.current = null;
       chart.destroy();
     };
-  }, [key, bridge, colours]);
+  }, [key, bridge, colours, unit]);
 
   return <div ref={box} class="chart" role="img" aria-label={label} />;
 }

@@ -98,8 +98,8 @@ export function ImageList({ images, sizes, regions, region, disabled, onImages }
         }}>
         <Icon name="upload" size={20} />
         <div class="grow">
-          <p class="strong">{busy ? 'Taking the file' : 'Drop an image here'}</p>
-          <p class="small muted">Intel HEX, Motorola S-record, ELF or raw bytes; several images are one piece of work</p>
+          <p class={images.length > 0 ? 'muted' : 'strong'}>{busy ? 'Taking the file' : images.length > 0 ? 'Drop another image here' : 'Drop an image here'}</p>
+          {images.length === 0 && <p class="small muted">Intel HEX, Motorola S-record, ELF or raw bytes; several images are one piece of work</p>}
         </div>
         <input ref={input} type="file" multiple class="out-of-sight" tabIndex={-1} aria-label="Image files" data-role="images"
           onChange={(event) => {

@@ -35,7 +35,7 @@ export function NumberInput({ label, value, bits, form, onValue, disabled, check
   };
 
   return (
-    <label class={`number-input ${form}`}>
+    <label class={`number-input form-${form}`}>
       <span class="label">{label}</span>
       <input type="text" id={id} value={text} disabled={disabled} spellcheck={false} autocomplete="off"
         aria-invalid={problem !== null} aria-describedby={problem === null ? undefined : problemId}

@@ -66,7 +66,7 @@ function CameraRow({ camera, job, chosen }: { camera: Camera; job: Job | undefin
       </dl>
       <ProblemNote problem={problem} onClose={() => setProblem(null)} />
       <div class="buttons">
-        <Button kind="primary" onClick={() => go('registers')}>Registers</Button>
+        <Button kind={chosen ? 'primary' : 'plain'} onClick={() => go('registers')}>Registers</Button>
         <Button onClick={() => go('flash')}>Flash</Button>
         {!chosen && <Button onClick={() => chooseCamera(camera.path)}>Choose</Button>}
         <Button kind="quiet" onClick={() => void ask()}>Read its facts</Button>

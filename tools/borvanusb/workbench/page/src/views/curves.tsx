@@ -5,7 +5,7 @@ import { matchesSearch } from '../model/tree';
 import { Button } from '../parts/basics';
 import { Icon } from '../parts/icon';
 import { curveColour, palette } from '../parts/chart';
-import { addCurve, mostCurves, plotting, removeCurve, showCurve, type Curve } from '../plot_data';
+import { addCurve, curveTitle, mostCurves, plotting, removeCurve, showCurve, type Curve } from '../plot_data';
 import { registersOf } from '../register_store';
 import { isPlugged, session } from '../session';
 import { useStore, useVersion } from '../store';
@@ -122,7 +122,7 @@ export function CurveTable({ curves, values, cursor, cursorTime }: {
                 <th scope="row">
                   <label class="curve-name" title={curve.field?.description ?? curve.register.description}>
                     <input type="checkbox" checked={curve.shown} onChange={(event) => showCurve(curve.id, event.currentTarget.checked)} />
-                    <Swatch style={curve.style} /><code>{curve.label}</code>
+                    <Swatch style={curve.style} /><code>{curveTitle(curve, curves)}</code>
                   </label>
                 </th>
                 <td class="number right strong" data-curve={curve.label}>{text(now)}</td>

@@ -26,7 +26,6 @@ function RegionTable({ store, regions, disabled, readOnly }: {
   store: FlashStore; regions: Region[]; disabled: boolean; readOnly: boolean;
 }) {
   const [asked, setAsked] = useState<Region | null>(null);
-  if (regions.length === 0) return null;
   return (
     <>
       <table class="table region-table">
@@ -50,7 +49,7 @@ function RegionTable({ store, regions, disabled, readOnly }: {
               <td class="actions">
                 <Button kind="quiet" icon="download" label={`Download ${region.name}`} disabled={disabled} onClick={() => void backup(store, region)} />
                 {!region.read_only && (
-                  <Button kind="quiet" icon="close" label={`Erase ${region.name}`} disabled={disabled || readOnly} onClick={() => setAsked(region)} />
+                  <Button kind="quiet" icon="erase" label={`Erase ${region.name}`} disabled={disabled || readOnly} onClick={() => setAsked(region)} />
                 )}
               </td>
             </tr>
@@ -119,7 +118,12 @@ function OfCamera({ camera }: { camera: Camera }) {
           <section class="panel" aria-label="Map">
             {store.map ? <SectorMap store={store} map={store.map} regions={regions} />
               : <p class="muted">{store.work === 'map' ? 'Every sector is read to see which are blank.' : 'The map was not read yet.'}</p>}
-            <RegionTable store={store} regions={regions} disabled={disabled} readOnly={readOnly} />
+            {regions.length > 0 && (
+              <details class="regions" open={store.images.length === 0}>
+                <summary>{plural(regions.length, 'region')}</summary>
+                <RegionTable store={store} regions={regions} disabled={disabled} readOnly={readOnly} />
+              </details>
+            )}
           </section>
           <ProgramPanel store={store} camera={camera} regions={regions} foreign={store.job === null ? foreign : null} plugged={plugged} readOnly={readOnly} />
         </div>

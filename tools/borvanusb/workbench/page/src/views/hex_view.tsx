@@ -30,7 +30,7 @@ function Row({ store, row, mark, regions }: { store: FlashStore; row: number; ma
     cells.push(<span key={column} class={`byte${kind}`}>{plain}</span>);
   }
   return (
-    <div key={row} class={`hex-row${offset === 0 ? ' sector' : ''}`} role="row" aria-rowindex={row + 1} data-address={address}>
+    <div key={row} class={`hex-row${offset === 0 ? ' sector' : ''}`} role="row" aria-rowindex={row + 2} data-address={address}>
       <span role="rowheader" class="hex-address">{formatAddress(address, 8).slice(2)}</span>
       <span role="cell" class="hex-bytes">{cells}</span>
       <span role="cell" class="hex-text">{text}{starts && <span class="region-tag">{region.name}</span>}</span>
@@ -130,8 +130,19 @@ export function HexView({ store, size, regions, idle }: { store: FlashStore; siz
       <ProblemNote problem={problem} onClose={() => setProblem(null)} />
       <ScrollList rows={rows} rowHeight={rowHeight} onWindow={onWindow} class="hex" current={Math.floor(store.jump.address / width)}
         currentKey={store.jump.count}
+        header={(
+          <div class="hex-row hex-head" role="row">
+            <span role="columnheader" class="hex-address">address </span>
+            <span role="columnheader" class="hex-bytes" aria-label="Bytes">
+              {Array.from({ length: width }, (_, column) => (
+                <span key={column} class={`byte${column === 8 ? ' middle' : ''}`}>{column.toString(16)}</span>
+              ))}
+            </span>
+            <span role="columnheader" class="hex-text">text</span>
+          </div>
+        )}
         render={(row) => <Row key={row} store={store} row={row} mark={found} regions={regions} />}
-        attributes={{ role: 'table', 'aria-label': 'Bytes of the flash', 'aria-rowcount': rows, tabIndex: 0 }} />
+        attributes={{ role: 'table', 'aria-label': 'Bytes of the flash', 'aria-rowcount': rows + 1, tabIndex: 0 }} />
     </section>
   );
 }

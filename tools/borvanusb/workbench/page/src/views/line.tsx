@@ -161,7 +161,7 @@ export function Line() {
         <Button kind={planned.length > 0 ? 'plain' : 'primary'} disabled={busy || state.images.length === 0 || chosen.length === 0} onClick={() => void planAll()}>Plan all</Button>
         <Button kind={planned.length > 0 ? 'primary' : 'plain'} icon="flash" disabled={busy || planned.length === 0 || readOnly}
           title={readOnly ? 'The workbench is read-only' : planned.length === 0 ? 'Make the plans first' : undefined}
-          onClick={() => planned.forEach((camera) => void program(camera))}>Program {plural(planned.length, 'camera')}</Button>
+          onClick={() => planned.forEach((camera) => void program(camera))}>{planned.length === 0 ? 'Program' : `Program ${plural(planned.length, 'camera')}`}</Button>
         <Button icon="stop" disabled={running.length === 0} onClick={() => running.forEach((camera) => void api.stop(rowOf(camera).job ?? ''))}>Stop all</Button>
         <div class="grow" />
         <span class="muted number" role="status">{finished.length > 0 ? `${finished.length} of ${chosen.length} finished` : ''}</span>

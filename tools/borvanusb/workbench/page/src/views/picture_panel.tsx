@@ -13,6 +13,8 @@ function drawHistogram(canvas: HTMLCanvasElement, histogram: Histogram): void {
   const context = canvas.getContext('2d');
   if (!context) return;
   const style = getComputedStyle(canvas);
+  canvas.width = Math.round(canvas.clientWidth * devicePixelRatio);
+  canvas.height = Math.round(canvas.clientHeight * devicePixelRatio);
   const { width, height } = canvas;
   context.clearRect(0, 0, width, height);
   let largest = 1;
@@ -28,7 +30,7 @@ function drawHistogram(canvas: HTMLCanvasElement, histogram: Histogram): void {
     context.lineTo(width, height);
     context.strokeStyle = colour;
     context.fillStyle = colour;
-    context.lineWidth = 1.25;
+    context.lineWidth = 1.25 * devicePixelRatio;
     if (filled) context.fill();
     else context.stroke();
   };
@@ -58,7 +60,7 @@ function HistogramView({ video }: { video: { current: HTMLVideoElement | null } 
   }, []);
   return (
     <div class="histogram">
-      <canvas ref={canvas} width={512} height={120} role="img"
+      <canvas ref={canvas} role="img"
         aria-label={`Histogram of the picture, mean brightness ${numbers.mean.toFixed(0)} of 255`} />
       <p class="small muted number">
         {numbers.size}  mean <span data-role="mean">{numbers.mean.toFixed(1)}</span>  clipped {(numbers.clipped * 100).toFixed(1)} %

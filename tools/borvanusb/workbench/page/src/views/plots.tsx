@@ -5,7 +5,7 @@ import { formatSeconds, plural } from '../model/number';
 import type { Slice } from '../model/ring';
 import { Button, Choice, Empty, save, Select, Toggle } from '../parts/basics';
 import { Chart, type ChartHandle } from '../parts/chart';
-import { plotting, sampled, samples, type Curve } from '../plot_data';
+import { curveTitle, plotting, sampled, samples, type Curve } from '../plot_data';
 import { session } from '../session';
 import { useStore } from '../store';
 import { CurveChoice, CurveTable } from './curves';
@@ -37,7 +37,7 @@ function inPercent(slice: Slice): Slice {
 function saveCsv(curves: Curve[]): void {
   const all = samples.slice(-Infinity, Infinity, curves.map((curve) => curve.id), samples.capacity + 1);
   const rows = all.times.map((time, at) => [new Date(time * 1000).toISOString(), ...all.series.map((values) => values[at] ?? null)]);
-  save('plot.csv', csv(['time', ...curves.map((curve) => curve.label)], rows), 'text/csv');
+  save('plot.csv', csv(['time', ...curves.map((curve) => curveTitle(curve, curves))], rows), 'text/csv');
 }
 
 // Redraws with new samples, at most ten times a second.
@@ -171,7 +171,7 @@ export function Plots() {
           ) : (
             <div class="chart-box" tabIndex={0} role="group" onKeyDown={onKeyDown}
               aria-label="Chart. Left and right move the cursor, with Shift the window; plus and minus zoom; Escape follows again.">
-              <Chart curves={visible} bridge={several} colours={`${theme}${dark}`} handle={handle} onCursor={setCursor}
+              <Chart curves={visible} bridge={several} unit={scale === 'own' ? ' %' : ''} colours={`${theme}${dark}`} handle={handle} onCursor={setCursor}
                 label={`Curves of ${visible.map((curve) => curve.label).join(', ')}`}
                 onZoom={(from, to) => {
                   setPaused(true);

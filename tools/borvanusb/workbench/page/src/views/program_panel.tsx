@@ -1,5 +1,5 @@
 // Programming: images, the plan, progress, the outcome, and going on after a cut.
-import { useState } from 'preact/hooks';
+import { useEffect, useRef, useState } from 'preact/hooks';
 import { api } from '../api';
 import { overlap } from '../model/flash';
 import { formatAddress, formatSeconds, formatSize, plural } from '../model/number';
@@ -134,9 +134,14 @@ export function ProgramPanel({ store, camera, regions, foreign, plugged, readOnl
   const region = camera.profile ? (registersOf(camera.path).profile?.flash.image_region ?? null) : null;
   const disabled = !plugged || store.work !== null || foreign !== null;
   const { images, plan } = store;
+  const box = useRef<HTMLElement>(null);
+  // The plan and what came of it are long; both end with what to do next.
+  useEffect(() => {
+    if (plan !== null || store.outcome !== null || store.verified !== null) box.current?.scrollIntoView({ block: 'end' });
+  }, [plan, store.outcome, store.verified, store.work]);
   const changes = plan !== null && plan.result.changed.length > 0;
   return (
-    <section class="panel program-panel" aria-label="Program">
+    <section ref={box} class="panel program-panel" aria-label="Program">
       <h2>Program</h2>
       {foreign && (
         <>
@@ -146,7 +151,7 @@ export function ProgramPanel({ store, camera, regions, foreign, plugged, readOnl
       )}
       {store.work === 'program' && store.job ? <ProgressLine job={job} onStop={() => store.stop()} /> : (
         <>
-          <ImageList images={images} sizes={sizes} regions={regions} region={region} disabled={disabled} onImages={(list, known) => {
+          <ImageList images={images} sizes={sizes} regions={regions} region={region} disabled={foreign !== null} onImages={(list, known) => {
             setSizes(known);
             store.images = list;
             store.plan = null;

@@ -20,7 +20,7 @@ function Regions({ regions, size, onChoose }: { regions: Region[]; size: number;
         <button key={region.name} type="button" class={`region${region.read_only ? ' read-only' : ''}`} tabIndex={-1}
           style={{ left: `${(region.first / size) * 100}%`, width: `${(region.size / size) * 100}%` }}
           title={`${region.name}: ${region.description}`} aria-label={`Show ${region.name}`} onClick={() => onChoose(region.first)}>
-          <span>{region.name}</span>
+          {region.size / size > 0.05 ? region.name : ''}
         </button>
       ))}
     </div>
