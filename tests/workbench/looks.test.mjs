@@ -73,7 +73,7 @@ const scenes = [
     await page.getByRole("region", { name: "Plan" }).waitFor();
   }],
   ["flash-programming", async (page) => {
-    await control(page, "pace", { pace: 120 });
+    await control(page, "pace", { pace: 700 });
     await program(page).getByRole("button", { name: /^Program \d/ }).click();
     await page.getByText(/[1-9]\d %/).first().waitFor();
   }],

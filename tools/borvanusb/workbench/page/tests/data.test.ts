@@ -7,7 +7,7 @@ import {
 } from '../src/model/flash';
 import { deviceForCamera, histogramOf } from '../src/model/histogram';
 import { SampleRing } from '../src/model/ring';
-import { highest, scrollHeight, scrollTopFor, windowAt } from '../src/model/scroll';
+import { highest, scrollHeight, scrollTopFor, scrollTopWith, windowAt } from '../src/model/scroll';
 import { EventClock } from '../src/model/time';
 import * as words from '../src/model/words';
 
@@ -83,6 +83,8 @@ test('a short list scrolls row by row, a very long one in proportion', () => {
   assert.ok(top !== null);
   const view = windowAt(top, 400, rows, 20, 0);
   assert.ok(view.first <= 2_000_000 && view.first + view.count > 2_000_000);
+  assert.equal(windowAt(scrollTopWith(3_000_000, 400, rows, 20), 400, rows, 20, 0).first, 3_000_000);
+  assert.equal(scrollTopWith(7, 400, 1000, 20), 140);
   assert.equal(scrollTopFor(12, 200, 100, 1000, 20), null);
   assert.equal(scrollTopFor(40, 200, 100, 1000, 20), 720);
 });

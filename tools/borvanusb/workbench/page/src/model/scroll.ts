@@ -32,6 +32,14 @@ export function windowAt(
   };
 }
 
+// Where to scroll to so that a row is the first in view.
+export function scrollTopWith(row: number, viewHeight: number, rows: number, rowHeight: number): number {
+  const height = scrollHeight(rows, rowHeight);
+  if (height === rows * rowHeight) return row * rowHeight;
+  const inView = Math.ceil(viewHeight / rowHeight) + 1;
+  return (row / Math.max(1, rows - inView + 1)) * (height - viewHeight);
+}
+
 // Where to scroll to so that a row is in view; null when it is already.
 export function scrollTopFor(
   row: number, scrollTop: number, viewHeight: number, rows: number, rowHeight: number,
@@ -45,6 +53,5 @@ export function scrollTopFor(
   }
   const view = windowAt(scrollTop, viewHeight, rows, rowHeight, 0);
   if (row >= view.first && row < view.first + view.count - 2) return null;
-  const inView = Math.ceil(viewHeight / rowHeight) + 1;
-  return (row / Math.max(1, rows - inView + 1)) * (height - viewHeight);
+  return scrollTopWith(row, viewHeight, rows, rowHeight);
 }

@@ -76,7 +76,8 @@ function Hint({ text }: { text: string }) {
     <>
       {text.split('\n').filter((line) => line !== '').map((line) => {
         const at = line.search(/\bborvanusb /);
-        if (at < 0) return <p key={line}>{line}</p>;
+        // A sentence about a command is no command line.
+        if (at < 0 || line.endsWith('.')) return <p key={line}>{line}</p>;
         return <div key={line} class="hint-line"><span>{line.slice(0, at)}</span><CommandLine line={line.slice(at)} /></div>;
       })}
     </>

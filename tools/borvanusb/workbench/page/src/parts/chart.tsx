@@ -42,7 +42,7 @@ function axes(unit: string): uPlot.Axis[] {
   const times = (_: uPlot, splits: number[]) => splits.map((split, at) => clock(split, (splits[at + 1] ?? split + 1) - split));
   const values = (_: uPlot, splits: number[]) => splits.map((split) => `${Number(split.toPrecision(12))}${unit}`);
   return [
-    { stroke, grid, ticks, font, values: times, space: 80 },
+    { stroke, grid, ticks, font, values: times, space: 80, size: 34 },
     { stroke, grid, ticks, font, values, size: 76, space: 40 },
   ];
 }
@@ -66,7 +66,7 @@ export function Chart({ curves, bridge, colours, unit, label, onZoom, onCursor, 
       width: element.clientWidth, height: element.clientHeight,
       legend: { show: false },
       cursor: { drag: { x: true, y: false, setScale: false }, points: { size: 6 } },
-      scales: { x: { time: true, auto: false }, y: { auto: true } },
+      scales: { x: { time: true, auto: false }, y: unit === '' ? { auto: true } : { range: [-3, 103] } },
       axes: axes(unit),
       series: [
         {},

@@ -1,21 +1,22 @@
 // A list of rows of one height, of which only those in view exist.
 import type { ComponentChildren, JSX } from 'preact';
 import { useCallback, useEffect, useLayoutEffect, useRef, useState } from 'preact/hooks';
-import { scrollHeight, scrollTopFor, windowAt } from '../model/scroll';
+import { scrollHeight, scrollTopFor, scrollTopWith, windowAt } from '../model/scroll';
 
 interface ListProps {
   rows: number;
   rowHeight: number;
   render: (row: number) => ComponentChildren;
   onWindow?: (first: number, last: number) => void;
-  current?: number | null; // kept in view when it changes
+  current?: number | null; // brought into view when it changes
+  lead?: number; // rows above it then, when it was out of view
   currentKey?: unknown; // scrolls there again although the row is the same
   class?: string;
   attributes?: JSX.HTMLAttributes<HTMLDivElement>;
   header?: ComponentChildren;
 }
 
-export function ScrollList({ rows, rowHeight, render, onWindow, current = null, currentKey, attributes, header, ...rest }: ListProps) {
+export function ScrollList({ rows, rowHeight, render, onWindow, current = null, currentKey, lead = 0, attributes, header, ...rest }: ListProps) {
   const box = useRef<HTMLDivElement>(null);
   const [top, setTop] = useState(0);
   const [height, setHeight] = useState(400);
@@ -38,9 +39,10 @@ export function ScrollList({ rows, rowHeight, render, onWindow, current = null, 
   useLayoutEffect(() => {
     const element = box.current;
     if (!element || current === null) return;
-    const target = scrollTopFor(current, element.scrollTop, element.clientHeight - (header ? rowHeight : 0), rows, rowHeight);
+    const inView = element.clientHeight - (header ? rowHeight : 0);
+    const target = scrollTopFor(current, element.scrollTop, inView, rows, rowHeight);
     if (target !== null) {
-      element.scrollTop = target;
+      element.scrollTop = lead === 0 ? target : scrollTopWith(Math.max(0, current - lead), inView, rows, rowHeight);
       setTop(element.scrollTop);
     }
   }, [current, currentKey, rows]);

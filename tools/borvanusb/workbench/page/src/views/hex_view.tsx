@@ -129,7 +129,7 @@ export function HexView({ store, size, regions, idle }: { store: FlashStore; siz
       <p class="hex-message small muted" role="status">{message}</p>
       <ProblemNote problem={problem} onClose={() => setProblem(null)} />
       <ScrollList rows={rows} rowHeight={rowHeight} onWindow={onWindow} class="hex" current={Math.floor(store.jump.address / width)}
-        currentKey={store.jump.count}
+        currentKey={store.jump.count} lead={6}
         header={(
           <div class="hex-row hex-head" role="row">
             <span role="columnheader" class="hex-address">address </span>

@@ -88,7 +88,7 @@ function Row({ camera, row, chosen, busy }: { camera: Camera; row: LineRow; chos
       <th scope="row"><span class="strong">{camera.name}</span><div class="small muted number">{camera.index}  {camera.vid}:{camera.pid}  {camera.profile?.name ?? 'no profile'}</div></th>
       <td class="line-progress">
         {(row.state === 'programming' || row.state === 'done') && <Bar percent={percent} label={`${camera.name}: ${progress?.stage ?? row.state}`} />}
-        <div class="small number">
+        <div class={`small${row.state === 'programming' ? ' number' : ''}`}>
           {row.state === 'programming' && progress ? `${progress.stage} ${progress.percent} %${progress.rate ? `  ${formatSize(progress.rate)}/s` : ''}${progress.seconds_left !== null ? `  ${formatSeconds(progress.seconds_left)} left` : ''}` : stateText(row)}
         </div>
         {row.problem?.hint && <div class="small muted">{row.problem.hint.split('\n')[0]}</div>}

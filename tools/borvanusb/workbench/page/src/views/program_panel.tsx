@@ -74,10 +74,10 @@ function OutcomeNote({ outcome, store, disabled }: { outcome: Outcome; store: Fl
   const { result, problem } = outcome;
   const download = async (name: string) => save(name, (await api.bytes(name)) as BlobPart);
   const files = (
-    <div class="buttons">
+    <>
       <Button icon="download" onClick={() => void download(outcome.report)}>Report</Button>
       {result?.backup && <Button icon="download" onClick={() => void download(result.backup?.split(/[\\/]/).pop() ?? '')}>Backup</Button>}
-    </div>
+    </>
   );
   if (problem === null && result) {
     const sectors = result.changed.reduce((sum, range) => sum + range.last - range.first + 1, 0) / 4096;
@@ -88,16 +88,14 @@ function OutcomeNote({ outcome, store, disabled }: { outcome: Outcome; store: Fl
           {result.verified ? ' All of it reads back equal.' : ''}
         </p>
         {outcome.messages.map((message) => <p key={message} class="small">{message}</p>)}
-        {files}
+        <div class="buttons">{files}</div>
       </Note>
     );
   }
   const journal = journalOf(outcome);
   return (
     <ProblemNote problem={problem}>
-      {result && result.state !== 'unchanged' && (
-        <p class="small">Written: {rangesText(result.written) || 'in part'}. {result.remaining.length > 0 && `Still to write: ${rangesText(result.remaining)}.`}</p>
-      )}
+      {result && result.remaining.length > 0 && <p class="small">Still to write: <span class="number">{rangesText(result.remaining)}</span></p>}
       <div class="buttons">
         {journal === null ? (
           <Button kind="primary" icon="play" disabled={disabled} onClick={() => void store.program()}>Continue</Button>
@@ -107,8 +105,8 @@ function OutcomeNote({ outcome, store, disabled }: { outcome: Outcome; store: Fl
             <Button disabled={disabled} onClick={() => void store.program('none')}>It was another camera</Button>
           </>
         )}
+        {result && files}
       </div>
-      {result && files}
     </ProblemNote>
   );
 }
@@ -134,14 +132,14 @@ export function ProgramPanel({ store, camera, regions, foreign, plugged, readOnl
   const region = camera.profile ? (registersOf(camera.path).profile?.flash.image_region ?? null) : null;
   const disabled = !plugged || store.work !== null || foreign !== null;
   const { images, plan } = store;
-  const box = useRef<HTMLElement>(null);
+  const actions = useRef<HTMLDivElement>(null);
   // The plan and what came of it are long; both end with what to do next.
   useEffect(() => {
-    if (plan !== null || store.outcome !== null || store.verified !== null) box.current?.scrollIntoView({ block: 'end' });
+    if (plan !== null || store.outcome !== null || store.verified !== null) actions.current?.scrollIntoView({ block: 'nearest' });
   }, [plan, store.outcome, store.verified, store.work]);
   const changes = plan !== null && plan.result.changed.length > 0;
   return (
-    <section ref={box} class="panel program-panel" aria-label="Program">
+    <section class="panel program-panel" aria-label="Program">
       <h2>Program</h2>
       {foreign && (
         <>
@@ -166,7 +164,7 @@ export function ProgramPanel({ store, camera, regions, foreign, plugged, readOnl
           {store.outcome && <OutcomeNote outcome={store.outcome} store={store} disabled={disabled || readOnly} />}
           <VerifyNote store={store} />
           {images.length > 0 && (
-            <div class="buttons">
+            <div class="buttons" ref={actions}>
               <Button kind={plan ? 'plain' : 'primary'} disabled={disabled} onClick={() => void store.makePlan()}>{store.work === 'plan' ? 'Making the plan' : 'Plan'}</Button>
               <Button kind={changes ? 'primary' : 'plain'} icon="flash" disabled={disabled || !changes || readOnly || store.outcome !== null}
                 title={readOnly ? 'The workbench is read-only' : plan ? undefined : 'Make the plan first'} onClick={() => void store.program()}>

@@ -95,19 +95,24 @@ function FieldRow(props: FieldProps) {
 function Bits({ value, bits, disabled, onValue }: {
   value: bigint; bits: number; disabled: boolean; onValue: (value: bigint) => void;
 }) {
-  const indices = Array.from({ length: bits }, (_, index) => bits - 1 - index);
+  const renderBit = (bit: number) => {
+    const isSet = ((value >> BigInt(bit)) & 1n) === 1n;
+    return (
+      <button key={bit} type="button" class={`bit${isSet ? ' set' : ''}`} disabled={disabled}
+        aria-pressed={isSet} aria-label={`Bit ${bit}`} onClick={() => onValue(value ^ (1n << BigInt(bit)))}>
+        <span class="bit-value">{isSet ? 1 : 0}</span>
+        <span class="bit-number" aria-hidden="true">{bit}</span>
+      </button>
+    );
+  };
+  const nibbles = Array.from({ length: Math.ceil(bits / 4) }, (_, index) => Math.ceil(bits / 4) - 1 - index);
   return (
     <div class="bits" role="group" aria-label="Bits">
-      {indices.map((bit) => {
-        const isSet = ((value >> BigInt(bit)) & 1n) === 1n;
-        return (
-          <button key={bit} type="button" class={`bit${isSet ? ' set' : ''}${bit % 4 === 0 ? ' nibble' : ''}`} disabled={disabled}
-            aria-pressed={isSet} aria-label={`Bit ${bit}`} onClick={() => onValue(value ^ (1n << BigInt(bit)))}>
-            <span class="bit-value">{isSet ? 1 : 0}</span>
-            <span class="bit-number" aria-hidden="true">{bit}</span>
-          </button>
-        );
-      })}
+      {nibbles.map((nibble) => (
+        <span key={nibble} class="nibble">
+          {[3, 2, 1, 0].map((bit) => nibble * 4 + bit).filter((bit) => bit < bits).map(renderBit)}
+        </span>
+      ))}
     </div>
   );
 }

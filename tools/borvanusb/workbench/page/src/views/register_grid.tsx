@@ -8,6 +8,7 @@ import { registersOf } from '../register_store';
 import { asProblem, isPlugged, run, session, type Problem } from '../session';
 import { useStore, useVersion } from '../store';
 import type { Camera, Device, RegisterRead } from '../types';
+import { PicturePanel } from './picture_panel';
 
 const columns = 16;
 
@@ -18,7 +19,7 @@ interface Undo {
   value: bigint;
 }
 
-export function RegisterGrid({ camera }: { camera: Camera }) {
+export function RegisterGrid({ camera, picture }: { camera: Camera; picture: boolean }) {
   const store = registersOf(camera.path);
   useVersion(store);
   const plugged = useStore(session, (state) => isPlugged(state, camera));
@@ -140,43 +141,46 @@ export function RegisterGrid({ camera }: { camera: Camera }) {
         Choose a value, type a hexadecimal number and press Enter to write it. Values that changed since the last read are
         marked. Some registers change when they are read: read by number what you know.
       </p>
-      <div class="panel flush grid-box" tabIndex={0} role="region" aria-label="Registers by number">
-        <table class="number-grid" ref={table}>
-          <caption class="out-of-sight">Registers by number</caption>
-          <thead>
-            <tr><th scope="col"><span class="out-of-sight">Address</span></th>
-              {Array.from({ length: columns }, (_, column) => <th scope="col" key={column}>{column.toString(16)}</th>)}</tr>
-          </thead>
-          <tbody>
-            {rows.map((row) => (
-              <tr key={row}>
-                <th scope="row">{formatAddress(row)}</th>
-                {Array.from({ length: Math.min(columns, count - (row - from)) }, (_, column) => {
-                  const address = row + column;
-                  const index = address - from;
-                  const known = store.numbers.get(keyOf(address));
-                  const text = known ? formatHex(known.value, bits).slice(2) : '';
-                  const isCell = index === cell;
-                  return (
-                    <td key={column} class={known?.previous != null ? 'changed' : ''}>
-                      <input data-cell={index} tabIndex={isCell ? 0 : -1} aria-label={formatAddress(address)} class={`bits-${bits}`}
-                        placeholder="--" readOnly={readOnly || !plugged} spellcheck={false} autocomplete="off"
-                        title={known?.previous != null ? `before: ${formatHex(known.previous, bits)}` : formatAddress(address)}
-                        value={isCell && typed !== null ? typed : text} onFocus={() => {
-                          if (!isCell) {
-                            setCell(index);
-                            setTyped(null);
-                          }
-                        }}
-                        onInput={(event) => setTyped(event.currentTarget.value)} onBlur={() => setTyped(null)}
-                        onKeyDown={(event) => onKey(event, address, index)} />
-                    </td>
-                  );
-                })}
-              </tr>
-            ))}
-          </tbody>
-        </table>
+      <div class="grid-columns">
+        <div class="panel flush grid-box" tabIndex={0} role="region" aria-label="Registers by number">
+          <table class="number-grid" ref={table}>
+            <caption class="out-of-sight">Registers by number</caption>
+            <thead>
+              <tr><th scope="col"><span class="out-of-sight">Address</span></th>
+                {Array.from({ length: columns }, (_, column) => <th scope="col" key={column}>{column.toString(16)}</th>)}</tr>
+            </thead>
+            <tbody>
+              {rows.map((row) => (
+                <tr key={row}>
+                  <th scope="row">{formatAddress(row)}</th>
+                  {Array.from({ length: Math.min(columns, count - (row - from)) }, (_, column) => {
+                    const address = row + column;
+                    const index = address - from;
+                    const known = store.numbers.get(keyOf(address));
+                    const text = known ? formatHex(known.value, bits).slice(2) : '';
+                    const isCell = index === cell;
+                    return (
+                      <td key={column} class={known?.previous != null ? 'changed' : ''}>
+                        <input data-cell={index} tabIndex={isCell ? 0 : -1} aria-label={formatAddress(address)} class={`bits-${bits}`}
+                          placeholder="--" readOnly={readOnly || !plugged} spellcheck={false} autocomplete="off"
+                          title={known?.previous != null ? `before: ${formatHex(known.previous, bits)}` : formatAddress(address)}
+                          value={isCell && typed !== null ? typed : text} onFocus={() => {
+                            if (!isCell) {
+                              setCell(index);
+                              setTyped(null);
+                            }
+                          }}
+                          onInput={(event) => setTyped(event.currentTarget.value)} onBlur={() => setTyped(null)}
+                          onKeyDown={(event) => onKey(event, address, index)} />
+                      </td>
+                    );
+                  })}
+                </tr>
+              ))}
+            </tbody>
+          </table>
+        </div>
+        {picture && <PicturePanel small />}
       </div>
     </>
   );

@@ -45,7 +45,7 @@ function ValueCell({ row, store, form }: { row: TreeRow; store: RegisterStore; f
     }
     if (known) return <span class={`value${known.previous === null ? '' : ' changed'}`}>{formatNumber(known.value, register.bits, form)}</span>;
     if (!isReadable(register.access)) return <span class="muted">write only</span>;
-    return <span class="muted">{changesWhenRead(register) ? 'changes when read' : ''}</span>;
+    return <span class="muted">{changesWhenRead(register) ? 'read changes it' : ''}</span>;
   }
   const { field } = row;
   const edited = editedField(edit, field);

@@ -130,7 +130,7 @@ function ByName({ store, camera }: { store: RegisterStore; camera: Camera }) {
         <label class="search">
           <Icon name="search" />
           <span class="out-of-sight">Search by name, number or documentation</span>
-          <input type="search" placeholder="Name, number or documentation" value={view.search}
+          <input type="search" placeholder="Name, number, documentation" value={view.search}
             onInput={(event) => registerView.set({ search: event.currentTarget.value })} />
         </label>
         <Button icon="refresh" disabled={!plugged || store.busy} title="Read all registers of the list, without those that reading changes"
@@ -149,7 +149,7 @@ function ByName({ store, camera }: { store: RegisterStore; camera: Camera }) {
         <ReferenceChoice store={store} />
       </div>
       <FilterChips counts={counts} />
-      <ProblemNote problem={store.problem} onClose={() => {
+      <ProblemNote problem={plugged || store.problem?.kind !== 'no-camera' ? store.problem : null} onClose={() => {
         store.problem = null;
         store.touch();
       }} />
@@ -186,12 +186,12 @@ export function Registers() {
             : [{ value: 'names', text: 'By name' }, { value: 'numbers', text: 'By number' }]} />
         {camera.profile === null && <span class="muted">This camera has no profile, so its registers have no names.</span>}
         <div class="grow" />
-        <Toggle label="Write each change at once" checked={view.atOnce} onChange={(atOnce) => registerView.set({ atOnce })}
-          title="Without it, changes wait for Write all" />
+        {!byNumber && <Toggle label="Write each change at once" checked={view.atOnce} onChange={(atOnce) => registerView.set({ atOnce })}
+          title="Without it, changes wait for Write all" />}
         <Toggle label="Picture" checked={view.picture} onChange={(picture) => registerView.set({ picture })}
           title="The camera's picture beside the registers" />
       </div>
-      {byNumber ? <RegisterGrid camera={camera} key={camera.path} />
+      {byNumber ? <RegisterGrid camera={camera} picture={view.picture} key={camera.path} />
         : <ByName store={registersOf(camera.path)} camera={camera} key={camera.path} />}
     </div>
   );
