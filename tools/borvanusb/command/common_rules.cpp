@@ -19,11 +19,22 @@ CommonRules MakeCommonRules() {
       [](CommonArguments& common, const std::string& text) {
         common.cameras.push_back(CameraValue(text));
       });
+  add(File(Option("--profile", "FILE",
+                  "what is known of the camera: names of registers, flash regions, presets")),
+      [](CommonArguments& common, const std::string& text) { common.profile = FileValue(text); });
+  add(Flag("--force-profile", "use the profile for a camera that it is not for, too"),
+      [](CommonArguments& common, const std::string&) { common.force_profile = true; });
   add(Option("--timeout", "SECONDS", "longest time without progress, default 10"),
       [](CommonArguments& common, const std::string& text) {
         constexpr double kMilliseconds = 1000;
         common.timeout =
             std::chrono::milliseconds(std::llround(DecimalValue(text, 0.1, 3600) * kMilliseconds));
+      });
+  add(Option("--wait", "SECONDS", "how long to wait for a camera that is missing or busy"),
+      [](CommonArguments& common, const std::string& text) {
+        constexpr double kMilliseconds = 1000;
+        common.wait =
+            std::chrono::milliseconds(std::llround(DecimalValue(text, 0.1, 86400) * kMilliseconds));
       });
   add(Choices(Option("--progress", "HOW",
                      "auto (a bar on a terminal, else lines), bar, lines, json or none"),
@@ -34,6 +45,8 @@ CommonRules MakeCommonRules() {
       });
   add(File(Option("--trace", "FILE", "write the transfers of virtual cameras to a file")),
       [](CommonArguments& common, const std::string& text) { common.trace = FileValue(text); });
+  add(File(Option("--log", "FILE", "add everything that is said to a file, with times")),
+      [](CommonArguments& common, const std::string& text) { common.log = FileValue(text); });
   add(Flag("--json", "print the result as one JSON object"),
       [](CommonArguments& common, const std::string&) { common.json = true; });
   add(Flag("--quiet", "no progress and no notes, only results and errors"),

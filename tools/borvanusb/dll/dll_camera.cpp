@@ -8,6 +8,7 @@
 #include "base/files.h"
 #include "base/format.h"
 #include "base/numbers.h"
+#include "camera/host.h"
 #include "camera/register_readings.h"
 
 namespace borvanusb {
@@ -124,6 +125,11 @@ std::uint32_t DllCamera::ReadRegisterUnlocked(std::uint32_t address, RegisterWid
 std::uint32_t DllCamera::ReadRegister(std::uint32_t address, RegisterWidth width) {
   const auto lock = Lock();
   return ReadRegisterUnlocked(address, width);
+}
+
+std::uint32_t DllCamera::SampleRegister(std::uint32_t address, RegisterWidth width) {
+  const auto lock = Lock();
+  return ReadRegisterOnce(address, width);
 }
 
 void DllCamera::WriteRegister(std::uint32_t address, std::uint32_t value, RegisterWidth width) {
@@ -270,7 +276,7 @@ std::unique_ptr<Camera> OpenLibraryCamera(CameraLibrary& library, const CameraId
     if (failure.Code() != ExitCode::kDevice) {
       throw;
     }
-    throw Failure(
+    throw NoVendorUnit(
         ExitCode::kRefused,
         Format("camera {} has no vendor unit that answers ({})", camera.name, failure.Message()),
         "Is it a camera with this chip? borvanusb doctor shows more.");
