@@ -23,6 +23,8 @@ const rawName = `fw-0x${names.imageAddress.toString(16)}.bin`;
 async function planned() {
   await page.getByRole("button", { name: "Plan", exact: true }).click();
   await page.getByRole("region", { name: "Plan" }).waitFor();
+  // A plan is never shown as if it were done.
+  assert.equal(await page.getByText(/^Programmed/).count(), 0);
 }
 
 test("the map shows regions and sectors; a region's name leads to its bytes", async () => {
@@ -120,9 +122,10 @@ test("the page that is closed while programming comes back and shows it", async 
   await program().getByRole("button", { name: /^Program \d/ }).click();
   await page.getByText(/[1-9]\d? %/).first().waitFor();
   await page.reload();
-  await page.getByText("programs this camera").waitFor();
+  await page.getByText("This camera is being programmed").waitFor();
   await page.getByRole("region", { name: "Progress" }).getByRole("button", { name: "Stop" }).click();
-  await page.getByText("programs this camera").waitFor({ state: "detached", timeout: 20_000 });
+  await page.getByText("This camera is being programmed").waitFor({ state: "detached", timeout: 20_000 });
+  await page.getByRole("alert").filter({ hasText: "stopped by the user" }).waitFor();
 });
 
 test("backup of the whole flash, and a region erased after a question", async () => {

@@ -28,6 +28,7 @@ const cameras = process.argv.includes("--no-cameras") ? [] : [
 ];
 const files = new Map();
 const jobs = new Map();
+const answers = new Map();
 const pages = new Set();
 let pace = Number(given("--pace", 25));
 
@@ -68,7 +69,8 @@ async function execute(run) {
   if (first === "profile" && second === "show") {
     return { ...profile, description: "", cameras: [], maps: [], options: [],
              flash: { size: 1 << 20, regions, image_region: "firmware" },
-             presets: Object.entries(presets).map(([name, { description }]) => ({ name, description })) };
+             presets: Object.entries(presets).map(([name, { description, settings }]) => ({ name, description, file: null,
+               settings: Object.entries(settings).map(([key, value]) => `${key}=0x${value.toString(16)}`) })) };
   }
   if (first === "info") {
     return { camera: run.camera.identity(), feature_register: 0x20, fast_i2c: true,
@@ -122,6 +124,7 @@ async function startRun(body, answer) {
   }
   jobs.delete(id);
   if (camera) camera.job = null;
+  answers.set(id, outcome);
   send("job", { job, state: "ended", exit: outcome.exit });
   return answer(200, outcome);
 }
@@ -179,6 +182,11 @@ async function handle(request, response) {
                          jobs: [...jobs.values()].map(({ job }) => job) });
   }
   if (route === "POST /api/run") return startRun(json(), answer);
+  if (url.pathname.startsWith("/api/jobs/")) {
+    const id = url.pathname.slice(10);
+    if (jobs.has(id)) return answer(200, { running: jobs.get(id).job });
+    return answers.has(id) ? answer(200, answers.get(id)) : answer(404, { error: "not-found" });
+  }
   if (route === "POST /api/live") return live(json(), answer);
   if (route === "POST /api/stop") {
     const found = jobs.get(json().job);

@@ -149,8 +149,12 @@ test("a preset is applied after a question, and exported as a list file", async 
   await preset.getByRole("button", { name: "Compare" }).click();
   await page.getByText("Both sides are equal.").waitFor();
   const file = await download(page, () => preset.getByRole("button", { name: /^Export/ }).click());
+  assert.match(file.bytes.toString(), new RegExp(`^${names.exposure}=`, "m"));
   assert.equal(file.name, `${names.preset}.txt`);
-  assert.ok(file.bytes.length > 10);
+  await page.getByLabel("Name of the preset").fill("evening");
+  await page.getByLabel("Registers, fields or patterns").fill(names.exposure);
+  await page.getByRole("button", { name: "Save as preset" }).click();
+  await page.getByRole("complementary", { name: "Presets" }).getByRole("listitem").filter({ hasText: "evening" }).waitFor();
 });
 
 test("the picture is off until asked for; histogram and still", async () => {

@@ -48,7 +48,7 @@ function pieces(name, bytes, address) {
 }
 
 function images(run, words) {
-  const given = plainWords(words, ["--address", "--region", "--report", "--journal", "--backup"]);
+  const given = plainWords(words, ["--address", "--region", "--report", "--journal", "--backup", "--flash-size"]);
   const addressOption = option(words, "--address");
   const regionOption = option(words, "--region");
   const all = [];
@@ -195,7 +195,7 @@ export async function flashCommand(run) {
   }
   if (verb === "read") {
     const named = option(words, "--region");
-    const [word, second] = plainWords(words, ["--region"]);
+    const [word, second] = plainWords(words, ["--region", "--flash-size"]);
     const range = named ? region(named) : word === "all" ? { first: 0, last: SIZE - 1 } : parseRange(word);
     const file = named ? word : second;
     run.files.set(file, Buffer.from(camera.flash.subarray(range.first, range.last + 1)));

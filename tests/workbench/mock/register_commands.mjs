@@ -155,18 +155,17 @@ function settingsText(values) {
 export function registerCommand(run) {
   const [room, verb, ...words] = run.words;
   if (room === "preset") {
-    const [name, file] = words;
+    const [name, ...what] = words;
     if (verb !== "save" && !presets[name]) throw wrong(`preset ${verb}: ${name}: no preset has this name`);
     if (verb === "diff") return diff(run, presets[name] && `preset:${name}`, "camera");
     if (verb === "apply") {
       const writes = Object.entries(presets[name].settings).map(([key, value]) => writeOne(run.camera, key, value));
       return { preset: name, writes };
     }
-    const names = presets[name] ? Object.keys(presets[name].settings) : [...byName.keys()].slice(0, 40);
+    const names = what.flatMap(found).filter((register) => register.access === "read-write").map((register) => register.name);
     const values = names.map((key) => [key, run.camera.values.get(key)]);
-    if (!presets[name]) presets[name] = { description: "Saved", settings: Object.fromEntries(values) };
-    if (file) run.files.set(file, Buffer.from(settingsText(values)));
-    return { preset: name, file: file ?? null, registers: values.length };
+    presets[name] = { description: "", settings: Object.fromEntries(values) };
+    return { preset: name, profile: "sample-module.camera.json", settings: values.map(([key, value]) => `${key}=${value}`) };
   }
   switch (verb) {
     case "find": {

@@ -54,6 +54,11 @@ export const api = {
     return post('/api/run', { words, camera, job });
   },
 
+  // The answer of work that has ended, or that it still runs; only the last ones are kept.
+  async job(id: string): Promise<RunAnswer<unknown> | { running: Job }> {
+    return (await (await request(`/api/jobs/${encodeURIComponent(id)}`)).json()) as RunAnswer<unknown> | { running: Job };
+  },
+
   stop(job: string): Promise<unknown> {
     return post('/api/stop', { job });
   },

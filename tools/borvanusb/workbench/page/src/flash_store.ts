@@ -2,7 +2,7 @@
 import { api } from './api';
 import { findPattern, sectorSize } from './model/flash';
 import * as words from './model/words';
-import { asProblem, newId, run, session, type Problem } from './session';
+import { asProblem, newId, Problem, run, session } from './session';
 import { Versioned } from './store';
 import type { FlashMap, ProgramResult, Range, RunAnswer, VerifyResult } from './types';
 
@@ -13,11 +13,12 @@ export interface Outcome {
   result: ProgramResult | null;
   problem: Problem | null;
   messages: string[];
-  report: string;
+  report: string | null;
 }
 
 export class FlashStore extends Versioned {
   map: FlashMap | null = null;
+  givenSize: string | null = null;
   images: words.Image[] = [];
   plan: (RunAnswer<ProgramResult> & { result: ProgramResult }) | null = null;
   outcome: Outcome | null = null;
@@ -26,6 +27,7 @@ export class FlashStore extends Versioned {
   problem: Problem | null = null;
   work: string | null = null; // what is done now
   job: string | null = null; // of programming
+  readonly own = new Set<string>(); // jobs that this page started
   jump: { address: number; count: number } = { address: 0, count: 0 };
   private readonly blocks = new Map<number, Uint8Array | 'failed'>();
   private queue: number[] = [];
@@ -52,8 +54,13 @@ export class FlashStore extends Versioned {
     this.touch();
   }
 
+  // With --flash-size when the user gave the size, which a blank flash does not show.
+  withSize(command: string[]): string[] {
+    return this.givenSize === null ? command : [...command, '--flash-size', this.givenSize];
+  }
+
   private run<T>(command: string[], job?: string): Promise<RunAnswer<T> & { result: T }> {
-    return run<T>(command, { camera: this.path, job });
+    return run<T>(this.withSize(command), { camera: this.path, job });
   }
 
   readMap(): Promise<void> {
@@ -97,7 +104,7 @@ export class FlashStore extends Versioned {
 
   private async readSectors(first: number, count: number): Promise<Uint8Array> {
     const file = `view-${pageId}.bin`;
-    await run(words.readFlash(words.rangeWord(first * sectorSize, count * sectorSize), file),
+    await run(this.withSize(words.readFlash(words.rangeWord(first * sectorSize, count * sectorSize), file)),
       { camera: this.path, background: true });
     return api.bytes(file);
   }
@@ -164,6 +171,7 @@ export class FlashStore extends Versioned {
     const report = `report-${job}.json`;
     return this.guarded('program', async () => {
       this.job = job;
+      this.own.add(job);
       this.outcome = null;
       this.verified = null;
       try {
@@ -193,6 +201,23 @@ export class FlashStore extends Versioned {
       this.differences = result.different;
       if (result.first_difference !== null) this.goTo(result.first_difference);
     });
+  }
+
+  // Work that a page before this one started: what came of it is shown here when it ends.
+  async takeOutcome(job: string): Promise<void> {
+    try {
+      const answer = await api.job(job);
+      if ('running' in answer) return;
+      const result = answer.result as ProgramResult | null;
+      if (result?.dry_run) return;
+      const problem = answer.error === null ? null
+        : new Problem(answer.error.message, answer.error.hint, answer.error.kind, answer.line, answer.messages);
+      this.outcome = { result, problem, messages: answer.messages, report: null };
+      this.blocks.clear();
+    } catch {
+      // The server keeps the last answers only.
+    }
+    this.touch();
   }
 
   stop(): void {

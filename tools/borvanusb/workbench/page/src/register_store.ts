@@ -39,13 +39,18 @@ export class RegisterStore extends Versioned {
       const found = await run<{ registers: RegisterDescription[] }>(words.findRegisters(), camera);
       this.registers = found.result.registers;
       this.byName = new Map(this.registers.map((register) => [register.name, register]));
-      this.profile = (await run<Profile>(words.showProfile(), camera)).result;
+      await this.loadProfile();
       this.problem = null;
       this.loaded = 'yes';
     } catch (error) {
       this.problem = asProblem(error);
       this.loaded = 'no';
     }
+    this.touch();
+  }
+
+  async loadProfile(): Promise<void> {
+    this.profile = (await run<Profile>(words.showProfile(), { camera: this.path })).result;
     this.touch();
   }
 

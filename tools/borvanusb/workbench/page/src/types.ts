@@ -121,7 +121,7 @@ export interface RegisterDescription {
 }
 
 export interface NamedWrite {
-  name?: string;
+  name?: string | null;
   address: number;
   device?: Device;
   before: number | null;
@@ -168,6 +168,8 @@ export interface Region extends Range {
 export interface Preset {
   name: string;
   description: string;
+  file: string | null; // a list file; else its settings
+  settings: string[]; // "NAME=VALUE"
 }
 
 export interface Profile {

@@ -53,7 +53,7 @@ export const compare = (left: string, right: string): string[] => ['reg', 'diff'
 export const presetWord = (name: string): string => `preset:${name}`;
 export const cameraWord = (path: string): string => `camera:${path}`;
 export const applyPreset = (name: string): string[] => ['preset', 'apply', name];
-export const savePreset = (name: string, file: string): string[] => ['preset', 'save', name, file];
+export const savePreset = (name: string, registers: string[]): string[] => ['preset', 'save', name, ...registers];
 export const dumpNamed = (file: string): string[] => ['reg', 'dump', '--all-named', file];
 
 export const flashMap = (): string[] => ['flash', 'map'];

@@ -199,12 +199,10 @@ function ByProfile({ camera }: { camera: Camera }) {
           setRight('camera');
           void guarded(() => look(presetWord(name), 'camera'));
         }}
-        onSave={(name, download) => void guarded(async () => {
-          const file = `${name}.txt`;
-          await run(savePreset(name, file), { camera: camera.path });
-          if (download) save(file, (await api.bytes(file)) as BlobPart, 'text/plain');
-          setFiles([...files.filter((each) => each !== file), file]);
-          setDone(`The camera's values are saved as ${file}.`);
+        onSave={(name, registers) => void guarded(async () => {
+          await run(savePreset(name, registers), { camera: camera.path });
+          await store.loadProfile();
+          setDone(`The camera's values are saved as the preset ${name} of the profile.`);
         })}
         onExport={() => void exportList()} />
     </div>

@@ -1,11 +1,11 @@
 // The flash: regions and sectors, bytes, programming.
-import { useEffect, useState } from 'preact/hooks';
+import { useEffect, useRef, useState } from 'preact/hooks';
 import { api } from '../api';
 import { overlap } from '../model/flash';
 import { formatAddress, formatSize, plural } from '../model/number';
-import { eraseRegion, readFlash, readRegion } from '../model/words';
+import { eraseRegion, isWrite, readFlash, readRegion } from '../model/words';
 import { flashOf, type FlashStore } from '../flash_store';
-import { Badge, Button, Confirm, Empty, ProblemNote, save } from '../parts/basics';
+import { Badge, Button, Confirm, Empty, ProblemNote, save, Select } from '../parts/basics';
 import { registersOf } from '../register_store';
 import { isPlugged, run, session } from '../session';
 import { useStore, useVersion } from '../store';
@@ -17,7 +17,7 @@ import { SectorMap } from './sector_map';
 function backup(store: FlashStore, region: Region | null): Promise<void> {
   const file = region ? `${region.name}-${formatAddress(region.first, 8)}.bin` : 'flash-0x00000000.bin';
   return store.guarded('backup', async () => {
-    await run(region ? readRegion(region.name, file) : readFlash('all', file), { camera: store.path });
+    await run(store.withSize(region ? readRegion(region.name, file) : readFlash('all', file)), { camera: store.path });
     save(file, (await api.bytes(file)) as BlobPart);
   });
 }
@@ -60,7 +60,7 @@ function RegionTable({ store, regions, disabled, readOnly }: {
         <Confirm title={`Erase the region ${asked.name}?`} action={`Erase ${formatSize(asked.size)}`} onNo={() => setAsked(null)} onYes={() => {
           setAsked(null);
           void store.guarded('erase', async () => {
-            await run(eraseRegion(asked.name), { camera: store.path });
+            await run(store.withSize(eraseRegion(asked.name)), { camera: store.path });
             store.forget();
           }).then(() => (store.problem === null ? store.readMap() : undefined));
         }}>
@@ -84,12 +84,21 @@ function OfCamera({ camera }: { camera: Camera }) {
   const plugged = useStore(session, (state) => isPlugged(state, camera));
   const readOnly = useStore(session, (state) => state.readOnly);
   const foreign = useStore(session, (state) => [...state.jobs.values()]
-    .find((job) => job.camera === camera.path && job.words[1] === 'program') ?? null);
+    .find((job) => job.camera === camera.path && job.words[1] === 'program' && isWrite(job.words) && !store.own.has(job.id)) ?? null);
   useEffect(() => {
     if (plugged) void registers?.load();
     // A page that comes back while programming runs leaves the flash alone.
     if (plugged && store.map === null && store.work === null && foreign === null && store.problem === null) void store.readMap();
   }, [store, plugged, foreign === null]);
+  // What another page started ends here as well.
+  const followed = useRef<string | null>(null);
+  useEffect(() => {
+    if (foreign !== null) followed.current = foreign.id;
+    else if (followed.current !== null) {
+      void store.takeOutcome(followed.current);
+      followed.current = null;
+    }
+  }, [foreign?.id]);
   const regions = store.map?.regions ?? registers?.profile?.flash.regions ?? [];
   const disabled = !plugged || store.work !== null || foreign !== null;
   return (
@@ -100,6 +109,15 @@ function OfCamera({ camera }: { camera: Camera }) {
           void store.readMap();
         }}>Read the map</Button>
         <Button icon="download" disabled={disabled} onClick={() => void backup(store, null)}>Backup of the whole flash</Button>
+        <Select label="Size" value={store.givenSize ?? ''} disabled={disabled} title="A blank flash does not show its size"
+          onChange={(size) => {
+            store.givenSize = size === '' ? null : size;
+            store.forget();
+            void store.readMap();
+          }}>
+          <option value="">as found</option>
+          {['256K', '512K', '1M', '2M', '4M', '8M', '16M', '32M', '64M'].map((size) => <option key={size} value={size}>{size.replace('K', ' KiB').replace('M', ' MiB')}</option>)}
+        </Select>
         <span class="muted" role="status">{store.work ? workTexts[store.work] : ''}</span>
         <div class="grow" />
         {store.map && (
@@ -125,7 +143,7 @@ function OfCamera({ camera }: { camera: Camera }) {
               </details>
             )}
           </section>
-          <ProgramPanel store={store} camera={camera} regions={regions} foreign={store.job === null ? foreign : null} plugged={plugged} readOnly={readOnly} />
+          <ProgramPanel store={store} camera={camera} regions={regions} foreign={foreign} plugged={plugged} readOnly={readOnly} />
         </div>
         {store.size !== null && <HexView store={store} size={store.size} regions={regions} idle={plugged && foreign === null} />}
       </div>

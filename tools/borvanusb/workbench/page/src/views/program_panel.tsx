@@ -75,7 +75,7 @@ function OutcomeNote({ outcome, store, disabled }: { outcome: Outcome; store: Fl
   const download = async (name: string) => save(name, (await api.bytes(name)) as BlobPart);
   const files = (
     <>
-      <Button icon="download" onClick={() => void download(outcome.report)}>Report</Button>
+      {outcome.report !== null && <Button icon="download" onClick={() => void download(outcome.report ?? '')}>Report</Button>}
       {result?.backup && <Button icon="download" onClick={() => void download(result.backup?.split(/[\\/]/).pop() ?? '')}>Backup</Button>}
     </>
   );
@@ -98,7 +98,8 @@ function OutcomeNote({ outcome, store, disabled }: { outcome: Outcome; store: Fl
       {result && result.remaining.length > 0 && <p class="small">Still to write: <span class="number">{rangesText(result.remaining)}</span></p>}
       <div class="buttons">
         {journal === null ? (
-          <Button kind="primary" icon="play" disabled={disabled} onClick={() => void store.program()}>Continue</Button>
+          <Button kind="primary" icon="play" disabled={disabled || store.images.length === 0} title={store.images.length === 0 ? 'Choose the image again first' : undefined}
+            onClick={() => void store.program()}>Continue</Button>
         ) : (
           <>
             <Button kind="primary" disabled={disabled} onClick={() => void store.program(journal)}>It was this camera: use the journal</Button>
@@ -143,7 +144,7 @@ export function ProgramPanel({ store, camera, regions, foreign, plugged, readOnl
       <h2>Program</h2>
       {foreign && (
         <>
-          <Note icon="flash"><p>Another page, or this one before it was loaded again, programs this camera.</p><CommandLine line={foreign.line} /></Note>
+          <Note icon="flash"><p>This camera is being programmed: by the line, by another page, or by this one before it was loaded again.</p><CommandLine line={foreign.line} /></Note>
           <ProgressLine job={foreign} onStop={() => void api.stop(foreign.id)} />
         </>
       )}
@@ -160,7 +161,7 @@ export function ProgramPanel({ store, camera, regions, foreign, plugged, readOnl
           }} />
           {plan && !store.outcome && <Plan plan={plan.result} messages={plan.messages} regions={regions} />}
           {plan && !store.outcome && !changes && <Note kind="good" icon="check"><p>The flash holds the image already. Nothing has to be written.</p></Note>}
-          {changes && !store.outcome && <CommandLine line={commandLine(programImages(images, 'report.json'))} />}
+          {changes && !store.outcome && <CommandLine line={commandLine(store.withSize(programImages(images, 'report.json')))} />}
           {store.outcome && <OutcomeNote outcome={store.outcome} store={store} disabled={disabled || readOnly} />}
           <VerifyNote store={store} />
           {images.length > 0 && (
