@@ -152,6 +152,13 @@ function test(action, body, answer) {
   if (action === "pace") pace = body.pace;
   if (action === "poke") camera.values.set(body.name, body.value);
   if (action === "flash") Buffer.from(body.hex, "hex").copy(camera.flash, body.address);
+  if (action === "flood") {
+    // Readings as live reading sends them, faster than time passes.
+    const { registers } = readWords(camera, body.words);
+    for (let index = 0; index < body.count; index++) {
+      send("values", { camera: camera.path, time: body.start + index / 10, registers });
+    }
+  }
   if (action === "connections") for (const page of pages) page.response.destroy();
   camerasChanged();
   return answer(200, { reads: camera ? Object.fromEntries(camera.reads) : {}, values: camera ? Object.fromEntries(camera.values) : {} });
