@@ -24,13 +24,14 @@ const scenes = [
   ["registers", async (page) => {
     await go(page, "Registers");
     await page.getByLabel("Preset").selectOption(names.preset);
+    await findRegister(page, names.exposure);
+    await page.locator("#register-editor").getByLabel("Hex").fill("0x1400");
+    await page.keyboard.press("Enter");
     await findRegister(page, names.enumerated);
     await page.getByRole("combobox", { name: new RegExp(`^${names.enumeratedField}`) }).selectOption("1");
-    await findRegister(page, names.exposure);
     await page.getByRole("searchbox", { name: "Search by name" }).fill("");
     await page.getByRole("treegrid").focus();
-    await page.keyboard.press("ArrowDown");
-    await page.keyboard.press("ArrowDown");
+    await page.keyboard.press("ArrowRight");
     await page.waitForTimeout(400);
   }],
   ["registers-picture", async (page) => {
