@@ -28,6 +28,8 @@ packages=(
   flashrom
   # fetching packages of npm over HTTPS
   ca-certificates
+  # tests of the workbench's page in a browser
+  chromium
   # demo: an image to flash, and looking at bytes and answers
   seabios xxd jq tmux python3-jsonschema
 )
