@@ -52,6 +52,9 @@ ALLOWED = {
     "borvanusb/station": ["borvanusb/base", "borvanusb/camera", "borvanusb/command",
                           "borvanusb/output", "borvanusb/registers", "borvanusb/i2c",
                           "borvanusb/flash/engine", "borvanusb/profile", "borvanusb/names"],
+    # The page in the browser: it runs command lines and knows no camera.
+    "borvanusb/workbench": ["borvanusb/base", "borvanusb/camera", "borvanusb/command",
+                            "borvanusb/output"],
     "borvanusb/dll": ["include", "borvanusb/base", "borvanusb/camera"],
     "borvanusb/windows": ["borvanusb/base", "borvanusb/camera", "borvanusb/output", "borvanusb/dll"],
     # main.cpp
