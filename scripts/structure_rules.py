@@ -56,7 +56,8 @@ ALLOWED = {
     "borvanusb/workbench": ["borvanusb/base", "borvanusb/camera", "borvanusb/command",
                             "borvanusb/output"],
     "borvanusb/dll": ["include", "borvanusb/base", "borvanusb/camera"],
-    "borvanusb/windows": ["borvanusb/base", "borvanusb/camera", "borvanusb/output", "borvanusb/dll"],
+    "borvanusb/windows": ["borvanusb/base", "borvanusb/camera", "borvanusb/command",
+                          "borvanusb/output", "borvanusb/dll", "borvanusb/workbench"],
     # main.cpp
     "borvanusb": ["borvanusb/base", "borvanusb/command", "borvanusb/dll", "borvanusb/windows"],
 

@@ -37,6 +37,7 @@ class WindowsHost : public Host {
   std::string Environment(const std::string& name) const override;
   SystemReport ExamineSystem() override;
   std::vector<std::string> Details() const override;
+  WorkbenchPlatform* Workbench() override;
   std::vector<int> RunChildren(
       const std::vector<std::vector<std::string>>& arguments,
       const std::function<void(std::size_t, bool, const std::string&)>& on_line) override;
