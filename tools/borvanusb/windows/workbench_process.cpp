@@ -75,6 +75,8 @@ UniqueHandle StartProcess(HANDLE orders, HANDLE reports) {
   InheritedHandles inherited({orders, reports});
   STARTUPINFOEXW startup{};
   startup.StartupInfo.cb = sizeof(startup);
+  // No console to ask questions on: nobody sits there.
+  startup.StartupInfo.dwFlags = STARTF_USESTDHANDLES;
   startup.lpAttributeList = inherited.List();
   const std::wstring program = ProgramFile();
   const std::string words =
@@ -82,8 +84,7 @@ UniqueHandle StartProcess(HANDLE orders, HANDLE reports) {
              reinterpret_cast<std::uintptr_t>(reports));
   std::wstring line = QuoteArgument(program) + ToWide(words);
   // A group of its own: Ctrl-C is for the workbench, which tells its workers.
-  constexpr DWORD kFlags =
-      EXTENDED_STARTUPINFO_PRESENT | CREATE_NEW_PROCESS_GROUP | CREATE_NO_WINDOW;
+  constexpr DWORD kFlags = EXTENDED_STARTUPINFO_PRESENT | CREATE_NEW_PROCESS_GROUP;
   PROCESS_INFORMATION process{};
   if (CreateProcessW(program.c_str(), line.data(), nullptr, nullptr, TRUE, kFlags, nullptr, nullptr,
                      &startup.StartupInfo, &process) == FALSE) {
