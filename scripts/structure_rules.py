@@ -40,6 +40,9 @@ ALLOWED = {
     # What is known of a kind of camera module; which profile a camera has.
     "borvanusb/profile": ["borvanusb/base", "borvanusb/camera", "borvanusb/command",
                           "borvanusb/output", "borvanusb/maps"],
+    # Registers and fields by the names of a profile: finding, reading, writing.
+    "borvanusb/names": ["borvanusb/base", "borvanusb/camera", "borvanusb/command",
+                        "borvanusb/output", "borvanusb/maps", "borvanusb/profile"],
     "borvanusb/i2c": ["include", "borvanusb/base", "borvanusb/camera", "borvanusb/command",
                       "borvanusb/output", "borvanusb/registers", "borvanusb/profile",
                       "borvanusb/names"],
@@ -54,7 +57,7 @@ ALLOWED = {
                           "borvanusb/flash/engine", "borvanusb/profile", "borvanusb/names"],
     # The page in the browser: it runs command lines and knows no camera.
     "borvanusb/workbench": ["borvanusb/base", "borvanusb/camera", "borvanusb/command",
-                            "borvanusb/output"],
+                            "borvanusb/output", "borvanusb/profile"],
     "borvanusb/dll": ["include", "borvanusb/base", "borvanusb/camera"],
     "borvanusb/windows": ["borvanusb/base", "borvanusb/camera", "borvanusb/command",
                           "borvanusb/output", "borvanusb/dll", "borvanusb/workbench"],

@@ -70,7 +70,7 @@ TEST_F(BashCompletionTest, CommandsAndTheirSecondWords) {
   EXPECT_THAT(Offered({"borvanusb", ""}), Contains("doctor"));
   EXPECT_THAT(Offered({"borvanusb", "flash", "ver"}), ElementsAre("verify"));
   EXPECT_THAT(Offered({"borvanusb", "reg", ""}),
-              ElementsAre("read", "write", "dump", "load", "diff"));
+              ElementsAre("read", "write", "show", "find", "dump", "load", "diff"));
 }
 
 TEST_F(BashCompletionTest, OptionsOfTheCommandAndOfAll) {

@@ -46,7 +46,7 @@ TEST(CommandLineErrorsTest, UnknownCommandSuggestsTheNearest) {
   ExpectRefused({"dump", "1"}, "there is no command \"dump\"; do you mean reg dump or i2c dump?");
   ExpectRefused({"scan"}, "there is no command \"scan\"; do you mean i2c scan?");
   ExpectRefused({"a\nb"}, "there is no command \"a?b\"");
-  ExpectRefused({"reg"}, "reg: what to do is missing: read, write, dump, load, diff");
+  ExpectRefused({"reg"}, "reg: what to do is missing: read, write, show, find, dump, load, diff");
 }
 
 TEST(CommandLineErrorsTest, WordIsShownWholeUnlessItIsEndless) {
@@ -112,14 +112,13 @@ TEST(CommandLineErrorsTest, NumbersSayWhatIsAllowed) {
                 "ADDR: \"12g\" is no address: a number from 0 to 0xffffffff, decimal or with 0x");
   ExpectRefused(
       {"reg", "write", "0x100000000", "1"},
-      "ADDR: \"0x100000000\" is no address: a number from 0 to 0xffffffff, decimal or with "
+      "WHAT: \"0x100000000\" is no address: a number from 0 to 0xffffffff, decimal or with "
       "0x");
-  ExpectRefused(
-      {"reg", "read", "9-1"},
-      "ADDR[-END]: \"9-1\" is no address or range: 0x1000, 0x1000-0x1fff or 0x1000+256, up "
-      "to 0xffffffff");
+  ExpectRefused({"reg", "read", "9-1"},
+                "WHAT: \"9-1\" is no address or range: 0x1000, 0x1000-0x1fff or 0x1000+256, up "
+                "to 0xffffffff");
   ExpectRefused({"reg", "write", "1", "-1"},
-                "VALUE: \"-1\" is no number: a number from 0 to 0xffffffff, decimal or with 0x");
+                "WHAT: \"-1\" is no number: a number from 0 to 0xffffffff, decimal or with 0x");
   ExpectRefused({"bench", "--rounds", "0"},
                 "--rounds: \"0\" is not allowed: a number from 1 to 1000000, decimal or with 0x");
   ExpectRefused({"i2c", "read", "1", "--slave", "256"},
@@ -203,7 +202,7 @@ TEST(CommandLineErrorsTest, ContradictionsAreRefused) {
   ExpectRefused({"flash", "program", "i", "--no-verify", "--dry-run"},
                 "--no-verify: a dry run verifies nothing");
   ExpectRefused({"reg", "diff", "camera", "camera"},
-                "B: camera is given twice; one of the two must be a list");
+                "B: camera is given twice; a file by that name is ./camera");
   ExpectRefused({"selftest", "--mode", "8/8"},
                 "--mode: describes a sensor's registers; needs --slave, the sensor's address");
 }
@@ -254,7 +253,7 @@ TEST(CommandLineErrorsTest, CommonOptionThatWouldBeIgnoredIsRefused) {
 }
 
 TEST(CommandLineErrorsTest, WatchNeedsSomethingToWatch) {
-  ExpectRefused({"watch"}, "watch: what to watch is missing: --reg RANGE, --i2c RANGE or both");
+  ExpectRefused({"watch"}, "watch: what to watch is missing: names, --reg RANGE or --i2c RANGE");
   ExpectRefused({"watch", "--i2c", "1"},
                 "--i2c: needs --slave N, the device's address on the bus, 0 to 255");
   ExpectRefused({"watch", "--i2c", "1", "--slave", "1", "--wide"},

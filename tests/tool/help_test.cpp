@@ -45,21 +45,24 @@ TEST(HelpTest, CommandHelpFitsATerminal) {
 
 TEST(HelpTest, CommandHelpSaysUsageOptionsAndAnExample) {
   EXPECT_EQ(Help({"reg", "write", "--help"}),
-            "Usage: borvanusb reg write ADDR VALUE [OPTIONS]\n"
+            "Usage: borvanusb reg write WHAT... [OPTIONS]\n"
             "\n"
-            "Writes a register of the camera's chip.\n"
+            "Writes registers of the camera's chip or by name. Of a register's fields only\n"
+            "those that are named change; it is read first and written once. Values are\n"
+            "numbers or the names that the profile gives to a field's values.\n"
             "\n"
-            "  ADDR                  the register's address\n"
-            "  VALUE                 what to write\n"
-            "  --wide                a register of 32 bits instead of 8\n"
+            "  WHAT                  a register and what to write: 0x1a3 0x20, or settings:\n"
+            "                        0x1a3=0x20 SENSOR.GAIN=3 SENSOR.CTRL.MODE=hdr\n"
+            "  --wide                numbers mean registers of 32 bits instead of 8\n"
             "  --mask M              change only the bits that are 1 in M; reads first\n"
             "  --verify              read back and compare\n"
             "\n"
-            "Common: --camera WHICH, --timeout SECONDS, --trace FILE, --json, --quiet,\n"
-            "  --verbose, --help\n"
+            "Common: --camera WHICH, --profile FILE, --force-profile, --timeout SECONDS,\n"
+            "  --trace FILE, --json, --quiet, --verbose, --help\n"
             "Exit codes: 0 done, others say which failure; borvanusb --help lists them.\n"
             "\n"
-            "Example: borvanusb reg write 0x1a3 0x20 --mask 0x20 --verify\n");
+            "Example: borvanusb reg write 0x1a3 0x20 --mask 0x20 --verify\n"
+            "Example: borvanusb reg write SENSOR.CTRL.GAIN=0x10 SENSOR.CTRL.MODE=hdr --verify\n");
 }
 
 TEST(HelpTest, CommandHelpNamesNoCommonOptionThatIsRefused) {
@@ -79,7 +82,7 @@ TEST(HelpTest, OverviewNamesEveryCommandAndCommonOption) {
   EXPECT_THAT(help, StartsWith("borvanusb " BORVAN_VERSION ": "));
   ExpectNarrow(help);
   const ToolDescription tool = DescribeTool();
-  EXPECT_EQ(tool.commands.size(), 26U);
+  EXPECT_EQ(tool.commands.size(), 32U);
   for (const CommandDescription& command : tool.commands) {
     std::string words = "\n ";
     for (const std::string& word : command.words) {

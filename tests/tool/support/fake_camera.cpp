@@ -41,6 +41,9 @@ class FakeCamera : public Camera {
     return Given(wide ? FakeRead::kWideRegister : FakeRead::kByteRegister, address,
                  chip_->registers[address] & (wide ? kWide : kByte));
   }
+  std::uint32_t SampleRegister(std::uint32_t address, RegisterWidth width) override {
+    return ReadRegister(address, width);
+  }
   void WriteRegister(std::uint32_t address, std::uint32_t value, RegisterWidth width) override {
     Transfer();
     chip_->registers[address] = value & (width == RegisterWidth::kWide ? kWide : kByte);
@@ -67,6 +70,9 @@ class FakeCamera : public Camera {
       throw Failure(ExitCode::kDevice, "nothing answers");
     }
     return Given(FakeRead::kI2c, address, sensor->second[address]);
+  }
+  std::uint32_t SampleI2c(const I2cTarget& target, std::uint32_t address) override {
+    return ReadI2c(target, address);
   }
   std::vector<std::uint32_t> ReadI2cRun(const I2cTarget& target, std::uint32_t first,
                                         std::uint32_t last) override {

@@ -17,6 +17,8 @@ struct CommonArguments {
   bool verbose = false;
   std::chrono::milliseconds timeout{10000};  // nothing moved for that long: give up
   std::string trace;                         // file for the transfers of virtual cameras
+  std::string profile;                       // of the camera, a file; empty: the fitting one
+  bool force_profile = false;                // use it for a camera that it is not for
   ProgressMode progress = ProgressMode::kAuto;
 };
 

@@ -126,6 +126,14 @@ void WriteWholeText(const std::string& name, std::string_view text, Lasting last
   WriteFileInParts(name, write, lasting);
 }
 
+FileStamp StampOf(const std::string& name) {
+  std::error_code error;
+  const fs::path path = PathOf(name);
+  const auto time = fs::last_write_time(path, error);
+  const std::uintmax_t size = error ? 0 : fs::file_size(path, error);
+  return error ? FileStamp{} : FileStamp{time.time_since_epoch().count(), size};
+}
+
 bool FileExists(const std::string& name) {
   std::error_code error;
   return fs::exists(PathOf(name), error);

@@ -31,6 +31,14 @@ void WriteFileInParts(const std::string& name, const std::function<void(std::ost
                       Lasting lasting = Lasting::kThroughPowerCut);
 
 bool FileExists(const std::string& name);
+// What tells that a file has changed: its time and size, zeros when there is no such file.
+struct FileStamp {
+  std::int64_t time = 0;
+  std::uint64_t size = 0;
+
+  bool operator==(const FileStamp&) const = default;
+};
+FileStamp StampOf(const std::string& name);
 // Removes a file; one that is not there is no failure.
 void RemoveFile(const std::string& name);
 // Throws unless a file by that name could be written: before a long job, not after it.

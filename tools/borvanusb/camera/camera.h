@@ -42,7 +42,8 @@ constexpr std::uint32_t kSectorSize = 4096;
 // kFile when the exchange with the library through files fails.
 //
 // What is read is read at least twice, by separate accesses, and returned when two readings agree:
-// no single transfer that goes wrong makes a value wrong. Writes are made once; whether they
+// no single transfer that goes wrong makes a value wrong; only the two functions that sample read
+// once. Writes are made once; whether they
 // arrived is seen by reading back.
 class Camera {
  public:
@@ -60,6 +61,8 @@ class Camera {
   // changes between readings is returned as last read, after five of them; a register that reading
   // clears is returned cleared.
   virtual std::uint32_t ReadRegister(std::uint32_t address, RegisterWidth width) = 0;
+  // One reading, which nothing confirms, of a register that reading changes.
+  virtual std::uint32_t SampleRegister(std::uint32_t address, RegisterWidth width) = 0;
   virtual void WriteRegister(std::uint32_t address, std::uint32_t value, RegisterWidth width) = 0;
   // A run of 8-bit registers of one page (the same high 16 bits), by jobs; much faster than one by
   // one. Values that change between readings are read one by one, as above.
@@ -70,6 +73,8 @@ class Camera {
   // Registers of devices on the I2C bus. A value that changes between readings is returned as last
   // read.
   virtual std::uint32_t ReadI2c(const I2cTarget& target, std::uint32_t address) = 0;
+  // One reading, as SampleRegister.
+  virtual std::uint32_t SampleI2c(const I2cTarget& target, std::uint32_t address) = 0;
   // A run of registers, in blocks where the chip has the fast path and values are 8-bit; otherwise
   // one by one.
   virtual std::vector<std::uint32_t> ReadI2cRun(const I2cTarget& target, std::uint32_t first,

@@ -19,6 +19,11 @@ CommonRules MakeCommonRules() {
       [](CommonArguments& common, const std::string& text) {
         common.cameras.push_back(CameraValue(text));
       });
+  add(File(Option("--profile", "FILE",
+                  "what is known of the camera: names of registers, flash regions, presets")),
+      [](CommonArguments& common, const std::string& text) { common.profile = FileValue(text); });
+  add(Flag("--force-profile", "use the profile for a camera that it is not for, too"),
+      [](CommonArguments& common, const std::string&) { common.force_profile = true; });
   add(Option("--timeout", "SECONDS", "longest time without progress, default 10"),
       [](CommonArguments& common, const std::string& text) {
         constexpr double kMilliseconds = 1000;

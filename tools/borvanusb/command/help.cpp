@@ -114,8 +114,9 @@ void AppendCommand(std::string& help, const CommandDescription& command) {
   std::string name = Joined(command.words, " ");
   for (const OptionDescription& option : command.options) {
     if (option.positional) {
-      name += option.required ? Format(" {}", option.names.front())
-                              : Format(" [{}]", option.names.front());
+      const std::string argument =
+          Format("{}{}", option.names.front(), option.repeated ? "..." : "");
+      name += option.required ? Format(" {}", argument) : Format(" [{}]", argument);
     }
   }
   AppendRow(help, name, command.text, kOverviewColumn);

@@ -11,6 +11,8 @@ template <typename C>
 void RefuseAllOfCameras(RuleOf<C>& rule) {
   constexpr std::string_view kNoCamera = "which uses no camera";
   rule.Refuse("--camera", kNoCamera);
+  rule.Refuse("--profile", kNoCamera);
+  rule.Refuse("--force-profile", kNoCamera);
   rule.Refuse("--timeout", kNoCamera);
   rule.Refuse("--trace", kNoCamera);
   rule.Refuse("--progress", kNoProgress);

@@ -13,13 +13,18 @@ std::string UsageArguments(const CommandDescription& command, Shown shown,
                            const std::string& options) {
   std::string usage;
   bool has_options = false;
+  const auto more = [](const OptionDescription& option) {
+    return option.positional && option.repeated ? "..." : "";
+  };
   for (const OptionDescription& option : command.options) {
     if (option.required) {
       usage += ' ';
       usage += shown(option);
+      usage += more(option);
     } else if (option.positional) {
       usage += " [";
       usage += shown(option);
+      usage += more(option);
       usage += ']';
     } else {
       has_options = true;

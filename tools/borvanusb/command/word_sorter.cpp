@@ -146,7 +146,7 @@ class Sorter {
     if (sorted_.described != nullptr) {
       const auto& own = sorted_.described->options;
       for (std::size_t i = 0; i < own.size(); ++i) {
-        if (own[i].positional && sorted_.own[i].empty()) {
+        if (own[i].positional && (own[i].repeated || sorted_.own[i].empty())) {
           sorted_.own[i].push_back(word);
           return;
         }

@@ -126,6 +126,11 @@ std::uint32_t DllCamera::ReadRegister(std::uint32_t address, RegisterWidth width
   return ReadRegisterUnlocked(address, width);
 }
 
+std::uint32_t DllCamera::SampleRegister(std::uint32_t address, RegisterWidth width) {
+  const auto lock = Lock();
+  return ReadRegisterOnce(address, width);
+}
+
 void DllCamera::WriteRegister(std::uint32_t address, std::uint32_t value, RegisterWidth width) {
   const auto lock = Lock();
   const Supervisor::Call call(library_.Watch(), "writing a register");

@@ -25,10 +25,12 @@ class DllCamera : public Camera {
   const CameraIdentity& Identity() const override { return identity_; }
   std::uint64_t Disagreements() const override { return disagreements_; }
   std::uint32_t ReadRegister(std::uint32_t address, RegisterWidth width) override;
+  std::uint32_t SampleRegister(std::uint32_t address, RegisterWidth width) override;
   void WriteRegister(std::uint32_t address, std::uint32_t value, RegisterWidth width) override;
   std::vector<std::uint8_t> ReadRegisterRun(std::uint32_t first, std::uint32_t last) override;
   void WriteRegisterList(const std::string& list_text) override;
   std::uint32_t ReadI2c(const I2cTarget& target, std::uint32_t address) override;
+  std::uint32_t SampleI2c(const I2cTarget& target, std::uint32_t address) override;
   std::vector<std::uint32_t> ReadI2cRun(const I2cTarget& target, std::uint32_t first,
                                         std::uint32_t last) override;
   void WriteI2c(const I2cTarget& target, std::uint32_t address, std::uint32_t value) override;

@@ -40,6 +40,11 @@ std::uint32_t DllCamera::ReadI2c(const I2cTarget& target, std::uint32_t address)
   return ReadI2cUnlocked(target, address);
 }
 
+std::uint32_t DllCamera::SampleI2c(const I2cTarget& target, std::uint32_t address) {
+  const auto lock = Lock();
+  return ReadI2cOnce(target, address);
+}
+
 void DllCamera::WriteI2c(const I2cTarget& target, std::uint32_t address, std::uint32_t value) {
   const auto lock = Lock();
   const Supervisor::Call call(library_.Watch(), "writing over I2C");

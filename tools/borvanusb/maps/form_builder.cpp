@@ -15,6 +15,12 @@ constexpr std::uint64_t kWordBits = 64;
 constexpr std::uint64_t kMostBits = 4096;
 constexpr std::size_t kMostFields = 1024;
 
+constexpr std::uint64_t kRareInFields = TagBit(SvdTag::kReadAction) |
+                                        TagBit(SvdTag::kModifiedWriteValues) |
+                                        TagBit(SvdTag::kWriteConstraint);
+constexpr std::uint64_t kRareInRegisters =
+    kRareInFields | TagBit(SvdTag::kAlternateRegister) | TagBit(SvdTag::kAlternateGroup);
+
 constexpr std::uint64_t LowBits(std::uint64_t count) {
   return count >= kWordBits ? std::numeric_limits<std::uint64_t>::max()
                             : (std::uint64_t{1} << count) - 1;
@@ -48,10 +54,23 @@ bool SetBits(std::vector<std::uint64_t>& bits, std::uint64_t first, std::uint64_
   return taken;
 }
 
+// Of a form whose fields end within a word; without a look at how they are accessed.
+bool MayOverlap(const MapRegisterForm& form) {
+  std::uint64_t taken = 0;
+  for (const MapField& field : form.fields) {
+    const std::uint64_t mask = LowBits(field.bit_width) << field.bit_offset;
+    if ((taken & mask) != 0) {
+      return true;
+    }
+    taken |= mask;
+  }
+  return false;
+}
+
 }  // namespace
 
 const MapRegisterForm& FormBuilder::FormOf(std::uint32_t id, const SvdProperties& inherited) {
-  Made& made = made_[id];
+  Made& made = MadeOf(id);
   if (made.form != nullptr && made.inherited == inherited) {
     return *made.form;
   }
@@ -70,11 +89,13 @@ const MapRegisterForm& FormBuilder::FormOf(std::uint32_t id, const SvdProperties
   form.reset_value = own.reset_value & LowBits(own.size);
   form.reset_mask = own.reset_mask & LowBits(own.size);
   form.description = tree_.RawText(id, SvdTag::kDescription);
-  form.read_action = values_.ReadAction(id, MapReadAction::kNone);
-  form.modified_write = values_.ModifiedWrite(id, MapModifiedWrite::kModify);
-  form.constraint = values_.Constraint(id);
-  form.alternate_register = tree_.SlotText(id, SvdTag::kAlternateRegister);
-  form.alternate_group = tree_.SlotText(id, SvdTag::kAlternateGroup);
+  if ((tree_.Present(id) & kRareInRegisters) != 0) {
+    form.read_action = values_.ReadAction(id, MapReadAction::kNone);
+    form.modified_write = values_.ModifiedWrite(id, MapModifiedWrite::kModify);
+    form.constraint = values_.Constraint(id);
+    form.alternate_register = tree_.SlotText(id, SvdTag::kAlternateRegister);
+    form.alternate_group = tree_.SlotText(id, SvdTag::kAlternateGroup);
+  }
   AddFields(id, form);
   form.entries = 1 + form.fields.size();
   for (const MapField& field : form.fields) {
@@ -97,6 +118,12 @@ void FormBuilder::AddFields(std::uint32_t id, MapRegisterForm& form) {
     }
     return;
   }
+  std::size_t count = 0;
+  for (std::uint32_t child = element.first_child; child != SvdElement::kNone;
+       child = tree_[child].next) {
+    ++count;
+  }
+  form.fields.reserve(count);
   for (std::uint32_t child = element.first_child; child != SvdElement::kNone;
        child = tree_[child].next) {
     AddField(child, form, form);
@@ -106,10 +133,9 @@ void FormBuilder::AddFields(std::uint32_t id, MapRegisterForm& form) {
 FormBuilder::Place FormBuilder::PlaceOf(std::uint32_t id) const {
   const SvdElement& element = tree_[id];
   Place place = element.base == SvdElement::kNone ? Place() : PlaceOf(element.base);
-  const auto own = [&](SvdTag tag) {
-    return (element.present & TagBit(tag)) != 0 ? tree_.OwnSlot(element, tag) : nullptr;
-  };
-  if (const SvdNode* const range = own(SvdTag::kBitRange)) {
+  const auto has = [&](SvdTag tag) { return (element.present & TagBit(tag)) != 0; };
+  if (has(SvdTag::kBitRange)) {
+    const SvdNode* const range = tree_.OwnSlot(element, SvdTag::kBitRange);
     place = {};
     if (const auto bits = ParseSvdBitRange(tree_.Text(*range))) {
       place = {bits->second, bits->first - bits->second + 1};
@@ -122,18 +148,16 @@ FormBuilder::Place FormBuilder::PlaceOf(std::uint32_t id) const {
     }
     return place;
   }
-  const SvdNode* const lsb = own(SvdTag::kLsb);
-  const SvdNode* const msb = own(SvdTag::kMsb);
-  if (lsb != nullptr && msb != nullptr) {
-    const auto first = values_.NumberIn(*lsb);
-    const auto last = values_.NumberIn(*msb);
+  if (has(SvdTag::kLsb) && has(SvdTag::kMsb)) {
+    const auto first = values_.OwnNumber(id, SvdTag::kLsb);
+    const auto last = values_.OwnNumber(id, SvdTag::kMsb);
     return first && last && *first <= *last ? Place{first, *last - *first + 1} : Place();
   }
-  if (const SvdNode* const offset = own(SvdTag::kBitOffset)) {
-    place.offset = values_.NumberIn(*offset);
+  if (has(SvdTag::kBitOffset)) {
+    place.offset = values_.OwnNumber(id, SvdTag::kBitOffset);
   }
-  if (const SvdNode* const width = own(SvdTag::kBitWidth)) {
-    place.width = values_.NumberIn(*width);
+  if (has(SvdTag::kBitWidth)) {
+    place.width = values_.OwnNumber(id, SvdTag::kBitWidth);
   }
   return place;
 }
@@ -165,9 +189,13 @@ void FormBuilder::AddField(std::uint32_t id, const MapRegisterForm& of, MapRegis
   field.bit_width = static_cast<std::uint32_t>(*place.width);
   field.description = tree_.RawText(id, SvdTag::kDescription);
   field.access = values_.Access(id, of.access);
-  field.read_action = values_.ReadAction(id, of.read_action);
-  field.modified_write = values_.ModifiedWrite(id, of.modified_write);
-  field.constraint = values_.Constraint(id);
+  field.read_action = of.read_action;
+  field.modified_write = of.modified_write;
+  if ((tree_.Present(id) & kRareInFields) != 0) {
+    field.read_action = values_.ReadAction(id, of.read_action);
+    field.modified_write = values_.ModifiedWrite(id, of.modified_write);
+    field.constraint = values_.Constraint(id);
+  }
   field.offset = tree_.OffsetOf(id);
   AddEnumerations(id, field);
   for (std::uint64_t i = 0; i < array->count; ++i) {
@@ -183,8 +211,11 @@ void FormBuilder::AddField(std::uint32_t id, const MapRegisterForm& of, MapRegis
       tree_.Fail(*tree_[id].node, Format("the register has more than {} fields", kMostFields));
     }
     field.bit_offset = static_cast<std::uint32_t>(start);
-    field.index = values_.Index(*array, i);
-    field.name = values_.FullName({}, id, *array, field.index);
+    field.name = tree_[id].name;
+    if (array->is_array) {
+      field.index = values_.Index(*array, i);
+      field.name = values_.FullName({}, id, *array, field.index);
+    }
     form.fields.push_back(field);
   }
 }
@@ -213,7 +244,7 @@ void FormBuilder::AddEnumerations(std::uint32_t id, MapField& field) {
 }
 
 const MapEnumeration& FormBuilder::EnumerationOf(std::uint32_t id) {
-  Made& made = made_[id];
+  Made& made = MadeOf(id);
   if (made.enumeration != nullptr) {
     return *made.enumeration;
   }
@@ -239,11 +270,17 @@ MapValueList* FormBuilder::ValuesOf(std::uint32_t id) {
       return nullptr;
     }
   }
-  MapValueList*& list = made_[id].values;
+  MapValueList*& list = MadeOf(id).values;
   if (list == nullptr) {
     list = &storage_.value_lists.emplace_back();
     const std::string_view tag = NameOf(SvdTag::kEnumeratedValue);
-    for (const SvdNode* node = tree_.OwnSlot(tree_[id], SvdTag::kEnumeratedValue); node != nullptr;
+    const SvdNode* const first = tree_.OwnSlot(tree_[id], SvdTag::kEnumeratedValue);
+    std::size_t count = 0;
+    for (const SvdNode* node = first; node != nullptr; node = node->next_sibling()) {
+      ++count;
+    }
+    list->values.reserve(count);
+    for (const SvdNode* node = first; node != nullptr;
          node = node->next_sibling(tag.data(), tag.size())) {
       AddValue(*node, *list);
     }
@@ -348,6 +385,9 @@ void FormBuilder::CheckOverlaps(std::uint32_t id, const MapRegisterForm& form) {
   std::uint64_t end = 0;
   for (const MapField& field : form.fields) {
     end = std::max<std::uint64_t>(end, field.bit_offset + std::uint64_t{field.bit_width});
+  }
+  if (end <= kWordBits && !MayOverlap(form)) {
+    return;
   }
   readable_.assign(end / kWordBits + 1, 0);
   writable_.assign(end / kWordBits + 1, 0);

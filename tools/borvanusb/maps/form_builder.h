@@ -14,7 +14,9 @@ namespace borvanusb {
 class FormBuilder {
  public:
   FormBuilder(const SvdTree& tree, const SvdValues& values, MapStorage& storage)
-      : tree_(tree), values_(values), storage_(storage), made_(tree.size()) {}
+      : tree_(tree), values_(values), storage_(storage), places_(tree.size()) {
+    made_.reserve(tree.size());
+  }
 
   // The form of a register in a place that hands down these properties.
   const MapRegisterForm& FormOf(std::uint32_t id, const SvdProperties& inherited);
@@ -43,9 +45,19 @@ class FormBuilder {
   void AddValue(const SvdNode& node, MapValueList& list) const;
   Place PlaceOf(std::uint32_t id) const;
 
+  // It stays where it is.
+  Made& MadeOf(std::uint32_t id) {
+    if (places_[id] == 0) {
+      made_.emplace_back();
+      places_[id] = static_cast<std::uint32_t>(made_.size());
+    }
+    return made_[places_[id] - 1];
+  }
+
   const SvdTree& tree_;
   const SvdValues& values_;
   MapStorage& storage_;
+  std::vector<std::uint32_t> places_;  // places in made_ + 1, by element
   std::vector<Made> made_;
   std::vector<std::uint64_t> readable_;
   std::vector<std::uint64_t> writable_;

@@ -32,13 +32,6 @@ std::string_view ShortAccess(MapAccess access) {
   return "";
 }
 
-// "[7:4]", "[3]"
-std::string BitsText(const MapField& field) {
-  return field.bit_width == 1
-             ? Format("[{}]", field.bit_offset)
-             : Format("[{}:{}]", field.bit_offset + field.bit_width - 1, field.bit_offset);
-}
-
 std::string ResetText(const MapRegisterForm& form) {
   const int digits = static_cast<int>((form.bits + kBitsPerDigit - 1) / kBitsPerDigit);
   if (form.reset_mask == 0) {
@@ -162,6 +155,12 @@ void PrintRegister(const MapRegister& one, std::size_t width, const Line& print)
 }
 
 }  // namespace
+
+std::string BitsText(const MapField& field) {
+  return field.bit_width == 1
+             ? Format("[{}]", field.bit_offset)
+             : Format("[{}:{}]", field.bit_offset + field.bit_width - 1, field.bit_offset);
+}
 
 MapCounts CountsOf(const RegisterMap& map) {
   MapCounts counts;

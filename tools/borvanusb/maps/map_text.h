@@ -21,6 +21,9 @@ MapCounts CountsOf(const RegisterMap& map);
 // A map as lines: one for each register, its fields below it.
 void PrintMap(const RegisterMap& map, const std::function<void(std::string_view)>& line);
 
+// The bits of a field: "[7:4]", "[3]".
+std::string BitsText(const MapField& field);
+
 // The peripherals of a map with all that is in them.
 nlohmann::ordered_json MapJson(const RegisterMap& map);
 

@@ -4,10 +4,12 @@
 // and lists of settings their names. Values only; read_profile.h makes them from a file.
 
 #include <cstdint>
+#include <functional>
 #include <map>
 #include <memory>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "base/flash_layout.h"
@@ -23,23 +25,26 @@ struct CameraPattern {
   std::string name;  // with * and ?; empty: any
 };
 
-// In which order a register that is wider than an access is read and written.
-enum class AccessOrder { kHighFirst, kLowFirst };
+// Which byte of a register that is wider than an access lies at its lowest address.
+enum class ByteOrder { kHighFirst, kLowFirst };
+// Which of the accesses of such a register comes first in time: that of the lowest address, or of
+// the highest.
+enum class AccessOrder { kUpwards, kDownwards };
 
-// A write before or after that of a register, which makes the device take over its parts at once.
+// A write beside those of a register, such as the one that makes a sensor take over all of its
+// parts at once.
 struct LatchWrite {
-  std::uint64_t address = 0;
+  std::uint32_t address = 0;
   std::uint32_t value = 0;
 };
 
 // How the registers of a map are accessed; a profile can say it anew for single registers.
 struct AccessRule {
-  AccessOrder order = AccessOrder::kHighFirst;  // of the accesses in time
-  // Which end of the value the lowest address holds.
-  bool high_at_lowest = true;
+  ByteOrder bytes = ByteOrder::kHighFirst;
+  AccessOrder order = AccessOrder::kUpwards;
+  std::vector<LatchWrite> before_read;
   std::vector<LatchWrite> before_write;
   std::vector<LatchWrite> after_write;
-  std::vector<LatchWrite> before_read;
 };
 
 // A register map and the device that it describes.
@@ -51,9 +56,11 @@ struct ProfileMap {
   RegisterWidth width = RegisterWidth::kByte;  // of the chip's registers
   I2cTarget target;                            // of a device on the bus
   std::uint64_t base = 0;                      // added to the map's addresses
+  std::uint32_t access_bits = 8;               // of one access
   std::uint32_t step = 1;                      // addresses from one access to the next
   AccessRule rule;
-  std::map<std::string, AccessRule> register_rules;  // by the map's name for the register
+  // By the map's name for a register.
+  std::map<std::string, AccessRule, std::less<>> register_rules;
 };
 
 // A list of settings with a name: a list file, or settings as `reg write` takes them.

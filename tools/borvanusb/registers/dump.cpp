@@ -6,6 +6,7 @@
 #include "command/camera_work.h"
 #include "command/command_rules.h"
 #include "command/context.h"
+#include "names/named_dump.h"
 #include "output/output.h"
 #include "registers/dump.h"
 #include "registers/register_list.h"
@@ -43,6 +44,9 @@ std::vector<std::uint8_t> RawBytes(std::span<const std::uint32_t> values, bool w
 }  // namespace
 
 ExitCode Run(const RegDumpCommand& command, Context& context) {
+  if (command.all_named) {
+    return DumpNamed(command.file, context);
+  }
   const bool raw = IsRawFileName(command.file);
   if (!raw && !command.wide) {
     CheckOnePage(command.range);
@@ -83,10 +87,38 @@ ExitCode Run(const RegDumpCommand& command, Context& context) {
 
 CommandRule RegDumpRule() {
   RuleOf<RegDumpCommand> rule({"reg", "dump"}, "Writes registers as a list for reg load.");
-  AddRange(rule, "RANGE");
-  AddDumpFile(rule);
+  // First, so that what comes next knows of it.
+  rule.AddFlag("--all-named", "all registers that the profile names; RANGE is left out",
+               &RegDumpCommand::all_named);
+  rule.Add(Optional(Argument("RANGE", kRangeText)),
+           [](RegDumpCommand& command, const std::string& text) {
+             if (command.all_named) {
+               command.file = FileValue(text);
+             } else {
+               command.range = RangeValue(text);
+             }
+           });
+  rule.Add(File(Optional(Argument("FILE", kDumpFileText))),
+           [](RegDumpCommand& command, const std::string& text) {
+             if (command.all_named) {
+               throw WrongValue("is one argument too many: --all-named takes no RANGE");
+             }
+             command.file = FileValue(text);
+           });
   rule.AddFlag("--wide", "registers of 32 bits instead of 8", &RegDumpCommand::wide);
+  rule.Check([](const RegDumpCommand& command, const GivenOptions& given) {
+    if (!command.all_named && !given.Has("RANGE")) {
+      throw WrongUse("reg dump: RANGE is missing: which registers, or --all-named");
+    }
+    if (command.all_named && command.wide) {
+      throw WrongUse("--wide: is for a RANGE; the profile tells the width of named registers");
+    }
+  });
+  rule.Details(
+      "With --all-named the lines are NAME=VALUE; a name that ends in .csv gives a table with the "
+      "fields. Registers that change when they are read are left out.");
   rule.Example("borvanusb reg dump 0x1000-0x10ff registers.txt");
+  rule.Example("borvanusb reg dump --all-named yesterday.txt");
   return rule.Take();
 }
 

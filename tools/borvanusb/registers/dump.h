@@ -14,6 +14,7 @@ struct RegDumpCommand {
   Range range;
   std::string file;  // empty: standard output
   bool wide = false;
+  bool all_named = false;  // in place of the range
 };
 
 ExitCode Run(const RegDumpCommand& command, Context& context);

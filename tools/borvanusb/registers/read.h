@@ -1,5 +1,8 @@
 #pragma once
 
+#include <string>
+#include <vector>
+
 #include "base/exit_code.h"
 #include "base/numbers.h"
 
@@ -9,8 +12,9 @@ struct CommandRule;
 struct Context;
 
 struct RegReadCommand {
-  Range range;
+  Range range;  // the only word, if it is a range or number
   bool wide = false;
+  std::vector<std::string> words = {};  // ranges, names, patterns
 };
 
 ExitCode Run(const RegReadCommand& command, Context& context);

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "command/camera_work.h"
+#include "names/register_words.h"
 #include "output/output.h"
 #include "output/progress.h"
 
@@ -41,9 +42,7 @@ RegisterRead ReadRegisters(Context& context, Camera& camera, const Range& range,
   CheckRegisterCount(range);
   if (!wide && range.Size() > kMostSingleReads && IsOnePage(range)) {
     RegisterRead read{ReadInBlocks(context, camera, range), false};
-    context.output.Note(
-        "note: so many registers are read in blocks, which the chip does not confirm register by "
-        "register");
+    context.output.Note(kReadInBlocksNote);
     return read;
   }
   const RegisterWidth width = wide ? RegisterWidth::kWide : RegisterWidth::kByte;

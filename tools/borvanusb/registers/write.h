@@ -2,6 +2,8 @@
 
 #include <cstdint>
 #include <optional>
+#include <string>
+#include <vector>
 
 #include "base/exit_code.h"
 
@@ -16,6 +18,7 @@ struct RegWriteCommand {
   bool wide = false;
   std::optional<std::uint32_t> mask;  // only these bits change
   bool verify = false;
+  std::vector<std::string> words = {};  // "ADDR", "VALUE" or settings: "NAME=VALUE"
 };
 
 ExitCode Run(const RegWriteCommand& command, Context& context);

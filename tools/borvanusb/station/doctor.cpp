@@ -151,6 +151,8 @@ ExitCode Run(const DoctorCommand& /*command*/, Context& context) {
 CommandRule DoctorRule() {
   RuleOf<DoctorCommand> rule({"doctor"}, "Shows why a camera is not found, for a bug report.");
   rule.Refuse("--camera", "which examines all cameras");
+  rule.Refuse("--profile", "which examines all cameras");
+  rule.Refuse("--force-profile", "which examines all cameras");
   rule.Refuse("--progress", kNoProgress);
   rule.Example("borvanusb doctor > report.txt");
   return rule.Take();

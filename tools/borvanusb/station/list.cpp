@@ -98,6 +98,8 @@ CommandRule ListRule() {
   rule.AddFlag("--watch", "report cameras that are plugged in or removed, until Ctrl-C",
                &ListCommand::watch);
   rule.Refuse("--camera", "which lists all cameras");
+  rule.Refuse("--profile", "which lists all cameras");
+  rule.Refuse("--force-profile", "which lists all cameras");
   rule.Refuse("--progress", kNoProgress);
   rule.Refuse("--trace", "which makes no transfers");
   rule.Example("borvanusb list");

@@ -2,17 +2,20 @@
 // watches over the calls into the library.
 #include <windows.h>
 
+#include <array>
 #include <charconv>
 #include <chrono>
 #include <thread>
 #include <utility>
 
 #include "base/failure.h"
+#include "base/files.h"
 #include "base/format.h"
 #include "command/tool.h"
 #include "dll/supervisor.h"
 #include "windows/console.h"
 #include "windows/crash_report.h"
+#include "windows/loaded_library.h"
 #include "windows/pipe_lines.h"
 #include "windows/text.h"
 #include "windows/watched_thread.h"
@@ -28,6 +31,10 @@ namespace {
 
 // After a stop a call gets that long to return.
 constexpr std::chrono::milliseconds kStopLimit{1000};
+
+constexpr std::array kFolderVariables = {L"BORVANUSB_DLL", L"BORVANUSB_JOURNALS",
+                                         L"BORVANUSB_PROFILES", L"BORVAN_VIRTUAL_CAMERA",
+                                         L"BORVAN_VIRTUAL_CAMERA_TRACE"};
 
 class WorkerProgram {
  public:
@@ -71,6 +78,12 @@ class WorkerProgram {
 
   void Enter(const std::string& folder) {
     hold_.emplace(folder);
+    // Names that the user gave are from the folder where the workbench was started.
+    for (const wchar_t* const variable : kFolderVariables) {
+      if (const std::string name = ToUtf8(EnvironmentVariable(variable)); !name.empty()) {
+        SetEnvironmentVariableW(variable, ToWide(AbsoluteName(name)).c_str());
+      }
+    }
     if (SetCurrentDirectoryW(ToWide(folder).c_str()) == FALSE) {
       EndProcess(static_cast<int>(ExitCode::kFile));
     }

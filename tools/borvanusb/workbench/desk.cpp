@@ -44,7 +44,9 @@ std::vector<std::string> Desk::LineFor(const std::vector<std::string>& words,
   if (accepted.takes_camera && !camera.empty()) {
     line.insert(line.end(), {"--camera", camera});
   }
-  line.insert(line.end(), tools_.profile_words.begin(), tools_.profile_words.end());
+  if (accepted.takes_profile) {
+    line.insert(line.end(), tools_.profile_words.begin(), tools_.profile_words.end());
+  }
   line.insert(line.end(), words.begin(), words.end());
   return line;
 }
@@ -189,6 +191,7 @@ Desk::Json Desk::SetLive(const LiveOrder& order) {
     AcceptedWords accepted;
     accepted.added = {"--json", "--progress", "none"};
     accepted.takes_camera = true;
+    accepted.takes_profile = true;
     std::vector<std::string> words = {"reg", "read"};
     words.insert(words.end(), order.words.begin(), order.words.end());
     live.line = LineFor(words, accepted, order.camera);
@@ -338,6 +341,7 @@ void Desk::AskForProfile(const std::string& camera) {
   AcceptedWords accepted;
   accepted.added = {"--json"};
   accepted.takes_camera = true;
+  accepted.takes_profile = true;
   job->line = LineFor({"profile", "show"}, accepted, camera);
   job->on_busy = [](const Json&) {};
   job->on_end = [this, camera](int code, const Json& answer) {

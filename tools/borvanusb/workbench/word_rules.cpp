@@ -40,6 +40,7 @@ constexpr std::array kCommands = std::to_array<PageCommand>({
     {"i2c write", kWrites},
     {"i2c dump", kReads},
     {"i2c load", kWrites},
+    {"i2c diff", kReads},
     {"i2c scan", kReads},
     {"flash read", kReads},
     {"flash word", kWritesWithValue},
@@ -144,9 +145,9 @@ void CheckValue(const std::string& command, const OptionDescription& option,
   const std::string name = NameOf(option);
   if (name == "--journal") {
     CheckJournal(option, value, limits);
-  } else if (command.starts_with("preset ") && option.positional) {
+  } else if (command.starts_with("preset ") && name == "NAME") {
     CheckPlain(option, value);
-  } else if (command == "reg diff" && option.positional) {
+  } else if (command.ends_with(" diff") && (name == "A" || name == "B")) {
     CheckSource(option, value);
   } else if (option.takes_file && option.positional && command.starts_with("flash ")) {
     CheckPart(option, value);
@@ -231,6 +232,7 @@ AcceptedWords AcceptWords(const ToolDescription& tool, const std::vector<std::st
   AcceptedWords accepted;
   accepted.streams = command.streams;
   accepted.takes_camera = Takes(*sorted.described, "--camera");
+  accepted.takes_profile = Takes(*sorted.described, "--profile");
   accepted.added.emplace_back("--json");
   if (Takes(*sorted.described, "--progress")) {
     accepted.added.insert(accepted.added.end(), {"--progress", "json"});

@@ -38,6 +38,7 @@ struct WordLimits {
 struct AcceptedWords {
   bool streams = false;
   bool takes_camera = false;
+  bool takes_profile = false;
   // What the server puts in front of the words: --json, and --progress json if the command has it.
   std::vector<std::string> added;
 };

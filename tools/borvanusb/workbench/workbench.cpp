@@ -1,13 +1,14 @@
 #include "workbench/workbench.h"
 
 #include "base/failure.h"
-#include "base/format.h"
+#include "base/files.h"
 #include "base/version.h"
 #include "camera/host.h"
 #include "command/command_rules.h"
 #include "command/context.h"
 #include "command/values.h"
 #include "output/output.h"
+#include "profile/profile_choice.h"
 #include "workbench/page_files.h"
 #include "workbench/platform.h"
 #include "workbench/run_folder.h"
@@ -28,6 +29,13 @@ ServerSettings SettingsFor(const WorkbenchCommand& command, Context& context,
   settings.session.token = platform.RandomHex(kSecretBytes);
   settings.session.cookie = platform.RandomHex(kSecretBytes);
   settings.limits = {command.read_only, context.host.JournalFolder()};
+  // The workers work in another folder.
+  if (const std::string profile = GivenProfile(context.common, context.host); !profile.empty()) {
+    settings.profile_words = {"--profile", AbsoluteName(profile)};
+  }
+  if (context.common.force_profile) {
+    settings.profile_words.emplace_back("--force-profile");
+  }
   settings.version = kToolVersion;
   settings.page = PageFiles();
   settings.start_worker = [&platform](WorkerEvents events) {

@@ -1,0 +1,46 @@
+#pragma once
+
+#include <cstdint>
+#include <exception>
+#include <nlohmann/json_fwd.hpp>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+namespace borvanusb {
+
+// JSON of a file that people write: each value with its line and its place, for messages.
+struct JsonNode {
+  enum class Kind : std::uint8_t { kNull, kBoolean, kNumber, kText, kList, kObject };
+
+  Kind kind = Kind::kNull;
+  bool boolean = false;
+  bool whole = false;  // a number without a fraction, 0 or above, in `number`
+  std::uint64_t number = 0;
+  std::string text;                                       // of a text; of other numbers as written
+  std::vector<JsonNode> items;                            // of a list
+  std::vector<std::pair<std::string, JsonNode>> members;  // of an object, in the file's order
+  std::uint64_t line = 0;                                 // from 1 on
+  std::string place;  // "flash.regions[1].range"; empty for the whole
+
+  const JsonNode* Find(std::string_view key) const;
+};
+
+// Why a text is no JSON that can be used.
+class JsonTextError : public std::exception {
+ public:
+  JsonTextError(std::uint64_t line, std::string text) : line_(line), text_(std::move(text)) {}
+  std::uint64_t Line() const { return line_; }
+  const char* what() const noexcept override { return text_.c_str(); }
+
+ private:
+  std::uint64_t line_;
+  std::string text_;
+};
+
+// Reads a text. Throws JsonTextError, also for a key that an object has twice and for values
+// nested deeper than 32 levels.
+JsonNode ReadJsonTree(std::string_view text);
+
+}  // namespace borvanusb

@@ -1,0 +1,90 @@
+#include "profile/profile_folder.h"
+
+#include <map>
+
+#include "base/failure.h"
+#include "base/files.h"
+#include "base/format.h"
+
+namespace borvanusb {
+
+namespace {
+
+constexpr std::string_view kEnding = ".camera.json";
+
+// A file's content as far as the system tells that it changed.
+using Stamps = std::map<std::string, FileStamp>;
+
+struct KeptProfile {
+  Stamps stamps;
+  std::shared_ptr<const ProfileReading> reading;
+};
+
+bool IsUnchanged(const Stamps& stamps) {
+  for (const auto& [file, stamp] : stamps) {
+    if (StampOf(file) != stamp) {
+      return false;
+    }
+  }
+  return true;
+}
+
+}  // namespace
+
+std::string ProfileFolder(const Host& host) {
+  const std::string given = host.Environment("BORVANUSB_PROFILES");
+  if (!given.empty()) {
+    return given;
+  }
+  const std::string data = host.Environment("APPDATA");
+  return data.empty() ? "" : Format("{}\\BorvanUSB\\profiles", data);
+}
+
+std::vector<std::string> ProfileFiles(const Host& host) {
+  std::vector<std::string> files;
+  const std::string folder = ProfileFolder(host);
+  if (folder.empty()) {
+    return files;
+  }
+  for (const std::string& name : FilesIn(folder)) {
+    if (name.ends_with(kEnding)) {
+      files.push_back(AbsoluteName(Format("{}/{}", folder, name)));
+    }
+  }
+  return files;
+}
+
+std::shared_ptr<const ProfileReading> ReadKeptProfile(const std::string& file) {
+  // One process works for one camera, or for a few: nothing is ever dropped.
+  static std::map<std::string, KeptProfile> kept;
+  const std::string name = AbsoluteName(file);
+  const auto found = kept.find(name);
+  if (found != kept.end() && IsUnchanged(found->second.stamps)) {
+    return found->second.reading;
+  }
+  // The stamps come first: a file that changes while it is read is read again.
+  KeptProfile profile;
+  profile.stamps[name] = StampOf(name);
+  const std::string text = ReadWholeText(name);
+  profile.reading = std::make_shared<const ProfileReading>(
+      ReadProfileText(text, name, [&](const std::string& map) {
+        profile.stamps[map] = StampOf(map);
+        return ReadWholeText(map);
+      }));
+  return (kept[name] = std::move(profile)).reading;
+}
+
+std::shared_ptr<const CameraProfile> LoadProfile(const std::string& file) {
+  auto reading = ReadKeptProfile(file);
+  if (!reading->errors.empty()) {
+    const ListProblem& first = reading->errors.front();
+    const std::size_t more = reading->errors.size() - 1;
+    throw Failure(ExitCode::kFile,
+                  Format("{}{}: {}{}", file, first.line == 0 ? "" : Format(":{}", first.line),
+                         first.text, more == 0 ? "" : Format(" (and {} more)", more)),
+                  Format("borvanusb profile check {} lists everything that is wrong.", file));
+  }
+  return {reading, &reading->profile};
+}
+
+}  // namespace borvanusb
