@@ -27,7 +27,7 @@ TEST(WorkbenchDeskTest, CommandRunsInTheCamerasWorkerAndItsResultIsTheAnswer) {
   EXPECT_EQ(answer->body, Json::parse(R"({"exit":0,"result":{"registers":[]},"error":null,
     "messages":["borvanusb: a note"],"line":"borvanusb reg read 1 --camera 0","job":"job-1"})"));
   EXPECT_EQ(rig.EventsOf("progress").at(0),
-            Json::parse(R"({"job":"job-1","progress":{"stage":"read","percent":5}})"));
+            Json::parse(R"({"job":"job-1","stage":"read","percent":5})"));
   EXPECT_EQ(rig.EventsOf("job").at(0)["state"], "started");
   EXPECT_EQ(rig.EventsOf("job").at(1)["state"], "ended");
   EXPECT_EQ(rig.EventsOf("job").at(1)["exit"], 0);
@@ -171,6 +171,20 @@ TEST(WorkbenchDeskTest, CamerasAreLookedForWhilePagesListen) {
   EXPECT_EQ(events.front()["cameras"].size(), 1U);
   EXPECT_EQ(events.back()["cameras"].size(), 0U);
   EXPECT_FALSE(rig.workers.at(1)->alive);
+}
+
+TEST(WorkbenchDeskTest, ListThatFailsIsToldOnceAndTakesNoCameraAway) {
+  DeskRig rig;
+  rig.desk->SetPages(1);
+  rig.PlugIn();
+  for (int i = 0; i < 2; ++i) {
+    rig.Pass(milliseconds(500));
+    rig.workers.front()->End(
+        R"({"error":{"code":8,"kind":"timeout","message":"hangs","hint":""}})", 8);
+    rig.Settle();
+  }
+  EXPECT_EQ(rig.desk->CamerasJson().size(), 1U);
+  EXPECT_EQ(rig.EventsOf("log").size(), 1U);
 }
 
 TEST(WorkbenchDeskTest, UnpluggedCameraKeepsItsWorkUntilItEnds) {

@@ -16,18 +16,7 @@ namespace asio = boost::asio;
 namespace beast = boost::beast;
 namespace http = boost::beast::http;
 
-constexpr std::uint32_t kLongestHead = 16U << 10U;
 constexpr std::size_t kFirstPart = 4096;
-
-HttpRequest HeadOf(const http::request<http::string_body>& message) {
-  HttpRequest request;
-  request.method = std::string(message.method_string());
-  request.target = std::string(message.target());
-  for (const auto& field : message) {
-    request.headers.emplace_back(std::string(field.name_string()), std::string(field.value()));
-  }
-  return request;
-}
 
 HttpResponse ProblemResponse(const beast::error_code& error) {
   if (error == http::error::header_limit) {
@@ -88,8 +77,7 @@ void Connection::AwaitRequest(std::chrono::milliseconds time) {
 
 void Connection::ReadHead() {
   parser_.emplace();
-  parser_->header_limit(kLongestHead);
-  parser_->body_limit(kLongestUpload);
+  SetLimits(*parser_);
   stream_.expires_after(owner_.Limits().header);
   http::async_read_header(
       stream_, buffer_, *parser_,
@@ -105,7 +93,7 @@ void Connection::OnHead(Error error) {
     }
     return;
   }
-  request_ = HeadOf(parser_->get());
+  request_ = HeadOf(*parser_);
   if (auto refused = owner_.CheckHead(request_)) {
     // What follows was not read: the connection can't go on.
     Respond(std::move(*refused), parser_->is_done() && parser_->keep_alive());

@@ -6,7 +6,6 @@
 #include <boost/asio/steady_timer.hpp>
 #include <boost/beast/core/flat_buffer.hpp>
 #include <boost/beast/core/tcp_stream.hpp>
-#include <boost/beast/http/parser.hpp>
 #include <boost/beast/http/string_body.hpp>
 #include <deque>
 #include <functional>
@@ -15,6 +14,7 @@
 #include <string>
 
 #include "workbench/http_message.h"
+#include "workbench/request_parser.h"
 #include "workbench/server.h"
 
 namespace borvanusb {
@@ -51,7 +51,6 @@ class Connection : public std::enable_shared_from_this<Connection> {
   void Close();
 
  private:
-  using Parser = boost::beast::http::request_parser<boost::beast::http::string_body>;
   using Response = boost::beast::http::response<boost::beast::http::string_body>;
   using Error = boost::beast::error_code;
 
@@ -70,7 +69,7 @@ class Connection : public std::enable_shared_from_this<Connection> {
   const std::uint64_t number_;
   ConnectionOwner& owner_;
   boost::beast::flat_buffer buffer_;
-  std::optional<Parser> parser_;
+  std::optional<RequestParser> parser_;
   HttpRequest request_;
   std::shared_ptr<Response> response_;
   boost::asio::steady_timer heartbeat_;

@@ -4,6 +4,7 @@
 
 #include "base/failure.h"
 #include "base/format.h"
+#include "base/time_text.h"
 
 namespace borvanusb {
 
@@ -249,9 +250,8 @@ void Desk::Look() {
     looked_ = tools_.clock();
     if (code == 0 && answer["result"].is_object()) {
       TakeCameras(answer["result"].value("cameras", Json::array()));
-    } else {
-      TakeCameras(Json::array());
     }
+    TellLookProblem(answer);
     for (const auto& tell : std::exchange(waiting_for_state_, {})) {
       tell();
     }
@@ -266,6 +266,19 @@ void Desk::Look() {
       looker_->Stop("");
     }
   });
+}
+
+// A list that can't be had says nothing of the cameras: what was known stays.
+void Desk::TellLookProblem(const Json& answer) {
+  const std::string problem =
+      answer["error"].is_object() ? answer["error"].value("message", std::string()) : "";
+  if (problem != look_problem_ && !problem.empty()) {
+    tools_.publish("log", {{"time", TimeText(tools_.now())},
+                           {"camera", nullptr},
+                           {"text", problem},
+                           {"line", "borvanusb list"}});
+  }
+  look_problem_ = problem;
 }
 
 void Desk::AskForLibrary() {

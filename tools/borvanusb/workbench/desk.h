@@ -65,6 +65,7 @@ class Desk {
   void TakeCameras(const Json& cameras);
   void AskForProfile(const std::string& camera);
   void AskForLibrary();
+  void TellLookProblem(const Json& answer);
   void EndUnusedLanes();
 
   DeskTools tools_;
@@ -74,6 +75,7 @@ class Desk {
   std::map<std::string, LiveSet> lives_;
   std::deque<std::pair<std::string, std::string>> answers_;  // of the last jobs, by id
   std::vector<std::function<void()>> waiting_for_state_;
+  std::string look_problem_;  // the last one that was told
   Json library_;
   bool asked_for_library_ = false;
   std::size_t pages_ = 0;

@@ -64,7 +64,7 @@ bool TakeErrorText(WorkbenchJob& job, std::string_view text) {
   bool progressed = false;
   for (const std::string& line : TakeLines(job.error_rest)) {
     const Json json = line.starts_with('{') ? Json::parse(line, nullptr, false) : Json();
-    if (json.is_object() && json.contains("progress")) {
+    if (json.is_object() && json.contains("progress") && json["progress"].is_object()) {
       job.progress = json["progress"];
       progressed = true;
     } else if (!line.empty() && job.messages.size() < kMostMessages) {

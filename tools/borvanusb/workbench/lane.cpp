@@ -246,7 +246,9 @@ void Lane::TakeJobReport(const WorkerReport& report) {
       break;
     case WorkerReport::Kind::kError:
       if (TakeErrorText(*job_, report.text) && !job_->internal) {
-        tools_.publish("progress", {{"job", job_->id}, {"progress", job_->progress}});
+        Json event = {{"job", job_->id}};
+        event.update(job_->progress);
+        tools_.publish("progress", event);
       }
       break;
     case WorkerReport::Kind::kRound:

@@ -22,7 +22,7 @@ using Json = nlohmann::ordered_json;
 using Clock = std::chrono::steady_clock;
 
 // How soon Ctrl-C and the absence of pages are noticed.
-constexpr std::chrono::milliseconds kBetweenChecks{50};
+constexpr std::chrono::milliseconds kBetweenChecks{100};
 
 HttpResponse JsonResponse(int status, const Json& body) {
   HttpResponse response;
