@@ -16,6 +16,8 @@ packages=(
   wixl msitools abigail-tools
   # projects that find the installed library
   pkg-config
+  # image files of others, to compare with
+  srecord python3-intelhex binutils
   # running Windows programs
   wine wine64
   # checks

@@ -35,11 +35,13 @@ void ExpectRefused(const std::string& line, const WordLimits& limits = {}) {
 
 TEST(WorkbenchWordsTest, CommandsOfThePageAreTaken) {
   for (const char* const line :
-       {"list", "doctor", "reg read 0x100-0x10f", "reg write 0x100 5 --verify",
-        "reg dump 0-0xff a.txt", "reg diff camera list.txt",
-        "i2c read 0x300a --slave 0x6c --mode 16/8", "flash program fw.hex --address 0x1000",
-        "flash program fw.bin@0x40000", "flash read all backup.bin",
-        "flash verify fw.bin --timeout 20", "watch --reg 0x100 --rate 10",
+       {"list", "doctor", "reg read 0x100-0x10f", "reg write 0x100 5 --verify", "reg read SENSOR.*",
+        "preset save night SENSOR.*", "i2c diff camera preset:night",
+        "flash program a.hex b.bin@0x4000", "reg read 1 --wait 5", "reg dump 0-0xff a.txt",
+        "reg diff camera list.txt", "i2c read 0x300a --slave 0x6c --mode 16/8",
+        "flash program fw.hex --address 0x1000", "flash program fw.bin@0x40000",
+        "flash read all backup.bin", "flash verify fw.bin --timeout 20",
+        "watch --reg 0x100 --rate 10",
         "flash program fw.bin --report r.json --backup b.bin --journal none"}) {
     ExpectTaken(line);
   }
@@ -59,7 +61,7 @@ TEST(WorkbenchWordsTest, OptionsThatTheServerSetsAreRefused) {
   for (const char* const line :
        {"list --json", "reg read 1 --camera 0", "reg read 1 --camera=0", "--camera 0 reg read 1",
         "reg read 1 --progress bar", "reg read 1 --trace t.txt", "reg read 1 --trace=C:\\t.txt",
-        "reg read 1 --quiet"}) {
+        "reg read 1 --quiet", "reg read 1 --log a.txt", "reg read 1 --profile p.json"}) {
     ExpectRefused(line);
   }
 }
@@ -83,6 +85,10 @@ TEST(WorkbenchWordsTest, FilesOutsideOfTheFolderAreRefusedInEveryPlace) {
                                              "i2c dump 0 % --slave 1",
                                              "watch --reg 1 --csv %",
                                              "map check %",
+                                             "preset save %",
+                                             "preset apply %",
+                                             "reg diff preset:% camera",
+                                             "flash program a.bin %@0x10",
                                              "flash program fw.bin --journal %"};
   for (const std::string& command : commands) {
     for (const char* const name : {"../a", "/etc/passwd", R"(C:\a)", "C:a", R"(\\host\a)", "CON",

@@ -4,32 +4,36 @@
 #include "base/format.h"
 #include "base/numbers.h"
 #include "command/command_line.h"
+#include "flash/flash_options.h"
 
 namespace borvanusb {
 
-namespace {
-
-struct NameParts {
-  std::string stem;       // with the folder
-  std::string extension;  // with its point, or empty
-};
-
-NameParts SplitName(const std::string& file) {
-  const std::size_t slash = file.find_last_of("/\\");
-  const std::size_t start = slash == std::string::npos ? 0 : slash + 1;
-  const std::size_t point = file.find_last_of('.');
-  if (point == std::string::npos || point <= start) {
-    return {file, ""};
-  }
-  return {file.substr(0, point), file.substr(point)};
-}
-
-}  // namespace
-
 std::vector<std::string> ProgramWords(const FlashProgramCommand& command) {
+  std::vector<std::string> words = {"flash", "program"};
   // The line may be repeated in another folder.
-  std::vector<std::string> words = {"flash", "program", AbsoluteName(command.image), "--address",
-                                    Hex(command.address)};
+  const auto full = [](ImageWish wish) {
+    wish.file = AbsoluteName(wish.file);
+    return wish;
+  };
+  const ImageWish first = full({command.image, command.address, command.region});
+  const bool has_place_inside = !command.more.empty() || ImageWishValue(first.file).HasPlace();
+  if (has_place_inside) {
+    words.push_back(ImageWord(first));
+    for (const ImageWish& wish : command.more) {
+      words.push_back(ImageWord(full(wish)));
+    }
+  } else {
+    words.push_back(first.file);
+    if (first.address) {
+      words.insert(words.end(), {"--address", Hex(*first.address)});
+    }
+    if (!first.region.empty()) {
+      words.insert(words.end(), {"--region", first.region});
+    }
+  }
+  if (command.form != ImageForm::kAuto) {
+    words.insert(words.end(), {"--format", std::string(NameOf(command.form))});
+  }
   const auto add = [&](bool wanted, const std::string& word) {
     if (wanted) {
       words.push_back(word);
@@ -49,22 +53,51 @@ std::vector<std::string> ProgramWords(const FlashProgramCommand& command) {
   if (!command.report.empty()) {
     words.insert(words.end(), {"--report", AbsoluteName(command.report)});
   }
+  for (const auto& [name, value] : command.tags) {
+    words.insert(words.end(), {"--tag", Format("{}={}", name, value)});
+  }
   return words;
 }
 
-std::string GoBackText(const std::string& backup, std::uint32_t address,
-                       const CameraIdentity& camera, bool is_blank) {
-  std::vector<std::string> words = {"flash", "program", backup, "--address", Hex(address)};
-  if (is_blank) {
+std::vector<ImageFile> LoadForProgramming(const FlashProgramCommand& command, Output& output) {
+  std::vector<ImageFile> files =
+      LoadImageFiles(WishesOf(command), command.form, command.force, output);
+  for (const ImageFile& file : files) {
+    if (!command.force) {
+      RefuseBlankImage(file);
+    }
+  }
+  return files;
+}
+
+FlashProgramCommand Placed(FlashProgramCommand command, const std::vector<PlacedImage>& images) {
+  const bool has_place = command.address || !command.region.empty();
+  if (images.size() == 1 && !has_place && images.front().form == ImageForm::kRaw) {
+    command.region = images.front().region;
+    if (command.region.empty()) {
+      command.address = 0;
+    }
+  }
+  return command;
+}
+
+std::string GoBackText(const BackupRecord& backup, std::span<const std::uint8_t> bytes,
+                       const CameraIdentity& camera, bool force) {
+  std::vector<std::string> words = {"flash", "program", backup.file};
+  if (!backup.ranges.empty()) {
+    words.insert(words.end(), {"--format", std::string(NameOf(ImageForm::kIntelHex))});
+  } else {
+    words.insert(words.end(), {"--address", Hex(backup.address)});
+    // What the flash held may look like a file of another format.
+    if (FormOf(backup.file, bytes, ImageForm::kAuto) != ImageForm::kRaw) {
+      words.insert(words.end(), {"--format", std::string(NameOf(ImageForm::kRaw))});
+    }
+  }
+  if (force) {
     words.emplace_back("--force");
   }
   words.insert(words.end(), {"--camera", camera.path});
   return CommandLineText(words);
-}
-
-std::string InsertBeforeExtension(const std::string& file, const std::string& part) {
-  const NameParts parts = SplitName(file);
-  return Format("{}-{}{}", parts.stem, part, parts.extension);
 }
 
 }  // namespace borvanusb

@@ -4,6 +4,7 @@
 
 #include "base/format.h"
 #include "base/time_text.h"
+#include "base/version.h"
 #include "camera/camera_json.h"
 
 namespace borvanusb {
@@ -18,12 +19,26 @@ Json ToJson(const Ranges& ranges) {
   return json;
 }
 
+Json ToJson(const std::vector<PlacedImage>& images) {
+  Json json = Json::array();
+  for (const PlacedImage& image : images) {
+    json.push_back({{"file", image.file},
+                    {"format", NameOf(image.form)},
+                    {"region", image.region.empty() ? Json() : Json(image.region)},
+                    {"size", image.size},
+                    {"sha256", image.sha256},
+                    {"places", ToJson(image.places)}});
+  }
+  return json;
+}
+
 Json ToJson(const ProgramOutcome& outcome, const WorkState& state) {
   Json json;
   json["camera"] = outcome.camera ? CameraJson(*outcome.camera) : Json();
   json["image"] = {
       {"file", outcome.image_file}, {"size", outcome.image_size}, {"sha256", outcome.image_sha256}};
   json["address"] = outcome.address;
+  json["images"] = ToJson(outcome.images);
   json["flash_size"] = outcome.flash_size ? Json(*outcome.flash_size) : Json();
   json["dry_run"] = outcome.dry_run;
   json["sectors"] = outcome.sectors;
@@ -45,6 +60,17 @@ Json ToJson(const ProgramOutcome& outcome, const WorkState& state) {
                      {"program", outcome.program_seconds},
                      {"verify", outcome.verify_seconds},
                      {"total", outcome.total_seconds}};
+  json["tags"] = Json::object();
+  for (const auto& [name, value] : outcome.tags) {
+    json["tags"][name] = value;
+  }
+  json["computer"] = outcome.computer.empty() ? Json() : Json(outcome.computer);
+  json["tool_version"] = kToolVersion;
+  json["library_version"] =
+      outcome.library_version.empty() ? Json() : Json(outcome.library_version);
+  json["profile"] = outcome.profile_file.empty()
+                        ? Json()
+                        : Json({{"file", outcome.profile_file}, {"name", outcome.profile_name}});
   json["result"] = KindOf(outcome.code);
   json["exit_code"] = static_cast<int>(outcome.code);
   json["message"] = outcome.message;

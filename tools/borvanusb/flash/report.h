@@ -5,21 +5,30 @@
 #include <nlohmann/json_fwd.hpp>
 #include <optional>
 #include <string>
+#include <utility>
+#include <vector>
 
 #include "base/exit_code.h"
 #include "camera/camera.h"
 #include "flash/engine/byte_ranges.h"
 #include "flash/engine/work_state.h"
+#include "flash/place_images.h"
 
 namespace borvanusb {
 
 // What programming came to: for --report, for --json, and for a line's database.
 struct ProgramOutcome {
   std::optional<CameraIdentity> camera;
+  std::vector<std::pair<std::string, std::string>> tags;  // of the user, name and value
+  std::string library_version;                            // empty: not known
+  std::string computer;                                   // likewise
+  std::string profile_file;                               // empty: none was used
+  std::string profile_name;
   std::string image_file;
   std::uint64_t image_size = 0;
   std::string image_sha256;
-  std::uint32_t address = 0;
+  std::uint32_t address = 0;        // of the first byte
+  std::vector<PlacedImage> images;  // each file; empty when the work failed before they had places
   std::optional<std::uint64_t> flash_size;
   bool dry_run = false;
   std::uint64_t sectors = 0;  // that the image reaches into
@@ -41,6 +50,8 @@ struct ProgramOutcome {
 
 // An array of {"first", "last"}.
 nlohmann::ordered_json ToJson(const Ranges& ranges);
+// The files of an image: an array.
+nlohmann::ordered_json ToJson(const std::vector<PlacedImage>& images);
 nlohmann::ordered_json ToJson(const ProgramOutcome& outcome, const WorkState& state);
 
 // A time span for people: "0.42 s", "75.0 s".

@@ -115,7 +115,7 @@ class WorkerProgram {
   const std::vector<std::string> words_{"--json"};
   WorkerLoop loop_{host_,
                    {[this](const WorkerReport& report) { writer_.Write(LineOf(report)); },
-                    [this] { supervisor_.ForgetStops(); }, [this] { OnStop(); },
+                    [this] { supervisor_.ForgetStop(); }, [this] { OnStop(); },
                     [this](const std::string& folder) { Enter(folder); }}};
 };
 

@@ -39,6 +39,8 @@ class OpenCameraHost : public Host {
   std::string Environment(const std::string& name) const override {
     return host_.Environment(name);
   }
+  std::string ReadStandardInput() override { return host_.ReadStandardInput(); }
+  std::string LibraryVersion() override { return host_.LibraryVersion(); }
   SystemReport ExamineSystem() override { return host_.ExamineSystem(); }
   std::vector<std::string> Details() const override { return host_.Details(); }
   std::vector<int> RunChildren(

@@ -57,7 +57,7 @@ constexpr std::array kCommands = std::to_array<PageCommand>({
 });
 
 // Common options that change nothing but this command's own work.
-constexpr std::array<std::string_view, 2> kCommonAllowed = {"--timeout", "--verbose"};
+constexpr std::array<std::string_view, 3> kCommonAllowed = {"--timeout", "--verbose", "--wait"};
 // Options of commands that are not for a page: each camera has a run of its own, and the events
 // tell of cameras that come and go.
 constexpr std::array<std::string_view, 2> kOwnRefused = {"--all", "--watch"};
