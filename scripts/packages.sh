@@ -11,7 +11,7 @@ packages=(
   g++ clang libclang-rt-14-dev
   g++-mingw-w64-x86-64-posix binutils-mingw-w64-x86-64 llvm lld
   # libraries: tests, benchmarks, tools
-  googletest libbenchmark-dev nlohmann-json3-dev libcli11-dev libfmt-dev librapidxml-dev
+  googletest libbenchmark-dev nlohmann-json3-dev libcli11-dev libfmt-dev librapidxml-dev libboost1.81-dev
   # packages; the promised interface
   wixl msitools abigail-tools
   # projects that find the installed library

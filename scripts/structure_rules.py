@@ -58,8 +58,12 @@ ALLOWED = {
     "borvanusb/station": ["borvanusb/base", "borvanusb/camera", "borvanusb/command",
                           "borvanusb/output", "borvanusb/registers", "borvanusb/i2c",
                           "borvanusb/flash/engine", "borvanusb/profile", "borvanusb/names"],
+    # The page in the browser: it runs command lines and knows no camera.
+    "borvanusb/workbench": ["borvanusb/base", "borvanusb/camera", "borvanusb/command",
+                            "borvanusb/output", "borvanusb/profile"],
     "borvanusb/dll": ["include", "borvanusb/base", "borvanusb/camera"],
-    "borvanusb/windows": ["borvanusb/base", "borvanusb/camera", "borvanusb/output", "borvanusb/dll"],
+    "borvanusb/windows": ["borvanusb/base", "borvanusb/camera", "borvanusb/command",
+                          "borvanusb/output", "borvanusb/dll", "borvanusb/workbench"],
     # main.cpp
     "borvanusb": ["borvanusb/base", "borvanusb/command", "borvanusb/dll", "borvanusb/windows"],
 

@@ -57,6 +57,11 @@ set(group "Watching and measuring")
 borvanusb_add_command(station/watch WatchRule)
 borvanusb_add_command(station/bench BenchRule)
 
+if(BORVAN_BUILD_WORKBENCH)
+  set(group "The page in the browser")
+  borvanusb_add_command(workbench/workbench WorkbenchRule)
+endif()
+
 set(group "Scripts and shells")
 borvanusb_add_command(station/run RunRule)
 borvanusb_add_command(command/completion CompletionRule)

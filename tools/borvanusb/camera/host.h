@@ -16,6 +16,8 @@
 
 namespace borvanusb {
 
+class WorkbenchPlatform;
+
 // How well a process is placed to find cameras, for `doctor`.
 struct VideoDevice {
   std::string name;    // empty when it can't be read
@@ -138,6 +140,9 @@ class Host {
   // What --verbose reports about the work so far, in lines: the library, the cameras that were
   // opened, the calls that were made.
   virtual std::vector<std::string> Details() const { return {}; }
+
+  // What `workbench` needs of the system; null where there is no workbench.
+  virtual WorkbenchPlatform* Workbench() { return nullptr; }
 
   // Runs this program several times at once, with these arguments, and returns the exit codes.
   // `on_line` gets each line of their outputs, without its end, on the calling thread: which child,

@@ -40,6 +40,7 @@ class WindowsHost : public Host {
   std::string LibraryVersion() override;
   void ForgetStop() override { supervisor_.ForgetStop(); }
   std::vector<std::string> Details() const override;
+  WorkbenchPlatform* Workbench() override;
   std::vector<int> RunChildren(
       const std::vector<std::vector<std::string>>& arguments,
       const std::function<void(std::size_t, bool, const std::string&)>& on_line) override;
