@@ -1,7 +1,10 @@
 #!/usr/bin/python3
-"""Several cameras, several processes, and being interrupted."""
+"""Several cameras, several processes, the prompt, and being interrupted."""
 import json
+import os
+import pty
 import random
+import select
 import signal
 import subprocess
 import time
@@ -130,6 +133,55 @@ class StationTest(station.ToolTest):
         """Waits for a process whose standard output is a file."""
         process.communicate(timeout=station.LONGEST)
         return process.returncode
+
+
+class PromptTest(station.ToolTest):
+    """borvanusb run on a terminal."""
+
+    def setUp(self):
+        super().setUp()
+        self.plug_in(camera(0))
+        self.process, self.terminal = pty.fork()
+        if self.process == 0:
+            os.environ.update(self.environment, TERM="xterm")
+            os.chdir(self.folder)
+            command = self.command()
+            os.execvp(command[0], [*command, "run"])
+        self.said = ""
+
+    def type(self, keys, answer):
+        """Types keys and waits until `answer` is shown."""
+        os.write(self.terminal, keys)
+        self.wait_for(answer)
+
+    def wait_for(self, answer):
+        """Waits until the terminal shows a text, and forgets what it showed before."""
+        deadline = time.monotonic() + station.LONGEST
+        while answer not in self.said:
+            self.assertLess(time.monotonic(), deadline, self.said)
+            if select.select([self.terminal], [], [], 0.2)[0]:
+                self.said += os.read(self.terminal, 4096).decode("utf-8", "replace")
+        self.said = self.said.split(answer, 1)[1]
+
+    def test_lines_are_edited_completed_run_and_stopped(self):
+        self.wait_for("borvanusb>")
+        self.type(b"reg rea\t0x100\r", "0x0100  0x11")
+        self.wait_for("borvanusb>")
+        self.type(b"\x1b[A\r", "0x0100  0x11")
+        self.wait_for("borvanusb>")
+        self.type(b"sleep 60s\r", "\r\n")
+        time.sleep(1)
+        self.type(b"\x03", "stopped by the user")
+        self.wait_for("borvanusb>")
+        os.write(self.terminal, b"exit\r")
+        # The rest must be read, or the program waits for it.
+        while select.select([self.terminal], [], [], 5)[0]:
+            try:
+                os.read(self.terminal, 4096)
+            except OSError:
+                break
+        self.assertEqual(os.waitpid(self.process, 0)[1], 0)
+        os.close(self.terminal)
 
 
 class OneProgrammerTest(station.ToolTest):
