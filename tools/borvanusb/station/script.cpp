@@ -59,6 +59,8 @@ void CheckLineOptions(const Arguments& arguments, const std::string& where) {
       {"--verbose", given.verbose},
       {"--trace", !given.trace.empty()},
       {"--log", !given.log.empty()},
+      {"--profile", !given.profile.empty()},
+      {"--force-profile", given.force_profile},
       {"--wait", given.wait != standard.wait},
       {"--timeout", given.timeout != standard.timeout},
       {"--progress", given.progress != standard.progress},
@@ -69,10 +71,6 @@ void CheckLineOptions(const Arguments& arguments, const std::string& where) {
                     Format("{} applies to a whole {}, not to a line", name, where),
                     "Give it to borvanusb run itself.");
     }
-  }
-  if (ValuesOf<RunCommand>(*arguments.command) != nullptr) {
-    throw Failure(ExitCode::kUsage, Format("a {} can't run another one", where),
-                  "Put the lines of the other script into this one.");
   }
 }
 
@@ -109,6 +107,10 @@ std::vector<ScriptLine> ReadScript(const std::string& file, const std::string& t
     try {
       if (std::optional<LineCommand> command = read_line(words)) {
         CheckLineOptions(command->arguments, "script");
+        if (ValuesOf<RunCommand>(*command->arguments.command) != nullptr) {
+          throw Failure(ExitCode::kUsage, "a script can't run another one",
+                        "Put the lines of the other script into this one.");
+        }
         lines.push_back({line.number, words, std::move(*command)});
       }
     } catch (const Failure& failure) {

@@ -296,18 +296,22 @@ const CommandRules& LineRules() {
 
 }  // namespace
 
-Arguments ParseScriptLine(const std::vector<std::string>& words) {
+std::variant<Arguments, TextAnswer> ParseLine(const std::vector<std::string>& words) {
   try {
-    auto parsed = ParseCommandLine(words, LineRules());
-    if (std::holds_alternative<Arguments>(parsed)) {
-      return std::get<Arguments>(std::move(parsed));
-    }
+    return ParseCommandLine(words, LineRules());
   } catch (const Failure& failure) {
     if (!IsScriptOnly(words.front())) {
       throw;
     }
     // These lines have no --help of their own.
     throw Failure(failure.Code(), failure.Message(), "borvanusb run --help shows these lines.");
+  }
+}
+
+Arguments ParseScriptLine(const std::vector<std::string>& words) {
+  auto parsed = ParseLine(words);
+  if (std::holds_alternative<Arguments>(parsed)) {
+    return std::get<Arguments>(std::move(parsed));
   }
   throw Failure(ExitCode::kUsage, "--help and --version are no commands of a script",
                 "Remove the line.");

@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <variant>
 #include <vector>
 
 #include "base/exit_code.h"
@@ -53,6 +54,9 @@ ExitCode Run(const AskCommand& command, Context& context);
 
 // The rules of these lines alone.
 const CommandRules& ScriptOnlyRules();
+// Reads the words of a line at the prompt: one of these, a command of the tool, or --help. Throws
+// Failure kUsage.
+std::variant<Arguments, TextAnswer> ParseLine(const std::vector<std::string>& words);
 // Reads the words of a script's line: one of these, or a command of the tool. Throws Failure
 // kUsage.
 Arguments ParseScriptLine(const std::vector<std::string>& words);
