@@ -272,11 +272,11 @@ TEST(FlashArgumentsTest, RegionTakesThePlaceOfARange) {
   EXPECT_EQ(As<FlashReadCommand>({"flash", "read", "0+4K", "a.bin", "--format", "hex"}).format,
             "hex");
   EXPECT_EQ(As<FlashEraseCommand>({"flash", "erase", "--region", "a", "--force"}).region, "a");
-  ExpectRefused({"flash", "read", "0+4K", "a.bin", "--region", "a"},
-                "--region: contradicts RANGE: give one of the two");
-  ExpectRefused({"flash", "read", "0+4K"},
-                "FILE: is missing; give the file that the bytes go into");
-  ExpectRefused({"flash", "read", "a.bin"},
+  ExpectRefused({"flash", "read", "0+4K", "--region", "a"},
+                "RANGE: \"0+4K\" contradicts --region: give one of the two");
+  ExpectRefused({"flash", "read", "a.bin", "b.bin", "--region", "a"},
+                "FILE: \"b.bin\" is one argument too many: --region takes no RANGE");
+  ExpectRefused({"flash", "read"},
                 "RANGE: is missing; give it, or a region of the camera's profile with --region");
   ExpectRefused({"flash", "erase"},
                 "RANGE: is missing; give it, or a region of the camera's profile with --region");
@@ -287,6 +287,22 @@ TEST(FlashArgumentsTest, RegionTakesThePlaceOfARange) {
 TEST(FlashArgumentsTest, VerifyTakesForceAsProgramDoes) {
   EXPECT_TRUE(As<FlashVerifyCommand>({"flash", "verify", "a", "--force"}).force);
   EXPECT_FALSE(As<FlashVerifyCommand>({"flash", "verify", "a"}).force);
+}
+
+TEST(FlashArgumentsTest, TagsHaveANameOnceEach) {
+  const auto parse = [](std::vector<std::string> words) {
+    words.insert(words.begin(), {"flash", "program", "a.bin"});
+    return std::get<Arguments>(ParseCommandLine(words));
+  };
+  const Arguments arguments = parse({"--tag", "order=4711", "--tag", "note=a=b"});
+  const auto* const command = ValuesOf<FlashProgramCommand>(*arguments.command);
+  EXPECT_EQ(command->tags,
+            (std::vector<std::pair<std::string, std::string>>{{"order", "4711"}, {"note", "a=b"}}));
+  for (const std::vector<std::string>& wrong : {std::vector<std::string>{"--tag", "order"},
+                                                {"--tag", "=1"},
+                                                {"--tag", "order=1", "--tag", "order=2"}}) {
+    EXPECT_THROW(parse(wrong), Failure);
+  }
 }
 
 }  // namespace

@@ -100,9 +100,9 @@ TEST_F(ManualTest, JsonHoldsThePage) {
 }
 
 TEST_F(ManualTest, NamesTheCommonOptionsThatACommandDoesNotTake) {
-  EXPECT_THAT(output.out, HasSubstr("\nTakes no \\fB\\-\\-camera\\fR, \\fB\\-\\-profile\\fR, "
-                                    "\\fB\\-\\-force\\-profile\\fR, \\fB\\-\\-progress\\fR and "
-                                    "\\fB\\-\\-trace\\fR.\n"));
+  EXPECT_THAT(output.out, HasSubstr("\nTakes no \\fB\\-\\-camera\\fR, \\fB\\-\\-wait\\fR, "
+                                    "\\fB\\-\\-profile\\fR, \\fB\\-\\-force\\-profile\\fR, "
+                                    "\\fB\\-\\-progress\\fR and \\fB\\-\\-trace\\fR.\n"));
   EXPECT_THAT(output.out, HasSubstr("\nTakes no \\fB\\-\\-progress\\fR.\n"));
 }
 

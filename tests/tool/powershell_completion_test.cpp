@@ -45,8 +45,9 @@ TEST(PowerShellCompletionTest, HoldsCommandsOptionsAndValues) {
   EXPECT_THAT(script, HasSubstr("@{ Words = 'reg load'; Text = 'Writes the registers of a list.'; "
                                 "Values = @(); Without = @() }\n"));
   EXPECT_THAT(script, HasSubstr("Values = @('bash', 'powershell'); Without = @("));
-  EXPECT_THAT(script, HasSubstr("; Without = @('--camera', '--profile', '--force-profile', "
-                                "'--progress', '--trace') }\n"));
+  EXPECT_THAT(script,
+              HasSubstr("; Without = @('--camera', '--wait', '--profile', '--force-profile', "
+                        "'--progress', '--trace') }\n"));
   EXPECT_THAT(script,
               HasSubstr("@{ Name = '--no-verify'; Text = 'don''t read back'; TakesValue = $false; "
                         "Values = @() }\n"));

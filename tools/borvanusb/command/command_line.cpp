@@ -196,6 +196,23 @@ void Store(Target& target, const Stores& stores, const std::vector<OptionDescrip
   }
 }
 
+// The command's own words.
+GivenWords WordsOf(const SortedWords& sorted) {
+  GivenWords words{sorted.command, {}, {}};
+  for (std::size_t i = 0; i < sorted.own.size(); ++i) {
+    const OptionDescription& option = sorted.described->options[i];
+    for (const std::string& value : sorted.own[i]) {
+      if (option.positional) {
+        words.arguments.push_back(value);
+        continue;
+      }
+      words.options.push_back(option.value.empty() ? option.names.back()
+                                                   : Format("{}={}", option.names.back(), value));
+    }
+  }
+  return words;
+}
+
 const CommandRule& RuleFor(const SortedWords& words, const CommandRules& rules) {
   return *std::find_if(rules.begin(), rules.end(), [&](const CommandRule& rule) {
     return rule.description.words == words.command;
@@ -257,6 +274,7 @@ std::variant<Arguments, TextAnswer> ParseCommandLine(const std::vector<std::stri
   Arguments arguments;
   Store(arguments.common, AllCommonRules().store, tool.common, sorted.common, sorted.command);
   arguments.words = Joined(sorted.command);
+  arguments.common.words = WordsOf(sorted);
   const std::shared_ptr<Command> command = rule.make();
   arguments.command = command;
   Store(*command, rule.store, rule.description.options, sorted.own, sorted.command);

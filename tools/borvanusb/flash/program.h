@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "base/exit_code.h"
@@ -26,6 +27,7 @@ struct FlashProgramCommand {
   std::string report;
   std::string journal;  // of an unfinished change: its file, or "none"
   bool all = false;
+  std::vector<std::pair<std::string, std::string>> tags = {};  // for the report: name, value
   std::string region;  // where the image goes, in place of an address
   ImageForm form = ImageForm::kAuto;
   std::vector<ImageWish> more;  // images besides the first

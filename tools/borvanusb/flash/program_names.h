@@ -28,7 +28,4 @@ FlashProgramCommand Placed(FlashProgramCommand command, const std::vector<Placed
 std::string GoBackText(const BackupRecord& backup, std::span<const std::uint8_t> bytes,
                        const CameraIdentity& camera, bool force);
 
-// "dir/report.json" with "-2" before its extension: "dir/report-2.json".
-std::string InsertBeforeExtension(const std::string& file, const std::string& part);
-
 }  // namespace borvanusb

@@ -75,6 +75,8 @@ ExitCode FlashProgrammer::Run() {
   outcome_.image_file = command_.image;
   outcome_.address = command_.address.value_or(0);
   outcome_.dry_run = command_.dry_run;
+  outcome_.tags = command_.tags;
+  outcome_.computer = context_.host.Environment("COMPUTERNAME");
   outcome_.started = context_.host.Now();
   const Time start = context_.host.Clock();
   const auto finish = [&] {
@@ -154,6 +156,7 @@ void FlashProgrammer::PlaceWanted(const CameraIdentity& camera) {
 void FlashProgrammer::Work() {
   const CameraIdentity identity = ChosenCamera(context_.host, context_.common.cameras);
   outcome_.camera = identity;
+  outcome_.library_version = context_.host.LibraryVersion();
   PlaceWanted(identity);
   site_ = std::make_unique<Site>(context_, identity, state_);
   seen_ = Examine(image_, told_size_, command_.journal, site_->Steps());

@@ -11,6 +11,7 @@
 #include "camera/host.h"
 #include "command/command_rules.h"
 #include "command/context.h"
+#include "command/several_cameras.h"
 #include "command/values.h"
 #include "flash/engine/byte_ranges.h"
 #include "flash/engine/flash_end.h"
@@ -19,6 +20,7 @@
 #include "flash/place_images.h"
 #include "flash/regions.h"
 #include "flash/report.h"
+#include "flash/several.h"
 #include "flash/verify.h"
 #include "output/output.h"
 #include "output/progress.h"
@@ -79,7 +81,8 @@ void WriteJson(std::ostream& file, const Comparison& comparison) {
   file << "]}\n";
 }
 
-std::vector<ImageFile> LoadAll(const FlashVerifyCommand& command, Output& output) {
+std::vector<ImageFile> LoadAll(const FlashVerifyCommand& command, bool for_several,
+                               Output& output) {
   const std::vector<ImageWish> wishes = WishesOf(command);
   std::vector<ImageFile> files = LoadImageFiles(wishes, command.form, command.force, output);
   for (const ImageWish& wish : wishes) {
@@ -88,7 +91,7 @@ std::vector<ImageFile> LoadAll(const FlashVerifyCommand& command, Output& output
                     "Give the differences a file of their own.");
     }
   }
-  if (!command.diff.empty()) {
+  if (!command.diff.empty() && !for_several) {
     CheckWritable(command.diff);
   }
   return files;
@@ -129,7 +132,11 @@ void TellDifferences(const Comparison& comparison, const Ranges& wrong, Output& 
 }  // namespace
 
 ExitCode Run(const FlashVerifyCommand& command, Context& context) {
-  std::vector<ImageFile> files = LoadAll(command, context.output);
+  std::vector<ImageFile> files =
+      LoadAll(command, IsForSeveral(command.all, context), context.output);
+  if (IsForSeveral(command.all, context)) {
+    return VerifySeveral(command.all, context);
+  }
   const CameraIdentity identity = ChosenCamera(context.host, context.common.cameras);
   const FlashLayout layout = LayoutFor(identity, context);
   const Placement placement = PlaceImages(std::move(files), layout, command.force, context.output);
@@ -170,7 +177,9 @@ CommandRule FlashVerifyRule() {
       [](FlashVerifyCommand& command, const std::string& text) { command.diff = FileValue(text); });
   rule.AddFlag("--force", "compare a file that does not look like firmware",
                &FlashVerifyCommand::force);
+  AddAll(rule);
   rule.Check([](const FlashVerifyCommand& command, const GivenOptions& given) {
+    CheckAll(command.all, given);
     CheckPlaces(WishesOf(command), command.form, given);
   });
   rule.Example("borvanusb flash verify firmware.bin --address 0x40000");

@@ -19,6 +19,7 @@ struct FlashVerifyCommand {
   std::string diff;                                     // JSON, or CSV for a name that ends in .csv
   std::optional<std::uint64_t> flash_size = std::nullopt;
   bool force = false;
+  bool all = false;         // every camera there is
   std::string region = {};  // where the image goes, in place of an address
   ImageForm form = ImageForm::kAuto;
   std::vector<ImageWish> more = {};  // images besides the first

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <limits>
 #include <optional>
 #include <utility>
 #include <vector>
@@ -9,6 +10,12 @@
 #include "maps/svd_values.h"
 
 namespace borvanusb {
+
+inline constexpr std::uint64_t kWordBits = 64;
+constexpr std::uint64_t LowBits(std::uint64_t count) {
+  return count >= kWordBits ? std::numeric_limits<std::uint64_t>::max()
+                            : (std::uint64_t{1} << count) - 1;
+}
 
 // Makes the forms of registers: each once for all registers that share it.
 class FormBuilder {
@@ -37,13 +44,15 @@ class FormBuilder {
   void AddFields(std::uint32_t id, MapRegisterForm& form);
   void AddField(std::uint32_t id, const MapRegisterForm& of, MapRegisterForm& form);
   void AddEnumerations(std::uint32_t id, MapField& field);
-  void CheckValues(std::uint32_t id, const MapField& field, MapValueList& list) const;
-  void CheckFields(std::uint32_t id, const MapRegisterForm& form) const;
   MapValueList* ValuesOf(std::uint32_t id);
-  void CheckOverlaps(std::uint32_t id, const MapRegisterForm& form);
   const MapEnumeration& EnumerationOf(std::uint32_t id);
   void AddValue(const SvdNode& node, MapValueList& list) const;
   Place PlaceOf(std::uint32_t id) const;
+
+  // form_checks.cpp
+  void CheckValues(std::uint32_t id, const MapField& field, MapValueList& list) const;
+  void CheckFields(std::uint32_t id, const MapRegisterForm& form) const;
+  void CheckOverlaps(std::uint32_t id, const MapRegisterForm& form);
 
   // It stays where it is.
   Made& MadeOf(std::uint32_t id) {

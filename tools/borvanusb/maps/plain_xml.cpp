@@ -22,16 +22,17 @@ constexpr std::string_view kBlanks = " \t\r\n";
 // needs a node, and nodes come from here in blocks of some hundred: a stack that is too deep is
 // noticed before it is full.
 constexpr std::uintptr_t kMostStack = std::uintptr_t{128} << 10U;
-thread_local std::uintptr_t stack_start = 0;
+thread_local std::uintptr_t g_stack_start = 0;
 
 std::uintptr_t StackPlace() {
   const volatile char here = 0;
+  // NOLINTNEXTLINE(clang-analyzer-core.StackAddressEscape): compared as a number, never followed
   return reinterpret_cast<std::uintptr_t>(&here);
 }
 
 void* TakeBlock(std::size_t size) {
   const std::uintptr_t place = StackPlace();
-  if (std::max(place, stack_start) - std::min(place, stack_start) > kMostStack) {
+  if (std::max(place, g_stack_start) - std::min(place, g_stack_start) > kMostStack) {
     throw NotPlain();
   }
   return ::operator new(size);
@@ -113,7 +114,7 @@ class Scan {
 PlainFacts ParsePlain(std::string& text, SvdDocument& document) {
   const PlainFacts facts = Scan(text).Run();
   document.set_allocator(TakeBlock, ReturnBlock);
-  stack_start = StackPlace();
+  g_stack_start = StackPlace();
   try {
     document.parse<kFlags>(text.data());
   } catch (const rapidxml::parse_error&) {

@@ -5,6 +5,7 @@
 #include <tuple>
 
 #include "base/width_modes.h"
+#include "camera/i2c_failure.h"
 #include "camera/register_readings.h"
 #include "command/camera_work.h"
 #include "names/field_value.h"
@@ -45,18 +46,20 @@ std::uint32_t AddressOf(const RegisterAccess& access, std::uint32_t index) {
 }
 
 std::uint32_t ReadAt(const RegisterAccess& device, std::uint32_t address, Camera& camera) {
-  if (device.read_once) {
-    return device.on_i2c ? camera.SampleI2c(device.target, address)
-                         : camera.SampleRegister(address, device.width);
+  if (!device.on_i2c) {
+    return device.read_once ? camera.SampleRegister(address, device.width)
+                            : camera.ReadRegister(address, device.width);
   }
-  return device.on_i2c ? camera.ReadI2c(device.target, address)
-                       : camera.ReadRegister(address, device.width);
+  return ExplainingI2c(camera, device.target, [&] {
+    return device.read_once ? camera.SampleI2c(device.target, address)
+                            : camera.ReadI2c(device.target, address);
+  });
 }
 
 void WriteAt(const RegisterAccess& device, std::uint32_t address, std::uint32_t value,
              Camera& camera) {
   if (device.on_i2c) {
-    camera.WriteI2c(device.target, address, value);
+    ExplainingI2c(camera, device.target, [&] { camera.WriteI2c(device.target, address, value); });
   } else {
     camera.WriteRegister(address, value, device.width);
   }
@@ -99,7 +102,8 @@ std::vector<std::uint32_t> ReadRow(const ReadPiece& piece, Camera& camera,
       const auto part = camera.ReadRegisterRun(from, to);
       values.insert(values.end(), part.begin(), part.end());
     } else if (piece.of.on_i2c) {
-      const auto part = camera.ReadI2cRun(piece.of.target, from, to);
+      const auto part = ExplainingI2c(camera, piece.of.target,
+                                      [&] { return camera.ReadI2cRun(piece.of.target, from, to); });
       values.insert(values.end(), part.begin(), part.end());
     } else {
       values.push_back(camera.ReadRegister(from, piece.of.width));

@@ -6,6 +6,7 @@
 #include "command/camera_work.h"
 #include "command/command_rules.h"
 #include "command/context.h"
+#include "command/several_cameras.h"
 #include "command/values.h"
 #include "output/output.h"
 #include "station/info.h"
@@ -35,9 +36,22 @@ void TellFlashSize(Camera& camera, std::optional<std::uint64_t> told, Context& c
       {"how", size.how}};
 }
 
+// Of one camera among several.
+std::string Summary(const nlohmann::ordered_json& result) {
+  const nlohmann::ordered_json& size = result.at("flash").at("size");
+  return Format("feature register {}, {} I2C lists, flash {}",
+                Hex(result.value("feature_register", 0U), 2),
+                result.value("fast_i2c", false) ? "fast" : "slow",
+                size.is_number() ? SizeText(size.get<std::uint64_t>()) : "of unknown size");
+}
+
 }  // namespace
 
 ExitCode Run(const InfoCommand& command, Context& context) {
+  if (IsForSeveral(command.all, context)) {
+    const auto words = [&](const CameraIdentity&) { return WordsForOne(context.common.words); };
+    return RunForSeveral({words, Summary, false}, command.all, context);
+  }
   const CameraIdentity identity = ChosenCamera(context.host, context.common.cameras);
   // Before the camera is asked: what is known of one that does not answer.
   context.output.Line(Format("camera            {}", CameraLine(identity)));
@@ -57,6 +71,9 @@ CommandRule InfoRule() {
            [](InfoCommand& command, const std::string& text) {
              command.flash_size = FlashSizeValue(text);
            });
+  AddAll(rule);
+  rule.Check(
+      [](const InfoCommand& command, const GivenOptions& given) { CheckAll(command.all, given); });
   rule.Refuse("--progress", kNoProgress);
   rule.Example("borvanusb info --camera 1234:0001");
   return rule.Take();
