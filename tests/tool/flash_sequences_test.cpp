@@ -11,6 +11,8 @@
 #include "flash/program.h"
 #include "flash/word.h"
 #include "flash_sequences_judge.h"
+#include "images/image_format.h"
+#include "images/intel_hex.h"
 
 namespace borvanusb::tool_test {
 namespace {
@@ -78,15 +80,37 @@ class Sequence : public SequenceJudge {
       if (has_patches_) {
         MakePatch(image, firmware);
       }
-      image.name = "image" + std::to_string(i) + ".bin";
+      image.segments = {{image.address, image.bytes}};
+      for (std::uint32_t holes = Chance(40) ? 1 + Draw(3) : 0; holes > 0; --holes) {
+        MakeHole(image.segments);
+      }
+      const bool has_gaps = image.segments.size() > 1;
+      image.name = "image" + std::to_string(i) + (has_gaps ? ".hex" : ".bin");
+      const std::string text = IntelHexText(image.segments);
       for (const char* folder : {"a/", "b/"}) {
-        WriteFile(folder + image.name, image.bytes);
+        WriteFile(folder + image.name,
+                  has_gaps ? Bytes(text.begin(), text.end()) : image.segments.front().bytes);
       }
       images_.push_back(image);
     }
   }
 
   struct Image;
+
+  // Takes some bytes out of the last piece of an image, so that there are two; or some at its end.
+  void MakeHole(Segments& segments) {
+    const Segment last = segments.back();
+    const auto size = static_cast<std::uint32_t>(last.bytes.size());
+    if (size < 3) {
+      return;
+    }
+    const std::uint32_t first = 1 + Draw(size - 1);
+    const std::uint32_t end = std::min(size, first + 1 + Draw(Chance(50) ? 0x40 : 0x2000));
+    segments.back().bytes.resize(first);
+    if (end < size) {
+      segments.push_back({last.address + end, {last.bytes.begin() + end, last.bytes.end()}});
+    }
+  }
 
   // An image that clears bits in a few bytes alone: of the firmware, or of the image before.
   void MakePatch(Image& image, const Bytes& firmware) {
@@ -105,7 +129,8 @@ class Sequence : public SequenceJudge {
   struct Image {
     std::string name;
     std::uint32_t address = 0;
-    Bytes bytes;
+    Bytes bytes;        // without its gaps
+    Segments segments;  // what the file holds
   };
 
   std::string Spelled(const std::string& name) {
@@ -164,7 +189,10 @@ class Sequence : public SequenceJudge {
     const Image& image = images_[Draw(static_cast<std::uint32_t>(images_.size()))];
     FlashProgramCommand command;
     command.image = Spelled(image.name);
-    command.address = image.address;
+    const bool has_gaps = image.segments.size() > 1;
+    if (!has_gaps) {
+      command.address = image.address;
+    }
     command.force = true;
     command.backup = Chance(60);
     if (command.backup && Chance(40)) {
@@ -172,12 +200,10 @@ class Sequence : public SequenceJudge {
     }
     command.restore_on_failure = command.backup && Chance(30);
     command.verify = Chance(85);
-    log_ += "program " + image.name + " " +
-            Text(Range{image.address,
-                       static_cast<std::uint32_t>(image.address + image.bytes.size() - 1)}) +
+    log_ += "program " + image.name + " " + RangesText(PlacesOf(image.segments)) +
             (command.restore_on_failure ? " restore" : "") + (command.backup ? "" : " no-backup") +
             (command.verify ? "" : " no-verify");
-    Program(module, command, {image.address, image.bytes});
+    Program(module, command, {image.segments});
   }
 
   void BackStep(Module& module) {
@@ -187,10 +213,15 @@ class Sequence : public SequenceJudge {
         backup_places_.contains(entry->first) ? backup_places_[entry->first] : 0x1000;
     FlashProgramCommand command;
     command.image = entry->first;
-    command.address = address;
     command.force = true;
     log_ += "write back " + entry->first + " at " + Hex(address);
-    Program(module, command, {address, entry->second});
+    // A backup with gaps tells its addresses itself.
+    if (RecogniseFormat(entry->second) == ImageFormat::kIntelHex) {
+      Program(module, command, {ReadIntelHex(entry->second).segments});
+    } else {
+      command.address = address;
+      Program(module, command, {{{address, entry->second}}});
+    }
   }
 
   void Program(Module& module, FlashProgramCommand command, const NamedBytes& named) {
@@ -214,7 +245,7 @@ class Sequence : public SequenceJudge {
     command.backup_file =
         command.backup ? Spelled("erased" + std::to_string(Draw(1000)) + ".bin") : "";
     log_ += "erase " + Text(command.range);
-    Attempt(module, {command.range.first, Bytes(command.range.Size(), 0xFF)},
+    Attempt(module, {{{command.range.first, Bytes(command.range.Size(), 0xFF)}}},
             [&] { return Run(command); });
   }
 
@@ -234,7 +265,7 @@ class Sequence : public SequenceJudge {
     command.backup_file =
         command.backup ? Spelled("word" + std::to_string(Draw(1000)) + ".bin") : "";
     log_ += "word " + Hex(command.address);
-    Attempt(module, {command.address, bytes}, [&] { return Run(command); });
+    Attempt(module, {{{command.address, bytes}}}, [&] { return Run(command); });
   }
 
   // With `verify` a packet may be answered and not programmed: only then it must be noticed.
