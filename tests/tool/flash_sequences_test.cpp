@@ -68,7 +68,7 @@ class Sequence : public SequenceJudge {
     const std::uint32_t base = 0x1000 * (1 + Draw(8));
     const std::uint32_t images = 2 + Draw(3);
     for (std::uint32_t i = 0; i < images; ++i) {
-      Image image;
+      SequenceImage image;
       image.address = base + Draw(0x2800);
       image.bytes = RandomBytes(Chance(50) ? 1 + Draw(0x400) : 1 + Draw(0x3800));
       if (Chance(20)) {
@@ -95,25 +95,17 @@ class Sequence : public SequenceJudge {
     }
   }
 
-  struct Image;
-
   // Takes some bytes out of the last piece of an image, so that there are two; or some at its end.
   void MakeHole(Segments& segments) {
-    const Segment last = segments.back();
-    const auto size = static_cast<std::uint32_t>(last.bytes.size());
-    if (size < 3) {
-      return;
-    }
-    const std::uint32_t first = 1 + Draw(size - 1);
-    const std::uint32_t end = std::min(size, first + 1 + Draw(Chance(50) ? 0x40 : 0x2000));
-    segments.back().bytes.resize(first);
-    if (end < size) {
-      segments.push_back({last.address + end, {last.bytes.begin() + end, last.bytes.end()}});
+    const auto size = static_cast<std::uint32_t>(segments.back().bytes.size());
+    if (size >= 3) {
+      const std::uint32_t first = 1 + Draw(size - 1);
+      CutOut(segments, first, std::min(size, first + 1 + Draw(Chance(50) ? 0x40 : 0x2000)));
     }
   }
 
   // An image that clears bits in a few bytes alone: of the firmware, or of the image before.
-  void MakePatch(Image& image, const Bytes& firmware) {
+  void MakePatch(SequenceImage& image, const Bytes& firmware) {
     if (!images_.empty() && Chance(50)) {
       image.address = images_.back().address;
       image.bytes = images_.back().bytes;
@@ -125,13 +117,6 @@ class Sequence : public SequenceJudge {
           static_cast<std::uint8_t>(random_());
     }
   }
-
-  struct Image {
-    std::string name;
-    std::uint32_t address = 0;
-    Bytes bytes;        // without its gaps
-    Segments segments;  // what the file holds
-  };
 
   std::string Spelled(const std::string& name) {
     const std::string folder = Chance(60) ? "a" : "b";
@@ -186,7 +171,7 @@ class Sequence : public SequenceJudge {
   }
 
   void ProgramStep(Module& module) {
-    const Image& image = images_[Draw(static_cast<std::uint32_t>(images_.size()))];
+    const SequenceImage& image = images_[Draw(static_cast<std::uint32_t>(images_.size()))];
     FlashProgramCommand command;
     command.image = Spelled(image.name);
     const bool has_gaps = image.segments.size() > 1;
@@ -361,7 +346,7 @@ class Sequence : public SequenceJudge {
 
   std::mt19937 random_;
   std::vector<int> plugged_;  // module by port, -1: none
-  std::vector<Image> images_;
+  std::vector<SequenceImage> images_;
   bool has_patches_ = false;
   bool asked_ = false;
   std::string asked_journal_;
