@@ -19,6 +19,7 @@ const given = (name, otherwise) => (process.argv.includes(name) ? process.argv[p
 const pageFolder = given("--page", path.join(here, "../../build/workbench-page/page"));
 const readOnly = process.argv.includes("--read-only");
 const token = crypto.randomBytes(16).toString("hex");
+let tokenUsed = false;
 const cookie = crypto.randomBytes(16).toString("hex");
 
 const profile = { file: "sample-module.camera.json", name: "Sample module" };
@@ -108,6 +109,7 @@ async function startRun(body, answer) {
   jobs.set(id, { job, run });
   if (camera) camera.job = job;
   send("job", { job, state: "started", exit: null });
+  if (body.wait === false) answer(202, { job: id });
   const outcome = { exit: 0, result: null, error: null, messages: run.messages, line, job: id };
   try {
     if (which !== null) find(which);
@@ -126,7 +128,7 @@ async function startRun(body, answer) {
   if (camera) camera.job = null;
   answers.set(id, outcome);
   send("job", { job, state: "ended", exit: outcome.exit });
-  return answer(200, outcome);
+  return body.wait === false ? undefined : answer(200, outcome);
 }
 
 const lives = new Map();
@@ -174,7 +176,8 @@ async function handle(request, response) {
     response.writeHead(status, { "Content-Type": "application/json" });
     response.end(JSON.stringify(data));
   };
-  if (url.searchParams.get("token") === token) {
+  if (!tokenUsed && url.searchParams.get("token") === token) {
+    tokenUsed = true;
     response.writeHead(303, { "Set-Cookie": `borvanusb=${cookie}; HttpOnly; SameSite=Strict; Path=/`, Location: "/" });
     return response.end();
   }

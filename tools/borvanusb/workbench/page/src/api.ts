@@ -14,7 +14,9 @@ const eventNames: (keyof Events)[] = ['cameras', 'job', 'progress', 'output', 'v
 
 // A request that the server refused, or that did not reach it.
 export class RequestFailed extends Error {
-  constructor(readonly status: number, readonly kind: string, message: string, readonly job: Job | null = null) {
+  constructor(
+    readonly status: number, readonly kind: string, message: string, readonly job: Job | null = null, readonly hint = '',
+  ) {
     super(message);
   }
 }
@@ -27,7 +29,7 @@ async function request(path: string, options: RequestInit = {}): Promise<Respons
     throw new RequestFailed(0, 'gone', 'The workbench does not answer. Is borvanusb workbench still running?');
   }
   if (response.ok) return response;
-  let body: { error?: string; message?: string; job?: Job } = {};
+  let body: { error?: string; message?: string; hint?: string; job?: Job } = {};
   try {
     body = await response.json();
   } catch {
@@ -35,7 +37,7 @@ async function request(path: string, options: RequestInit = {}): Promise<Respons
   }
   const busy = response.status === 409 ? `Other work has this camera: ${body.job?.line ?? 'unknown'}` : null;
   const text = busy ?? body.message ?? body.error ?? `The workbench refused the request (${response.status}).`;
-  throw new RequestFailed(response.status, body.error ?? 'refused', text, body.job ?? null);
+  throw new RequestFailed(response.status, body.error ?? 'refused', text, body.job ?? null, body.hint);
 }
 
 async function post<T>(path: string, body: object): Promise<T> {
@@ -54,9 +56,14 @@ export const api = {
     return post('/api/run', { words, camera, job });
   },
 
+  // Answers when the work has begun: browsers open few connections to one server, and long work would keep them.
+  begin(words: string[], camera: string | null, job: string): Promise<unknown> {
+    return post('/api/run', { words, camera, job, wait: false });
+  },
+
   // The answer of work that has ended, or that it still runs; only the last ones are kept.
-  async job(id: string): Promise<RunAnswer<unknown> | { running: Job }> {
-    return (await (await request(`/api/jobs/${encodeURIComponent(id)}`)).json()) as RunAnswer<unknown> | { running: Job };
+  async job<T>(id: string): Promise<RunAnswer<T> | { running: Job }> {
+    return (await (await request(`/api/jobs/${encodeURIComponent(id)}`)).json()) as RunAnswer<T> | { running: Job };
   },
 
   stop(job: string): Promise<unknown> {

@@ -59,8 +59,8 @@ export class FlashStore extends Versioned {
     return this.givenSize === null ? command : [...command, '--flash-size', this.givenSize];
   }
 
-  private run<T>(command: string[], job?: string): Promise<RunAnswer<T> & { result: T }> {
-    return run<T>(this.withSize(command), { camera: this.path, job });
+  private run<T>(command: string[], job?: string, long = false): Promise<RunAnswer<T> & { result: T }> {
+    return run<T>(this.withSize(command), { camera: this.path, job, long });
   }
 
   readMap(): Promise<void> {
@@ -175,7 +175,7 @@ export class FlashStore extends Versioned {
       this.outcome = null;
       this.verified = null;
       try {
-        const answer = await this.run<ProgramResult>(words.programImages(this.images, report, journal), job);
+        const answer = await this.run<ProgramResult>(words.programImages(this.images, report, journal), job, true);
         const problem = answer.exit === 0 ? null : asProblem(new Error(answer.result.message));
         this.outcome = { result: answer.result, problem, messages: answer.messages, report };
         if (answer.exit === 0) this.plan = null;
@@ -206,9 +206,9 @@ export class FlashStore extends Versioned {
   // Work that a page before this one started: what came of it is shown here when it ends.
   async takeOutcome(job: string): Promise<void> {
     try {
-      const answer = await api.job(job);
+      const answer = await api.job<ProgramResult>(job);
       if ('running' in answer) return;
-      const result = answer.result as ProgramResult | null;
+      const { result } = answer;
       if (result?.dry_run) return;
       const problem = answer.error === null ? null
         : new Problem(answer.error.message, answer.error.hint, answer.error.kind, answer.line, answer.messages);

@@ -77,6 +77,7 @@ function takeJob(event: Events['job']): void {
   });
   session.set({ jobs });
   takeCameras(cameras);
+  if (event.state === 'ended') endListeners.get(event.job.id)?.();
 }
 
 function takeProgress({ job: id, ...rest }: Progress & { job: string }): void {
@@ -154,10 +155,42 @@ function endEntry(id: number, change: Partial<LogEntry>): void {
   session.set({ log: session.get().log.map((entry) => (entry.id === id ? { ...entry, ...change } : entry)) });
 }
 
+// The outcome of long work: asked for when its end is announced, and now and then in case that was missed.
+async function outcomeOf<T>(job: string): Promise<RunAnswer<T>> {
+  for (;;) {
+    await new Promise<void>((resolve) => {
+      const timer = setTimeout(resolve, 3000);
+      const stop = onJobEnd(job, () => {
+        clearTimeout(timer);
+        stop();
+        resolve();
+      });
+      setTimeout(stop, 3000);
+    });
+    try {
+      const answer = await api.job<T>(job);
+      if (!('running' in answer)) return answer;
+    } catch (error) {
+      // While the connection is lost the work goes on; an answer that is not kept any more is lost.
+      if (error instanceof RequestFailed && error.status === 404) throw error;
+    }
+  }
+}
+
+const endListeners = new Map<string, () => void>();
+
+function onJobEnd(job: string, listener: () => void): () => void {
+  endListeners.set(job, listener);
+  return () => {
+    if (endListeners.get(job) === listener) endListeners.delete(job);
+  };
+}
+
 export interface RunOptions {
   camera?: string | null; // the chosen one unless given
   job?: string;
   background?: boolean;
+  long?: boolean; // keeps no connection while it runs
 }
 
 // Runs a command and returns its whole answer; throws a Problem when there is no result.
@@ -171,12 +204,22 @@ export async function run<T>(words: string[], options: RunOptions = {}): Promise
   const seconds = () => (performance.now() - began) / 1000;
   let answer: RunAnswer<T>;
   try {
-    answer = await api.run<T>(words, camera, options.job ?? newId());
+    const job = options.job ?? newId();
+    if (options.long) {
+      const ended = outcomeOf<T>(job);
+      // A refusal to begin is the outcome; nobody waits for the other one then.
+      ended.catch(() => undefined);
+      await api.begin(words, camera, job);
+      answer = await ended;
+    } else {
+      answer = await api.run<T>(words, camera, job);
+    }
   } catch (error) {
     const text = error instanceof RequestFailed ? error.message : String(error);
     endEntry(entry, { exit: -1, seconds: seconds(), message: text });
-    const hint = error instanceof RequestFailed && error.status === 409 ? 'Wait until it ends, or stop it.' : '';
-    throw new Problem(text, hint, error instanceof RequestFailed ? error.kind : 'internal', commandLine(words));
+    const failed = error instanceof RequestFailed ? error : null;
+    const hint = failed?.status === 409 ? 'Wait until it ends, or stop it.' : (failed?.hint ?? '');
+    throw new Problem(text, hint, failed?.kind ?? 'internal', commandLine(words));
   }
   endEntry(entry, {
     exit: answer.exit, seconds: seconds(), line: answer.line || commandLine(words), message: answer.error?.message ?? '',

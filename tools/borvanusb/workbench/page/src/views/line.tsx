@@ -37,7 +37,7 @@ function setRow(path: string, change: Partial<LineRow>): void {
 async function plan(camera: Camera): Promise<void> {
   setRow(camera.path, { ...idle, state: 'planning' });
   try {
-    const { result } = await run<ProgramResult>(planImages(line.get().images), { camera: camera.path });
+    const { result } = await run<ProgramResult>(planImages(line.get().images), { camera: camera.path, long: true });
     setRow(camera.path, { state: 'planned', result });
   } catch (error) {
     setRow(camera.path, { state: 'failed', problem: asProblem(error) });
@@ -49,7 +49,7 @@ async function program(camera: Camera): Promise<void> {
   const report = `report-${job}.json`;
   setRow(camera.path, { state: 'programming', job, problem: null });
   try {
-    const { result } = await run<ProgramResult>(programImages(line.get().images, report), { camera: camera.path, job });
+    const { result } = await run<ProgramResult>(programImages(line.get().images, report), { camera: camera.path, job, long: true });
     setRow(camera.path, { state: 'done', result, job: null });
   } catch (error) {
     const result = await api.json<ProgramResult>(report).catch(() => null);
