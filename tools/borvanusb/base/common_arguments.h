@@ -20,6 +20,7 @@ struct CommonArguments {
   std::string profile;                       // of the camera, a file; empty: the fitting one
   bool force_profile = false;                // use it for a camera that it is not for
   ProgressMode progress = ProgressMode::kAuto;
+  std::vector<std::string> defaulted;  // options whose values come from a profile: "--slave"
 };
 
 }  // namespace borvanusb

@@ -136,8 +136,10 @@ CameraIdentity ChosenCamera(Host& host, const std::vector<std::string>& choices)
         Format("--camera: this command works with one camera, {} are given", choices.size()),
         "Give --camera once; flash program alone takes several.");
   }
-  return ChooseCamera(host.ListCameras(),
-                      choices.empty() ? host.Environment("BORVANUSB_CAMERA") : choices.front());
+  CameraIdentity camera = ChooseCamera(
+      host.ListCameras(), choices.empty() ? host.Environment("BORVANUSB_CAMERA") : choices.front());
+  host.CheckCamera(camera);
+  return camera;
 }
 
 }  // namespace borvanusb

@@ -6,6 +6,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "base/common_arguments.h"
@@ -94,6 +95,19 @@ class Host {
   // An environment variable, UTF-8; empty when it isn't set.
   virtual std::string Environment(const std::string& name) const = 0;
 
+  // What must hold of the camera that a command works with: throws Failure when it does not. Empty:
+  // nothing.
+  using CameraCheck = std::function<void(const CameraIdentity&)>;
+  // Returns the one before.
+  CameraCheck SetCameraCheck(CameraCheck check) {
+    return std::exchange(camera_check_, std::move(check));
+  }
+  void CheckCamera(const CameraIdentity& camera) const {
+    if (camera_check_) {
+      camera_check_(camera);
+    }
+  }
+
   virtual SystemReport ExamineSystem() = 0;
 
   // What --verbose reports about the work so far, in lines: the library, the cameras that were
@@ -106,6 +120,9 @@ class Host {
   virtual std::vector<int> RunChildren(
       const std::vector<std::vector<std::string>>& arguments,
       const std::function<void(std::size_t, bool, const std::string&)>& on_line) = 0;
+
+ private:
+  CameraCheck camera_check_;
 };
 
 }  // namespace borvanusb

@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <iterator>
+#include <memory>
 #include <stdexcept>
 
 #include "base/failure.h"
@@ -168,6 +169,11 @@ void CheckRefused(const CommandDescription& command, const GivenOptions& given) 
   }
 }
 
+class MissingOption : public Failure {
+ public:
+  using Failure::Failure;
+};
+
 // Hands the values of each option to the rule that reads it.
 template <typename Target, typename Stores>
 void Store(Target& target, const Stores& stores, const std::vector<OptionDescription>& options,
@@ -181,9 +187,9 @@ void Store(Target& target, const Stores& stores, const std::vector<OptionDescrip
                     HelpHint(command));
     }
     if (values[i].empty() && options[i].required) {
-      throw Failure(ExitCode::kUsage,
-                    Format("{}: {} is missing: {}", Joined(command), name, options[i].text),
-                    HelpHint(command));
+      throw MissingOption(ExitCode::kUsage,
+                          Format("{}: {} is missing: {}", Joined(command), name, options[i].text),
+                          HelpHint(command));
     }
     for (const std::string& text : values[i]) {
       try {
@@ -201,6 +207,144 @@ const CommandRule& RuleFor(const SortedWords& words, const CommandRules& rules) 
     return rule.description.words == words.command;
   });
 }
+
+bool Takes(const CommandDescription& command, std::string_view option) {
+  return std::ranges::find(command.refused, option, &RefusedOption::name) == command.refused.end();
+}
+
+// The values of a command line. Throws Failure and WrongUse.
+Arguments Values(const ToolDescription& tool, const CommandRule& rule, const SortedWords& sorted) {
+  Arguments arguments;
+  Store(arguments.common, AllCommonRules().store, tool.common, sorted.common, sorted.command);
+  arguments.words = Joined(sorted.command);
+  const std::shared_ptr<Command> command = rule.make();
+  arguments.command = command;
+  Store(*command, rule.store, rule.description.options, sorted.own, sorted.command);
+  if (arguments.common.quiet && arguments.common.verbose) {
+    throw WrongUse("--quiet: contradicts --verbose");
+  }
+  rule.check(*command, Given(tool, sorted));
+  return arguments;
+}
+
+// Fills options that are not given with defaults, where the command accepts them.
+class DefaultOptions {
+ public:
+  DefaultOptions(const ToolDescription& tool, const CommandRule& rule, SortedWords& sorted)
+      : tool_(tool), rule_(rule), sorted_(sorted) {}
+
+  void Fill(const DefaultsSource& source) {
+    CommonArguments common;
+    Store(common, AllCommonRules().store, tool_.common, sorted_.common, sorted_.command);
+    from_ = source(common);
+    std::vector<Open> open = OpenOptions();
+    // Mostly all of them can be taken, and where some contradict what is given, the others can.
+    for (const Open& option : open) {
+      Set(option);
+    }
+    if (Passes()) {
+      return;
+    }
+    for (const Open& option : open) {
+      if (!option.required) {
+        Unset(option);
+      }
+    }
+    bool more = true;
+    while (more) {
+      more = false;
+      for (const Open& option : open) {
+        if (option.values->empty()) {
+          Set(option);
+          if (Passes()) {
+            more = true;
+          } else {
+            Unset(option);
+          }
+        }
+      }
+    }
+  }
+
+  const OptionDefaults& From() const { return from_; }
+  const std::vector<std::string>& Names() const { return names_; }
+
+ private:
+  // An option that is not given and has a default.
+  struct Open {
+    std::string name;
+    std::string value;
+    std::vector<std::string>* values = nullptr;
+    bool required = false;
+  };
+
+  std::vector<Open> OpenOptions() {
+    std::vector<Open> open;
+    for (const auto& [name, value] : from_.values) {
+      if (!MayHaveDefault(name) || !Takes(rule_.description, name)) {
+        continue;
+      }
+      const auto& own = rule_.description.options;
+      for (std::size_t i = 0; i < own.size(); ++i) {
+        const auto command = rule_.make();
+        Consider(own[i], sorted_.own[i], {name, value}, open,
+                 [&](const std::string& text) { rule_.store[i](*command, text); });
+      }
+      for (std::size_t i = 0; i < tool_.common.size(); ++i) {
+        CommonArguments common;
+        Consider(tool_.common[i], sorted_.common[i], {name, value}, open,
+                 [&](const std::string& text) { AllCommonRules().store[i](common, text); });
+      }
+    }
+    return open;
+  }
+
+  template <typename Read>
+  void Consider(const OptionDescription& option, std::vector<std::string>& values,
+                const std::pair<std::string, std::string>& entry, std::vector<Open>& open,
+                Read read) const {
+    const auto& [name, value] = entry;
+    if (option.positional || option.value.empty() || !values.empty() ||
+        std::ranges::find(option.names, name) == option.names.end()) {
+      return;
+    }
+    try {
+      read(value);
+    } catch (const WrongValue& wrong) {
+      throw Failure(
+          ExitCode::kFile,
+          Format("{}: options.{}: {} {}", from_.file, name.substr(2), Quoted(value), wrong.what()),
+          Format("Correct it, or give {} yourself.", name));
+    }
+    open.push_back({name, value, &values, option.required});
+  }
+
+  void Set(const Open& option) {
+    *option.values = {option.value};
+    names_.push_back(option.name);
+  }
+  void Unset(const Open& option) {
+    option.values->clear();
+    std::erase(names_, option.name);
+  }
+
+  bool Passes() const {
+    try {
+      Values(tool_, rule_, sorted_);
+      return true;
+    } catch (const WrongUse&) {
+      return false;
+    } catch (const Failure&) {
+      return false;
+    }
+  }
+
+  const ToolDescription& tool_;
+  const CommandRule& rule_;
+  SortedWords& sorted_;
+  OptionDefaults from_;
+  std::vector<std::string> names_;
+};
 
 ToolDescription DescribeTool(const CommandRules& rules) {
   ToolDescription tool;
@@ -237,8 +381,19 @@ std::variant<Arguments, TextAnswer> ParseCommandLine(const std::vector<std::stri
 
 std::variant<Arguments, TextAnswer> ParseCommandLine(const std::vector<std::string>& words,
                                                      const CommandRules& rules) {
+  return ParseCommandLine(words, rules, nullptr);
+}
+
+std::variant<Arguments, TextAnswer> ParseCommandLine(const std::vector<std::string>& words,
+                                                     const DefaultsSource& defaults) {
+  return ParseCommandLine(words, AllCommandRules(), defaults);
+}
+
+std::variant<Arguments, TextAnswer> ParseCommandLine(const std::vector<std::string>& words,
+                                                     const CommandRules& rules,
+                                                     const DefaultsSource& defaults) {
   const ToolDescription tool = DescribeTool(rules);
-  const SortedWords sorted = SortWords(tool, words);
+  SortedWords sorted = SortWords(tool, words);
   const Given given(tool, sorted);
   if (given.Has("--help")) {
     return TextAnswer{HelpText(tool, sorted.command)};
@@ -254,21 +409,27 @@ std::variant<Arguments, TextAnswer> ParseCommandLine(const std::vector<std::stri
   }
   const CommandRule& rule = RuleFor(sorted, rules);
   CheckRefused(rule.description, given);
-  Arguments arguments;
-  Store(arguments.common, AllCommonRules().store, tool.common, sorted.common, sorted.command);
-  arguments.words = Joined(sorted.command);
-  const std::shared_ptr<Command> command = rule.make();
-  arguments.command = command;
-  Store(*command, rule.store, rule.description.options, sorted.own, sorted.command);
+  const bool takes_profile =
+      Takes(rule.description, "--profile") && Takes(rule.description, "--camera");
+  DefaultOptions defaulted(tool, rule, sorted);
+  if (defaults && takes_profile) {
+    defaulted.Fill(defaults);
+  }
   try {
-    if (arguments.common.quiet && arguments.common.verbose) {
-      throw WrongUse("--quiet: contradicts --verbose");
-    }
-    rule.check(*command, given);
+    Arguments arguments = Values(tool, rule, sorted);
+    arguments.takes_profile = takes_profile;
+    arguments.common.defaulted = defaulted.Names();
+    arguments.defaults_file = defaulted.From().file;
+    return arguments;
+  } catch (const MissingOption& missing) {
+    const std::string& why = defaulted.From().problem;
+    throw Failure(
+        missing.Code(), missing.Message(),
+        why.empty() ? missing.Hint()
+                    : Format("{}\nNo profile was asked for its default: {}", missing.Hint(), why));
   } catch (const WrongUse& wrong) {
     throw Failure(ExitCode::kUsage, wrong.what(), HintOf(wrong, words, sorted.command));
   }
-  return arguments;
 }
 
 }  // namespace borvanusb

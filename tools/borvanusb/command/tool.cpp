@@ -9,6 +9,7 @@
 #include "command/command_line.h"
 #include "command/command_rules.h"
 #include "command/context.h"
+#include "command/option_defaults.h"
 #include "output/make_progress.h"
 #include "output/printable.h"
 #include "output/text_output.h"
@@ -80,6 +81,33 @@ int Report(const std::string& command, const Failure& failure, bool json, Result
   return code;
 }
 
+void TellDefaults(const Arguments& arguments, Output& output) {
+  for (const std::string& option : arguments.common.defaulted) {
+    output.Detail(Format("{}: from the profile {}", option, arguments.defaults_file));
+  }
+}
+
+// While a command runs, its camera must be one that the given profile is for.
+class CheckedCamera {
+ public:
+  CheckedCamera(const Arguments& arguments, Host& host) : host_(host) {
+    Host::CameraCheck check;
+    if (arguments.takes_profile) {
+      check = [&](const CameraIdentity& camera) {
+        ToolKnowledge().require_fit(camera, arguments.common, host);
+      };
+    }
+    before_ = host.SetCameraCheck(std::move(check));
+  }
+  CheckedCamera(const CheckedCamera&) = delete;
+  CheckedCamera& operator=(const CheckedCamera&) = delete;
+  ~CheckedCamera() { host_.SetCameraCheck(std::move(before_)); }
+
+ private:
+  Host& host_;
+  Host::CameraCheck before_;
+};
+
 int RunArguments(const Arguments& arguments, Host& host, ResultStream& results,
                  const ToolStreams& streams) {
   const CommonArguments& common = arguments.common;
@@ -113,6 +141,8 @@ int RunArguments(const Arguments& arguments, Host& host, ResultStream& results,
   try {
     host.Configure(common);
     Context context{common, host, output, *progress, result};
+    TellDefaults(arguments, output);
+    const CheckedCamera checked(arguments, host);
     const ExitCode code = arguments.command->Run(context);
     progress->Break();
     tell_details();
@@ -131,7 +161,10 @@ int RunArguments(const Arguments& arguments, Host& host, ResultStream& results,
 int RunWords(const std::vector<std::string>& words, Host& host, ResultStream& results,
              const ToolStreams& streams, const CommandRules& rules) {
   try {
-    const auto parsed = ParseCommandLine(words, rules);
+    const auto parsed = ParseCommandLine(words, rules, [&host](const CommonArguments& common) {
+      host.Configure(common);
+      return ToolKnowledge().defaults(common, host);
+    });
     if (const auto* const answer = std::get_if<TextAnswer>(&parsed)) {
       results.Write(answer->text);
       return static_cast<int>(ExitCode::kDone);

@@ -13,12 +13,12 @@ namespace borvanusb {
 
 namespace {
 
-std::vector<Arguments> ReadLine(const std::string& line) {
+std::vector<Arguments> ReadLine(const std::string& line, const DefaultsSource& defaults) {
   const std::vector<std::string> words = SplitLine(line);
   if (words.empty()) {
     return {};
   }
-  auto parsed = ParseCommandLine(words);
+  auto parsed = ParseCommandLine(words, defaults);
   if (std::holds_alternative<TextAnswer>(parsed)) {
     throw Failure(ExitCode::kUsage, "--help and --version are no commands of a script",
                   "Remove the line.");
@@ -29,8 +29,10 @@ std::vector<Arguments> ReadLine(const std::string& line) {
 }  // namespace
 
 ExitCode Run(const RunCommand& command, Context& context) {
-  const std::vector<ScriptLine> lines =
-      ReadScript(command.file, ReadWholeText(command.file), ReadLine, context);
+  const DefaultsSource defaults = LineDefaults(context);
+  const std::vector<ScriptLine> lines = ReadScript(
+      command.file, ReadWholeText(command.file),
+      [&](const std::string& line) { return ReadLine(line, defaults); }, context);
   return RunScript(
       command.file, lines, command.keep_going,
       [](const Command& line, Context& of_line) { return line.Run(of_line); }, context);
