@@ -82,12 +82,14 @@ def common_files(version, folder):
 
 
 def binding_packages(build, folder):
-    """The packages for Python and Node.js."""
+    """The packages for Python, Node.js and .NET."""
     folder.mkdir()
     bindings = HERE.parent / "bindings"
     subprocess.run([PYTHON, "-B", bindings / "python/build_wheel.py", "--bin", build / "bin", "--out", folder],
                    check=True, stdout=subprocess.DEVNULL)
     subprocess.run([bindings / "node/pack.sh", build / "bin", folder], check=True, stdout=subprocess.DEVNULL)
+    subprocess.run([PYTHON, "-B", bindings / "csharp/pack.py", build / "bin", folder], check=True,
+                   stdout=subprocess.DEVNULL)
     return {BINDINGS / path.name: path for path in sorted(folder.iterdir())}
 
 

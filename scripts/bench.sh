@@ -31,7 +31,7 @@ build() {
     exit 1
   fi
 }
-build native bench_transfers bench_native bench_virtual_camera
+build native bench_maps bench_transfers bench_native bench_virtual_camera
 build windows BorvanUSB_x64 bench_camera bench_library bench_tool bench_virtual_camera
 
 export WINEPREFIX=$PWD/$work/wine WINEDEBUG=-all WINEDLLOVERRIDES='mscoree,mshtml='
@@ -82,6 +82,10 @@ for part in programming start; do
     tr -d '\r' >>"$rounds"
 done
 
+echo "== measuring: register maps" >&2
+# Exit code 1 is a missed target, which the table shows.
+build/native/bin/bench_maps >"$work/maps.txt" || [ $? -eq 1 ]
+
 echo "== counting: the transfers of the tool's commands" >&2
 python3 -B bench/command_transfers.py >"$work/commands.txt" || echo "   a command fails or misses its target" >&2
 echo "== counting: borvanusb beside flashrom" >&2
@@ -89,6 +93,7 @@ python3 -B bench/beside_flashrom.py >"$work/flashrom.txt"
 
 echo
 python3 bench/report.py "$rounds" "$transfers"
+cat "$work/maps.txt"
 echo
 cat "$work/commands.txt"
 echo

@@ -71,7 +71,7 @@ ALLOWED = {
     # So do the bindings to other languages.
     "bindings/*": ["include"],
 
-    "bench": ["include", "src/*", "tests/support", "virtual_camera/core"],
+    "bench": ["include", "src/*", "tests/support", "virtual_camera/core", "borvanusb/base", "borvanusb/maps"],
     "fuzz": ["include", "src/*", "borvanusb/*", "virtual_camera/core", "tests/meaning",
              "tests/support", "fuzz/support"],
     "fuzz/support": ["include", "src/*", "borvanusb/*", "virtual_camera/core", "tests/meaning",

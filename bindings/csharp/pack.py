@@ -4,6 +4,8 @@
 Usage: pack.py PRODUCTS FOLDER: the folder of the Windows build's products, and where the package goes.
 The SDK is kept in build/csharp. Prints the name of the package.
 """
+import fcntl
+import hashlib
 import pathlib
 import re
 import sys
@@ -78,9 +80,23 @@ def contents(assembly, products):
     return files
 
 
-def pack(kit, products, folder):
-    """Compiles and packs; returns the package's path."""
-    assembly = kit.compile_binding(kit.folder / "assembly")
+def compiled(folder):
+    """The assembly, compiled unless the one in `folder` is of the same sources; then no SDK is needed."""
+    sources = sorted((HERE / "source").glob("*.cs"))
+    digest = hashlib.sha256(b"\0".join(path.read_bytes() for path in [*sources, HERE / "sdk.py"])).hexdigest()
+    assembly = folder / "assembly" / "BorvanUsb.dll"
+    stamp = folder / "assembly" / "sources.sha256"
+    folder.mkdir(parents=True, exist_ok=True)
+    with open(folder / "assembly.lock", "w", encoding="utf-8") as lock:
+        fcntl.flock(lock, fcntl.LOCK_EX)
+        if not (stamp.is_file() and assembly.is_file() and stamp.read_text(encoding="utf-8") == digest):
+            sdk.Sdk(folder).compile_binding(assembly.parent)
+            stamp.write_text(digest, encoding="utf-8")
+    return assembly
+
+
+def pack(assembly, products, folder):
+    """Packs; returns the package's path."""
     folder.mkdir(parents=True, exist_ok=True)
     package = folder / f"BorvanUsb.{version()}.nupkg"
     with zipfile.ZipFile(package, "w") as archive:
@@ -96,7 +112,7 @@ def main():
     """Reads the arguments and prints the name of the package."""
     if len(sys.argv) != 3 or sys.argv[1] in ("-h", "--help"):
         sys.exit(__doc__)
-    print(pack(sdk.Sdk(ROOT / "build" / "csharp"), pathlib.Path(sys.argv[1]), pathlib.Path(sys.argv[2])))
+    print(pack(compiled(ROOT / "build" / "csharp"), pathlib.Path(sys.argv[1]), pathlib.Path(sys.argv[2])))
 
 
 if __name__ == "__main__":

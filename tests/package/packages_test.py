@@ -93,7 +93,8 @@ class PackagesTest(unittest.TestCase):
                      "share/doc/borvanusb/html/index.html", "share/doc/borvanusb/html/lunr.min.js",
                      "include/borvan_usb.hpp", "bin/borvanusb_select.dll",
                      f"share/bindings/borvanusb-{self.version}-py3-none-win_amd64.whl",
-                     f"share/bindings/borvanusb-{self.version}.tgz"):
+                     f"share/bindings/borvanusb-{self.version}.tgz",
+                     f"share/bindings/BorvanUsb.{self.version}.nupkg"):
             self.assertIn(top + name, names)
         self.assertEqual([name for name in names if name.endswith(".debug")], [])
         with zipfile.ZipFile(self.folder / f"one/borvanusb-{self.version}-windows-x64-symbols.zip") as symbols:

@@ -1,6 +1,7 @@
 borvan_add_gtest(
   tool_arguments_test
   SOURCES command_line_test.cpp command_line_errors_test.cpp flash_arguments_test.cpp help_test.cpp
+          hex_dump_test.cpp
           numbers_test.cpp templates_test.cpp
   LIBRARIES borvanusb_core)
 borvan_add_gtest(tool_progress_test SOURCES progress_test.cpp progress_forms_test.cpp LIBRARIES borvanusb_core)

@@ -202,7 +202,7 @@ TEST(CommandLineErrorsTest, ContradictionsAreRefused) {
   ExpectRefused({"flash", "program", "i", "--no-verify", "--dry-run"},
                 "--no-verify: a dry run verifies nothing");
   ExpectRefused({"reg", "diff", "camera", "camera"},
-                "B: camera is given twice; one of the two must be a list");
+                "B: camera is given twice; a file by that name is ./camera");
   ExpectRefused({"selftest", "--mode", "8/8"},
                 "--mode: describes a sensor's registers; needs --slave, the sensor's address");
 }
@@ -253,7 +253,7 @@ TEST(CommandLineErrorsTest, CommonOptionThatWouldBeIgnoredIsRefused) {
 }
 
 TEST(CommandLineErrorsTest, WatchNeedsSomethingToWatch) {
-  ExpectRefused({"watch"}, "watch: what to watch is missing: --reg RANGE, --i2c RANGE or both");
+  ExpectRefused({"watch"}, "watch: what to watch is missing: names, --reg RANGE or --i2c RANGE");
   ExpectRefused({"watch", "--i2c", "1"},
                 "--i2c: needs --slave N, the device's address on the bus, 0 to 255");
   ExpectRefused({"watch", "--i2c", "1", "--slave", "1", "--wide"},

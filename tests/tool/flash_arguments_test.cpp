@@ -193,5 +193,21 @@ TEST(FlashArgumentsTest, VerifyTakesForceAsProgramDoes) {
   EXPECT_FALSE(As<FlashVerifyCommand>({"flash", "verify", "a"}).force);
 }
 
+TEST(FlashArgumentsTest, TagsHaveANameOnceEach) {
+  const auto parse = [](std::vector<std::string> words) {
+    words.insert(words.begin(), {"flash", "program", "a.bin"});
+    return std::get<Arguments>(ParseCommandLine(words));
+  };
+  const Arguments arguments = parse({"--tag", "order=4711", "--tag", "note=a=b"});
+  const auto* const command = ValuesOf<FlashProgramCommand>(*arguments.command);
+  EXPECT_EQ(command->tags,
+            (std::vector<std::pair<std::string, std::string>>{{"order", "4711"}, {"note", "a=b"}}));
+  for (const std::vector<std::string>& wrong : {std::vector<std::string>{"--tag", "order"},
+                                                {"--tag", "=1"},
+                                                {"--tag", "order=1", "--tag", "order=2"}}) {
+    EXPECT_THROW(parse(wrong), Failure);
+  }
+}
+
 }  // namespace
 }  // namespace borvanusb::tool_test

@@ -6,6 +6,7 @@
 #include "flash/verify.h"
 #include "flash/word.h"
 #include "flash_support.h"
+#include "support/json_schema.h"
 
 namespace borvanusb::tool_test {
 namespace {
@@ -21,6 +22,37 @@ class FlashCommandsTest : public FlashTest {
 };
 
 // ---- read ---------------------------------------------------------------------------------------
+
+TEST_F(FlashCommandsTest, ReadWithoutAFileShowsAHexDump) {
+  flash()[0x1000] = 0x41;
+  flash()[0x1001] = 0x00;
+  const Outcome outcome = Run(FlashReadCommand{{0x1000, 0x1001}, ""});
+  EXPECT_EQ(outcome.code, ExitCode::kDone);
+  EXPECT_EQ(output->out,
+            "00001000  41 00                                             |A.              |\n");
+  EXPECT_EQ(outcome.result["file"], nullptr);
+  EXPECT_EQ(outcome.result["bytes"], "4100");
+  EXPECT_EQ(BreachOfSchema("flash-read", outcome.result), "");
+}
+
+TEST_F(FlashCommandsTest, ReadToStandardOutputIsTheBytesAlone) {
+  flash()[0x1000] = 0x0A;
+  flash()[0x1001] = 0x00;
+  flash()[0x1002] = 0x1B;
+  EXPECT_EQ(Run(FlashReadCommand{{0x1000, 0x1002}, "-"}).code, ExitCode::kDone);
+  EXPECT_EQ(output->out, std::string("\x0A\x00\x1B", 3));
+  EXPECT_TRUE(output->notes.starts_with("Read 3 bytes from 0x1000-0x1002 into standard output, "))
+      << output->notes;
+}
+
+TEST_F(FlashCommandsTest, RawBytesAreNotForATerminalNorBesideJson) {
+  output_is_terminal = true;
+  EXPECT_EQ(Run(FlashReadCommand{{0x1000, 0x1002}, "-"}).code, ExitCode::kUsage);
+  EXPECT_EQ(Run(FlashReadCommand{{0x1000, 0x1002}, ""}).code, ExitCode::kDone);
+  output_is_terminal = false;
+  common.json = true;
+  EXPECT_EQ(Run(FlashReadCommand{{0x1000, 0x1002}, "-"}).code, ExitCode::kUsage);
+}
 
 TEST_F(FlashCommandsTest, ReadWritesTheRangesBytes) {
   const Outcome outcome = Run(FlashReadCommand{{0x1001, 0x2100}, File("dump.bin")});

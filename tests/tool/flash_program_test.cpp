@@ -7,6 +7,18 @@
 namespace borvanusb::tool_test {
 namespace {
 
+TEST_F(FlashProgramTest, ReportHasTheTagsAndWhatDidIt) {
+  host.environment["COMPUTERNAME"] = "LINE-4";
+  host.library_version = "0.2.0";
+  command_.tags = {{"order", "4711"}, {"operator", "a=b"}};
+  const Outcome outcome = Run(command_);
+  EXPECT_EQ(outcome.result["tags"].dump(), R"({"order":"4711","operator":"a=b"})");
+  EXPECT_EQ(outcome.result["computer"], "LINE-4");
+  EXPECT_EQ(outcome.result["library_version"], "0.2.0");
+  EXPECT_TRUE(outcome.result["tool_version"].is_string());
+  EXPECT_EQ(outcome.result["profile"], nullptr);
+}
+
 TEST_F(FlashProgramTest, ChangesTheImagesBytesAndNoOther) {
   const Outcome outcome = Program();
   EXPECT_EQ(outcome.code, ExitCode::kDone) << outcome.message;

@@ -204,6 +204,34 @@ TEST_F(FlashSeveralTest, WrongImageIsToldOnceAndStartsNoProcess) {
   EXPECT_TRUE(children_.empty());
 }
 
+TEST_F(FlashSeveralTest, CameraWithoutAVendorUnitIsLeftAside) {
+  host.before_open = [](const CameraIdentity& camera) {
+    if (camera.index == 1) {
+      throw NoVendorUnit(ExitCode::kRefused, "no vendor unit");
+    }
+    if (camera.index == 2) {
+      throw Failure(ExitCode::kRefused, "can't be opened");
+    }
+  };
+  common.wait = std::chrono::seconds(60);
+  EXPECT_EQ(Run(command_).code, ExitCode::kDone);
+  // The one that can't be opened gets its process, which tells why.
+  EXPECT_EQ(children_.size(), 2U);
+  EXPECT_TRUE(output->notes.starts_with(
+      "note: 1  1234:0001  Fake camera has no vendor unit and is left aside\n"))
+      << output->notes;
+}
+
+TEST_F(FlashSeveralTest, CamerasWithoutAVendorUnitAloneAreNoCamera) {
+  host.before_open = [](const CameraIdentity&) {
+    throw NoVendorUnit(ExitCode::kRefused, "no vendor unit");
+  };
+  const Outcome outcome = Run(command_);
+  EXPECT_EQ(outcome.code, ExitCode::kNoCamera);
+  EXPECT_EQ(outcome.message, "no camera with a vendor unit is found; there are 3 without one");
+  EXPECT_TRUE(children_.empty());
+}
+
 TEST_F(FlashSeveralTest, NoCameraIsAFailure) {
   host.chips.clear();
   EXPECT_EQ(Run(command_).code, ExitCode::kNoCamera);

@@ -56,6 +56,7 @@ class FlashTest : public testing::Test {
     Outcome outcome;
     output = std::make_unique<FakeOutput>();
     output->columns = columns;
+    output->output_is_terminal = output_is_terminal;
     progress = std::make_unique<FakeProgress>();
     Context context{common, host, *output, *progress, outcome.result};
     try {
@@ -79,6 +80,7 @@ class FlashTest : public testing::Test {
   CommonArguments common;
   FakeHost host;
   int columns = 0;  // of the terminal; 0: there is none
+  bool output_is_terminal = false;
   std::unique_ptr<FakeOutput> output;
   std::unique_ptr<FakeProgress> progress;
 

@@ -19,6 +19,47 @@ class I2cCommandsTest : public testing::Test {
   TestFolder folder_;
 };
 
+TEST_F(I2cCommandsTest, RefusedAccessTellsThatTheCameraAnswers) {
+  I2cReadCommand command;
+  command.i2c.slave = 0x36;
+  command.range = {0x300A, 0x300A};
+  const Failure failure = desk_.FailureOf(command);
+  EXPECT_EQ(failure.Code(), ExitCode::kDevice);
+  EXPECT_EQ(failure.Message(),
+            "nothing answers; the camera itself answers, so there may be no device at slave 0x36, "
+            "or it refused this access");
+  EXPECT_EQ(failure.Hint(),
+            "Check that the device at 0x36 has power and is not in reset; borvanusb i2c scan finds "
+            "the devices.\n"
+            "If 0x36 is the 7-bit form of the address, use its 8-bit form: --slave 0x6c.");
+  // What is no address of 7 bits has no other form.
+  command.i2c.slave = 0x78;
+  EXPECT_EQ(desk_.FailureOf(command).Hint().find("7-bit"), std::string::npos);
+}
+
+TEST_F(I2cCommandsTest, RefusedAccessOfASilentCameraIsNotTheSensors) {
+  desk_.Chip().before_transfer = [](std::uint64_t) {
+    throw Failure(ExitCode::kDevice, "the camera refused a transfer", "Plug it in again.");
+  };
+  I2cWriteCommand command;
+  command.i2c.slave = 0x36;
+  const Failure failure = desk_.FailureOf(command);
+  EXPECT_EQ(failure.Message(),
+            "the camera refused a transfer; the camera itself does not answer either");
+  EXPECT_EQ(failure.Hint(), "Plug it in again.");
+}
+
+TEST_F(I2cCommandsTest, HexDumpShowsRowsWithText) {
+  desk_.Chip().sensors[0x6C] = {{0x300A, 0x56}, {0x300B, 0x40}};
+  I2cDumpCommand command;
+  command.i2c.slave = 0x6C;
+  command.range = {0x300A, 0x300B};
+  command.hex = true;
+  desk_.Do(command, "i2c-dump");
+  EXPECT_EQ(desk_.output.out,
+            "00003000                                 56 40              |          V@    |\n");
+}
+
 TEST_F(I2cCommandsTest, ReadShowsTheWidthOfTheMode) {
   Registers() = {{0x300A, 0x56}, {0x300B, 0x40}};
   desk_.Do(I2cReadCommand{Sensor(1), {0x300A, 0x300B}}, "i2c-read");
@@ -149,8 +190,10 @@ TEST_F(I2cCommandsTest, FailureInTheMiddleNamesTheLine) {
   };
   const Failure failure = desk_.FailureOf(I2cLoadCommand{Sensor(3), file, false});
   EXPECT_EQ(failure.Code(), ExitCode::kDevice);
-  EXPECT_EQ(failure.Message(),
-            "line 2, register 0x10001: the transfer failed; the lines before it are written");
+  EXPECT_EQ(
+      failure.Message(),
+      "line 2, register 0x10001: the transfer failed; the camera itself answers, so there may "
+      "be no device at slave 0x6c, or it refused this access; the lines before it are written");
 }
 
 }  // namespace

@@ -48,6 +48,37 @@ TEST_F(I2cScanTest, ShowsWhatAnswersAndDoubtsZerosAndOnes) {
   EXPECT_EQ(desk_.result["answers"][1].dump(), R"({"slave":72,"value":119,"doubt":null})");
 }
 
+TEST_F(I2cScanTest, SeveralModesTellWhichOneADeviceSeemsToHave) {
+  // 0x10 answers in 16/8 alone, 0x30 in two modes, 0x40 with ones.
+  desk_.Chip().sensors = {{0x10, {{0, 0x56}}}, {0x30, {{0, 0x12}}}, {0x40, {{0, 0xFF}}}};
+  desk_.Chip().sensor_modes = {{0x10, {1}}, {0x40, {0}}};
+  I2cScanCommand command = Scan({0x10, 0x4F});
+  command.modes = {1, 0};
+  EXPECT_EQ(desk_.Do(command, "i2c-scan"), ExitCode::kDone);
+  EXPECT_EQ(desk_.output.out.substr(desk_.output.out.find("\n\n")),
+            "\n\n0x10  16/8   0x56\n      seems to have width mode 16/8\n"
+            "0x30  8/8    0x12\n0x30  16/8   0x12\n      may have width mode 8/8 or 16/8\n"
+            "0x40  8/8    0xff  answers, but only ones: maybe nothing is there\n"
+            "      no mode gives more than zeros or ones\n");
+  EXPECT_EQ(desk_.result["mode"], nullptr);
+  EXPECT_EQ(desk_.result["modes"].dump(), R"(["16/8","8/8"])");
+  EXPECT_EQ(desk_.result["devices"].dump(),
+            R"([{"slave":16,"modes":["16/8"]},{"slave":48,"modes":["8/8","16/8"]},)"
+            R"({"slave":64,"modes":[]}])");
+  EXPECT_EQ(desk_.result["answers"][0].dump(),
+            R"({"slave":16,"value":86,"doubt":null,"mode":"16/8"})");
+}
+
+TEST_F(I2cScanTest, SeveralModesAreAskedForWithTheirDanger) {
+  I2cScanCommand command = Scan({0x10, 0x10});
+  command.modes = {0, 1};
+  command.yes = false;
+  desk_.FailureOf(command);
+  ASSERT_EQ(desk_.host.questions.size(), 1U);
+  EXPECT_NE(desk_.host.questions[0].find("of 1 slave in 2 width modes. "), std::string::npos);
+  EXPECT_NE(desk_.host.questions[0].find("may write it. Continue?"), std::string::npos);
+}
+
 TEST_F(I2cScanTest, PartOfTheBusLeavesTheRestEmpty) {
   desk_.Do(Scan({0x46, 0x49}), "i2c-scan");
   EXPECT_NE(desk_.output.out.find("0x30\n0x40                   -- -- 48 --\n0x50\n"),

@@ -1,10 +1,16 @@
 // The commands on registers by the names of the sample profiles.
 #include <gtest/gtest.h>
 
+#include "base/files.h"
+#include "i2c/diff.h"
 #include "names/find.h"
 #include "names/show.h"
+#include "registers/diff.h"
+#include "registers/dump.h"
 #include "registers/read.h"
 #include "registers/write.h"
+#include "station/preset.h"
+#include "station/watch.h"
 #include "support/command_desk.h"
 
 namespace borvanusb::tool_test {
@@ -122,6 +128,117 @@ TEST_F(NamesCommandsTest, ShowsDocumentationAndValue) {
   desk_.Chip().transfers = 0;
   desk_.Do(RegShowCommand{"EVENTS"}, "reg-show");
   EXPECT_EQ(desk_.Chip().transfers, 0U);
+}
+
+TEST_F(NamesCommandsTest, DumpsAllThatHasAName) {
+  const TestFolder folder;
+  const std::string file = folder.Name("all.txt");
+  EXPECT_EQ(desk_.Do(RegDumpCommand{{}, file, false, true}, "reg-dump"), ExitCode::kDone);
+  const std::string text = folder.Read("all.txt");
+  EXPECT_TRUE(
+      text.starts_with("# Fake camera 1234:0001, profile virtual module with 1 MiB flash\n"
+                       "CHIP.FEATURES=0x00\nCHIP.LED=0x00\nCHIP.FRAMES=0x00000000\n"))
+      << text;
+  EXPECT_NE(text.find("SENSOR.EXPOSURE=0x001234\n"), std::string::npos);
+  EXPECT_EQ(text.find("EVENTS"), std::string::npos);  // reading clears it
+  EXPECT_EQ(text.find("GROUP"), std::string::npos);   // can't be read
+  // What was dumped is no difference; then one field changes.
+  EXPECT_EQ(desk_.Do(RegDiffCommand{file, "camera"}, "reg-diff"), ExitCode::kDone);
+  desk_.Chip().sensors[0x6C][0x3503] = 0x46;
+  EXPECT_EQ(desk_.Do(RegDiffCommand{file, "camera"}, "reg-diff"), ExitCode::kVerify);
+  EXPECT_EQ(desk_.output.out,
+            "SENSOR.CTRL  0x6c:0x3503  0x05  0x46\n"
+            "  MODE  1 (hdr)  2 (bracket)\n"
+            "  MIRROR  0  1\n");
+  EXPECT_EQ(desk_.result["differences"][0]["fields"][1]["name"], "MIRROR");
+}
+
+TEST_F(NamesCommandsTest, DumpsATable) {
+  const TestFolder folder;
+  desk_.Do(RegDumpCommand{{}, folder.Name("all.csv"), false, true}, "reg-dump");
+  const std::string text = folder.Read("all.csv");
+  EXPECT_TRUE(
+      text.starts_with("name,field,address,value,meaning\nCHIP.FEATURES,,0x01a3,0x00,\n"
+                       "CHIP.FEATURES,FAST_I2C,0x01a3,0,\n"))
+      << text;
+  EXPECT_NE(text.find("SENSOR.CTRL,MODE,0x6c:0x3503,1,hdr\n"), std::string::npos);
+}
+
+TEST_F(NamesCommandsTest, DiffWithResetValuesAndPresets) {
+  const TestFolder folder;
+  desk_.Do(RegDiffCommand{"reset", "camera", folder.Name("d.csv")}, "reg-diff");
+  EXPECT_NE(desk_.output.out.find("SENSOR.ID             0x6c:0x300a  0x5640  0x0000\n"),
+            std::string::npos)
+      << desk_.output.out;
+  EXPECT_TRUE(folder.Read("d.csv").starts_with("name,field,address,left,right\n"));
+  EXPECT_EQ(desk_.Do(PresetDiffCommand{"night"}, "preset-diff"), ExitCode::kVerify);
+  EXPECT_EQ(desk_.output.out,
+            "SENSOR.EXPOSURE  0x6c:0x3500  0x008000  0x001234\n"
+            "SENSOR.CTRL      0x6c:0x3503  0x21  0x05\n"
+            "  GAIN  8  1\n");
+  desk_.Do(PresetApplyCommand{"night", true}, "preset-apply");
+  EXPECT_EQ(desk_.Do(PresetDiffCommand{"night"}, "preset-diff"), ExitCode::kDone);
+  EXPECT_EQ(desk_.FailureOf(PresetApplyCommand{"nihgt", false}).Hint(),
+            "It has day, night, start.");
+}
+
+TEST_F(NamesCommandsTest, DiffOfTwoCameras) {
+  auto second = std::make_shared<FakeChip>();
+  second->identity = {1, R"(\\?\usb#vid_1234&pid_0001#b)", "Fake camera", "1234", "0001"};
+  second->sensors = desk_.Chip().sensors;
+  second->sensors[0x6C][0x3502] = 0x35;
+  desk_.Chip().identity.index = 0;
+  desk_.host.chips.push_back(second);
+  EXPECT_EQ(desk_.Do(RegDiffCommand{"camera:0", "camera:1"}, "reg-diff"), ExitCode::kVerify);
+  EXPECT_EQ(desk_.output.out, "SENSOR.EXPOSURE  0x6c:0x3500  0x001234  0x001235\n");
+}
+
+TEST_F(NamesCommandsTest, DiffOfAnI2cListIsByName) {
+  const TestFolder folder;
+  const std::string list = folder.Write("s.txt",
+                                        "0xfff8,0x6c,\n0xfffe,0x03,\n0x3500,0x00,\n0x3501,0x12,\n"
+                                        "0x3502,0x35,\n0x4000,0x01,\n");
+  EXPECT_EQ(desk_.Do(I2cDiffCommand{{}, list, "camera"}, "i2c-diff"), ExitCode::kVerify);
+  EXPECT_EQ(desk_.output.out,
+            "SENSOR.EXPOSURE  0x6c:0x3500  0x001235  0x001234\n"
+            "                 0x6c:0x4000  0x01  0x00\n");
+}
+
+TEST_F(NamesCommandsTest, PresetsAreSaved) {
+  const TestFolder folder;
+  for (const char* const name : {"virtual-chip.svd", "sensor-16-8.svd", "virtual-1m.camera.json"}) {
+    folder.Write(name, ReadWholeText(kSamples + "/" + name));
+  }
+  desk_.common.profile = folder.Name("virtual-1m.camera.json");
+  PresetSaveCommand command;
+  command.name = "evening";
+  EXPECT_EQ(desk_.FailureOf(command).Code(), ExitCode::kUsage);
+  command.words = {"EXPOSURE", "SENSOR.CTRL.MODE", "SENSOR.ID"};
+  EXPECT_EQ(desk_.Do(command, "preset-save"), ExitCode::kDone);
+  EXPECT_EQ(desk_.result["settings"],
+            (nlohmann::ordered_json{"SENSOR.EXPOSURE=0x001234", "SENSOR.CTRL.MODE=hdr"}));
+  EXPECT_EQ(desk_.FailureOf(command).Message(), "there is a preset \"evening\" already");
+  desk_.Chip().sensors[0x6C][0x3502] = 0;
+  command.replace = true;
+  command.words = {};
+  desk_.Do(command, "preset-save");
+  EXPECT_EQ(desk_.result["settings"][0], "SENSOR.EXPOSURE=0x001200");
+  EXPECT_EQ(desk_.Do(PresetDiffCommand{"evening"}, "preset-diff"), ExitCode::kDone);
+}
+
+TEST_F(NamesCommandsTest, WatchesFieldsByName) {
+  WatchCommand command;
+  command.words = {"SENSOR.CTRL.MODE", "EXPOSURE"};
+  command.count = 2;
+  desk_.host.on_sleep = [&] { desk_.Chip().sensors[0x6C][0x3503] = 0x44; };
+  borvanusb::Run(command, desk_.context);
+  EXPECT_EQ(desk_.output.out,
+            "+0.000 s  SENSOR.CTRL.MODE  1  hdr\n"
+            "+0.000 s  SENSOR.EXPOSURE  0x001234\n"
+            "+0.500 s  SENSOR.CTRL.MODE  1 -> 0  single\n");
+  for (const std::string& line : desk_.output.json_lines) {
+    EXPECT_EQ(BreachOfSchema("watch", nlohmann::ordered_json::parse(line)), "") << line;
+  }
 }
 
 }  // namespace

@@ -103,7 +103,8 @@ TEST(OptionDefaultsTest, ABadDefaultIsAnErrorOfTheProfile) {
 }
 
 TEST(OptionDefaultsTest, AMissingOptionTellsWhyThereIsNoDefault) {
-  const Failure failure = FailureOf({"i2c", "read", "1"}, {{}, {}, "there are 2 cameras"});
+  const Failure failure = FailureOf(
+      {"i2c", "read", "1"}, {{}, {}, Failure(ExitCode::kSeveralCameras, "there are 2 cameras")});
   EXPECT_EQ(failure.Code(), ExitCode::kUsage);
   EXPECT_THAT(failure.Hint(),
               HasSubstr("\nNo profile was asked for its default: there are 2 cameras"));
@@ -176,11 +177,10 @@ TEST_F(ToolDefaultsTest, CommonDefaultsBelongToAWholeScript) {
 
 TEST_F(ToolDefaultsTest, AProfileOfAnotherCameraIsRefusedForNumbersToo) {
   const std::string other = std::string(BORVAN_SAMPLES) + "/virtual-4m.camera.json";
-  for (const std::vector<std::string>& words :
-       {std::vector<std::string>{"reg", "read", "0x1a3"},
-        {"info"},
-        {"i2c", "scan", "--yes"},
-        {"selftest"}}) {
+  for (const std::vector<std::string>& words : {std::vector<std::string>{"reg", "read", "0x1a3"},
+                                                {"info"},
+                                                {"i2c", "scan", "--yes"},
+                                                {"selftest"}}) {
     std::vector<std::string> with = words;
     with.insert(with.end(), {"--profile", other});
     EXPECT_EQ(Run(with), 5) << words[0];

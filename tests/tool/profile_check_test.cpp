@@ -54,8 +54,8 @@ std::vector<std::string> Lines(const std::vector<ListProblem>& problems) {
 
 ProfileFindings Checked(const std::vector<std::string>& parts) {
   const std::string text = ProfileText(parts);
-  const auto reading = std::make_shared<const ProfileReading>(
-      ReadProfileText(text, "m.camera.json", ReadTestFile));
+  const auto reading =
+      std::make_shared<const ProfileReading>(ReadProfileText(text, "m.camera.json", ReadTestFile));
   return CheckProfile(text, reading, ReadTestFile, AllCommandRules());
 }
 
@@ -68,9 +68,8 @@ std::vector<std::string> Remarks(const std::vector<std::string>& parts) {
   return Lines(findings.remarks);
 }
 
-const std::string kMaps =
-    R"("maps": [{"file": "chip.svd", "device": "chip"}, )"
-    R"({"file": "sensor.svd", "device": "i2c", "slave": 108}])";
+const std::string kMaps = R"("maps": [{"file": "chip.svd", "device": "chip"}, )"
+                          R"({"file": "sensor.svd", "device": "i2c", "slave": 108}])";
 
 TEST(ProfileCheckTest, GoodProfile) {
   const ProfileFindings findings =
@@ -82,15 +81,15 @@ TEST(ProfileCheckTest, GoodProfile) {
 }
 
 TEST(ProfileCheckTest, SettingsThatMeanNothingOrAreRefused) {
-  EXPECT_THAT(
-      Errors({kMaps, R"("presets": [{"name": "day", "settings": [)", "\"EXPOSUR=1\"",
-              "\"CHIP.CTRL.GAIN=21\"", "\"CHIP.CTRL.STATE=1\"", "\"0x100=256\"", "\"EXPOSURE\"",
-              "\"EXPOSURE=1\"]}]"})
-          .size(),
-      1U);  // a comma after the bracket is no JSON
-  EXPECT_THAT(Errors({kMaps, "\"presets\": [{\"name\": \"day\", \"settings\": [\n\"EXPOSUR=1\",\n"
-                             "\"CHIP.CTRL.GAIN=21\",\n\"CTRL=1\",\n\"0x100=256\",\n\"EXPOSURE\",\n"
-                             "\"EXPOSURE=1\"]}]"}),
+  EXPECT_THAT(Errors({kMaps, R"("presets": [{"name": "day", "settings": [)", "\"EXPOSUR=1\"",
+                      "\"CHIP.CTRL.GAIN=21\"", "\"CHIP.CTRL.STATE=1\"", "\"0x100=256\"",
+                      "\"EXPOSURE\"", "\"EXPOSURE=1\"]}]"})
+                  .size(),
+              1U);  // a comma after the bracket is no JSON
+  EXPECT_THAT(Errors({kMaps,
+                      "\"presets\": [{\"name\": \"day\", \"settings\": [\n\"EXPOSUR=1\",\n"
+                      "\"CHIP.CTRL.GAIN=21\",\n\"CTRL=1\",\n\"0x100=256\",\n\"EXPOSURE\",\n"
+                      "\"EXPOSURE=1\"]}]"}),
               ElementsAre("4: presets[0].settings[0]: the profile \"M\" has no register or field "
                           "EXPOSUR; do you mean EXPOSURE?",
                           "5: presets[0].settings[1]: CHIP.CTRL.GAIN: 21 is outside of what may be "
@@ -136,8 +135,9 @@ TEST(ProfileCheckTest, ListFilesOfPresets) {
   EXPECT_EQ(Errors({preset("bad.txt")}).size(), 1U);
   EXPECT_TRUE(Errors({preset("bad.txt")})[0].starts_with("2: presets[0].file: bad.txt:3: "))
       << Errors({preset("bad.txt")})[0];
-  EXPECT_EQ(Remarks({preset("bare.txt")}).size(), 1U);
-  EXPECT_THAT(Remarks({preset("bare.txt"), R"("options": {"slave": 1})"}), IsEmpty());
+  EXPECT_THAT(Errors({preset("bare.txt")}),
+              ElementsAre("2: presets[0].file: bare.txt does not begin with 0xfff8 and 0xfffe, so "
+                          "it does not name its device; put the two lines at its beginning"));
 }
 
 TEST(ProfileCheckTest, DefaultsOfOptions) {
@@ -156,7 +156,8 @@ TEST(ProfileCheckTest, DefaultsOfOptions) {
 
 TEST(ProfileCheckTest, RegionsAndTheirFiles) {
   EXPECT_THAT(
-      Errors({R"("flash": {"regions": [{"name": "a", "range": "0+4K", "files": ["out/fw.bin"]}]})"}),
+      Errors(
+          {R"("flash": {"regions": [{"name": "a", "range": "0+4K", "files": ["out/fw.bin"]}]})"}),
       ElementsAre("2: flash.regions[0].files[0]: \"out/fw.bin\" fits no file: it is compared with "
                   "names without their folder"));
   EXPECT_THAT(

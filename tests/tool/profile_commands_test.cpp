@@ -8,6 +8,7 @@
 #include "profile_commands/list.h"
 #include "profile_commands/new.h"
 #include "profile_commands/show.h"
+#include "station/info.h"
 #include "support/command_desk.h"
 
 namespace borvanusb::tool_test {
@@ -35,13 +36,12 @@ TEST_F(ProfileCommandsTest, ListTellsProfilesAndTheirCameras) {
   desk_.host.chips.push_back(ChipOf(1, "0002", "Second"));
   desk_.host.chips.push_back(ChipOf(2, "0009", "Third"));
   EXPECT_EQ(desk_.Do(ProfileListCommand{}, "profile-list"), ExitCode::kDone);
-  EXPECT_EQ(
-      desk_.output.out,
-      "virtual-1m.camera.json  virtual module with 1 MiB flash  for vid 1234, pid 0001\n"
-      "virtual-4m.camera.json  virtual module with 4 MiB flash  for vid 1234, pid 0002\n"
-      "camera 0  1234:0001  Fake camera  uses virtual-1m.camera.json\n"
-      "camera 1  1234:0002  Second  uses virtual-4m.camera.json\n"
-      "camera 2  1234:0009  Third  no profile\n");
+  EXPECT_EQ(desk_.output.out,
+            "virtual-1m.camera.json  virtual module with 1 MiB flash  for vid 1234, pid 0001\n"
+            "virtual-4m.camera.json  virtual module with 4 MiB flash  for vid 1234, pid 0002\n"
+            "camera 0  1234:0001  Fake camera  uses virtual-1m.camera.json\n"
+            "camera 1  1234:0002  Second  uses virtual-4m.camera.json\n"
+            "camera 2  1234:0009  Third  no profile\n");
   EXPECT_EQ(desk_.result["cameras"][1]["profile"]["name"], "virtual module with 4 MiB flash");
   EXPECT_EQ(desk_.result["cameras"][2]["profile"], nullptr);
   EXPECT_EQ(desk_.Chip().transfers, 0U);
@@ -52,7 +52,8 @@ TEST_F(ProfileCommandsTest, ListTellsWhatIsAmbiguousAndWhatIsBroken) {
   const std::string one = R"({"name": "One", "cameras": [{"vid": "1234", "pid": "0001"}]})";
   folder_.Write("a.camera.json", one);
   folder_.Write("b.camera.json", R"({"name": "Two", "cameras": [{"pid": "1", "vid": "1234"}]})");
-  folder_.Write("c.camera.json", R"({"name": "Three", "cameras": [{"vid": "1234", "name": "F*"}]})");
+  folder_.Write("c.camera.json",
+                R"({"name": "Three", "cameras": [{"vid": "1234", "name": "F*"}]})");
   folder_.Write("notes.json", one);
   EXPECT_EQ(desk_.Do(ProfileListCommand{}, "profile-list"), ExitCode::kDone);
   EXPECT_EQ(desk_.output.out,
@@ -96,25 +97,27 @@ TEST_F(ProfileCommandsTest, ShowTellsAllOfTheCamerasProfile) {
       desk_.output.out,
       "virtual module with 1 MiB flash\n"
       "  The first virtual camera: a chip and a sensor with 8-bit registers.\n"
-      "  file     " + AbsoluteName(kSamples + "/virtual-1m.camera.json") + "\n"
-      "  cameras  vid 1234, pid 0001\n"
-      "register maps\n"
-      "  virtual-chip.svd  chip, 5 registers\n"
-      "  sensor-16-8.svd   I2C slave 0x6c, mode 16/8, 11 registers\n"
-      "flash, 1048576 bytes (1 MiB)\n"
-      "  boot      0x0-0x1ffff, 131072 bytes (128 KiB), read-only; The boot loader; without it "
-      "the camera does not start.\n"
-      "  firmware  0x40000-0x7ffff, 262144 bytes (256 KiB), for images without a place; The "
-      "program of the chip.\n"
-      "  config    0xff000-0xfffff, 4096 bytes (4 KiB); Serial number and calibration of the "
-      "module.\n"
-      "presets\n"
-      "  day    4 settings; Short exposure, no gain\n"
-      "  night  4 settings; Long exposure, two of them a frame\n"
-      "  start  list sensor-16-8.txt; The list that the sensor needs after it got power\n"
-      "defaults of options\n"
-      "  --slave  0x6c\n"
-      "  --mode   16/8\n");
+      "  file     " +
+          AbsoluteName(kSamples + "/virtual-1m.camera.json") +
+          "\n"
+          "  cameras  vid 1234, pid 0001\n"
+          "register maps\n"
+          "  virtual-chip.svd  chip, 5 registers\n"
+          "  sensor-16-8.svd   I2C slave 0x6c, mode 16/8, 11 registers\n"
+          "flash, 1048576 bytes (1 MiB)\n"
+          "  boot      0x0-0x1ffff, 131072 bytes (128 KiB), read-only; The boot loader; without it "
+          "the camera does not start.\n"
+          "  firmware  0x40000-0x7ffff, 262144 bytes (256 KiB), for images without a place; The "
+          "program of the chip.\n"
+          "  config    0xff000-0xfffff, 4096 bytes (4 KiB); Serial number and calibration of the "
+          "module.\n"
+          "presets\n"
+          "  day    4 settings; Short exposure, no gain\n"
+          "  night  4 settings; Long exposure, two of them a frame\n"
+          "  start  list sensor-16-8.txt; The list that the sensor needs after it got power\n"
+          "defaults of options\n"
+          "  --slave  0x6c\n"
+          "  --mode   16/8\n");
   EXPECT_EQ(desk_.result["maps"][1]["device"].dump(),
             R"({"kind":"i2c","slave":108,"mode":"16/8","option":0})");
   EXPECT_EQ(desk_.result["flash"]["regions"][0]["read_only"], true);
@@ -184,6 +187,28 @@ TEST_F(ProfileCommandsTest, NewScansForDevices) {
   const auto profile = nlohmann::json::parse(folder_.Read("module.camera.json"));
   EXPECT_EQ(profile["options"].dump(), R"({"mode":"16/8","slave":"0x6c"})");
   EXPECT_EQ(desk_.Do(ProfileCheckCommand{command.file}, "profile-check"), ExitCode::kDone);
+}
+
+TEST_F(ProfileCommandsTest, InfoTellsTheProfileAndItsFlashSize) {
+  desk_.host.environment["BORVANUSB_PROFILES"] = kSamples;
+  EXPECT_EQ(desk_.Do(InfoCommand{}, "info"), ExitCode::kDone);
+  EXPECT_THAT(desk_.output.out, HasSubstr("\nprofile           virtual module with 1 MiB flash, "));
+  EXPECT_THAT(desk_.output.out, HasSubstr("\nflash size        1048576 bytes (1 MiB), from the "
+                                          "profile\n"));
+  EXPECT_EQ(desk_.result["profile"]["name"], "virtual module with 1 MiB flash");
+  desk_.host.environment.clear();
+  EXPECT_EQ(desk_.Do(InfoCommand{0x20000}, "info"), ExitCode::kDone);
+  EXPECT_EQ(desk_.result["profile"], nullptr);
+  EXPECT_EQ(desk_.output.out.find("profile"), std::string::npos);
+}
+
+TEST_F(ProfileCommandsTest, InfoOfAnAmbiguousCamera) {
+  desk_.host.environment["BORVANUSB_PROFILES"] = folder_.Name("");
+  folder_.Write("a.camera.json", R"({"name": "One", "cameras": [{"vid": "1234"}]})");
+  folder_.Write("b.camera.json", R"({"name": "Two", "cameras": [{"pid": "0001"}]})");
+  EXPECT_EQ(desk_.Do(InfoCommand{}, "info"), ExitCode::kDone);
+  EXPECT_THAT(desk_.output.out, HasSubstr("\nprofile           ambiguous: "));
+  EXPECT_EQ(desk_.result["profile"], nullptr);
 }
 
 // Whatever a camera is called, the file passes the check.

@@ -21,6 +21,23 @@ TEST_F(RegListsTest, DumpToStandardOutputIsAList) {
   EXPECT_EQ(desk_.result["registers"][1]["value"], 0x5B);
 }
 
+TEST_F(RegListsTest, DumpToADashIsOneToStandardOutput) {
+  desk_.Chip().registers = {{0x100, 0x5A}};
+  desk_.Do(RegDumpCommand{{0x100, 0x100}, "-", false}, "reg-dump");
+  EXPECT_EQ(desk_.output.out, "0xfffd, 0x00,\n0xfffe, 0x00,\n0x0100, 0x5a,\n");
+  EXPECT_FALSE(std::filesystem::exists("-"));
+}
+
+TEST_F(RegListsTest, HexDumpShowsRowsWithTextAlsoOfTwoPages) {
+  desk_.Chip().registers = {{0xFFFE, 0x41}, {0xFFFF, 0x7F}, {0x10000, 0x7E}};
+  desk_.Do(RegDumpCommand{{0xFFFE, 0x10001}, "", false, false, true}, "reg-dump");
+  EXPECT_EQ(desk_.output.out,
+            "0000fff0                                             41 7f  |              A.|\n"
+            "00010000  7e 00                                             |~.              |\n");
+  EXPECT_EQ(desk_.result["form"], "hex");
+  EXPECT_EQ(desk_.result["registers"][2]["value"], 0x7E);
+}
+
 TEST_F(RegListsTest, DumpLoadsBack) {
   desk_.Chip().registers = {{0x100, 0x5A}, {0x101, 0x5B}};
   const std::string file = folder_.Name("dump.txt");
@@ -74,6 +91,17 @@ TEST_F(RegListsTest, FailedDumpLeavesNoFile) {
   };
   desk_.FailureOf(RegDumpCommand{{0, 9}, folder_.Name("dump.txt"), false});
   EXPECT_FALSE(std::filesystem::exists(folder_.Name("dump.txt")));
+}
+
+TEST_F(RegListsTest, ListComesFromStandardInput) {
+  desk_.host.input = "0xfffd,0\n0x8001,0x100,\n";
+  EXPECT_EQ(desk_.FailureOf(RegLoadCommand{"-", false}).Message(),
+            "standard input:2: value 0x100 has more than 8 bits; nothing was sent");
+  desk_.host.input = "0xfffd,0\n0x8000,1,\n";
+  desk_.Do(RegLoadCommand{"-", false}, "reg-load");
+  EXPECT_EQ(desk_.output.out, "1 register written from standard input\n");
+  EXPECT_EQ(desk_.result["file"], "-");
+  EXPECT_EQ(desk_.Chip().register_lists.size(), 1U);
 }
 
 TEST_F(RegListsTest, BadListIsToldWithAllItsLinesAndNothingIsSent) {

@@ -24,6 +24,7 @@ borvan_add_gtest(
   reg_commands_test.cpp
   reg_lists_commands_test.cpp
   run_command_test.cpp
+  script_commands_test.cpp
   script_test.cpp
   selftest_command_test.cpp
   watch_command_test.cpp

@@ -12,9 +12,9 @@ namespace borvanusb::tool_test {
 namespace {
 
 // Stands for the command line's reader: the words choose the command.
-std::vector<Arguments> ReadWord(const std::string& line) {
+std::optional<LineCommand> ReadWord(const std::string& line) {
   if (line.empty() || line.front() == '#') {
-    return {};
+    return std::nullopt;
   }
   std::istringstream words(line);
   std::string word;
@@ -36,7 +36,7 @@ std::vector<Arguments> ReadWord(const std::string& line) {
       arguments.common.cameras.push_back(word);
     }
   }
-  return {arguments};
+  return LineCommand{arguments};
 }
 
 class ScriptTest : public testing::Test {

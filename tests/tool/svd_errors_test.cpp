@@ -67,6 +67,38 @@ TEST(SvdErrorsTest, DeclarationsAndEntitiesAreRefused) {
             "numbers such as &#181;");
 }
 
+// Each stands where a map of plain XML would pass.
+TEST(SvdErrorsTest, WhatAnXmlReaderMightLetPass) {
+  const std::string attributes =
+      "allowed behind the name are attributes such as derivedFrom=\"NAME\", then > or />";
+  EXPECT_EQ(Error(Device("<a!b/>")), "2: <a>: " + attributes);
+  EXPECT_EQ(Error(Device("<vendorExtensions><a x=\"1\"y=\"2\"/></vendorExtensions>")),
+            "2: <a>: " + attributes);
+  EXPECT_EQ(Error(Device("<register x=\"</register>\"></register>")),
+            "2: <register>: " + attributes);
+  EXPECT_EQ(Error(Device("<register x!=\"1\"/>")), "2: <register>: " + attributes);
+  EXPECT_EQ(Error(Device("<register><name>A</nam></register>")),
+            "2: </nam> ends <name> of line 2; allowed is </name>");
+  EXPECT_EQ(Error(Device("<!-- a --> <!ENTITY a>")),
+            "2: in <registers>: <! begins a DOCTYPE or another declaration; allowed are elements, "
+            "comments and CDATA");
+}
+
+// Far more elements within each other than a stack holds.
+TEST(SvdErrorsTest, DepthCannotExhaustTheStack) {
+  constexpr int kDeep = 1'000'000;
+  std::string deep;
+  std::string hidden;
+  for (int i = 0; i < kDeep; ++i) {
+    deep += "<a>";
+    hidden += "<a b='</a>'>";
+  }
+  EXPECT_EQ(Error(deep), "1: <a> lies in 64 other elements; allowed are 63");
+  EXPECT_EQ(Error(hidden),
+            "1: <a>: allowed behind the name are attributes such as derivedFrom=\"NAME\", then > "
+            "or />");
+}
+
 TEST(SvdErrorsTest, OtherEncodings) {
   EXPECT_EQ(Error("\xFF\xFE<"), "0: the file is UTF-16, which can't be read: save it as UTF-8");
   EXPECT_EQ(Error(std::string("<\0?\0x\0", 6)),

@@ -10,6 +10,7 @@
 #include "base/exit_code.h"
 #include "base/failure.h"
 #include "command/command_line.h"
+#include "station/script_commands.h"
 
 namespace borvanusb::tool_test {
 namespace {
@@ -68,7 +69,15 @@ void ExpectGoodCommandLines(const std::string& file, std::size_t at_least) {
   for (const std::string& line : lines) {
     try {
       if (const auto words = SplitLine(line); !words.empty()) {
-        ParseCommandLine(words);
+        const bool only_in_scripts =
+            std::ranges::any_of(ScriptOnlyRules(), [&](const CommandRule& rule) {
+              return rule.description.words.front() == words.front();
+            });
+        if (only_in_scripts) {
+          ParseScriptLine(words);
+        } else {
+          ParseCommandLine(words);
+        }
       }
     } catch (const Failure& failure) {
       ADD_FAILURE() << file << ": " << line << "\n" << failure.Message();

@@ -2,6 +2,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <nlohmann/json.hpp>
 #include <sstream>
 
@@ -139,6 +140,180 @@ TEST_F(WholeToolTest, TableOfSeveralCamerasIsClean) {
     EXPECT_THAT(err, HasSubstr("a remark?[2J\n"));
     EXPECT_THAT(err, HasSubstr("bad?[2J\n"));
   }
+}
+
+TEST_F(WholeToolTest, LogHoldsAllThatIsSaidWithTimes) {
+  const std::string log = folder.Name("day.log");
+  host.chip().registers[0x100] = 0x5A;
+  EXPECT_EQ(Run({"reg", "read", "0x100", "--log", log}), 0);
+  EXPECT_EQ(out, "0x0100  0x5a\n");
+  EXPECT_EQ(Run({"flash", "read", "0+4K", folder.Name("a.bin"), "--log", log, "--progress", "none",
+                 "--camera", "9"}),
+            2);
+  EXPECT_EQ(
+      folder.Read("day.log"),
+      "2026-01-02T03:04:05Z run  borvanusb reg read 0x100 --log " + log +
+          "\n"
+          "2026-01-02T03:04:05Z out  0x0100  0x5a\n"
+          "2026-01-02T03:04:05Z end  exit code 0\n"
+          "2026-01-02T03:04:05Z run  borvanusb flash read 0+4K " +
+          folder.Name("a.bin") + " --log " + log +
+          " --progress none --camera 9\n"
+          "2026-01-02T03:04:05Z err  borvanusb: flash read: --camera: there is no camera 9, the "
+          "highest index is 0\n"
+          "2026-01-02T03:04:05Z err    borvanusb list shows the cameras.\n"
+          "2026-01-02T03:04:05Z end  exit code 2\n");
+}
+
+TEST_F(WholeToolTest, LogHasTheEndOfProgressAndNoBytes) {
+  const std::string log = folder.Name("day.log");
+  terminal = true;
+  EXPECT_EQ(Run({"flash", "read", "0+4K", "-", "--log", log}), 0);
+  EXPECT_EQ(out, std::string(4096, '\xFF'));
+  const std::string said = folder.Read("day.log");
+  EXPECT_THAT(said, HasSubstr("Z err  read: done, 4.0 KiB in "));
+  EXPECT_THAT(said, HasSubstr("Z out  4096 bytes (4 KiB) of the result\n"));
+  EXPECT_EQ(said.find_first_of("\r\xFF"), std::string::npos) << said;
+}
+
+TEST_F(WholeToolTest, LogThatCannotBeWrittenStopsTheCommandBeforeItsWork) {
+  EXPECT_EQ(Run({"reg", "write", "0x100", "1", "--log", folder.Name("none/day.log")}), 5);
+  EXPECT_THAT(err, HasSubstr("--log: can't write " + folder.Name("none/day.log")));
+  EXPECT_EQ(host.chip().transfers, 0U);
+}
+
+TEST_F(WholeToolTest, WaitTriesUntilTheCameraIsThere) {
+  auto camera = host.chips.front();
+  host.chips.clear();
+  int sleeps = 0;
+  host.on_sleep = [&] {
+    if (++sleeps == 3) {
+      host.chips.push_back(camera);
+    }
+  };
+  EXPECT_EQ(Run({"reg", "read", "0x100", "--wait", "5"}), 0);
+  EXPECT_EQ(err, "no USB camera is found; waiting for it, 5 s at most\n");
+  EXPECT_EQ(Run({"reg", "read", "0x100"}), 0);
+}
+
+TEST_F(WholeToolTest, WaitEndsAfterItsTimeWithTheFailure) {
+  host.chips.clear();
+  const auto begin = host.Clock();
+  EXPECT_EQ(Run({"reg", "read", "0x100", "--wait", "5"}), 2);
+  EXPECT_EQ(host.Clock() - begin, std::chrono::seconds(5));
+  EXPECT_THAT(err, HasSubstr("\nborvanusb: reg read: no USB camera is found\n"));
+  // Nothing else is waited for.
+  EXPECT_EQ(Run({"reg", "read", "0x100"}), 2);
+  EXPECT_EQ(host.Clock() - begin, std::chrono::seconds(5));
+}
+
+TEST_F(WholeToolTest, WaitIsForBusyCamerasToo) {
+  host.reserved_elsewhere = true;
+  int sleeps = 0;
+  host.on_sleep = [&] { host.reserved_elsewhere = ++sleeps < 2; };
+  EXPECT_EQ(Run({"reg", "write", "0x100", "1", "--wait", "5"}), 0);
+  EXPECT_EQ(sleeps, 2);
+  host.before_open = [](const CameraIdentity&) {
+    throw Failure(ExitCode::kRefused, "the camera can't be opened");
+  };
+  EXPECT_EQ(Run({"reg", "read", "0x100", "--wait", "1"}), 4);
+  host.before_open = [](const CameraIdentity&) { throw Failure(ExitCode::kDevice, "gone"); };
+  const auto begin = host.Clock();
+  EXPECT_EQ(Run({"reg", "read", "0x100", "--wait", "1"}), 6);
+  EXPECT_EQ(host.Clock(), begin);
+}
+
+TEST_F(WholeToolTest, StopEndsTheWaiting) {
+  host.chips.clear();
+  host.on_sleep = [&] { host.stop_requested = true; };
+  EXPECT_EQ(Run({"reg", "read", "0x100", "--wait", "3600"}), 9);
+}
+
+// --all: which command lines the processes get, and what comes of their results.
+class WholeToolAllTest : public WholeToolTest {
+ protected:
+  WholeToolAllTest() {
+    host.chip().identity = {0, R"(\\?\usb#a)", "First", "1234", "0001"};
+    auto second = std::make_shared<FakeChip>();
+    second->identity = {1, R"(\\?\usb#b)", "Second", "1234", "0002"};
+    host.chips.push_back(second);
+  }
+  void Answer(const std::string& json, int code = 0) {
+    host.child = [this, json, code](const std::vector<std::string>& words,
+                                    const std::function<void(bool, const std::string&)>& say) {
+      lines.push_back(words);
+      say(false, json);
+      return code;
+    };
+  }
+
+  std::vector<std::vector<std::string>> lines;
+};
+
+TEST_F(WholeToolAllTest, ListIsLoadedIntoEachCamera) {
+  const std::string list = folder.Write("a.txt", "0xfffd,0\n0x8000,1,\n");
+  Answer(R"({"registers":1,"verified":true,"wrong":[]})");
+  EXPECT_EQ(Run({"reg", "load", "--all", "--verify", list, "--verbose", "--wait", "2"}), 0);
+  ASSERT_EQ(lines.size(), 2U);
+  EXPECT_EQ(lines[1],
+            (std::vector<std::string>{"reg", "load", "--verify", "--camera", R"(\\?\usb#b)",
+                                      "--json", "--progress", "json", "--timeout", "10.000",
+                                      "--wait", "2.000", "--verbose", "--", list}));
+  EXPECT_EQ(out,
+            "0  1234:0001  First: 1 register written, read back equal\n"
+            "1  1234:0002  Second: 1 register written, read back equal\n");
+  Answer(R"({"registers":1,"verified":null,"wrong":[]})");
+  lines.clear();
+  EXPECT_EQ(Run({"i2c", "load", folder.Write("i.txt", "0xfff8,0x6c\n0xfffe,3\n1,1\n"), "--all"}),
+            0);
+  EXPECT_EQ(lines.size(), 2U);
+  EXPECT_THAT(out, HasSubstr("First: 1 register written\n"));
+}
+
+TEST_F(WholeToolAllTest, OutcomeThatIsNotGoodIsAResult) {
+  const std::string image = folder.Write("image.bin", "image");
+  Answer(R"({"equal":false,"different_bytes":3,"first_difference":4096})", 7);
+  EXPECT_EQ(Run({"flash", "verify", image, "--address", "0x1000", "--all", "--diff", "d.csv"}), 7);
+  EXPECT_EQ(out,
+            "0  1234:0001  First: 3 bytes differ, the first at 0x1000\n"
+            "1  1234:0002  Second: 3 bytes differ, the first at 0x1000\n");
+  EXPECT_THAT(lines[1], testing::Contains("--diff=d-1.csv"));
+  EXPECT_EQ(Run({"flash", "verify", image, "--address", "0x1000", "--all", "--json"}), 7);
+  std::istringstream stream(out);
+  for (std::string line; std::getline(stream, line);) {
+    EXPECT_EQ(BreachOfSchema("several", nlohmann::ordered_json::parse(line)), "") << line;
+  }
+}
+
+TEST_F(WholeToolAllTest, EachCamerasFlashHasAFileOfItsOwn) {
+  Answer(R"({"size":4096,"file":"x"})");
+  EXPECT_EQ(Run({"flash", "read", "0+4K", "flash-{index}-{vid}{pid}.bin", "--all"}), 0);
+  ASSERT_EQ(lines.size(), 2U);
+  EXPECT_EQ(lines[0].back(), "flash-0-12340001.bin");
+  EXPECT_EQ(lines[1].back(), "flash-1-12340002.bin");
+  lines.clear();
+  EXPECT_EQ(Run({"flash", "read", "0+4K", "flash.bin", "--all"}), 1);
+  EXPECT_THAT(err, HasSubstr("one file can't hold the flash of several cameras"));
+  EXPECT_EQ(Run({"flash", "read", "0+4K", "--camera", "0", "--camera", "1"}), 1);
+  EXPECT_EQ(Run({"flash", "read", "0+4K", "-", "--all"}), 1);
+  EXPECT_TRUE(lines.empty());
+  EXPECT_EQ(Run({"flash", "read", "0+4K", folder.Name("one-{pid}.bin"), "--camera", "1"}), 0);
+  EXPECT_EQ(folder.Read("one-0002.bin").size(), 4096U);
+}
+
+TEST_F(WholeToolAllTest, InfoOfEachCameraIsALine) {
+  Answer(R"({"feature_register":32,"fast_i2c":true,"flash":{"size":null,"how":"?"}})");
+  EXPECT_EQ(Run({"info", "--all"}), 0);
+  EXPECT_EQ(out,
+            "0  1234:0001  First: feature register 0x20, fast I2C lists, flash of unknown size\n"
+            "1  1234:0002  Second: feature register 0x20, fast I2C lists, flash of unknown size\n");
+  EXPECT_EQ(std::ranges::count(lines[0], "--progress"), 0);
+}
+
+TEST_F(WholeToolAllTest, WhatCannotBeForSeveralIsRefused) {
+  EXPECT_EQ(Run({"info", "--all", "--camera", "0"}), 1);
+  EXPECT_EQ(Run({"reg", "load", "-", "--all"}), 1);
+  EXPECT_EQ(Run({"reg", "load", "a.txt", "--all", "--check-only"}), 1);
 }
 
 TEST_F(WholeToolTest, TextsOfManyLinesKeepThem) {

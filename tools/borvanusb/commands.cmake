@@ -34,7 +34,13 @@ borvanusb_add_command(i2c/read I2cReadRule)
 borvanusb_add_command(i2c/write I2cWriteRule)
 borvanusb_add_command(i2c/dump I2cDumpRule)
 borvanusb_add_command(i2c/load I2cLoadRule)
+borvanusb_add_command(i2c/diff I2cDiffRule)
 borvanusb_add_command(i2c/scan I2cScanRule)
+
+set(group "Presets of a profile")
+borvanusb_add_command(station/preset PresetApplyRule)
+borvanusb_add_command(station/preset PresetDiffRule)
+borvanusb_add_command(station/preset_save PresetSaveRule)
 
 set(group "Flash")
 borvanusb_add_command(flash/read FlashReadRule)

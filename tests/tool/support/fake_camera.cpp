@@ -66,7 +66,10 @@ class FakeCamera : public Camera {
   std::uint32_t ReadI2c(const I2cTarget& target, std::uint32_t address) override {
     Transfer();
     const auto sensor = chip_->sensors.find(target.slave);
-    if (sensor == chip_->sensors.end()) {
+    const auto modes = chip_->sensor_modes.find(target.slave);
+    const bool other_mode =
+        modes != chip_->sensor_modes.end() && !modes->second.contains(target.mode);
+    if (sensor == chip_->sensors.end() || other_mode) {
       throw Failure(ExitCode::kDevice, "nothing answers");
     }
     return Given(FakeRead::kI2c, address, sensor->second[address]);
@@ -244,22 +247,26 @@ std::vector<CameraIdentity> FakeHost::ListCameras() {
 }
 
 std::unique_ptr<Camera> FakeHost::OpenCamera(const CameraIdentity& camera) {
-  if (before_open) {
-    before_open(camera);
-  }
-  for (const auto& chip : chips) {
-    if (chip->identity.path == camera.path) {
-      return std::make_unique<FakeCamera>(*this, chip);
+  return UntilItWorks([&]() -> std::unique_ptr<Camera> {
+    if (before_open) {
+      before_open(camera);
     }
-  }
-  throw Failure(ExitCode::kNoCamera, "the camera is gone");
+    for (const auto& chip : chips) {
+      if (chip->identity.path == camera.path) {
+        return std::make_unique<FakeCamera>(*this, chip);
+      }
+    }
+    throw Failure(ExitCode::kNoCamera, "the camera is gone");
+  });
 }
 
 std::unique_ptr<Host::Reservation> FakeHost::ReserveCamera(const CameraIdentity& /*camera*/) {
-  if (reserved_elsewhere) {
-    throw Failure(ExitCode::kRefused, "another borvanusb is working with this camera");
-  }
-  return std::make_unique<FakeReservation>();
+  return UntilItWorks([&]() -> std::unique_ptr<Reservation> {
+    if (reserved_elsewhere) {
+      throw Failure(ExitCode::kRefused, "another borvanusb is working with this camera");
+    }
+    return std::make_unique<FakeReservation>();
+  });
 }
 
 std::unique_ptr<Host::StopHold> FakeHost::HoldStop() {

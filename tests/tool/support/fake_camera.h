@@ -33,6 +33,8 @@ struct FakeChip {
   std::map<std::uint32_t, std::uint32_t> registers;
   // Slave, then register.
   std::map<std::uint32_t, std::map<std::uint32_t, std::uint32_t>> sensors;
+  // The width modes in which a sensor answers; all if it is not here.
+  std::map<std::uint32_t, std::set<std::int32_t>> sensor_modes;
   std::vector<std::string> register_lists;  // the texts that were loaded
   std::vector<std::string> i2c_lists;
 
@@ -56,6 +58,8 @@ struct FakeChip {
 class FakeOutput : public Output {
  public:
   void Line(std::string_view text) override { out += std::string(text) + "\n"; }
+  void Bytes(std::string_view bytes) override { out += bytes; }
+  bool OutputIsTerminal() const override { return output_is_terminal; }
   void JsonLine(std::string_view json) override { json_lines.emplace_back(json); }
   void Note(std::string_view text) override { notes += std::string(text) + "\n"; }
   void Detail(std::string_view text) override { details += std::string(text) + "\n"; }
@@ -64,6 +68,7 @@ class FakeOutput : public Output {
   int ErrorColumns() const override { return columns; }
   void MoveUp(int lines) override { notes += "up " + std::to_string(lines) + "\n"; }
 
+  bool output_is_terminal = false;
   bool takes_results = true;  // false: standard output is lost
   int columns = 0;            // of the terminal; 0: there is none
   std::string out;
@@ -117,8 +122,12 @@ class FakeHost : public Host {
   std::chrono::system_clock::time_point Now() const override;
   std::chrono::steady_clock::time_point Clock() const override { return clock; }
   bool Ask(const std::string& question) override;
+  std::string ReadStandardInput() override { return input; }
   std::string Environment(const std::string& name) const override;
   SystemReport ExamineSystem() override { return system_report; }
+  std::string LibraryVersion() override { return library_version; }
+  Terminal* Prompt() override { return terminal; }
+  void ForgetStop() override { stop_requested = false; }
   std::vector<std::string> Details() const override { return details; }
   std::vector<int> RunChildren(
       const std::vector<std::vector<std::string>>& arguments,
@@ -131,6 +140,7 @@ class FakeHost : public Host {
   int stop_holds = 0;
   bool answer = false;                 // to every question
   std::vector<std::string> questions;  // that were asked
+  std::string input;                   // what standard input holds
   bool reserved_elsewhere = false;
   std::set<std::string> busy_elsewhere;  // paths of cameras that other processes work with
   std::string journal_folder;            // tests of flash changes set it
@@ -141,6 +151,8 @@ class FakeHost : public Host {
   std::map<std::string, std::string> environment;
   std::chrono::steady_clock::time_point clock;
   SystemReport system_report;
+  std::string library_version = "0.2.0";
+  Terminal* terminal = nullptr;
   std::vector<std::string> details;
   // What RunChildren is to do for a child: gets its arguments and where to send its lines.
   std::function<int(const std::vector<std::string>&,

@@ -134,10 +134,12 @@ CameraIdentity ChosenCamera(Host& host, const std::vector<std::string>& choices)
     throw Failure(
         ExitCode::kUsage,
         Format("--camera: this command works with one camera, {} are given", choices.size()),
-        "Give --camera once; flash program alone takes several.");
+        "Give --camera once; only commands with --all take several.");
   }
-  CameraIdentity camera = ChooseCamera(
-      host.ListCameras(), choices.empty() ? host.Environment("BORVANUSB_CAMERA") : choices.front());
+  const std::string choice =
+      choices.empty() ? host.Environment("BORVANUSB_CAMERA") : choices.front();
+  CameraIdentity camera =
+      host.UntilItWorks([&] { return ChooseCamera(host.ListCameras(), choice); });
   host.CheckCamera(camera);
   return camera;
 }

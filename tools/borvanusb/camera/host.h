@@ -10,6 +10,8 @@
 #include <vector>
 
 #include "base/common_arguments.h"
+#include "base/failure.h"
+#include "base/terminal.h"
 #include "camera/camera.h"
 
 namespace borvanusb {
@@ -36,6 +38,12 @@ struct SystemReport {
   std::vector<std::pair<std::string, std::string>> environment;  // our variables that are set
 };
 
+// A camera that is there but is not one of this chip.
+class NoVendorUnit : public Failure {
+ public:
+  using Failure::Failure;
+};
+
 // What a command needs of the system and of the library.
 class Host {
  public:
@@ -51,8 +59,8 @@ class Host {
   // had.
   virtual std::vector<CameraIdentity> ListCameras() = 0;
 
-  // Opens a camera. Throws Failure: kRefused when it can't be opened or has no vendor unit,
-  // kNoCamera when it is gone. One camera is open at a time.
+  // Opens a camera. Throws Failure: kRefused when it can't be opened, NoVendorUnit (kRefused, too)
+  // when it has no vendor unit, kNoCamera when it is gone. One camera is open at a time.
   virtual std::unique_ptr<Camera> OpenCamera(const CameraIdentity& camera) = 0;
 
   // Keeps every other borvanusb process from using the camera until the result is destroyed. Throws
@@ -92,6 +100,29 @@ class Host {
 
   // Asks a question on the terminal; false without one, or for anything but "y" or "yes".
   virtual bool Ask(const std::string& question) = 0;
+  // What to do when a camera can't be found, reserved or opened: waits a while and returns true to
+  // try again; empty: the failure stands. Returns the one before. For --wait.
+  using TryAgain = std::function<bool(const Failure&)>;
+  TryAgain SetTryAgain(TryAgain try_again) {
+    return std::exchange(try_again_, std::move(try_again));
+  }
+  // Does the work until it succeeds or TryAgain lets its failure stand.
+  template <typename Work>
+  auto UntilItWorks(Work work) -> decltype(work()) {
+    while (true) {
+      try {
+        return work();
+      } catch (const Failure& failure) {
+        if (!try_again_ || !try_again_(failure)) {
+          throw;
+        }
+      }
+    }
+  }
+
+  // All of standard input, byte for byte. Throws Failure: kFile when it can't be read or was read
+  // before, kStopped when the user asks to stop while it has not ended.
+  virtual std::string ReadStandardInput() = 0;
   // An environment variable, UTF-8; empty when it isn't set.
   virtual std::string Environment(const std::string& name) const = 0;
 
@@ -109,6 +140,13 @@ class Host {
   }
 
   virtual SystemReport ExamineSystem() = 0;
+  // The version of the library; empty when it is not known.
+  virtual std::string LibraryVersion() { return {}; }
+
+  // The terminal where the user types, for a prompt; null without one.
+  virtual Terminal* Prompt() { return nullptr; }
+  // Forgets that a stop was asked for: the prompt goes on after the command that was stopped.
+  virtual void ForgetStop() {}
 
   // What --verbose reports about the work so far, in lines: the library, the cameras that were
   // opened, the calls that were made.
@@ -123,6 +161,7 @@ class Host {
 
  private:
   CameraCheck camera_check_;
+  TryAgain try_again_;
 };
 
 }  // namespace borvanusb

@@ -6,6 +6,7 @@
 #include "base/files.h"
 #include "base/format.h"
 #include "camera/camera_choice.h"
+#include "command/standard_streams.h"
 #include "output/output.h"
 #include "output/progress.h"
 
@@ -88,7 +89,7 @@ void TellOutcome(Context& context, const std::string& command, const std::string
 }
 
 void WriteDump(Context& context, const std::string& file, const std::string& text) {
-  if (!file.empty()) {
+  if (!file.empty() && !IsStandardStream(file)) {
     WriteWholeText(file, text);
     return;
   }

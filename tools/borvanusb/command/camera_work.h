@@ -60,7 +60,7 @@ void TellOutcome(Context& context, const std::string& command, const std::string
 
 // Prints a text of several lines.
 void PrintLines(std::string_view text, Output& output);
-// Writes a dump: to standard output when `file` is empty, else to the file.
+// Writes a dump: to standard output when `file` is empty or "-", else to the file.
 void WriteDump(Context& context, const std::string& file, const std::string& text);
 // Whether a dump to this file is to hold raw bytes: names that end in .bin.
 bool IsRawFileName(const std::string& file);

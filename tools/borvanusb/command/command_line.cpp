@@ -202,6 +202,23 @@ void Store(Target& target, const Stores& stores, const std::vector<OptionDescrip
   }
 }
 
+// The command's own words.
+GivenWords WordsOf(const SortedWords& sorted) {
+  GivenWords words{sorted.command, {}, {}};
+  for (std::size_t i = 0; i < sorted.own.size(); ++i) {
+    const OptionDescription& option = sorted.described->options[i];
+    for (const std::string& value : sorted.own[i]) {
+      if (option.positional) {
+        words.arguments.push_back(value);
+        continue;
+      }
+      words.options.push_back(option.value.empty() ? option.names.back()
+                                                   : Format("{}={}", option.names.back(), value));
+    }
+  }
+  return words;
+}
+
 const CommandRule& RuleFor(const SortedWords& words, const CommandRules& rules) {
   return *std::find_if(rules.begin(), rules.end(), [&](const CommandRule& rule) {
     return rule.description.words == words.command;
@@ -411,6 +428,7 @@ std::variant<Arguments, TextAnswer> ParseCommandLine(const std::vector<std::stri
   CheckRefused(rule.description, given);
   const bool takes_profile =
       Takes(rule.description, "--profile") && Takes(rule.description, "--camera");
+  const GivenWords given_words = WordsOf(sorted);
   DefaultOptions defaulted(tool, rule, sorted);
   if (defaults && takes_profile) {
     defaulted.Fill(defaults);
@@ -418,15 +436,16 @@ std::variant<Arguments, TextAnswer> ParseCommandLine(const std::vector<std::stri
   try {
     Arguments arguments = Values(tool, rule, sorted);
     arguments.takes_profile = takes_profile;
+    arguments.common.words = given_words;
     arguments.common.defaulted = defaulted.Names();
     arguments.defaults_file = defaulted.From().file;
     return arguments;
   } catch (const MissingOption& missing) {
-    const std::string& why = defaulted.From().problem;
+    const auto& why = defaulted.From().failure;
     throw Failure(
         missing.Code(), missing.Message(),
-        why.empty() ? missing.Hint()
-                    : Format("{}\nNo profile was asked for its default: {}", missing.Hint(), why));
+        why ? Format("{}\nNo profile was asked for its default: {}", missing.Hint(), why->Message())
+            : missing.Hint());
   } catch (const WrongUse& wrong) {
     throw Failure(ExitCode::kUsage, wrong.what(), HintOf(wrong, words, sorted.command));
   }

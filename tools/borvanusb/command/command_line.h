@@ -38,6 +38,8 @@ std::vector<std::string> SplitLine(const std::string& line);
 // The other way round: words as a command line to be copied from the terminal, with borvanusb in
 // front; words with blanks or backslashes stand in quotes.
 std::string CommandLineText(const std::vector<std::string>& words);
+// The same without borvanusb in front: a line of a script.
+std::string LineText(const std::vector<std::string>& words);
 
 // The commands and options as the manual page and the completions tell them, in the order of the
 // help.

@@ -97,6 +97,10 @@ class RuleOf {
   // A common option that the command does not take.
   void Refuse(std::string_view name, std::string_view why) {
     rule_.description.refused.push_back({std::string(name), std::string(why)});
+    // Nobody waits for a camera that nobody uses.
+    if (name == "--camera") {
+      Refuse("--wait", why);
+    }
   }
 
   void Example(std::string_view line) { rule_.description.examples.emplace_back(line); }

@@ -30,6 +30,12 @@ CommonRules MakeCommonRules() {
         common.timeout =
             std::chrono::milliseconds(std::llround(DecimalValue(text, 0.1, 3600) * kMilliseconds));
       });
+  add(Option("--wait", "SECONDS", "how long to wait for a camera that is missing or busy"),
+      [](CommonArguments& common, const std::string& text) {
+        constexpr double kMilliseconds = 1000;
+        common.wait =
+            std::chrono::milliseconds(std::llround(DecimalValue(text, 0.1, 86400) * kMilliseconds));
+      });
   add(Choices(Option("--progress", "HOW",
                      "auto (a bar on a terminal, else lines), bar, lines, json or none"),
               {"auto", "bar", "lines", "json", "none"}),
@@ -39,6 +45,8 @@ CommonRules MakeCommonRules() {
       });
   add(File(Option("--trace", "FILE", "write the transfers of virtual cameras to a file")),
       [](CommonArguments& common, const std::string& text) { common.trace = FileValue(text); });
+  add(File(Option("--log", "FILE", "add everything that is said to a file, with times")),
+      [](CommonArguments& common, const std::string& text) { common.log = FileValue(text); });
   add(Flag("--json", "print the result as one JSON object"),
       [](CommonArguments& common, const std::string&) { common.json = true; });
   add(Flag("--quiet", "no progress and no notes, only results and errors"),

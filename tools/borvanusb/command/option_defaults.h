@@ -1,12 +1,14 @@
 #pragma once
 
 #include <functional>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <utility>
 #include <vector>
 
 #include "base/common_arguments.h"
+#include "base/failure.h"
 #include "camera/camera.h"
 #include "command/context.h"
 
@@ -18,7 +20,7 @@ struct OptionDefaults {
   std::vector<std::pair<std::string, std::string>> values;  // "--slave" and its value
   std::string file;                                         // the profile; empty: none
   // Why the camera could not be chosen, if profiles are there: one of them may have defaults.
-  std::string problem;
+  std::optional<Failure> failure;
 };
 
 // Asked once for each command line that may use a camera.

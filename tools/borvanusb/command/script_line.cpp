@@ -48,14 +48,18 @@ std::vector<std::string> SplitLine(const std::string& line) {
 }
 
 std::string CommandLineText(const std::vector<std::string>& words) {
-  std::string text = "borvanusb";
+  return Format("borvanusb{}{}", words.empty() ? "" : " ", LineText(words));
+}
+
+std::string LineText(const std::vector<std::string>& words) {
+  std::string text;
   for (const std::string& word : words) {
     const bool plain = !word.empty() && std::ranges::all_of(word, [](char character) {
       return (character >= '0' && character <= '9') || (character >= 'A' && character <= 'Z') ||
              (character >= 'a' && character <= 'z') ||
              std::string_view("-_./:,+").find(character) != std::string_view::npos;
     });
-    text += plain ? Format(" {}", word) : Format(" \"{}\"", word);
+    text += Format("{}{}{}{}", text.empty() ? "" : " ", plain ? "" : "\"", word, plain ? "" : "\"");
   }
   return text;
 }

@@ -1,15 +1,20 @@
 #include "command/tool.h"
 
 #include <algorithm>
+#include <functional>
 #include <memory>
 #include <nlohmann/json.hpp>
+#include <optional>
 #include <variant>
 
 #include "base/format.h"
+#include "base/numbers.h"
+#include "command/camera_wait.h"
 #include "command/command_line.h"
 #include "command/command_rules.h"
 #include "command/context.h"
 #include "command/option_defaults.h"
+#include "command/run_log.h"
 #include "output/make_progress.h"
 #include "output/printable.h"
 #include "output/text_output.h"
@@ -63,6 +68,69 @@ std::string Indented(const std::string& text) {
   return lines;
 }
 
+// A process's streams, and the log beside them once it is open.
+class LoggedStreams {
+ public:
+  explicit LoggedStreams(const ToolStreams& plain) : plain_(plain), logged_(plain) {
+    logged_.output = [this](std::string_view text) {
+      auto problem = plain_.output(text);
+      if (!problem) {
+        Add(RunLog::Kind::kOutput, text);
+      }
+      return problem;
+    };
+    logged_.error = [this](std::string_view text) {
+      plain_.error(text);
+      Add(RunLog::Kind::kError, text);
+    };
+  }
+  LoggedStreams(const LoggedStreams&) = delete;
+  LoggedStreams& operator=(const LoggedStreams&) = delete;
+  ~LoggedStreams() = default;
+
+  // Throws Failure kFile.
+  void Open(const std::string& file, const std::vector<std::string>& words,
+            const RunLog::Clock& clock) {
+    if (!file.empty()) {
+      log_.emplace(file, clock);
+      log_->Add(RunLog::Kind::kRun, Printable(CommandLineText(words)));
+    }
+  }
+  // Tells how it ended.
+  void Close(int code) {
+    if (!log_) {
+      return;
+    }
+    log_->Add(RunLog::Kind::kEnd, Format("exit code {}", code));
+    if (!log_->IsWhole()) {
+      plain_.error(Format("borvanusb: --log: {} can't be written any more; it is incomplete\n",
+                          Printable(log_->Name())));
+    }
+  }
+
+  bool HasLog() const { return log_.has_value(); }
+  void Add(RunLog::Kind kind, std::string_view text) {
+    if (log_ && !paused_) {
+      log_->Add(kind, text);
+    }
+  }
+  // Does what is not for the log.
+  void Unlogged(const std::function<void()>& work) {
+    paused_ = true;
+    work();
+    paused_ = false;
+  }
+
+  const ToolStreams& Plain() const { return plain_; }
+  const ToolStreams& Logged() const { return logged_; }
+
+ private:
+  const ToolStreams& plain_;
+  ToolStreams logged_;
+  std::optional<RunLog> log_;
+  bool paused_ = false;
+};
+
 int Report(const std::string& command, const Failure& failure, bool json, ResultStream& results,
            const ToolStreams& streams) {
   std::string text = Format("borvanusb: {}{}\n", command.empty() ? "" : Format("{}: ", command),
@@ -79,6 +147,31 @@ int Report(const std::string& command, const Failure& failure, bool json, Result
     results.Write(JsonText({{"error", error}}));
   }
   return code;
+}
+
+// The defaults of options. With --wait the camera that has them may come later.
+OptionDefaults DefaultsFor(const CommonArguments& common, Host& host, const ToolStreams& streams) {
+  constexpr std::chrono::milliseconds kInterval{250};
+  host.Configure(common);
+  const auto begin = host.Clock();
+  bool told = common.quiet;
+  while (true) {
+    OptionDefaults defaults = ToolKnowledge().defaults(common, host);
+    if (!defaults.failure || defaults.failure->Code() != ExitCode::kNoCamera ||
+        common.wait.count() == 0) {
+      return defaults;
+    }
+    if (host.StopRequested() || host.Clock() - begin >= common.wait) {
+      throw *defaults.failure;
+    }
+    if (!told) {
+      told = true;
+      const std::chrono::duration<double> limit = common.wait;
+      streams.error(Format("{}; waiting for it, {} s at most\n",
+                           Printable(defaults.failure->Message()), limit.count()));
+    }
+    host.Sleep(kInterval);
+  }
 }
 
 void TellDefaults(const Arguments& arguments, Output& output) {
@@ -108,12 +201,26 @@ class CheckedCamera {
   Host::CameraCheck before_;
 };
 
+std::unique_ptr<Progress> ProgressOf(const CommonArguments& common, Host& host,
+                                     LoggedStreams& logged) {
+  const ToolStreams& plain = logged.Plain();
+  const auto clock = [&host] { return host.Clock(); };
+  auto shown = MakeProgress(common.quiet ? ProgressMode::kNone : common.progress,
+                            plain.error_is_terminal, plain.columns, plain.error, clock);
+  if (!logged.HasLog()) {
+    return shown;
+  }
+  return ShowOnBoth(
+      std::move(shown),
+      MakeProgressOfEnds(
+          [&logged](std::string_view text) { logged.Add(RunLog::Kind::kError, text); }, clock));
+}
+
 int RunArguments(const Arguments& arguments, Host& host, ResultStream& results,
-                 const ToolStreams& streams) {
+                 LoggedStreams& logged) {
   const CommonArguments& common = arguments.common;
-  const auto progress =
-      MakeProgress(common.quiet ? ProgressMode::kNone : common.progress, streams.error_is_terminal,
-                   streams.columns, streams.error, [&host] { return host.Clock(); });
+  const ToolStreams& streams = logged.Logged();
+  const auto progress = ProgressOf(common, host, logged);
   // A bar must not stand in a line of text.
   const auto output_around_bar = [&](std::string_view text) {
     if (streams.output_is_terminal) {
@@ -127,6 +234,12 @@ int RunArguments(const Arguments& arguments, Host& host, ResultStream& results,
   };
   TextOutputOptions options{common.json, common.quiet, common.verbose};
   options.takes_results = [&results] { return !results.Problem(); };
+  options.output_is_terminal = streams.output_is_terminal;
+  options.bytes = [&](std::string_view bytes) {
+    logged.Unlogged([&] { output_around_bar(bytes); });
+    logged.Add(RunLog::Kind::kOutput, Format("{} of the result", SizeText(bytes.size())));
+  };
+  options.rows = [&](std::string_view text) { logged.Unlogged([&] { error_around_bar(text); }); };
   if (streams.error_is_terminal) {
     options.columns = streams.columns;
     options.move_up = streams.move_up;
@@ -143,6 +256,7 @@ int RunArguments(const Arguments& arguments, Host& host, ResultStream& results,
     Context context{common, host, output, *progress, result};
     TellDefaults(arguments, output);
     const CheckedCamera checked(arguments, host);
+    const CameraWait wait(context);
     const ExitCode code = arguments.command->Run(context);
     progress->Break();
     tell_details();
@@ -159,17 +273,19 @@ int RunArguments(const Arguments& arguments, Host& host, ResultStream& results,
 }
 
 int RunWords(const std::vector<std::string>& words, Host& host, ResultStream& results,
-             const ToolStreams& streams, const CommandRules& rules) {
+             LoggedStreams& logged, const CommandRules& rules) {
+  const ToolStreams& streams = logged.Logged();
   try {
-    const auto parsed = ParseCommandLine(words, rules, [&host](const CommonArguments& common) {
-      host.Configure(common);
-      return ToolKnowledge().defaults(common, host);
+    const auto parsed = ParseCommandLine(words, rules, [&](const CommonArguments& common) {
+      return DefaultsFor(common, host, streams);
     });
     if (const auto* const answer = std::get_if<TextAnswer>(&parsed)) {
       results.Write(answer->text);
       return static_cast<int>(ExitCode::kDone);
     }
-    return RunArguments(std::get<Arguments>(parsed), host, results, streams);
+    const auto& arguments = std::get<Arguments>(parsed);
+    logged.Open(arguments.common.log, words, [&host] { return host.Now(); });
+    return RunArguments(arguments, host, results, logged);
   } catch (...) {
     return Report("", CurrentFailure(), AsksForJson(words), results, streams);
   }
@@ -195,9 +311,14 @@ int RunTool(const std::vector<std::string>& words, Host& host, const ToolStreams
 
 int RunTool(const std::vector<std::string>& words, Host& host, const ToolStreams& streams,
             const CommandRules& rules) {
-  ResultStream results(streams.output);
-  const int code = RunWords(words, host, results, streams, rules);
-  return results.Problem() ? ReportLoss(*results.Problem(), code, streams) : code;
+  LoggedStreams logged(streams);
+  ResultStream results(logged.Logged().output);
+  int code = RunWords(words, host, results, logged, rules);
+  if (results.Problem()) {
+    code = ReportLoss(*results.Problem(), code, logged.Logged());
+  }
+  logged.Close(code);
+  return code;
 }
 
 void ReportFailure(const std::vector<std::string>& words, const Failure& failure,
@@ -206,20 +327,27 @@ void ReportFailure(const std::vector<std::string>& words, const Failure& failure
   if (streams.error_is_terminal) {
     streams.error("\n");
   }
+  LoggedStreams logged(streams);
   std::string command;
+  std::string log;
   try {
     const auto parsed = ParseCommandLine(words);
     if (const auto* const arguments = std::get_if<Arguments>(&parsed)) {
       command = arguments->words;
+      log = arguments->common.log;
     }
-  } catch (const Failure&) {
-    command.clear();
+    logged.Open(log, words, [] { return std::chrono::system_clock::now(); });
+  } catch (const Failure& problem) {
+    if (!log.empty()) {
+      streams.error(Format("borvanusb: {}\n", Printable(problem.Message())));
+    }
   }
-  ResultStream results(streams.output);
-  Report(command, failure, AsksForJson(words), results, streams);
+  ResultStream results(logged.Logged().output);
+  const int code = Report(command, failure, AsksForJson(words), results, logged.Logged());
   for (const std::string& line : last_words) {
-    streams.error(Indented(line));
+    logged.Logged().error(Indented(line));
   }
+  logged.Close(code);
 }
 
 }  // namespace borvanusb

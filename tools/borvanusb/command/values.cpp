@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <charconv>
+#include <cmath>
 #include <sstream>
 
 #include "base/format.h"
@@ -122,11 +123,37 @@ double DecimalValue(const std::string& text, double lowest, double highest) {
   return number;
 }
 
-std::string FileValue(const std::string& text) {
+std::chrono::milliseconds DurationValue(const std::string& text) {
+  constexpr double kMillisecondsPerSecond = 1000;
+  constexpr double kLongest = 24.0 * 3600 * kMillisecondsPerSecond;
+  const bool in_milliseconds = text.ends_with("ms");
+  double number = 0;
+  const char* const end = text.data() + text.size() - (in_milliseconds ? 2 : 1);
+  if (in_milliseconds || text.ends_with('s')) {
+    const auto result = std::from_chars(text.data(), end, number, std::chars_format::fixed);
+    number *= in_milliseconds ? 1 : kMillisecondsPerSecond;
+    const bool good =
+        result.ec == std::errc() && result.ptr == end && number >= 1 && number <= kLongest;
+    if (good) {
+      return std::chrono::milliseconds(std::llround(number));
+    }
+  }
+  throw WrongValue("is no time: a number with ms or s, such as 100ms or 1.5s, up to 86400s");
+}
+
+std::string FileOrStreamValue(const std::string& text) {
   if (text.empty()) {
     throw WrongValue("is no file name");
   }
   return text;
+}
+
+std::string FileValue(const std::string& text) {
+  if (text == "-") {
+    throw WrongValue(
+        "means standard input or output, which is not possible here; a file of that name is ./-");
+  }
+  return FileOrStreamValue(text);
 }
 
 std::string CameraValue(const std::string& text) {

@@ -49,8 +49,12 @@ std::string RemarkOnEnd(const std::string& text);
 std::uint64_t FlashSizeValue(const std::string& text);
 // A decimal number with a point or without, from `lowest` to `highest`.
 double DecimalValue(const std::string& text, double lowest, double highest);
+// A time with its unit: 100ms, 2s, 1.5s; 1 ms to 24 hours.
+std::chrono::milliseconds DurationValue(const std::string& text);
 // A text that is not empty; an empty one is a shell variable that was never set.
 std::string FileValue(const std::string& text);
+// The same where "-" means standard input or output; FileValue refuses it.
+std::string FileOrStreamValue(const std::string& text);
 std::string CameraValue(const std::string& text);
 // The place of a text among the choices.
 std::size_t ChoiceValue(const std::string& text, std::initializer_list<std::string_view> choices);

@@ -8,6 +8,7 @@
 #include "base/files.h"
 #include "base/format.h"
 #include "base/numbers.h"
+#include "camera/host.h"
 #include "camera/register_readings.h"
 
 namespace borvanusb {
@@ -275,7 +276,7 @@ std::unique_ptr<Camera> OpenLibraryCamera(CameraLibrary& library, const CameraId
     if (failure.Code() != ExitCode::kDevice) {
       throw;
     }
-    throw Failure(
+    throw NoVendorUnit(
         ExitCode::kRefused,
         Format("camera {} has no vendor unit that answers ({})", camera.name, failure.Message()),
         "Is it a camera with this chip? borvanusb doctor shows more.");

@@ -1,6 +1,10 @@
 #include "flash/program.h"
+
+#include <algorithm>
+
 #include "command/command_rules.h"
 #include "command/context.h"
+#include "command/several_cameras.h"
 #include "command/values.h"
 #include "flash/flash_options.h"
 #include "flash/program_several.h"
@@ -9,7 +13,7 @@
 namespace borvanusb {
 
 ExitCode Run(const FlashProgramCommand& command, Context& context) {
-  if (command.all || context.common.cameras.size() > 1) {
+  if (IsForSeveral(command.all, context)) {
     return ProgramSeveral(command, context);
   }
   return FlashProgrammer(command, context).Run();
@@ -20,15 +24,13 @@ namespace {
 void CheckProgram(const FlashProgramCommand& command, const GivenOptions& given) {
   CheckBackup(command, given);
   const bool backup_named = given.Has("--backup");
-  if (command.all && given.Has("--camera")) {
-    throw WrongUse("--all: means every camera, --camera only some: give one of the two");
-  }
-  if (backup_named && (command.all || given.Count("--camera") > 1)) {
+  CheckAll(command.all, given);
+  if (backup_named && IsForSeveral(command.all, given)) {
     throw WrongUse(
         "--backup: one file can't hold the backups of several cameras; omit it to name "
         "the files after the cameras");
   }
-  if (given.Has("--journal") && (command.all || given.Count("--camera") > 1)) {
+  if (given.Has("--journal") && IsForSeveral(command.all, given)) {
     throw WrongUse("--journal: a journal belongs to one camera; program that one by itself");
   }
   if (command.restore_on_failure && command.dry_run) {
@@ -64,12 +66,25 @@ CommandRule FlashProgramRule() {
            [](FlashProgramCommand& command, const std::string& text) {
              command.report = FileValue(text);
            });
+  rule.Add(Repeated(Option("--tag", "NAME=VALUE", "put this into the report, such as order=4711")),
+           [](FlashProgramCommand& command, const std::string& text) {
+             const std::size_t sign = text.find('=');
+             if (sign == std::string::npos || sign == 0) {
+               throw WrongValue("is no tag: NAME=VALUE, such as order=4711");
+             }
+             const std::string name = text.substr(0, sign);
+             const auto same = [&](const auto& other) { return other.first == name; };
+             if (std::ranges::any_of(command.tags, same)) {
+               throw WrongValue("is the second value of this name");
+             }
+             command.tags.emplace_back(name, text.substr(sign + 1));
+           });
   rule.Add(
       File(Option("--journal", "FILE", "the journal to use, or none, if a message asks for it")),
       [](FlashProgramCommand& command, const std::string& text) {
         command.journal = FileValue(text);
       });
-  rule.AddFlag("--all", "every camera there is, at the same time", &FlashProgramCommand::all);
+  AddAll(rule);
   rule.Check(CheckProgram);
   rule.Details("Exactly the image's bytes change; the old ones are saved first.");
   rule.Example("borvanusb flash program firmware.bin --address 0x40000");

@@ -3,6 +3,8 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <utility>
+#include <vector>
 
 #include "base/exit_code.h"
 
@@ -24,6 +26,7 @@ struct FlashProgramCommand {
   std::string report;
   std::string journal;  // of an unfinished change: its file, or "none"
   bool all = false;
+  std::vector<std::pair<std::string, std::string>> tags = {};  // for the report: name, value
 };
 
 ExitCode Run(const FlashProgramCommand& command, Context& context);

@@ -7,25 +7,6 @@
 
 namespace borvanusb {
 
-namespace {
-
-struct NameParts {
-  std::string stem;       // with the folder
-  std::string extension;  // with its point, or empty
-};
-
-NameParts SplitName(const std::string& file) {
-  const std::size_t slash = file.find_last_of("/\\");
-  const std::size_t start = slash == std::string::npos ? 0 : slash + 1;
-  const std::size_t point = file.find_last_of('.');
-  if (point == std::string::npos || point <= start) {
-    return {file, ""};
-  }
-  return {file.substr(0, point), file.substr(point)};
-}
-
-}  // namespace
-
 std::vector<std::string> ProgramWords(const FlashProgramCommand& command) {
   // The line may be repeated in another folder.
   std::vector<std::string> words = {"flash", "program", AbsoluteName(command.image), "--address",
@@ -49,6 +30,9 @@ std::vector<std::string> ProgramWords(const FlashProgramCommand& command) {
   if (!command.report.empty()) {
     words.insert(words.end(), {"--report", AbsoluteName(command.report)});
   }
+  for (const auto& [name, value] : command.tags) {
+    words.insert(words.end(), {"--tag", Format("{}={}", name, value)});
+  }
   return words;
 }
 
@@ -60,11 +44,6 @@ std::string GoBackText(const std::string& backup, std::uint32_t address,
   }
   words.insert(words.end(), {"--camera", camera.path});
   return CommandLineText(words);
-}
-
-std::string InsertBeforeExtension(const std::string& file, const std::string& part) {
-  const NameParts parts = SplitName(file);
-  return Format("{}-{}{}", parts.stem, part, parts.extension);
 }
 
 }  // namespace borvanusb

@@ -17,7 +17,4 @@ std::vector<std::string> ProgramWords(const FlashProgramCommand& command);
 std::string GoBackText(const std::string& backup, std::uint32_t address,
                        const CameraIdentity& camera, bool is_blank);
 
-// "dir/report.json" with "-2" before its extension: "dir/report-2.json".
-std::string InsertBeforeExtension(const std::string& file, const std::string& part);
-
 }  // namespace borvanusb

@@ -73,6 +73,8 @@ ExitCode FlashProgrammer::Run() {
   outcome_.image_file = command_.image;
   outcome_.address = command_.address;
   outcome_.dry_run = command_.dry_run;
+  outcome_.tags = command_.tags;
+  outcome_.computer = context_.host.Environment("COMPUTERNAME");
   outcome_.started = context_.host.Now();
   const Time start = context_.host.Clock();
   const auto finish = [&] {
@@ -134,6 +136,7 @@ void FlashProgrammer::LoadWanted() {
 void FlashProgrammer::Work() {
   const CameraIdentity identity = ChosenCamera(context_.host, context_.common.cameras);
   outcome_.camera = identity;
+  outcome_.library_version = context_.host.LibraryVersion();
   site_ = std::make_unique<Site>(context_, identity, state_);
   seen_ = Examine(image_, command_.flash_size, command_.journal, site_->Steps());
   const ProgramPlan plan = Plan(image_, seen_, command_.verify);

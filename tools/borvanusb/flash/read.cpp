@@ -1,18 +1,25 @@
 #include <nlohmann/json.hpp>
 
+#include "base/failure.h"
 #include "base/files.h"
 #include "base/format.h"
+#include "base/hex_bytes.h"
+#include "base/hex_dump.h"
 #include "base/sha256.h"
 #include "camera/camera_choice.h"
 #include "camera/camera_json.h"
 #include "camera/host.h"
+#include "command/camera_work.h"
 #include "command/command_rules.h"
 #include "command/context.h"
+#include "command/several_cameras.h"
+#include "command/standard_streams.h"
 #include "command/values.h"
 #include "flash/engine/flash_end.h"
 #include "flash/flash_options.h"
 #include "flash/read.h"
 #include "flash/report.h"
+#include "flash/several.h"
 #include "flash/text_dump.h"
 #include "output/output.h"
 #include "output/progress.h"
@@ -20,6 +27,34 @@
 namespace borvanusb {
 
 namespace {
+
+using Json = nlohmann::ordered_json;
+
+constexpr const char* kHexForm = "hex";
+constexpr const char* kTextForm = "text";
+constexpr const char* kRawForm = "raw";
+
+std::string FormOf(const std::string& file) {
+  if (file.empty()) {
+    return kHexForm;
+  }
+  return file.ends_with(".txt") ? kTextForm : kRawForm;
+}
+
+void CheckFile(const std::string& file, const Context& context) {
+  if (IsStandardStream(file) && context.common.json) {
+    throw Failure(ExitCode::kUsage, "FILE: --json needs standard output for its object",
+                  "Give a file name, or omit FILE: the object then holds the bytes.");
+  }
+  if (IsStandardStream(file) && context.output.OutputIsTerminal()) {
+    throw Failure(ExitCode::kUsage,
+                  "FILE: standard output is a terminal, which is not for raw bytes",
+                  "Redirect it, as in > flash.bin, or omit FILE to see a hex dump.");
+  }
+  if (!file.empty() && !IsStandardStream(file)) {
+    CheckWritable(file);
+  }
+}
 
 Range Wanted(const FlashReadCommand& command, Camera& camera, Output& output) {
   if (command.whole) {
@@ -35,30 +70,48 @@ Range Wanted(const FlashReadCommand& command, Camera& camera, Output& output) {
 }  // namespace
 
 ExitCode Run(const FlashReadCommand& command, Context& context) {
-  CheckWritable(command.file);
+  if (IsForSeveral(command.all_cameras, context)) {
+    return ReadSeveral(command.file, command.all_cameras, context);
+  }
+  const std::string form = FormOf(command.file);
+  if (command.file.find('{') == std::string::npos) {
+    CheckFile(command.file, context);
+  }
   const CameraIdentity identity = ChosenCamera(context.host, context.common.cameras);
+  const std::string file_name = NameForCamera(command.file, identity);
+  CheckFile(file_name, context);
   const auto camera = context.host.OpenCamera(identity);
   const Range range = Wanted(command, *camera, context.output);
   context.progress.Begin("read", range.Size());
   const std::vector<std::uint8_t> bytes = camera->ReadFlash(
       range.first, range.Size(), [&](std::uint64_t done) { context.progress.Advance(done); });
   context.progress.Done();
-  const bool as_text = command.file.ends_with(".txt");
-  if (as_text) {
-    WriteWholeText(command.file, TextDump(range.first, bytes));
-  } else {
-    WriteWholeFile(command.file, bytes);
-  }
   const std::string digest = Sha256(bytes);
-  context.output.Line(Format("Read {} from {} into {}, SHA-256 {}.", SizeText(bytes.size()),
-                             Text(range), command.file, digest));
+  const std::string done = Format("Read {} from {} into {}, SHA-256 {}.", SizeText(bytes.size()),
+                                  Text(range), ShownName(file_name, kStandardOutput), digest);
+  if (form == kHexForm) {
+    PrintLines(HexDump(range.first, bytes), context.output);
+  } else if (IsStandardStream(file_name)) {
+    context.output.Bytes({reinterpret_cast<const char*>(bytes.data()), bytes.size()});
+    context.output.Note(done);
+  } else {
+    if (form == kTextForm) {
+      WriteWholeText(file_name, TextDump(range.first, bytes));
+    } else {
+      WriteWholeFile(file_name, bytes);
+    }
+    context.output.Line(done);
+  }
   context.result = {{"camera", CameraJson(identity)},
                     {"first", range.first},
                     {"last", range.last},
                     {"size", bytes.size()},
-                    {"file", command.file},
-                    {"form", as_text ? "text" : "raw"},
+                    {"file", file_name.empty() ? Json() : Json(file_name)},
+                    {"form", form},
                     {"sha256", digest}};
+  if (form == kHexForm) {
+    context.result["bytes"] = HexBytes(bytes);
+  }
   return ExitCode::kDone;
 }
 
@@ -72,10 +125,18 @@ CommandRule FlashReadRule() {
                command.range_remark = RangeRemark(text);
              }
            });
-  rule.Add(
-      File(Argument("FILE", "raw bytes, or a text dump for a name that ends in .txt")),
-      [](FlashReadCommand& command, const std::string& text) { command.file = FileValue(text); });
+  rule.Add(File(Optional(Argument("FILE",
+                                  "raw bytes, or a text dump for a name that ends in .txt; - for "
+                                  "raw bytes on standard output; without it a hex dump there"))),
+           [](FlashReadCommand& command, const std::string& text) {
+             command.file = FileOrStreamValue(text);
+           });
   AddFlashSize(rule);
+  rule.AddFlag("--all", kAllText, &FlashReadCommand::all_cameras);
+  rule.Check([](const FlashReadCommand& command, const GivenOptions& given) {
+    CheckStandardOutput(command.file, given);
+    CheckNameForSeveral(command.file, command.all_cameras, given);
+  });
   rule.Example("borvanusb flash read 0+1M backup.bin");
   rule.Example("borvanusb flash read all backup.bin");
   return rule.Take();

@@ -14,10 +14,11 @@ struct Context;
 
 struct FlashReadCommand {
   Range range;
-  std::string file;
+  std::string file;  // empty: a hex dump on standard output; "-": the bytes there
   std::optional<std::uint64_t> flash_size = std::nullopt;
   bool whole = false;             // all of the flash; `range` is not used then
   std::string range_remark = {};  // what the user should know of the range; mostly empty
+  bool all_cameras = false;       // every camera there is
 };
 
 ExitCode Run(const FlashReadCommand& command, Context& context);

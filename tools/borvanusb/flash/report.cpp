@@ -4,6 +4,7 @@
 
 #include "base/format.h"
 #include "base/time_text.h"
+#include "base/version.h"
 #include "camera/camera_json.h"
 
 namespace borvanusb {
@@ -45,6 +46,17 @@ Json ToJson(const ProgramOutcome& outcome, const WorkState& state) {
                      {"program", outcome.program_seconds},
                      {"verify", outcome.verify_seconds},
                      {"total", outcome.total_seconds}};
+  json["tags"] = Json::object();
+  for (const auto& [name, value] : outcome.tags) {
+    json["tags"][name] = value;
+  }
+  json["computer"] = outcome.computer.empty() ? Json() : Json(outcome.computer);
+  json["tool_version"] = kToolVersion;
+  json["library_version"] =
+      outcome.library_version.empty() ? Json() : Json(outcome.library_version);
+  json["profile"] = outcome.profile_file.empty()
+                        ? Json()
+                        : Json({{"file", outcome.profile_file}, {"name", outcome.profile_name}});
   json["result"] = KindOf(outcome.code);
   json["exit_code"] = static_cast<int>(outcome.code);
   json["message"] = outcome.message;

@@ -5,6 +5,8 @@
 #include <nlohmann/json_fwd.hpp>
 #include <optional>
 #include <string>
+#include <utility>
+#include <vector>
 
 #include "base/exit_code.h"
 #include "camera/camera.h"
@@ -16,6 +18,11 @@ namespace borvanusb {
 // What programming came to: for --report, for --json, and for a line's database.
 struct ProgramOutcome {
   std::optional<CameraIdentity> camera;
+  std::vector<std::pair<std::string, std::string>> tags;  // of the user, name and value
+  std::string library_version;                            // empty: not known
+  std::string computer;                                   // likewise
+  std::string profile_file;                               // empty: none was used
+  std::string profile_name;
   std::string image_file;
   std::uint64_t image_size = 0;
   std::string image_sha256;

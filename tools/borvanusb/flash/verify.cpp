@@ -10,6 +10,7 @@
 #include "camera/host.h"
 #include "command/command_rules.h"
 #include "command/context.h"
+#include "command/several_cameras.h"
 #include "command/values.h"
 #include "flash/engine/byte_ranges.h"
 #include "flash/engine/flash_end.h"
@@ -17,6 +18,7 @@
 #include "flash/engine/image_format.h"
 #include "flash/flash_options.h"
 #include "flash/report.h"
+#include "flash/several.h"
 #include "flash/verify.h"
 #include "output/output.h"
 #include "output/progress.h"
@@ -63,7 +65,12 @@ ExitCode Run(const FlashVerifyCommand& command, Context& context) {
       throw Failure(ExitCode::kUsage, Format("--diff: {} is the image itself", command.diff),
                     "Give the differences a file of their own.");
     }
-    CheckWritable(command.diff);
+    if (!IsForSeveral(command.all, context)) {
+      CheckWritable(command.diff);
+    }
+  }
+  if (IsForSeveral(command.all, context)) {
+    return VerifySeveral(command.all, context);
   }
   const CameraIdentity identity = ChosenCamera(context.host, context.common.cameras);
   const auto camera = context.host.OpenCamera(identity);
@@ -117,7 +124,9 @@ CommandRule FlashVerifyRule() {
       [](FlashVerifyCommand& command, const std::string& text) { command.diff = FileValue(text); });
   rule.AddFlag("--force", "compare a file that does not look like firmware",
                &FlashVerifyCommand::force);
+  AddAll(rule);
   rule.Check([](const FlashVerifyCommand& command, const GivenOptions& given) {
+    CheckAll(command.all, given);
     AskForAddress(command.image, given);
   });
   rule.Example("borvanusb flash verify firmware.bin --address 0x40000");

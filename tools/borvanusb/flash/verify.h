@@ -17,6 +17,7 @@ struct FlashVerifyCommand {
   std::string diff;  // JSON, or CSV for a name that ends in .csv
   std::optional<std::uint64_t> flash_size = std::nullopt;
   bool force = false;
+  bool all = false;  // every camera there is
 };
 
 ExitCode Run(const FlashVerifyCommand& command, Context& context);

@@ -2,6 +2,7 @@
 
 #include "base/files.h"
 #include "base/format.h"
+#include "base/hex_dump.h"
 #include "base/width_modes.h"
 #include "command/camera_work.h"
 #include "command/command_rules.h"
@@ -33,7 +34,8 @@ std::vector<std::uint8_t> RawBytes(std::span<const std::uint32_t> values, const 
 ExitCode Run(const I2cDumpCommand& command, Context& context) {
   const I2cTarget target = TargetOf(command.i2c);
   CheckRegisterCount(command.range);
-  if (!command.file.empty()) {
+  const bool to_file = !command.file.empty() && !IsStandardStream(command.file);
+  if (to_file) {
     CheckWritable(command.file);
   }
   const ReservedCamera camera = ReserveChosenCamera(context);
@@ -42,14 +44,17 @@ ExitCode Run(const I2cDumpCommand& command, Context& context) {
   const bool raw = IsRawFileName(command.file);
   if (raw) {
     WriteWholeFile(command.file, RawBytes(values, WidthModeOf(target.mode)));
+  } else if (command.hex) {
+    PrintLines(HexDump(command.range.first, RawBytes(values, WidthModeOf(target.mode))),
+               context.output);
   } else {
     WriteDump(context, command.file, I2cDumpText(target, command.range, values));
   }
   context.result = TargetJson(target);
   context.result["first"] = command.range.first;
   context.result["last"] = command.range.last;
-  context.result["form"] = raw ? "raw" : "list";
-  if (command.file.empty()) {
+  context.result["form"] = raw ? "raw" : command.hex ? "hex" : "list";
+  if (!to_file) {
     context.result["file"] = nullptr;
     context.result["registers"] = ValuesJson(command.range, values);
   } else {
@@ -67,8 +72,13 @@ CommandRule I2cDumpRule() {
   AddSlave(rule, true);
   AddMode(rule);
   AddOption(rule);
-  rule.Check([](const I2cDumpCommand& command, const GivenOptions&) {
+  rule.Check([](const I2cDumpCommand& command, const GivenOptions& given) {
     CheckI2cAddress("RANGE", command.range.last, command.i2c);
+    CheckDumpFile(command, given);
+    if (command.hex && WidthModeOf(command.i2c.mode).data_bits != kByteBits) {
+      throw WrongUse(Format("--hex: shows values of 8 bits; width mode {} has others",
+                            WidthModeOf(command.i2c.mode).name));
+    }
   });
   rule.Example("borvanusb i2c dump 0x3000-0x30ff sensor.txt --slave 0x6c");
   return rule.Take();

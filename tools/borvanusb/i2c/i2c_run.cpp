@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "camera/i2c_failure.h"
 #include "camera/register_readings.h"
 #include "command/camera_work.h"
 
@@ -20,8 +21,10 @@ std::vector<std::uint32_t> ReadI2cRow(Context& context, Camera& camera, const I2
   std::vector<std::uint32_t> values;
   for (std::uint64_t first = range.first; first <= range.last; first += kPart) {
     const std::uint64_t last = std::min<std::uint64_t>(range.last, first + kPart - 1);
-    const std::vector<std::uint32_t> part = camera.ReadI2cRun(
-        target, static_cast<std::uint32_t>(first), static_cast<std::uint32_t>(last));
+    const std::vector<std::uint32_t> part = ExplainingI2c(camera, target, [&] {
+      return camera.ReadI2cRun(target, static_cast<std::uint32_t>(first),
+                               static_cast<std::uint32_t>(last));
+    });
     values.insert(values.end(), part.begin(), part.end());
     progress.Advance(values.size());
   }

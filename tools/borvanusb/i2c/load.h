@@ -15,6 +15,7 @@ struct I2cLoadCommand {
   std::string file;
   bool check_only = false;
   bool verify = false;
+  bool all = false;  // every camera there is
 };
 
 ExitCode Run(const I2cLoadCommand& command, Context& context);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <vector>
 
 #include "base/exit_code.h"
 #include "base/numbers.h"
@@ -16,6 +17,7 @@ struct I2cScanCommand {
   Range slaves{0, 255};
   std::uint32_t address = 0;  // the register that is read from each
   bool yes = false;
+  std::vector<std::int32_t> modes = {};  // to try each with; empty: that of i2c alone
 };
 
 ExitCode Run(const I2cScanCommand& command, Context& context);

@@ -4,6 +4,7 @@
 
 #include "base/format.h"
 #include "base/width_modes.h"
+#include "camera/i2c_failure.h"
 #include "command/camera_work.h"
 #include "command/command_rules.h"
 #include "command/context.h"
@@ -31,8 +32,16 @@ ExitCode Run(const I2cWriteCommand& command, Context& context) {
   const ReservedCamera camera = ReserveChosenCamera(context);
   context.result = TargetJson(target);
   WriteMasked(
-      write, [&] { return camera->ReadI2c(target, command.address); },
-      [&](std::uint32_t value) { camera->WriteI2c(target, command.address, value); }, context);
+      write,
+      [&] {
+        return ExplainingI2c(*camera.camera, target,
+                             [&] { return camera->ReadI2c(target, command.address); });
+      },
+      [&](std::uint32_t value) {
+        ExplainingI2c(*camera.camera, target,
+                      [&] { camera->WriteI2c(target, command.address, value); });
+      },
+      context);
   return ExitCode::kDone;
 }
 

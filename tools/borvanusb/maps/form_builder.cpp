@@ -10,48 +10,20 @@ namespace borvanusb {
 
 namespace {
 
-constexpr std::uint64_t kWordBits = 64;
 // No register has more; what is beyond is a wrong number.
 constexpr std::uint64_t kMostBits = 4096;
 constexpr std::size_t kMostFields = 1024;
 
-constexpr std::uint64_t LowBits(std::uint64_t count) {
-  return count >= kWordBits ? std::numeric_limits<std::uint64_t>::max()
-                            : (std::uint64_t{1} << count) - 1;
-}
-
-bool IsBeyond(const MapField& field, const MapRegisterForm& form) {
-  return field.bit_offset + field.bit_width > form.bits;
-}
-
-// Both are read, or both are written.
-bool Overlap(const MapField& left, const MapField& right) {
-  const bool same_use = (CanRead(left.access) && CanRead(right.access)) ||
-                        (CanWrite(left.access) && CanWrite(right.access));
-  return same_use && left.bit_offset < right.bit_offset + right.bit_width &&
-         right.bit_offset < left.bit_offset + left.bit_width;
-}
-
-// Whether one of these bits is set; then sets them.
-bool SetBits(std::vector<std::uint64_t>& bits, std::uint64_t first, std::uint64_t count) {
-  bool taken = false;
-  while (count > 0) {
-    const std::uint64_t shift = first % kWordBits;
-    const std::uint64_t here = std::min(count, kWordBits - shift);
-    const std::uint64_t mask = LowBits(here) << shift;
-    std::uint64_t& word = bits[first / kWordBits];
-    taken |= (word & mask) != 0;
-    word |= mask;
-    first += here;
-    count -= here;
-  }
-  return taken;
-}
+constexpr std::uint64_t kRareInFields = TagBit(SvdTag::kReadAction) |
+                                        TagBit(SvdTag::kModifiedWriteValues) |
+                                        TagBit(SvdTag::kWriteConstraint);
+constexpr std::uint64_t kRareInRegisters =
+    kRareInFields | TagBit(SvdTag::kAlternateRegister) | TagBit(SvdTag::kAlternateGroup);
 
 }  // namespace
 
 const MapRegisterForm& FormBuilder::FormOf(std::uint32_t id, const SvdProperties& inherited) {
-  Made& made = made_[id];
+  Made& made = MadeOf(id);
   if (made.form != nullptr && made.inherited == inherited) {
     return *made.form;
   }
@@ -70,11 +42,13 @@ const MapRegisterForm& FormBuilder::FormOf(std::uint32_t id, const SvdProperties
   form.reset_value = own.reset_value & LowBits(own.size);
   form.reset_mask = own.reset_mask & LowBits(own.size);
   form.description = tree_.RawText(id, SvdTag::kDescription);
-  form.read_action = values_.ReadAction(id, MapReadAction::kNone);
-  form.modified_write = values_.ModifiedWrite(id, MapModifiedWrite::kModify);
-  form.constraint = values_.Constraint(id);
-  form.alternate_register = tree_.SlotText(id, SvdTag::kAlternateRegister);
-  form.alternate_group = tree_.SlotText(id, SvdTag::kAlternateGroup);
+  if ((tree_.Present(id) & kRareInRegisters) != 0) {
+    form.read_action = values_.ReadAction(id, MapReadAction::kNone);
+    form.modified_write = values_.ModifiedWrite(id, MapModifiedWrite::kModify);
+    form.constraint = values_.Constraint(id);
+    form.alternate_register = tree_.SlotText(id, SvdTag::kAlternateRegister);
+    form.alternate_group = tree_.SlotText(id, SvdTag::kAlternateGroup);
+  }
   AddFields(id, form);
   form.entries = 1 + form.fields.size();
   for (const MapField& field : form.fields) {
@@ -97,6 +71,12 @@ void FormBuilder::AddFields(std::uint32_t id, MapRegisterForm& form) {
     }
     return;
   }
+  std::size_t count = 0;
+  for (std::uint32_t child = element.first_child; child != SvdElement::kNone;
+       child = tree_[child].next) {
+    ++count;
+  }
+  form.fields.reserve(count);
   for (std::uint32_t child = element.first_child; child != SvdElement::kNone;
        child = tree_[child].next) {
     AddField(child, form, form);
@@ -106,10 +86,9 @@ void FormBuilder::AddFields(std::uint32_t id, MapRegisterForm& form) {
 FormBuilder::Place FormBuilder::PlaceOf(std::uint32_t id) const {
   const SvdElement& element = tree_[id];
   Place place = element.base == SvdElement::kNone ? Place() : PlaceOf(element.base);
-  const auto own = [&](SvdTag tag) {
-    return (element.present & TagBit(tag)) != 0 ? tree_.OwnSlot(element, tag) : nullptr;
-  };
-  if (const SvdNode* const range = own(SvdTag::kBitRange)) {
+  const auto has = [&](SvdTag tag) { return (element.present & TagBit(tag)) != 0; };
+  if (has(SvdTag::kBitRange)) {
+    const SvdNode* const range = tree_.OwnSlot(element, SvdTag::kBitRange);
     place = {};
     if (const auto bits = ParseSvdBitRange(tree_.Text(*range))) {
       place = {bits->second, bits->first - bits->second + 1};
@@ -122,18 +101,16 @@ FormBuilder::Place FormBuilder::PlaceOf(std::uint32_t id) const {
     }
     return place;
   }
-  const SvdNode* const lsb = own(SvdTag::kLsb);
-  const SvdNode* const msb = own(SvdTag::kMsb);
-  if (lsb != nullptr && msb != nullptr) {
-    const auto first = values_.NumberIn(*lsb);
-    const auto last = values_.NumberIn(*msb);
+  if (has(SvdTag::kLsb) && has(SvdTag::kMsb)) {
+    const auto first = values_.OwnNumber(id, SvdTag::kLsb);
+    const auto last = values_.OwnNumber(id, SvdTag::kMsb);
     return first && last && *first <= *last ? Place{first, *last - *first + 1} : Place();
   }
-  if (const SvdNode* const offset = own(SvdTag::kBitOffset)) {
-    place.offset = values_.NumberIn(*offset);
+  if (has(SvdTag::kBitOffset)) {
+    place.offset = values_.OwnNumber(id, SvdTag::kBitOffset);
   }
-  if (const SvdNode* const width = own(SvdTag::kBitWidth)) {
-    place.width = values_.NumberIn(*width);
+  if (has(SvdTag::kBitWidth)) {
+    place.width = values_.OwnNumber(id, SvdTag::kBitWidth);
   }
   return place;
 }
@@ -165,9 +142,13 @@ void FormBuilder::AddField(std::uint32_t id, const MapRegisterForm& of, MapRegis
   field.bit_width = static_cast<std::uint32_t>(*place.width);
   field.description = tree_.RawText(id, SvdTag::kDescription);
   field.access = values_.Access(id, of.access);
-  field.read_action = values_.ReadAction(id, of.read_action);
-  field.modified_write = values_.ModifiedWrite(id, of.modified_write);
-  field.constraint = values_.Constraint(id);
+  field.read_action = of.read_action;
+  field.modified_write = of.modified_write;
+  if ((tree_.Present(id) & kRareInFields) != 0) {
+    field.read_action = values_.ReadAction(id, of.read_action);
+    field.modified_write = values_.ModifiedWrite(id, of.modified_write);
+    field.constraint = values_.Constraint(id);
+  }
   field.offset = tree_.OffsetOf(id);
   AddEnumerations(id, field);
   for (std::uint64_t i = 0; i < array->count; ++i) {
@@ -183,8 +164,11 @@ void FormBuilder::AddField(std::uint32_t id, const MapRegisterForm& of, MapRegis
       tree_.Fail(*tree_[id].node, Format("the register has more than {} fields", kMostFields));
     }
     field.bit_offset = static_cast<std::uint32_t>(start);
-    field.index = values_.Index(*array, i);
-    field.name = values_.FullName({}, id, *array, field.index);
+    field.name = tree_[id].name;
+    if (array->is_array) {
+      field.index = values_.Index(*array, i);
+      field.name = values_.FullName({}, id, *array, field.index);
+    }
     form.fields.push_back(field);
   }
 }
@@ -213,7 +197,7 @@ void FormBuilder::AddEnumerations(std::uint32_t id, MapField& field) {
 }
 
 const MapEnumeration& FormBuilder::EnumerationOf(std::uint32_t id) {
-  Made& made = made_[id];
+  Made& made = MadeOf(id);
   if (made.enumeration != nullptr) {
     return *made.enumeration;
   }
@@ -239,11 +223,17 @@ MapValueList* FormBuilder::ValuesOf(std::uint32_t id) {
       return nullptr;
     }
   }
-  MapValueList*& list = made_[id].values;
+  MapValueList*& list = MadeOf(id).values;
   if (list == nullptr) {
     list = &storage_.value_lists.emplace_back();
     const std::string_view tag = NameOf(SvdTag::kEnumeratedValue);
-    for (const SvdNode* node = tree_.OwnSlot(tree_[id], SvdTag::kEnumeratedValue); node != nullptr;
+    const SvdNode* const first = tree_.OwnSlot(tree_[id], SvdTag::kEnumeratedValue);
+    std::size_t count = 0;
+    for (const SvdNode* node = first; node != nullptr; node = node->next_sibling()) {
+      ++count;
+    }
+    list->values.reserve(count);
+    for (const SvdNode* node = first; node != nullptr;
          node = node->next_sibling(tag.data(), tag.size())) {
       AddValue(*node, *list);
     }
@@ -292,80 +282,6 @@ void FormBuilder::AddValue(const SvdNode& node, MapValueList& list) const {
     return;
   }
   list.values.push_back(value);
-}
-
-// Holds values to the narrowest field that has them.
-void FormBuilder::CheckValues(std::uint32_t id, const MapField& field, MapValueList& list) const {
-  if (field.bit_width >= list.checked_bits) {
-    return;
-  }
-  list.checked_bits = field.bit_width;
-  const std::uint64_t bits = LowBits(field.bit_width);
-  for (const MapEnumeratedValue& value : list.values) {
-    if ((value.value & ~bits) != 0) {
-      storage_.doubts.Add({.kind = SvdDoubtKind::kValueTooBig,
-                           .offset = value.offset,
-                           .first = value.name,
-                           .second = tree_[id].name,
-                           .number = value.value,
-                           .other = field.bit_width});
-    }
-  }
-}
-
-void FormBuilder::CheckFields(std::uint32_t id, const MapRegisterForm& form) const {
-  // A bit for each name: only where two share one the names are compared.
-  std::uint64_t seen = 0;
-  for (const MapField& field : form.fields) {
-    const auto first = static_cast<unsigned char>(field.name.front());
-    const auto last = static_cast<unsigned char>(field.name.back());
-    const std::uint64_t bit = std::uint64_t{1}
-                              << ((field.name.size() * 7 + first * 5U + last) % kWordBits);
-    if ((seen & bit) != 0) {
-      const auto* const other = std::find_if(
-          form.fields.data(), &field, [&](const MapField& one) { return one.name == field.name; });
-      if (other != &field) {
-        storage_.doubts.Add({.kind = SvdDoubtKind::kSameName,
-                             .offset = field.offset,
-                             .first = NameOf(SvdKind::kField),
-                             .second = field.name,
-                             .third = tree_[id].name});
-      }
-    }
-    seen |= bit;
-    if (IsBeyond(field, form)) {
-      storage_.doubts.Add({.kind = SvdDoubtKind::kBeyondRegister,
-                           .offset = field.offset,
-                           .first = field.name,
-                           .second = tree_[id].name,
-                           .number = field.bit_offset,
-                           .other = field.bit_offset + std::uint64_t{field.bit_width} - 1});
-    }
-  }
-}
-
-void FormBuilder::CheckOverlaps(std::uint32_t id, const MapRegisterForm& form) {
-  std::uint64_t end = 0;
-  for (const MapField& field : form.fields) {
-    end = std::max<std::uint64_t>(end, field.bit_offset + std::uint64_t{field.bit_width});
-  }
-  readable_.assign(end / kWordBits + 1, 0);
-  writable_.assign(end / kWordBits + 1, 0);
-  for (const MapField& field : form.fields) {
-    const bool read =
-        CanRead(field.access) && SetBits(readable_, field.bit_offset, field.bit_width);
-    const bool written =
-        CanWrite(field.access) && SetBits(writable_, field.bit_offset, field.bit_width);
-    if (read || written) {
-      const auto* const other = std::find_if(
-          form.fields.data(), &field, [&](const MapField& one) { return Overlap(one, field); });
-      storage_.doubts.Add({.kind = SvdDoubtKind::kOverlap,
-                           .offset = field.offset,
-                           .first = field.name,
-                           .second = tree_[id].name,
-                           .third = other->name});
-    }
-  }
 }
 
 }  // namespace borvanusb

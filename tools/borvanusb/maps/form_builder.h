@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <limits>
 #include <optional>
 #include <utility>
 #include <vector>
@@ -10,11 +11,19 @@
 
 namespace borvanusb {
 
+inline constexpr std::uint64_t kWordBits = 64;
+constexpr std::uint64_t LowBits(std::uint64_t count) {
+  return count >= kWordBits ? std::numeric_limits<std::uint64_t>::max()
+                            : (std::uint64_t{1} << count) - 1;
+}
+
 // Makes the forms of registers: each once for all registers that share it.
 class FormBuilder {
  public:
   FormBuilder(const SvdTree& tree, const SvdValues& values, MapStorage& storage)
-      : tree_(tree), values_(values), storage_(storage), made_(tree.size()) {}
+      : tree_(tree), values_(values), storage_(storage), places_(tree.size()) {
+    made_.reserve(tree.size());
+  }
 
   // The form of a register in a place that hands down these properties.
   const MapRegisterForm& FormOf(std::uint32_t id, const SvdProperties& inherited);
@@ -35,17 +44,29 @@ class FormBuilder {
   void AddFields(std::uint32_t id, MapRegisterForm& form);
   void AddField(std::uint32_t id, const MapRegisterForm& of, MapRegisterForm& form);
   void AddEnumerations(std::uint32_t id, MapField& field);
-  void CheckValues(std::uint32_t id, const MapField& field, MapValueList& list) const;
-  void CheckFields(std::uint32_t id, const MapRegisterForm& form) const;
   MapValueList* ValuesOf(std::uint32_t id);
-  void CheckOverlaps(std::uint32_t id, const MapRegisterForm& form);
   const MapEnumeration& EnumerationOf(std::uint32_t id);
   void AddValue(const SvdNode& node, MapValueList& list) const;
   Place PlaceOf(std::uint32_t id) const;
 
+  // form_checks.cpp
+  void CheckValues(std::uint32_t id, const MapField& field, MapValueList& list) const;
+  void CheckFields(std::uint32_t id, const MapRegisterForm& form) const;
+  void CheckOverlaps(std::uint32_t id, const MapRegisterForm& form);
+
+  // It stays where it is.
+  Made& MadeOf(std::uint32_t id) {
+    if (places_[id] == 0) {
+      made_.emplace_back();
+      places_[id] = static_cast<std::uint32_t>(made_.size());
+    }
+    return made_[places_[id] - 1];
+  }
+
   const SvdTree& tree_;
   const SvdValues& values_;
   MapStorage& storage_;
+  std::vector<std::uint32_t> places_;  // places in made_ + 1, by element
   std::vector<Made> made_;
   std::vector<std::uint64_t> readable_;
   std::vector<std::uint64_t> writable_;

@@ -1,6 +1,7 @@
 #include "maps/map_builder.h"
 
 #include <algorithm>
+#include <array>
 #include <limits>
 #include <vector>
 
@@ -14,6 +15,8 @@ namespace {
 
 constexpr std::uint32_t kDevice = 0;
 constexpr std::uint64_t kByteBits = 8;
+// The product of two such numbers always fits; there is no need of a slow division.
+constexpr std::uint64_t kHalf = 0xFFFFFFFF;
 
 // Where the registers of a peripheral or cluster go.
 struct Place {
@@ -47,6 +50,7 @@ class MapBuilder {
           {.kind = SvdDoubtKind::kAddressUnit, .offset = tree_.OffsetOf(kDevice), .number = unit});
     }
     const SvdProperties properties = values_.Properties(kDevice, {});
+    map_.registers.reserve(ExpectedRegisters());
     for (std::uint32_t child = tree_[kDevice].first_child; child != SvdElement::kNone;
          child = tree_[child].next) {
       AddPeripherals(child, properties);
@@ -54,10 +58,28 @@ class MapBuilder {
   }
 
  private:
+  // How many registers there will be, unless some are inherited or left out.
+  std::size_t ExpectedRegisters() const {
+    std::vector<std::uint64_t> times(tree_.size(), 1);
+    std::uint64_t registers = 0;
+    for (std::uint32_t id = kDevice + 1; id < tree_.size(); ++id) {
+      const SvdElement& element = tree_[id];
+      times[id] = times[element.parent];
+      if ((element.present & TagBit(SvdTag::kDim)) != 0) {
+        const auto dim = ParseSvdNumber(tree_.Text(*tree_.OwnSlot(element, SvdTag::kDim)));
+        times[id] *= std::clamp<std::uint64_t>(dim.value_or(1), 1, limits_.entries);
+      }
+      times[id] = std::min(times[id], limits_.entries);
+      registers += element.kind == SvdKind::kRegister ? times[id] : 0;
+    }
+    return std::min({registers, limits_.entries, std::uint64_t{storage_.text.size()}});
+  }
+
   // The address that an element of an array has; nothing when there is none.
   std::optional<std::uint64_t> Address(std::uint32_t id, std::uint64_t start, const SvdArray& array,
                                        std::uint64_t i) {
-    const bool fits = i == 0 || array.increment <= std::numeric_limits<std::uint64_t>::max() / i;
+    const bool fits = (i <= kHalf && array.increment <= kHalf) || i == 0 ||
+                      array.increment <= std::numeric_limits<std::uint64_t>::max() / i;
     const auto address = fits ? CheckedSum(start, i * array.increment) : std::nullopt;
     if (!address) {
       DoubtTooFar(id);
@@ -237,9 +259,15 @@ class MapBuilder {
       }
       Count(id, form.entries);
       MapRegister& made = map_.registers.emplace_back();
-      made.index = values_.Index(*array, i);
-      made.index_name = SvdValues::IndexName(*array, i);
-      made.name = values_.FullName(place.prefix, id, *array, made.index);
+      if (array->is_array) {
+        std::array<char, SvdValues::kLongestIndex> room;
+        const std::string_view index = SvdValues::IndexText(*array, i, room);
+        made.name = values_.FullName(place.prefix, id, *array, index);
+        made.index = made.name.substr(place.prefix.size() + array->mark, index.size());
+        made.index_name = SvdValues::IndexName(*array, i);
+      } else {
+        made.name = values_.FullName(place.prefix, id, *array, {});
+      }
       made.address = *address;
       made.form = &form;
       made.alternate = place.alternate;

@@ -1,6 +1,7 @@
 #include "maps/read_svd.h"
 
 #include <memory>
+#include <optional>
 #include <rapidxml/rapidxml.hpp>
 #include <utility>
 
@@ -8,6 +9,7 @@
 #include "base/numbers.h"
 #include "maps/map_builder.h"
 #include "maps/map_storage.h"
+#include "maps/plain_xml.h"
 #include "maps/svd_tree.h"
 #include "maps/xml_guard.h"
 
@@ -19,8 +21,6 @@ constexpr std::string_view kUtf8Mark = "\xEF\xBB\xBF";
 // Views into the text, which stays as it is: lines are counted in it.
 constexpr int kInPieces = rapidxml::parse_non_destructive;
 constexpr int kWhole = rapidxml::parse_non_destructive | rapidxml::parse_no_data_nodes;
-
-using Document = rapidxml::xml_document<char>;
 
 void CheckText(std::string& text, const MapLimits& limits) {
   if (text.size() > limits.bytes) {
@@ -43,9 +43,14 @@ void CheckText(std::string& text, const MapLimits& limits) {
 
 void DoubtEncoding(MapStorage& storage) {
   std::string_view text = storage.text;
-  text = text.substr(0, text.find("?>"));
-  const std::size_t place = text.find("encoding=");
-  if (text.find("<?xml") == std::string_view::npos || place == std::string_view::npos) {
+  const std::size_t end = text.find("?>");
+  const std::size_t start = end == std::string_view::npos ? end : text.rfind("<?xml", end);
+  if (start == std::string_view::npos) {
+    return;
+  }
+  text = text.substr(0, end);
+  const std::size_t place = text.find("encoding=", start);
+  if (place == std::string_view::npos) {
     return;
   }
   text.remove_prefix(place + std::string_view("encoding=").size());
@@ -62,7 +67,7 @@ void DoubtEncoding(MapStorage& storage) {
                       .first = name});
 }
 
-void Parse(std::string& text, bool pieces, Document& document) {
+void Parse(std::string& text, bool pieces, SvdDocument& document) {
   try {
     if (pieces) {
       document.parse<kInPieces>(text.data());
@@ -78,6 +83,38 @@ void Parse(std::string& text, bool pieces, Document& document) {
   }
 }
 
+// The document of a text and its elements.
+struct Parsed {
+  std::unique_ptr<SvdDocument> document = std::make_unique<SvdDocument>();
+  std::unique_ptr<const SvdTree> tree;
+};
+
+// Nothing when the text is not plain XML, or something is wrong with it.
+std::optional<Parsed> ParseQuickly(const MapLimits& limits, MapStorage& storage) {
+  Parsed parsed;
+  try {
+    const PlainFacts facts = ParsePlain(storage.text, *parsed.document);
+    DoubtEncoding(storage);
+    parsed.tree = std::make_unique<SvdTree>(*parsed.document, facts, limits, storage);
+  } catch (const NotPlain&) {
+    return std::nullopt;
+  } catch (const SvdError&) {
+    // An earlier error may not have been reached yet.
+    return std::nullopt;
+  }
+  return parsed;
+}
+
+Parsed ParseCarefully(const MapLimits& limits, MapStorage& storage) {
+  Parsed parsed;
+  storage.doubts = {};
+  const XmlFacts facts = CheckXml(storage.text, limits);
+  Parse(storage.text, facts.pieces, *parsed.document);
+  DoubtEncoding(storage);
+  parsed.tree = std::make_unique<SvdTree>(*parsed.document, facts, limits, storage);
+  return parsed;
+}
+
 }  // namespace
 
 RegisterMap ReadSvd(std::string text, const MapLimits& limits) {
@@ -85,12 +122,11 @@ RegisterMap ReadSvd(std::string text, const MapLimits& limits) {
   MapStorage& storage = *map.storage;
   storage.text = std::move(text);
   CheckText(storage.text, limits);
-  const XmlFacts facts = CheckXml(storage.text, limits);
-  const auto document = std::make_unique<Document>();
-  Parse(storage.text, facts.pieces, *document);
-  DoubtEncoding(storage);
-  const SvdTree tree(*document, facts.pieces, limits, storage);
-  BuildMap(tree, limits, map);
+  std::optional<Parsed> parsed = ParseQuickly(limits, storage);
+  if (!parsed) {
+    parsed = ParseCarefully(limits, storage);
+  }
+  BuildMap(*parsed->tree, limits, map);
   CheckMap(map);
   return map;
 }

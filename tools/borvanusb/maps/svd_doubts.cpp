@@ -1,5 +1,7 @@
 #include "maps/svd_doubts.h"
 
+#include <algorithm>
+
 #include "base/format.h"
 #include "base/numbers.h"
 
@@ -8,7 +10,6 @@ namespace borvanusb {
 namespace {
 
 constexpr std::size_t kMostDoubts = 10'000;
-constexpr unsigned kKindShift = 32;
 constexpr std::size_t kLongestQuote = 60;
 
 std::string Shown(std::string_view text) {
@@ -118,16 +119,36 @@ std::string TextOf(const SvdDoubt& doubt) {
 }
 
 void SvdDoubts::Add(const SvdDoubt& doubt) {
-  const std::uint64_t place =
-      std::uint64_t{static_cast<std::uint8_t>(doubt.kind)} << kKindShift | doubt.offset;
-  const auto [found, is_new] = places_.try_emplace(place, doubts_.size());
-  if (!is_new) {
-    ++doubts_[found->second].more;
+  if (doubts_.size() * 2 >= table_.size()) {
+    Grow();
+  }
+  std::uint32_t& place = Find(doubt.kind, doubt.offset);
+  if (place != 0) {
+    ++doubts_[place - 1].more;
   } else if (doubts_.size() < kMostDoubts) {
     doubts_.push_back(doubt);
+    place = static_cast<std::uint32_t>(doubts_.size());
   } else {
-    places_.erase(found);
     ++untold_;
+  }
+}
+
+std::uint32_t& SvdDoubts::Find(SvdDoubtKind kind, std::uint32_t offset) {
+  constexpr std::uint32_t kFactor = 0x9E3779B1;
+  std::size_t entry = (offset + static_cast<std::uint32_t>(kind)) * kFactor;
+  for (;; ++entry) {
+    std::uint32_t& place = table_[entry & (table_.size() - 1)];
+    if (place == 0 || (doubts_[place - 1].offset == offset && doubts_[place - 1].kind == kind)) {
+      return place;
+    }
+  }
+}
+
+void SvdDoubts::Grow() {
+  constexpr std::size_t kLeast = 64;
+  table_.assign(std::max(kLeast, table_.size() * 2), 0);
+  for (std::uint32_t i = 0; i < doubts_.size(); ++i) {
+    Find(doubts_[i].kind, doubts_[i].offset) = i + 1;
   }
 }
 

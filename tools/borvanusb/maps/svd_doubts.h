@@ -3,7 +3,6 @@
 #include <cstdint>
 #include <string>
 #include <string_view>
-#include <unordered_map>
 #include <vector>
 
 namespace borvanusb {
@@ -57,8 +56,12 @@ class SvdDoubts {
   std::uint64_t Untold() const { return untold_; }
 
  private:
+  // The entry of the table for a doubt.
+  std::uint32_t& Find(SvdDoubtKind kind, std::uint32_t offset);
+  void Grow();
+
   std::vector<SvdDoubt> doubts_;
-  std::unordered_map<std::uint64_t, std::size_t> places_;
+  std::vector<std::uint32_t> table_;  // places + 1, by kind and offset; 0 is free
   std::uint64_t untold_ = 0;
 };
 

@@ -1,6 +1,6 @@
 #include "maps/svd_numbers.h"
 
-#include <algorithm>
+#include <array>
 #include <charconv>
 #include <limits>
 
@@ -8,43 +8,83 @@ namespace borvanusb {
 
 namespace {
 
-constexpr std::string_view kBlanks = " \t\r\n";
 constexpr unsigned kUnitShift = 10;
 constexpr std::size_t kMostBits = 64;
 
-std::optional<std::uint64_t> Digits(std::string_view digits, int base) {
+constexpr std::size_t kShortNumber = 12;
+constexpr std::uint8_t kNoDigit = 0xFF;
+
+constexpr std::array<std::uint8_t, 256> DigitValues() {
+  std::array<std::uint8_t, 256> values = {};
+  for (unsigned i = 0; i < values.size(); ++i) {
+    const bool small = i >= 'a' && i <= 'f';
+    const bool large = i >= 'A' && i <= 'F';
+    values[i] = static_cast<std::uint8_t>(i >= '0' && i <= '9' ? i - '0'
+                                          : small              ? i - 'a' + 10
+                                          : large              ? i - 'A' + 10
+                                                               : kNoDigit);
+  }
+  return values;
+}
+constexpr std::array<std::uint8_t, 256> kDigitValues = DigitValues();
+
+template <unsigned base>
+std::optional<std::uint64_t> Digits(std::string_view digits) {
+  // So many never make a number beyond 64 bits.
+  constexpr std::size_t kShort = base == 2 ? 64 : (base == 10 ? 19 : 16);
   std::uint64_t number = 0;
-  const char* const end = digits.data() + digits.size();
-  const auto result = std::from_chars(digits.data(), end, number, base);
-  if (digits.empty() || result.ec != std::errc() || result.ptr != end) {
+  if (digits.empty()) {
     return std::nullopt;
+  }
+  if (digits.size() > kShort) {
+    const char* const end = digits.data() + digits.size();
+    const auto result = std::from_chars(digits.data(), end, number, base);
+    return result.ec == std::errc() && result.ptr == end ? std::optional(number) : std::nullopt;
+  }
+  for (const char digit : digits) {
+    const unsigned value = kDigitValues[static_cast<unsigned char>(digit)];
+    if (value >= base) {
+      return std::nullopt;
+    }
+    number = number * base + value;
   }
   return number;
 }
 
-bool TakePrefix(std::string_view& text, std::string_view small, std::string_view large) {
-  if (!text.starts_with(small) && !text.starts_with(large)) {
+bool TakeBinaryPrefix(std::string_view& text) {
+  const std::size_t size = text.starts_with('#') ? 1 : 2;
+  if (size == 2 && !text.starts_with("0b") && !text.starts_with("0B")) {
     return false;
   }
-  text.remove_prefix(small.size());
+  text.remove_prefix(size);
   return true;
 }
 
 std::optional<std::uint64_t> Unscaled(std::string_view text) {
-  if (TakePrefix(text, "0x", "0X")) {
-    return Digits(text, 16);
+  if (text.size() > 2 && text[0] == '0' && (text[1] == 'x' || text[1] == 'X')) {
+    return Digits<16>(text.substr(2));
   }
-  if (TakePrefix(text, "#", "#") || TakePrefix(text, "0b", "0B")) {
-    return Digits(text, 2);
-  }
-  return Digits(text, 10);
+  return TakeBinaryPrefix(text) ? Digits<2>(text) : Digits<10>(text);
 }
 
 // How far a unit shifts: 10 for K; 0 for anything else.
 unsigned ShiftOf(char unit) {
-  constexpr std::string_view kUnits = "kmgtKMGT";
-  const std::size_t place = kUnits.find(unit);
-  return place == std::string_view::npos ? 0 : kUnitShift * (static_cast<unsigned>(place % 4) + 1);
+  switch (unit) {
+    case 'k':
+    case 'K':
+      return kUnitShift;
+    case 'm':
+    case 'M':
+      return kUnitShift * 2;
+    case 'g':
+    case 'G':
+      return kUnitShift * 3;
+    case 't':
+    case 'T':
+      return kUnitShift * 4;
+    default:
+      return 0;
+  }
 }
 
 bool IsLetter(std::string_view text) {
@@ -63,8 +103,8 @@ std::optional<SvdIndexes> IndexRange(std::string_view from, std::string_view to)
     indexes.first = static_cast<unsigned char>(from[0]);
     last = static_cast<unsigned char>(to[0]);
   } else {
-    const auto first_number = Digits(from, 10);
-    const auto last_number = Digits(to, 10);
+    const auto first_number = Digits<10>(from);
+    const auto last_number = Digits<10>(to);
     if (!first_number || !last_number) {
       return std::nullopt;
     }
@@ -78,22 +118,8 @@ std::optional<SvdIndexes> IndexRange(std::string_view from, std::string_view to)
   return indexes;
 }
 
-}  // namespace
-
-std::string_view TrimmedSvd(std::string_view text) {
-  const auto blank = [](char character) {
-    return kBlanks.find(character) != std::string_view::npos;
-  };
-  while (!text.empty() && blank(text.front())) {
-    text.remove_prefix(1);
-  }
-  while (!text.empty() && blank(text.back())) {
-    text.remove_suffix(1);
-  }
-  return text;
-}
-
-std::optional<std::uint64_t> ParseSvdNumber(std::string_view text) {
+// A number with a sign, a unit or many digits, or a binary one.
+std::optional<std::uint64_t> LongNumber(std::string_view text) {
   if (text.starts_with('+')) {
     text.remove_prefix(1);
   }
@@ -108,12 +134,33 @@ std::optional<std::uint64_t> ParseSvdNumber(std::string_view text) {
   return *number << shift;
 }
 
+}  // namespace
+
+std::optional<std::uint64_t> ParseShortSvdNumber(std::string_view text) {
+  const bool is_hex = text.size() > 2 && text[0] == '0' && (text[1] == 'x' || text[1] == 'X');
+  text.remove_prefix(is_hex ? 2 : 0);
+  const unsigned base = is_hex ? 16 : 10;
+  std::uint64_t number = 0;
+  bool wrong = text.empty() || text.size() > kShortNumber;
+  for (const char digit : text.substr(0, kShortNumber)) {
+    const unsigned value = kDigitValues[static_cast<unsigned char>(digit)];
+    wrong |= value >= base;
+    number = number * base + value;
+  }
+  return wrong ? std::nullopt : std::optional(number);
+}
+
+std::optional<std::uint64_t> ParseSvdNumber(std::string_view text) {
+  const auto short_number = ParseShortSvdNumber(text);
+  return short_number ? short_number : LongNumber(text);
+}
+
 std::optional<SvdPattern> ParseSvdPattern(std::string_view text) {
   if (text.starts_with('+')) {
     text.remove_prefix(1);
   }
   std::string_view digits = text;
-  if (!TakePrefix(digits, "#", "#") && !TakePrefix(digits, "0b", "0B")) {
+  if (!TakeBinaryPrefix(digits)) {
     const auto number = Unscaled(text);
     return number ? std::optional(SvdPattern{*number, std::numeric_limits<std::uint64_t>::max()})
                   : std::nullopt;
@@ -148,8 +195,8 @@ std::optional<std::pair<std::uint64_t, std::uint64_t>> ParseSvdBitRange(std::str
   if (!text.starts_with('[') || !text.ends_with(']') || colon == std::string_view::npos) {
     return std::nullopt;
   }
-  const auto msb = Digits(TrimmedSvd(text.substr(1, colon - 1)), 10);
-  const auto lsb = Digits(TrimmedSvd(text.substr(colon + 1, text.size() - colon - 2)), 10);
+  const auto msb = Digits<10>(TrimmedSvd(text.substr(1, colon - 1)));
+  const auto lsb = Digits<10>(TrimmedSvd(text.substr(colon + 1, text.size() - colon - 2)));
   if (!msb || !lsb || *msb < *lsb) {
     return std::nullopt;
   }

@@ -14,6 +14,10 @@ namespace borvanusb {
 // powers) behind it, small letters too.
 std::optional<std::uint64_t> ParseSvdNumber(std::string_view text);
 
+// The same for the few digits, decimal or hexadecimal, that nearly all numbers of a map are.
+// Nothing for any other text: it may be a number all the same.
+std::optional<std::uint64_t> ParseShortSvdNumber(std::string_view text);
+
 struct SvdPattern {
   std::uint64_t value = 0;
   std::uint64_t counting = 0;  // 0: a bit that is written as x
@@ -38,6 +42,20 @@ struct SvdIndexes {
 // "0-3", "A-D", "A,B,C".
 std::optional<SvdIndexes> ParseSvdIndexes(std::string_view text);
 
-std::string_view TrimmedSvd(std::string_view text);
+constexpr bool IsSvdBlank(char character) {
+  return static_cast<unsigned char>(character) <= ' ' &&
+         (character == ' ' || character == '\n' || character == '\t' || character == '\r');
+}
+
+// Inline: it is called for each text of a map, and few have blanks.
+constexpr std::string_view TrimmedSvd(std::string_view text) {
+  while (!text.empty() && IsSvdBlank(text.front())) {
+    text.remove_prefix(1);
+  }
+  while (!text.empty() && IsSvdBlank(text.back())) {
+    text.remove_suffix(1);
+  }
+  return text;
+}
 
 }  // namespace borvanusb

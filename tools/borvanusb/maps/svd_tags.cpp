@@ -3,12 +3,15 @@
 #include <algorithm>
 #include <utility>
 
+#include "maps/short_text.h"
+
 namespace borvanusb {
 
 namespace {
 
 using NamedTag = std::pair<std::string_view, SvdTag>;
 using enum SvdTag;
+using short_text::PartAt;
 
 constexpr auto kTags = std::to_array<NamedTag>({
     {"name", kName},
@@ -79,30 +82,69 @@ constexpr auto kTags = std::to_array<NamedTag>({
     {"dimName", kSkipped},
 });
 
-constexpr std::size_t kLongestName = 24;
+constexpr std::size_t kShortestName = 3;
+constexpr std::size_t kLongestName = 23;
+constexpr std::size_t kWord = 8;
+constexpr unsigned kSlotShift = 56;
 
-// The tags of each length in a row: most lengths have two or three.
-struct TagsByLength {
-  std::array<NamedTag, kTags.size()> tags = {};
-  std::array<std::uint8_t, kLongestName + 2> first = {};
+// The characters of a name from a place on, as far as they go.
+constexpr std::uint64_t WordOf(std::string_view name, std::size_t place) {
+  std::uint64_t word = 0;
+  for (std::size_t i = 0; i < kWord && place + i < name.size(); ++i) {
+    word |= std::uint64_t{static_cast<unsigned char>(name[place + i])} << (kWord * i);
+  }
+  return word;
+}
+
+// The factor is such that no two tags meet; whoever adds one may have to look for another.
+constexpr std::size_t SlotOf(std::uint64_t word, std::size_t size) {
+  return (word + size) * 0xb08e2bdca1d8d2d1U >> kSlotShift;
+}
+
+// A tag as it is looked for: by words, which beats a call of memcmp().
+struct TagSlot {
+  std::uint64_t first = 0;
+  std::uint64_t last = 0;    // the last characters of a name that fills a word
+  std::uint64_t middle = 0;  // those behind the first word of a name that two words don't cover
+  std::size_t size = 0;
+  SvdTag tag = kUnknown;
 };
 
-constexpr TagsByLength SortByLength() {
-  TagsByLength sorted;
-  std::size_t count = 0;
-  for (std::size_t length = 0; length <= kLongestName; ++length) {
-    sorted.first[length] = static_cast<std::uint8_t>(count);
-    for (const NamedTag& tag : kTags) {
-      if (tag.first.size() == length) {
-        sorted.tags[count++] = tag;
-      }
+constexpr std::array<TagSlot, 256> MakeSlots() {
+  std::array<TagSlot, 256> slots = {};
+  for (const auto& [name, tag] : kTags) {
+    const std::uint64_t first = WordOf(name, 0);
+    const std::uint64_t last = name.size() < kWord ? 0 : WordOf(name, name.size() - kWord);
+    const std::uint64_t middle = name.size() > 2 * kWord ? WordOf(name, kWord) : 0;
+    slots[SlotOf(first, name.size())] = {first, last, middle, name.size(), tag};
+  }
+  return slots;
+}
+constexpr std::array<TagSlot, 256> kSlots = MakeSlots();
+static_assert(std::all_of(kTags.begin(), kTags.end(),
+                          [](const NamedTag& tag) {
+                            const TagSlot& slot =
+                                kSlots[SlotOf(WordOf(tag.first, 0), tag.first.size())];
+                            return slot.tag == tag.second && slot.size == tag.first.size();
+                          }),
+              "two tags have the same slot");
+static_assert(std::all_of(kTags.begin(), kTags.end(),
+                          [](const NamedTag& tag) {
+                            return tag.first.size() >= kShortestName &&
+                                   tag.first.size() <= kLongestName;
+                          }),
+              "a name has another length");
+
+constexpr std::array<std::string_view, static_cast<std::size_t>(kSkipped)> MakeNames() {
+  std::array<std::string_view, static_cast<std::size_t>(kSkipped)> names = {};
+  for (const NamedTag& tag : kTags) {
+    if (tag.second != kSkipped) {
+      names[static_cast<std::size_t>(tag.second)] = tag.first;
     }
   }
-  sorted.first[kLongestName + 1] = static_cast<std::uint8_t>(count);
-  return sorted;
+  return names;
 }
-constexpr TagsByLength kByLength = SortByLength();
-static_assert(kByLength.first[kLongestName + 1] == kTags.size(), "a name is too long");
+constexpr auto kTagNames = MakeNames();
 
 constexpr std::uint64_t Bits(std::initializer_list<SvdTag> tags) {
   std::uint64_t bits = TagBit(kName) | TagBit(kDescription) | TagBit(kSkipped);
@@ -119,21 +161,31 @@ constexpr std::uint64_t kEffects = Bits({kReadAction, kModifiedWriteValues, kWri
 }  // namespace
 
 SvdTag SvdTagOf(std::string_view name) {
-  if (name.size() > kLongestName) {
+  const std::size_t size = name.size();
+  if (size < kShortestName || size > kLongestName) {
     return kUnknown;
   }
-  for (std::size_t i = kByLength.first[name.size()]; i < kByLength.first[name.size() + 1]; ++i) {
-    if (kByLength.tags[i].first == name) {
-      return kByLength.tags[i].second;
-    }
+  if (size >= kWord) {
+    const std::uint64_t first = PartAt<std::uint64_t>(name, 0);
+    const std::uint64_t last = PartAt<std::uint64_t>(name, size - kWord);
+    const TagSlot& slot = kSlots[SlotOf(first, size)];
+    const bool same = slot.first == first && slot.last == last && slot.size == size;
+    const bool same_middle = size <= 2 * kWord || slot.middle == PartAt<std::uint64_t>(name, kWord);
+    return same && same_middle ? slot.tag : kUnknown;
   }
-  return kUnknown;
+  constexpr std::size_t kHalf = 4;
+  const std::uint64_t first = size >= kHalf
+                                  ? PartAt<std::uint32_t>(name, 0) |
+                                        std::uint64_t{PartAt<std::uint32_t>(name, size - kHalf)}
+                                            << (kWord * (size - kHalf))
+                                  : WordOf(name, 0);
+  const TagSlot& slot = kSlots[SlotOf(first, size)];
+  return slot.first == first && slot.size == size ? slot.tag : kUnknown;
 }
 
 std::string_view NameOf(SvdTag tag) {
-  const auto* const found = std::find_if(kTags.begin(), kTags.end(),
-                                         [&](const NamedTag& one) { return one.second == tag; });
-  return found == kTags.end() ? "" : found->first;
+  const auto place = static_cast<std::size_t>(tag);
+  return place < kTagNames.size() ? kTagNames[place] : "";
 }
 
 std::string_view NameOf(SvdKind kind) {

@@ -79,6 +79,12 @@ std::string_view NameOf(SvdKind kind);
 constexpr std::uint64_t TagBit(SvdTag tag) {
   return std::uint64_t{1} << static_cast<unsigned>(tag);
 }
+// The numbers that most maps have hundreds of.
+constexpr std::uint64_t kNumbersInAdvance =
+    TagBit(SvdTag::kAddressOffset) | TagBit(SvdTag::kSize) | TagBit(SvdTag::kResetValue) |
+    TagBit(SvdTag::kResetMask) | TagBit(SvdTag::kBitOffset) | TagBit(SvdTag::kBitWidth) |
+    TagBit(SvdTag::kLsb) | TagBit(SvdTag::kMsb);
+
 // The elements that may stand directly in one of a kind, or in the list in it (<registers>).
 std::uint64_t TagsAllowedIn(SvdKind kind);
 

@@ -17,6 +17,10 @@ constexpr std::uint64_t kLists =
 constexpr std::uint64_t kWithChildren = TagBit(SvdTag::kPeripheral) | TagBit(SvdTag::kCluster) |
                                         TagBit(SvdTag::kRegister) | TagBit(SvdTag::kField) |
                                         TagBit(SvdTag::kEnumeratedValues);
+// How much text one has, about.
+constexpr std::size_t kBytesOfElement = 256;
+constexpr std::size_t kBytesOfSlot = 64;
+
 // Of which an element may have several.
 constexpr std::uint64_t kRepeated =
     TagBit(SvdTag::kAddressBlock) | TagBit(SvdTag::kEnumeratedValue);
@@ -54,11 +58,34 @@ std::uint64_t TagsInList(SvdTag list) {
 
 }  // namespace
 
-SvdTree::SvdTree(const SvdNode& document, bool pieces, const MapLimits& limits, MapStorage& storage)
-    : pieces_(pieces), limits_(limits), storage_(storage) {
+SvdTree::SvdTree(const SvdNode& document, const XmlFacts& facts, const MapLimits& limits,
+                 MapStorage& storage)
+    : pieces_(facts.pieces), references_anywhere_(true), limits_(limits), storage_(storage) {
+  Build(document);
+}
+
+SvdTree::SvdTree(const SvdNode& document, const PlainFacts& facts, const MapLimits& limits,
+                 MapStorage& storage)
+    : first_reference_(storage.text.data() + facts.first_reference),
+      last_reference_(storage.text.data() + facts.last_reference),
+      checker_(limits),
+      limits_(limits),
+      storage_(storage) {
+  Build(document);
+  checker_->Count();
+}
+
+void SvdTree::Build(const SvdNode& document) {
+  // What most maps need, and little beside their text for any other.
+  elements_.reserve(storage_.text.size() / kBytesOfElement);
+  slots_.reserve(storage_.text.size() / kBytesOfSlot);
+  numbers_.reserve(storage_.text.size() / kBytesOfSlot);
   const SvdNode* root = nullptr;
   for (const SvdNode* node = document.first_node(); node != nullptr; node = node->next_sibling()) {
     if (node->type() != rapidxml::node_element) {
+      if (checker_) {
+        checker_->BesideDevice(*node);
+      }
       continue;
     }
     if (root != nullptr || NameText(*node) != "device") {
@@ -69,7 +96,10 @@ SvdTree::SvdTree(const SvdNode& document, bool pieces, const MapLimits& limits, 
   if (root == nullptr) {
     throw SvdError(0, "there is no element; a register map in CMSIS-SVD is one element <device>");
   }
-  Add(SvdKind::kDevice, *root, SvdElement::kNone);
+  if (checker_) {
+    checker_->Element(*root, 0);
+  }
+  Add(SvdKind::kDevice, *root, SvdElement::kNone, 1);
   if (elements_.front().first_child == SvdElement::kNone) {
     Fail(*root, "no <peripherals> with a <peripheral> in it");
   }
@@ -84,21 +114,24 @@ void SvdTree::Fail(const SvdNode& node, const std::string& why) const {
                  Format("<{}>: {}", name.substr(0, std::size_t{40}), why));
 }
 
-std::uint32_t SvdTree::Add(SvdKind kind, const SvdNode& node, std::uint32_t parent) {
+// `depth`: how many elements its children lie in.
+std::uint32_t SvdTree::Add(SvdKind kind, const SvdNode& node, std::uint32_t parent,
+                           std::uint32_t depth) {
   const auto id = static_cast<std::uint32_t>(elements_.size());
-  elements_.emplace_back();
+  SvdElement& element = elements_.emplace_back();
   const std::size_t first_pending = pending_.size();
   present_ = 0;
-  TakeChildren(kind, node, TagsAllowedIn(kind));
+  TakeChildren(kind, node, TagsAllowedIn(kind), depth);
 
-  SvdElement& element = elements_.back();
   element.kind = kind;
   element.node = &node;
   element.parent = parent;
   element.present = present_;
   element.first_slot = static_cast<std::uint32_t>(slots_.size());
   for (std::uint64_t rest = present_; rest != 0; rest &= rest - 1) {
-    slots_.push_back(found_[static_cast<std::size_t>(std::countr_zero(rest))]);
+    const auto tag = static_cast<std::size_t>(std::countr_zero(rest));
+    slots_.push_back(found_[tag]);
+    numbers_.push_back(found_numbers_[tag]);
   }
   if ((present_ & TagBit(SvdTag::kName)) != 0) {
     element.name = Text(*found_[static_cast<std::size_t>(SvdTag::kName)]);
@@ -111,79 +144,90 @@ std::uint32_t SvdTree::Add(SvdKind kind, const SvdNode& node, std::uint32_t pare
     }
   }
 
+  // Its children follow it, so that it may move.
+  std::uint32_t last_child = SvdElement::kNone;
   for (std::size_t i = first_pending; i < pending_.size(); ++i) {
-    const SvdNode& child = *pending_[i];
-    const std::uint32_t child_id = Add(KindOf(SvdTagOf(NameText(child))), child, id);
-    SvdElement& own = elements_[id];
-    (own.first_child == SvdElement::kNone ? own.first_child : elements_[own.last_child].next) =
+    const Pending child = pending_[i];
+    const std::uint32_t child_id = Add(KindOf(child.tag), *child.node, id, child.depth);
+    (last_child == SvdElement::kNone ? elements_[id].first_child : elements_[last_child].next) =
         child_id;
-    own.last_child = child_id;
+    last_child = child_id;
   }
   pending_.resize(first_pending);
   return id;
 }
 
-void SvdTree::TakeChildren(SvdKind kind, const SvdNode& node, std::uint64_t allowed) {
+void SvdTree::TakeChildren(SvdKind kind, const SvdNode& node, std::uint64_t allowed,
+                           std::uint32_t depth) {
+  PlainChecker* const checker = checker_ ? &*checker_ : nullptr;
   for (const SvdNode* child = node.first_node(); child != nullptr; child = child->next_sibling()) {
-    if (child->type() != rapidxml::node_element) {
-      continue;
+    const bool is_element = child->type() == rapidxml::node_element;
+    const SvdTag tag = is_element ? SvdTagOf(NameText(*child)) : SvdTag::kUnknown;
+    const std::uint64_t bit = TagBit(tag) & allowed;
+    if (checker != nullptr) {
+      if (bit == 0) {
+        checker->AnyNode(*child, depth);
+      } else if ((bit & (kWithChildren | kLists)) != 0) {
+        checker->Element(*child, depth);
+      } else {
+        checker->WholeElement(*child, depth);
+      }
     }
-    const SvdTag tag = SvdTagOf(NameText(*child));
-    const std::uint64_t bit = TagBit(tag);
-    if ((bit & allowed) == 0) {
+    if ((bit & kWithChildren) != 0) {
+      pending_.push_back({child, tag, depth + 1});
+    } else if ((bit & kLists) != 0) {
+      TakeChildren(kind, *child, TagsInList(tag), depth + 1);
+    } else if (bit == 0 && is_element) {
       storage_.doubts.Add({.kind = SvdDoubtKind::kUnknownElement,
                            .offset = OffsetOf(*child),
                            .first = NameText(*child),
                            .second = NameText(node)});
-    } else if ((bit & kWithChildren) != 0) {
-      pending_.push_back(child);
-    } else if ((bit & kLists) != 0) {
-      TakeChildren(kind, *child, TagsInList(tag));
-    } else if (tag != SvdTag::kSkipped) {
-      TakeSlot(kind, tag, *child);
-    }
-  }
-}
-
-void SvdTree::TakeSlot(SvdKind kind, SvdTag tag, const SvdNode& node) {
-  if ((present_ & TagBit(tag)) == 0) {
-    present_ |= TagBit(tag);
-    found_[static_cast<std::size_t>(tag)] = &node;
-  } else if ((TagBit(tag) & kRepeated) == 0) {
-    const bool named = (present_ & TagBit(SvdTag::kName)) != 0;
-    storage_.doubts.Add(
-        {.kind = SvdDoubtKind::kTwice,
-         .offset = OffsetOf(node),
-         .first = NameOf(tag),
-         .second = NameOf(kind),
-         .third = named ? Text(*found_[static_cast<std::size_t>(SvdTag::kName)]) : ""});
-  }
-}
-
-const SvdNode* SvdTree::OwnSlot(const SvdElement& element, SvdTag tag) const {
-  const std::uint64_t before = element.present & (TagBit(tag) - 1);
-  return slots_[element.first_slot + static_cast<std::uint32_t>(std::popcount(before))];
-}
-
-std::string_view SvdTree::Text(const SvdNode& node) const {
-  std::string_view text = {node.value(), node.value_size()};
-  if (pieces_ && node.first_node() != nullptr && node.first_node() != node.last_node()) {
-    std::string whole;
-    for (const SvdNode* part = node.first_node(); part != nullptr; part = part->next_sibling()) {
-      if (part->type() == rapidxml::node_data || part->type() == rapidxml::node_cdata) {
-        whole.append(part->value(), part->value_size());
+    } else if (bit != 0 && tag != SvdTag::kSkipped) {
+      if ((present_ & bit) == 0) {
+        present_ |= bit;
+        found_[static_cast<std::size_t>(tag)] = child;
+        if ((bit & kNumbersInAdvance) != 0) {
+          const std::string_view text(child->value(), child->value_size());
+          found_numbers_[static_cast<std::size_t>(tag)] =
+              pieces_ ? kNotRead : ParseShortSvdNumber(text).value_or(kNotRead);
+        }
+      } else if ((bit & kRepeated) == 0) {
+        DoubtTwice(kind, tag, *child);
       }
     }
-    text = storage_.arena.Copy(whole);
-  } else if (pieces_ && node.first_node() != nullptr &&
-             node.first_node()->type() == rapidxml::node_cdata) {
-    text = {node.first_node()->value(), node.first_node()->value_size()};
   }
-  text = TrimmedSvd(text);
-  if (text.find('&') != std::string_view::npos) {
-    text = storage_.arena.Copy(PlainText({text}));
+}
+
+void SvdTree::DoubtTwice(SvdKind kind, SvdTag tag, const SvdNode& node) {
+  const bool named = (present_ & TagBit(SvdTag::kName)) != 0;
+  storage_.doubts.Add(
+      {.kind = SvdDoubtKind::kTwice,
+       .offset = OffsetOf(node),
+       .first = NameOf(tag),
+       .second = NameOf(kind),
+       .third = named ? Text(*found_[static_cast<std::size_t>(SvdTag::kName)]) : ""});
+}
+
+std::string_view SvdTree::TextInPieces(const SvdNode& node) const {
+  if (node.first_node() == nullptr) {
+    return {node.value(), node.value_size()};
   }
-  return text;
+  if (node.first_node() == node.last_node()) {
+    const SvdNode& only =
+        node.first_node()->type() == rapidxml::node_cdata ? *node.first_node() : node;
+    return {only.value(), only.value_size()};
+  }
+  std::string whole;
+  for (const SvdNode* part = node.first_node(); part != nullptr; part = part->next_sibling()) {
+    if (part->type() == rapidxml::node_data || part->type() == rapidxml::node_cdata) {
+      whole.append(part->value(), part->value_size());
+    }
+  }
+  return storage_.arena.Copy(whole);
+}
+
+std::string_view SvdTree::WithoutReferences(std::string_view text) const {
+  return storage_.arena.Copy(PlainText({text}));
 }
 
 std::string_view SvdTree::SlotText(std::uint32_t id, SvdTag tag) const {

@@ -2,18 +2,21 @@
 
 #include <array>
 #include <cstdint>
+#include <optional>
 #include <rapidxml/rapidxml.hpp>
 #include <string>
 #include <string_view>
 #include <vector>
 
 #include "maps/map_storage.h"
+#include "maps/plain_xml.h"
 #include "maps/read_svd.h"
+#include "maps/short_text.h"
+#include "maps/svd_numbers.h"
 #include "maps/svd_tags.h"
+#include "maps/xml_guard.h"
 
 namespace borvanusb {
-
-using SvdNode = rapidxml::xml_node<char>;
 
 // An element of the file that has children or can be derived.
 struct SvdElement {
@@ -22,7 +25,6 @@ struct SvdElement {
   SvdKind kind = SvdKind::kDevice;
   std::uint32_t parent = kNone;
   std::uint32_t first_child = kNone;
-  std::uint32_t last_child = kNone;
   std::uint32_t next = kNone;       // of the same parent
   std::uint32_t same_hash = kNone;  // the next one in a list of names
   std::uint32_t base = kNone;       // that it is derived from
@@ -36,8 +38,12 @@ struct SvdElement {
 // The elements of a file, with what each inherits by derivedFrom.
 class SvdTree {
  public:
-  // Throws SvdError. `document` is of `storage.text`; `pieces` as in XmlFacts.
-  SvdTree(const SvdNode& document, bool pieces, const MapLimits& limits, MapStorage& storage);
+  // Of a text that CheckXml() passed, `storage.text`. Throws SvdError.
+  SvdTree(const SvdNode& document, const XmlFacts& facts, const MapLimits& limits,
+          MapStorage& storage);
+  // Of a text that ParsePlain() parsed. Throws SvdError and NotPlain.
+  SvdTree(const SvdNode& document, const PlainFacts& facts, const MapLimits& limits,
+          MapStorage& storage);
 
   const SvdElement& operator[](std::uint32_t id) const { return elements_[id]; }
   std::size_t size() const { return elements_.size(); }
@@ -53,9 +59,31 @@ class SvdTree {
     } while (id != SvdElement::kNone);
     return nullptr;
   }
-  const SvdNode* OwnSlot(const SvdElement& element, SvdTag tag) const;
+  // The number in a simple element that an element has, as far as it was read in advance, while its
+  // text was at hand; or kNotRead.
+  static constexpr std::uint64_t kNotRead = ~std::uint64_t{0};
+  std::uint64_t OwnNumber(const SvdElement& element, SvdTag tag) const {
+    return numbers_[element.first_slot + CountBits(element.present & (TagBit(tag) - 1))];
+  }
+
+  // The simple elements of an element, its own and those of what it is derived from.
+  std::uint64_t Present(std::uint32_t id) const {
+    std::uint64_t present = 0;
+    do {
+      present |= elements_[id].present;
+      id = elements_[id].base;
+    } while (id != SvdElement::kNone);
+    return present;
+  }
+  const SvdNode* OwnSlot(const SvdElement& element, SvdTag tag) const {
+    return slots_[element.first_slot + CountBits(element.present & (TagBit(tag) - 1))];
+  }
   // The text in an element, without blanks around it.
-  std::string_view Text(const SvdNode& node) const;
+  std::string_view Text(const SvdNode& node) const {
+    const std::string_view text = TrimmedSvd(
+        pieces_ ? TextInPieces(node) : std::string_view(node.value(), node.value_size()));
+    return MayHaveReferences(text) && HasCharacter(text, '&') ? WithoutReferences(text) : text;
+  }
   std::string_view SlotText(std::uint32_t id, SvdTag tag) const;
   // The same as the file has it.
   MapText RawText(const SvdNode& node) const;
@@ -72,9 +100,30 @@ class SvdTree {
   [[noreturn]] void Fail(const SvdNode& node, const std::string& why) const;
 
  private:
-  std::uint32_t Add(SvdKind kind, const SvdNode& node, std::uint32_t parent);
-  void TakeChildren(SvdKind kind, const SvdNode& node, std::uint64_t allowed);
-  void TakeSlot(SvdKind kind, SvdTag tag, const SvdNode& node);
+  // std::popcount() is a call where the processor is not known to count.
+  static constexpr std::uint32_t CountBits(std::uint64_t bits) {
+    bits -= bits >> 1U & 0x5555555555555555U;
+    bits = (bits & 0x3333333333333333U) + (bits >> 2U & 0x3333333333333333U);
+    bits = (bits + (bits >> 4U)) & 0x0F0F0F0F0F0F0F0FU;
+    return static_cast<std::uint32_t>(bits * 0x0101010101010101U >> 56U);
+  }
+  bool MayHaveReferences(std::string_view text) const {
+    return references_anywhere_ ||
+           (text.data() <= last_reference_ && text.data() + text.size() > first_reference_);
+  }
+  std::string_view TextInPieces(const SvdNode& node) const;
+  std::string_view WithoutReferences(std::string_view text) const;
+
+  struct Pending {
+    const SvdNode* node = nullptr;
+    SvdTag tag = SvdTag::kUnknown;
+    std::uint32_t depth = 0;  // how many elements its children lie in
+  };
+
+  void Build(const SvdNode& document);
+  std::uint32_t Add(SvdKind kind, const SvdNode& node, std::uint32_t parent, std::uint32_t depth);
+  void TakeChildren(SvdKind kind, const SvdNode& node, std::uint64_t allowed, std::uint32_t depth);
+  void DoubtTwice(SvdKind kind, SvdTag tag, const SvdNode& node);
 
   // svd_derivation.cpp
   void Derive();
@@ -83,15 +132,22 @@ class SvdTree {
   std::uint32_t Nearness(std::uint32_t id, std::uint32_t other) const;
   void RefuseCircles(std::uint32_t id) const;
 
-  bool pieces_;
+  bool pieces_ = false;
+  // Where references are.
+  bool references_anywhere_ = false;
+  const char* first_reference_ = nullptr;
+  const char* last_reference_ = nullptr;
   bool derives_ = false;
+  std::optional<PlainChecker> checker_;
   const MapLimits& limits_;
   MapStorage& storage_;
   std::vector<SvdElement> elements_;
   std::vector<const SvdNode*> slots_;
+  std::vector<std::uint64_t> numbers_;  // in these
   // Of the element that is being read.
-  std::vector<const SvdNode*> pending_;
-  std::array<const SvdNode*, 64> found_ = {};
+  std::vector<Pending> pending_;
+  std::array<const SvdNode*, 64> found_;
+  std::array<std::uint64_t, 64> found_numbers_;
   std::uint64_t present_ = 0;
 };
 

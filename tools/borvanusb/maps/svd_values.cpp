@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "base/format.h"
+#include "maps/short_text.h"
 
 namespace borvanusb {
 
@@ -96,8 +97,22 @@ std::optional<std::uint64_t> SvdValues::NumberIn(const SvdNode& node) const {
 }
 
 std::optional<std::uint64_t> SvdValues::Number(std::uint32_t id, SvdTag tag) const {
-  const SvdNode* const node = tree_.Slot(id, tag);
-  return node == nullptr ? std::nullopt : NumberIn(*node);
+  while ((tree_[id].present & TagBit(tag)) == 0) {
+    id = tree_[id].base;
+    if (id == SvdElement::kNone) {
+      return std::nullopt;
+    }
+  }
+  return OwnNumber(id, tag);
+}
+
+std::optional<std::uint64_t> SvdValues::OwnNumber(std::uint32_t id, SvdTag tag) const {
+  if ((TagBit(tag) & kNumbersInAdvance) != 0) {
+    if (const std::uint64_t number = tree_.OwnNumber(tree_[id], tag); number != SvdTree::kNotRead) {
+      return number;
+    }
+  }
+  return NumberIn(*tree_.OwnSlot(tree_[id], tag));
 }
 
 bool SvdValues::Truth(const SvdNode& node) const {
@@ -120,7 +135,7 @@ Word SvdValues::WordIn(std::uint32_t id, SvdTag tag, Word inherited) const {
   }
   const std::string_view text = tree_.Text(*node);
   for (std::size_t i = 0; i < Words<Word>::kWords.size(); ++i) {
-    if (Words<Word>::kWords[i] == text && !text.empty()) {
+    if (IsSameText(Words<Word>::kWords[i], text) && !text.empty()) {
       return static_cast<Word>(i);
     }
   }
@@ -210,7 +225,7 @@ void SvdValues::DoubtMissing(std::uint32_t id, SvdTag tag) const {
 const SvdArray* SvdValues::Array(std::uint32_t id) const {
   const SvdElement& element = tree_[id];
   if ((element.present & TagBit(SvdTag::kDim)) == 0 &&
-      element.name.find(kIndexMark) == std::string_view::npos) {
+      !HasCharacter(element.name, kIndexMark.front())) {
     return &single_;
   }
   auto found = arrays_.find(id);
@@ -237,6 +252,8 @@ std::optional<SvdArray> SvdValues::MakeArray(std::uint32_t id) const {
     return array;
   }
   array.is_array = true;
+  array.mark = std::min(element.name.find(kIndexMark), element.name.size());
+  array.behind = marked ? array.mark + kIndexMark.size() : array.mark;
   array.count = NumberIn(*dim).value_or(0);
   const auto increment = Number(id, SvdTag::kDimIncrement);
   array.increment = increment.value_or(0);
@@ -269,21 +286,27 @@ std::optional<SvdArray> SvdValues::MakeArray(std::uint32_t id) const {
   return array;
 }
 
+std::string_view SvdValues::IndexText(const SvdArray& array, std::uint64_t i,
+                                      std::array<char, kLongestIndex>& room) {
+  if (array.indexes.kind == SvdIndexes::Kind::kNames) {
+    return array.indexes.names[i];
+  }
+  char* end = room.data() + 1;
+  if (array.indexes.kind == SvdIndexes::Kind::kLetters) {
+    room[0] = static_cast<char>(array.indexes.first + i);
+  } else {
+    end = std::to_chars(room.data(), room.data() + room.size(), array.indexes.first + i).ptr;
+  }
+  return {room.data(), static_cast<std::size_t>(end - room.data())};
+}
+
 std::string_view SvdValues::Index(const SvdArray& array, std::uint64_t i) const {
   if (!array.is_array) {
     return {};
   }
-  if (array.indexes.kind == SvdIndexes::Kind::kNames) {
-    return array.indexes.names[i];
-  }
-  std::array<char, 20> text = {};
-  char* end = text.data() + 1;
-  if (array.indexes.kind == SvdIndexes::Kind::kLetters) {
-    text[0] = static_cast<char>(array.indexes.first + i);
-  } else {
-    end = std::to_chars(text.data(), text.data() + text.size(), array.indexes.first + i).ptr;
-  }
-  return storage_.arena.Copy({text.data(), static_cast<std::size_t>(end - text.data())});
+  std::array<char, kLongestIndex> room;
+  const std::string_view text = IndexText(array, i, room);
+  return array.indexes.kind == SvdIndexes::Kind::kNames ? text : storage_.arena.Copy(text);
 }
 
 void SvdValues::NameIndexes(std::uint32_t id, SvdArray& array) const {
@@ -315,10 +338,8 @@ std::string_view SvdValues::IndexName(const SvdArray& array, std::uint64_t i) {
 std::string_view SvdValues::FullName(std::string_view prefix, std::uint32_t id,
                                      const SvdArray& array, std::string_view index) const {
   const std::string_view name = tree_[id].name;
-  const std::size_t mark = array.is_array ? name.find(kIndexMark) : std::string_view::npos;
-  const std::string_view front = name.substr(0, mark);
-  const std::string_view back =
-      mark == std::string_view::npos ? std::string_view() : name.substr(mark + kIndexMark.size());
+  const std::string_view front = array.is_array ? name.substr(0, array.mark) : name;
+  const std::string_view back = array.is_array ? name.substr(array.behind) : std::string_view();
   if (prefix.empty() && !array.is_array) {
     return name;
   }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <optional>
 #include <string_view>
@@ -30,6 +31,8 @@ struct SvdArray {
   bool is_array = false;  // false: once, under its name
   std::uint64_t count = 1;
   std::uint64_t increment = 0;
+  std::size_t mark = 0;    // where the index goes in the name
+  std::size_t behind = 0;  // where the name goes on
   SvdIndexes indexes;
   // What dimArrayIndex calls them, in the order of numbers; mostly empty.
   std::vector<std::pair<std::uint64_t, std::string_view>> names;
@@ -43,6 +46,8 @@ class SvdValues {
       : tree_(tree), limits_(limits), storage_(storage) {}
 
   std::optional<std::uint64_t> Number(std::uint32_t id, SvdTag tag) const;
+  // Of an element that has it itself.
+  std::optional<std::uint64_t> OwnNumber(std::uint32_t id, SvdTag tag) const;
   std::optional<std::uint64_t> NumberIn(const SvdNode& node) const;
   bool Truth(const SvdNode& node) const;
   MapAccess Access(std::uint32_t id, MapAccess inherited) const;
@@ -53,7 +58,11 @@ class SvdValues {
   SvdProperties Properties(std::uint32_t id, const SvdProperties& inherited) const;
   // Null when the element can't be placed.
   const SvdArray* Array(std::uint32_t id) const;
-  // The text of an index; a view of the file or the arena.
+  // The text of an index, for which there is room.
+  static constexpr std::size_t kLongestIndex = 20;
+  static std::string_view IndexText(const SvdArray& array, std::uint64_t i,
+                                    std::array<char, kLongestIndex>& room);
+  // The same as a view of the file or the arena.
   std::string_view Index(const SvdArray& array, std::uint64_t i) const;
   // The name that dimArrayIndex has for an index; mostly empty.
   static std::string_view IndexName(const SvdArray& array, std::uint64_t i);

@@ -28,28 +28,8 @@ constexpr std::array<bool, 256> NameCharacters() {
 }
 constexpr std::array<bool, 256> kNameCharacters = NameCharacters();
 
-bool IsName(char character) {
-  return kNameCharacters[static_cast<unsigned char>(character)];
-}
-
 bool IsBlank(char character) {
   return character == ' ' || character == '\n' || character == '\r' || character == '\t';
-}
-
-bool IsReference(std::string_view text) {
-  for (const std::string_view entity : {"&amp;", "&lt;", "&gt;", "&quot;", "&apos;"}) {
-    if (text.starts_with(entity)) {
-      return true;
-    }
-  }
-  const std::size_t end = text.substr(0, kLongestReference).find(';');
-  if (!text.starts_with("&#") || end == std::string_view::npos) {
-    return false;
-  }
-  const bool hex = text[2] == 'x';
-  const std::string_view digits = text.substr(hex ? 3 : 2, end - (hex ? 3 : 2));
-  const std::string_view allowed = hex ? "0123456789abcdefABCDEF" : "0123456789";
-  return !digits.empty() && digits.find_first_not_of(allowed) == std::string_view::npos;
 }
 
 class XmlGuard {
@@ -146,7 +126,7 @@ class XmlGuard {
 
   std::string_view Name(std::size_t start) {
     std::size_t end = start;
-    while (IsName(text_[end])) {
+    while (IsXmlName(text_[end])) {
       ++end;
     }
     return {text_.data() + start, end - start};
@@ -241,6 +221,26 @@ class XmlGuard {
 };
 
 }  // namespace
+
+bool IsXmlName(char character) {
+  return kNameCharacters[static_cast<unsigned char>(character)];
+}
+
+bool IsReference(std::string_view text) {
+  for (const std::string_view entity : {"&amp;", "&lt;", "&gt;", "&quot;", "&apos;"}) {
+    if (text.starts_with(entity)) {
+      return true;
+    }
+  }
+  const std::size_t end = text.substr(0, kLongestReference).find(';');
+  if (!text.starts_with("&#") || end == std::string_view::npos) {
+    return false;
+  }
+  const bool hex = text[2] == 'x';
+  const std::string_view digits = text.substr(hex ? 3 : 2, end - (hex ? 3 : 2));
+  const std::string_view allowed = hex ? "0123456789abcdefABCDEF" : "0123456789";
+  return !digits.empty() && digits.find_first_not_of(allowed) == std::string_view::npos;
+}
 
 XmlFacts CheckXml(const std::string& text, const MapLimits& limits) {
   return XmlGuard(text, limits).Run();

@@ -20,6 +20,12 @@ struct XmlFacts {
 // `text` must be followed by a zero byte. Throws SvdError.
 XmlFacts CheckXml(const std::string& text, const MapLimits& limits);
 
+// Whether a name of an element or attribute may have this character.
+bool IsXmlName(char character);
+
+// Whether a text begins with a known entity or the number of a character: "&amp;", "&#181;".
+bool IsReference(std::string_view text);
+
 // The line of a place in a text, from 1 on.
 std::uint64_t LineAt(std::string_view text, std::size_t offset);
 

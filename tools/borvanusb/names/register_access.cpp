@@ -5,6 +5,7 @@
 #include <tuple>
 
 #include "base/width_modes.h"
+#include "camera/i2c_failure.h"
 #include "camera/register_readings.h"
 #include "command/camera_work.h"
 #include "names/field_value.h"
@@ -45,18 +46,20 @@ std::uint32_t AddressOf(const RegisterAccess& access, std::uint32_t index) {
 }
 
 std::uint32_t ReadAt(const RegisterAccess& device, std::uint32_t address, Camera& camera) {
-  if (device.read_once) {
-    return device.on_i2c ? camera.SampleI2c(device.target, address)
-                         : camera.SampleRegister(address, device.width);
+  if (!device.on_i2c) {
+    return device.read_once ? camera.SampleRegister(address, device.width)
+                            : camera.ReadRegister(address, device.width);
   }
-  return device.on_i2c ? camera.ReadI2c(device.target, address)
-                       : camera.ReadRegister(address, device.width);
+  return ExplainingI2c(camera, device.target, [&] {
+    return device.read_once ? camera.SampleI2c(device.target, address)
+                            : camera.ReadI2c(device.target, address);
+  });
 }
 
 void WriteAt(const RegisterAccess& device, std::uint32_t address, std::uint32_t value,
              Camera& camera) {
   if (device.on_i2c) {
-    camera.WriteI2c(device.target, address, value);
+    ExplainingI2c(camera, device.target, [&] { camera.WriteI2c(device.target, address, value); });
   } else {
     camera.WriteRegister(address, value, device.width);
   }
@@ -99,7 +102,8 @@ std::vector<std::uint32_t> ReadRow(const ReadPiece& piece, Camera& camera,
       const auto part = camera.ReadRegisterRun(from, to);
       values.insert(values.end(), part.begin(), part.end());
     } else if (piece.of.on_i2c) {
-      const auto part = camera.ReadI2cRun(piece.of.target, from, to);
+      const auto part = ExplainingI2c(camera, piece.of.target,
+                                      [&] { return camera.ReadI2cRun(piece.of.target, from, to); });
       values.insert(values.end(), part.begin(), part.end());
     } else {
       values.push_back(camera.ReadRegister(from, piece.of.width));
@@ -183,14 +187,19 @@ std::vector<ReadPiece> PlanReads(std::span<const RegisterAccess> registers) {
   return pieces;
 }
 
-RegisterReading ReadAll(std::span<const RegisterAccess> registers, Camera& camera,
-                        Context& context) {
-  const std::vector<ReadPiece> pieces = PlanReads(registers);
+namespace {
+
+std::uint64_t AccessesIn(std::span<const ReadPiece> pieces) {
   std::uint64_t total = 0;
   for (const ReadPiece& piece : pieces) {
     total += piece.range.Size();
   }
-  RowProgress progress(context, total);
+  return total;
+}
+
+RegisterReading ReadPieces(std::span<const RegisterAccess> registers,
+                           std::span<const ReadPiece> pieces, Camera& camera,
+                           const std::function<void(std::uint64_t)>& advance) {
   RegisterReading reading{std::vector<std::uint64_t>(registers.size()), true};
   std::map<DeviceKey, std::map<std::uint32_t, std::uint32_t>> found;
   std::uint64_t done = 0;
@@ -198,8 +207,7 @@ RegisterReading ReadAll(std::span<const RegisterAccess> registers, Camera& camer
     if (piece.alone) {
       reading.values[*piece.alone] = ReadOne(piece.of, camera);
     } else {
-      const auto values =
-          ReadRow(piece, camera, [&](std::uint64_t now) { progress.Advance(done + now); });
+      const auto values = ReadRow(piece, camera, [&](std::uint64_t now) { advance(done + now); });
       reading.checked = reading.checked && !IsInBlocks(piece);
       auto& of_device = found[KeyOf(piece.of)];
       for (std::size_t i = 0; i < values.size(); ++i) {
@@ -207,18 +215,33 @@ RegisterReading ReadAll(std::span<const RegisterAccess> registers, Camera& camer
       }
     }
     done += piece.range.Size();
-    progress.Advance(done);
+    advance(done);
   }
-  progress.Done();
   for (std::size_t i = 0; i < registers.size(); ++i) {
-    for (std::uint32_t part = 0; !IsReadAlone(registers[i]) && part < registers[i].accesses;
-         ++part) {
-      reading.values[i] |= std::uint64_t{found[KeyOf(registers[i])][AddressOf(registers[i], part)]}
-                           << ShiftOf(registers[i], part);
+    const RegisterAccess& access = registers[i];
+    for (std::uint32_t part = 0; !IsReadAlone(access) && part < access.accesses; ++part) {
+      reading.values[i] |= std::uint64_t{found[KeyOf(access)][AddressOf(access, part)]}
+                           << ShiftOf(access, part);
     }
-    reading.values[i] &= registers[i].mask;
+    reading.values[i] &= access.mask;
   }
   return reading;
+}
+
+}  // namespace
+
+RegisterReading ReadAll(std::span<const RegisterAccess> registers, Camera& camera,
+                        Context& context) {
+  const std::vector<ReadPiece> pieces = PlanReads(registers);
+  RowProgress progress(context, AccessesIn(pieces));
+  RegisterReading reading =
+      ReadPieces(registers, pieces, camera, [&](std::uint64_t done) { progress.Advance(done); });
+  progress.Done();
+  return reading;
+}
+
+RegisterReading ReadAll(std::span<const RegisterAccess> registers, Camera& camera) {
+  return ReadPieces(registers, PlanReads(registers), camera, [](std::uint64_t) {});
 }
 
 std::uint64_t ReadOne(const RegisterAccess& access, Camera& camera) {

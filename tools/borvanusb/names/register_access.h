@@ -52,6 +52,8 @@ struct RegisterReading {
 // Reads registers, with progress when there are many. Throws as Camera does.
 RegisterReading ReadAll(std::span<const RegisterAccess> registers, Camera& camera,
                         Context& context);
+// The same without progress, for reading again and again.
+RegisterReading ReadAll(std::span<const RegisterAccess> registers, Camera& camera);
 std::uint64_t ReadOne(const RegisterAccess& access, Camera& camera);
 void WriteOne(const RegisterAccess& access, std::uint64_t value, Camera& camera);
 

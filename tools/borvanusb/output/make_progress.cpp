@@ -180,6 +180,50 @@ class LinesProgress : public MeteredProgress {
   int quarter_ = 0;
 };
 
+class EndsProgress : public LinesProgress {
+ public:
+  using LinesProgress::LinesProgress;
+
+ protected:
+  void ShowBegin() override {}
+  void ShowChange(ProgressMeter::Time /*now*/) override {}
+};
+
+class BothProgress : public Progress {
+ public:
+  BothProgress(std::unique_ptr<Progress> first, std::unique_ptr<Progress> second)
+      : first_(std::move(first)), second_(std::move(second)) {}
+
+  void Begin(std::string_view stage, std::uint64_t total, ProgressUnit unit) override {
+    first_->Begin(stage, total, unit);
+    second_->Begin(stage, total, unit);
+  }
+  void Stage(std::string_view stage) override {
+    first_->Stage(stage);
+    second_->Stage(stage);
+  }
+  void Advance(std::uint64_t done) override {
+    first_->Advance(done);
+    second_->Advance(done);
+  }
+  void Done() override {
+    first_->Done();
+    second_->Done();
+  }
+  void Break() override {
+    first_->Break();
+    second_->Break();
+  }
+  void Hide() override {
+    first_->Hide();
+    second_->Hide();
+  }
+
+ private:
+  std::unique_ptr<Progress> first_;
+  std::unique_ptr<Progress> second_;
+};
+
 class JsonProgress : public MeteredProgress {
  public:
   using MeteredProgress::MeteredProgress;
@@ -251,6 +295,17 @@ std::unique_ptr<Progress> MakeProgress(
       break;
   }
   return std::make_unique<NoProgress>();
+}
+
+std::unique_ptr<Progress> MakeProgressOfEnds(
+    std::function<void(std::string_view)> sink,
+    std::function<std::chrono::steady_clock::time_point()> clock) {
+  return std::make_unique<EndsProgress>(std::move(sink), std::move(clock));
+}
+
+std::unique_ptr<Progress> ShowOnBoth(std::unique_ptr<Progress> first,
+                                     std::unique_ptr<Progress> second) {
+  return std::make_unique<BothProgress>(std::move(first), std::move(second));
 }
 
 }  // namespace borvanusb

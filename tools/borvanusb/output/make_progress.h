@@ -20,4 +20,13 @@ std::unique_ptr<Progress> MakeProgress(
     std::function<void(std::string_view)> sink,
     std::function<std::chrono::steady_clock::time_point()> clock);
 
+// The lines of kLines that tell how a stage ended, and no others.
+std::unique_ptr<Progress> MakeProgressOfEnds(
+    std::function<void(std::string_view)> sink,
+    std::function<std::chrono::steady_clock::time_point()> clock);
+
+// Shows the same on both.
+std::unique_ptr<Progress> ShowOnBoth(std::unique_ptr<Progress> first,
+                                     std::unique_ptr<Progress> second);
+
 }  // namespace borvanusb

@@ -17,11 +17,17 @@ class Output {
 
   // A line of the command's own result, on standard output; nothing with --json.
   virtual void Line(std::string_view text) = 0;
+  // Bytes of the result as they are, on standard output; nothing with --json.
+  virtual void Bytes(std::string_view bytes) = 0;
+  // Whether standard output is a terminal, which no bytes are for.
+  virtual bool OutputIsTerminal() const { return false; }
   // A line of JSON on standard output; nothing without --json. Commands that go on for long print
   // one object per event; all others leave it to their result.
   virtual void JsonLine(std::string_view json) = 0;
   // A remark on standard error: what to know beside the result; nothing with --quiet.
   virtual void Note(std::string_view text) = 0;
+  // The same for a row that is drawn over and over on a terminal.
+  virtual void Row(std::string_view text) { Note(text); }
   // A remark for --verbose alone, on standard error.
   virtual void Detail(std::string_view text) = 0;
   // A line of a failure, on standard error, always.

@@ -17,6 +17,12 @@ void TextOutput::Line(std::string_view text) {
   }
 }
 
+void TextOutput::Bytes(std::string_view bytes) {
+  if (!options_.json) {
+    (options_.bytes ? options_.bytes : out_)(bytes);
+  }
+}
+
 void TextOutput::JsonLine(std::string_view json) {
   if (options_.json) {
     out_(Format("{}\n", PrintableJson(json)));
@@ -26,6 +32,12 @@ void TextOutput::JsonLine(std::string_view json) {
 void TextOutput::Note(std::string_view text) {
   if (!options_.quiet) {
     err_(Format("{}\n", Printable(text)));
+  }
+}
+
+void TextOutput::Row(std::string_view text) {
+  if (!options_.quiet) {
+    (options_.rows ? options_.rows : err_)(Format("{}\n", Printable(text)));
   }
 }
 

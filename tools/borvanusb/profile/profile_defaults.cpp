@@ -31,7 +31,7 @@ OptionDefaults DefaultsOf(const CommonArguments& common, Host& host) {
     if (failure.Code() == ExitCode::kStopped) {
       throw;
     }
-    return {{}, {}, failure.Message()};
+    return {{}, {}, failure};
   }
 }
 

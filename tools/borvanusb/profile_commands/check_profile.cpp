@@ -9,7 +9,6 @@
 #include "base/name_pattern.h"
 #include "camera/camera.h"
 #include "i2c/i2c_list.h"
-#include "i2c/i2c_options.h"
 #include "names/register_names.h"
 #include "names/register_setting.h"
 #include "profile/json_tree.h"
@@ -195,11 +194,12 @@ class Checker {
     try {
       const std::string text = read_(preset.file);
       if (preset.on_i2c) {
-        const CheckedI2cList checked = CheckI2cList(text, DefaultTarget());
-        if (!checked.opens_itself && !DefaultTarget()) {
-          Remark(node, Format("{} does not begin with 0xfff8 and 0xfffe, so it does not name its "
-                              "device; a default of \"slave\" in \"options\" can",
-                              BareName(preset.file)));
+        const CheckedI2cList checked = CheckI2cList(text, std::nullopt);
+        if (!checked.opens_itself) {
+          Wrong(node, Format("{} does not begin with 0xfff8 and 0xfffe, so it does not name its "
+                             "device; put the two lines at its beginning",
+                             BareName(preset.file)));
+          return;
         }
         list = checked.list;
       } else {
@@ -219,29 +219,6 @@ class Checker {
     for (const ListProblem& remark : list.remarks) {
       findings_.remarks.push_back(told(remark));
     }
-  }
-
-  // The device that "slave", "mode" and "option" of the options name.
-  std::optional<I2cTarget> DefaultTarget() const {
-    std::optional<I2cTarget> target;
-    I2cOptions options;
-    try {
-      for (const auto& [name, value] : profile_.options) {
-        if (name == "--slave") {
-          options.slave = static_cast<std::uint32_t>(NumberValue(value, 0, 0xFF));
-        } else if (name == "--mode") {
-          options.mode = WidthModeValue(value);
-        } else if (name == "--option") {
-          options.option = static_cast<std::uint32_t>(NumberValue(value, 0, 0xFF));
-        }
-      }
-    } catch (const WrongValue&) {
-      return std::nullopt;  // an error of the options
-    }
-    if (options.slave) {
-      target = TargetOf(options);
-    }
-    return target;
   }
 
   void CheckOptions() {

@@ -1,14 +1,13 @@
-#include <nlohmann/json.hpp>
-
+#include "registers/diff.h"
 #include "base/failure.h"
 #include "base/files.h"
 #include "base/format.h"
 #include "command/camera_work.h"
 #include "command/command_rules.h"
 #include "command/context.h"
-#include "command/values.h"
+#include "names/diff_options.h"
+#include "names/diff_sources.h"
 #include "output/output.h"
-#include "registers/diff.h"
 #include "registers/list_problems.h"
 #include "registers/register_diff.h"
 #include "registers/register_list.h"
@@ -18,11 +17,9 @@ namespace borvanusb {
 
 namespace {
 
-constexpr const char* kCamera = "camera";
 constexpr unsigned kPageShift = 16;
 constexpr int kAddressDigits = 4;
-constexpr int kValueDigits = 2;
-constexpr int kMissingWidth = 4;  // as wide as a value
+constexpr std::uint64_t kByte = 0xFF;
 
 // Only a list that can be loaded says what registers hold: the entries of an I2C list, say, are
 // those of another chip.
@@ -32,8 +29,9 @@ std::vector<ListEntry> ReadEntries(const std::string& file, Context& context) {
   return std::move(checked.list.entries);
 }
 
-// The registers of a list as the addresses a camera knows them by.
-RegisterValues RegistersOfFile(const std::string& file, Context& context) {
+}  // namespace
+
+Snapshot RegistersOfListFile(const std::string& file, Context& context) {
   const std::vector<ListEntry> entries = ReadEntries(file, context);
   const std::uint32_t page = PageOf(entries);
   if (page != 0) {
@@ -42,90 +40,27 @@ RegisterValues RegistersOfFile(const std::string& file, Context& context) {
                "the addresses, {}",
                file, Hex(page, kAddressDigits)));
   }
-  RegisterValues values;
+  Snapshot values;
   for (const auto& [address, value] : RegistersOf(entries)) {
-    values[page << kPageShift | address] = value;
+    Put(ChipAccess(page << kPageShift | address, false), value, kByte, values);
   }
   return values;
 }
-
-RegisterValues SameRegistersOfCamera(const RegisterValues& other, Context& context) {
-  const auto camera = OpenChosenCamera(context);
-  RowProgress progress(context, other.size());
-  RegisterValues values;
-  for (const auto& [address, value] : other) {
-    values[address] = camera->ReadRegister(address, RegisterWidth::kByte);
-    progress.Advance(values.size());
-  }
-  progress.Done();
-  return values;
-}
-
-std::string ValueText(const std::optional<std::uint32_t>& value) {
-  return value ? Hex(*value, kValueDigits) : std::string(kMissingWidth, '-');
-}
-
-nlohmann::ordered_json ValueJson(const std::optional<std::uint32_t>& value) {
-  return value ? nlohmann::ordered_json(*value) : nlohmann::ordered_json();
-}
-
-}  // namespace
 
 ExitCode Run(const RegDiffCommand& command, Context& context) {
-  const bool left_is_camera = command.left == kCamera;
-  const bool right_is_camera = command.right == kCamera;
-  if (left_is_camera && right_is_camera) {
-    throw Failure(ExitCode::kUsage, "A and B are both \"camera\": one of them must be a list",
-                  "A file by that name is ./camera.");
-  }
-  RegisterValues left = left_is_camera ? RegisterValues{} : RegistersOfFile(command.left, context);
-  RegisterValues right =
-      right_is_camera ? RegisterValues{} : RegistersOfFile(command.right, context);
-  if (left_is_camera) {
-    left = SameRegistersOfCamera(right, context);
-  } else if (right_is_camera) {
-    right = SameRegistersOfCamera(left, context);
-  }
-  const std::vector<RegisterDifference> differences = CompareRegisters(left, right);
-  auto list = nlohmann::ordered_json::array();
-  for (const RegisterDifference& difference : differences) {
-    context.output.Line(Format("{}  {}  {}", Hex(difference.address, kAddressDigits),
-                               ValueText(difference.left), ValueText(difference.right)));
-    list.push_back({{"address", difference.address},
-                    {"left", ValueJson(difference.left)},
-                    {"right", ValueJson(difference.right)}});
-  }
-  if (differences.empty()) {
-    context.output.Line(Format("no difference in {}", Count(left.size(), "register")));
-  } else {
-    TellOutcome(context, "reg diff",
-                Format("{} and {} differ in {}", command.left, command.right,
-                       Count(differences.size(), "register")));
-  }
-  context.result = {{"left", command.left},
-                    {"right", command.right},
-                    {"equal", differences.empty()},
-                    {"differences", std::move(list)}};
-  return differences.empty() ? ExitCode::kDone : ExitCode::kVerify;
+  return CompareSides(
+      "reg diff", DiffSideOf(command.left), DiffSideOf(command.right), command.csv,
+      [&](const std::string& file, const RegisterNames*) {
+        return RegistersOfListFile(file, context);
+      },
+      context);
 }
 
 CommandRule RegDiffRule() {
-  RuleOf<RegDiffCommand> rule({"reg", "diff"}, "Shows where two register lists differ.");
-  rule.Add(
-      File(Argument("A", "a list, or the word camera for what the camera holds now")),
-      [](RegDiffCommand& command, const std::string& text) { command.left = FileValue(text); });
-  rule.Add(
-      File(Argument("B", "the other one: a list, or the word camera")),
-      [](RegDiffCommand& command, const std::string& text) { command.right = FileValue(text); });
-  rule.Check([](const RegDiffCommand& command, const GivenOptions& given) {
-    if (command.left == "camera" && command.right == "camera") {
-      throw WrongUse("B: camera is given twice; one of the two must be a list");
-    }
-    if (command.left != "camera" && command.right != "camera") {
-      RefuseCamera(given, "two lists, which are compared without a camera");
-    }
-  });
+  RuleOf<RegDiffCommand> rule({"reg", "diff"}, "Shows where lists, presets or cameras differ.");
+  AddDiffSides(rule);
   rule.Example("borvanusb reg diff registers.txt camera");
+  rule.Example("borvanusb reg diff preset:night camera");
   return rule.Take();
 }
 

@@ -14,6 +14,8 @@ struct RegDumpCommand {
   Range range;
   std::string file;  // empty: standard output
   bool wide = false;
+  bool all_named = false;  // in place of the range
+  bool hex = false;        // rows of bytes on standard output in place of a list
 };
 
 ExitCode Run(const RegDumpCommand& command, Context& context);

@@ -8,6 +8,7 @@
 #include "base/format.h"
 #include "base/numbers.h"
 #include "base/width_modes.h"
+#include "camera/i2c_failure.h"
 #include "command/camera_work.h"
 #include "output/output.h"
 #include "output/progress.h"
@@ -126,7 +127,10 @@ ReadBack ReadBackI2c(const WrittenI2cRegisters& written, std::uint32_t option, C
   context.progress.Begin("verify", written.values.size(), ProgressUnit::kRegisters);
   WhileWritten([&] {
     for (const auto& [place, expected] : written.values) {
-      const std::uint32_t found = camera.ReadI2c({place.slave, place.mode, option}, place.address);
+      const I2cTarget target{place.slave, place.mode, option};
+      const std::uint32_t address = place.address;
+      const std::uint32_t found =
+          ExplainingI2c(camera, target, [&] { return camera.ReadI2c(target, address); });
       if (found != expected) {
         read_back.wrong.push_back({place, place.address, expected, found});
       }

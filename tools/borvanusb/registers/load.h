@@ -17,6 +17,7 @@ struct RegLoadCommand {
   bool verify = false;
   // For lists whose registers lie elsewhere on some chips.
   std::optional<ListMarkers> markers = std::nullopt;
+  bool all = false;  // every camera there is
 };
 
 ExitCode Run(const RegLoadCommand& command, Context& context);

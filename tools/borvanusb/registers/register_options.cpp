@@ -5,7 +5,7 @@
 namespace borvanusb {
 
 void RefuseCamera(const GivenOptions& given, const std::string& why) {
-  for (const char* const option : {"--camera", "--trace"}) {
+  for (const char* const option : {"--camera", "--trace", "--wait"}) {
     if (given.Has(option)) {
       throw WrongUse(Format("{}: does not apply to {}", option, why));
     }

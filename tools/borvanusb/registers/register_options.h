@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "command/command_rules.h"
+#include "command/standard_streams.h"
 #include "command/values.h"
 
 namespace borvanusb {
@@ -14,7 +15,8 @@ constexpr int kByteBits = 8;
 constexpr const char* kRangeText = "0x1a3, or several: 0x1000-0x10ff, 0x1000+256";
 constexpr const char* kMaskText = "change only the bits that are 1 in M; reads first";
 constexpr const char* kVerifyText = "read back and compare";
-constexpr const char* kDumpFileText = "file to write, as a list; else standard output";
+constexpr const char* kDumpFileText = "file to write, as a list; else standard output (-)";
+constexpr const char* kHexText = "show bytes in rows of 16 with text beside them, no list";
 constexpr const char* kVerifyListText = "read every register back and compare";
 constexpr const char* kCheckText = "check the list and write nothing";
 
@@ -30,13 +32,23 @@ void AddRange(RuleOf<C>& rule, std::string name) {
 template <typename C>
 void AddDumpFile(RuleOf<C>& rule) {
   rule.Add(File(Optional(Argument("FILE", kDumpFileText))),
-           [](C& command, const std::string& text) { command.file = FileValue(text); });
+           [](C& command, const std::string& text) { command.file = FileOrStreamValue(text); });
+  rule.AddFlag("--hex", kHexText, &C::hex);
+}
+
+// What AddDumpFile takes, together.
+template <typename C>
+void CheckDumpFile(const C& command, const GivenOptions& given) {
+  CheckStandardOutput(command.file, given);
+  if (command.hex && !command.file.empty()) {
+    throw WrongUse("--hex: shows the values on standard output; a file gets a list");
+  }
 }
 
 template <typename C>
 void AddList(RuleOf<C>& rule) {
-  rule.Add(File(Argument("FILE", "the list; it is checked as a whole first")),
-           [](C& command, const std::string& text) { command.file = FileValue(text); });
+  rule.Add(File(Argument("FILE", "the list, - for standard input; it is checked as a whole first")),
+           [](C& command, const std::string& text) { command.file = FileOrStreamValue(text); });
   rule.AddFlag("--check-only", kCheckText, &C::check_only);
   rule.AddFlag("--verify", kVerifyListText, &C::verify);
 }

@@ -11,7 +11,8 @@ struct CommandRule;
 struct Context;
 
 struct InfoCommand {
-  std::optional<std::uint64_t> flash_size;
+  std::optional<std::uint64_t> flash_size = std::nullopt;
+  bool all = false;  // every camera there is
 };
 
 ExitCode Run(const InfoCommand& command, Context& context);

@@ -1,52 +1,75 @@
-#include <variant>
+#include "station/run.h"
 
-#include "base/failure.h"
-#include "base/files.h"
+#include <algorithm>
+#include "base/format.h"
+#include "base/joined.h"
 #include "command/command_line.h"
 #include "command/command_rules.h"
 #include "command/context.h"
+#include "command/standard_streams.h"
 #include "command/values.h"
-#include "station/run.h"
+#include "output/output.h"
 #include "station/script.h"
+#include "station/script_commands.h"
+#include "station/script_variables.h"
 
 namespace borvanusb {
 
 namespace {
 
-std::vector<Arguments> ReadLine(const std::string& line, const DefaultsSource& defaults) {
+std::optional<LineCommand> ReadLine(const std::string& line, ScriptVariables& variables,
+                                    const DefaultsSource& defaults) {
   const std::vector<std::string> words = SplitLine(line);
   if (words.empty()) {
-    return {};
+    return std::nullopt;
   }
-  auto parsed = ParseCommandLine(words, defaults);
-  if (std::holds_alternative<TextAnswer>(parsed)) {
-    throw Failure(ExitCode::kUsage, "--help and --version are no commands of a script",
-                  "Remove the line.");
+  const std::vector<std::string> expanded = variables.Expand(words);
+  LineCommand command{ParseScriptLine(expanded, defaults), {}};
+  if (expanded != words) {
+    command.expanded = LineText(expanded);
   }
-  return {std::get<Arguments>(std::move(parsed))};
+  return command;
 }
 
 }  // namespace
 
 ExitCode Run(const RunCommand& command, Context& context) {
   const DefaultsSource defaults = LineDefaults(context);
+  ScriptVariables variables(command.variables);
+  const std::string name = ShownName(command.file, kStandardInput);
   const std::vector<ScriptLine> lines = ReadScript(
-      command.file, ReadWholeText(command.file),
-      [&](const std::string& line) { return ReadLine(line, defaults); }, context);
+      name, ReadTextOrInput(command.file, context.host),
+      [&](const std::string& line) { return ReadLine(line, variables, defaults); }, context);
+  if (const std::vector<std::string> unused = variables.Unused(); !unused.empty()) {
+    context.output.Note(
+        Format("note: {} does not use the variable {}", name, Joined(unused, ", ")));
+  }
   return RunScript(
-      command.file, lines, command.keep_going,
+      name, lines, command.keep_going,
       [](const Command& line, Context& of_line) { return line.Run(of_line); }, context);
 }
 
 CommandRule RunRule() {
   RuleOf<RunCommand> rule({"run"}, "Runs a script: commands as written here, one per line.");
-  rule.Add(File(Argument("FILE", "the script; # begins a comment, \"quotes\" hold blanks")),
-           [](RunCommand& command, const std::string& text) { command.file = FileValue(text); });
+  rule.Add(
+      File(Argument("FILE", "the script, - for standard input; # begins a comment")),
+      [](RunCommand& command, const std::string& text) { command.file = FileOrStreamValue(text); });
+  rule.Add(Repeated(Option("--set", "NAME=VALUE", "the value of ${NAME} in the script")),
+           [](RunCommand& command, const std::string& text) {
+             const auto variable = VariableValue(text);
+             const auto same = [&](const auto& other) { return other.first == variable.first; };
+             if (std::ranges::any_of(command.variables, same)) {
+               throw WrongValue("is the second value of this variable");
+             }
+             command.variables.push_back(variable);
+           });
   rule.AddFlag("--keep-going", "run the other lines too if one fails", &RunCommand::keep_going);
   rule.Details(
-      "Words are separated by blanks; a line has neither the word borvanusb nor a shell. All lines "
-      "are checked before the first one runs.");
-  rule.Example("borvanusb run settings.txt");
+      "A line has neither the word borvanusb nor a shell; \"quotes\" hold blanks. All lines are "
+      "checked before the first one runs. Only in scripts: sleep 100ms, ask \"QUESTION\", "
+      "expect 0x1a3 == 0x20, wait i2c:0x6c:0x300a == 0x56 --timeout 2s, with &MASK behind the "
+      "address if only some bits count.");
+  rule.Example("borvanusb run settings.txt --set SERIAL=17");
   return rule.Take();
 }
 

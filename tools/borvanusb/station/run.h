@@ -1,6 +1,8 @@
 #pragma once
 
 #include <string>
+#include <utility>
+#include <vector>
 
 #include "base/exit_code.h"
 
@@ -10,8 +12,9 @@ struct CommandRule;
 struct Context;
 
 struct RunCommand {
-  std::string file;
+  std::string file;  // "-": standard input
   bool keep_going = false;
+  std::vector<std::pair<std::string, std::string>> variables = {};  // name, value
 };
 
 ExitCode Run(const RunCommand& command, Context& context);

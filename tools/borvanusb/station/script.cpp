@@ -9,6 +9,7 @@
 #include "base/format.h"
 #include "base/text_lines.h"
 #include "camera/host.h"
+#include "command/camera_wait.h"
 #include "command/camera_work.h"
 #include "output/output.h"
 #include "output/progress.h"
@@ -40,31 +41,6 @@ std::string Place(const std::string& file, std::uint64_t line) {
   return Format("{}:{}: ", file, line);
 }
 
-// Of the common options only the camera can be another for each line: output and time limit belong
-// to the process.
-void CheckLineOptions(const Arguments& arguments) {
-  const CommonArguments standard;
-  const CommonArguments& given = arguments.common;
-  const std::vector<std::pair<const char*, bool>> options = {
-      {"--json", given.json},
-      {"--quiet", given.quiet},
-      {"--verbose", given.verbose},
-      {"--trace", !given.trace.empty()},
-      {"--timeout", given.timeout != standard.timeout},
-      {"--progress", given.progress != standard.progress},
-  };
-  for (const auto& [name, is_given] : options) {
-    if (is_given) {
-      throw Failure(ExitCode::kUsage, Format("{} applies to a whole script, not to a line", name),
-                    "Give it to borvanusb run itself.");
-    }
-  }
-  if (ValuesOf<RunCommand>(*arguments.command) != nullptr) {
-    throw Failure(ExitCode::kUsage, "a script can't run another one",
-                  "Put the lines of the other script into this one.");
-  }
-}
-
 Json ErrorJson(const Failure& failure) {
   return {{"code", static_cast<int>(failure.Code())},
           {"kind", KindOf(failure.Code())},
@@ -72,15 +48,47 @@ Json ErrorJson(const Failure& failure) {
           {"hint", failure.Hint()}};
 }
 
-// Runs a line; what keeps it from being run well is thrown.
-ExitCode RunLine(const ScriptLine& line, const CommandRunner& run, Context& outer, Json& result) {
-  CommonArguments common = outer.common;
-  if (!line.arguments.common.cameras.empty()) {
-    common.cameras = line.arguments.common.cameras;
+}  // namespace
+
+void CheckLineOptions(const Arguments& arguments, const std::string& where) {
+  const CommonArguments standard;
+  const CommonArguments& given = arguments.common;
+  const std::vector<std::pair<const char*, bool>> options = {
+      {"--json", given.json},
+      {"--quiet", given.quiet},
+      {"--verbose", given.verbose},
+      {"--profile", !given.profile.empty()},
+      {"--force-profile", given.force_profile},
+      {"--trace", !given.trace.empty()},
+      {"--log", !given.log.empty()},
+      {"--wait", given.wait != standard.wait},
+      {"--timeout", given.timeout != standard.timeout},
+      {"--progress", given.progress != standard.progress},
+  };
+  for (const auto& [name, is_given] : options) {
+    if (is_given) {
+      throw Failure(ExitCode::kUsage,
+                    Format("{} applies to a whole {}, not to a line", name, where),
+                    "Give it to borvanusb run itself.");
+    }
   }
+  if (ValuesOf<RunCommand>(*arguments.command) != nullptr) {
+    throw Failure(ExitCode::kUsage, Format("a {} can't run another one", where),
+                  "Put the lines of the other script into this one.");
+  }
+}
+
+ExitCode RunLine(const Arguments& line, const CommandRunner& run, Context& outer, Json& result) {
+  CommonArguments common = outer.common;
+  if (!line.common.cameras.empty()) {
+    common.cameras = line.common.cameras;
+  }
+  common.words = line.common.words;
+  common.defaulted = line.common.defaulted;
   Context context{common, outer.host, outer.output, outer.progress, result};
+  const CameraWait wait(context);
   try {
-    const ExitCode code = run(*line.arguments.command, context);
+    const ExitCode code = run(*line.command, context);
     if (code == ExitCode::kDone && outer.host.StopRequested()) {
       // The line ended as it should, but the user wants no further one.
       throw Failure(ExitCode::kStopped, "stopped by the user");
@@ -93,8 +101,6 @@ ExitCode RunLine(const ScriptLine& line, const CommandRunner& run, Context& oute
   }
 }
 
-}  // namespace
-
 std::vector<ScriptLine> ReadScript(const std::string& file, const std::string& text,
                                    const LineReader& read_line, Context& context) {
   const TextLines split = SplitLines(text, "script");
@@ -104,9 +110,9 @@ std::vector<ScriptLine> ReadScript(const std::string& file, const std::string& t
   for (const TextLine& line : split.lines) {
     const std::string words = Trim(line.text);
     try {
-      for (Arguments& arguments : read_line(words)) {
-        CheckLineOptions(arguments);
-        lines.push_back({line.number, words, std::move(arguments)});
+      if (std::optional<LineCommand> command = read_line(words)) {
+        CheckLineOptions(command->arguments, "script");
+        lines.push_back({line.number, words, std::move(*command)});
       }
     } catch (const Failure& failure) {
       problems.push_back({line.number, failure.Message()});
@@ -125,7 +131,8 @@ ExitCode RunScript(const std::string& file, const std::vector<ScriptLine>& lines
   context.result = {{"commands", Json::array()}};
   ExitCode worst = ExitCode::kDone;
   for (const ScriptLine& line : lines) {
-    context.output.Line(Format("> {}", InOneRow(line.text)));
+    const std::string& expanded = line.command.expanded;
+    context.output.Line(Format("> {}", InOneRow(expanded.empty() ? line.text : expanded)));
     if (!keep_going && !context.output.TakesResults()) {
       TellOutcome(
           context, "run",
@@ -136,9 +143,12 @@ ExitCode RunScript(const std::string& file, const std::vector<ScriptLine>& lines
     }
     Json result = Json::object();
     Json entry = {{"line", line.line}, {"text", line.text}};
+    if (!expanded.empty()) {
+      entry["expanded"] = expanded;
+    }
     ExitCode code = ExitCode::kDone;
     try {
-      code = RunLine(line, run, context, result);
+      code = RunLine(line.command.arguments, run, context, result);
       if (code != ExitCode::kDone) {
         TellOutcome(context, "run",
                     Format("{}ended with exit code {} ({})", Place(file, line.line),

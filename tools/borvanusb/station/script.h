@@ -2,6 +2,8 @@
 
 #include <cstdint>
 #include <functional>
+#include <nlohmann/json_fwd.hpp>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -13,16 +15,32 @@ namespace borvanusb {
 
 // Scripts of `run`: command lines without the program's name, one to a line.
 
+// What a line runs.
+struct LineCommand {
+  Arguments arguments;
+  std::string expanded = {};  // the line with the values of its variables; empty without variables
+};
+
 struct ScriptLine {
   std::uint64_t line = 0;  // from 1 on
   std::string text;        // as it stands, without blanks around
-  Arguments arguments;
+  LineCommand command;
 };
 
-// Reads one line's arguments; nothing for a line without a command. Throws Failure kUsage.
-using LineReader = std::function<std::vector<Arguments>(const std::string& line)>;
+// Reads one line; nothing for a line without a command. Throws Failure kUsage.
+using LineReader = std::function<std::optional<LineCommand>(const std::string& line)>;
 // Runs a command, as Command::Run does.
 using CommandRunner = std::function<ExitCode(const Command&, Context&)>;
+
+// Of the common options only the camera can be another for each line: output and time limit belong
+// to the process. Throws Failure kUsage for the others, and for a script in a script.
+//   where  "a script"
+void CheckLineOptions(const Arguments& arguments, const std::string& where);
+
+// Runs a line with its own camera or that of `outer`. Throws Failure for what keeps it from being
+// run well, kStopped also when the user wants no further line.
+ExitCode RunLine(const Arguments& line, const CommandRunner& run, Context& outer,
+                 nlohmann::ordered_json& result);
 
 // Reads a whole script. Tells every line that can't be run on standard error and throws Failure:
 // kUsage for such lines, kFile for a text that can't be read. Nothing runs then.

@@ -4,11 +4,15 @@
 #include "base/failure.h"
 #include "base/format.h"
 #include "base/width_modes.h"
+#include "camera/camera_choice.h"
+#include "camera/host.h"
 #include "command/camera_work.h"
 #include "command/command_rules.h"
 #include "command/context.h"
 #include "command/values.h"
 #include "i2c/i2c_options.h"
+#include "names/field_value.h"
+#include "names/register_words.h"
 #include "output/output.h"
 #include "station/growing_file.h"
 #include "station/watch.h"
@@ -24,61 +28,66 @@ using TimePoint = std::chrono::steady_clock::time_point;
 constexpr int kSlaveDigits = 2;
 constexpr std::uint64_t kMostWatched = 4096;
 
-enum class Kind { kChip, kI2c };
-
-// As results name it.
-const char* NameOf(Kind kind) {
-  return kind == Kind::kI2c ? "i2c" : "register";
-}
-
 struct Watched {
-  Kind kind = Kind::kChip;
-  std::uint32_t address = 0;
-  int address_digits = 0;
-  int value_digits = 0;
-  std::optional<std::uint32_t> value;
+  WordTarget at;
+  std::optional<std::uint64_t> value;  // of the register or field, as seen last
 };
 
 std::string Seconds(double seconds) {
   return Format("{:.3f}", seconds);
 }
 
-void Add(std::vector<Watched>& watched, const std::vector<Range>& ranges, const Watched& model) {
-  for (const Range& range : ranges) {
-    if (watched.size() + range.Size() > kMostWatched) {
-      throw Failure(ExitCode::kUsage,
-                    Format("{}: with {} there are more than {} registers",
-                           model.kind == Kind::kI2c ? "--i2c" : "--reg", Text(range), kMostWatched),
-                    "Watch fewer registers.");
-    }
-    for (std::uint64_t address = range.first; address <= range.last; ++address) {
-      watched.push_back(model);
-      watched.back().address = static_cast<std::uint32_t>(address);
-    }
+// As results name it.
+const char* KindOf(const WordTarget& at) {
+  return at.access.on_i2c ? "i2c" : "register";
+}
+
+int AddressDigits(const RegisterAccess& access) {
+  constexpr int kChipDigits = 4;
+  return access.on_i2c ? WidthModeOf(access.target.mode).address_digits : kChipDigits;
+}
+
+std::string TextOf(const WordTarget& at, std::uint64_t value) {
+  constexpr std::uint32_t kBitsOfDigit = 4;
+  return at.target.of != nullptr
+             ? ValueText(at.target, value)
+             : Hex(value, static_cast<int>(at.access.access_bits / kBitsOfDigit));
+}
+
+std::string MeaningOf(const WordTarget& at, std::uint64_t value) {
+  return at.target.field != nullptr ? borvanusb::MeaningOf(*at.target.field, value) : std::string();
+}
+
+void CheckNumber(std::uint64_t before, const Range& range, const char* option) {
+  if (before + range.Size() > kMostWatched) {
+    throw Failure(
+        ExitCode::kUsage,
+        Format("{}: with {} there are more than {} registers", option, Text(range), kMostWatched),
+        "Watch fewer registers.");
   }
 }
 
 class Watcher {
  public:
   Watcher(const WatchCommand& command, Context& context) : command_(command), context_(context) {
-    Add(watched_, command.registers, {Kind::kChip, 0, 4, command.wide ? 8 : 2, {}});
+    AddNumbers(command.registers, {command.wide, std::nullopt}, "--reg");
     if (!command.i2c_registers.empty()) {
-      target_ = TargetOf(command.i2c);
-      const WidthMode& mode = WidthModeOf(target_.mode);
-      Add(watched_, command.i2c_registers,
-          {Kind::kI2c, 0, mode.address_digits, mode.value_digits, {}});
+      AddNumbers(command.i2c_registers, {false, TargetOf(command.i2c)}, "--i2c");
     }
-    if (watched_.empty()) {
-      throw Failure(ExitCode::kUsage, "nothing to watch: give --reg or --i2c",
+    if (watched_.empty() && command.words.empty()) {
+      throw Failure(ExitCode::kUsage, "nothing to watch: give --reg, --i2c or names",
                     "borvanusb watch --reg 0x100-0x10f");
     }
   }
 
   void Run() {
-    const auto camera = OpenChosenCamera(context_);
+    const CameraIdentity identity = ChosenCamera(context_.host, context_.common.cameras);
+    AddNames(identity);
+    const auto camera = context_.host.OpenCamera(identity);
     if (!command_.csv.empty()) {
       csv_.emplace(command_.csv);
-      csv_->Add("time,kind,slave,address,value");
+      csv_->Add(command_.words.empty() ? "time,kind,slave,address,value"
+                                       : "time,kind,slave,address,value,name");
     }
     start_ = context_.host.Clock();
     try {
@@ -108,9 +117,40 @@ class Watcher {
  private:
   double SinceStart(TimePoint time) const { return duration<double>(time - start_).count(); }
 
+  void AddNumbers(const std::vector<Range>& ranges, const NumberMeaning& numbers,
+                  const char* option) {
+    for (const Range& range : ranges) {
+      CheckNumber(watched_.size(), range, option);
+      for (const WordTarget& at : TargetsOf({Text(range)}, nullptr, numbers)) {
+        watched_.push_back({at, {}});
+      }
+    }
+  }
+
+  void AddNames(const CameraIdentity& identity) {
+    if (HasNames(command_.words)) {
+      names_ = NamesNeededFor(FirstName(command_.words), identity, context_);
+    }
+    for (const WordTarget& at :
+         TargetsOf(command_.words, names_.get(), {command_.wide, std::nullopt})) {
+      if (watched_.size() == kMostWatched) {
+        throw Failure(ExitCode::kUsage, Format("these are more than {} registers", kMostWatched),
+                      "Watch fewer registers.");
+      }
+      watched_.push_back({at, {}});
+    }
+    for (const Watched& watched : watched_) {
+      accesses_.push_back(watched.at.access);
+    }
+  }
+
   void Poll(Camera& camera) {
-    for (Watched& watched : watched_) {
-      const std::uint32_t value = Read(camera, watched);
+    const RegisterReading reading = ReadAll(accesses_, camera);
+    for (std::size_t i = 0; i < watched_.size(); ++i) {
+      Watched& watched = watched_[i];
+      const std::uint64_t value = watched.at.target.of != nullptr
+                                      ? PartOf(watched.at.target, reading.values[i])
+                                      : reading.values[i];
       if (watched.value != value) {
         Tell(watched, value);
         changes_ += watched.value.has_value() ? 1U : 0U;
@@ -119,34 +159,36 @@ class Watcher {
     }
   }
 
-  std::uint32_t Read(Camera& camera, const Watched& watched) const {
-    if (watched.kind == Kind::kI2c) {
-      return camera.ReadI2c(target_, watched.address);
-    }
-    return camera.ReadRegister(watched.address,
-                               command_.wide ? RegisterWidth::kWide : RegisterWidth::kByte);
-  }
-
-  void Tell(const Watched& watched, std::uint32_t value) {
+  void Tell(const Watched& watched, std::uint64_t value) {
     const double time = SinceStart(context_.host.Clock());
-    const bool is_i2c = watched.kind == Kind::kI2c;
-    const std::string address = Hex(watched.address, watched.address_digits);
-    const std::string now = Hex(value, watched.value_digits);
-    const std::string before =
-        watched.value ? Format("{} -> ", Hex(*watched.value, watched.value_digits)) : "";
-    context_.output.Line(
-        Format("+{} s  {}{}  {}{}", Seconds(time), is_i2c ? "i2c " : "", address, before, now));
-    const nlohmann::ordered_json line = {
+    const WordTarget& at = watched.at;
+    const bool is_i2c = at.access.on_i2c;
+    const std::string address = Hex(at.access.address, AddressDigits(at.access));
+    const std::string now = TextOf(at, value);
+    const std::string before = watched.value ? Format("{} -> ", TextOf(at, *watched.value)) : "";
+    const std::string meaning = MeaningOf(at, value);
+    const std::string name = at.target.of != nullptr ? NameOf(at.target) : "";
+    const std::string place = name.empty() ? Format("{}{}", is_i2c ? "i2c " : "", address) : name;
+    context_.output.Line(Format("+{} s  {}  {}{}{}", Seconds(time), place, before, now,
+                                meaning.empty() ? "" : Format("  {}", meaning)));
+    nlohmann::ordered_json line = {
         {"time", std::round(time * 1e6) / 1e6},
-        {"kind", NameOf(watched.kind)},
-        {"slave", is_i2c ? nlohmann::ordered_json(target_.slave) : nlohmann::ordered_json()},
-        {"address", watched.address},
+        {"kind", KindOf(at)},
+        {"slave",
+         is_i2c ? nlohmann::ordered_json(at.access.target.slave) : nlohmann::ordered_json()},
+        {"address", at.access.address},
         {"old", watched.value ? nlohmann::ordered_json(*watched.value) : nlohmann::ordered_json()},
         {"new", value}};
+    if (!name.empty()) {
+      line["name"] = name;
+      line["meaning"] =
+          meaning.empty() ? nlohmann::ordered_json() : nlohmann::ordered_json(meaning);
+    }
     context_.output.JsonLine(line.dump());
     if (csv_) {
-      csv_->Add(Format("{},{},{},{},{}", Seconds(time), NameOf(watched.kind),
-                       is_i2c ? Hex(target_.slave, kSlaveDigits) : "", address, now));
+      csv_->Add(Format("{},{},{},{},{}{}", Seconds(time), KindOf(at),
+                       is_i2c ? Hex(at.access.target.slave, kSlaveDigits) : "", address, now,
+                       command_.words.empty() ? "" : Format(",{}", name)));
     }
   }
 
@@ -166,8 +208,9 @@ class Watcher {
 
   const WatchCommand& command_;
   Context& context_;
-  I2cTarget target_;
+  std::shared_ptr<const RegisterNames> names_;
   std::vector<Watched> watched_;
+  std::vector<RegisterAccess> accesses_;
   std::optional<GrowingFile> csv_;
   TimePoint start_;
   std::uint64_t polls_ = 0;
@@ -186,10 +229,10 @@ ExitCode Run(const WatchCommand& command, Context& context) {
 namespace {
 
 void CheckWatch(const WatchCommand& command, const GivenOptions& given) {
-  if (command.registers.empty() && command.i2c_registers.empty()) {
-    throw WrongUse("watch: what to watch is missing: --reg RANGE, --i2c RANGE or both");
+  if (command.registers.empty() && command.i2c_registers.empty() && command.words.empty()) {
+    throw WrongUse("watch: what to watch is missing: names, --reg RANGE or --i2c RANGE");
   }
-  if (command.registers.empty() && command.wide) {
+  if (command.registers.empty() && command.words.empty() && command.wide) {
     throw WrongUse("--wide: is for the chip's registers; --reg must say which");
   }
   if (!command.i2c_registers.empty() && !command.i2c.slave) {
@@ -209,6 +252,10 @@ void CheckWatch(const WatchCommand& command, const GivenOptions& given) {
 
 CommandRule WatchRule() {
   RuleOf<WatchCommand> rule({"watch"}, "Polls registers and shows what changes.");
+  rule.Add(Optional(Repeated(Argument("WHAT", kWhatText))),
+           [](WatchCommand& command, const std::string& text) {
+             command.words.push_back(RegisterWord(text));
+           });
   rule.Add(Repeated(Option("--reg", "RANGE", "registers of the chip; may be given several times")),
            [](WatchCommand& command, const std::string& text) {
              command.registers.push_back(RangeValue(text));

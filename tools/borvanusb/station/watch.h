@@ -22,6 +22,7 @@ struct WatchCommand {
   double rate = 2;                     // polls a second
   std::optional<std::uint64_t> count;  // polls; without it until Ctrl-C
   std::string csv;
+  std::vector<std::string> words = {};  // registers and fields of the profile
 };
 
 ExitCode Run(const WatchCommand& command, Context& context);

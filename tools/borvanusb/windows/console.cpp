@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <array>
 #include <utility>
+#include <vector>
 
 #include "windows/text.h"
 
@@ -119,6 +120,36 @@ std::string Console::ReadLine() const {
     line.remove_suffix(1);
   }
   return ToUtf8(line);
+}
+
+std::string Console::ReadInput(std::string& content, const std::function<bool()>& stop) {
+  constexpr DWORD kWaitMs = 20;
+  const HANDLE handle = GetStdHandle(STD_INPUT_HANDLE);
+  if (handle == nullptr || handle == INVALID_HANDLE_VALUE) {
+    return "there is none";
+  }
+  const bool is_pipe = GetFileType(handle) == FILE_TYPE_PIPE;
+  std::vector<char> part(std::size_t{1} << 16U);
+  while (!stop()) {
+    // A read of an empty pipe could not be stopped.
+    if (DWORD available = 0;
+        is_pipe && PeekNamedPipe(handle, nullptr, 0, nullptr, &available, nullptr) != FALSE &&
+        available == 0) {
+      Sleep(kWaitMs);
+      continue;
+    }
+    DWORD count = 0;
+    if (ReadFile(handle, part.data(), static_cast<DWORD>(part.size()), &count, nullptr) == FALSE) {
+      const DWORD error = GetLastError();
+      const bool ended = MeansReaderIsGone(error) || error == ERROR_HANDLE_EOF || stop();
+      return ended ? "" : SystemMessage(error);
+    }
+    if (count == 0) {
+      break;
+    }
+    content.append(part.data(), count);
+  }
+  return {};
 }
 
 void Console::OnStop(std::function<void()> handler) {

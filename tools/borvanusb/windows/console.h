@@ -35,6 +35,10 @@ class Console {
   // A line typed at the terminal, without its end; empty without a terminal.
   std::string ReadLine() const;
 
+  // Appends all of standard input to `content`, byte for byte; ends early when `stop` returns true.
+  // Returns why it can't be read; empty when it can.
+  static std::string ReadInput(std::string& content, const std::function<bool()>& stop);
+
   // Calls `handler` on a thread of its own at each Ctrl-C or Ctrl-Break.
   static void OnStop(std::function<void()> handler);
 

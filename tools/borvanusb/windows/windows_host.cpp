@@ -79,18 +79,20 @@ std::unique_ptr<Camera> WindowsHost::OpenCamera(const CameraIdentity& camera) {
                    [&](const CameraIdentity& other) { return other.path == camera.path; })) {
     opened_.push_back(camera);
   }
-  return OpenLibraryCamera(Library(), camera);
+  return UntilItWorks([&] { return OpenLibraryCamera(Library(), camera); });
 }
 
 std::unique_ptr<Host::Reservation> WindowsHost::ReserveCamera(const CameraIdentity& camera) {
-  auto lock = platform_.LockCamera(camera.path, std::chrono::milliseconds(0));
-  if (lock == nullptr) {
-    throw Failure(
-        ExitCode::kRefused,
-        Format("another borvanusb is working with camera {}: {}", camera.name, camera.path),
-        "Wait until it has ended; two at once would mix their transfers.");
-  }
-  return std::make_unique<CameraReservation>(std::move(lock));
+  return UntilItWorks([&]() -> std::unique_ptr<Host::Reservation> {
+    auto lock = platform_.LockCamera(camera.path, std::chrono::milliseconds(0));
+    if (lock == nullptr) {
+      throw Failure(
+          ExitCode::kRefused,
+          Format("another borvanusb is working with camera {}: {}", camera.name, camera.path),
+          "Wait until it has ended, or use --wait; two at once would mix their transfers.");
+    }
+    return std::make_unique<CameraReservation>(std::move(lock));
+  });
 }
 
 bool WindowsHost::IsReservedElsewhere(const std::string& path) {
@@ -146,12 +148,33 @@ bool WindowsHost::Ask(const std::string& question) {
   return answer == "y" || answer == "Y" || answer == "yes" || answer == "Yes";
 }
 
+std::string WindowsHost::ReadStandardInput() {
+  if (input_was_read_) {
+    throw Failure(ExitCode::kFile, "standard input was read before, it can't be read twice",
+                  "Give the second text as a file.");
+  }
+  input_was_read_ = true;
+  std::string content;
+  if (const std::string problem = Console::ReadInput(content, [this] { return StopRequested(); });
+      !problem.empty()) {
+    throw Failure(ExitCode::kFile, Format("can't read standard input: {}", problem));
+  }
+  if (StopRequested()) {
+    throw Failure(ExitCode::kStopped, "stopped by the user");
+  }
+  return content;
+}
+
 std::string WindowsHost::Environment(const std::string& name) const {
   return ToUtf8(EnvironmentVariable(ToWide(name).c_str()));
 }
 
 SystemReport WindowsHost::ExamineSystem() {
   return ExamineWindows(Loaded());
+}
+
+std::string WindowsHost::LibraryVersion() {
+  return Loaded().Version();
 }
 
 std::vector<std::string> WindowsHost::Details() const {

@@ -34,8 +34,11 @@ class WindowsHost : public Host {
   std::chrono::system_clock::time_point Now() const override;
   std::chrono::steady_clock::time_point Clock() const override;
   bool Ask(const std::string& question) override;
+  std::string ReadStandardInput() override;
   std::string Environment(const std::string& name) const override;
   SystemReport ExamineSystem() override;
+  std::string LibraryVersion() override;
+  void ForgetStop() override { supervisor_.ForgetStop(); }
   std::vector<std::string> Details() const override;
   std::vector<int> RunChildren(
       const std::vector<std::vector<std::string>>& arguments,
@@ -49,6 +52,7 @@ class WindowsHost : public Host {
   Supervisor& supervisor_;
   std::chrono::milliseconds limit_{CommonArguments().timeout};
   WindowsLibraryPlatform platform_;
+  bool input_was_read_ = false;
   std::vector<CameraIdentity> opened_;  // cameras, each once
   std::optional<LoadedLibrary> loaded_;
   std::optional<CameraLibrary> library_;

@@ -1,4 +1,4 @@
-#include "flash/camera_table.h"
+#include "command/camera_table.h"
 
 #include <algorithm>
 
@@ -103,7 +103,7 @@ void CameraTable::Draw(bool at_once) {
   // A row that fills the last column, too, would break on some terminals and shift the others.
   const auto width = static_cast<std::size_t>(std::max(output_.ErrorColumns() - 1, 1));
   for (const Row& row : rows_) {
-    output_.Note(Fitted(RowText(row), width));
+    output_.Row(Fitted(RowText(row), width));
   }
   drawn_ = true;
   drawn_at_ = now;

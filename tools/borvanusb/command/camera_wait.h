@@ -1,0 +1,28 @@
+#pragma once
+
+#include "base/failure.h"
+#include "camera/host.h"
+#include "command/context.h"
+
+namespace borvanusb {
+
+// --wait: while one exists, a camera that can't be found, reserved or opened is tried again until
+// the time is over. The time begins with the first failure. Does nothing without --wait.
+class CameraWait {
+ public:
+  // The context must outlive it.
+  explicit CameraWait(Context& context);
+  ~CameraWait();
+  CameraWait(const CameraWait&) = delete;
+  CameraWait& operator=(const CameraWait&) = delete;
+
+ private:
+  bool TryAgain(const Failure& failure);
+
+  Context& context_;
+  Host::TryAgain before_;
+  bool waiting_ = false;
+  std::chrono::steady_clock::time_point begin_;
+};
+
+}  // namespace borvanusb

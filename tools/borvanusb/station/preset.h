@@ -1,0 +1,38 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "base/exit_code.h"
+
+namespace borvanusb {
+
+struct CommandRule;
+struct Context;
+
+struct PresetApplyCommand {
+  std::string name;
+  bool verify = false;
+};
+
+struct PresetDiffCommand {
+  std::string name;
+  std::string csv = {};
+};
+
+struct PresetSaveCommand {
+  std::string name;
+  std::vector<std::string> words = {};  // empty: the registers that the preset has
+  std::string description = {};
+  bool replace = false;
+};
+
+ExitCode Run(const PresetApplyCommand& command, Context& context);
+ExitCode Run(const PresetDiffCommand& command, Context& context);
+ExitCode Run(const PresetSaveCommand& command, Context& context);
+
+CommandRule PresetApplyRule();
+CommandRule PresetDiffRule();
+CommandRule PresetSaveRule();
+
+}  // namespace borvanusb

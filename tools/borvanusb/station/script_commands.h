@@ -1,0 +1,60 @@
+#pragma once
+
+// The lines that only scripts have: pauses, conditions, questions.
+
+#include <chrono>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "base/exit_code.h"
+#include "command/command_rules.h"
+
+namespace borvanusb {
+
+struct Context;
+
+// How a value is compared with a number.
+enum class Comparison { kEqual, kDifferent, kLess, kAtMost, kGreater, kAtLeast };
+
+// "0x1a3&0x20 == 0x20".
+struct Condition {
+  std::string what;                   // an operand, see station/operand.h
+  std::optional<std::uint32_t> mask;  // bits of it that count
+  Comparison comparison = Comparison::kEqual;
+  std::uint32_t value = 0;
+};
+
+struct SleepCommand {
+  std::chrono::milliseconds time{0};
+};
+
+struct WaitCommand {
+  Condition condition;
+  std::chrono::milliseconds limit{10000};
+};
+
+struct ExpectCommand {
+  Condition condition;
+};
+
+struct AskCommand {
+  std::string question;
+};
+
+ExitCode Run(const SleepCommand& command, Context& context);
+// Throws Failure kTimeout when the condition does not come true in time, kDevice when the value
+// could not be read at the end.
+ExitCode Run(const WaitCommand& command, Context& context);
+ExitCode Run(const ExpectCommand& command, Context& context);
+// Throws Failure kStopped unless the answer is yes.
+ExitCode Run(const AskCommand& command, Context& context);
+
+// The rules of these lines alone.
+const CommandRules& ScriptOnlyRules();
+// Reads the words of a script's line: one of these, or a command of the tool. Throws Failure
+// kUsage.
+Arguments ParseScriptLine(const std::vector<std::string>& words, const DefaultsSource& defaults);
+
+}  // namespace borvanusb
