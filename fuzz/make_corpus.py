@@ -10,7 +10,7 @@ import sys
 
 sys.dont_write_bytecode = True
 # pylint: disable=wrong-import-position
-from seeds import device, hosts, lists, maps, texts, virtual_camera
+from seeds import device, hosts, lists, maps, profiles, texts, virtual_camera
 from seeds.parts import HEADER
 
 CORPUS = pathlib.Path(__file__).resolve().parent / "corpus"
@@ -35,6 +35,7 @@ SEEDS = {
     "image_format": texts.IMAGE_FILES,
     "tool_lists": lists.TOOL_LISTS,
     "register_map": maps.MAPS,
+    "camera_profile": profiles.PROFILES,
 }
 
 

@@ -55,6 +55,11 @@ ALLOWED = {
     "borvanusb/station": ["borvanusb/base", "borvanusb/camera", "borvanusb/command",
                           "borvanusb/output", "borvanusb/registers", "borvanusb/i2c",
                           "borvanusb/flash/engine", "borvanusb/profile", "borvanusb/names"],
+    # The commands on profiles themselves; one of them asks a camera as `info` and `i2c scan` do.
+    "borvanusb/profile_commands": ["borvanusb/base", "borvanusb/camera", "borvanusb/command",
+                                   "borvanusb/output", "borvanusb/maps", "borvanusb/profile",
+                                   "borvanusb/names", "borvanusb/registers", "borvanusb/i2c",
+                                   "borvanusb/station"],
     "borvanusb/dll": ["include", "borvanusb/base", "borvanusb/camera"],
     "borvanusb/windows": ["borvanusb/base", "borvanusb/camera", "borvanusb/output", "borvanusb/dll"],
     # main.cpp

@@ -2,6 +2,7 @@
 borvan_add_gtest(
   tool_names_test
   SOURCES
+  completed_names_test.cpp
   name_pattern_test.cpp
   names_commands_test.cpp
   option_defaults_test.cpp

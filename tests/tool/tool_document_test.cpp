@@ -104,6 +104,10 @@ TEST(ToolDocumentTest, EveryCommandLineOfTheListGuideIsOne) {
   ExpectGoodCommandLines("docs/list-files.md", 2);
 }
 
+TEST(ToolDocumentTest, EveryCommandLineOfTheProfileGuideIsOne) {
+  ExpectGoodCommandLines("docs/profiles.md", 8);
+}
+
 TEST(ToolDocumentTest, GuideNamesEveryCommand) {
   const std::string guide = TextOf("docs/tool.md");
   for (const CommandDescription& command : DescribeTool().commands) {

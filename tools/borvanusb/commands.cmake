@@ -58,6 +58,7 @@ borvanusb_add_command(profile_commands/list ProfileListRule)
 borvanusb_add_command(profile_commands/show ProfileShowRule)
 borvanusb_add_command(profile_commands/check ProfileCheckRule)
 borvanusb_add_command(profile_commands/new ProfileNewRule)
+borvanusb_add_command(profile_commands/names ProfileNamesRule)
 
 set(group "Watching and measuring")
 borvanusb_add_command(station/watch WatchRule)

@@ -10,6 +10,7 @@
 #include "base/format.h"
 #include "base/version.h"
 #include "command/command_rules.h"
+#include "command/default_options.h"
 #include "command/nearest.h"
 #include "command/values.h"
 #include "command/word_sorter.h"
@@ -225,10 +226,6 @@ const CommandRule& RuleFor(const SortedWords& words, const CommandRules& rules) 
   });
 }
 
-bool Takes(const CommandDescription& command, std::string_view option) {
-  return std::ranges::find(command.refused, option, &RefusedOption::name) == command.refused.end();
-}
-
 // The values of a command line. Throws Failure and WrongUse.
 Arguments Values(const ToolDescription& tool, const CommandRule& rule, const SortedWords& sorted) {
   Arguments arguments;
@@ -244,124 +241,16 @@ Arguments Values(const ToolDescription& tool, const CommandRule& rule, const Sor
   return arguments;
 }
 
-// Fills options that are not given with defaults, where the command accepts them.
-class DefaultOptions {
- public:
-  DefaultOptions(const ToolDescription& tool, const CommandRule& rule, SortedWords& sorted)
-      : tool_(tool), rule_(rule), sorted_(sorted) {}
-
-  void Fill(const DefaultsSource& source) {
-    CommonArguments common;
-    Store(common, AllCommonRules().store, tool_.common, sorted_.common, sorted_.command);
-    from_ = source(common);
-    std::vector<Open> open = OpenOptions();
-    // Mostly all of them can be taken, and where some contradict what is given, the others can.
-    for (const Open& option : open) {
-      Set(option);
-    }
-    if (Passes()) {
-      return;
-    }
-    for (const Open& option : open) {
-      if (!option.required) {
-        Unset(option);
-      }
-    }
-    bool more = true;
-    while (more) {
-      more = false;
-      for (const Open& option : open) {
-        if (option.values->empty()) {
-          Set(option);
-          if (Passes()) {
-            more = true;
-          } else {
-            Unset(option);
-          }
-        }
-      }
-    }
+bool IsGood(const ToolDescription& tool, const CommandRule& rule, const SortedWords& sorted) {
+  try {
+    Values(tool, rule, sorted);
+    return true;
+  } catch (const WrongUse&) {
+    return false;
+  } catch (const Failure&) {
+    return false;
   }
-
-  const OptionDefaults& From() const { return from_; }
-  const std::vector<std::string>& Names() const { return names_; }
-
- private:
-  // An option that is not given and has a default.
-  struct Open {
-    std::string name;
-    std::string value;
-    std::vector<std::string>* values = nullptr;
-    bool required = false;
-  };
-
-  std::vector<Open> OpenOptions() {
-    std::vector<Open> open;
-    for (const auto& [name, value] : from_.values) {
-      if (!MayHaveDefault(name) || !Takes(rule_.description, name)) {
-        continue;
-      }
-      const auto& own = rule_.description.options;
-      for (std::size_t i = 0; i < own.size(); ++i) {
-        const auto command = rule_.make();
-        Consider(own[i], sorted_.own[i], {name, value}, open,
-                 [&](const std::string& text) { rule_.store[i](*command, text); });
-      }
-      for (std::size_t i = 0; i < tool_.common.size(); ++i) {
-        CommonArguments common;
-        Consider(tool_.common[i], sorted_.common[i], {name, value}, open,
-                 [&](const std::string& text) { AllCommonRules().store[i](common, text); });
-      }
-    }
-    return open;
-  }
-
-  template <typename Read>
-  void Consider(const OptionDescription& option, std::vector<std::string>& values,
-                const std::pair<std::string, std::string>& entry, std::vector<Open>& open,
-                Read read) const {
-    const auto& [name, value] = entry;
-    if (option.positional || option.value.empty() || !values.empty() ||
-        std::ranges::find(option.names, name) == option.names.end()) {
-      return;
-    }
-    try {
-      read(value);
-    } catch (const WrongValue& wrong) {
-      throw Failure(
-          ExitCode::kFile,
-          Format("{}: options.{}: {} {}", from_.file, name.substr(2), Quoted(value), wrong.what()),
-          Format("Correct it, or give {} yourself.", name));
-    }
-    open.push_back({name, value, &values, option.required});
-  }
-
-  void Set(const Open& option) {
-    *option.values = {option.value};
-    names_.push_back(option.name);
-  }
-  void Unset(const Open& option) {
-    option.values->clear();
-    std::erase(names_, option.name);
-  }
-
-  bool Passes() const {
-    try {
-      Values(tool_, rule_, sorted_);
-      return true;
-    } catch (const WrongUse&) {
-      return false;
-    } catch (const Failure&) {
-      return false;
-    }
-  }
-
-  const ToolDescription& tool_;
-  const CommandRule& rule_;
-  SortedWords& sorted_;
-  OptionDefaults from_;
-  std::vector<std::string> names_;
-};
+}
 
 ToolDescription DescribeTool(const CommandRules& rules) {
   ToolDescription tool;
@@ -429,9 +318,11 @@ std::variant<Arguments, TextAnswer> ParseCommandLine(const std::vector<std::stri
   const bool takes_profile =
       Takes(rule.description, "--profile") && Takes(rule.description, "--camera");
   const GivenWords given_words = WordsOf(sorted);
-  DefaultOptions defaulted(tool, rule, sorted);
+  DefaultOptions defaulted(tool, rule, sorted, [&] { return IsGood(tool, rule, sorted); });
   if (defaults && takes_profile) {
-    defaulted.Fill(defaults);
+    CommonArguments common;
+    Store(common, AllCommonRules().store, tool.common, sorted.common, sorted.command);
+    defaulted.Fill(defaults(common));
   }
   try {
     Arguments arguments = Values(tool, rule, sorted);

@@ -52,6 +52,8 @@ struct OptionDescription {
   std::vector<std::string> choices;  // the values it takes, if they are few
   bool takes_file = false;
   bool repeated = false;  // may be given several times
+  std::string completes;  // the names that its values are, as `profile names` calls them; mostly
+                          // empty
 };
 
 // A common option that would change nothing for a command.
