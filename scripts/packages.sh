@@ -16,6 +16,8 @@ packages=(
   wixl msitools abigail-tools
   # projects that find the installed library
   pkg-config
+  # image files of others, to compare with
+  srecord python3-intelhex binutils
   # running Windows programs
   wine wine64
   # checks
@@ -28,6 +30,8 @@ packages=(
   flashrom
   # fetching packages of npm over HTTPS
   ca-certificates
+  # tests of the workbench's page in a browser
+  chromium
   # demo: an image to flash, and looking at bytes and answers
   seabios xxd jq tmux python3-jsonschema
 )

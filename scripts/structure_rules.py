@@ -46,9 +46,12 @@ ALLOWED = {
     "borvanusb/i2c": ["include", "borvanusb/base", "borvanusb/camera", "borvanusb/command",
                       "borvanusb/output", "borvanusb/registers", "borvanusb/profile",
                       "borvanusb/names"],
+    # Image files as values.
+    "borvanusb/images": ["borvanusb/base"],
     # What is done to a flash, without a command line; its remarks and bars go through the interfaces
     # of output.
-    "borvanusb/flash/engine": ["borvanusb/base", "borvanusb/camera", "borvanusb/output"],
+    "borvanusb/flash/engine": ["borvanusb/base", "borvanusb/camera", "borvanusb/output",
+                               "borvanusb/images"],
     "borvanusb/flash": ["borvanusb/base", "borvanusb/camera", "borvanusb/command",
                         "borvanusb/output", "borvanusb/flash/engine", "borvanusb/profile",
                         "borvanusb/images"],

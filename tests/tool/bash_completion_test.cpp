@@ -88,7 +88,7 @@ TEST_F(BashCompletionTest, OptionsOfTheCommandAndOfAll) {
   EXPECT_THAT(Offered({"borvanusb", "list", "--"}), Contains("--json"));
   EXPECT_THAT(Offered({"borvanusb", "list", "--"}), Not(Contains("--camera")));
   EXPECT_THAT(Offered({"borvanusb", "manual", "--"}),
-              ElementsAre("--json", "--quiet", "--help", "--version"));
+              ElementsAre("--log", "--json", "--quiet", "--help", "--version"));
 }
 
 TEST_F(BashCompletionTest, ValuesThatAreFew) {

@@ -79,7 +79,7 @@ TEST(CommandLineErrorsTest, OptionWithoutItsValue) {
 
 TEST(CommandLineErrorsTest, MissingValueNamesTheCommandsOwnOption) {
   ExpectRefused({"flash", "verify", "i.bin", "--address"},
-                "--address: ADDR is missing: where the image begins in the flash, default 0");
+                "--address: ADDR is missing: where address 0 of the image goes, default 0");
   ExpectRefused({"i2c", "scan", "--address"},
                 "--address: A is missing: register that is read from each, default 0");
   EXPECT_EQ(FailureOf({"flash", "verify", "i.bin", "--address"}).Hint(),

@@ -47,8 +47,9 @@ TEST(PowerShellCompletionTest, HoldsCommandsOptionsAndValues) {
   EXPECT_THAT(
       script,
       HasSubstr("Values = @('bash', 'fish', 'powershell', 'zsh'); Names = @(''); Without = @("));
-  EXPECT_THAT(script, HasSubstr("; Without = @('--camera', '--profile', '--force-profile', "
-                                "'--progress', '--trace') }\n"));
+  EXPECT_THAT(script,
+              HasSubstr("; Without = @('--camera', '--wait', '--profile', '--force-profile', "
+                        "'--progress', '--trace') }\n"));
   EXPECT_THAT(script,
               HasSubstr("@{ Name = '--no-verify'; Text = 'don''t read back'; TakesValue = $false; "
                         "Values = @(); Names = '' }\n"));

@@ -15,7 +15,7 @@ namespace borvanusb {
 
 struct Context;
 
-// How a value is compared with a number.
+// How values are compared.
 enum class Comparison { kEqual, kDifferent, kLess, kAtMost, kGreater, kAtLeast };
 
 // "0x1a3&0x20 == 0x20".
@@ -23,7 +23,7 @@ struct Condition {
   std::string what;                   // an operand, see station/operand.h
   std::optional<std::uint32_t> mask;  // bits of it that count
   Comparison comparison = Comparison::kEqual;
-  std::uint32_t value = 0;
+  std::string value;  // a number, or the name of a field's value
 };
 
 struct SleepCommand {
