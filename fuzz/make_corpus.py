@@ -10,7 +10,7 @@ import sys
 
 sys.dont_write_bytecode = True
 # pylint: disable=wrong-import-position
-from seeds import device, hosts, images, lists, maps, texts, virtual_camera, workbench
+from seeds import device, hosts, images, lists, maps, profiles, texts, virtual_camera, workbench
 from seeds.parts import HEADER
 
 CORPUS = pathlib.Path(__file__).resolve().parent / "corpus"
@@ -39,6 +39,7 @@ SEEDS = {
     "tool_lists": lists.TOOL_LISTS,
     "register_map": maps.MAPS,
     "workbench_request": workbench.REQUESTS,
+    "camera_profile": profiles.PROFILES,
 }
 
 

@@ -22,6 +22,8 @@ packages=(
   wine wine64
   # checks
   clang-format clang-tidy shellcheck pylint python3
+  # shells whose completion scripts are run
+  zsh fish
   # the documentation as a site
   doxygen python3-markdown python3-pygments libjs-lunr
   # benchmarks: a peer to compare with

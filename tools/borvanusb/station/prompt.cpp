@@ -146,7 +146,7 @@ class Prompt {
     if (words.size() == 1 && (words.front() == "exit" || words.front() == "quit")) {
       return false;
     }
-    auto parsed = ParseLine(words);
+    auto parsed = ParseLine(words, LineDefaults(context_));
     if (const auto* const answer = std::get_if<TextAnswer>(&parsed)) {
       PrintLines(answer->text, context_.output);
       return true;

@@ -19,13 +19,14 @@ namespace borvanusb {
 
 namespace {
 
-std::optional<LineCommand> ReadLine(const std::string& line, ScriptVariables& variables) {
+std::optional<LineCommand> ReadLine(const std::string& line, ScriptVariables& variables,
+                                    const DefaultsSource& defaults) {
   const std::vector<std::string> words = SplitLine(line);
   if (words.empty()) {
     return std::nullopt;
   }
   const std::vector<std::string> expanded = variables.Expand(words);
-  LineCommand command{ParseScriptLine(expanded), {}};
+  LineCommand command{ParseScriptLine(expanded, defaults), {}};
   if (expanded != words) {
     command.expanded = LineText(expanded);
   }
@@ -48,6 +49,7 @@ ExitCode RunTyped(ScriptVariables variables, Context& context) {
 }  // namespace
 
 ExitCode Run(const RunCommand& command, Context& context) {
+  const DefaultsSource defaults = LineDefaults(context);
   ScriptVariables variables(command.variables);
   if (command.file.empty()) {
     return RunTyped(std::move(variables), context);
@@ -55,7 +57,7 @@ ExitCode Run(const RunCommand& command, Context& context) {
   const std::string name = ShownName(command.file, kStandardInput);
   const std::vector<ScriptLine> lines = ReadScript(
       name, ReadTextOrInput(command.file, context.host),
-      [&](const std::string& line) { return ReadLine(line, variables); }, context);
+      [&](const std::string& line) { return ReadLine(line, variables, defaults); }, context);
   if (const std::vector<std::string> unused = variables.Unused(); !unused.empty()) {
     context.output.Note(
         Format("note: {} does not use the variable {}", name, Joined(unused, ", ")));

@@ -57,6 +57,8 @@ void CheckLineOptions(const Arguments& arguments, const std::string& where) {
       {"--json", given.json},
       {"--quiet", given.quiet},
       {"--verbose", given.verbose},
+      {"--profile", !given.profile.empty()},
+      {"--force-profile", given.force_profile},
       {"--trace", !given.trace.empty()},
       {"--log", !given.log.empty()},
       {"--profile", !given.profile.empty()},
@@ -80,6 +82,7 @@ ExitCode RunLine(const Arguments& line, const CommandRunner& run, Context& outer
     common.cameras = line.common.cameras;
   }
   common.words = line.common.words;
+  common.defaulted = line.common.defaulted;
   Context context{common, outer.host, outer.output, outer.progress, result};
   const CameraWait wait(context);
   try {

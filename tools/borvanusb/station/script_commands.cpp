@@ -296,9 +296,10 @@ const CommandRules& LineRules() {
 
 }  // namespace
 
-std::variant<Arguments, TextAnswer> ParseLine(const std::vector<std::string>& words) {
+std::variant<Arguments, TextAnswer> ParseLine(const std::vector<std::string>& words,
+                                              const DefaultsSource& defaults) {
   try {
-    return ParseCommandLine(words, LineRules());
+    return ParseCommandLine(words, LineRules(), defaults);
   } catch (const Failure& failure) {
     if (!IsScriptOnly(words.front())) {
       throw;
@@ -308,8 +309,8 @@ std::variant<Arguments, TextAnswer> ParseLine(const std::vector<std::string>& wo
   }
 }
 
-Arguments ParseScriptLine(const std::vector<std::string>& words) {
-  auto parsed = ParseLine(words);
+Arguments ParseScriptLine(const std::vector<std::string>& words, const DefaultsSource& defaults) {
+  auto parsed = ParseLine(words, defaults);
   if (std::holds_alternative<Arguments>(parsed)) {
     return std::get<Arguments>(std::move(parsed));
   }

@@ -56,9 +56,10 @@ ExitCode Run(const AskCommand& command, Context& context);
 const CommandRules& ScriptOnlyRules();
 // Reads the words of a line at the prompt: one of these, a command of the tool, or --help. Throws
 // Failure kUsage.
-std::variant<Arguments, TextAnswer> ParseLine(const std::vector<std::string>& words);
+std::variant<Arguments, TextAnswer> ParseLine(const std::vector<std::string>& words,
+                                              const DefaultsSource& defaults);
 // Reads the words of a script's line: one of these, or a command of the tool. Throws Failure
 // kUsage.
-Arguments ParseScriptLine(const std::vector<std::string>& words);
+Arguments ParseScriptLine(const std::vector<std::string>& words, const DefaultsSource& defaults);
 
 }  // namespace borvanusb
