@@ -14,6 +14,9 @@ class SharedCamera : public Camera {
   std::uint32_t ReadRegister(std::uint32_t address, RegisterWidth width) override {
     return camera_->ReadRegister(address, width);
   }
+  std::uint32_t SampleRegister(std::uint32_t address, RegisterWidth width) override {
+    return camera_->SampleRegister(address, width);
+  }
   void WriteRegister(std::uint32_t address, std::uint32_t value, RegisterWidth width) override {
     camera_->WriteRegister(address, value, width);
   }
@@ -25,6 +28,9 @@ class SharedCamera : public Camera {
   }
   std::uint32_t ReadI2c(const I2cTarget& target, std::uint32_t address) override {
     return camera_->ReadI2c(target, address);
+  }
+  std::uint32_t SampleI2c(const I2cTarget& target, std::uint32_t address) override {
+    return camera_->SampleI2c(target, address);
   }
   std::vector<std::uint32_t> ReadI2cRun(const I2cTarget& target, std::uint32_t first,
                                         std::uint32_t last) override {
