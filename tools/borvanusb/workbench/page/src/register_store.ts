@@ -39,12 +39,14 @@ export class RegisterStore extends Versioned {
       const found = await run<{ registers: RegisterDescription[] }>(words.findRegisters(), camera);
       this.registers = found.result.registers;
       this.byName = new Map(this.registers.map((register) => [register.name, register]));
-      await this.loadProfile();
       this.problem = null;
       this.loaded = 'yes';
+      this.touch();
+      // Without presets and regions the registers serve as well.
+      await this.loadProfile();
     } catch (error) {
       this.problem = asProblem(error);
-      this.loaded = 'no';
+      if (this.registers.length === 0) this.loaded = 'no';
     }
     this.touch();
   }

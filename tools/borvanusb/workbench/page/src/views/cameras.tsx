@@ -58,7 +58,7 @@ function CameraRow({ camera, job, chosen }: { camera: Camera; job: Job | undefin
         {info && (
           <>
             <dt>Flash</dt>
-            <dd>{info.flash.size === null ? 'size unknown' : formatSize(info.flash.size)} <span class="muted">{info.flash.how}</span></dd>
+            <dd>{info.flash.size !== null && formatSize(info.flash.size)} <span class="muted">{info.flash.how}</span></dd>
             <dt>I2C lists</dt>
             <dd>{info.fast_i2c ? 'in packets' : 'register by register'}</dd>
           </>
