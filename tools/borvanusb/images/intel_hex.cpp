@@ -167,8 +167,7 @@ std::string IntelHexText(const Segments& segments) {
         text += RecordText(kLinearBase, 0, high);
       }
       const std::uint64_t in_bank = kBank - address % kBank;
-      const std::size_t size =
-          std::min<std::uint64_t>({kBytesPerRecord, bytes.size() - done, in_bank});
+      const auto size = std::min<std::uint64_t>({kBytesPerRecord, bytes.size() - done, in_bank});
       text += RecordText(kData, address, bytes.subspan(done, size));
       done += size;
     }
