@@ -82,7 +82,6 @@ TEST(OptionDefaultsTest, NoDefaultContradictsWhatIsGiven) {
 
 // --mode alone is refused there, so it counts only beside --slave, in whatever order they stand.
 TEST(OptionDefaultsTest, DefaultsThatNeedEachOther) {
-  const Values values = {{"--mode", "16/16"}, {"--slave", "0x20"}, {"--rounds", "1"}};
   EXPECT_THAT(Parsed({"selftest"}, kSensor).common.defaulted,
               testing::UnorderedElementsAre("--mode", "--slave"));
 }
@@ -165,6 +164,26 @@ TEST_F(ToolDefaultsTest, LinesOfAScriptHaveThem) {
   const std::string script = folder.Write("s.txt", "i2c read 0x3500\nreg read 0x1a3\n");
   EXPECT_EQ(Run({"run", script}), 0) << err;
   EXPECT_EQ(out, "> i2c read 0x3500\n0x3500  0x12\n> reg read 0x1a3\n0x01a3  0x00\n");
+}
+
+TEST_F(ToolDefaultsTest, TheCameraMayComeLater) {
+  const auto camera = host.chips.front();
+  host.chips.clear();
+  host.on_sleep = [&] { host.chips = {camera}; };
+  EXPECT_EQ(Run({"i2c", "read", "0x3500", "--wait", "5"}), 0) << err;
+  EXPECT_EQ(out, "0x3500  0x12\n");
+  EXPECT_THAT(err, HasSubstr("no USB camera is found; waiting for it, 5 s at most\n"));
+  host.chips.clear();
+  host.on_sleep = nullptr;
+  EXPECT_EQ(Run({"i2c", "read", "0x3500", "--wait", "5"}), 2);
+}
+
+TEST_F(ToolDefaultsTest, AListThatNamesItsDeviceNeedsNoDefault) {
+  const std::string list = folder.Write("l.txt", "0xfff8, 0x20,\n0xfffe, 0x01,\n0x3500, 0x01,\n");
+  EXPECT_EQ(Run({"i2c", "load", list}), 0) << err;
+  EXPECT_EQ(err.find("ignored"), std::string::npos) << err;
+  EXPECT_EQ(Run({"i2c", "load", list, "--slave", "0x6c"}), 0) << err;
+  EXPECT_THAT(err, HasSubstr("--slave is ignored"));
 }
 
 TEST_F(ToolDefaultsTest, CommonDefaultsBelongToAWholeScript) {
