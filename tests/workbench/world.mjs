@@ -64,7 +64,7 @@ export async function newPage(options = {}) {
   page.complaints = [];
   page.on("pageerror", (error) => page.complaints.push(error.message));
   page.on("console", (message) => {
-    if (message.type() === "error" && !/ERR_(CONNECTION|INCOMPLETE|EMPTY|NETWORK)|404|409/.test(message.text())) page.complaints.push(message.text());
+    if (message.type() === "error" && !/ERR_(CONNECTION|INCOMPLETE|EMPTY|NETWORK)|40[049]/.test(message.text())) page.complaints.push(message.text());
   });
   page.outside = [];
   page.on("request", (request) => {
