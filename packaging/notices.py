@@ -1,5 +1,7 @@
 """Gathers the copyright texts of everything that is linked into the products."""
 import pathlib
+import subprocess
+import sys
 
 # What of other people is in the products, and the Debian package whose copyright file has its terms.
 LINKED = (
@@ -13,6 +15,14 @@ LINKED = (
     ("libcli11-dev", "CLI11", "virtual-camera.exe"),
     ("libjs-lunr", "lunr.js", "the search of the documentation"),
 )
+# The packages of npm that are bundled into the page of `borvanusb workbench`; each has its terms in LICENSE.
+BUNDLED = (
+    ("preact", "Preact"),
+    ("uplot", "uPlot"),
+)
+ROOT = pathlib.Path(__file__).resolve().parent.parent
+PAGE = ROOT / "tools" / "borvanusb" / "workbench" / "page"
+MODULES = ROOT / "build" / "workbench-page"
 DOCUMENTS = pathlib.Path("/usr/share/doc")
 
 
@@ -20,18 +30,32 @@ class NoticeMissing(Exception):
     """A package has no copyright file."""
 
 
+def section(title, text):
+    """The terms of one part."""
+    line = "=" * 100
+    return f"{line}\n{title}\n{line}\n\n" + text.strip() + "\n"
+
+
+def bundled_sections():
+    """The terms of what the page contains, in the versions of its lock file."""
+    subprocess.run([sys.executable, "-B", ROOT / "scripts" / "fetch_npm.py", PAGE / "package-lock.json", MODULES,
+                    *(package for package, _ in BUNDLED)], check=True)
+    return [section(f"{name} (npm package {package})",
+                    (MODULES / "node_modules" / package / "LICENSE").read_text(encoding="utf-8"))
+            for package, name in BUNDLED]
+
+
 def gather(linked=LINKED, documents=DOCUMENTS):
     """The text of THIRD-PARTY-NOTICES.txt."""
     sections = ["Software of others in BorvanUSB\n\n"
                 "The programs and DLLs contain parts of the following software. Each section has the terms as\n"
-                "the Debian package gives them that the part was taken from.\n\n"
-                + "".join(f"  {name}: in {where}\n" for _, name, where in linked)]
+                "the Debian or npm package gives them that the part was taken from.\n\n"
+                + "".join(f"  {name}: in {where}\n" for _, name, where in linked)
+                + "".join(f"  {name}: in the page of borvanusb workbench\n" for _, name in BUNDLED)]
     for package, name, _ in linked:
         file = documents / package / "copyright"
         if not file.is_file() or not file.read_text(encoding="utf-8").strip():
             raise NoticeMissing(f"{file} is missing or empty: the terms of {name} can't be handed out.\n"
                                 f"Install the package {package} with its documents.")
-        line = "=" * 100
-        sections.append(f"{line}\n{name} (Debian package {package})\n{line}\n\n"
-                        + file.read_text(encoding="utf-8").strip() + "\n")
-    return "\n".join(sections)
+        sections.append(section(f"{name} (Debian package {package})", file.read_text(encoding="utf-8")))
+    return "\n".join(sections + bundled_sections())

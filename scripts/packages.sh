@@ -22,12 +22,16 @@ packages=(
   wine wine64
   # checks
   clang-format clang-tidy shellcheck pylint python3
+  # shells whose completion scripts are run
+  zsh fish
   # the documentation as a site
   doxygen python3-markdown python3-pygments libjs-lunr
   # benchmarks: a peer to compare with
   flashrom
   # fetching packages of npm over HTTPS
   ca-certificates
+  # tests of the workbench's page in a browser
+  chromium
   # demo: an image to flash, and looking at bytes and answers
   seabios xxd jq tmux python3-jsonschema
 )

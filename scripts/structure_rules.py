@@ -61,6 +61,11 @@ ALLOWED = {
     # The page in the browser: it runs command lines and knows no camera.
     "borvanusb/workbench": ["borvanusb/base", "borvanusb/camera", "borvanusb/command",
                             "borvanusb/output", "borvanusb/profile"],
+    # The commands on profiles themselves; one of them asks a camera as `info` and `i2c scan` do.
+    "borvanusb/profile_commands": ["borvanusb/base", "borvanusb/camera", "borvanusb/command",
+                                   "borvanusb/output", "borvanusb/maps", "borvanusb/profile",
+                                   "borvanusb/names", "borvanusb/registers", "borvanusb/i2c",
+                                   "borvanusb/station"],
     "borvanusb/dll": ["include", "borvanusb/base", "borvanusb/camera"],
     "borvanusb/windows": ["borvanusb/base", "borvanusb/camera", "borvanusb/command",
                           "borvanusb/output", "borvanusb/dll", "borvanusb/workbench"],

@@ -149,7 +149,8 @@ TEST(CommandLineErrorsTest, DecimalsSayWhatIsAllowed) {
 TEST(CommandLineErrorsTest, ChoicesAreListed) {
   ExpectRefused({"bench", "--progress", "Bar"},
                 "--progress: \"Bar\" is not allowed: auto, bar, lines, json or none");
-  ExpectRefused({"completion", "zsh"}, "SHELL: \"zsh\" is not allowed: bash or powershell");
+  ExpectRefused({"completion", "csh"},
+                "SHELL: \"csh\" is not allowed: bash, fish, powershell or zsh");
 }
 
 TEST(CommandLineErrorsTest, EmptyTextsAreVariablesThatWereNeverSet) {
@@ -225,6 +226,7 @@ TEST(CommandLineErrorsTest, CommonOptionThatWouldBeIgnoredIsRefused) {
                                                  {"watch", "--reg", "1"},
                                                  {"completion", "bash"},
                                                  {"map", "check", "a.svd"},
+                                                 {"profile", "check", "a.camera.json"},
                                                  {"manual"}}) {
     Words words = command;
     words.insert(words.end(), {"--progress", "none"});

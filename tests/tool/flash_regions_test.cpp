@@ -68,6 +68,7 @@ TEST_F(FlashRegionsTest, ImageGoesToTheRegionThatIsNamed) {
   EXPECT_EQ(outcome.code, ExitCode::kDone) << outcome.message;
   EXPECT_EQ(flash(), Overlaid(before_, 0x8000, image));
   EXPECT_EQ(outcome.result["images"][0]["region"], "config");
+  EXPECT_TRUE(outcome.result["profile"]["file"].get<std::string>().ends_with("module.json"));
   EXPECT_EQ(BreachOfSchema("flash-program", outcome.result), "");
   FlashVerifyCommand verify{program_.image, std::nullopt, ""};
   verify.region = "config";

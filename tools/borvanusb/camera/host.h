@@ -128,6 +128,19 @@ class Host {
   // An environment variable, UTF-8; empty when it isn't set.
   virtual std::string Environment(const std::string& name) const = 0;
 
+  // What must hold of the camera that a command works with: throws Failure when it does not. Empty:
+  // nothing.
+  using CameraCheck = std::function<void(const CameraIdentity&)>;
+  // Returns the one before.
+  CameraCheck SetCameraCheck(CameraCheck check) {
+    return std::exchange(camera_check_, std::move(check));
+  }
+  void CheckCamera(const CameraIdentity& camera) const {
+    if (camera_check_) {
+      camera_check_(camera);
+    }
+  }
+
   virtual SystemReport ExamineSystem() = 0;
   // The version of the library; empty when it is not known.
   virtual std::string LibraryVersion() { return {}; }
@@ -152,6 +165,7 @@ class Host {
       const std::function<void(std::size_t, bool, const std::string&)>& on_line) = 0;
 
  private:
+  CameraCheck camera_check_;
   TryAgain try_again_;
 };
 

@@ -151,8 +151,8 @@ class Sorter {
     }
     const auto& own = sorted_.described->options;
     for (std::size_t i = own.size(); i-- > 0;) {
-      for (std::size_t before = i; own[i].positional && own[i].required && sorted_.own[i].empty() &&
-                                   before-- > 0;) {
+      for (std::size_t before = i;
+           own[i].positional && own[i].required && sorted_.own[i].empty() && before-- > 0;) {
         if (own[before].positional && !own[before].required) {
           sorted_.own[i].swap(sorted_.own[before]);
         }

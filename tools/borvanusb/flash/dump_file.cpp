@@ -53,8 +53,7 @@ std::string NameOf(DumpForm form) {
 }
 
 DumpForm DumpFormFor(const std::string& file, const std::string& format) {
-  const auto* const named =
-      std::ranges::find(kNames, format, [](const auto& row) { return row.second; });
+  const auto named = std::ranges::find(kNames, format, [](const auto& row) { return row.second; });
   if (named != kNames.end()) {
     return named->first;
   }

@@ -53,7 +53,12 @@ Segments Joined(std::vector<ImageFile> files) {
       all.Add(segment.address, segment.bytes, {"byte", 0});
     }
   }
-  return all.Take();
+  try {
+    return all.Take();
+  } catch (const ImageError& error) {
+    throw Failure(ExitCode::kFile, Format("the images: {}", error.what()),
+                  "Program them one by one.");
+  }
 }
 
 class Placer {

@@ -17,6 +17,7 @@
 #include "flash/regions.h"
 #include "output/output.h"
 #include "output/progress.h"
+#include "profile/profile_choice.h"
 
 namespace borvanusb {
 
@@ -137,7 +138,12 @@ void FlashProgrammer::LoadWanted() {
 
 // What can't be done in this camera's flash is refused before it is opened.
 void FlashProgrammer::PlaceWanted(const CameraIdentity& camera) {
-  const FlashLayout layout = LayoutFor(camera, context_);
+  const auto profile = ProfileFor(camera, context_);
+  const FlashLayout layout = profile != nullptr ? profile->flash : FlashLayout();
+  if (profile != nullptr) {
+    outcome_.profile_file = profile->file;
+    outcome_.profile_name = profile->name;
+  }
   told_size_ = SizeFor(command_.flash_size, layout);
   Placement placement = PlaceImages(std::move(files_), layout, command_.force, context_.output);
   image_ = std::move(placement.image);

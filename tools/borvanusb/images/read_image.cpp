@@ -57,7 +57,7 @@ std::optional<ImageForm> FormOfName(std::string_view file) {
   }
   std::string ending(file.substr(point + 1));
   std::ranges::transform(ending, ending.begin(), Small);
-  const auto* const known =
+  const auto known =
       std::ranges::find(kEndings, ending, [](const auto& entry) { return entry.first; });
   return known != kEndings.end() ? std::optional(known->second) : std::nullopt;
 }

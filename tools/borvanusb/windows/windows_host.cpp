@@ -174,6 +174,10 @@ SystemReport WindowsHost::ExamineSystem() {
   return ExamineWindows(Loaded());
 }
 
+Terminal* WindowsHost::Prompt() {
+  return Console::CanAsk() ? &terminal_ : nullptr;
+}
+
 std::string WindowsHost::LibraryVersion() {
   return Loaded().Version();
 }

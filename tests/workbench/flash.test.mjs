@@ -1,0 +1,137 @@
+// The flash, as a user works with it.
+import assert from "node:assert/strict";
+import { after, afterEach, before, beforeEach, test } from "node:test";
+import { close, closePage, control, download, go, intelHex, names, newPage, noise, open } from "./world.mjs";
+
+let page;
+before(() => open());
+after(() => close());
+beforeEach(async () => {
+  page = await newPage();
+  await control(page, "reset");
+  await control(page, "pace", { pace: 25 });
+  await go(page, "Flash");
+  await page.getByRole("slider", { name: "Sectors of the flash" }).waitFor();
+});
+afterEach(() => closePage(page));
+
+const program = () => page.getByRole("region", { name: "Program" });
+const drop = (name, buffer) => page.locator("[data-role=images]").setInputFiles([{ name, mimeType: "a/b", buffer }]);
+const hexRow = (address) => page.locator(`.hex-row[data-address="${address}"]`);
+const rawName = `fw-0x${names.imageAddress.toString(16)}.bin`;
+
+async function planned() {
+  await page.getByRole("button", { name: "Plan", exact: true }).click();
+  await page.getByRole("region", { name: "Plan" }).waitFor();
+  // A plan is never shown as if it were done.
+  assert.equal(await page.getByText(/^Programmed/).count(), 0);
+}
+
+test("the map shows regions and sectors; a region's name leads to its bytes", async () => {
+  await page.getByText(/used \d+/).first().waitFor();
+  await page.getByRole("table", { name: "Regions of the flash" }).getByRole("button", { name: names.region, exact: true }).click();
+  await hexRow(names.imageAddress).getByText(/^[0-9a-f]{2}$/).first().waitFor();
+});
+
+test("the map is walked with the keyboard", async () => {
+  const map = page.getByRole("slider", { name: "Sectors of the flash" });
+  await map.focus();
+  await page.keyboard.press("ArrowDown");
+  assert.match(await map.getAttribute("aria-valuetext"), /^0x20000: used, firmware$/);
+  await hexRow(0x20000).getByText(/^[0-9a-f]{2}$/).first().waitFor();
+});
+
+test("the hex view jumps, searches and reads what is scrolled to", async () => {
+  await page.getByLabel("Go to address").fill("0x80000");
+  await page.keyboard.press("Enter");
+  await hexRow(0x80000).getByText(/^[0-9a-f]{2}$/).first().waitFor();
+  await page.getByLabel("Go to address").fill("2M");
+  await page.keyboard.press("Enter");
+  await page.getByText("An address is a number below 0x100000.").waitFor();
+  await page.getByLabel("Go to address").fill("0");
+  await page.keyboard.press("Enter");
+  await page.getByLabel("Search bytes or text").fill('"SERIAL"');
+  await page.keyboard.press("Enter");
+  await page.getByText("Found at 0xfc010.").waitFor({ timeout: 30_000 });
+  assert.equal(await page.locator(".byte.found").count(), 6);
+});
+
+test("an image in Intel HEX is planned, programmed and verified", async () => {
+  const bytes = noise(40_000, 3);
+  await drop("firmware.hex", intelHex(names.imageAddress, bytes));
+  assert.equal(await program().getByRole("button", { name: "Program" }).isDisabled(), true);
+  await planned();
+  await page.getByRole("region", { name: "Plan" }).getByText(/of which/).waitFor();
+  await page.getByText(/differs [1-9]/).first().waitFor();
+  await program().getByRole("button", { name: /^Program \d/ }).click();
+  await page.getByRole("region", { name: "Progress" }).getByText(/left/).waitFor();
+  await page.getByText("All of it reads back equal.").waitFor({ timeout: 60_000 });
+  const report = await download(page, () => page.getByRole("button", { name: "Report" }).click());
+  assert.equal(JSON.parse(report.bytes).verified, true);
+  await page.getByRole("button", { name: "Verify" }).click();
+  await page.getByText("Equal: the flash holds firmware.hex.").waitFor();
+});
+
+test("the differences that verify finds are marked in the hex view", async () => {
+  await drop(rawName, noise(8192, 9));
+  await page.getByRole("button", { name: "Verify" }).click();
+  await page.getByText(/bytes differ, in/).waitFor();
+  await page.locator(".byte.differs").first().waitFor();
+  await page.getByRole("button", { name: "Next difference" }).click();
+});
+
+test("an image for a read-only region can't be chosen, one that is too large is refused before anything is touched", async () => {
+  await drop("big.bin", noise(70_000, 1));
+  const place = page.getByLabel("Where big.bin goes");
+  assert.equal(await place.locator(`option[value="region:${names.readOnlyRegion}"]`).evaluate((option) => option.disabled), true);
+  await place.selectOption("region:config");
+  await page.getByRole("button", { name: "Plan", exact: true }).click();
+  await page.getByRole("alert").filter({ hasText: /big\.bin has 70000 bytes/ }).waitFor();
+  assert.equal(await program().getByRole("button", { name: "Program" }).isDisabled(), true);
+});
+
+test("programming stops at a safe place, says how to go on, and goes on", async () => {
+  await drop(rawName, noise(400_000, 2));
+  await planned();
+  await program().getByRole("button", { name: /^Program \d/ }).click();
+  await page.getByText(/[1-9]\d? %/).first().waitFor();
+  await page.getByRole("region", { name: "Progress" }).getByRole("button", { name: "Stop" }).click();
+  const alert = page.getByRole("alert").filter({ hasText: "stopped by the user" });
+  await alert.waitFor();
+  await alert.getByText("To continue:").waitFor();
+  await control(page, "pace", { pace: 2 });
+  await alert.getByRole("button", { name: "Continue" }).click();
+  await page.getByText("All of it reads back equal.").waitFor({ timeout: 60_000 });
+});
+
+test("a camera that is pulled while it is programmed: what is unsure is said, the journal is offered", async () => {
+  await drop(rawName, noise(400_000, 4));
+  await planned();
+  await program().getByRole("button", { name: /^Program \d/ }).click();
+  await page.getByText(/[1-9]\d? %/).first().waitFor();
+  await control(page, "unplug", { camera: 0 });
+  await page.getByRole("alert").filter({ hasText: "the flash is changed in part" }).waitFor();
+  await control(page, "plug", { camera: 0 });
+  await page.getByRole("button", { name: "Plan", exact: true }).click();
+  await page.getByText(/a journal waits/).waitFor();
+});
+
+test("the page that is closed while programming comes back and shows it", async () => {
+  await drop(rawName, noise(440_000, 6));
+  await planned();
+  await program().getByRole("button", { name: /^Program \d/ }).click();
+  await page.getByText(/[1-9]\d? %/).first().waitFor();
+  await page.reload();
+  await page.getByText("This camera is being programmed").waitFor();
+  await page.getByRole("region", { name: "Progress" }).getByRole("button", { name: "Stop" }).click();
+  await page.getByText("This camera is being programmed").waitFor({ state: "detached", timeout: 20_000 });
+  await page.getByRole("alert").filter({ hasText: "stopped by the user" }).waitFor();
+});
+
+test("backup of the whole flash, and a region erased after a question", async () => {
+  const backup = await download(page, () => page.getByRole("button", { name: "Backup of the whole flash" }).click());
+  assert.equal(backup.bytes.length, 1 << 20);
+  await page.getByRole("button", { name: "Erase config" }).click();
+  await page.getByRole("dialog").getByRole("button", { name: /^Erase/ }).click();
+  await page.getByRole("row").filter({ hasText: "config" }).getByText("0 %").waitFor();
+});

@@ -1,0 +1,181 @@
+// How every view looks, light and dark: a screenshot of each, no finding of axe.
+import assert from "node:assert/strict";
+import { after, before, test } from "node:test";
+import { chooseCamera, close, closePage, control, findings, findRegister, go, names, newPage, noise, open, shoot } from "./world.mjs";
+
+before(() => open());
+after(() => close());
+
+const program = (page) => page.getByRole("region", { name: "Program" });
+
+async function addCurves(page, list) {
+  for (const name of list) {
+    await page.getByRole("searchbox", { name: "Register or field to plot" }).fill(name);
+    await page.locator(".candidate").filter({ hasText: new RegExp(`^${name}$`) }).click();
+  }
+}
+
+const scenes = [
+  ["cameras", async (page) => {
+    await go(page, "Cameras");
+    await page.getByRole("button", { name: "Run doctor" }).click();
+    await page.getByRole("table", { name: "Video devices" }).waitFor();
+  }],
+  ["registers", async (page) => {
+    await go(page, "Registers");
+    await page.getByLabel("Preset").selectOption(names.preset);
+    await findRegister(page, names.exposure);
+    await page.locator("#register-editor").getByLabel("Hex").fill("0x1400");
+    await page.keyboard.press("Enter");
+    await findRegister(page, names.enumerated);
+    await page.getByRole("combobox", { name: new RegExp(`^${names.enumeratedField}`) }).selectOption("1");
+    await page.getByRole("searchbox", { name: "Search by name" }).fill("");
+    await page.getByRole("treegrid").focus();
+    await page.keyboard.press("ArrowRight");
+    await page.waitForTimeout(400);
+  }],
+  ["registers-picture", async (page) => {
+    await go(page, "Registers");
+    await page.getByRole("switch", { name: "Picture" }).check();
+    await page.getByRole("button", { name: "Show the picture" }).click();
+    await page.waitForFunction(() => (document.querySelector("video")?.videoWidth ?? 0) > 0);
+    await page.getByRole("switch", { name: "Live" }).check();
+    await page.waitForTimeout(1200);
+  }],
+  ["registers-grid", async (page) => {
+    await go(page, "Registers");
+    await chooseCamera(page, names.withoutProfile);
+    await page.getByRole("button", { name: "Read once" }).click();
+    await page.waitForTimeout(400);
+  }],
+  ["plots", async (page) => {
+    await go(page, "Plots");
+    await addCurves(page, [names.measured, "EXPOSURE.TEMPERATURE", names.exposure, "STATUS.FRAME_COUNT"]);
+    await page.getByText("Own scales").click();
+    await page.getByLabel("Show").selectOption("10");
+    await page.waitForTimeout(9000);
+  }],
+  ["compare", async (page) => {
+    await go(page, "Compare");
+    await page.getByRole("region", { name: "Comparison" }).getByRole("button", { name: "Compare" }).click();
+    await page.getByRole("table", { name: "Registers that differ" }).waitFor();
+  }],
+  ["flash", async (page) => {
+    await go(page, "Flash");
+    await page.getByRole("slider", { name: "Sectors of the flash" }).waitFor();
+    await page.locator(".hex-row .byte").first().waitFor();
+    await page.waitForTimeout(500);
+  }],
+  ["flash-plan", async (page) => {
+    await go(page, "Flash");
+    await page.locator("[data-role=images]").setInputFiles([
+      { name: `firmware-0x${names.imageAddress.toString(16)}.bin`, mimeType: "a/b", buffer: noise(150_000, 8) }]);
+    await page.getByRole("button", { name: "Plan", exact: true }).click();
+    await page.getByRole("region", { name: "Plan" }).waitFor();
+  }],
+  ["flash-programming", async (page) => {
+    await control(page, "pace", { pace: 700 });
+    await program(page).getByRole("button", { name: /^Program \d/ }).click();
+    await page.getByText(/[1-9]\d %/).first().waitFor();
+  }],
+  ["flash-stopped", async (page) => {
+    await page.getByRole("region", { name: "Progress" }).getByRole("button", { name: "Stop" }).click();
+    await page.getByRole("alert").filter({ hasText: "stopped by the user" }).waitFor();
+    await page.getByRole("slider", { name: "Sectors of the flash" }).waitFor();
+    await page.waitForTimeout(900);
+    await control(page, "pace", { pace: 25 });
+  }],
+  ["flash-verify", async (page) => {
+    await page.getByRole("button", { name: "Verify" }).click();
+    await page.getByText(/bytes differ, in/).waitFor();
+    await page.locator(".byte.differs").first().waitFor();
+    await page.waitForTimeout(400);
+  }],
+  ["line", async (page) => {
+    await control(page, "pace", { pace: 60 });
+    await go(page, "Line");
+    await page.locator("[data-role=images]").setInputFiles([
+      { name: `firmware-0x${names.imageAddress.toString(16)}.bin`, mimeType: "a/b", buffer: noise(150_000, 12) }]);
+    await page.getByRole("button", { name: "Plan all" }).click();
+    await page.getByRole("button", { name: "Program 3 cameras" }).click();
+    await page.getByText(/program [3-9]\d %/).first().waitFor();
+    await page.getByRole("button", { name: `Stop ${names.other}` }).click();
+    await page.getByRole("button", { name: "Repeat" }).waitFor({ state: "hidden" });
+    await page.waitForTimeout(500);
+  }],
+  ["picture", async (page) => {
+    await go(page, "Picture");
+    await page.getByRole("button", { name: "Show the picture" }).click();
+    await page.waitForFunction(() => (document.querySelector("video")?.videoWidth ?? 0) > 0);
+    await page.getByRole("button", { name: "Still", exact: true }).click();
+    await page.waitForTimeout(700);
+  }],
+  ["log", async (page) => {
+    await go(page, "Registers");
+    await findRegister(page, names.exposure);
+    await page.locator("#register-editor").getByLabel("Hex").fill("0x123");
+    await page.keyboard.press("Enter");
+    await page.getByRole("button", { name: "Write all" }).click();
+    await page.getByText("No changes wait.").waitFor();
+    await go(page, "Log");
+  }],
+  ["no-camera", async (page) => {
+    await go(page, "Cameras");
+    for (const camera of [0, 1, 2]) await control(page, "unplug", { camera });
+    await page.getByRole("heading", { name: "No camera is attached" }).waitFor();
+  }],
+  ["unplugged", async (page) => {
+    await go(page, "Registers");
+    await page.waitForTimeout(500);
+    await control(page, "unplug", { camera: 0 });
+    await page.getByRole("alert").waitFor();
+  }],
+];
+// These go on where the scene before them ended.
+const continued = new Set(["flash-programming", "flash-stopped", "flash-verify"]);
+
+for (const colorScheme of ["light", "dark"]) {
+  test(`every view, ${colorScheme}`, { timeout: 240_000 }, async (context) => {
+    let page = null;
+    for (const [name, act] of scenes) {
+      await context.test(name, async () => {
+        if (!continued.has(name)) {
+          if (page) await closePage(page);
+          page = await newPage({ colorScheme });
+          await control(page, "reset");
+          await control(page, "pace", { pace: 25 });
+        }
+        await act(page);
+        await shoot(page, `${name}-${colorScheme}`);
+        assert.deepEqual(await findings(page), []);
+      });
+    }
+    await closePage(page);
+  });
+}
+
+test("the smallest window, 1024 by 700", async () => {
+  const page = await newPage({ viewport: { width: 1024, height: 700 } });
+  await control(page, "reset");
+  for (const title of ["Cameras", "Registers", "Plots", "Compare", "Flash", "Line", "Picture", "Log"]) {
+    await go(page, title);
+    await page.waitForTimeout(700);
+    await shoot(page, `small-${title.toLowerCase()}`);
+    const wide = await page.evaluate(() => document.documentElement.scrollWidth > innerWidth || document.querySelector("main").scrollWidth > document.querySelector("main").clientWidth);
+    assert.equal(wide, false, `${title} is wider than the window`);
+  }
+  await closePage(page);
+});
+
+test("the switch of colours wins over the system's", async () => {
+  const page = await newPage({ colorScheme: "light" });
+  const background = () => page.evaluate(() => getComputedStyle(document.body).backgroundColor);
+  const light = await background();
+  await page.getByRole("button", { name: "Colours: as the system" }).click();
+  assert.equal(await background(), light);
+  await page.getByRole("button", { name: "Colours: light" }).click();
+  assert.notEqual(await background(), light);
+  await page.reload();
+  assert.notEqual(await background(), light);
+  await closePage(page);
+});

@@ -1,0 +1,29 @@
+// When a reading was made, in seconds since the epoch.
+
+// The server gives an ISO text, or seconds since the epoch or since live reading began. Seconds since the
+// beginning are placed by the moment at which the first of them arrived.
+export class EventClock {
+  private base: number | null = null;
+
+  secondsOf(time: string | number | undefined, now: number): number {
+    if (typeof time === 'string') {
+      const parsed = Date.parse(time);
+      return Number.isNaN(parsed) ? now : parsed / 1000;
+    }
+    if (time === undefined) return now;
+    if (time > 1e12) return time / 1000;
+    if (time > 1e9) return time;
+    if (this.base === null || this.base + time > now + 5) this.base = now - time;
+    return this.base + time;
+  }
+
+  restart(): void {
+    this.base = null;
+  }
+}
+
+export function clockText(milliseconds: number): string {
+  const time = new Date(milliseconds);
+  const two = (part: number) => String(part).padStart(2, '0');
+  return `${two(time.getHours())}:${two(time.getMinutes())}:${two(time.getSeconds())}`;
+}

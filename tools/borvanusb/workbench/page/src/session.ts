@@ -1,0 +1,265 @@
+// What all views share: cameras, the chosen one, work in progress, the log of commands, the theme.
+import { api, RequestFailed, type Events } from './api';
+import { commandLine, isWrite } from './model/words';
+import { Store } from './store';
+import type { Camera, Job, Progress, RunAnswer } from './types';
+
+export interface LogEntry {
+  id: number;
+  time: number;
+  line: string;
+  camera: string | null;
+  exit: number | null; // null while it runs
+  seconds: number | null;
+  message: string;
+  write: boolean;
+  background: boolean; // started by scrolling or by live reading
+}
+
+export type Theme = 'system' | 'light' | 'dark';
+
+export interface Session {
+  connected: boolean;
+  everConnected: boolean;
+  version: string;
+  readOnly: boolean;
+  library: string | null;
+  cameras: Camera[];
+  camera: Camera | null; // the chosen one, also while it is unplugged
+  jobs: ReadonlyMap<string, Job>;
+  log: LogEntry[];
+  theme: Theme;
+  view: string;
+  problem: Problem | null; // of a command that no view shows
+}
+
+// A failure as the tool states it: what failed, and what to do.
+export class Problem extends Error {
+  constructor(message: string, readonly hint = '', readonly kind = 'internal', readonly line = '',
+    readonly messages: string[] = []) {
+    super(message);
+  }
+}
+
+const longestLog = 2000;
+
+export const session = new Store<Session>({
+  connected: false, everConnected: false, version: '', readOnly: false, library: null, cameras: [], camera: null,
+  jobs: new Map(), log: [], theme: 'system', view: 'cameras', problem: null,
+});
+
+export function newId(): string {
+  return Array.from(crypto.getRandomValues(new Uint8Array(8)), (byte) => byte.toString(16).padStart(2, '0')).join('');
+}
+
+export function isPlugged(state: Session, camera: Camera | null): boolean {
+  return camera !== null && state.cameras.some((each) => each.path === camera.path);
+}
+
+function takeCameras(cameras: Camera[]): void {
+  const before = session.get().camera;
+  const same = before && cameras.find((camera) => camera.path === before.path);
+  session.set({ cameras, camera: same ?? before ?? cameras[0] ?? null });
+}
+
+export function chooseCamera(path: string): void {
+  const camera = session.get().cameras.find((each) => each.path === path);
+  if (camera) session.set({ camera });
+}
+
+function takeJob(event: Events['job']): void {
+  const jobs = new Map(session.get().jobs);
+  if (event.state === 'started') jobs.set(event.job.id, event.job);
+  else jobs.delete(event.job.id);
+  const cameras = session.get().cameras.map((camera) => {
+    if (camera.path !== event.job.camera) return camera;
+    return { ...camera, job: event.state === 'started' ? event.job.id : null };
+  });
+  session.set({ jobs });
+  takeCameras(cameras);
+  if (event.state === 'ended') endListeners.get(event.job.id)?.();
+}
+
+function takeProgress({ job: id, ...rest }: Progress & { job: string }): void {
+  // Some senders nest what progress.schema.json nests.
+  const progress = (rest as unknown as { progress?: Progress }).progress ?? rest;
+  const job = session.get().jobs.get(id);
+  if (job) session.set({ jobs: new Map(session.get().jobs).set(id, { ...job, progress }) });
+}
+
+type ValuesListener = (event: Events['values']) => void;
+const valuesListeners = new Set<ValuesListener>();
+
+export function onValues(listener: ValuesListener): () => void {
+  valuesListeners.add(listener);
+  return () => valuesListeners.delete(listener);
+}
+
+type ConnectListener = () => void;
+const connectListeners = new Set<ConnectListener>();
+
+export function onConnect(listener: ConnectListener): () => void {
+  connectListeners.add(listener);
+  return () => connectListeners.delete(listener);
+}
+
+async function takeState(): Promise<void> {
+  const state = await api.state();
+  session.set({
+    version: state.version, readOnly: state.read_only, library: state.library,
+    jobs: new Map(state.jobs.map((job) => [job.id, job])),
+  });
+  takeCameras(state.cameras);
+}
+
+export function connect(): void {
+  let opened = false;
+  const opens = async (open: boolean) => {
+    if (open === opened && open) return;
+    opened = open;
+    if (open) {
+      try {
+        await takeState();
+      } catch {
+        return; // the events will fail as well, and open again
+      }
+      for (const listener of connectListeners) listener();
+    }
+    session.set({ connected: open, everConnected: session.get().everConnected || open });
+  };
+  api.events((name, data) => {
+    if (name === 'cameras') takeCameras((data as Events['cameras']).cameras);
+    else if (name === 'job') takeJob(data as Events['job']);
+    else if (name === 'progress') takeProgress(data as Events['progress']);
+    else if (name === 'values') valuesListeners.forEach((listener) => listener(data as Events['values']));
+    else if (name === 'log') takeNote(data as Events['log']);
+  }, (open) => void opens(open));
+}
+
+let nextEntry = 1;
+
+function addEntry(entry: Omit<LogEntry, 'id'>): number {
+  const id = nextEntry++;
+  session.set({ log: [...session.get().log.slice(1 - longestLog), { ...entry, id }] });
+  return id;
+}
+
+function takeNote(note: Events['log']): void {
+  addEntry({
+    time: Date.parse(note.time) || Date.now(), line: note.line ?? '', camera: null, exit: 0, seconds: null,
+    message: note.text, write: false, background: false,
+  });
+}
+
+function endEntry(id: number, change: Partial<LogEntry>): void {
+  session.set({ log: session.get().log.map((entry) => (entry.id === id ? { ...entry, ...change } : entry)) });
+}
+
+// The outcome of long work: asked for when its end is announced, and now and then in case that was missed.
+async function outcomeOf<T>(job: string): Promise<RunAnswer<T>> {
+  for (;;) {
+    await new Promise<void>((resolve) => {
+      const timer = setTimeout(resolve, 3000);
+      const stop = onJobEnd(job, () => {
+        clearTimeout(timer);
+        stop();
+        resolve();
+      });
+      setTimeout(stop, 3000);
+    });
+    try {
+      const answer = await api.job<T>(job);
+      if (!('running' in answer)) return answer;
+    } catch (error) {
+      // While the connection is lost the work goes on; an answer that is not kept any more is lost.
+      if (error instanceof RequestFailed && error.status === 404) throw error;
+    }
+  }
+}
+
+const endListeners = new Map<string, () => void>();
+
+function onJobEnd(job: string, listener: () => void): () => void {
+  endListeners.set(job, listener);
+  return () => {
+    if (endListeners.get(job) === listener) endListeners.delete(job);
+  };
+}
+
+export interface RunOptions {
+  camera?: string | null; // the chosen one unless given
+  job?: string;
+  background?: boolean;
+  long?: boolean; // keeps no connection while it runs
+}
+
+// Runs a command and returns its whole answer; throws a Problem when there is no result.
+export async function run<T>(words: string[], options: RunOptions = {}): Promise<RunAnswer<T> & { result: T }> {
+  const camera = options.camera === undefined ? (session.get().camera?.path ?? null) : options.camera;
+  const began = performance.now();
+  const entry = addEntry({
+    time: Date.now(), line: commandLine(words), camera, exit: null, seconds: null, message: '',
+    write: isWrite(words), background: options.background ?? false,
+  });
+  const seconds = () => (performance.now() - began) / 1000;
+  let answer: RunAnswer<T>;
+  try {
+    const job = options.job ?? newId();
+    if (options.long) {
+      const ended = outcomeOf<T>(job);
+      // A refusal to begin is the outcome; nobody waits for the other one then.
+      ended.catch(() => undefined);
+      await api.begin(words, camera, job);
+      answer = await ended;
+    } else {
+      answer = await api.run<T>(words, camera, job);
+    }
+  } catch (error) {
+    const text = error instanceof RequestFailed ? error.message : String(error);
+    endEntry(entry, { exit: -1, seconds: seconds(), message: text });
+    const failed = error instanceof RequestFailed ? error : null;
+    const hint = failed?.status === 409 ? 'Wait until it ends, or stop it.' : (failed?.hint ?? '');
+    throw new Problem(text, hint, failed?.kind ?? 'internal', commandLine(words));
+  }
+  endEntry(entry, {
+    exit: answer.exit, seconds: seconds(), line: answer.line || commandLine(words), message: answer.error?.message ?? '',
+  });
+  if (answer.error !== null || answer.result === null) {
+    const message = answer.error?.message ?? answer.messages.at(-1) ?? `The command ended with exit code ${answer.exit}.`;
+    throw new Problem(message, answer.error?.hint ?? '', answer.error?.kind ?? 'internal', answer.line, answer.messages);
+  }
+  return { ...answer, result: answer.result };
+}
+
+export function asProblem(error: unknown): Problem {
+  if (error instanceof Problem) return error;
+  return new Problem(error instanceof Error ? error.message : String(error));
+}
+
+// For work that no view waits for.
+export function report(error: unknown): void {
+  session.set({ problem: asProblem(error) });
+}
+
+const themeKey = 'borvanusb-theme';
+
+export function setTheme(theme: Theme): void {
+  session.set({ theme });
+  if (theme === 'system') delete document.documentElement.dataset.theme;
+  else document.documentElement.dataset.theme = theme;
+  try {
+    localStorage.setItem(themeKey, theme);
+  } catch {
+    // A browser that keeps nothing forgets the theme.
+  }
+}
+
+export function loadTheme(): void {
+  let theme: string | null = null;
+  try {
+    theme = localStorage.getItem(themeKey);
+  } catch {
+    // The theme of the system is used.
+  }
+  setTheme(theme === 'light' || theme === 'dark' ? theme : 'system');
+}
