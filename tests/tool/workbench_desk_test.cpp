@@ -179,8 +179,8 @@ TEST(WorkbenchDeskTest, ListThatFailsIsToldOnceAndTakesNoCameraAway) {
   rig.PlugIn();
   for (int i = 0; i < 2; ++i) {
     rig.Pass(milliseconds(500));
-    rig.workers.front()->End(
-        R"({"error":{"code":8,"kind":"timeout","message":"hangs","hint":""}})", 8);
+    rig.workers.front()->End(R"({"error":{"code":8,"kind":"timeout","message":"hangs","hint":""}})",
+                             8);
     rig.Settle();
   }
   EXPECT_EQ(rig.desk->CamerasJson().size(), 1U);

@@ -27,6 +27,7 @@ TEST(WorkbenchFolderTest, FilesAreSavedListedAndRead) {
 
 TEST(WorkbenchFolderTest, FolderIsRemovedAtTheEnd) {
   const TestFolder test;
+  MakeFolder(test.Name("journals/a folder"));
   std::string name;
   {
     const RunFolder folder(test.Name("runs"), "ab12", test.Name("journals"));

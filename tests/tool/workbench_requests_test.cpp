@@ -49,6 +49,15 @@ TEST(WorkbenchRequestsTest, CookieIsFoundAmongOthers) {
       200);
 }
 
+TEST(WorkbenchRequestsTest, UsualPortIsNotPartOfTheHost) {
+  RequestDesk desk;
+  desk.session.port = 80;
+  const HttpRequest request =
+      With(With(Get("/"), "Cookie", "borvanusb_80=" + kCookie), "Host", "127.0.0.1");
+  EXPECT_EQ(desk.Answer(request).status, 200);
+  EXPECT_EQ(desk.Answer(With(request, "Host", "127.0.0.1:80")).status, 403);
+}
+
 TEST(WorkbenchRequestsTest, EveryAnswerIsHardened) {
   const HttpResponse response = Hardened(HttpResponse());
   EXPECT_EQ(HeaderOfResponse(response, "Content-Security-Policy"),

@@ -16,6 +16,7 @@ class Page:
         self.events = queue.Queue()
         self.seen = []
         self.stream = None
+        self.socket = None
         status, headers, _ = self.request("GET", "/" + address.rsplit("/", 1)[1])
         assert status == 303, status
         self.cookie = headers["Set-Cookie"].split(";")[0]
@@ -72,13 +73,14 @@ class Page:
         """Opens the stream of events."""
         self.stream = http.client.HTTPConnection("127.0.0.1", self.port, timeout=300)
         self.stream.request("GET", "/api/events", headers={"Host": self.host, "Cookie": self.cookie})
+        self.socket = self.stream.sock  # which the response takes over
         response = self.stream.getresponse()
         assert response.status == 200, response.status
         threading.Thread(target=self._read, args=(response,), daemon=True).start()
 
     def close(self):
         """Closes the stream, as a browser does that is closed."""
-        self.stream.sock.shutdown(2)
+        self.socket.shutdown(2)
         self.stream.close()
 
     def _read(self, response):

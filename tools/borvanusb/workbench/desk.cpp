@@ -11,7 +11,10 @@ namespace {
 
 constexpr std::size_t kKeptAnswers = 64;
 constexpr std::size_t kMostKeptBytes = 1U << 20U;
-constexpr int kOk = 200, kAccepted = 202, kBadRequest = 400, kConflict = 409;
+constexpr int kOk = 200;
+constexpr int kAccepted = 202;
+constexpr int kConflict = 409;
+constexpr int kBadRequest = 400;
 
 }  // namespace
 

@@ -163,7 +163,9 @@ std::optional<std::string> HeaderOf(const HttpRequest& request, std::string_view
 }
 
 std::string HostOf(const Session& session) {
-  return Format("127.0.0.1:{}", session.port);
+  // Browsers omit the usual port.
+  constexpr std::uint16_t kUsualPort = 80;
+  return session.port == kUsualPort ? "127.0.0.1" : Format("127.0.0.1:{}", session.port);
 }
 
 bool AsksWithToken(const HttpRequest& request) {

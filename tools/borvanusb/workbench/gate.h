@@ -29,7 +29,7 @@ bool SameSecret(std::string_view left, std::string_view right);
 // The first header of that name, in lower case; nothing when there is none.
 std::optional<std::string> HeaderOf(const HttpRequest& request, std::string_view name);
 
-// "127.0.0.1:8123".
+// "127.0.0.1:8123", as browsers write it.
 std::string HostOf(const Session& session);
 
 // Looks at a request before its body is read: form, Host, Origin, token or cookie, length of the

@@ -32,6 +32,11 @@ bool IsNamedByJournal(const std::string& folder, const std::string& journal_fold
   const std::u8string text = leaf.u8string();
   const std::string wanted(text.begin(), text.end());
   return std::ranges::any_of(FilesIn(journal_folder), [&](const std::string& file) {
+    std::error_code error;
+    if (fs::is_directory(PathOf(Format("{}/{}", journal_folder, file)), error)) {
+      return false;
+    }
+    // One that can't be read may name it.
     try {
       return ReadWholeText(Format("{}/{}", journal_folder, file)).find(wanted) != std::string::npos;
     } catch (const Failure&) {
@@ -77,6 +82,8 @@ RunFolder::~RunFolder() {
   hold_.reset();
   try {
     RemoveRun(name_, journal_folder_);
+    // Changes of earlier runs may have been completed meanwhile.
+    RemoveLeftovers(base_, journal_folder_);
   } catch (...) {
     // The next run removes it.
     hold_.reset();

@@ -52,6 +52,7 @@ constexpr std::array kCommands = std::to_array<PageCommand>({
     {"profile list", kReads},
     {"profile show", kReads},
     {"profile check", kReads},
+    {"profile names", kReads},
     {"watch", kReads, true},
     {"bench", kReads},
 });
