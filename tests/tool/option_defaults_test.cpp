@@ -98,7 +98,8 @@ TEST(OptionDefaultsTest, ABadDefaultIsAnErrorOfTheProfile) {
       FailureOf({"i2c", "read", "1"}, {{{"--slave", "300"}}, "m.camera.json", {}});
   EXPECT_EQ(failure.Code(), ExitCode::kFile);
   EXPECT_EQ(failure.Message(),
-            "m.camera.json: options.slave: \"300\" is not allowed: a number from 0 to 0xff");
+            "m.camera.json: options.slave: \"300\" is not allowed: a number from 0 to 255, "
+            "decimal or with 0x");
 }
 
 TEST(OptionDefaultsTest, AMissingOptionTellsWhyThereIsNoDefault) {
@@ -113,7 +114,7 @@ TEST(OptionDefaultsTest, TheUsersOwnMistakesAreToldFirst) {
   EXPECT_EQ(FailureOf({"i2c", "read", "1", "--mode", "7/7"}, {kSensor, "m", {}}).Code(),
             ExitCode::kUsage);
   EXPECT_THAT(FailureOf({"i2c", "read", "0x10000"}, {kSensor, "m", {}}).Message(),
-              HasSubstr("RANGE: 0x10000 is too big"));
+              HasSubstr("0x10000 is too big for the addresses of width mode 16/8"));
 }
 
 // The tool with the sample profiles, whose cameras are those of the fake host.
@@ -179,7 +180,7 @@ TEST_F(ToolDefaultsTest, TheCameraMayComeLater) {
 }
 
 TEST_F(ToolDefaultsTest, AListThatNamesItsDeviceNeedsNoDefault) {
-  const std::string list = folder.Write("l.txt", "0xfff8, 0x20,\n0xfffe, 0x01,\n0x3500, 0x01,\n");
+  const std::string list = folder.Write("l.txt", "0xfff8, 0x20,\n0xfffe, 0x02,\n0x3500, 0x01,\n");
   EXPECT_EQ(Run({"i2c", "load", list}), 0) << err;
   EXPECT_EQ(err.find("ignored"), std::string::npos) << err;
   EXPECT_EQ(Run({"i2c", "load", list, "--slave", "0x6c"}), 0) << err;
