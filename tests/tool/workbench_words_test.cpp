@@ -163,7 +163,8 @@ TEST(WorkbenchWordsTest, ServerAddsWhatTheCommandTakes) {
 
 // A command that is new must be judged here: listed in PageCommands, or among these.
 TEST(WorkbenchWordsTest, EveryCommandIsJudged) {
-  const std::set<std::string> refused = {"run", "completion", "manual", "workbench", "profile new", "profile names"};
+  const std::set<std::string> refused = {"run",       "completion",  "manual",
+                                         "workbench", "profile new", "profile names"};
   std::set<std::string> judged = refused;
   for (const PageCommand& command : PageCommands()) {
     judged.insert(std::string(command.words));
