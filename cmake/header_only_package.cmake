@@ -49,3 +49,8 @@ endmacro()
 macro(borvan_use_rapidxml)
   borvan_header_only_package(borvan_rapidxml rapidxml/rapidxml.hpp)
 endmacro()
+
+# Boost.Beast and what it needs; no library of Boost is linked.
+macro(borvan_use_boost)
+  borvan_header_only_package(borvan_boost boost/beast.hpp)
+endmacro()

@@ -6,8 +6,8 @@
 #include <string>
 #include <vector>
 
-#include "flash/engine/image_format.h"
 #include "flash/text_dump.h"
+#include "images/image_format.h"
 #include "support/check.h"
 #include "support/input.h"
 

@@ -10,7 +10,7 @@ import sys
 
 sys.dont_write_bytecode = True
 # pylint: disable=wrong-import-position
-from seeds import device, hosts, lists, maps, texts, virtual_camera
+from seeds import device, hosts, images, lists, maps, profiles, texts, virtual_camera, workbench
 from seeds.parts import HEADER
 
 CORPUS = pathlib.Path(__file__).resolve().parent / "corpus"
@@ -33,8 +33,13 @@ SEEDS = {
     "command_line": texts.COMMAND_LINES,
     "script_line": texts.SCRIPT_LINES,
     "image_format": texts.IMAGE_FILES,
+    "intel_hex": images.HEX_FILES,
+    "srecord": images.SRECORD_FILES,
+    "elf_image": images.elf_files(),
     "tool_lists": lists.TOOL_LISTS,
     "register_map": maps.MAPS,
+    "workbench_request": workbench.REQUESTS,
+    "camera_profile": profiles.PROFILES,
 }
 
 

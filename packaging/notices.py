@@ -9,6 +9,7 @@ LINKED = (
     ("mingw-w64-x86-64-dev", "mingw-w64's C runtime and winpthreads", "all programs and DLLs"),
     ("mingw-w64-common", "mingw-w64's headers", "all programs and DLLs"),
     ("librapidxml-dev", "RapidXML", "borvanusb.exe"),
+    ("libboost1.81-dev", "Boost", "borvanusb.exe"),
     ("libfmt-dev", "fmt", "borvanusb.exe, virtual-camera.exe, BorvanVirtualCamera.dll"),
     ("nlohmann-json3-dev", "JSON for Modern C++", "borvanusb.exe, virtual-camera.exe, BorvanVirtualCamera.dll"),
     ("libcli11-dev", "CLI11", "virtual-camera.exe"),

@@ -2,7 +2,8 @@
 # Shows the main job on a machine with Debian 12, without a camera and without Windows: builds
 # everything, plugs in two virtual cameras, fills the flash of one with other bytes, programs a real
 # firmware image over them with borvanusb, reads it back and compares. Then it loads lists of settings
-# into sensor and chip and checks that they arrived.
+# into sensor and chip and checks that they arrived. At last it does the same by name, with the profiles
+# of samples/profiles.
 # Usage: demo.sh [--large]; --large programs an image of 3.5 MiB instead of one of 256 KiB.
 # Exits with 0 only if image and flash are identical and sensor and chip hold what the lists say.
 set -euo pipefail
@@ -22,7 +23,7 @@ case "${1-}" in
     flash_size=4M
     ;;
   -h | --help)
-    sed -n '2,7s/^# //p' "$0"
+    sed -n '2,9s/^# //p' "$0"
     exit 0
     ;;
   *)
@@ -205,11 +206,44 @@ borvanusb reg load "$chip_list" --verify --markers delays --camera "$camera" ||
   fail "the list can't be loaded"
 borvanusb reg diff "$chip_list" camera --camera "$camera" || fail "the chip does not hold the list"
 
+heading "9. The same by name: each camera finds its profile in samples/profiles"
+# A folder as Windows programs name it.
+export BORVANUSB_PROFILES="Z:${PWD//\//\\}\\samples\\profiles"
+other_camera=$((1 - camera))
+borvanusb profile list || fail "the profiles can't be listed"
+borvanusb preset apply night --verify --camera 0 || fail "the preset can't be applied"
+borvanusb preset apply bars --verify --camera 1 || fail "the preset of the other camera can't be applied"
+before=$folder/before.txt
+borvanusb reg dump --all-named "$before" --camera 0 || fail "the registers can't be dumped"
+borvanusb reg write SENSOR.CTRL.GAIN=3 --verify --camera 0 || fail "the field can't be written"
+echo "All differences since the dump; the exit code for differences is 7:"
+difference=0
+borvanusb reg diff "$before" camera --camera 0 >"$folder/difference.txt" || difference=$?
+cat "$folder/difference.txt"
+[ "$difference" -eq 7 ] || fail "the exit code is $difference in place of 7"
+[ "$(tr -d '\r' <"$folder/difference.txt" | grep -c '^SENSOR')" -eq 1 ] ||
+  fail "more has changed than the one register"
+
+heading "10. Firmware as Intel HEX into its region, on both cameras at once"
+hex=$folder/firmware.hex
+report=$folder/report.json
+objcopy -I binary -O ihex --change-addresses 0x40000 "$folder/other.bin" "$hex"
+borvanusb flash program "$hex" --region firmware --all --report "$report" --tag order=4711 --no-backup ||
+  fail "the HEX file can't be programmed into the region"
+borvanusb flash verify "$hex" --region firmware --all || fail "flash and HEX file differ"
+borvanusb flash map --camera "$other_camera" || fail "the flash can't be shown"
+for index in 0 1; do
+  jq -e '.tags.order == "4711" and .verified == true' "$folder/report-$index.json" >/dev/null ||
+    fail "the report of camera $index does not tell the order or the verification"
+done
+echo "reports: $folder/report-0.json, $folder/report-1.json"
+
 heading "DEMO OK: the flash holds the image, $size bytes compared with cmp, all equal;" \
-  "sensor and chip hold the lists"
+  "sensor and chip hold the lists; by name, too: presets, a field, a HEX file in its region"
 echo
 echo "Next, try:"
 echo "  scripts/with_cameras.sh borvanusb.exe info --camera 0              # look at a camera"
 echo "  scripts/with_cameras.sh borvanusb.exe flash program --help         # the options of a command"
 echo "  scripts/with_cameras.sh borvanusb.exe watch --reg 0x1a3 --camera 0 --count 5   # poll a register"
+echo "  BORVANUSB_PROFILES=samples/profiles scripts/with_cameras.sh borvanusb.exe reg show SENSOR.CTRL --camera 0"
 echo "docs/tool.md is the guide to the tool."

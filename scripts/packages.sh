@@ -11,15 +11,19 @@ packages=(
   g++ clang libclang-rt-14-dev
   g++-mingw-w64-x86-64-posix binutils-mingw-w64-x86-64 llvm lld
   # libraries: tests, benchmarks, tools
-  googletest libbenchmark-dev nlohmann-json3-dev libcli11-dev libfmt-dev librapidxml-dev
+  googletest libbenchmark-dev nlohmann-json3-dev libcli11-dev libfmt-dev librapidxml-dev libboost1.81-dev
   # packages; the promised interface
   wixl msitools abigail-tools
   # projects that find the installed library
   pkg-config
+  # image files of others, to compare with
+  srecord python3-intelhex binutils
   # running Windows programs
   wine wine64
   # checks
   clang-format clang-tidy shellcheck pylint python3
+  # shells whose completion scripts are run
+  zsh fish
   # the documentation as a site
   doxygen python3-markdown python3-pygments libjs-lunr
   # benchmarks: a peer to compare with

@@ -46,17 +46,29 @@ ALLOWED = {
     "borvanusb/i2c": ["include", "borvanusb/base", "borvanusb/camera", "borvanusb/command",
                       "borvanusb/output", "borvanusb/registers", "borvanusb/profile",
                       "borvanusb/names"],
+    # Image files as values.
+    "borvanusb/images": ["borvanusb/base"],
     # What is done to a flash, without a command line; its remarks and bars go through the interfaces
     # of output.
-    "borvanusb/flash/engine": ["borvanusb/base", "borvanusb/camera", "borvanusb/output"],
+    "borvanusb/flash/engine": ["borvanusb/base", "borvanusb/camera", "borvanusb/output",
+                               "borvanusb/images"],
     "borvanusb/flash": ["borvanusb/base", "borvanusb/camera", "borvanusb/command",
                         "borvanusb/output", "borvanusb/flash/engine", "borvanusb/profile",
                         "borvanusb/images"],
     "borvanusb/station": ["borvanusb/base", "borvanusb/camera", "borvanusb/command",
                           "borvanusb/output", "borvanusb/registers", "borvanusb/i2c",
                           "borvanusb/flash/engine", "borvanusb/profile", "borvanusb/names"],
+    # The page in the browser: it runs command lines and knows no camera.
+    "borvanusb/workbench": ["borvanusb/base", "borvanusb/camera", "borvanusb/command",
+                            "borvanusb/output", "borvanusb/profile"],
+    # The commands on profiles themselves; one of them asks a camera as `info` and `i2c scan` do.
+    "borvanusb/profile_commands": ["borvanusb/base", "borvanusb/camera", "borvanusb/command",
+                                   "borvanusb/output", "borvanusb/maps", "borvanusb/profile",
+                                   "borvanusb/names", "borvanusb/registers", "borvanusb/i2c",
+                                   "borvanusb/station"],
     "borvanusb/dll": ["include", "borvanusb/base", "borvanusb/camera"],
-    "borvanusb/windows": ["borvanusb/base", "borvanusb/camera", "borvanusb/output", "borvanusb/dll"],
+    "borvanusb/windows": ["borvanusb/base", "borvanusb/camera", "borvanusb/command",
+                          "borvanusb/output", "borvanusb/dll", "borvanusb/workbench"],
     # main.cpp
     "borvanusb": ["borvanusb/base", "borvanusb/command", "borvanusb/dll", "borvanusb/windows"],
 

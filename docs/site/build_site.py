@@ -22,8 +22,8 @@ LUNR = pathlib.Path("/usr/share/javascript/lunr/lunr.min.js")
 # (section, [pages]); a page that is not there is left out.
 SECTIONS = [
     ("First steps", ["docs/start.md", "docs/install.md", "examples/README.md"]),
-    ("The tool", ["docs/tool.md", "docs/workbench.md", "docs/list-files.md", "docs/profiles.md",
-                  "docs/virtual-camera.md"]),
+    ("The tool", ["docs/tool.md", "docs/profiles.md", "docs/workbench.md", "docs/workbench-api.md",
+                  "docs/list-files.md", "docs/virtual-camera.md"]),
     ("Bindings", ["docs/bindings/cpp.md", "docs/bindings/csharp.md", "docs/bindings/node.md",
                   "docs/bindings/python.md"]),
     ("Background", ["README.md", "SECURITY.md", "CHANGELOG.md", "docs/performance.md", "docs/reliability.md",

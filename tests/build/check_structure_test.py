@@ -99,7 +99,11 @@ class RoomsTest(OneComplaint):
                              "flash": ["registers", "i2c", "station", "dll", "windows"],
                              "station": ["flash", "dll", "windows"],
                              "dll": ["command", "output", "flash", "windows"],
-                             "windows": ["command", "flash", "station"]}.items():
+                             "windows": ["flash", "station", "registers"],
+                             "workbench": ["flash", "names", "registers", "station", "windows"],
+                             "profile": ["names", "registers", "flash", "station"],
+                             "names": ["registers", "i2c", "flash", "station"],
+                             "images": ["camera", "command", "flash"]}.items():
             for other in others:
                 with self.subTest(room=room, other=other):
                     self.assert_refused(f"tools/borvanusb/{room}/a.cpp",

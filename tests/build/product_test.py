@@ -17,7 +17,7 @@ import pe_file
 # other, version.dll for one, it would load a file of that name that lies beside the program.
 WINDOWS_LIBRARIES = {
     "advapi32.dll", "gdi32.dll", "kernel32.dll", "msvcrt.dll", "ole32.dll", "oleaut32.dll",
-    "shell32.dll", "shlwapi.dll", "user32.dll",
+    "shell32.dll", "shlwapi.dll", "user32.dll", "ws2_32.dll",
 }
 # Parts of Windows' own C runtime: api-ms-win-crt-stdio-l1-1-0.dll and its like.
 WINDOWS_RUNTIME = re.compile(r"api-ms-win-crt-[a-z0-9-]+\.dll")

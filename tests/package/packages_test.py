@@ -25,6 +25,7 @@ TERMS = {
     "libfmt-dev": "Victor Zverovich",
     "nlohmann-json3-dev": "Niels Lohmann",
     "libcli11-dev": "University of Cincinnati",
+    "libboost1.81-dev": "Vinnie Falco",
     "librapidxml-dev": "Marcin Kalicinski",
     "libjs-lunr": "Oliver Nightingale",
     "gcc-mingw-w64-base": "GCC RUNTIME LIBRARY EXCEPTION",

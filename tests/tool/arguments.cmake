@@ -18,7 +18,8 @@ if(WIN32)
 else()
   borvan_add_gtest(
     tool_scripts_test
-    SOURCES bash_completion_test.cpp manual_test.cpp powershell_completion_test.cpp
+    SOURCES bash_completion_test.cpp fish_completion_test.cpp manual_test.cpp powershell_completion_test.cpp
+            zsh_completion_test.cpp
     LIBRARIES borvanusb_test_support)
 endif()
 foreach(test IN ITEMS tool_arguments_test tool_run_test tool_scripts_test)

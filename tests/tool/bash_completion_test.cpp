@@ -35,6 +35,12 @@ class BashCompletionTest : public testing::Test {
   }
   void TearDown() override { fs::remove_all(folder_); }
 
+  void WriteProgram(const std::string& script) {
+    const fs::path file = folder_ / "files" / "borvanusb";
+    std::ofstream(file) << "#!/bin/sh\n" << script << "\n";
+    fs::permissions(file, fs::perms::owner_all);
+  }
+
   // What bash offers for the last of the words, which are as bash splits a line.
   std::vector<std::string> Offered(const std::vector<std::string>& words) {
     std::string program = "cd '" + (folder_ / "files").string() + "'; . ../script; COMP_WORDS=(";
@@ -82,7 +88,7 @@ TEST_F(BashCompletionTest, OptionsOfTheCommandAndOfAll) {
   EXPECT_THAT(Offered({"borvanusb", "list", "--"}), Contains("--json"));
   EXPECT_THAT(Offered({"borvanusb", "list", "--"}), Not(Contains("--camera")));
   EXPECT_THAT(Offered({"borvanusb", "manual", "--"}),
-              ElementsAre("--json", "--quiet", "--help", "--version"));
+              ElementsAre("--log", "--json", "--quiet", "--help", "--version"));
 }
 
 TEST_F(BashCompletionTest, ValuesThatAreFew) {
@@ -99,8 +105,32 @@ TEST_F(BashCompletionTest, FilesWhereFilesAreMeant) {
   EXPECT_THAT(Offered({"borvanusb", "flash", "program", "im"}), ElementsAre("image one.bin"));
   EXPECT_THAT(Offered({"borvanusb", "reg", "dump", "0x10", "li"}), ElementsAre("list.txt"));
   EXPECT_THAT(Offered({"borvanusb", "info", "--trace", "li"}), ElementsAre("list.txt"));
-  EXPECT_THAT(Offered({"borvanusb", "reg", "read", ""}), IsEmpty());
   EXPECT_THAT(Offered({"borvanusb", "info", "--camera", ""}), IsEmpty());
+}
+
+// The program that is asked for names prints what it was asked.
+TEST_F(BashCompletionTest, NamesOfTheProfile) {
+  WriteProgram("echo \"$*\"");
+  EXPECT_THAT(Offered({"./borvanusb", "reg", "read", "SENSOR.G"}),
+              ElementsAre("profile names registers -- SENSOR.G"));
+  EXPECT_THAT(Offered({"./borvanusb", "--camera", "1234", ":", "0001", "reg", "read", "X", "S"}),
+              ElementsAre("profile names registers --camera 1234:0001 -- S"));
+  EXPECT_THAT(Offered({"./borvanusb", "--profile", "=", "\"a b\"", "reg", "show", "S"}),
+              ElementsAre("profile names registers --profile a b -- S"));
+  EXPECT_THAT(Offered({"./borvanusb", "reg", "write", "A.B=1", "C"}),
+              ElementsAre("profile names settings -- C"));
+}
+
+TEST_F(BashCompletionTest, ValuesOfASetting) {
+  WriteProgram("[ \"$5\" = CTRL.MODE=h ] && echo CTRL.MODE=hdr");
+  EXPECT_THAT(Offered({"./borvanusb", "reg", "write", "CTRL.MODE", "=", "h"}), ElementsAre("hdr"));
+  WriteProgram("echo EXPOSURE=");
+  EXPECT_THAT(Offered({"./borvanusb", "reg", "write", "EXP"}), ElementsAre("EXPOSURE="));
+}
+
+TEST_F(BashCompletionTest, ACameraWithoutProfileHasNoNames) {
+  WriteProgram("echo no profile >&2; exit 1");
+  EXPECT_THAT(Offered({"./borvanusb", "reg", "read", ""}), IsEmpty());
 }
 
 TEST_F(BashCompletionTest, OptionsBeforeTheCommandDoNotHideIt) {

@@ -79,7 +79,7 @@ TEST(CommandLineErrorsTest, OptionWithoutItsValue) {
 
 TEST(CommandLineErrorsTest, MissingValueNamesTheCommandsOwnOption) {
   ExpectRefused({"flash", "verify", "i.bin", "--address"},
-                "--address: ADDR is missing: where the image begins in the flash, default 0");
+                "--address: ADDR is missing: where address 0 of the image goes, default 0");
   ExpectRefused({"i2c", "scan", "--address"},
                 "--address: A is missing: register that is read from each, default 0");
   EXPECT_EQ(FailureOf({"flash", "verify", "i.bin", "--address"}).Hint(),
@@ -149,7 +149,8 @@ TEST(CommandLineErrorsTest, DecimalsSayWhatIsAllowed) {
 TEST(CommandLineErrorsTest, ChoicesAreListed) {
   ExpectRefused({"bench", "--progress", "Bar"},
                 "--progress: \"Bar\" is not allowed: auto, bar, lines, json or none");
-  ExpectRefused({"completion", "zsh"}, "SHELL: \"zsh\" is not allowed: bash or powershell");
+  ExpectRefused({"completion", "csh"},
+                "SHELL: \"csh\" is not allowed: bash, fish, powershell or zsh");
 }
 
 TEST(CommandLineErrorsTest, EmptyTextsAreVariablesThatWereNeverSet) {
@@ -225,6 +226,7 @@ TEST(CommandLineErrorsTest, CommonOptionThatWouldBeIgnoredIsRefused) {
                                                  {"watch", "--reg", "1"},
                                                  {"completion", "bash"},
                                                  {"map", "check", "a.svd"},
+                                                 {"profile", "check", "a.camera.json"},
                                                  {"manual"}}) {
     Words words = command;
     words.insert(words.end(), {"--progress", "none"});

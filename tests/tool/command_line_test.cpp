@@ -196,7 +196,7 @@ TEST(CommandLineTest, FlashCommands) {
 TEST(CommandLineTest, ProgrammingIsCarefulUnlessToldOtherwise) {
   const auto careful = As<FlashProgramCommand>({"flash", "program", "i.bin"});
   EXPECT_EQ(careful.image, "i.bin");
-  EXPECT_EQ(careful.address, 0U);
+  EXPECT_EQ(careful.address, std::nullopt);
   EXPECT_TRUE(careful.verify && careful.backup);
   EXPECT_FALSE(careful.dry_run || careful.restore_on_failure || careful.force || careful.all);
   const auto hasty = As<FlashProgramCommand>({"flash", "program", "i.bin", "--address", "0x40000",

@@ -206,10 +206,10 @@ TEST_F(SweepTest, FlashVerify) {
           std::string("flash verify, ") + (equal ? "equal" : "different") + ", " + flash.name;
       scenario.content = CameraWith(flash.bytes);
       scenario.prepare = [image](SweepTest& rig) { rig.Put("image.bin", image); };
-      scenario.run = [](SweepTest& rig, Context& context) {
+      scenario.run = [address = kAddress](SweepTest& rig, Context& context) {
         FlashVerifyCommand command;
         command.image = rig.File("image.bin");
-        command.address = kAddress;
+        command.address = address;
         return RunValues(command, context);
       };
       scenario.expected = equal ? ExitCode::kDone : ExitCode::kVerify;

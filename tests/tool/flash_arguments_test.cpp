@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include "base/failure.h"
+#include "base/format.h"
 #include "base/numbers.h"
 #include "command/command_line.h"
 #include "command/values.h"
@@ -180,12 +181,107 @@ TEST(NameAddressTest, AddressThatIsGivenWins) {
   EXPECT_EQ(As<FlashProgramCommand>({"flash", "program", kBackup, "--address", "0"}).address, 0U);
   EXPECT_EQ(As<FlashVerifyCommand>({"flash", "verify", kBackup, "--address", "4K"}).address,
             0x1000U);
-  EXPECT_EQ(As<FlashProgramCommand>({"flash", "program", "fw.bin"}).address, 0U);
+  EXPECT_EQ(As<FlashProgramCommand>({"flash", "program", "fw.bin"}).address, std::nullopt);
 }
 
 TEST(NameAddressTest, CommandLineThatCantBeRightAnywayIsRefusedForThatFirst) {
   ExpectRefused({"flash", "program", kBackup, "--backup", "b", "--no-backup"},
                 "--no-backup: contradicts --backup");
+}
+
+// ---- Places of images
+// ----------------------------------------------------------------------------
+
+TEST(ImageWordTest, PlaceFollowsTheLastAtSign) {
+  const auto parts = [](const std::string& text) {
+    const ImageWish wish = ImageWishValue(text);
+    return Format("{} {} {}", wish.file, wish.address ? Hex(*wish.address) : "-", wish.region);
+  };
+  EXPECT_EQ(parts("app.bin"), "app.bin - ");
+  EXPECT_EQ(parts("app.bin@0x20000"), "app.bin 0x20000 ");
+  EXPECT_EQ(parts("app.bin@128K"), "app.bin 0x20000 ");
+  EXPECT_EQ(parts("app.bin@0xffffffff"), "app.bin 0xffffffff ");
+  EXPECT_EQ(parts("cfg.bin@region:config"), "cfg.bin - config");
+  EXPECT_EQ(parts(R"(C:\fw@2\a@b.bin@0)"), R"(C:\fw@2\a@b.bin 0x0 )");
+  for (const char* name : {"a@b.bin", "a@", "@0x10", "a@2.hex", "a@0x100000000", "fw@2/app.bin"}) {
+    EXPECT_EQ(parts(name), std::string(name) + " - ") << name;
+  }
+  EXPECT_THROW(ImageWishValue("a@region:"), WrongValue);
+}
+
+TEST(ImageWordTest, WordsNameTheSamePlaceAgain) {
+  for (const char* text : {"app.bin", "app.bin@0x20000", "cfg.bin@region:config", "a@b.bin"}) {
+    EXPECT_EQ(ImageWord(ImageWishValue(text)), text);
+  }
+  EXPECT_EQ(ImageWord({"fw@2"}), "fw@2@0");
+}
+
+TEST(FlashArgumentsTest, SeveralImagesHaveAPlaceEach) {
+  const auto command = As<FlashProgramCommand>(
+      {"flash", "program", "boot.hex", "app.bin@0x20000", "--dry-run", "cfg.bin@region:config"});
+  EXPECT_EQ(command.image, "boot.hex");
+  EXPECT_EQ(command.address, std::nullopt);
+  ASSERT_EQ(command.more.size(), 2U);
+  EXPECT_EQ(command.more[0].address, 0x20000U);
+  EXPECT_EQ(command.more[1].region, "config");
+  EXPECT_EQ(As<FlashVerifyCommand>({"flash", "verify", "a@0", "b@1M"}).more[0].address, 0x100000U);
+  EXPECT_EQ(As<FlashProgramCommand>({"flash", "program", "a.bin@4K"}).address, 0x1000U);
+  EXPECT_EQ(As<FlashProgramCommand>({"flash", "program", "a.bin@region:b"}).region, "b");
+}
+
+TEST(FlashArgumentsTest, PlacesThatContradictAreRefused) {
+  ExpectRefused({"flash", "program", "a.bin", "b.bin", "--address", "0"},
+                "--address: several images can't go to one place; give each its own, as IMAGE@ADDR "
+                "or IMAGE@region:NAME");
+  ExpectRefused({"flash", "verify", "a.bin", "b.bin", "--region", "x"},
+                "--region: several images can't go to one place; give each its own, as IMAGE@ADDR "
+                "or IMAGE@region:NAME");
+  ExpectRefused({"flash", "program", "a.bin", "--address", "0", "--region", "x"},
+                "--region: \"x\" contradicts another place that is given; give one of the two");
+  for (const char* option : {"--address", "--region"}) {
+    for (const char* image : {"a.bin@0", "a.bin@region:b"}) {
+      ExpectRefused({"flash", "program", option, "0", image},
+                    std::string(option) +
+                        ": \"0\" contradicts another place that is given; give one of the two");
+    }
+  }
+  ExpectRefused(
+      {"flash", "program", "a.bin@0", "b.bin", "--format", "raw"},
+      "IMAGE: \"b.bin\" has no place; with several images give each its own, as IMAGE@ADDR "
+      "or IMAGE@region:NAME");
+  ExpectRefused({"flash", "program", "a.bin", "--format", "uf2"},
+                "--format: \"uf2\" is not allowed: auto, raw, hex, srec or elf");
+}
+
+TEST(FlashArgumentsTest, FilesWithAddressesOfTheirOwnAreNotAskedForOne) {
+  EXPECT_EQ(As<FlashProgramCommand>({"flash", "program", "fw-0x1000.hex"}).address, std::nullopt);
+  EXPECT_EQ(As<FlashProgramCommand>({"flash", "program", "fw-0x1000", "--format", "srec"}).form,
+            ImageForm::kSRecord);
+  EXPECT_EQ(As<FlashProgramCommand>({"flash", "program", "fw-0x1000.bin", "--region", "a"}).region,
+            "a");
+  EXPECT_EQ(FailureOf({"flash", "program", "fw-0x1000.hex", "--format", "raw"}).Message(),
+            "--address: is missing, but the name of \"fw-0x1000.hex\" carries 0x1000");
+}
+
+TEST(FlashArgumentsTest, RegionTakesThePlaceOfARange) {
+  const auto read = As<FlashReadCommand>({"flash", "read", "--region", "boot", "boot.bin"});
+  EXPECT_EQ(read.region, "boot");
+  EXPECT_EQ(read.file, "boot.bin");
+  EXPECT_EQ(As<FlashReadCommand>({"flash", "read", "boot.bin", "--region", "boot"}).file,
+            "boot.bin");
+  EXPECT_EQ(As<FlashReadCommand>({"flash", "read", "0+4K", "a.bin", "--format", "hex"}).format,
+            "hex");
+  EXPECT_EQ(As<FlashEraseCommand>({"flash", "erase", "--region", "a", "--force"}).region, "a");
+  ExpectRefused({"flash", "read", "0+4K", "--region", "a"},
+                "RANGE: \"0+4K\" contradicts --region: give one of the two");
+  ExpectRefused({"flash", "read", "a.bin", "b.bin", "--region", "a"},
+                "FILE: \"b.bin\" is one argument too many: --region takes no RANGE");
+  ExpectRefused({"flash", "read"},
+                "RANGE: is missing; give it, or a region of the camera's profile with --region");
+  ExpectRefused({"flash", "erase"},
+                "RANGE: is missing; give it, or a region of the camera's profile with --region");
+  ExpectRefused({"flash", "erase", "0+4K", "--region", "a"},
+                "--region: contradicts RANGE: give one of the two");
 }
 
 TEST(FlashArgumentsTest, VerifyTakesForceAsProgramDoes) {

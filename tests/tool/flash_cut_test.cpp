@@ -25,12 +25,12 @@ class FlashCutTest : public FlashTest {
     flash() = before_;
   }
 
-  Bytes Wanted() const { return Overlaid(before_, command_.address, image_); }
+  Bytes Wanted() const { return Overlaid(before_, *command_.address, image_); }
 
   bool IsHarmed() const {
     Bytes beside = host.chips.front()->flash;
-    std::copy_n(before_.begin() + command_.address, image_.size(),
-                beside.begin() + command_.address);
+    std::copy_n(before_.begin() + *command_.address, image_.size(),
+                beside.begin() + *command_.address);
     return beside != before_;
   }
 

@@ -26,13 +26,11 @@ class FlashImageTest : public FlashTest {
   }
 };
 
-// ---- Files that are no raw bytes ----------------------------------------------------------------
+// ---- Files that are recognised, but not read ----------------------------------------------------
 
-TEST_F(FlashImageTest, FilesThatDescribeBytesAreNeitherProgrammedNorCompared) {
+TEST_F(FlashImageTest, FilesThatAreNotReadAreNeitherProgrammedNorCompared) {
   flash() = Pattern(64 * 1024, 1);
   const Bytes before = flash();
-  Bytes elf = {0x7F, 'E', 'L', 'F', 1, 1, 1};
-  elf.resize(100, 0);
   Bytes uf2 = {'U', 'F', '2', '\n', 0x57, 0x51, 0x5D, 0x9E};
   uf2.resize(508, 0);
   uf2.insert(uf2.end(), {0x30, 0x6F, 0xB1, 0x0A});
@@ -42,10 +40,6 @@ TEST_F(FlashImageTest, FilesThatDescribeBytesAreNeitherProgrammedNorCompared) {
     std::string hint;
   };
   const std::vector<Case> cases = {
-      {WriteText("fw.hex", kHexFile), "an Intel HEX file", "objcopy -I ihex -O binary"},
-      {WriteText("fw.srec", "S1051000AABB85\nS9030000FC\n"), "a Motorola S-record file",
-       "objcopy -I srec -O binary"},
-      {WriteFile("fw.elf", elf), "an ELF file", "objcopy -O binary"},
       {WriteFile("fw.uf2", uf2), "a UF2 file", "raw bytes"},
       {WriteText("fw.txt", "00001008h: 00 01 02 03 04 05 06 07;\r\n"), "a text dump of a flash",
        "ends in .bin"},
@@ -71,14 +65,23 @@ TEST_F(FlashImageTest, FilesThatDescribeBytesAreNeitherProgrammedNorCompared) {
 }
 
 TEST_F(FlashImageTest, ForceTakesTheirBytesAsTheyAre) {
+  constexpr std::string_view kDump = "00001008h: 00 01 02 03 04 05 06 07;\r\n";
   FlashProgramCommand program;
-  program.image = WriteText("fw.hex", kHexFile);
+  program.image = WriteText("fw.txt", kDump);
   program.force = true;
   EXPECT_EQ(Run(program).code, ExitCode::kDone);
-  EXPECT_TRUE(std::equal(kHexFile.begin(), kHexFile.end(), flash().begin()));
+  EXPECT_TRUE(std::equal(kDump.begin(), kDump.end(), flash().begin()));
   FlashVerifyCommand verify{program.image, 0, ""};
   verify.force = true;
   EXPECT_EQ(Run(verify).code, ExitCode::kDone);
+}
+
+TEST_F(FlashImageTest, FormatRawTakesTheBytesOfAHexFileAsTheyAre) {
+  FlashProgramCommand program;
+  program.image = WriteText("fw.hex", kHexFile);
+  program.form = ImageForm::kRaw;
+  EXPECT_EQ(Run(program).code, ExitCode::kDone);
+  EXPECT_TRUE(std::equal(kHexFile.begin(), kHexFile.end(), flash().begin()));
 }
 
 TEST_F(FlashImageTest, BlankImageIsComparedWithoutForce) {

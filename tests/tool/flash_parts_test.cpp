@@ -5,6 +5,7 @@
 #include "base/hex_bytes.h"
 #include "base/time_text.h"
 #include "command/command_line.h"
+#include "command/several_cameras.h"
 #include "flash/engine/byte_ranges.h"
 #include "flash/engine/flash_words.h"
 #include "flash/engine/sector_plan.h"

@@ -92,24 +92,25 @@ void SequenceJudge::Judge(Module& module, const NamedBytes& named, const Outcome
   const bool done = outcome.code == ExitCode::kDone;
   const bool restored = outcome.message.find("is restored to its old bytes") != std::string::npos;
   const Bytes& flash = module.chip->flash;
-  const SectorSpan sectors = SectorsAround(named.address, named.bytes.size());
+  const SectorSet sectors = SectorsAround(PlacesOf(named.segments));
   const std::vector<SharedSector> kept = OpenSectors(Journals());
   for (std::size_t place = 0; place < kFlash; ++place) {
-    const bool is_named = place >= named.address && place < named.address + named.bytes.size();
+    const std::uint8_t* const named_byte = named.Find(place);
+    const bool is_named = named_byte != nullptr;
     if (is_named && done) {
-      module.truth[place] = named.bytes[place - named.address];
+      module.truth[place] = *named_byte;
       module.limbo[place] = false;
     } else if (is_named && !restored) {
       const bool written = SectorChanged(flash, before, place);
-      const bool would_change = flash[place] != module.truth[place] ||
-                                named.bytes[place - named.address] != module.truth[place];
+      const bool would_change =
+          flash[place] != module.truth[place] || *named_byte != module.truth[place];
       module.limbo[place] = module.limbo[place] || (written && would_change);
     }
     if (module.limbo[place] || flash[place] == module.truth[place]) {
       continue;
     }
-    const bool may_be_missing =
-        !(done && place >= sectors.address && place < sectors.End()) && !(is_named && done);
+    const auto address = static_cast<std::uint32_t>(place);
+    const bool may_be_missing = !(done && sectors.Holds({address, address})) && !(is_named && done);
     if (may_be_missing && IsKept(kept, place, module.truth[place])) {
       continue;
     }

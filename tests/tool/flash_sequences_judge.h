@@ -11,13 +11,23 @@
 #include <vector>
 
 #include "flash_sequences_model.h"
+#include "images/segments.h"
 
 namespace borvanusb::tool_test {
 
 // What a command names.
 struct NamedBytes {
-  std::uint32_t address = 0;
-  Bytes bytes;
+  Segments segments;
+
+  // The byte for a place; null when none is named there.
+  const std::uint8_t* Find(std::size_t place) const {
+    for (const Segment& segment : segments) {
+      if (place >= segment.address && place < segment.End()) {
+        return &segment.bytes[place - segment.address];
+      }
+    }
+    return nullptr;
+  }
 };
 
 class SequenceJudge : public FlashTest {

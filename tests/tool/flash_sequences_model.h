@@ -14,6 +14,7 @@
 #include "flash/engine/journal.h"
 #include "flash/engine/sector_fate.h"
 #include "flash_support.h"
+#include "images/segments.h"
 
 namespace borvanusb::tool_test {
 
@@ -37,6 +38,23 @@ struct Module {
     chip->flash = std::move(flash);
   }
 };
+
+// A file that is programmed.
+struct SequenceImage {
+  std::string name;
+  std::uint32_t address = 0;
+  Bytes bytes;        // without its gaps
+  Segments segments;  // what the file holds
+};
+
+// Takes the bytes from `first` to right before `end` out of the last piece, which is longer.
+inline void CutOut(Segments& segments, std::uint32_t first, std::uint32_t end) {
+  const Segment last = segments.back();
+  segments.back().bytes.resize(first);
+  if (end < last.bytes.size()) {
+    segments.push_back({last.address + end, {last.bytes.begin() + end, last.bytes.end()}});
+  }
+}
 
 struct Statistics {
   std::uint64_t sequences = 0;

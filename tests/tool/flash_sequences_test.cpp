@@ -11,6 +11,8 @@
 #include "flash/program.h"
 #include "flash/word.h"
 #include "flash_sequences_judge.h"
+#include "images/image_format.h"
+#include "images/intel_hex.h"
 
 namespace borvanusb::tool_test {
 namespace {
@@ -66,7 +68,7 @@ class Sequence : public SequenceJudge {
     const std::uint32_t base = 0x1000 * (1 + Draw(8));
     const std::uint32_t images = 2 + Draw(3);
     for (std::uint32_t i = 0; i < images; ++i) {
-      Image image;
+      SequenceImage image;
       image.address = base + Draw(0x2800);
       image.bytes = RandomBytes(Chance(50) ? 1 + Draw(0x400) : 1 + Draw(0x3800));
       if (Chance(20)) {
@@ -78,18 +80,32 @@ class Sequence : public SequenceJudge {
       if (has_patches_) {
         MakePatch(image, firmware);
       }
-      image.name = "image" + std::to_string(i) + ".bin";
+      image.segments = {{image.address, image.bytes}};
+      for (std::uint32_t holes = Chance(40) ? 1 + Draw(3) : 0; holes > 0; --holes) {
+        MakeHole(image.segments);
+      }
+      const bool has_gaps = image.segments.size() > 1;
+      image.name = "image" + std::to_string(i) + (has_gaps ? ".hex" : ".bin");
+      const std::string text = IntelHexText(image.segments);
       for (const char* folder : {"a/", "b/"}) {
-        WriteFile(folder + image.name, image.bytes);
+        WriteFile(folder + image.name,
+                  has_gaps ? Bytes(text.begin(), text.end()) : image.segments.front().bytes);
       }
       images_.push_back(image);
     }
   }
 
-  struct Image;
+  // Takes some bytes out of the last piece of an image, so that there are two; or some at its end.
+  void MakeHole(Segments& segments) {
+    const auto size = static_cast<std::uint32_t>(segments.back().bytes.size());
+    if (size >= 3) {
+      const std::uint32_t first = 1 + Draw(size - 1);
+      CutOut(segments, first, std::min(size, first + 1 + Draw(Chance(50) ? 0x40 : 0x2000)));
+    }
+  }
 
   // An image that clears bits in a few bytes alone: of the firmware, or of the image before.
-  void MakePatch(Image& image, const Bytes& firmware) {
+  void MakePatch(SequenceImage& image, const Bytes& firmware) {
     if (!images_.empty() && Chance(50)) {
       image.address = images_.back().address;
       image.bytes = images_.back().bytes;
@@ -101,12 +117,6 @@ class Sequence : public SequenceJudge {
           static_cast<std::uint8_t>(random_());
     }
   }
-
-  struct Image {
-    std::string name;
-    std::uint32_t address = 0;
-    Bytes bytes;
-  };
 
   std::string Spelled(const std::string& name) {
     const std::string folder = Chance(60) ? "a" : "b";
@@ -161,10 +171,13 @@ class Sequence : public SequenceJudge {
   }
 
   void ProgramStep(Module& module) {
-    const Image& image = images_[Draw(static_cast<std::uint32_t>(images_.size()))];
+    const SequenceImage& image = images_[Draw(static_cast<std::uint32_t>(images_.size()))];
     FlashProgramCommand command;
     command.image = Spelled(image.name);
-    command.address = image.address;
+    const bool has_gaps = image.segments.size() > 1;
+    if (!has_gaps) {
+      command.address = image.address;
+    }
     command.force = true;
     command.backup = Chance(60);
     if (command.backup && Chance(40)) {
@@ -172,12 +185,10 @@ class Sequence : public SequenceJudge {
     }
     command.restore_on_failure = command.backup && Chance(30);
     command.verify = Chance(85);
-    log_ += "program " + image.name + " " +
-            Text(Range{image.address,
-                       static_cast<std::uint32_t>(image.address + image.bytes.size() - 1)}) +
+    log_ += "program " + image.name + " " + RangesText(PlacesOf(image.segments)) +
             (command.restore_on_failure ? " restore" : "") + (command.backup ? "" : " no-backup") +
             (command.verify ? "" : " no-verify");
-    Program(module, command, {image.address, image.bytes});
+    Program(module, command, {image.segments});
   }
 
   void BackStep(Module& module) {
@@ -187,10 +198,15 @@ class Sequence : public SequenceJudge {
         backup_places_.contains(entry->first) ? backup_places_[entry->first] : 0x1000;
     FlashProgramCommand command;
     command.image = entry->first;
-    command.address = address;
     command.force = true;
     log_ += "write back " + entry->first + " at " + Hex(address);
-    Program(module, command, {address, entry->second});
+    // A backup with gaps tells its addresses itself.
+    if (RecogniseFormat(entry->second) == ImageFormat::kIntelHex) {
+      Program(module, command, {ReadIntelHex(entry->second).segments});
+    } else {
+      command.address = address;
+      Program(module, command, {{{address, entry->second}}});
+    }
   }
 
   void Program(Module& module, FlashProgramCommand command, const NamedBytes& named) {
@@ -214,7 +230,7 @@ class Sequence : public SequenceJudge {
     command.backup_file =
         command.backup ? Spelled("erased" + std::to_string(Draw(1000)) + ".bin") : "";
     log_ += "erase " + Text(command.range);
-    Attempt(module, {command.range.first, Bytes(command.range.Size(), 0xFF)},
+    Attempt(module, {{{command.range.first, Bytes(command.range.Size(), 0xFF)}}},
             [&] { return Run(command); });
   }
 
@@ -234,7 +250,7 @@ class Sequence : public SequenceJudge {
     command.backup_file =
         command.backup ? Spelled("word" + std::to_string(Draw(1000)) + ".bin") : "";
     log_ += "word " + Hex(command.address);
-    Attempt(module, {command.address, bytes}, [&] { return Run(command); });
+    Attempt(module, {{{command.address, bytes}}}, [&] { return Run(command); });
   }
 
   // With `verify` a packet may be answered and not programmed: only then it must be noticed.
@@ -330,7 +346,7 @@ class Sequence : public SequenceJudge {
 
   std::mt19937 random_;
   std::vector<int> plugged_;  // module by port, -1: none
-  std::vector<Image> images_;
+  std::vector<SequenceImage> images_;
   bool has_patches_ = false;
   bool asked_ = false;
   std::string asked_journal_;

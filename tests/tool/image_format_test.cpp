@@ -1,5 +1,5 @@
 // Files that describe bytes in place of holding them are told from raw firmware.
-#include "flash/engine/image_format.h"
+#include "images/image_format.h"
 
 #include <gtest/gtest.h>
 

@@ -65,6 +65,9 @@ TEST_F(ManualTest, TellsOfACommandItsOptionsAndItsExample) {
                 "\\fB\\-\\-yes\\fR\n"
                 "write without asking.\n"
                 ".TP\n"
+                "\\fB\\-\\-force\\fR\n"
+                "write into a read\\-only region, too.\n"
+                ".TP\n"
                 "\\fB\\-\\-backup\\fR \\fIFILE\\fR\n"
                 "where the old bytes go; default in this folder.\n"
                 ".TP\n"
@@ -97,9 +100,9 @@ TEST_F(ManualTest, JsonHoldsThePage) {
 }
 
 TEST_F(ManualTest, NamesTheCommonOptionsThatACommandDoesNotTake) {
-  EXPECT_THAT(output.out, HasSubstr("\nTakes no \\fB\\-\\-camera\\fR, \\fB\\-\\-profile\\fR, "
-                                    "\\fB\\-\\-force\\-profile\\fR, \\fB\\-\\-progress\\fR and "
-                                    "\\fB\\-\\-trace\\fR.\n"));
+  EXPECT_THAT(output.out, HasSubstr("\nTakes no \\fB\\-\\-camera\\fR, \\fB\\-\\-wait\\fR, "
+                                    "\\fB\\-\\-profile\\fR, \\fB\\-\\-force\\-profile\\fR, "
+                                    "\\fB\\-\\-progress\\fR and \\fB\\-\\-trace\\fR.\n"));
   EXPECT_THAT(output.out, HasSubstr("\nTakes no \\fB\\-\\-progress\\fR.\n"));
 }
 

@@ -10,6 +10,7 @@
 #include "registers/read.h"
 #include "registers/write.h"
 #include "station/preset.h"
+#include "station/script_commands.h"
 #include "station/watch.h"
 #include "support/command_desk.h"
 
@@ -239,6 +240,19 @@ TEST_F(NamesCommandsTest, WatchesFieldsByName) {
   for (const std::string& line : desk_.output.json_lines) {
     EXPECT_EQ(BreachOfSchema("watch", nlohmann::ordered_json::parse(line)), "") << line;
   }
+}
+
+TEST_F(NamesCommandsTest, ScriptsExpectFieldsByName) {
+  ExpectCommand command;
+  command.condition = {"SENSOR.CTRL.MODE", {}, Comparison::kEqual, "hdr"};
+  EXPECT_EQ(borvanusb::Run(command, desk_.context), ExitCode::kDone);
+  EXPECT_EQ(desk_.output.out, "SENSOR.CTRL.MODE holds 1 (hdr)\n");
+  command.condition = {"EXPOSURE", {}, Comparison::kAtLeast, "0x8000"};
+  EXPECT_EQ(borvanusb::Run(command, desk_.context), ExitCode::kVerify);
+  EXPECT_EQ(desk_.output.errors,
+            "borvanusb: expect: SENSOR.EXPOSURE holds 0x001234; expected >= 0x008000\n");
+  command.condition = {"SENSOR.CTRL.MODE", {}, Comparison::kEqual, "fast"};
+  EXPECT_EQ(desk_.FailureOf(command).Code(), ExitCode::kUsage);
 }
 
 }  // namespace

@@ -43,13 +43,17 @@ TEST(PowerShellCompletionTest, CompletesTheProgramUnderBothNames) {
 TEST(PowerShellCompletionTest, HoldsCommandsOptionsAndValues) {
   const std::string script = PowerShellCompletion(DescribeTool());
   EXPECT_THAT(script, HasSubstr("@{ Words = 'reg load'; Text = 'Writes the registers of a list.'; "
-                                "Values = @(); Without = @() }\n"));
-  EXPECT_THAT(script, HasSubstr("Values = @('bash', 'powershell'); Without = @("));
-  EXPECT_THAT(script, HasSubstr("; Without = @('--camera', '--profile', '--force-profile', "
-                                "'--progress', '--trace') }\n"));
+                                "Values = @(); Names = @(''); Without = @() }\n"));
+  EXPECT_THAT(
+      script,
+      HasSubstr("Values = @('bash', 'fish', 'powershell', 'zsh'); Names = @(''); Without = @("));
+  EXPECT_THAT(script,
+              HasSubstr("; Without = @('--camera', '--wait', '--profile', '--force-profile', "
+                        "'--progress', '--trace') }\n"));
   EXPECT_THAT(script,
               HasSubstr("@{ Name = '--no-verify'; Text = 'don''t read back'; TakesValue = $false; "
-                        "Values = @() }\n"));
+                        "Values = @(); Names = '' }\n"));
+  EXPECT_THAT(script, HasSubstr("Names = @('settings'); "));
   EXPECT_THAT(script, HasSubstr("TakesValue = $true; Values = @('8/8', '16/8', "));
 }
 

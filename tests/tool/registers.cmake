@@ -20,7 +20,9 @@ borvan_add_gtest(
   i2c_scan_test.cpp
   json_schema_test.cpp
   list_info_commands_test.cpp
+  line_editor_test.cpp
   list_verify_test.cpp
+  prompt_test.cpp
   reg_commands_test.cpp
   reg_lists_commands_test.cpp
   run_command_test.cpp

@@ -214,7 +214,7 @@ TEST(OperandTest, BitsAreThoseOfTheValue) {
   EXPECT_EQ(CheckOperand("wide:0x1a3"), 32);
   EXPECT_EQ(CheckOperand("i2c:0x6c:0x300a"), 8);
   EXPECT_EQ(CheckOperand("i2c:0x6c:0x300a:2"), 16);
-  for (const char* text : {"", "x", "wide:", "i2c:", "i2c:1", "i2c:1:", "i2c:1:2:9/9",
+  for (const char* text : {"", "0x", "wide:", "i2c:", "i2c:1", "i2c:1:", "i2c:1:2:9/9",
                            "i2c:1:2:1:1", "0x100000000", "i2c:1:0x10000"}) {
     EXPECT_THROW(CheckOperand(text), WrongValue) << text;
   }

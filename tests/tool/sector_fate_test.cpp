@@ -15,7 +15,7 @@ class SectorFateTest : public testing::Test {
   SectorFate Fate() const { return FateOf(found, sector, named); }
 
   // The change names 0x5400 to 0x57ff.
-  const Range named{0x5400, 0x57FF};
+  const Ranges named{{0x5400, 0x57FF}};
   SharedSector sector{
       0x5000, Pattern(0x1000, 1), {Overlaid(Pattern(0x1000, 1), 0x400, Pattern(0x400, 2))}, {}, {}};
   Bytes found = sector.original;

@@ -74,7 +74,7 @@ void ExpectGoodCommandLines(const std::string& file, std::size_t at_least) {
               return rule.description.words.front() == words.front();
             });
         if (only_in_scripts) {
-          ParseScriptLine(words);
+          ParseScriptLine(words, {});
         } else {
           ParseCommandLine(words);
         }
@@ -102,6 +102,10 @@ TEST(ToolDocumentTest, EveryCommandLineOfTheReadmeIsOne) {
 
 TEST(ToolDocumentTest, EveryCommandLineOfTheListGuideIsOne) {
   ExpectGoodCommandLines("docs/list-files.md", 2);
+}
+
+TEST(ToolDocumentTest, EveryCommandLineOfTheProfileGuideIsOne) {
+  ExpectGoodCommandLines("docs/profiles.md", 8);
 }
 
 TEST(ToolDocumentTest, GuideNamesEveryCommand) {

@@ -1,8 +1,12 @@
 #!/usr/bin/python3
-"""Several cameras, several processes, and being interrupted."""
+"""Several cameras, several processes, the prompt, and being interrupted."""
 import json
+import os
+import pty
 import random
+import select
 import signal
+import subprocess
 import time
 
 import station
@@ -61,6 +65,123 @@ class AllTest(station.ToolTest):
         self.assert_programmed(1)
         self.assert_programmed(3)
         self.assertEqual(self.flash(0), seeded(FLASH, 0))
+
+
+class StationTest(station.ToolTest):
+    """Whole stations of cameras: --all of other commands, cameras that are no such camera, waiting."""
+
+    def test_camera_without_a_vendor_unit_is_left_aside(self):
+        self.plug_in(camera(0), camera(1, nodes=["camera-terminal", "processing"]), camera(2))
+        outcome = self.succeed("info", "--all", "--json")
+        self.assertEqual([line["camera"]["index"] for line in outcome.lines], [0, 2])
+        for line in outcome.lines:
+            self.assert_schema("several", line)
+            self.assertEqual(line["result"]["feature_register"], 0x20)
+        self.assertIn("has no vendor unit and is left aside", outcome.err)
+        self.plug_in(camera(0, nodes=["camera-terminal", "processing"]))
+        self.refuse(2, "no camera with a vendor unit", "info", "--all")
+
+    def test_each_flash_is_read_into_its_own_file(self):
+        self.plug_in(camera(0), camera(1))
+        for number in range(2):
+            self.put_flash(seeded(FLASH, number), number)
+        self.succeed("flash", "read", "0+64K", "flash-{index}.bin", "--all")
+        for number in range(2):
+            self.assertEqual((self.folder / f"flash-{number}.bin").read_bytes(),
+                             seeded(FLASH, number))
+
+    def test_bytes_on_standard_output_are_those_of_the_flash(self):
+        self.plug_in(camera(0))
+        content = b"\r\n\x1a\x00" + seeded(FLASH - 4)
+        self.put_flash(content)
+        with open(self.folder / "out.bin", "wb") as file:
+            process = self.start("flash", "read", "0+64K", "-", "--quiet", stdout=file)
+            self.assertEqual(self.finish_quietly(process), 0)
+        self.assertEqual((self.folder / "out.bin").read_bytes(), content)
+
+    def test_script_and_list_come_from_standard_input(self):
+        self.plug_in(camera(0))
+        script = b"reg write 0x100 0x5a\r\nexpect 0x100 == 0x5a\r\nsleep 10ms\r\n"
+        with open(self.folder / "script.txt", "wb+") as file:
+            file.write(script)
+            file.seek(0)
+            outcome = self.run_tool("run", "-", stdin=file)
+        self.assertEqual(outcome.code, 0, outcome.err)
+        self.assertIn("register 0x0100 holds 0x5a\n", outcome.out)
+        process = self.start("reg", "load", "-", stdin=subprocess.PIPE)
+        process.stdin.write(b"0xfffd,0\n0x8000,1,\n")
+        process.stdin.flush()
+        time.sleep(0.3)
+        process.stdin.write(b"0x8001,2,\n")
+        outcome = self.finish(process)
+        self.assertEqual(outcome.code, 0, outcome.err)
+        self.assertEqual(outcome.out, "2 registers written from standard input\n")
+
+    def test_waiting_for_a_camera_ends_when_it_comes(self):
+        self.plug_in()
+        process = self.start("reg", "read", "0x100", "--wait", "60", "--log", "day.log")
+        time.sleep(2)
+        self.plug_in(camera(0))
+        outcome = self.finish(process)
+        self.assertEqual(outcome.code, 0, outcome.err)
+        self.assertIn("waiting for it, 60 s at most", outcome.err)
+        log = (self.folder / "day.log").read_text(encoding="utf-8")
+        self.assertRegex(log, r"(?m)^[-0-9]+T[0-9:]+Z out  0x0100  0x11$")
+
+    @staticmethod
+    def finish_quietly(process):
+        """Waits for a process whose standard output is a file."""
+        process.communicate(timeout=station.LONGEST)
+        return process.returncode
+
+
+class PromptTest(station.ToolTest):
+    """borvanusb run on a terminal."""
+
+    def setUp(self):
+        super().setUp()
+        self.plug_in(camera(0))
+        self.process, self.terminal = pty.fork()
+        if self.process == 0:
+            os.environ.update(self.environment, TERM="xterm")
+            os.chdir(self.folder)
+            command = self.command()
+            os.execvp(command[0], [*command, "run"])
+        self.said = ""
+
+    def type(self, keys, answer):
+        """Types keys and waits until `answer` is shown."""
+        os.write(self.terminal, keys)
+        self.wait_for(answer)
+
+    def wait_for(self, answer):
+        """Waits until the terminal shows a text, and forgets what it showed before."""
+        deadline = time.monotonic() + station.LONGEST
+        while answer not in self.said:
+            self.assertLess(time.monotonic(), deadline, self.said)
+            if select.select([self.terminal], [], [], 0.2)[0]:
+                self.said += os.read(self.terminal, 4096).decode("utf-8", "replace")
+        self.said = self.said.split(answer, 1)[1]
+
+    def test_lines_are_edited_completed_run_and_stopped(self):
+        self.wait_for("borvanusb>")
+        self.type(b"reg rea\t0x100\r", "0x0100  0x11")
+        self.wait_for("borvanusb>")
+        self.type(b"\x1b[A\r", "0x0100  0x11")
+        self.wait_for("borvanusb>")
+        self.type(b"sleep 60s\r", "\r\n")
+        time.sleep(1)
+        self.type(b"\x03", "stopped by the user")
+        self.wait_for("borvanusb>")
+        os.write(self.terminal, b"exit\r")
+        # The rest must be read, or the program waits for it.
+        while select.select([self.terminal], [], [], 5)[0]:
+            try:
+                os.read(self.terminal, 4096)
+            except OSError:
+                break
+        self.assertEqual(os.waitpid(self.process, 0)[1], 0)
+        os.close(self.terminal)
 
 
 class OneProgrammerTest(station.ToolTest):

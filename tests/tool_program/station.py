@@ -141,9 +141,10 @@ class ToolTest(unittest.TestCase):
 
     def start(self, *arguments, environment=None, **options):
         """Starts borvanusb; the caller waits for it."""
-        options = {"cwd": self.folder, "stdout": subprocess.PIPE, "stderr": subprocess.PIPE, **options}
+        options = {"cwd": self.folder, "stdin": subprocess.DEVNULL, "stdout": subprocess.PIPE,
+                   "stderr": subprocess.PIPE, **options}
         return subprocess.Popen([*self.command(), *map(str, arguments)], env=dict(
-            self.environment, **(environment or {})), stdin=subprocess.DEVNULL, **options)
+            self.environment, **(environment or {})), **options)
 
     @staticmethod
     def command():
@@ -157,11 +158,12 @@ class ToolTest(unittest.TestCase):
         return Outcome(process.returncode, out.decode("utf-8").replace("\r\n", "\n"),
                        err.decode("utf-8").replace("\r\n", "\n"))
 
-    def run_tool(self, *arguments, environment=None):
+    def run_tool(self, *arguments, environment=None, **options):
         """Runs borvanusb to its end."""
         # Not through pipes: a service of Wine that the tool starts may hold them open after it.
         with tempfile.TemporaryFile() as out, tempfile.TemporaryFile() as err:
-            process = self.start(*arguments, environment=environment, stdout=out, stderr=err)
+            process = self.start(*arguments, environment=environment, stdout=out, stderr=err,
+                                 **options)
             try:
                 code = process.wait(LONGEST)
             except subprocess.TimeoutExpired:

@@ -53,14 +53,29 @@ borvanusb_add_command(flash/verify FlashVerifyRule)
 set(group "Register maps")
 borvanusb_add_command(maps/check MapCheckRule)
 
+set(group "Camera profiles")
+borvanusb_add_command(profile_commands/list ProfileListRule)
+borvanusb_add_command(profile_commands/show ProfileShowRule)
+borvanusb_add_command(profile_commands/check ProfileCheckRule)
+borvanusb_add_command(profile_commands/new ProfileNewRule)
+borvanusb_add_command(profile_commands/names ProfileNamesRule)
+
 set(group "Watching and measuring")
 borvanusb_add_command(station/watch WatchRule)
 borvanusb_add_command(station/bench BenchRule)
+
+if(BORVAN_BUILD_WORKBENCH)
+  set(group "The page in the browser")
+  borvanusb_add_command(workbench/workbench WorkbenchRule)
+endif()
 
 set(group "Scripts and shells")
 borvanusb_add_command(station/run RunRule)
 borvanusb_add_command(command/completion CompletionRule)
 borvanusb_add_command(command/manual ManualRule)
+
+# The function that gives defaults of options for a camera.
+set(BORVANUSB_KNOWLEDGE ProfileKnowledge)
 
 configure_file(command/registry.cpp.in "${CMAKE_CURRENT_BINARY_DIR}/command/registry.cpp" @ONLY)
 target_sources(borvanusb_core PRIVATE "${CMAKE_CURRENT_BINARY_DIR}/command/registry.cpp")

@@ -15,6 +15,7 @@
 #include "windows/text.h"
 #include "windows/watched_thread.h"
 #include "windows/windows_host.h"
+#include "windows/workbench_process.h"
 
 using namespace borvanusb;
 
@@ -90,6 +91,7 @@ int RunProcess(int argc, wchar_t** argv) {
   for (int i = 1; i < argc; ++i) {
     words.push_back(ToUtf8(argv[i]));
   }
+  RunIfWorker(words);
   Process process(std::move(words));
   return process.Run();
 }

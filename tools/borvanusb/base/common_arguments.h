@@ -30,6 +30,7 @@ struct CommonArguments {
   std::string log;                           // file that gets all that is said
   GivenWords words;
   ProgressMode progress = ProgressMode::kAuto;
+  std::vector<std::string> defaulted;  // options whose values come from a profile: "--slave"
 };
 
 }  // namespace borvanusb

@@ -138,7 +138,10 @@ CameraIdentity ChosenCamera(Host& host, const std::vector<std::string>& choices)
   }
   const std::string choice =
       choices.empty() ? host.Environment("BORVANUSB_CAMERA") : choices.front();
-  return host.UntilItWorks([&] { return ChooseCamera(host.ListCameras(), choice); });
+  CameraIdentity camera =
+      host.UntilItWorks([&] { return ChooseCamera(host.ListCameras(), choice); });
+  host.CheckCamera(camera);
+  return camera;
 }
 
 }  // namespace borvanusb

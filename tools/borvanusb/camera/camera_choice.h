@@ -16,8 +16,8 @@ namespace borvanusb {
 CameraIdentity ChooseCamera(const std::vector<CameraIdentity>& cameras, const std::string& choice);
 
 // The camera that a command works with: the one of --camera, else of BORVANUSB_CAMERA, else the
-// only one. Tries again as long as the host allows it. Throws as ChooseCamera, and kUsage for more
-// than one --camera.
+// only one. Tries again as long as the host allows it. Throws as ChooseCamera and as
+// Host::CheckCamera, and kUsage for more than one --camera.
 CameraIdentity ChosenCamera(Host& host, const std::vector<std::string>& choices);
 
 // A camera in a line for people: `0  1234:0001  Virtual camera`.

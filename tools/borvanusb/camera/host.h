@@ -16,6 +16,8 @@
 
 namespace borvanusb {
 
+class WorkbenchPlatform;
+
 // How well a process is placed to find cameras, for `doctor`.
 struct VideoDevice {
   std::string name;    // empty when it can't be read
@@ -126,6 +128,19 @@ class Host {
   // An environment variable, UTF-8; empty when it isn't set.
   virtual std::string Environment(const std::string& name) const = 0;
 
+  // What must hold of the camera that a command works with: throws Failure when it does not. Empty:
+  // nothing.
+  using CameraCheck = std::function<void(const CameraIdentity&)>;
+  // Returns the one before.
+  CameraCheck SetCameraCheck(CameraCheck check) {
+    return std::exchange(camera_check_, std::move(check));
+  }
+  void CheckCamera(const CameraIdentity& camera) const {
+    if (camera_check_) {
+      camera_check_(camera);
+    }
+  }
+
   virtual SystemReport ExamineSystem() = 0;
   // The version of the library; empty when it is not known.
   virtual std::string LibraryVersion() { return {}; }
@@ -139,6 +154,9 @@ class Host {
   // opened, the calls that were made.
   virtual std::vector<std::string> Details() const { return {}; }
 
+  // What `workbench` needs of the system; null where there is no workbench.
+  virtual WorkbenchPlatform* Workbench() { return nullptr; }
+
   // Runs this program several times at once, with these arguments, and returns the exit codes.
   // `on_line` gets each line of their outputs, without its end, on the calling thread: which child,
   // whether from its standard error, the line.
@@ -147,6 +165,7 @@ class Host {
       const std::function<void(std::size_t, bool, const std::string&)>& on_line) = 0;
 
  private:
+  CameraCheck camera_check_;
   TryAgain try_again_;
 };
 

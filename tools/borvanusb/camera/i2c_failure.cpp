@@ -32,7 +32,7 @@ Failure ExplainedI2cFailure(Camera& camera, const I2cTarget& target, const Failu
       slave);
   if (target.slave >= kLowest7Bits && target.slave <= kHighest7Bits) {
     hint += Format("\nIf {} is the 7-bit form of the address, use its 8-bit form: --slave {}.",
-                   slave, Hex(target.slave * 2, kSlaveDigits));
+                   slave, Hex(std::uint64_t{target.slave} * 2, kSlaveDigits));
   }
   return {failure.Code(),
           Format("{}; the camera itself answers, so there may be no device at slave {}, or it "

@@ -51,7 +51,9 @@ const C* ValuesOf(const Command& command) {
 // A command line that was read.
 struct Arguments {
   CommonArguments common;
-  std::string words;  // that call the command: "flash program"
+  std::string words;          // that call the command: "flash program"
+  bool takes_profile = true;  // of the camera that it works with
+  std::string defaults_file;  // the profile that gave defaults; empty: none
   std::shared_ptr<const Command> command;
 };
 

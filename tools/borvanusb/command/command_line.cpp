@@ -3,12 +3,14 @@
 
 #include <algorithm>
 #include <iterator>
+#include <memory>
 #include <stdexcept>
 
 #include "base/failure.h"
 #include "base/format.h"
 #include "base/version.h"
 #include "command/command_rules.h"
+#include "command/default_options.h"
 #include "command/nearest.h"
 #include "command/values.h"
 #include "command/word_sorter.h"
@@ -168,6 +170,11 @@ void CheckRefused(const CommandDescription& command, const GivenOptions& given) 
   }
 }
 
+class MissingOption : public Failure {
+ public:
+  using Failure::Failure;
+};
+
 // Hands the values of each option to the rule that reads it.
 template <typename Target, typename Stores>
 void Store(Target& target, const Stores& stores, const std::vector<OptionDescription>& options,
@@ -181,9 +188,9 @@ void Store(Target& target, const Stores& stores, const std::vector<OptionDescrip
                     HelpHint(command));
     }
     if (values[i].empty() && options[i].required) {
-      throw Failure(ExitCode::kUsage,
-                    Format("{}: {} is missing: {}", Joined(command), name, options[i].text),
-                    HelpHint(command));
+      throw MissingOption(ExitCode::kUsage,
+                          Format("{}: {} is missing: {}", Joined(command), name, options[i].text),
+                          HelpHint(command));
     }
     for (const std::string& text : values[i]) {
       try {
@@ -217,6 +224,32 @@ const CommandRule& RuleFor(const SortedWords& words, const CommandRules& rules) 
   return *std::find_if(rules.begin(), rules.end(), [&](const CommandRule& rule) {
     return rule.description.words == words.command;
   });
+}
+
+// The values of a command line. Throws Failure and WrongUse.
+Arguments Values(const ToolDescription& tool, const CommandRule& rule, const SortedWords& sorted) {
+  Arguments arguments;
+  Store(arguments.common, AllCommonRules().store, tool.common, sorted.common, sorted.command);
+  arguments.words = Joined(sorted.command);
+  const std::shared_ptr<Command> command = rule.make();
+  arguments.command = command;
+  Store(*command, rule.store, rule.description.options, sorted.own, sorted.command);
+  if (arguments.common.quiet && arguments.common.verbose) {
+    throw WrongUse("--quiet: contradicts --verbose");
+  }
+  rule.check(*command, Given(tool, sorted));
+  return arguments;
+}
+
+bool IsGood(const ToolDescription& tool, const CommandRule& rule, const SortedWords& sorted) {
+  try {
+    Values(tool, rule, sorted);
+    return true;
+  } catch (const WrongUse&) {
+    return false;
+  } catch (const Failure&) {
+    return false;
+  }
 }
 
 ToolDescription DescribeTool(const CommandRules& rules) {
@@ -254,8 +287,19 @@ std::variant<Arguments, TextAnswer> ParseCommandLine(const std::vector<std::stri
 
 std::variant<Arguments, TextAnswer> ParseCommandLine(const std::vector<std::string>& words,
                                                      const CommandRules& rules) {
+  return ParseCommandLine(words, rules, nullptr);
+}
+
+std::variant<Arguments, TextAnswer> ParseCommandLine(const std::vector<std::string>& words,
+                                                     const DefaultsSource& defaults) {
+  return ParseCommandLine(words, AllCommandRules(), defaults);
+}
+
+std::variant<Arguments, TextAnswer> ParseCommandLine(const std::vector<std::string>& words,
+                                                     const CommandRules& rules,
+                                                     const DefaultsSource& defaults) {
   const ToolDescription tool = DescribeTool(rules);
-  const SortedWords sorted = SortWords(tool, words);
+  SortedWords sorted = SortWords(tool, words);
   const Given given(tool, sorted);
   if (given.Has("--help")) {
     return TextAnswer{HelpText(tool, sorted.command)};
@@ -271,22 +315,31 @@ std::variant<Arguments, TextAnswer> ParseCommandLine(const std::vector<std::stri
   }
   const CommandRule& rule = RuleFor(sorted, rules);
   CheckRefused(rule.description, given);
-  Arguments arguments;
-  Store(arguments.common, AllCommonRules().store, tool.common, sorted.common, sorted.command);
-  arguments.words = Joined(sorted.command);
-  arguments.common.words = WordsOf(sorted);
-  const std::shared_ptr<Command> command = rule.make();
-  arguments.command = command;
-  Store(*command, rule.store, rule.description.options, sorted.own, sorted.command);
+  const bool takes_profile =
+      Takes(rule.description, "--profile") && Takes(rule.description, "--camera");
+  const GivenWords given_words = WordsOf(sorted);
+  DefaultOptions defaulted(tool, rule, sorted, [&] { return IsGood(tool, rule, sorted); });
+  if (defaults && takes_profile) {
+    CommonArguments common;
+    Store(common, AllCommonRules().store, tool.common, sorted.common, sorted.command);
+    defaulted.Fill(defaults(common));
+  }
   try {
-    if (arguments.common.quiet && arguments.common.verbose) {
-      throw WrongUse("--quiet: contradicts --verbose");
-    }
-    rule.check(*command, given);
+    Arguments arguments = Values(tool, rule, sorted);
+    arguments.takes_profile = takes_profile;
+    arguments.common.words = given_words;
+    arguments.common.defaulted = defaulted.Names();
+    arguments.defaults_file = defaulted.From().file;
+    return arguments;
+  } catch (const MissingOption& missing) {
+    const auto& why = defaulted.From().failure;
+    throw Failure(
+        missing.Code(), missing.Message(),
+        why ? Format("{}\nNo profile was asked for its default: {}", missing.Hint(), why->Message())
+            : missing.Hint());
   } catch (const WrongUse& wrong) {
     throw Failure(ExitCode::kUsage, wrong.what(), HintOf(wrong, words, sorted.command));
   }
-  return arguments;
 }
 
 }  // namespace borvanusb

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "command/command.h"
+#include "command/option_defaults.h"
 
 namespace borvanusb {
 
@@ -21,6 +22,14 @@ std::variant<Arguments, TextAnswer> ParseCommandLine(const std::vector<std::stri
 // The same for other commands than the tool's.
 std::variant<Arguments, TextAnswer> ParseCommandLine(const std::vector<std::string>& words,
                                                      const std::vector<CommandRule>& rules);
+// The same with values for options that are not given. They are taken where the command accepts
+// them beside what is given. Throws Failure kFile for one that its option does not accept.
+std::variant<Arguments, TextAnswer> ParseCommandLine(const std::vector<std::string>& words,
+                                                     const std::vector<CommandRule>& rules,
+                                                     const DefaultsSource& defaults);
+// The same with the tool's commands.
+std::variant<Arguments, TextAnswer> ParseCommandLine(const std::vector<std::string>& words,
+                                                     const DefaultsSource& defaults);
 
 // The same for one line of a script: words stand between blanks, "double quotes" hold blanks
 // together, # opens a remark. Throws Failure (kUsage) for a quote that is left open.
@@ -43,6 +52,8 @@ struct OptionDescription {
   std::vector<std::string> choices;  // the values it takes, if they are few
   bool takes_file = false;
   bool repeated = false;  // may be given several times
+  std::string completes;  // the names that its values are, as `profile names` calls them; mostly
+                          // empty
 };
 
 // A common option that would change nothing for a command.

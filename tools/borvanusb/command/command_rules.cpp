@@ -45,6 +45,11 @@ OptionDescription File(OptionDescription option) {
   return option;
 }
 
+OptionDescription NamesOf(std::string_view kind, OptionDescription option) {
+  option.completes = kind;
+  return option;
+}
+
 OptionDescription Choices(OptionDescription option, std::vector<std::string> choices) {
   option.choices = std::move(choices);
   return option;

@@ -68,6 +68,8 @@ OptionDescription Optional(OptionDescription option);
 OptionDescription Required(OptionDescription option);
 OptionDescription Repeated(OptionDescription option);
 OptionDescription File(OptionDescription option);
+// Its values are names of a profile: "registers", "settings", "regions" or "presets".
+OptionDescription NamesOf(std::string_view kind, OptionDescription option);
 OptionDescription Choices(OptionDescription option, std::vector<std::string> choices);
 
 // Puts together the rule of the command whose values are a C.

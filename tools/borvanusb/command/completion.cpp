@@ -1,4 +1,6 @@
+#include <initializer_list>
 #include <nlohmann/json.hpp>
+#include <string_view>
 
 #include "command/camera_work.h"
 #include "command/command_rules.h"
@@ -11,24 +13,47 @@
 
 namespace borvanusb {
 
+namespace {
+
+// By Shell.
+const std::initializer_list<std::string_view> kShells = {"bash", "fish", "powershell", "zsh"};
+
+std::string ScriptFor(Shell shell) {
+  const ToolDescription tool = DescribeTool();
+  switch (shell) {
+    case Shell::kBash:
+      return BashCompletion(tool);
+    case Shell::kFish:
+      return FishCompletion(tool);
+    case Shell::kPowerShell:
+      return PowerShellCompletion(tool);
+    default:
+      return ZshCompletion(tool);
+  }
+}
+
+}  // namespace
+
 ExitCode Run(const CompletionCommand& command, Context& context) {
-  const bool bash = command.shell == Shell::kBash;
-  const std::string script =
-      bash ? BashCompletion(DescribeTool()) : PowerShellCompletion(DescribeTool());
+  const std::string script = ScriptFor(command.shell);
   PrintLines(script, context.output);
-  context.result = {{"shell", bash ? "bash" : "powershell"}, {"script", script}};
+  context.result = {{"shell", *(kShells.begin() + static_cast<int>(command.shell))},
+                    {"script", script}};
   return ExitCode::kDone;
 }
 
 CommandRule CompletionRule() {
   RuleOf<CompletionCommand> rule({"completion"}, "Prints a script that completes command lines.");
-  rule.Add(Choices(Argument("SHELL", "bash or powershell"), {"bash", "powershell"}),
-           [](CompletionCommand& command, const std::string& text) {
-             command.shell = static_cast<Shell>(ChoiceValue(text, {"bash", "powershell"}));
-           });
+  rule.Add(
+      Choices(Argument("SHELL", "bash, fish, powershell or zsh"), {kShells.begin(), kShells.end()}),
+      [](CompletionCommand& command, const std::string& text) {
+        command.shell = static_cast<Shell>(ChoiceValue(text, kShells));
+      });
   rule.Details(
-      "For bash: eval \"$(borvanusb completion bash)\" in ~/.bashrc. For PowerShell: borvanusb "
-      "completion powershell | Out-String | Invoke-Expression in $PROFILE.");
+      "For bash: eval \"$(borvanusb completion bash)\" in ~/.bashrc. For zsh: the same with zsh, "
+      "in "
+      "~/.zshrc behind compinit. For fish: borvanusb completion fish | source in config.fish. For "
+      "PowerShell: borvanusb completion powershell | Out-String | Invoke-Expression in $PROFILE.");
   RefuseAllOfCameras(rule);
   rule.Example("borvanusb completion bash > ~/.borvanusb-completion");
   return rule.Take();

@@ -7,7 +7,7 @@ namespace borvanusb {
 struct CommandRule;
 struct Context;
 
-enum class Shell { kBash, kPowerShell };
+enum class Shell { kBash, kFish, kPowerShell, kZsh };
 
 struct CompletionCommand {
   Shell shell = Shell::kBash;

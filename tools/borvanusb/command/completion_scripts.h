@@ -6,9 +6,11 @@
 
 namespace borvanusb {
 
-// Scripts that complete the command lines of borvanusb: commands, options, values that are few, and
-// file names.
+// Scripts that complete the command lines of borvanusb: commands, options, values that are few,
+// names of the camera's profile, and file names.
 std::string BashCompletion(const ToolDescription& tool);
+std::string FishCompletion(const ToolDescription& tool);
 std::string PowerShellCompletion(const ToolDescription& tool);
+std::string ZshCompletion(const ToolDescription& tool);
 
 }  // namespace borvanusb

@@ -1,5 +1,6 @@
 #include "base/format.h"
 #include "base/joined.h"
+#include "command/completion_branches.h"
 #include "command/completion_scripts.h"
 #include "command/templates.h"
 
@@ -27,11 +28,13 @@ std::string List(const std::vector<std::string>& texts) {
   return Format("@({})", list);
 }
 
-// One row: the option's name, its text, whether a value follows, and the values that are few.
+// One row: the option's name, its text, whether a value follows, the values that are few, and what
+// `profile names` calls the names that it takes.
 std::string OptionRow(const OptionDescription& option) {
-  return Format("    @{{ Name = {}; Text = {}; TakesValue = {}; Values = {} }}\n",
+  return Format("    @{{ Name = {}; Text = {}; TakesValue = {}; Values = {}; Names = {} }}\n",
                 Literal(option.names.back()), Literal(option.text),
-                option.value.empty() ? "$false" : "$true", List(option.choices));
+                option.value.empty() ? "$false" : "$true", List(option.choices),
+                Literal(NamesTakenBy(option)));
 }
 
 std::string OptionRows(const std::vector<OptionDescription>& options) {
@@ -54,6 +57,17 @@ std::vector<std::string> ArgumentChoices(const CommandDescription& command) {
   return choices;
 }
 
+// The kinds of names that the arguments take, in their order.
+std::vector<std::string> ArgumentNames(const CommandDescription& command) {
+  std::vector<std::string> kinds;
+  for (const OptionDescription& option : command.options) {
+    if (option.positional) {
+      kinds.push_back(NamesTakenBy(option));
+    }
+  }
+  return kinds;
+}
+
 std::vector<std::string> Refused(const CommandDescription& command) {
   std::vector<std::string> names;
   for (const RefusedOption& option : command.refused) {
@@ -65,9 +79,10 @@ std::vector<std::string> Refused(const CommandDescription& command) {
 std::string CommandRows(const ToolDescription& tool) {
   std::string rows;
   for (const CommandDescription& command : tool.commands) {
-    rows += Format("    @{{ Words = {}; Text = {}; Values = {}; Without = {} }}\n",
+    rows += Format("    @{{ Words = {}; Text = {}; Values = {}; Names = {}; Without = {} }}\n",
                    Literal(Joined(command.words)), Literal(command.text),
-                   List(ArgumentChoices(command)), List(Refused(command)));
+                   List(ArgumentChoices(command)), List(ArgumentNames(command)),
+                   List(Refused(command)));
   }
   return rows;
 }

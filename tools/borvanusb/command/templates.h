@@ -10,11 +10,13 @@ namespace borvanusb {
 // @NAME@ in capitals.
 extern const std::string_view kBashCompletionTemplate;
 extern const std::string_view kCommandHelpTemplate;
+extern const std::string_view kFishCompletionTemplate;
 extern const std::string_view kGroupHelpTemplate;
 extern const std::string_view kManualTemplate;
 extern const std::string_view kManualCommandTemplate;
 extern const std::string_view kOverviewTemplate;
 extern const std::string_view kPowerShellCompletionTemplate;
+extern const std::string_view kZshCompletionTemplate;
 
 struct TemplateText {
   std::string_view place;

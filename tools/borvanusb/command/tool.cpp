@@ -13,6 +13,7 @@
 #include "command/command_line.h"
 #include "command/command_rules.h"
 #include "command/context.h"
+#include "command/option_defaults.h"
 #include "command/run_log.h"
 #include "output/make_progress.h"
 #include "output/printable.h"
@@ -148,6 +149,58 @@ int Report(const std::string& command, const Failure& failure, bool json, Result
   return code;
 }
 
+// The defaults of options. With --wait the camera that has them may come later.
+OptionDefaults DefaultsFor(const CommonArguments& common, Host& host, const ToolStreams& streams) {
+  constexpr std::chrono::milliseconds kInterval{250};
+  host.Configure(common);
+  const auto begin = host.Clock();
+  bool told = common.quiet;
+  while (true) {
+    OptionDefaults defaults = ToolKnowledge().defaults(common, host);
+    if (!defaults.failure || defaults.failure->Code() != ExitCode::kNoCamera ||
+        common.wait.count() == 0) {
+      return defaults;
+    }
+    if (host.StopRequested() || host.Clock() - begin >= common.wait) {
+      throw *defaults.failure;
+    }
+    if (!told) {
+      told = true;
+      const std::chrono::duration<double> limit = common.wait;
+      streams.error(Format("{}; waiting for it, {} s at most\n",
+                           Printable(defaults.failure->Message()), limit.count()));
+    }
+    host.Sleep(kInterval);
+  }
+}
+
+void TellDefaults(const Arguments& arguments, Output& output) {
+  for (const std::string& option : arguments.common.defaulted) {
+    output.Detail(Format("{}: from the profile {}", option, arguments.defaults_file));
+  }
+}
+
+// While a command runs, its camera must be one that the given profile is for.
+class CheckedCamera {
+ public:
+  CheckedCamera(const Arguments& arguments, Host& host) : host_(host) {
+    Host::CameraCheck check;
+    if (arguments.takes_profile) {
+      check = [&](const CameraIdentity& camera) {
+        ToolKnowledge().require_fit(camera, arguments.common, host);
+      };
+    }
+    before_ = host.SetCameraCheck(std::move(check));
+  }
+  CheckedCamera(const CheckedCamera&) = delete;
+  CheckedCamera& operator=(const CheckedCamera&) = delete;
+  ~CheckedCamera() { host_.SetCameraCheck(std::move(before_)); }
+
+ private:
+  Host& host_;
+  Host::CameraCheck before_;
+};
+
 std::unique_ptr<Progress> ProgressOf(const CommonArguments& common, Host& host,
                                      LoggedStreams& logged) {
   const ToolStreams& plain = logged.Plain();
@@ -201,6 +254,8 @@ int RunArguments(const Arguments& arguments, Host& host, ResultStream& results,
   try {
     host.Configure(common);
     Context context{common, host, output, *progress, result};
+    TellDefaults(arguments, output);
+    const CheckedCamera checked(arguments, host);
     const CameraWait wait(context);
     const ExitCode code = arguments.command->Run(context);
     progress->Break();
@@ -221,7 +276,9 @@ int RunWords(const std::vector<std::string>& words, Host& host, ResultStream& re
              LoggedStreams& logged, const CommandRules& rules) {
   const ToolStreams& streams = logged.Logged();
   try {
-    const auto parsed = ParseCommandLine(words, rules);
+    const auto parsed = ParseCommandLine(words, rules, [&](const CommonArguments& common) {
+      return DefaultsFor(common, host, streams);
+    });
     if (const auto* const answer = std::get_if<TextAnswer>(&parsed)) {
       results.Write(answer->text);
       return static_cast<int>(ExitCode::kDone);

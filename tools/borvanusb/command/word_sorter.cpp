@@ -94,6 +94,7 @@ class Sorter {
         TakeArgument(word);
       }
     }
+    LeaveOptionalOut();
     return std::move(sorted_);
   }
 
@@ -140,6 +141,23 @@ class Sorter {
       value = words_[next_++];
     }
     PlaceOf(option)->push_back(std::move(value));
+  }
+
+  // Where arguments that must be given come short, those before them that may be left out are:
+  // "[RANGE] FILE" with one word is the file.
+  void LeaveOptionalOut() {
+    if (sorted_.described == nullptr) {
+      return;
+    }
+    const auto& own = sorted_.described->options;
+    for (std::size_t i = own.size(); i-- > 0;) {
+      for (std::size_t before = i;
+           own[i].positional && own[i].required && sorted_.own[i].empty() && before-- > 0;) {
+        if (own[before].positional && !own[before].required) {
+          sorted_.own[i].swap(sorted_.own[before]);
+        }
+      }
+    }
   }
 
   void TakeArgument(const std::string& word) {

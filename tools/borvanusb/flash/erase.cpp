@@ -25,6 +25,7 @@
 #include "flash/erase.h"
 #include "flash/flash_options.h"
 #include "flash/program_names.h"
+#include "flash/regions.h"
 #include "flash/report.h"
 #include "output/output.h"
 #include "output/progress.h"
@@ -52,13 +53,25 @@ class Eraser {
   Eraser(const FlashEraseCommand& command, Context& context)
       : command_(command),
         context_(context),
-        range_(command.range),
+        identity_(ChosenCamera(context.host, context.common.cameras)),
+        layout_(LayoutFor(identity_, context)),
+        range_(command.region.empty() ? command.range : RegionNamed(layout_, command.region).range),
         sectors_{range_.first, range_.Size()},
-        blank_(range_.Size(), kErased) {}
+        blank_(range_.Size(), kErased) {
+    RefuseHalfSectors(range_);
+    if (!command.force) {
+      RefuseReadOnly(layout_, {range_}, Format("RANGE: {}", Text(range_)), ExitCode::kUsage);
+    }
+  }
 
   ExitCode Run();
 
  private:
+  // What the backup holds.
+  std::span<const std::uint8_t> BackedUp() const {
+    return PartOf(std::span<const std::uint8_t>(recovery_.before), range_.first,
+                  PlacesOf(*backup_).front());
+  }
   void Examine();
   void Confirm() const;
   void Secure();
@@ -71,10 +84,11 @@ class Eraser {
 
   const FlashEraseCommand& command_;
   Context& context_;
+  const CameraIdentity identity_;
+  const FlashLayout layout_;
   const Range range_;
   const SectorSpan sectors_;
   const std::vector<std::uint8_t> blank_;
-  CameraIdentity identity_;
   std::unique_ptr<Host::Reservation> reservation_;
   std::unique_ptr<Camera> camera_;
   std::optional<JournalStore> store_;
@@ -86,11 +100,11 @@ class Eraser {
 };
 
 ExitCode Eraser::Run() {
-  identity_ = ChosenCamera(context_.host, context_.common.cameras);
   reservation_ = context_.host.ReserveCamera(identity_);
   camera_ = context_.host.OpenCamera(identity_);
   store_.emplace(AbsoluteName(context_.host.JournalFolder()), identity_);
-  CheckWithinFlash(*camera_, "RANGE", range_, command_.flash_size, context_.output);
+  CheckWithinFlash(*camera_, "RANGE", range_, SizeFor(command_.flash_size, layout_),
+                   context_.output);
   Confirm();
   Examine();
   if (!changes_.empty()) {
@@ -118,7 +132,8 @@ void Eraser::Examine() {
   const std::vector<std::uint8_t> now = camera_->ReadFlash(
       range_.first, range_.Size(), [&](std::uint64_t done) { context_.progress.Advance(done); });
   context_.progress.Done();
-  const RecoveryRequest request{identity_.path, range_, Sha256(blank_), sectors_, now, blank_, {}};
+  const RecoveryRequest request{
+      identity_.path, {{range_.first, blank_}}, Sha256(blank_), sectors_, now, {}};
   recovery_ = Recover(request, JournalsInReach(*store_, context_.host, identity_),
                       [&](const Journal& journal) { return CompareLandmarks(*camera_, journal); });
   for (const std::string& note : recovery_.notes) {
@@ -155,6 +170,7 @@ void Eraser::Secure() {
                              .sha256 = Sha256(blank_),
                              .address = range_.first,
                              .size = range_.Size(),
+                             .ranges = {},
                              .backup = backup_,
                              .sectors = RecordSectors(sectors_, changes_, recovery_.before, blank_),
                              .landmarks = TakeLandmarks(*camera_, sectors_),
@@ -195,7 +211,7 @@ void Eraser::FailErase(const Failure& failure, const Ranges& erased, std::uint32
   std::string hint = failure.Hint();
   if (backup_) {
     hint += Format("{}To go back: {}", hint.empty() ? "" : "\n",
-                   GoBackText(backup_->file, backup_->address, identity_, false));
+                   GoBackText(*backup_, BackedUp(), identity_, command_.force));
   }
   throw Failure(failure.Code(), message, hint);
 }
@@ -265,20 +281,27 @@ ExitCode Eraser::Tell() {
 }  // namespace
 
 ExitCode Run(const FlashEraseCommand& command, Context& context) {
-  RefuseHalfSectors(command.range);
+  if (command.region.empty()) {
+    RefuseHalfSectors(command.range);
+  }
   return Eraser(command, context).Run();
 }
 
 CommandRule FlashEraseRule() {
   RuleOf<FlashEraseCommand> rule({"flash", "erase"}, "Erases whole sectors of 4096 bytes.");
-  rule.Add(Argument("RANGE", "0x40000+256K, or 0x40000-0x7ffff (both included)"),
+  rule.Add(Optional(Argument("RANGE", "0x40000+256K, or 0x40000-0x7ffff (both included)")),
            [](FlashEraseCommand& command, const std::string& text) {
              command.range = EraseRangeValue(text);
            });
+  AddRegion(rule, "erase this region of the camera's profile, in place of RANGE");
   AddFlashSize(rule);
   rule.AddFlag("--yes", "erase without asking", &FlashEraseCommand::yes);
   AddBackup(rule, "in this folder");
-  rule.Check(CheckBackup<FlashEraseCommand>);
+  rule.AddFlag("--force", "erase a read-only region, too", &FlashEraseCommand::force);
+  rule.Check([](const FlashEraseCommand& command, const GivenOptions& given) {
+    CheckRangeOrRegion(given);
+    CheckBackup(command, given);
+  });
   rule.Example("borvanusb flash erase 0x40000+256K");
   return rule.Take();
 }

@@ -18,6 +18,8 @@ struct FlashEraseCommand {
   bool backup = true;
   std::string backup_file = {};  // likewise
   std::optional<std::uint64_t> flash_size = std::nullopt;
+  std::string region = {};  // in place of a range
+  bool force = false;       // a read-only region, too
 };
 
 ExitCode Run(const FlashEraseCommand& command, Context& context);

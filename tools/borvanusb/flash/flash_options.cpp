@@ -1,5 +1,6 @@
 #include "flash/flash_options.h"
 
+#include <array>
 #include <utility>
 #include <vector>
 
@@ -21,9 +22,52 @@ std::string RangeRemark(const std::string& text) {
   return remark.empty() ? remark : Format("{} {}", text, remark);
 }
 
-void AskForAddress(const std::string& image, const GivenOptions& given) {
-  const std::vector<std::uint32_t> addresses = AddressesInName(image);
-  if (given.Has("--address") || addresses.empty()) {
+void CheckRangeOrRegion(const GivenOptions& given) {
+  if (given.Has("RANGE") && given.Has("--region")) {
+    throw WrongUse("--region: contradicts RANGE: give one of the two");
+  }
+  if (!given.Has("RANGE") && !given.Has("--region")) {
+    throw WrongUse("RANGE: is missing; give it, or a region of the camera's profile with --region");
+  }
+}
+
+void CheckPlaces(const std::vector<ImageWish>& images, ImageForm form, const GivenOptions& given) {
+  const char* const option = given.Has("--address") ? "--address" : "--region";
+  if (given.Has(option)) {
+    if (images.size() > 1) {
+      throw WrongUse(Format("{}: several images can't go to one place; give each its own, as {}",
+                            option, "IMAGE@ADDR or IMAGE@region:NAME"));
+    }
+    return;
+  }
+  for (const ImageWish& image : images) {
+    if (images.size() > 1 && !image.HasPlace() && form == ImageForm::kRaw) {
+      throw WrongUse(Format("IMAGE: {} has no place; with several images give each its own, as {}",
+                            Quoted(image.file), "IMAGE@ADDR or IMAGE@region:NAME"));
+    }
+    AskForAddress(image, form, given);
+  }
+}
+
+ImageForm ImageFormValue(const std::string& text) {
+  constexpr std::array<ImageForm, 5> kForms = {ImageForm::kAuto, ImageForm::kRaw,
+                                               ImageForm::kIntelHex, ImageForm::kSRecord,
+                                               ImageForm::kElf};
+  return kForms.at(ChoiceValue(text, {NameOf(kForms[0]), NameOf(kForms[1]), NameOf(kForms[2]),
+                                      NameOf(kForms[3]), NameOf(kForms[4])}));
+}
+
+std::string RegionValue(const std::string& text) {
+  if (text.empty()) {
+    throw WrongValue("is empty; the name of a region of the profile is needed");
+  }
+  return text;
+}
+
+void AskForAddress(const ImageWish& image, ImageForm form, const GivenOptions& given) {
+  const std::vector<std::uint32_t> addresses = AddressesInName(image.file);
+  if (given.Has("--address") || image.HasPlace() || addresses.empty() ||
+      !MayBeRaw(image.file, form)) {
     return;
   }
   std::string shown;
@@ -34,7 +78,7 @@ void AskForAddress(const std::string& image, const GivenOptions& given) {
   }
   ways.push_back({"If it belongs to the beginning of the flash", {"--address", "0"}});
   throw WrongUse(
-      Format("--address: is missing, but the name of {} carries {}", Quoted(image), shown),
+      Format("--address: is missing, but the name of {} carries {}", Quoted(image.file), shown),
       std::move(ways));
 }
 

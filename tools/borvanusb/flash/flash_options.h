@@ -4,10 +4,12 @@
 
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "base/numbers.h"
 #include "command/command_rules.h"
 #include "command/values.h"
+#include "flash/image_files.h"
 
 namespace borvanusb {
 
@@ -22,13 +24,31 @@ std::string RangeRemark(const std::string& text);
 
 // Without --address an image whose name tells another one than 0 is in doubt: backups carry theirs.
 // Throws WrongUse.
-void AskForAddress(const std::string& image, const GivenOptions& given);
+void AskForAddress(const ImageWish& image, ImageForm form, const GivenOptions& given);
+
+// What can't be right in the places of several images, or of one. Throws WrongUse.
+void CheckPlaces(const std::vector<ImageWish>& images, ImageForm form, const GivenOptions& given);
+
+// The form that --format names.
+ImageForm ImageFormValue(const std::string& text);
+
+// The name of a region.
+std::string RegionValue(const std::string& text);
 
 template <typename C>
 void AddFlashSize(RuleOf<C>& rule) {
   rule.Add(Option("--flash-size", "SIZE", kFlashSizeText),
            [](C& command, const std::string& text) { command.flash_size = FlashSizeValue(text); });
 }
+
+template <typename C>
+void AddRegion(RuleOf<C>& rule, std::string_view text) {
+  rule.Add(Option("--region", "NAME", text),
+           [](C& command, const std::string& name) { command.region = RegionValue(name); });
+}
+
+// A command on a range, or on a region of that name. Throws WrongUse.
+void CheckRangeOrRegion(const GivenOptions& given);
 
 template <typename C>
 void AddBackup(RuleOf<C>& rule, std::string_view place) {
@@ -46,16 +66,55 @@ void CheckBackup(const C& command, const GivenOptions& given) {
   }
 }
 
+// An image goes to one place: that behind an @, --address or --region. Throws WrongValue.
+inline void RefuseSecondPlace(bool has_place) {
+  if (has_place) {
+    throw WrongValue("contradicts another place that is given; give one of the two");
+  }
+}
+
+// Behind AddImage, since the word for an image may have its place, too.
 template <typename C>
 void AddImageAddress(RuleOf<C>& rule) {
-  rule.Add(Option("--address", "ADDR", "where the image begins in the flash, default 0"),
-           [](C& command, const std::string& text) { command.address = AddressValue(text); });
+  rule.Add(Option("--address", "ADDR", "where address 0 of the image goes, default 0"),
+           [](C& command, const std::string& text) {
+             const std::uint32_t address = AddressValue(text);
+             RefuseSecondPlace(command.address || !command.region.empty());
+             command.address = address;
+           });
+  rule.Add(Option("--region", "NAME", "the region of the camera's profile that it goes to"),
+           [](C& command, const std::string& text) {
+             const std::string region = RegionValue(text);
+             RefuseSecondPlace(command.address || !command.region.empty());
+             command.region = region;
+           });
+  rule.Add(
+      Choices(Option("--format", "FORMAT", "of the image: auto (default), raw, hex, srec, elf"),
+              {"auto", "raw", "hex", "srec", "elf"}),
+      [](C& command, const std::string& text) { command.form = ImageFormValue(text); });
+}
+
+// The images of a command with the options above.
+template <typename C>
+std::vector<ImageWish> WishesOf(const C& command) {
+  std::vector<ImageWish> wishes = {{command.image, command.address, command.region}};
+  wishes.insert(wishes.end(), command.more.begin(), command.more.end());
+  return wishes;
 }
 
 template <typename C>
 void AddImage(RuleOf<C>& rule) {
-  rule.Add(File(Argument("IMAGE", "file with the bytes")),
-           [](C& command, const std::string& text) { command.image = FileValue(text); });
+  rule.Add(Repeated(File(Argument("IMAGE", "file, or file@ADDR, or file@region:NAME"))),
+           [](C& command, const std::string& text) {
+             const ImageWish wish = ImageWishValue(text);
+             if (command.image.empty()) {
+               command.image = wish.file;
+               command.address = wish.address;
+               command.region = wish.region;
+             } else {
+               command.more.push_back(wish);
+             }
+           });
 }
 
 }  // namespace borvanusb

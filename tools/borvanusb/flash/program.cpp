@@ -42,7 +42,7 @@ void CheckProgram(const FlashProgramCommand& command, const GivenOptions& given)
   if (command.dry_run && !command.verify) {
     throw WrongUse("--no-verify: a dry run verifies nothing");
   }
-  AskForAddress(command.image, given);
+  CheckPlaces(WishesOf(command), command.form, given);
 }
 
 }  // namespace
@@ -60,7 +60,7 @@ CommandRule FlashProgramRule() {
   AddBackup(rule, "beside IMAGE");
   rule.AddFlag("--restore-on-failure", "write the backup back if programming fails",
                &FlashProgramCommand::restore_on_failure);
-  rule.AddFlag("--force", "program a file that does not look like firmware",
+  rule.AddFlag("--force", "program what is no firmware, and read-only regions",
                &FlashProgramCommand::force);
   rule.Add(File(Option("--report", "FILE", "write what was done as JSON")),
            [](FlashProgramCommand& command, const std::string& text) {
@@ -86,8 +86,8 @@ CommandRule FlashProgramRule() {
       });
   AddAll(rule);
   rule.Check(CheckProgram);
-  rule.Details("Exactly the image's bytes change; the old ones are saved first.");
-  rule.Example("borvanusb flash program firmware.bin --address 0x40000");
+  rule.Details("The old bytes are saved.");
+  rule.Example("borvanusb flash program boot.hex app.bin@0x20000 cfg.bin@region:config");
   return rule.Take();
 }
 

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "base/exit_code.h"
+#include "flash/image_files.h"
 
 namespace borvanusb {
 
@@ -15,7 +16,7 @@ struct Context;
 
 struct FlashProgramCommand {
   std::string image;
-  std::uint32_t address = 0;
+  std::optional<std::uint32_t> address;  // where its address 0 goes
   std::optional<std::uint64_t> flash_size;
   bool dry_run = false;
   bool verify = true;
@@ -27,6 +28,9 @@ struct FlashProgramCommand {
   std::string journal;  // of an unfinished change: its file, or "none"
   bool all = false;
   std::vector<std::pair<std::string, std::string>> tags = {};  // for the report: name, value
+  std::string region;  // where the image goes, in place of an address
+  ImageForm form = ImageForm::kAuto;
+  std::vector<ImageWish> more;  // images besides the first
 };
 
 ExitCode Run(const FlashProgramCommand& command, Context& context);

@@ -4,13 +4,36 @@
 #include "base/format.h"
 #include "base/numbers.h"
 #include "command/command_line.h"
+#include "flash/flash_options.h"
 
 namespace borvanusb {
 
 std::vector<std::string> ProgramWords(const FlashProgramCommand& command) {
+  std::vector<std::string> words = {"flash", "program"};
   // The line may be repeated in another folder.
-  std::vector<std::string> words = {"flash", "program", AbsoluteName(command.image), "--address",
-                                    Hex(command.address)};
+  const auto full = [](ImageWish wish) {
+    wish.file = AbsoluteName(wish.file);
+    return wish;
+  };
+  const ImageWish first = full({command.image, command.address, command.region});
+  const bool has_place_inside = !command.more.empty() || ImageWishValue(first.file).HasPlace();
+  if (has_place_inside) {
+    words.push_back(ImageWord(first));
+    for (const ImageWish& wish : command.more) {
+      words.push_back(ImageWord(full(wish)));
+    }
+  } else {
+    words.push_back(first.file);
+    if (first.address) {
+      words.insert(words.end(), {"--address", Hex(*first.address)});
+    }
+    if (!first.region.empty()) {
+      words.insert(words.end(), {"--region", first.region});
+    }
+  }
+  if (command.form != ImageForm::kAuto) {
+    words.insert(words.end(), {"--format", std::string(NameOf(command.form))});
+  }
   const auto add = [&](bool wanted, const std::string& word) {
     if (wanted) {
       words.push_back(word);
@@ -36,10 +59,41 @@ std::vector<std::string> ProgramWords(const FlashProgramCommand& command) {
   return words;
 }
 
-std::string GoBackText(const std::string& backup, std::uint32_t address,
-                       const CameraIdentity& camera, bool is_blank) {
-  std::vector<std::string> words = {"flash", "program", backup, "--address", Hex(address)};
-  if (is_blank) {
+std::vector<ImageFile> LoadForProgramming(const FlashProgramCommand& command, Output& output) {
+  std::vector<ImageFile> files =
+      LoadImageFiles(WishesOf(command), command.form, command.force, output);
+  for (const ImageFile& file : files) {
+    if (!command.force) {
+      RefuseBlankImage(file);
+    }
+  }
+  return files;
+}
+
+FlashProgramCommand Placed(FlashProgramCommand command, const std::vector<PlacedImage>& images) {
+  const bool has_place = command.address || !command.region.empty();
+  if (images.size() == 1 && !has_place && images.front().form == ImageForm::kRaw) {
+    command.region = images.front().region;
+    if (command.region.empty()) {
+      command.address = 0;
+    }
+  }
+  return command;
+}
+
+std::string GoBackText(const BackupRecord& backup, std::span<const std::uint8_t> bytes,
+                       const CameraIdentity& camera, bool force) {
+  std::vector<std::string> words = {"flash", "program", backup.file};
+  if (!backup.ranges.empty()) {
+    words.insert(words.end(), {"--format", std::string(NameOf(ImageForm::kIntelHex))});
+  } else {
+    words.insert(words.end(), {"--address", Hex(backup.address)});
+    // What the flash held may look like a file of another format.
+    if (FormOf(backup.file, bytes, ImageForm::kAuto) != ImageForm::kRaw) {
+      words.insert(words.end(), {"--format", std::string(NameOf(ImageForm::kRaw))});
+    }
+  }
+  if (force) {
     words.emplace_back("--force");
   }
   words.insert(words.end(), {"--camera", camera.path});

@@ -1,10 +1,14 @@
 #pragma once
 
 #include <cstddef>
+#include <span>
 #include <string>
 #include <vector>
 
 #include "camera/camera.h"
+#include "flash/engine/journal.h"
+#include "flash/image_files.h"
+#include "flash/place_images.h"
 #include "flash/program.h"
 
 namespace borvanusb {
@@ -13,8 +17,15 @@ namespace borvanusb {
 // --camera.
 std::vector<std::string> ProgramWords(const FlashProgramCommand& command);
 
-// The command line that writes a backup back.
-std::string GoBackText(const std::string& backup, std::uint32_t address,
-                       const CameraIdentity& camera, bool is_blank);
+// Reads the images of a command, and refuses what can't be right for any camera. Throws Failure.
+std::vector<ImageFile> LoadForProgramming(const FlashProgramCommand& command, Output& output);
+
+// The command with the place that an image without one has got.
+FlashProgramCommand Placed(FlashProgramCommand command, const std::vector<PlacedImage>& images);
+
+// The command line that writes a backup back. `bytes` are those of a backup without gaps; `force`
+// because they are blank, or belong to a read-only region.
+std::string GoBackText(const BackupRecord& backup, std::span<const std::uint8_t> bytes,
+                       const CameraIdentity& camera, bool force);
 
 }  // namespace borvanusb

@@ -6,8 +6,6 @@
 
 #include "base/format.h"
 #include "command/several_cameras.h"
-#include "flash/engine/image.h"
-#include "flash/engine/image_format.h"
 #include "flash/program_names.h"
 
 namespace borvanusb {
@@ -42,11 +40,7 @@ std::string Summary(const Json& result) {
 
 ExitCode ProgramSeveral(const FlashProgramCommand& command, Context& context) {
   // What can't be right for any camera is told once.
-  const Image image = LoadImage(command.image, command.address);
-  if (!command.force) {
-    RefuseBlankImage(image);
-    RefuseOtherFormat(image);
-  }
+  LoadForProgramming(command, context.output);
   return RunForSeveral(
       {[&](const CameraIdentity& camera) { return ChildWords(command, camera); }, Summary},
       command.all, context);

@@ -10,17 +10,19 @@ namespace borvanusb {
 namespace {
 
 std::string PlaceOf(const Image& image) {
-  return Text(Range{image.address, static_cast<std::uint32_t>(image.End() - 1)});
+  return RangesText(image.Places());
 }
 
 }  // namespace
 
-void ShowPlan(const Image& image, const ProgramOutcome& outcome, Output& output) {
+void ShowPlan(const ProgramOutcome& outcome, Output& output) {
   const std::uint64_t changed = TotalSize(outcome.changes);
   output.Line(Format("camera     {}", outcome.camera ? CameraLine(*outcome.camera) : ""));
-  output.Line(Format("image      {}, {}", image.file, SizeText(image.bytes.size())));
-  output.Line(Format("SHA-256    {}", image.sha256));
-  output.Line(Format("goes to    {}", PlaceOf(image)));
+  for (const PlacedImage& file : outcome.images) {
+    output.Line(Format("image      {}, {}", file.file, SizeText(file.size)));
+    output.Line(Format("SHA-256    {}", file.sha256));
+    output.Line(Format("goes to    {}", RangesText(file.places)));
+  }
   output.Line(Format("sectors    {}, of which {} change{}", outcome.sectors, changed / kSectorSize,
                      changed == 0 ? "" : Format(": {}", RangesText(outcome.changes))));
   output.Line(Format("to write   {}", SizeText(changed)));
@@ -32,11 +34,11 @@ void ShowPlan(const Image& image, const ProgramOutcome& outcome, Output& output)
 void ShowResult(const Image& image, const ProgramOutcome& outcome, Output& output) {
   if (outcome.changes.empty()) {
     output.Line(Format("The flash holds the image already: {}, {}, compared.", PlaceOf(image),
-                       SizeText(image.bytes.size())));
+                       SizeText(image.Size())));
     return;
   }
   output.Line(Format("Programmed {} at {}: {} of {} sectors changed, {}, {}.",
-                     SizeText(image.bytes.size()), PlaceOf(image),
+                     SizeText(image.Size()), PlaceOf(image),
                      TotalSize(outcome.changes) / kSectorSize, outcome.sectors,
                      outcome.verified.value_or(false) ? "all read back equal" : "not read back",
                      SecondsText(outcome.total_seconds)));

@@ -7,7 +7,7 @@
 namespace borvanusb {
 
 // What `flash program` would do, for --dry-run.
-void ShowPlan(const Image& image, const ProgramOutcome& outcome, Output& output);
+void ShowPlan(const ProgramOutcome& outcome, Output& output);
 
 // What it did.
 void ShowResult(const Image& image, const ProgramOutcome& outcome, Output& output);

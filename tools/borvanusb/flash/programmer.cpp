@@ -10,11 +10,14 @@
 #include "base/format.h"
 #include "camera/camera_choice.h"
 #include "command/command_line.h"
-#include "flash/engine/image_format.h"
+#include "flash/flash_options.h"
+#include "flash/place_images.h"
 #include "flash/program_names.h"
 #include "flash/program_text.h"
+#include "flash/regions.h"
 #include "output/output.h"
 #include "output/progress.h"
+#include "profile/profile_choice.h"
 
 namespace borvanusb {
 
@@ -71,7 +74,7 @@ FlashProgrammer::~FlashProgrammer() = default;
 ExitCode FlashProgrammer::Run() {
   CheckNames();
   outcome_.image_file = command_.image;
-  outcome_.address = command_.address;
+  outcome_.address = command_.address.value_or(0);
   outcome_.dry_run = command_.dry_run;
   outcome_.tags = command_.tags;
   outcome_.computer = context_.host.Environment("COMPUTERNAME");
@@ -108,10 +111,12 @@ ExitCode FlashProgrammer::Run() {
 
 void FlashProgrammer::CheckNames() const {
   for (const std::string& file : {command_.report, command_.backup_file}) {
-    if (!file.empty() && SameFile(file, command_.image)) {
-      throw Failure(ExitCode::kUsage,
-                    Format("{} is the image itself and would be overwritten", file),
-                    "Give the backup and the report names of their own.");
+    for (const ImageWish& image : WishesOf(command_)) {
+      if (!file.empty() && SameFile(file, image.file)) {
+        throw Failure(ExitCode::kUsage,
+                      Format("{} is the image itself and would be overwritten", file),
+                      "Give the backup and the report names of their own.");
+      }
     }
   }
   if (!command_.report.empty()) {
@@ -124,12 +129,33 @@ void FlashProgrammer::CheckNames() const {
 }
 
 void FlashProgrammer::LoadWanted() {
-  image_ = LoadImage(command_.image, command_.address);
-  outcome_.image_size = image_.bytes.size();
+  files_ = LoadForProgramming(command_, context_.output);
+  if (files_.size() == 1) {
+    outcome_.image_size = TotalSize(files_.front().segments);
+    outcome_.image_sha256 = Digest(files_.front().segments);
+  }
+}
+
+// What can't be done in this camera's flash is refused before it is opened.
+void FlashProgrammer::PlaceWanted(const CameraIdentity& camera) {
+  const auto profile = ProfileFor(camera, context_);
+  const FlashLayout layout = profile != nullptr ? profile->flash : FlashLayout();
+  if (profile != nullptr) {
+    outcome_.profile_file = profile->file;
+    outcome_.profile_name = profile->name;
+  }
+  told_size_ = SizeFor(command_.flash_size, layout);
+  Placement placement = PlaceImages(std::move(files_), layout, command_.force, context_.output);
+  image_ = std::move(placement.image);
+  outcome_.images = std::move(placement.files);
+  outcome_.image_file = image_.file;
+  outcome_.image_size = image_.Size();
   outcome_.image_sha256 = image_.sha256;
+  outcome_.address = image_.First();
+  const Ranges sectors = SectorsAround(image_.Places()).Runs();
+  touches_read_only_ = TouchesReadOnly(layout, sectors);
   if (!command_.force) {
-    RefuseBlankImage(image_);
-    RefuseOtherFormat(image_);
+    RefuseReadOnly(layout, sectors, image_.file, ExitCode::kFile);
   }
 }
 
@@ -137,17 +163,18 @@ void FlashProgrammer::Work() {
   const CameraIdentity identity = ChosenCamera(context_.host, context_.common.cameras);
   outcome_.camera = identity;
   outcome_.library_version = context_.host.LibraryVersion();
+  PlaceWanted(identity);
   site_ = std::make_unique<Site>(context_, identity, state_);
-  seen_ = Examine(image_, command_.flash_size, command_.journal, site_->Steps());
+  seen_ = Examine(image_, told_size_, command_.journal, site_->Steps());
   const ProgramPlan plan = Plan(image_, seen_, command_.verify);
   outcome_.flash_size = seen_.flash_size;
   outcome_.read_seconds = seen_.seconds;
-  outcome_.sectors = plan.sectors.size / kSectorSize;
+  outcome_.sectors = plan.sectors.Size() / kSectorSize;
   outcome_.changes = plan.changes;
   outcome_.transfers = plan.transfers;
   outcome_.expected_seconds = plan.expected_seconds;
   if (command_.dry_run) {
-    ShowPlan(image_, outcome_, context_.output);
+    ShowPlan(outcome_, context_.output);
     return;
   }
   if (!plan.changes.empty()) {
@@ -184,14 +211,15 @@ void FlashProgrammer::Change(const ProgramPlan& plan) {
 }
 
 void FlashProgrammer::PlanWaysOn(const ProgramPlan& plan) {
-  std::vector<std::string> words = ProgramWords(command_);
+  std::vector<std::string> words = ProgramWords(Placed(command_, outcome_.images));
   words.insert(words.end(), {"--camera", outcome_.camera->path});
   std::string back;
   if (const std::optional<BackupRecord>& backup = security_.backup) {
-    const Range range{backup->address,
-                      static_cast<std::uint32_t>(backup->address + backup->size - 1)};
-    const Content before{seen_.sectors.address, seen_.recovery.before};
-    back = GoBackText(backup->file, range.first, *outcome_.camera, IsBlank(before.At(range)));
+    const Ranges places = PlacesOf(*backup);
+    const bool is_blank = std::ranges::all_of(
+        places, [&](const Range& place) { return IsBlank(seen_.Before().At(place)); });
+    back = GoBackText(*backup, seen_.Before().At(places.front()), *outcome_.camera,
+                      is_blank || touches_read_only_);
     outcome_.backup = backup->file;
   }
   state_->Plan(plan.changes, CommandLineText(words), back);

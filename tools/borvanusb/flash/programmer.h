@@ -3,11 +3,13 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "base/failure.h"
 #include "command/context.h"
 #include "flash/engine/image.h"
 #include "flash/engine/program_steps.h"
+#include "flash/image_files.h"
 #include "flash/program.h"
 #include "flash/report.h"
 
@@ -30,6 +32,7 @@ class FlashProgrammer {
 
   void CheckNames() const;
   void LoadWanted();
+  void PlaceWanted(const CameraIdentity& camera);
   void Work();
   void Change(const ProgramPlan& plan);
   void PlanWaysOn(const ProgramPlan& plan);
@@ -40,10 +43,13 @@ class FlashProgrammer {
   Context& context_;
   const std::shared_ptr<WorkState> state_ = std::make_shared<WorkState>();
   ProgramOutcome outcome_;
+  std::vector<ImageFile> files_;  // until they have places
   Image image_;
   std::unique_ptr<Site> site_;  // null until the camera is open
   FlashExamination seen_;
   Security security_;
+  ToldSize told_size_;
+  bool touches_read_only_ = false;  // which --force allows
 };
 
 }  // namespace borvanusb

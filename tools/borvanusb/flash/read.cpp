@@ -15,12 +15,13 @@
 #include "command/several_cameras.h"
 #include "command/standard_streams.h"
 #include "command/values.h"
+#include "flash/dump_file.h"
 #include "flash/engine/flash_end.h"
 #include "flash/flash_options.h"
 #include "flash/read.h"
+#include "flash/regions.h"
 #include "flash/report.h"
 #include "flash/several.h"
-#include "flash/text_dump.h"
 #include "output/output.h"
 #include "output/progress.h"
 
@@ -29,17 +30,6 @@ namespace borvanusb {
 namespace {
 
 using Json = nlohmann::ordered_json;
-
-constexpr const char* kHexForm = "hex";
-constexpr const char* kTextForm = "text";
-constexpr const char* kRawForm = "raw";
-
-std::string FormOf(const std::string& file) {
-  if (file.empty()) {
-    return kHexForm;
-  }
-  return file.ends_with(".txt") ? kTextForm : kRawForm;
-}
 
 void CheckFile(const std::string& file, const Context& context) {
   if (IsStandardStream(file) && context.common.json) {
@@ -56,14 +46,22 @@ void CheckFile(const std::string& file, const Context& context) {
   }
 }
 
-Range Wanted(const FlashReadCommand& command, Camera& camera, Output& output) {
+Range Wanted(const FlashReadCommand& command, Camera& camera, Context& context) {
+  Output& output = context.output;
+  const FlashLayout layout = LayoutFor(camera.Identity(), context);
+  const ToldSize size = SizeFor(command.flash_size, layout);
+  if (!command.region.empty()) {
+    const Range range = RegionNamed(layout, command.region).range;
+    CheckWithinFlash(camera, "--region", range, size, output);
+    return range;
+  }
   if (command.whole) {
-    return WholeFlash(camera, command.flash_size, output);
+    return WholeFlash(camera, size, output);
   }
   if (!command.range_remark.empty()) {
     output.Note(command.range_remark);
   }
-  CheckWithinFlash(camera, "RANGE", command.range, command.flash_size, output);
+  CheckWithinFlash(camera, "RANGE", command.range, size, output);
   return command.range;
 }
 
@@ -73,7 +71,7 @@ ExitCode Run(const FlashReadCommand& command, Context& context) {
   if (IsForSeveral(command.all_cameras, context)) {
     return ReadSeveral(command.file, command.all_cameras, context);
   }
-  const std::string form = FormOf(command.file);
+  const DumpForm form = DumpFormFor(command.file, command.format);
   if (command.file.find('{') == std::string::npos) {
     CheckFile(command.file, context);
   }
@@ -81,7 +79,8 @@ ExitCode Run(const FlashReadCommand& command, Context& context) {
   const std::string file_name = NameForCamera(command.file, identity);
   CheckFile(file_name, context);
   const auto camera = context.host.OpenCamera(identity);
-  const Range range = Wanted(command, *camera, context.output);
+  const Range range = Wanted(command, *camera, context);
+  CheckDumpAddresses(command.file, form, range.last);
   context.progress.Begin("read", range.Size());
   const std::vector<std::uint8_t> bytes = camera->ReadFlash(
       range.first, range.Size(), [&](std::uint64_t done) { context.progress.Advance(done); });
@@ -89,17 +88,13 @@ ExitCode Run(const FlashReadCommand& command, Context& context) {
   const std::string digest = Sha256(bytes);
   const std::string done = Format("Read {} from {} into {}, SHA-256 {}.", SizeText(bytes.size()),
                                   Text(range), ShownName(file_name, kStandardOutput), digest);
-  if (form == kHexForm) {
+  if (file_name.empty()) {
     PrintLines(HexDump(range.first, bytes), context.output);
   } else if (IsStandardStream(file_name)) {
     context.output.Bytes({reinterpret_cast<const char*>(bytes.data()), bytes.size()});
     context.output.Note(done);
   } else {
-    if (form == kTextForm) {
-      WriteWholeText(file_name, TextDump(range.first, bytes));
-    } else {
-      WriteWholeFile(file_name, bytes);
-    }
+    WriteDump(file_name, form, range.first, bytes);
     context.output.Line(done);
   }
   context.result = {{"camera", CameraJson(identity)},
@@ -107,33 +102,62 @@ ExitCode Run(const FlashReadCommand& command, Context& context) {
                     {"last", range.last},
                     {"size", bytes.size()},
                     {"file", file_name.empty() ? Json() : Json(file_name)},
-                    {"form", form},
+                    {"form", file_name.empty() ? "dump" : NameOf(form)},
                     {"sha256", digest}};
-  if (form == kHexForm) {
+  if (file_name.empty()) {
     context.result["bytes"] = HexBytes(bytes);
   }
   return ExitCode::kDone;
 }
 
+namespace {
+
+// The first argument: the file where --region stands for the range.
+void StoreRange(FlashReadCommand& command, const std::string& text) {
+  command.whole = text == kWholeFlash;
+  const bool range = command.whole || ParseRange(text);
+  if (!command.region.empty()) {
+    if (range) {
+      throw WrongValue("contradicts --region: give one of the two");
+    }
+    command.file = FileOrStreamValue(text);
+  } else if (!command.whole) {
+    command.range = RangeBesideAll(text);
+    command.range_remark = RangeRemark(text);
+  }
+}
+
+}  // namespace
+
 CommandRule FlashReadRule() {
   RuleOf<FlashReadCommand> rule({"flash", "read"}, "Reads flash into a file.");
-  rule.Add(Argument("RANGE", "0x1000+4K, or 0x1000-0x1fff (both included), or all"),
-           [](FlashReadCommand& command, const std::string& text) {
-             command.whole = text == kWholeFlash;
-             if (!command.whole) {
-               command.range = RangeBesideAll(text);
-               command.range_remark = RangeRemark(text);
-             }
-           });
+  // First, so that what comes next knows whether there is a RANGE before FILE.
+  AddRegion(rule, "read this region of the camera's profile, in place of RANGE");
+  rule.Add(Optional(Argument("RANGE", "0x1000+4K, or 0x1000-0x1fff (both included), or all")),
+           StoreRange);
   rule.Add(File(Optional(Argument("FILE",
-                                  "raw bytes, or a text dump for a name that ends in .txt; - for "
+                                  "raw bytes; a name with .hex, .srec or .txt is written so; - for "
                                   "raw bytes on standard output; without it a hex dump there"))),
            [](FlashReadCommand& command, const std::string& text) {
+             if (!command.region.empty()) {
+               throw WrongValue("is one argument too many: --region takes no RANGE");
+             }
              command.file = FileOrStreamValue(text);
            });
+  rule.Add(
+      Choices(Option("--format", "FORMAT", "of FILE: raw, hex, srec, text; default by its name"),
+              {"raw", "hex", "srec", "text"}),
+      [](FlashReadCommand& command, const std::string& text) {
+        ChoiceValue(text, {"raw", "hex", "srec", "text"});
+        command.format = text;
+      });
   AddFlashSize(rule);
   rule.AddFlag("--all", kAllText, &FlashReadCommand::all_cameras);
   rule.Check([](const FlashReadCommand& command, const GivenOptions& given) {
+    if (!given.Has("RANGE") && command.region.empty()) {
+      throw WrongUse(
+          "RANGE: is missing; give it, or a region of the camera's profile with --region");
+    }
     CheckStandardOutput(command.file, given);
     CheckNameForSeveral(command.file, command.all_cameras, given);
   });

@@ -19,6 +19,8 @@ struct FlashReadCommand {
   bool whole = false;             // all of the flash; `range` is not used then
   std::string range_remark = {};  // what the user should know of the range; mostly empty
   bool all_cameras = false;       // every camera there is
+  std::string region = {};        // in place of a range
+  std::string format = {};        // of the file: "raw", "hex", "srec", "text"; empty: by its name
 };
 
 ExitCode Run(const FlashReadCommand& command, Context& context);

@@ -19,12 +19,26 @@ Json ToJson(const Ranges& ranges) {
   return json;
 }
 
+Json ToJson(const std::vector<PlacedImage>& images) {
+  Json json = Json::array();
+  for (const PlacedImage& image : images) {
+    json.push_back({{"file", image.file},
+                    {"format", NameOf(image.form)},
+                    {"region", image.region.empty() ? Json() : Json(image.region)},
+                    {"size", image.size},
+                    {"sha256", image.sha256},
+                    {"places", ToJson(image.places)}});
+  }
+  return json;
+}
+
 Json ToJson(const ProgramOutcome& outcome, const WorkState& state) {
   Json json;
   json["camera"] = outcome.camera ? CameraJson(*outcome.camera) : Json();
   json["image"] = {
       {"file", outcome.image_file}, {"size", outcome.image_size}, {"sha256", outcome.image_sha256}};
   json["address"] = outcome.address;
+  json["images"] = ToJson(outcome.images);
   json["flash_size"] = outcome.flash_size ? Json(*outcome.flash_size) : Json();
   json["dry_run"] = outcome.dry_run;
   json["sectors"] = outcome.sectors;

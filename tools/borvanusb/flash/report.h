@@ -12,6 +12,7 @@
 #include "camera/camera.h"
 #include "flash/engine/byte_ranges.h"
 #include "flash/engine/work_state.h"
+#include "flash/place_images.h"
 
 namespace borvanusb {
 
@@ -26,7 +27,8 @@ struct ProgramOutcome {
   std::string image_file;
   std::uint64_t image_size = 0;
   std::string image_sha256;
-  std::uint32_t address = 0;
+  std::uint32_t address = 0;        // of the first byte
+  std::vector<PlacedImage> images;  // each file; empty when the work failed before they had places
   std::optional<std::uint64_t> flash_size;
   bool dry_run = false;
   std::uint64_t sectors = 0;  // that the image reaches into
@@ -48,6 +50,8 @@ struct ProgramOutcome {
 
 // An array of {"first", "last"}.
 nlohmann::ordered_json ToJson(const Ranges& ranges);
+// The files of an image: an array.
+nlohmann::ordered_json ToJson(const std::vector<PlacedImage>& images);
 nlohmann::ordered_json ToJson(const ProgramOutcome& outcome, const WorkState& state);
 
 // A time span for people: "0.42 s", "75.0 s".

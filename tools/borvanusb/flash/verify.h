@@ -3,8 +3,10 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "base/exit_code.h"
+#include "flash/image_files.h"
 
 namespace borvanusb {
 
@@ -13,11 +15,14 @@ struct Context;
 
 struct FlashVerifyCommand {
   std::string image;
-  std::uint32_t address = 0;
-  std::string diff;  // JSON, or CSV for a name that ends in .csv
+  std::optional<std::uint32_t> address = std::nullopt;  // where its address 0 goes
+  std::string diff;                                     // JSON, or CSV for a name that ends in .csv
   std::optional<std::uint64_t> flash_size = std::nullopt;
   bool force = false;
-  bool all = false;  // every camera there is
+  bool all = false;         // every camera there is
+  std::string region = {};  // where the image goes, in place of an address
+  ImageForm form = ImageForm::kAuto;
+  std::vector<ImageWish> more = {};  // images besides the first
 };
 
 ExitCode Run(const FlashVerifyCommand& command, Context& context);

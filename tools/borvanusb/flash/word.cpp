@@ -21,6 +21,7 @@
 #include "flash/engine/sector_plan.h"
 #include "flash/engine/work_journal.h"
 #include "flash/flash_options.h"
+#include "flash/regions.h"
 #include "flash/report.h"
 #include "flash/word.h"
 #include "output/output.h"
@@ -65,7 +66,8 @@ void RefuseOpenSector(Camera& camera, const JournalStore& store, const Range& wo
     return;
   }
   const std::vector<std::uint8_t> now = camera.ReadFlash(sectors.address, sectors.size, {});
-  const RecoveryRequest request{camera.Identity().path, word, {}, sectors, now, bytes, {}};
+  const RecoveryRequest request{
+      camera.Identity().path, {{word.first, bytes}}, {}, sectors, now, {}};
   const Recovery recovery = Recover(
       request, journals, [&](const Journal& journal) { return CompareLandmarks(camera, journal); });
   if (!recovery.used.empty()) {
@@ -148,6 +150,7 @@ class WordWriter {
                         .sha256 = Sha256(BytesOf(value)),
                         .address = command_.address,
                         .size = kWordSize,
+                        .ranges = {},
                         .backup = backup,
                         .sectors = {},
                         .landmarks = {},
@@ -183,11 +186,15 @@ ExitCode Run(const FlashWordCommand& command, Context& context) {
         "The last word is at 0xfffffffc.");
   }
   const CameraIdentity identity = ChosenCamera(context.host, context.common.cameras);
+  const Range place{command.address, command.address + (kWordSize - 1)};
+  const FlashLayout layout = LayoutFor(identity, context);
+  if (command.value && !command.force) {
+    RefuseReadOnly(layout, {place}, Format("ADDR: {}", Text(place)), ExitCode::kUsage);
+  }
   const auto reservation =
       command.value ? context.host.ReserveCamera(identity) : std::unique_ptr<Host::Reservation>();
   const auto camera = context.host.OpenCamera(identity);
-  CheckWithinFlash(*camera, "ADDR", {command.address, command.address + (kWordSize - 1)},
-                   command.flash_size, context.output);
+  CheckWithinFlash(*camera, "ADDR", place, SizeFor(command.flash_size, layout), context.output);
   context.result["camera"] = CameraJson(identity);
   context.result["address"] = command.address;
   if (command.value) {
@@ -221,6 +228,7 @@ CommandRule FlashWordRule() {
       [](FlashWordCommand& command, const std::string& text) { command.value = WordValue(text); });
   AddFlashSize(rule);
   rule.AddFlag("--yes", "write without asking", &FlashWordCommand::yes);
+  rule.AddFlag("--force", "write into a read-only region, too", &FlashWordCommand::force);
   AddBackup(rule, "in this folder");
   rule.Check(CheckWord);
   rule.Example("borvanusb flash word 0x40000");

@@ -18,6 +18,7 @@ struct FlashWordCommand {
   bool backup = true;
   std::string backup_file = {};  // empty: in the current folder, named after camera, address, time
   std::optional<std::uint64_t> flash_size = std::nullopt;
+  bool force = false;  // in a read-only region, too
 };
 
 ExitCode Run(const FlashWordCommand& command, Context& context);

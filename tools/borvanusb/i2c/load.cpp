@@ -55,6 +55,18 @@ void CheckDevice(const I2cLoadCommand& command, const CheckedI2cList& checked, C
   }
 }
 
+// The command without what only a profile says of the device: a list may name another one itself.
+I2cLoadCommand WithoutDefaults(I2cLoadCommand command, const Context& context) {
+  for (const std::string& option : context.common.defaulted) {
+    if (option == "--slave") {
+      command.i2c.slave.reset();
+    } else if (option == "--mode") {
+      command.i2c.mode = I2cOptions().mode;
+    }
+  }
+  return command;
+}
+
 // The slave that all of a list is for; nothing if there are several.
 std::optional<std::uint32_t> OnlySlave(const CheckedI2cList& checked) {
   const bool one = std::ranges::all_of(checked.list.entries, [&](const ListEntry& entry) {
@@ -93,7 +105,7 @@ ExitCode Run(const I2cLoadCommand& command, Context& context) {
   const std::optional<I2cTarget> given =
       command.i2c.slave ? std::optional(TargetOf(command.i2c)) : std::nullopt;
   const CheckedI2cList checked = CheckI2cList(ReadTextOrInput(command.file, context.host), given);
-  CheckDevice(command, checked, context);
+  CheckDevice(checked.opens_itself ? WithoutDefaults(command, context) : command, checked, context);
   if (command.check_only) {
     const ExitCode code = ReportCheck("i2c load", name, checked.list, checked.registers, context);
     context.result["file"] = command.file;

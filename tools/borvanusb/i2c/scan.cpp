@@ -143,6 +143,7 @@ std::string DoubtText(std::uint32_t value, std::int32_t mode) {
 
 std::vector<std::string> NamesOf(const std::vector<std::int32_t>& modes) {
   std::vector<std::string> names;
+  names.reserve(modes.size());
   for (const std::int32_t mode : modes) {
     names.emplace_back(WidthModeOf(mode).name);
   }

@@ -122,7 +122,7 @@ ExitCode Run(const RegShowCommand& command, Context& context) {
 CommandRule RegShowRule() {
   RuleOf<RegShowCommand> rule({"reg", "show"}, "Shows what a register is and what it holds.");
   rule.Add(
-      Argument("NAME", "a register or field of the profile: SENSOR.CTRL"),
+      NamesOf("registers", Argument("NAME", "a register or field of the profile: SENSOR.CTRL")),
       [](RegShowCommand& command, const std::string& text) { command.name = FileValue(text); });
   rule.Add(Flag("--no-read", "show the documentation alone; with --profile no camera is needed"),
            [](RegShowCommand& command, const std::string&) { command.read = false; });

@@ -74,7 +74,7 @@ ExitCode Run(const RegReadCommand& command, Context& context) {
 
 CommandRule RegReadRule() {
   RuleOf<RegReadCommand> rule({"reg", "read"}, "Reads registers of the camera's chip or by name.");
-  rule.Add(Repeated(Required(Argument("WHAT", kWhatText))),
+  rule.Add(NamesOf("registers", Repeated(Required(Argument("WHAT", kWhatText)))),
            [](RegReadCommand& command, const std::string& text) {
              command.words.push_back(RegisterWord(text));
              if (command.words.size() == 1 && IsNumberWord(text)) {

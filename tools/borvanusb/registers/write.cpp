@@ -130,9 +130,10 @@ ExitCode Run(const RegWriteCommand& command, Context& context) {
 CommandRule RegWriteRule() {
   RuleOf<RegWriteCommand> rule({"reg", "write"},
                                "Writes registers of the camera's chip or by name.");
-  rule.Add(Repeated(Argument("WHAT",
-                             "a register and what to write: 0x1a3 0x20, or settings: "
-                             "0x1a3=0x20 SENSOR.GAIN=3 SENSOR.CTRL.MODE=hdr")),
+  rule.Add(NamesOf("settings",
+                   Repeated(Argument("WHAT",
+                                     "a register and what to write: 0x1a3 0x20, or settings: "
+                                     "0x1a3=0x20 SENSOR.GAIN=3 SENSOR.CTRL.MODE=hdr"))),
            StoreWord);
   rule.AddFlag("--wide", "numbers mean registers of 32 bits instead of 8", &RegWriteCommand::wide);
   AddMaskAndVerify(rule);

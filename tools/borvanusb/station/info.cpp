@@ -9,6 +9,7 @@
 #include "command/several_cameras.h"
 #include "command/values.h"
 #include "output/output.h"
+#include "profile/profile_choice.h"
 #include "station/info.h"
 #include "station/info_flash_size.h"
 
@@ -26,8 +27,38 @@ void TellFeatures(std::uint32_t value, Context& context) {
   context.result["fast_i2c"] = fast;
 }
 
-void TellFlashSize(Camera& camera, std::optional<std::uint64_t> told, Context& context) {
-  const FlashSizeAnswer size = AskFlashSize(camera, told);
+// The profile that the camera uses; null when it has none, or several that fit equally well.
+std::shared_ptr<const CameraProfile> TellProfile(const CameraIdentity& camera, Context& context) {
+  std::shared_ptr<const CameraProfile> profile;
+  if (!GivenProfile(context.common, context.host).empty()) {
+    profile = ProfileFor(camera, context);
+  } else {
+    const FolderMatch match = MatchInFolder(camera, context.host);
+    if (!match.equal.empty()) {
+      context.output.Line(Format("profile           ambiguous: {} and {} fit equally well",
+                                 match.best->file, match.equal.front()));
+    } else {
+      profile = match.best;
+    }
+  }
+  if (profile != nullptr) {
+    context.output.Line(Format("profile           {}, {}", profile->name, profile->file));
+  }
+  context.result["profile"] =
+      profile != nullptr ? nlohmann::ordered_json{{"file", profile->file}, {"name", profile->name}}
+                         : nlohmann::ordered_json();
+  return profile;
+}
+
+FlashSizeAnswer FlashSizeOf(Camera& camera, std::optional<std::uint64_t> told,
+                            const CameraProfile* profile) {
+  if (!told && profile != nullptr && profile->flash.size) {
+    return {profile->flash.size, "from the profile"};
+  }
+  return AskFlashSize(camera, told);
+}
+
+void TellFlashSize(const FlashSizeAnswer& size, Context& context) {
   context.output.Line(Format("flash size        {}",
                              size.bytes ? Format("{}, {}", SizeText(*size.bytes), size.how)
                                         : Format("{}; set it with --flash-size", size.how)));
@@ -57,11 +88,12 @@ ExitCode Run(const InfoCommand& command, Context& context) {
   context.output.Line(Format("camera            {}", CameraLine(identity)));
   context.output.Line(Format("path              {}", identity.path));
   context.result = {{"camera", CameraJson(identity)}};
+  const auto profile = TellProfile(identity, context);
   const auto camera = context.host.OpenCamera(identity);
   const std::uint32_t features = camera->ReadRegister(kFeatureRegister, RegisterWidth::kByte);
   context.output.Line("vendor unit       answers");
   TellFeatures(features, context);
-  TellFlashSize(*camera, command.flash_size, context);
+  TellFlashSize(FlashSizeOf(*camera, command.flash_size, profile.get()), context);
   return ExitCode::kDone;
 }
 

@@ -1,15 +1,14 @@
 #include "station/operand.h"
 
-#include <optional>
 #include <string_view>
 #include <vector>
 
 #include "base/format.h"
 #include "base/numbers.h"
 #include "base/width_modes.h"
-#include "camera/i2c_failure.h"
 #include "command/values.h"
 #include "i2c/i2c_options.h"
+#include "names/field_value.h"
 
 namespace borvanusb {
 
@@ -18,24 +17,16 @@ namespace {
 constexpr std::string_view kWidePrefix = "wide:";
 constexpr std::string_view kI2cPrefix = "i2c:";
 constexpr std::uint64_t kHighestSlave = 0xFF;
-constexpr int kByteDigits = 2;
-constexpr int kWideDigits = 8;
 constexpr int kAddressDigits = 4;
-constexpr int kBitsPerDigit = 4;
-
-// A value of the camera, read from its text.
-struct Operand {
-  std::uint32_t address = 0;
-  bool wide = false;
-  std::optional<I2cTarget> i2c;  // nothing for a register of the chip
-};
+constexpr std::uint32_t kBitsPerDigit = 4;
+constexpr int kWidestName = 64;
 
 std::uint32_t Address(std::string_view text) {
   const auto number = ParseNumber(text);
   if (!number || *number > kHighestNumber) {
     throw WrongValue(
-        "is no register: an address such as 0x1a3, wide:0x1a3, or i2c:SLAVE:ADDR such as "
-        "i2c:0x6c:0x300a, where :8/8 or another width mode may follow");
+        "is no register: a name of the profile, an address such as 0x1a3, wide:0x1a3, or "
+        "i2c:SLAVE:ADDR such as i2c:0x6c:0x300a, where :8/8 or another width mode may follow");
   }
   return static_cast<std::uint32_t>(*number);
 }
@@ -52,7 +43,7 @@ std::vector<std::string> Parts(std::string_view text) {
   }
 }
 
-Operand I2cOperand(std::string_view text) {
+RegisterAccess I2cOperand(std::string_view text) {
   const std::vector<std::string> parts = Parts(text);
   const auto slave = ParseNumber(parts.front());
   const bool has_mode = parts.size() == 3;
@@ -61,52 +52,76 @@ Operand I2cOperand(std::string_view text) {
         "is no register on the I2C bus: i2c:SLAVE:ADDR or i2c:SLAVE:ADDR:MODE, with SLAVE from 0 "
         "to 255, such as i2c:0x6c:0x300a:16/8");
   }
-  Operand operand{Address(parts[1]), false, I2cTarget{static_cast<std::uint32_t>(*slave), 1, 0}};
+  I2cTarget target{static_cast<std::uint32_t>(*slave), 1, 0};
   if (has_mode) {
-    operand.i2c->mode = WidthModeValue(parts[2]);
+    target.mode = WidthModeValue(parts[2]);
   }
-  const WidthMode& mode = WidthModeOf(operand.i2c->mode);
-  if (operand.address > mode.highest_address) {
+  const std::uint32_t address = Address(parts[1]);
+  const WidthMode& mode = WidthModeOf(target.mode);
+  if (address > mode.highest_address) {
     throw WrongValue(Format("is not allowed: addresses of width mode {} go up to {}", mode.name,
                             Hex(mode.highest_address)));
   }
-  return operand;
+  return I2cAccess(target, address);
 }
 
-Operand Parse(std::string_view text) {
+RegisterAccess Parse(std::string_view text) {
   if (text.starts_with(kI2cPrefix)) {
     return I2cOperand(text.substr(kI2cPrefix.size()));
   }
   const bool wide = text.starts_with(kWidePrefix);
-  return {Address(wide ? text.substr(kWidePrefix.size()) : text), wide, std::nullopt};
+  return ChipAccess(Address(wide ? text.substr(kWidePrefix.size()) : text), wide);
 }
 
-int DigitsOf(const Operand& operand) {
-  if (operand.i2c) {
-    return WidthModeOf(operand.i2c->mode).value_digits;
-  }
-  return operand.wide ? kWideDigits : kByteDigits;
+std::string NameOf(const RegisterAccess& access) {
+  return access.on_i2c ? Format("slave {}, register {}", Hex(access.target.slave, 2),
+                                Hex(access.address, WidthModeOf(access.target.mode).address_digits))
+                       : Format("register {}", Hex(access.address, kAddressDigits));
 }
 
 }  // namespace
 
-int CheckOperand(const std::string& text) {
-  return DigitsOf(Parse(text)) * kBitsPerDigit;
+bool IsNamedOperand(const std::string& text) {
+  return MayBeName(text) && text.find(':') == std::string::npos;
 }
 
-OperandValue ReadOperand(const std::string& text, Camera& camera, Context& /*context*/) {
-  const Operand operand = Parse(text);
-  const int digits = DigitsOf(operand);
-  if (operand.i2c) {
-    const std::uint32_t value = ExplainingI2c(
-        camera, *operand.i2c, [&] { return camera.ReadI2c(*operand.i2c, operand.address); });
-    return {value, digits,
-            Format("slave {}, register {}", Hex(operand.i2c->slave, 2),
-                   Hex(operand.address, WidthModeOf(operand.i2c->mode).address_digits))};
+int CheckOperand(const std::string& text) {
+  return IsNamedOperand(text) ? kWidestName : static_cast<int>(Parse(text).access_bits);
+}
+
+Operand ResolveOperand(const std::string& text, const CameraIdentity& camera, Context& context) {
+  if (!IsNamedOperand(text)) {
+    const RegisterAccess access = Parse(text);
+    return {{access, {}}, NameOf(access), nullptr};
   }
-  return {camera.ReadRegister(operand.address,
-                              operand.wide ? RegisterWidth::kWide : RegisterWidth::kByte),
-          digits, Format("register {}", Hex(operand.address, kAddressDigits))};
+  Operand operand;
+  operand.names = NamesNeededFor(text, camera, context);
+  const NamedTarget target = operand.names->Find(text);
+  operand.at = {AccessOf(*target.of), target};
+  operand.name = NameOf(target);
+  return operand;
+}
+
+std::string ValueText(const Operand& operand, std::uint64_t value) {
+  const NamedTarget& target = operand.at.target;
+  if (target.of == nullptr) {
+    return Hex(value, static_cast<int>(operand.at.access.access_bits / kBitsPerDigit));
+  }
+  const std::string meaning = target.field != nullptr ? MeaningOf(*target.field, value) : "";
+  return Format("{}{}", ValueText(target, value), meaning.empty() ? "" : Format(" ({})", meaning));
+}
+
+std::uint64_t ValueOf(const Operand& operand, const std::string& text) {
+  if (operand.at.target.of != nullptr) {
+    return ComparableValue(operand.at.target, text);
+  }
+  // Its form was checked when the line was read.
+  return ParseNumber(text).value_or(0);
+}
+
+std::uint64_t ReadOperand(const Operand& operand, Camera& camera) {
+  const std::uint64_t value = ReadOne(operand.at.access, camera);
+  return operand.at.target.of != nullptr ? PartOf(operand.at.target, value) : value;
 }
 
 }  // namespace borvanusb

@@ -81,7 +81,7 @@ ExitCode Run(const PresetDiffCommand& command, Context& context) {
 CommandRule PresetApplyRule() {
   RuleOf<PresetApplyCommand> rule({"preset", "apply"}, "Sets registers as a preset says.");
   rule.Add(
-      Argument("NAME", "a preset of the camera's profile"),
+      NamesOf("presets", Argument("NAME", "a preset of the camera's profile")),
       [](PresetApplyCommand& command, const std::string& text) { command.name = FileValue(text); });
   rule.AddFlag("--verify", kVerifyText, &PresetApplyCommand::verify);
   rule.Details("Its settings are written in their order, each register once.");
@@ -92,7 +92,7 @@ CommandRule PresetApplyRule() {
 CommandRule PresetDiffRule() {
   RuleOf<PresetDiffCommand> rule({"preset", "diff"}, "Shows where a camera differs from a preset.");
   rule.Add(
-      Argument("NAME", "a preset of the camera's profile"),
+      NamesOf("presets", Argument("NAME", "a preset of the camera's profile")),
       [](PresetDiffCommand& command, const std::string& text) { command.name = FileValue(text); });
   rule.Add(
       File(Option("--csv", "FILE", "write the differences to a file, too")),

@@ -151,10 +151,11 @@ ExitCode Run(const PresetSaveCommand& command, Context& context) {
 CommandRule PresetSaveRule() {
   RuleOf<PresetSaveCommand> rule({"preset", "save"},
                                  "Saves what registers hold as a preset of the profile.");
-  rule.Add(Argument("NAME", "the preset"), [](PresetSaveCommand& command, const std::string& text) {
-    command.name = FileValue(text);
-  });
-  rule.Add(Optional(Repeated(Argument("WHAT", "registers and fields; else those of the preset"))),
+  rule.Add(
+      NamesOf("presets", Argument("NAME", "the preset")),
+      [](PresetSaveCommand& command, const std::string& text) { command.name = FileValue(text); });
+  rule.Add(NamesOf("registers", Optional(Repeated(Argument(
+                                    "WHAT", "registers and fields; else those of the preset")))),
            [](PresetSaveCommand& command, const std::string& text) {
              command.words.push_back(RegisterWord(text));
            });

@@ -1,6 +1,7 @@
 #include "station/run.h"
 
 #include <algorithm>
+#include <utility>
 #include "base/format.h"
 #include "base/joined.h"
 #include "command/command_line.h"
@@ -9,6 +10,7 @@
 #include "command/standard_streams.h"
 #include "command/values.h"
 #include "output/output.h"
+#include "station/prompt.h"
 #include "station/script.h"
 #include "station/script_commands.h"
 #include "station/script_variables.h"
@@ -17,27 +19,45 @@ namespace borvanusb {
 
 namespace {
 
-std::optional<LineCommand> ReadLine(const std::string& line, ScriptVariables& variables) {
+std::optional<LineCommand> ReadLine(const std::string& line, ScriptVariables& variables,
+                                    const DefaultsSource& defaults) {
   const std::vector<std::string> words = SplitLine(line);
   if (words.empty()) {
     return std::nullopt;
   }
   const std::vector<std::string> expanded = variables.Expand(words);
-  LineCommand command{ParseScriptLine(expanded), {}};
+  LineCommand command{ParseScriptLine(expanded, defaults), {}};
   if (expanded != words) {
     command.expanded = LineText(expanded);
   }
   return command;
 }
 
+ExitCode RunTyped(ScriptVariables variables, Context& context) {
+  Terminal* const terminal = context.host.Prompt();
+  if (terminal == nullptr || !context.output.OutputIsTerminal()) {
+    throw Failure(ExitCode::kUsage, "FILE is missing, and there is no terminal to type lines at",
+                  "Give a script, or borvanusb run - to read it from standard input.");
+  }
+  if (context.common.json) {
+    throw Failure(ExitCode::kUsage, "--json: lines that are typed print no object",
+                  "Give a script to get its results as one object.");
+  }
+  return RunPrompt(*terminal, std::move(variables), context);
+}
+
 }  // namespace
 
 ExitCode Run(const RunCommand& command, Context& context) {
+  const DefaultsSource defaults = LineDefaults(context);
   ScriptVariables variables(command.variables);
+  if (command.file.empty()) {
+    return RunTyped(std::move(variables), context);
+  }
   const std::string name = ShownName(command.file, kStandardInput);
   const std::vector<ScriptLine> lines = ReadScript(
       name, ReadTextOrInput(command.file, context.host),
-      [&](const std::string& line) { return ReadLine(line, variables); }, context);
+      [&](const std::string& line) { return ReadLine(line, variables, defaults); }, context);
   if (const std::vector<std::string> unused = variables.Unused(); !unused.empty()) {
     context.output.Note(
         Format("note: {} does not use the variable {}", name, Joined(unused, ", ")));
@@ -50,7 +70,8 @@ ExitCode Run(const RunCommand& command, Context& context) {
 CommandRule RunRule() {
   RuleOf<RunCommand> rule({"run"}, "Runs a script: commands as written here, one per line.");
   rule.Add(
-      File(Argument("FILE", "the script, - for standard input; # begins a comment")),
+      File(Optional(Argument(
+          "FILE", "the script, - for standard input; without it a terminal shows a prompt"))),
       [](RunCommand& command, const std::string& text) { command.file = FileOrStreamValue(text); });
   rule.Add(Repeated(Option("--set", "NAME=VALUE", "the value of ${NAME} in the script")),
            [](RunCommand& command, const std::string& text) {
@@ -62,6 +83,11 @@ CommandRule RunRule() {
              command.variables.push_back(variable);
            });
   rule.AddFlag("--keep-going", "run the other lines too if one fails", &RunCommand::keep_going);
+  rule.Check([](const RunCommand& command, const GivenOptions&) {
+    if (command.file.empty() && command.keep_going) {
+      throw WrongUse("--keep-going: is for a script; the prompt goes on in any case");
+    }
+  });
   rule.Details(
       "A line has neither the word borvanusb nor a shell; \"quotes\" hold blanks. All lines are "
       "checked before the first one runs. Only in scripts: sleep 100ms, ask \"QUESTION\", "

@@ -12,7 +12,7 @@ struct CommandRule;
 struct Context;
 
 struct RunCommand {
-  std::string file;  // "-": standard input
+  std::string file;  // "-": standard input; empty: lines typed at the terminal
   bool keep_going = false;
   std::vector<std::pair<std::string, std::string>> variables = {};  // name, value
 };

@@ -57,8 +57,12 @@ void CheckLineOptions(const Arguments& arguments, const std::string& where) {
       {"--json", given.json},
       {"--quiet", given.quiet},
       {"--verbose", given.verbose},
+      {"--profile", !given.profile.empty()},
+      {"--force-profile", given.force_profile},
       {"--trace", !given.trace.empty()},
       {"--log", !given.log.empty()},
+      {"--profile", !given.profile.empty()},
+      {"--force-profile", given.force_profile},
       {"--wait", given.wait != standard.wait},
       {"--timeout", given.timeout != standard.timeout},
       {"--progress", given.progress != standard.progress},
@@ -70,10 +74,6 @@ void CheckLineOptions(const Arguments& arguments, const std::string& where) {
                     "Give it to borvanusb run itself.");
     }
   }
-  if (ValuesOf<RunCommand>(*arguments.command) != nullptr) {
-    throw Failure(ExitCode::kUsage, Format("a {} can't run another one", where),
-                  "Put the lines of the other script into this one.");
-  }
 }
 
 ExitCode RunLine(const Arguments& line, const CommandRunner& run, Context& outer, Json& result) {
@@ -82,6 +82,7 @@ ExitCode RunLine(const Arguments& line, const CommandRunner& run, Context& outer
     common.cameras = line.common.cameras;
   }
   common.words = line.common.words;
+  common.defaulted = line.common.defaulted;
   Context context{common, outer.host, outer.output, outer.progress, result};
   const CameraWait wait(context);
   try {
@@ -109,6 +110,10 @@ std::vector<ScriptLine> ReadScript(const std::string& file, const std::string& t
     try {
       if (std::optional<LineCommand> command = read_line(words)) {
         CheckLineOptions(command->arguments, "script");
+        if (ValuesOf<RunCommand>(*command->arguments.command) != nullptr) {
+          throw Failure(ExitCode::kUsage, "a script can't run another one",
+                        "Put the lines of the other script into this one.");
+        }
         lines.push_back({line.number, words, std::move(*command)});
       }
     } catch (const Failure& failure) {

@@ -33,8 +33,8 @@ using LineReader = std::function<std::optional<LineCommand>(const std::string& l
 using CommandRunner = std::function<ExitCode(const Command&, Context&)>;
 
 // Of the common options only the camera can be another for each line: output and time limit belong
-// to the process. Throws Failure kUsage for the others, and for a script in a script.
-//   where  "a script"
+// to the process. Throws Failure kUsage for the others.
+//   where  "script"
 void CheckLineOptions(const Arguments& arguments, const std::string& where);
 
 // Runs a line with its own camera or that of `outer`. Throws Failure for what keeps it from being

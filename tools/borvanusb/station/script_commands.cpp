@@ -9,6 +9,8 @@
 
 #include "base/failure.h"
 #include "base/format.h"
+#include "camera/camera_choice.h"
+#include "camera/host.h"
 #include "command/camera_work.h"
 #include "command/context.h"
 #include "command/values.h"
@@ -49,59 +51,76 @@ Comparison ComparisonValue(const std::string& text) {
   return found->comparison;
 }
 
-bool Holds(const Condition& condition, std::uint32_t found) {
-  switch (condition.comparison) {
+bool Holds(Comparison comparison, std::uint64_t found, std::uint64_t expected) {
+  switch (comparison) {
     case Comparison::kEqual:
-      return found == condition.value;
+      return found == expected;
     case Comparison::kDifferent:
-      return found != condition.value;
+      return found != expected;
     case Comparison::kLess:
-      return found < condition.value;
+      return found < expected;
     case Comparison::kAtMost:
-      return found <= condition.value;
+      return found <= expected;
     case Comparison::kGreater:
-      return found > condition.value;
+      return found > expected;
     case Comparison::kAtLeast:
-      return found >= condition.value;
+      return found >= expected;
   }
   return false;
 }
 
-// A condition and what was found for it.
+// A condition on a certain camera.
+struct Question {
+  const Condition& condition;
+  Operand operand;
+  std::uint64_t expected = 0;
+};
+
+Question AskAbout(const Condition& condition, const CameraIdentity& camera, Context& context) {
+  Question question{condition, ResolveOperand(condition.what, camera, context), 0};
+  question.expected = ValueOf(question.operand, condition.value);
+  return question;
+}
+
+// What was found for a question.
 struct Finding {
-  OperandValue read;
-  std::uint32_t compared = 0;  // with the mask
+  std::uint64_t value = 0;
+  std::uint64_t compared = 0;  // with the mask
   bool met = false;
 };
 
-Finding Look(const Condition& condition, Camera& camera, Context& context) {
+Finding Look(const Question& question, Camera& camera) {
   Finding finding;
-  finding.read = ReadOperand(condition.what, camera, context);
-  finding.compared = finding.read.value & condition.mask.value_or(kHighestNumber);
-  finding.met = Holds(condition, finding.compared);
+  finding.value = ReadOperand(question.operand, camera);
+  finding.compared =
+      question.condition.mask ? finding.value & *question.condition.mask : finding.value;
+  finding.met = Holds(question.condition.comparison, finding.compared, question.expected);
   return finding;
 }
 
-std::string WantedText(const Condition& condition, int digits) {
-  return Format("{} {}", TextOf(condition.comparison), Hex(condition.value, digits));
+std::string WantedText(const Question& question) {
+  return Format("{} {}", TextOf(question.condition.comparison),
+                ValueText(question.operand, question.expected));
 }
 
 // "register 0x01a3 holds 0x21, with mask 0x20 that is 0x20".
-std::string FoundText(const Condition& condition, const Finding& finding) {
-  const int digits = finding.read.digits;
+std::string FoundText(const Question& question, const Finding& finding) {
   const std::string found =
-      Format("{} holds {}", finding.read.name, Hex(finding.read.value, digits));
-  return condition.mask ? Format("{}, which is {} with mask {}", found,
-                                 Hex(finding.compared, digits), Hex(*condition.mask, digits))
-                        : found;
+      Format("{} holds {}", question.operand.name, ValueText(question.operand, finding.value));
+  const auto& mask = question.condition.mask;
+  return mask ? Format("{}, which is {} with mask {}", found,
+                       ValueText(question.operand, finding.compared),
+                       ValueText(question.operand, *mask))
+              : found;
 }
 
-Json ResultJson(const Condition& condition, const Finding& finding) {
+Json ResultJson(const Question& question, const Finding& finding) {
+  const Condition& condition = question.condition;
   return {{"what", condition.what},
           {"mask", condition.mask ? Json(*condition.mask) : Json()},
           {"comparison", TextOf(condition.comparison)},
-          {"expected", condition.value},
-          {"value", finding.read.value},
+          {"expected", question.expected},
+          {"value", finding.value},
           {"met", finding.met}};
 }
 
@@ -111,7 +130,9 @@ std::string SecondsText(std::chrono::milliseconds time) {
 
 template <typename C>
 void AddCondition(RuleOf<C>& rule) {
-  rule.Add(Argument("WHAT", "0x1a3, wide:0x1a3 or i2c:SLAVE:ADDR[:MODE]; &MASK may follow"),
+  rule.Add(Argument("WHAT",
+                    "a name of the profile, 0x1a3, wide:0x1a3 or i2c:SLAVE:ADDR[:MODE]; &MASK may "
+                    "follow"),
            [](C& command, const std::string& text) {
              const std::size_t mark = text.find('&');
              command.condition.what = text.substr(0, mark);
@@ -124,12 +145,21 @@ void AddCondition(RuleOf<C>& rule) {
            [](C& command, const std::string& text) {
              command.condition.comparison = ComparisonValue(text);
            });
-  rule.Add(Argument("VALUE", "the number to compare with"),
-           [](C& command, const std::string& text) { command.condition.value = WordValue(text); });
+  rule.Add(Argument("VALUE", "the number to compare with, or the name of a field's value"),
+           [](C& command, const std::string& text) {
+             if (!IsNamedOperand(command.condition.what)) {
+               WordValue(text);
+             }
+             command.condition.value = text;
+           });
   rule.Check([](const C& command, const GivenOptions&) {
     const Condition& condition = command.condition;
+    if (IsNamedOperand(condition.what)) {
+      return;
+    }
     const int bits = CheckOperand(condition.what);
-    CheckFits("VALUE", condition.value, bits, Format("the values of {}", condition.what));
+    CheckFits("VALUE", WordValue(condition.value), bits,
+              Format("the values of {}", condition.what));
     CheckFits("WHAT: the mask", condition.mask.value_or(0), bits,
               Format("the values of {}", condition.what));
   });
@@ -178,13 +208,15 @@ ExitCode Run(const SleepCommand& command, Context& context) {
 }
 
 ExitCode Run(const WaitCommand& command, Context& context) {
-  const auto camera = OpenChosenCamera(context);
+  const CameraIdentity identity = ChosenCamera(context.host, context.common.cameras);
+  const Question question = AskAbout(command.condition, identity, context);
+  const auto camera = context.host.OpenCamera(identity);
   const auto begin = context.host.Clock();
   while (true) {
     std::optional<Failure> unread;
     std::optional<Finding> finding;
     try {
-      finding = Look(command.condition, *camera, context);
+      finding = Look(question, *camera);
     } catch (const Failure& failure) {
       // A sensor that comes out of reset does not answer yet.
       if (failure.Code() != ExitCode::kDevice) {
@@ -193,8 +225,8 @@ ExitCode Run(const WaitCommand& command, Context& context) {
       unread = failure;
     }
     if (finding && finding->met) {
-      context.output.Line(FoundText(command.condition, *finding));
-      context.result = ResultJson(command.condition, *finding);
+      context.output.Line(FoundText(question, *finding));
+      context.result = ResultJson(question, *finding);
       return ExitCode::kDone;
     }
     if (context.host.Clock() - begin >= command.limit) {
@@ -203,11 +235,10 @@ ExitCode Run(const WaitCommand& command, Context& context) {
                       Format("{}; waited {} for it", unread->Message(), SecondsText(command.limit)),
                       unread->Hint());
       }
-      throw Failure(
-          ExitCode::kTimeout,
-          Format("{}; waited {} for {}", FoundText(command.condition, *finding),
-                 SecondsText(command.limit), WantedText(command.condition, finding->read.digits)),
-          "Check what should change the value, or wait longer with --timeout.");
+      throw Failure(ExitCode::kTimeout,
+                    Format("{}; waited {} for {}", FoundText(question, *finding),
+                           SecondsText(command.limit), WantedText(question)),
+                    "Check what should change the value, or wait longer with --timeout.");
     }
     context.host.Sleep(kPollInterval);
     if (context.host.StopRequested()) {
@@ -217,16 +248,17 @@ ExitCode Run(const WaitCommand& command, Context& context) {
 }
 
 ExitCode Run(const ExpectCommand& command, Context& context) {
-  const auto camera = OpenChosenCamera(context);
-  const Finding finding = Look(command.condition, *camera, context);
-  context.result = ResultJson(command.condition, finding);
+  const CameraIdentity identity = ChosenCamera(context.host, context.common.cameras);
+  const Question question = AskAbout(command.condition, identity, context);
+  const auto camera = context.host.OpenCamera(identity);
+  const Finding finding = Look(question, *camera);
+  context.result = ResultJson(question, finding);
   if (!finding.met) {
     TellOutcome(context, "expect",
-                Format("{}; expected {}", FoundText(command.condition, finding),
-                       WantedText(command.condition, finding.read.digits)));
+                Format("{}; expected {}", FoundText(question, finding), WantedText(question)));
     return ExitCode::kVerify;
   }
-  context.output.Line(FoundText(command.condition, finding));
+  context.output.Line(FoundText(question, finding));
   return ExitCode::kDone;
 }
 
@@ -264,18 +296,23 @@ const CommandRules& LineRules() {
 
 }  // namespace
 
-Arguments ParseScriptLine(const std::vector<std::string>& words) {
+std::variant<Arguments, TextAnswer> ParseLine(const std::vector<std::string>& words,
+                                              const DefaultsSource& defaults) {
   try {
-    auto parsed = ParseCommandLine(words, LineRules());
-    if (std::holds_alternative<Arguments>(parsed)) {
-      return std::get<Arguments>(std::move(parsed));
-    }
+    return ParseCommandLine(words, LineRules(), defaults);
   } catch (const Failure& failure) {
     if (!IsScriptOnly(words.front())) {
       throw;
     }
     // These lines have no --help of their own.
     throw Failure(failure.Code(), failure.Message(), "borvanusb run --help shows these lines.");
+  }
+}
+
+Arguments ParseScriptLine(const std::vector<std::string>& words, const DefaultsSource& defaults) {
+  auto parsed = ParseLine(words, defaults);
+  if (std::holds_alternative<Arguments>(parsed)) {
+    return std::get<Arguments>(std::move(parsed));
   }
   throw Failure(ExitCode::kUsage, "--help and --version are no commands of a script",
                 "Remove the line.");

@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <variant>
 #include <vector>
 
 #include "base/exit_code.h"
@@ -15,7 +16,7 @@ namespace borvanusb {
 
 struct Context;
 
-// How a value is compared with a number.
+// How values are compared.
 enum class Comparison { kEqual, kDifferent, kLess, kAtMost, kGreater, kAtLeast };
 
 // "0x1a3&0x20 == 0x20".
@@ -23,7 +24,7 @@ struct Condition {
   std::string what;                   // an operand, see station/operand.h
   std::optional<std::uint32_t> mask;  // bits of it that count
   Comparison comparison = Comparison::kEqual;
-  std::uint32_t value = 0;
+  std::string value;  // a number, or the name of a field's value
 };
 
 struct SleepCommand {
@@ -53,8 +54,12 @@ ExitCode Run(const AskCommand& command, Context& context);
 
 // The rules of these lines alone.
 const CommandRules& ScriptOnlyRules();
+// Reads the words of a line at the prompt: one of these, a command of the tool, or --help. Throws
+// Failure kUsage.
+std::variant<Arguments, TextAnswer> ParseLine(const std::vector<std::string>& words,
+                                              const DefaultsSource& defaults);
 // Reads the words of a script's line: one of these, or a command of the tool. Throws Failure
 // kUsage.
-Arguments ParseScriptLine(const std::vector<std::string>& words);
+Arguments ParseScriptLine(const std::vector<std::string>& words, const DefaultsSource& defaults);
 
 }  // namespace borvanusb

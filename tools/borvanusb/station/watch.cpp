@@ -252,7 +252,7 @@ void CheckWatch(const WatchCommand& command, const GivenOptions& given) {
 
 CommandRule WatchRule() {
   RuleOf<WatchCommand> rule({"watch"}, "Polls registers and shows what changes.");
-  rule.Add(Optional(Repeated(Argument("WHAT", kWhatText))),
+  rule.Add(NamesOf("registers", Optional(Repeated(Argument("WHAT", kWhatText)))),
            [](WatchCommand& command, const std::string& text) {
              command.words.push_back(RegisterWord(text));
            });

@@ -12,6 +12,7 @@
 #include "windows/child_processes.h"
 #include "windows/system_report.h"
 #include "windows/text.h"
+#include "windows/workbench_process.h"
 
 namespace borvanusb {
 
@@ -173,6 +174,10 @@ SystemReport WindowsHost::ExamineSystem() {
   return ExamineWindows(Loaded());
 }
 
+Terminal* WindowsHost::Prompt() {
+  return Console::CanAsk() ? &terminal_ : nullptr;
+}
+
 std::string WindowsHost::LibraryVersion() {
   return Loaded().Version();
 }
@@ -193,6 +198,10 @@ std::vector<std::string> WindowsHost::Details() const {
   }
   details.push_back(Format("calls    {}", calls.empty() ? "none" : calls));
   return details;
+}
+
+WorkbenchPlatform* WindowsHost::Workbench() {
+  return SystemWorkbench();
 }
 
 std::vector<int> WindowsHost::RunChildren(

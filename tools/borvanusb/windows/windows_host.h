@@ -8,6 +8,7 @@
 #include "camera/host.h"
 #include "dll/camera_library.h"
 #include "windows/console.h"
+#include "windows/console_terminal.h"
 #include "windows/loaded_library.h"
 #include "windows/windows_library_platform.h"
 
@@ -38,8 +39,10 @@ class WindowsHost : public Host {
   std::string Environment(const std::string& name) const override;
   SystemReport ExamineSystem() override;
   std::string LibraryVersion() override;
+  Terminal* Prompt() override;
   void ForgetStop() override { supervisor_.ForgetStop(); }
   std::vector<std::string> Details() const override;
+  WorkbenchPlatform* Workbench() override;
   std::vector<int> RunChildren(
       const std::vector<std::vector<std::string>>& arguments,
       const std::function<void(std::size_t, bool, const std::string&)>& on_line) override;
@@ -53,6 +56,7 @@ class WindowsHost : public Host {
   std::chrono::milliseconds limit_{CommonArguments().timeout};
   WindowsLibraryPlatform platform_;
   bool input_was_read_ = false;
+  ConsoleTerminal terminal_{console_};
   std::vector<CameraIdentity> opened_;  // cameras, each once
   std::optional<LoadedLibrary> loaded_;
   std::optional<CameraLibrary> library_;

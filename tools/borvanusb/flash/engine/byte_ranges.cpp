@@ -92,6 +92,22 @@ Ranges Union(Ranges left, const Ranges& right) {
   return joined;
 }
 
+Ranges Within(const Ranges& ranges, const Range& range) {
+  Ranges within;
+  for (const Range& part : ranges) {
+    if (part.first <= range.last && range.first <= part.last) {
+      within.push_back({std::max(part.first, range.first), std::min(part.last, range.last)});
+    }
+  }
+  return within;
+}
+
+bool IsIn(const Ranges& ranges, const Range& range) {
+  return std::ranges::any_of(ranges, [&](const Range& whole) {
+    return whole.first <= range.first && range.last <= whole.last;
+  });
+}
+
 std::string RangesText(const Ranges& ranges) {
   std::string text;
   for (std::size_t i = 0; i < ranges.size() && i < kShownRanges; ++i) {

@@ -35,6 +35,20 @@ Ranges Union(Ranges left, const Ranges& right);
 // Ranges for people: "0x1000-0x1fff, 0x3000-0x3fff and 5 more".
 std::string RangesText(const Ranges& ranges);
 
+// The parts of `ranges` that lie in `range`.
+Ranges Within(const Ranges& ranges, const Range& range);
+
+// Whether one of them holds all of `range`.
+bool IsIn(const Ranges& ranges, const Range& range);
+
+// Bytes and the address of the first.
+struct PlacedBytes {
+  std::uint32_t address = 0;
+  std::span<const std::uint8_t> bytes;
+
+  Range Place() const { return {address, static_cast<std::uint32_t>(address + bytes.size() - 1)}; }
+};
+
 // The part of `bytes`, which begin at `address`, that lies in `range`.
 template <typename Byte>
 std::span<Byte> PartOf(std::span<Byte> bytes, std::uint32_t address, const Range& range) {

@@ -81,12 +81,12 @@ Evidence operator+(const Evidence& left, const Evidence& right) {
   return {left.agreeing + right.agreeing, left.differing + right.differing};
 }
 
-std::vector<Landmark> TakeLandmarks(Camera& camera, const SectorSpan& sectors) {
-  const std::uint64_t end = std::max<std::uint64_t>(kSure, sectors.address);
+std::vector<Landmark> TakeLandmarks(Camera& camera, const SectorSet& sectors) {
+  const std::uint64_t end = std::max<std::uint64_t>(kSure, sectors.First());
   const std::uint64_t step = end / kLandmarks;
   std::vector<Landmark> landmarks;
   const auto take = [&](std::uint32_t address) {
-    if (address < sectors.address || address >= sectors.End()) {
+    if (!sectors.Holds({address, address})) {
       landmarks.push_back({address, {camera.PeekFlashWord(address)}});
     }
   };
@@ -97,8 +97,8 @@ std::vector<Landmark> TakeLandmarks(Camera& camera, const SectorSpan& sectors) {
   }
   // Right before the change cameras of one kind may well differ.
   for (const std::uint32_t distance : kDistances) {
-    if (distance <= sectors.address) {
-      take(sectors.address - distance);
+    if (distance <= sectors.First()) {
+      take(sectors.First() - distance);
     }
   }
   return landmarks;
@@ -116,7 +116,7 @@ Evidence CompareLandmarks(Camera& camera, const Journal& journal) {
   return evidence;
 }
 
-Evidence CompareSectors(const Journal& journal, const SectorSpan& sectors,
+Evidence CompareSectors(const Journal& journal, const SectorSet& sectors,
                         std::span<const std::uint8_t> now) {
   const std::vector<std::uint8_t> blank(kSectorSize, 0xFF);
   const std::string blank_digest = SectorDigest(blank);
@@ -127,7 +127,7 @@ Evidence CompareSectors(const Journal& journal, const SectorSpan& sectors,
     if (is_open || !sectors.Holds(sector)) {
       continue;
     }
-    const std::string digest = SectorDigest(PartOf(now, sectors.address, sector));
+    const std::string digest = SectorDigest(sectors.PartOf(now, sector));
     const bool agrees = digest == record.now || Holds(record.since, digest) ||
                         (!journal.open_sector && digest == record.after);
     if (!agrees && Holds(record.since, std::string(kAnyContent))) {

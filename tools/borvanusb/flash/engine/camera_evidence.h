@@ -27,7 +27,7 @@ SameCamera Weigh(const Evidence& evidence);
 
 // Words that a change of `sectors` leaves alone: of the first 64 KiB and of all that lies before
 // the sectors. Throws Failure as the camera's reads do.
-std::vector<Landmark> TakeLandmarks(Camera& camera, const SectorSpan& sectors);
+std::vector<Landmark> TakeLandmarks(Camera& camera, const SectorSet& sectors);
 
 // Whether a word can be the landmark's: one that it held, or what a later change that was cut off
 // made of it.
@@ -36,9 +36,9 @@ bool AgreesWith(const Landmark& landmark, std::uint32_t word);
 // The journal's landmarks, read again.
 Evidence CompareLandmarks(Camera& camera, const Journal& journal);
 
-// The sectors that the journal knows, its open one aside, against `now`, which begins with
-// `sectors`. While a sector is open the others stand still.
-Evidence CompareSectors(const Journal& journal, const SectorSpan& sectors,
+// The sectors that the journal knows, its open one aside, against `now`, the content of `sectors`.
+// While a sector is open the others stand still.
+Evidence CompareSectors(const Journal& journal, const SectorSet& sectors,
                         std::span<const std::uint8_t> now);
 
 // Adds to what a journal knows of its flash what a later change may have put there, with the same

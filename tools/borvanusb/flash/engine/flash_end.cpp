@@ -20,15 +20,17 @@ std::string RangeHint(std::uint64_t size) {
                 SizeArgument(size));
 }
 
-constexpr const char* kImageHint =
-    "Check the image and --address. If the flash has another size, give it with --flash-size.";
+std::string ImageHint(const Image& image) {
+  return Format("Check the image and {}. If the flash has another size, give it with --flash-size.",
+                image.has_addresses ? "its addresses" : "--address");
+}
 
 }  // namespace
 
-FlashEnd FindFlashEnd(Camera& camera, std::uint64_t end, std::optional<std::uint64_t> told,
-                      Output& output, std::span<const std::uint8_t> head) {
-  if (told) {
-    return {told, "from --flash-size"};
+FlashEnd FindFlashEnd(Camera& camera, std::uint64_t end, const ToldSize& told, Output& output,
+                      std::span<const std::uint8_t> head) {
+  if (told.size) {
+    return {told.size, told.reason};
   }
   const FlashSizeFinding finding = FindFlashEndBefore(camera, end, head);
   if (!finding.size && !finding.text.empty()) {
@@ -43,19 +45,19 @@ void RefuseBeyondEnd(const Image& image, const FlashEnd& end) {
   if (!end.size || image.End() <= *end.size) {
     return;
   }
-  if (image.address >= *end.size) {
+  if (image.First() >= *end.size && !image.has_addresses) {
     throw Failure(ExitCode::kFile,
-                  Format("--address: {} lies beyond {}", Hex(image.address), FlashText(end)),
-                  kImageHint);
+                  Format("--address: {} lies beyond {}", Hex(image.First()), FlashText(end)),
+                  ImageHint(image));
   }
   throw Failure(ExitCode::kFile,
                 Format("{} does not fit: it would end at {}, beyond {}", image.file,
                        Hex(image.End() - 1), FlashText(end)),
-                kImageHint);
+                ImageHint(image));
 }
 
 std::optional<std::uint64_t> CheckWithinFlash(Camera& camera, const std::string& argument,
-                                              const Range& range, std::optional<std::uint64_t> told,
+                                              const Range& range, const ToldSize& told,
                                               Output& output) {
   const FlashEnd end = FindFlashEnd(camera, std::uint64_t{range.last} + 1, told, output);
   if (end.size && range.last >= *end.size) {
@@ -69,14 +71,14 @@ std::optional<std::uint64_t> CheckWithinFlash(Camera& camera, const std::string&
 }
 
 std::optional<std::uint64_t> CheckWithinFlash(Camera& camera, const Image& image,
-                                              std::optional<std::uint64_t> told, Output& output) {
+                                              const ToldSize& told, Output& output) {
   const FlashEnd end = FindFlashEnd(camera, image.End(), told, output);
   RefuseBeyondEnd(image, end);
   return end.size;
 }
 
-Range WholeFlash(Camera& camera, std::optional<std::uint64_t> told, Output& output) {
-  std::optional<std::uint64_t> size = told;
+Range WholeFlash(Camera& camera, const ToldSize& told, Output& output) {
+  std::optional<std::uint64_t> size = told.size;
   if (!size) {
     const FlashSizeFinding finding = FindFlashSize(camera);
     if (!finding.size) {

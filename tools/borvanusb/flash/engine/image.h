@@ -4,24 +4,32 @@
 #include <string>
 #include <vector>
 
+#include "flash/engine/byte_ranges.h"
+#include "images/segments.h"
+
 namespace borvanusb {
 
-// A firmware image and where it goes.
+// What goes into the flash, and where: the bytes of one file or of several.
 struct Image {
-  std::string file;
-  std::vector<std::uint8_t> bytes;
-  std::string sha256;
-  std::uint32_t address = 0;
+  std::string file;                // its name for messages, or the names of all
+  std::vector<std::string> files;  // the names; automatic backups go beside the first
+  Segments segments;               // at least one
+  std::string sha256;              // of all bytes, in the order of their addresses
+  // The addresses are those of the file or of several places, so no --address moves the whole.
+  bool has_addresses = false;
 
-  std::uint64_t End() const { return std::uint64_t{address} + bytes.size(); }  // one past the last
+  std::uint32_t First() const { return segments.front().address; }
+  std::uint64_t End() const { return segments.back().End(); }  // one past the last
+  std::uint64_t Size() const { return TotalSize(segments); }   // of its bytes, without gaps
+
+  Ranges Places() const { return PlacesOf(segments); }
+  std::vector<PlacedBytes> Named() const;
 };
 
-// Reads an image. Throws Failure: kFile when it can't be read, is empty or does not fit below
-// 4 GiB.
-Image LoadImage(const std::string& file, std::uint32_t address);
+// The image of the segments, in rising order, from these files.
+Image MakeImage(const std::vector<std::string>& files, Segments segments);
 
-// Refuses an image of nothing but 0xff or nothing but 0x00 bytes: the wrong file, mostly. Throws
-// Failure kFile.
-void RefuseBlankImage(const Image& image);
+// The SHA-256 of all bytes, in the order of their addresses.
+std::string Digest(const Segments& segments);
 
 }  // namespace borvanusb

@@ -13,7 +13,10 @@ namespace {
 
 using Json = nlohmann::ordered_json;
 
+// Changes of bytes without gaps; earlier versions of the tool read them, too.
 constexpr int kFormat = 2;
+// With ranges: an earlier version would take the gaps for bytes that the change names.
+constexpr int kFormatWithRanges = 3;
 constexpr std::size_t kDigestDigits = 16;
 constexpr std::uint64_t kAddressSpace = std::uint64_t{1} << 32U;
 
@@ -66,22 +69,57 @@ SharedSector SharedSectorFrom(const Json& json) {
   return sector;
 }
 
+Json RangesJson(const Ranges& ranges) {
+  Json json = Json::array();
+  for (const Range& range : ranges) {
+    json.push_back({range.first, range.last});
+  }
+  return json;
+}
+
+// In rising order, with gaps between, from `address` to the end of `size` bytes.
+Ranges RangesFrom(const Json& json, std::uint32_t address, std::uint64_t size) {
+  Ranges ranges;
+  for (const Json& pair : json) {
+    const Range range{pair.at(0).get<std::uint32_t>(), pair.at(1).get<std::uint32_t>()};
+    const std::uint64_t least =
+        ranges.empty() ? std::uint64_t{address} : std::uint64_t{ranges.back().last} + 2;
+    if (range.last < range.first || range.first < least) {
+      throw std::invalid_argument("ranges are out of order");
+    }
+    ranges.push_back(range);
+  }
+  if (ranges.empty() || ranges.front().first != address ||
+      std::uint64_t{ranges.back().last} + 1 != address + size) {
+    throw std::invalid_argument("ranges do not fit their size");
+  }
+  return ranges;
+}
+
 Json ToJson(const BackupRecord& backup) {
-  return {{"file", backup.file},
-          {"address", backup.address},
-          {"size", backup.size},
-          {"sha256", backup.sha256}};
+  Json json = {{"file", backup.file},
+               {"address", backup.address},
+               {"size", backup.size},
+               {"sha256", backup.sha256}};
+  if (!backup.ranges.empty()) {
+    json["ranges"] = RangesJson(backup.ranges);
+  }
+  return json;
 }
 
 BackupRecord BackupFrom(const Json& json) {
   BackupRecord backup{json.at("file").get<std::string>(), json.at("address").get<std::uint32_t>(),
                       json.at("size").get<std::uint64_t>(), json.at("sha256").get<std::string>()};
   CheckPlace(backup.address, backup.size);
+  if (const auto ranges = json.find("ranges"); ranges != json.end()) {
+    backup.ranges = RangesFrom(*ranges, backup.address, backup.size);
+  }
   return backup;
 }
 
 Journal FromJson(const Json& json) {
-  if (json.at("borvanusb_journal").get<int>() != kFormat) {
+  const int format = json.at("borvanusb_journal").get<int>();
+  if (format != kFormat && format != kFormatWithRanges) {
     throw std::invalid_argument("another version of borvanusb wrote it");
   }
   Journal journal{.command = json.at("command").get<std::string>(),
@@ -93,12 +131,16 @@ Journal FromJson(const Json& json) {
                   .sha256 = json.at("sha256").get<std::string>(),
                   .address = json.at("address").get<std::uint32_t>(),
                   .size = json.at("size").get<std::uint64_t>(),
+                  .ranges = {},
                   .backup = std::nullopt,
                   .sectors = {},
                   .landmarks = {},
                   .open_sector = std::nullopt,
                   .replaces = json.at("replaces").get<std::vector<std::string>>()};
   CheckPlace(journal.address, journal.size);
+  if (format == kFormatWithRanges) {
+    journal.ranges = RangesFrom(json.at("ranges"), journal.address, journal.size);
+  }
   if (const auto backup = json.find("backup"); backup != json.end()) {
     journal.backup = BackupFrom(*backup);
   }
@@ -119,16 +161,39 @@ Journal FromJson(const Json& json) {
 
 }  // namespace
 
+Ranges NamedBy(const Journal& journal) {
+  if (!journal.ranges.empty()) {
+    return journal.ranges;
+  }
+  return {{journal.address, static_cast<std::uint32_t>(journal.address + journal.size - 1)}};
+}
+
+Ranges PlacesOf(const BackupRecord& backup) {
+  if (!backup.ranges.empty()) {
+    return backup.ranges;
+  }
+  return {{backup.address, static_cast<std::uint32_t>(backup.address + backup.size - 1)}};
+}
+
 std::string SectorDigest(std::span<const std::uint8_t> bytes) {
   return Sha256(bytes).substr(0, kDigestDigits);
 }
 
 std::string JournalText(const Journal& journal) {
-  Json json = {{"borvanusb_journal", kFormat}, {"command", journal.command},
-               {"begun", journal.begun},       {"vid", journal.vid},
-               {"pid", journal.pid},           {"camera", journal.camera},
-               {"image", journal.image},       {"sha256", journal.sha256},
-               {"address", journal.address},   {"size", journal.size}};
+  const bool has_ranges = !journal.ranges.empty();
+  Json json = {{"borvanusb_journal", has_ranges ? kFormatWithRanges : kFormat},
+               {"command", journal.command},
+               {"begun", journal.begun},
+               {"vid", journal.vid},
+               {"pid", journal.pid},
+               {"camera", journal.camera},
+               {"image", journal.image},
+               {"sha256", journal.sha256},
+               {"address", journal.address},
+               {"size", journal.size}};
+  if (has_ranges) {
+    json["ranges"] = RangesJson(journal.ranges);
+  }
   if (journal.backup) {
     json["backup"] = ToJson(*journal.backup);
   }

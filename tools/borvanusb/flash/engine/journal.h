@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "camera/camera.h"
+#include "flash/engine/byte_ranges.h"
 
 namespace borvanusb {
 
@@ -49,7 +50,10 @@ struct BackupRecord {
   std::string file;  // full name
   std::uint32_t address = 0;
   std::uint64_t size = 0;
-  std::string sha256;
+  std::string sha256;  // of the file
+  // Empty: the file holds the raw bytes. Otherwise it is an Intel HEX file of these sectors, which
+  // lie between `address` and its end.
+  Ranges ranges = {};
 };
 
 struct Journal {
@@ -62,8 +66,10 @@ struct Journal {
   std::string camera;
   std::string image;   // full name of its file; empty for a command without one
   std::string sha256;  // of the image, or of the bytes that the command writes
+  // Of the bytes that the change names: the first address, and the size up to the last.
   std::uint32_t address = 0;
   std::uint64_t size = 0;
+  Ranges ranges = {};                  // the bytes that are named, where there are gaps; else empty
   std::optional<BackupRecord> backup;  // made before the first byte changed
   std::vector<SectorRecord> sectors;   // from the first to the last that changes
   std::vector<Landmark> landmarks;
@@ -71,6 +77,12 @@ struct Journal {
   // Journals whose shared sector this one has taken over.
   std::vector<std::string> replaces;
 };
+
+// The bytes that the change names.
+Ranges NamedBy(const Journal& journal);
+
+// The bytes that a backup holds.
+Ranges PlacesOf(const BackupRecord& backup);
 
 // Names a sector's content. Short: a journal may hold thousands.
 std::string SectorDigest(std::span<const std::uint8_t> bytes);

@@ -1,5 +1,4 @@
 #include "flash/engine/program_steps.h"
-#include "base/time_text.h"
 
 #include <algorithm>
 #include <chrono>
@@ -9,6 +8,8 @@
 #include "base/failure.h"
 #include "base/files.h"
 #include "base/format.h"
+#include "base/joined.h"
+#include "base/time_text.h"
 #include "flash/engine/camera_evidence.h"
 #include "flash/engine/flash_end.h"
 #include "flash/engine/flash_size.h"
@@ -20,10 +21,6 @@ namespace borvanusb {
 
 namespace {
 
-Range NamedBy(const Image& image) {
-  return {image.address, static_cast<std::uint32_t>(image.End() - 1)};
-}
-
 SectorWriter WriterFor(Security& security, WorkSite& site) {
   return {site.camera, site.host, site.output, site.progress, site.state, security.shared};
 }
@@ -32,8 +29,10 @@ std::optional<BackupRecord> KeepBackup(const Image& image, const FlashExaminatio
                                        const ProgramPlan& plan, const BackupWish& wish,
                                        WorkSite& site) {
   const Range range{plan.changes.front().first, plan.changes.back().last};
+  const Ranges places = Within(plan.sectors.Runs(), range);
   const std::optional<BackupRecord>& earlier = seen.recovery.backup;
-  if (earlier && range.first >= earlier->address && range.last < earlier->address + earlier->size) {
+  if (earlier && std::ranges::all_of(
+                     places, [&](const Range& place) { return IsIn(PlacesOf(*earlier), place); })) {
     site.output.Note(
         Format("the backup from before the interrupted programming is kept: {}", earlier->file));
     return earlier;
@@ -42,11 +41,15 @@ std::optional<BackupRecord> KeepBackup(const Image& image, const FlashExaminatio
     return std::nullopt;
   }
   const std::string file =
-      wish.file.empty() ? BackupName(image.file, site.camera.Identity(), range.first, site.host)
+      wish.file.empty() ? BackupName(image.files.front(), site.camera.Identity(), range.first,
+                                     site.host, places.size() > 1 ? "hex" : "bin")
                         : wish.file;
-  const Content before{seen.sectors.address, seen.recovery.before};
-  BackupRecord backup = WriteBackup(file, range.first, before.At(range));
-  site.output.Note(Format("backup of {}: {}", Text(range), file));
+  std::vector<PlacedBytes> parts;
+  for (const Range& place : places) {
+    parts.push_back({place.first, seen.Before().At(place)});
+  }
+  BackupRecord backup = WriteBackup(file, parts);
+  site.output.Note(Format("backup of {}: {}", RangesText(places), file));
   return backup;
 }
 
@@ -56,6 +59,10 @@ std::unique_ptr<WorkJournal> BeginJournal(const Image& image, const FlashExamina
                                           WorkSite& site) {
   const CameraIdentity& camera = site.camera.Identity();
   const auto now = site.host.Now();
+  std::vector<std::string> full_names;
+  for (const std::string& file : image.files) {
+    full_names.push_back(AbsoluteName(file));
+  }
   auto journal = std::make_unique<WorkJournal>(
       site.store, site.store.NewName(TimeInFileName(now)),
       Journal{
@@ -64,10 +71,11 @@ std::unique_ptr<WorkJournal> BeginJournal(const Image& image, const FlashExamina
           .vid = camera.vid,
           .pid = camera.pid,
           .camera = camera.path,
-          .image = AbsoluteName(image.file),
+          .image = Joined(full_names, ", "),
           .sha256 = image.sha256,
-          .address = image.address,
-          .size = image.bytes.size(),
+          .address = image.First(),
+          .size = image.End() - image.First(),
+          .ranges = image.segments.size() > 1 ? image.Places() : Ranges(),
           .backup = backup,
           .sectors = RecordSectors(plan.sectors, plan.changes, seen.recovery.before, plan.after),
           .landmarks = TakeLandmarks(site.camera, plan.sectors),
@@ -82,14 +90,21 @@ std::unique_ptr<WorkJournal> BeginJournal(const Image& image, const FlashExamina
   return journal;
 }
 
-// Reads the sectors from those that were read on, up to `end`.
+// Reads the sectors from those that were read on, until there are `end` bytes.
 void ReadSectors(FlashExamination& seen, std::uint64_t end, WorkSite& site) {
   const auto start = site.host.Clock();
-  const std::uint64_t done = seen.now.size();
-  const std::vector<std::uint8_t> read = site.camera.ReadFlash(
-      static_cast<std::uint32_t>(seen.sectors.address + done), end - seen.sectors.address - done,
-      [&](std::uint64_t part) { site.progress.Advance(done + part); });
-  seen.now.insert(seen.now.end(), read.begin(), read.end());
+  for (const Range& run : seen.sectors.Runs()) {
+    const std::uint64_t begin = seen.sectors.OffsetOf(run.first);
+    const std::uint64_t done = seen.now.size();
+    const std::uint64_t run_end = std::min(begin + run.Size(), end);
+    if (done >= run_end) {
+      continue;
+    }
+    const std::vector<std::uint8_t> read = site.camera.ReadFlash(
+        static_cast<std::uint32_t>(run.first + (done - begin)), run_end - done,
+        [&](std::uint64_t part) { site.progress.Advance(done + part); });
+    seen.now.insert(seen.now.end(), read.begin(), read.end());
+  }
   seen.seconds += std::chrono::duration<double>(site.host.Clock() - start).count();
 }
 
@@ -128,12 +143,13 @@ std::uint64_t PlannedTransfers(const ProgramPlan& plan, bool verify) {
 
 }  // namespace
 
-FlashExamination Examine(const Image& image, std::optional<std::uint64_t> flash_size,
-                         const std::string& journal, WorkSite& site) {
+FlashExamination Examine(const Image& image, const ToldSize& flash_size, const std::string& journal,
+                         WorkSite& site) {
   FlashExamination seen;
-  seen.sectors = SectorsAround(image.address, image.bytes.size());
-  site.progress.Begin("read", seen.sectors.size);
-  if (!flash_size && seen.sectors.address == 0 && seen.sectors.size > kFlashHead) {
+  seen.sectors = SectorsAround(image.Places());
+  site.progress.Begin("read", seen.sectors.Size());
+  const Range first = seen.sectors.Runs().front();
+  if (!flash_size.size && first.first == 0 && first.Size() > kFlashHead) {
     // It serves the look at the flash's end as well. The rest waits: reading addresses that do not
     // answer does not end.
     ReadSectors(seen, kFlashHead, site);
@@ -141,13 +157,13 @@ FlashExamination Examine(const Image& image, std::optional<std::uint64_t> flash_
   const FlashEnd end = FindFlashEnd(site.camera, image.End(), flash_size, site.output, seen.now);
   seen.flash_size = end.size;
   RefuseBeyondEnd(image, end);
-  ReadSectors(seen, seen.sectors.End(), site);
+  ReadSectors(seen, seen.sectors.Size(), site);
   site.progress.Done();
   const CameraIdentity& camera = site.camera.Identity();
-  seen.recovery = Recover(
-      {camera.path, NamedBy(image), image.sha256, seen.sectors, seen.now, image.bytes, journal},
-      JournalsInReach(site.store, site.host, camera),
-      [&](const Journal& of) { return CompareLandmarks(site.camera, of); });
+  seen.recovery =
+      Recover({camera.path, image.Named(), image.sha256, seen.sectors, seen.now, journal},
+              JournalsInReach(site.store, site.host, camera),
+              [&](const Journal& of) { return CompareLandmarks(site.camera, of); });
   for (const std::string& note : seen.recovery.notes) {
     site.output.Note(note);
   }
@@ -158,18 +174,20 @@ ProgramPlan Plan(const Image& image, const FlashExamination& seen, bool verify) 
   ProgramPlan plan;
   plan.sectors = seen.sectors;
   plan.after = LayOver(seen.sectors, seen.recovery.truth, image);
-  plan.changes = DifferingSectors(seen.sectors.address, seen.now, plan.after);
-  for (const std::uint32_t address : HalfUsedSectors(image.address, image.bytes.size())) {
-    if (std::ranges::any_of(plan.changes, [&](const Range& run) {
-          return run.first <= address && address <= run.last;
-        })) {
+  plan.changes = DifferingSectors(seen.sectors, seen.now, plan.after);
+  for (const std::uint32_t address : HalfUsedSectors(image.Places())) {
+    if (IsIn(plan.changes, {address, address})) {
       plan.shared.push_back(address);
     }
   }
   plan.by_words = PlanWords(seen, plan, verify);
   plan.transfers = PlannedTransfers(plan, verify);
-  plan.expected_seconds = seen.seconds / static_cast<double>(ReadTransfers(seen.sectors.size)) *
-                          static_cast<double>(plan.transfers);
+  std::uint64_t read = 0;
+  for (const Range& run : seen.sectors.Runs()) {
+    read += ReadTransfers(run.Size());
+  }
+  plan.expected_seconds =
+      seen.seconds / static_cast<double>(read) * static_cast<double>(plan.transfers);
   return plan;
 }
 
@@ -177,7 +195,7 @@ Security Secure(const Image& image, const FlashExamination& seen, const ProgramP
                 const BackupWish& wish, WorkSite& site) {
   Security security;
   security.shared.addresses = plan.shared;
-  security.shared.original = {seen.sectors.address, seen.recovery.truth};
+  security.shared.original = {&seen.sectors, seen.recovery.truth};
   for (const JournalStore::Entry& entry : seen.recovery.used) {
     security.shared.taken_over.emplace(entry.journal.open_sector->address, entry);
   }
@@ -231,10 +249,10 @@ std::string RestoreOldBytes(const FlashExamination& seen, Security& security, Wo
   const auto hold = site.host.HoldStop();
   site.output.Note("writing the old bytes back");
   site.state.BeginRestoring();
-  const Content before{seen.sectors.address, seen.recovery.before};
+  const Content before = seen.Before();
   try {
-    const Ranges runs = Union(site.state.Touched(), DifferingSectors(seen.sectors.address, seen.now,
-                                                                     seen.recovery.before));
+    const Ranges runs =
+        Union(site.state.Touched(), DifferingSectors(seen.sectors, seen.now, seen.recovery.before));
     SectorWriter writer = WriterFor(security, site);
     const Ranges vouched = writer.Write(runs, before, {}, SectorWriter::StopWish::kIgnore);
     const Mismatch mismatch = WriterFor(security, site).Compare(Without(runs, vouched), before);
@@ -259,7 +277,7 @@ void SettleOpenSector(const Image& image, Security& security, WorkSite& site) {
   const SharedSector& open = *journal->OpenSector();
   try {
     const std::vector<std::uint8_t> found = site.camera.ReadFlash(open.address, kSectorSize, {});
-    if (FateOf(found, open, NamedBy(image)) == SectorFate::kUnharmed) {
+    if (FateOf(found, open, image.Places()) == SectorFate::kUnharmed) {
       journal->Close(found);
       site.state.SetKept({}, {});
     }

@@ -9,6 +9,7 @@
 #include "camera/camera.h"
 #include "camera/host.h"
 #include "flash/engine/byte_ranges.h"
+#include "flash/engine/flash_end.h"
 #include "flash/engine/image.h"
 #include "flash/engine/journal_store.h"
 #include "flash/engine/recovery.h"
@@ -38,29 +39,32 @@ struct WorkSite {
 // What there is before anything changes.
 struct FlashExamination {
   std::optional<std::uint64_t> flash_size;
-  SectorSpan sectors;             // that the image reaches into
+  SectorSet sectors;              // that the image reaches into
   std::vector<std::uint8_t> now;  // what they hold
   Recovery recovery;              // what earlier changes that were cut off mean for them
   double seconds = 0;             // reading the sectors took
+
+  // The content of the sectors before the change.
+  Content Before() const { return {&sectors, recovery.before}; }
 };
 
 // Reads the sectors around the image and the journals. `flash_size` is the flash's size as far as
-// it was given, `journal` the journal that counts where that is in doubt: a file, "none" or empty.
+// it was told, `journal` the journal that counts where that is in doubt: a file, "none" or empty.
 // Throws Failure kFile for an image beyond the flash's end and where a journal is in doubt.
-FlashExamination Examine(const Image& image, std::optional<std::uint64_t> flash_size,
-                         const std::string& journal, WorkSite& site);
+FlashExamination Examine(const Image& image, const ToldSize& flash_size, const std::string& journal,
+                         WorkSite& site);
 
 // What will change.
 struct ProgramPlan {
-  SectorSpan sectors;
+  SectorSet sectors;
   std::vector<std::uint8_t> after;    // what the sectors shall hold
   Ranges changes;                     // sectors that do not hold it yet
   std::vector<WordSector> by_words;   // those of them that need no erase
-  std::vector<std::uint32_t> shared;  // those of them with bytes beside the image, at most two
+  std::vector<std::uint32_t> shared;  // those of them with bytes beside the image
   std::uint64_t transfers = 0;        // that writing and reading back take
   double expected_seconds = 0;        // for them
 
-  Content After() const { return {sectors.address, after}; }
+  Content After() const { return {&sectors, after}; }
 };
 
 ProgramPlan Plan(const Image& image, const FlashExamination& seen, bool verify);

@@ -8,6 +8,7 @@
 #include "base/format.h"
 #include "base/sha256.h"
 #include "flash/engine/sector_fate.h"
+#include "images/intel_hex.h"
 
 namespace borvanusb {
 
@@ -24,24 +25,24 @@ Range SectorAt(std::uint32_t address) {
   return {address, address + (kSectorSize - 1)};
 }
 
-bool Covers(const Range& range, const Range& sector) {
-  return range.first <= sector.first && range.last >= sector.last;
-}
-
-Range NamedBy(const Journal& journal) {
-  return {journal.address, static_cast<std::uint32_t>(journal.address + journal.size - 1)};
+Ranges PlacesOfNamed(const std::vector<PlacedBytes>& named) {
+  Ranges places;
+  for (const PlacedBytes& bytes : named) {
+    places.push_back(bytes.Place());
+  }
+  return places;
 }
 
 std::string WorkText(const Journal& journal) {
   return Format("the unfinished {}{} at {}, started {}", journal.command,
                 journal.image.empty() ? "" : Format(" of {}", journal.image),
-                Text(NamedBy(journal)), journal.begun);
+                RangesText(NamedBy(journal)), journal.begun);
 }
 
 class Judge {
  public:
   Judge(const RecoveryRequest& request, const LandmarkCheck& landmarks)
-      : request_(request), landmarks_(landmarks) {
+      : request_(request), landmarks_(landmarks), named_(PlacesOfNamed(request.named)) {
     recovery_.truth.assign(request.now.begin(), request.now.end());
   }
 
@@ -59,15 +60,19 @@ class Judge {
     }
     if (!chosen_.empty()) {
       // Whoever says which journal counts may be wrong: the backup holds what was there.
-      const auto sector = PartOf(request_.now, request_.sectors.address, SectorAt(chosen_address_));
-      std::ranges::copy(sector,
-                        recovery_.before.begin() + (chosen_address_ - request_.sectors.address));
+      const Range sector = SectorAt(chosen_address_);
+      Lay(request_.sectors.PartOf(request_.now, sector), sector, recovery_.before);
       recovery_.backup.reset();
     }
     return std::move(recovery_);
   }
 
  private:
+  // Lays a sector's bytes over it in the content of the sectors.
+  void Lay(Bytes bytes, const Range& sector, std::vector<std::uint8_t>& content) const {
+    std::ranges::copy(bytes, request_.sectors.PartOf(std::span(content), sector).begin());
+  }
+
   void CheckChoice(const std::vector<Entry>& journals) {
     if (request_.choice.empty() || request_.choice == kNoJournal) {
       return;
@@ -110,7 +115,7 @@ class Judge {
     if (open.address == chosen_address_ && !chosen_.empty()) {
       return;
     }
-    const Bytes found = PartOf(request_.now, request_.sectors.address, sector);
+    const Bytes found = request_.sectors.PartOf(request_.now, sector);
     switch (FateOf(found, open, NamedBy(journal))) {
       case SectorFate::kUnharmed:
         Misplace(entry, same_path);
@@ -143,7 +148,7 @@ class Judge {
     const bool none = request_.choice == kNoJournal;
     const SameCamera identity = Identity(entry.journal);
     const std::uint32_t address = entry.journal.open_sector->address;
-    const bool is_covered = Covers(request_.named, SectorAt(address));
+    const bool is_covered = IsIn(named_, SectorAt(address));
     if (identity == SameCamera::kYes || (identity == SameCamera::kUnknown && same_path && !none)) {
       candidates_[address].push_back(entry);
     } else if (none || is_covered) {
@@ -158,7 +163,7 @@ class Judge {
   // What a cut leaves behind, and what a later change put there, on this camera or another.
   void TakeEither(const Entry& entry, bool same_path) {
     const std::uint32_t address = entry.journal.open_sector->address;
-    const bool asks = request_.choice != kNoJournal && !Covers(request_.named, SectorAt(address)) &&
+    const bool asks = request_.choice != kNoJournal && !IsIn(named_, SectorAt(address)) &&
                       Identity(entry.journal) != SameCamera::kNo;
     if (asks) {
       Ask(entry, Format("the sector {} holds what a later change wrote, which the interruption may "
@@ -175,7 +180,7 @@ class Judge {
     if (!same_path) {
       return;
     }
-    const bool asks = request_.choice != kNoJournal && !Covers(request_.named, SectorAt(address)) &&
+    const bool asks = request_.choice != kNoJournal && !IsIn(named_, SectorAt(address)) &&
                       Identity(entry.journal) != SameCamera::kNo;
     if (asks) {
       Ask(entry,
@@ -198,9 +203,8 @@ class Judge {
       Ask(entry, Format("{} may be this camera's as well", rival->file));
     }
     const Range sector = SectorAt(address);
-    const std::vector<std::uint8_t>& original = entry.journal.open_sector->original;
-    std::ranges::copy(original, recovery_.truth.begin() + (address - request_.sectors.address));
-    if (Covers(request_.named, sector)) {
+    Lay(entry.journal.open_sector->original, sector, recovery_.truth);
+    if (IsIn(named_, sector)) {
       recovery_.finished.push_back(entry.file);
       return;
     }
@@ -235,8 +239,7 @@ class Judge {
   }
 
   bool IsSameWork(const Journal& journal) const {
-    return journal.sha256 == request_.sha256 && journal.address == request_.named.first &&
-           journal.size == request_.named.Size();
+    return journal.sha256 == request_.sha256 && NamedBy(journal) == named_;
   }
 
   bool IsUsed(const Entry& entry) const {
@@ -259,16 +262,28 @@ class Judge {
   }
 
   void TryBackup(const Journal& journal, const BackupRecord& backup) {
-    if (!FileExists(backup.file) || backup.address % kSectorSize != 0 ||
-        backup.size % kSectorSize != 0 || backup.address < request_.sectors.address ||
-        backup.address + backup.size > request_.sectors.End()) {
+    const Ranges places = PlacesOf(backup);
+    const bool is_here = std::ranges::all_of(places, [&](const Range& place) {
+      return place.first % kSectorSize == 0 && place.Size() % kSectorSize == 0 &&
+             request_.sectors.Holds(place);
+    });
+    if (!is_here || !FileExists(backup.file)) {
       return;
     }
     const std::vector<std::uint8_t> bytes = ReadWholeFile(backup.file);
-    if (bytes.size() != backup.size || Sha256(bytes) != backup.sha256) {
-      return;
+    if (Sha256(bytes) == backup.sha256) {
+      const Segments old_bytes = BackupBytes(backup, bytes);
+      if (PlacesOf(old_bytes) == places) {
+        UseBackup(journal, backup, old_bytes);
+      }
     }
-    UseBackup(journal, backup, bytes);
+  }
+
+  static Segments BackupBytes(const BackupRecord& backup, Bytes file) {
+    if (backup.ranges.empty()) {
+      return {{backup.address, {file.begin(), file.end()}}};
+    }
+    return ReadIntelHex(file).segments;
   }
 
   enum class SectorState { kOld, kNew, kHalf, kOther };
@@ -276,17 +291,18 @@ class Judge {
   // What a sector is on its way to: the named bytes, and beside them what it held.
   std::vector<std::uint8_t> NewBytes(const Range& sector, Bytes old_bytes) const {
     std::vector<std::uint8_t> bytes(old_bytes.begin(), old_bytes.end());
-    const std::uint32_t first = std::max(sector.first, request_.named.first);
-    const std::uint32_t last = std::min(sector.last, request_.named.last);
-    for (std::uint64_t address = first; address <= last; ++address) {
-      bytes[address - sector.first] = request_.named_bytes[address - request_.named.first];
+    for (const PlacedBytes& named : request_.named) {
+      for (const Range& part : Within({named.Place()}, sector)) {
+        std::ranges::copy(PartOf(named.bytes, named.address, part),
+                          PartOf(std::span(bytes), sector.first, part).begin());
+      }
     }
     return bytes;
   }
 
   SectorState StateOf(const Journal& journal, const SectorRecord& record, Bytes old_bytes) const {
     const Range sector = SectorAt(record.address);
-    const Bytes found = PartOf(Bytes(recovery_.truth), request_.sectors.address, sector);
+    const Bytes found = request_.sectors.PartOf(Bytes(recovery_.truth), sector);
     const std::string digest = SectorDigest(found);
     if (std::ranges::equal(found, old_bytes)) {
       return SectorState::kOld;
@@ -294,15 +310,15 @@ class Judge {
     if (digest == record.after || digest == record.now) {
       return SectorState::kNew;
     }
-    if (IsHalfCleared(found, old_bytes, NewBytes(sector, old_bytes))) {
+    const std::vector<std::uint8_t> new_bytes = NewBytes(sector, old_bytes);
+    if (IsHalfCleared(found, old_bytes, new_bytes)) {
       return SectorState::kHalf;
     }
-    if (!Covers(request_.named, sector)) {
+    if (!IsIn(named_, sector)) {
       const bool is_open = journal.open_sector && journal.open_sector->address == record.address;
       return is_open && CanBeLeftByCut(found, *journal.open_sector) ? SectorState::kHalf
                                                                     : SectorState::kOther;
     }
-    const Bytes new_bytes = PartOf(request_.named_bytes, request_.named.first, sector);
     return IsHalfErased(found, old_bytes) || IsHalfProgrammed(found, new_bytes)
                ? SectorState::kHalf
                : SectorState::kOther;
@@ -310,25 +326,26 @@ class Judge {
 
   // Each sector for itself: what the cut-off change has or had in hand is in the backup; what
   // somebody wrote otherwise since is not.
-  void UseBackup(const Journal& journal, const BackupRecord& backup,
-                 const std::vector<std::uint8_t>& bytes) {
+  void UseBackup(const Journal& journal, const BackupRecord& backup, const Segments& backup_bytes) {
     std::vector<std::uint8_t> before = recovery_.before;
     Ranges half;
     std::uint64_t known = 0;
     std::uint64_t other = 0;
     for (const SectorRecord& record : journal.sectors) {
       const Range sector = SectorAt(record.address);
-      if (sector.first < backup.address || sector.last - backup.address >= backup.size) {
+      const auto segment = std::ranges::find_if(
+          backup_bytes, [&](const Segment& part) { return IsIn({part.Place()}, sector); });
+      if (segment == backup_bytes.end()) {
         continue;
       }
-      const Bytes old_bytes = PartOf(Bytes(bytes), backup.address, sector);
+      const Bytes old_bytes = PartOf(Bytes(segment->bytes), segment->address, sector);
       const SectorState state = StateOf(journal, record, old_bytes);
       if (state == SectorState::kHalf) {
         AppendRange(half, sector);
       }
       ++(state == SectorState::kOther ? other : known);
       if (state != SectorState::kOther) {
-        std::ranges::copy(old_bytes, before.begin() + (sector.first - request_.sectors.address));
+        Lay(old_bytes, sector, before);
       }
     }
     const bool fits_a_cut =
@@ -361,6 +378,7 @@ class Judge {
 
   const RecoveryRequest& request_;
   const LandmarkCheck& landmarks_;
+  const Ranges named_;
   Recovery recovery_;
   std::string chosen_;
   std::uint32_t chosen_address_ = 0;

@@ -18,13 +18,12 @@ namespace borvanusb {
 
 // A change, and what the flash holds where it goes.
 struct RecoveryRequest {
-  std::string camera;  // device path
-  Range named;         // the bytes that the change names
-  std::string sha256;  // of these bytes, as they shall become
-  SectorSpan sectors;
-  std::span<const std::uint8_t> now;          // the content of `sectors`, to be believed
-  std::span<const std::uint8_t> named_bytes;  // what the named bytes shall become
-  std::string choice;                         // --journal: a journal's file, "none", or empty
+  std::string camera;              // device path
+  std::vector<PlacedBytes> named;  // the bytes that the change names, as they shall become
+  std::string sha256;              // of these bytes
+  SectorSet sectors;
+  std::span<const std::uint8_t> now;  // the content of `sectors`, to be believed
+  std::string choice;                 // --journal: a journal's file, "none", or empty
 };
 
 struct Recovery {

@@ -56,14 +56,14 @@ bool IsHalfProgrammed(Bytes found, Bytes planned) {
          IsErased(found.subspan(written + size));
 }
 
-SectorFate FateOf(Bytes found, const SharedSector& sector, const Range& named) {
-  bool harmed = false;
-  for (std::size_t i = 0; i < found.size(); ++i) {
-    const std::uint64_t address = std::uint64_t{sector.address} + i;
-    const bool beside = address < named.first || address > named.last;
-    harmed = harmed || (beside && found[i] != sector.original[i]);
-  }
-  if (!harmed) {
+SectorFate FateOf(Bytes found, const SharedSector& sector, const Ranges& named) {
+  const Range whole{sector.address, sector.address + (kSectorSize - 1)};
+  const Bytes original = sector.original;
+  const bool is_harmed = std::ranges::any_of(Without({whole}, named), [&](const Range& beside) {
+    return !std::ranges::equal(PartOf(found, sector.address, beside),
+                               PartOf(original, sector.address, beside));
+  });
+  if (!is_harmed) {
     return SectorFate::kUnharmed;
   }
   if (!CanBeLeftByCut(found, sector)) {

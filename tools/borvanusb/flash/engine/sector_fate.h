@@ -3,7 +3,7 @@
 #include <cstdint>
 #include <span>
 
-#include "base/numbers.h"
+#include "flash/engine/byte_ranges.h"
 #include "flash/engine/journal.h"
 
 namespace borvanusb {
@@ -18,7 +18,7 @@ enum class SectorFate {
 
 // `named` are the addresses that the change names.
 SectorFate FateOf(std::span<const std::uint8_t> found, const SharedSector& sector,
-                  const Range& named);
+                  const Ranges& named);
 
 // Whether the whole sector, the named bytes included, is as a cut can leave it.
 bool CanBeLeftByCut(std::span<const std::uint8_t> found, const SharedSector& sector);

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <utility>
 
 #include "camera/camera.h"
 #include "flash/engine/flash_words.h"
@@ -19,6 +20,31 @@ static_assert(kLargestBlock % kWritePacket == 0);
 static_assert(kWritePacket < kSectorSize);
 
 }  // namespace
+
+SectorSet::SectorSet(Ranges runs) : runs_(std::move(runs)) {
+  for (const Range& run : runs_) {
+    offsets_.push_back(size_);
+    size_ += run.Size();
+  }
+}
+
+bool SectorSet::Holds(const Range& range) const {
+  return IsIn(runs_, range);
+}
+
+std::uint64_t SectorSet::OffsetOf(std::uint32_t address) const {
+  const auto behind = std::ranges::upper_bound(runs_, address, {}, &Range::first);
+  const auto run = static_cast<std::size_t>(behind - runs_.begin()) - 1;
+  return offsets_[run] + (address - runs_[run].first);
+}
+
+SectorSet SectorsAround(const Ranges& bytes) {
+  Ranges sectors;
+  for (const Range& range : bytes) {
+    AppendRange(sectors, SectorsAround(range.first, range.Size()).Whole());
+  }
+  return SectorSet(sectors);
+}
 
 SectorSpan SectorsAround(std::uint32_t address, std::uint64_t size) {
   const std::uint32_t first = address / kSectorSize * kSectorSize;
@@ -39,9 +65,34 @@ std::vector<std::uint32_t> HalfUsedSectors(std::uint32_t address, std::uint64_t 
   return half_used;
 }
 
-std::vector<std::uint8_t> LayOver(const SectorSpan& sectors, std::vector<std::uint8_t> content,
+std::vector<std::uint32_t> HalfUsedSectors(const Ranges& bytes) {
+  std::vector<std::uint32_t> half_used;
+  for (const Range& range : bytes) {
+    for (const std::uint32_t address : HalfUsedSectors(range.first, range.Size())) {
+      if (half_used.empty() || half_used.back() != address) {
+        half_used.push_back(address);
+      }
+    }
+  }
+  return half_used;
+}
+
+Ranges DifferingSectors(const SectorSet& sectors, std::span<const std::uint8_t> left,
+                        std::span<const std::uint8_t> right) {
+  Ranges differing;
+  for (const Range& run : sectors.Runs()) {
+    const Ranges here =
+        DifferingSectors(run.first, sectors.PartOf(left, run), sectors.PartOf(right, run));
+    differing.insert(differing.end(), here.begin(), here.end());
+  }
+  return differing;
+}
+
+std::vector<std::uint8_t> LayOver(const SectorSet& sectors, std::vector<std::uint8_t> content,
                                   const Image& image) {
-  std::ranges::copy(image.bytes, content.begin() + (image.address - sectors.address));
+  for (const Segment& segment : image.segments) {
+    std::ranges::copy(segment.bytes, sectors.PartOf(std::span(content), segment.Place()).begin());
+  }
   return content;
 }
 
@@ -61,7 +112,7 @@ BlockParts SplitBlock(std::span<const std::uint8_t> block) {
   return {block.first(packets), block.subspan(packets)};
 }
 
-std::vector<WordSector> SectorsOfFewWords(const Ranges& runs, const SectorSpan& sectors,
+std::vector<WordSector> SectorsOfFewWords(const Ranges& runs, const SectorSet& sectors,
                                           std::span<const std::uint8_t> now,
                                           std::span<const std::uint8_t> after) {
   std::vector<WordSector> found;
@@ -69,8 +120,8 @@ std::vector<WordSector> SectorsOfFewWords(const Ranges& runs, const SectorSpan& 
     for (std::uint64_t address = run.first; address <= run.last; address += kSectorSize) {
       const auto first = static_cast<std::uint32_t>(address);
       const Range sector{first, first + (kSectorSize - 1)};
-      const auto wanted = PartOf(after, sectors.address, sector);
-      auto words = ClearingWords(first, PartOf(now, sectors.address, sector), wanted);
+      const auto wanted = sectors.PartOf(after, sector);
+      auto words = ClearingWords(first, sectors.PartOf(now, sector), wanted);
       if (words && words->size() * kWordWriteTransfers < BlockTransfers(wanted)) {
         found.push_back({first, *std::move(words)});
       }

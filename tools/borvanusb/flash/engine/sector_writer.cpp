@@ -14,11 +14,6 @@ Range SectorAt(std::uint32_t address) {
   return {address, address + (kSectorSize - 1)};
 }
 
-bool IsIn(const Ranges& runs, std::uint32_t address) {
-  return std::ranges::any_of(
-      runs, [&](const Range& run) { return run.first <= address && address <= run.last; });
-}
-
 Mismatch Differences(std::uint32_t address, std::span<const std::uint8_t> found,
                      std::span<const std::uint8_t> wanted) {
   Mismatch mismatch{.wrong = DifferingBytes(address, found, wanted)};
@@ -60,7 +55,7 @@ Ranges SectorWriter::Write(const Ranges& runs, const Content& content,
   std::vector<std::uint32_t> last;
   Ranges whole = WithoutWordSectors(runs, by_words);
   for (const std::uint32_t address : shared_.addresses) {
-    if (!IsIn(whole, address)) {
+    if (!IsIn(whole, SectorAt(address))) {
       continue;
     }
     const auto& open = shared_.journal->OpenSector();

@@ -18,17 +18,17 @@
 
 namespace borvanusb {
 
-// Content for some sectors, and the address of its first byte.
+// Content for some sectors, which must outlive it.
 struct Content {
-  std::uint32_t address = 0;
+  const SectorSet* sectors = nullptr;
   std::span<const std::uint8_t> bytes;
 
   std::span<const std::uint8_t> At(const Range& range) const {
-    return PartOf(bytes, address, range);
+    return sectors->PartOf(bytes, range);
   }
 };
 
-// Sectors that hold bytes which the change does not name, at most two, and how they are kept safe.
+// Sectors that hold bytes which the change does not name, and how they are kept safe.
 struct SharedSectors {
   std::vector<std::uint32_t> addresses;
   WorkJournal* journal = nullptr;  // begun; null where there is no shared sector

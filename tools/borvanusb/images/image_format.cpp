@@ -1,4 +1,4 @@
-#include "flash/engine/image_format.h"
+#include "images/image_format.h"
 
 #include <algorithm>
 #include <array>
@@ -6,9 +6,6 @@
 #include <string>
 #include <string_view>
 #include <vector>
-
-#include "base/failure.h"
-#include "base/format.h"
 
 namespace borvanusb {
 
@@ -150,36 +147,6 @@ std::optional<ImageFormat> FormatOfText(std::span<const std::uint8_t> bytes) {
   return std::nullopt;
 }
 
-struct FormatText {
-  const char* name;
-  const char* advice;
-};
-
-FormatText TextOf(ImageFormat format) {
-  switch (format) {
-    case ImageFormat::kElf:
-      return {"an ELF file",
-              "Convert it with objcopy -O binary and give the address of its first byte with "
-              "--address."};
-    case ImageFormat::kUf2:
-      return {"a UF2 file",
-              "Convert it to raw bytes with the tool that made it and give the address of its "
-              "first byte with --address."};
-    case ImageFormat::kIntelHex:
-      return {"an Intel HEX file",
-              "Convert it with objcopy -I ihex -O binary and give the address of its first byte "
-              "with --address."};
-    case ImageFormat::kSRecord:
-      return {"a Motorola S-record file",
-              "Convert it with objcopy -I srec -O binary and give the address of its first byte "
-              "with --address."};
-    case ImageFormat::kTextDump:
-      return {"a text dump of a flash",
-              "Read the flash again into a file whose name ends in .bin, and use that."};
-  }
-  return {"no firmware", ""};
-}
-
 }  // namespace
 
 std::optional<ImageFormat> RecogniseFormat(std::span<const std::uint8_t> bytes) {
@@ -190,15 +157,6 @@ std::optional<ImageFormat> RecogniseFormat(std::span<const std::uint8_t> bytes) 
     return ImageFormat::kUf2;
   }
   return FormatOfText(bytes);
-}
-
-void RefuseOtherFormat(const Image& image) {
-  if (const auto format = RecogniseFormat(image.bytes)) {
-    const FormatText text = TextOf(*format);
-    throw Failure(ExitCode::kFile,
-                  Format("{} is {}, not the raw bytes of a flash", image.file, text.name),
-                  Format("{}\nTo take the file's bytes as they are, give --force.", text.advice));
-  }
 }
 
 }  // namespace borvanusb

@@ -1,0 +1,261 @@
+// Commands on the flash with a profile that names its regions.
+#include "base/files.h"
+#include "flash/erase.h"
+#include "flash/map.h"
+#include "flash/program.h"
+#include "flash/read.h"
+#include "flash/verify.h"
+#include "flash/word.h"
+#include "flash_support.h"
+#include "support/json_schema.h"
+
+namespace borvanusb::tool_test {
+namespace {
+
+// boot is read-only, ends within a sector; images go to app.
+constexpr std::string_view kProfile = R"({
+  "name": "Test module",
+  "cameras": [{"vid": "1234", "pid": "0001"}],
+  "flash": {
+    "size": "64K",
+    "image-region": "app",
+    "regions": [
+      {"name": "boot", "range": "0x0-0x1fff", "read-only": true, "description": "the loader"},
+      {"name": "app", "range": "0x2000-0x7fff"},
+      {"name": "config", "range": "0x8000-0x8fff", "files": ["cfg*.bin", "*.hex"],
+       "begins-with": "55aa"},
+      {"name": "serial", "range": "0x9800-0x9fff", "read-only": true}
+    ]
+  }
+})";
+
+class FlashRegionsTest : public FlashTest {
+ protected:
+  FlashRegionsTest() {
+    flash() = before_;
+    common.profile = WriteText("module.json", kProfile);
+    program_.backup = false;
+  }
+
+  std::string WriteText(const std::string& name, std::string_view text) const {
+    return WriteFile(name, Bytes(text.begin(), text.end()));
+  }
+
+  // A command that must be refused before the camera is asked anything.
+  template <typename Command>
+  std::string Refused(const Command& command, ExitCode code) {
+    const std::uint64_t transfers = chip().transfers;
+    const Outcome outcome = Run(command);
+    EXPECT_EQ(outcome.code, code) << outcome.message;
+    EXPECT_EQ(chip().transfers, transfers);
+    EXPECT_EQ(flash(), before_);
+    EXPECT_FALSE(HasJournal());
+    EXPECT_EQ(FilesWith("backup"), std::vector<std::string>{});
+    return outcome.message;
+  }
+
+  const Bytes before_ = Pattern(64 * 1024, 1);
+  FlashProgramCommand program_;
+};
+
+TEST_F(FlashRegionsTest, ImageGoesToTheRegionThatIsNamed) {
+  Bytes image = Pattern(0x100, 2);
+  image[0] = 0x55;
+  image[1] = 0xAA;
+  program_.image = WriteFile("CFG-3.bin", image);
+  program_.region = "config";
+  const Outcome outcome = Run(program_);
+  EXPECT_EQ(outcome.code, ExitCode::kDone) << outcome.message;
+  EXPECT_EQ(flash(), Overlaid(before_, 0x8000, image));
+  EXPECT_EQ(outcome.result["images"][0]["region"], "config");
+  EXPECT_TRUE(outcome.result["profile"]["file"].get<std::string>().ends_with("module.json"));
+  EXPECT_EQ(BreachOfSchema("flash-program", outcome.result), "");
+  FlashVerifyCommand verify{program_.image, std::nullopt, ""};
+  verify.region = "config";
+  EXPECT_EQ(Run(verify).code, ExitCode::kDone);
+}
+
+TEST_F(FlashRegionsTest, ImageWithoutAPlaceGoesToTheRegionForImages) {
+  program_.image = WriteFile("fw.bin", Pattern(0x1800, 2));
+  EXPECT_EQ(Run(program_).code, ExitCode::kDone);
+  EXPECT_EQ(flash(), Overlaid(before_, 0x2000, Pattern(0x1800, 2)));
+  EXPECT_NE(
+      output->notes.find("fw.bin goes to the region app (0x2000-0x7fff), the profile's region "
+                         "for images\n"),
+      std::string::npos)
+      << output->notes;
+  FailFrom(300);
+  flash() = before_;
+  EXPECT_NE(Run(program_).hint.find(program_.image + " --region app --no-backup --camera"),
+            std::string::npos);
+}
+
+TEST_F(FlashRegionsTest, PlaceThatIsGivenCountsMoreThanTheRegionForImages) {
+  program_.image = WriteFile("fw.bin", Pattern(0x100, 2));
+  program_.address = 0xA000;
+  EXPECT_EQ(Run(program_).code, ExitCode::kDone);
+  EXPECT_EQ(flash(), Overlaid(before_, 0xA000, Pattern(0x100, 2)));
+  flash() = before_;
+  // 01+b0+01 = b2
+  program_.image = WriteText("fw.hex", ":01B00000014E\n:00000001FF\n");
+  program_.address.reset();
+  EXPECT_EQ(Run(program_).code, ExitCode::kDone);
+  EXPECT_EQ(flash(), Overlaid(before_, 0xB000, Bytes{1}));
+}
+
+TEST_F(FlashRegionsTest, ImageThatDoesNotFitIsRefused) {
+  program_.image = WriteFile("fw.bin", Pattern(0x6001, 2));
+  EXPECT_EQ(
+      Refused(program_, ExitCode::kFile),
+      program_.image +
+          " does not fit into the region app (0x2000-0x7fff) of 24576 bytes (24 KiB): it would "
+          "go to 0x2000-0x8000");
+  program_.force = true;
+  Refused(program_, ExitCode::kFile);
+  // A file with addresses of its own lies inside of the region, or it is refused: 01+b0+01 = b2.
+  program_.image = WriteText("fw.hex", ":01B00000014E\n:00000001FF\n");
+  program_.region = "app";
+  EXPECT_EQ(
+      Refused(program_, ExitCode::kFile),
+      program_.image +
+          " does not fit into the region app (0x2000-0x7fff) of 24576 bytes (24 KiB): it would "
+          "go to 0xb000");
+}
+
+TEST_F(FlashRegionsTest, FilesThatTheRegionDoesNotExpectAreRefused) {
+  program_.image = WriteFile("fw.bin", Pattern(0x10, 2));
+  program_.region = "config";
+  EXPECT_EQ(Refused(program_, ExitCode::kFile),
+            program_.image +
+                " is no file for the region config (0x8000-0x8fff): it takes cfg*.bin, "
+                "*.hex");
+  program_.image = WriteFile("cfg.bin", Bytes{0x55, 0xAB, 3});
+  EXPECT_EQ(Refused(program_, ExitCode::kFile),
+            program_.image +
+                " is no image for the region config (0x8000-0x8fff): it begins with "
+                "55ab, not with 55aa");
+  program_.image = WriteFile("cfg.bin", Bytes{0x55});
+  EXPECT_EQ(Refused(program_, ExitCode::kFile),
+            program_.image +
+                " is no image for the region config (0x8000-0x8fff): it begins with "
+                "55, not with 55aa");
+  program_.force = true;
+  EXPECT_EQ(Run(program_).code, ExitCode::kDone);
+  EXPECT_EQ(flash(), Overlaid(before_, 0x8000, Bytes{0x55}));
+}
+
+TEST_F(FlashRegionsTest, ReadOnlyRegionIsNeverWrittenWithoutForce) {
+  program_.image = WriteFile("fw.bin", Pattern(0x10, 2));
+  program_.region = "boot";
+  const std::string message =
+      ": the region boot (0x0-0x1fff) is read-only, and 0x0-0xfff of it "
+      "would be erased or written";
+  EXPECT_EQ(Refused(program_, ExitCode::kFile), program_.image + message);
+  program_.region = "";
+  program_.address = 0;
+  EXPECT_EQ(Refused(program_, ExitCode::kFile), program_.image + message);
+  // Another one of several.
+  FlashProgramCommand several = program_;
+  several.image = WriteFile("app.bin", Pattern(0x10, 2));
+  several.address = 0x2000;
+  several.more = {{program_.image, 0x1000}};
+  Refused(several, ExitCode::kFile);
+  // Erasing a sector that a region shares would erase the region, too.
+  program_.address = 0x9000;
+  EXPECT_EQ(Refused(program_, ExitCode::kFile),
+            program_.image +
+                ": the region serial (0x9800-0x9fff) is read-only, and 0x9800-0x9fff of "
+                "it would be erased or written");
+  program_.force = true;
+  EXPECT_EQ(Run(program_).code, ExitCode::kDone);
+  EXPECT_EQ(flash(), Overlaid(before_, 0x9000, Pattern(0x10, 2)));
+}
+
+TEST_F(FlashRegionsTest, ReadOnlyRegionIsNeverErasedWithoutForce) {
+  FlashEraseCommand erase{{0x1000, 0x2FFF}, true, false, {}};
+  EXPECT_EQ(Refused(erase, ExitCode::kUsage),
+            "RANGE: 0x1000-0x2fff: the region boot (0x0-0x1fff) is read-only, and 0x1000-0x1fff of "
+            "it would be erased or written");
+  erase.region = "boot";
+  Refused(erase, ExitCode::kUsage);
+  erase.force = true;
+  EXPECT_EQ(Run(erase).code, ExitCode::kDone);
+  EXPECT_EQ(flash(), Overlaid(before_, 0, Bytes(0x2000, 0xFF)));
+}
+
+TEST_F(FlashRegionsTest, RegionIsErasedByName) {
+  FlashEraseCommand erase{{}, true, false, {}};
+  erase.region = "config";
+  const Outcome outcome = Run(erase);
+  EXPECT_EQ(outcome.code, ExitCode::kDone) << outcome.message;
+  EXPECT_EQ(flash(), Overlaid(before_, 0x8000, Bytes(0x1000, 0xFF)));
+  EXPECT_EQ(outcome.result["first"], 0x8000);
+  flash() = before_;
+  erase.region = "serial";
+  erase.force = true;
+  EXPECT_EQ(Refused(erase, ExitCode::kUsage),
+            "RANGE: 0x9800-0x9fff ends within a sector; only whole sectors of 4096 bytes can be "
+            "erased");
+}
+
+TEST_F(FlashRegionsTest, WordsInReadOnlyRegionsAreReadAlone) {
+  FlashWordCommand word{0x97FD, 0, true, false, {}};
+  EXPECT_EQ(Refused(word, ExitCode::kUsage),
+            "ADDR: 0x97fd-0x9800: the region serial (0x9800-0x9fff) is read-only, and 0x9800 of it "
+            "would be erased or written");
+  word.value.reset();
+  EXPECT_EQ(Run(word).code, ExitCode::kDone);
+  word.value = 0;
+  word.force = true;
+  EXPECT_EQ(Run(word).code, ExitCode::kDone);
+  EXPECT_EQ(flash(), Overlaid(before_, 0x97FD, Bytes(4, 0)));
+  flash() = before_;
+  FlashWordCommand beside{0x97FC, 0, true, false, {}};
+  EXPECT_EQ(Run(beside).code, ExitCode::kDone);
+}
+
+TEST_F(FlashRegionsTest, RegionIsRead) {
+  FlashReadCommand read{{}, File("boot.hex")};
+  read.region = "boot";
+  EXPECT_EQ(Run(read).code, ExitCode::kDone);
+  FlashVerifyCommand verify{File("boot.hex"), std::nullopt, ""};
+  verify.region = "boot";
+  EXPECT_EQ(Run(verify).code, ExitCode::kDone);
+}
+
+TEST_F(FlashRegionsTest, UnknownRegionNamesTheOthers) {
+  FlashReadCommand read{{}, File("x.bin")};
+  read.region = "bot";
+  const Outcome outcome = Run(read);
+  EXPECT_EQ(outcome.code, ExitCode::kUsage);
+  EXPECT_EQ(outcome.message, "region bot: the profile has no region of this name");
+  EXPECT_EQ(outcome.hint, "The regions are boot, app, config, serial.");
+  common.profile.clear();
+  EXPECT_EQ(Run(read).message,
+            "region bot: there is no profile that names the regions of this camera's flash");
+}
+
+TEST_F(FlashRegionsTest, MapDrawsAndNamesTheRegions) {
+  flash() = Overlaid(Bytes(64 * 1024, 0xFF), 0x1000, Pattern(0x2000, 1));
+  FlashMapCommand map;  // the size is the profile's
+  const Outcome outcome = Run(map);
+  EXPECT_EQ(
+      output->out,
+      "0x00000000  .##.............\n"
+      "            aabbbbbbcd------\n"
+      "# used: 8192 bytes (8 KiB)   . blank: 57344 bytes (56 KiB)   each character is a sector "
+      "of 4096 bytes\n"
+      "a  boot: 0x0-0x1fff, 8192 bytes (8 KiB), read-only; the loader\n"
+      "b  app: 0x2000-0x7fff, 24576 bytes (24 KiB)\n"
+      "c  config: 0x8000-0x8fff, 4096 bytes (4 KiB)\n"
+      "d  serial: 0x9800-0x9fff, 2048 bytes (2 KiB), read-only\n");
+  EXPECT_EQ(BreachOfSchema("flash-map", outcome.result), "");
+  EXPECT_EQ(outcome.result["regions"][3].dump(),
+            R"({"name":"serial","first":38912,"last":40959,"size":2048,"read_only":true,)"
+            R"("description":""})");
+  map.range = Range{0x2000, 0x7FFF};
+  EXPECT_EQ(Run(map).result["regions"].size(), 1U);
+}
+
+}  // namespace
+}  // namespace borvanusb::tool_test

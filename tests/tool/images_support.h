@@ -1,0 +1,31 @@
+#pragma once
+
+// What the tests of the image readers share.
+
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <functional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "images/segments.h"
+
+namespace borvanusb::tool_test {
+
+inline std::vector<std::uint8_t> BytesOf(std::string_view text) {
+  return {text.begin(), text.end()};
+}
+
+// What a reader says against a file; empty when it reads it.
+inline std::string ErrorOf(const std::function<void()>& read) {
+  try {
+    read();
+  } catch (const ImageError& error) {
+    return error.what();
+  }
+  return "";
+}
+
+}  // namespace borvanusb::tool_test

@@ -1,0 +1,65 @@
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <array>
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "support/command_desk.h"
+
+namespace borvanusb::tool_test {
+
+// Programs for a shell that may be missing, in the folder of one test.
+class ShellScript {
+ public:
+  ShellScript(std::string shell, std::string option)
+      : shell_(std::move(shell)), option_(std::move(option)) {}
+
+  bool IsThere() const {
+    return std::system(("command -v " + shell_ + " >/dev/null 2>&1").c_str()) == 0;
+  }
+  void Write(const std::string& file, const std::string& text) const { folder_.Write(file, text); }
+  std::string Read(const std::string& file) const { return folder_.Read(file); }
+
+  // A program borvanusb that prints what it was asked, or the file `answer`.
+  void WriteProgram() const {
+    const std::string file = folder_.Write("borvanusb",
+                                           "#!/bin/sh\necho \"$*\" > asked\nif [ -e answer ]; then "
+                                           "cat answer; else echo \"$*\"; fi\n");
+    std::filesystem::permissions(file, std::filesystem::perms::owner_all);
+  }
+
+  // Runs a program in the folder; its lines.
+  std::vector<std::string> Run(const std::string& program) const {
+    folder_.Write("program", program + "\n");
+    const std::string command =
+        "cd '" + folder_.Name("") + "' && " + shell_ + " " + option_ + " program 2>&1";
+    FILE* const pipe = popen(command.c_str(), "r");
+    std::string text;
+    std::array<char, 4096> part{};
+    while (const std::size_t size = std::fread(part.data(), 1, part.size(), pipe)) {
+      text.append(part.data(), size);
+    }
+    EXPECT_EQ(pclose(pipe), 0) << text;
+    std::vector<std::string> lines;
+    std::istringstream stream(text);
+    for (std::string line; std::getline(stream, line);) {
+      lines.push_back(line);
+    }
+    return lines;
+  }
+
+ private:
+  TestFolder folder_;
+  std::string shell_;
+  std::string option_;
+};
+
+}  // namespace borvanusb::tool_test

@@ -1,0 +1,176 @@
+#pragma once
+
+#include <algorithm>
+#include <chrono>
+#include <deque>
+#include <memory>
+#include <nlohmann/json.hpp>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "workbench/desk.h"
+
+namespace borvanusb::tool_test {
+
+using Json = nlohmann::ordered_json;
+using Words = std::vector<std::string>;
+
+// What a test sees of a worker, and what the worker tells.
+struct WorkerSide {
+  WorkerEvents events;
+  std::vector<WorkerOrder> orders;
+  bool alive = true;
+  bool killed = false;
+
+  void Report(WorkerReport::Kind kind, const std::string& text, int code = 0) {
+    events.on_report({kind, orders.back().number, text, code});
+  }
+  // Ends the last run that was ordered.
+  void End(const std::string& out, int code = 0) {
+    const auto run = std::find_if(orders.rbegin(), orders.rend(), [](const WorkerOrder& order) {
+      return order.kind != WorkerOrder::Kind::kStop;
+    });
+    events.on_report({WorkerReport::Kind::kOut, run->number, out, 0});
+    events.on_report({WorkerReport::Kind::kEnd, run->number, "", code});
+  }
+  bool Runs(WorkerOrder::Kind kind) const { return orders.back().kind == kind; }
+};
+
+class FakeWorker : public Worker {
+ public:
+  explicit FakeWorker(std::shared_ptr<WorkerSide> side) : side_(std::move(side)) {}
+  ~FakeWorker() override { side_->alive = false; }
+  void Send(const WorkerOrder& order) override { side_->orders.push_back(order); }
+  void Kill() override {
+    side_->killed = true;
+    side_->events.on_end(1);
+  }
+
+ private:
+  std::shared_ptr<WorkerSide> side_;
+};
+
+// A desk whose time stands still until it is moved.
+class DeskRig {
+ public:
+  static constexpr const char* kCamera = R"(\\?\usb#1)";
+
+  DeskRig() {
+    DeskTools tools;
+    tools.post = [this](std::function<void()> work) { posted_.push_back(std::move(work)); };
+    tools.after = [this](std::chrono::milliseconds time, std::function<void()> work) {
+      timers_.emplace_back(time_ + time, std::move(work));
+    };
+    tools.clock = [this] { return time_; };
+    tools.now = [] { return std::chrono::system_clock::time_point(); };
+    tools.start_worker = [this](WorkerEvents hooks) {
+      if (start_failure) {
+        throw Failure(ExitCode::kInternal, "no process");
+      }
+      workers.push_back(std::make_shared<WorkerSide>());
+      workers.back()->events = std::move(hooks);
+      return std::make_unique<FakeWorker>(workers.back());
+    };
+    tools.publish = [this](std::string_view name, const Json& data) {
+      events.emplace_back(name, data);
+    };
+    tools.folder = "folder";
+    tools.tool = DescribeTool();
+    // Profiles have tests of their own.
+    std::erase_if(tools.tool.commands, [](const CommandDescription& command) {
+      return command.words == Words{"profile", "show"};
+    });
+    desk = std::make_unique<Desk>(std::move(tools));
+  }
+
+  // Lets everything happen that is due.
+  void Settle() {
+    while (!posted_.empty()) {
+      const auto work = std::move(posted_.front());
+      posted_.pop_front();
+      work();
+    }
+  }
+  void Pass(std::chrono::milliseconds time) {
+    time_ += time;
+    Settle();
+    for (std::size_t i = 0; i < timers_.size(); ++i) {
+      if (timers_[i].second && timers_[i].first <= time_) {
+        std::exchange(timers_[i].second, nullptr)();
+        Settle();
+      }
+    }
+  }
+
+  // The worker that lists the cameras is the first.
+  void List(const Words& paths) {
+    Settle();
+    Json cameras = Json::array();
+    for (const std::string& path : paths) {
+      cameras.push_back({{"index", cameras.size()},
+                         {"path", path},
+                         {"name", "n"},
+                         {"vid", "1234"},
+                         {"pid", "0001"}});
+    }
+    workers.front()->End(Json({{"cameras", cameras}}).dump() + "\n");
+    Settle();
+    // The question for the library's version, once.
+    if (workers.front()->orders.back().words == Words{"--json", "doctor"}) {
+      workers.front()->End(R"({"system":{"library_version":"0.2.0"}})");
+      Settle();
+    }
+  }
+
+  // One camera, with its worker at hand.
+  WorkerSide& PlugIn() {
+    List({kCamera});
+    return *workers.back();
+  }
+
+  RunOrder Order(const Words& words, const std::string& job = "") {
+    RunOrder order;
+    order.words = words;
+    order.camera = kCamera;
+    order.job = job;
+    order.accepted = AcceptWords(tool_, words, {});
+    return order;
+  }
+  // Where the answer arrives; status 0 until then.
+  struct Answer {
+    int status = 0;
+    Json body;
+  };
+  std::shared_ptr<Answer> Run(const RunOrder& order) {
+    auto answer = std::make_shared<Answer>();
+    desk->Run(order, [answer](int status, const Json& body) {
+      answer->status = status;
+      answer->body = body;
+    });
+    Settle();
+    return answer;
+  }
+  std::vector<Json> EventsOf(const std::string& name) const {
+    std::vector<Json> found;
+    for (const auto& [event, data] : events) {
+      if (event == name) {
+        found.push_back(data);
+      }
+    }
+    return found;
+  }
+
+  bool start_failure = false;
+  std::vector<std::shared_ptr<WorkerSide>> workers;
+  std::vector<std::pair<std::string, Json>> events;
+  std::unique_ptr<Desk> desk;
+
+ private:
+  ToolDescription tool_ = DescribeTool();
+  std::chrono::steady_clock::time_point time_;
+  std::deque<std::function<void()>> posted_;
+  std::deque<std::pair<std::chrono::steady_clock::time_point, std::function<void()>>> timers_;
+};
+
+}  // namespace borvanusb::tool_test

@@ -1,0 +1,54 @@
+// Which names of files the workbench takes: plain ones, on every system.
+#include <gtest/gtest.h>
+
+#include "workbench/file_names.h"
+
+namespace borvanusb::tool_test {
+namespace {
+
+TEST(WorkbenchFilesTest, PlainNamesAreTaken) {
+  for (const char* const name :
+       {"fw.hex", "a", "firmware (1).bin", "M\xC3\xBCller.bin", ".hidden", "console.txt", "com.bin",
+        "com10.bin", "nulls", "a..b", "lpt", "x~1.bin", "\xF0\x9F\x98\x80.bin"}) {
+    EXPECT_EQ(ProblemOfPlainName(name), "") << name;
+  }
+}
+
+TEST(WorkbenchFilesTest, EverythingThatLeavesTheFolderIsRefused) {
+  for (const char* const name :
+       {"", ".", "..", "../a", "..\\a", "a/b", "a\\b", "/etc/passwd", "\\\\server\\share", "C:a",
+        "C:\\a", "a:stream", "a::$DATA", "\\\\?\\C:\\a", "\\\\.\\PhysicalDrive0"}) {
+    EXPECT_NE(ProblemOfPlainName(name), "") << name;
+  }
+}
+
+TEST(WorkbenchFilesTest, DevicesOfWindowsAreRefusedInEverySpelling) {
+  for (const char* const name :
+       {"CON", "con", "NUL.txt", "nul .txt", "Aux", "prn.a.b", "COM1", "com9.bin", "LPT1", "com0",
+        "COM\xC2\xB9", "conin$", "CONOUT$", "clock$"}) {
+    EXPECT_NE(ProblemOfPlainName(name), "") << name;
+  }
+}
+
+TEST(WorkbenchFilesTest, NamesThatWindowsChangesOrCommandsMisreadAreRefused) {
+  for (const char* const name : {"a.", "a ", "a. ", " a", "-x", "--all", "a*", "a?", "a\"b", "a<b",
+                                 "a>b", "a|b", "a\nb", "a\x01", "a\x7F"}) {
+    EXPECT_NE(ProblemOfPlainName(name), "") << name;
+  }
+  EXPECT_NE(ProblemOfPlainName(std::string_view("a\0b", 3)), "");
+}
+
+TEST(WorkbenchFilesTest, WrongUtf8IsRefused) {
+  for (const char* const name :
+       {"\xC0\xAF", "\xE0\x80\xAF", "\xED\xA0\x80", "a\xFF", "\xC3", "\xF4\x90\x80\x80"}) {
+    EXPECT_EQ(ProblemOfPlainName(name), "is not UTF-8");
+  }
+}
+
+TEST(WorkbenchFilesTest, LengthIsLimited) {
+  EXPECT_EQ(ProblemOfPlainName(std::string(120, 'a')), "");
+  EXPECT_NE(ProblemOfPlainName(std::string(121, 'a')), "");
+}
+
+}  // namespace
+}  // namespace borvanusb::tool_test

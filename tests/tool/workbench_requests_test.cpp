@@ -1,0 +1,128 @@
+// What the workbench answers to its own page.
+#include <gtest/gtest.h>
+
+#include "workbench_support.h"
+
+namespace borvanusb::tool_test {
+namespace {
+
+std::string HeaderOfResponse(const HttpResponse& response, const std::string& name) {
+  for (const auto& [key, value] : response.headers) {
+    if (key == name) {
+      return value;
+    }
+  }
+  return "";
+}
+
+TEST(WorkbenchRequestsTest, TokenIsExchangedForACookieOnce) {
+  RequestDesk desk;
+  desk.session.token_used = false;
+  const HttpResponse response = desk.Answer(With(Get("/?token=" + kToken), "Cookie", ""));
+  EXPECT_EQ(response.status, 303);
+  EXPECT_EQ(HeaderOfResponse(response, "Location"), "/");
+  EXPECT_EQ(HeaderOfResponse(response, "Set-Cookie"),
+            "borvanusb_8123=ffeeddccbbaa99887766554433221100; HttpOnly; SameSite=Strict; Path=/");
+  EXPECT_TRUE(desk.session.token_used);
+}
+
+TEST(WorkbenchRequestsTest, BrowserThatHasTheCookieMayOpenTheAddressAgain) {
+  RequestDesk desk;
+  const HttpResponse response = desk.Answer(Get("/?token=" + kToken));
+  EXPECT_EQ(response.status, 303);
+  EXPECT_EQ(HeaderOfResponse(response, "Set-Cookie"), "");
+}
+
+TEST(WorkbenchRequestsTest, PageIsServedCompressed) {
+  RequestDesk desk;
+  const HttpResponse response = desk.Answer(Get("/"));
+  EXPECT_EQ(response.status, 200);
+  EXPECT_EQ(HeaderOfResponse(response, "Content-Type"), "text/html; charset=utf-8");
+  EXPECT_EQ(HeaderOfResponse(response, "Content-Encoding"), "gzip");
+  EXPECT_EQ(response.body, "\x1F\x8B");
+}
+
+TEST(WorkbenchRequestsTest, CookieIsFoundAmongOthers) {
+  RequestDesk desk;
+  EXPECT_EQ(
+      desk.Answer(With(Get("/"), "Cookie", "a=b; borvanusb_8123=" + kCookie + "; c=d")).status,
+      200);
+}
+
+TEST(WorkbenchRequestsTest, UsualPortIsNotPartOfTheHost) {
+  RequestDesk desk;
+  desk.session.port = 80;
+  const HttpRequest request =
+      With(With(Get("/"), "Cookie", "borvanusb_80=" + kCookie), "Host", "127.0.0.1");
+  EXPECT_EQ(desk.Answer(request).status, 200);
+  EXPECT_EQ(desk.Answer(With(request, "Host", "127.0.0.1:80")).status, 403);
+}
+
+TEST(WorkbenchRequestsTest, EveryAnswerIsHardened) {
+  const HttpResponse response = Hardened(HttpResponse());
+  EXPECT_EQ(HeaderOfResponse(response, "Content-Security-Policy"),
+            "default-src 'none'; script-src 'self'; style-src 'self'; img-src 'self' data: blob:; "
+            "connect-src 'self'; media-src 'self' blob:; base-uri 'none'; form-action 'none'; "
+            "frame-ancestors 'none'");
+  EXPECT_EQ(HeaderOfResponse(response, "X-Content-Type-Options"), "nosniff");
+  EXPECT_EQ(HeaderOfResponse(response, "Cache-Control"), "no-store");
+  EXPECT_EQ(HeaderOfResponse(response, "Cross-Origin-Resource-Policy"), "same-origin");
+}
+
+TEST(WorkbenchRequestsTest, FileGoesInAndComesOut) {
+  RequestDesk desk;
+  const HttpResponse saved = desk.Answer(Post("/api/files?name=M%C3%BCller.bin", "abc"));
+  EXPECT_EQ(saved.body,
+            "{\"name\":\"M\xC3\xBCller.bin\",\"size\":3,\"sha256\":"
+            "\"ba7816bf8f01cfea414140de5dae2223b00361a396177a9cb410ff61f20015ad\"}");
+  EXPECT_EQ(desk.Answer(Get("/api/files")).body,
+            "{\"files\":[{\"name\":\"M\xC3\xBCller.bin\",\"size\":3}]}");
+  const HttpResponse file = desk.Answer(Get("/api/files/M%c3%bcller.bin"));
+  EXPECT_EQ(file.body, "abc");
+  EXPECT_EQ(HeaderOfResponse(file, "Content-Type"), "application/octet-stream");
+  EXPECT_EQ(HeaderOfResponse(file, "Content-Disposition"), "attachment");
+  EXPECT_EQ(desk.Answer(Get("/api/files/other.bin")).status, 404);
+}
+
+TEST(WorkbenchRequestsTest, RunBecomesAnOrder) {
+  RequestDesk desk;
+  const Reply reply = desk.Handle(
+      Post("/api/run", R"({"words":["reg","read","1"],"camera":"p","job":"a-1","wait":false})"));
+  const auto& order = std::get<RunOrder>(reply);
+  EXPECT_EQ(order.words, (std::vector<std::string>{"reg", "read", "1"}));
+  EXPECT_EQ(order.camera, "p");
+  EXPECT_EQ(order.job, "a-1");
+  EXPECT_FALSE(order.wait);
+}
+
+TEST(WorkbenchRequestsTest, LiveBecomesAnOrderAndMayEnd) {
+  RequestDesk desk;
+  const Reply reply =
+      desk.Handle(Post("/api/live", R"({"camera":"p","words":["1","--wide"],"rate":20})"));
+  EXPECT_EQ(std::get<LiveOrder>(reply).rate, 20);
+  EXPECT_EQ(std::get<LiveOrder>(reply).words.size(), 2U);
+  EXPECT_TRUE(std::get<LiveOrder>(desk.Handle(Post("/api/live", R"({"camera":"p","words":[]})")))
+                  .words.empty());
+}
+
+TEST(WorkbenchRequestsTest, StateEventsStopAndJobsAreReached) {
+  RequestDesk desk;
+  EXPECT_TRUE(std::holds_alternative<StateOrder>(desk.Handle(Get("/api/state"))));
+  EXPECT_TRUE(std::holds_alternative<EventStream>(desk.Handle(Get("/api/events"))));
+  EXPECT_EQ(desk.Answer(Post("/api/stop", R"({"job":"j1"})")).status, 200);
+  EXPECT_EQ(desk.services.stopped, std::vector<std::string>{"j1"});
+  EXPECT_EQ(desk.Answer(Get("/api/jobs/j1")).status, 200);
+  EXPECT_EQ(desk.Answer(Get("/api/jobs/j2")).status, 404);
+}
+
+TEST(WorkbenchRequestsTest, RefusalSaysWhatToDo) {
+  RequestDesk desk;
+  const HttpResponse response = desk.Answer(RunRequest({"run", "a.txt"}));
+  EXPECT_EQ(response.status, 400);
+  EXPECT_EQ(
+      response.body,
+      R"({"error":"refused","message":"run: is not possible in the workbench","hint":"Run it on the command line."})");
+}
+
+}  // namespace
+}  // namespace borvanusb::tool_test

@@ -1,0 +1,42 @@
+#include "base/format.h"
+#include "command/completion_branches.h"
+#include "command/completion_scripts.h"
+#include "command/templates.h"
+
+namespace borvanusb {
+
+namespace {
+
+std::string Pattern(const std::string& text) {
+  return Format("'{}'", text);
+}
+
+std::string Branch(const std::string& pattern, const std::string& action) {
+  return Format(
+      "    case {}\n"
+      "      {}\n"
+      "      return\n",
+      pattern, action);
+}
+
+std::string Assign(const std::string& pattern, const std::string& words) {
+  return Format(
+      "    case {}\n"
+      "      set options \"{}\"\n",
+      pattern, words);
+}
+
+}  // namespace
+
+std::string FishCompletion(const ToolDescription& tool) {
+  constexpr BranchForm kForm{Pattern, Branch, Assign};
+  return Filled(kFishCompletionTemplate, {{"OPTIONS_WITH_VALUES", OptionsWithValues(tool, " ")},
+                                          {"GROUPS", Groups(tool, " ")},
+                                          {"OPTION_VALUES", OptionValueBranches(tool, kForm)},
+                                          {"COMMON_OPTIONS", OptionWords(tool.common)},
+                                          {"COMMAND_OPTIONS", CommandOptionBranches(tool, kForm)},
+                                          {"NEXT_WORDS", NextWordBranches(tool, kForm)},
+                                          {"ARGUMENT_VALUES", ArgumentBranches(tool, kForm)}});
+}
+
+}  // namespace borvanusb

@@ -1,0 +1,178 @@
+#include "images/intel_hex.h"
+
+#include <algorithm>
+#include <array>
+#include <string_view>
+
+#include "base/format.h"
+#include "images/record_lines.h"
+
+namespace borvanusb {
+
+namespace {
+
+constexpr std::size_t kBesideData = 5;  // length, address, type, checksum
+constexpr std::size_t kDataStart = 4;
+constexpr std::uint64_t kBank = 0x10000;  // what an address of 16 bits reaches
+constexpr unsigned kBankBits = 16;
+constexpr unsigned kParagraphBits = 4;  // a segment begins at a multiple of 16
+constexpr std::size_t kBytesPerRecord = 16;
+
+enum Type : std::uint8_t {
+  kData = 0,
+  kEnd = 1,
+  kSegmentBase = 2,
+  kSegmentStart = 3,
+  kLinearBase = 4,
+  kLinearStart = 5,
+};
+
+// How long the types' data is; that of kData may have any length.
+constexpr std::array<std::size_t, 6> kLengths = {0, 0, 2, 4, 2, 4};
+
+struct HexRecord {
+  std::uint8_t type = 0;
+  std::uint32_t address = 0;
+  std::span<const std::uint8_t> data;  // of the bytes that it was read from
+};
+
+HexRecord RecordOf(const FilePlace& place, std::span<const std::uint8_t> bytes) {
+  if (bytes.size() < kBesideData || bytes.size() != kBesideData + bytes[0]) {
+    throw ImageError(bytes.empty()
+                         ? Format("{}: the record is empty", place.Text())
+                         : Format("{}: the record has {} bytes; its length {} means {}",
+                                  place.Text(), bytes.size(), bytes[0], kBesideData + bytes[0]));
+  }
+  if (const std::uint8_t sum = RecordSum(bytes); sum != 0) {
+    const std::uint8_t found = bytes.back();
+    throw ImageError(Format("{}: the checksum is {}, but the record makes {}", place.Text(),
+                            Hex(found, 2), Hex(static_cast<std::uint8_t>(found - sum), 2)));
+  }
+  const HexRecord record{bytes[3], HighFirst(bytes.subspan(1, 2)),
+                         bytes.subspan(kDataStart, bytes[0])};
+  if (record.type >= kLengths.size()) {
+    throw ImageError(
+        Format("{}: there are no records of type {}", place.Text(), Hex(record.type, 2)));
+  }
+  if (record.type != kData && record.data.size() != kLengths.at(record.type)) {
+    throw ImageError(Format("{}: a record of type {} has {} bytes of data, not {}", place.Text(),
+                            Hex(record.type, 2), kLengths.at(record.type), record.data.size()));
+  }
+  return record;
+}
+
+class HexReader {
+ public:
+  void Take(const FilePlace& place, std::string_view line) {
+    if (ended_) {
+      throw ImageError(Format("{}: the file goes on behind its end record", place.Text()));
+    }
+    if (!line.starts_with(':')) {
+      throw ImageError(Format("{}: a record begins with a colon", place.Text()));
+    }
+    last_line_ = place.number;
+    const std::vector<std::uint8_t> bytes = RecordBytes(place, line.substr(1));
+    const HexRecord record = RecordOf(place, bytes);
+    switch (record.type) {
+      case kData:
+        TakeData(place, record);
+        break;
+      case kEnd:
+        ended_ = true;
+        break;
+      case kSegmentBase:
+        base_ = HighFirst(record.data) << kParagraphBits;
+        is_linear_ = false;
+        break;
+      case kLinearBase:
+        base_ = HighFirst(record.data) << kBankBits;
+        is_linear_ = true;
+        break;
+      case kSegmentStart:
+        TakeStart(place, (HighFirst(record.data.first(2)) << kParagraphBits) +
+                             HighFirst(record.data.subspan(2)));
+        break;
+      default:
+        TakeStart(place, HighFirst(record.data));
+        break;
+    }
+  }
+
+  ImageContent End() {
+    if (!ended_) {
+      throw ImageError(
+          Format("line {}: the file ends here without an end record (:00000001FF); it "
+                 "is not whole",
+                 last_line_));
+    }
+    return {collector_.Take(), start_};
+  }
+
+ private:
+  void TakeData(const FilePlace& place, const HexRecord& record) {
+    const std::uint64_t to_end = kBank - record.address;
+    if (is_linear_ || record.data.size() <= to_end) {
+      collector_.Add(std::uint64_t{base_} + record.address, record.data, place);
+      return;
+    }
+    collector_.Add(std::uint64_t{base_} + record.address, record.data.first(to_end), place);
+    collector_.Add(base_, record.data.subspan(to_end), place);
+  }
+
+  void TakeStart(const FilePlace& place, std::uint32_t start) {
+    if (start_) {
+      throw ImageError(Format("{}: a second record names a start address", place.Text()));
+    }
+    start_ = start;
+  }
+
+  SegmentCollector collector_;
+  std::optional<std::uint32_t> start_;
+  std::uint32_t base_ = 0;
+  bool is_linear_ = false;
+  bool ended_ = false;
+  std::uint64_t last_line_ = 0;
+};
+
+std::string RecordText(std::uint8_t type, std::uint32_t address,
+                       std::span<const std::uint8_t> data) {
+  std::vector<std::uint8_t> bytes = {static_cast<std::uint8_t>(data.size()),
+                                     static_cast<std::uint8_t>(address >> 8U),
+                                     static_cast<std::uint8_t>(address), type};
+  bytes.insert(bytes.end(), data.begin(), data.end());
+  bytes.push_back(static_cast<std::uint8_t>(0U - RecordSum(bytes)));
+  return Format(":{}\r\n", RecordDigits(bytes));
+}
+
+}  // namespace
+
+ImageContent ReadIntelHex(std::span<const std::uint8_t> file) {
+  HexReader reader;
+  ForEachRecord(file,
+                [&](const FilePlace& place, std::string_view line) { reader.Take(place, line); });
+  return reader.End();
+}
+
+std::string IntelHexText(const Segments& segments) {
+  std::string text;
+  std::uint32_t bank = 0;
+  for (const Segment& segment : segments) {
+    const std::span<const std::uint8_t> bytes = segment.bytes;
+    for (std::size_t done = 0; done < bytes.size();) {
+      const auto address = static_cast<std::uint32_t>(segment.address + done);
+      if (address >> kBankBits != bank) {
+        bank = address >> kBankBits;
+        const std::array<std::uint8_t, 2> high = {static_cast<std::uint8_t>(bank >> 8U),
+                                                  static_cast<std::uint8_t>(bank)};
+        text += RecordText(kLinearBase, 0, high);
+      }
+      const std::uint64_t in_bank = kBank - address % kBank;
+      const auto size = std::min<std::uint64_t>({kBytesPerRecord, bytes.size() - done, in_bank});
+      text += RecordText(kData, address, bytes.subspan(done, size));
+      done += size;
+    }
+  }
+  return text + RecordText(kEnd, 0, {});
+}
+
+}  // namespace borvanusb

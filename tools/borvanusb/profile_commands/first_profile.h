@@ -1,0 +1,30 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "camera/camera.h"
+
+namespace borvanusb {
+
+// What a camera answers, for its first profile.
+struct CameraFacts {
+  CameraIdentity camera;
+  std::uint32_t features = 0;  // register 0x1a3
+  std::optional<std::uint64_t> flash_size;
+  std::string flash_size_reason;  // how it is known, or why not
+  // The devices on the I2C bus, if it was scanned: those that answer, and those whose answer may
+  // be that of an empty bus.
+  bool scanned = false;
+  std::vector<std::uint32_t> devices;
+  std::vector<std::uint32_t> doubtful;
+  std::string mode;  // in which they were asked: "16/8"
+  std::string date;  // "2026-11-22"
+};
+
+// The text of a profile for the camera. It passes `profile check`.
+std::string FirstProfileText(const CameraFacts& facts);
+
+}  // namespace borvanusb

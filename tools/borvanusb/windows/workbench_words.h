@@ -1,0 +1,10 @@
+#pragma once
+
+#include <string_view>
+
+namespace borvanusb {
+
+// The first word of a worker's command line; the numbers of its two pipes follow.
+constexpr std::string_view kWorkerWord = "--workbench-worker";
+
+}  // namespace borvanusb

@@ -1,0 +1,82 @@
+#pragma once
+
+// One connection of a browser. Only the server includes this: it needs Boost.
+
+#include <boost/asio/ip/tcp.hpp>
+#include <boost/asio/steady_timer.hpp>
+#include <boost/beast/core/flat_buffer.hpp>
+#include <boost/beast/core/tcp_stream.hpp>
+#include <boost/beast/http/string_body.hpp>
+#include <deque>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+
+#include "workbench/http_message.h"
+#include "workbench/request_parser.h"
+#include "workbench/server.h"
+
+namespace borvanusb {
+
+// What connections ask of the server. Answers may come later, on the same thread.
+class ConnectionOwner {
+ public:
+  using Respond = std::function<void(HttpResponse)>;
+
+  ConnectionOwner() = default;
+  ConnectionOwner(const ConnectionOwner&) = delete;
+  ConnectionOwner& operator=(const ConnectionOwner&) = delete;
+  virtual ~ConnectionOwner() = default;
+
+  virtual const ServerLimits& Limits() const = 0;
+  // The answer for a request that is refused before its body is read.
+  virtual std::optional<HttpResponse> CheckHead(const HttpRequest& request) = 0;
+  // Answers by `respond`, or by `stream` once: the connection then carries events.
+  virtual void Handle(const HttpRequest& request, Respond respond,
+                      std::function<void()> stream) = 0;
+  // The connection carries no events any more.
+  virtual void OnClosed(std::uint64_t connection) = 0;
+};
+
+class Connection : public std::enable_shared_from_this<Connection> {
+ public:
+  Connection(boost::asio::ip::tcp::socket socket, std::uint64_t number, ConnectionOwner& owner);
+
+  void Start();
+  std::uint64_t Number() const { return number_; }
+  bool Streams() const { return streams_; }
+  // Sends an event to a connection that carries events; a page that does not read is cut off.
+  void SendEvent(const std::shared_ptr<const std::string>& text);
+  void Close();
+
+ private:
+  using Response = boost::beast::http::response<boost::beast::http::string_body>;
+  using Error = boost::beast::error_code;
+
+  void AwaitRequest(std::chrono::milliseconds time);
+  void ReadHead();
+  void OnHead(Error error);
+  void OnBody(Error error);
+  void Handle();
+  void Respond(HttpResponse response, bool keep);
+  void BeginStream();
+  void WatchReader();
+  void SendNext();
+  void Beat();
+
+  boost::beast::tcp_stream stream_;
+  const std::uint64_t number_;
+  ConnectionOwner& owner_;
+  boost::beast::flat_buffer buffer_;
+  std::optional<RequestParser> parser_;
+  HttpRequest request_;
+  std::shared_ptr<Response> response_;
+  boost::asio::steady_timer heartbeat_;
+  std::deque<std::shared_ptr<const std::string>> events_;
+  std::size_t event_bytes_ = 0;
+  bool streams_ = false;
+  bool closed_ = false;
+};
+
+}  // namespace borvanusb

@@ -1,0 +1,90 @@
+#pragma once
+
+#include <cstdint>
+#include <deque>
+#include <functional>
+#include <map>
+#include <memory>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "workbench/desk_tools.h"
+#include "workbench/handle_request.h"
+#include "workbench/lane.h"
+
+namespace borvanusb {
+
+// All work of the workbench: the cameras that there are, a lane for each, and what is read live.
+class Desk {
+ public:
+  using Json = nlohmann::ordered_json;
+  // An answer to a request: its HTTP status and body.
+  using Respond = std::function<void(int status, const Json& body)>;
+
+  explicit Desk(DeskTools tools);
+  ~Desk();
+  Desk(const Desk&) = delete;
+  Desk& operator=(const Desk&) = delete;
+
+  void Run(const RunOrder& order, Respond respond);
+  // Live reading belongs to the page's event stream: it ends with the last one.
+  Json SetLive(const LiveOrder& order);
+  bool StopJob(const std::string& job);
+  std::optional<std::string> JobText(const std::string& job) const;
+  // Answers once the list of cameras is at most a second old, or can't be made.
+  void TellState(std::function<void(const Json& cameras, const Json& jobs)> tell);
+
+  // While pages listen, the cameras are looked for all the time.
+  void SetPages(std::size_t pages);
+  bool HasWork() const;
+  // What Ctrl-C does, to everything.
+  void StopAll();
+  Json CamerasJson() const;
+  // The version of the loaded library; null until it is known, and when there is none.
+  const Json& Library() const { return library_; }
+
+ private:
+  struct CameraEntry {
+    Json identity;
+    Json profile;
+  };
+
+  void RunNow(const RunOrder& order, const Respond& respond);
+  std::vector<CameraEntry>::iterator FindCamera(const std::string& camera);
+  bool IsListed(const std::string& camera);
+  std::shared_ptr<Lane> LaneOf(const std::string& camera);
+  const WorkbenchJob* FindJob(const std::string& job) const;
+  std::unique_ptr<WorkbenchJob> MakeJob(const RunOrder& order);
+  std::vector<std::string> LineFor(const std::vector<std::string>& words,
+                                   const AcceptedWords& accepted, const std::string& camera) const;
+  void Keep(const std::string& job, const Json& answer);
+  void Look();
+  void ScheduleLook();
+  void TakeCameras(const Json& cameras);
+  void AskForProfile(const std::string& camera);
+  void AskForLibrary();
+  void TellLookProblem(const Json& answer);
+  void EndUnusedLanes();
+
+  DeskTools tools_;
+  std::shared_ptr<Lane> looker_;
+  std::map<std::string, std::shared_ptr<Lane>> lanes_;  // by path; "" for no camera
+  std::vector<CameraEntry> cameras_;
+  std::map<std::string, LiveSet> lives_;
+  std::deque<std::pair<std::string, std::string>> answers_;  // of the last jobs, by id
+  std::vector<std::function<void()>> waiting_for_state_;
+  std::string look_problem_;  // the last one that was told
+  Json library_;
+  bool asked_for_library_ = false;
+  std::size_t pages_ = 0;
+  bool looking_ = false;
+  std::uint64_t looks_ = 0;
+  bool look_scheduled_ = false;
+  std::optional<std::chrono::steady_clock::time_point> looked_;
+  std::uint64_t next_id_ = 1;
+  std::shared_ptr<int> alive_ = std::make_shared<int>();
+};
+
+}  // namespace borvanusb

@@ -1,0 +1,13 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+
+namespace borvanusb {
+
+// Why a text can't be the plain name of a file in a folder, as the continuation of the name; empty
+// when it can. A plain name has no folder, no drive, no stream, and is no device of Windows, so
+// that the file it names is in the folder that one means, on every system.
+std::string ProblemOfPlainName(std::string_view name);
+
+}  // namespace borvanusb

@@ -1,0 +1,110 @@
+#include "workbench/json_body.h"
+
+#include <algorithm>
+#include <nlohmann/json.hpp>
+
+#include "base/failure.h"
+#include "base/format.h"
+#include "command/values.h"
+
+namespace borvanusb {
+
+namespace {
+
+using Json = nlohmann::json;
+
+// A list of words in an object: more depth means nothing here.
+constexpr int kDeepest = 8;
+
+Failure Wrong(const std::string& message) {
+  return {ExitCode::kUsage, message, "docs/workbench-api.md describes the requests."};
+}
+
+Json Parsed(const std::string& text) {
+  const auto check_depth = [](int depth, Json::parse_event_t /*event*/, Json& /*parsed*/) {
+    if (depth > kDeepest) {
+      throw Wrong("the body has too many levels");
+    }
+    return true;
+  };
+  try {
+    return Json::parse(text, check_depth);
+  } catch (const Json::exception&) {
+    throw Wrong("the body is no JSON");
+  }
+}
+
+}  // namespace
+
+JsonBody::JsonBody(const std::string& text) : json_(std::make_unique<Json>(Parsed(text))) {
+  if (!json_->is_object()) {
+    throw Wrong("the body is no JSON object");
+  }
+}
+
+JsonBody::~JsonBody() = default;
+
+const Json* JsonBody::Find(const char* key) const {
+  const auto found = json_->find(key);
+  return found == json_->end() || found->is_null() ? nullptr : &*found;
+}
+
+std::string JsonBody::Text(const char* key) const {
+  const auto text = OptionalText(key);
+  if (!text) {
+    throw Wrong(Format("{} is missing", key));
+  }
+  return *text;
+}
+
+std::vector<std::string> JsonBody::Texts(const char* key) const {
+  const Json* const list = Find(key);
+  if (list == nullptr || !list->is_array() ||
+      !std::ranges::all_of(*list, [](const Json& item) { return item.is_string(); })) {
+    throw Wrong(Format("{}: a list of texts is needed", key));
+  }
+  return list->get<std::vector<std::string>>();
+}
+
+std::optional<std::string> JsonBody::OptionalText(const char* key) const {
+  const Json* const text = Find(key);
+  if (text == nullptr) {
+    return std::nullopt;
+  }
+  if (!text->is_string()) {
+    throw Wrong(Format("{}: a text is needed", key));
+  }
+  return text->get<std::string>();
+}
+
+std::optional<bool> JsonBody::OptionalFlag(const char* key) const {
+  const Json* const flag = Find(key);
+  if (flag == nullptr) {
+    return std::nullopt;
+  }
+  if (!flag->is_boolean()) {
+    throw Wrong(Format("{}: true or false is needed", key));
+  }
+  return flag->get<bool>();
+}
+
+std::optional<double> JsonBody::OptionalNumber(const char* key) const {
+  const Json* const number = Find(key);
+  if (number == nullptr) {
+    return std::nullopt;
+  }
+  if (!number->is_number()) {
+    throw Wrong(Format("{}: a number is needed", key));
+  }
+  return number->get<double>();
+}
+
+void JsonBody::RefuseOthers(std::initializer_list<std::string_view> known) const {
+  for (const auto& item : json_->items()) {
+    if (std::ranges::find(known, std::string_view(item.key())) == known.end()) {
+      throw Wrong(Format("there is no key {}", Quoted(item.key())));
+    }
+  }
+}
+
+}  // namespace borvanusb

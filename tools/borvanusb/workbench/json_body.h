@@ -1,0 +1,38 @@
+#pragma once
+
+#include <initializer_list>
+#include <memory>
+#include <nlohmann/json_fwd.hpp>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace borvanusb {
+
+// The JSON object that a page sent. Everything throws Failure kUsage that names the key and what is
+// possible.
+class JsonBody {
+ public:
+  explicit JsonBody(const std::string& text);
+  ~JsonBody();
+  JsonBody(const JsonBody&) = delete;
+  JsonBody& operator=(const JsonBody&) = delete;
+
+  std::string Text(const char* key) const;
+  std::vector<std::string> Texts(const char* key) const;
+  // Nothing when the key is missing or null.
+  std::optional<std::string> OptionalText(const char* key) const;
+  std::optional<bool> OptionalFlag(const char* key) const;
+  std::optional<double> OptionalNumber(const char* key) const;
+  // A key that nobody reads would let its sender believe that it counted.
+  void RefuseOthers(std::initializer_list<std::string_view> known) const;
+
+ private:
+  // Null when the key is missing or null.
+  const nlohmann::json* Find(const char* key) const;
+
+  std::unique_ptr<nlohmann::json> json_;
+};
+
+}  // namespace borvanusb

@@ -1,0 +1,75 @@
+#include "workbench/worker.h"
+
+#include <array>
+#include <nlohmann/json.hpp>
+
+namespace borvanusb {
+
+namespace {
+
+using Json = nlohmann::json;
+
+constexpr std::array<const char*, 4> kOrders = {"enter", "run", "repeat", "stop"};
+constexpr std::array<const char*, 4> kReports = {"out", "error", "round", "end"};
+
+std::string Text(const Json& json) {
+  return json.dump(-1, ' ', false, Json::error_handler_t::replace) + "\n";
+}
+
+template <typename Kind>
+std::optional<Kind> KindOf(const std::array<const char*, 4>& names, const std::string& name) {
+  for (std::size_t i = 0; i < names.size(); ++i) {
+    if (name == names[i]) {
+      return static_cast<Kind>(i);
+    }
+  }
+  return std::nullopt;
+}
+
+}  // namespace
+
+std::string LineOf(const WorkerOrder& order) {
+  return Text({{"order", kOrders.at(static_cast<std::size_t>(order.kind))},
+               {"number", order.number},
+               {"words", order.words},
+               {"rate", order.rate},
+               {"text", order.text}});
+}
+
+std::string LineOf(const WorkerReport& report) {
+  return Text({{"report", kReports.at(static_cast<std::size_t>(report.kind))},
+               {"number", report.number},
+               {"text", report.text},
+               {"code", report.code}});
+}
+
+std::optional<WorkerOrder> ReadOrder(std::string_view line) {
+  try {
+    const Json json = Json::parse(line);
+    const auto kind = KindOf<WorkerOrder::Kind>(kOrders, json.at("order").get<std::string>());
+    if (!kind) {
+      return std::nullopt;
+    }
+    return WorkerOrder{*kind, json.at("number").get<std::uint64_t>(),
+                       json.at("words").get<std::vector<std::string>>(),
+                       json.at("rate").get<double>(), json.at("text").get<std::string>()};
+  } catch (const Json::exception&) {
+    return std::nullopt;
+  }
+}
+
+std::optional<WorkerReport> ReadReport(std::string_view line) {
+  try {
+    const Json json = Json::parse(line);
+    const auto kind = KindOf<WorkerReport::Kind>(kReports, json.at("report").get<std::string>());
+    if (!kind) {
+      return std::nullopt;
+    }
+    return WorkerReport{*kind, json.at("number").get<std::uint64_t>(),
+                        json.at("text").get<std::string>(), json.at("code").get<int>()};
+  } catch (const Json::exception&) {
+    return std::nullopt;
+  }
+}
+
+}  // namespace borvanusb
