@@ -37,7 +37,7 @@ test("the map is walked with the keyboard", async () => {
   const map = page.getByRole("slider", { name: "Sectors of the flash" });
   await map.focus();
   await page.keyboard.press("ArrowDown");
-  assert.match(await map.getAttribute("aria-valuetext"), /^0x20000: used, firmware$/);
+  await page.waitForFunction(() => document.querySelector(".sectors").getAttribute("aria-valuetext") === "0x20000: used, firmware");
   await hexRow(0x20000).getByText(/^[0-9a-f]{2}$/).first().waitFor();
 });
 
