@@ -180,7 +180,7 @@ TEST_F(ToolDefaultsTest, TheCameraMayComeLater) {
 }
 
 TEST_F(ToolDefaultsTest, AListThatNamesItsDeviceNeedsNoDefault) {
-  const std::string list = folder.Write("l.txt", "0xfff8, 0x20,\n0xfffe, 0x02,\n0x3500, 0x01,\n");
+  const std::string list = folder.Write("l.txt", "0xfff8, 0x20,\n0xfffe, 0x03,\n0x3500, 0x01,\n");
   EXPECT_EQ(Run({"i2c", "load", list}), 0) << err;
   EXPECT_EQ(err.find("ignored"), std::string::npos) << err;
   EXPECT_EQ(Run({"i2c", "load", list, "--slave", "0x6c"}), 0) << err;

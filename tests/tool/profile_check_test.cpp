@@ -33,13 +33,13 @@ std::string ReadTestFile(const std::string& name) {
     return kSensorMap;
   }
   if (name == "good.txt") {
-    return "0xfff8, 0x6c,\n0xfffe, 0x02,\n0x3500, 0x01,\n";
+    return "0xfff8, 0x6c,\n0xfffe, 0x03,\n0x3500, 0x01,\n";
   }
   if (name == "bare.txt") {
     return "0x3500, 0x01,\n";
   }
   if (name == "bad.txt") {
-    return "0xfff8, 0x6c,\n0xfffe, 0x02,\n0x3500, 0x1ff,\n";
+    return "0xfff8, 0x6c,\n0xfffe, 0x03,\n0x3500, 0x1ff,\n";
   }
   throw Failure(ExitCode::kFile, "can't read " + name);
 }
