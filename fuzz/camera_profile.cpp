@@ -29,7 +29,7 @@ std::string ReadFile(const std::string& name) {
     return kMap;
   }
   if (name.ends_with(".txt")) {
-    return "0xfff8, 0x6c,\n0xfffe, 0x02,\n0x3500, 0x01,\n";
+    return "0xfff8, 0x6c,\n0xfffe, 0x03,\n0x3500, 0x01,\n";
   }
   throw Failure(ExitCode::kFile, "there is no such file");
 }
