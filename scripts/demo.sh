@@ -4,7 +4,9 @@
 # firmware image over them with borvanusb, reads it back and compares. Then it loads lists of settings
 # into sensor and chip and checks that they arrived. At last it does the same by name, with the profiles
 # of samples/profiles.
-# Usage: demo.sh [--large]; --large programs an image of 3.5 MiB instead of one of 256 KiB.
+# Usage: demo.sh [--large | --workbench]
+#   --large      programs an image of 3.5 MiB instead of one of 256 KiB
+#   --workbench  starts the workbench, a page in the browser, on the two cameras until Ctrl-C
 # Exits with 0 only if image and flash are identical and sensor and chip hold what the lists say.
 set -euo pipefail
 cd "$(dirname "$0")/.."
@@ -14,8 +16,10 @@ image=/usr/share/seabios/bios-256k.bin
 camera=0
 flash_size=1M
 address=0x40000
+workbench=
 case "${1-}" in
   '') ;;
+  --workbench) workbench=yes ;;
   --large)
     package=ovmf
     image=/usr/share/OVMF/OVMF_CODE_4M.fd
@@ -23,11 +27,11 @@ case "${1-}" in
     flash_size=4M
     ;;
   -h | --help)
-    sed -n '2,9s/^# //p' "$0"
+    sed -n '2,11s/^# \{0,1\}//p' "$0"
     exit 0
     ;;
   *)
-    echo "demo.sh: \"$1\" is no option; only --large is" >&2
+    echo "demo.sh: \"$1\" is no option; only --large and --workbench are" >&2
     exit 1
     ;;
 esac
@@ -78,13 +82,17 @@ install_image() {
 announce() {
   local missing build
   missing=$(scripts/packages.sh --missing)
-  is_installed "$package" || [[ " $missing " == *" $package "* ]] || missing="$missing $package"
+  [ -n "$workbench" ] || is_installed "$package" || [[ " $missing " == *" $package "* ]] || missing="$missing $package"
   build="only what changed since the last build"
   [ -f build/windows/bin/borvanusb.exe ] || build="everything, some minutes at the first run"
   echo "This demo"
   echo "  installs  ${missing:-no packages: all are there}"
   echo "  builds    the library, the tool and the virtual cameras into build/windows: $build"
   echo "  writes    build/demo, build/windows, build/wine-prefix; no real camera is touched"
+  if [ -n "$workbench" ]; then
+    echo "  starts    the workbench on 127.0.0.1 and prints its address, for a browser on this machine"
+    return
+  fi
   echo "  shows     a firmware image programmed into a virtual camera and read back, and lists of"
   echo "            settings loaded into sensor and chip; less than a minute after the build"
 }
@@ -141,6 +149,15 @@ SECONDS=0
 if ! scripts/build.sh windows 2>&1 | show_build; then
   tail -n 20 "$folder/build.log"
   fail "the build failed, see $folder/build.log"
+fi
+if [ -n "$workbench" ]; then
+  heading "2. The workbench on two virtual cameras with the profiles of samples/profiles"
+  cp virtual_camera/configurations/demo.json "$folder/cameras.json"
+  # A folder as Windows programs name it.
+  export BORVANUSB_PROFILES="Z:${PWD//\//\\}\\samples\\profiles"
+  echo "Open the address in a browser on this machine. It works once; Ctrl-C ends the workbench."
+  with_cameras borvanusb.exe workbench --no-browser --stay
+  exit 0
 fi
 install_image
 echo "done in $SECONDS s; the image is $image, $(stat -c %s "$image") bytes"
@@ -245,4 +262,5 @@ echo "  scripts/with_cameras.sh borvanusb.exe info --camera 0              # loo
 echo "  scripts/with_cameras.sh borvanusb.exe flash program --help         # the options of a command"
 echo "  scripts/with_cameras.sh borvanusb.exe watch --reg 0x1a3 --camera 0 --count 5   # poll a register"
 echo "  BORVANUSB_PROFILES=samples/profiles scripts/with_cameras.sh borvanusb.exe reg show SENSOR.CTRL --camera 0"
+echo "  scripts/demo.sh --workbench                                        # the same in a browser"
 echo "docs/tool.md is the guide to the tool."

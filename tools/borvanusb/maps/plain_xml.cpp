@@ -5,6 +5,10 @@
 #include <new>
 #include <string_view>
 
+#if defined(_MSC_VER)
+#include <intrin.h>
+#endif
+
 #include "maps/svd_tags.h"
 #include "maps/xml_guard.h"
 
@@ -25,9 +29,11 @@ constexpr std::uintptr_t kMostStack = std::uintptr_t{128} << 10U;
 thread_local std::uintptr_t g_stack_start = 0;
 
 std::uintptr_t StackPlace() {
-  const volatile char here = 0;
-  // NOLINTNEXTLINE(clang-analyzer-core.StackAddressEscape): compared as a number, never followed
-  return reinterpret_cast<std::uintptr_t>(&here);
+#if defined(_MSC_VER)
+  return reinterpret_cast<std::uintptr_t>(_AddressOfReturnAddress());
+#else
+  return reinterpret_cast<std::uintptr_t>(__builtin_frame_address(0));
+#endif
 }
 
 void* TakeBlock(std::size_t size) {
