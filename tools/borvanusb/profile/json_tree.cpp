@@ -128,7 +128,7 @@ class TreeBuilder : public nlohmann::json_sax<nlohmann::json> {
     }
     node.place = PlaceOf(parent, key_);
     node.line = key_line_;
-    return parent.members.emplace_back(std::move(key_), std::move(node)).second;
+    return parent.members.emplace_back(JsonMember{std::move(key_), std::move(node)}).value;
   }
 
   bool Open(JsonNode::Kind kind) {
@@ -154,9 +154,8 @@ class TreeBuilder : public nlohmann::json_sax<nlohmann::json> {
 }  // namespace
 
 const JsonNode* JsonNode::Find(std::string_view key) const {
-  const auto found =
-      std::ranges::find_if(members, [&](const auto& member) { return member.first == key; });
-  return found != members.end() ? &found->second : nullptr;
+  const auto found = std::ranges::find(members, key, &JsonMember::key);
+  return found != members.end() ? &found->value : nullptr;
 }
 
 JsonNode ReadJsonTree(std::string_view text) {

@@ -10,6 +10,8 @@
 
 namespace borvanusb {
 
+struct JsonMember;
+
 // JSON of a file that people write: each value with its line and its place, for messages.
 struct JsonNode {
   enum class Kind : std::uint8_t { kNull, kBoolean, kNumber, kText, kList, kObject };
@@ -18,13 +20,18 @@ struct JsonNode {
   bool boolean = false;
   bool whole = false;  // a number without a fraction, 0 or above, in `number`
   std::uint64_t number = 0;
-  std::string text;                                       // of a text; of other numbers as written
-  std::vector<JsonNode> items;                            // of a list
-  std::vector<std::pair<std::string, JsonNode>> members;  // of an object, in the file's order
-  std::uint64_t line = 0;                                 // from 1 on
-  std::string place;  // "flash.regions[1].range"; empty for the whole
+  std::string text;                 // of a text; of other numbers as written
+  std::vector<JsonNode> items;      // of a list
+  std::vector<JsonMember> members;  // of an object, in the file's order
+  std::uint64_t line = 0;           // from 1 on
+  std::string place;                // "flash.regions[1].range"; empty for the whole
 
   const JsonNode* Find(std::string_view key) const;
+};
+
+struct JsonMember {
+  std::string key;
+  JsonNode value;
 };
 
 // Why a text is no JSON that can be used.

@@ -226,7 +226,7 @@ class Checker {
       const auto& [name, value] = profile_.options[i];
       const std::string problem = DefaultProblem(name, value, rules_);
       if (!problem.empty()) {
-        Wrong(root_.Find("options")->members[i].second, problem);
+        Wrong(root_.Find("options")->members[i].value, problem);
       }
     }
   }
