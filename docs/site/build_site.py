@@ -117,7 +117,8 @@ class Site:
                 if known is not None and anchor and anchor not in known:
                     self.problems.append(f"{page.file}: {target} leads nowhere")
                 return f'<a href="{file}{"#" + anchor if anchor else ""}">{text}</a>'
-            page.body = LINK.sub(resolve, page.body)
+            # The pictures of docs/ lie beside the pages.
+            page.body = LINK.sub(resolve, page.body).replace('src="docs/pictures/', 'src="pictures/')
 
     def target_file(self, base, path):
         """The site's file for a relative link, None for one that leads out of it."""

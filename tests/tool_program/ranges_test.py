@@ -99,19 +99,21 @@ class RangesTest(station.ToolTest):
         self.succeed("flash", "program", name, "--address", "0x20000", "--no-backup")
         self.assertEqual(self.flash(), self.old)
 
-    def test_other_formats_are_refused_unless_forced(self):
+    def test_formats_are_read_and_text_dumps_refused_unless_forced(self):
         self.plug_in_flash()
         self.succeed("flash", "read", "0x1000+64", self.name("dump.txt"))
-        files = {"an Intel HEX file": self.file("a.hex", ":0400100001020304E2\r\n:00000001FF\r\n"),
-                 "a Motorola S-record file": self.file("a.srec", "S1051000AABB85\nS9030000FC\n"),
-                 "an ELF file": self.file("a.elf", b"\x7fELF\1\1\1" + bytes(100)),
-                 "a text dump": self.name("dump.txt")}
-        for what, name in files.items():
-            self.refuse(5, "is " + what, "flash", "program", name)
-            self.refuse(5, "is " + what, "flash", "verify", name)
+        broken = self.file("a.elf", b"\x7fELF\1\1\1" + bytes(100))
+        for command in ("program", "verify"):
+            self.refuse(5, "is a text dump", "flash", command, self.name("dump.txt"))
+            self.refuse(5, "a.elf", "flash", command, broken)
         self.assertEqual(self.flash(), self.old)
-        self.refuse(7, "differ", "flash", "verify", files["an ELF file"], "--force")
-        self.succeed("flash", "program", files["an Intel HEX file"], "--force", "--no-backup")
+        self.refuse(7, "differ", "flash", "verify", broken, "--format", "raw")
+        hex_file = self.file("a.hex", ":0400100001020304E2\r\n:00000001FF\r\n")
+        self.succeed("flash", "program", hex_file, "--no-backup")
+        changed = self.old[:0x10] + bytes([1, 2, 3, 4]) + self.old[0x14:]
+        self.assertEqual(self.flash(), changed)
+        self.succeed("flash", "verify", hex_file)
+        self.succeed("flash", "program", hex_file, "--format", "raw", "--no-backup")
         self.assertEqual(self.flash()[:11], b":0400100001")
 
     def test_many_differences_are_written(self):

@@ -19,7 +19,7 @@ struct MapCounts {
 MapCounts CountsOf(const RegisterMap& map);
 
 // A map as lines: one for each register, its fields below it.
-void PrintMap(const RegisterMap& map, const std::function<void(std::string_view)>& line);
+void PrintMap(const RegisterMap& map, const std::function<void(std::string_view)>& print);
 
 // The bits of a field: "[7:4]", "[3]".
 std::string BitsText(const MapField& field);

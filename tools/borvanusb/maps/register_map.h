@@ -152,6 +152,8 @@ struct MapStorage;
 // Moves, does not copy. Its texts live as long as it does.
 struct RegisterMap {
   RegisterMap();
+  RegisterMap(const RegisterMap&) = delete;
+  RegisterMap& operator=(const RegisterMap&) = delete;
   RegisterMap(RegisterMap&&) noexcept;
   RegisterMap& operator=(RegisterMap&&) noexcept;
   ~RegisterMap();

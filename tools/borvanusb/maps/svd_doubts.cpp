@@ -135,7 +135,8 @@ void SvdDoubts::Add(const SvdDoubt& doubt) {
 
 std::uint32_t& SvdDoubts::Find(SvdDoubtKind kind, std::uint32_t offset) {
   constexpr std::uint32_t kFactor = 0x9E3779B1;
-  std::size_t entry = (offset + static_cast<std::uint32_t>(kind)) * kFactor;
+  const std::uint32_t hash = (offset + static_cast<std::uint32_t>(kind)) * kFactor;
+  std::size_t entry = hash;
   for (;; ++entry) {
     std::uint32_t& place = table_[entry & (table_.size() - 1)];
     if (place == 0 || (doubts_[place - 1].offset == offset && doubts_[place - 1].kind == kind)) {

@@ -166,8 +166,8 @@ SvdTag SvdTagOf(std::string_view name) {
     return kUnknown;
   }
   if (size >= kWord) {
-    const std::uint64_t first = PartAt<std::uint64_t>(name, 0);
-    const std::uint64_t last = PartAt<std::uint64_t>(name, size - kWord);
+    const auto first = PartAt<std::uint64_t>(name, 0);
+    const auto last = PartAt<std::uint64_t>(name, size - kWord);
     const TagSlot& slot = kSlots[SlotOf(first, size)];
     const bool same = slot.first == first && slot.last == last && slot.size == size;
     const bool same_middle = size <= 2 * kWord || slot.middle == PartAt<std::uint64_t>(name, kWord);

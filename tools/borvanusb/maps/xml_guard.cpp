@@ -73,11 +73,7 @@ class XmlGuard {
   // The element that a place is in, for messages.
   std::string Around() const { return open_.empty() ? "" : Format("in <{}>: ", open_.back().name); }
 
-  std::size_t Find(char character, std::size_t from) const {
-    const auto* const found =
-        static_cast<const char*>(std::memchr(text_.data() + from, character, text_.size() - from));
-    return found == nullptr ? kEnd : static_cast<std::size_t>(found - text_.data());
-  }
+  std::size_t Find(char character, std::size_t from) const { return text_.find(character, from); }
 
   // All references before `end`.
   void CheckReferences(std::size_t end) {

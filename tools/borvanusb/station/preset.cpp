@@ -10,6 +10,7 @@
 #include "command/camera_work.h"
 #include "command/command_rules.h"
 #include "command/context.h"
+#include "command/several_cameras.h"
 #include "command/values.h"
 #include "i2c/diff.h"
 #include "i2c/load.h"
@@ -40,9 +41,23 @@ ExitCode LoadList(const ProfilePreset& preset, bool verify, Context& context) {
   return Run(load, context);
 }
 
+std::string Summary(const nlohmann::ordered_json& result) {
+  return result.contains("writes") ? Format("{} set", Count(result["writes"].size(), "register"))
+                                   : std::string("set");
+}
+
+// Each camera has the preset of its own profile.
+ExitCode ApplyToSeveral(bool all, Context& context) {
+  const auto words = [&](const CameraIdentity&) { return WordsForOne(context.common.words); };
+  return RunForSeveral({words, Summary}, all, context);
+}
+
 }  // namespace
 
 ExitCode Run(const PresetApplyCommand& command, Context& context) {
+  if (IsForSeveral(command.all, context)) {
+    return ApplyToSeveral(command.all, context);
+  }
   const CameraIdentity identity = ChosenCamera(context.host, context.common.cameras);
   const auto names = NamesNeededFor(command.name, identity, context);
   const ProfilePreset& preset = FindPreset(names->Profile(), command.name);
@@ -84,6 +99,10 @@ CommandRule PresetApplyRule() {
       NamesOf("presets", Argument("NAME", "a preset of the camera's profile")),
       [](PresetApplyCommand& command, const std::string& text) { command.name = FileValue(text); });
   rule.AddFlag("--verify", kVerifyText, &PresetApplyCommand::verify);
+  AddAll(rule);
+  rule.Check([](const PresetApplyCommand& command, const GivenOptions& given) {
+    CheckAll(command.all, given);
+  });
   rule.Details("Its settings are written in their order, each register once.");
   rule.Example("borvanusb preset apply night --verify");
   return rule.Take();

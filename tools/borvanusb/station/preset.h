@@ -13,6 +13,7 @@ struct Context;
 struct PresetApplyCommand {
   std::string name;
   bool verify = false;
+  bool all = false;  // every camera there is
 };
 
 struct PresetDiffCommand {

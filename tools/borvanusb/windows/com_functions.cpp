@@ -24,7 +24,7 @@ HMODULE SystemLibrary(const wchar_t* name) {
 
 const ComFunctions* LoadComFunctions() {
   static ComFunctions functions;
-  static const bool is_complete = [] {
+  static const bool kIsComplete = [] {
     const HMODULE com = SystemLibrary(L"ole32.dll");
     const HMODULE automation = SystemLibrary(L"oleaut32.dll");
     return Find(com, "CoInitialize", functions.CoInitialize) &&
@@ -32,7 +32,7 @@ const ComFunctions* LoadComFunctions() {
            Find(automation, "VariantInit", functions.VariantInit) &&
            Find(automation, "VariantClear", functions.VariantClear);
   }();
-  return is_complete ? &functions : nullptr;
+  return kIsComplete ? &functions : nullptr;
 }
 
 }  // namespace borvanusb

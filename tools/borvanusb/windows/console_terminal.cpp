@@ -79,7 +79,7 @@ std::optional<Key::Kind> KindOfCharacter(wchar_t character) {
 }  // namespace
 
 ConsoleTerminal::~ConsoleTerminal() {
-  EndEditing();
+  ConsoleTerminal::EndEditing();
 }
 
 void ConsoleTerminal::BeginEditing() {

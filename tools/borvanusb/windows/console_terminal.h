@@ -13,6 +13,8 @@ class ConsoleTerminal : public Terminal {
  public:
   // It must outlive this.
   explicit ConsoleTerminal(const Console& console) : console_(console) {}
+  ConsoleTerminal(const ConsoleTerminal&) = delete;
+  ConsoleTerminal& operator=(const ConsoleTerminal&) = delete;
   ~ConsoleTerminal() override;
 
   void BeginEditing() override;

@@ -101,7 +101,7 @@ bool WindowsHost::IsReservedElsewhere(const std::string& path) {
 }
 
 std::string WindowsHost::JournalFolder() const {
-  const std::string given = Environment("BORVANUSB_JOURNALS");
+  std::string given = Environment("BORVANUSB_JOURNALS");
   if (!given.empty()) {
     return given;
   }

@@ -96,6 +96,8 @@ UniqueHandle StartProcess(HANDLE orders, HANDLE reports) {
 
 class WorkerProcess : public Worker {
  public:
+  WorkerProcess(const WorkerProcess&) = delete;
+  WorkerProcess& operator=(const WorkerProcess&) = delete;
   explicit WorkerProcess(WorkerEvents events) {
     Pipe orders = MakePipe();
     Pipe reports = MakePipe();
@@ -165,7 +167,7 @@ class WindowsWorkbench : public WorkbenchPlatform {
   }
 
   std::string DataFolder() const override {
-    const std::string given = ToUtf8(EnvironmentVariable(L"BORVANUSB_WORKBENCH"));
+    std::string given = ToUtf8(EnvironmentVariable(L"BORVANUSB_WORKBENCH"));
     if (!given.empty()) {
       return given;
     }
