@@ -41,7 +41,7 @@ def setUpModule():  # pylint: disable=invalid-name
     """Makes the package, takes its files out and compiles the programs that use them."""
     shutil.rmtree(PROGRAMS, ignore_errors=True)
     PROGRAMS.mkdir(parents=True)
-    package = pack.pack(SDK, station.BIN, FOLDER / "packages")
+    package = pack.pack(pack.compiled(SDK.folder), station.BIN, FOLDER / "packages")
     with zipfile.ZipFile(package) as archive:
         for name in archive.namelist():
             if name.startswith((NATIVE, "lib/netstandard2.0/")):
@@ -89,7 +89,7 @@ class CSharpTest(station.ToolTest):
 
     def test_package(self):
         packed = FOLDER / "packages" / f"BorvanUsb.{pack.version()}.nupkg"
-        again = pack.pack(SDK, station.BIN, FOLDER / "packages-again")
+        again = pack.pack(pack.compiled(SDK.folder), station.BIN, FOLDER / "packages-again")
         self.assertEqual(again.read_bytes(), packed.read_bytes())
         with zipfile.ZipFile(packed) as archive:
             for name in pack.PRODUCTS:

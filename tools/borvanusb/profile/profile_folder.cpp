@@ -20,6 +20,12 @@ struct KeptProfile {
   std::shared_ptr<const ProfileReading> reading;
 };
 
+// One process works for one camera, or for a few: they are few.
+std::map<std::string, KeptProfile>& KeptProfiles() {
+  static std::map<std::string, KeptProfile> kept;
+  return kept;
+}
+
 bool IsUnchanged(const Stamps& stamps) {
   for (const auto& [file, stamp] : stamps) {
     if (StampOf(file) != stamp) {
@@ -54,9 +60,12 @@ std::vector<std::string> ProfileFiles(const Host& host) {
   return files;
 }
 
+void ForgetKeptProfile(const std::string& file) {
+  KeptProfiles().erase(AbsoluteName(file));
+}
+
 std::shared_ptr<const ProfileReading> ReadKeptProfile(const std::string& file) {
-  // One process works for one camera, or for a few: nothing is ever dropped.
-  static std::map<std::string, KeptProfile> kept;
+  auto& kept = KeptProfiles();
   const std::string name = AbsoluteName(file);
   const auto found = kept.find(name);
   if (found != kept.end() && IsUnchanged(found->second.stamps)) {

@@ -21,6 +21,9 @@ std::vector<std::string> ProfileFiles(const Host& host);
 // when the file can't be read.
 std::shared_ptr<const ProfileReading> ReadKeptProfile(const std::string& file);
 
+// Reads it anew the next time: after writing it, which the file's time may be too coarse to tell.
+void ForgetKeptProfile(const std::string& file);
+
 // The same for a profile that is used. Throws Failure kFile when it has errors.
 std::shared_ptr<const CameraProfile> LoadProfile(const std::string& file);
 

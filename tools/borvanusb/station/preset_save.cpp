@@ -16,6 +16,7 @@
 #include "names/presets.h"
 #include "names/register_words.h"
 #include "output/output.h"
+#include "profile/profile_folder.h"
 #include "profile/read_profile.h"
 #include "station/preset.h"
 
@@ -139,6 +140,7 @@ ExitCode Run(const PresetSaveCommand& command, Context& context) {
     throw Failure(ExitCode::kUsage, check.errors.front().text, "The profile is as it was.");
   }
   WriteWholeText(file, text);
+  ForgetKeptProfile(file);
   for (const std::string& setting : settings) {
     context.output.Line(setting);
   }
