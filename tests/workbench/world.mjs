@@ -60,7 +60,7 @@ export async function newPage(options = {}) {
     permissions: ["clipboard-read", "clipboard-write"], ...options,
   });
   const page = await context.newPage();
-  page.setDefaultTimeout(10_000);
+  page.setDefaultTimeout(45_000);
   page.complaints = [];
   page.on("pageerror", (error) => page.complaints.push(error.message));
   page.on("console", (message) => {
