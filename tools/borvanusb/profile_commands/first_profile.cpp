@@ -26,7 +26,7 @@ std::string DescriptionOf(const CameraFacts& facts) {
       Format("Written by borvanusb profile new on {} for the camera {}. Feature register {}: {}.",
              facts.date, facts.camera.name, Hex(kFeatureRegister), Hex(facts.features, 2));
   if (!facts.flash_size) {
-    text += Format(" The size of the flash is unknown: {}.", facts.flash_size_reason);
+    text += Format(" Size of the flash: {}.", facts.flash_size_reason);
   }
   if (facts.scanned) {
     text += facts.devices.empty()
