@@ -77,8 +77,8 @@ void FormBuilder::CheckFields(std::uint32_t id, const MapRegisterForm& form) con
   for (const MapField& field : form.fields) {
     const auto first = static_cast<unsigned char>(field.name.front());
     const auto last = static_cast<unsigned char>(field.name.back());
-    const std::uint64_t bit = std::uint64_t{1}
-                              << ((field.name.size() * 7 + first * 5U + last) % kWordBits);
+    const std::uint64_t bit =
+        std::uint64_t{1} << ((field.name.size() * 7 + std::size_t{5} * first + last) % kWordBits);
     if ((seen & bit) != 0) {
       const auto* const other = std::find_if(
           form.fields.data(), &field, [&](const MapField& one) { return one.name == field.name; });
