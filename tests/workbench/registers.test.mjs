@@ -202,8 +202,7 @@ test("the keyboard alone finds a register, changes and writes it", async () => {
   await page.keyboard.type("0x321");
   await page.keyboard.press("Enter");
   await page.getByText("1 change not written").waitFor();
-  await page.getByRole("button", { name: "Write all" }).focus();
-  await page.keyboard.press("Enter");
+  await page.getByRole("button", { name: "Write all" }).press("Enter");
   await page.getByText("No changes wait.").waitFor();
   assert.equal(await readBack(names.exposure), 0x321);
 });

@@ -14,6 +14,7 @@
 #include "command/nearest.h"
 #include "command/values.h"
 #include "command/word_sorter.h"
+#include "output/printable.h"
 
 namespace borvanusb {
 
@@ -30,7 +31,8 @@ std::string HintOf(const WrongUse& wrong, const std::vector<std::string>& words,
   for (const WrongUse::Way& way : wrong.Ways()) {
     std::vector<std::string> line = words;
     line.insert(std::find(line.begin(), line.end(), "--"), way.more.begin(), way.more.end());
-    hint += Format("{}{}: {}", hint.empty() ? "" : "\n", way.when, CommandLineText(line));
+    hint +=
+        Format("{}{}: {}", hint.empty() ? "" : "\n", way.when, Printable(CommandLineText(line)));
   }
   return hint.empty() ? HelpHint(command) : hint;
 }
