@@ -23,8 +23,8 @@ constexpr std::uint64_t kChipPart = 128 * std::uint64_t{kRunBlock};
 constexpr std::uint64_t kI2cPart = 16 * std::uint64_t{kRunBlock};
 
 const AccessRule& RuleOf(const RegisterAccess& access) {
-  static const AccessRule plain;
-  return access.rule != nullptr ? *access.rule : plain;
+  static const AccessRule kPlain;
+  return access.rule != nullptr ? *access.rule : kPlain;
 }
 
 // What tells devices apart, and where their runs end.

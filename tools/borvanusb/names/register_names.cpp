@@ -156,6 +156,7 @@ std::string RegisterNames::Nearest(const std::string& name) const {
     }
   }
   std::vector<std::string> known;
+  known.reserve(tails.size());
   for (const auto& [small, tail] : tails) {
     known.push_back(small);
   }

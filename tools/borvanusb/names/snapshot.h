@@ -26,6 +26,7 @@ struct AccessKey {
   std::uint32_t option = 0;  // likewise
   std::uint32_t address = 0;
 
+  // NOLINTNEXTLINE(modernize-use-nullptr): the check takes the comparison's own 0 for a pointer
   auto operator<=>(const AccessKey&) const = default;
 };
 

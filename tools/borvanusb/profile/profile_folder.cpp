@@ -1,5 +1,6 @@
 #include "profile/profile_folder.h"
 
+#include <algorithm>
 #include <map>
 
 #include "base/failure.h"
@@ -27,18 +28,14 @@ std::map<std::string, KeptProfile>& KeptProfiles() {
 }
 
 bool IsUnchanged(const Stamps& stamps) {
-  for (const auto& [file, stamp] : stamps) {
-    if (StampOf(file) != stamp) {
-      return false;
-    }
-  }
-  return true;
+  return std::ranges::all_of(stamps,
+                             [](const auto& file) { return StampOf(file.first) == file.second; });
 }
 
 }  // namespace
 
 std::string ProfileFolder(const Host& host) {
-  const std::string given = host.Environment("BORVANUSB_PROFILES");
+  std::string given = host.Environment("BORVANUSB_PROFILES");
   if (!given.empty()) {
     return given;
   }

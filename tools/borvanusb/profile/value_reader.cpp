@@ -41,17 +41,17 @@ bool ValueReader::IsObject(const JsonNode& node, std::initializer_list<std::stri
 }
 
 const std::vector<JsonNode>& ValueReader::Items(const JsonNode* node) {
-  static const std::vector<JsonNode> none;
+  static const std::vector<JsonNode> kNone;
   if (node == nullptr) {
-    return none;
+    return kNone;
   }
   if (node->kind != Kind::kList) {
     Wrong(*node, "must be a list: […]");
-    return none;
+    return kNone;
   }
   if (node->items.size() > kMostItems) {
     Wrong(*node, Format("has more than {} items", kMostItems));
-    return none;
+    return kNone;
   }
   return node->items;
 }
