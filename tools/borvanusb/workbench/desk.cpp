@@ -115,7 +115,8 @@ void Desk::RunNow(const RunOrder& order, const Respond& respond) {
   if (!wait) {
     respond(kAccepted, {{"job", id}, {"line", job->shown}});
   }
-  LaneOf(job->camera)->Submit(std::move(job));
+  const auto lane = LaneOf(job->camera);
+  lane->Submit(std::move(job));
 }
 
 std::shared_ptr<Lane> Desk::LaneOf(const std::string& camera) {

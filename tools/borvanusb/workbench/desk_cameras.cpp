@@ -208,7 +208,7 @@ void Desk::TellState(std::function<void(const Json& cameras, const Json& jobs)> 
     tell_now();
     return;
   }
-  waiting_for_state_.push_back(std::move(tell_now));
+  waiting_for_state_.emplace_back(std::move(tell_now));
   Look();
 }
 
