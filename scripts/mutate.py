@@ -17,7 +17,7 @@ import check_structure
 import mutations
 from equivalent_mutants import Equivalents
 from mutation_build import ARCHIVES, ROOT, DoesNotCompile, TestBuild
-from mutation_results import RESULTS, Record, report
+from mutation_results import BRIEF_RESULTS, RESULTS, Record, report
 
 MEASURED = ROOT / "build" / "mutation" / "measured.json"
 WORK = ROOT / "build" / "mutation" / "work"
@@ -38,12 +38,19 @@ LIKELY = {
     "borvanusb/flash/engine": ["tool_flash_parts_test", "tool_flash_journal_test",
                                "tool_flash_program_test"],
     "borvanusb/i2c": ["tool_lists_test", "tool_registers_test"],
+    "borvanusb/images": ["tool_images_test", "tool_flash_parts_test"],
+    "borvanusb/maps": ["tool_maps_test", "tool_names_test"],
+    "borvanusb/names": ["tool_names_test"],
     "borvanusb/output": ["tool_progress_test", "tool_run_test"],
+    "borvanusb/profile": ["tool_names_test"],
+    "borvanusb/profile_commands": ["tool_names_test"],
     "borvanusb/registers": ["tool_lists_test", "tool_registers_test"],
-    "borvanusb/station": ["tool_registers_test", "tool_lists_test"],
+    "borvanusb/station": ["tool_registers_test", "tool_names_test", "tool_lists_test"],
+    "borvanusb/workbench": ["tool_workbench_rules_test", "tool_workbench_work_test",
+                            "tool_workbench_server_test"],
     "virtual_camera/core": ["virtual_camera_core_test"],
 }
-BRIEF = 2  # edits of a room
+BRIEF = 1  # edits of a room
 
 Candidate = collections.namedtuple("Candidate", "room path line mutant was now below above id")
 
@@ -127,9 +134,10 @@ def state_of(*folders):
 class Trial:
     """Tries edits; one object serves all threads."""
 
-    def __init__(self, build, programs, state):
+    def __init__(self, build, programs, state, brief):
         self.build = build
         self.programs = programs
+        self.brief = brief  # only the programs that know a room best
         self.state = state
         self.turns = {}  # of a program: a filter for its tests, and their limit; slow ones apart
         self.measuring = threading.Lock()
@@ -173,8 +181,10 @@ class Trial:
         except DoesNotCompile:
             return "invalid", None
         likely = LIKELY[edit.room]
-        order = [program for program in likely if program in self.programs] + [
-            program for program in self.build.programs_of(edit.path) if program not in likely]
+        order = [program for program in likely if program in self.programs]
+        if not self.brief:
+            order += [program for program in self.build.programs_of(edit.path)
+                      if program not in likely]
         executables = {}
         for program in order:
             turns = self.turns_of(program)
@@ -249,11 +259,13 @@ def main():
     edits = drawn(paths, options.seed)
     # Other tests may tell what these let pass, so it is tried again with them.
     digest = state_of("tests")
+    results = BRIEF_RESULTS if options.brief else RESULTS
     if options.fresh:
-        RESULTS.unlink(missing_ok=True)
-    record = Record(digest)
+        results.unlink(missing_ok=True)
+    record = Record(results, digest)
     equivalents = Equivalents()
-    trial = Trial(build, programs, folder + state_of("src", "tools", "virtual_camera", "tests"))
+    trial = Trial(build, programs, folder + state_of("src", "tools", "virtual_camera", "tests"),
+                  options.brief)
     if options.brief:
         # As many edits of each room are in front of the list.
         options.count = BRIEF * len({edit.room for edit in edits})

@@ -6,13 +6,15 @@ import sys
 from equivalent_mutants import LIST, ROOT
 
 RESULTS = ROOT / "build" / "mutation" / "results.jsonl"
+# Of the brief form, which asks fewer programs: what survived it may not survive the others.
+BRIEF_RESULTS = RESULTS.with_name("brief_results.jsonl")
 
 
-def remembered(digest):
+def remembered(path, digest):
     """What earlier runs found that still holds, by edit."""
     found = {}
-    if RESULTS.exists():
-        for line in RESULTS.read_text("utf-8").splitlines():
+    if path.exists():
+        for line in path.read_text("utf-8").splitlines():
             entry = json.loads(line)
             if entry["state"] != "survived" or entry["tests"] == digest:
                 found[entry["id"]] = entry
@@ -22,10 +24,11 @@ def remembered(digest):
 
 
 class Record:
-    """What is found, written down at once: a run that was stopped goes on from there."""
+    """What is found, written down at once: a run that was stopped continues from there."""
 
-    def __init__(self, digest):
-        self.found = remembered(digest)
+    def __init__(self, path, digest):
+        self.path = path
+        self.found = remembered(path, digest)
         self.digest = digest
 
     def put(self, edit, state, teller, slow):
@@ -34,7 +37,7 @@ class Record:
                  "file": str(edit.path.relative_to(ROOT)), "line": edit.line,
                  "was": edit.was, "now": edit.now}
         self.found[edit.id] = entry
-        with RESULTS.open("a", encoding="utf-8") as file:
+        with self.path.open("a", encoding="utf-8") as file:
             file.write(json.dumps(entry) + "\n")
         print(f"{state:8} {entry['file']}:{edit.line} {edit.mutant.kind}"
               f"{', slow tests' if slow else ''}", file=sys.stderr, flush=True)

@@ -68,14 +68,6 @@ stop_wine() {
   done < <(find build -maxdepth 4 -name dosdevices -print0 2>/dev/null)
 }
 
-# The longest tests of the last CTest run in a build folder.
-longest_tests() {
-  echo
-  echo "Where the time of the tests went (seconds):"
-  sed '/^---/,$d' "$1/Testing/Temporary/CTestCostData.txt" | sort -k3,3nr | head -n 12 |
-    awk '{ printf "  %-52s %6.1f\n", $1, $3 }'
-}
-
 test_quickly() {
   local preset=native-quick
   stage packages scripts/packages.sh
@@ -88,7 +80,7 @@ test_quickly() {
   fi
   # Some tests wait, most of the time.
   stage tests ctest --preset "$preset" --parallel "$(($(nproc) + 2))"
-  longest_tests "build/$preset"
+  scripts/longest_tests.sh "build/$preset"
   grep -E 'tests passed|tests failed' "$logs/tests.log" || true
   [ ${#failed[@]} -eq 0 ]
 }
@@ -121,7 +113,7 @@ test_everything() {
   # One more than there are cores: lint works in the background, and most Windows tests wait.
   ctest --test-dir "$everything" --parallel "$(($(nproc) + 1))" --output-on-failure \
     --no-label-summary || outcome=$?
-  longest_tests "$everything"
+  scripts/longest_tests.sh "$everything"
   return "$outcome"
 }
 

@@ -4,6 +4,7 @@ import os
 import pathlib
 import re
 import subprocess
+import tempfile
 import unittest
 
 ROOT = pathlib.Path(__file__).resolve().parents[2]
@@ -36,6 +37,19 @@ class ScriptsTest(unittest.TestCase):
                                      stderr=subprocess.STDOUT)
                 self.assertEqual(run.returncode, 0, run.stdout)
                 self.assertIn(pathlib.Path(name).name, run.stdout)
+
+    def test_longest_tests_of_a_long_list(self):
+        with tempfile.TemporaryDirectory() as folder:
+            costs = pathlib.Path(folder, "Testing", "Temporary", "CTestCostData.txt")
+            costs.parent.mkdir(parents=True)
+            costs.write_text("".join(f"native/test_of_part_{number} 1 {number}.5\n"
+                                     for number in range(5000)) + "---\nnative/failed\n", encoding="utf-8")
+            run = subprocess.run([ROOT / "scripts" / "longest_tests.sh", folder], check=False, text=True,
+                                 stdout=subprocess.PIPE, stderr=subprocess.STDOUT, timeout=60)
+        self.assertEqual(run.returncode, 0, run.stdout)
+        lines = run.stdout.splitlines()[2:]
+        self.assertEqual([line.split() for line in (lines[0], lines[-1])],
+                         [["native/test_of_part_4999", "4999.5"], ["native/test_of_part_4988", "4988.5"]])
 
 
 if __name__ == "__main__":
