@@ -36,7 +36,7 @@ std::string ReadFile(const std::string& name) {
 
 void CheckProblems(const std::vector<ListProblem>& problems, std::uint64_t lines) {
   for (const ListProblem& problem : problems) {
-    Check(problem.line <= lines, "a problem behind the last line");
+    Check(problem.line <= lines, "a problem after the last line");
     Check(!problem.text.empty(), "a problem without a text");
   }
 }

@@ -1,4 +1,4 @@
-// ELF files: any bytes, any bytes behind a good mark, and files with good tables whose segments
+// ELF files: any bytes, any bytes after a good mark, and files with good tables whose segments
 // meet, against a reading that goes its own way.
 
 #include <vector>

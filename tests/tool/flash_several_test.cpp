@@ -218,7 +218,7 @@ TEST_F(FlashSeveralTest, CameraWithoutAVendorUnitIsLeftAside) {
   // The one that can't be opened gets its process, which tells why.
   EXPECT_EQ(children_.size(), 2U);
   EXPECT_TRUE(output->notes.starts_with(
-      "note: 1  1234:0001  Fake camera has no vendor unit and is left aside\n"))
+      "note: 1  1234:0001  Fake camera has no vendor unit and is skipped\n"))
       << output->notes;
 }
 

@@ -115,7 +115,7 @@ TEST_P(ElfTest, LoadedBytesLieAtTheirPhysicalAddresses) {
 }
 
 TEST_P(ElfTest, CutOffAnywhereItIsRefused) {
-  // Behind the table nothing but the bytes of the two segments is missed.
+  // After the table nothing but the bytes of the two segments is missed.
   for (std::size_t size = 0; size < file.bytes.size(); ++size) {
     const Bytes cut(file.bytes.begin(), file.bytes.begin() + static_cast<std::ptrdiff_t>(size));
     EXPECT_NE(ErrorIn(cut), "") << size;

@@ -147,9 +147,9 @@ TEST(IntelHexTest, EndMustBeThereAndBeTheEnd) {
   EXPECT_EQ(ErrorIn(":010000000BF4\n"),
             "line 1: the file ends here without an end record (:00000001FF); it is not whole");
   EXPECT_EQ(ErrorIn(":010000000BF4\n" + kEnd + "\n:010001000BF3\n"),
-            "line 4: the file goes on behind its end record");
+            "line 4: the file continues after its end record");
   EXPECT_EQ(ErrorIn(":010000000BF4\n" + kEnd + "\x1A"),
-            "line 3: the file goes on behind its end record");
+            "line 3: the file continues after its end record");
   EXPECT_EQ(ErrorIn(kEnd), "it holds no bytes for the flash");
 }
 

@@ -51,7 +51,7 @@ TEST(SRecordTest, CountsAreChecked) {
   EXPECT_EQ(ErrorIn(data + "S604010002F8\n" + end),
             "line 3: the file counts 65538 data records, but has 2");
   EXPECT_EQ(ErrorIn("S1051000AABB85\nS5030001FB\nS1051002AABB83\n" + end),
-            "line 3: data goes on behind the count of the data records");
+            "line 3: data continues after the count of the data records");
 }
 
 TEST(SRecordTest, ACountAtTheEndShowsThatTheFileIsWhole) {
@@ -65,7 +65,7 @@ TEST(SRecordTest, ACountAtTheEndShowsThatTheFileIsWhole) {
 
 TEST(SRecordTest, NothingFollowsTheStart) {
   EXPECT_EQ(ErrorIn("S1051000AABB85\n" + kEnd + "S1051002AABB83\n"),
-            "line 3: the file goes on behind its start record");
+            "line 3: the file continues after its start record");
   EXPECT_EQ(Read("S1051000AABB85\n" + kEnd + "\r\n \r\n").segments.size(), 1U);
   EXPECT_EQ(ErrorIn("S0030000FC\n" + kEnd), "it holds no bytes for the flash");
 }

@@ -333,7 +333,7 @@ TEST(WorkbenchDeskTest, StopAllStopsWhatRunsAndWhatWaits) {
   EXPECT_FALSE(rig.desk->HasWork());
 }
 
-// 20,000 readings leave nothing behind.
+// Memory does not grow over 20,000 readings.
 TEST(WorkbenchDeskTest, LongLiveReadingKeepsNothing) {
   DeskRig rig;
   rig.desk->SetPages(1);

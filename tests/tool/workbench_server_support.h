@@ -148,7 +148,7 @@ class ServerRig {
   std::uint16_t Port() const { return server_->Port(); }
   std::string Host() const { return "127.0.0.1:" + std::to_string(Port()); }
   bool HasEnded() const { return ended_; }
-  // Work of "reg read 1" goes on until then.
+  // Work of "reg read 1" continues until then.
   void OpenGate() { gate_ = true; }
 
   // The head of a request as a page of ours sends it, without the empty line.

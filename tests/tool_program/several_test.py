@@ -77,7 +77,7 @@ class StationTest(station.ToolTest):
         for line in outcome.lines:
             self.assert_schema("several", line)
             self.assertEqual(line["result"]["feature_register"], 0x20)
-        self.assertIn("has no vendor unit and is left aside", outcome.err)
+        self.assertIn("has no vendor unit and is skipped", outcome.err)
         self.plug_in(camera(0, nodes=["camera-terminal", "processing"]))
         self.refuse(2, "no camera with a vendor unit", "info", "--all")
 

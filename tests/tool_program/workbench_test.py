@@ -309,7 +309,7 @@ class ProgramTest(WorkbenchCase):
         self.wait_until_changing()
         self.process.kill()
         self.process.communicate()
-        # Its worker goes on to a safe place.
+        # Its worker continues to a safe place.
         time.sleep(2)
         self.page = self.open()
         self.page.upload("fw.bin", self.image)

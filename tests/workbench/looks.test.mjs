@@ -131,7 +131,7 @@ const scenes = [
     await page.getByRole("alert").waitFor();
   }],
 ];
-// These go on where the scene before them ended.
+// These continue where the scene before them ended.
 const continued = new Set(["flash-programming", "flash-stopped", "flash-verify"]);
 
 for (const colorScheme of ["light", "dark"]) {

@@ -16,7 +16,7 @@ constexpr char Small(char letter) {
 bool MatchesPattern(std::string_view pattern, std::string_view name, char separator) {
   std::size_t in_pattern = 0;
   std::size_t in_name = 0;
-  // The last * and where its characters end; when something behind it does not match, it takes one
+  // The last * and where its characters end; when something after it does not match, it takes one
   // more. An earlier * never needs another try.
   std::size_t star = std::string_view::npos;
   std::size_t star_end = 0;

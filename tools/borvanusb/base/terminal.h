@@ -42,7 +42,7 @@ class Terminal {
   virtual void EndEditing() = 0;
   // Waits for the next key.
   virtual Key ReadKey() = 0;
-  // Shows `line` in place of what this has shown before, with the cursor behind `before`, the
+  // Shows `line` in place of what this has shown before, with the cursor after `before`, the
   // line's beginning. Both are UTF-8.
   virtual void ShowLine(std::string_view line, std::string_view before) = 0;
   // Ends the line that was shown, and writes `text`, which ends with \n or is empty, below it.

@@ -147,7 +147,7 @@ class Host {
 
   // The terminal where the user types, for a prompt; null without one.
   virtual Terminal* Prompt() { return nullptr; }
-  // Forgets that a stop was asked for: the prompt goes on after the command that was stopped.
+  // Forgets that a stop was asked for: the prompt continues after the command that was stopped.
   virtual void ForgetStop() {}
 
   // What --verbose reports about the work so far, in lines: the library, the cameras that were

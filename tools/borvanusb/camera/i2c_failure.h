@@ -1,6 +1,6 @@
 #pragma once
 
-// Why an access over I2C was refused: the camera and the device behind it fail alike.
+// Why an access over I2C was refused: a failure of the camera and one of the sensor look the same.
 
 #include "base/failure.h"
 #include "camera/camera.h"

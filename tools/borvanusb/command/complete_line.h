@@ -13,7 +13,7 @@ namespace borvanusb {
 struct LineCompletion {
   std::size_t begin = 0;                // where the word to be completed begins in the line
   std::vector<std::string> candidates;  // whole words as they stand in a line, sorted
-  // Whether something follows the word, as it does behind a folder and behind --option=.
+  // Whether something follows the word, as it does after a folder and after --option=.
   static bool IsOpen(const std::string& candidate);
 };
 

@@ -52,7 +52,7 @@ CommandRule CompletionRule() {
   rule.Details(
       "For bash: eval \"$(borvanusb completion bash)\" in ~/.bashrc. For zsh: the same with zsh, "
       "in "
-      "~/.zshrc behind compinit. For fish: borvanusb completion fish | source in config.fish. For "
+      "~/.zshrc after compinit. For fish: borvanusb completion fish | source in config.fish. For "
       "PowerShell: borvanusb completion powershell | Out-String | Invoke-Expression in $PROFILE.");
   RefuseAllOfCameras(rule);
   rule.Example("borvanusb completion bash > ~/.borvanusb-completion");

@@ -27,13 +27,13 @@ std::string Groups(const ToolDescription& tool, const std::string& between);
 // The words of `options` that begin with a dash.
 std::string OptionWords(const std::vector<OptionDescription>& options);
 
-// Behind "COMMAND --OPTION": its values.
+// After "COMMAND --OPTION": its values.
 std::string OptionValueBranches(const ToolDescription& tool, const BranchForm& form);
-// Behind "COMMAND": its options.
+// After "COMMAND": its options.
 std::string CommandOptionBranches(const ToolDescription& tool, const BranchForm& form);
-// Behind the words of a command so far: the next ones.
+// After the words of a command so far: the next ones.
 std::string NextWordBranches(const ToolDescription& tool, const BranchForm& form);
-// Behind "COMMAND N": the argument in place N, from 0 on.
+// After "COMMAND N": the argument in place N, from 0 on.
 std::string ArgumentBranches(const ToolDescription& tool, const BranchForm& form);
 
 // What `profile names` calls the names that an option takes; mostly empty.

@@ -8,7 +8,7 @@
 
 namespace borvanusb {
 
-// The file of --log: what a run of the tool says, each line behind its time and kind. It is added
+// The file of --log: what a run of the tool says, each line with its time and kind. It is added
 // to what the file holds; each line is in the file when Add returns.
 class RunLog {
  public:

@@ -47,8 +47,7 @@ std::vector<CameraIdentity> UsableCameras(const std::vector<CameraIdentity>& all
     if (HasVendorUnit(camera, context.host)) {
       usable.push_back(camera);
     } else {
-      context.output.Note(
-          Format("note: {} has no vendor unit and is left aside", CameraLine(camera)));
+      context.output.Note(Format("note: {} has no vendor unit and is skipped", CameraLine(camera)));
     }
   }
   if (usable.empty()) {
@@ -80,7 +79,7 @@ std::string Seconds(std::chrono::milliseconds time) {
   return Format("{:.3f}", std::chrono::duration<double>(time).count());
 }
 
-// The common options of a camera's process. Arguments may stand behind a "--", so they go before.
+// The common options of a camera's process. Arguments may stand after a "--", so they go before.
 std::vector<std::string> WithCommon(std::vector<std::string> words, bool shows_progress,
                                     const CommonArguments& common, const CameraIdentity& camera) {
   std::vector<std::string> options = {"--camera", camera.path, "--json"};

@@ -31,7 +31,7 @@ inline bool IsForSeveral(bool all, const Context& context) {
 // Runs the command for every camera (`all`) or for those of --camera, shows how far each is, and
 // then how it ended. Returns the highest of their exit codes. Prints one JSON line for each camera,
 // as docs/json/several.schema.json has it; context.result stays empty. With `all`, cameras without
-// a vendor unit are left aside; throws Failure kNoCamera when no other one is there.
+// a vendor unit are skipped; throws Failure kNoCamera when no other one is there.
 ExitCode RunForSeveral(const SeveralWork& work, bool all, Context& context);
 
 // The cameras of RunForSeveral.

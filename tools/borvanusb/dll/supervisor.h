@@ -48,7 +48,7 @@ class Supervisor {
   // May be called from any thread, a console's signal included. Returns how often it was called.
   int RequestStop() { return ++stop_requests_; }
   bool StopRequested() const { return stop_requests_ > 0; }
-  // For a process that goes on after a stopped command.
+  // For a process that continues after a stopped command.
   void ForgetStop() { stop_requests_ = 0; }
   // Whether a stop is asked for and not held.
   bool MustStop() const { return StopRequested() && holds_ == 0; }

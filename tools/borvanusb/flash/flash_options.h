@@ -66,14 +66,14 @@ void CheckBackup(const C& command, const GivenOptions& given) {
   }
 }
 
-// An image goes to one place: that behind an @, --address or --region. Throws WrongValue.
+// An image goes to one place: that after an @, --address or --region. Throws WrongValue.
 inline void RefuseSecondPlace(bool has_place) {
   if (has_place) {
     throw WrongValue("contradicts another place that is given; give one of the two");
   }
 }
 
-// Behind AddImage, since the word for an image may have its place, too.
+// After AddImage, since the word for an image may have its place, too.
 template <typename C>
 void AddImageAddress(RuleOf<C>& rule) {
   rule.Add(Option("--address", "ADDR", "where address 0 of the image goes, default 0"),

@@ -104,7 +104,7 @@ ImageWish ImageWishValue(const std::string& text) {
   if (place.starts_with(kRegionMark)) {
     wish.region = place.substr(kRegionMark.size());
     if (wish.region.empty()) {
-      throw WrongValue("has no name of a region behind region:");
+      throw WrongValue("has no name of a region after region:");
     }
   } else if (const auto number = ParseSize(place);
              number && *number <= std::numeric_limits<std::uint32_t>::max()) {

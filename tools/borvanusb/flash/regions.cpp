@@ -78,7 +78,7 @@ void RefuseUnexpected(const FlashRegion& region, const std::string& file,
     throw Failure(ExitCode::kFile,
                   Format("{} is no file for the region {}: it takes {}", file, RegionText(region),
                          Joined(region.files, ", ")),
-                  "Check the file and the region. To write it all the same, give --force.");
+                  "Check the file and the region. To write it anyway, give --force.");
   }
   const std::span<const std::uint8_t> wanted = region.begins_with;
   const auto found = bytes.first(std::min(wanted.size(), bytes.size()));
@@ -86,7 +86,7 @@ void RefuseUnexpected(const FlashRegion& region, const std::string& file,
     throw Failure(ExitCode::kFile,
                   Format("{} is no image for the region {}: it begins with {}, not with {}", file,
                          RegionText(region), HexBytes(found), HexBytes(wanted)),
-                  "Check the file and the region. To write it all the same, give --force.");
+                  "Check the file and the region. To write it anyway, give --force.");
   }
 }
 

@@ -150,7 +150,7 @@ std::vector<std::string> NamesOf(const std::vector<std::int32_t>& modes) {
   return names;
 }
 
-// What the answers in several modes tell of a device.
+// What the answers in several modes show about a device.
 std::string ModeText(const std::map<std::int32_t, std::uint32_t>& answers) {
   const std::vector<std::int32_t> modes = PlausibleModes(answers);
   if (modes.empty()) {

@@ -124,7 +124,7 @@ bool IsText(std::string_view line) {
 std::optional<ImageFormat> FormatOfText(std::span<const std::uint8_t> bytes) {
   const auto start = bytes.first(std::min(bytes.size(), kLookedAt));
   std::string text(start.begin(), start.end());
-  // A line that is cut off here would be another one.
+  // A line truncated here could look like a different one.
   const bool whole = start.size() == bytes.size();
   text.resize(whole ? text.size() : text.find_last_of("\r\n") + 1);
   std::string_view rest = text;

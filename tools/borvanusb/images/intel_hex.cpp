@@ -65,7 +65,7 @@ class HexReader {
  public:
   void Take(const FilePlace& place, std::string_view line) {
     if (ended_) {
-      throw ImageError(Format("{}: the file goes on behind its end record", place.Text()));
+      throw ImageError(Format("{}: the file continues after its end record", place.Text()));
     }
     if (!line.starts_with(':')) {
       throw ImageError(Format("{}: a record begins with a colon", place.Text()));

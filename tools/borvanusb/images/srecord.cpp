@@ -61,7 +61,7 @@ class SRecordReader {
  public:
   void Take(const FilePlace& place, std::string_view line) {
     if (ended_) {
-      throw ImageError(Format("{}: the file goes on behind its start record", place.Text()));
+      throw ImageError(Format("{}: the file continues after its start record", place.Text()));
     }
     last_line_ = place.number;
     const int type = TypeOf(place, line);
@@ -75,7 +75,7 @@ class SRecordReader {
       case 3:
         if (counted_) {
           throw ImageError(
-              Format("{}: data goes on behind the count of the data records", place.Text()));
+              Format("{}: data continues after the count of the data records", place.Text()));
         }
         collector_.Add(record.address, record.data, place);
         ++records_;

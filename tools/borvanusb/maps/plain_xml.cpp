@@ -139,7 +139,7 @@ void PlainChecker::AnyNode(const SvdNode& node, std::uint32_t depth) {
   WholeElement(node, depth);
 }
 
-// Only the declaration <?xml ...?> at the beginning is plain. To RapidXML it ends behind its
+// Only the declaration <?xml ...?> at the beginning is plain. To RapidXML it ends after its
 // attributes, to others at the first ?>.
 void PlainChecker::BesideDevice(const SvdNode& node) {
   if (node.type() != rapidxml::node_declaration || node.previous_sibling() != nullptr) {

@@ -8,9 +8,9 @@
 
 namespace borvanusb {
 
-// Reading plain XML in one go: RapidXML parses at once, and what it would let pass is looked for in
-// what it made. Nearly every map is plain. For any other text, and for its exact error, there is
-// xml_guard.h.
+// Fast path for plain XML: RapidXML parses the text first, and the result is checked for the errors
+// that RapidXML does not detect. Nearly every map is plain. xml_guard.h handles all other texts and
+// produces the exact error messages.
 
 using SvdNode = rapidxml::xml_node<char>;
 using SvdDocument = rapidxml::xml_document<char>;

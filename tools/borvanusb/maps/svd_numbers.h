@@ -15,7 +15,7 @@ namespace borvanusb {
 std::optional<std::uint64_t> ParseSvdNumber(std::string_view text);
 
 // The same for the few digits, decimal or hexadecimal, that nearly all numbers of a map are.
-// Nothing for any other text: it may be a number all the same.
+// Nothing for any other text: it may be a number anyway.
 std::optional<std::uint64_t> ParseShortSvdNumber(std::string_view text);
 
 struct SvdPattern {

@@ -101,11 +101,11 @@ constexpr std::size_t SlotOf(std::uint64_t word, std::size_t size) {
   return (word + size) * 0xb08e2bdca1d8d2d1U >> kSlotShift;
 }
 
-// A tag as it is looked for: by words, which beats a call of memcmp().
+// A tag in the lookup table. Comparing whole words is faster than calling memcmp().
 struct TagSlot {
   std::uint64_t first = 0;
   std::uint64_t last = 0;    // the last characters of a name that fills a word
-  std::uint64_t middle = 0;  // those behind the first word of a name that two words don't cover
+  std::uint64_t middle = 0;  // bytes between the first and the last word of a long name
   std::size_t size = 0;
   SvdTag tag = kUnknown;
 };

@@ -32,7 +32,7 @@ struct SvdArray {
   std::uint64_t count = 1;
   std::uint64_t increment = 0;
   std::size_t mark = 0;    // where the index goes in the name
-  std::size_t behind = 0;  // where the name goes on
+  std::size_t behind = 0;  // position after the mark
   SvdIndexes indexes;
   // What dimArrayIndex calls them, in the order of numbers; mostly empty.
   std::vector<std::pair<std::uint64_t, std::string_view>> names;

@@ -38,7 +38,7 @@ struct LatchWrite {
   std::uint32_t value = 0;
 };
 
-// How the registers of a map are accessed; a profile can say it anew for single registers.
+// How the registers of a map are accessed. A profile can override it for single registers.
 struct AccessRule {
   ByteOrder bytes = ByteOrder::kHighFirst;
   AccessOrder order = AccessOrder::kUpwards;

@@ -101,7 +101,7 @@ class TreeBuilder : public nlohmann::json_sax<nlohmann::json> {
   }
   bool parse_error(std::size_t /*position*/, const std::string& /*token*/,
                    const nlohmann::json::exception& error) override {
-    // Behind the library's own mark and position: what it expected and what it found.
+    // The text after the library's own prefix: what it expected and what it found.
     std::string why = error.what();
     const std::size_t begin = why.find(": ");
     why = begin == std::string::npos ? why : why.substr(begin + 2);

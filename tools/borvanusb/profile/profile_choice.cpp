@@ -14,7 +14,7 @@ void RequireFit(const CameraProfile& profile, const CameraIdentity& camera) {
     throw Failure(ExitCode::kFile,
                   Format("the profile {} is for {}, and the camera is {}:{} {}", profile.file,
                          CamerasText(profile), camera.vid, camera.pid, camera.name),
-                  "Give the camera's own profile, or use this one all the same with "
+                  "Give the camera's own profile, or use this one anyway with "
                   "--force-profile.");
   }
 }

@@ -1,4 +1,4 @@
-// What a profile tells of a camera to every command line.
+// Defaults of options from the profile of the camera.
 #include "base/failure.h"
 #include "camera/camera_choice.h"
 #include "camera/host.h"

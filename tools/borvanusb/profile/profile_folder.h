@@ -21,7 +21,7 @@ std::vector<std::string> ProfileFiles(const Host& host);
 // when the file can't be read.
 std::shared_ptr<const ProfileReading> ReadKeptProfile(const std::string& file);
 
-// Reads it anew the next time: after writing it, which the file's time may be too coarse to tell.
+// Forces a reload. Call it after writing the file, because the time stamp may not change.
 void ForgetKeptProfile(const std::string& file);
 
 // The same for a profile that is used. Throws Failure kFile when it has errors.

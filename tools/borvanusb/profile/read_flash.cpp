@@ -12,7 +12,7 @@ namespace {
 
 constexpr std::uint64_t kLargestFlash = std::uint64_t{1} << 32U;
 
-// A region and where the file tells of it.
+// A region and its place in the file.
 struct ToldRegion {
   FlashRegion region;
   const JsonNode* node = nullptr;

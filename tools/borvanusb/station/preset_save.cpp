@@ -96,7 +96,7 @@ Json PresetJson(const PresetSaveCommand& command, const ProfilePreset* existing,
   return preset;
 }
 
-// The text of the profile with the preset in it. It is written anew as a whole; its keys keep their
+// The text of the profile with the preset in it. The whole file is rewritten; its keys keep their
 // order.
 std::string ProfileWith(const std::string& text, const std::string& name, const Json& preset) {
   Json profile = Json::parse(text);
@@ -166,7 +166,7 @@ CommandRule PresetSaveRule() {
              command.description = FileValue(text);
            });
   rule.AddFlag("--replace", "replace a preset of this name", &PresetSaveCommand::replace);
-  rule.Details("The profile's file is written anew, its keys in their order.");
+  rule.Details("The whole file of the profile is rewritten; the order of its keys stays.");
   rule.Example("borvanusb preset save evening \"SENSOR.*\"");
   return rule.Take();
 }

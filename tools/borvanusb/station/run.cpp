@@ -85,13 +85,13 @@ CommandRule RunRule() {
   rule.AddFlag("--keep-going", "run the other lines too if one fails", &RunCommand::keep_going);
   rule.Check([](const RunCommand& command, const GivenOptions&) {
     if (command.file.empty() && command.keep_going) {
-      throw WrongUse("--keep-going: is for a script; the prompt goes on in any case");
+      throw WrongUse("--keep-going: is for a script; the prompt continues in any case");
     }
   });
   rule.Details(
       "A line has neither the word borvanusb nor a shell; \"quotes\" hold blanks. All lines are "
       "checked before the first one runs. Only in scripts: sleep 100ms, ask \"QUESTION\", "
-      "expect 0x1a3 == 0x20, wait i2c:0x6c:0x300a == 0x56 --timeout 2s, with &MASK behind the "
+      "expect 0x1a3 == 0x20, wait i2c:0x6c:0x300a == 0x56 --timeout 2s, with &MASK after the "
       "address if only some bits count.");
   rule.Example("borvanusb run settings.txt --set SERIAL=17");
   return rule.Take();

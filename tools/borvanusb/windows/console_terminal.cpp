@@ -139,7 +139,7 @@ Key ConsoleTerminal::ReadKey() {
   return key;
 }
 
-// The whole row is written anew, and its beginning once more to put the cursor behind it: no
+// Redraws the whole row, then its beginning once more to place the cursor: no
 // console needs to obey control sequences for that.
 void ConsoleTerminal::ShowLine(std::string_view line, std::string_view before) {
   const std::size_t columns = ColumnsOf(line);

@@ -142,7 +142,7 @@ class WindowsWorkbench : public WorkbenchPlatform {
 
   std::string RandomHex(std::size_t bytes) override {
     using Generate = NTSTATUS(WINAPI*)(BCRYPT_ALG_HANDLE, PUCHAR, ULONG, ULONG);
-    // Windows has it in its own folder; no other place is looked at.
+    // Loaded from the Windows system folder only.
     HMODULE const library = LoadLibraryExW(L"bcrypt.dll", nullptr, LOAD_LIBRARY_SEARCH_SYSTEM32);
     const auto generate = library != nullptr ? reinterpret_cast<Generate>(reinterpret_cast<void*>(
                                                    GetProcAddress(library, "BCryptGenRandom")))

@@ -95,7 +95,7 @@ void Connection::OnHead(Error error) {
   }
   request_ = HeadOf(*parser_);
   if (auto refused = owner_.CheckHead(request_)) {
-    // What follows was not read: the connection can't go on.
+    // What follows was not read: the connection can't continue.
     Respond(std::move(*refused), parser_->is_done() && parser_->keep_alive());
     return;
   }

@@ -46,7 +46,7 @@ class Connection : public std::enable_shared_from_this<Connection> {
   void Start();
   std::uint64_t Number() const { return number_; }
   bool Streams() const { return streams_; }
-  // Sends an event to a connection that carries events; a page that does not read is cut off.
+  // Sends an event to a connection that carries events; a page that does not read is disconnected.
   void SendEvent(const std::shared_ptr<const std::string>& text);
   void Close();
 

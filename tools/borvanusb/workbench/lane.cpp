@@ -13,7 +13,7 @@ namespace {
 using Json = nlohmann::ordered_json;
 using std::chrono::milliseconds;
 
-// Short work is waited for; behind longer work nobody is kept waiting.
+// Short work is waited for; after longer work nobody is kept waiting.
 constexpr milliseconds kPatience{2000};
 // A worker that was told twice to stop ends by itself within a second.
 constexpr milliseconds kKillDelay{3000};

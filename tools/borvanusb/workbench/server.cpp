@@ -182,7 +182,7 @@ class WorkbenchServer::Hall : public ConnectionOwner, public WorkbenchServices {
     const auto text = std::make_shared<const std::string>(
         Format("event: {}\ndata: {}\n\n", name,
                data.dump(-1, ' ', false, Json::error_handler_t::replace)));
-    // A page that is cut off leaves the map.
+    // A page that is disconnected leaves the map.
     const auto connections = connections_;
     for (const auto& [number, connection] : connections) {
       connection->SendEvent(text);

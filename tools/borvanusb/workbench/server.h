@@ -30,7 +30,7 @@ struct ServerLimits {
 
 struct ServerSettings {
   std::uint16_t port = 0;                     // 0: any
-  bool stay = false;                          // goes on when the last page is gone
+  bool stay = false;                          // continues when the last page is gone
   std::chrono::milliseconds patience{10000};  // how long the last page may be gone
   Session session;                            // token and cookie; the port is filled in
   WordLimits limits;

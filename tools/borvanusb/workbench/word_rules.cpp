@@ -112,7 +112,7 @@ void CheckPart(const OptionDescription& option, const std::string& value) {
   CheckPlain(option, std::string_view(value).substr(0, sign));
   if (sign != std::string::npos &&
       value.find_first_not_of(kAllowed, sign + 1) != std::string::npos) {
-    throw Refusal(Format("{}: {} has another character than letters, digits and _ . : + - behind @",
+    throw Refusal(Format("{}: {} has another character than letters, digits and _ . : + - after @",
                          NameOf(option), Quoted(value)),
                   "Give the place as a number or as region:NAME.");
   }

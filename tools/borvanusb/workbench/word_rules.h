@@ -23,7 +23,7 @@ enum class CommandEffect {
 struct PageCommand {
   std::string_view words;  // "flash program"
   CommandEffect effect = CommandEffect::kReads;
-  bool streams = false;  // prints a JSON object for each event and may go on for ever
+  bool streams = false;  // prints a JSON object for each event and may continue for ever
 };
 
 // All commands that a page may run.

@@ -77,7 +77,7 @@ CommandRule WorkbenchRule() {
            [](WorkbenchCommand& command, const std::string&) { command.browser = false; });
   rule.AddFlag("--read-only", "write nothing to any camera, whatever the page asks for",
                &WorkbenchCommand::read_only);
-  rule.AddFlag("--stay", "go on when the last page is closed", &WorkbenchCommand::stay);
+  rule.AddFlag("--stay", "continue when the last page is closed", &WorkbenchCommand::stay);
   rule.Refuse("--camera", "which shows all cameras");
   rule.Refuse("--progress", "which shows progress on its page");
   rule.Refuse("--json", "which prints the address of a page");

@@ -21,7 +21,7 @@ struct SectorSpan {
   bool Holds(const Range& range) const { return range.first >= address && range.last < End(); }
 };
 
-// Whole sectors in runs with gaps between. Their content is kept as the bytes of one run behind
+// Whole sectors in runs with gaps between. Their content is kept as the bytes of one run after
 // those of the other.
 class SectorSet {
  public:

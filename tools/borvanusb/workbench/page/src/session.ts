@@ -171,7 +171,7 @@ async function outcomeOf<T>(job: string): Promise<RunAnswer<T>> {
       const answer = await api.job<T>(job);
       if (!('running' in answer)) return answer;
     } catch (error) {
-      // While the connection is lost the work goes on; an answer that is not kept any more is lost.
+      // While the connection is lost the work continues; an answer that is not kept any more is lost.
       if (error instanceof RequestFailed && error.status === 404) throw error;
     }
   }

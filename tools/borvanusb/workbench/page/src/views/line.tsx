@@ -25,7 +25,7 @@ interface LineState {
 }
 
 const idle: LineRow = { state: 'idle', job: null, result: null, problem: null };
-// Rows outlive the view: the work goes on while another view is open.
+// Rows outlive the view: the work continues while another view is open.
 const line = new Store<LineState>({ images: [], sizes: new Map(), left: new Set(), rows: new Map() });
 
 function setRow(path: string, change: Partial<LineRow>): void {
