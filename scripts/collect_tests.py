@@ -17,7 +17,7 @@ CHECKS = [
     # Takes whatever the tests leave over: those that watch the clock must not notice it. The library
     # alone: all of it takes as long as everything else together.
     ("lint", ["nice", "-n", "19", "scripts/lint.sh", "--library"], 1800),
-    # One edit of each room, on the programs of the sanitized build.
+    # One edit of ten rooms each, on the programs of the sanitized build.
     ("mutants", ["scripts/mutate.sh", "--brief", "--preset", "native-sanitized"], 1800),
 ]
 # The long tests, as short as they go: that they still run. They share a Wine prefix.

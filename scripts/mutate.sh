@@ -14,8 +14,8 @@
 #   --jobs N    so many at a time (as many as there are processors)
 #   --headers   headers too
 #   --fresh     ignores the results of earlier runs
-#   --brief     one edit of each room, with the programs that test it and without slow tests; fails if
-#               more than a quarter survives
+#   --brief     one edit of some rooms each, with the programs that test them and without slow tests;
+#               fails if more than a quarter survives
 #   --preset P  with this native build's programs (native-quick)
 #   FILE…       only these files, headers included
 set -euo pipefail

@@ -49,6 +49,11 @@ TEST_F(RegisterSettingTest, FieldsChangeAloneAndAreWrittenOnce) {
   EXPECT_EQ(desk_.Chip().transfers - before, 2U);  // one read, one write
 }
 
+TEST_F(RegisterSettingTest, BlanksAroundTheSignAreNoPartOfNameAndValue) {
+  EXPECT_EQ(After({"CHIP.CTRL.GAIN =\t0x10 "}, 0x100), 0x40U);
+  EXPECT_EQ(After({" 0x100 = 0x21"}, 0x100), 0x21U);
+}
+
 TEST_F(RegisterSettingTest, ValuesThatAreRefused) {
   EXPECT_EQ(Refusal("CHIP.CTRL.GAIN=21"),
             "CHIP.CTRL.GAIN: 21 is outside of what may be written | Allowed are 0 to 0x14.");

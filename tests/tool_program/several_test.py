@@ -13,6 +13,8 @@ import station
 from station import camera
 
 FLASH = 64 << 10
+# Many processes at once on few cores: no camera answers within the usual ten seconds then.
+PATIENT = ("--timeout", "60")
 
 
 def seeded(size, seed=1):
@@ -42,7 +44,7 @@ class AllTest(station.ToolTest):
 
     def test_eight_cameras_are_programmed_side_by_side(self):
         outcome = self.succeed("flash", "program", self.image_name, "--address", "0x1010", "--all",
-                               "--json", "--report", self.name("report.json"))
+                               "--json", "--report", self.name("report.json"), *PATIENT)
         self.assertEqual(len(outcome.lines), self.COUNT)
         for line in outcome.lines:
             self.assert_schema("flash-program", line)
@@ -54,14 +56,15 @@ class AllTest(station.ToolTest):
         self.cameras[2]["faults"] = [{"selector": 4, "direction": "set", "lie": True}]
         self.cameras[5]["faults"] = [{"selector": 4, "direction": "set", "result": "0x80070017"}]
         self.configure(*self.cameras)
-        outcome = self.run_tool("flash", "program", self.image_name, "--address", "0x1010", "--all")
+        outcome = self.run_tool("flash", "program", self.image_name, "--address", "0x1010", "--all",
+                                *PATIENT)
         self.assertEqual(outcome.code, 7, outcome.err)
         for number in set(range(self.COUNT)) - {2, 5}:
             self.assert_programmed(number)
 
     def test_several_named_cameras_are_programmed_and_no_other(self):
         self.succeed("flash", "program", self.image_name, "--address", "0x1010", "--camera", "1",
-                     "--camera", "1234:0003", "--no-backup")
+                     "--camera", "1234:0003", "--no-backup", *PATIENT)
         self.assert_programmed(1)
         self.assert_programmed(3)
         self.assertEqual(self.flash(0), seeded(FLASH, 0))

@@ -1,7 +1,7 @@
 // The flash, as a user works with it.
 import assert from "node:assert/strict";
 import { after, afterEach, before, beforeEach, test } from "node:test";
-import { close, closePage, control, download, go, intelHex, names, newPage, noise, open } from "./world.mjs";
+import { close, closePage, control, download, go, intelHex, isSimulated, names, newPage, noise, open } from "./world.mjs";
 
 let page;
 before(() => open());
@@ -19,6 +19,12 @@ const program = () => page.getByRole("region", { name: "Program" });
 const drop = (name, buffer) => page.locator("[data-role=images]").setInputFiles([{ name, mimeType: "a/b", buffer }]);
 const hexRow = (address) => page.locator(`.hex-row[data-address="${address}"]`);
 const rawName = `fw-0x${names.imageAddress.toString(16)}.bin`;
+
+// Waits until sectors are erased and written; before that the flash is only read.
+async function programming() {
+  await page.getByRole("progressbar", { name: /Programming: (erase|program)/ }).waitFor();
+  await page.getByRole("region", { name: "Progress" }).getByText(/[1-9]\d? %/).waitFor();
+}
 
 async function planned() {
   await page.getByRole("button", { name: "Plan", exact: true }).click();
@@ -57,7 +63,7 @@ test("the hex view jumps, searches and reads what is scrolled to", async () => {
 });
 
 test("an image in Intel HEX is planned, programmed and verified", async () => {
-  const bytes = noise(40_000, 3);
+  const bytes = noise(200_000, 3);
   await drop("firmware.hex", intelHex(names.imageAddress, bytes));
   assert.equal(await program().getByRole("button", { name: "Program" }).isDisabled(), true);
   await planned();
@@ -86,7 +92,7 @@ test("an image for a read-only region can't be chosen, one that is too large is 
   assert.equal(await place.locator(`option[value="region:${names.readOnlyRegion}"]`).evaluate((option) => option.disabled), true);
   await place.selectOption("region:config");
   await page.getByRole("button", { name: "Plan", exact: true }).click();
-  await page.getByRole("alert").filter({ hasText: /big\.bin has 70000 bytes/ }).waitFor();
+  await page.getByRole("alert").filter({ hasText: /big\.bin does not fit into the region config/ }).waitFor();
   assert.equal(await program().getByRole("button", { name: "Program" }).isDisabled(), true);
 });
 
@@ -94,7 +100,7 @@ test("programming stops at a safe place, says how to go on, and goes on", async 
   await drop(rawName, noise(400_000, 2));
   await planned();
   await program().getByRole("button", { name: /^Program \d/ }).click();
-  await page.getByText(/[1-9]\d? %/).first().waitFor();
+  await programming();
   await page.getByRole("region", { name: "Progress" }).getByRole("button", { name: "Stop" }).click();
   const alert = page.getByRole("alert").filter({ hasText: "stopped by the user" });
   await alert.waitFor();
@@ -108,19 +114,23 @@ test("a camera that is pulled while it is programmed: what is unsure is said, th
   await drop(rawName, noise(400_000, 4));
   await planned();
   await program().getByRole("button", { name: /^Program \d/ }).click();
-  await page.getByText(/[1-9]\d? %/).first().waitFor();
+  await programming();
   await control(page, "unplug", { camera: 0 });
   await page.getByRole("alert").filter({ hasText: "the flash is changed in part" }).waitFor();
   await control(page, "plug", { camera: 0 });
   await page.getByRole("button", { name: "Plan", exact: true }).click();
-  await page.getByText(/a journal waits/).waitFor();
+  await page.getByRole("region", { name: "Plan" }).getByText(/of which/).waitFor();
+  // The journal of a virtual camera waits only if its shared sector was cut.
+  if (isSimulated) await page.getByText(/a journal waits/).waitFor();
+  await program().getByRole("button", { name: /^Program \d/ }).click();
+  await page.getByText("All of it reads back equal.").waitFor();
 });
 
 test("the page that is closed while programming comes back and shows it", async () => {
   await drop(rawName, noise(440_000, 6));
   await planned();
   await program().getByRole("button", { name: /^Program \d/ }).click();
-  await page.getByText(/[1-9]\d? %/).first().waitFor();
+  await programming();
   await page.reload();
   await page.getByText("This camera is being programmed").waitFor();
   await page.getByRole("region", { name: "Progress" }).getByRole("button", { name: "Stop" }).click();

@@ -58,7 +58,7 @@ function doctor() {
               ...listed().map((camera) => ({ name: camera.name, path: camera.path, reason: null }))],
     list_problem: null,
     cameras: listed().map(({ profile: _profile, job: _job, ...camera }) => ({ camera, problem: null })),
-    cause: cameras.some((camera) => camera.plugged) ? "all is well" : "no camera with this chip is plugged in",
+    cause: cameras.some((camera) => camera.plugged) ? "all is well" : "the system lists no video device at all",
     advice: cameras.some((camera) => camera.plugged) ? "" : "Plug the camera in, or try another cable or port.",
   };
 }

@@ -1,24 +1,53 @@
 #!/usr/bin/env bash
 # Builds the page, fetches what the browser tests need, and runs them.
-# Usage: run.sh [--model | TEST.mjs…]
-#   --model   only the unit tests of the page's model, without a browser
-# Without names all tests run. world.mjs describes what the environment chooses.
+# Usage: run.sh [--model | --program] [TEST.mjs…]
+#   --model     only the unit tests of the page's model, without a browser
+#   --program   against borvanusb.exe under Wine, on virtual cameras that are like the simulated ones.
+#               BORVAN_BIN names the folder of the products, if not build/windows/bin; WINEPREFIX the
+#               prefix, if not build/wine-workbench
+# Without names all tests run.
 set -euo pipefail
 here=$(cd "$(dirname "$0")" && pwd)
 root=$(cd "$here/../.." && pwd)
 page=$root/tools/borvanusb/workbench/page
 
+program=
 case "${1:-}" in
   -h | --help)
-    sed -n '2,5s/^# \{0,1\}//p' "$0"
+    sed -n '2,9s/^# \{0,1\}//p' "$0"
     exit 0
+    ;;
+  --model)
+    exec "$page/build.sh" --test
+    ;;
+  --program)
+    program=yes
+    shift
     ;;
 esac
 "$page/build.sh" --test
-[ "${1:-}" != --model ] || exit 0
 "$root/scripts/fetch_npm.py" "$page/package-lock.json" "$root/build/workbench-page" playwright-core axe-core
 if [ $# -eq 0 ]; then
   set -- "$here"/*.test.mjs
 fi
 # One browser at a time: two would take each other's time.
-exec node --test --test-concurrency=1 "$@"
+run=(node --test --test-concurrency=1 "$@")
+if [ -z "$program" ]; then
+  exec "${run[@]}"
+fi
+
+export WORKBENCH_PROGRAM=${BORVAN_BIN:-$root/build/windows/bin}
+export BORVAN_BIN=$WORKBENCH_PROGRAM
+export WINEPREFIX=${WINEPREFIX:-$root/build/wine-workbench}
+WORKBENCH_STATION=$(mktemp -d)
+export WORKBENCH_STATION
+trap 'rm -rf "$WORKBENCH_STATION"' EXIT
+node "$here/station.mjs" "$WORKBENCH_STATION"
+
+folder=Z:${WORKBENCH_STATION//\//\\}
+export BORVANUSB_PROFILES=$folder
+# Journals of interrupted programming, which tests remove, and the folders of the workbench's runs.
+export WORKBENCH_JOURNALS=$WORKBENCH_STATION/journals
+export BORVANUSB_JOURNALS=$folder\\journals
+export BORVANUSB_WORKBENCH=$folder\\runs
+"$root/scripts/with_cameras.sh" --config "$WORKBENCH_STATION/cameras.json" "${run[@]}"

@@ -1,8 +1,8 @@
 // The world that the browser tests work in: a server with cameras, and a browser.
 //
-// WORKBENCH_URL      address with its token, of a workbench that runs already; else the simulated server is started
-// WORKBENCH_CONTROL  command that does to that workbench's cameras what the tests need: CONTROL unplug 0, CONTROL plug 0
-// WORKBENCH_NAMES    JSON object that replaces names below
+// WORKBENCH_PROGRAM  folder with borvanusb.exe and virtual-camera.exe; without it the simulated server is started.
+//                    run.sh --program sets it, and WORKBENCH_STATION: the folder that station.mjs wrote
+// WORKBENCH_PATIENCE milliseconds after which a test that waits fails, 45,000 by default
 // WORKBENCH_SHOTS    folder for screenshots, by default build/workbench-page/screenshots
 import assert from "node:assert/strict";
 import { execFileSync, spawn } from "node:child_process";
@@ -10,6 +10,7 @@ import fs from "node:fs";
 import { createRequire } from "node:module";
 import path from "node:path";
 import { fileURLToPath } from "node:url";
+import { writeContent } from "./station.mjs";
 
 const here = path.dirname(fileURLToPath(import.meta.url));
 const room = path.resolve(here, "../../build/workbench-page");
@@ -17,31 +18,35 @@ const require = createRequire(path.join(room, "node_modules", "x.js"));
 const { chromium } = require("playwright-core");
 const axeSource = fs.readFileSync(require.resolve("axe-core/axe.min.js"), "utf8");
 export const shots = process.env.WORKBENCH_SHOTS ?? path.join(room, "screenshots");
-export const isSimulated = !process.env.WORKBENCH_URL;
+const programs = process.env.WORKBENCH_PROGRAM;
+const station = process.env.WORKBENCH_STATION;
+export const isSimulated = !programs;
+const wine = path.resolve(here, "../../scripts/run_with_wine.sh");
 
-// What the cameras of the simulated server are called; those of samples/profiles have the same roles.
+// The cameras and registers that the tests use.
 export const names = {
   camera: "Front camera", other: "Rear camera", withoutProfile: "Bench camera",
   exposure: "EXPOSURE.EXPOSURE", exposureReset: "0x000200", measured: "EXPOSURE.MEAN",
   enumerated: "SENSOR.TEST_PATTERN", enumeratedField: "PATTERN", enumeratedValue: "bars", oneBitField: "ROLL",
   slider: "LED.CONTROL", sliderField: "BRIGHTNESS", readOnly: "SYSTEM.ID", clearedByReading: "STATUS.FLAGS",
   preset: "indoor", region: "firmware", readOnlyRegion: "boot", imageAddress: 0x10000,
-  ...JSON.parse(process.env.WORKBENCH_NAMES ?? "{}"),
 };
 
 let server = null;
 let browser = null;
-let address = process.env.WORKBENCH_URL ?? "";
+let address = "";
 let cookies = null; // the token works once
 
 export async function open(options = []) {
-  if (isSimulated) {
-    server = spawn(process.execPath, [path.join(here, "mock_server.mjs"), ...options], { stdio: ["ignore", "pipe", "inherit"] });
-    address = await new Promise((resolve, reject) => {
-      server.stdout.once("data", (data) => resolve(String(data).trim()));
-      server.once("exit", () => reject(new Error("the simulated server ended")));
-    });
-  }
+  server = isSimulated
+    ? spawn(process.execPath, [path.join(here, "mock_server.mjs"), ...options], { stdio: ["ignore", "pipe", "inherit"] })
+    : spawn(wine, [path.join(programs, "borvanusb.exe"), "workbench", "--no-browser", "--stay", ...options],
+            { stdio: ["ignore", "pipe", "inherit"] });
+  cookies = null;
+  address = await new Promise((resolve, reject) => {
+    server.stdout.once("data", (data) => resolve(String(data).trim()));
+    server.once("exit", () => reject(new Error("the server ended")));
+  });
   browser = await chromium.launch({
     executablePath: process.env.WORKBENCH_BROWSER ?? "/usr/bin/chromium",
     args: ["--no-sandbox", "--use-fake-device-for-media-stream", "--use-fake-ui-for-media-stream"],
@@ -50,7 +55,10 @@ export async function open(options = []) {
 
 export async function close() {
   await browser?.close();
-  server?.kill();
+  // The program removes its folder and ends its workers.
+  const ended = new Promise((resolve) => { server.once("exit", resolve); });
+  server.kill("SIGINT");
+  await ended;
 }
 
 // A page that fails the test when the browser complains: a script's error, a blocked style, a lost file.
@@ -60,7 +68,7 @@ export async function newPage(options = {}) {
     permissions: ["clipboard-read", "clipboard-write"], ...options,
   });
   const page = await context.newPage();
-  page.setDefaultTimeout(45_000);
+  page.setDefaultTimeout(Number(process.env.WORKBENCH_PATIENCE ?? 45_000));
   page.complaints = [];
   page.on("pageerror", (error) => page.complaints.push(error.message));
   page.on("console", (message) => {
@@ -94,13 +102,35 @@ export async function chooseCamera(page, name) {
   await choice.selectOption(await choice.locator("option").filter({ hasText: name }).first().getAttribute("value"));
 }
 
+function run(program, ...words) {
+  return execFileSync(wine, [path.join(programs, program), ...words], { encoding: "utf8" });
+}
+
+// What the tests do to cameras, done to virtual ones. They program as fast as they can, so `pace` does nothing.
+const unplugged = new Set();
+const onVirtualCameras = {
+  plug({ camera }) {
+    run("virtual-camera.exe", "plug", String(camera));
+    unplugged.delete(camera);
+  },
+  unplug({ camera }) {
+    unplugged.add(camera);
+    run("virtual-camera.exe", "unplug", String(camera));
+  },
+  poke: ({ camera = 0, name, value }) => run("borvanusb.exe", "reg", "write", `${name}=${value}`, "--camera", String(camera)),
+  reset() {
+    for (const camera of unplugged) onVirtualCameras.plug({ camera });
+    run("virtual-camera.exe", "power-cycle");
+    writeContent(station);
+    // Journals of programming that a test interrupted.
+    fs.rmSync(process.env.WORKBENCH_JOURNALS, { recursive: true, force: true });
+  },
+  pace: () => {},
+};
+
 // Does something to the cameras themselves; what the simulated ones know of themselves comes back.
 export async function control(page, action, body = {}) {
-  if (!isSimulated) {
-    if (!["plug", "unplug"].includes(action)) return {};
-    const [command, ...words] = process.env.WORKBENCH_CONTROL.split(" ");
-    return execFileSync(command, [...words, action, String(body.camera ?? 0)]);
-  }
+  if (!isSimulated) return onVirtualCameras[action](body);
   return page.evaluate(async ([name, text]) => (await fetch(`/test/${name}`, { method: "POST", body: text })).json(),
                        [action, JSON.stringify(body)]);
 }

@@ -62,7 +62,9 @@ function images(run, words) {
       const target = region(regionName);
       if (run.words[1] === "program" && target.read_only) throw wrong(`the region ${regionName} is read-only`);
       if (bytes.length > target.size) {
-        throw new Refused(5, "file", `${name} has ${bytes.length} bytes, the region ${regionName} only ${target.size}`);
+        throw new Refused(5, "file",
+          `${name} does not fit into the region ${regionName} (${hexRange(target.first, target.last)}) of ${target.size} bytes: `
+          + `it would go to ${hexRange(target.first, target.first + bytes.length - 1)}`, "Check the file and the region.");
       }
       address = target.first;
     } else if (place) {

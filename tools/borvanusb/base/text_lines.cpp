@@ -11,8 +11,16 @@ namespace {
 
 constexpr std::string_view kUtf8Mark = "\xEF\xBB\xBF";
 constexpr char kEndOfFile = 0x1A;
+constexpr std::string_view kBlanks = " \t\r\n\v\f";
 
 }  // namespace
+
+std::string_view Trimmed(std::string_view text) {
+  const std::size_t first = text.find_first_not_of(kBlanks);
+  return first == std::string_view::npos
+             ? std::string_view()
+             : text.substr(first, text.find_last_not_of(kBlanks) - first + 1);
+}
 
 TextLines SplitLines(std::string_view content, const std::string& kind) {
   TextLines split;

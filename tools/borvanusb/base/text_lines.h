@@ -32,6 +32,9 @@ struct TextLines {
 // problem. `kind` names the file in problems: "list". The lines live as long as `content`.
 TextLines SplitLines(std::string_view content, const std::string& kind);
 
+// A part of a line without the blanks at its ends.
+std::string_view Trimmed(std::string_view text);
+
 // The problems in the order of their lines, those of the whole file last.
 void SortByLine(std::vector<ListProblem>& problems);
 

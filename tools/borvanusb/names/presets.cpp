@@ -11,27 +11,23 @@ namespace borvanusb {
 
 namespace {
 
-std::string_view Trimmed(std::string_view line) {
-  line = line.substr(0, line.find('#'));
-  const std::size_t first = line.find_first_not_of(" \t\r");
-  return first == std::string_view::npos
-             ? std::string_view()
-             : line.substr(first, line.find_last_not_of(" \t\r") - first + 1);
+// A line without its comment.
+std::string_view Meant(std::string_view line) {
+  return Trimmed(line.substr(0, line.find('#')));
 }
 
 // A register or field with the value that it had, which need not be one that can be written.
 RegisterSetting ComparableSetting(const std::string& line, const RegisterNames& names) {
-  const std::size_t sign = line.find('=');
-  const std::string word = line.substr(0, sign);
-  if (sign == std::string::npos || IsNumberWord(word)) {
+  const SettingWords words = SplitSetting(line);
+  if (IsNumberWord(words.of)) {
     return ParseSetting(line, &names, {});
   }
-  const NamedTarget target = names.Find(word);
+  const NamedTarget target = names.Find(words.of);
   RegisterSetting setting;
   setting.access = AccessOf(*target.of);
   setting.named = target.of;
   setting.targets = {target};
-  const std::uint64_t value = ComparableValue(target, line.substr(sign + 1));
+  const std::uint64_t value = ComparableValue(target, words.value);
   const bool field = target.field != nullptr;
   setting.bits = field ? BitsOf(*target.field) : target.of->Mask();
   setting.value = field && setting.bits != 0 ? value << target.field->bit_offset : value;
@@ -72,7 +68,7 @@ std::vector<RegisterSetting> SettingsOf(const ProfilePreset& preset, const Regis
 std::vector<std::string> SettingsLines(std::string_view text) {
   std::vector<std::string> lines;
   for (const TextLine& line : SplitLines(text, "list").lines) {
-    if (const std::string_view trimmed = Trimmed(line.text); !trimmed.empty()) {
+    if (const std::string_view trimmed = Meant(line.text); !trimmed.empty()) {
       lines.emplace_back(trimmed);
     }
   }
@@ -81,7 +77,7 @@ std::vector<std::string> SettingsLines(std::string_view text) {
 
 bool IsSettingsText(std::string_view text) {
   for (const TextLine& line : SplitLines(text, "list").lines) {
-    if (const std::string_view trimmed = Trimmed(line.text); !trimmed.empty()) {
+    if (const std::string_view trimmed = Meant(line.text); !trimmed.empty()) {
       return trimmed.substr(0, trimmed.find(',')).find('=') != std::string_view::npos;
     }
   }
@@ -92,7 +88,7 @@ std::vector<RegisterSetting> ComparableSettings(const std::string& file, std::st
                                                 const RegisterNames& names) {
   std::vector<RegisterSetting> settings;
   for (const TextLine& line : SplitLines(text, "list").lines) {
-    const std::string_view trimmed = Trimmed(line.text);
+    const std::string_view trimmed = Meant(line.text);
     if (trimmed.empty()) {
       continue;
     }

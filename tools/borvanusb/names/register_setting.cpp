@@ -5,6 +5,7 @@
 #include "base/failure.h"
 #include "base/format.h"
 #include "base/numbers.h"
+#include "base/text_lines.h"
 #include "names/field_value.h"
 #include "output/output.h"
 
@@ -151,14 +152,20 @@ RegisterSetting MakeSetting(const std::string& word, const std::string& value,
   return setting;
 }
 
-RegisterSetting ParseSetting(const std::string& text, const RegisterNames* names,
-                             const NumberMeaning& numbers) {
+SettingWords SplitSetting(const std::string& text) {
   const std::size_t sign = text.find('=');
-  if (sign == std::string::npos || sign == 0) {
+  const std::string_view of = Trimmed(std::string_view(text).substr(0, sign));
+  if (sign == std::string::npos || of.empty()) {
     throw Failure(ExitCode::kUsage, Format("{}: is no setting", text),
                   "A setting is a register, =, and its value: SENSOR.GAIN=0x10");
   }
-  return MakeSetting(text.substr(0, sign), text.substr(sign + 1), names, numbers);
+  return {std::string(of), std::string(Trimmed(std::string_view(text).substr(sign + 1)))};
+}
+
+RegisterSetting ParseSetting(const std::string& text, const RegisterNames* names,
+                             const NumberMeaning& numbers) {
+  const SettingWords words = SplitSetting(text);
+  return MakeSetting(words.of, words.value, names, numbers);
 }
 
 std::vector<RegisterSetting> MergeSettings(std::vector<RegisterSetting> settings, bool anywhere) {

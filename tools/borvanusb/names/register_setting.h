@@ -24,6 +24,14 @@ struct RegisterSetting {
   std::string Name() const;
 };
 
+// The two words of a setting: "SENSOR.CTRL.GAIN" and "0x10" of "SENSOR.CTRL.GAIN = 0x10". Throws
+// Failure kUsage for a text that is no setting.
+struct SettingWords {
+  std::string of;
+  std::string value;
+};
+SettingWords SplitSetting(const std::string& text);
+
 // "SENSOR.CTRL.GAIN=0x10", "0x1a3=0x20". Throws Failure kUsage for what can't be written, with what
 // is allowed. `names` may be null when the word is a number.
 RegisterSetting ParseSetting(const std::string& text, const RegisterNames* names,

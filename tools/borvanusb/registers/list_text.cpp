@@ -6,22 +6,14 @@
 
 #include "base/format.h"
 #include "base/numbers.h"
+#include "base/text_lines.h"
 
 namespace borvanusb {
 
 namespace {
 
 constexpr std::string_view kRemark = "//";
-constexpr std::string_view kBlanks = " \t\r\v\f";
 constexpr std::size_t kLongestQuote = 40;
-
-std::string_view Trim(std::string_view text) {
-  const std::size_t first = text.find_first_not_of(kBlanks);
-  if (first == std::string_view::npos) {
-    return {};
-  }
-  return text.substr(first, text.find_last_not_of(kBlanks) - first + 1);
-}
 
 // Lists are 8-bit text of any code page, or no text at all: only what every terminal shows.
 std::string Quoted(std::string_view text) {
@@ -62,7 +54,7 @@ class Reader {
  public:
   void TakeLine(std::string_view text, std::uint64_t line) {
     line_ = line;
-    const std::string_view trimmed = Trim(text);
+    const std::string_view trimmed = Trimmed(text);
     if (trimmed.empty() || trimmed.starts_with(kRemark)) {
       return;
     }
@@ -76,7 +68,7 @@ class Reader {
     }
     const std::string_view address_field = trimmed.substr(0, comma);
     const std::string_view rest = trimmed.substr(comma + 1);
-    const Number address = ReadNumber(Trim(address_field), "address");
+    const Number address = ReadNumber(Trimmed(address_field), "address");
     const std::optional<std::uint32_t> value = ReadValue(rest);
     if (!address.value) {
       Problem(address.problem);
@@ -99,8 +91,8 @@ class Reader {
  private:
   std::optional<std::uint32_t> ReadValue(std::string_view rest) {
     const std::size_t comma = rest.find(',');
-    const std::string_view field = Trim(rest.substr(0, comma));
-    const std::string_view meant = Trim(field.substr(0, field.find(kRemark)));
+    const std::string_view field = Trimmed(rest.substr(0, comma));
+    const std::string_view meant = Trimmed(field.substr(0, field.find(kRemark)));
     if (meant.empty()) {
       Problem("no value after the address: such a line makes the whole list invalid");
       return std::nullopt;
@@ -118,7 +110,7 @@ class Reader {
     }
     if (comma != std::string_view::npos) {
       const std::string_view behind = rest.substr(comma + 1);
-      const std::string_view third = Trim(behind.substr(0, behind.find(',')));
+      const std::string_view third = Trimmed(behind.substr(0, behind.find(',')));
       if (IsNumber(third)) {
         Remark(Format("nothing after the second comma is read: {} is ignored", Quoted(third)));
       }

@@ -22,15 +22,6 @@ namespace {
 
 using Json = nlohmann::ordered_json;
 
-std::string Trim(std::string_view text) {
-  constexpr std::string_view kBlanks = " \t\r\n";
-  const std::size_t first = text.find_first_not_of(kBlanks);
-  if (first == std::string_view::npos) {
-    return {};
-  }
-  return std::string(text.substr(first, text.find_last_not_of(kBlanks) - first + 1));
-}
-
 // A line as it is shown: its words stand between blanks.
 std::string InOneRow(std::string text) {
   std::replace(text.begin(), text.end(), '\t', ' ');
@@ -106,7 +97,7 @@ std::vector<ScriptLine> ReadScript(const std::string& file, const std::string& t
   std::string hint = "Save the script as plain text, in UTF-8.";
   std::vector<ScriptLine> lines;
   for (const TextLine& line : split.lines) {
-    const std::string words = Trim(line.text);
+    const std::string words{Trimmed(line.text)};
     try {
       if (std::optional<LineCommand> command = read_line(words)) {
         CheckLineOptions(command->arguments, "script");

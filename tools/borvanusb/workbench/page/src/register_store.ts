@@ -22,6 +22,7 @@ export class RegisterStore extends Versioned {
   undos: Undo[] = [];
   references: References = noReferences;
   busy = false;
+  writing = false; // a read that is under way keeps nobody from writing
   private byName = new Map<string, RegisterDescription>();
 
   constructor(readonly path: string) {
@@ -131,12 +132,14 @@ export class RegisterStore extends Versioned {
 
   async write(settings: words.Setting[], withUndo: boolean): Promise<boolean> {
     const before = (name: string) => this.known.get(name)?.value;
+    this.writing = true;
     const done = await this.guarded(async () => {
       const { result } = await run<{ writes?: NamedWrite[] }>(words.writeRegisters(settings), { camera: this.path });
       const undo = undoOf(result.writes ?? [], settings, before, this.describe);
       if (withUndo && undo) this.undos = [...this.undos.slice(1 - mostUndos), undo];
       return true;
     });
+    this.writing = false;
     const names = new Set(settings.map((setting) => (
       this.describe(setting.name) ? setting.name : setting.name.slice(0, setting.name.lastIndexOf('.')))));
     if (done) await this.read([...names]);

@@ -1,5 +1,5 @@
 // A number in hexadecimal, decimal or binary digits. Enter or leaving the field takes it over.
-import { useEffect, useId, useState } from 'preact/hooks';
+import { useId, useState } from 'preact/hooks';
 import { formatNumber, parseNumber, type NumberForm } from '../model/number';
 
 export function NumberInput({ label, value, bits, form, onValue, disabled, check, id }: {
@@ -7,42 +7,35 @@ export function NumberInput({ label, value, bits, form, onValue, disabled, check
   disabled?: boolean; check?: (value: bigint) => string | null; id?: string;
 }) {
   const shown = value === undefined ? '' : formatNumber(value, bits, form);
-  const [text, setText] = useState(shown);
-  const [typing, setTyping] = useState(false);
+  // What is typed and not taken over yet; null shows the value. A value that arrives meanwhile must not replace it.
+  const [typed, setTyped] = useState<string | null>(null);
   const [problem, setProblem] = useState<string | null>(null);
   const problemId = useId();
-  useEffect(() => {
-    if (!typing) setText(shown);
-  }, [shown, typing]);
 
   const take = () => {
-    if (!typing) return;
-    if (text.trim() === '' || text === shown) {
+    if (typed === null) return;
+    if (typed.trim() === '' || typed === shown) {
       cancel();
       return;
     }
-    const parsed = parseNumber(text, bits);
+    const parsed = parseNumber(typed, bits);
     const wrong = parsed.ok ? (check?.(parsed.value) ?? null) : parsed.problem;
     setProblem(wrong);
     if (wrong !== null || !parsed.ok) return;
-    setTyping(false);
+    setTyped(null);
     onValue(parsed.value);
   };
   const cancel = () => {
-    setTyping(false);
+    setTyped(null);
     setProblem(null);
-    setText(shown);
   };
 
   return (
     <label class={`number-input form-${form}`}>
       <span class="label">{label}</span>
-      <input type="text" id={id} value={text} disabled={disabled} spellcheck={false} autocomplete="off"
+      <input type="text" id={id} value={typed ?? shown} disabled={disabled} spellcheck={false} autocomplete="off"
         aria-invalid={problem !== null} aria-describedby={problem === null ? undefined : problemId}
-        onInput={(event) => {
-          setTyping(true);
-          setText(event.currentTarget.value);
-        }}
+        onInput={(event) => setTyped(event.currentTarget.value)}
         onBlur={take}
         onKeyDown={(event) => {
           if (event.key === 'Enter') take();

@@ -32,10 +32,10 @@ export function PendingEdits({ store, plugged }: { store: RegisterStore; plugged
         </ul>
         <div class="grow" />
         <Button kind="quiet" expanded={shown} onClick={() => setShown(!shown)}>Writes ({writes.length})</Button>
-        <Button icon="undo" disabled={!undo || store.busy || !plugged || readOnly} title={undo ? `Takes back: ${undo.text}` : 'Nothing to take back'}
+        <Button icon="undo" disabled={!undo || store.writing || !plugged || readOnly} title={undo ? `Takes back: ${undo.text}` : 'Nothing to take back'}
           onClick={() => void store.undo()}>Undo last write</Button>
         <Button disabled={settings.length === 0} onClick={() => store.discard()}>Discard</Button>
-        <Button kind="primary" icon="write" disabled={settings.length === 0 || store.busy || !plugged || readOnly}
+        <Button kind="primary" icon="write" disabled={settings.length === 0 || store.writing || !plugged || readOnly}
           title={readOnly ? 'The workbench is read-only' : undefined} onClick={() => void store.writeEdits()}>Write all</Button>
       </div>
     </section>

@@ -180,7 +180,7 @@ export function RegisterDetail({ store, register, camera, plugged }: {
         <p class="small">Before the last reading: <code>{formatNumber(known.previous, register.bits, 'hex')}</code></p>
       )}
       <div class="buttons">
-        {edit && <Button kind="primary" icon="write" disabled={disabled || store.busy} onClick={() => void store.writeEdits()}>Write</Button>}
+        {edit && <Button kind="primary" icon="write" disabled={disabled || store.writing} onClick={() => void store.writeEdits()}>Write</Button>}
         {edit && <Button onClick={() => store.discard(register.name)}>Discard</Button>}
         {register.reset && !disabled && value !== undefined && differsFromReset(value, register) && (
           <Button kind="quiet" onClick={() => change(BigInt(register.reset?.value ?? 0))}>Set the reset value</Button>
