@@ -19,7 +19,7 @@ std::string_view Trimmed(std::string_view line) {
              : line.substr(first, line.find_last_not_of(" \t\r") - first + 1);
 }
 
-// A register or field with the value that it had, which need not be one that can be written.
+// A register or field with the value it had. Unlike a setting to write, it may be read-only.
 RegisterSetting ComparableSetting(const std::string& line, const RegisterNames& names) {
   const std::size_t sign = line.find('=');
   const std::string word = line.substr(0, sign);
