@@ -1,4 +1,4 @@
-// A number in hexadecimal, decimal or binary digits. Enter or leaving the field takes it over.
+// An input for a number in hexadecimal, decimal or binary. Enter, or leaving the field, accepts the number.
 import { useEffect, useId, useState } from 'preact/hooks';
 import { formatNumber, parseNumber, type NumberForm } from '../model/number';
 
