@@ -15,8 +15,8 @@ struct Context;
 
 struct FlashVerifyCommand {
   std::string image;
-  std::optional<std::uint32_t> address = std::nullopt;  // where its address 0 goes
-  std::string diff;                                     // JSON, or CSV for a name that ends in .csv
+  std::optional<std::uint32_t> address = std::nullopt;  // flash address of its address 0
+  std::string diff;  // file: CSV if its name ends in .csv, else JSON
   std::optional<std::uint64_t> flash_size = std::nullopt;
   bool force = false;
   bool all = false;         // every camera there is
