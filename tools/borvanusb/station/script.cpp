@@ -31,7 +31,7 @@ std::string Trim(std::string_view text) {
   return std::string(text.substr(first, text.find_last_not_of(kBlanks) - first + 1));
 }
 
-// A line as it is shown: its words stand between blanks.
+// Formats a line for output: words are separated by single blanks.
 std::string InOneRow(std::string text) {
   std::replace(text.begin(), text.end(), '\t', ' ');
   return text;
@@ -88,7 +88,7 @@ ExitCode RunLine(const Arguments& line, const CommandRunner& run, Context& outer
   try {
     const ExitCode code = run(*line.command, context);
     if (code == ExitCode::kDone && outer.host.StopRequested()) {
-      // The line ended as it should, but the user wants no further one.
+      // The line succeeded, but the user stopped the script.
       throw Failure(ExitCode::kStopped, "stopped by the user");
     }
     return code;
