@@ -95,7 +95,7 @@ class Library:
         return int(self._dll.UsbGetDeviceNum())
 
     def UsbGetAllDeviceInfo(self) -> List[UsbDeviceInfo]:
-        """The records of all cameras, copied. Each call leaves the library's array allocated."""
+        """The records of all cameras, copied. Each call leaks the library's array."""
         count = self.UsbGetDeviceNum()
         records = self._dll.UsbGetAllDeviceInfo() if count > 0 else None
         return [UsbDeviceInfo.from_buffer_copy(records[i]) for i in range(count)]
