@@ -20,5 +20,5 @@ esac
 if [ $# -eq 0 ]; then
   set -- "$here"/*.test.mjs
 fi
-# One browser at a time: two would take each other's time.
+# Only one browser at a time, because several would slow each other down.
 exec node --test --test-concurrency=1 "$@"

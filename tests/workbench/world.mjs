@@ -19,7 +19,7 @@ const axeSource = fs.readFileSync(require.resolve("axe-core/axe.min.js"), "utf8"
 export const shots = process.env.WORKBENCH_SHOTS ?? path.join(room, "screenshots");
 export const isSimulated = !process.env.WORKBENCH_URL;
 
-// What the cameras of the simulated server are called; those of samples/profiles have the same roles.
+// The names of the simulated server's cameras. Those of samples/profiles have the same roles.
 export const names = {
   camera: "Front camera", other: "Rear camera", withoutProfile: "Bench camera",
   exposure: "EXPOSURE.EXPOSURE", exposureReset: "0x000200", measured: "EXPOSURE.MEAN",
@@ -53,7 +53,8 @@ export async function close() {
   server?.kill();
 }
 
-// A page that fails the test when the browser complains: a script's error, a blocked style, a lost file.
+// Opens a page that fails the test if the browser reports an error: a script error, a blocked
+// style, a missing file.
 export async function newPage(options = {}) {
   const context = await browser.newContext({
     viewport: { width: 1440, height: 900 }, colorScheme: "light", acceptDownloads: true,
@@ -94,7 +95,7 @@ export async function chooseCamera(page, name) {
   await choice.selectOption(await choice.locator("option").filter({ hasText: name }).first().getAttribute("value"));
 }
 
-// Does something to the cameras themselves; what the simulated ones know of themselves comes back.
+// Changes the cameras themselves. Returns the state of the simulated ones.
 export async function control(page, action, body = {}) {
   if (!isSimulated) {
     if (!["plug", "unplug"].includes(action)) return {};
@@ -105,7 +106,8 @@ export async function control(page, action, body = {}) {
                        [action, JSON.stringify(body)]);
 }
 
-// Searches for a register, chooses it and waits until its value was read, unless it is one that only requests read.
+// Searches for a register, selects it and waits until its value was read. `isRead` is false for
+// registers that are read only on request.
 export async function findRegister(page, name, isRead = true) {
   await page.getByRole("searchbox", { name: "Search by name" }).fill(name);
   const row = page.getByRole("row").filter({ has: page.locator("code", { hasText: new RegExp(`^${name.split(".").at(-1)}$`) }) }).first();
