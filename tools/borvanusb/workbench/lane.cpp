@@ -13,7 +13,7 @@ namespace {
 using Json = nlohmann::ordered_json;
 using std::chrono::milliseconds;
 
-// How long a job waits for the running one. If that takes longer, waiting jobs are refused as busy.
+// Jobs wait for the running one. Once it has run for longer than this, they are refused as busy.
 constexpr milliseconds kPatience{2000};
 // After a second stop request, a worker ends by itself within a second. If it does not, it is
 // killed.
