@@ -17,7 +17,7 @@ namespace borvan {
 
 using Milliseconds = std::chrono::milliseconds;
 // Receives percentages that rise. It runs on the caller's thread. An exception that it throws
-// leaves the call; the job goes on, as after a time limit.
+// leaves the call; the job continues, as after a time limit.
 using Progress = std::function<void(int percent)>;
 
 // The time limit of a call that names none.

@@ -122,7 +122,7 @@ export declare class Camera {
   readFlashFile(file: string, first: number, last: number, options?: JobOptions): Promise<void>;
   /**
    * Programs a file without a backup and without reading back: see programFlash for the safe way. It
-   * erases sectors of 4096 bytes counted from `address`, and up to 59 bytes behind the image become 0.
+   * erases sectors of 4096 bytes counted from `address`, and up to 59 bytes after the image become 0.
    */
   writeFlashFile(file: string, address: number, options?: JobOptions): Promise<void>;
   /** Reads 1 to 56 registers of 8 bits into a file, one byte for each; `last` is included. */

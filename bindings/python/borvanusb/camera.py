@@ -120,7 +120,7 @@ class Camera:
     def __init__(self, library: Optional[Library] = None) -> None:
         if _PROCESS.has_camera:
             raise BusyError("Camera: another Camera exists: close it first")
-        # With a job of a former Camera pending, its instance goes on, so that wait can wait for it.
+        # While a job of an earlier Camera is pending, its instance is reused, so that wait can wait for the job.
         if _PROCESS.pending is None or _PROCESS.library is None:
             _PROCESS.library = library or _PROCESS.library or Library()
             code = _PROCESS.library.UsbIniDevice()
@@ -368,7 +368,7 @@ class Camera:
     def write_flash_file(self, file: FileName, address: int, time_limit: float = USUAL_TIME_LIMIT,
                          progress: Progress = None) -> None:
         """Erases and programs, without a backup and without reading back: program_flash is the safe way.
-        The sectors of 4096 bytes count from `address`, and up to 59 bytes behind the image become 0."""
+        The sectors of 4096 bytes count from `address`, and up to 59 bytes after the image become 0."""
         _finish(self.write_flash_file_iter(file, address, time_limit), progress)
 
     def write_flash_file_iter(self, file: FileName, address: int,

@@ -5,7 +5,7 @@ import os
 import pathlib
 from typing import Any, List, Optional, Tuple
 
-LIBRARY_VARIABLE = "BORVANUSB_LIBRARY"  # full name of the DLL, in place of the one in the package
+LIBRARY_VARIABLE = "BORVANUSB_LIBRARY"  # full name of the DLL, instead of the one in the package
 PACKAGE = pathlib.Path(__file__).resolve().parent
 
 

@@ -10,7 +10,7 @@ from .errors import ProcessError, ProgramError
 from .library import PACKAGE
 from .process import Process
 
-TOOL_VARIABLE = "BORVANUSB_TOOL"  # full name of borvanusb.exe, in place of the one in the package
+TOOL_VARIABLE = "BORVANUSB_TOOL"  # full name of borvanusb.exe, instead of the one in the package
 
 
 @dataclasses.dataclass(frozen=True)

@@ -19,10 +19,10 @@ struct FlashVerifyCommand {
   std::string diff;  // file: CSV if its name ends in .csv, else JSON
   std::optional<std::uint64_t> flash_size = std::nullopt;
   bool force = false;
-  bool all = false;         // every camera there is
-  std::string region = {};  // where the image goes, in place of an address
+  bool all = false;         // all connected cameras
+  std::string region = {};  // of the image, instead of an address
   ImageForm form = ImageForm::kAuto;
-  std::vector<ImageWish> more = {};  // images besides the first
+  std::vector<ImageWish> more = {};  // further images
 };
 
 ExitCode Run(const FlashVerifyCommand& command, Context& context);

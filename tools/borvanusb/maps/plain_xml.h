@@ -50,7 +50,7 @@ class PlainChecker {
       Content(node, depth);
     }
   }
-  // Check any other node: one inside the element <device>, one beside it.
+  // Check any other node inside <device>, or next to it.
   void AnyNode(const SvdNode& node, std::uint32_t depth);
   static void BesideDevice(const SvdNode& node);
   // Call it last. Checks the total number of elements.

@@ -9,21 +9,21 @@
 
 namespace borvanusb {
 
-// Ranges of flash addresses, in rising order and without overlap.
+// Ranges of flash addresses, sorted and without overlap.
 using Ranges = std::vector<Range>;
 
-// Where two equally long runs of bytes differ; `address` is that of the first byte.
+// The ranges in which two equally long runs of bytes differ. `address` is that of the first byte.
 Ranges DifferingBytes(std::uint32_t address, std::span<const std::uint8_t> left,
                       std::span<const std::uint8_t> right);
 
-// The same in whole sectors of 4096 bytes; `address` begins one and the runs end with one.
+// The same in whole sectors of 4096 bytes. The runs must start and end at sector boundaries.
 Ranges DifferingSectors(std::uint32_t address, std::span<const std::uint8_t> left,
                         std::span<const std::uint8_t> right);
 
-// The bytes in all ranges together.
+// The number of bytes in all ranges.
 std::uint64_t TotalSize(const Ranges& ranges);
 
-// Adds a range behind the others, joined with the last one when it follows it without a gap.
+// Appends a range. If it follows the last one without a gap, they are joined.
 void AppendRange(Ranges& ranges, const Range& range);
 
 // The addresses of `ranges` that are not in `without`.
