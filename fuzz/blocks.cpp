@@ -1,5 +1,5 @@
-// The command blocks against the simulated chip: it understands each one that a builder makes, does
-// what the builder's caller meant, and its reply reads as what it holds.
+// Command blocks and the simulated chip: the chip must understand each block that a builder makes,
+// do what the caller intended, and reply with the values that it holds.
 
 #include <algorithm>
 #include <array>
@@ -20,7 +20,7 @@ using borvan_fuzz::CheckEqual;
 using borvan_fuzz::Input;
 using borvan_fuzz::MemoryChip;
 
-// What the chip must hold, kept beside it.
+// The expected content of the chip.
 struct Expected {
   std::map<std::pair<std::uint32_t, std::uint32_t>, std::uint32_t> registers;
   std::vector<std::uint8_t> flash;
@@ -38,7 +38,7 @@ constexpr std::array<Width, 6> kWidths = {{{0xFF, 0xFF},
                                            {0xFFFFFFFF, 0xFFFFFFFF}}};
 constexpr std::uint32_t kSectorSize = 4096;
 
-// The slave of the sensor that has this width mode.
+// The slave address of the sensor with this width mode.
 constexpr std::uint8_t SlaveOf(std::uint32_t mode) {
   return static_cast<std::uint8_t>(0x40 + mode);
 }
@@ -101,13 +101,13 @@ void RegisterBlockRead(Input& input, MemoryChip& chip, Expected& expected) {
   }
 }
 
-// A mode that is none asks for 8 bits each way; its low byte alone reaches the chip.
+// An invalid mode uses 8 bits for address and data. Only its low byte reaches the chip.
 void SingleI2c(Input& input, MemoryChip& chip, Expected& expected) {
   const std::uint32_t kind = input.Byte();
   const auto mode = static_cast<std::int32_t>(kind < 0x80 ? kind % 6 : input.Word());
   const bool known = mode >= 0 && mode <= 5;
   if (!known && (mode & 0xFF) <= 5) {
-    return;  // the chip would take its low byte for another mode
+    return;  // the chip would read its low byte as another mode
   }
   const std::uint32_t width = known ? static_cast<std::uint32_t>(mode) : 0;
   const borvan::I2cAccess access = {.slave = SlaveOf(width) | input.Word() << 8,
@@ -136,7 +136,7 @@ void SingleI2c(Input& input, MemoryChip& chip, Expected& expected) {
   }
 }
 
-// Both ways of reading a run of sensor registers give the low byte of each.
+// Both ways of reading a run of sensor registers return the low byte of each.
 void ListI2cRead(Input& input, MemoryChip& chip, Expected& expected) {
   const std::uint32_t mode = input.Choice(6);
   const std::uint32_t address = input.Word();

@@ -1,5 +1,5 @@
-// The virtual camera's JSON configuration: any bytes give a configuration within the bounds that
-// the manual names, or an error of one line that names the file.
+// The virtual camera's JSON configuration: any bytes give a configuration within the documented
+// limits, or an error of one line that names the file.
 
 #include <optional>
 #include <string>

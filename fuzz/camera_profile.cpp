@@ -1,5 +1,5 @@
-// The reader of camera profiles: any text is a profile, or has errors with their lines. A profile
-// without errors has names that can be looked for, and can be checked.
+// The reader of camera profiles: any text is a profile, or has errors with line numbers. A profile
+// without errors has names that can be found, and can be checked.
 
 #include <string>
 
@@ -41,7 +41,7 @@ void CheckProblems(const std::vector<ListProblem>& problems, std::uint64_t lines
   }
 }
 
-// Every register is found by its name, unless another one has it, too.
+// Every register is found by its name, unless another one has the same name.
 void CheckNames(const RegisterNames& names) {
   for (const NamedRegister& named : names.All()) {
     Check(named.accesses > 0, "a register without an access");

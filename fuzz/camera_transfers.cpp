@@ -1,5 +1,5 @@
 // A hostile host at the virtual camera: any selectors, blocks and lengths. Two objects that serve
-// one device in turn answer as one object does, and no answer goes beyond its buffer.
+// one device alternately answer like one object, and no answer exceeds its buffer.
 
 #include <algorithm>
 #include <array>
@@ -31,7 +31,7 @@ constexpr std::int32_t kMoreData = Code(0x800700EA);
 constexpr std::uint8_t kUntouched = 0xEE;
 constexpr std::size_t kMostTransfers = 20;
 
-// The files of one device, used again for each input.
+// The files of a device, reused for each input.
 class DeviceFiles {
  public:
   virtual_camera::CameraConfiguration Renew(virtual_camera::CameraConfiguration configuration) {
@@ -47,7 +47,7 @@ class DeviceFiles {
   }
   Bytes Flash() const { return flash_.Content(); }
 
-  // To be set when a transfer may have changed it: most inputs leave the flash alone.
+  // Set it after transfers that may change the flash. Most inputs do not change it.
   bool flash_changed = true;
 
  private:
@@ -76,12 +76,12 @@ virtual_camera::CameraConfiguration TakeConfiguration(Input& input) {
 }
 
 struct Transfer {
-  std::uint32_t kind = 0;  // 0 and 1 a set, 2 a get, 3 a length query
+  std::uint32_t kind = 0;  // 0 and 1: set, 2: get, 3: length query
   std::uint32_t selector = 0;
   Bytes bytes;
 };
 
-// Most selectors are the chip's, most lengths those of its blocks.
+// Most selectors are those of the chip, and most lengths those of its blocks.
 Transfer TakeTransfer(Input& input) {
   constexpr std::array<std::size_t, 8> kLengths = {4, 12, 11, 64, 64, 64, 64, 4};
   Transfer transfer;

@@ -1,5 +1,5 @@
-// Any command line: what comes of it is a command, a text for a terminal, or one line that names
-// what is wrong. The words stand in the input with a zero byte between them.
+// Any command line: the result is a command, a text for a terminal, or a one-line error that names
+// the argument. In the input, words are separated by zero bytes.
 
 #include "command/command_line.h"
 
@@ -55,7 +55,7 @@ void CheckText(const std::string& text) {
   }
 }
 
-// Every name by which a message may tell what it is about.
+// All names that a message may start with.
 Words Names() {
   Words names;
   const auto add = [&](const std::vector<OptionDescription>& options) {
@@ -90,7 +90,7 @@ void CheckFailure(const Failure& failure, const Words& words) {
   CheckEqual(static_cast<std::uint64_t>(failure.Code()),
              static_cast<std::uint64_t>(ExitCode::kUsage), "the code of a wrong command line");
   CheckOneLine(failure.Message(), "the message");
-  // A line for each thing that can be done.
+  // One line for each suggestion.
   std::istringstream hint(failure.Hint());
   for (std::string line; std::getline(hint, line);) {
     CheckOneLine(line, "a line of the hint");
@@ -100,7 +100,7 @@ void CheckFailure(const Failure& failure, const Words& words) {
         "the message names no argument: " + failure.Message());
 }
 
-// Options of every command stand before its words as well as behind them.
+// Options of all commands may be given before and after the command's words.
 void CheckPlaceOfCommonOptions(Words words, const Arguments& arguments) {
   if (std::find(words.begin(), words.end(), "--") != words.end()) {
     return;

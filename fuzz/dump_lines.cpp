@@ -1,4 +1,4 @@
-// Dumps as text, read back: flash dumps by a reader of their own, lists by the list reader.
+// Dumps as text, read back: flash dumps by an independent reader, lists by the list reader.
 
 #include <algorithm>
 #include <string>
@@ -63,7 +63,7 @@ void CheckFlashDump(const Bytes& bytes, std::uint32_t start, std::uint32_t end) 
   }
 }
 
-// A list loads back as it was, but for the address that lists can't hold.
+// A list is unchanged after dumping and loading, except for the address that lists can't contain.
 void CheckListDumps(const List& list, std::uint32_t mode) {
   List expected;
   std::copy_if(list.begin(), list.end(), std::back_inserter(expected),
@@ -82,7 +82,7 @@ void CheckListDumps(const List& list, std::uint32_t mode) {
   }
 }
 
-// "txt" behind the last point, in small letters.
+// The name ends in ".txt", in lower case.
 void CheckName(const std::string& name) {
   const bool text = name == "txt" || name.ends_with(".txt");
   Check(borvan::IsTextFileName(name) == text, "whether a name is a text's");

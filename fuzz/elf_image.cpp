@@ -1,5 +1,5 @@
-// ELF files: any bytes, any bytes after a good mark, and files with good tables whose segments
-// meet, against a reading that goes its own way.
+// ELF files: any bytes, any bytes after a valid magic number, and files with valid tables whose
+// segments may overlap. Compared with an independent reader.
 
 #include <vector>
 
@@ -26,7 +26,7 @@ void Put(Bytes& file, bool low_first, std::size_t place, unsigned size, std::uin
   }
 }
 
-// Small numbers mostly, so that segments lie within the file and meet; sometimes the greatest.
+// Mostly small numbers, so that segments lie in the file and overlap; sometimes very large ones.
 std::uint64_t SomeNumber(Input& input, bool wide) {
   const std::uint64_t number = input.Byte();
   if (number < 0xF0) {

@@ -1,5 +1,5 @@
-// Any device paths and names that a system may list: which of them are cameras, their IDs, and the
-// records that hosts get.
+// Any device paths and names that a system may list: which ones are cameras, their IDs, and the
+// records for hosts.
 
 #include <algorithm>
 #include <string>
@@ -38,8 +38,7 @@ std::u16string ModelLowerCase(std::u16string path) {
   return path;
 }
 
-// Four characters behind the marker; a marker that is missing counts as found one place before the
-// path.
+// Four characters after the marker. A missing marker counts as found one position before the path.
 std::int32_t ModelId(const std::u16string& path, const std::u16string& marker) {
   const std::size_t found = path.find(marker);
   const std::size_t begin =
@@ -51,7 +50,7 @@ std::int32_t ModelId(const std::u16string& path, const std::u16string& marker) {
   return borvan_fuzz::ModelLong(digits);
 }
 
-// Texts may run on behind their field; IDs are the low 16 bits.
+// Texts may exceed their field; IDs are the low 16 bits.
 std::string ModelRecord(const borvan::DeviceEntry& device) {
   std::string record(248, '\0');
   for (const auto& [text, place] : {std::pair(device.path, 0), std::pair(device.name, 120)}) {
@@ -83,7 +82,7 @@ void CheckRecord(const borvan::DeviceEntry& device) {
              static_cast<std::uint32_t>(device.vid) & 0xFFFF, "a vendor ID read back");
 }
 
-// The cameras among the system's devices, in its order.
+// The cameras among the system's devices, in the system's order.
 std::vector<borvan::DeviceEntry> ModelList(const borvan_fuzz::SystemScript& system) {
   std::vector<borvan::DeviceEntry> list;
   for (const borvan_fuzz::ListedDevice& device : system.devices) {
@@ -126,7 +125,7 @@ void TakeSystem(Input& input) {
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  // One object for all inputs: each one that goes keeps its devices referenced for ever.
+  // One object for all inputs, because each destroyed object leaks references to its devices.
   static auto& device = *new borvan::BorvanUsb_Q7(borvan_fuzz::MakeMemoryPlatform());
   Input input(data, size);
   TakeSystem(input);

@@ -1,5 +1,5 @@
-// The splitting of an image: what the erases and packets put into a flash is the image, filled up
-// with zeros to whole pieces; no address is written twice, and blank pieces are not sent.
+// Splitting an image: the erases and packets must write the image, padded with zeros to whole
+// pieces. No address is written twice, and blank pieces are not sent.
 
 #include <algorithm>
 #include <string>
@@ -20,10 +20,10 @@ using Bytes = std::vector<std::uint8_t>;
 
 constexpr std::size_t kPiece = 60;
 constexpr std::uint32_t kSector = 4096;
-constexpr std::uint8_t kBefore = 0x5A;  // what the flash holds beforehand
+constexpr std::uint8_t kBefore = 0x5A;  // content of the flash before
 constexpr std::size_t kLargest = 20'000;
 
-// Stretches of one byte and of other bytes.
+// Runs of equal bytes and of other bytes.
 Bytes TakeImage(Input& input) {
   Bytes image;
   while (!input.Empty() && image.size() < kLargest) {
@@ -39,7 +39,7 @@ Bytes TakeImage(Input& input) {
   return image;
 }
 
-// The part of a flash of 4 GiB, of addresses that wrap, that an image may reach.
+// The part of a flash of 4 GiB with wrapping addresses that an image may reach.
 class Flash {
  public:
   Flash(std::uint32_t start, std::size_t size)
@@ -120,7 +120,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   SendAll(flash, padded, layout, start);
   for (std::size_t i = 0; i < layout.padded_size; ++i) {
     const std::uint32_t address = start + static_cast<std::uint32_t>(i);
-    // The last piece may reach beyond the last sector, where nothing was erased: zeros clear.
+    // The last piece may extend beyond the last erased sector. There, zeros clear the old content.
     CheckEqual(flash.Cell(address), i < image.size() ? image[i] : 0x00, "a byte of the flash");
   }
   return 0;

@@ -1,6 +1,6 @@
-// A whole host: the exports in any order and with any arguments, on cameras that come and go and
-// answer anything, with jobs that run, are interrupted by other calls and are asked to stop. What
-// the header promises of results and progress holds throughout.
+// A complete host: the exports in any order with any arguments, on cameras that are connected,
+// disconnected and answer anything, with jobs that run, are interrupted by other calls and are
+// asked to stop. The guarantees of the header about results and progress must always hold.
 
 #include <borvan_usb.h>
 
@@ -103,7 +103,7 @@ void Host::Call(std::uint8_t kind) {
   }
 }
 
-// While a job waits for the camera, the host's own thread goes on.
+// While a job waits for the camera, the host's own thread continues.
 void Host::DuringTransfer() {
   if (!in_job_ || in_call_of_transfer_ || calls_in_transfers_ >= kMostCallsInTransfers ||
       input_.Choice(16) != 15) {
@@ -215,7 +215,7 @@ void Host::CallOfAccess(std::uint32_t kind) {
   Check(kind == 4 || done == LastTransferWentWell(), "the result is not that of the last transfer");
 }
 
-// False when there was none, or nothing but the question for the length.
+// False if there was none, or only a length query.
 bool Host::LastTransferWentWell() const {
   if (conversation_.exchanges.empty()) {
     return false;
@@ -229,7 +229,7 @@ const borvan_test::TemporaryFolder& Folder() {
   return kFolder;
 }
 
-// Null, empty, missing, a folder, a file to write, or one to read with what the input says.
+// Null, empty, missing, a folder, a file to write, or a file to read with content from the input.
 const char* Host::TakeFileName() {
   const std::uint8_t kind = input_.Byte();
   switch (kind % 16) {
@@ -265,8 +265,7 @@ const char* Host::TakeFileName() {
   return file_name_.c_str();
 }
 
-// Ranges that a device of this kind is asked for within a moment, and ones that end before they
-// begin.
+// Ranges that such a device can process quickly, and ranges that end before they begin.
 std::uint32_t Host::EndOf(std::uint32_t start) {
   const std::uint32_t end = start - 2 + input_.Half() % kLongestRange;
   return end >= start && end - start > kLongestRange ? start : end;
@@ -302,7 +301,7 @@ void Host::CallOfJob(std::uint32_t kind) {
   Check(!started || (named && HasInstance()), "a job without an instance or a file");
 }
 
-// Jobs take turns here, so a value never holds halves of two reports.
+// Here, jobs never run at the same time, so a value never combines two reports.
 void Host::CheckProgress() {
   const std::uint64_t progress = GetProgressInfo();
   const std::int32_t percent = borvan_progress_percent(progress);
@@ -326,7 +325,7 @@ void Host::CheckProgress() {
   }
 }
 
-// When every job has ended and every 100 was wiped.
+// Called when every job has ended and every 100 was cleared.
 void Host::CheckAtRest() {
   CheckProgress();
   const auto device = borvan::GlobalInstance().Get();

@@ -1,5 +1,5 @@
-// Both ways of an I2C list, steps and packets: what they send and where they pause is what the list
-// says, and the sensors hold it afterwards.
+// Both ways of writing an I2C list, steps and packets: what they send, and their pauses, must match
+// the list, and the sensors must have its values afterwards.
 
 #include <string>
 #include <vector>
@@ -30,7 +30,7 @@ std::uint32_t BigEndian(const borvan::Packet& packet, std::size_t at, std::size_
   return number;
 }
 
-// Adds the writes of a packet. Its bytes behind the last one are unused.
+// Adds the writes of a packet. Bytes after the last one are unused.
 void AddWrites(I2cReading& reading, const borvan::Packet& packet) {
   const std::uint8_t mode = packet[2] & 0x0F;
   Check(packet[0] <= 1 && mode <= 2 && packet[3] > 0, "head of a packet");

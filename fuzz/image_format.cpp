@@ -1,5 +1,5 @@
-// What the tool takes for other formats than raw bytes, against a reading that goes its own way;
-// and files of these formats, made from the input, which must be known.
+// Detection of file formats, compared with an independent implementation; and files of these
+// formats, made from the input, which must be recognised.
 
 #include <cctype>
 #include <optional>

@@ -1,5 +1,5 @@
-// Intel HEX files: any bytes, and files of good records with addresses that meet, against a reading
-// that goes its own way; what is read is written and read again.
+// Intel HEX files: any bytes, and files of valid records with overlapping addresses. Compared with
+// an independent reader; the result is written and read again.
 
 #include <string>
 #include <vector>
@@ -27,7 +27,8 @@ void CheckFile(const std::string& file) {
   }
 }
 
-// Records with right checksums, most of them in order; few addresses, so that they meet.
+// Records with valid checksums, mostly in a valid order; only a few addresses, so that they
+// overlap.
 std::string MadeFile(Input input) {
   constexpr std::uint16_t kPlaces[] = {0, 1, 0x10, 0xFFF0, 0xFFFE, 0xFFFF};
   constexpr std::uint16_t kBases[] = {0, 1, 0x1000, 0xF000, 0xFFFF};

@@ -1,4 +1,4 @@
-// The reader of list files against a reader that looks at one line after the other.
+// The reader of list files, compared with a reader that processes single lines.
 
 #include <algorithm>
 #include <cctype>
@@ -20,7 +20,7 @@ using borvan_fuzz::CheckEqual;
 
 using List = std::vector<ListEntry>;
 
-constexpr std::size_t kChunk = std::size_t{256} * 1024;  // what the reader takes at a time
+constexpr std::size_t kChunk = std::size_t{256} * 1024;  // the reader's chunk size
 
 std::string WithoutBlanks(const std::string& text) {
   constexpr const char* kBlanks = " \t\n\v\f\r";
@@ -37,7 +37,7 @@ std::string SmallLetters(std::string text) {
   return text;
 }
 
-// Of a field with a comma behind it, what stands before its "0x" is dropped.
+// If a comma follows the field, the text before "0x" is ignored.
 std::uint32_t NumberBeforeComma(const std::string& field) {
   const std::string text = WithoutBlanks(field);
   const std::size_t prefix = text.find("0x");
@@ -67,7 +67,7 @@ std::optional<ListEntry> ModelLine(const std::string& whole) {
                    borvan_fuzz::ModelUnsignedLong(WithoutBlanks(behind))};
 }
 
-// nullopt for a list that one line spoils.
+// nullopt if a line makes the whole list invalid.
 std::optional<List> ModelList(std::string text) {
   text = text.substr(0, text.find('\x1A'));
   List list;
@@ -113,8 +113,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   const std::optional<List> expected = ModelList(text);
   CheckFile(text, expected);
 
-  // The same behind a long remark that puts a border between two of the reader's chunks somewhere
-  // into the text. Not every time: it costs as much as a hundred short lists.
+  // The same after a long comment, so that a border between two of the reader's chunks lies
+  // somewhere in the text. Not for every input, because it takes as long as a hundred short lists.
   if (size % 8 == 7) {
     std::size_t sum = 0;
     for (const char c : text) {

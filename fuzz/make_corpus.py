@@ -1,8 +1,8 @@
 #!/usr/bin/env python3
-"""Writes the seeds of the fuzz targets: corpus/TARGET/NAME, each named after what it shows.
+"""Writes the seeds of the fuzz targets to corpus/TARGET/NAME. The name says what the seed tests.
 
-A seed is read by its target alone; how, its source says. What each seed holds is in the modules of
-the folder seeds. Usage: make_corpus.py
+The format of a seed is defined by the source of its target. The contents are in the modules of the folder seeds.
+Usage: make_corpus.py
 """
 # pylint: disable=missing-function-docstring
 import pathlib

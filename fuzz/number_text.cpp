@@ -22,7 +22,7 @@ void CheckReading(const std::string& text) {
   CheckEqual(borvan::ParseUnsigned64Low(text), borvan_fuzz::ModelUnsigned64Low(text),
              "64 bits unsigned");
 
-  // This system's own conversion reads as the Windows one does, except where 64 bits overflow.
+  // This system's function gives the same results as that of Windows, except if 64 bits overflow.
   errno = 0;
   const unsigned long long number = std::strtoull(text.c_str(), nullptr, 16);
   if (errno == 0) {
@@ -30,7 +30,7 @@ void CheckReading(const std::string& text) {
   }
 }
 
-// A character above 0xFF ends a number as any other that is no digit.
+// A character above 0xFF ends a number like any other character that is not a digit.
 void CheckWideReading(const std::string& text) {
   std::u16string wide;
   std::string narrow;

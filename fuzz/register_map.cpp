@@ -1,5 +1,5 @@
-// The reader of register maps: any text is a map whose values hold together, or an error with its
-// line. Never more is made of a small text than the limits allow.
+// The reader of register maps: any text is a consistent map, or an error with its line. A small
+// text never expands beyond the limits.
 
 #include <string>
 

@@ -1,5 +1,5 @@
-// The blocks of a register list: every register once and in order, under the delays that stand
-// before it, and the same registers in the chip afterwards.
+// The blocks of a register list: every register is written once and in order, with the delays
+// before it, and the chip has the same registers afterwards.
 
 #include <algorithm>
 #include <string>
@@ -23,7 +23,7 @@ bool IsMarker(const borvan::ListEntry& entry) {
   return entry.address == 0xFFFF || entry.address == 0xFFFD || entry.address == 0xFFFE;
 }
 
-// Neighbours never have the same value, so a record that is there twice was repeated on purpose.
+// Neighbours never have the same value, so that a repeated record can be detected.
 List WithAlternatingValues(List list) {
   std::uint32_t bit = 0;
   for (borvan::ListEntry& entry : list) {
@@ -41,7 +41,7 @@ struct Delays {
   std::uint32_t second = 0;
 };
 
-// What stands before each plain register since the one before it.
+// The delays between each plain register and the previous one.
 std::vector<Delays> DelaysBefore(const List& list) {
   std::vector<Delays> before;
   Delays next;
@@ -60,7 +60,7 @@ std::vector<Delays> DelaysBefore(const List& list) {
   return before;
 }
 
-// What a block writes, in order; of a record that is there twice at the end the first.
+// The writes of a block, in order. A record that is repeated at the end counts once.
 List WritesOf(const borvan::Packet& packet) {
   const std::size_t count = packet[3];
   List writes;
@@ -104,7 +104,7 @@ void CheckBlocks(const List& list) {
     for (std::size_t i = 0; i < writes.size(); ++i) {
       Check(at + i < expected.size(), "more registers than the list has");
       Check(writes[i] == expected[at + i], "another register than the list says at its place");
-      // A run takes marks inside it with it; every other mark begins a new block.
+      // A run includes the marks inside it. Every other mark starts a new block.
       Check(i == 0 || block.packet[1] == 0x00 || !before[at + i].marked, "a block over a mark");
     }
     if (before[at].marked) {
@@ -126,9 +126,10 @@ void CheckChip(const List& list) {
         "the chip's registers are not what the list says");
 }
 
-// Register 1 is taken for the neighbour of a register that broke a run, which then begins a run
-// with it: deliberate, and held by a unit test (Register1BehindABrokenRunIsAStep…). Such a list
-// does not mean what it says, so here 1 is spelled with a bit that is not sent.
+// A quirk: register 1 is treated as the successor of a register that ended a run, which then starts
+// a run with it. It is deliberate, and checked by a unit test (Register1BehindABrokenRunIsAStep…).
+// Such a list is not written as intended, so here 1 is written with an additional bit that is not
+// sent.
 List WithoutRegister1(List list) {
   for (borvan::ListEntry& entry : list) {
     entry.address = entry.address == 1 ? 0x10001 : entry.address;

@@ -1,6 +1,6 @@
-// Every operation of the device object against a device that answers anything: any results, lengths
-// and replies. What is sent, what is made of the answers and what comes back is what plain models
-// of the operations say.
+// Every operation of the device object with a device that answers anything: any results, lengths
+// and replies. The sent data, the evaluation of answers and the results must match simple models of
+// the operations.
 
 #include <algorithm>
 #include <memory>
@@ -27,12 +27,12 @@ using borvan_fuzz::List;
 
 constexpr std::uint32_t kLongestRange = 600;
 
-// Selected, with or without the fast paths.
+// A selected device, with or without the fast paths.
 borvan::BorvanUsb_Q7& MakeDevice(std::uint8_t feature) {
   borvan_fuzz::TheSystem().devices = {{u"usb#vid_1234&pid_5678", u"camera"}};
   auto& device = *new borvan::BorvanUsb_Q7(borvan_fuzz::MakeMemoryPlatform());
   device.EnumerateDevices();
-  // The usual length, both commands taken, and a reply of 4 bytes.
+  // The usual length, both commands accepted, and a reply of 4 bytes.
   const Bytes answers = {0, 0, 0, 3, 4, 0x24, feature, 0, 0x28};
   Input input(answers.data(), answers.size());
   Conversation conversation(input);
@@ -63,7 +63,7 @@ class Percentages {
   std::int32_t last_ = 0;
 };
 
-// One operation: its numbers are taken first, then the device answers with what is left.
+// One operation. Its numbers are taken first from the input, then the device's answers.
 class Operation {
  public:
   explicit Operation(Input& input)
@@ -198,7 +198,7 @@ void Operation::ReadI2c(Dialogue& dialogue) {
   const std::uint32_t slave = input_.Byte();
   const std::uint32_t mode = input_.Choice(7);
   if (end - start > kLongestRange && end > start) {
-    return;  // from below 0 on: all there is
+    return;  // as signed numbers: from below 0, over everything
   }
   List list;
   List expected;

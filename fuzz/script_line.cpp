@@ -1,5 +1,5 @@
-// A script's lines: what is joined with quotes comes apart again, and a line is refused only for a
-// quote that is left open.
+// Lines of scripts: joining words with quotes and splitting them again must give the same words. A
+// line is only rejected for an unclosed quote.
 
 #include <algorithm>
 #include <string>
@@ -28,7 +28,7 @@ void CheckSame(const Words& found, const Words& expected, const std::string& wha
   }
 }
 
-// Some blanks, chosen by the input.
+// Blanks chosen by the input.
 std::string Blanks(Input& input, std::size_t least) {
   static const std::vector<std::string> kBlanks = {"", " ", "\t", "  ", "\r", "\n", " \t "};
   const std::string chosen = kBlanks[input.Choice(static_cast<std::uint32_t>(kBlanks.size()))];
@@ -38,7 +38,7 @@ std::string Blanks(Input& input, std::size_t least) {
 std::string Joined(const Words& words, Input& input) {
   std::string line = Blanks(input, 0);
   for (const std::string& word : words) {
-    // A quote may open anywhere in a word.
+    // A quote may start anywhere in a word.
     const std::size_t bare = std::min(word.find_first_of(" \t\r\n#"), std::size_t{input.Choice(4)});
     line += word.substr(0, std::min(bare, word.size())) + "\"" +
             (bare < word.size() ? word.substr(bare) : "") + "\"" + Blanks(input, 1);
@@ -78,7 +78,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   Input text(data, size);
   const std::vector<std::uint8_t> bytes = text.Rest();
   const std::string line(bytes.begin(), bytes.end());
-  // The same bytes choose how the words are joined.
+  // The same bytes also choose how words are joined.
   Input choices(data, size);
   CheckRoundTrip(line, choices);
   CheckLine(line, choices);

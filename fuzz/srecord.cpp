@@ -1,5 +1,5 @@
-// Motorola S-record files: any bytes, and files of good records with addresses that meet, against a
-// reading that goes its own way; what is read is written and read again.
+// Motorola S-record files: any bytes, and files of valid records with overlapping addresses.
+// Compared with an independent reader; the result is written and read again.
 
 #include <string>
 #include <vector>
@@ -33,7 +33,8 @@ void CheckFile(const std::string& file) {
   }
 }
 
-// Records with right checksums, most of them in order; few addresses, so that they meet.
+// Records with valid checksums, mostly in a valid order; only a few addresses, so that they
+// overlap.
 std::string MadeFile(Input input) {
   constexpr std::uint32_t kPlaces[] = {0, 0x10, 0xFFFE, 0xFFFFF0, 0xFFFFFFF0, 0xFFFFFFFE};
   constexpr unsigned kTypes[] = {1, 2, 3, 3, 3, 0, 5, 6, 7, 8, 9, 4};

@@ -1,6 +1,6 @@
-// The tool's reader of lists and its checks: a list that passes means to the library, entry by
-// entry, what it means to the tool. The first byte chooses the device that opens I2C lists from
-// outside.
+// The tool's reader of lists and its checks: the library must read a valid list, entry by entry,
+// exactly as the tool does. The first byte chooses the device for I2C lists that do not name their
+// own.
 
 #include <array>
 #include <optional>
@@ -73,7 +73,7 @@ void CheckReading(const std::string& text) {
     Check(entry.line > last && entry.line <= lines, "an entry on an impossible line");
     last = entry.line;
   }
-  // The library knows no mark at the beginning of a text; the tool hands lists on without one.
+  // The library does not support a byte-order mark; the tool sends lists without it.
   if (list.problems.empty() && !text.starts_with("\xEF\xBB\xBF")) {
     CheckLibraryReads(text, list.entries, "a list as it stands");
   }
@@ -121,7 +121,7 @@ void CheckI2c(const std::string& text, const std::optional<I2cTarget>& opening) 
   CheckEqual(again.registers, checked.registers, "the registers of a list that was sent");
 }
 
-// A dump of any registers loads back, those with a marker's address left out.
+// A dump of any registers can be loaded again, except for registers at a marker's address.
 void CheckDump(const std::string& text, std::int32_t mode) {
   borvan_fuzz::Input input(reinterpret_cast<const std::uint8_t*>(text.data()), text.size());
   const std::uint32_t first = input.Word() & 0xFFFF;

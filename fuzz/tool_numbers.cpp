@@ -1,4 +1,4 @@
-// The command-line tool's numbers, sizes and ranges against a reading one character at a time.
+// The tool's numbers, sizes and ranges, compared with a reader that processes single characters.
 
 #include <optional>
 #include <string>
@@ -84,7 +84,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   const auto range = ParseRange(text);
   Check(range == ModelRange(text), "range");
 
-  // What the tool prints it reads back.
+  // The tool can parse what it prints.
   if (range) {
     Check(ParseRange(Text(*range)) == range, "a printed range reads back as another one");
     CheckEqual(range->Size(), std::uint64_t{range->last} - range->first + 1, "size of a range");

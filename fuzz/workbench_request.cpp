@@ -1,5 +1,5 @@
-// What comes to the workbench's socket: whatever the bytes are, the request is refused, or it has
-// all that a page of the workbench's own has; and what is then done keeps to the rules.
+// Input from the workbench's socket: a request is refused, or it has everything that a request of
+// our page has; and the resulting work follows the rules.
 
 #include <algorithm>
 #include <boost/asio/buffer.hpp>
@@ -25,7 +25,7 @@ const std::string kToken = "00112233445566778899aabbccddeeff";
 const std::string kCookie = "ffeeddccbbaa99887766554433221100";
 const std::string kHost = "127.0.0.1:8123";
 
-// No name that goes anywhere but into one folder.
+// Checks that a name can only refer to a file in one folder.
 void CheckPlainName(const std::string& name) {
   Check(!name.empty() && name.find_first_of("/\\:*?\"<>|") == std::string::npos,
         "a file's name has a folder");
@@ -60,7 +60,7 @@ bool Contains(const std::string& text, const std::string& part) {
   return text.find(part) != std::string::npos;
 }
 
-// A request as the parser gives it; nothing when it is not complete or refused by the parser.
+// Parses a request. Returns nothing if it is incomplete or the parser rejects it.
 std::optional<HttpRequest> Parse(const std::string& bytes) {
   RequestParser parser;
   SetLimits(parser);
@@ -83,7 +83,7 @@ std::optional<HttpRequest> Parse(const std::string& bytes) {
   return request;
 }
 
-// A page's own request: the first line is the target, the rest the body.
+// A request of our page: the first line is the target, the rest is the body.
 HttpRequest OwnRequest(const std::string& text) {
   const std::size_t end = std::min(text.find('\n'), text.size());
   HttpRequest request;
@@ -131,7 +131,7 @@ void CheckWords(const std::vector<std::string>& words, bool read_only) {
               arguments->common.profile.empty(),
           "an option of the server's was let in");
   } catch (const Failure&) {
-    // The command refuses what is only wrong.
+    // The command itself rejects other mistakes.
     return;
   }
 }

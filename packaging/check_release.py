@@ -1,4 +1,4 @@
-"""What scripts/release.sh checks: that everything that names the version names the same one."""
+"""The checks of scripts/release.sh: all places with a version have the same one."""
 import hashlib
 import re
 import subprocess
@@ -10,7 +10,7 @@ sys.path.append(str(make_packages.HERE.parent / "tests/build"))
 import pe_file  # pylint: disable=wrong-import-position
 
 PRODUCTS = ("BorvanUSB_x64.dll", "BorvanVirtualCamera.dll", "borvanusb.exe", "virtual-camera.exe")
-# Where a document or a list names the version that it belongs to.
+# Patterns for the version in documents and lists.
 NAMED = {
     "docs/install.md": r"borvanusb-(\d+\.\d+\.\d+)-",
     "docs/tool.md": r", version (\d+\.\d+\.\d+)",
@@ -34,7 +34,7 @@ def of_tree(root):
 
 
 def of_release(root):
-    """Complaints about what only a release has: the tag, and a heading with a date."""
+    """Complaints about parts that only a release has: the tag, and a heading with a date."""
     version = make_packages.project_version(root)
     found = []
     heading = HEADING.search((root / "CHANGELOG.md").read_text(encoding="utf-8"))
@@ -63,7 +63,7 @@ def of_products(folder, version):
 
 
 def of_packages(folder, version):
-    """Complaints about the packages: names, check sums, the installer's own version."""
+    """Complaints about the packages: names, checksums, the installer's own version."""
     wanted = {f"borvanusb-{version}-windows-x64.zip", f"borvanusb-{version}-windows-x64-symbols.zip",
               f"borvanusb-{version}-x64.msi"}
     found = []
@@ -85,7 +85,7 @@ def of_packages(folder, version):
 
 
 def main():
-    """Prints the complaints; exit code 1 when there are any."""
+    """Prints the complaints; exit code 1 if there are any."""
     root = make_packages.HERE.parent
     version = make_packages.project_version(root)
     found = of_tree(root)

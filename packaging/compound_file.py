@@ -1,26 +1,26 @@
-"""Gives an MSI's times and package code fixed values, in place.
+"""Replaces the times and the package code of an MSI by fixed values.
 
-An MSI is a compound file: sectors in chains, a directory of streams, small streams inside of a stream of
-their own. Its times are in the directory's entries and in the stream with the summary.
+An MSI is a compound file: chains of sectors, a directory of streams, and a stream that contains the small streams.
+Its times are in the directory's entries and in the summary stream.
 """
 import struct
 
 SUMMARY = "\x05SummaryInformation"
 SMALL_STREAM = 4096
 SMALL_SECTOR = 64
-END_OF_CHAIN = 0xFFFFFFFA  # and above: no sector
+END_OF_CHAIN = 0xFFFFFFFA  # or above: no next sector
 ROOT = 5
 # Properties of the summary.
 PACKAGE_CODE = 9
 TIMES = (11, 12, 13)  # printed, created, saved
 KIND_TIME = 64
 KIND_TEXT = 30
-# From 1601, where Windows counts from, to 1970, in seconds.
+# Seconds from 1601, the start of Windows' time, to 1970.
 EPOCH_1601 = 11644473600
 
 
 class CompoundFile:
-    """A compound file's bytes, and where they belong."""
+    """The bytes of a compound file, with access to its streams."""
 
     def __init__(self, data):
         self.data = bytearray(data)
@@ -77,14 +77,14 @@ class CompoundFile:
         return b"".join(self.data[offset:offset + length] for offset, length in self.places(entry))
 
     def write(self, entry, content):
-        """Puts bytes of the same length in a stream's place."""
+        """Replaces the bytes of a stream by others of the same length."""
         for offset, length in self.places(entry):
             self.data[offset:offset + length] = content[:length]
             content = content[length:]
 
 
 def settled_summary(stream, package_code, epoch):
-    """The summary's stream with this package code and time."""
+    """The summary stream with this package code and time."""
     stream = bytearray(stream)
     start = struct.unpack_from("<I", stream, 44)[0]
     count = struct.unpack_from("<I", stream, start + 4)[0]
@@ -102,7 +102,7 @@ def settled_summary(stream, package_code, epoch):
 
 
 def settle(path, package_code, epoch):
-    """Fixes times and package code of the MSI `path`."""
+    """Sets fixed times and a package code in the MSI `path`."""
     file = CompoundFile(path.read_bytes())
     for entry in file.entries:
         file.data[entry + 100:entry + 116] = bytes(16)

@@ -1,7 +1,7 @@
-"""Makes the MSI from the folders of the install components, the same bytes each time.
+"""Makes the MSI from the folders of the install components. Equal input gives equal bytes.
 
-Windows Installer knows parts by identifiers: those of files depend on the file's place alone, so that an
-upgrade sees the same parts; those of product and package depend on version and content.
+Windows Installer identifies components by GUIDs. Those of files depend only on the file's path, so that an upgrade
+finds the same components. Those of product and package depend on version and content.
 """
 import hashlib
 import os
@@ -13,7 +13,7 @@ from xml.sax.saxutils import quoteattr
 
 import compound_file
 
-# Both are fixed for ever: the family of all versions, and what the identifiers of parts are made from.
+# Both must never change: the family of all versions, and the base of the components' identifiers.
 UPGRADE_CODE = "{7D3B3E53-5B0C-4E25-9C0C-6B6E8D8C5A41}"
 PARTS = uuid.UUID("5f4f1f0e-93a1-4c58-8d2b-0a3f0a7d6b9e")
 TEMPLATE = pathlib.Path(__file__).with_name("installer.wxs.in")
@@ -25,17 +25,17 @@ FEATURES = {"TOOL": ("common", "runtime", "tools"), "DEVELOPMENT": ("development
 
 
 def identifier(*words):
-    """The identifier of a part, which the same words always give."""
+    """The identifier of a component. The same words always give the same one."""
     return "{" + str(uuid.uuid5(PARTS, "/".join(words))).upper() + "}"
 
 
 def symbol(prefix, path):
-    """A name in the MSI's tables, at most 72 characters of which not all are allowed."""
+    """A valid name for the MSI's tables: at most 72 characters, without invalid ones."""
     return f"{prefix}_{hashlib.sha256(path.as_posix().encode()).hexdigest()[:24]}"
 
 
 def menu_entries():
-    """The entries in the Start menu, and the value that keeps the folder for later versions."""
+    """The Start menu entries, and the registry value that stores the folder for later versions."""
     console = quoteattr(f'/k "[{symbol("d", CAMERA.parent)}]borvanusb.exe" --help')
     return [
         '<Shortcut Id="ConsoleEntry" Directory="MenuFolder" Name="BorvanUSB console" '
@@ -50,7 +50,7 @@ def menu_entries():
 
 
 def directories(files, parent=pathlib.PurePosixPath("."), depth=5):
-    """The XML of a folder's content. `files`: {place: file to take}."""
+    """The XML of a folder's content. `files` is {place: source file}."""
     blank = "  " * depth
     lines = []
     for place in sorted(place for place in files if place.parent == parent):
@@ -59,7 +59,7 @@ def directories(files, parent=pathlib.PurePosixPath("."), depth=5):
         name = quoteattr(place.name)
         lines += [f'{blank}<Component Id="{symbol("c", place)}" Guid="{guid}" Win64="yes">',
                   f'{blank}  <File Id="{symbol("f", place)}" Name={name} Source={source} KeyPath="yes"/>']
-        # A part whose key is no file would count as one that runs from the medium.
+        # A component whose key path is not a file would count as one that runs from the medium.
         lines += [f"{blank}  {line}" for line in (menu_entries() if place == README else [])]
         lines.append(f"{blank}</Component>")
     folders = {place.parents[len(place.parents) - 2 - len(parent.parts)] for place in files
@@ -72,7 +72,7 @@ def directories(files, parent=pathlib.PurePosixPath("."), depth=5):
 
 
 def source_of(parts, version):
-    """The text of the WXS file. `parts`: {component: {place: file}}."""
+    """The text of the WXS file. `parts` is {component: {place: source file}}."""
     every = {place: file for files in parts.values() for place, file in files.items()}
     values = {
         "VERSION": version, "UPGRADE_CODE": UPGRADE_CODE,
@@ -91,17 +91,17 @@ def source_of(parts, version):
 
 
 def statements(parts, version):
-    """What wixl can't write: the entry of PATH, and the versions of programs and DLLs."""
+    """SQL for what wixl can't write: the PATH entry, and the versions of programs and DLLs."""
     tool = symbol("c", pathlib.PurePosixPath("bin/borvanusb.exe"))
     folder = symbol("d", pathlib.PurePosixPath("bin"))
     yield ("CREATE TABLE `Environment` (`Environment` CHAR(72) NOT NULL, `Name` CHAR(255) NOT NULL LOCALIZABLE, "
            "`Value` CHAR(255) LOCALIZABLE, `Component_` CHAR(72) NOT NULL PRIMARY KEY `Environment`)")
-    # For all users, set at installation and removed with the product, behind what is there.
+    # For all users. Appended at installation, and removed with the product.
     yield ("INSERT INTO `Environment` (`Environment`, `Name`, `Value`, `Component_`) "
            f"VALUES ('Path', '=-*PATH', '[~];[{folder}]', '{tool}')")
     yield ("INSERT INTO `RemoveFile` (`FileKey`, `Component_`, `FileName`, `DirProperty`, `InstallMode`) "
            f"VALUES ('RemoveMenuFolder', '{symbol('c', README)}', '', 'MenuFolder', 2)")
-    # Cameras are unregistered whenever the program goes that can do it, and before it does.
+    # Cameras are unregistered before the program that can do this is removed.
     camera_goes = f'?{symbol("c", CAMERA)}=3 AND (REMOVE="ALL" OR REMOVE><"VirtualCamera")'
     for sequence, action, condition in ((60, "KeepFolder", "PREVIOUSDIR AND NOT INSTALLDIR"),
                                         (3300, "RemoveEnvironmentStrings", ""),
@@ -109,12 +109,12 @@ def statements(parts, version):
                                         (5200, "WriteEnvironmentStrings", "")):
         yield ("INSERT INTO `InstallExecuteSequence` (`Action`, `Condition`, `Sequence`) "
                f"VALUES ('{action}', '{condition}', {sequence})")
-    # The old version goes before the new one comes, within one transaction.
+    # The old version is removed before the new one is installed, in one transaction.
     yield "UPDATE `InstallExecuteSequence` SET `Sequence` = 1510 WHERE `Action` = 'RemoveExistingProducts'"
     for files in parts.values():
         for place in files:
             if place.suffix in (".exe", ".dll"):
-                # A file without a version never replaces one that has a version.
+                # A file without a version never replaces one with a version.
                 name = symbol("f", place)
                 yield f"UPDATE `File` SET `Version` = '{version}.0', `Language` = '1033' WHERE `File` = '{name}'"
                 yield f"DELETE FROM `MsiFileHash` WHERE `File_` = '{name}'"
@@ -122,7 +122,7 @@ def statements(parts, version):
 
 def make(parts, version, target, scratch, epoch):
     """Writes the MSI `target`."""
-    # wixl takes names of files from its folder alone.
+    # wixl only accepts file names in its current folder.
     text = source_of({component: {place: file.relative_to(scratch) for place, file in files.items()}
                       for component, files in parts.items()}, version)
     source = scratch / "installer.wxs"
@@ -132,7 +132,7 @@ def make(parts, version, target, scratch, epoch):
     subprocess.run(["wixl", "-a", "x64", "-o", target.resolve(), source], check=True, cwd=scratch, env=environment)
     queries = [word for statement in statements(parts, version) for word in ("-q", statement)]
     subprocess.run(["msibuild", target, *queries], check=True, env=environment)
-    # Other content, other package: Windows Installer takes two files of one package code for the same.
+    # Other content needs another package code: Windows Installer treats files with the same code as equal.
     content = hashlib.sha256()
     for files in parts.values():
         for place, file in sorted(files.items()):

@@ -1,9 +1,9 @@
 #!/usr/bin/env python3
-"""Packs a Windows build: archives, installer, check sums. The same bytes from the same build, wherever.
+"""Packs a Windows build: archives, installer, checksums. The same build gives the same bytes on any machine.
 
 Usage: make_packages.py --build FOLDER --output FOLDER [--version X.Y.Z]
---version other than the build's is for tests of upgrades. SOURCE_DATE_EPOCH is the time that files in
-the packages carry; scripts/package.sh sets it.
+A --version other than the build's is for tests of upgrades. SOURCE_DATE_EPOCH is the time stamp of files in
+the packages; scripts/package.sh sets it.
 """
 import argparse
 import hashlib
@@ -25,7 +25,7 @@ COMPONENTS = ("runtime", "development", "tools", "bindings", "virtual-camera")
 SUMS = "SHA256SUMS"
 SITE = installer.SITE
 BINDINGS = pathlib.PurePosixPath("share/bindings")
-# Debian's own, which has the packages that the documentation is made with.
+# Debian's own Python, which has the packages for the documentation.
 PYTHON = "/usr/bin/python3"
 
 
@@ -36,7 +36,7 @@ def project_version(root=HERE.parent):
 
 
 def windows_text(text):
-    """A text file's bytes with the line ends that every Windows editor knows."""
+    """The bytes of a text file with Windows line ends."""
     return text.replace("\r\n", "\n").replace("\n", "\r\n").encode("utf-8")
 
 
@@ -55,8 +55,8 @@ def sums_of(files):
 
 
 def write_archive(target, top, files, epoch):
-    """A ZIP file whose content alone decides its bytes."""
-    moment = time.gmtime(max(epoch, 315532800))[:6]  # the format begins with 1980
+    """Writes a ZIP file whose bytes only depend on its content."""
+    moment = time.gmtime(max(epoch, 315532800))[:6]  # ZIP times start in 1980
     with zipfile.ZipFile(target, "w") as archive:
         for place, path in sorted(files.items(), key=lambda item: str(item[0])):
             entry = zipfile.ZipInfo(f"{top}/{place}", moment)
@@ -94,7 +94,7 @@ def binding_packages(build, folder):
 
 
 def make(build, output, version, epoch, with_symbols=True):
-    """Writes all packages into `output`; their names."""
+    """Writes all packages into `output`. Returns their names."""
     output.mkdir(parents=True, exist_ok=True)
     name = f"borvanusb-{version}"
     with tempfile.TemporaryDirectory() as folder:

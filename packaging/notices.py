@@ -3,7 +3,7 @@ import pathlib
 import subprocess
 import sys
 
-# What of other people is in the products, and the Debian package whose copyright file has its terms.
+# Third-party software in the products, and the Debian package whose copyright file contains its licence.
 LINKED = (
     ("gcc-mingw-w64-base", "GCC's runtime library and libstdc++", "all programs and DLLs"),
     ("mingw-w64-x86-64-dev", "mingw-w64's C runtime and winpthreads", "all programs and DLLs"),
@@ -15,7 +15,8 @@ LINKED = (
     ("libcli11-dev", "CLI11", "virtual-camera.exe"),
     ("libjs-lunr", "lunr.js", "the search of the documentation"),
 )
-# The packages of npm that are bundled into the page of `borvanusb workbench`; each has its terms in LICENSE.
+# The npm packages that are bundled into the page of `borvanusb workbench`. Each has its licence in the file
+# LICENSE.
 BUNDLED = (
     ("preact", "Preact"),
     ("uplot", "uPlot"),
@@ -27,17 +28,17 @@ DOCUMENTS = pathlib.Path("/usr/share/doc")
 
 
 class NoticeMissing(Exception):
-    """A package has no copyright file."""
+    """Raised if a package has no copyright file."""
 
 
 def section(title, text):
-    """The terms of one part."""
+    """The licence terms of one component."""
     line = "=" * 100
     return f"{line}\n{title}\n{line}\n\n" + text.strip() + "\n"
 
 
 def bundled_sections():
-    """The terms of what the page contains, in the versions of its lock file."""
+    """The licence terms of the page's packages, in the versions of its lock file."""
     subprocess.run([sys.executable, "-B", ROOT / "scripts" / "fetch_npm.py", PAGE / "package-lock.json", MODULES,
                     *(package for package, _ in BUNDLED)], check=True)
     return [section(f"{name} (npm package {package})",

@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # Builds the measuring programs (presets native and windows), runs them all and prints a table: each
-# figure beside its yardstick from the same run, and whether its target is met. Takes about three
+# figure beside its reference from the same run, and whether its target is met. Takes about three
 # minutes, a GiB of disk and its own Wine prefix, all under build/bench/. Fails only if something could
 # not be measured, not if a target is missed. Usage: bench.sh
 set -euo pipefail
@@ -51,7 +51,7 @@ transfers=$work/transfers.json
 : >"$rounds"
 
 echo "== measuring: native transfers" >&2
-# Series take turns in random order, so that what disturbs the machine disturbs them all alike.
+# The series run in random order, so that a disturbance of the machine affects all of them equally.
 build/native/bin/bench_transfers --benchmark_enable_random_interleaving=true \
   --benchmark_repetitions=25 --benchmark_min_time=0.01 --benchmark_out_format=json \
   --benchmark_out="$transfers" >"$work/transfers.log" 2>&1 || {
@@ -72,7 +72,7 @@ echo "== measuring: the virtual camera, under Wine" >&2
 
 for part in transfers memory-program memory-dump dump waits; do
   echo "== measuring: the DLL's $part" >&2
-  # Wine's runtime ends lines as Windows does.
+  # Wine's runtime writes Windows line ends.
   "${wine[@]}" build/windows/test-programs/bench_library.exe "Z:${PWD//\//\\}\\build\\bench\\files" "$part" |
     tr -d '\r' >>"$rounds"
 done
@@ -83,7 +83,7 @@ for part in programming start; do
 done
 
 echo "== measuring: register maps" >&2
-# Exit code 1 is a missed target, which the table shows.
+# Exit code 1 means that a target was missed; the table shows it.
 build/native/bin/bench_maps >"$work/maps.txt" || [ $? -eq 1 ]
 
 echo "== counting: the transfers of the tool's commands" >&2

@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # Builds the named presets of CMakePresets.json (default: windows native) into build/PRESET and
-# first installs the packages that are missing. `windows` makes the products alone, into
-# build/windows/bin; `windows-tests` also the examples (example-programs) and tests (test-programs).
+# first installs missing packages. `windows` builds only the products, into build/windows/bin;
+# `windows-tests` also builds the examples (example-programs) and tests (test-programs).
 # Usage: build.sh [PRESET…]
 set -euo pipefail
 cd "$(dirname "$0")/.."

@@ -1,11 +1,11 @@
 #!/usr/bin/env python3
-"""Checks how the sources hang together: which folder may include which, no circles, no long files or
-functions, no two types of one name in a product. The rules are in structure_rules.py, what breaks them
-for now in structure_exceptions.txt.
+"""Checks the structure of the sources: allowed includes between folders, no circular includes, no long files or
+functions, no duplicate type names in a product. The rules are in structure_rules.py, current exceptions in
+structure_exceptions.txt.
 
 Usage: check_structure.py [ROOT]
-Prints each broken rule with its file and fails; ROOT is the tree, by default the one this script
-lies in. An exception that is no longer needed is an error too, so that the list only shrinks.
+Prints each violation with its file and fails. ROOT is the tree, by default the one that contains this script.
+An exception that is no longer needed is also an error, so that the list only shrinks.
 """
 import pathlib
 import posixpath
@@ -21,12 +21,12 @@ EXCEPTIONS = pathlib.PurePath("scripts/structure_exceptions.txt")
 CODE = (".c", ".cpp", ".h", ".hpp")
 SOURCES = CODE + (".py", ".sh", ".cmake", ".rc", ".in", ".def")
 INCLUDE = re.compile(r'^\s*#\s*include\s*(["<])([^">]+)[">]', re.MULTILINE)
-# The first part of an include that can only mean a file of ours.
+# The possible first parts of an include that refers to one of our files.
 OUR_NAMES = set(OUR_FOLDERS) | {room.split("/")[1] for room in ALLOWED if room.count("/") == 1}
 
 
 def our_files(root):
-    """Every source file of ours, as paths relative to `root`; seeds of the fuzzer are none."""
+    """All our source files, as paths relative to `root`. Seeds of the fuzzer are excluded."""
     found = []
     for folder in OUR_FOLDERS:
         for path in sorted((root / folder).rglob("*")):
@@ -37,14 +37,14 @@ def our_files(root):
 
 
 def resolve(known, includer, name, quoted):
-    """The files of ours that an include can mean; none when it is somebody else's.
+    """Our files that an include may refer to; none if it is not ours.
 
-    `known` are the names of all files. Several only for a test, whose list of folders is known to CMake
-    alone: the library and the tool may have files of the same name.
+    `known` contains the names of all files. There are several results only for a test, because only CMake knows
+    its include folders: the library and the tool may have files of the same name.
     """
     def ours(start):
         candidate = posixpath.normpath(posixpath.join(start, name))
-        # From a file that ends in .in CMake makes the one without.
+        # CMake generates a file from the one that ends in .in.
         return [file for file in (candidate, candidate + ".in") if file in known][:1]
 
     if quoted:
@@ -58,7 +58,7 @@ def resolve(known, includer, name, quoted):
 
 
 def include_graph(root, files):
-    """({file: [included files of ours]}, [complaints about includes that lead nowhere])."""
+    """({file: [included files of ours]}, [complaints about includes without a target])."""
     known = {path.as_posix(): path for path in files}
     graph = {}
     complaints = []
@@ -76,18 +76,18 @@ def include_graph(root, files):
 
 
 def room_of(path):
-    """The name of the room that a file lies in."""
+    """The name of the room that contains a file."""
     return path.parent.as_posix().removeprefix("tools/")
 
 
 def matches(room, patterns):
-    """Whether a room is one of those named; "x/*" names every room below x."""
+    """Whether a room is in `patterns`; "x/*" stands for every room below x."""
     return any(room == pattern or (pattern.endswith("/*") and room.startswith(pattern[:-1]))
                for pattern in patterns)
 
 
 def rule_of(room):
-    """The rooms that a room may include; None when it may not exist."""
+    """The rooms that a room may include; None if the room is not allowed."""
     if room in ALLOWED:
         return ALLOWED[room]
     for pattern, allowed in ALLOWED.items():
@@ -97,7 +97,7 @@ def rule_of(room):
 
 
 def check_rooms(graph, exceptions):
-    """Complaints about includes that run against the table of rooms."""
+    """Complaints about includes that the table of rooms does not allow."""
     complaints = []
     for path, targets in graph.items():
         room = room_of(path)
@@ -118,7 +118,7 @@ def check_rooms(graph, exceptions):
 
 
 def check_circles(graph):
-    """A complaint for each circle of includes that a walk meets."""
+    """A complaint for each circular include that is found."""
     complaints = []
     finished = set()
 
@@ -139,7 +139,7 @@ def check_circles(graph):
 
 
 def check_lengths(root, files, exceptions):
-    """Complaints about files and functions that are too long to keep in one's head."""
+    """Complaints about files and functions that are too long."""
     complaints = []
     for path in files:
         content = (root / path).read_bytes()
@@ -156,7 +156,7 @@ def check_lengths(root, files, exceptions):
 
 
 def check_types(root, files):
-    """Complaints about types of one name in two files of a product: the linker makes one of them."""
+    """Complaints about types with the same name in two files of a product: the linker merges them."""
     complaints = []
     for product in PRODUCTS:
         first = {}
@@ -172,7 +172,7 @@ def check_types(root, files):
 
 
 class Exceptions:
-    """What breaks a rule for now: `include FILE ROOM`, `file FILE LINES`, `function FILE NAME LINES`."""
+    """The current exceptions: `include FILE ROOM`, `file FILE LINES`, `function FILE NAME LINES`."""
 
     def __init__(self, path):
         self.limits = {}
@@ -187,13 +187,13 @@ class Exceptions:
         self.used = set()
 
     def allows(self, kind, file, name, number):
-        """Whether an exception is made, for up to this number of lines."""
+        """Whether there is an exception for up to this number of lines."""
         key = (kind, file, name)
         self.used.add(key)
         return number <= self.limits.get(key, 0)
 
     def complaints(self):
-        """A complaint for each exception that nothing needs."""
+        """A complaint for each exception that is not needed."""
         return [f"{EXCEPTIONS}: no longer needed, remove it: {' '.join(filter(None, key))}"
                 for key in sorted(set(self.limits) - self.used)]
 
@@ -214,7 +214,7 @@ def check(root):
 
 
 def main():
-    """Prints the complaints; exit code 1 when there are any."""
+    """Prints the complaints; exit code 1 if there are any."""
     if sys.argv[1:] in (["-h"], ["--help"]):
         print(__doc__)
         return

@@ -1,9 +1,9 @@
 #!/usr/bin/env python3
-"""Writes one list for CTest with the tests of several builds, and the checks of the whole tree.
+"""Writes one CTest list with the tests of several builds and the checks of the whole tree.
 
 Usage: collect_tests.py FOLDER PRESET…
-Test `name` of a preset becomes `preset/name`, with the preset as its label; format, lint, the short forms
-of the long tests and the demo join them, the demo after all others. FOLDER then serves `ctest --test-dir FOLDER`.
+Test `name` of a preset becomes `preset/name`, with the preset as its label. Format, lint, the short forms of the
+long tests and the demo are added; the demo runs last. Then run `ctest --test-dir FOLDER`.
 """
 import json
 import pathlib
@@ -14,14 +14,18 @@ ROOT = pathlib.Path(__file__).resolve().parent.parent
 # Name, command, time limit in seconds.
 CHECKS = [
     ("format", ["scripts/format.sh", "--check"], 120),
-    # Takes whatever the tests leave over: those that watch the clock must not notice it. The library
-    # alone: all of it takes as long as everything else together.
+    # Low priority, so that tests that measure time are not disturbed. Only the library, because linting
+    # everything takes as long as all other tests together.
     ("lint", ["nice", "-n", "19", "scripts/lint.sh", "--library"], 1800),
+<<<<<<< HEAD
     # One edit of ten rooms each, on the programs of the sanitized build.
+=======
+    # One edit for each room, tested with the programs of the sanitized build.
+>>>>>>> 8fd15bf197c1996dc8779df40fb6d0e90158a8a1
     ("mutants", ["scripts/mutate.sh", "--brief", "--preset", "native-sanitized"], 1800),
 ]
-# The long tests, as short as they go: that they still run. They share a Wine prefix.
-PYTHON = "/usr/bin/python3"  # Debian's own, whatever other one a machine has
+# The shortest form of the long tests, to check that they still run. They share a Wine prefix.
+PYTHON = "/usr/bin/python3"  # Debian's own Python; others may be installed, too
 BRIEF = [
     ("endure", ["scripts/endure.sh", "30"], 600),
     ("power_cuts", [PYTHON, "-B", "tests/reliability/power_cuts.py", "--count", "2"], 600),
@@ -29,21 +33,21 @@ BRIEF = [
      300),
 ]
 DEMO = ("demo", ["scripts/demo.sh"], 600)
-# What looks at the tree and the scripts themselves: no suite does without.
+# Checks of the tree and the scripts themselves. Every suite contains them.
 GUARDS = {"source_structure", "check_structure_test", "pe_file_test", "mutations_test", "scripts_test",
           "jobs_tests"}
-# Properties that name other tests or fixtures, which here carry the preset's name.
+# Properties that refer to other tests or fixtures. Here these names start with the preset's name.
 NAMING = {"DEPENDS", "FIXTURES_SETUP", "FIXTURES_CLEANUP", "FIXTURES_REQUIRED"}
 
 
 def quoted(text):
-    """`text` as a bracket argument, in which nothing is special to CMake."""
+    """`text` as a bracket argument for CMake, which needs no escaping."""
     marks = "=" * next(n for n in range(1, 100) if "]" + "=" * n + "]" not in text + "]")
     return f"[{marks}[{text}]{marks}]"
 
 
 def entry(name, command, properties):
-    """The CTest list's lines for one test."""
+    """The lines of the CTest list for one test."""
     lines = [f"add_test({quoted(name)} {' '.join(map(quoted, command))})"]
     settings = " ".join(f"{key} {quoted(value)}" for key, value in properties.items())
     lines.append(f"set_tests_properties({quoted(name)} PROPERTIES {settings})")
@@ -51,7 +55,7 @@ def entry(name, command, properties):
 
 
 def value_text(value):
-    """A property's value from CTest's JSON, as CMake writes it."""
+    """A property's value from CTest's JSON, in CMake's syntax."""
     if isinstance(value, bool):
         return "ON" if value else "OFF"
     if isinstance(value, list):
@@ -76,7 +80,7 @@ def tests_of(preset):
         labels = [preset] + [label for label in properties.get("LABELS", "").split(";") if label]
         properties["LABELS"] = ";".join(labels)
         if any("run_with_wine" in part for part in test["command"]):
-            # One prefix serves all Windows programs, so they take turns.
+            # All Windows programs share one prefix, so only one runs at a time.
             locks = set(filter(None, properties.get("RESOURCE_LOCK", "").split(";")))
             properties["RESOURCE_LOCK"] = ";".join(sorted(locks | {"wine"}))
         yield f"{preset}/{test['name']}", test["command"], properties
@@ -90,7 +94,7 @@ def main():
     names = []
     for name, command, limit in CHECKS:
         names.append(name)
-        # The cost makes them start first: the suite must not end with the longest.
+        # A high cost makes them start first, so that the suite does not end with the longest ones.
         lines += entry(name, command, {"WORKING_DIRECTORY": str(ROOT), "TIMEOUT": str(limit),
                                        "LABELS": "checks", "COST": "1000"})
     for name, command, limit in BRIEF if "windows" in sys.argv[2:] else []:

@@ -3,9 +3,9 @@
 # GCC's --coverage in build/coverage, runs them and prints lines and branches by room and file, and the
 # lines that no test reached. Fails if one of those is in src/ and not in scripts/unreached_lines.txt, which
 # gives the reasons, or if less than 95 % of the lines of src/ or 90 % of those of the tool or the camera are
-# reached. The sources for Windows alone are in no native build: they are listed with the tests under
+# reached. Sources that only Windows builds compile can't be measured: they are listed with the tests under
 # Wine that run them.
-# Usage: coverage.sh [--all-branches] (also prints the lines with a branch never taken)
+# Usage: coverage.sh [--all-branches] (also prints the lines with a branch that was never taken)
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
@@ -30,7 +30,7 @@ programs=(device_tests protocol_tests files_tests jobs_tests api_tests list_docu
   tool_flash_cut_test tool_flash_sequences_test)
 mkdir -p "$build"
 echo "== building the tests" >&2
-# Unoptimised: no line is merged with another. Atomic: jobs count on threads of their own.
+# No optimisation, so that lines are not merged. Atomic counters, because jobs run on other threads.
 flags="-O0 --coverage -fprofile-update=atomic"
 if ! { CCACHE_DISABLE=1 nice -n 19 cmake -S . -B "$build" -G Ninja -DCMAKE_BUILD_TYPE=Debug -DCMAKE_C_COMPILER=gcc \
   -DCMAKE_CXX_COMPILER=g++ "-DCMAKE_CXX_FLAGS_DEBUG=$flags" \

@@ -1,13 +1,13 @@
 #!/usr/bin/env bash
-# Shows the main job on a machine with Debian 12, without a camera and without Windows: builds
+# Demonstrates the main task on a machine with Debian 12, without a camera and without Windows: builds
 # everything, plugs in two virtual cameras, fills the flash of one with other bytes, programs a real
 # firmware image over them with borvanusb, reads it back and compares. Then it loads lists of settings
-# into sensor and chip and checks that they arrived. At last it does the same by name, with the profiles
-# of samples/profiles.
+# into sensor and chip and verifies them. Finally it does the same by name, with the profiles of
+# samples/profiles.
 # Usage: demo.sh [--large | --workbench]
 #   --large      programs an image of 3.5 MiB instead of one of 256 KiB
-#   --workbench  starts the workbench, a page in the browser, on the two cameras until Ctrl-C
-# Exits with 0 only if image and flash are identical and sensor and chip hold what the lists say.
+#   --workbench  starts the workbench, a page in the browser, with the two cameras until Ctrl-C
+# Exits with 0 only if image and flash are identical and sensor and chip have the values of the lists.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
@@ -62,7 +62,7 @@ is_installed() {
   [ "$(dpkg-query -W -f '${db:Status-Status}' "$1" 2>/dev/null)" = installed ]
 }
 
-# Without root nothing is installed; the line to run is shown instead.
+# Without root, nothing is installed; the command to run is shown instead.
 install_image() {
   if is_installed "$package"; then
     return
@@ -78,7 +78,7 @@ install_image() {
   } >"$folder/install.log" 2>&1 || fail "can't install $package, see $folder/install.log"
 }
 
-# What the demo is about to do, before it does anything that takes long.
+# Shows what the demo will do, before it starts anything that takes long.
 announce() {
   local missing build
   missing=$(scripts/packages.sh --missing)
@@ -97,7 +97,7 @@ announce() {
   echo "            settings loaded into sensor and chip; less than a minute after the build"
 }
 
-# Shows how far the build is: on a terminal ninja's status in one line, elsewhere a line for each stage
+# Shows the progress of the build: on a terminal, ninja's status in one line; elsewhere, a line for each stage
 # and for each quarter of the build. All output goes to the log.
 show_build() {
   local line width last=-1 done_steps total quarter
@@ -131,7 +131,7 @@ show_build() {
 
 with_cameras() { scripts/with_cameras.sh --config "$folder/cameras.json" "$@"; }
 
-# The tool; the command line is shown above its output.
+# Runs the tool and shows the command line above its output.
 borvanusb() {
   echo "\$ borvanusb $*"
   with_cameras borvanusb.exe "$@"
@@ -145,7 +145,7 @@ announce
 heading "1. Build the library, the tool and the virtual cameras"
 SECONDS=0
 : >"$folder/build.log"
-# With pipefail the build's own failure counts.
+# With pipefail, the exit code of the build is used.
 if ! scripts/build.sh windows 2>&1 | show_build; then
   tail -n 20 "$folder/build.log"
   fail "the build failed, see $folder/build.log"
@@ -153,7 +153,7 @@ fi
 if [ -n "$workbench" ]; then
   heading "2. The workbench on two virtual cameras with the profiles of samples/profiles"
   cp virtual_camera/configurations/demo.json "$folder/cameras.json"
-  # A folder as Windows programs name it.
+  # Converts a folder name for Windows programs.
   export BORVANUSB_PROFILES="Z:${PWD//\//\\}\\samples\\profiles"
   echo "Open the address in a browser on this machine. It works once; Ctrl-C ends the workbench."
   with_cameras borvanusb.exe workbench --no-browser --stay
@@ -162,7 +162,7 @@ fi
 install_image
 echo "done in $SECONDS s; the image is $image, $(stat -c %s "$image") bytes"
 
-# The demo uses its own copy of the two cameras, which records every transfer.
+# The demo uses its own copy of the two cameras, and records every transfer.
 jq '.cameras[].trace = "trace.jsonl"' virtual_camera/configurations/demo.json \
   >"$folder/cameras.json"
 
@@ -171,10 +171,10 @@ borvanusb list || fail "the cameras are not listed"
 borvanusb info --camera "$camera" || fail "the camera does not answer"
 
 heading "3. Fill the flash region with other bytes, so that a missing erase would show"
-cp "$image" "$firmware" # the tool keeps what it needs beside the image
+cp "$image" "$firmware" # the tool stores its files beside the image
 size=$(stat -c %s "$firmware")
 head -c "$size" /dev/urandom >"$folder/other.bin"
-# The size of a blank flash can't be found out, so it is given.
+# The size of a blank flash can't be detected, so it is given.
 program=(flash program --address "$address" --camera "$camera" --flash-size "$flash_size")
 borvanusb "${program[@]}" "$folder/other.bin" --no-backup ||
   fail "the other bytes can't be programmed"
@@ -186,8 +186,8 @@ borvanusb "${program[@]}" "$firmware" --backup "$backup" ||
 cmp "$folder/other.bin" "$backup" || fail "the backup does not hold the old bytes"
 
 heading "5. The transfers that the camera received meanwhile"
-# Each transfer in words comes first, hundreds of thousands of lines with --large; the table is last,
-# behind an empty line.
+# The list of transfers comes first, hundreds of thousands of lines with --large. The table follows after an
+# empty line.
 with_cameras virtual-camera.exe trace "$trace" >"$folder/trace.txt" ||
   fail "the trace can't be read"
 tail -n 100 "$folder/trace.txt" | tr -d '\r' |
@@ -203,11 +203,11 @@ cat "$text_dump"
 cmp "$image" "$dump" || fail "image and flash differ"
 
 heading "7. Load settings into the sensor from the list $sensor_list"
-# Without power the camera forgets what a former run left in it.
+# A camera without power forgets the state of an earlier run.
 with_cameras virtual-camera.exe power-cycle "$camera" || fail "the power cycle failed"
 borvanusb i2c load "$sensor_list" --verify --camera "$camera" || fail "the list can't be loaded"
-# The list's registers as the tool shows them, without the two lines that choose the sensor; and a
-# script that reads each of them.
+# The list's registers as the tool prints them, without the two lines that select the sensor; and a script
+# that reads each of them.
 sed -nE 's/^(0x[0-9a-f]{4}),(0x[0-9a-f]{2}),.*/\1  \2/p' "$sensor_list" | grep -v '^0xfff' \
   >"$folder/wanted.txt"
 awk -v sensor="$sensor" '{ print "i2c read", $1, "--slave", sensor }' "$folder/wanted.txt" \
@@ -224,7 +224,7 @@ borvanusb reg load "$chip_list" --verify --markers delays --camera "$camera" ||
 borvanusb reg diff "$chip_list" camera --camera "$camera" || fail "the chip does not hold the list"
 
 heading "9. The same by name: each camera finds its profile in samples/profiles"
-# A folder as Windows programs name it.
+# Converts a folder name for Windows programs.
 export BORVANUSB_PROFILES="Z:${PWD//\//\\}\\samples\\profiles"
 borvanusb profile list || fail "the profiles can't be listed"
 borvanusb preset apply night --verify --camera 0 || fail "the preset can't be applied"

@@ -1,8 +1,8 @@
 #!/usr/bin/env bash
 # Builds the documentation as an HTML site that opens from a folder: the pages of docs/, the reference of the
-# public headers, and a search over both. Fails when a name in the headers is not described or a link leads
-# nowhere.
-# Usage: docs.sh [FOLDER]; FOLDER (build/docs) is made anew.
+# public headers, and a search over both. Fails if a name in the headers is not documented or a link is
+# broken.
+# Usage: docs.sh [FOLDER]; replaces the content of FOLDER (default: build/docs).
 set -euo pipefail
 cd "$(dirname "$0")/.."
 

@@ -1,11 +1,11 @@
 #!/usr/bin/env bash
 # The long form of the reliability tests: ROUNDS (10,000) of start, use and end, and a fifth as many of
-# lifetimes and races, each with dozens of calls. Builds the preset (default: windows) as far as they
-# need it. CTest runs the short form.
+# lifetimes and races, each with dozens of calls. Builds the required targets of the preset (default:
+# windows). CTest runs the short form.
 #
 #   endure.sh [ROUNDS [PRESET]]
 #
-# BORVAN_SEED, a number, gives other rounds than the usual ones. Takes half an hour.
+# BORVAN_SEED, a number, selects other random rounds than the default. Takes half an hour.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
@@ -22,8 +22,8 @@ fi
 
 cmake --preset "$preset" >/dev/null
 cmake --build --preset "$preset" --target reliability_test
-# Each in a process of its own: a job of one would keep the library loaded for the next, and what
-# one keeps on purpose would count in the other.
+# A separate process for each: otherwise a job of one would keep the library loaded for the next, and memory
+# that one keeps on purpose would be counted for the other.
 run() {
   BORVAN_ROUNDS=$1 scripts/run_with_wine.sh "build/$preset/test-programs/reliability_test.exe" --gtest_filter="$2"
 }

@@ -1,4 +1,4 @@
-"""The list of edits that change nothing anyone can see: equivalent_mutants.txt."""
+"""The list of edits without an observable effect: equivalent_mutants.txt."""
 import pathlib
 
 import reasons
@@ -8,20 +8,20 @@ LIST = ROOT / "scripts" / "equivalent_mutants.txt"
 
 
 def lines_of(name):
-    """The lines of a file with something in them, blanks squeezed."""
+    """The non-empty lines of a file, with blanks squeezed."""
     path = ROOT / name
     text = path.read_text("utf-8") if path.exists() else ""
     return [" ".join(line.split()) for line in text.splitlines() if line.strip()]
 
 
 class Equivalents:
-    """The list, asked edit by edit."""
+    """The list, with queries for single edits."""
 
     def __init__(self):
         self.entries = reasons.entries_of(LIST, ("file", "was", "now", "why"), ("below", "above"))
 
     def reason(self, edit):
-        """Why nobody can see an edit; None for an edit that is not listed."""
+        """Why an edit has no observable effect; None if it is not in the list."""
         for entry in self.entries:
             if (entry["file"], entry["was"], entry["now"]) == \
                     (str(edit.path.relative_to(ROOT)), edit.was, edit.now) \
@@ -31,7 +31,7 @@ class Equivalents:
         return None
 
     def complaints(self):
-        """A line for each entry whose line its file has no more, or several times."""
+        """A line for each entry whose line is missing in its file or occurs several times."""
         for entry in self.entries:
             lines = lines_of(entry["file"])
             if entry["was"] not in " ".join(lines):

@@ -1,10 +1,10 @@
 #!/usr/bin/env python3
-"""Fetches packages of npm in the versions that a package-lock.json names, for tests of the bindings.
+"""Fetches npm packages in the versions of a package-lock.json, for the workbench's page and the bindings.
 
 Usage: fetch_npm.py LOCK FOLDER PACKAGE...
-Downloads are kept in build/downloads/npm, so a second run needs no network. Each is compared with the
-checksum in LOCK. The packages are unpacked into FOLDER/node_modules; no script of a package runs. npm
-itself would refuse those that are for Windows.
+Downloads are stored in build/downloads/npm, so a second run needs no network. Their checksums must equal those
+in LOCK. The packages are unpacked into FOLDER/node_modules; no script of a package is run. npm itself is not
+used, because it would reject packages for Windows.
 """
 import base64
 import hashlib
@@ -20,7 +20,7 @@ DOWNLOADS = ROOT / "build" / "downloads" / "npm"
 
 
 def is_whole(archive, integrity):
-    """Whether an archive is there and has the checksum of the lock file."""
+    """Whether an archive exists and has the checksum of the lock file."""
     algorithm, expected = integrity.split("-", 1)
     if not archive.is_file():
         return False
@@ -29,7 +29,7 @@ def is_whole(archive, integrity):
 
 
 def download(name, version, integrity):
-    """The archive of a package, downloaded if it is not there."""
+    """The archive of a package. It is downloaded if it does not exist."""
     archive = DOWNLOADS / f"{name.lstrip('@').replace('/', '-')}-{version}.tgz"
     if is_whole(archive, integrity):
         return archive
@@ -43,7 +43,7 @@ def download(name, version, integrity):
 
 
 def unpack(archive, folder):
-    """Unpacks an archive in place of what the folder held, unless it came from this archive."""
+    """Unpacks an archive and replaces the content of the folder, unless it came from this archive."""
     mark = folder / ".archive"
     if mark.is_file() and mark.read_text(encoding="utf-8") == archive.name:
         return
@@ -62,7 +62,7 @@ def unpack(archive, folder):
 
 
 def main():
-    """Fetches what the command line names."""
+    """Fetches the packages on the command line."""
     if len(sys.argv) < 4 or sys.argv[1] in ("-h", "--help"):
         sys.exit(__doc__)
     lock_file, folder, names = pathlib.Path(sys.argv[1]), pathlib.Path(sys.argv[2]), sys.argv[3:]

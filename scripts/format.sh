@@ -13,7 +13,7 @@ case "${1:-}" in
     ;;
 esac
 
-# Another version breaks lines elsewhere.
+# Other versions format differently.
 formatter=clang-format-14
 if ! command -v "$formatter" >/dev/null; then
   echo "format.sh: $formatter is missing: run scripts/packages.sh" >&2

@@ -1,7 +1,7 @@
-"""How long the functions of a source file are, in lines, from the first of the declaration to the last brace.
+"""Finds the length of functions in lines, from the first line of the declaration to the closing brace.
 
-C and C++ are taken apart by their brackets: what stands in braces behind a parameter list is a
-function's body. A function inside another, a lambda for one, counts as a part of it.
+C and C++ are split by brackets: braces after a parameter list are a function's body. A function inside another
+one, such as a lambda, is counted as a part of it.
 """
 import ast
 import collections
@@ -9,7 +9,7 @@ import re
 
 Function = collections.namedtuple("Function", "name line lines")
 
-# Texts, comments and lines of the preprocessor; a line of the latter may go on behind a backslash.
+# Strings, comments and preprocessor lines, which may continue after a backslash.
 OPAQUE = re.compile(r"""
     //[^\n]* | /\*.*?\*/
   | (?:u8|[uUL])?R"(?P<mark>[^\s()\\]{0,16})\(.*?\)(?P=mark)"
@@ -18,12 +18,12 @@ OPAQUE = re.compile(r"""
 """, re.VERBOSE | re.DOTALL | re.MULTILINE)
 TOKEN = re.compile(r"[A-Za-z_]\w*|::|->|[^\s\w]|\d[\w.']*")
 PAIRS = {"(": ")", "{": "}", "[": "]"}
-# A declaration with one of these holds others in its braces.
+# A declaration with one of these words contains other declarations in its braces.
 SCOPES = {"namespace", "class", "struct", "union", "extern"}
 
 
 def blanked(text):
-    """The text with blanks for all that is no code, its lines kept."""
+    """The text with everything except code replaced by blanks. Line breaks are kept."""
     def blank(match):
         word = "0" if match.group().lstrip("u8ULR")[:1] in ("'", '"') else ""
         return word + re.sub(r"[^\n]", " ", match.group())[len(word):]
@@ -31,7 +31,7 @@ def blanked(text):
 
 
 def closings(words):
-    """{index of an opening bracket: index of the one that closes it}."""
+    """{index of an opening bracket: index of its closing bracket}."""
     found = {}
     waiting = []
     for index, (word, _) in enumerate(words):
@@ -43,7 +43,8 @@ def closings(words):
 
 
 def is_scope(head):
-    """Whether a brace behind these words of a declaration, brackets' contents left out, holds others."""
+    """Whether a brace after these words of a declaration (without brackets' contents) contains other
+    declarations."""
     if "(" not in head:
         return bool(SCOPES & set(head))
     at = next((index for index, word in enumerate(head) if word in SCOPES), len(head))
@@ -51,17 +52,17 @@ def is_scope(head):
 
 
 def is_body(head):
-    """Whether a brace behind such words opens a function's body."""
+    """Whether a brace after these words starts a function's body."""
     if "(" not in head:
         return False
     if ":" not in head:
         return "=" not in head or "operator" in head
-    # Behind a constructor's colon a member's name has braces of its own.
+    # After a constructor's colon, a member's name may have its own braces.
     return head[-1] in (")", "}")
 
 
 def name_of(words, head, body):
-    """A function's name for people; for a test, Suite.Name."""
+    """A function's name for messages; for a test, Suite.Name."""
     at = head.index("(")
     if head[0].startswith("TEST"):
         opening = body
@@ -79,7 +80,7 @@ def name_of(words, head, body):
 
 
 def split_in_words(code):
-    """(word, line) of each word and sign."""
+    """(word, line) of each word and each other character."""
     words = []
     line = 1
     for match in re.finditer(rf"(?P<end>\n)|{TOKEN.pattern}", code):
@@ -95,7 +96,7 @@ def cpp_functions(text):
     words = split_in_words(blanked(text))
     close = closings(words)
     functions = []
-    head = []  # the words of the declaration so far
+    head = []  # words of the current declaration so far
     start = 0
     at = 0
     while at < len(words):
@@ -119,14 +120,14 @@ def cpp_functions(text):
 
 
 def python_functions(text):
-    """The functions of a Python source, decorators not counted."""
+    """The functions of a Python source. Decorators are not counted."""
     return [Function(node.name, node.lineno, node.end_lineno - node.lineno + 1)
             for node in ast.walk(ast.parse(text))
             if isinstance(node, (ast.FunctionDef, ast.AsyncFunctionDef))]
 
 
 def functions_of(path, text):
-    """The functions of a source file; none of one in another language."""
+    """The functions of a source file; none for other languages."""
     if path.suffix == ".py":
         return python_functions(text)
     if path.suffix in (".c", ".cpp", ".h", ".hpp"):

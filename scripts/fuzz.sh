@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # Fuzzes the library, the virtual camera and the tool (preset native-fuzz): builds the targets, runs
-# each for some seconds from its seeds in fuzz/corpus, keeps what it finds in build/fuzz, and prints a
-# table. With --replay it runs the seeds alone, once. Fails when a target fails and says how to run the
+# each for some seconds from its seeds in fuzz/corpus, stores new inputs in build/fuzz, and prints a
+# table. With --replay it runs only the seeds, once. Fails if a target fails, and prints how to run the
 # input again. Usage: fuzz.sh [--seconds N] [--replay] [TARGET…]
 set -euo pipefail
 cd "$(dirname "$0")/.."
@@ -50,17 +50,17 @@ if ! { cmake --preset native-fuzz &&
   exit 1
 fi
 
-# Files that a target makes; a target that is killed leaves them.
+# Removes files that a target creates; a killed target leaves them behind.
 TMPDIR=$(mktemp -d)
 export TMPDIR
 trap 'rm -rf "$TMPDIR"' EXIT
 
-# The last number behind a word in a target's log.
+# Prints the last number after a word in a target's log.
 figure() {
   grep -oE "$1 *[0-9]+" "$2" | tail -n 1 | grep -oE '[0-9]+$' || echo 0
 }
 
-# Prints one line of the table; false when the target failed.
+# Runs a target and prints its line of the table. Fails if the target failed.
 run() {
   local target=$1 program=build/native-fuzz/bin/fuzz_$1 log=$work/$1.log result=ok
   local found=$work/$1 limits=(-rss_limit_mb=2048 -timeout=10) kept
@@ -70,7 +70,7 @@ run() {
   if [ -n "$replay" ]; then
     "$program" "${limits[@]}" -runs=0 -print_final_stats=1 "fuzz/corpus/$target" >"$log" 2>&1 || result=FAILED
   else
-    # Leaks are looked for at the end: to look after each input takes most of the time.
+    # Leaks are only detected at the end. A check after each input would take most of the time.
     "$program" "${limits[@]}" -max_total_time="$seconds" -detect_leaks=0 -print_final_stats=1 \
       "$found" "fuzz/corpus/$target" >"$log" 2>&1 || result=FAILED
   fi

@@ -1,9 +1,9 @@
 #!/usr/bin/env bash
 # Static analysis: shellcheck over the shell scripts, pylint over those in
-# Python, clang-tidy over the C and C++ files of all builds. Files found clean are remembered by content
-# in build/lint-cache, so a second run looks only at what changed.
-# Usage: lint.sh [--library | --tests | FILE…] (clang-tidy over the library and its examples alone, over
-# tests, benchmarks and fuzz targets too, or over these files only)
+# Python, clang-tidy over the C and C++ files of all builds. Clean files are stored by content in
+# build/lint-cache, so a second run only checks what changed.
+# Usage: lint.sh [--library | --tests | FILE…] (clang-tidy over only the library and its examples, also over
+# tests, benchmarks and fuzz targets, or over only these files)
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
@@ -19,7 +19,7 @@ if [ $# -eq 0 ] || [ "$1" = --tests ] || [ "$1" = --library ]; then
   shellcheck "${scripts[@]}" || failed=1
   git ls-files -z --cached --others --exclude-standard '*.py' | xargs -0 pylint --jobs 0 || failed=1
 fi
-# How sources are compiled is all that is asked of the builds; they need not be made.
+# Only the compile commands of the builds are needed, so they need not be built.
 for preset in native native-fuzz windows; do
   cmake --preset "$preset" >/dev/null || exit 1
 done

@@ -1,14 +1,13 @@
 #!/usr/bin/env python3
-"""Runs clang-tidy over the sources that the builds compile, several at a time; see lint.sh.
+"""Runs clang-tidy in parallel over the sources that the builds compile; see lint.sh.
 
 Usage: lint_sources.py [--library | --tests | FILE…]
-Without arguments what is handed out; with --library the library and its examples alone; with --tests
-the tests, benchmarks and fuzz targets too: they take as long as all others together, and the compilers'
-warnings and the sanitizers see them in any case. A source that no build compiles is an error.
-Sources of the native build are looked at as compiled there, the fuzz targets as in native-fuzz, the
-others (COM, Win32) as compiled by the windows build, with the cross toolchain's headers. A source found
-clean is not looked at again until it, a header of ours that it reaches, its command, the rules or the
-tool change.
+Without arguments, checks the sources of the products; with --library, only the library and its examples; with
+--tests, also tests, benchmarks and fuzz targets. These take as long as all others together, and are checked by
+compiler warnings and sanitizers in any case. A source that no build compiles is an error.
+Sources of the native build are checked as compiled there, fuzz targets as in native-fuzz, all others (COM,
+Win32) as compiled by the windows build, with the headers of the cross toolchain. A clean source is checked again
+only if it, one of our headers that it includes, its compile command, the rules or the tool change.
 """
 import concurrent.futures
 import hashlib
@@ -28,9 +27,9 @@ TIDY = "clang-tidy-14"
 PRECOMPILED = re.compile(r" -Winvalid-pch(?: -Xclang)?(?: -include(?:-pch)?| -Xclang| \S+cmake_pch\.\S+)*"
                          r"| -Xclang -fno-pch-timestamp| -fpch-preprocess")
 SOURCE_FOLDERS = ("include", "src", "virtual_camera", "tools", "examples", "bindings", "tests", "bench", "fuzz")
-# The path-sensitive analysis at full depth doubles the time for every source.
+# The full path-sensitive analysis takes twice the time for every source.
 UNSHIPPED = ("tests", "bench", "fuzz")
-# What CMake's list of commands lacks, because a rule of its own compiles it.
+# Sources that are missing in CMake's compile commands, because a custom rule compiles them.
 BY_HAND = {
     "tests/hosts/microsoft/microsoft_host.c":
         "clang-14 --target=x86_64-pc-windows-msvc -std=c11 -nostdlibinc"
@@ -42,12 +41,12 @@ CROSS_COMPILER = "x86_64-w64-mingw32-g++-posix"
 
 
 def output_of(*command):
-    """What a command prints, without the last line break."""
+    """The output of a command, without the last line break."""
     return subprocess.run(command, check=True, text=True, stdout=subprocess.PIPE).stdout.strip()
 
 
 def cross_arguments():
-    """Makes clang read the cross toolchain's headers, and none of the build machine."""
+    """Makes clang use the headers of the cross toolchain instead of those of the build machine."""
     library = pathlib.Path(output_of(CROSS_COMPILER, "-print-libgcc-file-name")).parent
     standard = library / "include" / "c++"
     folders = [standard, standard / "x86_64-w64-mingw32", standard / "backward",
@@ -65,13 +64,13 @@ def compiled_sources(preset):
     if not database.is_file():
         sys.exit(f"lint_sources.py: {database.relative_to(ROOT)} is missing: "
                  f"run scripts/build.sh {preset} first")
-    # One compiler's precompiled headers are nothing to another.
+    # Other compilers can't use GCC's precompiled headers.
     entries = json.loads(PRECOMPILED.sub("", database.read_text(encoding="utf-8")))
     return listed(preset, entries)
 
 
 def listed(preset, entries):
-    """Writes the list of commands that clang-tidy reads for these; {source of ours: its command}."""
+    """Writes the compile commands for clang-tidy. Returns {source of ours: its command}."""
     cleaned = CACHE / preset / "compile_commands.json"
     cleaned.parent.mkdir(parents=True, exist_ok=True)
     cleaned.write_text(json.dumps(entries), encoding="utf-8")
@@ -86,7 +85,7 @@ def listed(preset, entries):
 
 
 def jobs_of_all_builds():
-    """(source, build, command, arguments before it) of everything that is compiled."""
+    """(source, build, command, additional first arguments) for everything that is compiled."""
     jobs = {}
     for preset, extra in (("native", []), ("native-fuzz", []), ("windows", cross_arguments())):
         for source, command in compiled_sources(preset).items():
@@ -96,7 +95,7 @@ def jobs_of_all_builds():
     for source, command in listed("by-hand", by_hand).items():
         jobs.setdefault(source, (source, "by-hand", command, []))
     for path in check_structure.our_files(ROOT):
-        # Built by their test alone, and by builds without the workbench.
+        # Compiled only by their own test, or only by builds without the workbench.
         is_elsewhere = path.is_relative_to("tests/package/stranger") or path.name == "no_workbench.cpp"
         if path.suffix in (".c", ".cpp") and path not in jobs and not is_elsewhere:
             sys.exit(f"lint_sources.py: {path}: no build compiles it")
@@ -104,7 +103,7 @@ def jobs_of_all_builds():
 
 
 class Linter:
-    """Looks at one source after another; knows what was clean before."""
+    """Checks single sources, and remembers which ones were clean."""
 
     def __init__(self):
         files = check_structure.our_files(ROOT)
@@ -115,7 +114,7 @@ class Linter:
         self.print_lock = threading.Lock()
 
     def reached(self, source):
-        """`source` and every file of ours that it includes, directly or not."""
+        """`source` and all our files that it includes, directly or indirectly."""
         found = {source}
         waiting = [source]
         while waiting:
@@ -126,7 +125,7 @@ class Linter:
         return sorted(found)
 
     def key(self, source, command, extra):
-        """Names everything that the answer depends on."""
+        """A key that depends on everything that affects the result."""
         digest = hashlib.sha256()
         for part in [self.tool, command, *extra, *QUICK_ANALYSIS]:
             digest.update(part.encode() + b"\0")
@@ -135,7 +134,7 @@ class Linter:
         return digest.hexdigest()
 
     def look_at(self, job):
-        """True when the source is clean; else prints what was found."""
+        """Returns True if the source is clean; otherwise prints the findings."""
         source, preset, command, extra = job
         clean = CACHE / self.key(source, command, extra)
         if clean.exists():
@@ -144,7 +143,8 @@ class Linter:
         run = subprocess.run(
             [TIDY, "--quiet", "-p", str(CACHE / preset), *arguments,
              "--extra-arg=-Wno-unknown-warning-option",
-             # Windows' headers say of methods that they throw nothing; only Clang minds who overrides.
+             # Headers of Windows declare methods with an empty exception specification; only Clang warns
+             # about overrides without it.
              "--extra-arg=-Wno-microsoft-exception-spec",
              *(f"--extra-arg={argument}" for argument in QUICK_ANALYSIS), str(ROOT / source)],
             check=False, text=True, stdout=subprocess.PIPE, stderr=subprocess.STDOUT)
@@ -157,7 +157,7 @@ class Linter:
 
 
 def main():
-    """Collects the sources, looks at each, says how many were not clean."""
+    """Collects and checks the sources, and prints how many are not clean."""
     CACHE.mkdir(parents=True, exist_ok=True)
     jobs = jobs_of_all_builds()
     if len(sys.argv) == 1:
@@ -170,8 +170,8 @@ def main():
     if not jobs:
         sys.exit("lint_sources.py: no build compiles such a source")
     linter = Linter()
-    # clang-tidy is a process of its own, so threads suffice to keep the cores busy. The long ones
-    # first: those read Windows' headers.
+    # clang-tidy runs in separate processes, so threads are enough to use all cores. The longest ones, which
+    # read Windows' headers, come first.
     with concurrent.futures.ThreadPoolExecutor(os.cpu_count()) as pool:
         results = list(pool.map(linter.look_at, reversed(jobs)))
     dirty = results.count(False)

@@ -10,6 +10,7 @@ if [ $# -ne 1 ] || [ "$1" = -h ] || [ "$1" = --help ]; then
 fi
 echo
 echo "Where the time of the tests went (seconds):"
-# awk reads to the end: a sort whose reader leaves early fails, and the suite with it.
+# awk reads all input. With head, sort would fail because its reader has closed the pipe, and so would the
+# suite.
 sed '/^---/,$d' "$1/Testing/Temporary/CTestCostData.txt" | sort -k3,3nr |
   awk 'NR <= 12 { printf "  %-52s %6.1f\n", $1, $3 }'

@@ -1,4 +1,4 @@
-"""Tries small edits of the products against the native tests; see mutate.sh.
+"""Mutation tests: applies small edits to the products and runs the native tests; see mutate.sh.
 
 Usage: mutate.py BUILD_FOLDER PROGRAM… -- [options of mutate.sh]
 """
@@ -21,8 +21,9 @@ from mutation_results import BRIEF_RESULTS, RESULTS, Record, report
 
 MEASURED = ROOT / "build" / "mutation" / "measured.json"
 WORK = ROOT / "build" / "mutation" / "work"
-SLOW = 500  # milliseconds: such tests come when no other fails
-# The programs that know a room best, first; the others follow. The rooms are these.
+SLOW = 500  # milliseconds; slower tests run only if no other test fails
+# For each room, the programs that test it best; they run first, the others follow. Only these rooms are
+# edited.
 LIKELY = {
     "src/api": ["api_tests", "jobs_tests"],
     "src/base": ["files_tests", "protocol_tests"],
@@ -50,16 +51,20 @@ LIKELY = {
                             "tool_workbench_server_test"],
     "virtual_camera/core": ["virtual_camera_core_test"],
 }
+<<<<<<< HEAD
 # One edit of each of these is the brief form: their programs run in seconds.
 BRIEF = {"src/device", "src/jobs", "src/protocol", "borvanusb/i2c", "borvanusb/maps",
          "borvanusb/names", "borvanusb/output", "borvanusb/profile", "borvanusb/registers",
          "borvanusb/workbench"}
+=======
+BRIEF = 1  # edits for each room
+>>>>>>> 8fd15bf197c1996dc8779df40fb6d0e90158a8a1
 
 Candidate = collections.namedtuple("Candidate", "room path line mutant was now below above id")
 
 
 def digest_of(text):
-    """A short name for a text."""
+    """A short hash of a text."""
     return hashlib.sha256(text.encode()).hexdigest()[:16]
 
 
@@ -84,7 +89,7 @@ def parsed(arguments):
 
 
 def sources(options, build):
-    """The files to edit, and those that only a build for Windows compiles."""
+    """The files to edit, and the files that only Windows builds compile."""
     wanted = [(ROOT / name).resolve() for name in options.files]
     known = sorted(path for folder in ARCHIVES for path in folder.rglob("*")
                    if path.suffix in (".cpp", ".h"))
@@ -116,17 +121,17 @@ def candidates_of(path):
 
 
 def drawn(paths, seed):
-    """The edits in the order in which they are tried: the rooms take turns."""
+    """The edits in the order of the trials, alternating between the rooms."""
     rooms = []
     for room in LIKELY:
         edits = [edit for path in paths if room_of(path) == room for edit in candidates_of(path)]
-        # Not shuffled: an edit keeps its place when others come or go.
+        # Sorted by hash instead of shuffled, so that the order is stable when edits are added or removed.
         rooms.append(sorted(edits, key=lambda edit: digest_of(f"{seed} {edit.id}")))
     return [edit for turn in itertools.zip_longest(*rooms) for edit in turn if edit]
 
 
 def state_of(*folders):
-    """Tells one state of folders from another."""
+    """A hash of the content of folders."""
     digest = hashlib.sha256()
     for path in sorted(path for folder in folders for path in (ROOT / folder).rglob("*")):
         if path.suffix in (".cpp", ".h"):
@@ -135,14 +140,14 @@ def state_of(*folders):
 
 
 class Trial:
-    """Tries edits; one object serves all threads."""
+    """Tries edits. All threads share one object."""
 
     def __init__(self, build, programs, state, brief):
         self.build = build
         self.programs = programs
-        self.brief = brief  # only the programs that know a room best
+        self.brief = brief  # use only the programs that test a room best
         self.state = state
-        self.turns = {}  # of a program: a filter for its tests, and their limit; slow ones apart
+        self.turns = {}  # for each program: test filters with their time limits; slow tests have their own
         self.measuring = threading.Lock()
         if MEASURED.exists():
             former = json.loads(MEASURED.read_text("utf-8"))
@@ -150,7 +155,8 @@ class Trial:
                 self.turns = former["turns"]
 
     def turns_of(self, program):
-        """Runs a program's tests without any edit, which they must pass; once for each state."""
+        """Runs a program's tests without an edit, which must pass. Done once for each state of the
+        sources."""
         with self.measuring:
             if program in self.turns:
                 return self.turns[program]
@@ -160,7 +166,7 @@ class Trial:
                 print(f"mutate.sh: {program} fails without any edit, in {outcome.test}", flush=True)
                 os._exit(1)  # pylint: disable=protected-access
             print(f"{program}: {outcome.seconds:.1f} s", file=sys.stderr, flush=True)
-            # Other work on the machine stretches wall time more than processor time.
+            # Other work on the machine affects wall time more than processor time.
             slow = [(test, time) for test, time in outcome.times if time > SLOW]
             rest = sum(time for _, time in outcome.times) - sum(time for _, time in slow)
             names = ":".join(test for test, _ in slow)
@@ -172,11 +178,12 @@ class Trial:
 
     @staticmethod
     def _limit(milliseconds):
-        """Processor and wall seconds; other work on the machine stretches the latter more."""
+        """Limits in seconds: processor and wall time. Other work on the machine affects the latter more."""
         return math.ceil(3 + milliseconds / 250), 60 + milliseconds / 50
 
     def judge(self, edit, slow):
-        """(state, who told): killed, survived or invalid, by the fast tests or by the slow ones."""
+        """(state, test that failed). The state is killed, survived or invalid. Uses the fast or the slow
+        tests."""
         work = WORK / str(threading.get_ident())
         text = edit.path.read_text("utf-8")
         try:
@@ -205,7 +212,7 @@ class Trial:
         return "survived", None
 
     def _run(self, executable, work, limit, tests):
-        """A failure counts when it comes again: a test that was unlucky once kills nothing."""
+        """Runs the tests. A failure only counts if it occurs twice, so a flaky test kills nothing."""
         outcome = self.build.run_program(executable, work, limit, tests)
         if outcome.state != "failed":
             return outcome
@@ -243,7 +250,8 @@ def tried(edits, count, trial, record, jobs):
 
 
 def tried_slowly(edits, trial, record, equivalents, jobs):
-    """Tries with the slow tests what the fast ones let pass and no reason excuses."""
+    """Tries the slow tests on edits that survived the fast ones and are not in the list of equivalent
+    mutants."""
     left = [edit for edit in edits if record.found[edit.id]["state"] == "survived"
             and not record.found[edit.id].get("slow") and not equivalents.reason(edit)]
     with concurrent.futures.ThreadPoolExecutor(jobs) as pool:
@@ -253,7 +261,7 @@ def tried_slowly(edits, trial, record, equivalents, jobs):
 
 
 def main():
-    """Tries the edits and prints what came of it."""
+    """Tries the edits and prints the result."""
     separator = sys.argv.index("--")
     folder, *programs = sys.argv[1:separator]
     options = parsed(sys.argv[separator + 1:])
@@ -262,7 +270,7 @@ def main():
     if options.brief:
         paths = [path for path in paths if room_of(path) in BRIEF]
     edits = drawn(paths, options.seed)
-    # Other tests may tell what these let pass, so it is tried again with them.
+    # When tests change, they may detect edits that survived, so these are tried again.
     digest = state_of("tests")
     results = BRIEF_RESULTS if options.brief else RESULTS
     if options.fresh:
@@ -272,14 +280,19 @@ def main():
     trial = Trial(build, programs, folder + state_of("src", "tools", "virtual_camera", "tests"),
                   options.brief)
     if options.brief:
+<<<<<<< HEAD
         # One edit of each room is in front of the list.
         options.count = len({edit.room for edit in edits})
+=======
+        # The list starts with the same number of edits for each room.
+        options.count = BRIEF * len({edit.room for edit in edits})
+>>>>>>> 8fd15bf197c1996dc8779df40fb6d0e90158a8a1
     edits = tried(edits, options.count, trial, record, options.jobs)
     if not options.brief:
         tried_slowly(edits, trial, record, equivalents, options.jobs)
     let_pass = report(edits, record, equivalents, windows_only)
-    # The few edits of the brief form are others after each change of the sources, so that a single one
-    # that passes says little: it shows that the tests notice most.
+    # The brief form tries only a few edits, and others after each change of the sources. A single surviving
+    # edit means little, so it only fails if many survive.
     return 1 if let_pass > (len(edits) // 4 if options.brief else 0) else 0
 
 

@@ -1,22 +1,28 @@
 #!/usr/bin/env bash
 # Mutation tests: changes one operator, constant or statement of the library, the tool or the virtual
 # camera at a time, builds it and runs the native tests, which should fail. Prints each mutant that
-# survives; fails if one of them is not in scripts/equivalent_mutants.txt, the list of mutants that change
-# nothing observable. The tree itself is never changed: the work is done in build/mutation, where a
-# stopped run continues. Sources for Windows only are skipped, and headers too unless --headers is given:
-# each edit of a header builds every test that includes it.
+# survives; fails if one of them is not in scripts/equivalent_mutants.txt, the list of mutants without an
+# observable effect. The tree itself is never changed: the work is done in build/mutation, and a stopped run
+# can be continued. Sources for Windows only are skipped, and headers too unless --headers is given,
+# because an edit of a header rebuilds every test that includes it.
 # Usage: mutate.sh [--count N] [--seed S] [--room ROOM]… [--jobs N] [--headers] [--fresh] [--brief]
 #                  [--preset PRESET] [FILE…]
-#   --count N   as many edits that compile (300; 0: all), taken in turns from the rooms
-#   --seed S    which ones (1)
-#   --room R    only this folder, src/files or borvanusb/flash/engine for one; src/*, borvanusb/* and
+#   --count N   number of edits that compile (300; 0: all), taken in turns from the rooms
+#   --seed S    selects the edits (1)
+#   --room R    only this folder, such as src/files or borvanusb/flash/engine; src/*, borvanusb/* and
 #               virtual_camera/* are those of a product; may be given several times
-#   --jobs N    so many at a time (as many as there are processors)
-#   --headers   headers too
+#   --jobs N    number of edits to try in parallel (number of processors)
+#   --headers   also edits headers
 #   --fresh     ignores the results of earlier runs
+<<<<<<< HEAD
 #   --brief     one edit of some rooms each, with the programs that test them and without slow tests;
 #               fails if more than a quarter survives
 #   --preset P  with this native build's programs (native-quick)
+=======
+#   --brief     one edit of each room, with the programs that test it and without slow tests; fails if
+#               more than a quarter survives
+#   --preset P  uses the programs of this native build (native-quick)
+>>>>>>> 8fd15bf197c1996dc8779df40fb6d0e90158a8a1
 #   FILE…       only these files, headers included
 set -euo pipefail
 cd "$(dirname "$0")/.."

@@ -1,4 +1,4 @@
-"""The tests' programs with one source file changed: building them and running them."""
+"""Builds and runs the test programs with one source file changed."""
 import collections
 import json
 import os
@@ -13,7 +13,7 @@ import time
 from structure_rules import INCLUDE_ROOTS
 
 ROOT = pathlib.Path(__file__).resolve().parent.parent
-# What is edited, and the static library that the build makes of it.
+# The folders to edit, and the static library that the build makes of each.
 ARCHIVES = {
     ROOT / "src": "lib/libborvan_core.a",
     ROOT / "tools" / "borvanusb": "lib/libborvanusb_core.a",
@@ -22,29 +22,29 @@ ARCHIVES = {
 FAILED_TEST = re.compile(r"^\[  FAILED  \] (\S+\.\S+?),? ", re.MULTILINE)
 TEST_TIME = re.compile(r"^\[       OK \] (\S+?) \((\d+) ms\)", re.MULTILINE)
 STARTED_TEST = re.compile(r"^\[ RUN      \] (\S+)", re.MULTILINE)
-LARGEST_FILE = 5 << 30  # a test has an image of more than 4 GiB, most of it never written
+LARGEST_FILE = 5 << 30  # a test has a sparse image of more than 4 GiB
 LARGEST_MEMORY = 6 << 30
 
-# What a program did: state is "passed", "failed" or "time"; test names the one that failed; times
-# are (test, milliseconds) of those that passed.
+# The result of a program. `state` is "passed", "failed" or "time"; `test` is the one that failed; `times`
+# contains (test, milliseconds) of the tests that passed.
 Outcome = collections.namedtuple("Outcome", "state test seconds processor times")
 
 
 class DoesNotCompile(Exception):
-    """The compiler or the linker refuses the edit."""
+    """The edit does not compile or link."""
 
 
 def run(command, folder, **options):
-    """Runs a command and gives its result, with what it printed."""
+    """Runs a command and returns its result with its output."""
     return subprocess.run(command, cwd=folder, text=True, errors="replace", check=False,
                           stdout=subprocess.PIPE, stderr=subprocess.STDOUT, **options)
 
 
 def limited(command, processor_seconds, sanitized):
-    """A command kept from taking the machine, should an edit have gone wild.
+    """Adds limits to a command, because an edited program may use up all memory.
 
-    Limited is the memory that can be written: tests reserve addresses by the gigabyte for their guard
-    pages. A sanitizer does so with memory that can be written, and is told the limit in its own way.
+    The limit is for writable memory, because tests reserve gigabytes of address space for their guard pages. A
+    sanitizer reserves writable memory, so it has its own option for the limit.
     """
     memory = [] if sanitized else [f"--data={LARGEST_MEMORY}"]
     return ["prlimit", f"--cpu={processor_seconds}:{processor_seconds + 1}",
@@ -52,15 +52,15 @@ def limited(command, processor_seconds, sanitized):
 
 
 def archive_of(path):
-    """The static library that a source file goes into; None for files that are not edited."""
+    """The static library that contains a source file; None for files that are not edited."""
     return next((archive for folder, archive in ARCHIVES.items() if path.is_relative_to(folder)), None)
 
 
 class TestBuild:
-    """A build of the test programs, and those programs with one file of it replaced.
+    """A build of the test programs, which can link them with one file replaced.
 
-    An object that is linked before a static library takes the place of the library's own, so an edit
-    costs compiling one file, and linking each program that is run on it.
+    An object that is linked before a static library replaces the library's own object. So an edit only requires
+    compiling one file and linking each program that is run.
     """
 
     def __init__(self, folder, programs):
@@ -99,14 +99,14 @@ class TestBuild:
         return users
 
     def programs_of(self, path):
-        """The programs that have the library of a source file in them."""
+        """The programs that contain the library of a source file."""
         return [program for program, link in self.links.items() if archive_of(path) in link]
 
     def _compile(self, source, text_file, extra, object_file):
         command, built = self.commands[source]
         command = [str(object_file) if part == built else part for part in command]
         command = [str(text_file) if part == str(source) else part for part in command]
-        # Warnings about what an edit leaves unused must not keep it from being tried.
+        # Warnings, such as about unused variables, must not prevent a trial.
         result = run([command[0], *extra, "-iquote", str(source.parent), *command[1:], "-w"],
                      self.folder)
         if result.returncode != 0:
@@ -115,7 +115,7 @@ class TestBuild:
     def build(self, path, text, work):
         """Compiles `text` for the source or header `path` in the folder `work`.
 
-        Returns the objects that take the place of others, {source: object}, for program_of().
+        Returns the objects that replace others, {source: object}, for program_of().
         """
         shutil.rmtree(work, ignore_errors=True)
         changed = work / "changed" / path.relative_to(ROOT)
@@ -133,7 +133,7 @@ class TestBuild:
         return replaced
 
     def program_of(self, program, work, replaced):
-        """The program in the folder `work`, linked with the objects that replace others."""
+        """The program in the folder `work`, linked with the replaced objects."""
         own = {self.commands[source][1]: str(made) for source, made in replaced.items()}
         first = [str(made) for source, made in replaced.items() if source in self.core]
         command = []
@@ -150,7 +150,7 @@ class TestBuild:
         return work / program
 
     def run_program(self, executable, work, limit, only=None):
-        """Runs a test program. `limit`: processor and wall seconds."""
+        """Runs a test program. `limit` is in seconds of processor and wall time."""
         temporary = work / "tmp"
         shutil.rmtree(temporary, ignore_errors=True)
         temporary.mkdir(parents=True)
@@ -178,7 +178,7 @@ class TestBuild:
             return Outcome("passed", None, seconds, processor, times)
         failed = FAILED_TEST.search(result.stdout)
         test = failed.group(1) if failed else self._last_started(result.stdout)
-        out_of_time = result.returncode in (-24, -9)  # SIGXCPU, SIGKILL behind it
+        out_of_time = result.returncode in (-24, -9)  # SIGXCPU, then SIGKILL
         return Outcome("time" if out_of_time else "failed", test, seconds, processor, [])
 
     @staticmethod

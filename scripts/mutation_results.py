@@ -1,4 +1,4 @@
-"""What came of the edits that mutate.py tried: kept from run to run, and printed."""
+"""The results of mutate.py: stored between runs, and printed."""
 import collections
 import json
 import sys
@@ -6,12 +6,12 @@ import sys
 from equivalent_mutants import LIST, ROOT
 
 RESULTS = ROOT / "build" / "mutation" / "results.jsonl"
-# Of the brief form, which asks fewer programs: what survived it may not survive the others.
+# Results of the brief form. It uses fewer programs, so its survivors may be killed by others.
 BRIEF_RESULTS = RESULTS.with_name("brief_results.jsonl")
 
 
 def remembered(path, digest):
-    """What earlier runs found that still holds, by edit."""
+    """Valid results of earlier runs, by edit."""
     found = {}
     if path.exists():
         for line in path.read_text("utf-8").splitlines():
@@ -24,7 +24,7 @@ def remembered(path, digest):
 
 
 class Record:
-    """What is found, written down at once: a run that was stopped continues from there."""
+    """Stores each result immediately, so that a stopped run can be continued."""
 
     def __init__(self, path, digest):
         self.path = path
@@ -32,7 +32,7 @@ class Record:
         self.digest = digest
 
     def put(self, edit, state, teller, slow):
-        """Takes the result of an edit."""
+        """Adds the result of an edit."""
         entry = {"id": edit.id, "state": state, "by": teller, "tests": self.digest, "slow": slow,
                  "file": str(edit.path.relative_to(ROOT)), "line": edit.line,
                  "was": edit.was, "now": edit.now}
@@ -44,7 +44,7 @@ class Record:
 
 
 def report(edits, record, equivalents, windows_only):
-    """Prints the figures and what was let pass without a reason; gives the number of that."""
+    """Prints the figures and the survivors without a reason. Returns the number of the latter."""
     table = collections.defaultdict(collections.Counter)
     let_pass = []
     for edit in edits:

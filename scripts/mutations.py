@@ -1,14 +1,13 @@
-"""Small edits of C++ text, one at a time: what a slip of the hand could have written instead.
+"""Small edits of C++ text, one at a time, similar to typical mistakes.
 
-The text is taken apart into tokens first, so that comments, texts, includes and static assertions
-stay whole. The code's format is relied on: a binary operator stands between blanks, a template's
-bracket does not.
+The text is split into tokens first, so that comments, strings, includes and static assertions are not edited.
+This relies on the format of the code: a binary operator stands between blanks, a template's bracket does not.
 """
 import bisect
 import re
 from collections import namedtuple
 
-# kind: the family of the edit; start, end: what of the text is replaced, and by what.
+# kind: the type of the edit; start, end: the range of the text to replace; text: the replacement.
 Mutant = namedtuple("Mutant", "kind start end text")
 Token = namedtuple("Token", "kind start end text")
 
@@ -22,7 +21,7 @@ TOKENS = re.compile(r"""
   | (?P<operator><<=|>>=|<=>|\.\.\.|->|::|\+\+|--|<<|<=|>=|==|!=|&&|\|\||[-+*/%&|^]=|[^\s\w])
 """, re.VERBOSE | re.DOTALL | re.MULTILINE)
 
-# Between blanks only; unary signs, pointers, references and templates stand otherwise.
+# Only between blanks. Unary operators, pointers, references and templates are written without blanks.
 OPERATORS = {
     "<": ["<=", ">="], "<=": ["<", ">"], ">": [">=", "<="], ">=": [">", "<"],
     "==": ["!="], "!=": ["=="],
@@ -30,18 +29,18 @@ OPERATORS = {
     "+=": ["-=", "="], "-=": ["+=", "="], "*=": ["/="], "/=": ["*="],
     "<<": [">>"], "&": ["|"], "|": ["&"], "&&": ["||"], "||": ["&&"],
 }
-# These stand close to their operand.
+# Written directly beside their operand.
 STEPS = {"++": ["--"], "--": ["++"]}
 WORDS = {"true": ["false"], "false": ["true"], "min": ["max"], "max": ["min"]}
 FAMILY = {**dict.fromkeys(["<", "<=", ">", ">=", "==", "!="], "relation"),
           **dict.fromkeys(["&&", "||"], "logic")}
-# What begins a statement that is no expression.
+# Words that start a statement that is not an expression.
 NO_EXPRESSION = {
     "auto", "case", "catch", "class", "const", "constexpr", "default", "do", "else", "enum",
     "explicit", "for", "friend", "if", "inline", "mutable", "namespace", "private", "protected",
     "public", "return", "static", "static_assert", "struct", "switch", "template", "throw", "try",
     "typedef", "using", "virtual", "while"}
-# Returns that a value-initialised result equals or that have edits of their own.
+# Returned values that equal a value-initialised result, or that have their own edits.
 PLAIN_RETURNS = {"", "{}", "nullptr", "std::nullopt", "true", "false", "0", "kOk", "*this"}
 
 
@@ -60,7 +59,7 @@ def tokens_of(text):
 
 
 def closing(tokens, index):
-    """The index of the bracket that closes the one at `index`."""
+    """The index of the closing bracket for the one at `index`."""
     pairs = {"(": ")", "{": "}", "[": "]"}
     opened, closed = tokens[index].text, pairs[tokens[index].text]
     depth = 0
@@ -75,7 +74,7 @@ def closing(tokens, index):
 
 
 def statement_end(tokens, index):
-    """The index of the semicolon that ends what begins at `index`; None if a bracket ends first."""
+    """The index of the semicolon that ends the statement at `index`; None if a bracket ends first."""
     at = index
     while at < len(tokens):
         if tokens[at].text in "({[" and tokens[at].kind == "operator":
@@ -94,7 +93,7 @@ def between_blanks(text, token):
 
 
 def number_edits(token):
-    """The number one above and one below, in the same base and with the same suffix."""
+    """The number plus and minus one, in the same base and with the same suffix."""
     match = re.fullmatch(r"(0[xX][0-9A-Fa-f]+|\d+)([uUlLzZ]*)", token.text)
     if not match:
         return
@@ -108,7 +107,7 @@ def number_edits(token):
 
 
 def is_declaration(tokens):
-    """Whether a statement's tokens declare something: a type's end right before a name."""
+    """Whether a statement's tokens are a declaration: the end of a type directly before a name."""
     depth = 0
     for before, token in zip(tokens, tokens[1:]):
         if token.text in ("(", "=", "{") and depth == 0:
@@ -123,7 +122,7 @@ def is_declaration(tokens):
 
 
 def skipped_ranges(tokens):
-    """Where nothing is edited: static assertions and the lines of the preprocessor."""
+    """Ranges that are not edited: static assertions and preprocessor lines."""
     ranges = []
     for index, token in enumerate(tokens):
         if token.kind == "directive":
@@ -157,7 +156,7 @@ def token_edits(text, tokens, index):
 
 
 def condition_edit(text, tokens, index):
-    """The condition of an `if` or `while` turned round."""
+    """Inverts the condition of an `if` or `while`."""
     opening = index + 1
     if tokens[opening].text != "(":
         return
@@ -169,7 +168,7 @@ def condition_edit(text, tokens, index):
     condition = tokens[first:end]
     if any(token.text == "=" for token in condition):
         return
-    # Of a single comparison or negation, the edit of its operator says the same.
+    # For a single comparison or negation, the edit of its operator has the same effect.
     words = [token.text for token in condition if between_blanks(text, token)]
     if not {"&&", "||"} & set(words) and (condition[0].text == "!" or set(words) & set(FAMILY)):
         return
@@ -178,7 +177,7 @@ def condition_edit(text, tokens, index):
 
 
 def statement_edits(text, tokens, index):
-    """Edits of the statement that begins at `index`: left out, or another value returned."""
+    """Edits of the statement at `index`: removed, or with another returned value."""
     token = tokens[index]
     end = statement_end(tokens, index)
     if end is None:
@@ -199,7 +198,7 @@ def statement_edits(text, tokens, index):
 def begins_statement(tokens, index):
     """Whether a statement of a function can begin at `index`."""
     before = tokens[index - 1].text if index else ""
-    if before == ":":  # a label's, not that of a conditional value
+    if before == ":":  # of a label, not of a conditional expression
         label = next((token.text for token in reversed(tokens[:index])
                       if token.text in ("case", "default", "?", ";", "{", "}")), "")
         return label in ("case", "default")
@@ -208,7 +207,7 @@ def begins_statement(tokens, index):
 
 
 def mutants_of(text):
-    """All edits of a file's text, in its order."""
+    """All edits of a file's text, in order."""
     tokens = tokens_of(text)
     skipped = skipped_ranges(tokens)
     found = []
@@ -224,30 +223,30 @@ def mutants_of(text):
 
 
 def applied(text, mutant):
-    """`text` with the edit made."""
+    """`text` with the edit applied."""
     return text[:mutant.start] + mutant.text + text[mutant.end:]
 
 
 def line_number(text, at):
-    """The line of a place in the text, from 1."""
+    """The line number of a position in the text, from 1."""
     ends = [match.start() for match in re.finditer("\n", text)]
     return bisect.bisect_left(ends, at) + 1
 
 
 def line_before(text, at):
-    """The line before that of a place in the text, empty ones passed over, blanks squeezed."""
+    """The previous non-empty line of a position in the text, with blanks squeezed."""
     lines = [line for line in text[:text.rfind("\n", 0, at) + 1].splitlines() if line.strip()]
     return " ".join(lines[-1].split()) if lines else ""
 
 
 def line_after(text, at):
-    """The line after that of a place in the text, likewise."""
+    """The next non-empty line of a position in the text, with blanks squeezed."""
     lines = [line for line in text[at:].splitlines()[1:] if line.strip()]
     return " ".join(lines[0].split()) if lines else ""
 
 
 def shown(text, mutant):
-    """(the lines that the edit touches, the same lines after it), blanks squeezed."""
+    """(lines affected by the edit, the same lines after it), with blanks squeezed."""
     first = text.rfind("\n", 0, mutant.start) + 1
     last = text.find("\n", mutant.end)
     last = len(text) if last < 0 else last

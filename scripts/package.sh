@@ -3,10 +3,10 @@
 # information, the installer (MSI) and SHA256SUMS.
 #
 #   package.sh               builds the preset `package` and packs it
-#   package.sh --build FOLDER  packs this finished Windows build, with the class id that it has
-#   package.sh --twice       builds and packs a copy of the sources in another folder, too, and compares
+#   package.sh --build FOLDER  packs this finished Windows build, with its own class id
+#   package.sh --twice       also builds and packs a copy of the sources in another folder, and compares
 #
-# Files in the packages carry the time of the last commit; SOURCE_DATE_EPOCH overrides it.
+# Files in the packages have the time of the last commit; SOURCE_DATE_EPOCH overrides it.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
@@ -42,7 +42,7 @@ if [ -z "${SOURCE_DATE_EPOCH:-}" ]; then
   }
 fi
 export SOURCE_DATE_EPOCH
-python=/usr/bin/python3 # Debian's own, whatever other one a machine has
+python=/usr/bin/python3 # Debian's own Python; others may be installed, too
 
 scripts/packages.sh
 if [ -z "$build" ]; then

@@ -4,38 +4,38 @@
 # Usage: packages.sh [--missing]; --missing prints the names of the missing packages and installs nothing.
 set -euo pipefail
 
-# The one list of what a machine needs.
+# The only list of the packages that a machine needs.
 packages=(
-  # builds
+  # building
   cmake ninja-build ccache
   g++ clang libclang-rt-14-dev
   g++-mingw-w64-x86-64-posix binutils-mingw-w64-x86-64 llvm lld
   # libraries: tests, benchmarks, tools
   googletest libbenchmark-dev nlohmann-json3-dev libcli11-dev libfmt-dev librapidxml-dev libboost1.81-dev
-  # packages; the promised interface
+  # packages, and checks of the binary interface
   wixl msitools abigail-tools
-  # projects that find the installed library
+  # example projects that use the installed library
   pkg-config
-  # image files of others, to compare with
+  # other programs for image files, for comparison
   srecord python3-intelhex binutils
   # running Windows programs
   wine wine64
   # checks
   clang-format clang-tidy shellcheck pylint python3
-  # shells whose completion scripts are run
+  # shells to test the completion scripts
   zsh fish
   # the documentation as a site
   doxygen python3-markdown python3-pygments libjs-lunr
-  # benchmarks: a peer to compare with
+  # benchmarks: a library for comparison
   flashrom
-  # fetching packages of npm over HTTPS
+  # downloading npm packages over HTTPS
   ca-certificates
-  # tests of the workbench's page in a browser
+  # browser tests of the workbench's page
   chromium
-  # demo: an image to flash, and looking at bytes and answers
+  # demo: an image to program, and viewing bytes and answers
   seabios xxd jq tmux python3-jsonschema
 )
-# Node.js is often installed from elsewhere, and Debian's would be in its way.
+# Node.js is often installed from elsewhere and would conflict with Debian's.
 command -v npm >/dev/null || packages+=(nodejs npm)
 
 missing=()

@@ -1,14 +1,14 @@
-"""Lists with a reason for each entry: blocks of `key: value` lines, an empty line between two.
+"""Lists with a reason for each entry: blocks of `key: value` lines, separated by empty lines.
 
-A line that begins with a blank goes on with the value before it; one with # is a remark.
+A line that begins with a blank continues the previous value. A line that begins with # is a comment.
 """
 import sys
 
 
 def entries_of(path, keys, optional=()):
-    """The entries of a list, as dictionaries with these keys; none if there is no list.
+    """The entries of a list, as dictionaries with these keys; empty if the list does not exist.
 
-    Ends the program with a line about what is wrong in the list.
+    Prints a message and ends the program if the list is invalid.
     """
     entries = []
     blocks = path.read_text("utf-8").split("\n\n") if path.exists() else []

@@ -58,7 +58,7 @@ if [ -n "$fresh" ]; then
   rm -f "${parts[@]/#/$results/}"
 fi
 
-# Sets `command` to what runs a part, empty when this tree has no script for it.
+# Sets `command` to the command line of a part. Empty if this tree has no script for it.
 choose_command() {
   local script
   case $1 in
@@ -73,7 +73,7 @@ choose_command() {
   esac
   script=${command[0]}
   [ -f "$script" ] || command=()
-  # Debian's own Python, whatever other one a machine has.
+  # Debian's own Python; others may be installed, too.
   [[ $script != *.py ]] || command=(/usr/bin/python3 -B "${command[@]}")
 }
 

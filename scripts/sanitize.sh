@@ -32,7 +32,7 @@ case ${1-} in
 esac
 shift
 
-# The first of its kind says all: what follows it is often its consequence.
+# Stops at the first report of its kind, because the following ones are often its consequences.
 export TSAN_OPTIONS=${TSAN_OPTIONS:-halt_on_error=1:second_deadlock_stack=1}
 targets=("$@")
 [[ ${#targets[@]} -gt 0 ]] || targets=("${everything[@]}")

@@ -1,25 +1,24 @@
-"""What check_structure.py holds the tree to: who may include whom, how long files and functions
-may be, where a type's name must be unique.
+"""The rules for check_structure.py: allowed includes, the length of files and functions, unique type names.
 
-The rules stand here alone. What breaks one today is in structure_exceptions.txt.
+All rules are in this file. Current exceptions are in structure_exceptions.txt.
 """
 
-# The folders of our sources, and those among them that hold code of the products' own.
+# The folders of our sources.
 OUR_FOLDERS = ("include", "src", "virtual_camera", "tools", "examples", "bindings", "tests",
                "bench", "fuzz", "cmake", "packaging", "scripts")
 
-# Where an include with quotation marks may start, after its own folder: the folder of the product
-# that the file belongs to comes before the others.
+# The folders in which an include with quotation marks is searched, after the file's own folder. The folder of
+# the file's product is searched first.
 INCLUDE_ROOTS = ("include", "src", "tools/borvanusb", "virtual_camera", "examples", "bindings/cpp",
                  "tests", "bench", "fuzz", "")
 
-# A room is a folder with sources; its name is its path, without "tools/" for the tool. It may include
-# its own files and those of the rooms named here; "x/*" stands for every room below x. A room that is
-# in no line here may not exist. Tests may include everything and have no line.
+# A room is a folder with sources. Its name is its path, without "tools/" for the tool. It may include its own
+# files and those of the rooms listed here; "x/*" stands for every room below x. Rooms that are not listed are
+# not allowed. Tests may include everything and are not listed.
 ALLOWED = {
     "include": [],
 
-    # The library: `base` lies below everything, nobody includes the exported layer `api`.
+    # The library: `base` is the lowest layer. No room may include `api`, the layer of the exports.
     "src/base": [],
     "src/device": ["include", "src/base"],
     "src/protocol": ["include", "src/base", "src/device"],
@@ -27,20 +26,20 @@ ALLOWED = {
     "src/jobs": ["include", "src/base", "src/device", "src/files"],
     "src/api": ["include", "src/base", "src/device", "src/jobs", "src/protocol"],
 
-    # The tool shares nothing with the library but the public header, and loads it as any host.
+    # The tool only shares the public header with the library, and loads the library like any other host.
     "borvanusb/base": [],
     "borvanusb/camera": ["borvanusb/base"],
     "borvanusb/output": ["borvanusb/base"],
     "borvanusb/command": ["include", "borvanusb/base", "borvanusb/camera", "borvanusb/output"],
     "borvanusb/registers": ["borvanusb/base", "borvanusb/camera", "borvanusb/command",
                             "borvanusb/output", "borvanusb/profile", "borvanusb/names"],
-    # The reader is text in, values out; command, camera and output are for the command check.cpp.
+    # The reader is a pure function; only the command in check.cpp needs command, camera and output.
     "borvanusb/maps": ["borvanusb/base", "borvanusb/camera", "borvanusb/command",
                        "borvanusb/output"],
-    # What is known of a kind of camera module; which profile a camera has.
+    # Data about a kind of camera module, and the choice of a camera's profile.
     "borvanusb/profile": ["borvanusb/base", "borvanusb/camera", "borvanusb/command",
                           "borvanusb/output", "borvanusb/maps"],
-    # Registers and fields by the names of a profile: finding, reading, writing.
+    # Finds, reads and writes registers and fields by the names of a profile.
     "borvanusb/names": ["borvanusb/base", "borvanusb/camera", "borvanusb/command",
                         "borvanusb/output", "borvanusb/maps", "borvanusb/profile"],
     "borvanusb/i2c": ["include", "borvanusb/base", "borvanusb/camera", "borvanusb/command",
@@ -48,8 +47,7 @@ ALLOWED = {
                       "borvanusb/names"],
     # Image files as values.
     "borvanusb/images": ["borvanusb/base"],
-    # What is done to a flash, without a command line; its remarks and bars go through the interfaces
-    # of output.
+    # Changes of the flash, without a command line. Remarks and progress bars use the interfaces of output.
     "borvanusb/flash/engine": ["borvanusb/base", "borvanusb/camera", "borvanusb/output",
                                "borvanusb/images"],
     "borvanusb/flash": ["borvanusb/base", "borvanusb/camera", "borvanusb/command",
@@ -58,10 +56,10 @@ ALLOWED = {
     "borvanusb/station": ["borvanusb/base", "borvanusb/camera", "borvanusb/command",
                           "borvanusb/output", "borvanusb/registers", "borvanusb/i2c",
                           "borvanusb/flash/engine", "borvanusb/profile", "borvanusb/names"],
-    # The page in the browser: it runs command lines and knows no camera.
+    # The page in the browser. It runs command lines and does not access cameras.
     "borvanusb/workbench": ["borvanusb/base", "borvanusb/camera", "borvanusb/command",
                             "borvanusb/output", "borvanusb/profile"],
-    # The commands on profiles themselves; one of them asks a camera as `info` and `i2c scan` do.
+    # The commands for profiles. One of them queries a camera like `info` and `i2c scan`.
     "borvanusb/profile_commands": ["borvanusb/base", "borvanusb/camera", "borvanusb/command",
                                    "borvanusb/output", "borvanusb/maps", "borvanusb/profile",
                                    "borvanusb/names", "borvanusb/registers", "borvanusb/i2c",
@@ -72,15 +70,15 @@ ALLOWED = {
     # main.cpp
     "borvanusb": ["borvanusb/base", "borvanusb/command", "borvanusb/dll", "borvanusb/windows"],
 
-    # The simulated chip knows neither the library nor Windows.
+    # The simulated chip depends neither on the library nor on Windows.
     "virtual_camera/core": [],
     "virtual_camera/com": ["virtual_camera/core"],
     "virtual_camera/control": ["virtual_camera/core", "virtual_camera/com"],
 
-    # Examples see what a host sees.
+    # Examples only use what a host can use.
     "examples/*": ["include"],
 
-    # So do the bindings to other languages.
+    # The same applies to the bindings.
     "bindings/*": ["include"],
 
     "bench": ["include", "src/*", "tests/support", "virtual_camera/core", "borvanusb/base", "borvanusb/maps"],
@@ -89,10 +87,10 @@ ALLOWED = {
     "fuzz/support": ["include", "src/*", "borvanusb/*", "virtual_camera/core", "tests/meaning",
                      "tests/support"],
 }
-# Rooms without a line of their own: they hold no part of a product.
+# Rooms that need no line, because they contain no part of a product.
 FREE = ("tests", "tests/*", "cmake", "packaging", "packaging/*", "scripts")
 
-# The folders of what is linked into one program: there no two types have the same name.
+# The folders whose files are linked into one program. Type names must be unique in each.
 PRODUCTS = ("src", "tools/borvanusb", "virtual_camera")
 
 LONGEST_FILE = 400

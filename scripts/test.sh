@@ -1,10 +1,10 @@
 #!/usr/bin/env bash
 # Runs all tests, also on a new machine: installs packages, makes the two builds, then one CTest run over
 # all their tests (the Windows ones under Wine), format, lint and, last, the demo. Prints the duration of
-# each stage; fails with a list of what failed.
+# each stage, and a list of failures.
 #
-#   test.sh           all of it
-#   test.sh --quick   the native tests alone, in their short form, built with GCC and without
+#   test.sh           everything
+#   test.sh --quick   only the native tests in their short form, built with GCC and without
 #                     sanitizers: for every change. No Wine, no lint
 set -euo pipefail
 cd "$(dirname "$0")/.."
@@ -23,7 +23,7 @@ case "${1:-}" in
     ;;
 esac
 
-# GCC builds the one, Clang with its sanitizers the other: both compilers have their say.
+# One build uses GCC, the other Clang with sanitizers, so both compilers are tested.
 presets=(windows native-sanitized)
 builds=(windows-tests native-sanitized)
 everything=build/everything
@@ -35,12 +35,12 @@ seconds=()
 processor=()
 failed=()
 
-# The processor seconds, user's and system's, that this script's commands took so far.
+# The processor time (user and system) of this script's commands so far, in seconds.
 processor_seconds() {
   awk -v second="$(getconf CLK_TCK)" '{ sub(/.*\) /, ""); printf "%d", ($14 + $15) / second }' "/proc/$$/stat"
 }
 
-# stage NAME COMMAND…: runs the command with its output in a log, shows the log if it fails.
+# stage NAME COMMAND…: runs the command with its output in a log. Shows the log if the command fails.
 stage() {
   local name=$1 started=$SECONDS used outcome=ok
   used=$(processor_seconds)
@@ -57,8 +57,8 @@ stage() {
     "${processor[-1]}"
 }
 
-# Wine's servers outlive the programs they served, and hold this script's output open. A prefix in
-# use has its drives from the start; its registry files come late.
+# Wine's servers run longer than their programs and keep this script's output open. A prefix in use has its
+# drives from the start; its registry files are written later.
 stop_wine() {
   local prefix
   while IFS= read -r -d '' prefix; do
@@ -71,14 +71,14 @@ stop_wine() {
 test_quickly() {
   local preset=native-quick
   stage packages scripts/packages.sh
-  # What changes the configuration starts it again by itself.
+  # The build system reruns the configuration if something relevant has changed.
   [ -f "build/$preset/build.ninja" ] || stage configure cmake --preset "$preset"
   [ ${#failed[@]} -gt 0 ] || stage build cmake --build --preset "$preset" --parallel "$(nproc)"
   if [ ${#failed[@]} -gt 0 ]; then
     echo "Failed, so nothing was tested: ${failed[*]}"
     return 1
   fi
-  # Some tests wait, most of the time.
+  # Some tests mostly wait.
   stage tests ctest --preset "$preset" --parallel "$(($(nproc) + 2))"
   scripts/longest_tests.sh "build/$preset"
   grep -E 'tests passed|tests failed' "$logs/tests.log" || true
@@ -94,7 +94,7 @@ test_everything() {
     done
   fi
   if [ ${#failed[@]} -gt 0 ]; then
-    # Old programs of a half-built tree would answer for the new sources.
+    # Removes old programs, which would otherwise be tested in a half-built tree.
     echo "Failed, so nothing was tested: ${failed[*]}"
     return 1
   fi
@@ -110,7 +110,7 @@ test_everything() {
     printf '  %-28s %4d s\n' "${names[index]}" "${seconds[index]}"
   done
   echo
-  # One more than there are cores: lint works in the background, and most Windows tests wait.
+  # One more than there are cores, because lint runs in the background and most Windows tests wait.
   ctest --test-dir "$everything" --parallel "$(($(nproc) + 1))" --output-on-failure \
     --no-label-summary || outcome=$?
   scripts/longest_tests.sh "$everything"

@@ -1,8 +1,8 @@
-"""The types that a C or C++ source defines for the whole program: those that other files can collide with.
+"""Finds the types that a C or C++ source defines for the whole program, which can conflict with other files.
 
-Two files of one program that define two types of the same name compile, but their inline functions,
-constructors and destructors among them, become one: one file then handles the other's objects. Types
-of an anonymous namespace and types inside a function are of their file alone and are not listed.
+If two files of a program define different types with the same name, they compile, but the linker merges their
+inline functions, including constructors and destructors: one file then uses the other's functions on its
+objects. Types in anonymous namespaces or functions are local to their file and are not listed.
 """
 import collections
 
@@ -14,7 +14,7 @@ KEYWORDS = {"class", "struct", "union", "enum"}
 
 
 def without_template(head):
-    """The words of a declaration behind its template parameters."""
+    """The words of a declaration after its template parameters."""
     while head[:1] == ["template"]:
         depth = 0
         for index, word in enumerate(head):
@@ -28,7 +28,7 @@ def without_template(head):
 
 
 def type_name(head):
-    """The name of the type that these words in front of a brace define; None when it is no type.
+    """The name of the type that these words before a brace define; None if they define no type.
 
     It is empty for a type without a name.
     """
@@ -47,12 +47,12 @@ def type_name(head):
 
 
 def opens_scope(head):
-    """Whether a brace behind these words opens a namespace or a type."""
+    """Whether a brace after these words opens a namespace or a type."""
     return function_lengths.is_scope(head) or ("enum" in head and "(" not in head)
 
 
 def defined_types(text):
-    """The types that a source defines for the whole program, with namespaces and enclosing types."""
+    """The types that a source defines for the whole program, including namespaces and enclosing types."""
     words = function_lengths.split_in_words(function_lengths.blanked(text))
     close = function_lengths.closings(words)
     found = []
@@ -69,7 +69,7 @@ def defined_types(text):
             elif word not in function_lengths.PAIRS or at not in close:
                 head.append(word)
             elif word == "{" and opens_scope(head):
-                inner = None  # of this file alone, or without names
+                inner = None  # local to this file, or unnamed
                 if "namespace" in head:
                     name = "".join(head[head.index("namespace") + 1:])
                     inner = scope + name + "::" if name else None
@@ -80,7 +80,7 @@ def defined_types(text):
                     inner = scope
                 if inner is not None:
                     walk(at + 1, close[at], inner)
-                # Behind a type a variable may follow.
+                # A variable may follow after a type.
                 head = [] if "namespace" in head or head[:1] == ["extern"] else ["{", "}"]
                 at = close[at]
             else:

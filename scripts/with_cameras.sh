@@ -3,17 +3,17 @@
 #
 #   with_cameras.sh [--config FILE] COMMAND [ARGUMENT…]
 #
-# Makes the Wine prefix if needed (the one that WINEPREFIX names, else build/wine-prefix), registers
-# the cameras of FILE (default: the two of virtual_camera/configurations/demo.json) in place of those
-# registered before, runs COMMAND and exits with its code; 125 when the cameras can't be registered.
+# Creates the Wine prefix if needed (WINEPREFIX, else build/wine-prefix), registers the cameras of FILE
+# (default: the two of virtual_camera/configurations/demo.json) instead of those registered before, runs
+# COMMAND and exits with its code; 125 if the cameras can't be registered.
 #
-# A COMMAND whose name ends in .exe runs through Wine; without a folder in its name it is looked for
-# among the build's products and examples too. Other commands run as they are, and find WINEPREFIX and
+# A COMMAND whose name ends in .exe is run through Wine. A name without a folder is also searched among the
+# build's products and examples. Other commands are run directly, with WINEPREFIX and
 # BORVAN_VIRTUAL_CAMERA set for the Windows programs that they start with run_with_wine.sh.
 #
 # A FILE of this source tree is copied to build/cameras/ first, so that the cameras' state, flash and
-# trace files lie there; any other FILE is used where it is. BORVAN_BIN names the folder with
-# virtual-camera.exe, if not build/windows/bin.
+# trace files are written there; any other FILE is used in place. BORVAN_BIN is the folder with
+# virtual-camera.exe (default: build/windows/bin).
 set -euo pipefail
 root=$(cd "$(dirname "$0")/.." && pwd -P)
 bin=${BORVAN_BIN:-$root/build/windows/bin}
@@ -43,7 +43,7 @@ if [[ $config == "$root"/* && $config != "$root"/build/* ]]; then
   config=$copy
 fi
 
-# Wine shows the whole file system as drive Z.
+# Wine maps the whole file system to drive Z.
 export BORVAN_VIRTUAL_CAMERA="Z:${config//\//\\}"
 
 log=$(mktemp)

@@ -229,7 +229,7 @@ class Camera : public CameraInstance {
   }
 
   // Erases and programs, without a backup and without reading back: ProgramFlash is the safe way.
-  // The sectors of 4096 bytes count from `address`, and up to 59 bytes behind the image become 0.
+  // The sectors of 4096 bytes count from `address`, and up to 59 bytes after the image become 0.
   void WriteFlashFile(const std::string& file, std::uint32_t address,
                       Milliseconds limit = kUsualTimeLimit, const Progress& progress = {}) {
     TryWriteFlashFile(file, address, limit, progress).Get();

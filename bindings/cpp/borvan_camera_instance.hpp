@@ -64,7 +64,7 @@ class CameraInstance {
   CameraInstance(const CameraInstance&) = delete;
   CameraInstance& operator=(const CameraInstance&) = delete;
 
-  // Ends the instance. Not while a job may run: ending it makes a transfer of its own.
+  // Ends the instance, except while a job may run, because this makes a transfer.
   void Close() noexcept {
     if (open_) {
       open_ = false;
@@ -76,7 +76,7 @@ class CameraInstance {
     }
   }
 
-  // The cameras that are plugged in now. Each call leaves the library's array allocated: call it
+  // The cameras that are plugged in now. Each call leaks the library's array: call it
   // when something was plugged in, not in a loop.
   std::vector<CameraInfo> List() { return TryList().Get(); }
   Result<std::vector<CameraInfo>> TryList() {
@@ -180,7 +180,7 @@ class CameraInstance {
     return Nothing{};
   }
 
-  // A value that stays as it was is read once more, with another one in its place: the camera may
+  // If the value does not change, it is read once more with another initial value: the camera may
   // not have answered.
   template <typename Call>
   Result<std::uint32_t> Read(const std::string& what, const Call& call) {

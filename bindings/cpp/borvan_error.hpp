@@ -19,11 +19,11 @@ enum class ErrorKind {
   kNoSuchCamera,    // no camera has this index
   kCannotOpen,      // the camera can't be opened
   kAccess,          // a single access failed; the library gives no code
-  kNoAnswer,        // the transfers succeeded, but the reply was another one's
+  kNoAnswer,        // the transfers succeeded, but the reply belongs to another request
   kNothingWritten,  // a register list does not begin with 0xfffd
   kStatus,          // a job failed, with a status code
   kTimeLimit,       // a job did not end in time and may still run
-  kEndMissed,       // a job's end was not seen
+  kEndMissed,       // the end of a job was missed
   kThread,          // a call from a thread other than the one that made the Camera
   kProcess,         // borvanusb can't be started, or ended without a result
   kProgram,         // borvanusb reported a failure: see ProgramError
@@ -64,7 +64,7 @@ inline const char* KindName(ErrorKind kind) noexcept {
   return "";
 }
 
-// What every call of this binding throws. what() is "CALL: REASON".
+// The error that every call of this binding throws. what() is "CALL: REASON".
 class Error : public std::runtime_error {
  public:
   Error(ErrorKind kind, const std::string& message, std::uint32_t status = 0)

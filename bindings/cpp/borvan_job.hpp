@@ -1,6 +1,6 @@
 #pragma once
 
-// Jobs of the library with a time limit. The Camera runs them; programs use the Camera.
+// Jobs of the library with a time limit. Programs use them through the Camera.
 
 #include <borvan_usb.h>
 
@@ -17,7 +17,7 @@ namespace borvan {
 
 using Milliseconds = std::chrono::milliseconds;
 // Receives percentages that rise. It runs on the caller's thread. An exception that it throws
-// leaves the call; the job goes on, as after a time limit.
+// leaves the call; the job continues, as after a time limit.
 using Progress = std::function<void(int percent)>;
 
 // The time limit of a call that names none.
@@ -25,7 +25,7 @@ inline constexpr Milliseconds kUsualTimeLimit = std::chrono::minutes(10);
 
 namespace detail {
 
-// A job that was started and whose end was not seen yet.
+// A job that was started and may still run.
 struct PendingJob {
   std::string what;  // for messages
   BorvanJob kind = kBorvanJobOther;
@@ -35,7 +35,7 @@ struct PendingJob {
   bool reported = false;     // whether something of this job was seen
 };
 
-// What the process has once, as the library's instance.
+// State that exists once per process, like the library's instance.
 struct ProcessState {
   bool has_camera = false;
   std::optional<PendingJob> pending;
@@ -46,8 +46,8 @@ inline ProcessState& State() {
   return state;
 }
 
-// Calls what starts a job. Returns 1 when it was started, 0 when not, -1 when the call raised: no
-// thread could be created, or memory ran out.
+// Calls the function that starts a job. Returns 1 if it was started, 0 if not, and -1 if the call
+// raised an exception: no thread could be created, or memory ran out.
 #ifdef _MSC_VER
 template <typename Start>
 int StartGuarded(const Start& start) {
@@ -100,7 +100,7 @@ inline std::uint32_t WaitForFile(const PendingJob& job, std::chrono::steady_cloc
 }
 
 inline std::uint32_t WaitForStatus(PendingJob& job, Milliseconds limit, const Progress& progress) {
-  // The end of the job may have come and been cleared since the last call.
+  // The job may have ended since the last call, and the report may have been cleared.
   if (job.reported && GetProgressInfo() == 0) {
     return IsPendingFileComplete(job) ? 0 : std::uint32_t{kBorvanWaitEndMissed};
   }
@@ -126,7 +126,7 @@ inline std::uint32_t WaitForStatus(PendingJob& job, Milliseconds limit, const Pr
   return unseen && IsPendingFileComplete(job) ? 0 : status;
 }
 
-// Waits for the pending job. It stays pending when its end was not seen.
+// Waits for the pending job. It stays pending if its end was missed.
 inline Outcome WaitForPending(Milliseconds limit, const Progress& progress) {
   ProcessState& state = State();
   PendingJob& job = *state.pending;

@@ -15,7 +15,7 @@
 
 namespace borvan {
 
-// A value of JSON. What is asked of a value of another type is empty: "", 0, false, no elements.
+// A value of JSON. Access as another type returns an empty value: "", 0, false, no elements.
 struct Json {
   enum class Type { kNull, kBoolean, kNumber, kText, kArray, kObject };
 
@@ -41,7 +41,7 @@ struct Json {
 
 namespace detail {
 
-// Reads one text. IsGood() is false when it is no JSON.
+// Parses one text. IsGood() is false if it is not valid JSON.
 class JsonReader {
  public:
   explicit JsonReader(const std::string& text) : text_(text) {}
@@ -120,7 +120,7 @@ class JsonReader {
       value.boolean = text_[at_ - 2] == 'u';
       return;
     }
-    // Not by strtod, whose decimal point is that of the locale.
+    // Does not use strtod, because its decimal point depends on the locale.
     const std::size_t end = std::min(text_.find_first_not_of("+-.0123456789Ee", at_), text_.size());
     std::istringstream stream(text_.substr(at_, end - at_));
     stream.imbue(std::locale::classic());
@@ -200,7 +200,7 @@ class JsonReader {
   bool good_ = true;
 };
 
-// Reads `text`; false when it is no JSON.
+// Parses `text`. Returns false if it is not valid JSON.
 inline bool ReadJson(const std::string& text, Json& value) {
   JsonReader reader(text);
   value = reader.Read();

@@ -1,6 +1,6 @@
 #pragma once
 
-// Runs a program with its output in pipes. ProgramFlash uses it; programs use ProgramFlash.
+// Runs a program with its output in pipes. Programs use it through ProgramFlash.
 
 #ifndef NOMINMAX
 #define NOMINMAX
@@ -29,13 +29,13 @@ inline std::wstring FromUtf8(const std::string& text) {
   return wide;
 }
 
-// Appends an argument to a command line, so that the program gets it back as it is.
+// Quotes an argument and appends it to a command line, so that the program receives it unchanged.
 inline void AppendArgument(std::wstring& line, const std::wstring& argument) {
   line += line.empty() ? L"\"" : L" \"";
   std::size_t backslashes = 0;
   for (const wchar_t letter : argument) {
     if (letter == L'"') {
-      line.append(backslashes + 1, L'\\');  // each once more, and one for the mark
+      line.append(backslashes + 1, L'\\');  // doubled, and one for the quotation mark
     }
     backslashes = letter == L'\\' ? backslashes + 1 : 0;
     line += letter;
@@ -158,8 +158,8 @@ class Process {
         return false;
       }
     }
-    // Everyone at that console gets the Ctrl-C. This program ignores it, and stays at the console
-    // until the child has ended.
+    // All processes of that console receive the Ctrl-C. This program ignores it, and stays at the
+    // console until the child has ended.
     attached_ = true;
     SetConsoleCtrlHandler(nullptr, TRUE);
     return GenerateConsoleCtrlEvent(CTRL_C_EVENT, 0) != FALSE;

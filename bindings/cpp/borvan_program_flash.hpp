@@ -1,8 +1,8 @@
 #pragma once
 
-// ProgramFlash: the safe way to program a flash, by `borvanusb flash program` in a process of its
-// own. The tool keeps a backup and a journal, changes only the bytes of the image and reads them
-// back. All texts here are UTF-8. This header includes windows.h.
+// ProgramFlash: the safe way to program a flash, by `borvanusb flash program` in a separate
+// process. The tool keeps a backup and a journal, changes only the bytes of the image and reads
+// them back. All texts here are UTF-8. This header includes windows.h.
 
 #include <atomic>
 #include <chrono>
@@ -20,7 +20,7 @@
 
 namespace borvan {
 
-// How far the work is, as docs/json/progress.schema.json describes it.
+// The progress; see docs/json/progress.schema.json.
 struct ProgramProgress {
   std::string stage;  // read, erase, program or verify
   std::uint64_t done = 0;
@@ -56,7 +56,7 @@ struct FlashRange {
   std::uint32_t last = 0;  // included
 };
 
-// How it ended; docs/json/flash-program.schema.json describes all of `json`.
+// The result. docs/json/flash-program.schema.json describes all of `json`.
 struct ProgramResult {
   std::string state;                // "done", "unchanged" and others
   std::optional<bool> verified;     // nullopt: nothing was read back
@@ -158,8 +158,8 @@ inline bool PassOn(const std::string& line, const ProgramOptions& options) {
 inline constexpr DWORD kWaitMilliseconds = 50;
 inline constexpr int kWaitsAfterEnd = 40;  // without a line
 
-// Follows the process to its end; returns the remarks. An exception of a callback stops the tool as
-// `cancel` does, and leaves this function when the tool has ended.
+// Waits for the end of the process and returns the remarks. An exception of a callback stops the
+// tool as `cancel` does, and is thrown when the tool has ended.
 inline std::string Follow(Process& process, const ProgramOptions& options) {
   std::string remarks;
   std::exception_ptr raised;

@@ -54,7 +54,7 @@ export type ErrorKind =
   | 'cannot-open'
   /** A single access failed; the library gives no code. */
   | 'access'
-  /** The transfers succeeded, but the reply was another one's. */
+  /** The transfers succeeded, but the reply belongs to another request. */
   | 'no-answer'
   /** A register list does not begin with 0xfffd. */
   | 'nothing-written'
@@ -62,14 +62,14 @@ export type ErrorKind =
   | 'status'
   /** A job did not end in time and may still run. */
   | 'time-limit'
-  /** A job's end was not seen. */
+  /** The end of a job was missed. */
   | 'end-missed'
   /** borvanusb can't be started, or ended without a result. */
   | 'process'
   /** borvanusb reported a failure: see ProgramError. */
   | 'program';
 
-/** What every call throws. The message is "CALL: REASON". */
+/** The error that every call throws. The message is "CALL: REASON". */
 export declare class BorvanError extends Error {
   readonly kind: ErrorKind;
   /** The code of borvan_usb_status.h of a failed job; otherwise 0. */
@@ -97,7 +97,7 @@ export declare class ProgramError extends BorvanError {
 export declare class Camera {
   /** Creates the instance. Throws `busy` when another Camera exists. */
   constructor();
-  /** Ends the instance. A job that runs goes on. */
+  /** Ends the instance. A running job continues. */
   close(): void;
   /** The cameras that are plugged in now. Call it when something was plugged in, not in a loop. */
   list(): CameraInfo[];
@@ -122,7 +122,7 @@ export declare class Camera {
   readFlashFile(file: string, first: number, last: number, options?: JobOptions): Promise<void>;
   /**
    * Programs a file without a backup and without reading back: see programFlash for the safe way. It
-   * erases sectors of 4096 bytes counted from `address`, and up to 59 bytes behind the image become 0.
+   * erases sectors of 4096 bytes counted from `address`, and up to 59 bytes after the image become 0.
    */
   writeFlashFile(file: string, address: number, options?: JobOptions): Promise<void>;
   /** Reads 1 to 56 registers of 8 bits into a file, one byte for each; `last` is included. */
@@ -149,7 +149,7 @@ export interface ProgressState {
   /** 0 to 0xffffffff. */
   status: number;
 }
-/** What a value of GetProgressInfo means. */
+/** The meaning of a value of GetProgressInfo. */
 export declare function progressState(value: bigint): ProgressState;
 
 // ---- Safe programming -------------------------------------------------------------------------------
@@ -159,13 +159,13 @@ export interface ProgramOptions {
   address?: number;
   /** Index, IDs such as "1234:0002", name or path; needed when several cameras are plugged in. */
   camera?: string | number;
-  /** Size of the flash, such as "1M" or 1048576, if the tool can't find it. */
+  /** Size of the flash, such as "1M" or 1048576, if the tool can't detect it. */
   flashSize?: string | number;
   /** File for the old bytes; false: no backup. Default: a file beside the image. */
   backup?: string | false;
   /** false: do not read back. */
   verify?: boolean;
-  /** Only find out what would be done. */
+  /** Only show what would be done. */
   dryRun?: boolean;
   /** Restore the old bytes when programming fails. */
   restoreOnFailure?: boolean;
@@ -173,9 +173,9 @@ export interface ProgramOptions {
   force?: boolean;
   /** The journal that belongs to this camera, or "none". */
   journal?: string;
-  /** File for a report, written after a failure too. */
+  /** File for a report. It is also written after a failure. */
   report?: string;
-  /** Longest time without progress, 0.1 to 3600; default 10. */
+  /** Maximum time without progress, 0.1 to 3600; default 10. */
   timeoutSeconds?: number;
   onProgress?: (progress: ProgramProgress) => void;
   /** Receives each other line that the tool writes, such as the name of the backup. */

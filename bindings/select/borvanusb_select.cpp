@@ -1,4 +1,4 @@
-// borvan_select_device as an exported function.
+// Exports borvan_select_device.
 
 #include <borvan_usb.h>
 

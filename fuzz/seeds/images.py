@@ -30,7 +30,7 @@ SRECORD_FILES = {
 
 
 def elf_file(wide, order, segments, cut=0):
-    """An ELF file with program headers: type, offset behind the table, address, size, memory size."""
+    """An ELF file with program headers: type, offset after the table, address, size, memory size."""
     header = 64 if wide else 52
     entry = 56 if wide else 32
     data = header + entry * len(segments)

@@ -78,5 +78,5 @@ TOOL_LISTS = {
 
 
 def with_option(lists):
-    """The same lists behind one byte of options."""
+    """The same lists after one byte of options."""
     return {name: b"\5" + content for name, content in lists.items()}

@@ -17,7 +17,8 @@ constexpr auto kFastInterfaceFailed = static_cast<borvan::Result>(0xE0000007);
 constexpr auto kSlaveOrWidthMissing = static_cast<borvan::Result>(0xE0000008);
 constexpr borvan::Result kNoListHeader = 11;
 
-// A request of 8 bytes on a block that keeps the reply before it, then 56 values behind 8 bytes.
+// A request of 8 bytes in a block that keeps the previous reply. The reply has 56 values after 8
+// bytes.
 template <typename PutHead>
 borvan::Result Receive56(Dialogue& dialogue, List& list, std::uint64_t start, std::uint64_t end,
                          const PutHead& put_head) {
@@ -149,8 +150,8 @@ borvan::Result ModelFlashReadImage(Dialogue& dialogue, Bytes& output, std::uint3
   if (dialogue.Query(5, 64) < 0) {
     return kFastInterfaceFailed;
   }
-  // A range of whole packets is followed by one more, of which nothing is taken; a range of less
-  // than 8 bytes is asked for once, whatever comes of it.
+  // After a range of whole packets, one more packet is requested and ignored. A range of less than
+  // 8 bytes is requested once, whatever the result is.
   const std::uint64_t size = std::uint64_t{end} - start + 1;
   borvan::Result result = 0;
   for (std::uint64_t done = 0; done <= size;) {
@@ -187,7 +188,7 @@ borvan::Result ModelFlashWriteImage(Dialogue& dialogue, Bytes image, std::uint32
     if (borvan::IsBlankPiece(piece)) {
       continue;
     }
-    // Once, and three times more until one answers 0.
+    // The first attempt, and up to three more until one returns 0.
     for (int attempt = 0; attempt < 4; ++attempt) {
       result =
           dialogue.Send(borvan::FlashWritePacket(start + static_cast<std::uint32_t>(at), piece));

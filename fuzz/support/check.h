@@ -6,10 +6,10 @@
 
 namespace borvan_fuzz {
 
-// Prints the broken property and ends the process: the fuzzer keeps the input that showed it.
+// Prints the violated property and ends the process. The fuzzer stores the input.
 [[noreturn]] void Fail(std::string_view what);
 
-// Fails with `what` unless `holds`.
+// Fails with `what` unless the property is true.
 inline void Check(bool holds, std::string_view what) {
   if (!holds) {
     Fail(what);

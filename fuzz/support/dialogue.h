@@ -9,21 +9,21 @@
 
 namespace borvan_fuzz {
 
-// Walks the exchanges of one operation beside what the operation should have said: each step fails
-// the property when another transfer was made, or other bytes were sent.
+// Compares the recorded exchanges of one operation with the expected ones. Each step fails the
+// property if another transfer was made, or if other bytes were sent.
 class Dialogue {
  public:
   explicit Dialogue(const std::vector<Exchange>& exchanges) : exchanges_(exchanges) {}
 
-  // A length query. Afterwards Block() is zeroed and holds `minimum` bytes or the reported length.
-  // A length that no USB control can have is a failure, and the length is 0.
+  // A length query. Afterwards Block() is zeroed and has `minimum` bytes or the reported length. A
+  // length that is impossible for a USB control is a failure and counts as 0.
   borvan::Result Query(std::uint32_t selector, std::size_t minimum);
-  // For accesses whose length is fixed: the report plays no part.
+  // A length query for accesses with a fixed length: the reported length is ignored.
   borvan::Result QueryFixed(std::uint32_t selector, std::uint32_t length);
 
-  // A set of the block, with `command` put at its begin.
+  // A set of the block, which starts with `command`.
   borvan::Result Send(std::span<const std::uint8_t> command);
-  // The same for each command; the last one's result.
+  // The same for each command. Returns the result of the last one.
   template <typename Commands>
   borvan::Result SendAll(const Commands& commands) {
     borvan::Result result = 0;
@@ -39,7 +39,7 @@ class Dialogue {
   std::vector<std::uint8_t>& Block() { return block_; }
   void ClearBlock() { block_.assign(block_.size(), 0); }
 
-  // Fails unless every exchange was walked.
+  // Fails unless all exchanges were compared.
   void End() const;
 
  private:

@@ -59,7 +59,7 @@ borvan::Result Conversation::Answer(const borvan::NodePropertyRequest& request, 
       bytes_returned = exchange.reported;
       break;
     case Direction::kSet:
-      // Read whole: a buffer shorter than its length would show.
+      // Reads the complete buffer, so that a sanitizer detects a buffer that is too short.
       exchange.bytes.assign(buffer, buffer + length);
       AnswerSet(exchange);
       break;
@@ -104,7 +104,7 @@ void Conversation::AnswerSet(Exchange& exchange) {
 void Conversation::AnswerGet(Exchange& exchange) {
   const std::uint32_t kind = input_.Choice(8);
   if (kind == 0) {
-    return;  // nothing moved, and success
+    return;  // success without any data
   }
   if (kind >= 6) {
     exchange.result = static_cast<borvan::Result>(input_.Word());
@@ -114,7 +114,8 @@ void Conversation::AnswerGet(Exchange& exchange) {
   }
   exchange.bytes = input_.Bytes(std::min<std::uint32_t>(input_.Byte(), exchange.length));
   if (kind >= 3 && exchange.bytes.size() >= 4) {
-    // Where hosts look whether a reply is theirs, the tags that they look for.
+    // Writes the tags that hosts expect, at the position where hosts check whether a reply is
+    // theirs.
     constexpr std::array<std::uint8_t, 3> kRegisterTags = {0x28, 0x11, 0x21};
     exchange.bytes[exchange.selector == 1 ? 3 : 0] =
         exchange.selector == 1 ? kRegisterTags[kind % kRegisterTags.size()] : std::uint8_t{0x34};

@@ -16,21 +16,20 @@ enum class Direction { kLengthQuery, kSet, kGet };
 struct Exchange {
   Direction direction = Direction::kLengthQuery;
   std::uint32_t selector = 0;
-  std::uint32_t length = 0;  // handed over
-  std::vector<std::uint8_t>
-      bytes;  // set: what was sent; get: what was moved, no more than `length`
+  std::uint32_t length = 0;         // length of the buffer
+  std::vector<std::uint8_t> bytes;  // set: sent bytes; get: returned bytes, at most `length`
   borvan::Result result = 0;
   std::uint32_t reported = 0;  // length query
 };
 
-// A device that answers whatever the input says: any result, any reported length, replies of any
-// bytes, short ones, tags that fit and tags that do not. When the input is used up it answers every
-// transfer well, so that everything ends.
+// A device that answers as the input determines: any result, any reported length, replies with any
+// bytes, short replies, right and wrong tags. At the end of the input it answers every transfer
+// successfully, so that all operations end.
 class Conversation {
  public:
   explicit Conversation(Input& input) : input_(input) {}
 
-  // Called before each transfer is answered; may use the library itself.
+  // Called before each transfer is answered. It may call the library.
   std::function<void()> before_answer;
 
   std::vector<Exchange> exchanges;
@@ -46,13 +45,13 @@ class Conversation {
   Input& input_;
 };
 
-// What the one control asks from now on; null: nothing is there to be asked.
+// Sets the source of answers for the control; null: the device is not connected.
 void SetConversation(Conversation* conversation);
 
-// The one control of all cameras.
+// The control that all cameras share.
 std::shared_ptr<borvan::ExtensionUnitControl> TheControl();
 
-// What a device of this kind reports.
+// The length that such a device normally reports.
 std::uint32_t UsualLength(std::uint32_t selector);
 
 }  // namespace borvan_fuzz

@@ -32,7 +32,7 @@ std::vector<std::string> LinesOf(std::string text) {
   return lines;
 }
 
-// Whether all are digits, and an even number of them; then `bytes` holds their values.
+// Whether the text has an even number of digits and nothing else. Then `bytes` has their values.
 bool Decode(const std::string& digits, std::vector<unsigned>& bytes) {
   bytes.clear();
   if (digits.size() % 2 != 0) {
@@ -57,7 +57,7 @@ unsigned SumOf(const std::vector<unsigned>& bytes) {
   return sum % 256;
 }
 
-// `count` bytes from `first` on as a number.
+// `count` bytes from `first` as a number.
 std::uint64_t Number(const std::vector<unsigned>& bytes, std::size_t first, std::size_t count) {
   std::uint64_t number = 0;
   for (std::size_t i = 0; i < count; ++i) {
@@ -71,7 +71,7 @@ bool Put(ImageBytes& image, std::uint64_t address, std::uint64_t byte) {
          image.emplace(address, static_cast<std::uint8_t>(byte)).second;
 }
 
-// Some bytes, and not in too many pieces.
+// Whether there are bytes, in not too many pieces.
 bool IsImage(const ImageBytes& image) {
   std::size_t pieces = 0;
   std::uint64_t next = kEndOfAddresses + 1;
@@ -167,7 +167,7 @@ std::optional<ImageBytes> ModelOfSRecord(const std::string& file) {
 
 namespace {
 
-// A number of an ELF file that lies within it; nothing beyond its end.
+// Reads numbers of an ELF file; nothing beyond its end.
 class ElfModel {
  public:
   explicit ElfModel(const std::vector<std::uint8_t>& file) : file_(file) {}
@@ -183,7 +183,8 @@ class ElfModel {
     const std::uint64_t table = wide_ ? Get(32, 8) : Get(28, 4);
     const std::uint64_t size = wide_ ? Get(54, 2) : Get(42, 2);
     const std::uint64_t count = wide_ ? Get(56, 2) : Get(44, 2);
-    // All numbers of the table are below 2^32, or the place is beyond any file.
+    // All numbers in the table are below 2^32, otherwise the position is beyond the end of the
+    // file.
     if (count == 0 || count == 0xFFFF || size < (wide_ ? 56U : 32U) || table > file_.size() ||
         table + size * count > file_.size()) {
       return std::nullopt;

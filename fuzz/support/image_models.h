@@ -11,17 +11,18 @@
 
 namespace borvan_fuzz {
 
-// Image files read a second time, byte by byte into a map and without a look at the tool's readers.
+// Independent readers of image files. They store byte by byte in a map and share no code with the
+// tool's readers.
 
 using ImageBytes = std::map<std::uint64_t, std::uint8_t>;
 
-// Nothing for a file that must be refused.
+// Return nothing for a file that must be rejected.
 std::optional<ImageBytes> ModelOfIntelHex(const std::string& file);
 std::optional<ImageBytes> ModelOfSRecord(const std::string& file);
 std::optional<ImageBytes> ModelOfElf(const std::vector<std::uint8_t>& file);
 
-// What the tool's reader makes of the file must be what the model makes of it. Returns the
-// segments; none for a file that is refused.
+// Checks that the tool's reader gives the same result as the model. Returns the segments; none for
+// a rejected file.
 borvanusb::Segments CheckAgainst(const std::optional<ImageBytes>& model,
                                  const std::function<borvanusb::ImageContent()>& read);
 

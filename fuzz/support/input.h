@@ -8,8 +8,8 @@
 
 namespace borvan_fuzz {
 
-// The fuzzer's bytes, taken from front to back. Behind the end everything is 0 or empty, so every
-// input says something.
+// Takes values from the fuzzer's bytes, from front to back. After the end, everything is 0 or
+// empty, so every input is valid.
 class Input {
  public:
   Input(const std::uint8_t* data, std::size_t size) : rest_(data, size) {}
@@ -22,11 +22,11 @@ class Input {
   std::uint32_t Word();
   // 0 to `choices` - 1, from one byte; `choices` is 1 to 256.
   std::uint32_t Choice(std::uint32_t choices) { return Byte() % choices; }
-  // As many bytes as are left, at most `count`.
+  // The next `count` bytes, or fewer at the end.
   std::vector<std::uint8_t> Bytes(std::size_t count);
-  // A length in one byte, and as many characters.
+  // A text: one byte for its length, then its characters.
   std::string Text();
-  // All that is left.
+  // All remaining bytes.
   std::vector<std::uint8_t> Rest() { return Bytes(rest_.size()); }
 
  private:

@@ -22,7 +22,7 @@ void AddRow(List& list, std::uint32_t count, std::uint32_t value) {
 
 }  // namespace
 
-// One byte says what comes: below 64 a row of so many registers and one, and so on.
+// One byte selects the next part: below 64, that number plus one of adjacent registers, and so on.
 std::vector<borvan::ListEntry> TakeList(Input& input) {
   List list;
   while (!input.Empty() && list.size() < kMostEntries) {

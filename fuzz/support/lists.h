@@ -7,8 +7,8 @@
 
 namespace borvan_fuzz {
 
-// Takes a list of registers and markers: rows of registers, gaps, single ones, markers of both
-// kinds of lists, and numbers of any size. At most some hundred entries.
+// Takes a list from the input: adjacent and single registers, gaps, markers of both kinds of lists,
+// and numbers of any size. It has at most a few hundred entries.
 std::vector<borvan::ListEntry> TakeList(Input& input);
 
 }  // namespace borvan_fuzz

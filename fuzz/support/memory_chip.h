@@ -12,28 +12,29 @@
 
 namespace borvan_fuzz {
 
-// The virtual camera's chip without files and without the host around it.
+// The virtual camera's chip without files and without its host.
 class MemoryChip {
  public:
   static constexpr std::uint32_t kFlashSize = 64 * 1024;
 
   MemoryChip();
 
-  // To be changed before the first block.
+  // May be changed until the first block.
   virtual_camera::CameraConfiguration configuration;
 
-  // Freshly powered; the flash stays.
+  // Restarts the chip. The flash is kept.
   void Restart() { state_ = {}; }
 
   void FillFlash(std::uint8_t byte);
 
-  // Hands a block over. Fails the property unless the chip takes it.
+  // Sends a block. Fails the property unless the chip accepts it.
   void Take(std::uint32_t selector, std::span<const std::uint8_t> block);
 
-  // What the next get on a selector answers, and takes it.
+  // Takes the answer to the next get on a selector.
   virtual_camera::Reply TakeReply(std::uint32_t selector);
 
-  // Register (0 for the chip, 1 + slave for a sensor; its address) and value, as written.
+  // The written registers (0 for the chip, 1 + slave for a sensor; and the address) with their
+  // values.
   std::map<std::pair<std::uint32_t, std::uint32_t>, std::uint32_t> Written() const;
 
   std::vector<std::uint8_t> Flash() const { return file_.Content(); }

@@ -7,7 +7,7 @@
 
 namespace borvan_fuzz {
 
-// A file in memory that opens by its path like any other.
+// A file in memory that can be opened by its path.
 class MemoryFile {
  public:
   MemoryFile();

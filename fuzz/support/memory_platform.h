@@ -9,15 +9,15 @@
 
 namespace borvan_fuzz {
 
-// One device of the system's list, and what comes of opening it.
+// A device in the system's list, and the result of opening it.
 struct ListedDevice {
   std::optional<std::u16string> path;
   std::optional<std::u16string> name;
   unsigned vendor_nodes = 1;
-  bool refuses = false;  // at the end of its opening
+  bool refuses = false;  // fails at the end of opening
 };
 
-// What the system says, for every platform object from now on.
+// The simulated system, for all platform objects.
 struct SystemScript {
   std::optional<borvan::SystemVersion> version = borvan::SystemVersion{10, 0};
   borvan::VideoInputListing::Outcome outcome = borvan::VideoInputListing::Outcome::kWalked;
@@ -26,12 +26,12 @@ struct SystemScript {
 };
 SystemScript& TheSystem();
 
-// The system that TheSystem describes. All its vendor nodes are the one control of
-// SetConversation (hostile_control.h). Device objects keep references for ever, so what they keep
-// here is small.
+// Creates a platform for the system in TheSystem. All its vendor nodes use the control of
+// SetConversation (hostile_control.h). Device objects leak references, so the objects kept here are
+// small.
 std::unique_ptr<borvan::DevicePlatform> MakeMemoryPlatform();
 
-// Latin 1, and "?" for what is not in it.
+// Converts to Latin 1, with "?" for other characters.
 std::string NarrowText(std::u16string_view wide);
 
 }  // namespace borvan_fuzz

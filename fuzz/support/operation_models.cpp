@@ -1,4 +1,4 @@
-// The single accesses; the lists and images are in bulk_models.cpp.
+// Single accesses. Lists and images are in bulk_models.cpp.
 
 #include "support/operation_models.h"
 
@@ -33,7 +33,7 @@ borvan::Result ModelRegisterRead(Dialogue& dialogue, std::uint32_t address, bool
   const Bytes& block = dialogue.Block();
   Bytes low(4);
   if (wide) {
-    dialogue.Receive();  // a failure here plays no part
+    dialogue.Receive();  // its result is ignored
     low.assign(block.begin(), block.begin() + 4);
   }
   const borvan::Result result = dialogue.Receive();
@@ -95,7 +95,8 @@ borvan::Result ModelFlashRead(Dialogue& dialogue, std::uint32_t address, std::st
     dialogue.Send(borvan::FlashReadWord(at));
     return dialogue.Receive() >= 0;
   };
-  // The request's bytes stay where a reply brings none; those of the repetitions are not looked at.
+  // Bytes of the request remain where the reply has none. The replies of the repetitions are not
+  // evaluated.
   if (!read(address)) {
     for (std::uint32_t k = 1; k < 4; ++k) {
       const bool below = read(address - k);

@@ -11,13 +11,13 @@
 
 namespace borvan_fuzz {
 
-// What each operation of the device object says to the camera, and what it makes of the answers, as
-// plain as possible. Each walks the dialogue and gives the result that the operation must have.
+// Simple models of the device object's operations: the bytes that they send, and how they evaluate
+// the answers. Each one checks the dialogue and returns the expected result of the operation.
 
 using Bytes = std::vector<std::uint8_t>;
 using List = std::vector<borvan::ListEntry>;
 
-// `value` is replaced where the operation must replace it.
+// `value` is changed only if the operation must change it.
 borvan::Result ModelRegisterRead(Dialogue& dialogue, std::uint32_t address, bool wide,
                                  std::string& value);
 borvan::Result ModelRegisterWrite(Dialogue& dialogue, std::uint32_t address, std::uint32_t value,

@@ -13,7 +13,7 @@ namespace {
 
 thread_local Turns* g_turns = nullptr;
 
-// No thread of the system has it.
+// A value that no thread of the system has.
 constexpr pthread_t kWaitingThread = 1;
 
 }  // namespace
@@ -45,9 +45,9 @@ Turns* Turns::OfThisThread() {
 
 }  // namespace borvan_fuzz
 
-// The system's functions, for the whole program: threads without turns, the fuzzer's own among
-// them, get what they always got. What a sanitizer puts in their place stands behind the first
-// names.
+// Replaces the system's functions in the whole program. Other threads, such as the fuzzer's own,
+// get the original behaviour. If a sanitizer replaces these functions, its versions are called by
+// the first names.
 extern "C" {
 
 int __interceptor_pthread_create(pthread_t* thread, const pthread_attr_t* attributes,

@@ -6,27 +6,26 @@
 
 namespace borvan_fuzz {
 
-// While one lives, the threads that its own thread starts wait until they are told to run, one
-// after the other, on that same thread; and sleeping takes no time but moves the steady clock on.
-// What several threads do is the same each time then, and a task that waits for seconds is done at
-// once.
+// While an object exists, threads that its own thread starts are queued and run on request, one
+// after another, on that same thread. Sleeping takes no time, but advances the steady clock. So the
+// behaviour of several threads is reproducible, and tasks that wait for seconds finish immediately.
 class Turns {
  public:
   Turns();
-  // Runs what still waits.
+  // Runs all queued threads.
   ~Turns();
   Turns(const Turns&) = delete;
   Turns& operator=(const Turns&) = delete;
 
-  // Runs the thread that was started first, to its end. False when none waits.
+  // Runs the first queued thread to its end. Returns false if there is none.
   bool RunNext();
 
   std::size_t Waiting() const { return threads_.size(); }
 
-  // What was slept so far.
+  // The total time slept.
   std::chrono::nanoseconds Slept() const { return slept_; }
 
-  // For the system's functions that take part.
+  // Used by the replaced system functions.
   using Procedure = void* (*)(void*);
   void Add(Procedure procedure, void* argument) { threads_.push_back({procedure, argument}); }
   void Sleep(std::chrono::nanoseconds time) { slept_ += time; }

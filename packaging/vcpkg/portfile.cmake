@@ -1,8 +1,8 @@
 # An overlay port, to be used from the source tree: vcpkg install borvanusb --overlay-ports=packaging/vcpkg
-# Not tried: there is no vcpkg on the machines that build and test this product.
+# Not tested, because the machines that build and test this product have no vcpkg.
 get_filename_component(SOURCE_PATH "${CMAKE_CURRENT_LIST_DIR}/../.." ABSOLUTE)
 
-# A DLL with a C interface serves debug builds of its hosts too.
+# Debug builds of hosts can use the release DLL, because its interface is C.
 set(VCPKG_BUILD_TYPE release)
 
 vcpkg_check_linkage(ONLY_DYNAMIC_LIBRARY)

@@ -11,7 +11,7 @@ borvan_add_gtest(tool_whole_test SOURCES whole_tool_test.cpp LIBRARIES borvanusb
                  borvanusb_test_schemas)
 borvan_add_gtest(tool_document_test SOURCES tool_document_test.cpp LIBRARIES borvanusb_core)
 target_compile_definitions(tool_document_test PRIVATE BORVAN_SOURCE_FOLDER="${PROJECT_SOURCE_DIR}")
-# The scripts are for shells; here there is one of the two.
+# On Windows, only the script for PowerShell is tested, because the other shells are missing.
 if(WIN32)
   borvan_add_gtest(tool_scripts_test SOURCES manual_test.cpp powershell_completion_test.cpp LIBRARIES
                    borvanusb_test_support)

@@ -1,4 +1,4 @@
-// The completion script for bash, as bash runs it.
+// The completion script for bash, run by bash.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -41,7 +41,7 @@ class BashCompletionTest : public testing::Test {
     fs::permissions(file, fs::perms::owner_all);
   }
 
-  // What bash offers for the last of the words, which are as bash splits a line.
+  // The words that bash offers for the last word. `words` are split as bash splits a line.
   std::vector<std::string> Offered(const std::vector<std::string>& words) {
     std::string program = "cd '" + (folder_ / "files").string() + "'; . ../script; COMP_WORDS=(";
     for (const std::string& word : words) {
@@ -108,7 +108,7 @@ TEST_F(BashCompletionTest, FilesWhereFilesAreMeant) {
   EXPECT_THAT(Offered({"borvanusb", "info", "--camera", ""}), IsEmpty());
 }
 
-// The program that is asked for names prints what it was asked.
+// The fake program prints its arguments.
 TEST_F(BashCompletionTest, NamesOfTheProfile) {
   WriteProgram("echo \"$*\"");
   EXPECT_THAT(Offered({"./borvanusb", "reg", "read", "SENSOR.G"}),

@@ -21,7 +21,7 @@ TEST_F(BenchTest, MeasuresEachSelectorThatChangesNothing) {
   EXPECT_EQ(desk_.Do(BenchCommand{100, {}}, "bench"), ExitCode::kDone);
   const auto& selectors = desk_.result["selectors"];
   ASSERT_EQ(selectors.size(), 7U);
-  // A byte read: 125 us for 4 transfers, made twice.
+  // A byte read: 4 transfers of 125 us, made twice.
   EXPECT_EQ(selectors[0]["rounds"], 100);
   EXPECT_EQ(selectors[0]["transfers"], 8);
   EXPECT_NEAR(selectors[0]["median_us"], 125, 1e-6);
@@ -30,7 +30,7 @@ TEST_F(BenchTest, MeasuresEachSelectorThatChangesNothing) {
   EXPECT_EQ(selectors[3]["note"], "not measured: it would write");
   EXPECT_EQ(selectors[3]["median_us"], nullptr);
   EXPECT_EQ(selectors[5]["measured"], false);
-  // 32 KiB: 512 packets in the fake, 2064 transfers of the library.
+  // 32 KiB: 512 packets in the fake camera, 2064 transfers with the library.
   EXPECT_EQ(selectors[4]["rounds"], 10);
   EXPECT_EQ(selectors[4]["transfers"], 2064);
   EXPECT_NEAR(selectors[4]["median_us"], 64000, 1e-6);
@@ -40,8 +40,8 @@ TEST_F(BenchTest, MeasuresEachSelectorThatChangesNothing) {
 TEST_F(BenchTest, SaysWhatItMeansForProgramming) {
   desk_.Do(BenchCommand{10, {}}, "bench");
   const auto& estimate = desk_.result["estimate"];
-  // 17477 packets of 60 bytes and 256 erases; 16384 packets read by two transfers, twice,
-  // with 4 transfers a job of 64 KiB and some at both ends.
+  // Writing: 17477 packets of 60 bytes and 256 erases. Reading: 16384 packets with two transfers,
+  // twice, plus 4 transfers for each job of 64 KiB and some at both ends.
   EXPECT_EQ(estimate["program_transfers"], 17733);
   EXPECT_EQ(estimate["read_transfers"], 65672);
   const double transfer = 0.064 / 2064;

@@ -1,4 +1,4 @@
-// Which camera --camera means.
+// The camera that --camera selects.
 #include "camera/camera_choice.h"
 
 #include <gmock/gmock.h>
@@ -40,7 +40,7 @@ TEST(CameraChoiceTest, IndexPathIdsAndNameMeanOneWhole) {
   EXPECT_EQ(Chosen(R"(\\?\USB#vid_1234&pid_0001&mi_00#6&2a8c5f1&0&0001)"), 1);
   EXPECT_EQ(Chosen("12ab:0002"), 2);
   EXPECT_EQ(Chosen("REAR camera"), 1);
-  // A whole name may be as short as it likes.
+  // A full name may be short.
   EXPECT_EQ(Chosen("b"), 2);
 }
 
@@ -52,7 +52,7 @@ TEST(CameraChoiceTest, PartsOfThreeCharactersAndMoreDoWhereNothingMatchesWhole) 
 }
 
 TEST(CameraChoiceTest, FewerCharactersAreNoPart) {
-  // Each stands in a path or a name of one camera alone.
+  // Each text occurs in the path or name of only one camera.
   for (const std::string choice : {"F", "r", "re", "ab", "nt"}) {
     const Failure failure = FailureOf(choice);
     EXPECT_EQ(failure.Code(), ExitCode::kNoCamera);
@@ -62,7 +62,7 @@ TEST(CameraChoiceTest, FewerCharactersAreNoPart) {
                   ", and a part of a path or name needs at least 3 characters; there are: 0  "));
   }
   EXPECT_THAT(FailureOf("elsewhere").Message(), Not(HasSubstr("3 characters")));
-  // Characters, not bytes: two of them here.
+  // Two characters, but more bytes.
   std::vector<CameraIdentity> cameras = Cameras();
   cameras[0].name = "\xE5\x89\x8D\xE7\xBD\xAE\xE6\x91\x84\xE5\x83\x8F";
   EXPECT_EQ(FailureOf("\xE5\x89\x8D\xE7\xBD\xAE", cameras).Code(), ExitCode::kNoCamera);
@@ -80,12 +80,12 @@ TEST(CameraChoiceTest, PartsOfIdsMeanNoCamera) {
   }
   EXPECT_EQ(FailureOf("1234:0009", cameras).Code(), ExitCode::kNoCamera);
   EXPECT_EQ(FailureOf("1234:0001", cameras).Code(), ExitCode::kSeveralCameras);
-  // What can't be IDs is a part like others.
+  // Texts that are not IDs are searched like others.
   EXPECT_EQ(ChooseCamera(cameras, "Line 12:").index, 0);
 }
 
 TEST(CameraChoiceTest, IndexStaysAnIndex) {
-  // Digits stand in every path.
+  // These digits occur in every path.
   EXPECT_EQ(Chosen("0001"), 1);
   EXPECT_EQ(FailureOf("1234").Code(), ExitCode::kNoCamera);
   EXPECT_THAT(FailureOf("3").Message(), HasSubstr("there is no camera 3, the highest index is 2"));

@@ -1,4 +1,4 @@
-// Command lines that can't be right: which argument, and what is allowed.
+// Invalid command lines: the message names the argument and what is allowed.
 #include <gtest/gtest.h>
 
 #include "base/failure.h"
@@ -53,7 +53,7 @@ TEST(CommandLineErrorsTest, WordIsShownWholeUnlessItIsEndless) {
   const std::string longest(256, 'x');
   ExpectRefused({longest}, "there is no command \"" + longest + "\"");
   ExpectRefused({longest + "y"}, "there is no command \"" + longest + "...\"");
-  // 127 characters of two bytes fit, and half of the next.
+  // 127 characters of two bytes fit, but only half of the next one.
   std::string two_bytes = "x";
   for (int i = 0; i < 127; ++i) {
     two_bytes += "\xC3\xA4";
@@ -85,7 +85,7 @@ TEST(CommandLineErrorsTest, MissingValueNamesTheCommandsOwnOption) {
   EXPECT_EQ(FailureOf({"flash", "verify", "i.bin", "--address"}).Hint(),
             "borvanusb flash verify --help shows more.");
   EXPECT_EQ(FailureOf({"--camera"}).Hint(), "borvanusb --help shows more.");
-  // Several commands have options of one name.
+  // Several commands have options of the same name.
   for (const CommandDescription& command : DescribeTool().commands) {
     for (const OptionDescription& option : command.options) {
       if (!option.positional && !option.value.empty()) {
@@ -208,7 +208,7 @@ TEST(CommandLineErrorsTest, ContradictionsAreRefused) {
                 "--mode: describes a sensor's registers; needs --slave, the sensor's address");
 }
 
-// An option that was ignored would let its user believe that it counts.
+// An ignored option would make its user believe that it has an effect.
 TEST(CommandLineErrorsTest, CommonOptionThatWouldBeIgnoredIsRefused) {
   ExpectRefused({"list", "--camera", "9"},
                 "--camera: does not apply to list, which lists all cameras");

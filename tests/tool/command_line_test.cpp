@@ -1,4 +1,4 @@
-// What command lines mean.
+// The values that command lines are parsed to.
 #include <gtest/gtest.h>
 
 #include "command/command_line.h"

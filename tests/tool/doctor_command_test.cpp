@@ -1,4 +1,4 @@
-// doctor: what it tells, and the cause that it finds.
+// doctor: its report, and the cause that it finds.
 #include "station/doctor.h"
 #include "support/command_desk.h"
 

@@ -35,7 +35,7 @@ std::string Line(std::uint32_t address, std::uint32_t value, int value_digits = 
   return Digits(address, 4) + ", " + Digits(value, value_digits) + ",\n";
 }
 
-// Values of registers in a row: by chance, all alike, zeros, the same again after each block of 56.
+// Values of adjacent registers: random, all equal, zeros, repeated after each block of 56.
 std::vector<NamedBytes> RegisterContents(std::size_t size) {
   const Bytes random = RandomBytes(size, 11);
   Bytes repeating(size);
@@ -190,7 +190,7 @@ std::string WrongLoad(const SweepTest& rig, const RunEnd& end,
 TEST_F(SweepTest, RegLoadVerify) {
   FaultSweep sweep(*this);
   for (const NamedBytes& values : RegisterContents(100)) {
-    // A long row, single ones, one of them twice.
+    // Many adjacent registers, single ones, and one that occurs twice.
     std::string list = Line(0xFFFD, 0) + Line(0xFFFE, 0);
     std::vector<Expected> registers;
     for (std::uint32_t i = 0; i < 80; ++i) {
@@ -289,8 +289,8 @@ TEST_F(SweepTest, I2cDump) {
   }
 }
 
-// Registers that never answer, in the middle of others: blocks that reach over them are refused
-// each time, and all that the library reports is the end of the last one.
+// Registers that never answer, between others. Blocks that contain them are always refused, and the
+// library only reports the end of the last block.
 TEST_F(SweepTest, I2cDumpOverARegisterThatNeverAnswers) {
   for (const NamedBytes& values : RegisterContents(150)) {
     for (const std::uint32_t silent : {0x3001U, 0x3038U, 0x3040U, 0x3070U, 0x3095U}) {

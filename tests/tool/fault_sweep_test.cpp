@@ -1,4 +1,4 @@
-// One bad transfer anywhere: whatever it is, a command ends with the truth.
+// One bad transfer anywhere: the command must report a true result in every case.
 #include <nlohmann/json.hpp>
 
 #include "command/command.h"
@@ -38,7 +38,7 @@ std::vector<ImagePlace> Images() {
           {"10 KiB with repeats", 0x5800, RepeatingBytes(10240)}};
 }
 
-// Every file with the sectors' old bytes must hold them as they were.
+// Every file with the sectors' old bytes must contain them unchanged.
 std::string WrongBackup(const SweepTest& rig, const Bytes& old, const std::string& image) {
   for (const std::string& name : rig.FilesThatEnd(".bin")) {
     if (name == image) {
@@ -101,7 +101,7 @@ TEST_F(SweepTest, FlashProgram) {
   }
 }
 
-// Of an image that the flash holds already, wholly or but for a byte.
+// The flash already contains the image, completely or except for one byte.
 TEST_F(SweepTest, FlashProgramOfWhatIsThere) {
   FaultSweep sweep(*this);
   for (const NamedBytes& flash : FlashContents()) {
@@ -124,12 +124,12 @@ TEST_F(SweepTest, FlashProgramOfWhatIsThere) {
   }
 }
 
-// Addresses behind the flash's end begin anew: the image would overwrite its beginning.
+// Addresses wrap at the flash's end, so the image would overwrite the beginning.
 TEST_F(SweepTest, FlashProgramBeyondTheEnd) {
   FaultSweep sweep(*this);
   for (const NamedBytes& flash : FlashContents()) {
     if (flash.name == "blank" || flash.name == "all zeros") {
-      continue;  // there the size can't be told
+      continue;  // the size can't be detected there
     }
     Scenario scenario = Program(flash, {"beyond the end", 0xF800, RandomBytes(4096, 6)}, false);
     scenario.expected = ExitCode::kFile;
@@ -147,7 +147,7 @@ TEST_F(SweepTest, FlashProgramRestoring) {
   }
 }
 
-// Looking at the flash
+// Reading the flash
 
 TEST_F(SweepTest, FlashRead) {
   FaultSweep sweep(*this);
@@ -235,7 +235,7 @@ TEST_F(SweepTest, FlashMap) {
   FaultSweep sweep(*this);
   constexpr Range kRange{0x4000, 0x6FFF};
   for (const NamedBytes& flash : FlashContents()) {
-    // The sector in the middle is blank but for its last byte, the last one is blank.
+    // The middle sector is blank except for its last byte; the last sector is blank.
     Bytes content = Overlaid(flash.bytes, 0x5000, Bytes(2 * kSector, 0xFF));
     content[0x5FFF] = 0x7F;
     Scenario scenario;

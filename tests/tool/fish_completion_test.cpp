@@ -1,4 +1,4 @@
-// The completion script for fish, as fish runs it.
+// The completion script for fish, run by fish.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -25,7 +25,7 @@ class FishCompletionTest : public testing::Test {
     shell_.WriteProgram();
   }
 
-  // What fish offers at the end of a line.
+  // The words that fish offers at the end of a line.
   std::vector<std::string> Offered(const std::string& line) {
     return shell_.Run("set -x HOME $PWD; set -x PATH $PWD $PATH; source script; complete -C '" +
                       line + "'");

@@ -36,13 +36,13 @@ borvan_add_gtest(
   SOURCES flash_sequences_judge.cpp flash_sequences_test.cpp
   LIBRARIES borvanusb_flash_test_support
   TIMEOUT 600)
-# Its model compares whole flashes after each command, thousands of times.
+# Optimised, because its model compares whole flashes thousands of times.
 if(NOT MSVC)
   target_compile_options(tool_flash_sequences_test PRIVATE -O2)
   set_target_properties(tool_flash_sequences_test PROPERTIES DISABLE_PRECOMPILE_HEADERS ON)
 endif()
 
-# Image files against other programs' readers and writers. Debian's Python has the module intelhex.
+# Compares image files with other programs. Debian's Python has the module intelhex.
 find_program(BORVAN_DEBIAN_PYTHON NAMES python3 PATHS /usr/bin NO_DEFAULT_PATH)
 add_executable(exchange_images images/exchange_images.cpp)
 target_link_libraries(exchange_images PRIVATE borvan_options borvanusb_core)

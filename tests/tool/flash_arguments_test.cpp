@@ -55,7 +55,7 @@ TEST(FlashArgumentsTest, SingleAddressIsNoRangeOfFlash) {
   ExpectRefused({"flash", "read", "0xffffffff", "a.bin"},
                 R"(RANGE: "0xffffffff" is a single address; a range has a size or a last address, )"
                 "too: 0xffffffff+4K or 0xffffffff-0xffffffff; all means the whole flash");
-  // Where one byte is meant, both forms say so.
+  // Both notations for a single byte are accepted.
   EXPECT_EQ(As<FlashReadCommand>({"flash", "read", "1M+1", "a.bin"}).range,
             (Range{0x100000, 0x100000}));
   EXPECT_EQ(As<FlashReadCommand>({"flash", "read", "1M-1M", "a.bin"}).range,

@@ -177,7 +177,7 @@ TEST_F(FlashCommandsTest, EraseThatLeavesBytesIsToldWhere) {
 }
 
 TEST_F(FlashCommandsTest, EraseThatFailsTellsWhatIsErased) {
-  // Behind the look at four sectors and two erases.
+  // After reading four sectors and two erases.
   FailFrom(4 * 64 + 3);
   const Outcome outcome = Run(FlashEraseCommand{{0x1000, 0x4FFF}, true, false, {}});
   EXPECT_EQ(outcome.code, ExitCode::kDevice);

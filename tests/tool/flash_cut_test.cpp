@@ -1,12 +1,12 @@
-// Power, cable or process may go at any transfer: a plain second run must finish the work, and the
-// bytes beside the image must be those from before.
+// An interruption at any transfer: a simple second run must finish the work, and the bytes beside
+// the image must be unchanged.
 #include "flash/program.h"
 #include "flash_support.h"
 
 namespace borvanusb::tool_test {
 namespace {
 
-// Where the cut-off programming's failure comes from.
+// The exit code of the interruption.
 class FlashCutTest : public FlashTest {
  protected:
   FlashCutTest() { Prepare(Pattern(0x1500, 2), 0x1F00); }
@@ -42,12 +42,12 @@ class FlashCutTest : public FlashTest {
     const Outcome outcome = Run(command_);
     EXPECT_EQ(outcome.code, ExitCode::kDone) << where << ": " << outcome.message;
     EXPECT_TRUE(flash() == Wanted()) << where;
-    // A journal whose bytes nobody missed may be another camera's: it stays.
+    // A journal whose bytes are not missing may belong to another camera, so it stays.
     EXPECT_FALSE(harmed && HasJournal() && leftovers == Leftovers::kNone) << where;
     std::filesystem::remove_all(host.journal_folder);
   }
 
-  // At each transfer, or at every `step`-th of them.
+  // Interrupts at each transfer, or at every `step`-th one.
   void ExpectEveryCutIsMended(ExitCode code, std::uint64_t step = 1) {
     for (std::uint64_t transfer = 1; transfer <= transfers_; transfer += step) {
       flash() = before_;
@@ -107,7 +107,7 @@ TEST_F(FlashCutTest, SecondRunThatIsCutTooIsMendedByAThird) {
       EXPECT_EQ(Run(command_).code, ExitCode::kDevice);
       FailFrom(second);
       Run(command_);
-      // What the first cut left alone keeps its journal.
+      // Sectors that the first interruption did not affect keep their journal.
       ExpectSecondRunFinishes(std::to_string(first) + " and " + std::to_string(second),
                               Leftovers::kAllowed);
     }
@@ -161,7 +161,7 @@ TEST_F(FlashCutTest, SectorsThatCameOutWrongAreMendedByASecondRun) {
 TEST_F(FlashCutTest, EraseThatSetOnlySomeBitsIsMended) {
   FailFrom(202 + 73);
   EXPECT_EQ(Run(command_).code, ExitCode::kDevice);
-  // The power went in the middle of erasing the first sector.
+  // Simulates a power failure during the erase of the first sector.
   for (std::size_t i = 0; i < 0x1000; ++i) {
     flash()[0x1000 + i] |= static_cast<std::uint8_t>(i * 37);
   }

@@ -1,4 +1,4 @@
-// Nothing is read, compared, erased or written beyond the flash's end.
+// Nothing is read, compared, erased or written beyond the end of the flash.
 #include "flash/erase.h"
 #include "flash/map.h"
 #include "flash/read.h"
@@ -11,7 +11,7 @@ namespace {
 
 constexpr std::size_t kMebi = std::size_t{1} << 20U;
 
-// A flash of 1 MiB that tells its size: its first 64 KiB hold firmware.
+// A flash of 1 MiB whose size can be detected, because its first 64 KiB contain firmware.
 class FlashEndTest : public FlashTest {
  protected:
   FlashEndTest() {
@@ -19,7 +19,7 @@ class FlashEndTest : public FlashTest {
     before_ = flash();
   }
 
-  // Whether addresses wrap or don't answer, the command must be refused before it does anything.
+  // The command must be rejected before any change, whether addresses wrap or do not answer.
   template <typename Command>
   void ExpectRefused(const Command& command, ExitCode code, const std::string& begin) {
     for (const bool wraps : {true, false}) {
@@ -102,7 +102,8 @@ TEST_F(FlashEndTest, ReadOfTheWholeFlashTakesFewTransfersMore) {
   EXPECT_EQ(chip().transfers - before, kMebi / 64);
 }
 
-// A short loader is all that the first 64 KiB hold: too little for a glance, enough for `info`.
+// The first 64 KiB contain only a short loader: too little for the quick detection, but enough for
+// `info`.
 TEST_F(FlashEndTest, FlashThatTellsItsSizeToACloseLookTellsItHereToo) {
   before_ = Overlaid(Bytes(kMebi, 0xFF), 0, Pattern(256, 1));
   flash() = before_;
@@ -117,7 +118,7 @@ TEST_F(FlashEndTest, FlashThatTellsItsSizeToACloseLookTellsItHereToo) {
 }
 
 TEST_F(FlashEndTest, SizeThatIsToldCountsAndNothingIsLookedAt) {
-  // The camera's addresses would allow each of these.
+  // The addresses themselves are valid in the camera.
   const std::string image = WriteFile("image.bin", Pattern(100, 1));
   const auto refuse = [&](auto command, ExitCode code) {
     command.flash_size = 0x10000;
@@ -145,7 +146,7 @@ TEST_F(FlashEndTest, SizeThatCantBeFoundOutIsRemarkedAndNothingRefused) {
   EXPECT_EQ(output->notes,
             "the flash's size is unknown: the first 64 KiB are blank; pass --flash-size to "
             "check that nothing reaches beyond its end\n");
-  // Every flash has 64 KiB.
+  // Every flash has at least 64 KiB.
   EXPECT_EQ(Run(FlashReadCommand{{0, 0xFFFF}, File("dump.bin")}).code, ExitCode::kDone);
   EXPECT_EQ(output->notes, "");
 }

@@ -10,7 +10,7 @@
 namespace borvanusb::tool_test {
 namespace {
 
-// 0x10 gets 1 2 3 4, 0x2000 gets aa bb; 02+20+aa+bb = 187.
+// 1 2 3 4 at 0x10, aa bb at 0x2000; 02+20+aa+bb = 187.
 constexpr std::string_view kHex = ":0400100001020304E2\r\n:02200000AABB79\r\n:00000001FF\r\n";
 
 class FlashFormatsTest : public FlashTest {
@@ -29,7 +29,7 @@ class FlashFormatsTest : public FlashTest {
                     Bytes{0xAA, 0xBB});
   }
 
-  // A command that must be refused before the camera is asked anything.
+  // A command that must be rejected before accessing the camera.
   template <typename Command>
   std::string Refused(const Command& command, ExitCode code = ExitCode::kFile) {
     const std::uint64_t transfers = chip().transfers;
@@ -117,7 +117,7 @@ TEST_F(FlashFormatsTest, ImageBeyondTheFlashIsRefused) {
 }
 
 TEST_F(FlashFormatsTest, FileThatSpreadsOverGigabytesTakesNoSpace) {
-  // The flash of 64 KiB wraps, so its end is found in the first 64 KiB.
+  // The flash of 64 KiB wraps, so its end is detected in the first 64 KiB.
   program_.image =
       WriteText("fw.hex", ":010000000BF4\n:02000004FFFFFC\n:01FFFF00778A\n:00000001FF\n");
   const Outcome outcome = Run(program_);
@@ -168,7 +168,7 @@ TEST_F(FlashFormatsTest, SeveralImagesAreOnePieceOfWork) {
   EXPECT_EQ(flash(),
             Overlaid(Overlaid(Overlaid(before_, 0, Pattern(0x1800, 2)), 0x1800, Pattern(0x900, 3)),
                      0x8000, Bytes{1}));
-  // Each sector once, although two images share one.
+  // Each sector is erased once, although two images share one.
   std::vector<std::uint32_t> erased = chip().erased_sectors;
   std::ranges::sort(erased);
   EXPECT_EQ(erased, (std::vector<std::uint32_t>{0, 0x1000, 0x2000, 0x8000}));

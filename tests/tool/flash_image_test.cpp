@@ -1,4 +1,4 @@
-// What flash program and flash verify take for an image, and the file that --diff writes.
+// The images that flash program and flash verify accept, and the output file of --diff.
 #include <functional>
 #include <ostream>
 #include <string_view>
@@ -125,13 +125,13 @@ TEST_F(FlashImageTest, MillionDifferencesTakeLittleMemory) {
   flash() = Bytes(kMebi, 0x11);
   FlashVerifyCommand command{WriteFile("image.bin", Bytes(kMebi, 0x22)), 0, ""};
   command.flash_size = kMebi;
-  Run(command);  // what the comparison itself takes is there then
+  Run(command);  // allocates the memory that the comparison itself needs
   for (const char* name : {"diff.json", "diff.csv"}) {
     command.diff = File(name);
     const std::size_t growth =
         borvan_test::PeakGrowth([&] { EXPECT_EQ(Run(command).code, ExitCode::kVerify); });
     RecordProperty(name, static_cast<int>(growth / 1024));
-    // Image, what was read and their copies; not 570 bytes for each difference.
+    // Image, read bytes and their copies; not 570 bytes for each difference.
     EXPECT_LT(growth, 16 * kMebi) << name;
   }
 }
@@ -157,7 +157,7 @@ TEST_F(FlashImageTest, FileInPartsAppearsWhenItIsComplete) {
 
 TEST_F(FlashImageTest, FileInPartsThatBreaksOffLeavesTheOldOneAndNoOther) {
   const std::string name = WriteText("parts.txt", "old");
-  // As when the disk is full.
+  // Simulates a full disk.
   EXPECT_THROW(WriteFileInParts(name,
                                 [](std::ostream& file) {
                                   file << "half";

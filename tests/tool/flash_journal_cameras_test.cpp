@@ -15,7 +15,7 @@ TEST_F(FlashJournalTest, SameCameraAtAnotherPortIsKnownByItsContent) {
   EXPECT_FALSE(HasJournal());
 }
 
-// A later change, cut off too, lies over a word by which the camera is known.
+// A later change, also interrupted, overwrites a landmark of the camera.
 TEST_F(FlashJournalTest, LaterCutOverALandmarkHidesNoCamera) {
   CutOffAfterErasing();
   const Bytes later = Pattern(0x300, 7);
@@ -49,7 +49,7 @@ TEST_F(FlashJournalTest, BlankCameraAtTheSamePlaceIsNotGivenTheOthersBytes) {
   EXPECT_EQ(Run(command_).code, ExitCode::kDone);
   EXPECT_EQ(flash(), Overlaid(Bytes(64 * 1024, 0xFF), kAddress, image_));
   EXPECT_TRUE(HasJournal());
-  // The camera that was cut off comes back.
+  // The camera of the interrupted run is connected again.
   command_.journal.clear();
   flash() = Overlaid(Overlaid(before_, 0x1000, Bytes(0x1000, 0xFF)), 0x2000,
                      Bytes(image_.begin() + 0x100, image_.begin() + 0x1100));
@@ -109,13 +109,13 @@ TEST_F(FlashJournalTest, TwoCamerasOfOneKindHaveJournalsOfTheirOwn) {
   EXPECT_EQ(flash(), Wanted());
 }
 
-// Both were cut off in the same sector, one after the other at the same port.
+// Both cameras were interrupted in the same sector, one after another at the same port.
 TEST_F(FlashJournalTest, NoneForAnotherCamerasJournalLeavesItsOwnInForce) {
   CutOffAfterErasing();
   const Bytes cut_off = flash();
   const Bytes others = Pattern(64 * 1024, 5);
   flash() = others;
-  // More transfers than before: the other's landmarks are compared.
+  // More transfers than before, because the landmarks of the other camera are compared.
   FailFrom(kBefore + 9 + kSectorTransfers + 2);
   EXPECT_EQ(Run(command_).code, ExitCode::kDevice);
   Heal();

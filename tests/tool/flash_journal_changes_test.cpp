@@ -1,4 +1,4 @@
-// Other changes between the cut and the repetition: images, backups written back, erasing, words.
+// Other changes between interruption and repetition: images, restored backups, erasing, words.
 #include "flash/erase.h"
 #include "flash/word.h"
 #include "flash_journal_support.h"
@@ -7,7 +7,8 @@ namespace borvanusb::tool_test {
 namespace {
 
 TEST_F(FlashJournalTest, WhatAnotherImageWroteBesideSinceStays) {
-  // The sector 0x3000 was on its way; then another image goes right behind the first one.
+  // The sector 0x3000 was unfinished; then another image is programmed directly after the first
+  // one.
   FailFrom(kBefore + 2 * kSectorTransfers + 64 + 2);
   EXPECT_EQ(Run(command_).code, ExitCode::kDevice);
   Heal();
@@ -24,7 +25,7 @@ TEST_F(FlashJournalTest, WhatAnotherImageWroteBesideSinceStays) {
 TEST_F(FlashJournalTest, UnrelatedSectorInBetweenIsNoDeadEnd) {
   command_.backup = true;
   CutOffAfterErasing();
-  // Within the image, and elsewhere.
+  // Inside the image, and elsewhere.
   const Bytes other = Pattern(0x1000, 9);
   EXPECT_EQ(Run(CommandFor("b/other.bin", other, 0x2000)).code, ExitCode::kDone);
   EXPECT_EQ(Run(CommandFor("b/far.bin", other, 0x8000)).code, ExitCode::kDone);

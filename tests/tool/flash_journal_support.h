@@ -1,6 +1,6 @@
 #pragma once
 
-// A programming that was cut off, and its journal: what the tests of journals share.
+// An interrupted programming run with its journal, for the tests of journals.
 
 #include <gtest/gtest.h>
 
@@ -16,9 +16,9 @@
 namespace borvanusb::tool_test {
 
 constexpr std::uint32_t kAddress = 0x1F00;
-// From 0x1f00 to 0x33ff: shares the sectors 0x1000 and 0x3000 with other bytes, fills 0x2000.
+// From 0x1f00 to 0x33ff: shares the sectors 0x1000 and 0x3000 with other bytes, and fills 0x2000.
 constexpr std::size_t kSize = 0x1500;
-// Transfers before the first erase: the look at three sectors and nine landmarks.
+// Transfers before the first erase: reading three sectors and nine landmarks.
 constexpr std::uint64_t kBefore = 3 * 64 + 9;
 // A whole sector: erase, 68 packets, 4 words.
 constexpr std::uint64_t kSectorTransfers = 1 + 68 + 4;
@@ -43,8 +43,8 @@ class FlashJournalTest : public FlashTest {
     return command;
   }
 
-  // The whole sector is written, 0x1000 is erased: the bytes beside the image there are in the
-  // journal alone.
+  // The complete sector is written and 0x1000 is erased: there, the bytes beside the image are only
+  // in the journal.
   void CutOffAfterErasing() {
     FailFrom(kBefore + kSectorTransfers + 2);
     EXPECT_EQ(Run(command_).code, ExitCode::kDevice);

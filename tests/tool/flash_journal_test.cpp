@@ -1,4 +1,4 @@
-// The journal: whose bytes it holds, when they count, and when nothing may be guessed.
+// The journal: whose bytes it contains, when it is used, and when the user must decide.
 #include "flash_journal_support.h"
 
 namespace borvanusb::tool_test {

@@ -1,4 +1,4 @@
-// The small parts that the flash commands are made of.
+// The helper functions of the flash commands.
 #include <gtest/gtest.h>
 
 #include "base/files.h"
@@ -103,21 +103,21 @@ TEST(TailWordsTest, ErasedWordsAreLeftOut) {
 }
 
 TEST(TransferCountTest, BulkReadIsTwoReadingsOfTwoTransfersAPacket) {
-  // 4 bytes: two jobs of two length queries and a packet.
+  // 4 bytes: two jobs with two length queries and a packet each.
   EXPECT_EQ(ReadTransfers(4), 2U * (2U + 2U));
-  // Two packets. First two length queries, both packets and a word for the last byte; then a job of
-  // a packet in the middle, and one of the last packet with its word.
+  // Two packets. First two length queries, both packets and a word for the last byte. Then a job
+  // for a packet in the middle, and one for the last packet with its word.
   EXPECT_EQ(ReadTransfers(128), 2U + 4U + 3U + (2U + 4U) + (2U + 2U + 3U));
-  // At the flash's start nothing lies before: the first half packet takes a job of its own.
+  // Before the flash's start there is nothing, so the first half packet needs a separate job.
   EXPECT_EQ(ReadTransfers(128, 0), 2U + 4U + 3U + (2U + 2U) + (2U + 2U) + (2U + 2U + 3U));
-  // A part of 64 KiB takes 1024 packets and one more, twice; the last one is as above.
+  // A part of 64 KiB takes 1025 packets, twice. The last part is as above.
   EXPECT_EQ(ReadTransfers(65536 + 4), 2U * (2U + 2050U) + 2U * (2U + 2U));
   EXPECT_EQ(ReadTransfers(262144), 16422U);
 }
 
 TEST(TransferCountTest, RunOfRegistersIsReadTwice) {
   EXPECT_EQ(RunTransfers({0x100, 0x137}), 2U * (1U + 2U));
-  // 16 blocks; then half a block, 14 and a half, and the last one.
+  // 16 blocks; then half a block, 14 and a half, and the last block.
   EXPECT_EQ(RunTransfers({0x100, 0x47F}), 1U + 32U + (1U + 2U) + (1U + 30U) + (1U + 2U));
 }
 
@@ -125,14 +125,15 @@ TEST(TransferCountTest, ProgrammingErasesSectorsAndLeavesBlankPacketsOut) {
   // 262144 bytes: 64 sectors, 4370 packets, two length queries.
   EXPECT_EQ(ProgramTransfers(Bytes(262144, 0x5A)), 2U + 64U + 4370U);
   EXPECT_EQ(ProgramTransfers(Bytes(120, 0xFF)), 2U + 1U);
-  // The last packet of a lone byte is filled up with zeros, so it is sent.
+  // The last packet has only one byte and is padded with zeros, so it is sent.
   EXPECT_EQ(ProgramTransfers(Bytes(61, 0xFF)), 2U + 1U + 1U);
 }
 
 TEST(TransferCountTest, BlockOfOneSectorWritesItsLastBytesAsWords) {
-  // Two length queries, an erase, 68 packets; 16 bytes are left: 4 words of two transfers.
+  // Two length queries, an erase, 68 packets. The remaining 16 bytes are 4 words with two transfers
+  // each.
   EXPECT_EQ(BlockTransfers(Bytes(4096, 0x5A)), 2U + 1U + 68U + 8U);
-  // 30 sectors are 2048 packets and leave none.
+  // 30 sectors are exactly 2048 packets.
   EXPECT_EQ(BlockTransfers(Bytes(30 * 4096, 0x5A)), 2U + 30U + 2048U);
 }
 

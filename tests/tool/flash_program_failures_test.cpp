@@ -1,4 +1,4 @@
-// flash program when bytes come out wrong, when the camera fails, and when it is stopped.
+// flash program if bytes are written wrongly, if the camera fails, and if it is stopped.
 #include <algorithm>
 
 #include "flash_program_support.h"
@@ -62,7 +62,7 @@ TEST_F(FlashProgramTest, WrongByteBesideTheImageIsFoundToo) {
 
 TEST_F(FlashProgramTest, FailureTellsTheStateAndTheWaysOnAndBack) {
   command_.backup_file = File("old.bin");
-  // The read, one erase, one packet.
+  // After reading, one erase and one packet.
   FailFrom(192 + kLandmarks + 1 + 2);
   const Outcome outcome = Program();
   EXPECT_EQ(outcome.code, ExitCode::kDevice);

@@ -1,6 +1,6 @@
 #pragma once
 
-// An image over parts of three sectors: what the tests of flash program share.
+// An image that covers parts of three sectors, for the tests of flash program.
 
 #include <chrono>
 #include <cstdint>
@@ -10,9 +10,9 @@
 
 namespace borvanusb::tool_test {
 
-constexpr std::uint32_t kAddress = 0x1F00;  // within a sector
-constexpr std::size_t kImageSize = 0x1500;  // ends within the third
-constexpr unsigned kLandmarks = 9;          // words by which the camera is known again
+constexpr std::uint32_t kAddress = 0x1F00;  // inside a sector
+constexpr std::size_t kImageSize = 0x1500;  // ends inside the third sector
+constexpr unsigned kLandmarks = 9;          // words to recognise the camera
 
 class FlashProgramTest : public FlashTest {
  protected:

@@ -1,4 +1,4 @@
-// flash program: exactly the image's bytes change, and nothing is touched that can't be right.
+// flash program: only the image's bytes change, and invalid requests change nothing.
 #include <chrono>
 #include <optional>
 
@@ -67,10 +67,11 @@ TEST_F(FlashProgramTest, EqualImageCostsOneRead) {
 
 TEST_F(FlashProgramTest, ReadsOnceBeforeAndWhatItTouchedOnceAfter) {
   EXPECT_EQ(Program().code, ExitCode::kDone);
-  // The two shared sectors are read back at once, and the first of them with the whole one.
+  // Both shared sectors are read back immediately; the first one is read again together with the
+  // whole one.
   EXPECT_EQ(chip().read_bytes, 0x3000U + 2 * 0x1000 + 0x2000);
   EXPECT_EQ(chip().erases, 3U);
-  // 3 sectors are 204 packets and 12 words behind.
+  // 3 sectors take 204 packets and 12 words.
   EXPECT_EQ(chip().programmed_packets, 204U);
   EXPECT_EQ(chip().transfers, 192U + kLandmarks + 3 + 204 + 12 + 64 + 64 + 128);
 }
@@ -81,7 +82,7 @@ TEST_F(FlashProgramTest, LargeImageTakesHardlyMoreThanThePlainJobs) {
   UseImage(Pattern(256 * 1024, 2), 0x40000);
   EXPECT_EQ(Program().code, ExitCode::kDone);
   EXPECT_EQ(flash(), Overlaid(before_, 0x40000, image_));
-  // A read, 64 erases, 4370 packets, a read.
+  // Reading, 64 erases, 4370 packets, reading.
   constexpr std::uint64_t kPlain = 4096 + 64 + 4370 + 4096;
   EXPECT_LE(chip().transfers, kPlain * 102 / 100);
 }
@@ -94,13 +95,13 @@ TEST_F(FlashProgramTest, DryRunShowsThePlanAndTouchesNothing) {
   EXPECT_EQ(flash(), before_);
   EXPECT_EQ(chip().erases, 0U);
   EXPECT_EQ(FilesWith(""), std::vector<std::string>{"image.bin"});
-  // To write: 2 length queries, 3 erases, 204 packets, 12 words of 2 transfers. To read
-  // back, twice: 2 length queries, 192 packets of 2 transfers, a word of 3; then 2 length queries,
-  // 192 packets, and a job of the last packet with its word.
+  // Writing: 2 length queries, 3 erases, 204 packets, 12 words of 2 transfers. Reading back, first
+  // time: 2 length queries, 192 packets of 2 transfers, a word of 3. Second time: 2 length queries,
+  // 192 packets, and a job for the last packet with its word.
   EXPECT_EQ(outcome.result["transfers"], 2 + 3 + 204 + 24 + 389 + 2 + 384 + 7);
   EXPECT_EQ(outcome.result["changed_bytes"], 0x3000);
   EXPECT_EQ(outcome.result["state"], "unchanged");
-  // The camera in memory reads 12288 bytes in 192 transfers of 125 us, counted as 782.
+  // The camera in memory reads 12288 bytes in 192 transfers of 125 us, which are counted as 782.
   EXPECT_NEAR(outcome.result["expected_seconds"].get<double>(), 0.024 / 782 * 1015, 0.0001);
   EXPECT_NE(output->out.find("sectors    3, of which 3 change: 0x1000-0x3fff\n"),
             std::string::npos);
@@ -139,7 +140,7 @@ TEST_F(FlashProgramTest, RefusesBeforeAnythingIsTouched) {
     std::optional<std::uint64_t> flash_size;
     ExitCode code;
     std::string part;
-    std::uint64_t read = 0;  // bytes by jobs
+    std::uint64_t read = 0;  // bytes read by jobs
   };
   const std::vector<Case> cases = {
       {{}, 0, {}, ExitCode::kFile, "is empty"},
@@ -177,7 +178,7 @@ TEST_F(FlashProgramTest, BlankImageIsProgrammedWithForce) {
 }
 
 TEST_F(FlashProgramTest, UnknownSizeIsNotedAndTheWrapFoundByReadingBack) {
-  // The first 64 KiB are blank, so nothing shows that addresses wrap after 128 KiB.
+  // The first 64 KiB are blank, so wrapping at 128 KiB can't be detected.
   flash() = Bytes(128 * 1024, 0xFF);
   UseImage(Pattern(192 * 1024, 5), 0);
   const Outcome outcome = Program();

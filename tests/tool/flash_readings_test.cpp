@@ -1,4 +1,4 @@
-// How a range is cut into other packets at each reading, and which readings are believed.
+// How each reading splits a range into different packets, and which readings are accepted.
 #include "camera/flash_readings.h"
 
 #include <gtest/gtest.h>
@@ -39,7 +39,7 @@ TEST(CutReadingTest, SinglePacketHasNoOtherCut) {
   EXPECT_EQ(CutReading(0x1000, 4, 32, true), (Pieces{{0x1000, 4, false}}));
 }
 
-// The library asks for one packet behind a piece of whole packets.
+// For a piece of whole packets, the library requests one more packet.
 TEST(CutReadingTest, NoPieceAsksForAPacketBehindTheRange) {
   for (const std::uint32_t address : {0U, 8U, 0x1000U}) {
     for (std::uint64_t size = 1; size <= 260; ++size) {
@@ -49,7 +49,7 @@ TEST(CutReadingTest, NoPieceAsksForAPacketBehindTheRange) {
           const std::uint64_t job = piece.size - (piece.last_byte_apart ? 1 : 0);
           const std::uint64_t last_asked = piece.address + job / kReadPacket * kReadPacket;
           ASSERT_LE(last_asked, address + size - 1) << address << " " << size << " " << shift;
-          // As the first reading, none reaches farther than the packets that the range begins.
+          // No reading requests packets beyond those of the range, like the first reading.
           ASSERT_LE(last_asked + kReadPacket,
                     address + (size + kReadPacket - 1) / kReadPacket * kReadPacket);
           ASSERT_LE(piece.address, next);

@@ -1,4 +1,4 @@
-// Commands on the flash with a profile that names its regions.
+// Flash commands with a profile that defines regions.
 #include "base/files.h"
 #include "flash/erase.h"
 #include "flash/map.h"
@@ -12,7 +12,7 @@
 namespace borvanusb::tool_test {
 namespace {
 
-// boot is read-only, ends within a sector; images go to app.
+// boot is read-only and ends inside a sector; images belong into app.
 constexpr std::string_view kProfile = R"({
   "name": "Test module",
   "cameras": [{"vid": "1234", "pid": "0001"}],
@@ -41,7 +41,7 @@ class FlashRegionsTest : public FlashTest {
     return WriteFile(name, Bytes(text.begin(), text.end()));
   }
 
-  // A command that must be refused before the camera is asked anything.
+  // A command that must be rejected before accessing the camera.
   template <typename Command>
   std::string Refused(const Command& command, ExitCode code) {
     const std::uint64_t transfers = chip().transfers;
@@ -112,7 +112,7 @@ TEST_F(FlashRegionsTest, ImageThatDoesNotFitIsRefused) {
           "go to 0x2000-0x8000");
   program_.force = true;
   Refused(program_, ExitCode::kFile);
-  // A file with addresses of its own lies inside of the region, or it is refused: 01+b0+01 = b2.
+  // A file with its own addresses must lie inside the region: 01+b0+01 = b2.
   program_.image = WriteText("fw.hex", ":01B00000014E\n:00000001FF\n");
   program_.region = "app";
   EXPECT_EQ(
@@ -154,13 +154,13 @@ TEST_F(FlashRegionsTest, ReadOnlyRegionIsNeverWrittenWithoutForce) {
   program_.region = "";
   program_.address = 0;
   EXPECT_EQ(Refused(program_, ExitCode::kFile), program_.image + message);
-  // Another one of several.
+  // An additional image.
   FlashProgramCommand several = program_;
   several.image = WriteFile("app.bin", Pattern(0x10, 2));
   several.address = 0x2000;
   several.more = {{program_.image, 0x1000}};
   Refused(several, ExitCode::kFile);
-  // Erasing a sector that a region shares would erase the region, too.
+  // Erasing a sector that is shared with a region would also erase bytes of the region.
   program_.address = 0x9000;
   EXPECT_EQ(Refused(program_, ExitCode::kFile),
             program_.image +
@@ -237,7 +237,7 @@ TEST_F(FlashRegionsTest, UnknownRegionNamesTheOthers) {
 
 TEST_F(FlashRegionsTest, MapDrawsAndNamesTheRegions) {
   flash() = Overlaid(Bytes(64 * 1024, 0xFF), 0x1000, Pattern(0x2000, 1));
-  FlashMapCommand map;  // the size is the profile's
+  FlashMapCommand map;  // uses the size in the profile
   const Outcome outcome = Run(map);
   EXPECT_EQ(
       output->out,

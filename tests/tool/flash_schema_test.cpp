@@ -1,4 +1,4 @@
-// What the flash commands print with --json is what docs/json says.
+// The JSON of the flash commands matches the schemas in docs/json.
 #include "flash/erase.h"
 #include "flash/map.h"
 #include "flash/program.h"

@@ -1,5 +1,5 @@
-// An image with gaps, cut off at any transfer: a plain second run must finish the work, and the
-// bytes in the gaps and beside the image must be those from before.
+// An image with gaps, interrupted at any transfer: a simple second run must finish the work, and
+// the bytes in the gaps and beside the image must be unchanged.
 #include <algorithm>
 #include <utility>
 
@@ -15,8 +15,8 @@ namespace {
 class FlashSegmentsCutTest : public FlashTest {
  protected:
   FlashSegmentsCutTest() {
-    // Two pieces in the sector 0x1000, one of them on into 0x2000; two in 0x5000; one that fills
-    // 0x9000 and a part of 0xa000. The sectors between are not touched.
+    // Two pieces in the sector 0x1000, one of which continues into 0x2000; two in 0x5000; one that
+    // fills 0x9000 and a part of 0xa000. The sectors between are not changed.
     for (const auto& [address, size] : std::vector<std::pair<std::uint32_t, std::size_t>>{
              {0x1100, 0x80}, {0x1F00, 0x200}, {0x5000, 0x100}, {0x5F00, 0x100}, {0x9000, 0x1123}}) {
       segments_.push_back({address, Pattern(size, address)});
@@ -149,7 +149,7 @@ TEST_F(FlashSegmentsCutTest, RestoringAfterAnyTransferGivesTheOldBytesBack) {
   }
 }
 
-// A journal of a change with gaps is read by those of a version that knows gaps alone.
+// Only versions that support gaps can read a journal of a change with gaps.
 TEST_F(FlashSegmentsCutTest, JournalNamesEachPiece) {
   FailFrom(400);
   EXPECT_EQ(Run(command_).code, ExitCode::kDevice);
@@ -162,7 +162,8 @@ TEST_F(FlashSegmentsCutTest, JournalNamesEachPiece) {
   EXPECT_EQ(journal["size"], 0xA123 - 0x1100);
 }
 
-// The same pieces come from a file of another format, at other times: it is the same work.
+// The same pieces come from a file of another format, in another order. They are recognised as the
+// same work.
 TEST_F(FlashSegmentsCutTest, WorkIsKnownAgainByItsBytes) {
   command_.backup = true;
   command_.backup_file = File("old.hex");

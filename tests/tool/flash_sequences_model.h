@@ -1,6 +1,6 @@
 #pragma once
 
-// The cameras of the sequences drawn by chance, and what is known of their flashes.
+// The cameras of the random sequences, with the known state of their flashes.
 
 #include <algorithm>
 #include <cstdint>
@@ -22,32 +22,32 @@ constexpr std::size_t kFlash = 64 * 1024;
 inline const std::vector<std::string> kPorts = {R"(\\?\usb#vid_1234&pid_0001#port1)",
                                                 R"(\\?\usb#vid_1234&pid_0001#port2)"};
 
-// Not an exception of the standard library: nothing of ours is to catch it, as nothing catches a
+// Not derived from std::exception, so that our code does not catch it, just as it can't catch a
 // kill.
 struct Killed {};
 
-// A camera module and what its flash is known to hold.
+// A camera module with the known content of its flash.
 struct Module {
   std::string name;
   std::shared_ptr<FakeChip> chip = std::make_shared<FakeChip>();
   Bytes truth;
   std::vector<std::uint8_t> limbo =
-      std::vector<std::uint8_t>(kFlash, 0);  // named by a command that failed
+      std::vector<std::uint8_t>(kFlash, 0);  // named by a failed command
 
   Module(std::string module_name, Bytes flash) : name(std::move(module_name)), truth(flash) {
     chip->flash = std::move(flash);
   }
 };
 
-// A file that is programmed.
+// A file to program.
 struct SequenceImage {
   std::string name;
   std::uint32_t address = 0;
-  Bytes bytes;        // without its gaps
+  Bytes bytes;        // without gaps
   Segments segments;  // what the file holds
 };
 
-// Takes the bytes from `first` to right before `end` out of the last piece, which is longer.
+// Cuts the bytes from `first` to before `end` out of the last piece, which must be longer.
 inline void CutOut(Segments& segments, std::uint32_t first, std::uint32_t end) {
   const Segment last = segments.back();
   segments.back().bytes.resize(first);
@@ -63,11 +63,11 @@ struct Statistics {
   std::uint64_t cut = 0;
   std::uint64_t asked = 0;
   std::uint64_t asked_owner = 0;  // although it was the right camera at its port
-  // Another camera that agrees in every landmark and holds just what a cut can leave in the sector.
+  // Another camera has equal landmarks, and a content of the sector that an interruption can leave.
   std::uint64_t alike = 0;
 };
 
-// The sectors that journals hold because they were on their way.
+// The unfinished sectors in the journals.
 inline std::vector<SharedSector> OpenSectors(const std::vector<std::string>& journals) {
   std::vector<SharedSector> sectors;
   for (const std::string& file : journals) {
@@ -78,7 +78,7 @@ inline std::vector<SharedSector> OpenSectors(const std::vector<std::string>& jou
   return sectors;
 }
 
-// Whether one of them holds this byte for this place.
+// Whether one of them contains this byte for this address.
 inline bool IsKept(const std::vector<SharedSector>& sectors, std::size_t place, std::uint8_t byte) {
   return std::ranges::any_of(sectors, [&](const SharedSector& open) {
     return place >= open.address && place < open.address + std::size_t{kSectorSize} &&
@@ -86,7 +86,7 @@ inline bool IsKept(const std::vector<SharedSector>& sectors, std::size_t place, 
   });
 }
 
-// Whether nothing tells this flash from the one that the journal is of.
+// Whether this flash can't be distinguished from the one of the journal.
 inline bool LooksAlike(const Bytes& flash, const Journal& journal) {
   const bool agrees = std::ranges::all_of(journal.landmarks, [&](const Landmark& landmark) {
     std::uint32_t word = 0;

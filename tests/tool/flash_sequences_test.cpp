@@ -1,7 +1,7 @@
-// Programming, cut off and repeated in sequences drawn by chance: images that overlap, folders,
-// names in several spellings, cuts and kills at any transfer, other cameras at the same port and
-// the same camera at another, erasing, words, backups written back. flash_sequences_judge.h
-// says what must hold.
+// Random sequences of interrupted and repeated programming: overlapping images, folders, names in
+// several spellings, failures and kills at any transfer, other cameras at the same port and the
+// same camera at another port, erasing, words, restored backups. flash_sequences_judge.h defines
+// the required properties.
 #include <algorithm>
 #include <cstdlib>
 #include <random>
@@ -21,7 +21,7 @@ class Sequence : public SequenceJudge {
  public:
   void TestBody() override {}
 
-  // Empty, or what went wrong.
+  // Plays a sequence. Returns an empty text, or the problem.
   std::string Play(std::uint32_t seed, Statistics& statistics) {
     random_.seed(seed);
     statistics_ = &statistics;
@@ -49,7 +49,7 @@ class Sequence : public SequenceJudge {
 
   void SetUpWorld() {
     Bytes firmware = RandomBytes(kFlash);
-    if (Chance(30)) {  // blank from somewhere on
+    if (Chance(30)) {  // blank from a random position on
       std::fill(firmware.begin() + 0x1000 * (2 + Draw(12)), firmware.end(), std::uint8_t{0xFF});
     }
     Bytes sibling = firmware;
@@ -95,7 +95,8 @@ class Sequence : public SequenceJudge {
     }
   }
 
-  // Takes some bytes out of the last piece of an image, so that there are two; or some at its end.
+  // Cuts some bytes out of the last piece of an image, so that it becomes two pieces; or cuts its
+  // end.
   void MakeHole(Segments& segments) {
     const auto size = static_cast<std::uint32_t>(segments.back().bytes.size());
     if (size >= 3) {
@@ -104,7 +105,7 @@ class Sequence : public SequenceJudge {
     }
   }
 
-  // An image that clears bits in a few bytes alone: of the firmware, or of the image before.
+  // An image that only clears bits in a few bytes, of the firmware or of the previous image.
   void MakePatch(SequenceImage& image, const Bytes& firmware) {
     if (!images_.empty() && Chance(50)) {
       image.address = images_.back().address;
@@ -200,7 +201,7 @@ class Sequence : public SequenceJudge {
     command.image = entry->first;
     command.force = true;
     log_ += "write back " + entry->first + " at " + Hex(address);
-    // A backup with gaps tells its addresses itself.
+    // A backup with gaps contains its addresses.
     if (RecogniseFormat(entry->second) == ImageFormat::kIntelHex) {
       Program(module, command, {ReadIntelHex(entry->second).segments});
     } else {
@@ -213,7 +214,7 @@ class Sequence : public SequenceJudge {
     Attempt(
         module, named, [&] { return Run(command); }, command.verify);
     for (int i = 0; i < 2 && asked_; ++i) {
-      // Somebody who knows the cameras answers.
+      // Answers like a user who knows the cameras.
       command.journal = IsNeeded(module, asked_journal_) ? asked_journal_ : "none";
       log_ += "\n    answered " + command.journal;
       Attempt(
@@ -253,7 +254,8 @@ class Sequence : public SequenceJudge {
     Attempt(module, {{{command.address, bytes}}}, [&] { return Run(command); });
   }
 
-  // With `verify` a packet may be answered and not programmed: only then it must be noticed.
+  // With `verify`, a packet may also be answered but not programmed, because only then it must be
+  // detected.
   void ArmCut(FakeChip& chip, bool verify) {
     const std::uint64_t first = chip.transfers + 1 + Draw(Chance(50) ? 1000 : 400);
     switch (verify ? Draw(10) : Draw(5)) {
@@ -284,7 +286,7 @@ class Sequence : public SequenceJudge {
           host.stop_requested = host.stop_requested || number >= first;
         };
         break;
-      case 5:  // a packet that is answered and not programmed
+      case 5:  // a packet that is answered but not programmed
         chip.after_programming = [first, &chip](std::uint32_t address,
                                                 std::span<std::uint8_t> bytes) {
           if (chip.transfers == first) {
@@ -345,7 +347,7 @@ class Sequence : public SequenceJudge {
   }
 
   std::mt19937 random_;
-  std::vector<int> plugged_;  // module by port, -1: none
+  std::vector<int> plugged_;  // index of the module for each port; -1: none
   std::vector<SequenceImage> images_;
   bool has_patches_ = false;
   bool asked_ = false;
@@ -365,7 +367,7 @@ TEST(FlashSequencesTest, NothingIsLostInAnySequence) {
   Statistics statistics;
   int problems = 0;
   std::vector<std::uint64_t> seeds = {
-      1004762,  // a later change, cut off, in the sector of a landmark
+      1004762,  // a later interrupted change in the sector of a landmark
       1013077,  // the same at another port
       1001137,  // "none" for one of two sectors
   };

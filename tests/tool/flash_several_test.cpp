@@ -1,4 +1,4 @@
-// flash program for several cameras: a process each, side by side.
+// flash program for several cameras: parallel processes, one for each camera.
 #include <algorithm>
 
 #include "base/files.h"
@@ -10,7 +10,7 @@ namespace {
 
 using Send = std::function<void(bool, const std::string&)>;
 
-// A line as a child's standard error carries it.
+// A progress line on a child's standard error.
 std::string ProgressLine(const std::string& stage, int percent) {
   return R"({"progress":{"stage":")" + stage + R"(","done":)" + std::to_string(percent) +
          R"(,"total":100,"percent":)" + std::to_string(percent) +
@@ -136,7 +136,7 @@ TEST_F(FlashSeveralTest, PlainLinesTellEachStageAndNotEachPercent) {
             "0  1234:0001  Fake camera: done 100 %\n");
 }
 
-// A row of the table, filled up to the last column but one of 80.
+// A row of the table, padded to column 79 of 80.
 std::string TableRow(std::string text) {
   text.resize(79, ' ');
   return text + "\n";
@@ -160,7 +160,7 @@ TEST_F(FlashSeveralTest, TableIsDrawnOverItselfOnStandardError) {
       TableRow("0  1234:0001  Fake camera   program  [==========          ]  50 %  2.0 KiB/s") +
       TableRow("1  1234:0001  Fake camera   waiting  [                    ]   0 %");
   EXPECT_TRUE(output->notes.starts_with(first + second)) << output->notes;
-  // What the children remark waits for the table's end.
+  // Remarks of the children are printed after the table.
   EXPECT_TRUE(
       output->notes.ends_with("0  1234:0001  Fake camera: note: something to know\n"
                               "1  1234:0001  Fake camera: note: something to know\n"))
@@ -175,7 +175,7 @@ TEST_F(FlashSeveralTest, RowsOfTheTableNeverReachTheLastColumn) {
   host.chips[0]->identity.name = "\xE5\x89\x8D\xE9\x9D\xA2 camera with a name beyond its column";
   columns = 40;
   EXPECT_EQ(Run(command_).code, ExitCode::kDone);
-  // The two signs at the name's beginning take two columns each.
+  // The first two characters of the name take two columns each.
   EXPECT_TRUE(output->notes.starts_with(
       "0  1234:0001  \xE5\x89\x8D\xE9\x9D\xA2 camera w waiting  [ \nup 1\n"))
       << output->notes;
@@ -215,7 +215,7 @@ TEST_F(FlashSeveralTest, CameraWithoutAVendorUnitIsLeftAside) {
   };
   common.wait = std::chrono::seconds(60);
   EXPECT_EQ(Run(command_).code, ExitCode::kDone);
-  // The one that can't be opened gets its process, which tells why.
+  // The camera that can't be opened also gets a process, which reports the reason.
   EXPECT_EQ(children_.size(), 2U);
   EXPECT_TRUE(output->notes.starts_with(
       "note: 1  1234:0001  Fake camera has no vendor unit and is skipped\n"))

@@ -1,4 +1,4 @@
-// The examples that are published with the standard.
+// The examples published with the standard.
 #include "base/sha256.h"
 
 #include <gtest/gtest.h>

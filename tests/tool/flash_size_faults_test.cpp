@@ -1,5 +1,5 @@
-// What is said of the flash's end must not hinge on one transfer: each look, one at a time, fails,
-// shows the word that was looked at before, or shows a word from nowhere.
+// The detected end of the flash must not depend on a single transfer. Each read, one at a time,
+// fails, returns the previously read word, or returns a random word.
 #include <array>
 
 #include "flash/engine/flash_size.h"
@@ -17,12 +17,12 @@ struct Flash {
   const char* name;
   Bytes content;
   bool wraps;
-  bool tells = true;  // the size to a few looks
+  bool tells = true;  // quick detection finds the size
 };
 
 class FlashSizeFaultsTest : public FlashTest {
  protected:
-  // Lets the look with this number, from 1 on, come out wrong; 0: none.
+  // Makes the read with this number, from 1, return a wrong result; 0: none.
   void SpoilLook(std::uint64_t number, Fault fault) {
     looks_ = 0;
     last_word_ = 0;
@@ -39,7 +39,8 @@ class FlashSizeFaultsTest : public FlashTest {
     };
   }
 
-  // Asks with each of the looks spoilt in turn; every answer must be that of the sound camera.
+  // Repeats the query with each read spoilt in turn. Every answer must equal that of the faultless
+  // camera.
   template <typename Ask>
   void ExpectSameAnswers(const Flash& flash_kind, const Ask& ask) {
     flash() = flash_kind.content;
@@ -48,7 +49,7 @@ class FlashSizeFaultsTest : public FlashTest {
     SpoilLook(0, Fault::kFails);
     const FlashSizeFinding wanted = ask(*camera);
     const std::uint64_t looks = looks_;
-    // Far on, where words are only confirmed, each look is like the one before.
+    // Later reads only confirm words and are all alike, so only some are tried.
     for (std::uint64_t number = 1; number <= looks; number += number < 24 ? 1 : 61) {
       for (const Fault fault : {Fault::kFails, Fault::kIsStale, Fault::kIsStrange}) {
         SpoilLook(number, fault);
@@ -88,7 +89,7 @@ TEST_F(FlashSizeFaultsTest, EndBeforeAnAddressIsTheSameAfterAnyOddLook) {
   for (const Flash& kind : Flashes()) {
     for (const std::uint64_t end : {128 * kKibi, kMebi, kMebi + 1, 4 * kMebi}) {
       if (!kind.tells && end != kMebi + 1) {
-        continue;  // each question reads 64 KiB
+        continue;  // each query reads 64 KiB
       }
       ExpectSameAnswers(kind, [&](Camera& camera) { return FindFlashEndBefore(camera, end); });
     }
@@ -103,7 +104,7 @@ TEST_F(FlashSizeFaultsTest, SizeIsTheSameAfterAnyOddLook) {
   EXPECT_GT(answers_, 500U);
 }
 
-// A bulk read whose packet came from elsewhere gives known words that are none.
+// A stale packet in the bulk read makes known words wrong.
 TEST_F(FlashSizeFaultsTest, SizeIsTheSameAfterAnyStalePacketOfTheBulkRead) {
   flash() = Flashes().front().content;
   const auto camera = host.OpenCamera(chip().identity);

@@ -1,4 +1,4 @@
-// How the flash's size shows in what its addresses hold.
+// Detecting the flash size from the content of its addresses.
 #include "flash/engine/flash_size.h"
 
 #include "flash_support.h"

@@ -23,7 +23,7 @@ Bytes Overlaid(Bytes bytes, std::size_t offset, const Bytes& part) {
 
 FlashTest::FlashTest() {
   const auto* info = testing::UnitTest::GetInstance()->current_test_info();
-  // What a journal waits for a disk to do would make up most of the time.
+  // In memory if possible: flushing journals to a disk would take most of the time.
   const std::filesystem::path in_memory = "/dev/shm";
   folder_ = (std::filesystem::is_directory(in_memory) ? in_memory
                                                       : std::filesystem::temp_directory_path()) /
@@ -31,7 +31,7 @@ FlashTest::FlashTest() {
              std::to_string(std::random_device()()));
   std::filesystem::create_directories(folder_);
   host.journal_folder = File("journals");
-  // Backups that nobody names go to the current folder.
+  // Backups without a given name are written to the current folder.
   former_folder_ = std::filesystem::current_path();
   std::filesystem::current_path(folder_);
 }

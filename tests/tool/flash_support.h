@@ -1,6 +1,6 @@
 #pragma once
 
-// What the tests of the flash commands share: a folder of their own, images, a command's run.
+// Helpers for the tests of the flash commands: a separate folder, images, running a command.
 
 #include <gtest/gtest.h>
 
@@ -22,13 +22,13 @@ namespace borvanusb::tool_test {
 
 using Bytes = std::vector<std::uint8_t>;
 
-// Bytes that look like firmware: no two words alike, neither 0 nor 0xff in long runs.
+// Bytes that look like firmware: no two equal words, no long runs of 0 or 0xff.
 Bytes Pattern(std::size_t size, std::uint32_t seed);
 
-// `bytes` with `part` laid over them at `offset`.
+// `bytes` with `part` written over them at `offset`.
 Bytes Overlaid(Bytes bytes, std::size_t offset, const Bytes& part);
 
-// What came of a command.
+// The result of a command.
 struct Outcome {
   ExitCode code = ExitCode::kDone;
   std::string message;  // of a failure
@@ -44,13 +44,14 @@ class FlashTest : public testing::Test {
   std::string File(const std::string& name) const { return (folder_ / name).string(); }
   std::string WriteFile(const std::string& name, const Bytes& bytes) const;
   Bytes ReadFile(const std::string& name) const;
-  // The names of the folder's files that hold `part`.
+  // The files of the folder that contain `part`.
   std::vector<std::string> FilesWith(const std::string& part) const;
-  // The journals' full names.
+  // The full names of the journals.
   std::vector<std::string> Journals() const;
   bool HasJournal() const { return !Journals().empty(); }
 
-  // Runs a command as a process of its own would: with a new context; what the chips hold lasts.
+  // Runs a command like a separate process: with a new context, while the content of the chips is
+  // kept.
   template <typename Command>
   Outcome Run(const Command& command) {
     Outcome outcome;
@@ -71,15 +72,15 @@ class FlashTest : public testing::Test {
 
   FakeChip& chip() { return host.chip(); }
   Bytes& flash() { return host.chip().flash; }
-  // The camera fails from the given transfer of the next run on, as when its cable is pulled.
+  // From this transfer of the next run on, the camera fails, as if its cable were pulled.
   void FailFrom(std::uint64_t transfer, ExitCode code = ExitCode::kDevice);
-  // It fails once.
+  // This transfer fails once.
   void FailAt(std::uint64_t transfer, ExitCode code = ExitCode::kDevice);
   void Heal();
 
   CommonArguments common;
   FakeHost host;
-  int columns = 0;  // of the terminal; 0: there is none
+  int columns = 0;  // of the terminal; 0: none
   bool output_is_terminal = false;
   std::unique_ptr<FakeOutput> output;
   std::unique_ptr<FakeProgress> progress;

@@ -1,5 +1,5 @@
-// flash program where bits are only cleared: no sector is erased for it, and whatever cuts it off
-// takes nothing with it.
+// flash program if bits are only cleared: no sector is erased, and an interruption destroys
+// nothing.
 #include "flash/engine/flash_words.h"
 #include "flash/engine/sector_plan.h"
 #include "flash_program_support.h"
@@ -9,7 +9,7 @@ namespace {
 
 class FlashWordsTest : public FlashProgramTest {
  protected:
-  // The flash's own bytes, from 0x1F00 on, with some cleared.
+  // The flash's own bytes from 0x1F00 on, with some bits cleared.
   FlashWordsTest() {
     Bytes image(before_.begin() + kAddress, before_.begin() + kAddress + kImageSize);
     for (const std::size_t at : {0U, 1U, 0x100U, 0x1100U, 0x14FFU}) {
@@ -40,8 +40,8 @@ TEST(SectorsOfFewWordsTest, ManyWordsGoByAJob) {
   const SectorSpan sector{0x3000, 0x1000};
   const Bytes now(0x1000, 0xFF);
   const Ranges runs = {sector.Whole()};
-  // Few words in blank flash: a job erases, and sends 2 length queries and the packets that are not
-  // blank.
+  // Few words in blank flash: a job erases, makes 2 length queries, and sends the packets that are
+  // not blank.
   EXPECT_EQ(SectorsOfFewWords(runs, sector, now, Overlaid(now, 8, {1, 2, 3, 4})).size(), 1U);
   EXPECT_TRUE(SectorsOfFewWords(runs, sector, now, Bytes(0x1000, 0)).empty());
 }
@@ -53,7 +53,7 @@ TEST_F(FlashWordsTest, NothingIsErased) {
   EXPECT_EQ(chip().erases, 0U);
   EXPECT_EQ(chip().programmed_packets, 0U);
   EXPECT_FALSE(HasJournal());
-  // 5 bytes in 4 words of 2 sectors: all are read before, and the two after.
+  // 5 bytes in 4 words of 2 sectors. All sectors are read before, and these two afterwards.
   EXPECT_EQ(outcome.result["changed_bytes"], 0x3000);
   EXPECT_EQ(outcome.result["verified"], true);
 }
@@ -104,7 +104,7 @@ TEST_F(FlashWordsTest, AfterACutTheFirstBackupStays) {
   for (const std::string& name : FilesWith("backup")) {
     std::filesystem::remove(File(name));
   }
-  // The four words go before the 192 transfers of reading back.
+  // The four words are written before the 192 transfers of reading back.
   for (std::uint64_t transfer = transfers - 192 - 3; transfer <= transfers; ++transfer) {
     flash() = before_;
     FailFrom(transfer);

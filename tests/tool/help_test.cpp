@@ -1,4 +1,4 @@
-// What --help prints.
+// The text of --help.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -106,7 +106,7 @@ TEST(HelpTest, GroupHelpNamesItsCommands) {
   EXPECT_EQ(help.find("i2c"), std::string::npos);
 }
 
-// An example that the tool itself refuses would be worse than none.
+// Examples in the help must be valid command lines.
 TEST(HelpTest, ExamplesAreCommandLinesThatWork) {
   for (const CommandDescription& command : DescribeTool().commands) {
     ASSERT_FALSE(command.examples.empty());
@@ -114,7 +114,7 @@ TEST(HelpTest, ExamplesAreCommandLinesThatWork) {
       std::vector<std::string> words = SplitLine(example);
       ASSERT_EQ(words.front(), "borvanusb");
       words.erase(words.begin());
-      // The shell's part of the line.
+      // Removes the part for the shell.
       words.erase(std::find(words.begin(), words.end(), ">"), words.end());
       const auto parsed = ParseCommandLine(words);
       std::string named;

@@ -32,7 +32,7 @@ TEST_F(I2cCommandsTest, RefusedAccessTellsThatTheCameraAnswers) {
             "Check that the device at 0x36 has power and is not in reset; borvanusb i2c scan finds "
             "the devices.\n"
             "If 0x36 is the 7-bit form of the address, use its 8-bit form: --slave 0x6c.");
-  // What is no address of 7 bits has no other form.
+  // An address above 7 bits has no other notation.
   command.i2c.slave = 0x78;
   EXPECT_EQ(desk_.FailureOf(command).Hint().find("7-bit"), std::string::npos);
 }

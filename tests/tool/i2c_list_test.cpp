@@ -1,4 +1,4 @@
-// I2C lists: what keeps them from being written as they stand, and dumps that load back.
+// I2C lists: problems that prevent writing, and dumps that can be loaded again.
 #include "i2c/i2c_list.h"
 
 #include <gtest/gtest.h>

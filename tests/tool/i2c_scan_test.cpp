@@ -49,7 +49,7 @@ TEST_F(I2cScanTest, ShowsWhatAnswersAndDoubtsZerosAndOnes) {
 }
 
 TEST_F(I2cScanTest, SeveralModesTellWhichOneADeviceSeemsToHave) {
-  // 0x10 answers in 16/8 alone, 0x30 in two modes, 0x40 with ones.
+  // 0x10 answers only in 16/8, 0x30 in two modes, 0x40 with ones.
   desk_.Chip().sensors = {{0x10, {{0, 0x56}}}, {0x30, {{0, 0x12}}}, {0x40, {{0, 0xFF}}}};
   desk_.Chip().sensor_modes = {{0x10, {1}}, {0x40, {0}}};
   I2cScanCommand command = Scan({0x10, 0x4F});
@@ -102,7 +102,7 @@ TEST_F(I2cScanTest, CameraThatIsGoneIsNoEmptyBus) {
   EXPECT_EQ(failure.Code(), ExitCode::kDevice);
   EXPECT_EQ(failure.Message(),
             "while scanning, the camera itself stopped answering: the camera is gone");
-  // Found out at the end of the row, not of the bus.
+  // Detected at the end of the row, not at the end of the bus.
   EXPECT_LT(desk_.Chip().transfers, 0x70U);
 }
 

@@ -1,4 +1,4 @@
-// Files that describe bytes in place of holding them are told from raw firmware.
+// Files in other formats are distinguished from raw firmware.
 #include "images/image_format.h"
 
 #include <gtest/gtest.h>
@@ -22,13 +22,13 @@ std::optional<ImageFormat> FormatOf(std::string_view text) {
   return RecogniseFormat(BytesOf(text));
 }
 
-// Checksums are counted by hand: all bytes of a record add up to 0.
+// Checksums are calculated by hand: the sum of a record's bytes is 0.
 constexpr std::string_view kHexData = ":0400100001020304E2";   // 04+10+01+02+03+04 = 1e
 constexpr std::string_view kHexUpper = ":020000040002F8";      // 02+04+02 = 08
 constexpr std::string_view kHexSegment = ":020000021000EC";    // 02+02+10 = 14
 constexpr std::string_view kHexStart = ":0400000508000131BD";  // 04+05+08+01+31 = 43
 constexpr std::string_view kHexEnd = ":00000001FF";            // 01
-// And to 0xff here.
+// The sum is 0xff here.
 constexpr std::string_view kSHeader =
     "S0060000484452"
     "1B";  // 06+48+44+52 = e4
@@ -53,12 +53,12 @@ TEST(ImageFormatTest, IntelHexIsKnownByItsRecords) {
   EXPECT_EQ(FormatOf(":0400100001020304e2\n"), ImageFormat::kIntelHex);
   EXPECT_EQ(FormatOf("\xEF\xBB\xBF\n\n:00000001FF  \n"), ImageFormat::kIntelHex);
   EXPECT_EQ(FormatOf("; made by a tool\n# of some kind\n:00000001FF\r"), ImageFormat::kIntelHex);
-  // A damaged first line does not make the others raw bytes.
+  // A damaged first line does not make the file raw bytes.
   EXPECT_EQ(FormatOf(":0400100001020304E3\n" + lines), ImageFormat::kIntelHex);
 }
 
 TEST(ImageFormatTest, LongestIntelHexRecordsAreKnown) {
-  // 255 bytes of 1: ff and ff add up to 1fe, its complement's low byte is 2.
+  // 255 bytes of 1: ff + ff = 1fe, the low byte of its complement is 2.
   std::string line = ":FF000000";
   for (int i = 0; i < 255; ++i) {
     line += "01";
@@ -85,7 +85,7 @@ TEST(ImageFormatTest, SRecordIsKnownByItsRecords) {
 }
 
 TEST(ImageFormatTest, TextThatOnlyBeginsLikeAnSRecordIsNone) {
-  // S4 is no record; S1 has an address of two bytes, S3 one of four.
+  // S4 is not a record. S1 has an address of two bytes, S3 one of four.
   for (const std::string_view text :
        {"S", "S1", "S100", "S1051000AABB84", "S1061000AABB84", "S4030000FC", "S10210ED",
         "S3041000AA41", "s1051000AABB85", "SA030000FC", "S9030000FC0"}) {
@@ -145,7 +145,7 @@ TEST(ImageFormatTest, FilesCutAnywhereAreReadWithinTheirBounds) {
   for (const Bytes& whole : {ElfHeader(1, 1, 1), Uf2Block(), BytesOf(kHexData), BytesOf(kSData3),
                              BytesOf(kDump), BytesOf("\xEF\xBB\xBF")}) {
     for (std::size_t size = 0; size < whole.size(); ++size) {
-      // A vector of its own, so that a reader of memory sees each byte beyond.
+      // A separate vector, so that memory checkers detect access beyond its end.
       const Bytes part(whole.begin(), whole.begin() + static_cast<std::ptrdiff_t>(size));
       EXPECT_EQ(RecogniseFormat(part), std::nullopt) << size;
     }
@@ -171,7 +171,7 @@ TEST(ImageFormatTest, RecordsInsideFirmwareAreItsOwn) {
   const std::string record = "\n" + std::string(kHexData) + "\n";
   const Bytes code = {0x20, 0x00, 0x01, 0x08, '\n'};
   EXPECT_EQ(FormatOf(std::string(code.begin(), code.end()) + record), std::nullopt);
-  // Text, too, but with a record far behind its beginning.
+  // Also text, but its record comes too late.
   EXPECT_EQ(FormatOf("1\n2\n3\n4\n5\n6\n7\n8\n" + std::string(kHexData) + "\n"), std::nullopt);
   EXPECT_EQ(FormatOf("1\n2\n3\n4\n5\n6\n7\n" + std::string(kHexData) + "\n"),
             ImageFormat::kIntelHex);

@@ -1,4 +1,4 @@
-// ELF files of 32 and 64 bits in both byte orders, their bytes put together by hand.
+// ELF files of 32 and 64 bits in both byte orders, assembled by hand.
 #include <tuple>
 
 #include "images/elf.h"
@@ -9,7 +9,7 @@ namespace {
 
 using Bytes = std::vector<std::uint8_t>;
 
-// A file's bytes with numbers at their places.
+// The bytes of a file, with functions to write numbers at offsets.
 class ElfFile {
  public:
   ElfFile(int bits, bool low_first) : bits_(bits), low_first_(low_first) {
@@ -49,7 +49,7 @@ class ElfFile {
     std::uint64_t file_size = 0;
     std::uint64_t memory_size = 0;
   };
-  // The virtual address is another one, which nothing may take.
+  // The virtual address differs, because the reader must not use it.
   void PutHeader(std::size_t place, const Header& header) {
     Put(place, 4, header.type);
     if (bits_ == 32) {
@@ -84,7 +84,7 @@ std::string ErrorIn(const Bytes& bytes) {
 
 class ElfTest : public testing::TestWithParam<std::tuple<int, bool>> {
  protected:
-  // Two segments, the higher one first; a note and a segment without bytes in the file between.
+  // Two segments, the higher one first, with a note and a segment without file bytes between.
   ElfTest() : file(std::get<0>(GetParam()), std::get<1>(GetParam())) {
     const std::size_t size = file.HeaderSize();
     file.SetEntry(0x20004);
@@ -115,7 +115,7 @@ TEST_P(ElfTest, LoadedBytesLieAtTheirPhysicalAddresses) {
 }
 
 TEST_P(ElfTest, CutOffAnywhereItIsRefused) {
-  // After the table nothing but the bytes of the two segments is missed.
+  // After the table, every truncation cuts into one of the two segments.
   for (std::size_t size = 0; size < file.bytes.size(); ++size) {
     const Bytes cut(file.bytes.begin(), file.bytes.begin() + static_cast<std::ptrdiff_t>(size));
     EXPECT_NE(ErrorIn(cut), "") << size;

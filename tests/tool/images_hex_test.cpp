@@ -1,4 +1,5 @@
-// Intel HEX, read and written. Checksums are counted by hand: all bytes of a record add up to 0.
+// Reading and writing Intel HEX. Checksums are calculated by hand: the sum of a record's bytes is
+// 0.
 #include "images/intel_hex.h"
 #include "images_support.h"
 
@@ -73,7 +74,7 @@ TEST(IntelHexTest, WithoutAnExtensionARecordGoesAround) {
 TEST(IntelHexTest, LastExtensionCounts) {
   const std::string text =
       ":020000041234B4\n"  // linear 0x12340000
-      ":020000021000EC\n"  // segment 0x10000 in its place
+      ":020000021000EC\n"  // replaced by segment 0x10000
       ":010000000BF4\n" +
       kEnd;
   EXPECT_EQ(Read(text).segments, (Segments{{0x10000, {0x0B}}}));
@@ -138,7 +139,7 @@ TEST(IntelHexTest, OverlapsAreFoundFromBothSides) {
             "line 2: the file has bytes for 0x13 already");
   EXPECT_EQ(ErrorIn(data + ":06000F00010203040506D6\n" + kEnd),
             "line 2: the file has bytes for 0x10-0x13 already");
-  // Right beside it there is room: 01+14+01 = 16, 01+0f+01 = 11.
+  // Adjacent addresses are allowed: 01+14+01 = 16, 01+0f+01 = 11.
   EXPECT_EQ(Read(data + ":0100140001EA\n:01000F0001EF\n" + kEnd).segments,
             (Segments{{0x0F, {1, 1, 2, 3, 4, 1}}}));
 }

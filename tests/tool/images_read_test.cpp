@@ -1,4 +1,4 @@
-// Which format a file is read as, and what segments are.
+// The format in which a file is read, and segments.
 #include "images/read_image.h"
 #include "images_support.h"
 
@@ -18,7 +18,7 @@ TEST(ReadImageTest, ContentTellsTheFormThenTheName) {
   EXPECT_EQ(Form("fw.bin", std::string("\x7F") + "ELF\1\1\1" + std::string(45, '\0')),
             ImageForm::kElf);
   EXPECT_EQ(Form("fw.bin", "firmware"), ImageForm::kRaw);
-  // A file of that name whose first lines are all broken is not taken for raw bytes.
+  // With this name, a file whose first lines are all damaged is not treated as raw bytes.
   EXPECT_EQ(Form("fw.hex", "firmware"), ImageForm::kIntelHex);
   EXPECT_EQ(Form("fw.S19", "firmware"), ImageForm::kSRecord);
   EXPECT_EQ(Form("fw.elf", "firmware"), ImageForm::kElf);

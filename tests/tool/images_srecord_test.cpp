@@ -1,5 +1,5 @@
-// Motorola S-records, read and written. Checksums are counted by hand: all bytes of a record, the
-// length included, add up to 0xff.
+// Reading and writing Motorola S-records. Checksums are calculated by hand: the sum of a record's
+// bytes, including the length, is 0xff.
 #include "images/srecord.h"
 #include "images_support.h"
 

@@ -1,6 +1,6 @@
 #pragma once
 
-// What the tests of the image readers share.
+// Helpers for the tests of the image readers.
 
 #include <gtest/gtest.h>
 
@@ -18,7 +18,7 @@ inline std::vector<std::uint8_t> BytesOf(std::string_view text) {
   return {text.begin(), text.end()};
 }
 
-// What a reader says against a file; empty when it reads it.
+// The error of a reader; empty if it succeeds.
 inline std::string ErrorOf(const std::function<void()>& read) {
   try {
     read();

@@ -1,4 +1,4 @@
-// The checker of the JSON schemas finds what breaks them.
+// The JSON schema checker finds violations.
 #include "support/json_schema.h"
 
 #include <gtest/gtest.h>

@@ -1,4 +1,4 @@
-# Natively the library's exports are linked instead of loaded, on a system in memory.
+# In native builds, the library's exports are linked instead of loaded, with a simulated system.
 if(NOT WIN32)
   borvan_add_gtest(
     tool_library_test
@@ -17,7 +17,7 @@ if(NOT WIN32)
     SHARDS 3)
   target_include_directories(tool_library_test PRIVATE "${PROJECT_SOURCE_DIR}/tests")
 
-  # Every command with one bad transfer in it, on the virtual camera's chip.
+  # Runs every command with one bad transfer, on the virtual camera's chip.
   borvan_add_gtest(
     tool_fault_sweep_test
     SOURCES fault_sweep_registers_test.cpp

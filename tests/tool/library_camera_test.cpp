@@ -36,12 +36,12 @@ TEST_F(LibraryCameraTest, NameThatTheCodePageLacksIsTheSystems) {
   const auto cameras = library->ListCameras();
   ASSERT_EQ(cameras.size(), 3U);
   EXPECT_EQ(cameras[0].name, "Camera \xE2\x84\x96");
-  // A name that the library could tell is not asked for.
+  // The system is not asked for a name that the library knows.
   EXPECT_EQ(cameras[1].name, "Camera b");
-  // Where the system tells no name either, the library's is better than none.
+  // If the system has no name either, the library's name is used.
   EXPECT_EQ(cameras[2].name, "??");
   EXPECT_EQ(platform.asked_names, (std::vector<std::string>{path + "a", path + "c"}));
-  // Nothing needs a name once the camera is chosen.
+  // No names are needed after the camera was chosen.
   platform.asked_names.clear();
   OpenLibraryCamera(*library, cameras[0])->ReadRegisterRun(0, 1);
   EXPECT_TRUE(platform.asked_names.empty());
@@ -100,7 +100,8 @@ TEST_F(LibraryCameraTest, RegisterOfAllOnesIsReadTwiceToBeSure) {
 TEST_F(LibraryCameraTest, ReplyToAnotherCommandIsAFailureAndNoValue) {
   const auto camera = Open();
   for (const RegisterWidth width : {RegisterWidth::kByte, RegisterWidth::kWide}) {
-    // The library calls an unanswered read a success: no get reaches the chip, all say S_OK.
+    // The library reports an unanswered read as success: no get reaches the chip, and all return
+    // S_OK.
     chip->Intercept([](const Transfer& transfer) -> std::optional<Result> {
       return transfer.request.flags == borvan_test::kGetFlags && !transfer.is_length_query
                  ? std::optional<Result>(0)

@@ -1,4 +1,4 @@
-// Reads of a camera of which any one transfer goes wrong: the value is right, or there is none.
+// Reading a camera with any single transfer failing: the value is right, or the read fails.
 #include <gmock/gmock.h>
 
 #include "library_rig.h"
@@ -16,7 +16,7 @@ constexpr std::array kFaults = {Fault::kRefused, Fault::kLies, Fault::kShort, Fa
 
 class LibraryFaultsTest : public LibraryTest {
  protected:
-  // Strikes the transfer with this number, from 0.
+  // Injects the fault at the transfer with this number, from 0.
   void StrikeAt(std::size_t number, Fault fault) {
     chip->ForgetTransfers();
     count = 0;
@@ -24,7 +24,7 @@ class LibraryFaultsTest : public LibraryTest {
       return count++ == number ? std::optional(fault) : std::nullopt;
     });
   }
-  // Strikes every `distance`-th transfer of a selector that has these flags.
+  // Injects the fault at every `distance`-th transfer of a selector with these flags.
   void StrikeEvery(std::size_t distance, std::uint32_t selector, std::uint32_t flags, Fault fault) {
     count = 0;
     chip->Strike([this, distance, selector, flags, fault](const Transfer& transfer) {
@@ -34,7 +34,7 @@ class LibraryFaultsTest : public LibraryTest {
                  : std::nullopt;
     });
   }
-  // Calls `read` once for each transfer it makes and each fault. Returns how often it gave a value.
+  // Calls `read` for each of its transfers and each fault. Returns the number of successful reads.
   template <typename Read>
   std::size_t StrikeEachOnce(const Read& read) {
     const auto right = read();
@@ -59,7 +59,7 @@ class LibraryFaultsTest : public LibraryTest {
     EXPECT_EQ(read(), right);
     return values;
   }
-  // Lets the chip prepare replies that nobody asked for.
+  // Makes the chip prepare replies to other requests.
   void Scramble() {
     std::uint32_t value = 0;
     UsbRegisterRead(0x7777, &value, kBorvanRegisterByte);
@@ -103,7 +103,7 @@ TEST_F(LibraryFaultsTest, FlashReadOfRepeatingContentIsRightOrFails) {
   StrikeEachOnce([&] { return camera->ReadFlash(0x80, 128, {}); });
 }
 
-// As it was measured: the set with the address of the 20th packet is refused.
+// As observed: the set with the address of the 20th packet is refused.
 TEST_F(LibraryFaultsTest, PacketWhoseAddressWasRefusedIsReadAgain) {
   PutDistinctFlash();
   const auto camera = Open();
@@ -181,7 +181,7 @@ TEST_F(LibraryFaultsTest, FlashWordIsRightOrFails) {
 TEST_F(LibraryFaultsTest, RegisterReadIsRightOrFails) {
   const auto camera = Open();
   chip->PutRegister(0x12345678, 0xA1B2C3D4);
-  chip->PutRegister(0x12347777, 0x5A);  // what is read when the low half of the address is refused
+  chip->PutRegister(0x12347777, 0x5A);  // read if the low half of the address is refused
   chip->PutRegister(0x00005678, 0x5B);  // and the high half
   EXPECT_GT(StrikeEachOnce([&] { return camera->ReadRegister(0x12345678, RegisterWidth::kByte); }),
             0U);

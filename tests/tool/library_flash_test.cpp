@@ -30,7 +30,7 @@ class LibraryFlashTest : public LibraryTest {
     return {content.begin() + static_cast<std::ptrdiff_t>(first),
             content.begin() + static_cast<std::ptrdiff_t>(first + size)};
   }
-  // Addresses that fast reads asked for.
+  // The addresses requested by fast reads.
   std::vector<std::uint32_t> Asked() const {
     std::vector<std::uint32_t> addresses;
     for (const Bytes& block : chip->Sent(kFastRead)) {
@@ -99,8 +99,8 @@ TEST_F(LibraryFlashTest, ShortReadThatFailsSaysWhy) {
   EXPECT_THAT(failure.Message(), HasSubstr("reading flash 0x10-0x13: 0x80070017, Data error"));
 }
 
-// A read below 8 bytes reports 100 whatever became of it; a poll may fall between that and its
-// failure.
+// A read below 8 bytes always reports 100, even if it fails. A poll may come between the 100 and
+// the failure.
 TEST_F(LibraryFlashTest, ShortReadWhoseHundredIsSeenBeforeItsFailureSaysWhy) {
   const auto camera = Open();
   FailFastReads();
@@ -133,7 +133,7 @@ TEST_F(LibraryFlashTest, CameraIsOpenedAnewAfterAJobThatFailed) {
   chip->Intercept(nullptr);
   const auto other = std::make_shared<borvan_test::MemoryChip>();
   other->PutFlash(0, Bytes(4, 0x77));
-  script->cameras = {borvan_test::MakeCamera(u'a', other)};  // plugged out and in again
+  script->cameras = {borvan_test::MakeCamera(u'a', other)};  // unplugged and plugged in again
   EXPECT_EQ(camera->ReadFlash(0, 4, {}), Bytes(4, 0x77));
   FailFastReads();
   other->Intercept([](const Transfer&) { return kDeviceError; });

@@ -1,5 +1,5 @@
-// Jobs in one instance: leftovers of earlier ones, reports that are cleared before they are seen,
-// jobs that nobody waits for any more.
+// Jobs in one instance: leftovers of earlier jobs, reports that are cleared before they are seen,
+// abandoned jobs.
 #include <gmock/gmock.h>
 
 #include <atomic>
@@ -30,7 +30,7 @@ class LibraryJobsTest : public LibraryTest {
     }
     chip->PutFlash(0, content);
   }
-  // No report of a job's end is seen: each is cleared before.
+  // All reports of a job's end are cleared before they are seen.
   void ClearEnds() {
     exports.GetProgressInfo = [] {
       const std::uint64_t progress = GetProgressInfo();
@@ -48,7 +48,7 @@ class LibraryJobsTest : public LibraryTest {
                  : std::nullopt;
     });
   }
-  // Transfers of a selector wait until Release.
+  // Transfers of a selector block until Release().
   void Hold(std::uint32_t selector) {
     chip->Intercept([this, selector](const Transfer& transfer) -> std::optional<Result> {
       if (transfer.request.id == selector && !transfer.is_length_query) {
@@ -202,7 +202,7 @@ TEST_F(LibraryJobsTest, ListWhoseEndWasClearedIsNotCalledWritten) {
             ExitCode::kDevice);
 }
 
-// An earlier job's report of 100 is cleared after three seconds, in the middle of this one.
+// The 100 of an earlier job is cleared after three seconds, while this job runs.
 TEST_F(LibraryJobsTest, JobWhoseReportsAreClearedWhileItRunsIsWaitedFor) {
   const auto camera = Open();
   camera->ReadFlash(0, 100, {});
@@ -221,7 +221,7 @@ TEST_F(LibraryJobsTest, JobWhoseReportsAreClearedWhileItRunsIsWaitedFor) {
 TEST_F(LibraryJobsTest, FileThatAWorkerCannotUseIsAFailureOfTheFile) {
   const auto camera = Open();
   exports.UsbFlashWriteFile = [](const char* name, std::uint32_t address) {
-    // Where it looks for the file it is there; where it opens it, it is none.
+    // The file exists when the library checks for it, but can't be opened.
     return UsbFlashWriteFile(*name == 0 ? name : "/", address);
   };
   const Failure failure = FailureOf([&] { camera->ProgramFlash(0x1000, image, {}); });

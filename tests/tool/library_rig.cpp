@@ -6,11 +6,11 @@
 namespace borvanusb::tool_test {
 namespace {
 
-// Longer than any job takes, however busy the machine is.
+// Longer than any job, even on a busy machine.
 constexpr std::chrono::seconds kLimit{60};
 constexpr std::chrono::microseconds kSleep{100};
 
-// A host can't free the library's arrays; a test that is linked with it can, at its end.
+// A host can't free the library's arrays. A test that is linked with the library can, at its end.
 UsbDeviceInfo* GetAllDeviceInfo() {
   static std::vector<std::unique_ptr<UsbDeviceInfo[]>> arrays;
   arrays.emplace_back(UsbGetAllDeviceInfo());
@@ -26,7 +26,7 @@ LibraryPlatform::ScratchFile TestPlatform::NewScratchFile(std::string_view exten
   return {name, name};
 }
 
-// As on Windows, a file that somebody has open can't be removed.
+// As on Windows, an open file can't be removed.
 void TestPlatform::RemoveScratchFile(const ScratchFile& file) {
   if (!Look(file).open) {
     std::filesystem::remove(file.name);
@@ -69,7 +69,7 @@ std::string TestPlatform::SystemMessage(std::uint32_t status) {
   return status == 0x80070017 ? "Data error" : "";
 }
 
-// Shorter than asked for: thousands of jobs are waited for in these tests.
+// Sleeps for a shorter time, because these tests wait for thousands of jobs.
 void TestPlatform::Sleep(std::chrono::milliseconds time) {
   if (on_sleep) {
     on_sleep();

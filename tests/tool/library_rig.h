@@ -18,7 +18,7 @@
 
 namespace borvanusb::tool_test {
 
-// The system's part, with files in a folder of the test's own.
+// The operating system functions, with files in a separate folder for each test.
 class TestPlatform : public LibraryPlatform {
  public:
   ScratchFile NewScratchFile(std::string_view extension) override;
@@ -35,31 +35,31 @@ class TestPlatform : public LibraryPlatform {
 
   borvan_test::TemporaryFolder folder;
   std::vector<std::string> made;                    // scratch files
-  std::map<std::string, std::string> device_names;  // the system's, by path
-  std::vector<std::string> asked_names;             // paths whose names were asked for
+  std::map<std::string, std::string> device_names;  // names from the system, by path
+  std::vector<std::string> asked_names;             // paths whose names were requested
   bool locked_elsewhere = false;
-  int early_looks = 0;  // so many looks find a new file that nobody seems to have open
+  int early_looks = 0;  // number of queries for which a new file seems closed
   std::size_t most_clear_tasks = 1'000'000;
   std::function<void()> on_sleep;
 };
 
-// A camera in memory behind the library's own exports.
+// A camera in memory behind the real exports of the library.
 class LibraryTest : public borvan_test::ApiTest {
  protected:
   LibraryTest();
 
-  // Opens the one camera.
+  // Opens the only camera.
   std::unique_ptr<Camera> Open();
-  // With a time limit of 0.3 s, for what never comes.
+  // With a time limit of 0.3 s, for things that never happen.
   std::unique_ptr<Camera> OpenWithShortLimit();
 
-  // The failure that the call ends with; a failed test when it ends well.
+  // The failure that the call throws. The test fails if it throws none.
   static Failure FailureOf(const std::function<void()>& call);
 
-  // Waits until an abandoned job has ended; false when it does not.
+  // Waits until an abandoned job has ended. Returns false if it does not end.
   bool BecomesIdle();
 
-  // Files left behind in the scratch folder.
+  // The number of files left in the scratch folder.
   std::size_t LeftBehind() const;
 
   Exports exports;

@@ -1,4 +1,4 @@
-// The editing of a line, and what Tab makes of it.
+// Editing of lines, and completion with Tab.
 #include "station/line_editor.h"
 
 #include <gtest/gtest.h>
@@ -24,7 +24,7 @@ class LineEditorTest : public testing::Test {
       EXPECT_EQ(editor_.Press({kind}), LineEditor::Outcome::kEditing);
     }
   }
-  // The line with a | where the cursor is.
+  // The line with a | at the cursor.
   std::string Shown() const {
     std::string text = editor_.Text();
     return text.insert(editor_.Cursor(), "|");
@@ -93,7 +93,7 @@ TEST_F(LineEditorTest, FormerLinesComeBackAndTheNewOneIsKept) {
   EXPECT_EQ(Shown(), "second|");
   Press(Kind::kDown, 2);
   EXPECT_EQ(Shown(), "new|");
-  // What was changed in a former line is not the former line.
+  // Changing a line of the history does not change the history.
   Press(Kind::kUp, 2);
   EXPECT_EQ(Shown(), "first|");
 }
@@ -119,7 +119,7 @@ TEST(VisiblePartTest, CursorIsAlwaysVisible) {
   EXPECT_EQ(shown("abcdefgh", 0), "> abcdef$> ");
   EXPECT_EQ(shown("abcdefgh", 8), "> defgh$> defgh");
   EXPECT_EQ(shown("abcdefgh", 6), "> bcdefg$> bcdef");
-  // Two columns each.
+  // Each character takes two columns.
   EXPECT_EQ(shown("\xE6\x97\xA5\xE6\x97\xA5\xE6\x97\xA5\xE6\x97\xA5", 12),
             "> \xE6\x97\xA5\xE6\x97\xA5$> \xE6\x97\xA5\xE6\x97\xA5");
 }
@@ -138,7 +138,7 @@ TEST(CompleteLineTest, CommandsOptionsAndChoicesAreOffered) {
   EXPECT_EQ(candidates("i2c read --mode 8"), Words{"8/8"});
   EXPECT_EQ(candidates("i2c read --mode=8"), Words{"--mode=8/8"});
   EXPECT_EQ(candidates("completion b"), Words{"bash"});
-  // list takes no camera.
+  // `list` does not support --camera.
   EXPECT_EQ(candidates("list --cam"), Words{});
   EXPECT_EQ(candidates("nothing x"), Words{});
 }

@@ -67,7 +67,7 @@ TEST_F(ListInfoTest, WatchEndsWhenItsOutputIsLost) {
     ++sleeps;
     desk_.output.takes_results = false;
     ASSERT_LT(sleeps, 3);
-    desk_.host.stop_requested = sleeps == 2;  // no test goes on for ever
+    desk_.host.stop_requested = sleeps == 2;  // ends the test
   };
   EXPECT_EQ(borvanusb::Run(ListCommand{true}, desk_.context), ExitCode::kDone);
   EXPECT_EQ(sleeps, 1);

@@ -1,4 +1,4 @@
-// The lines of list files, read strictly.
+// Strict parsing of list files.
 #include "registers/list_text.h"
 
 #include <gtest/gtest.h>
@@ -10,7 +10,7 @@ namespace {
 
 using Entries = std::vector<ListEntry>;
 
-// The one problem of a text, as "LINE: TEXT"; "none" or "several" otherwise.
+// The only problem of a text, as "LINE: TEXT"; otherwise "none" or "several".
 std::string TheProblem(const std::string& text) {
   const ListText list = ReadListText(text);
   if (list.problems.size() != 1) {

@@ -1,4 +1,4 @@
-// `map check`, and the counts of the tool against those of count_svd.py.
+// `map check`, and a comparison of its counts with those of count_svd.py.
 #include <gtest/gtest.h>
 
 #include <array>
@@ -19,7 +19,7 @@ namespace {
 
 const std::string kFiles = BORVAN_SVD_FILES;
 
-// What the counting that was written a second time says.
+// The counts of the independent implementation.
 std::string SecondOpinion(const std::string& file) {
   const std::string line =
       std::string(BORVAN_PYTHON) + " -B '" + kFiles + "/count_svd.py' '" + file + "'";

@@ -1,4 +1,4 @@
-# Profiles and the names that they give.
+# Profiles and register names.
 borvan_add_gtest(
   tool_names_test
   SOURCES

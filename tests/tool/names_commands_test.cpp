@@ -1,4 +1,4 @@
-// The commands on registers by the names of the sample profiles.
+// Register commands with the names of the sample profiles.
 #include <gtest/gtest.h>
 
 #include "base/files.h"
@@ -141,9 +141,9 @@ TEST_F(NamesCommandsTest, DumpsAllThatHasAName) {
                        "CHIP.FEATURES=0x00\nCHIP.LED=0x00\nCHIP.FRAMES=0x00000000\n"))
       << text;
   EXPECT_NE(text.find("SENSOR.EXPOSURE=0x001234\n"), std::string::npos);
-  EXPECT_EQ(text.find("EVENTS"), std::string::npos);  // reading clears it
+  EXPECT_EQ(text.find("EVENTS"), std::string::npos);  // cleared by reading
   EXPECT_EQ(text.find("GROUP"), std::string::npos);   // can't be read
-  // What was dumped is no difference; then one field changes.
+  // There is no difference after the dump; then one field changes.
   EXPECT_EQ(desk_.Do(RegDiffCommand{file, "camera"}, "reg-diff"), ExitCode::kDone);
   desk_.Chip().sensors[0x6C][0x3503] = 0x46;
   EXPECT_EQ(desk_.Do(RegDiffCommand{file, "camera"}, "reg-diff"), ExitCode::kVerify);

@@ -1,4 +1,4 @@
-// Numbers, sizes and ranges as people write them on a command line.
+// Numbers, sizes and ranges as written on a command line.
 #include "base/numbers.h"
 
 #include <gtest/gtest.h>

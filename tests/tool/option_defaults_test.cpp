@@ -1,4 +1,4 @@
-// Options that a command line does not give take their values from the profile of the camera.
+// Options that are not given take their values from the profile of the camera.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -65,7 +65,7 @@ TEST(OptionDefaultsTest, CommandsWithoutTheOptionAreNotTouched) {
 TEST(OptionDefaultsTest, CommonOptionsHaveDefaultsToo) {
   EXPECT_EQ(Parsed({"info"}, {{"--timeout", "25"}}).common.timeout.count(), 25000);
   EXPECT_EQ(Parsed({"info", "--timeout", "3"}, {{"--timeout", "25"}}).common.timeout.count(), 3000);
-  // info shows no progress.
+  // info does not show progress.
   EXPECT_THAT(Parsed({"info"}, {{"--progress", "lines"}}).common.defaulted, IsEmpty());
 }
 
@@ -73,14 +73,14 @@ TEST(OptionDefaultsTest, NoDefaultContradictsWhatIsGiven) {
   const auto watch = As<WatchCommand>({"watch", "--reg", "1"}, kSensor);
   EXPECT_FALSE(watch.i2c.slave.has_value());
   EXPECT_EQ(As<WatchCommand>({"watch", "--i2c", "1"}, kSensor).i2c.slave, 0x20U);
-  // The mode's addresses end at 0xff, which is too few for the register that is given.
+  // Addresses of this mode end at 0xff, below the given register.
   const Values narrow = {{"--mode", "8/8"}, {"--slave", "0x20"}};
   const auto read = As<I2cReadCommand>({"i2c", "read", "0x3500"}, narrow);
   EXPECT_EQ(read.i2c.slave, 0x20U);
   EXPECT_EQ(read.i2c.mode, 1);
 }
 
-// --mode alone is refused there, so it counts only beside --slave, in whatever order they stand.
+// --mode alone is rejected there, so it is only valid together with --slave, in any order.
 TEST(OptionDefaultsTest, DefaultsThatNeedEachOther) {
   EXPECT_THAT(Parsed({"selftest"}, kSensor).common.defaulted,
               testing::UnorderedElementsAre("--mode", "--slave"));
@@ -117,7 +117,7 @@ TEST(OptionDefaultsTest, TheUsersOwnMistakesAreToldFirst) {
               HasSubstr("0x10000 is too big for the addresses of width mode 16/8"));
 }
 
-// The tool with the sample profiles, whose cameras are those of the fake host.
+// The tool with the sample profiles, which match the cameras of the fake host.
 class ToolDefaultsTest : public testing::Test {
  protected:
   ToolDefaultsTest() {

@@ -1,4 +1,4 @@
-// The completion script for PowerShell, which is not here to run it: its form.
+// The form of the completion script for PowerShell, which is not available to run it.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -15,7 +15,7 @@ namespace {
 using testing::HasSubstr;
 using testing::StartsWith;
 
-// The script without what stands in quotes, in which '' is a quote.
+// The script without the quoted texts, in which '' stands for a quote.
 std::string WithoutTexts(const std::string& script) {
   std::string bare;
   char quote = 0;

@@ -1,4 +1,4 @@
-// What a terminal is shown of texts that come from outside.
+// How texts from outside are shown on a terminal.
 #include "output/printable.h"
 
 #include <gtest/gtest.h>
@@ -23,7 +23,7 @@ TEST(PrintableTest, ControlCharactersBecomeQuestionMarks) {
                                   "d",
                                   8)),
             "a?b?c??d");
-  // C1: the first and the last, and "begin a sequence" between them.
+  // C1 controls: the first, the last, and the sequence introducer.
   EXPECT_EQ(Printable("a\xC2\x80\xC2\x9B\xC2\x9F"
                       "b"),
             "a???b");
@@ -35,7 +35,7 @@ TEST(PrintableTest, OtherLineEndsAndTurnsOfDirectionBecomeQuestionMarks) {
                                  "\xE2\x81\xA6", "\xE2\x81\xA9"}) {
     EXPECT_EQ(Printable("a" + text + "b"), "a?b");
   }
-  // Their neighbours.
+  // Their neighbours, which are allowed.
   for (const std::string text : {"\xE2\x80\xA7", "\xE2\x80\xAF", "\xE2\x81\xA5", "\xE2\x81\xAA"}) {
     EXPECT_EQ(Printable(text), text);
   }
@@ -43,7 +43,7 @@ TEST(PrintableTest, OtherLineEndsAndTurnsOfDirectionBecomeQuestionMarks) {
 
 TEST(PrintableTest, BytesThatAreNoUtf8BecomeQuestionMarks) {
   EXPECT_EQ(Printable("a\x9B\xFF\x80z"), "a???z");
-  // Cut off, too long a form for a line feed, a surrogate, beyond the last character.
+  // Truncated, an overlong form of a line feed, a surrogate, beyond the last character.
   EXPECT_EQ(Printable("\xE2\x80"), "??");
   EXPECT_EQ(Printable("\xC0\x8A"), "??");
   EXPECT_EQ(Printable("\xED\xA0\x80"), "???");

@@ -1,4 +1,4 @@
-// What `profile check` finds beside the errors of reading.
+// The findings of `profile check`, in addition to errors of reading.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -16,7 +16,7 @@ using testing::IsEmpty;
 
 const std::string kSamples = BORVAN_SAMPLES;
 
-// A text of a profile with these parts, one in each line from the second on.
+// The text of a profile with these parts, one per line from line 2.
 std::string ProfileText(const std::vector<std::string>& parts) {
   std::string text = "{\"name\": \"M\", \"cameras\": [{\"name\": \"*\"}]";
   for (const std::string& part : parts) {
@@ -85,7 +85,7 @@ TEST(ProfileCheckTest, SettingsThatMeanNothingOrAreRefused) {
                       "\"CHIP.CTRL.GAIN=21\"", "\"CHIP.CTRL.STATE=1\"", "\"0x100=256\"",
                       "\"EXPOSURE\"", "\"EXPOSURE=1\"]}]"})
                   .size(),
-              1U);  // a comma after the bracket is no JSON
+              1U);  // a comma after the bracket is not valid JSON
   EXPECT_THAT(Errors({kMaps,
                       "\"presets\": [{\"name\": \"day\", \"settings\": [\n\"EXPOSUR=1\",\n"
                       "\"CHIP.CTRL.GAIN=21\",\n\"CTRL=1\",\n\"0x100=256\",\n\"EXPOSURE\",\n"

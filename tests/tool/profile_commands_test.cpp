@@ -211,7 +211,7 @@ TEST_F(ProfileCommandsTest, InfoOfAnAmbiguousCamera) {
   EXPECT_EQ(desk_.result["profile"], nullptr);
 }
 
-// Whatever a camera is called, the file passes the check.
+// The file passes the check for any name of a camera.
 TEST_F(ProfileCommandsTest, NewForAnyCamera) {
   ProfileNewCommand command;
   command.file = folder_.Name("x.camera.json");

@@ -1,4 +1,4 @@
-// Progress as a bar, as lines, as JSON and not at all, with a clock of the test's.
+// Progress as a bar, as lines, as JSON and disabled, with a simulated clock.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -52,12 +52,12 @@ TEST_F(ProgressFormsTest, BarIsDrawnAtMostTenTimesASecond) {
     progress->Advance(done);
     progress->Stage(done % 2 == 0 ? "erase" : "program");
   }
-  // At its begin, and after each 100 ms.
+  // At the beginning, and every 100 ms.
   EXPECT_EQ(texts.size(), 11U);
   for (const std::string& text : texts) {
     EXPECT_THAT(text, StartsWith("\r"));
     EXPECT_EQ(text.find('\n'), std::string::npos);
-    // A console wraps when its last column is written.
+    // A console wraps the line when its last column is written.
     EXPECT_LE(text.size() - 1, 59U);
   }
 }

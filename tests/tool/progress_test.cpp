@@ -1,4 +1,4 @@
-// How far, how fast and how long: the numbers behind every form of progress.
+// The values behind every form of progress: percentage, speed, remaining time.
 #include "output/progress_meter.h"
 
 #include <gtest/gtest.h>
@@ -76,7 +76,7 @@ TEST(ProgressMeterTest, ClockThatRunsBackwardsStandsStill) {
 TEST(ProgressMeterTest, RateIsThatOfTheLastSeconds) {
   ProgressMeter meter;
   meter.Begin("read", 1000000, At(0));
-  // 1000 a second for ten seconds, then 100 a second.
+  // 1000 per second for ten seconds, then 100 per second.
   std::uint64_t done = 0;
   for (std::int64_t time = 100; time <= 10000; time += 100) {
     done += 100;
@@ -95,7 +95,7 @@ TEST(ProgressMeterTest, TimeLeftCountsDownEvenlyAtAnUnevenRate) {
   ProgressMeter meter;
   meter.Begin("program", 100000, At(0));
   std::uint64_t before = UINT64_MAX;
-  // 1000 a second on average: every second packet takes three times as long as the others.
+  // 1000 per second on average: every second packet takes three times as long as the others.
   std::uint64_t done = 0;
   for (std::int64_t time = 0; time < 60000; time += 400) {
     meter.Advance(done += 200, At(time + 100));
@@ -117,7 +117,7 @@ TEST(ProgressMeterTest, TimeLeftFollowsARateThatFalls) {
   for (std::int64_t time = 2000; time <= 12000; time += 1000) {
     meter.Advance(1000 + static_cast<std::uint64_t>(time - 1000) / 10, At(time));
   }
-  // 7900 left at 100 a second; the estimate may lag a tenth behind.
+  // 7900 remain at 100 per second. The estimate may lag by a tenth.
   EXPECT_GE(meter.SecondsLeft().value_or(0), 71U);
   EXPECT_LE(meter.SecondsLeft().value_or(0), 87U);
 }

@@ -9,7 +9,7 @@ namespace {
 
 using Kind = Key::Kind;
 
-// Types what it was given; then its input ends.
+// Types the given keys, then the input ends.
 class FakeTerminal : public Terminal {
  public:
   void BeginEditing() override { ++editing; }

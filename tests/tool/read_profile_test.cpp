@@ -1,4 +1,4 @@
-// Camera profiles: what is read, and which line and key an error names.
+// Reading camera profiles: values, and the line and key of errors.
 #include "profile/read_profile.h"
 
 #include <gtest/gtest.h>
@@ -32,7 +32,7 @@ ProfileReading Read(const std::string& text) {
   });
 }
 
-// The errors, one "line: text" each.
+// The errors, one "line: text" for each.
 std::string ErrorsOf(const std::string& text) {
   std::string errors;
   for (const ListProblem& error : Read(text).errors) {
@@ -74,7 +74,7 @@ TEST(ReadProfileTest, AllOfAProfile) {
   EXPECT_EQ(map.target.option, 3U);
   EXPECT_EQ(map.base, 256U);
   EXPECT_EQ(map.access_bits, 16U);
-  EXPECT_EQ(map.step, 2U);  // two bytes an access, in a map of bytes
+  EXPECT_EQ(map.step, 2U);  // two bytes per access, in a map with byte addresses
   EXPECT_EQ(map.rule.bytes, ByteOrder::kLowFirst);
   const AccessRule& rule = map.register_rules.at("S.A");
   EXPECT_EQ(rule.bytes, ByteOrder::kLowFirst);
@@ -83,7 +83,7 @@ TEST(ReadProfileTest, AllOfAProfile) {
   EXPECT_EQ(rule.after_write[0].value, 0xFFFFU);
   EXPECT_EQ(profile.flash.size, 0x100000U);
   ASSERT_EQ(profile.flash.regions.size(), 2U);
-  EXPECT_EQ(profile.flash.regions[0].name, "boot");  // by address
+  EXPECT_EQ(profile.flash.regions[0].name, "boot");  // sorted by address
   EXPECT_TRUE(profile.flash.regions[0].read_only);
   EXPECT_EQ(profile.flash.regions[1].range, (Range{0x1000, 0x1FFF}));
   EXPECT_EQ(profile.flash.regions[1].begins_with, (std::vector<std::uint8_t>{0x55, 0xAA}));

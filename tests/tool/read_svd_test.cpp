@@ -1,4 +1,4 @@
-// Register maps in CMSIS-SVD as values: names, addresses, forms.
+// Reading register maps in CMSIS-SVD: names, addresses, forms.
 #include "maps/read_svd.h"
 
 #include <gtest/gtest.h>
@@ -77,7 +77,7 @@ TEST(ReadSvdTest, DerivedRegistersInheritAndReplace) {
   EXPECT_EQ(own.enumerations[0]->values.size(), 4U);
   EXPECT_EQ(own.enumerations[0]->header_name, "modes_e");
   EXPECT_EQ(own.enumerations[1]->usage, MapUsage::kRead);
-  // A register of one's own stands for the inherited one of that name.
+  // An own register replaces an inherited one of the same name.
   EXPECT_EQ(Named(map, "SENSOR2.CTRL2").address, 0x50000080U);
   EXPECT_TRUE(Named(map, "SENSOR2.CTRL2").form->fields.empty());
 }

@@ -107,7 +107,7 @@ TEST_F(RegCommandsTest, VerifyFindsARegisterThatDoesNotTakeItsValue) {
 }
 
 TEST_F(RegCommandsTest, VerifyOfAMaskedWriteLooksAtItsBitsAlone) {
-  // Bit 0 is the chip's own and toggles.
+  // Bit 0 is toggled by the chip itself.
   std::uint32_t reads = 0;
   desk_.Chip().after_read = [&reads](FakeRead, std::uint32_t, std::uint32_t& value) {
     value = (value & 0xFEU) | (reads++ & 1U);
@@ -116,13 +116,13 @@ TEST_F(RegCommandsTest, VerifyOfAMaskedWriteLooksAtItsBitsAlone) {
             ExitCode::kDone);
 }
 
-// A wide write goes in four transfers, and the chip keeps what an earlier write left where one of
-// them does not arrive.
+// A wide write consists of four transfers. If one of them is lost, the chip uses the value of an
+// earlier write for that part.
 TEST_F(RegCommandsTest, MaskedWriteThatDamagedOtherBitsIsMadeOnceMore) {
   FakeChip& chip = desk_.Chip();
   chip.registers[0x100] = 0x1122C3A5;
   chip.before_transfer = [&chip](std::uint64_t number) {
-    if (number == 3) {  // behind the read and the write
+    if (number == 3) {  // after the read and the write
       chip.registers[0x100] = 0xC355;
     }
   };

@@ -157,7 +157,7 @@ TEST_F(RegListsTest, DiffOfTwoFilesShowsDifferentAndMissing) {
 
 TEST_F(RegListsTest, DiffWithTheCameraReadsTheRegistersOfTheList) {
   desk_.Chip().registers = {{0x8000, 1}, {0x8002, 0x81}, {0x9000, 5}};
-  // Delay values, which are no page: the registers are apart.
+  // Delay values, not a page, because the registers are not adjacent.
   const std::string list = folder_.Write("list.txt", "fffd,5\nfffe,a\n8000,1\n8002,80\n");
   EXPECT_EQ(desk_.Do(RegDiffCommand{list, "camera"}, "reg-diff"), ExitCode::kVerify);
   EXPECT_EQ(desk_.output.out, "0x8002  0x80  0x81\n");

@@ -1,4 +1,4 @@
-// Reading and writing registers of several accesses: which accesses, and in which order.
+// Reading and writing registers of several accesses: which accesses are made, and in which order.
 #include "names/register_access.h"
 
 #include <gtest/gtest.h>
@@ -17,7 +17,7 @@ class RegisterAccessTest : public testing::Test {
     return AccessesOf(TargetsOf(words, &names, {}));
   }
   std::unique_ptr<Camera> Open() { return desk_.host.OpenCamera(desk_.Chip().identity); }
-  // Keeps the order of I2C writes.
+  // Also shows the order of I2C writes.
   static std::string Pieces(std::span<const RegisterAccess> accesses) {
     std::string text;
     for (const ReadPiece& piece : PlanReads(accesses)) {
@@ -32,11 +32,11 @@ class RegisterAccessTest : public testing::Test {
 
 TEST_F(RegisterAccessTest, NeighboursAreReadInOnePiece) {
   const RegisterNames names(TestProfile());
-  // EVENTS at 0x103 changes when it is read; SERIAL is four bytes from 0x108 on.
+  // EVENTS at 0x103 changes when it is read; SERIAL has four bytes from 0x108.
   EXPECT_EQ(Pieces(Accesses(names, {"CHIP.CTRL2", "CHIP.CTRL", "FLAGS", "EVENTS", "SERIAL",
                                     "SENSOR.CTRL", "EXPOSURE"})),
             "chip 0x100-0x102; chip 0x108-0x10b; i2c 0x3500-0x3503; chip 0x103 alone; ");
-  // The same register twice, and a field of it, is read once.
+  // The same register, given twice and by one of its fields, is read once.
   EXPECT_EQ(Pieces(Accesses(names, {"CHIP.CTRL", "CHIP.CTRL.MODE", "0x100"})), "chip 0x100; ");
 }
 
@@ -63,7 +63,7 @@ TEST_F(RegisterAccessTest, LowByteFirst) {
   desk_.Chip().sensors[0x6C] = {{0x3500, 0x01}, {0x3501, 0x23}, {0x3502, 0x45}};
   desk_.Chip().registers = {{0x108, 0x78}, {0x109, 0x56}, {0x10A, 0x34}, {0x10B, 0x12}};
   const auto camera = Open();
-  // The chip's wide registers have their low byte first without being told.
+  // The chip's wide registers are low byte first by default.
   EXPECT_EQ(ReadAll(Accesses(names, {"EXPOSURE", "SERIAL"}), *camera, desk_.context).values,
             (std::vector<std::uint64_t>{0x452301, 0x12345678}));
 }
@@ -74,7 +74,7 @@ TEST_F(RegisterAccessTest, OrderOfTimeAndLatches) {
          "after-write": [{"address": "0x3208", "value": "0xa0"}],
          "before-read": [{"address": "0x3209", "value": 1}])"));
   std::string order;
-  // A camera that keeps the order of what it is asked.
+  // A camera that records the order of requests.
   class Recorder : public Camera {
    public:
     Recorder(Camera& camera, std::string& order) : camera_(camera), order_(order) {}
@@ -122,7 +122,7 @@ TEST_F(RegisterAccessTest, OrderOfTimeAndLatches) {
 }
 
 TEST_F(RegisterAccessTest, NamesCostNoMoreTransfersThanNumbers) {
-  // A thousand registers in a row, in parts of which each has a name.
+  // A thousand adjacent addresses, four for each named register.
   std::vector<RegisterAccess> named;
   for (std::uint32_t address = 0x1000; address < 0x1000 + 1000; address += 4) {
     RegisterAccess access = ChipAccess(address, false);

@@ -1,4 +1,4 @@
-// Lists of chip registers: what keeps them from being written as they stand, dumps, comparison.
+// Lists of chip registers: problems that prevent writing, dumps, comparison.
 #include "registers/register_list.h"
 
 #include <gtest/gtest.h>
@@ -77,21 +77,21 @@ TEST(RegisterListTest, DelayValuesInsideARowAreToldToBePassedOver) {
   EXPECT_EQ(
       CheckRegisterList("fffd,0\n" + Row(0x100, 20) + "fffd,1\n" + Row(0x114, 1)).list.remarks,
       told);
-  // A gap, or a row that stays below 21, leaves the mark its effect.
+  // With a gap, or fewer than 21 adjacent registers, the mark has an effect.
   EXPECT_EQ(
       CheckRegisterList("fffd,0\n" + Row(0x100, 20) + "fffd,1\n" + Row(0x115, 1)).list.remarks,
       Problems{});
   EXPECT_EQ(
       CheckRegisterList("fffd,0\n" + Row(0x100, 10) + "fffd,1\n" + Row(0x10A, 10)).list.remarks,
       Problems{});
-  // A block ends at 56 registers: the mark right behind it opens the next.
+  // A block ends at 56 registers, so the mark after it applies to the next block.
   EXPECT_EQ(
       CheckRegisterList("fffd,0\n" + Row(0x100, 56) + "fffd,1\n" + Row(0x138, 30)).list.remarks,
       Problems{});
 }
 
 TEST(RegisterListTest, RegisterThatBreaksABlockOffBeginsNoRow) {
-  // 0x200 breaks the 21 off and stands alone; the 20 behind it are too few.
+  // 0x200 ends the block of 21 and stands alone; the 20 registers after it are too few for a block.
   EXPECT_EQ(
       CheckRegisterList("fffd,0\n" + Row(0x100, 21) + Row(0x200, 5) + "fffd,1\n" + Row(0x205, 16))
           .list.remarks,
@@ -102,7 +102,7 @@ TEST(RegisterListTest, RegisterThatBreaksABlockOffBeginsNoRow) {
       1U);
 }
 
-// On the virtual camera the first list writes its last twenty values to 0x501 and up.
+// On the virtual camera, the first list writes its last twenty values to 0x501 and up.
 TEST(RegisterListTest, RegisterOneBehindABrokenOffBlockIsAProblemWhereARowFollows) {
   const std::string broken_off = "fffd,0\n" + Row(0x100, 21) + "500,1,\n";
   const Problems told = {
@@ -160,7 +160,7 @@ TEST(RegisterDiffTest, TellsDifferentAndMissingRegistersInOrder) {
 
 TEST(RegisterDiffTest, PageIsThatOfADumpAlone) {
   EXPECT_EQ(PageOf(ReadListText("fffd,12\nfffe,34\n100,1\n101,1").entries), 0x1234U);
-  // Delay values: of registers that are apart, or told anew.
+  // Delay values, because the registers are not adjacent, or because there is a second mark.
   EXPECT_EQ(PageOf(ReadListText("fffd,12\nfffe,34\n100,1\n102,1").entries), 0U);
   EXPECT_EQ(PageOf(ReadListText("fffd,12\nfffe,34\n100,1\nfffd,1\n101,1").entries), 0U);
   EXPECT_EQ(PageOf(ReadListText("fffd,12\n100,1\n101,1").entries), 0U);

@@ -1,4 +1,4 @@
-// Names of registers and fields, and what they mean.
+// Finding registers and fields by name.
 #include "names/register_names.h"
 
 #include <gtest/gtest.h>

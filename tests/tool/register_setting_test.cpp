@@ -1,4 +1,4 @@
-// Settings by name: what may be written, and what is written to which bits.
+// Settings by name: allowed values, and the bits that are written.
 #include "names/register_setting.h"
 
 #include <gtest/gtest.h>
@@ -28,7 +28,7 @@ class RegisterSettingTest : public testing::Test {
     }
     return MergeSettings(std::move(settings), anywhere);
   }
-  // Writes the settings and returns what register `address` of the chip holds then.
+  // Writes the settings and returns the value of register `address` of the chip.
   std::uint32_t After(const std::vector<std::string>& words, std::uint32_t address,
                       bool verify = true) {
     const auto camera = desk_.host.OpenCamera(desk_.Chip().identity);
@@ -83,11 +83,12 @@ TEST_F(RegisterSettingTest, FieldsOfRegistersThatCantBeRead) {
 }
 
 TEST_F(RegisterSettingTest, FlagsThatAWriteClearsAreLeft) {
-  // DONE (bit 0) is cleared by a 1, HIT (bit 1) by a 0: leaving them takes 0 and 1.
+  // DONE (bit 0) is cleared by writing 1, HIT (bit 1) by writing 0. To keep them, 0 and 1 are
+  // written.
   desk_.Chip().registers[0x102] = 0x03;
   EXPECT_EQ(After({"FLAGS.ON=1"}, 0x102, false), 0x12U);
   desk_.Chip().registers[0x102] = 0x13;
-  EXPECT_EQ(After({"FLAGS.DONE=1"}, 0x102, false), 0x13U);  // ON is kept, DONE is cleared by its 1
+  EXPECT_EQ(After({"FLAGS.DONE=1"}, 0x102, false), 0x13U);  // ON is kept, DONE cleared by writing 1
 }
 
 TEST_F(RegisterSettingTest, MergingInOneCommandAndInAList) {
@@ -112,7 +113,7 @@ TEST_F(RegisterSettingTest, VerifyFindsWhatDidNotArrive) {
 }
 
 TEST_F(RegisterSettingTest, BitsOfTheChipsOwnAreNotCompared) {
-  // STATE (bit 7) is read-only and changes meanwhile.
+  // STATE (bit 7) is read-only and changes between the accesses.
   desk_.Chip().registers[0x100] = 0x00;
   desk_.Chip().after_read = [](FakeRead, std::uint32_t address, std::uint32_t& value) {
     value |= address == 0x100 ? 0x80U : 0U;

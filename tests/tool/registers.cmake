@@ -2,7 +2,7 @@
 borvan_add_gtest(tool_lists_test SOURCES i2c_list_test.cpp list_text_test.cpp register_list_test.cpp
                  statistics_test.cpp written_registers_test.cpp LIBRARIES borvanusb_core)
 
-# The JSON that the commands print, against the schemas that users get.
+# Checks the JSON of commands against the published schemas.
 add_library(borvanusb_test_schemas STATIC support/json_schema.cpp)
 target_link_libraries(borvanusb_test_schemas PRIVATE borvan_options PUBLIC borvan_nlohmann_json)
 target_include_directories(borvanusb_test_schemas PUBLIC "${CMAKE_CURRENT_SOURCE_DIR}")

@@ -1,4 +1,4 @@
-// run: a script's file, read by the command line's own rules and run by the commands themselves.
+// run with a script file, using the real command line parser and commands.
 #include "station/run.h"
 #include "support/command_desk.h"
 

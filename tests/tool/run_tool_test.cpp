@@ -1,4 +1,4 @@
-// The tool as a whole, around a command that each test makes up.
+// The whole tool with a command that each test defines.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -20,12 +20,12 @@ namespace {
 using testing::HasSubstr;
 using testing::StartsWith;
 
-// A command of the tests' own, under the words of several of the tool's.
+// A test command, with the words of several real commands.
 struct Probe {
   std::uint64_t rounds = 0;
 };
 
-// What it does.
+// The work of the test command.
 std::function<ExitCode(const Probe&, Context&)>& TheCommand() {
   static std::function<ExitCode(const Probe&, Context&)> command;
   return command;
@@ -82,7 +82,7 @@ class RunToolTest : public testing::Test {
 
   FakeHost host;
   bool terminal = false;
-  std::optional<WriteProblem> problem;  // of every write to standard output
+  std::optional<WriteProblem> problem;  // of all writes to standard output
   int writes = 0;                       // to standard output
   std::string out;
   std::string err;
@@ -251,7 +251,7 @@ TEST_F(RunToolTest, OutputThatCannotBeWrittenIsAFailureOfTheFile) {
   });
   EXPECT_EQ(Run({"info"}), 5);
   EXPECT_EQ(err, "note\n" + message);
-  // What failed once is not tried again: a part in the middle would be missing.
+  // After a failed write, nothing more is written, because a part in the middle would be missing.
   EXPECT_EQ(writes, 1);
   for (const std::vector<std::string>& words :
        {std::vector<std::string>{"info", "--json"}, {"--help"}, {"--version"}}) {

@@ -1,4 +1,4 @@
-// Whose a scratch file is.
+// The owner of a scratch file.
 #include "dll/scratch_names.h"
 
 #include <gtest/gtest.h>

@@ -1,4 +1,4 @@
-// The lines that only scripts have, and their variables.
+// Script lines that are not commands of the tool, and variables.
 #include "station/script_commands.h"
 
 #include "command/values.h"

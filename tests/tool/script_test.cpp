@@ -11,7 +11,7 @@
 namespace borvanusb::tool_test {
 namespace {
 
-// Stands for the command line's reader: the words choose the command.
+// Replaces the command line parser: the word selects the command.
 std::optional<LineCommand> ReadWord(const std::string& line) {
   if (line.empty() || line.front() == '#') {
     return std::nullopt;
@@ -41,7 +41,7 @@ std::optional<LineCommand> ReadWord(const std::string& line) {
 
 class ScriptTest : public testing::Test {
  protected:
-  // What the commands "info" do is `info_`; "list" writes a line.
+  // "info" runs `info_`; "list" writes a line.
   ExitCode Do(const std::string& text, bool keep_going = false) {
     const auto lines = ReadScript("work.txt", text, ReadWord, desk_.context);
     const ExitCode code = RunScript(
@@ -101,7 +101,7 @@ TEST_F(ScriptTest, EveryBadLineIsToldAtOnce) {
             "work.txt:2: lits is no command\n"
             "work.txt:4: --json applies to a whole script, not to a line\n"
             "work.txt:5: a script can't run another one\n");
-  // One alone is told in the failure.
+  // A single problem is only in the failure's message.
   FailureMessage("lits\n");
   EXPECT_EQ(desk_.output.errors, "");
 }
@@ -172,7 +172,7 @@ TEST_F(ScriptTest, LinesBehindLostOutputAreNotRun) {
   EXPECT_EQ(desk_.output.errors,
             "borvanusb: run: work.txt:4: standard output can't be written; this line and the lines "
             "after it were not run\n");
-  // With --keep-going they are wanted whatever fails.
+  // With --keep-going, results are printed despite failures.
   desk_.output.takes_results = true;
   desk_.output.errors.clear();
   Do("info\nlist\n", true);
@@ -184,7 +184,7 @@ TEST_F(ScriptTest, StopByTheUserEndsItAlsoWhenKeepingOn) {
   info_ = []() -> ExitCode { throw Failure(ExitCode::kStopped, "stopped by the user"); };
   EXPECT_EQ(Do("info\nlist\n", true), ExitCode::kStopped);
   EXPECT_EQ(desk_.result["commands"].size(), 1U);
-  // A line that takes the stop as its good end, as watching does, is the last one all the same.
+  // A line that ends normally after a stop, such as watching, is still the last one.
   info_ = [this] {
     desk_.host.stop_requested = true;
     return ExitCode::kDone;

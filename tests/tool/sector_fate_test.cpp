@@ -1,4 +1,4 @@
-// What a sector shows of the change that was cut off in it.
+// Analysis of a sector whose change was interrupted.
 #include "flash/engine/sector_fate.h"
 
 #include <gtest/gtest.h>
@@ -25,7 +25,7 @@ TEST_F(SectorFateTest, SectorAsBeforeOrAsPlannedIsUnharmed) {
   EXPECT_EQ(Fate(), SectorFate::kUnharmed);
   found = sector.planned.back();
   EXPECT_EQ(Fate(), SectorFate::kUnharmed);
-  found[0x400] = 0;  // a named byte
+  found[0x400] = 0;  // a byte that the change names
   EXPECT_EQ(Fate(), SectorFate::kUnharmed);
 }
 

@@ -1,4 +1,4 @@
-// selftest: each check fails by the fault it is made for, and by no other.
+// selftest: each check fails only for the fault that it is made for.
 #include "station/selftest.h"
 #include "support/command_desk.h"
 
@@ -20,7 +20,7 @@ class SelftestTest : public testing::Test {
 
   static SelftestCommand WithSensor() { return {{0x6C, 1, 0}}; }
 
-  // The results by the first letters: "PPPPPPPSS".
+  // The first letters of the results: "PPPPPPPSS".
   std::string Results() {
     std::string letters;
     for (const auto& test : desk_.result["tests"]) {
@@ -124,7 +124,7 @@ TEST_F(SelftestTest, FlashWordThatDisagreesOrFailsIsFound) {
 }
 
 TEST_F(SelftestTest, FlashThatKnowsOnlyWholePacketsIsFound) {
-  // Reads that begin inside a packet give the bytes from the packet's start.
+  // Reads that begin inside a packet return the bytes from the packet's start.
   bool inside = false;
   std::uint32_t reads_of_37 = 0;
   Fault([&](FakeRead read, std::uint32_t address, std::uint32_t& value) {

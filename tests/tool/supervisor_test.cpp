@@ -1,4 +1,4 @@
-// What the watching threads see of the working one.
+// How supervising threads observe the working thread.
 #include "dll/supervisor.h"
 
 #include <gtest/gtest.h>

@@ -1,4 +1,4 @@
-// Maps that can't be used, and maps with doubts.
+// Unusable maps, and maps with doubts.
 #include <gtest/gtest.h>
 
 #include "maps/read_svd.h"
@@ -15,7 +15,7 @@ std::string Error(const std::string& text, const MapLimits& limits = {}) {
   return "";
 }
 
-// A device with a peripheral P at 0x100 that holds these registers.
+// A device with a peripheral P at 0x100 that has these registers.
 std::string Device(const std::string& registers) {
   return "<device><name>D</name><peripherals><peripheral><name>P</name>"
          "<baseAddress>0x100</baseAddress>"
@@ -67,7 +67,7 @@ TEST(SvdErrorsTest, DeclarationsAndEntitiesAreRefused) {
             "numbers such as &#181;");
 }
 
-// Each stands where a map of plain XML would pass.
+// Each error is inserted into an otherwise valid map.
 TEST(SvdErrorsTest, WhatAnXmlReaderMightLetPass) {
   const std::string attributes =
       "allowed behind the name are attributes such as derivedFrom=\"NAME\", then > or />";
@@ -84,7 +84,7 @@ TEST(SvdErrorsTest, WhatAnXmlReaderMightLetPass) {
             "comments and CDATA");
 }
 
-// Far more elements within each other than a stack holds.
+// The elements are nested far deeper than a stack allows.
 TEST(SvdErrorsTest, DepthCannotExhaustTheStack) {
   constexpr int kDeep = 1'000'000;
   std::string deep;
@@ -159,7 +159,7 @@ TEST(SvdDoubtsTest, FieldsAndRegistersThatMeet) {
              "7: register P.S at 0x0000011d lies outside the address blocks of its peripheral"}));
 }
 
-// Reading one and writing the other is no conflict.
+// A field for reading and one for writing may use the same bits.
 TEST(SvdDoubtsTest, FieldsForReadingAndForWritingMayMeet) {
   EXPECT_EQ(
       Doubts("<register><name>R</name><addressOffset>0</addressOffset><fields>"

@@ -1,4 +1,4 @@
-// What maps of chip makers make use of, each feature by itself.
+// The features that maps of chip vendors use, one by one.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -15,13 +15,13 @@ RegisterMap Device(const std::string& peripherals, const std::string& properties
                  peripherals + "</peripherals></device>");
 }
 
-// A device with a peripheral P at 0x1000 that holds these registers.
+// A device with a peripheral P at 0x1000 that has these registers.
 RegisterMap Registers(const std::string& registers, const std::string& properties = {}) {
   return Device("<peripheral><name>P</name><baseAddress>0x1000</baseAddress>" + properties +
                 "<registers>" + registers + "</registers></peripheral>");
 }
 
-// The same with a register P.R that holds these fields.
+// The same with a register P.R that has these fields.
 RegisterMap Fields(const std::string& fields) {
   return Registers("<register><name>R</name><addressOffset>0</addressOffset><fields>" + fields +
                    "</fields></register>");
@@ -278,7 +278,7 @@ TEST(SvdFeaturesTest, AlternatesOfEachKind) {
   EXPECT_TRUE(map.Doubts().empty());
 }
 
-// Text that is XML, but not as maps mostly are, is read by another way.
+// Unusual but valid XML takes the careful path of the reader.
 TEST(SvdFeaturesTest, CommentsInstructionsAndCdataChangeNothing) {
   const std::string plain =
       "<register><name>R</name><description>a b</description><addressOffset>4</addressOffset>"

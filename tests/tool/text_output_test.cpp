@@ -1,4 +1,4 @@
-// What goes to which stream.
+// Which output goes to which stream.
 #include "output/text_output.h"
 
 #include <gtest/gtest.h>

@@ -1,4 +1,4 @@
-// docs/tool.md and the README tell the truth about command lines, exit codes and schemas.
+// docs/tool.md and the README are correct about command lines, exit codes and schemas.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -31,13 +31,13 @@ std::vector<std::string> LinesOf(const std::string& text) {
   return lines;
 }
 
-// What a shell hands to the tool: up to a pipe or a redirection.
+// The part of a line that a shell passes to the tool: up to a pipe or a redirection.
 std::string ForTheTool(const std::string& line) {
   return line.substr(0, std::min(line.find(" | "), line.find(" > ")));
 }
 
-// All command lines of a document without the tool's name: behind a prompt, between backticks, and
-// the lines of scripts.
+// All command lines of a document without the tool's name: after a prompt, between backticks, and
+// in scripts.
 std::vector<std::string> CommandLinesOf(const std::string& text) {
   const std::regex prompted(R"(^\$ borvanusb (.*)$)");
   const std::regex quoted("`borvanusb ([^`]*)`");
@@ -131,7 +131,7 @@ TEST(ToolDocumentTest, GuideNamesNoOptionThatThereIsNot) {
   for (const CommandDescription& command : tool.commands) {
     add(command.options);
   }
-  // Blocks of the shell call the scripts of the tree.
+  // Shell blocks call scripts of the source tree.
   const std::string guide =
       std::regex_replace(TextOf("docs/tool.md"), std::regex("```sh\n[^`]*```"), "");
   const std::regex option("--[a-z][a-z0-9-]*");

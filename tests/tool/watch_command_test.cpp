@@ -134,12 +134,12 @@ TEST_F(WatchTest, CameraThatIsGoneEndsItWithItsFailure) {
 }
 
 TEST_F(WatchTest, PollsThatTakeTooLongAreLeftOutAndTold) {
-  // A poll of two registers takes 250 ms, at a rate of one in 100 ms.
+  // A poll of two registers takes 250 ms, but the interval is 100 ms.
   desk_.Chip().before_transfer = [this](std::uint64_t) {
     desk_.host.clock += std::chrono::milliseconds(125);
   };
   Do(Watch(3));
-  // No poll waits, and the time does not pile up.
+  // Polls do not wait, and delays do not accumulate.
   EXPECT_EQ(desk_.output.notes,
             "3 polls in 0.750 s, 0 changes\n"
             "note: 2 polls came late: reading takes longer than --rate allows\n");

@@ -1,4 +1,4 @@
-// The tool with its own commands, on cameras in memory: what reaches the terminal in the end.
+// The tool with its real commands, on cameras in memory: the final output.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -17,7 +17,7 @@ using testing::HasSubstr;
 using testing::Not;
 using testing::StartsWith;
 
-// A name that would end its line, write another one and clear the screen.
+// A name that would end its line, write another line and clear the screen.
 const std::string kHostile = "x\r\nborvanusb: all is well\x1B[2J";
 const std::string kShown = "x??borvanusb: all is well?[2J";
 
@@ -40,7 +40,7 @@ class WholeToolTest : public testing::Test {
     return RunTool(words, host, streams);
   }
 
-  // Nothing but whole lines, none of them made by the camera.
+  // Only complete lines, none of them written by the camera.
   void ExpectClean(const std::string& text) const {
     std::istringstream stream(text);
     for (std::string line; std::getline(stream, line);) {
@@ -135,7 +135,7 @@ TEST_F(WholeToolTest, TableOfSeveralCamerasIsClean) {
     ExpectClean(out);
     ExpectClean(err);
     EXPECT_THAT(err, HasSubstr("x??borvanusb"));
-    // On a terminal the table is drawn ten times a second at most.
+    // On a terminal, the table is drawn at most ten times a second.
     EXPECT_TRUE(terminal || err.find("read?[2J 10 %") != std::string::npos) << err;
     EXPECT_THAT(err, HasSubstr("a remark?[2J\n"));
     EXPECT_THAT(err, HasSubstr("bad?[2J\n"));
@@ -202,7 +202,7 @@ TEST_F(WholeToolTest, WaitEndsAfterItsTimeWithTheFailure) {
   EXPECT_EQ(Run({"reg", "read", "0x100", "--wait", "5"}), 2);
   EXPECT_EQ(host.Clock() - begin, std::chrono::seconds(5));
   EXPECT_THAT(err, HasSubstr("\nborvanusb: reg read: no USB camera is found\n"));
-  // Nothing else is waited for.
+  // The tool does not wait for other failures.
   EXPECT_EQ(Run({"reg", "read", "0x100"}), 2);
   EXPECT_EQ(host.Clock() - begin, std::chrono::seconds(5));
 }
@@ -229,7 +229,7 @@ TEST_F(WholeToolTest, StopEndsTheWaiting) {
   EXPECT_EQ(Run({"reg", "read", "0x100", "--wait", "3600"}), 9);
 }
 
-// --all: which command lines the processes get, and what comes of their results.
+// --all: the command lines of the processes, and the use of their results.
 class WholeToolAllTest : public WholeToolTest {
  protected:
   WholeToolAllTest() {

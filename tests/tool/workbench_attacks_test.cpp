@@ -1,4 +1,4 @@
-// What the workbench refuses: one row for each attack.
+// Requests that the workbench must refuse: one row for each attack.
 #include <gtest/gtest.h>
 
 #include <string>

@@ -16,7 +16,7 @@ namespace borvanusb::tool_test {
 using Json = nlohmann::ordered_json;
 using Words = std::vector<std::string>;
 
-// What a test sees of a worker, and what the worker tells.
+// A worker as the test sees it: it records orders and can send reports.
 struct WorkerSide {
   WorkerEvents events;
   std::vector<WorkerOrder> orders;
@@ -51,7 +51,7 @@ class FakeWorker : public Worker {
   std::shared_ptr<WorkerSide> side_;
 };
 
-// A desk whose time stands still until it is moved.
+// A desk whose clock only advances on request.
 class DeskRig {
  public:
   static constexpr const char* kCamera = R"(\\?\usb#1)";
@@ -77,14 +77,14 @@ class DeskRig {
     };
     tools.folder = "folder";
     tools.tool = DescribeTool();
-    // Profiles have tests of their own.
+    // Profiles have separate tests.
     std::erase_if(tools.tool.commands, [](const CommandDescription& command) {
       return command.words == Words{"profile", "show"};
     });
     desk = std::make_unique<Desk>(std::move(tools));
   }
 
-  // Lets everything happen that is due.
+  // Runs everything that is due.
   void Settle() {
     while (!posted_.empty()) {
       const auto work = std::move(posted_.front());
@@ -103,7 +103,7 @@ class DeskRig {
     }
   }
 
-  // The worker that lists the cameras is the first.
+  // The first worker lists the cameras.
   void List(const Words& paths) {
     Settle();
     Json cameras = Json::array();
@@ -116,14 +116,14 @@ class DeskRig {
     }
     workers.front()->End(Json({{"cameras", cameras}}).dump() + "\n");
     Settle();
-    // The question for the library's version, once.
+    // Answers the query for the library's version, which is made once.
     if (workers.front()->orders.back().words == Words{"--json", "doctor"}) {
       workers.front()->End(R"({"system":{"library_version":"0.2.0"}})");
       Settle();
     }
   }
 
-  // One camera, with its worker at hand.
+  // Connects one camera and returns its worker.
   WorkerSide& PlugIn() {
     List({kCamera});
     return *workers.back();
@@ -137,7 +137,7 @@ class DeskRig {
     order.accepted = AcceptWords(tool_, words, {});
     return order;
   }
-  // Where the answer arrives; status 0 until then.
+  // Receives the answer; status is 0 until then.
   struct Answer {
     int status = 0;
     Json body;

@@ -1,4 +1,4 @@
-// The work of the workbench: jobs, cameras that come and go, live reading, workers that end.
+// Jobs, cameras that are connected and disconnected, live reading, and workers that end.
 #include <gtest/gtest.h>
 
 #include "workbench_desk_support.h"

@@ -1,4 +1,4 @@
-// Which names of files the workbench takes: plain ones, on every system.
+// The file names that the workbench accepts: plain ones on every system.
 #include <gtest/gtest.h>
 
 #include "workbench/file_names.h"

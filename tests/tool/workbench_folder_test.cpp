@@ -1,4 +1,4 @@
-// The folder of a run: made, used and removed; what must last stays.
+// The folder of a run: created, used and removed; what must be kept stays.
 #include <gtest/gtest.h>
 
 #include <algorithm>

@@ -1,4 +1,4 @@
-// What the workbench answers to its own page.
+// The answers of the workbench to its own page.
 #include <gtest/gtest.h>
 
 #include "workbench_support.h"

@@ -25,7 +25,7 @@ namespace borvanusb::tool_test {
 
 using std::chrono::milliseconds;
 
-// A worker in this process: answers each order on a thread of its own.
+// A worker in this process. It answers each order on a separate thread.
 class ThreadWorker : public Worker {
  public:
   ThreadWorker(WorkerEvents events, std::function<std::string(const WorkerOrder&)> answer)
@@ -52,7 +52,7 @@ class ThreadWorker : public Worker {
   std::vector<std::thread> threads_;
 };
 
-// A connection that sends what it likes.
+// A connection that can send anything.
 class Client {
  public:
   explicit Client(std::uint16_t port, int receive_buffer = 0)
@@ -82,7 +82,7 @@ class Client {
     }
     return true;
   }
-  // What arrives until `until` is there, the connection ends, or the time is over.
+  // Receives until `until` occurs, the connection ends, or the time is over.
   std::string Receive(const std::string& until = "", milliseconds time = milliseconds(10000)) {
     std::string text;
     const auto end = std::chrono::steady_clock::now() + time;
@@ -110,7 +110,7 @@ class Client {
   bool ended_ = false;
 };
 
-// A server on a free port, in a thread of its own.
+// A server on a free port, on a separate thread.
 class ServerRig {
  public:
   static constexpr const char* kCookie = "0123456789abcdef0123456789abcdef";
@@ -148,10 +148,10 @@ class ServerRig {
   std::uint16_t Port() const { return server_->Port(); }
   std::string Host() const { return "127.0.0.1:" + std::to_string(Port()); }
   bool HasEnded() const { return ended_; }
-  // Work of "reg read 1" continues until then.
+  // The command "reg read 1" runs until this is called.
   void OpenGate() { gate_ = true; }
 
-  // The head of a request as a page of ours sends it, without the empty line.
+  // The head of a request as our page sends it, without the empty line.
   std::string Head(const std::string& line) const {
     return line + " HTTP/1.1\r\nHost: " + Host() + "\r\nOrigin: http://" + Host() +
            "\r\nCookie: borvanusb_" + std::to_string(Port()) + "=" + kCookie + "\r\n";

@@ -1,4 +1,4 @@
-// The server on its socket: pages that behave, and clients that do not.
+// The server on its socket: with normal pages, and with clients that misbehave.
 #include <gtest/gtest.h>
 
 #include "workbench_server_support.h"
@@ -98,7 +98,7 @@ TEST(WorkbenchServerTest, WorkGoesOnWhenTheBrowserCloses) {
   EXPECT_TRUE(Contains(answer, "\"exit\":0")) << answer;
 }
 
-// ---- Clients that do not behave ----
+// ---- Clients that misbehave ----
 
 TEST(WorkbenchServerTest, ConnectionThatSaysNothingEnds) {
   const ServerRig rig(Short());
@@ -210,7 +210,7 @@ TEST(WorkbenchServerTest, PageThatStopsReadingIsCutOffAndTheOthersHearOn) {
   page.Receive("retry");
   Client client(rig.Port());
   const std::string name(200, '1');
-  // Far more than the buffers of both ends hold.
+  // Much more than the buffers on both ends can hold.
   for (int i = 0; i < 3000; ++i) {
     client.Send(
         rig.Post("/api/run", R"({"words":["reg","read","2",")" + name + R"("],"camera":"p"})"));

@@ -45,7 +45,7 @@ struct FakeServices : WorkbenchServices {
   std::vector<std::string> stopped;
 };
 
-// A server that has given its cookie to a browser.
+// A server whose cookie a browser has received.
 struct RequestDesk {
   Session session{8123, kToken, kCookie, true};
   ToolDescription tool = DescribeTool();
@@ -62,7 +62,7 @@ struct RequestDesk {
   }
 };
 
-// What a page of the workbench's own sends.
+// A request as our page sends it.
 inline HttpRequest Get(const std::string& target) {
   return {"GET", target, {{"Host", "127.0.0.1:8123"}, {"Cookie", "borvanusb_8123=" + kCookie}}, ""};
 }
@@ -78,7 +78,7 @@ inline HttpRequest Post(const std::string& target, const std::string& body) {
 inline HttpRequest RunRequest(const std::vector<std::string>& words) {
   return Post("/api/run", nlohmann::json{{"words", words}}.dump());
 }
-// Replaces a header, or adds it; an empty value removes it.
+// Replaces or adds a header. An empty value removes it.
 inline HttpRequest With(HttpRequest request, const std::string& name, const std::string& value) {
   std::erase_if(request.headers, [&](const auto& header) { return header.first == name; });
   if (!value.empty()) {

@@ -1,4 +1,4 @@
-// Which command lines the workbench runs.
+// The command lines that the workbench runs.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -161,7 +161,7 @@ TEST(WorkbenchWordsTest, ServerAddsWhatTheCommandTakes) {
   EXPECT_TRUE(AcceptWords(tool, {"watch", "--reg", "1"}, {}).streams);
 }
 
-// A command that is new must be judged here: listed in PageCommands, or among these.
+// A new command must be added to PageCommands or to this list.
 TEST(WorkbenchWordsTest, EveryCommandIsJudged) {
   const std::set<std::string> refused = {"run",       "completion",  "manual",
                                          "workbench", "profile new", "profile names"};
@@ -174,7 +174,7 @@ TEST(WorkbenchWordsTest, EveryCommandIsJudged) {
   }
 }
 
-// An option whose value names a file must say so, or its value would not be checked.
+// An option whose value is a file must be marked so, otherwise its value would not be checked.
 TEST(WorkbenchWordsTest, OptionsThatLookLikeFilesAreMarkedAsFiles) {
   const std::set<std::string> file_like = {"FILE", "FOLDER", "IMAGE", "LIST", "A", "B", "PATH"};
   for (const CommandDescription& command : DescribeTool().commands) {

@@ -1,4 +1,4 @@
-// The inside of a worker: orders in, reports out; stops; a camera that stays open.
+// The main loop of a worker: orders, reports, stops, and a camera that stays open.
 #include <gtest/gtest.h>
 
 #include <atomic>
@@ -60,7 +60,7 @@ struct WorkerRig {
        },
        [this] { host.stop_requested = true; }, [this](const std::string& name) { folder = name; }}};
 
-  // Runs these orders to their ends.
+  // Runs these orders until they have ended.
   void Run(const std::vector<WorkerOrder>& orders) {
     const std::uint64_t last = orders.back().number;
     on_report = [this, last](const WorkerReport& report) {
@@ -125,7 +125,7 @@ TEST(WorkbenchWorkerTest, RepeatedReadingOpensTheCameraOnce) {
   rig.loop.Take({Order::kRepeat, 1, {"--json", "reg", "read", "0x100-0x103"}, 100, ""});
   rig.loop.Run();
   EXPECT_EQ(openings, 1);
-  // What reading four registers takes, and nothing else.
+  // The transfers for reading four registers only.
   FakeHost once;
   const auto camera = once.OpenCamera(once.ListCameras().front());
   const std::uint64_t opened = once.chip().transfers;

@@ -1,4 +1,4 @@
-// What lists leave in registers.
+// The values that lists write to registers.
 #include <gtest/gtest.h>
 
 #include "registers/written_registers.h"
@@ -31,7 +31,7 @@ TEST(WrittenRegistersTest, FirstMarkerAloneClearsTheSecondAndTheSecondAloneKeeps
             (RegisterValues{{0x01020010, 1}, {0x03000010, 2}, {0x03040010, 3}}));
 }
 
-// 22 registers in a row are one block, which carries the markers of its first.
+// 22 adjacent registers are one block, which uses the markers of its first register.
 TEST(WrittenRegistersTest, MarkersWithinABlockArePassedOver) {
   std::string list = "fffd,0\nfffe,5\n";
   const std::string digits = "0123456789abcdef";
@@ -86,13 +86,13 @@ TEST(WrittenI2cRegistersTest, OpeningServesAListWithoutOne) {
 TEST(WrittenI2cRegistersTest, WidthMarkerWithoutASlaveIsARegister) {
   EXPECT_EQ(I2c("fff8,6c\nfffe,3\n3012,5a\nfffe,7\n"),
             (I2cValues{{{0x6C, 1, 0x3012}, 0x5A}, {{0x6C, 1, 0xFFFE}, 7}}));
-  // Of 8 bits the low ones.
+  // With 8 bits, the low bits of the address are used.
   EXPECT_EQ(I2c("fff8,48\nfffe,1\n12,5a\nfffe,7\n"),
             (I2cValues{{{0x48, 0, 0x12}, 0x5A}, {{0x48, 0, 0xFE}, 7}}));
 }
 
-// A chip that takes lists register by register writes the width code to the device: to 0xfe where
-// its registers have 8 bits.
+// A chip that processes lists register by register also writes the width code to the device: to
+// 0xfe if register addresses have 8 bits.
 TEST(WrittenI2cRegistersTest, RegisterThatAWidthCodeMayOverwriteIsUncertain) {
   const WrittenI2cRegisters written =
       WrittenByI2cList(Entries("fff8,48\nfffe,1\nfe,5a\n10,1\nfff8,48\nfffe,1\n11,2\n"), {});

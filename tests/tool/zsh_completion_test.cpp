@@ -1,4 +1,4 @@
-// The completion script for zsh, as zsh runs it: what it hands to compadd.
+// The completion script for zsh, run by zsh: the words that it passes to compadd.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -23,7 +23,7 @@ class ZshCompletionTest : public testing::Test {
     shell_.WriteProgram();
   }
 
-  // What zsh offers for the last of the words. compadd filters by itself, unless it gets -U.
+  // The words that zsh offers for the last word. compadd filters them, unless it is called with -U.
   std::vector<std::string> Offered(const std::vector<std::string>& words) {
     std::string program =
         "compadd() { local all=; while [[ \"$1\" == -* ]]; do [[ \"$1\" == -U ]] && all=1;"

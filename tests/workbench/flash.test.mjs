@@ -1,4 +1,4 @@
-// The flash, as a user works with it.
+// The flash view, as a user works with it.
 import assert from "node:assert/strict";
 import { after, afterEach, before, beforeEach, test } from "node:test";
 import { close, closePage, control, download, go, intelHex, isSimulated, names, newPage, noise, open } from "./world.mjs";
@@ -29,7 +29,7 @@ async function programming() {
 async function planned() {
   await page.getByRole("button", { name: "Plan", exact: true }).click();
   await page.getByRole("region", { name: "Plan" }).waitFor();
-  // A plan is never shown as if it were done.
+  // A plan must never look like finished work.
   assert.equal(await page.getByText(/^Programmed/).count(), 0);
 }
 

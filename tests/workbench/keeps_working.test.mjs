@@ -1,4 +1,4 @@
-// The page continues when something goes wrong, and for a long time.
+// The page keeps working after failures, and over a long time.
 import assert from "node:assert/strict";
 import { after, afterEach, before, beforeEach, test } from "node:test";
 import { close, closePage, control, findRegister, go, isSimulated, names, newPage, noise, open } from "./world.mjs";

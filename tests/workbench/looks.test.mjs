@@ -1,4 +1,4 @@
-// How every view looks, light and dark: a screenshot of each, no finding of axe.
+// The appearance of every view, light and dark: a screenshot of each, without findings of axe.
 import assert from "node:assert/strict";
 import { after, before, test } from "node:test";
 import { chooseCamera, close, closePage, control, findings, findRegister, go, names, newPage, noise, open, shoot } from "./world.mjs";
@@ -131,7 +131,7 @@ const scenes = [
     await page.getByRole("alert").waitFor();
   }],
 ];
-// These continue where the scene before them ended.
+// These scenes continue where the previous one ended.
 const continued = new Set(["flash-programming", "flash-stopped", "flash-verify"]);
 
 for (const colorScheme of ["light", "dark"]) {

@@ -146,7 +146,7 @@ function live(body, answer) {
   return answer(200, { live: crypto.randomBytes(4).toString("hex") });
 }
 
-// What the tests do to the simulated world.
+// The actions of tests on the simulated world.
 function test(action, body, answer) {
   const camera = cameras[body.camera ?? 0];
   if (action === "unplug" || action === "plug") camera.plugged = action === "plug";
@@ -155,7 +155,7 @@ function test(action, body, answer) {
   if (action === "poke") camera.values.set(body.name, body.value);
   if (action === "flash") Buffer.from(body.hex, "hex").copy(camera.flash, body.address);
   if (action === "flood") {
-    // Readings as live reading sends them, faster than time passes.
+    // Sends readings like live reading, but faster than in real time.
     const { registers } = readWords(camera, body.words);
     for (let index = 0; index < body.count; index++) {
       send("values", { camera: camera.path, time: body.start + index / 10, registers });

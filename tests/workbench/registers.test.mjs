@@ -1,4 +1,4 @@
-// Registers, as a user works with them.
+// The registers view, as a user works with it.
 import assert from "node:assert/strict";
 import { after, before, beforeEach, afterEach, test } from "node:test";
 import { chooseCamera, close, closePage, control, findRegister, go, isSimulated, names, newPage, open } from "./world.mjs";
@@ -14,7 +14,7 @@ beforeEach(async () => {
 afterEach(() => closePage(page));
 
 const editor = (label) => page.locator("#register-editor").getByLabel(label);
-// Waits until the editor shows a value; it is drawn with the next frame.
+// Waits until the editor shows a value, because it is drawn with the next frame.
 const shows = (label, value) => page.waitForFunction(([name, text]) => [...document.querySelectorAll("#register-editor label")]
   .find((each) => each.textContent.startsWith(name))?.querySelector("input").value === text, [label, value]);
 const valueOf = (row) => row.getByRole("gridcell").nth(2);

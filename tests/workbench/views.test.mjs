@@ -89,7 +89,8 @@ test("twenty curves at ten values a second are drawn without a stutter", { skip:
   await addCurve(names.measured);
   for (let point = 0; point < 19; point++) await addCurve(`SHADING.POINT${point}`);
   await page.waitForTimeout(1000);
-  // The processor time of the page's thread: frames alone would show how busy the machine is with other work.
+  // Measures the processor time of the page's thread, because frame times also depend on other work
+  // on the machine.
   const developer = await page.context().newCDPSession(page);
   await developer.send("Performance.setTimeDomain", { timeDomain: "threadTicks" }).catch(() => {});
   await developer.send("Performance.enable", { timeDomain: "threadTicks" });

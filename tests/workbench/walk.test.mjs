@@ -1,4 +1,4 @@
-// The walk of somebody who never typed a command, against the simulated server or the program itself.
+// The steps of a user who never typed a command, against the simulated server or the real program.
 import assert from "node:assert/strict";
 import { after, before, test } from "node:test";
 import {

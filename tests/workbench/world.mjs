@@ -23,7 +23,11 @@ const station = process.env.WORKBENCH_STATION;
 export const isSimulated = !programs;
 const wine = path.resolve(here, "../../scripts/run_with_wine.sh");
 
+<<<<<<< HEAD
 // The cameras and registers that the tests use.
+=======
+// The names of the simulated server's cameras. Those of samples/profiles have the same roles.
+>>>>>>> 8fd15bf197c1996dc8779df40fb6d0e90158a8a1
 export const names = {
   camera: "Front camera", other: "Rear camera", withoutProfile: "Bench camera",
   exposure: "EXPOSURE.EXPOSURE", exposureReset: "0x000200", measured: "EXPOSURE.MEAN",
@@ -61,7 +65,8 @@ export async function close() {
   await ended;
 }
 
-// A page that fails the test when the browser complains: a script's error, a blocked style, a lost file.
+// Opens a page that fails the test if the browser reports an error: a script error, a blocked
+// style, a missing file.
 export async function newPage(options = {}) {
   const context = await browser.newContext({
     viewport: { width: 1440, height: 900 }, colorScheme: "light", acceptDownloads: true,
@@ -102,6 +107,7 @@ export async function chooseCamera(page, name) {
   await choice.selectOption(await choice.locator("option").filter({ hasText: name }).first().getAttribute("value"));
 }
 
+<<<<<<< HEAD
 function run(program, ...words) {
   return execFileSync(wine, [path.join(programs, program), ...words], { encoding: "utf8" });
 }
@@ -129,13 +135,17 @@ const onVirtualCameras = {
 };
 
 // Does something to the cameras themselves; what the simulated ones know of themselves comes back.
+=======
+// Changes the cameras themselves. Returns the state of the simulated ones.
+>>>>>>> 8fd15bf197c1996dc8779df40fb6d0e90158a8a1
 export async function control(page, action, body = {}) {
   if (!isSimulated) return onVirtualCameras[action](body);
   return page.evaluate(async ([name, text]) => (await fetch(`/test/${name}`, { method: "POST", body: text })).json(),
                        [action, JSON.stringify(body)]);
 }
 
-// Searches for a register, chooses it and waits until its value was read, unless it is one that only requests read.
+// Searches for a register, selects it and waits until its value was read. `isRead` is false for
+// registers that are read only on request.
 export async function findRegister(page, name, isRead = true) {
   await page.getByRole("searchbox", { name: "Search by name" }).fill(name);
   const row = page.getByRole("row").filter({ has: page.locator("code", { hasText: new RegExp(`^${name.split(".").at(-1)}$`) }) }).first();

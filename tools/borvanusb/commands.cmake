@@ -1,11 +1,11 @@
-# The commands of the tool, in the order of the help. A command is a source file with a function that
-# makes its rule: options, help, and a Run that does the work.
+# The commands of the tool, in the order of the help. A command is a source file with a function that returns
+# its rule (options and help), and a function Run that does the work.
 
 set(BORVANUSB_RULES "")
 set(BORVANUSB_RULE_DECLARATIONS "")
 
-# borvanusb_add_command(SOURCE RULE): the command in SOURCE.cpp, whose rule the function RULE makes,
-# under the headline `group`.
+# borvanusb_add_command(SOURCE RULE): adds the command in SOURCE.cpp. The function RULE returns its rule. The help
+# lists it under the headline `group`.
 function(borvanusb_add_command source rule)
   target_sources(borvanusb_core PRIVATE ${source}.cpp)
   string(APPEND BORVANUSB_RULE_DECLARATIONS "CommandRule ${rule}();\n")
@@ -74,7 +74,7 @@ borvanusb_add_command(station/run RunRule)
 borvanusb_add_command(command/completion CompletionRule)
 borvanusb_add_command(command/manual ManualRule)
 
-# The function that gives defaults of options for a camera.
+# The function that returns a camera's defaults of options.
 set(BORVANUSB_KNOWLEDGE ProfileKnowledge)
 
 configure_file(command/registry.cpp.in "${CMAKE_CURRENT_BINARY_DIR}/command/registry.cpp" @ONLY)

@@ -23,7 +23,7 @@ namespace BorvanUsb
             uint page, uint flags, string wide, int wideSize, byte[] text, int size, IntPtr replacement,
             out int replaced);
 
-        // A text as the library takes it, with its terminating zero; null for null. A name that the code page can't
+        // A text in the library's encoding, with its terminating zero; null for null. A name that the code page can't
         // express would become another name.
         internal static byte[] Encode(string what, string text)
         {

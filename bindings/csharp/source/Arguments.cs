@@ -1,6 +1,6 @@
 namespace BorvanUsb
 {
-    // Checks of arguments. The library would use a part of what does not fit.
+    // Checks of arguments. The library would use a part of a value that does not fit.
     internal static class Arguments
     {
         private const long RegistersPerJob = 56;
@@ -53,7 +53,7 @@ namespace BorvanUsb
             }
         }
 
-        // A run of registers of one job. Of more than 56 a failed transfer would not be noticed.
+        // A range of registers for one job. With more than 56, a failed transfer would not be noticed.
         internal static void CheckRun(string what, uint first, uint last)
         {
             long count = (long)last - first + 1;
@@ -74,7 +74,7 @@ namespace BorvanUsb
             AnsiText.Encode(what, file);
         }
 
-        // The file of a job that writes one. Of a text the length is not known.
+        // The output file of a job. The length of a text file is not known.
         internal static void CheckRawFile(string what, string file)
         {
             CheckFile(what, file);

@@ -2,7 +2,7 @@ using System;
 
 namespace BorvanUsb
 {
-    /// <summary>What went wrong.</summary>
+    /// <summary>The kind of error.</summary>
     public enum ErrorKind
     {
         /// <summary>An argument is not allowed; nothing was done.</summary>
@@ -17,7 +17,7 @@ namespace BorvanUsb
         CannotOpen,
         /// <summary>A single access failed; the library gives no code.</summary>
         Access,
-        /// <summary>The transfers succeeded, but the reply was another one's.</summary>
+        /// <summary>The transfers succeeded, but the reply belongs to another request.</summary>
         NoAnswer,
         /// <summary>A register list does not begin with 0xfffd.</summary>
         NothingWritten,
@@ -25,7 +25,7 @@ namespace BorvanUsb
         Status,
         /// <summary>A job did not end in time and may still run.</summary>
         TimeLimit,
-        /// <summary>A job's end was not seen.</summary>
+        /// <summary>The end of a job was missed.</summary>
         EndMissed,
         /// <summary>borvanusb can't be started, or ended without a result.</summary>
         Process,

@@ -70,7 +70,7 @@ namespace BorvanUsb
         Notice,
     }
 
-    /// <summary>What a value of GetProgressInfo means, as in borvan_usb_values.h.</summary>
+    /// <summary>The meaning of a value of GetProgressInfo, as in borvan_usb_values.h.</summary>
     public readonly struct JobProgress
     {
         public JobProgress(ulong value)

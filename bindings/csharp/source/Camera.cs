@@ -14,7 +14,7 @@ namespace BorvanUsb
     {
         private const byte Wide = 1;
 
-        // What the process has once; the owner thread uses it.
+        // State that exists once per process; the owner thread uses it.
         private static Camera current;
         private static Mutex claim;
 
@@ -26,7 +26,7 @@ namespace BorvanUsb
         /// </summary>
         public Camera() => Owner.Run(Open);
 
-        /// <summary>Ends the instance. A job that runs goes on.</summary>
+        /// <summary>Ends the instance. A running job continues.</summary>
         public void Dispose() => Owner.Run(Close);
 
         /// <summary>The cameras that are plugged in now. Call it after one was plugged in, not in a loop.</summary>
@@ -134,7 +134,7 @@ namespace BorvanUsb
             }
         }
 
-        // A reply to another request also gives true and leaves the value as it was.
+        // After a reply to another request, the call also returns true and does not change the value.
         private static uint Read(string what, Access read)
         {
             foreach (uint before in new uint[] { 0xa5a5a5a5, 0x5a5a5a5a })
@@ -198,7 +198,7 @@ namespace BorvanUsb
             return true;
         }
 
-        // Does not end the instance while a job may run: ending it makes a transfer of its own.
+        // Does not end the instance while a job may run, because this makes a transfer.
         private void Close()
         {
             if (current != this)

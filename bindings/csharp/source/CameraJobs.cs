@@ -68,7 +68,7 @@ namespace BorvanUsb
 
         /// <summary>
         /// Programs a file without a backup and without reading back: see ProgramFlash for the safe way. It erases
-        /// sectors of 4096 bytes counted from `address`, and up to 59 bytes behind the image become 0.
+        /// sectors of 4096 bytes counted from `address`, and up to 59 bytes after the image become 0.
         /// </summary>
         public async Task WriteFlashFileAsync(
             string file, uint address, TimeSpan? timeLimit = null, CancellationToken cancellation = default,

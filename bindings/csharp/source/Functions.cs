@@ -49,7 +49,7 @@ namespace BorvanUsb
         /// <summary>Crashes without an instance.</summary>
         public static int UsbGetDeviceNum() => Library.UsbGetDeviceNum();
 
-        /// <summary>Crashes without an instance. Each call leaves the library's array allocated.</summary>
+        /// <summary>Crashes without an instance. Each call leaks the library's array.</summary>
         public static unsafe UsbDeviceInfo[] UsbGetAllDeviceInfo()
         {
             int count = Math.Max(0, Library.UsbGetDeviceNum());
@@ -75,14 +75,14 @@ namespace BorvanUsb
         /// <summary>Crashes without an instance.</summary>
         public static bool UsbDestroyUSB() => Library.UsbDestroyUSB();
 
-        /// <summary>`value` keeps what it held when the function stores nothing.</summary>
+        /// <summary>`value` is unchanged if the function stores nothing.</summary>
         public static bool UsbRegisterRead(uint address, ref uint value, byte flag) =>
             Library.UsbRegisterRead(address, ref value, flag);
 
         public static bool UsbRegisterWrite(uint address, uint value, byte flag) =>
             Library.UsbRegisterWrite(address, value, flag);
 
-        /// <summary>`value` keeps what it held when the function stores nothing.</summary>
+        /// <summary>`value` is unchanged if the function stores nothing.</summary>
         public static bool UsbI2cRead(uint deviceId, uint registerAddress, ref uint value, int mode, uint option) =>
             Library.UsbI2cRead(deviceId, registerAddress, ref value, mode, option);
 

@@ -6,7 +6,7 @@ using System.Threading.Tasks;
 
 namespace BorvanUsb
 {
-    // How a call waits for its job, checked.
+    // The checked options for waiting.
     internal sealed class Waiting
     {
         private static readonly TimeSpan Usual = TimeSpan.FromMinutes(10);
@@ -34,8 +34,8 @@ namespace BorvanUsb
     internal sealed class Job
     {
         private const int PollMilliseconds = 20;
-        private const int DoneMilliseconds = 3000; // how long the 100 of a job stays, at most
-        private const int ClearMilliseconds = 3500; // after which it is cleared, also on a slow machine
+        private const int DoneMilliseconds = 3000; // maximum time for which a job's 100 is visible
+        private const int ClearMilliseconds = 3500; // time after which it is cleared, even on a slow machine
 
         private readonly string file; // what the job writes; null when it writes none
         private readonly long size;
@@ -52,13 +52,13 @@ namespace BorvanUsb
             this.isRegisterList = isRegisterList;
         }
 
-        // What the process has once, as the library's instance: the job whose result nobody has yet. The owner thread
-        // uses it.
+        // State that exists once per process, like the library's instance: the job whose result was not received
+        // yet. Used by the owner thread.
         internal static Job Pending { get; set; }
 
         internal string What { get; }
 
-        // The status that the job ends with; null before its start.
+        // The job's final status; null before its start.
         internal Task<uint> End { get; private set; }
 
         internal bool HasEnded => End != null && End.IsCompleted;
@@ -83,7 +83,7 @@ namespace BorvanUsb
             return Functions.GetProgressInfo();
         }
 
-        // Starts the job right after BeforeAsync returned `shown`, on the owner thread.
+        // Starts the job directly after BeforeAsync returned `shown`, on the owner thread.
         internal void Start(ulong shown, Func<bool> begin)
         {
             before = shown;
@@ -95,7 +95,7 @@ namespace BorvanUsb
             End = Task.Run(WatchAsync);
         }
 
-        // Waits for the end and returns, or throws what the job ended with. The job stays pending when its end was not
+        // Waits for the end. Throws if the job failed. The job stays pending when its end was not
         // seen.
         internal async Task WaitAsync(Waiting waiting)
         {
@@ -148,7 +148,7 @@ namespace BorvanUsb
                     {
                         return IsFileComplete() ? 0 : BorvanStatus.WaitTimeLimit;
                     }
-                    // What ended the waiting comes before what the job ended with.
+                    // The reason why the waiting ended has priority over the job's result.
                     return await (result.Task.IsCompleted ? result.Task : End).ConfigureAwait(false);
                 }
                 finally
@@ -208,7 +208,8 @@ namespace BorvanUsb
                 var progress = new JobProgress(value);
                 if (value == 0)
                 {
-                    // Cleared. If this process looked often enough to see a 100, it was none of this job's.
+                    // The value was cleared. If this process polled often enough to see a 100, it was not from this
+                    // job.
                     if ((reported || before != 0) && watch.ElapsedMilliseconds - lastLook >= DoneMilliseconds)
                     {
                         return IsFileComplete() ? 0 : BorvanStatus.WaitEndMissed;

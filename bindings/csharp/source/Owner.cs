@@ -47,7 +47,7 @@ namespace BorvanUsb
             });
             thread.Name = "BorvanUSB";
             thread.IsBackground = true;
-            thread.SetApartmentState(ApartmentState.STA); // the library makes it one
+            thread.SetApartmentState(ApartmentState.STA); // the library makes it one in any case
             thread.Start();
             return work;
         }

@@ -14,7 +14,7 @@ namespace BorvanUsb
     /// <summary>The safe programming of borvanusb, run as a process of its own.</summary>
     public static class ProgramFlash
     {
-        // Ended by Ctrl-C before it could handle it.
+        // The exit code if Ctrl-C ends the process before it can handle it.
         private const int EndedByCtrlC = unchecked((int)0xc000013a);
         private const int Stopped = 9;
 
@@ -40,7 +40,7 @@ namespace BorvanUsb
             }
             cancellation.ThrowIfCancellationRequested();
             string program = ToolProcess.Find("borvanusb.exe");
-            Exception failure = null; // of a callback: the work goes on, and the error is thrown at its end
+            Exception failure = null; // thrown by a callback; the work continues, and the error is thrown at its end
             void Take(string line)
             {
                 try
@@ -82,7 +82,7 @@ namespace BorvanUsb
             return result;
         }
 
-        // What the process said, as a value or an error.
+        // The result of the process as a value or an error.
         private static ProgramResult Outcome(string program, int code, string output)
         {
             ProgramResult result = Parse<ProgramResult>(output);
@@ -103,7 +103,7 @@ namespace BorvanUsb
                 ErrorKind.Process, $"ProgramFlash: {program} ended with {code} and without a result");
         }
 
-        // The words of the command line.
+        // The arguments of the command line.
         private static List<string> CommandLine(string image, ProgramOptions options)
         {
             var words = new List<string> { "flash", "program", "--json", "--progress", "json" };
@@ -139,7 +139,7 @@ namespace BorvanUsb
             return words;
         }
 
-        // A JSON text as a value; null when it is none.
+        // A JSON text as a value; null if it is invalid.
         private static T Parse<T>(string text)
             where T : class
         {

@@ -11,7 +11,7 @@ namespace BorvanUsb
         /// <summary>Index, IDs such as "1234:0002", name or path; needed when several cameras are plugged in.</summary>
         public string Camera { get; set; }
 
-        /// <summary>Size of the flash, such as "1M", if the tool can't find it.</summary>
+        /// <summary>Size of the flash, such as "1M", if the tool can't detect it.</summary>
         public string FlashSize { get; set; }
 
         /// <summary>File for the old bytes. Default: a file beside the image.</summary>
@@ -23,7 +23,7 @@ namespace BorvanUsb
         /// <summary>Do not read back.</summary>
         public bool NoVerify { get; set; }
 
-        /// <summary>Only find out what would be done.</summary>
+        /// <summary>Only show what would be done.</summary>
         public bool DryRun { get; set; }
 
         /// <summary>Restore the old bytes when programming fails.</summary>
@@ -35,10 +35,10 @@ namespace BorvanUsb
         /// <summary>The journal that belongs to this camera, or "none".</summary>
         public string Journal { get; set; }
 
-        /// <summary>File for a report, written after a failure too.</summary>
+        /// <summary>File for a report. It is also written after a failure.</summary>
         public string Report { get; set; }
 
-        /// <summary>Longest time without progress, in seconds: 0.1 to 3600; default 10.</summary>
+        /// <summary>Maximum time without progress, in seconds: 0.1 to 3600; default 10.</summary>
         public double? TimeoutSeconds { get; set; }
     }
 

@@ -10,10 +10,10 @@ using System.Threading.Tasks;
 
 namespace BorvanUsb
 {
-    // A run of the tool, at a hidden console of its own.
+    // A run of the tool with its own hidden console.
     internal sealed class ToolProcess : IDisposable
     {
-        // A Ctrl-C can get lost while the process starts: it is repeated when nothing answers it.
+        // A Ctrl-C can get lost while the process starts, so it is repeated if nothing happens.
         private const int AnswerMilliseconds = 5000;
         private const string Stopping = "stopping at the next safe place";
 
@@ -94,7 +94,7 @@ namespace BorvanUsb
             }
         }
 
-        // Another program sends it, because a process can have one console only.
+        // It must be sent by another program, because a process can have only one console.
         private void SendCtrlC()
         {
             try
@@ -104,7 +104,7 @@ namespace BorvanUsb
             }
             catch (Exception error) when (error is Win32Exception || error is InvalidOperationException)
             {
-                // It has ended, or it is repeated.
+                // Ignored: the process has ended, or the Ctrl-C is repeated.
             }
         }
 
@@ -117,7 +117,7 @@ namespace BorvanUsb
                 CreateNoWindow = true,
             };
 
-        // A word of a command line, so that the program gets it back as it is.
+        // Quotes a word for a command line, so that the program receives it unchanged.
         private static string Quoted(string word)
         {
             var result = new StringBuilder("\"");
@@ -126,7 +126,7 @@ namespace BorvanUsb
             {
                 if (letter == '"')
                 {
-                    result.Append('\\', backslashes + 1); // each once more, and one for the mark
+                    result.Append('\\', backslashes + 1); // doubled, and one for the quotation mark
                 }
                 backslashes = letter == '\\' ? backslashes + 1 : 0;
                 result.Append(letter);

@@ -1,4 +1,4 @@
-// borvanusb-stop PROCESS: sends Ctrl-C to a process that has a console of its own. This program has
+// borvanusb-stop PROCESS: sends Ctrl-C to a process that has its own console. This program has
 // none, so it can join that one; it ignores the Ctrl-C itself. Fails with 1 when the process has
 // ended or has no console.
 

@@ -1,6 +1,6 @@
 'use strict';
 
-// Checks of arguments. The library would use a part of what does not fit.
+// Checks of arguments. The library would use a part of a value that does not fit.
 
 const {BorvanError} = require('./errors');
 const {toAnsi} = require('./system');
@@ -50,7 +50,7 @@ function checkI2c(what, slave, address, mode, option = 0) {
   checkNumber(what, 'option', option, 0xff);
 }
 
-// A run of registers of one job. Of more than 56 a failed transfer would not be noticed.
+// A range of registers for one job. With more than 56, a failed transfer would not be noticed.
 function checkRun(what, first, last) {
   checkRange(what, first, last);
   const count = last - first + 1;
@@ -65,7 +65,7 @@ function checkFile(what, file) {
   toAnsi(what, file);
 }
 
-// The file of a job that writes one. Of a text the length is not known.
+// The output file of a job. The length of a text file is not known.
 function checkRawFile(what, file) {
   checkFile(what, file);
   if (file.slice(file.lastIndexOf('.') + 1) === 'txt') {

@@ -27,7 +27,7 @@ const I2cMode = Object.freeze({
 
 const kLargestAddress = 0xffffffff;
 
-// What the process has once.
+// State that exists once per process.
 let camera = null;
 let releaseProcess = null;
 
@@ -59,7 +59,7 @@ class Camera {
     camera = this;
   }
 
-  // Ends the instance. Not while a job may run: ending it makes a transfer of its own.
+  // Ends the instance, except while a job may run, because this makes a transfer.
   close() {
     if (camera !== this) {
       return;
@@ -74,7 +74,7 @@ class Camera {
     }
   }
 
-  // The cameras that are plugged in now. Each call leaves the library's array allocated.
+  // The cameras that are plugged in now. Each call leaks the library's array.
   list() {
     this.#refuse('list', true);
     if (!functions.UsbUpdateDevice()) {
@@ -258,7 +258,7 @@ class Camera {
     }
   }
 
-  // A reply to another request also gives true and leaves the value as it was.
+  // After a reply to another request, the call also returns true and does not change the value.
   #read(what, read) {
     for (const before of [0xa5a5a5a5, 0x5a5a5a5a]) {
       const value = [before];

@@ -1,6 +1,6 @@
 'use strict';
 
-// What every call throws. The message is "CALL: REASON".
+// The error that every call throws. The message is "CALL: REASON".
 class BorvanError extends Error {
   constructor(kind, message, status = 0, options = undefined) {
     super(message, options);

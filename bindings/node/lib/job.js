@@ -12,13 +12,13 @@ const {isFileComplete} = require('./system');
 const {kFileError, kWaitEndMissed, kWaitTimeLimit, progressState, statusText} = require('./status');
 
 const kPollMs = 20;
-const kDoneMs = 3000; // how long the 100 of a job stays, at most
-const kClearMs = 3500; // after which it is cleared, also on a slow machine
+const kDoneMs = 3000; // maximum time for which a job's 100 is visible
+const kClearMs = 3500; // time after which it is cleared, even on a slow machine
 const kUsualLimitMs = 600000;
 const kLongestLimitMs = 0x7fffffff;
 const kNothingWritten = 11;
 
-// What the process has once, as the library's instance: the job whose result nobody has yet.
+// State that exists once per process, like the library's instance: the job whose result nobody has yet.
 const pending = {job: null};
 
 function statusError(what, status) {
@@ -26,7 +26,7 @@ function statusError(what, status) {
   return new BorvanError(kinds[status] ?? 'status', `${what}: ${statusText(status)}`, status);
 }
 
-// The options of a call that runs a job, checked.
+// The checked options of a call that runs a job.
 function jobOptions(what, {timeLimitMs = kUsualLimitMs, signal, onProgress} = {}) {
   if (!(timeLimitMs >= 0 && timeLimitMs <= kLongestLimitMs)) {
     throw new BorvanError(
@@ -68,7 +68,7 @@ class Job {
   #size;
   #before = 0n;
 
-  // Starts the job right after beforeJob returned `before`.
+  // Starts the job directly after beforeJob returned `before`.
   start(before, begin) {
     this.#before = before;
     if (!begin()) {
@@ -78,7 +78,7 @@ class Job {
     this.end = this.#watch();
   }
 
-  // Waits for the end and returns, or throws what the job ended with. The job stays pending when its
+  // Waits for the end. Throws if the job failed. The job stays pending when its
   // end was not seen.
   async wait({timeLimitMs, signal, onProgress}) {
     const status = await this.#statusWithin(timeLimitMs, signal, onProgress);
@@ -149,7 +149,7 @@ class Job {
       }
       const {state, percent, status} = progressState(value);
       if (value === 0n) {
-        // Cleared. If this process looked often enough to see a 100, it was none of this job's.
+        // The value was cleared. If this process polled often enough to see a 100, it was not from this job.
         if ((reported || this.#before !== 0n) && performance.now() - lastLook >= kDoneMs) {
           return this.#isFileComplete() ? 0 : kWaitEndMissed;
         }

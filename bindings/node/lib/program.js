@@ -10,14 +10,14 @@ const {BorvanError, ProgramError} = require('./errors');
 const kProgram = path.join(__dirname, '..', 'native', 'borvanusb.exe');
 const kStop = path.join(__dirname, 'stop.js');
 const kWhat = 'programFlash';
-// Ended by Ctrl-C before it could handle it.
+// The exit code if Ctrl-C ends the process before it can handle it.
 const kEndedByCtrlC = 0xc000013a;
 const kStopped = 9;
 const kStopping = 'stopping at the next safe place';
-// A Ctrl-C can get lost while the process starts: it is repeated when nothing answers it.
+// A Ctrl-C can get lost while the process starts, so it is repeated if nothing happens.
 const kAnswerMs = 5000;
 
-// The words of the command line.
+// The arguments of the command line.
 function commandLine(image, options) {
   const words = ['flash', 'program', '--json', '--progress', 'json'];
   const add = (name, value) => value !== undefined && words.push(name, String(value));
@@ -39,7 +39,7 @@ function commandLine(image, options) {
 
 const camelCase = (name) => name.replace(/_(.)/g, (all, letter) => letter.toUpperCase());
 
-// The tool's JSON with the names of JavaScript.
+// Converts the tool's JSON to JavaScript names.
 function withOurNames(value) {
   if (Array.isArray(value)) {
     return value.map(withOurNames);
@@ -71,7 +71,7 @@ function eachLine(stream, take) {
   stream.on('end', () => rest !== '' && take(rest));
 }
 
-// Ctrl-C for a process that has a console of its own. Another process sends it, because a process can
+// Ctrl-C for a process that has its own console. Another process sends it, because a process can
 // have one console only.
 function sendCtrlC(pid) {
   const environment = {...process.env, ELECTRON_RUN_AS_NODE: '1'};
@@ -100,7 +100,7 @@ function stopper(child, signal) {
   };
 }
 
-// What the process said, as a value or an error.
+// The result of the process as a value or an error.
 function outcome(code, output, signal) {
   const cause = signal?.aborted ? {cause: signal.reason} : undefined;
   const json = parsed(output);
@@ -126,7 +126,7 @@ async function programFlash(image, options = {}) {
   const child = spawn(kProgram, commandLine(image, options),
                       {stdio: ['ignore', 'pipe', 'pipe'], windowsHide: true});
   const stop = stopper(child, signal);
-  let failure; // of a callback: the work goes on, and the error is thrown at its end
+  let failure; // thrown by a callback; the work continues, and the error is thrown at its end
   const call = (callback, value) => {
     try {
       callback?.(value);

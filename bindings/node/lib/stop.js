@@ -1,6 +1,6 @@
 'use strict';
 
-// Sends Ctrl-C to a process that has a console of its own: node stop.js PID. It leaves its own console
+// Sends Ctrl-C to a process that has its own console: node stop.js PID. It leaves its own console
 // for that one, and ignores the Ctrl-C itself.
 
 const koffi = require('koffi');

@@ -32,7 +32,7 @@ const kGenericRead = 0x80000000;
 const kOpenExisting = 3;
 const kSynchronize = 0x100000;
 
-// A text as the library takes it, with its terminating zero. A name that the code page can't express
+// A text in the library's encoding, with its terminating zero. A name that the code page can't express
 // would become another name.
 function toAnsi(what, text) {
   const refuse = (allowed) =>

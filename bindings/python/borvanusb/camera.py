@@ -48,7 +48,7 @@ class CameraInfo:
 
 @dataclasses.dataclass
 class _Process:
-    """What the process has once, as the library's instance."""
+    """State that exists once per process, like the library's instance."""
     library: Optional[Library] = None
     has_camera: bool = False
     pending: Optional[jobs.PendingJob] = None
@@ -120,7 +120,7 @@ class Camera:
     def __init__(self, library: Optional[Library] = None) -> None:
         if _PROCESS.has_camera:
             raise BusyError("Camera: another Camera exists: close it first")
-        # With a job of a former Camera pending, its instance goes on, so that wait can wait for it.
+        # While a job of an earlier Camera is pending, its instance is reused, so that wait can wait for the job.
         if _PROCESS.pending is None or _PROCESS.library is None:
             _PROCESS.library = library or _PROCESS.library or Library()
             code = _PROCESS.library.UsbIniDevice()
@@ -139,7 +139,7 @@ class Camera:
         self.close()
 
     def close(self) -> None:
-        """Ends the instance. Not while a job may run: ending it makes a transfer of its own."""
+        """Ends the instance, except while a job may run, because this makes a transfer."""
         if self._open:
             self._open = False
             _PROCESS.has_camera = False
@@ -163,7 +163,7 @@ class Camera:
                               "refused a transfer")
 
     def _read(self, what: str, call: Callable[[int], Tuple[bool, int]]) -> int:
-        """A value that stays as it was is read once more, with another one in its place: the camera may
+        """If the value does not change, it is read once more with another initial value: the camera may
         not have answered."""
         self._check(what)
         for before in (0xA5C3F00D, 0x5A3C0FF2):
@@ -203,7 +203,7 @@ class Camera:
     # Cameras.
 
     def list(self) -> List[CameraInfo]:
-        """The cameras that are plugged in now. Each call leaves some memory of the library allocated."""
+        """The cameras that are plugged in now. Each call leaks some memory of the library."""
         self._check("list", True)
         if not self._library.UsbUpdateDevice():
             raise BorvanError("access", "list: the system's list of cameras can't be read")
@@ -368,7 +368,7 @@ class Camera:
     def write_flash_file(self, file: FileName, address: int, time_limit: float = USUAL_TIME_LIMIT,
                          progress: Progress = None) -> None:
         """Erases and programs, without a backup and without reading back: program_flash is the safe way.
-        The sectors of 4096 bytes count from `address`, and up to 59 bytes behind the image become 0."""
+        The sectors of 4096 bytes count from `address`, and up to 59 bytes after the image become 0."""
         _finish(self.write_flash_file_iter(file, address, time_limit), progress)
 
     def write_flash_file_iter(self, file: FileName, address: int,

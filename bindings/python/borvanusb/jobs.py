@@ -10,12 +10,12 @@ from .library import Library
 from .status import WAIT_END_MISSED, WAIT_TIME_LIMIT
 
 POLL = 0.020  # seconds
-DONE = 3.0  # how long the 100 of a job stays, at most
-CLEAR = 3.5  # after which it is cleared, also on a slow machine
+DONE = 3.0  # maximum time for which a job's 100 is visible
+CLEAR = 3.5  # time after which it is cleared, even on a slow machine
 
 
 class State(enum.Enum):
-    """What a value of GetProgressInfo means."""
+    """The meaning of a value of GetProgressInfo."""
     RUNNING = 0
     DONE = 1
     FAILED = 2
@@ -44,7 +44,7 @@ def state_of(progress: int) -> State:
 
 @dataclasses.dataclass
 class PendingJob:
-    """A job that was started and whose end was not seen yet."""
+    """A job that was started and may still run."""
     what: str
     file: str = ""  # that the job writes
     size: int = 0  # of that file
@@ -143,7 +143,7 @@ def _opens_alone(file: str) -> bool:
 def wait(library: Library, job: PendingJob, limit: float) -> Generator[int, None, int]:
     """Waits for the report of a job and for its file. Yields percentages, returns the status."""
     end = time.monotonic() + limit
-    # The end of the job may have come and been cleared since the last call.
+    # The job may have ended since the last call, and the report may have been cleared.
     if job.reported and library.GetProgressInfo() == 0:
         status = WAIT_END_MISSED
     else:

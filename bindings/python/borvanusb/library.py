@@ -5,7 +5,7 @@ import os
 import pathlib
 from typing import Any, List, Optional, Tuple
 
-LIBRARY_VARIABLE = "BORVANUSB_LIBRARY"  # full name of the DLL, in place of the one in the package
+LIBRARY_VARIABLE = "BORVANUSB_LIBRARY"  # full name of the DLL, instead of the one in the package
 PACKAGE = pathlib.Path(__file__).resolve().parent
 
 
@@ -95,7 +95,7 @@ class Library:
         return int(self._dll.UsbGetDeviceNum())
 
     def UsbGetAllDeviceInfo(self) -> List[UsbDeviceInfo]:
-        """The records of all cameras, copied. Each call leaves the library's array allocated."""
+        """The records of all cameras, copied. Each call leaks the library's array."""
         count = self.UsbGetDeviceNum()
         records = self._dll.UsbGetAllDeviceInfo() if count > 0 else None
         return [UsbDeviceInfo.from_buffer_copy(records[i]) for i in range(count)]

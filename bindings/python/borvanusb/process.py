@@ -79,7 +79,7 @@ class Process:
             self._interrupted = self._interrupt_at_its_console()
 
     def _interrupt_at_its_console(self) -> bool:
-        """Everyone at that console gets the Ctrl-C. This program ignores it until the child has ended."""
+        """All processes of that console receive the Ctrl-C. This program ignores it until the child has ended."""
         kernel = _kernel()
         if not self._attached:
             kernel.FreeConsole()

@@ -10,12 +10,12 @@ from .errors import ProcessError, ProgramError
 from .library import PACKAGE
 from .process import Process
 
-TOOL_VARIABLE = "BORVANUSB_TOOL"  # full name of borvanusb.exe, in place of the one in the package
+TOOL_VARIABLE = "BORVANUSB_TOOL"  # full name of borvanusb.exe, instead of the one in the package
 
 
 @dataclasses.dataclass(frozen=True)
 class ProgramProgress:
-    """How far the work is, as docs/json/progress.schema.json describes it."""
+    """The progress; see docs/json/progress.schema.json."""
     stage: str  # read, erase, program or verify
     done: int
     total: int
@@ -34,7 +34,7 @@ class FlashRange:
 
 @dataclasses.dataclass(frozen=True)
 class ProgramResult:
-    """How it ended; docs/json/flash-program.schema.json describes all of `json`."""
+    """The result. docs/json/flash-program.schema.json describes all of `json`."""
     state: str  # "done", "unchanged" and others
     verified: Optional[bool]  # None: nothing was read back
     backup: Optional[str]  # file with the old bytes

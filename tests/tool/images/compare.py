@@ -1,6 +1,6 @@
 #!/usr/bin/env python3
-"""Image files against other programs: what srec_cat, objcopy, intelhex and linkers write is read to
-the same bytes, and what is written is read by them to the same bytes.
+"""Compares image files with other programs: the reader and srec_cat, objcopy, intelhex and linkers get the same
+bytes from a file, no matter which of them wrote it.
 
 Usage: compare.py PROGRAM, the program exchange_images; more words are for unittest.
 """
@@ -64,7 +64,7 @@ def bytes_of(name):
 
 
 def read(file):
-    """What the reader under test finds in a file."""
+    """The content that the reader under test finds in a file."""
     image = {}
     for line in run(PROGRAM, "read", file).decode().splitlines():
         address, digits = line.split()
@@ -74,21 +74,21 @@ def read(file):
 
 
 def write(name, form):
-    """What the writer under test makes of an image."""
+    """The file that the writer under test makes of an image."""
     image = bytes_of(name)
     lines = "".join(f"{address:x} {byte:02x}\n" for address, byte in image.items())
     return run(PROGRAM, "write", form, data=lines.encode())
 
 
 def intelhex_image(file):
-    """What intelhex reads from an Intel HEX file."""
+    """The content that intelhex reads from an Intel HEX file."""
     image = intelhex.IntelHex(str(file)).todict()
     image.pop("start_addr", None)
     return image
 
 
 class Strangers(unittest.TestCase):
-    """Each test has a folder of its own."""
+    """Each test has its own folder."""
 
     def setUp(self):
         # pylint: disable=consider-using-with
@@ -97,7 +97,7 @@ class Strangers(unittest.TestCase):
         self.folder = pathlib.Path(self.kept.name)
 
     def parts(self, name):
-        """The image as raw files, and where they go."""
+        """The image as raw files, with their addresses."""
         image = bytes_of(name)
         for first, size in IMAGES[name]:
             file = self.folder / f"{name}-{first:x}.bin"
@@ -113,7 +113,7 @@ class Strangers(unittest.TestCase):
         return out
 
     def segments_of(self, file, *kind):
-        """What srec_cat reads from a file."""
+        """The content that srec_cat reads from a file."""
         out = self.folder / "read-by-srec-cat.hex"
         run("srec_cat", file, *kind, "-o", out, "-intel", "-address-length=4")
         return intelhex_image(out)
@@ -136,7 +136,7 @@ class Strangers(unittest.TestCase):
         self.assertIn(b"\n:02000002", out.read_bytes().replace(b"\r", b""))
 
     def test_what_objcopy_writes(self):
-        """Both formats, from one piece each."""
+        """Both formats, each from one piece."""
         for name in IMAGES:
             for file, first in self.parts(name):
                 image = {first + i: byte for i, byte in enumerate(file.read_bytes())}
@@ -172,7 +172,7 @@ class Strangers(unittest.TestCase):
                 self.assertEqual(read(out), bytes_of(name))
 
     def test_s_records_are_read_by_others(self):
-        """srec_cat and objcopy find the same bytes, in each form that serves."""
+        """srec_cat and objcopy find the same bytes, in each form that can hold them."""
         for name in IMAGES:
             last = max(bytes_of(name))
             for form, limit in (("s19", 1 << 16), ("s28", 1 << 24), ("s37", 1 << 32)):
@@ -196,7 +196,7 @@ class Strangers(unittest.TestCase):
         self.assertEqual((min(image), max(image), len(image)), (0x20000, 0x20807, 408))
 
     def test_what_ld_links(self):
-        """ELF of 64 and 32 bits whose load addresses are not those of the program."""
+        """ELF of 64 and 32 bits with load addresses that differ from the program's addresses."""
         source = self.folder / "source.s"
         source.write_text(SOURCE, encoding="ascii")
         script = self.folder / "script.ld"

@@ -1,5 +1,4 @@
-// Reads and writes image files for compare.py, which compares with what other programs read and
-// write.
+// Reads and writes image files for compare.py.
 //   exchange_images read FILE          prints "ADDRESS BYTES" for each segment, in hexadecimal
 //   exchange_images write FORM < LIST  FORM: hex, s19, s28, s37; prints the file
 #include <cstdio>

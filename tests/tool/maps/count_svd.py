@@ -1,9 +1,9 @@
 #!/usr/bin/env python3
-"""Counts what a CMSIS-SVD file holds, written without a look at the tool's reader: the second opinion
-that the tool's counts are compared with.
+"""Counts the elements of a CMSIS-SVD file, independently of the tool's reader. Tests compare the tool's counts
+with these.
 
 Usage: count_svd.py FILE.svd
-Prints "PERIPHERALS REGISTERS FIELDS VALUES", arrays and derivations written out.
+Prints "PERIPHERALS REGISTERS FIELDS VALUES", with arrays and derivations expanded.
 """
 import sys
 from xml.etree import ElementTree
@@ -17,7 +17,7 @@ SHIFTS = {"k": 10, "m": 20, "g": 30, "t": 40}
 
 
 def number(text):
-    """A number in a notation of SVD."""
+    """A number in the notations of SVD."""
     text = text.strip().lstrip("+").lower()
     shift = SHIFTS.get(text[-1], 0)
     text = text[:-1] if shift else text
@@ -29,19 +29,19 @@ def number(text):
 
 
 def plain(name):
-    """A name without the place of its index."""
+    """A name without its index placeholder."""
     return name.replace("[%s]", "").replace("%s", "")
 
 
 class Counter:
-    """One file."""
+    """The counts of one file."""
 
     def __init__(self, path):
         self.root = ElementTree.parse(path).getroot()
         self.parents = {child: parent for parent in self.root.iter() for child in parent}
 
     def above(self, element):
-        """The element that holds this one; lists such as <registers> are none."""
+        """The parent element; lists such as <registers> are skipped."""
         parent = self.parents.get(element)
         while parent is not None and parent.tag not in KINDS:
             parent = self.parents.get(parent)
@@ -56,7 +56,7 @@ class Counter:
         return path
 
     def base(self, element):
-        """What the element is derived from."""
+        """The element that this one is derived from."""
         wanted = element.get("derivedFrom")
         if wanted is None:
             return None
@@ -78,7 +78,7 @@ class Counter:
         return (element.findtext("name") or "").strip()
 
     def text(self, element, tag):
-        """The text of a simple element, an inherited one if there is none of its own."""
+        """The text of a simple element; the inherited one if it has none itself."""
         while element is not None:
             if element.find(tag) is not None:
                 return element.findtext(tag).strip()
@@ -86,7 +86,7 @@ class Counter:
         return None
 
     def children(self, element):
-        """Those of its own and those inherited whose names it does not have itself."""
+        """Its own children, and those inherited ones whose names it does not have itself."""
         kinds = KINDS[element.tag]
         own = []
         for holder in [element] + [one for tag in LISTS.get(element.tag, ()) for one in element.findall(tag)]:
@@ -101,7 +101,7 @@ class Counter:
         return inherited + own
 
     def times(self, element):
-        """How often it is written out."""
+        """The number of times an element is expanded."""
         if element.find("dim") is not None or "%s" in self.name(element):
             dim = self.text(element, "dim")
             return 1 if dim is None else number(dim)
@@ -117,7 +117,7 @@ class Counter:
         return 0
 
     def count(self, element):
-        """[peripherals, registers, fields, values] of an element and all in it."""
+        """[peripherals, registers, fields, values] of an element and everything in it."""
         if element.tag == "enumeratedValues":
             return [0, 0, 0, self.values(element)]
         total = [int(element.tag == kind) for kind in ("peripheral", "register", "field")] + [0]
@@ -127,7 +127,7 @@ class Counter:
 
 
 def main():
-    """Counts the file of the command line."""
+    """Counts the file on the command line."""
     if len(sys.argv) != 2:
         sys.exit(__doc__)
     counter = Counter(sys.argv[1])

@@ -17,7 +17,7 @@
 
 namespace borvanusb::tool_test {
 
-// A host with cameras in memory, and all that a command writes.
+// A host with cameras in memory, and the output of a command.
 struct CommandDesk {
   CommonArguments common;
   FakeHost host;
@@ -28,7 +28,7 @@ struct CommandDesk {
 
   FakeChip& Chip(std::size_t index = 0) { return host.chip(index); }
 
-  // Runs a command that must come to its end; its JSON must fit the schema.
+  // Runs a command that must complete. Its JSON must match the schema.
   template <typename Command>
   ExitCode Do(const Command& command, const std::string& schema) {
     output.out.clear();

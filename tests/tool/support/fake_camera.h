@@ -1,6 +1,6 @@
 #pragma once
 
-// A camera in memory and a host around it, for tests of the commands: no library, no system.
+// A camera in memory and a host for it, for tests of the commands, without library and system.
 
 #include <cstdint>
 #include <functional>
@@ -22,30 +22,31 @@
 
 namespace borvanusb::tool_test {
 
-// The ways to read something of a camera.
+// The ways to read from a camera.
 enum class FakeRead { kByteRegister, kWideRegister, kRegisterRun, kI2c, kFlashBulk, kFlashWord };
 
-// What lasts of a camera from one opening to the next.
+// The state of a camera that is kept between openings.
 struct FakeChip {
   CameraIdentity identity{0, R"(\\?\usb#vid_1234&pid_0001#a)", "Fake camera", "1234", "0001"};
   std::vector<std::uint8_t> flash = std::vector<std::uint8_t>(1U << 16U, 0xFF);
-  bool wraps = true;  // beyond its end the flash begins anew; otherwise words there read as 0
+  bool wraps = true;  // addresses wrap at the flash's end; otherwise words there are read as 0
   std::map<std::uint32_t, std::uint32_t> registers;
-  // Slave, then register.
+  // By slave and register.
   std::map<std::uint32_t, std::map<std::uint32_t, std::uint32_t>> sensors;
-  // The width modes in which a sensor answers; all if it is not here.
+  // The width modes in which a sensor answers. A sensor that is not listed answers in all.
   std::map<std::uint32_t, std::set<std::int32_t>> sensor_modes;
-  std::vector<std::string> register_lists;  // the texts that were loaded
+  std::vector<std::string> register_lists;  // loaded texts
   std::vector<std::string> i2c_lists;
 
-  // Called before each transfer (a flash packet of 64 read or 60 written, a word, an erase, a
-  // register access) with its number, from 1 on over all openings; may throw Failure, which is
-  // where the transfer fails.
+  // Called before each transfer (reading a flash packet of 64 bytes or writing one of 60, a word,
+  // an erase, a register access). The number counts from 1 over all openings. May throw Failure to
+  // make the transfer fail.
   std::function<void(std::uint64_t number)> before_transfer;
-  // Changes what a programming transfer leaves in the flash: a chip that lies or has stuck bits.
+  // Changes the bytes that a programming transfer writes, to simulate a chip with errors or stuck
+  // bits.
   std::function<void(std::uint32_t address, std::span<std::uint8_t> bytes)> after_programming;
-  // Changes a value that is read: a register's, a byte's of a bulk read, a flash word's. A chip
-  // that misbehaves; may throw Failure.
+  // Changes a value that was read: of a register, a byte of a bulk read or a flash word. May throw
+  // Failure. Simulates a chip with errors.
   std::function<void(FakeRead read, std::uint32_t address, std::uint32_t& value)> after_read;
   std::uint64_t transfers = 0;
   std::uint64_t erases = 0;
@@ -54,7 +55,7 @@ struct FakeChip {
   std::vector<std::uint32_t> erased_sectors;
 };
 
-// Everything written to the streams, and a host that has the given chips as its cameras.
+// Captures all output; and a host with the given chips as its cameras.
 class FakeOutput : public Output {
  public:
   void Line(std::string_view text) override { out += std::string(text) + "\n"; }
@@ -69,8 +70,8 @@ class FakeOutput : public Output {
   void MoveUp(int lines) override { notes += "up " + std::to_string(lines) + "\n"; }
 
   bool output_is_terminal = false;
-  bool takes_results = true;  // false: standard output is lost
-  int columns = 0;            // of the terminal; 0: there is none
+  bool takes_results = true;  // false: writing to standard output fails
+  int columns = 0;            // of the terminal; 0: none
   std::string out;
   std::vector<std::string> json_lines;
   std::string notes;
@@ -78,8 +79,8 @@ class FakeOutput : public Output {
   std::string errors;
 };
 
-// Remembers each stage with the units done when it closed; fails the test when one runs backwards
-// or beyond its total.
+// Records each stage with the units done at its end. Fails the test if a stage runs backwards or
+// beyond its total.
 class FakeProgress : public Progress {
  public:
   struct Bar {
@@ -87,7 +88,7 @@ class FakeProgress : public Progress {
     std::uint64_t total = 0;
     std::uint64_t done = 0;
     bool complete = false;
-    std::vector<std::string> stages;  // as renamed
+    std::vector<std::string> stages;  // with new names
     ProgressUnit unit = ProgressUnit::kBytes;
   };
   using Progress::Begin;
@@ -138,15 +139,15 @@ class FakeHost : public Host {
   std::vector<std::shared_ptr<FakeChip>> chips;
   bool stop_requested = false;
   int stop_holds = 0;
-  bool answer = false;                 // to every question
+  bool answer = false;                 // to all questions
   std::vector<std::string> questions;  // that were asked
-  std::string input;                   // what standard input holds
+  std::string input;                   // content of standard input
   bool reserved_elsewhere = false;
-  std::set<std::string> busy_elsewhere;  // paths of cameras that other processes work with
-  std::string journal_folder;            // tests of flash changes set it
+  std::set<std::string> busy_elsewhere;  // paths of cameras used by other processes
+  std::string journal_folder;            // set by tests of flash changes
   std::function<void(const CameraIdentity&)> before_open;  // may throw Failure
-  std::optional<Failure> list_failure;                     // what listing the cameras throws
-  std::function<void()> on_sleep;                          // what happens in the world meanwhile
+  std::optional<Failure> list_failure;                     // thrown when listing the cameras
+  std::function<void()> on_sleep;                          // simulates events during a sleep
   std::function<std::vector<std::string>()> last_words;
   std::map<std::string, std::string> environment;
   std::chrono::steady_clock::time_point clock;
@@ -154,7 +155,7 @@ class FakeHost : public Host {
   std::string library_version = "0.2.0";
   Terminal* terminal = nullptr;
   std::vector<std::string> details;
-  // What RunChildren is to do for a child: gets its arguments and where to send its lines.
+  // Simulates a child of RunChildren. Gets its arguments and a function that receives its lines.
   std::function<int(const std::vector<std::string>&,
                     const std::function<void(bool, const std::string&)>&)>
       child;

@@ -48,7 +48,7 @@ bool HasType(const Json& value, const Json& types) {
                      [&](const Json& type) { return IsOfType(value, type); });
 }
 
-// Which of these members an object lacks.
+// The members that an object lacks.
 std::string Lack(const Json& members, const Json& value, const std::string& place) {
   for (const auto& member : members) {
     if (!value.contains(member)) {
@@ -58,7 +58,7 @@ std::string Lack(const Json& members, const Json& value, const std::string& plac
   return "";
 }
 
-// One schema file, `root_`.
+// Checks values against one schema file, `root_`.
 class Checker {
  public:
   explicit Checker(Json root) : root_(std::move(root)) {}
@@ -123,7 +123,7 @@ std::string BreachOfScalar(const Json& schema, const Json& value, const std::str
   return "";
 }
 
-// `most` of the choices may fit, and one must.
+// At least one and at most `most` of the choices must match.
 std::string Checker::BreachOfChoices(const Json& choices, std::size_t most, const Json& value,
                                      const std::string& place) const {
   std::string breaches;

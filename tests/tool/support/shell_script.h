@@ -16,7 +16,7 @@
 
 namespace borvanusb::tool_test {
 
-// Programs for a shell that may be missing, in the folder of one test.
+// Runs scripts in a shell, which may not be installed, in the folder of one test.
 class ShellScript {
  public:
   ShellScript(std::string shell, std::string option)
@@ -28,7 +28,7 @@ class ShellScript {
   void Write(const std::string& file, const std::string& text) const { folder_.Write(file, text); }
   std::string Read(const std::string& file) const { return folder_.Read(file); }
 
-  // A program borvanusb that prints what it was asked, or the file `answer`.
+  // Writes a fake program borvanusb that prints its arguments, or the file `answer`.
   void WriteProgram() const {
     const std::string file = folder_.Write("borvanusb",
                                            "#!/bin/sh\necho \"$*\" > asked\nif [ -e answer ]; then "
@@ -36,7 +36,7 @@ class ShellScript {
     std::filesystem::permissions(file, std::filesystem::perms::owner_all);
   }
 
-  // Runs a program in the folder; its lines.
+  // Runs a script in the folder. Returns its output lines.
   std::vector<std::string> Run(const std::string& program) const {
     folder_.Write("program", program + "\n");
     const std::string command =

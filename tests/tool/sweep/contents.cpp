@@ -30,7 +30,7 @@ Bytes RepeatingBytes(std::size_t size) {
     const std::size_t block = i / kBlock;
     const std::size_t at = i % kBlock;
     bytes[i] = at < kLine.size() ? static_cast<std::uint8_t>(kLine[at]) : ' ';
-    // A number that changes after some repeats.
+    // A number that changes after some repetitions.
     if (at == 0) {
       bytes[i] = static_cast<std::uint8_t>('0' + block / kTimes % 10);
     }

@@ -9,9 +9,9 @@ namespace borvanusb::sweep {
 
 constexpr std::size_t kFlashSize = 64 * 1024;
 
-// Bytes by chance, the same each time.
+// Pseudo-random bytes, the same in each run.
 Bytes RandomBytes(std::size_t size, std::uint32_t seed);
-// Like texts and tables in firmware: 64 bytes that come several times, then others.
+// Similar to texts and tables in firmware: 64 bytes that are repeated several times, then others.
 Bytes RepeatingBytes(std::size_t size);
 
 struct NamedBytes {
@@ -19,7 +19,7 @@ struct NamedBytes {
   Bytes bytes;
 };
 
-// A whole flash: random, blank, all zeros, text with repeats.
+// Contents of a whole flash: random, blank, all zeros, text with repeats.
 std::vector<NamedBytes> FlashContents();
 
 // A camera with this flash and registers of every kind.
@@ -28,7 +28,7 @@ Content CameraWith(const Bytes& flash);
 Bytes Part(const Bytes& bytes, std::size_t offset, std::size_t size);
 Bytes Overlaid(Bytes bytes, std::size_t offset, const Bytes& part);
 
-// "equal", or the first byte that differs and how many do.
+// "equal", or the first differing byte and the number of differences.
 std::string Difference(const Bytes& wanted, const Bytes& found);
 
 }  // namespace borvanusb::sweep

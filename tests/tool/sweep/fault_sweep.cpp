@@ -9,7 +9,7 @@ namespace borvanusb::sweep {
 namespace {
 
 constexpr std::array<std::uint32_t, 5> kShortAnswers = {0, 1, 8, 32, 63};
-// Faulty runs of a scenario in the short form.
+// The number of faulty runs of a scenario in the short form.
 std::size_t Selection() {
   const char* const text = std::getenv("BORVAN_SWEEP_FAULTS");
   return text != nullptr ? std::strtoul(text, nullptr, 10) : 60;
@@ -30,14 +30,14 @@ std::vector<Fault> FaultsAt(std::uint64_t at, const Transfer& transfer) {
       faults.push_back({at, FaultKind::kShort, bytes});
     }
   }
-  // And one that is different each time.
+  // And a short answer with a different length each time.
   faults.push_back(
       {at, FaultKind::kShort, static_cast<std::uint32_t>(at * 37 % LengthOf(transfer))});
   return faults;
 }
 
 std::string KindOf(const Fault& fault, const Transfer& transfer) {
-  // Without the transfer's number, to count what is alike.
+  // Without the transfer's number, so that equal faults can be counted.
   const std::string text = ToText(fault, transfer);
   return text.substr(text.find('('));
 }

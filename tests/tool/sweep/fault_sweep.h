@@ -10,25 +10,25 @@
 
 namespace borvanusb::sweep {
 
-// A command on a camera, and how one sees from outside whether its end is true.
+// A command on a camera, with a check of its result.
 struct Scenario {
   std::string name;
   Content content;
-  std::function<void(SweepTest&)> prepare;  // the command's files; may be empty
+  std::function<void(SweepTest&)> prepare;  // creates the command's files; may be empty
   std::function<ExitCode(SweepTest&, Context&)> run;
   ExitCode expected = ExitCode::kDone;
-  // What is untrue or lost after a run that ended so, whatever it ended with; empty: nothing. Takes
-  // what is true from the camera itself, never from what the tool read.
+  // Checks a run, whatever its result: returns what is untrue or lost, else an empty text. Uses the
+  // real state of the camera, never data that the tool has read.
   std::function<std::string(const SweepTest&, const RunEnd&)> wrong;
 };
 
-// Runs scenarios with every bad transfer there can be: each must end truly, and the same command
-// again, without the fault, must end well. BORVAN_LONG=1 takes every transfer and every fault;
-// otherwise a selection that is the same each time, of BORVAN_SWEEP_FAULTS faults if that is set.
+// Runs scenarios with every possible bad transfer. Each run must report a true result, and the same
+// command must succeed afterwards without the fault. With BORVAN_LONG=1, all transfers and faults
+// are tried; otherwise a fixed selection, of BORVAN_SWEEP_FAULTS faults if set.
 class FaultSweep {
  public:
   explicit FaultSweep(SweepTest& rig) : rig_(rig) {}
-  // Tells the number of runs and, as failures of the test, what was untrue.
+  // Prints the number of runs, and reports untrue results as test failures.
   ~FaultSweep();
   FaultSweep(const FaultSweep&) = delete;
   FaultSweep& operator=(const FaultSweep&) = delete;
@@ -57,7 +57,7 @@ class FaultSweep {
   std::map<std::string, Finding> findings_;
 };
 
-// Whether every transfer and fault is tried.
+// Whether all transfers and faults are tried.
 bool IsLong();
 
 }  // namespace borvanusb::sweep

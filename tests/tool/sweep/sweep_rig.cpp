@@ -16,8 +16,9 @@ thread_local bool t_in_job = false;
 
 }  // namespace
 
-// In place of the library's own: the task that a job starts to wipe its 100 after three seconds
-// gets no thread, which the library survives. Thousands of them would wait at once.
+// Replaces the library's function. The task that clears a job's 100 after three seconds does not
+// get a thread, which the library tolerates. Otherwise thousands of such threads would wait at the
+// same time.
 void borvan::StartDetachedThread(void (*procedure)(void*), void* argument) {
   if (t_in_job) {
     throw std::system_error(std::make_error_code(std::errc::resource_unavailable_try_again));
@@ -33,12 +34,12 @@ void borvan::StartDetachedThread(void (*procedure)(void*), void* argument) {
 namespace borvanusb::sweep {
 namespace {
 
-// A healthy run never comes near it, however busy the machine is.
+// Much longer than a run without a fault, even on a busy machine.
 constexpr std::chrono::seconds kHealthyLimit{60};
-// A job that its bad transfer keeps from ever ending costs that much.
+// The time until a job is abandoned that never ends because of its bad transfer.
 constexpr std::chrono::milliseconds kFaultyLimit{400};
 
-// A host can't free the library's arrays; the last one is enough here.
+// A host can't free the library's arrays. Only the last one is kept here.
 UsbDeviceInfo* GetAllDeviceInfo() {
   static std::unique_ptr<UsbDeviceInfo[]> last;
   last.reset(UsbGetAllDeviceInfo());
@@ -75,7 +76,7 @@ LibraryPlatform::ScratchFile SweepPlatform::NewScratchFile(std::string_view exte
 }
 
 void SweepPlatform::Sleep(std::chrono::milliseconds /*time*/) {
-  // Not a yield: on a busy machine that waits for everybody else's turn.
+  // Does not yield, because on a busy machine a yield waits for all other threads.
   std::this_thread::sleep_for(std::chrono::microseconds(10));
 }
 
@@ -99,7 +100,7 @@ void SweepTest::StartAnew(const Content& content) {
   std::filesystem::current_path(std::filesystem::temp_directory_path());
   std::filesystem::remove_all(work_);
   std::filesystem::create_directory(work_);
-  // Backups that nobody names go to the current folder.
+  // Backups without a given name are written to the current folder.
   std::filesystem::current_path(work_);
   camera_.PlugIn(content);
 }

@@ -1,7 +1,6 @@
 #pragma once
 
-// Commands as the tool runs them, over the library's own exports, on a camera that has one bad
-// transfer.
+// Runs commands over the real exports of the library, on a camera with one bad transfer.
 
 #include <nlohmann/json.hpp>
 #include <optional>
@@ -16,7 +15,7 @@
 
 namespace borvanusb::sweep {
 
-// What a run of a command left.
+// The result of running a command.
 struct RunEnd {
   ExitCode code = ExitCode::kDone;
   std::string message;  // of a failure
@@ -24,10 +23,10 @@ struct RunEnd {
   std::string out;  // standard output
 };
 
-// Scratch files in memory where the system has such a folder, and waits that cost nothing.
+// Keeps scratch files in memory if possible, and does not really wait.
 class SweepPlatform : public tool_test::TestPlatform {
  public:
-  // A job that was left behind may still have the file of an earlier run: no name comes again.
+  // Names are never reused, because an abandoned job may still have a file of an earlier run open.
   ScratchFile NewScratchFile(std::string_view extension) override;
   void Sleep(std::chrono::milliseconds time) override;
 
@@ -35,28 +34,28 @@ class SweepPlatform : public tool_test::TestPlatform {
   std::uint64_t files_ = 0;
 };
 
-// The tests' folders lie in memory where the system has such a folder: a run writes several files
-// through to the disk.
+// Creates the tests' folders in memory if possible, because each run flushes several files to the
+// disk.
 struct FoldersInMemory {
   FoldersInMemory();
 };
 
-// One camera in a process, and a folder for the files of the commands.
+// One camera, and a folder for the files of the commands.
 class SweepTest : public FoldersInMemory, public tool_test::LibraryTest {
  public:
-  // A fresh camera and an empty folder.
+  // Starts with a new camera and an empty folder.
   void StartAnew(const Content& content);
 
   // The name of a file in the folder.
   std::string File(const std::string& name) const { return work_ + "/" + name; }
   std::string Put(const std::string& name, const Bytes& bytes) const;
   std::string Put(const std::string& name, const std::string& text) const;
-  // Nothing if there is none.
+  // Returns nothing if the file does not exist.
   std::optional<Bytes> Read(const std::string& name) const;
-  // The names of the folder's files that end so.
+  // The files of the folder with this ending.
   std::vector<std::string> FilesThatEnd(const std::string& ending) const;
 
-  // Runs a command as a process of its own would: what camera and folder hold lasts.
+  // Runs a command like a separate process: the state of camera and folder is kept.
   RunEnd Perform(const std::function<ExitCode(Context&)>& command,
                  const std::optional<Fault>& fault);
 

@@ -20,7 +20,7 @@ std::uint32_t LengthOf(std::uint32_t selector) {
   return virtual_camera::CameraConfiguration().lengths.at(selector - 1);
 }
 
-// A get whose buffer does not hold the selector's reply.
+// A get with a buffer too small for the selector's reply.
 bool IsTooSmall(const borvan_test::Transfer& transfer) {
   return DirectionOf(transfer) == Direction::kGet &&
          transfer.bytes.size() < LengthOf(transfer.request.id);
@@ -52,7 +52,7 @@ std::string NameOf(const Fault& fault) {
   return "";
 }
 
-// Whether a set asks for the register that never answers, alone or in a block.
+// Whether a set requests the register that never answers, alone or in a block.
 bool AsksSilent(const borvan_test::Transfer& transfer, std::uint32_t silent) {
   if (silent == 0 || DirectionOf(transfer) != Direction::kSet) {
     return false;
@@ -74,7 +74,7 @@ std::string ToText(const Fault& fault, const Transfer& transfer) {
          " on selector " + std::to_string(transfer.selector) + ") " + NameOf(fault);
 }
 
-// One session's way to the chip, one transfer at a time.
+// The connection of one session to the chip. Transfers are made one at a time.
 class SweptCamera::Control : public borvan::ExtensionUnitControl {
  public:
   explicit Control(std::shared_ptr<borvan_test::MemoryChip> chip) : chip_(std::move(chip)) {}

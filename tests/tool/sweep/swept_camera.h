@@ -1,6 +1,6 @@
 #pragma once
 
-// A virtual camera behind the library in one process, with one bad transfer in it.
+// A virtual camera behind the library in the same process, with one bad transfer.
 
 #include <cstdint>
 #include <map>
@@ -17,16 +17,16 @@ namespace borvanusb::sweep {
 using Bytes = std::vector<std::uint8_t>;
 using Direction = virtual_camera::Direction;
 
-// What a bad transfer does.
+// The effect of a bad transfer.
 using FaultKind = borvan_test::Fault;
 
 struct Fault {
-  std::uint64_t at = 0;  // number of the transfer, from 0 on
+  std::uint64_t at = 0;  // number of the transfer, from 0
   FaultKind kind = FaultKind::kRefused;
-  std::uint32_t bytes = 0;  // of a short answer
+  std::uint32_t bytes = 0;  // length of a short answer
 };
 
-// A transfer as the camera saw it.
+// A transfer as seen by the camera.
 struct Transfer {
   Direction direction = Direction::kSet;
   std::uint32_t selector = 0;
@@ -36,31 +36,30 @@ struct Transfer {
 // "transfer 37 (set on selector 5) refused".
 std::string ToText(const Fault& fault, const Transfer& transfer);
 
-// What a camera holds when it is plugged in.
+// The state of a camera when it is plugged in.
 struct Content {
-  Bytes flash;  // its size is the flash's
+  Bytes flash;  // also sets the size of the flash
   std::map<std::uint32_t, std::uint32_t> registers;
   bool fast_i2c = true;
   std::vector<virtual_camera::SensorConfiguration> sensors;
-  // An I2C register (16-bit address) that no device answers for, ever; 0: none.
+  // An I2C register (16-bit address) for which no device ever answers; 0: none.
   std::uint32_t silent_register = 0;
 };
 
 class SweptCamera {
  public:
-  // A fresh camera.
+  // Starts with a new camera.
   void PlugIn(const Content& content);
 
-  // The control for one run of a command, counted from transfer 0 on. The control before it no
-  // longer reaches the chip: it answers everything with success, so that a job that was left behind
-  // comes to its end.
+  // The control for one run of a command; its transfers are numbered from 0. Earlier controls are
+  // disconnected from the chip and answer everything with success, so that an abandoned job ends.
   std::shared_ptr<borvan::ExtensionUnitControl> Open(const std::optional<Fault>& fault);
   void Close();
 
   // The transfers since Open.
   std::vector<Transfer> Seen() const;
 
-  // The truth.
+  // The real state of the camera.
   Bytes Flash() const { return chip_->Flash(0, flash_size_); }
   std::uint32_t Register(std::uint32_t address) const { return chip_->Register(address); }
   std::uint32_t Sensor(std::uint8_t slave, std::uint32_t address) const {

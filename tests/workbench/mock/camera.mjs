@@ -1,10 +1,10 @@
-// A simulated camera: registers that hold, count and clear, and a flash.
+// A simulated camera: registers that store values, count or are cleared by reading, and a flash.
 import { registers } from "./registers.mjs";
 
 const FLASH_SIZE = 1 << 20;
 export const SECTOR = 4096;
 
-// Bytes of no meaning, the same in each run.
+// Pseudo-random bytes, the same in each run.
 export function noise(size, seed) {
   const bytes = Buffer.alloc(size);
   let state = seed >>> 0;
@@ -64,7 +64,7 @@ export class Camera {
     return { ...this.identity(), profile: this.profile, job: this.job?.id ?? null };
   }
 
-  // Registers that live: what a sensor measures and counts.
+  // Registers that change by themselves: measured values and counters.
   read(register) {
     const seconds = (Date.now() - this.began) / 1000;
     this.reads.set(register.name, (this.reads.get(register.name) ?? 0) + 1);
@@ -87,7 +87,7 @@ export class Camera {
   }
 }
 
-// Runs of addresses in which a condition holds.
+// Ranges of addresses in which a condition is true.
 export function runs(size, step, holds) {
   const found = [];
   for (let address = 0; address < size; address += step) {

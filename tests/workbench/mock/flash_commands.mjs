@@ -1,4 +1,5 @@
-// `flash` of the simulated cameras. Programming takes time, can be stopped, and leaves a journal when it is cut.
+// The `flash` commands of the simulated cameras. Programming takes time, can be stopped, and leaves
+// a journal if it is interrupted.
 import crypto from "node:crypto";
 import { runs, SECTOR } from "./camera.mjs";
 import { regions } from "./registers.mjs";
@@ -31,7 +32,7 @@ function parseRange(word) {
   return { first, last };
 }
 
-// Data records of an Intel HEX file as pieces; others are raw.
+// The data records of an Intel HEX file as pieces. Other files are raw.
 function pieces(name, bytes, address) {
   if (!/\.hex$/i.test(name)) return [{ address: address ?? 0, bytes }];
   const list = [];

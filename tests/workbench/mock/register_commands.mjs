@@ -1,4 +1,4 @@
-// `reg`, `i2c` and `preset` of the simulated cameras.
+// The commands `reg`, `i2c` and `preset` of the simulated cameras.
 import { presets, registers } from "./registers.mjs";
 
 export class Refused extends Error {
@@ -39,7 +39,7 @@ function found(word) {
   return registers.filter((register) => pattern.test(register.name) || pattern.test(register.name.split(".")[1]));
 }
 
-// Numbers of a word such as 0x100, 0x100-0x1ff or 0x100+16; null for a name.
+// The numbers of a word such as 0x100, 0x100-0x1ff or 0x100+16; null for a name.
 function numbers(word) {
   const match = /^(0x[0-9a-f]+|\d+)(?:([-+])(0x[0-9a-f]+|\d+))?$/i.exec(word);
   if (!match) return null;
@@ -102,7 +102,7 @@ function write(camera, words) {
   return { writes: settings.map((word) => writeOne(camera, ...word.split("="))) };
 }
 
-// One side of a comparison as values by name.
+// One side of a comparison, as values by name.
 function side(run, word) {
   const all = (camera) => new Map(registers.filter((register) => register.access !== "write-only"
     && !register.read_action).map((register) => [register.name, camera.read(register)]));

@@ -1,4 +1,4 @@
-// The registers of the simulated modules: a chip, a made-up image sensor and a lens driver.
+// The registers of the simulated modules: a chip, an invented image sensor and a lens driver.
 
 const CHIP = { kind: "chip", wide: false };
 const SENSOR = { kind: "i2c", slave: 0x6c, mode: "16/8", option: 0 };

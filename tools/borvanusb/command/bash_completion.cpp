@@ -1,4 +1,4 @@
-// The scripts for bash and zsh, whose branches look the same.
+// The scripts for bash and zsh. Their branches have the same form.
 #include "base/format.h"
 #include "command/completion_branches.h"
 #include "command/completion_scripts.h"
@@ -8,7 +8,7 @@ namespace borvanusb {
 
 namespace {
 
-// In double quotes but for a * at an end.
+// Quotes a text, except for a * at its beginning or end.
 std::string Pattern(const std::string& text) {
   const bool begins = text.starts_with('*');
   const bool ends = !begins && text.ends_with('*');
@@ -37,7 +37,7 @@ std::string Script(std::string_view form_of_script, const ToolDescription& tool)
 
 }  // namespace
 
-// The script joins what bash takes apart: --option=value into three words, and vid:pid likewise.
+// Bash splits --option=value into three words, and vid:pid as well. The script joins them again.
 std::string BashCompletion(const ToolDescription& tool) {
   return Script(kBashCompletionTemplate, tool);
 }

@@ -100,7 +100,7 @@ void CameraTable::Draw(bool at_once) {
   if (drawn_) {
     output_.MoveUp(static_cast<int>(rows_.size()));
   }
-  // A row that fills the last column, too, would break on some terminals and shift the others.
+  // Keeps the last column free: on some terminals a full row would wrap and shift the others.
   const auto width = static_cast<std::size_t>(std::max(output_.ErrorColumns() - 1, 1));
   for (const Row& row : rows_) {
     output_.Row(Fitted(RowText(row), width));

@@ -11,8 +11,8 @@
 
 namespace borvanusb {
 
-// How far several cameras are, on standard error: a table of bars that is drawn over and over on a
-// terminal, or plain lines now and then.
+// Shows the progress of several cameras on standard error: a table of bars that is redrawn on a
+// terminal, or plain lines at intervals.
 class CameraTable {
  public:
   enum class Mode { kBars, kLines, kNone };
@@ -20,13 +20,13 @@ class CameraTable {
   CameraTable(const std::vector<CameraIdentity>& cameras, Output& output, const Host& host,
               Mode mode);
 
-  // `percent` 0 to 100; `rate` in bytes a second, 0 when it is not known.
+  // `percent` is 0 to 100. `rate` is in bytes per second, 0 if unknown.
   void SetProgress(std::size_t camera, const std::string& stage, int percent, double rate);
-  // How it ended, in place of a stage.
+  // Shows the result instead of a stage.
   void SetEnd(std::size_t camera, bool well);
-  // A line that a camera's process wrote; with bars it waits until the table is complete.
+  // A line from a camera's process. With bars, it is shown after the table is complete.
   void Remark(std::size_t camera, const std::string& text);
-  // Draws the table for the last time and shows the remarks.
+  // Draws the table for the last time and prints the remarks.
   void End();
 
  private:
@@ -35,7 +35,7 @@ class CameraTable {
     std::string stage;
     int percent = 0;
     double rate = 0;
-    std::string told_stage;  // in the last plain line
+    std::string told_stage;  // of the last plain line
     int told_percent = 0;
   };
 

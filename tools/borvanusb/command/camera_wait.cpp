@@ -9,7 +9,7 @@ namespace borvanusb {
 
 namespace {
 
-// A camera takes longer to appear.
+// Shorter than the time that a camera needs to appear.
 constexpr std::chrono::milliseconds kInterval{250};
 
 }  // namespace

@@ -6,8 +6,8 @@
 
 namespace borvanusb {
 
-// --wait: while one exists, a camera that can't be found, reserved or opened is tried again until
-// the time is over. The time begins with the first failure. Does nothing without --wait.
+// --wait: while an object exists, finding, reserving or opening a camera is retried until the time
+// is over. The time starts with the first failure. Without --wait it has no effect.
 class CameraWait {
  public:
   // The context must outlive it.

@@ -15,7 +15,7 @@ namespace borvanusb {
 namespace {
 
 constexpr std::uint64_t kMostRegisters = std::uint64_t{1} << 20U;
-constexpr std::uint64_t kShortRow = 64;  // done before a bar could be looked at
+constexpr std::uint64_t kShortRow = 64;  // too fast for a progress bar
 constexpr std::size_t kRawEnding = 4;    // ".bin"
 
 }  // namespace

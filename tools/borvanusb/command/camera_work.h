@@ -1,6 +1,6 @@
 #pragma once
 
-// What the commands that work with one camera share.
+// Common functions of commands that work with one camera.
 
 #include <cstdint>
 #include <memory>
@@ -17,7 +17,7 @@
 
 namespace borvanusb {
 
-// A camera that no other borvanusb process uses meanwhile.
+// A camera that no other borvanusb process can use at the same time.
 struct ReservedCamera {
   std::unique_ptr<Host::Reservation> reservation;
   std::unique_ptr<Camera> camera;
@@ -25,21 +25,24 @@ struct ReservedCamera {
   Camera* operator->() const { return camera.get(); }
 };
 
-// The chosen camera, for single accesses. Throws as ChosenCamera and Host::OpenCamera do.
+// Opens the chosen camera for single accesses. Throws the exceptions of ChosenCamera and
+// Host::OpenCamera.
 std::unique_ptr<Camera> OpenChosenCamera(Context& context);
-// The same for work of several accesses that belong together. Throws as Host::ReserveCamera, too.
+// Opens and reserves it for accesses that belong together. Also throws the exceptions of
+// Host::ReserveCamera.
 ReservedCamera ReserveChosenCamera(Context& context);
 
-// [{"address", "value"}…] of registers in a row.
+// [{"address", "value"}…] of adjacent registers.
 nlohmann::ordered_json ValuesJson(const Range& range, std::span<const std::uint32_t> values);
 
 // "14 registers", "1 register".
 std::string Count(std::uint64_t number, const std::string& thing);
 
-// Throws Failure kUsage for more registers than one command takes: reading them would take hours.
+// Throws Failure kUsage if there are more registers than a command accepts, because reading them
+// would take hours.
 void CheckRegisterCount(const Range& range);
 
-// The progress of reading registers one by one, which only many show.
+// Progress of reading registers one by one. It is only shown if there are many.
 class RowProgress {
  public:
   RowProgress(Context& context, std::uint64_t registers);
@@ -47,22 +50,22 @@ class RowProgress {
   void Done();
 
  private:
-  Progress* progress_;  // null: none is shown
+  Progress* progress_;  // null: not shown
 };
 
-// Reads single registers of a row with progress.
+// Reads adjacent registers one by one, with progress.
 std::vector<std::uint32_t> ReadEach(Context& context, const Range& range,
                                     const std::function<std::uint32_t(std::uint32_t)>& read);
 
-// Tells on standard error that a command that did its work did not end well:
+// For a command that did its work with a negative result: prints it to standard error, as in
 // "borvanusb: reg diff: 2 registers differ".
 void TellOutcome(Context& context, const std::string& command, const std::string& outcome);
 
 // Prints a text of several lines.
 void PrintLines(std::string_view text, Output& output);
-// Writes a dump: to standard output when `file` is empty or "-", else to the file.
+// Writes a dump to the file, or to standard output if `file` is empty or "-".
 void WriteDump(Context& context, const std::string& file, const std::string& text);
-// Whether a dump to this file is to hold raw bytes: names that end in .bin.
+// Whether a dump to this file contains raw bytes, because its name ends in .bin.
 bool IsRawFileName(const std::string& file);
 
 }  // namespace borvanusb

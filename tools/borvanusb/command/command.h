@@ -11,7 +11,7 @@ namespace borvanusb {
 
 struct Context;
 
-// What a command line asks for: the values of one command, ready to run.
+// A parsed command line: the values of one command, ready to run.
 class Command {
  public:
   Command() = default;
@@ -19,10 +19,9 @@ class Command {
   Command& operator=(const Command&) = delete;
   virtual ~Command() = default;
 
-  // Does the work, writes its text to context.output and the same facts to context.result, and
-  // returns kDone, or another code when the work was done and its outcome is that code (a
-  // comparison that differs, a self test that fails). Throws as Failure what keeps it from doing
-  // its work.
+  // Does the work, writes text to context.output and the same facts to context.result. Returns
+  // kDone, or another code for a negative result of completed work (a comparison that differs, a
+  // self-test that fails). Throws Failure if the work can't be done.
   virtual ExitCode Run(Context& context) const = 0;
 };
 
@@ -31,7 +30,7 @@ ExitCode RunValues(const C& values, Context& context) {
   return Run(values, context);
 }
 
-// The command whose values are a `C`; a function Run(const C&, Context&) does the work.
+// A command with values of type `C`. A function Run(const C&, Context&) does the work.
 template <typename C>
 class CommandOf : public Command {
  public:
@@ -41,19 +40,19 @@ class CommandOf : public Command {
   C values;
 };
 
-// The values of a command, if it is of this kind; else null.
+// The values of a command if it is of this type, else null.
 template <typename C>
 const C* ValuesOf(const Command& command) {
   const auto* const same = dynamic_cast<const CommandOf<C>*>(&command);
   return same != nullptr ? &same->values : nullptr;
 }
 
-// A command line that was read.
+// A parsed command line.
 struct Arguments {
   CommonArguments common;
-  std::string words;          // that call the command: "flash program"
-  bool takes_profile = true;  // of the camera that it works with
-  std::string defaults_file;  // the profile that gave defaults; empty: none
+  std::string words;          // of the command: "flash program"
+  bool takes_profile = true;  // uses the camera's profile
+  std::string defaults_file;  // profile with the used defaults; empty: none
   std::shared_ptr<const Command> command;
 };
 

@@ -24,7 +24,7 @@ std::string HelpHint(const std::vector<std::string>& command) {
   return Format("borvanusb {}{}--help shows more.", Joined(command), command.empty() ? "" : " ");
 }
 
-// One line for each way to put it right, or where to read more.
+// A hint for the error: one line for each suggestion, or where to read more.
 std::string HintOf(const WrongUse& wrong, const std::vector<std::string>& words,
                    const std::vector<std::string>& command) {
   std::string hint;
@@ -70,7 +70,7 @@ class Given : public GivenOptions {
   const SortedWords& words_;
 };
 
-// The words that may stand where the command line has an unknown one.
+// The words that are possible at the position of an unknown one.
 std::vector<std::string> NextWords(const ToolDescription& tool, const SortedWords& words) {
   std::vector<std::string> next;
   for (const CommandDescription& command : tool.commands) {
@@ -100,7 +100,7 @@ std::vector<std::string> OptionNames(const ToolDescription& tool, const SortedWo
   return names;
 }
 
-// What was meant by a command's last word alone, as in "read": "reg read, i2c read or flash read".
+// The commands whose last word is `word`. For "read": "reg read, i2c read or flash read".
 std::string CommandsEndingIn(const ToolDescription& tool, const std::string& word) {
   std::vector<std::string> found;
   for (const CommandDescription& command : tool.commands) {
@@ -160,7 +160,7 @@ std::string CommandsEndingIn(const ToolDescription& tool, const std::string& wor
                 HelpHint(words.command));
 }
 
-// An option that is ignored would let its user believe that it counted.
+// An ignored option would make its user believe that it has an effect, so it is rejected.
 void CheckRefused(const CommandDescription& command, const GivenOptions& given) {
   for (const RefusedOption& option : command.refused) {
     if (given.Has(option.name)) {
@@ -177,7 +177,7 @@ class MissingOption : public Failure {
   using Failure::Failure;
 };
 
-// Hands the values of each option to the rule that reads it.
+// Passes the values of each option to its rule.
 template <typename Target, typename Stores>
 void Store(Target& target, const Stores& stores, const std::vector<OptionDescription>& options,
            const std::vector<std::vector<std::string>>& values,
@@ -205,7 +205,7 @@ void Store(Target& target, const Stores& stores, const std::vector<OptionDescrip
   }
 }
 
-// The command's own words.
+// The words of the command itself.
 GivenWords WordsOf(const SortedWords& sorted) {
   GivenWords words{sorted.command, {}, {}};
   for (std::size_t i = 0; i < sorted.own.size(); ++i) {
@@ -228,7 +228,7 @@ const CommandRule& RuleFor(const SortedWords& words, const CommandRules& rules) 
   });
 }
 
-// The values of a command line. Throws Failure and WrongUse.
+// Parses the values of a command line. Throws Failure and WrongUse.
 Arguments Values(const ToolDescription& tool, const CommandRule& rule, const SortedWords& sorted) {
   Arguments arguments;
   Store(arguments.common, AllCommonRules().store, tool.common, sorted.common, sorted.command);

@@ -11,65 +11,65 @@ namespace borvanusb {
 
 struct CommandRule;
 
-// A text that was asked for instead of a command: --help or --version.
+// The text for --help or --version, instead of a command.
 struct TextAnswer {
   std::string text;
 };
 
-// Reads a command line, without the program's name. The texts are UTF-8. Throws Failure (kUsage)
-// that names the argument and what is allowed.
+// Parses a command line without the program's name. The texts are UTF-8. Throws Failure (kUsage)
+// with the name of the argument and what is allowed.
 std::variant<Arguments, TextAnswer> ParseCommandLine(const std::vector<std::string>& words);
-// The same for other commands than the tool's.
+// The same with other commands than those of the tool.
 std::variant<Arguments, TextAnswer> ParseCommandLine(const std::vector<std::string>& words,
                                                      const std::vector<CommandRule>& rules);
-// The same with values for options that are not given. They are taken where the command accepts
-// them beside what is given. Throws Failure kFile for one that its option does not accept.
+// The same with default values. A default is used if the option is not given and the command
+// accepts it together with the given options. Throws Failure kFile if the option does not accept
+// the value.
 std::variant<Arguments, TextAnswer> ParseCommandLine(const std::vector<std::string>& words,
                                                      const std::vector<CommandRule>& rules,
                                                      const DefaultsSource& defaults);
-// The same with the tool's commands.
+// The same with the commands of the tool.
 std::variant<Arguments, TextAnswer> ParseCommandLine(const std::vector<std::string>& words,
                                                      const DefaultsSource& defaults);
 
-// The same for one line of a script: words stand between blanks, "double quotes" hold blanks
-// together, # opens a remark. Throws Failure (kUsage) for a quote that is left open.
+// Splits a line of a script into words. Blanks separate words, "double quotes" keep blanks in a
+// word, # starts a comment. Throws Failure (kUsage) for an unclosed quote.
 std::vector<std::string> SplitLine(const std::string& line);
 
-// The other way round: words as a command line to be copied from the terminal, with borvanusb in
-// front; words with blanks or backslashes stand in quotes.
+// Formats words as a command line to copy from the terminal, starting with borvanusb. Words with
+// blanks or backslashes are quoted.
 std::string CommandLineText(const std::vector<std::string>& words);
-// The same without borvanusb in front: a line of a script.
+// The same without borvanusb, as a line of a script.
 std::string LineText(const std::vector<std::string>& words);
 
-// The commands and options as the manual page and the completions tell them, in the order of the
+// Descriptions of commands and options for the manual page and the completions, in the order of the
 // help.
 struct OptionDescription {
-  std::vector<std::string> names;  // "-h", "--help"; a positional has its one name without dashes
-  std::string value;               // placeholder of its value, empty for a flag
+  std::vector<std::string> names;  // "-h", "--help"; for a positional, one name without dashes
+  std::string value;               // placeholder of the value; empty for a flag
   std::string text;
   bool positional = false;
   bool required = false;
-  std::vector<std::string> choices;  // the values it takes, if they are few
+  std::vector<std::string> choices;  // allowed values, if there are only a few
   bool takes_file = false;
   bool repeated = false;  // may be given several times
-  std::string completes;  // the names that its values are, as `profile names` calls them; mostly
-                          // empty
+  std::string completes;  // kind of names in a profile, as for `profile names`; usually empty
 };
 
-// A common option that would change nothing for a command.
+// A common option that would have no effect on a command.
 struct RefusedOption {
   std::string name;
-  std::string why;  // behind the command's words: "which lists all cameras"
+  std::string why;  // text after the command's words: "which lists all cameras"
 };
 
 struct CommandDescription {
   std::vector<std::string> words;  // "flash", "program"
-  std::string group;               // headline it stands under
+  std::string group;               // headline in the help
   std::string text;
-  std::string details;  // what more there is to know; may be empty
+  std::string details;  // further help; may be empty
   std::vector<OptionDescription> options;
   std::vector<RefusedOption> refused;
-  std::vector<std::string> examples;  // whole command lines
+  std::vector<std::string> examples;  // complete command lines
 };
 
 struct ToolDescription {
@@ -78,13 +78,13 @@ struct ToolDescription {
   std::vector<CommandDescription> commands;
 };
 
-// The common options that a command takes.
+// The common options that a command accepts.
 std::vector<OptionDescription> CommonOptionsOf(const ToolDescription& tool,
                                                const CommandDescription& command);
 
 ToolDescription DescribeTool();
 
-// What --help prints: the overview for no words, the commands of a group ("reg"), or one command
+// The text for --help: the overview without words, the commands of a group ("reg"), or one command
 // ("reg", "read"). At most 80 columns wide.
 std::string HelpText(const ToolDescription& tool, const std::vector<std::string>& words);
 

@@ -14,22 +14,23 @@
 
 namespace borvanusb {
 
-// Each command in one place: its help text, and how its words become values. Help, manual
-// page, completions and the reading of command lines all come from here.
+// Defines each command in one place: its help text, and how its words become values. The parser,
+// help, manual page and completions all use these rules.
 
-// How often an option was given.
+// How often each option was given.
 class GivenOptions {
  public:
   virtual ~GivenOptions() = default;
-  // `name` is one of the command's own or common options; anything else throws std::logic_error.
+  // `name` must be one of the command's own or common options. Otherwise std::logic_error is
+  // thrown.
   virtual std::size_t Count(const std::string& name) const = 0;
   bool Has(const std::string& name) const { return Count(name) > 0; }
 };
 
-// Refuses a command line whose words are fine one by one but not together: one line.
+// Rejects a command line whose words are valid, but not together. The text is one line.
 class WrongUse : public std::exception {
  public:
-  // A command line to use instead: the refused one with more words.
+  // A suggestion: the rejected command line with additional words.
   struct Way {
     std::string when;  // "If it belongs to 0x20000"
     std::vector<std::string> more;
@@ -47,11 +48,11 @@ class WrongUse : public std::exception {
 
 struct CommandRule {
   CommandDescription description;
-  // The command with its default values.
+  // Creates the command with its default values.
   std::function<std::shared_ptr<Command>()> make;
-  // One for each option of the description, in their order. Throws WrongValue.
+  // One function for each option of the description, in the same order. Throws WrongValue.
   std::vector<std::function<void(Command&, const std::string&)>> store;
-  // Looks at the whole. Throws WrongUse.
+  // Checks the combination of all values. Throws WrongUse.
   std::function<void(const Command&, const GivenOptions&)> check;
 };
 
@@ -60,7 +61,7 @@ struct CommonRules {
   std::vector<std::function<void(CommonArguments&, const std::string&)>> store;
 };
 
-// Options in the making.
+// Functions that build option descriptions.
 OptionDescription Argument(std::string_view name, std::string_view text);
 OptionDescription Flag(std::string_view name, std::string_view text);
 OptionDescription Option(std::string_view name, std::string_view value, std::string_view text);
@@ -68,11 +69,11 @@ OptionDescription Optional(OptionDescription option);
 OptionDescription Required(OptionDescription option);
 OptionDescription Repeated(OptionDescription option);
 OptionDescription File(OptionDescription option);
-// Its values are names of a profile: "registers", "settings", "regions" or "presets".
+// An option whose values are names in a profile: "registers", "settings", "regions" or "presets".
 OptionDescription NamesOf(std::string_view kind, OptionDescription option);
 OptionDescription Choices(OptionDescription option, std::vector<std::string> choices);
 
-// Puts together the rule of the command whose values are a C.
+// Builds the rule of a command with values of type C.
 template <typename C>
 class RuleOf {
  public:
@@ -96,10 +97,10 @@ class RuleOf {
 
   void Details(std::string_view details) { rule_.description.details = details; }
 
-  // A common option that the command does not take.
+  // Marks a common option that the command does not accept.
   void Refuse(std::string_view name, std::string_view why) {
     rule_.description.refused.push_back({std::string(name), std::string(why)});
-    // Nobody waits for a camera that nobody uses.
+    // Without a camera, there is nothing to wait for.
     if (name == "--camera") {
       Refuse("--wait", why);
     }
@@ -121,17 +122,16 @@ class RuleOf {
 
 using CommandRules = std::vector<CommandRule>;
 
-// What commands without a bar say to --progress.
+// The reason of commands without progress for rejecting --progress.
 constexpr std::string_view kNoProgress = "which shows no progress";
 
-// Every command of the tool, in the order of the help; CMakeLists.txt lists them.
+// All commands of the tool, in the order of the help. commands.cmake lists them.
 const CommandRules& AllCommandRules();
 // The options of every command.
 const CommonRules& AllCommonRules();
 CommonRules MakeCommonRules();
 
-// Throws WrongUse when a value, mask or address is beyond its bits: "VALUE: 0x1ff is too big for
-// …".
+// Throws WrongUse if a value, mask or address exceeds its bits: "VALUE: 0x1ff is too big for …".
 void CheckFits(const std::string& name, std::uint32_t number, int bits, const std::string& where);
 
 }  // namespace borvanusb

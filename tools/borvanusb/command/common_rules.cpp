@@ -1,4 +1,4 @@
-// The options of every command.
+// The options of all commands.
 #include <cmath>
 
 #include "command/command_rules.h"

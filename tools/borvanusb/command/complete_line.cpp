@@ -13,7 +13,7 @@ namespace {
 
 using Words = std::vector<std::string>;
 
-// The words before the last, and the last, which may be empty.
+// The words before the last one, and the last one, which may be empty.
 struct SplitUp {
   Words before;
   std::string last;
@@ -47,7 +47,7 @@ SplitUp Split(const std::string& line) {
   return split;
 }
 
-// A word as it stands in a line. A folder's quote stays open: a file's name follows.
+// Formats a word for a line. For a folder, the quote stays open, because a file name follows.
 std::string InLine(const std::string& word) {
   if (word.find_first_of(" \t#") == std::string::npos) {
     return word;
@@ -92,7 +92,7 @@ const OptionDescription* FindOption(const std::vector<OptionDescription>& option
   return nullptr;
 }
 
-// What a line has told so far.
+// The state after parsing the line so far.
 class Reader {
  public:
   explicit Reader(const ToolDescription& tool) : tool_(tool), options_(tool.common) {}
@@ -177,7 +177,7 @@ class Reader {
   Words words_;
   const CommandDescription* command_ = nullptr;
   std::vector<OptionDescription> options_;
-  const OptionDescription* waiting_ = nullptr;  // for its value
+  const OptionDescription* waiting_ = nullptr;  // the option that expects a value next
   std::size_t arguments_ = 0;
 };
 

@@ -8,18 +8,18 @@
 
 namespace borvanusb {
 
-// What may stand at the end of an unfinished command line, for the Tab key of the prompt. The same
-// descriptions make the completions of the shells.
+// Completes an unfinished command line, for the Tab key of the prompt. It uses the same
+// descriptions as the shell completions.
 struct LineCompletion {
-  std::size_t begin = 0;                // where the word to be completed begins in the line
-  std::vector<std::string> candidates;  // whole words as they stand in a line, sorted
-  // Whether something follows the word, as it does after a folder and after --option=.
+  std::size_t begin = 0;                // start of the word to complete
+  std::vector<std::string> candidates;  // complete words as written in a line, sorted
+  // Whether more text follows directly, as after a folder or --option=.
   static bool IsOpen(const std::string& candidate);
 };
 
 LineCompletion CompleteLine(const ToolDescription& tool, const std::string& line);
 
-// The beginning that all texts share; whole characters of UTF-8.
+// The common prefix of all texts, without splitting a UTF-8 character.
 std::string CommonBeginning(const std::vector<std::string>& texts);
 
 }  // namespace borvanusb

@@ -15,7 +15,7 @@ namespace borvanusb {
 
 namespace {
 
-// By Shell.
+// In the order of the enumeration Shell.
 const std::initializer_list<std::string_view> kShells = {"bash", "fish", "powershell", "zsh"};
 
 std::string ScriptFor(Shell shell) {

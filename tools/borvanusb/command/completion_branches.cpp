@@ -9,7 +9,7 @@ namespace borvanusb {
 
 namespace {
 
-// What a shell is to offer for a value: a list, files, names of a profile, or nothing.
+// The action that offers an option's values: a list, files, names in a profile, or nothing.
 std::string Offer(const OptionDescription& option) {
   if (!option.choices.empty()) {
     return Format("_borvanusb_words \"{}\"", Joined(option.choices));
@@ -28,7 +28,7 @@ std::string Words(const CommandDescription& command, const std::string& rest) {
 }  // namespace
 
 std::string NamesTakenBy(const OptionDescription& option) {
-  // A region is called the same in every command.
+  // In every command, --region takes a region's name.
   return option.names.back() == "--region" ? "regions" : option.completes;
 }
 

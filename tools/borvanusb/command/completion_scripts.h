@@ -6,8 +6,8 @@
 
 namespace borvanusb {
 
-// Scripts that complete the command lines of borvanusb: commands, options, values that are few,
-// names of the camera's profile, and file names.
+// Shell scripts that complete command lines of borvanusb: commands, options, short lists of values,
+// names in the camera's profile, and file names.
 std::string BashCompletion(const ToolDescription& tool);
 std::string FishCompletion(const ToolDescription& tool);
 std::string PowerShellCompletion(const ToolDescription& tool);

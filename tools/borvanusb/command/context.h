@@ -11,13 +11,13 @@ class Host;
 class Output;
 class Progress;
 
-// What a command works with. It lives as long as the command.
+// The objects that a command uses. They live as long as the command.
 struct Context {
   const CommonArguments& common;
   Host& host;
-  Output& output;      // standard output, the text for people
+  Output& output;      // standard output, text for users
   Progress& progress;  // standard error
-  // What --json prints: one object, the command fills it.
+  // The object that --json prints. The command fills it.
   nlohmann::ordered_json& result;
 };
 

@@ -19,7 +19,8 @@ DefaultOptions::DefaultOptions(const ToolDescription& tool, const CommandRule& r
 void DefaultOptions::Fill(OptionDefaults defaults) {
   from_ = std::move(defaults);
   const std::vector<Open> open = OpenOptions();
-  // Mostly all of them can be taken. Where some contradict what is given, the others can.
+  // Usually all defaults can be used. If some of them contradict given options, the others are
+  // tried one by one.
   for (const Open& option : open) {
     Set(option);
   }
@@ -31,7 +32,7 @@ void DefaultOptions::Fill(OptionDefaults defaults) {
       Unset(option);
     }
   }
-  // One can be good only beside another that comes later.
+  // Repeats, because a default may be valid only together with a later one.
   bool more = true;
   while (more) {
     more = false;

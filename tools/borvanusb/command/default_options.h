@@ -12,25 +12,25 @@
 
 namespace borvanusb {
 
-// Whether a command takes a common option.
+// Whether a command accepts a common option.
 bool Takes(const CommandDescription& command, std::string_view option);
 
-// Fills options that are not given with defaults, where the command accepts them.
+// Fills in defaults for options that are not given, if the command accepts them.
 class DefaultOptions {
  public:
-  // `is_good` tells whether the command accepts the words as they are in `sorted` now.
+  // `is_good` returns whether the command accepts the current words in `sorted`.
   DefaultOptions(const ToolDescription& tool, const CommandRule& rule, SortedWords& sorted,
                  std::function<bool()> is_good);
 
-  // Throws Failure kFile for a default that its option does not accept.
+  // Throws Failure kFile if an option does not accept its default.
   void Fill(OptionDefaults defaults);
 
   const OptionDefaults& From() const { return from_; }
-  // The options that were filled: "--slave".
+  // The options that got a default: "--slave".
   const std::vector<std::string>& Names() const { return names_; }
 
  private:
-  // An option that is not given and has a default.
+  // An option without a given value that has a default.
   struct Open {
     std::string name;
     std::string value;

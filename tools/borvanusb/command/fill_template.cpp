@@ -13,7 +13,7 @@ constexpr std::string_view kLettersOfNames = "ABCDEFGHIJKLMNOPQRSTUVWXYZ_";
 
 struct Place {
   std::size_t begin = 0;
-  std::size_t end = 0;  // after the second @
+  std::size_t end = 0;  // position after the second @
   std::string_view name;
 };
 
@@ -36,7 +36,7 @@ const std::string& TextOf(std::string_view place, std::initializer_list<Template
   return found->text;
 }
 
-// `line` ends with its line break.
+// `line` includes its line break.
 void AppendLine(std::string& filled, std::string_view line,
                 std::initializer_list<TemplateText> texts) {
   std::optional<Place> place = FindPlace(line);

@@ -1,4 +1,4 @@
-// What --help prints.
+// The text of --help.
 #include <algorithm>
 
 #include "base/exit_code.h"
@@ -15,11 +15,11 @@ namespace {
 
 constexpr std::size_t kColumns = 80;
 constexpr std::size_t kTextColumn = 24;
-// The overview's names are longer.
+// Column of the texts in the overview, which has longer names.
 constexpr std::size_t kOverviewColumn = 27;
 
-// Appends `text` in lines that end before column 80, broken at blanks, each begun at `indent`; the
-// first one goes on where `out` ends.
+// Appends `text`, wrapped at blanks before column 80. Each line starts at `indent`; the first one
+// continues the last line of `out`.
 void AppendWrapped(std::string& out, const std::string& text, std::size_t indent) {
   std::size_t column = out.size() - (out.rfind('\n') + 1);
   std::size_t begin = 0;
@@ -79,7 +79,7 @@ std::string CommonLine(const std::vector<OptionDescription>& options) {
   return line;
 }
 
-// A text in lines of its own, as AppendWrapped() breaks them.
+// A text in separate lines, wrapped as by AppendWrapped().
 std::string Wrapped(const std::string& text, std::size_t indent) {
   std::string lines;
   AppendWrapped(lines, text, indent);
@@ -109,7 +109,7 @@ std::string CommandHelp(const ToolDescription& tool, const CommandDescription& c
                  {"EXAMPLES", examples}});
 }
 
-// A row of the overview: a command with what must be given to it.
+// A row of the overview: a command with its required arguments.
 void AppendCommand(std::string& help, const CommandDescription& command) {
   std::string name = Joined(command.words, " ");
   for (const OptionDescription& option : command.options) {
@@ -132,7 +132,7 @@ std::string GroupHelp(const ToolDescription& tool, const std::string& word) {
   return Filled(kGroupHelpTemplate, {{"GROUP", word}, {"COMMANDS", commands}});
 }
 
-// All of them, broken into lines between two.
+// All exit codes. Lines are wrapped only between two codes.
 std::string ExitCodeList() {
   std::string list = "Exit codes:";
   std::size_t line = 0;
@@ -148,7 +148,7 @@ std::string ExitCodeList() {
   return Format("{}\n", list);
 }
 
-// Each group's commands, under its headline.
+// The commands of each group, below its headline.
 std::string CommandGroups(const ToolDescription& tool) {
   std::string groups;
   std::string group;

@@ -18,7 +18,7 @@ namespace borvanusb {
 
 namespace {
 
-// A text that roff shows as it is: no escapes, no requests, dashes that can be copied.
+// Escapes a text for roff: no escapes, no requests, dashes that can be copied.
 std::string Roff(std::string_view text) {
   std::string roff;
   for (const char character : text) {
@@ -33,7 +33,7 @@ std::string Roff(std::string_view text) {
   return roff.starts_with('.') || roff.starts_with('\'') ? Format("\\&{}", roff) : roff;
 }
 
-// A text in the face that roff calls by one letter.
+// A text in a roff font, given by its letter.
 std::string InFace(char face, std::string_view text) {
   return Format("\\f{}{}\\fR", face, Roff(text));
 }

@@ -7,7 +7,7 @@ namespace borvanusb {
 
 namespace {
 
-// How many letters have to be added, removed, changed or swapped with their neighbour.
+// The number of letters to add, remove, change or swap with their neighbour.
 std::size_t Distance(std::string_view from, std::string_view to) {
   std::vector<std::vector<std::size_t>> rows(from.size() + 1,
                                              std::vector<std::size_t>(to.size() + 1));
@@ -32,7 +32,7 @@ std::size_t Distance(std::string_view from, std::string_view to) {
 }  // namespace
 
 std::string NearestWord(std::string_view word, const std::vector<std::string>& known) {
-  // Words of the tool are short; a path given by mistake must not cost a large table.
+  // The tool's words are short. A long word, such as a path, must not need a large table.
   constexpr std::size_t kLongest = 40;
   if (word.size() > kLongest) {
     return "";
@@ -40,7 +40,7 @@ std::string NearestWord(std::string_view word, const std::vector<std::string>& k
   std::string nearest;
   std::size_t least = std::max<std::size_t>(1, word.size() / 3) + 1;
   for (const std::string& candidate : known) {
-    // The beginning of a word is what people type when they are in a hurry.
+    // Users often type only the beginning of a word.
     const bool begun = word.size() >= 3 && candidate.starts_with(word);
     const std::size_t distance = begun ? 0 : Distance(word, candidate);
     if (distance < least) {

@@ -6,7 +6,7 @@
 
 namespace borvanusb {
 
-// Which of the known words a mistyped one is likely to mean; empty when none is near.
+// The known word that a mistyped word most likely means. Empty if none is similar.
 std::string NearestWord(std::string_view word, const std::vector<std::string>& known);
 
 }  // namespace borvanusb

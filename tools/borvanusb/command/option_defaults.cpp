@@ -16,7 +16,8 @@ bool MayHaveDefault(std::string_view option) {
 }
 
 DefaultsSource LineDefaults(const Context& context) {
-  // The cameras are listed once for each choice, not for each line.
+  // Caches the defaults, so that cameras are listed once for each choice instead of once for each
+  // line.
   using Kept = std::map<std::vector<std::string>, OptionDefaults>;
   return [&context, kept = std::make_shared<Kept>()](const CommonArguments& line) {
     CommonArguments common = context.common;

@@ -14,34 +14,33 @@
 
 namespace borvanusb {
 
-// Values of options that a command line does not give, from the profile of the camera that it
-// means.
+// Default values of options, from the profile of the camera that the command line refers to.
 struct OptionDefaults {
   std::vector<std::pair<std::string, std::string>> values;  // "--slave" and its value
   std::string file;                                         // the profile; empty: none
-  // Why the camera could not be chosen, if profiles are there: one of them may have defaults.
+  // Set if profiles exist but the camera could not be chosen. Its profile might have defaults.
   std::optional<Failure> failure;
 };
 
-// Asked once for each command line that may use a camera.
+// Called once for each command line that may use a camera.
 using DefaultsSource = std::function<OptionDefaults(const CommonArguments&)>;
 
-// Whether a profile may give this option a value: not to those that choose the camera, what is
-// changed in it, or the files of one run.
+// Whether a profile may set this option. It may not choose the camera, what is changed in it, or
+// the files of a run.
 bool MayHaveDefault(std::string_view option);
 
-// What is known of cameras beside what they answer. The room profile has it; commands.cmake names
-// it.
+// Facts about cameras that do not come from the cameras themselves. The room profile implements it;
+// commands.cmake names the implementation.
 struct CameraKnowledge {
-  // Throws Failure kFile for a profile that is given and can't be used.
+  // Throws Failure kFile if a given profile can't be used.
   OptionDefaults (*defaults)(const CommonArguments& common, Host& host);
-  // Throws Failure kFile when a profile is given that is for other cameras than this one.
+  // Throws Failure kFile if a given profile is for other cameras.
   void (*require_fit)(const CameraIdentity& camera, const CommonArguments& common, Host& host);
 };
 const CameraKnowledge& ToolKnowledge();
 
-// The defaults for the lines of a script: those of options that belong to a line, for the camera
-// that the line means, else that of the script.
+// The defaults for the lines of a script. They include only options that may be used in a line. The
+// camera is that of the line, else that of the script.
 DefaultsSource LineDefaults(const Context& context);
 
 }  // namespace borvanusb

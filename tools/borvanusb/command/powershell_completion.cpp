@@ -8,7 +8,7 @@ namespace borvanusb {
 
 namespace {
 
-// A text of PowerShell in single quotes, in which only they are special.
+// A PowerShell string in single quotes. Only single quotes need escaping in it.
 std::string Literal(const std::string& text) {
   std::string literal = "'";
   for (const char character : text) {
@@ -28,8 +28,8 @@ std::string List(const std::vector<std::string>& texts) {
   return Format("@({})", list);
 }
 
-// One row: the option's name, its text, whether a value follows, the values that are few, and what
-// `profile names` calls the names that it takes.
+// A table row: the option's name, its text, whether it takes a value, a short list of values, and
+// the kind of names for `profile names`.
 std::string OptionRow(const OptionDescription& option) {
   return Format("    @{{ Name = {}; Text = {}; TakesValue = {}; Values = {}; Names = {} }}\n",
                 Literal(option.names.back()), Literal(option.text),
@@ -57,7 +57,7 @@ std::vector<std::string> ArgumentChoices(const CommandDescription& command) {
   return choices;
 }
 
-// The kinds of names that the arguments take, in their order.
+// The kinds of names for the arguments, in order.
 std::vector<std::string> ArgumentNames(const CommandDescription& command) {
   std::vector<std::string> kinds;
   for (const OptionDescription& option : command.options) {
@@ -101,7 +101,7 @@ std::string CommandOptions(const ToolDescription& tool) {
 
 }  // namespace
 
-// Where the script offers nothing, PowerShell completes file names by itself.
+// If the script offers nothing, PowerShell completes file names.
 std::string PowerShellCompletion(const ToolDescription& tool) {
   return Filled(kPowerShellCompletionTemplate, {{"COMMANDS", CommandRows(tool)},
                                                 {"COMMAND_OPTIONS", CommandOptions(tool)},

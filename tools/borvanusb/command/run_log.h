@@ -8,8 +8,8 @@
 
 namespace borvanusb {
 
-// The file of --log: what a run of the tool says, each line with its time and kind. It is added
-// to what the file holds; each line is in the file when Add returns.
+// The file of --log: the output of a run, each line with its time and kind. Lines are appended to
+// an existing file. When Add returns, the lines are in the file.
 class RunLog {
  public:
   enum class Kind { kRun, kOutput, kError, kEnd };
@@ -18,9 +18,9 @@ class RunLog {
   // The name is UTF-8. Throws Failure kFile.
   RunLog(std::string name, Clock clock);
 
-  // Adds the lines of a text. A last line without an end is one, too.
+  // Adds the lines of a text. The last line need not have a line end.
   void Add(Kind kind, std::string_view text);
-  // Whether all of it was written so far.
+  // Whether everything has been written so far.
   bool IsWhole() const { return file_.good(); }
   const std::string& Name() const { return name_; }
 

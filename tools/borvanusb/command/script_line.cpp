@@ -1,4 +1,4 @@
-// The words of a line, and a line of words.
+// Splits a line into words, and joins words to a line.
 #include <algorithm>
 #include <string_view>
 
@@ -20,7 +20,7 @@ std::vector<std::string> SplitLine(const std::string& line) {
     const bool blank =
         character == ' ' || character == '\t' || character == '\r' || character == '\n';
     if (character == '"') {
-      // "" is a word too, an empty one.
+      // "" is an empty word.
       in_word = true;
       in_quotes = !in_quotes;
       quote = place;

@@ -21,7 +21,7 @@ using Json = nlohmann::ordered_json;
 
 constexpr const char* kAll = "--all";
 
-// Nobody waits for a camera that never has a vendor unit.
+// Opens the camera without --wait, because a camera without a vendor unit will never get one.
 bool HasVendorUnit(const CameraIdentity& camera, Host& host) {
   Host::TryAgain try_again = host.SetTryAgain({});
   bool has_one = true;
@@ -30,7 +30,7 @@ bool HasVendorUnit(const CameraIdentity& camera, Host& host) {
   } catch (const NoVendorUnit&) {
     has_one = false;
   } catch (const Failure& failure) {
-    // What else is wrong is told by the process that works with this camera.
+    // The camera's own process reports all other problems.
     if (failure.Code() == ExitCode::kStopped) {
       host.SetTryAgain(std::move(try_again));
       throw;
@@ -79,7 +79,7 @@ std::string Seconds(std::chrono::milliseconds time) {
   return Format("{:.3f}", std::chrono::duration<double>(time).count());
 }
 
-// The common options of a camera's process. Arguments may stand after a "--", so they go before.
+// Adds the common options for a camera's process. They are inserted before a "--".
 std::vector<std::string> WithCommon(std::vector<std::string> words, bool shows_progress,
                                     const CommonArguments& common, const CameraIdentity& camera) {
   std::vector<std::string> options = {"--camera", camera.path, "--json"};
@@ -105,7 +105,7 @@ std::vector<std::string> WithCommon(std::vector<std::string> words, bool shows_p
   return words;
 }
 
-// What the children say.
+// Collects the output of the child processes.
 class Children {
  public:
   Children(std::vector<CameraIdentity> cameras, const SeveralWork& work, Context& context)
@@ -148,7 +148,7 @@ class Children {
     if (context.common.quiet || mode == ProgressMode::kNone || mode == ProgressMode::kJson) {
       return CameraTable::Mode::kNone;
     }
-    // A table is drawn over itself: even where bars are asked for, that takes a terminal.
+    // A table must be redrawn in place, so it requires a terminal even if bars were requested.
     const bool bars = mode != ProgressMode::kLines && context.output.ErrorColumns() > 0;
     return bars ? CameraTable::Mode::kBars : CameraTable::Mode::kLines;
   }
@@ -169,7 +169,7 @@ class Children {
     }
   }
 
-  // A child that crashed ends with a number of the system's.
+  // A crashed child has an exit code of the operating system.
   static ExitCode CodeOf(int code) {
     const bool known = code >= 0 && code <= static_cast<int>(ExitCode::kInternal);
     return known ? static_cast<ExitCode>(code) : ExitCode::kInternal;
@@ -191,7 +191,7 @@ class Children {
                        {"result", has_result ? said : Json()},
                        {"error", error}};
     context_.output.JsonLine(line.dump(-1, ' ', false, Json::error_handler_t::replace));
-    // A comparison that differs has a result, too.
+    // A comparison that differs also has a result.
     const std::string summary = has_result ? work_.summary(said) : "done";
     if (error.is_null()) {
       context_.output.Line(Format("{}: {}", CameraLine(camera), summary));

@@ -1,6 +1,6 @@
 #pragma once
 
-// One command for several cameras: each by a process of its own, at the same time.
+// Runs one command for several cameras at the same time, with one process for each.
 
 #include <functional>
 #include <nlohmann/json_fwd.hpp>
@@ -18,31 +18,32 @@ namespace borvanusb {
 struct SeveralWork {
   // The words of the command line for one camera, without --all and the common options.
   std::function<std::vector<std::string>(const CameraIdentity&)> words;
-  // What the result of one camera says, in a few words: "14 registers written".
+  // A short summary of one camera's result: "14 registers written".
   std::function<std::string(const nlohmann::ordered_json&)> summary;
-  bool shows_progress = true;  // whether the command takes --progress
+  bool shows_progress = true;  // the command accepts --progress
 };
 
-// Whether a command is for several cameras: --all, or more than one --camera.
+// Whether a command is for several cameras: with --all, or with more than one --camera.
 inline bool IsForSeveral(bool all, const Context& context) {
   return all || context.common.cameras.size() > 1;
 }
 
-// Runs the command for every camera (`all`) or for those of --camera, shows how far each is, and
-// then how it ended. Returns the highest of their exit codes. Prints one JSON line for each camera,
-// as docs/json/several.schema.json has it; context.result stays empty. With `all`, cameras without
-// a vendor unit are skipped; throws Failure kNoCamera when no other one is there.
+// Runs the command for all cameras (`all`) or for those of --camera. Shows the progress and the
+// result of each one. Returns the highest exit code. Prints one JSON line for each camera, as in
+// docs/json/several.schema.json; context.result stays empty. With `all`, cameras without a vendor
+// unit are skipped; throws Failure kNoCamera if there is no other one.
 ExitCode RunForSeveral(const SeveralWork& work, bool all, Context& context);
 
 // The cameras of RunForSeveral.
 std::vector<CameraIdentity> SeveralCameras(bool all, Context& context);
 
-// The words of the given command line without --all; `change`, which may be empty, sees each option
-// that has a value and each argument and may change the value. An argument's option is "".
+// The words of the current command line without --all. `change` (may be empty) is called for each
+// option with a value and for each argument, and may change the value. For an argument, `option` is
+// "".
 using ChangeValue = std::function<void(const std::string& option, std::string& value)>;
 std::vector<std::string> WordsForOne(const GivenWords& words, const ChangeValue& change = {});
 
-// "dir/report.json" with "-2" before its extension: "dir/report-2.json".
+// Inserts a text before the extension: "dir/report.json" with "-2" becomes "dir/report-2.json".
 std::string InsertBeforeExtension(const std::string& file, const std::string& part);
 
 constexpr std::string_view kAllText = "every camera there is, at the same time";

@@ -1,6 +1,6 @@
 #pragma once
 
-// "-" in place of a file's name: standard input or standard output.
+// "-" instead of a file name: standard input or standard output.
 
 #include <string>
 #include <string_view>
@@ -18,14 +18,14 @@ inline bool IsStandardStream(const std::string& file) {
   return file == kStandardStream;
 }
 
-// The name for messages; `stream`, such as "standard input", for "-".
+// The file name for messages; for "-" it is `stream`, such as "standard input".
 std::string ShownName(const std::string& file, const std::string& stream);
 
-// All of a file, or of standard input. Throws Failure kFile, and kStopped when the user stops while
-// standard input has not ended.
+// Reads the whole file, or standard input. Throws Failure kFile, and kStopped if the user stops
+// before standard input ends.
 std::string ReadTextOrInput(const std::string& file, Host& host);
 
-// A result on standard output leaves no room there for the JSON. Throws WrongUse.
+// Rejects --json if the result is already written to standard output. Throws WrongUse.
 void CheckStandardOutput(const std::string& file, const GivenOptions& given);
 
 }  // namespace borvanusb

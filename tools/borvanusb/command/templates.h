@@ -6,7 +6,7 @@
 
 namespace borvanusb {
 
-// The fixed parts of long texts: the files of command/templates, each with places that are called
+// The fixed parts of long texts, from the files in command/templates. Placeholders are written as
 // @NAME@ in capitals.
 extern const std::string_view kBashCompletionTemplate;
 extern const std::string_view kCommandHelpTemplate;
@@ -23,9 +23,9 @@ struct TemplateText {
   std::string text;
 };
 
-// The template with each place filled with its text. A place that is alone in its line becomes as
-// many lines as its text has, none for an empty one. Throws std::logic_error for a place that has
-// no text.
+// Replaces each placeholder by its text. A placeholder that is alone in its line is replaced by all
+// lines of the text; the line disappears if the text is empty. Throws std::logic_error for a
+// placeholder without a text.
 std::string Filled(std::string_view form, std::initializer_list<TemplateText> texts);
 
 }  // namespace borvanusb

@@ -6,7 +6,7 @@
 
 namespace borvanusb {
 
-// Commands that print a text which the tool has in itself.
+// Commands that print a text which is built into the tool.
 template <typename C>
 void RefuseAllOfCameras(RuleOf<C>& rule) {
   constexpr std::string_view kNoCamera = "which uses no camera";

@@ -24,12 +24,13 @@ namespace borvanusb {
 namespace {
 
 std::string JsonText(const nlohmann::ordered_json& json) {
-  // Names of files and cameras may hold anything; the rest of the object must not be lost for it.
+  // Names of files and cameras may contain invalid characters. They must not make the whole object
+  // unreadable.
   return Format("{}\n",
                 PrintableJson(json.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace)));
 }
 
-// A command line that can't be read may still say how its failure is wanted.
+// An invalid command line may still contain --json.
 bool AsksForJson(const std::vector<std::string>& words) {
   const auto end = std::find(words.begin(), words.end(), "--");
   return std::find(words.begin(), end, "--json") != end;
@@ -40,7 +41,7 @@ Failure Unexpected(const std::string& what) {
           "Please report it with this command line and what borvanusb doctor prints."};
 }
 
-// The exception that is being handled.
+// Converts the current exception.
 Failure CurrentFailure() {
   try {
     throw;
@@ -56,7 +57,7 @@ Failure CurrentFailure() {
   }
 }
 
-// Each line of a text as lines of their own, moved in.
+// Indents each line of a text.
 std::string Indented(const std::string& text) {
   std::string lines;
   std::size_t begin = 0;
@@ -68,7 +69,7 @@ std::string Indented(const std::string& text) {
   return lines;
 }
 
-// A process's streams, and the log beside them once it is open.
+// The output streams of a process, copied to the log once it is open.
 class LoggedStreams {
  public:
   explicit LoggedStreams(const ToolStreams& plain) : plain_(plain), logged_(plain) {
@@ -96,7 +97,7 @@ class LoggedStreams {
       log_->Add(RunLog::Kind::kRun, Printable(CommandLineText(words)));
     }
   }
-  // Tells how it ended.
+  // Logs how the run ended.
   void Close(int code) {
     if (!log_) {
       return;
@@ -114,7 +115,7 @@ class LoggedStreams {
       log_->Add(kind, text);
     }
   }
-  // Does what is not for the log.
+  // Runs `work` without logging its output.
   void Unlogged(const std::function<void()>& work) {
     paused_ = true;
     work();
@@ -149,7 +150,7 @@ int Report(const std::string& command, const Failure& failure, bool json, Result
   return code;
 }
 
-// The defaults of options. With --wait the camera that has them may come later.
+// The defaults of options. With --wait, the camera that they depend on may be connected later.
 OptionDefaults DefaultsFor(const CommonArguments& common, Host& host, const ToolStreams& streams) {
   constexpr std::chrono::milliseconds kInterval{250};
   host.Configure(common);
@@ -180,7 +181,7 @@ void TellDefaults(const Arguments& arguments, Output& output) {
   }
 }
 
-// While a command runs, its camera must be one that the given profile is for.
+// Checks, while a command runs, that its camera matches the given profile.
 class CheckedCamera {
  public:
   CheckedCamera(const Arguments& arguments, Host& host) : host_(host) {
@@ -221,7 +222,7 @@ int RunArguments(const Arguments& arguments, Host& host, ResultStream& results,
   const CommonArguments& common = arguments.common;
   const ToolStreams& streams = logged.Logged();
   const auto progress = ProgressOf(common, host, logged);
-  // A bar must not stand in a line of text.
+  // Text must not be written into the line of a progress bar.
   const auto output_around_bar = [&](std::string_view text) {
     if (streams.output_is_terminal) {
       progress->Hide();
@@ -291,9 +292,9 @@ int RunWords(const std::vector<std::string>& words, Host& host, ResultStream& re
   }
 }
 
-// The exit code of a command whose output is lost: never that of a success.
+// Returns the exit code for lost output, which is never that of a success.
 int ReportLoss(const WriteProblem& problem, int code, const ToolStreams& streams) {
-  // A reader that is gone has what it wanted, as in a pipe to `head`.
+  // If the reader closed the pipe, as `head` does, it has what it needs.
   if (!problem.reader_is_gone) {
     streams.error(
         Format("borvanusb: standard output can't be written: {}; the output is incomplete\n"
@@ -323,7 +324,7 @@ int RunTool(const std::vector<std::string>& words, Host& host, const ToolStreams
 
 void ReportFailure(const std::vector<std::string>& words, const Failure& failure,
                    const std::vector<std::string>& last_words, const ToolStreams& streams) {
-  // The command's bar may stand in the line; nobody can ask it any more.
+  // Ends the line of a progress bar that the command may have left.
   if (streams.error_is_terminal) {
     streams.error("\n");
   }

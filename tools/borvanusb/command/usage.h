@@ -6,8 +6,9 @@
 
 namespace borvanusb {
 
-// What stands behind a command's words in its usage line: what it needs, what it may have in
-// brackets, and `options` if it has options beside these. `shown` gives an option's name and value.
+// The part of a usage line after the command's words: required arguments, optional ones in
+// brackets, and `options` if the command has further options. `shown` formats an option's name and
+// value.
 template <typename Shown>
 std::string UsageArguments(const CommandDescription& command, Shown shown,
                            const std::string& options) {

@@ -12,11 +12,11 @@ namespace borvanusb {
 
 namespace {
 
-// Words that people write are shorter; a file that is no script may be one single word.
+// Longer than real arguments. A file that is not a script may be a single long word.
 constexpr std::size_t kLongestQuote = 256;
 constexpr std::uint64_t kLargestFlash = std::uint64_t{1} << 32U;
 
-// Small numbers read better in decimal.
+// Formats a number: small ones are easier to read in decimal.
 std::string Shown(std::uint64_t number) {
   constexpr std::uint64_t kLargestDecimal = 1000000;
   return number <= kLargestDecimal ? std::to_string(number) : Hex(number);
@@ -113,7 +113,7 @@ double DecimalValue(const std::string& text, double lowest, double highest) {
   double number = 0;
   const char* const end = text.data() + text.size();
   const auto result = std::from_chars(text.data(), end, number, std::chars_format::fixed);
-  // Written so that what is no number at all, which from_chars takes too, is refused.
+  // This form also rejects NaN, which from_chars accepts.
   const bool good =
       result.ec == std::errc() && result.ptr == end && number >= lowest && number <= highest;
   if (!good) {
@@ -184,7 +184,7 @@ std::string Quoted(std::string_view text) {
   std::size_t length = text.size();
   if (length > kLongestQuote) {
     length = kLongestQuote;
-    // Not in the middle of a UTF-8 character.
+    // Does not split a UTF-8 character.
     while (length > 0 && (static_cast<unsigned char>(text[length]) & 0xC0U) == 0x80U) {
       --length;
     }

@@ -36,7 +36,7 @@ const OptionDescription* FindOption(const ToolDescription& tool, const std::stri
   return option;
 }
 
-// An option that there isn't is told as such, by what comes later.
+// An unknown option is reported later, with a better message.
 void RefuseEmptyAfterSign(const ToolDescription& tool, const std::vector<std::string>& words) {
   for (const std::string& word : words) {
     if (word == "--") {
@@ -60,7 +60,7 @@ const CommandDescription* FindCommand(const ToolDescription& tool,
   return command != tool.commands.end() ? &*command : nullptr;
 }
 
-// Whether some command begins with these words.
+// Whether a command begins with these words.
 bool BeginsCommand(const ToolDescription& tool, const std::vector<std::string>& words) {
   return std::any_of(tool.commands.begin(), tool.commands.end(),
                      [&](const CommandDescription& command) {
@@ -69,7 +69,7 @@ bool BeginsCommand(const ToolDescription& tool, const std::vector<std::string>& 
                      });
 }
 
-// A number below 0 is an argument, and refused as such.
+// A negative number is treated as an argument, and rejected as such.
 bool LooksLikeOption(const std::string& word) {
   constexpr std::string_view kDigits = "0123456789";
   return word.size() > 1 && word.front() == '-' && kDigits.find(word[1]) == std::string_view::npos;
@@ -101,7 +101,7 @@ class Sorter {
  private:
   using Values = std::vector<std::string>;
 
-  // Where the values of an option go; null when neither the command nor the tool has it.
+  // The place for an option's values. Null if neither the command nor the tool has the option.
   Values* PlaceOf(const OptionDescription* option) {
     if (sorted_.described != nullptr) {
       const auto& own = sorted_.described->options;
@@ -143,8 +143,8 @@ class Sorter {
     PlaceOf(option)->push_back(std::move(value));
   }
 
-  // Where arguments that must be given come short, those before them that may be left out are:
-  // "[RANGE] FILE" with one word is the file.
+  // If required arguments are missing, takes the words of preceding optional ones: for "[RANGE]
+  // FILE", a single word is the file.
   void LeaveOptionalOut() {
     if (sorted_.described == nullptr) {
       return;

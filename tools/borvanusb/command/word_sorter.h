@@ -7,18 +7,18 @@
 
 namespace borvanusb {
 
-// A command line's words, sorted by what takes them; nothing is read into values yet.
+// The words of a command line, sorted by their meaning, but not yet parsed.
 struct SortedWords {
-  std::vector<std::string> command;               // words of it, as far as they are given
+  std::vector<std::string> command;               // words of the command, as far as given
   const CommandDescription* described = nullptr;  // null until the command is complete
-  // The values of each option, in the order of the description; a flag has some text for each time
+  // The values of each option, in the order of the description. A flag has one text for each time
   // it is given.
   std::vector<std::vector<std::string>> common;
   std::vector<std::vector<std::string>> own;
-  std::vector<std::string> strange;  // words that nothing takes
+  std::vector<std::string> strange;  // words without a meaning
 };
 
-// Throws Failure kUsage for an option whose value is missing and for a flag with one. `tool` must
+// Throws Failure kUsage for an option without its value and for a flag with a value. `tool` must
 // outlive the result.
 SortedWords SortWords(const ToolDescription& tool, const std::vector<std::string>& words);
 

@@ -27,7 +27,7 @@ constexpr std::array<std::pair<DumpForm, std::string_view>, 4> kNames = {{
     {DumpForm::kSRecord, "srec"},
 }};
 
-// The S-record form that a name asks for.
+// The S-record form that belongs to a file name's extension.
 std::optional<SRecordForm> SRecordFormOf(const std::string& file) {
   constexpr std::array<std::pair<std::string_view, SRecordForm>, 6> kEndings = {{
       {"*.s19", SRecordForm::kS19},

@@ -9,18 +9,18 @@ namespace borvanusb {
 // The files that `flash read` writes.
 enum class DumpForm { kRaw, kText, kIntelHex, kSRecord };
 
-// "raw", "text", "hex", "srec", as --format takes them and the JSON tells them.
+// "raw", "text", "hex" and "srec", the values of --format and in the JSON.
 std::string NameOf(DumpForm form);
 
-// The form for a file: what --format says, unless it is empty, else the end of the name, else raw.
-// Throws Failure kUsage for a form that is not written.
+// The form for a file: the value of `format` unless empty, else the one that belongs to the file
+// name's extension, else raw. Throws Failure kUsage for a form that can't be written.
 DumpForm DumpFormFor(const std::string& file, const std::string& format);
 
-// Refuses addresses up to `last` that the file's records can't hold: those of .s19 have 16 bits,
-// those of .s28 have 24. Throws Failure kUsage.
+// Throws Failure kUsage if the file's records can't hold addresses up to `last`: those of .s19 have
+// 16 bits, those of .s28 have 24.
 void CheckDumpAddresses(const std::string& file, DumpForm form, std::uint32_t last);
 
-// Writes the bytes, which begin at `address`. Throws Failure kFile.
+// Writes a file with these bytes, the first at `address`. Throws Failure kFile.
 void WriteDump(const std::string& file, DumpForm form, std::uint32_t address,
                std::span<const std::uint8_t> bytes);
 

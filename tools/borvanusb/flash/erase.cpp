@@ -47,7 +47,7 @@ void RefuseHalfSectors(const Range& range) {
   }
 }
 
-// Erases one range of whole sectors. Lives for one run.
+// Erases one range of whole sectors. Use one object per run.
 class Eraser {
  public:
   Eraser(const FlashEraseCommand& command, Context& context)
@@ -67,7 +67,7 @@ class Eraser {
   ExitCode Run();
 
  private:
-  // What the backup holds.
+  // The content of the backup.
   std::span<const std::uint8_t> BackedUp() const {
     return PartOf(std::span<const std::uint8_t>(recovery_.before), range_.first,
                   PlacesOf(*backup_).front());
@@ -95,8 +95,8 @@ class Eraser {
   std::optional<WorkJournal> journal_;
   std::optional<BackupRecord> backup_;
   Recovery recovery_;
-  Ranges changes_;  // sectors that are not blank
-  Ranges wrong_;    // bytes that are not, in the end
+  Ranges changes_;  // sectors that are not blank before the erase
+  Ranges wrong_;    // bytes that are not blank after the erase
 };
 
 ExitCode Eraser::Run() {

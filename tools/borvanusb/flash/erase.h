@@ -16,10 +16,10 @@ struct FlashEraseCommand {
   Range range;
   bool yes = false;
   bool backup = true;
-  std::string backup_file = {};  // likewise
+  std::string backup_file = {};  // as in flash program
   std::optional<std::uint64_t> flash_size = std::nullopt;
-  std::string region = {};  // in place of a range
-  bool force = false;       // a read-only region, too
+  std::string region = {};  // instead of a range
+  bool force = false;       // also erase a read-only region
 };
 
 ExitCode Run(const FlashEraseCommand& command, Context& context);

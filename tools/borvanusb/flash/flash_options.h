@@ -13,26 +13,26 @@
 
 namespace borvanusb {
 
-constexpr const char* kWholeFlash = "all";  // in place of a range
+constexpr const char* kWholeFlash = "all";  // instead of a range
 constexpr const char* kFlashSizeText = "size of the flash, such as 1M, if the tool can't find it";
 
-// The range of a command that also takes all.
+// The range of a command that also accepts kWholeFlash.
 Range RangeBesideAll(const std::string& text);
 
-// What the user should know of a range; mostly empty.
+// A remark about a range for the user. Usually empty.
 std::string RangeRemark(const std::string& text);
 
-// Without --address an image whose name tells another one than 0 is in doubt: backups carry theirs.
-// Throws WrongUse.
+// If a file name contains an address other than 0, --address is required: the names of backups
+// contain their address. Throws WrongUse.
 void AskForAddress(const ImageWish& image, ImageForm form, const GivenOptions& given);
 
-// What can't be right in the places of several images, or of one. Throws WrongUse.
+// Throws WrongUse if the positions of images can't be correct.
 void CheckPlaces(const std::vector<ImageWish>& images, ImageForm form, const GivenOptions& given);
 
-// The form that --format names.
+// Parses a value of --format.
 ImageForm ImageFormValue(const std::string& text);
 
-// The name of a region.
+// Parses the name of a region.
 std::string RegionValue(const std::string& text);
 
 template <typename C>
@@ -47,7 +47,7 @@ void AddRegion(RuleOf<C>& rule, std::string_view text) {
            [](C& command, const std::string& name) { command.region = RegionValue(name); });
 }
 
-// A command on a range, or on a region of that name. Throws WrongUse.
+// Checks a command that takes a range or the name of a region. Throws WrongUse.
 void CheckRangeOrRegion(const GivenOptions& given);
 
 template <typename C>
@@ -66,14 +66,15 @@ void CheckBackup(const C& command, const GivenOptions& given) {
   }
 }
 
-// An image goes to one place: that after an @, --address or --region. Throws WrongValue.
+// An image has one position: after an @, with --address or with --region. Throws WrongValue for a
+// second one.
 inline void RefuseSecondPlace(bool has_place) {
   if (has_place) {
     throw WrongValue("contradicts another place that is given; give one of the two");
   }
 }
 
-// After AddImage, since the word for an image may have its place, too.
+// Must be added after AddImage, because the word of an image may contain its position, too.
 template <typename C>
 void AddImageAddress(RuleOf<C>& rule) {
   rule.Add(Option("--address", "ADDR", "where address 0 of the image goes, default 0"),

@@ -45,7 +45,8 @@ std::string TextOf(ImageForm form) {
                        "its first byte with --address."));
 }
 
-// A name that tells another address than the file itself: one of the two is not meant.
+// Throws if the address in the file's name differs from the one in its content, because only one of
+// them can be intended.
 void RefuseDoubtfulAddress(const ImageFile& image) {
   const std::vector<std::uint32_t> named = AddressesInName(image.wish.file);
   const std::uint32_t first = image.segments.front().address;
@@ -123,7 +124,7 @@ std::string ImageWord(const ImageWish& wish) {
   if (wish.address) {
     return Format("{}@{}", wish.file, Hex(*wish.address));
   }
-  // A name with an @ of its own would be taken apart.
+  // The @0 is needed if the name itself would be parsed as a name and a position.
   return ImageWishValue(wish.file).HasPlace() ? Format("{}@0", wish.file) : wish.file;
 }
 

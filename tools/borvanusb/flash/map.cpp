@@ -30,9 +30,9 @@ constexpr int kAddressDigits = 8;
 constexpr char kUsedSign = '#';
 constexpr char kBlankSign = '.';
 constexpr char kNoRegionSign = '-';
-constexpr char kSharedSign = '+';  // of several regions
+constexpr char kSharedSign = '+';  // several regions
 
-// What is mapped, in whole sectors.
+// The range to show, in whole sectors.
 Range Mapped(const FlashMapCommand& command, const ToldSize& size, Camera& camera, Output& output) {
   if (!command.range_remark.empty()) {
     output.Note(command.range_remark);
@@ -44,10 +44,10 @@ Range Mapped(const FlashMapCommand& command, const ToldSize& size, Camera& camer
   return SectorsAround(range.first, range.Size()).Whole();
 }
 
-// The regions of a flash, each with a letter of its own.
+// The regions of a flash, with one letter for each.
 class RegionRow {
  public:
-  // Those that reach into `mapped`.
+  // Uses the regions that overlap `mapped`.
   RegionRow(const FlashLayout& layout, const Range& mapped) {
     for (const FlashRegion& region : layout.regions) {
       if (!Within({region.range}, mapped).empty()) {
@@ -56,7 +56,8 @@ class RegionRow {
     }
   }
 
-  // A letter for each sector: of its region, kNoRegionSign, or kSharedSign for several.
+  // One character for each sector: the letter of its region, kNoRegionSign, or kSharedSign if it
+  // has several regions.
   std::string SignsFor(const Range& sectors) const {
     std::string signs(sectors.Size() / kSectorSize, kNoRegionSign);
     for (std::size_t i = 0; i < regions_.size(); ++i) {

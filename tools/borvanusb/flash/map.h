@@ -13,9 +13,9 @@ struct CommandRule;
 struct Context;
 
 struct FlashMapCommand {
-  std::optional<Range> range;  // the whole flash if left out
+  std::optional<Range> range;  // default: the whole flash
   std::optional<std::uint64_t> flash_size;
-  std::string range_remark = {};  // what the user should know of the range; mostly empty
+  std::string range_remark = {};  // for the user; usually empty
 };
 
 ExitCode Run(const FlashMapCommand& command, Context& context);

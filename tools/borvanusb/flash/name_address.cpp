@@ -12,7 +12,7 @@ namespace {
 constexpr std::string_view kBackupMark = "-backup-";
 constexpr std::size_t kLongestAddress = 10;  // 0x and eight digits
 
-// ASCII only: in names of other letters a number stands alone, too.
+// Only ASCII counts. A number next to letters of other alphabets is separate.
 bool IsWordLetter(char character) {
   return (character >= '0' && character <= '9') || (character >= 'a' && character <= 'z') ||
          (character >= 'A' && character <= 'Z');

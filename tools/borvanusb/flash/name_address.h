@@ -6,9 +6,10 @@
 
 namespace borvanusb {
 
-// The addresses other than 0 that a file's name tells, without its folder: hexadecimal numbers with
-// 0x and up to eight digits that stand alone, as in "firmware-0x20800.bin". Of the names of our
-// backups, which begin with the image's, only the backup's own counts. Each address once.
+// The addresses other than 0 in a file name (without its folder): separate hexadecimal numbers with
+// 0x and up to eight digits, as in "firmware-0x20800.bin". The name of one of our backups begins
+// with that of the image; there only the backup's own address counts. Each address occurs once in
+// the result.
 std::vector<std::uint32_t> AddressesInName(const std::string& file);
 
 }  // namespace borvanusb

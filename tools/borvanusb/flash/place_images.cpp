@@ -13,7 +13,7 @@ namespace {
 
 constexpr std::uint64_t kAddressSpace = std::uint64_t{1} << 32U;
 
-// Raw bytes go to `address`; the addresses of another file count from there.
+// Moves raw bytes to `address`. For a file with addresses, `address` is added to them.
 void Move(std::uint32_t address, ImageFile& file) {
   if (!file.HasAddresses() && file.segments.front().End() + address > kAddressSpace) {
     throw Failure(
@@ -30,7 +30,7 @@ void Move(std::uint32_t address, ImageFile& file) {
   }
 }
 
-// Throws Failure where two files have bytes for one place.
+// Throws Failure if two files have bytes for the same address.
 void RefuseOverlaps(const std::vector<PlacedImage>& files) {
   for (std::size_t i = 0; i < files.size(); ++i) {
     for (std::size_t other = 0; other < i; ++other) {
@@ -66,7 +66,7 @@ class Placer {
   Placer(const FlashLayout& layout, bool force, Output& output)
       : layout_(layout), force_(force), output_(output) {}
 
-  // Where the file goes; its bytes are moved there.
+  // Determines the position of the file and moves its bytes there.
   PlacedImage Place(ImageFile& file) {
     PlacedImage placed{file.wish.file, file.form, file.wish.region, {}, 0, {}};
     const bool has_place = file.wish.HasPlace() || file.HasAddresses();
@@ -88,7 +88,7 @@ class Placer {
 
  private:
   void PutIntoRegion(const FlashRegion& region, ImageFile& file) const {
-    // Only a file without addresses of its own begins where the region does.
+    // A file with its own addresses is not moved to the start of the region.
     Move(file.HasAddresses() ? 0 : region.range.first, file);
     const Range place{file.segments.front().address, file.segments.back().Place().last};
     if (!IsIn({region.range}, place)) {

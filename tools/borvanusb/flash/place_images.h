@@ -11,25 +11,25 @@
 
 namespace borvanusb {
 
-// Where an image file's bytes go in the flash.
+// The position of an image file in the flash.
 struct PlacedImage {
   std::string file;
   ImageForm form = ImageForm::kRaw;
-  std::string region;  // that it was placed in by name; empty: none
+  std::string region;  // empty: not given by a region
   Ranges places;
-  std::uint64_t size = 0;  // of its bytes
-  std::string sha256;      // of its bytes, in the order of their addresses
+  std::uint64_t size = 0;  // of its bytes, without gaps
+  std::string sha256;      // of all bytes in address order
 };
 
-// Image files at their places, and all of them as one image.
+// Image files with their positions, and all of them combined to one image.
 struct Placement {
   std::vector<PlacedImage> files;
   Image image;
 };
 
-// Finds the place of each image, by its address, its region, the addresses in the file, or the
-// profile's region for images. Throws Failure kFile for an image that does not fit where it goes,
-// or that overlaps another; `force` takes a file that a region does not expect.
+// Determines the position of each image by its address, its region, the addresses in the file, or
+// the image region of the profile. Throws Failure kFile if an image does not fit or overlaps
+// another one. `force` accepts a file that the region does not expect.
 Placement PlaceImages(std::vector<ImageFile> files, const FlashLayout& layout, bool force,
                       Output& output);
 

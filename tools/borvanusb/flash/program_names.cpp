@@ -10,7 +10,7 @@ namespace borvanusb {
 
 std::vector<std::string> ProgramWords(const FlashProgramCommand& command) {
   std::vector<std::string> words = {"flash", "program"};
-  // The line may be repeated in another folder.
+  // Full names, because the line may be repeated in another folder.
   const auto full = [](ImageWish wish) {
     wish.file = AbsoluteName(wish.file);
     return wish;
@@ -88,7 +88,7 @@ std::string GoBackText(const BackupRecord& backup, std::span<const std::uint8_t>
     words.insert(words.end(), {"--format", std::string(NameOf(ImageForm::kIntelHex))});
   } else {
     words.insert(words.end(), {"--address", Hex(backup.address)});
-    // What the flash held may look like a file of another format.
+    // A backup is raw bytes, but they may look like another format.
     if (FormOf(backup.file, bytes, ImageForm::kAuto) != ImageForm::kRaw) {
       words.insert(words.end(), {"--format", std::string(NameOf(ImageForm::kRaw))});
     }

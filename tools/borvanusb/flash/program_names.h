@@ -13,18 +13,17 @@
 
 namespace borvanusb {
 
-// The words of a `flash program` command line that does what `command` says, without --all and
-// --camera.
+// The words of a `flash program` command line for `command`, without --all and --camera.
 std::vector<std::string> ProgramWords(const FlashProgramCommand& command);
 
-// Reads the images of a command, and refuses what can't be right for any camera. Throws Failure.
+// Reads the images of a command and rejects what is wrong for every camera. Throws Failure.
 std::vector<ImageFile> LoadForProgramming(const FlashProgramCommand& command, Output& output);
 
-// The command with the place that an image without one has got.
+// The command with the determined position of an image that had none.
 FlashProgramCommand Placed(FlashProgramCommand command, const std::vector<PlacedImage>& images);
 
-// The command line that writes a backup back. `bytes` are those of a backup without gaps; `force`
-// because they are blank, or belong to a read-only region.
+// The command line that restores a backup. `bytes` is the content of a backup without gaps. `force`
+// is required if it is blank or belongs to a read-only region.
 std::string GoBackText(const BackupRecord& backup, std::span<const std::uint8_t> bytes,
                        const CameraIdentity& camera, bool force);
 

@@ -39,7 +39,7 @@ std::string Summary(const Json& result) {
 }  // namespace
 
 ExitCode ProgramSeveral(const FlashProgramCommand& command, Context& context) {
-  // What can't be right for any camera is told once.
+  // Reports an error that concerns all cameras only once.
   LoadForProgramming(command, context.output);
   return RunForSeveral(
       {[&](const CameraIdentity& camera) { return ChildWords(command, camera); }, Summary},

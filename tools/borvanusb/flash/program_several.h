@@ -6,8 +6,8 @@
 
 namespace borvanusb {
 
-// Programs one image into several cameras side by side, each by a process of its own. Returns the
-// highest of their exit codes. Prints one JSON line per camera; context.result stays empty.
+// Programs one image into several cameras in parallel, with one process for each. Returns the
+// highest exit code. Prints one JSON line per camera; context.result stays empty.
 ExitCode ProgramSeveral(const FlashProgramCommand& command, Context& context);
 
 }  // namespace borvanusb

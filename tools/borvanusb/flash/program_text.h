@@ -6,10 +6,10 @@
 
 namespace borvanusb {
 
-// What `flash program` would do, for --dry-run.
+// Prints what `flash program` would do, for --dry-run.
 void ShowPlan(const ProgramOutcome& outcome, Output& output);
 
-// What it did.
+// Prints what `flash program` did.
 void ShowResult(const Image& image, const ProgramOutcome& outcome, Output& output);
 
 }  // namespace borvanusb

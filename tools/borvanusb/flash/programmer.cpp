@@ -34,14 +34,15 @@ bool IsBlank(std::span<const std::uint8_t> bytes) {
          (bytes.front() == 0 || bytes.front() == 0xFF);
 }
 
-// Whether a camera that failed so may still answer.
+// Whether the camera may still answer after this failure.
 bool MayAnswer(ExitCode code) {
   return code == ExitCode::kDevice || code == ExitCode::kVerify;
 }
 
 }  // namespace
 
-// The chosen camera, reserved and open. Tells the state when the process has to end in the middle.
+// The chosen camera, reserved and open. If the process is killed during the work, it prints the
+// state of the flash.
 class FlashProgrammer::Site {
  public:
   Site(Context& context, const CameraIdentity& identity, const std::shared_ptr<WorkState>& state)
@@ -102,7 +103,7 @@ ExitCode FlashProgrammer::Run() {
   try {
     WriteReport();
   } catch (const Failure& failure) {
-    // What was done with the camera is done, and told above.
+    // The report failed, but programming itself succeeded and has been reported above.
     context_.output.Error(Format("borvanusb: flash program: the report: {}", failure.Message()));
     return failure.Code();
   }
@@ -136,7 +137,7 @@ void FlashProgrammer::LoadWanted() {
   }
 }
 
-// What can't be done in this camera's flash is refused before it is opened.
+// Rejects a wrong position before the camera is opened.
 void FlashProgrammer::PlaceWanted(const CameraIdentity& camera) {
   const auto profile = ProfileFor(camera, context_);
   const FlashLayout layout = profile != nullptr ? profile->flash : FlashLayout();
@@ -232,7 +233,7 @@ void FlashProgrammer::Fail(const Failure& failure) {
     outcome_.verified = false;
   }
   if (command_.restore_on_failure && site_ && !state_->IsUntouched()) {
-    // A call that hangs may go on writing: nothing is written beside it.
+    // After a timeout, the hanging call may still write, so nothing else is written.
     message += failure.Code() == ExitCode::kTimeout
                    ? "; the old bytes are not written back, since the camera may still be at work"
                    : RestoreOldBytes(seen_, security_, site_->Steps());

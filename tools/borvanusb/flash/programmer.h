@@ -15,8 +15,8 @@
 
 namespace borvanusb {
 
-// Programs one image into one camera: the steps of flash/engine/program_steps.h, told in words.
-// Lives for one run.
+// Programs one image into one camera: runs the steps of flash/engine/program_steps.h and reports
+// them. Use one object per run.
 class FlashProgrammer {
  public:
   FlashProgrammer(const FlashProgramCommand& command, Context& context);
@@ -24,7 +24,7 @@ class FlashProgrammer {
   FlashProgrammer(const FlashProgrammer&) = delete;
   FlashProgrammer& operator=(const FlashProgrammer&) = delete;
 
-  // Throws Failure; its message tells the state of the flash, its hint how to go on or back.
+  // Throws Failure. Its message has the state of the flash, its hint how to continue or restore.
   ExitCode Run();
 
  private:
@@ -43,13 +43,13 @@ class FlashProgrammer {
   Context& context_;
   const std::shared_ptr<WorkState> state_ = std::make_shared<WorkState>();
   ProgramOutcome outcome_;
-  std::vector<ImageFile> files_;  // until they have places
+  std::vector<ImageFile> files_;  // until their positions are known
   Image image_;
   std::unique_ptr<Site> site_;  // null until the camera is open
   FlashExamination seen_;
   Security security_;
   ToldSize told_size_;
-  bool touches_read_only_ = false;  // which --force allows
+  bool touches_read_only_ = false;  // allowed with --force
 };
 
 }  // namespace borvanusb

@@ -112,7 +112,7 @@ ExitCode Run(const FlashReadCommand& command, Context& context) {
 
 namespace {
 
-// The first argument: the file where --region stands for the range.
+// Stores the first argument. With --region it is the file.
 void StoreRange(FlashReadCommand& command, const std::string& text) {
   command.whole = text == kWholeFlash;
   const bool range = command.whole || ParseRange(text);
@@ -131,7 +131,7 @@ void StoreRange(FlashReadCommand& command, const std::string& text) {
 
 CommandRule FlashReadRule() {
   RuleOf<FlashReadCommand> rule({"flash", "read"}, "Reads flash into a file.");
-  // First, so that what comes next knows whether there is a RANGE before FILE.
+  // Must be added first, so that the parser knows whether RANGE comes before FILE.
   AddRegion(rule, "read this region of the camera's profile, in place of RANGE");
   rule.Add(Optional(Argument("RANGE", "0x1000+4K, or 0x1000-0x1fff (both included), or all")),
            StoreRange);

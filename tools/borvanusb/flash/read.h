@@ -14,13 +14,13 @@ struct Context;
 
 struct FlashReadCommand {
   Range range;
-  std::string file;  // empty: a hex dump on standard output; "-": the bytes there
+  std::string file;  // empty: hex dump on standard output; "-": bytes on standard output
   std::optional<std::uint64_t> flash_size = std::nullopt;
-  bool whole = false;             // all of the flash; `range` is not used then
-  std::string range_remark = {};  // what the user should know of the range; mostly empty
-  bool all_cameras = false;       // every camera there is
-  std::string region = {};        // in place of a range
-  std::string format = {};        // of the file: "raw", "hex", "srec", "text"; empty: by its name
+  bool whole = false;             // read all; `range` is unused
+  std::string range_remark = {};  // for the user; usually empty
+  bool all_cameras = false;       // read all connected cameras
+  std::string region = {};        // instead of a range
+  std::string format = {};        // "raw", "hex", "srec", "text"; empty: by the name
 };
 
 ExitCode Run(const FlashReadCommand& command, Context& context);

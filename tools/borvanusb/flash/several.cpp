@@ -89,7 +89,7 @@ ExitCode ReadSeveral(const std::string& file, bool all, Context& context) {
                     Format("FILE: {} would be the name for two cameras; nothing was read", name),
                     "Put {index} into the name.");
     }
-    // Before a process could make a name of another camera from it.
+    // Replaces the placeholders here, so that the process can't take another camera's name.
     return WordsForOne(context.common.words, [&](const std::string& option, std::string& value) {
       value = option.empty() && value == file ? name : value;
     });

@@ -1,6 +1,6 @@
 #pragma once
 
-// flash read and flash verify for several cameras, and file names that tell the camera.
+// `flash read` and `flash verify` for several cameras, and file names that contain the camera.
 
 #include <string>
 
@@ -11,14 +11,14 @@
 
 namespace borvanusb {
 
-// The name with the camera in place of {index}, {vid}, {pid} and {camera}; the last is
-// VID-PID-CAMERA, as backups have it in their names.
+// Replaces {index}, {vid}, {pid} and {camera} in a name. {camera} becomes VID-PID-CAMERA, as in the
+// names of backups.
 std::string NameForCamera(const std::string& file, const CameraIdentity& camera);
 
-// Refuses a file name that several cameras would share. Throws WrongUse.
+// Throws WrongUse if several cameras would use the same file name.
 void CheckNameForSeveral(const std::string& file, bool all, const GivenOptions& given);
 
-// Runs the given command line for several cameras.
+// Run the current command line for several cameras.
 ExitCode ReadSeveral(const std::string& file, bool all, Context& context);
 ExitCode VerifySeveral(bool all, Context& context);
 

@@ -11,7 +11,7 @@ namespace {
 
 constexpr std::size_t kBytesPerLine = 8;
 constexpr int kAddressDigits = 8;
-constexpr std::size_t kPrefix = 2;  // the 0x that these lines don't have
+constexpr std::size_t kPrefix = 2;  // "0x", which these lines do not have
 
 }  // namespace
 

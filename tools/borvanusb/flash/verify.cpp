@@ -31,12 +31,12 @@ namespace {
 
 using Json = nlohmann::ordered_json;
 
-// What the flash holds in place of the image.
+// The content of the flash compared with the image.
 struct Comparison {
   const Image& image;
-  std::vector<std::vector<std::uint8_t>> found;  // for each segment
+  std::vector<std::vector<std::uint8_t>> found;  // by segment
 
-  // Calls `take` with address, expected and found byte of each that differs.
+  // Calls `take` with address, expected byte and found byte, for each byte that differs.
   template <typename Take>
   void ForEachDifference(const Take& take) const {
     for (std::size_t i = 0; i < found.size(); ++i) {
@@ -60,7 +60,7 @@ struct Comparison {
   }
 };
 
-// Differences go to their file one by one: there may be millions.
+// Writes differences one by one, because there may be millions.
 void WriteCsv(std::ostream& file, const Comparison& comparison) {
   file << "address,expected,found\r\n";
   comparison.ForEachDifference(

@@ -15,14 +15,14 @@ struct Context;
 
 struct FlashVerifyCommand {
   std::string image;
-  std::optional<std::uint32_t> address = std::nullopt;  // where its address 0 goes
-  std::string diff;                                     // JSON, or CSV for a name that ends in .csv
+  std::optional<std::uint32_t> address = std::nullopt;  // flash address of its address 0
+  std::string diff;  // file: CSV if its name ends in .csv, else JSON
   std::optional<std::uint64_t> flash_size = std::nullopt;
   bool force = false;
-  bool all = false;         // every camera there is
-  std::string region = {};  // where the image goes, in place of an address
+  bool all = false;         // all connected cameras
+  std::string region = {};  // of the image, instead of an address
   ImageForm form = ImageForm::kAuto;
-  std::vector<ImageWish> more = {};  // images besides the first
+  std::vector<ImageWish> more = {};  // further images
 };
 
 ExitCode Run(const FlashVerifyCommand& command, Context& context);

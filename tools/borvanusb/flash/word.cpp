@@ -35,7 +35,7 @@ constexpr int kWordDigits = 8;
 constexpr const char* kCommand = "flash word";
 constexpr std::uint32_t kLastWord = std::numeric_limits<std::uint32_t>::max() - (kWordSize - 1);
 
-// Through a bulk read, since a single access that fails looks like a word of 0.
+// Uses a bulk read, because a failed single access can't be distinguished from a word of 0.
 std::uint32_t ReadWord(Camera& camera, std::uint32_t address) {
   std::uint32_t word = 0;
   for (const std::uint8_t byte : camera.ReadFlash(address, kWordSize, {})) {
@@ -56,8 +56,8 @@ std::vector<std::uint8_t> BytesOf(std::uint32_t word) {
   return bytes;
 }
 
-// A sector that a change was cut off in is rewritten from its journal: a word in it would be lost
-// then. Throws Failure kFile.
+// Throws Failure kFile if an earlier change was interrupted in the word's sector: restoring the
+// sector from its journal would overwrite the word.
 void RefuseOpenSector(Camera& camera, const JournalStore& store, const Range& word,
                       std::span<const std::uint8_t> bytes, Context& context) {
   const auto journals = JournalsInReach(store, context.host, camera.Identity());
@@ -159,7 +159,7 @@ class WordWriter {
         .Begin();
   }
 
-  // This one, and those of earlier tries that were cut off.
+  // Also removes the journals of earlier interrupted runs of the same change.
   void EndJournals() {
     for (const JournalStore::Entry& entry : store_.Load()) {
       const Journal& journal = entry.journal;

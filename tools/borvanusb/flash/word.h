@@ -13,12 +13,12 @@ struct Context;
 
 struct FlashWordCommand {
   std::uint32_t address = 0;
-  std::optional<std::uint32_t> value;  // written; without one the word is read
+  std::optional<std::uint32_t> value;  // value to write; without it, the word is read
   bool yes = false;
   bool backup = true;
-  std::string backup_file = {};  // empty: in the current folder, named after camera, address, time
+  std::string backup_file = {};  // empty: in the current folder, named by camera, address and time
   std::optional<std::uint64_t> flash_size = std::nullopt;
-  bool force = false;  // in a read-only region, too
+  bool force = false;  // also in a read-only region
 };
 
 ExitCode Run(const FlashWordCommand& command, Context& context);

@@ -1,4 +1,4 @@
-// i2c diff
+// The command `i2c diff`.
 
 #include "i2c/diff.h"
 

@@ -11,9 +11,9 @@ namespace borvanusb {
 struct CommandRule;
 struct Context;
 
-// Compares two of: an I2C list, "camera", "camera:WHICH", "preset:NAME", "reset".
+// Compares two sides: an I2C list, "camera", "camera:WHICH", "preset:NAME" or "reset".
 struct I2cDiffCommand {
-  I2cOptions i2c;  // the device of a list that does not name its own
+  I2cOptions i2c;  // for a list that does not name its device
   std::string left;
   std::string right;
   std::string csv = {};
@@ -23,8 +23,8 @@ ExitCode Run(const I2cDiffCommand& command, Context& context);
 
 CommandRule I2cDiffRule();
 
-// What an I2C list leaves in the registers of its devices. Throws Failure kFile for a list that
-// can't be loaded, kUsage for one that names no device while `options` name none.
+// The values that an I2C list writes to its devices. Throws Failure kFile if the list can't be
+// loaded, and kUsage if neither the list nor `options` name a device.
 Snapshot RegistersOfI2cList(const std::string& file, const I2cOptions& options, Context& context);
 
 }  // namespace borvanusb

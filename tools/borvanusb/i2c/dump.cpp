@@ -18,7 +18,7 @@ namespace borvanusb {
 
 namespace {
 
-// As on the bus: the high byte first.
+// In bus order: high byte first.
 std::vector<std::uint8_t> RawBytes(std::span<const std::uint32_t> values, const WidthMode& mode) {
   std::vector<std::uint8_t> bytes;
   for (const std::uint32_t value : values) {

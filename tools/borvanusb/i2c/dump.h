@@ -15,7 +15,7 @@ struct I2cDumpCommand {
   I2cOptions i2c;
   Range range;
   std::string file;
-  bool hex = false;  // rows of bytes on standard output in place of a list
+  bool hex = false;  // hex dump on standard output instead of a list
 };
 
 ExitCode Run(const I2cDumpCommand& command, Context& context);

@@ -98,7 +98,8 @@ class Checker {
       return;
     }
     if (!mode_) {
-      // Said once; a bad width code has been told already, and bad lines may hide the opening.
+      // Reported only once. If there are invalid lines, they may hide the width code, so it is not
+      // reported.
       if (!width_told_ && whole_) {
         Problem(entry.line,
                 "there is no width code (0xfffe after 0xfff8) before this register: the list "
@@ -118,7 +119,7 @@ class Checker {
     }
   }
 
-  // A width code that lost its slave is the likelier of the two things that it can be.
+  // A width code whose slave is missing is more likely than a register with this address.
   void TakeLoneWidth(const ListEntry& entry) {
     if (checked_.registers == 1) {
       Problem(
@@ -138,7 +139,7 @@ class Checker {
   }
 
   CheckedI2cList checked_;
-  bool whole_ = false;  // no bad line hides an entry
+  bool whole_ = false;  // no entry is hidden by an invalid line
   bool by_entries_ = false;
   bool slave_seen_ = false;
   bool width_told_ = false;

@@ -12,10 +12,10 @@
 
 namespace borvanusb {
 
-// A width mode by name or number: 0 to 5. Throws WrongValue.
+// Parses a width mode: a name, or a number from 0 to 5. Throws WrongValue.
 std::int32_t WidthModeValue(const std::string& text);
 
-// The options that tell how to speak to a device on the I2C bus, for commands with a member `i2c`.
+// Options for accessing a device on the I2C bus, for commands with a member `i2c`.
 
 std::vector<std::string> WidthModeNames();
 
@@ -45,13 +45,13 @@ void AddOption(RuleOf<C>& rule) {
            });
 }
 
-// Throws WrongUse when an address is too big for the width mode.
+// Throws WrongUse if an address exceeds the width mode.
 void CheckI2cAddress(const std::string& name, std::uint32_t address, const I2cOptions& i2c);
 
-// The device that --slave, --mode and --option name. Throws Failure kUsage without --slave.
+// The device given by --slave, --mode and --option. Throws Failure kUsage without --slave.
 I2cTarget TargetOf(const I2cOptions& options);
 
-// {"slave", "mode", "option"}, the mode by its name.
+// {"slave", "mode", "option"}; the mode is given by name.
 nlohmann::ordered_json TargetJson(const I2cTarget& target);
 
 }  // namespace borvanusb

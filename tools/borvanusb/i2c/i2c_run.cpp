@@ -10,7 +10,7 @@ namespace borvanusb {
 
 namespace {
 
-// Sixteen blocks: a part of a second on a bus of 400 kHz.
+// Sixteen blocks take a fraction of a second on a bus of 400 kHz.
 constexpr std::uint64_t kPart = 16 * std::uint64_t{kRunBlock};
 
 }  // namespace

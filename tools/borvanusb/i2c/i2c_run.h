@@ -9,8 +9,8 @@
 
 namespace borvanusb {
 
-// Reads registers of a device on the I2C bus that lie in a row, with progress; between two parts
-// the user can stop it.
+// Reads adjacent registers of a device on the I2C bus in parts, and shows progress. The user can
+// stop it between two parts.
 std::vector<std::uint32_t> ReadI2cRow(Context& context, Camera& camera, const I2cTarget& target,
                                       const Range& range);
 

@@ -24,13 +24,12 @@ namespace borvanusb {
 
 namespace {
 
-// Above what the library's lists can carry.
+// Whether the width mode can't be expressed in a list.
 bool IsBeyondLists(const I2cOptions& options) {
   return !WidthModeOf(options.mode).list_code;
 }
 
-// Whether the list itself and the options name one device. Throws kUsage where they can't both
-// hold.
+// Checks that the list or the options name the device. Throws kUsage if they contradict each other.
 void CheckDevice(const I2cLoadCommand& command, const CheckedI2cList& checked, Context& context) {
   if (!checked.opens_itself && !command.i2c.slave) {
     throw Failure(
@@ -55,7 +54,7 @@ void CheckDevice(const I2cLoadCommand& command, const CheckedI2cList& checked, C
   }
 }
 
-// The command without what only a profile says of the device: a list may name another one itself.
+// Removes options that come only from a profile, because the list may name another device.
 I2cLoadCommand WithoutDefaults(I2cLoadCommand command, const Context& context) {
   for (const std::string& option : context.common.defaulted) {
     if (option == "--slave") {
@@ -67,7 +66,7 @@ I2cLoadCommand WithoutDefaults(I2cLoadCommand command, const Context& context) {
   return command;
 }
 
-// The slave that all of a list is for; nothing if there are several.
+// The slave of the whole list. Returns nothing if there are several.
 std::optional<std::uint32_t> OnlySlave(const CheckedI2cList& checked) {
   const bool one = std::ranges::all_of(checked.list.entries, [&](const ListEntry& entry) {
     return entry.address != kSlaveMarker || entry.value == checked.slave;
@@ -75,7 +74,7 @@ std::optional<std::uint32_t> OnlySlave(const CheckedI2cList& checked) {
   return one ? checked.slave : std::nullopt;
 }
 
-// Registers of 32 bits, which no list of the library can hold.
+// Writes registers of 32 bits, which the library's lists can't contain.
 void WriteEntries(const std::vector<ListEntry>& entries, const I2cTarget& target, Camera& camera,
                   Context& context) {
   context.progress.Begin("write", entries.size(), ProgressUnit::kEntries);

@@ -11,11 +11,11 @@ struct CommandRule;
 struct Context;
 
 struct I2cLoadCommand {
-  I2cOptions i2c;  // slave and mode open the list if it doesn't itself
+  I2cOptions i2c;  // used unless the list begins with its own slave and mode
   std::string file;
   bool check_only = false;
   bool verify = false;
-  bool all = false;  // every camera there is
+  bool all = false;  // all connected cameras
 };
 
 ExitCode Run(const I2cLoadCommand& command, Context& context);

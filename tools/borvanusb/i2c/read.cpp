@@ -1,4 +1,4 @@
-// i2c read
+// The command `i2c read`.
 
 #include <nlohmann/json.hpp>
 

@@ -27,14 +27,14 @@ constexpr std::uint32_t kHighestSlave = 0xFF;
 
 using Json = nlohmann::ordered_json;
 
-// What answered: value by slave and width mode.
+// The answers: values by slave and width mode.
 using Answers = std::map<std::uint32_t, std::map<std::int32_t, std::uint32_t>>;
 
 std::vector<std::int32_t> ModesOf(const I2cScanCommand& command) {
   return command.modes.empty() ? std::vector<std::int32_t>{command.i2c.mode} : command.modes;
 }
 
-// An empty bus looks like this to many chips.
+// With many chips, an empty bus gives these values.
 const char* Doubt(std::uint32_t value, std::int32_t mode) {
   if (value == 0) {
     return "zeros";
@@ -46,7 +46,7 @@ bool IsDoubtful(std::uint32_t value, std::int32_t mode) {
   return *Doubt(value, mode) != '\0';
 }
 
-// The modes in which a slave gave more than zeros or ones.
+// The modes in which the value is not only zeros or only ones.
 std::vector<std::int32_t> PlausibleModes(const std::map<std::int32_t, std::uint32_t>& answers) {
   std::vector<std::int32_t> modes;
   for (const auto& [mode, value] : answers) {
@@ -57,7 +57,7 @@ std::vector<std::int32_t> PlausibleModes(const std::map<std::int32_t, std::uint3
   return modes;
 }
 
-// Whether the camera itself is still there, when slaves stop to answer.
+// Throws if the camera itself no longer answers.
 void RequireCamera(Camera& camera) {
   try {
     camera.ReadRegister(kFeatureRegister, RegisterWidth::kByte);
@@ -69,7 +69,8 @@ void RequireCamera(Camera& camera) {
   }
 }
 
-// What a slave answers; nothing when it does not answer twice, as one transfer can go wrong.
+// The answer of a slave. A single failed transfer is repeated; returns nothing if the second one
+// fails, too.
 std::optional<std::uint32_t> AnswerOf(Camera& camera, const I2cTarget& target,
                                       std::uint32_t address, Context& context) {
   for (int i = 0; i < 2; ++i) {
@@ -98,7 +99,8 @@ Answers Scan(const I2cScanCommand& command, Camera& camera, Context& context) {
         answered = true;
       }
     }
-    // A camera that is gone fails as an empty bus does.
+    // If the camera was unplugged, reads fail as on an empty bus, so the camera is checked from
+    // time to time.
     if (!answered && (slave % kRow == kRow - 1 || slave == command.slaves.last)) {
       RequireCamera(camera);
     }

@@ -15,9 +15,9 @@ struct Context;
 struct I2cScanCommand {
   I2cOptions i2c;
   Range slaves{0, 255};
-  std::uint32_t address = 0;  // the register that is read from each
+  std::uint32_t address = 0;  // register to read from each device
   bool yes = false;
-  std::vector<std::int32_t> modes = {};  // to try each with; empty: that of i2c alone
+  std::vector<std::int32_t> modes = {};  // to try on each device; empty: only that of i2c
 };
 
 ExitCode Run(const I2cScanCommand& command, Context& context);

@@ -1,4 +1,4 @@
-// i2c write
+// The command `i2c write`.
 
 #include <nlohmann/json.hpp>
 

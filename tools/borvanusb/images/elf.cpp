@@ -16,11 +16,11 @@ constexpr std::size_t kOrderPlace = 5;
 constexpr std::size_t kVersionPlace = 6;
 constexpr std::size_t kIdentity = 16;
 constexpr std::uint32_t kLoad = 1;              // p_type
-constexpr std::uint64_t kManyHeaders = 0xFFFF;  // e_phnum where the number stands elsewhere
+constexpr std::uint64_t kManyHeaders = 0xFFFF;  // e_phnum if the number is stored elsewhere
 
-// Where the fields are that differ between 32 and 64 bits.
+// Offsets of the fields that differ between 32 and 64 bits.
 struct Layout {
-  std::size_t word;  // of addresses, offsets and sizes
+  std::size_t word;  // size of addresses, offsets and sizes
   std::size_t header_size;
   std::size_t entry;        // e_entry
   std::size_t table;        // e_phoff

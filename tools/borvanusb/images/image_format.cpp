@@ -13,7 +13,7 @@ namespace {
 
 using Bytes = std::vector<std::uint8_t>;
 
-constexpr std::size_t kLookedAt = 16384;  // for lines; eight of the longest records are shorter
+constexpr std::size_t kLookedAt = 16384;  // enough for eight records of maximum length
 constexpr int kLinesLookedAt = 8;
 constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
 
@@ -48,7 +48,7 @@ int DigitValue(char character) {
   return small >= 'a' && small <= 'f' ? small - 'a' + 10 : -1;
 }
 
-// The bytes of a text of hexadecimal digits in either case; none when it is anything else.
+// The bytes of a text of hexadecimal digits, upper or lower case. Empty for any other text.
 Bytes BytesOf(std::string_view digits) {
   Bytes bytes;
   for (std::size_t i = 0; i + 1 < digits.size(); i += 2) {
@@ -66,7 +66,7 @@ std::uint8_t Sum(const Bytes& bytes) {
   return static_cast<std::uint8_t>(std::accumulate(bytes.begin(), bytes.end(), 0U));
 }
 
-// ":LLAAAATT…CC": length, address, type, data, and what makes the sum of all 0.
+// ":LLAAAATT…CC": length, address, type, data, checksum. The sum of all bytes is 0.
 bool IsIntelHexRecord(std::string_view line) {
   constexpr std::size_t kBesideData = 5;
   if (!line.starts_with(':')) {
@@ -76,14 +76,14 @@ bool IsIntelHexRecord(std::string_view line) {
   if (bytes.size() < kBesideData || bytes.size() != kBesideData + bytes[0] || Sum(bytes) != 0) {
     return false;
   }
-  constexpr std::array<std::size_t, 6> kLengthOfType = {0, 0, 2, 4, 2, 4};  // of 0, any
+  constexpr std::array<std::size_t, 6> kLengthOfType = {0, 0, 2, 4, 2, 4};  // type 0: any length
   const std::uint8_t type = bytes[3];
   return type == 0 || (type < kLengthOfType.size() && bytes[0] == kLengthOfType.at(type));
 }
 
-// "STLL…CC": type, length of what follows, address, data, and what makes the sum of all 0xff.
+// "STLL…CC": type, length of the rest, address, data, checksum. The sum of all bytes is 0xff.
 bool IsSRecord(std::string_view line) {
-  // What each type has for an address, in bytes; there is no S4.
+  // Bytes of the address, by type. S4 does not exist.
   constexpr std::array<std::size_t, 10> kAddressOfType = {2, 2, 3, 4, 0, 2, 3, 4, 3, 2};
   if (line.size() < 2 || line[0] != 'S' || line[1] < '0' || line[1] > '9' || line[1] == '4') {
     return false;
@@ -94,7 +94,7 @@ bool IsSRecord(std::string_view line) {
          Sum(bytes) == 0xFF;
 }
 
-// "00001008h: 00 01 02 03 04 05 06 07;", as `flash read` writes it.
+// "00001008h: 00 01 02 03 04 05 06 07;", the format that `flash read` writes.
 bool IsDumpLine(std::string_view line) {
   constexpr std::string_view kForm = "########h: ## ## ## ## ## ## ## ##;";
   return std::ranges::equal(line, kForm, [](char character, char form) {
@@ -124,7 +124,7 @@ bool IsText(std::string_view line) {
 std::optional<ImageFormat> FormatOfText(std::span<const std::uint8_t> bytes) {
   const auto start = bytes.first(std::min(bytes.size(), kLookedAt));
   std::string text(start.begin(), start.end());
-  // A line truncated here could look like a different one.
+  // Drops an incomplete last line: it could look like another format.
   const bool whole = start.size() == bytes.size();
   text.resize(whole ? text.size() : text.find_last_of("\r\n") + 1);
   std::string_view rest = text;

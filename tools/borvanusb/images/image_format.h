@@ -6,12 +6,12 @@
 
 namespace borvanusb {
 
-// Forms of files that describe a flash's bytes in place of holding them.
+// File formats that describe the content of a flash, in contrast to raw bytes.
 enum class ImageFormat { kElf, kUf2, kIntelHex, kSRecord, kTextDump };
 
-// Which of them these bytes are, by their structure: the marks at their places, or text that begins
-// with lines of which one of the first eight is a whole record with the right checksum. Anything
-// else, raw firmware above all, is none.
+// Detects the format from the structure of the bytes: magic numbers at their offsets, or text in
+// which one of the first eight lines is a complete record with a valid checksum. Returns nothing
+// for anything else, above all raw firmware.
 std::optional<ImageFormat> RecogniseFormat(std::span<const std::uint8_t> bytes);
 
 }  // namespace borvanusb

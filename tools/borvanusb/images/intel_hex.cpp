@@ -13,9 +13,9 @@ namespace {
 
 constexpr std::size_t kBesideData = 5;  // length, address, type, checksum
 constexpr std::size_t kDataStart = 4;
-constexpr std::uint64_t kBank = 0x10000;  // what an address of 16 bits reaches
+constexpr std::uint64_t kBank = 0x10000;  // range of a 16-bit address
 constexpr unsigned kBankBits = 16;
-constexpr unsigned kParagraphBits = 4;  // a segment begins at a multiple of 16
+constexpr unsigned kParagraphBits = 4;  // a segment starts at a multiple of 16
 constexpr std::size_t kBytesPerRecord = 16;
 
 enum Type : std::uint8_t {
@@ -27,13 +27,13 @@ enum Type : std::uint8_t {
   kLinearStart = 5,
 };
 
-// How long the types' data is; that of kData may have any length.
+// Length of the data, by type. kData may have any length.
 constexpr std::array<std::size_t, 6> kLengths = {0, 0, 2, 4, 2, 4};
 
 struct HexRecord {
   std::uint8_t type = 0;
   std::uint32_t address = 0;
-  std::span<const std::uint8_t> data;  // of the bytes that it was read from
+  std::span<const std::uint8_t> data;  // view into the bytes it was parsed from
 };
 
 HexRecord RecordOf(const FilePlace& place, std::span<const std::uint8_t> bytes) {

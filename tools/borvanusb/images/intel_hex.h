@@ -8,14 +8,15 @@
 
 namespace borvanusb {
 
-// Intel HEX. Data after an extended segment address, or after none, counts on within 64 KiB, as
-// the format has it; after an extended linear address it counts on to 4 GiB and not around.
+// Intel HEX. The format defines how data addresses continue: after an extended segment address, or
+// without any, they wrap at 64 KiB. After an extended linear address they continue up to 4 GiB
+// without wrapping.
 
-// Throws ImageError for what breaks the format: a wrong checksum or length, an unknown type, bytes
-// at the same address, a missing end record or anything after it.
+// Throws ImageError if the file violates the format: wrong checksum or length, unknown type,
+// several bytes for the same address, no end record, or anything after the end record.
 ImageContent ReadIntelHex(std::span<const std::uint8_t> file);
 
-// Records of 16 bytes with extended linear addresses, lines that end with CR LF.
+// Writes records of 16 bytes with extended linear addresses. Lines end with CR LF.
 std::string IntelHexText(const Segments& segments);
 
 }  // namespace borvanusb

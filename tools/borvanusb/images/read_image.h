@@ -11,22 +11,22 @@
 
 namespace borvanusb {
 
-// The formats of image files that are read.
+// The formats of image files that can be read.
 enum class ImageForm { kAuto, kRaw, kIntelHex, kSRecord, kElf };
 
-// "raw", "hex", "srec", "elf", as --format takes them; "auto".
+// "raw", "hex", "srec" and "elf", the values of --format; "auto" for kAuto.
 std::string_view NameOf(ImageForm form);
 
-// The form that the end of a file's name stands for: ".hex", ".srec", ".elf" and the like, in
-// either case. Nothing for other names.
+// The format that belongs to a file name's extension, such as ".hex", ".srec" or ".elf", in upper
+// or lower case. Returns nothing for other names.
 std::optional<ImageForm> FormOfName(std::string_view file);
 
-// The form of a file that `wished` does not tell: that of the content, else that of the name, else
-// raw. Nothing for contents that are not read: UF2 and text dumps.
+// The format of a file: `wished` unless it is kAuto, else the format of the content, else the one
+// of the name, else raw. Returns nothing for contents that can't be read: UF2 and text dumps.
 std::optional<ImageForm> FormOf(std::string_view file, std::span<const std::uint8_t> bytes,
                                 ImageForm wished);
 
-// Reads a file of a form other than kAuto. Raw bytes get the address 0. Throws ImageError.
+// Reads a file in any format except kAuto. Raw bytes get the address 0. Throws ImageError.
 ImageContent ReadImage(std::span<const std::uint8_t> bytes, ImageForm form);
 
 }  // namespace borvanusb

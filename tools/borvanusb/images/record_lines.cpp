@@ -30,7 +30,6 @@ unsigned DigitValue(const FilePlace& place, char character) {
 
 void ForEachRecord(std::span<const std::uint8_t> file,
                    const std::function<void(const FilePlace& place, std::string_view text)>& take) {
-  // The bytes of a file are its characters.
   std::string_view rest(reinterpret_cast<const char*>(file.data()), file.size());
   if (rest.starts_with(kByteOrderMark)) {
     rest.remove_prefix(kByteOrderMark.size());

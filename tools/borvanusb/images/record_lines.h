@@ -11,23 +11,23 @@
 
 namespace borvanusb {
 
-// What the text formats share: lines of records of hexadecimal digits.
+// Helpers for both text formats, which consist of lines with hexadecimal records.
 
-// Calls `take` with each line that is not blank: its place and its text without blanks at
-// its end. Lines end with CR LF, LF or CR; a UTF-8 byte-order mark is passed over.
+// Calls `take` for each line that is not blank, with its place and its text without trailing
+// blanks. Lines end with CR LF, LF or CR. A UTF-8 byte-order mark is skipped.
 void ForEachRecord(std::span<const std::uint8_t> file,
                    const std::function<void(const FilePlace& place, std::string_view text)>& take);
 
-// The bytes of a record's digits, in either case. Throws ImageError that names `place`.
+// Converts hexadecimal digits, upper or lower case, to bytes. Throws ImageError that names `place`.
 std::vector<std::uint8_t> RecordBytes(const FilePlace& place, std::string_view digits);
 
-// What all bytes add up to, in 8 bits.
+// The sum of all bytes, modulo 256.
 std::uint8_t RecordSum(std::span<const std::uint8_t> bytes);
 
-// The bytes as two upper-case digits each.
+// Converts bytes to two upper-case digits each.
 std::string RecordDigits(std::span<const std::uint8_t> bytes);
 
-// Bytes as one number, the first one highest.
+// Combines bytes to one number, most significant byte first.
 std::uint32_t HighFirst(std::span<const std::uint8_t> bytes);
 
 }  // namespace borvanusb

@@ -14,30 +14,30 @@
 
 namespace borvanusb {
 
-// Bytes that follow one another in the address space.
+// A contiguous block of bytes.
 struct Segment {
   std::uint32_t address = 0;
-  std::vector<std::uint8_t> bytes;  // never empty; the last one lies below 4 GiB
+  std::vector<std::uint8_t> bytes;  // never empty; must end below 4 GiB
 
   std::uint64_t End() const { return std::uint64_t{address} + bytes.size(); }  // one past the last
   Range Place() const { return {address, static_cast<std::uint32_t>(End() - 1)}; }
   bool operator==(const Segment&) const = default;
 };
 
-// In rising order, without overlap, joined where they touch.
+// Sorted by address, without overlap. Adjacent segments are joined.
 using Segments = std::vector<Segment>;
 
-// What an image file says.
+// The content of an image file.
 struct ImageContent {
   Segments segments;
-  std::optional<std::uint32_t> start;  // where a program begins, if the file names it
+  std::optional<std::uint32_t> start;  // entry point of the program, if the file has one
 };
 
-// More pieces than any linker leaves; each would be read, kept and written by itself.
+// More than any linker produces. Each segment is read, stored and written separately.
 constexpr std::size_t kMostSegments = 4096;
 
-// Why a file can't be read as an image: the place in it and what is wrong there, as "line 3: the
-// checksum is 0x00, but the record adds up to 0x1e".
+// Why a file can't be read as an image. The text has the place in the file and the error: "line 3:
+// the checksum is 0x00, but the record adds up to 0x1e".
 class ImageError : public std::exception {
  public:
   explicit ImageError(std::string text) : text_(std::move(text)) {}
@@ -55,27 +55,27 @@ struct FilePlace {
   std::string Text() const;
 };
 
-// Collects bytes in any order into segments. Memory is taken for bytes alone, not for gaps.
+// Collects bytes in any order into segments. Gaps need no memory.
 class SegmentCollector {
  public:
-  // `place` is where the file has them. Throws ImageError for bytes at addresses that have some
-  // already, or beyond 4 GiB.
+  // `place` is the position in the file, for messages. Throws ImageError if an address already has
+  // a byte or is beyond 4 GiB.
   void Add(std::uint64_t address, std::span<const std::uint8_t> bytes, const FilePlace& place);
 
-  // Throws ImageError when there is no byte, and for more than kMostSegments pieces.
+  // Throws ImageError if there are no bytes or more than kMostSegments segments.
   Segments Take();
 
  private:
   std::map<std::uint32_t, std::vector<std::uint8_t>> runs_;
 };
 
-// Where the segments lie.
+// The address ranges of the segments.
 std::vector<Range> PlacesOf(const Segments& segments);
 
-// The bytes in all segments together.
+// The number of bytes in all segments.
 std::uint64_t TotalSize(const Segments& segments);
 
-// The same bytes `offset` higher. Throws ImageError when one would lie beyond 4 GiB.
+// Moves all segments up by `offset`. Throws ImageError if a byte would be beyond 4 GiB.
 Segments Shifted(Segments segments, std::uint32_t offset);
 
 }  // namespace borvanusb

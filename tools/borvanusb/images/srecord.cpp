@@ -13,14 +13,14 @@ namespace {
 
 constexpr std::uint8_t kWholeSum = 0xFF;
 constexpr std::size_t kBytesPerRecord = 16;
-constexpr std::uint64_t kHighestShortCount = 0xFFFF;   // of S5
-constexpr std::uint64_t kHighestLongCount = 0xFFFFFF;  // of S6
-// Bytes of address, or of a count, by type; there is no S4.
+constexpr std::uint64_t kHighestShortCount = 0xFFFF;   // of an S5 record
+constexpr std::uint64_t kHighestLongCount = 0xFFFFFF;  // of an S6 record
+// Bytes of the address or count, by type. S4 does not exist.
 constexpr std::array<std::size_t, 10> kAddressBytes = {2, 2, 3, 4, 0, 2, 3, 4, 3, 2};
 
 struct SRecord {
   int type = 0;
-  std::uint32_t address = 0;  // or the count
+  std::uint32_t address = 0;  // the count for S5 and S6
   std::span<const std::uint8_t> data;
 };
 
@@ -129,7 +129,7 @@ std::string RecordText(int type, std::uint32_t address, std::span<const std::uin
   return Format("S{}{}\r\n", type, RecordDigits(bytes));
 }
 
-// 1, 2 or 3.
+// The type of the data records: 1, 2 or 3.
 int DataType(SRecordForm form) {
   return static_cast<int>(form) + 1;
 }

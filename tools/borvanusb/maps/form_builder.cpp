@@ -10,7 +10,7 @@ namespace borvanusb {
 
 namespace {
 
-// No register has more; what is beyond is a wrong number.
+// Sanity limits. A larger number in a file is an error.
 constexpr std::uint64_t kMostBits = 4096;
 constexpr std::size_t kMostFields = 1024;
 
@@ -174,7 +174,7 @@ void FormBuilder::AddField(std::uint32_t id, const MapRegisterForm& of, MapRegis
 }
 
 void FormBuilder::AddEnumerations(std::uint32_t id, MapField& field) {
-  // Its own ones replace those of what it is derived from.
+  // An element's own enumerations replace those that it would inherit by derivedFrom.
   std::uint32_t holder = id;
   while (tree_[holder].first_child == SvdElement::kNone &&
          tree_[holder].base != SvdElement::kNone) {
@@ -215,7 +215,8 @@ const MapEnumeration& FormBuilder::EnumerationOf(std::uint32_t id) {
   return enumeration;
 }
 
-// Of the nearest element that has values of its own; null when there is none.
+// Returns the values of the nearest element in the derivation chain that has its own; null if there
+// is none.
 MapValueList* FormBuilder::ValuesOf(std::uint32_t id) {
   while ((tree_[id].present & TagBit(SvdTag::kEnumeratedValue)) == 0) {
     id = tree_[id].base;

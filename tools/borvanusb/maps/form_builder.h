@@ -17,7 +17,7 @@ constexpr std::uint64_t LowBits(std::uint64_t count) {
                             : (std::uint64_t{1} << count) - 1;
 }
 
-// Makes the forms of registers: each once for all registers that share it.
+// Builds the forms of registers. All registers with equal properties share one form.
 class FormBuilder {
  public:
   FormBuilder(const SvdTree& tree, const SvdValues& values, MapStorage& storage)
@@ -25,11 +25,11 @@ class FormBuilder {
     made_.reserve(tree.size());
   }
 
-  // The form of a register in a place that hands down these properties.
+  // Returns the form of a register that inherits these properties.
   const MapRegisterForm& FormOf(std::uint32_t id, const SvdProperties& inherited);
 
  private:
-  // What was made of an element last.
+  // The objects that were built last for an element.
   struct Made {
     SvdProperties inherited;
     const MapRegisterForm* form = nullptr;
@@ -49,12 +49,12 @@ class FormBuilder {
   void AddValue(const SvdNode& node, MapValueList& list) const;
   Place PlaceOf(std::uint32_t id) const;
 
-  // form_checks.cpp
+  // Defined in form_checks.cpp.
   void CheckValues(std::uint32_t id, const MapField& field, MapValueList& list) const;
   void CheckFields(std::uint32_t id, const MapRegisterForm& form) const;
   void CheckOverlaps(std::uint32_t id, const MapRegisterForm& form);
 
-  // It stays where it is.
+  // The reference stays valid: made_ has reserved memory for all elements.
   Made& MadeOf(std::uint32_t id) {
     if (places_[id] == 0) {
       made_.emplace_back();
@@ -66,7 +66,7 @@ class FormBuilder {
   const SvdTree& tree_;
   const SvdValues& values_;
   MapStorage& storage_;
-  std::vector<std::uint32_t> places_;  // places in made_ + 1, by element
+  std::vector<std::uint32_t> places_;  // index in made_ + 1, for each element; 0: none yet
   std::vector<Made> made_;
   std::vector<std::uint64_t> readable_;
   std::vector<std::uint64_t> writable_;

@@ -1,4 +1,5 @@
-// Doubts about registers: fields that meet, names that occur twice, values that do not fit.
+// Checks of single registers: overlapping fields, duplicate names, values that do not fit their
+// field.
 
 #include <algorithm>
 #include <string_view>
@@ -13,7 +14,7 @@ bool IsBeyond(const MapField& field, const MapRegisterForm& form) {
   return field.bit_offset + field.bit_width > form.bits;
 }
 
-// Both are read, or both are written.
+// Fields overlap only if both can be read or both can be written.
 bool Overlap(const MapField& left, const MapField& right) {
   const bool same_use = (CanRead(left.access) && CanRead(right.access)) ||
                         (CanWrite(left.access) && CanWrite(right.access));
@@ -21,7 +22,7 @@ bool Overlap(const MapField& left, const MapField& right) {
          right.bit_offset < left.bit_offset + left.bit_width;
 }
 
-// Whether one of these bits is set; then sets them.
+// Sets the bits. Returns whether one of them was set before.
 bool SetBits(std::vector<std::uint64_t>& bits, std::uint64_t first, std::uint64_t count) {
   bool taken = false;
   while (count > 0) {
@@ -37,7 +38,8 @@ bool SetBits(std::vector<std::uint64_t>& bits, std::uint64_t first, std::uint64_
   return taken;
 }
 
-// Of a form whose fields end within a word; without a look at how they are accessed.
+// A quick check that ignores the access of the fields. All fields must end within the first 64
+// bits.
 bool MayOverlap(const MapRegisterForm& form) {
   std::uint64_t taken = 0;
   for (const MapField& field : form.fields) {
@@ -52,7 +54,7 @@ bool MayOverlap(const MapRegisterForm& form) {
 
 }  // namespace
 
-// Holds values to the narrowest field that has them.
+// Checks the values against the narrowest field that uses them.
 void FormBuilder::CheckValues(std::uint32_t id, const MapField& field, MapValueList& list) const {
   if (field.bit_width >= list.checked_bits) {
     return;
@@ -72,7 +74,7 @@ void FormBuilder::CheckValues(std::uint32_t id, const MapField& field, MapValueL
 }
 
 void FormBuilder::CheckFields(std::uint32_t id, const MapRegisterForm& form) const {
-  // A bit for each name: only where two share one the names are compared.
+  // A small hash filter: names are compared only if two of them share a bit.
   std::uint64_t seen = 0;
   for (const MapField& field : form.fields) {
     const auto first = static_cast<unsigned char>(field.name.front());

@@ -15,15 +15,16 @@ namespace {
 
 constexpr std::uint32_t kDevice = 0;
 constexpr std::uint64_t kByteBits = 8;
-// The product of two such numbers always fits; there is no need of a slow division.
+// The product of two numbers up to this one fits into 64 bits, so no division is needed to check
+// it.
 constexpr std::uint64_t kHalf = 0xFFFFFFFF;
 
-// Where the registers of a peripheral or cluster go.
+// Where the registers of a peripheral or cluster are placed.
 struct Place {
   std::string_view prefix;  // "SENSOR."
   std::uint64_t address = 0;
   SvdProperties properties;
-  bool alternate = false;  // in a cluster that has the addresses of another one
+  bool alternate = false;  // in a cluster that shares the addresses of another one
 };
 
 class MapBuilder {
@@ -58,7 +59,7 @@ class MapBuilder {
   }
 
  private:
-  // How many registers there will be, unless some are inherited or left out.
+  // An estimate of the number of registers. Inherited and skipped registers are not considered.
   std::size_t ExpectedRegisters() const {
     std::vector<std::uint64_t> times(tree_.size(), 1);
     std::uint64_t registers = 0;
@@ -75,7 +76,7 @@ class MapBuilder {
     return std::min({registers, limits_.entries, std::uint64_t{storage_.text.size()}});
   }
 
-  // The address that an element of an array has; nothing when there is none.
+  // The address of element `i` of an array. Returns nothing if it exceeds 64 bits.
   std::optional<std::uint64_t> Address(std::uint32_t id, std::uint64_t start, const SvdArray& array,
                                        std::uint64_t i) {
     const bool fits = (i <= kHalf && array.increment <= kHalf) || i == 0 ||
@@ -94,7 +95,7 @@ class MapBuilder {
                          .second = tree_[id].name});
   }
 
-  // The base address or offset; nothing when the element has to be left out.
+  // The base address or offset. Returns nothing if the element must be skipped.
   std::optional<std::uint64_t> Start(std::uint32_t id, SvdTag tag) {
     if (tree_[id].name.empty()) {
       values_.DoubtMissing(id, SvdTag::kName);
@@ -141,7 +142,8 @@ class MapBuilder {
       Count(id, 1);
       peripheral.base = *address;
       peripheral.index = values_.Index(*array, i);
-      // The name with its dot, of which registers need both.
+      // The name with its dot. Registers use it as a prefix; the peripheral's name is the part
+      // before the dot.
       const std::string_view dotted = Dotted({}, id, *array, peripheral.index);
       peripheral.name = dotted.substr(0, dotted.size() - 1);
       peripheral.first_register = map_.registers.size();
@@ -180,7 +182,7 @@ class MapBuilder {
   }
 
   void AddChildren(std::uint32_t id, const Place& place) {
-    // What an element has without inheriting stands in a row.
+    // Without inheritance, the children form a simple list.
     if (tree_[id].base == SvdElement::kNone) {
       for (std::uint32_t child = tree_[id].first_child; child != SvdElement::kNone;
            child = tree_[child].next) {
@@ -282,7 +284,7 @@ class MapBuilder {
   FormBuilder forms_;
   std::uint64_t entries_ = 0;
   std::uint32_t depth_ = 0;
-  std::vector<std::uint32_t> open_;  // clusters that are being written out
+  std::vector<std::uint32_t> open_;  // clusters that are being expanded
 };
 
 }  // namespace

@@ -5,11 +5,11 @@
 
 namespace borvanusb {
 
-// Writes the elements of a file out as a map.
+// Expands the elements of a file into a map.
 void BuildMap(const SvdTree& tree, const MapLimits& limits, RegisterMap& map);
 
-// Doubts of a map that is complete: addresses and names that occur twice, registers outside the
-// address blocks of their peripheral.
+// Adds doubts about a complete map: duplicate addresses and names, registers outside the address
+// blocks of their peripheral.
 void CheckMap(RegisterMap& map);
 
 }  // namespace borvanusb

@@ -34,7 +34,8 @@ class MapChecks {
   }
 
  private:
-  // Registers by the places of their peripherals: those whose ranges of addresses meet.
+  // The address range of a peripheral's registers. Registers are sorted together only for
+  // peripherals whose ranges overlap.
   struct Extent {
     std::uint64_t first = 0;
     std::uint64_t last = 0;
@@ -84,7 +85,7 @@ class MapChecks {
       while (table_[place] != kFree && registers[table_[place]].name.substr(prefix) != name) {
         place = (place + 1) & (size - 1);
       }
-      // Registers of an alternate group have the names of those they stand for.
+      // A register of an alternate group may have the name of the register that it replaces.
       if (table_[place] == kFree) {
         table_[place] = i;
       } else if (registers[i].form->alternate_group ==

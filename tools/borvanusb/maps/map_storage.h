@@ -12,10 +12,10 @@
 
 namespace borvanusb {
 
-// Texts that the file does not have as they are: full names, indexes.
+// Memory for texts that do not occur in the file, such as full names and indexes.
 class TextArena {
  public:
-  // Room for so many characters, which stays where it is.
+  // Returns memory for `size` characters. It never moves.
   char* Take(std::size_t size);
   std::string_view Copy(std::string_view text);
 
@@ -25,21 +25,21 @@ class TextArena {
   std::size_t left_ = 0;
 };
 
-// The values of an enumeration; those that are derived from it share them.
+// The values of an enumeration. Derived enumerations share them.
 struct MapValueList {
   std::vector<MapEnumeratedValue> values;
-  std::uint32_t checked_bits = 0xFFFFFFFF;  // the narrowest field that they were held against
+  std::uint32_t checked_bits = 0xFFFFFFFF;  // the narrowest field that they were checked against
 };
 
-// What the values of a RegisterMap refer to.
+// Holds everything that a RegisterMap refers to.
 struct MapStorage {
-  std::string text;  // of the file
+  std::string text;  // the content of the file
   TextArena arena;
   std::deque<MapRegisterForm> forms;
   std::deque<MapEnumeration> enumerations;
   std::deque<MapValueList> value_lists;
   SvdDoubts doubts;
-  mutable std::vector<std::uint32_t> line_ends;  // made when a line is asked for
+  mutable std::vector<std::uint32_t> line_ends;  // filled when a line number is first needed
 };
 
 }  // namespace borvanusb

@@ -40,7 +40,7 @@ std::string ResetText(const MapRegisterForm& form) {
   return Hex(form.reset_value, digits);
 }
 
-// The bits whose reset value the map does not tell.
+// The bits whose reset value is known; empty if all of them or none are.
 std::string MaskText(const MapRegisterForm& form) {
   const std::uint64_t all =
       form.bits >= 64 ? ~std::uint64_t{0} : (std::uint64_t{1} << form.bits) - 1;
@@ -71,8 +71,8 @@ void Append(std::string& line, std::string_view text) {
   }
 }
 
-// What reading and writing does beside; nothing where it does what memory does. `of` is a register
-// or a field.
+// Appends side effects of reading and writing; nothing for a register or field (`Of`) that behaves
+// like memory.
 template <typename Of>
 void AppendEffects(const Of& of, std::string& line) {
   if (of.read_action != MapReadAction::kNone && CanRead(of.access)) {
@@ -92,7 +92,7 @@ std::string ValueText(const MapEnumeratedValue& value) {
     return Hex(value.value);
   }
   std::string digits;
-  // From the highest bit that says something.
+  // Starts at the highest bit that is not an insignificant zero.
   std::uint64_t relevant = value.value | ~value.counting;
   for (std::uint64_t bit = std::uint64_t{1} << 63U; bit != 0; bit >>= 1U) {
     if ((relevant & bit) != 0 || !digits.empty()) {

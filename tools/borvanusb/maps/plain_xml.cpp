@@ -22,9 +22,9 @@ constexpr std::string_view kDeclaration = "<?xml";
 constexpr std::string_view kComment = "<!--";
 constexpr std::string_view kBlanks = " \t\r\n";
 
-// RapidXML calls itself for each element within an element, and has no limit. Each of its calls
-// needs a node, and nodes come from here in blocks of some hundred: a stack that is too deep is
-// noticed before it is full.
+// RapidXML recurses for each nested element, without a limit. Each call needs a node, and nodes are
+// allocated in blocks of some hundred by TakeBlock(), which checks the depth of the stack. So
+// excessive nesting is detected before the stack overflows.
 constexpr std::uintptr_t kMostStack = std::uintptr_t{128} << 10U;
 thread_local std::uintptr_t g_stack_start = 0;
 
@@ -48,7 +48,7 @@ void ReturnBlock(void* block) {
   ::operator delete(block);
 }
 
-// Comments and references of a text.
+// Finds the comments and references in a text.
 class Scan {
  public:
   explicit Scan(std::string_view text) : text_(text) {}
@@ -80,7 +80,7 @@ class Scan {
   }
 
  private:
-  // The end of the text when there is none.
+  // Returns the end of the text if the character is not found.
   std::size_t Find(char character, std::size_t from) const {
     const auto* const found =
         static_cast<const char*>(std::memchr(text_.data() + from, character, text_.size() - from));
@@ -94,7 +94,8 @@ class Scan {
     }
   }
 
-  // A comment between elements; one in a text divides it into pieces.
+  // Skips a comment between elements. A comment within a text would split that text into pieces,
+  // which is not plain.
   void SkipComment(std::size_t start) {
     const std::size_t end = text_.substr(start).starts_with(kComment)
                                 ? text_.find("-->", start + kComment.size())
@@ -139,8 +140,8 @@ void PlainChecker::AnyNode(const SvdNode& node, std::uint32_t depth) {
   WholeElement(node, depth);
 }
 
-// Only the declaration <?xml ...?> at the beginning is plain. To RapidXML it ends after its
-// attributes, to others at the first ?>.
+// Only the declaration <?xml ...?> at the beginning is plain. RapidXML ends it after its
+// attributes, other parsers at the first ?>.
 void PlainChecker::BesideDevice(const SvdNode& node) {
   if (node.type() != rapidxml::node_declaration || node.previous_sibling() != nullptr) {
     throw NotPlain();

@@ -15,25 +15,25 @@ namespace borvanusb {
 using SvdNode = rapidxml::xml_node<char>;
 using SvdDocument = rapidxml::xml_document<char>;
 
-// What makes a text one that is not plain: something wrong, or merely rare.
+// Thrown for a text that is not plain XML: it has an error or a rare construct.
 struct NotPlain {};
 
 struct PlainFacts {
-  // The places of the first and the last character that is written as a reference: &amp;
+  // Offsets of the first and the last reference, such as &amp;. Without references, first > last.
   std::size_t first_reference = 1;
   std::size_t last_reference = 0;
 };
 
-// Parses a text without zero bytes that is followed by one. Throws NotPlain. What is returned still
-// has to go through PlainChecker, node by node.
+// Parses a text. It must not contain zero bytes and must be followed by one. Throws NotPlain. The
+// caller must pass every node of the result to PlainChecker.
 PlainFacts ParsePlain(std::string& text, SvdDocument& document);
 
-// What CheckXml() holds a text to and ParsePlain() can't see.
+// Makes the checks of CheckXml() that ParsePlain() can't make. All functions throw NotPlain.
 class PlainChecker {
  public:
   explicit PlainChecker(const MapLimits& limits) : limits_(limits) {}
 
-  // An element with a name of the schema, and how many elements it lies in. Each throws NotPlain.
+  // Checks an element with a name of the schema. `depth` is the number of elements around it.
   void Element(const SvdNode& node, std::uint32_t depth) {
     ++tags_;
     if (node.first_attribute() != nullptr) {
@@ -43,17 +43,17 @@ class PlainChecker {
       throw NotPlain();
     }
   }
-  // The same with all in it.
+  // Checks such an element and everything in it.
   void WholeElement(const SvdNode& node, std::uint32_t depth) {
     Element(node, depth);
     if (node.first_node() != nullptr) {
       Content(node, depth);
     }
   }
-  // Any other node in the element <device>, and any beside it.
+  // Check any other node inside <device>, or next to it.
   void AnyNode(const SvdNode& node, std::uint32_t depth);
   static void BesideDevice(const SvdNode& node);
-  // At the end.
+  // Call it last. Checks the total number of elements.
   void Count() const {
     if (tags_ > limits_.tags) {
       throw NotPlain();

@@ -18,7 +18,7 @@ namespace borvanusb {
 namespace {
 
 constexpr std::string_view kUtf8Mark = "\xEF\xBB\xBF";
-// Views into the text, which stays as it is: lines are counted in it.
+// The text must stay unchanged, because the map refers to it and lines are counted in it.
 constexpr int kInPieces = rapidxml::parse_non_destructive;
 constexpr int kWhole = rapidxml::parse_non_destructive | rapidxml::parse_no_data_nodes;
 
@@ -36,7 +36,7 @@ void CheckText(std::string& text, const MapLimits& limits) {
     throw SvdError(LineAt(text, zero), "a zero byte; allowed is text in UTF-8");
   }
   if (text.starts_with(kUtf8Mark)) {
-    // Blanks, so that all that follows keeps its place.
+    // Replaced by blanks, so that all offsets stay the same.
     text.replace(0, kUtf8Mark.size(), kUtf8Mark.size(), ' ');
   }
 }
@@ -83,13 +83,13 @@ void Parse(std::string& text, bool pieces, SvdDocument& document) {
   }
 }
 
-// The document of a text and its elements.
+// The XML document of a text, and its elements.
 struct Parsed {
   std::unique_ptr<SvdDocument> document = std::make_unique<SvdDocument>();
   std::unique_ptr<const SvdTree> tree;
 };
 
-// Nothing when the text is not plain XML, or something is wrong with it.
+// The fast path. Returns nothing if the text is not plain XML or has an error.
 std::optional<Parsed> ParseQuickly(const MapLimits& limits, MapStorage& storage) {
   Parsed parsed;
   try {
@@ -99,7 +99,7 @@ std::optional<Parsed> ParseQuickly(const MapLimits& limits, MapStorage& storage)
   } catch (const NotPlain&) {
     return std::nullopt;
   } catch (const SvdError&) {
-    // An earlier error may not have been reached yet.
+    // The careful parser may find another error earlier in the file, so it produces the message.
     return std::nullopt;
   }
   return parsed;

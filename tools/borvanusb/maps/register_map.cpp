@@ -19,7 +19,7 @@ void AppendCharacter(std::uint32_t code, std::string& text) {
   } else if (code < 0x80) {
     text += static_cast<char>(code);
   } else {
-    // The leading byte says how many follow, each with six bits.
+    // UTF-8: the leading byte gives the number of the following bytes, which hold six bits each.
     const int following = code < 0x800 ? 1 : (code < 0x10000 ? 2 : 3);
     constexpr std::array<std::uint32_t, 4> kLeading = {0, 0xC0, 0xE0, 0xF0};
     text += static_cast<char>(kLeading.at(static_cast<std::size_t>(following)) |
@@ -30,7 +30,8 @@ void AppendCharacter(std::uint32_t code, std::string& text) {
   }
 }
 
-// The reference at the beginning of a text; returns its length, 0 for none.
+// Appends the character of a reference at the beginning of `text`. Returns the length of the
+// reference, 0 if there is none.
 std::size_t AppendReference(std::string_view text, std::string& plain) {
   constexpr std::pair<std::string_view, char> kEntities[] = {
       {"&amp;", '&'}, {"&lt;", '<'}, {"&gt;", '>'}, {"&quot;", '"'}, {"&apos;", '\''}};

@@ -7,8 +7,8 @@
 
 namespace borvanusb {
 
-// Names, words and numbers: most are so short that a call of memcmp() or memchr() takes longer than
-// its work, and a map has tens of thousands.
+// Fast comparison and search for short texts. Names, words and numbers are mostly so short that a
+// call of memcmp() or memchr() costs more than the work itself, and a map has tens of thousands.
 
 namespace short_text {
 
@@ -32,7 +32,7 @@ inline bool IsSameText(std::string_view left, std::string_view right) {
   if (size != right.size()) {
     return false;
   }
-  // The last part overlaps the one before.
+  // The last part may overlap the part before it.
   if (size >= 8) {
     bool same = IsEqualAt<std::uint64_t>(left, right, 0);
     for (std::size_t place = 8; place + 8 < size; place += 8) {
@@ -52,7 +52,7 @@ namespace short_text {
 inline bool HasByte(std::string_view text, std::size_t place, std::uint64_t pattern) {
   constexpr std::uint64_t kOnes = 0x0101010101010101;
   constexpr std::uint64_t kHighBits = 0x8080808080808080;
-  // A byte that is zero is the first that borrows from its high bit.
+  // Detects a zero byte: subtracting 1 from it borrows from the byte's highest bit.
   const std::uint64_t bytes = PartAt<std::uint64_t>(text, place) ^ pattern;
   return ((bytes - kOnes) & ~bytes & kHighBits) != 0;
 }

@@ -1,4 +1,4 @@
-// derivedFrom: which element is meant, and what is inherited.
+// derivedFrom: finds the element that is meant, and what is inherited from it.
 
 #include <algorithm>
 #include <functional>
@@ -46,7 +46,7 @@ void SvdTree::Derive() {
     buckets *= 2;
   }
   std::vector<std::uint32_t> heads(buckets, SvdElement::kNone);
-  // From the last to the first: each list is in the order of the file.
+  // Runs backwards, so that each list is in the order of the file.
   for (auto id = static_cast<std::uint32_t>(elements_.size()); id-- > 1;) {
     SvdElement& element = elements_[id];
     if (!element.name.empty()) {
@@ -68,8 +68,8 @@ void SvdTree::Derive() {
   }
 }
 
-// The element of that name which is nearest: in the same parent before the same peripheral before
-// the rest of the file.
+// Finds the nearest element of that name: first in the same parent, then in the same peripheral,
+// then in the rest of the file.
 void SvdTree::FindBase(std::uint32_t id, const std::vector<std::uint32_t>& heads,
                        std::uint64_t& steps) {
   SvdElement& element = elements_[id];
@@ -104,7 +104,7 @@ void SvdTree::FindBase(std::uint32_t id, const std::vector<std::uint32_t>& heads
   }
 }
 
-// Whether the element's parents have the names before the last dot.
+// Whether the names of the element's parents match the parts of the path before its last dot.
 bool SvdTree::LiesOnPath(std::uint32_t id, std::string_view path) const {
   for (std::size_t dot = path.rfind('.'); dot != std::string_view::npos; dot = path.rfind('.')) {
     path = path.substr(0, dot);
@@ -116,7 +116,7 @@ bool SvdTree::LiesOnPath(std::uint32_t id, std::string_view path) const {
   return true;
 }
 
-// How many parents two elements share.
+// The number of parents that two elements share, plus one.
 std::uint32_t SvdTree::Nearness(std::uint32_t id, std::uint32_t other) const {
   const auto depth_of = [&](std::uint32_t one) {
     std::uint32_t depth = 0;

@@ -17,7 +17,7 @@ std::string Shown(std::string_view text) {
                                       : Format("{}...", text.substr(0, kLongestQuote));
 }
 
-// What is wrong with the elements of the file.
+// The text of a doubt about the syntax of the file.
 std::string ElementText(const SvdDoubt& doubt) {
   const std::string first = Shown(doubt.first);
   const std::string second = Shown(doubt.second);
@@ -64,7 +64,7 @@ std::string ElementText(const SvdDoubt& doubt) {
   }
 }
 
-// What is wrong with the map.
+// The text of a doubt about the meaning of the map.
 std::string MapDoubtText(const SvdDoubt& doubt) {
   const std::string first = Shown(doubt.first);
   const std::string second = Shown(doubt.second);

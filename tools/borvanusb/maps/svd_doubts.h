@@ -32,23 +32,23 @@ enum class SvdDoubtKind : std::uint8_t {
   kAddressUnit,
 };
 
-// A doubt without its text, which is made when somebody asks: some maps have thousands.
+// A doubt. Its text is created only when needed, because some maps have thousands of doubts.
 struct SvdDoubt {
   SvdDoubtKind kind = SvdDoubtKind::kUnknownElement;
   std::uint32_t offset = 0;
-  // What the text names, in its order.
+  // The names that the text mentions, in this order.
   std::string_view first = {};
   std::string_view second = {};
   std::string_view third = {};
   std::uint64_t number = 0;
   std::uint64_t other = 0;
-  std::uint64_t more = 0;  // the same of further elements that come from the same line
+  std::uint64_t more = 0;  // number of further equal doubts at the same offset
 };
 
 // "field A overlaps field B"
 std::string TextOf(const SvdDoubt& doubt);
 
-// One doubt for each place and kind, as many as somebody reads.
+// Collects doubts: one for each offset and kind, up to a limit.
 class SvdDoubts {
  public:
   void Add(const SvdDoubt& doubt);
@@ -56,12 +56,12 @@ class SvdDoubts {
   std::uint64_t Untold() const { return untold_; }
 
  private:
-  // The entry of the table for a doubt.
+  // The table entry of a doubt.
   std::uint32_t& Find(SvdDoubtKind kind, std::uint32_t offset);
   void Grow();
 
   std::vector<SvdDoubt> doubts_;
-  std::vector<std::uint32_t> table_;  // places + 1, by kind and offset; 0 is free
+  std::vector<std::uint32_t> table_;  // hash table by kind and offset: index + 1, 0 is free
   std::uint64_t untold_ = 0;
 };
 

@@ -30,7 +30,7 @@ constexpr std::array<std::uint8_t, 256> kDigitValues = DigitValues();
 
 template <unsigned base>
 std::optional<std::uint64_t> Digits(std::string_view digits) {
-  // So many never make a number beyond 64 bits.
+  // A number with up to this many digits always fits into 64 bits.
   constexpr std::size_t kShort = base == 2 ? 64 : (base == 10 ? 19 : 16);
   std::uint64_t number = 0;
   if (digits.empty()) {
@@ -67,7 +67,7 @@ std::optional<std::uint64_t> Unscaled(std::string_view text) {
   return TakeBinaryPrefix(text) ? Digits<2>(text) : Digits<10>(text);
 }
 
-// How far a unit shifts: 10 for K; 0 for anything else.
+// The shift of a unit: 10 for K. Returns 0 for an unknown unit.
 unsigned ShiftOf(char unit) {
   switch (unit) {
     case 'k':
@@ -118,7 +118,7 @@ std::optional<SvdIndexes> IndexRange(std::string_view from, std::string_view to)
   return indexes;
 }
 
-// A number with a sign, a unit or many digits, or a binary one.
+// A number with a sign, a unit or many digits, or a binary number.
 std::optional<std::uint64_t> LongNumber(std::string_view text) {
   if (text.starts_with('+')) {
     text.remove_prefix(1);

@@ -61,7 +61,7 @@ constexpr auto kTags = std::to_array<NamedTag>({
     {"fields", kFields},
     {"field", kField},
     {"enumeratedValues", kEnumeratedValues},
-    // Names in the header files of the chip's maker, its processor, legal texts.
+    // Not needed: names for the vendor's header files, processor data, legal texts.
     {"vendorExtensions", kSkipped},
     {"vendor", kSkipped},
     {"vendorID", kSkipped},
@@ -87,7 +87,7 @@ constexpr std::size_t kLongestName = 23;
 constexpr std::size_t kWord = 8;
 constexpr unsigned kSlotShift = 56;
 
-// The characters of a name from a place on, as far as they go.
+// Up to eight characters of a name, starting at `place`.
 constexpr std::uint64_t WordOf(std::string_view name, std::size_t place) {
   std::uint64_t word = 0;
   for (std::size_t i = 0; i < kWord && place + i < name.size(); ++i) {
@@ -96,7 +96,7 @@ constexpr std::uint64_t WordOf(std::string_view name, std::size_t place) {
   return word;
 }
 
-// The factor is such that no two tags meet; whoever adds one may have to look for another.
+// The factor avoids collisions between all tags. A new tag may require a different factor.
 constexpr std::size_t SlotOf(std::uint64_t word, std::size_t size) {
   return (word + size) * 0xb08e2bdca1d8d2d1U >> kSlotShift;
 }
@@ -104,8 +104,8 @@ constexpr std::size_t SlotOf(std::uint64_t word, std::size_t size) {
 // A tag in the lookup table. Comparing whole words is faster than calling memcmp().
 struct TagSlot {
   std::uint64_t first = 0;
-  std::uint64_t last = 0;    // the last characters of a name that fills a word
-  std::uint64_t middle = 0;  // bytes between the first and the last word of a long name
+  std::uint64_t last = 0;    // the last eight characters, if the name has at least eight
+  std::uint64_t middle = 0;  // the characters between the first and the last word
   std::size_t size = 0;
   SvdTag tag = kUnknown;
 };

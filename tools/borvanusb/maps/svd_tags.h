@@ -6,7 +6,7 @@
 
 namespace borvanusb {
 
-// The elements of the schema that say something of a map.
+// The elements of the schema that a map uses.
 enum class SvdTag : std::uint8_t {
   kName,
   kDescription,
@@ -47,7 +47,7 @@ enum class SvdTag : std::uint8_t {
   kWriteAsRead,
   kUseEnumeratedValues,
   kEnumeratedValue,
-  // Those that hold others.
+  // Elements that contain other elements.
   kPeripherals,
   kPeripheral,
   kRegisters,
@@ -56,12 +56,12 @@ enum class SvdTag : std::uint8_t {
   kFields,
   kField,
   kEnumeratedValues,
-  // What a map does not need, with all in it.
+  // An element that is skipped with all its content.
   kSkipped,
   kUnknown,
 };
 
-// The elements that have children of their own kind and can be derived.
+// Elements that have children of their own kind and may use derivedFrom.
 enum class SvdKind : std::uint8_t {
   kDevice,
   kPeripheral,
@@ -79,13 +79,13 @@ std::string_view NameOf(SvdKind kind);
 constexpr std::uint64_t TagBit(SvdTag tag) {
   return std::uint64_t{1} << static_cast<unsigned>(tag);
 }
-// The numbers that most maps have hundreds of.
+// Numbers that occur hundreds of times in most maps. They are parsed while the tree is built.
 constexpr std::uint64_t kNumbersInAdvance =
     TagBit(SvdTag::kAddressOffset) | TagBit(SvdTag::kSize) | TagBit(SvdTag::kResetValue) |
     TagBit(SvdTag::kResetMask) | TagBit(SvdTag::kBitOffset) | TagBit(SvdTag::kBitWidth) |
     TagBit(SvdTag::kLsb) | TagBit(SvdTag::kMsb);
 
-// The elements that may stand directly in one of a kind, or in the list in it (<registers>).
+// The elements that are allowed directly in an element of this kind, or in its list (<registers>).
 std::uint64_t TagsAllowedIn(SvdKind kind);
 
 }  // namespace borvanusb

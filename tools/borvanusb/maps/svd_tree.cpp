@@ -17,11 +17,11 @@ constexpr std::uint64_t kLists =
 constexpr std::uint64_t kWithChildren = TagBit(SvdTag::kPeripheral) | TagBit(SvdTag::kCluster) |
                                         TagBit(SvdTag::kRegister) | TagBit(SvdTag::kField) |
                                         TagBit(SvdTag::kEnumeratedValues);
-// How much text one has, about.
+// Typical sizes of an element in the file, to reserve memory.
 constexpr std::size_t kBytesOfElement = 256;
 constexpr std::size_t kBytesOfSlot = 64;
 
-// Of which an element may have several.
+// Elements that may occur several times.
 constexpr std::uint64_t kRepeated =
     TagBit(SvdTag::kAddressBlock) | TagBit(SvdTag::kEnumeratedValue);
 
@@ -44,7 +44,7 @@ SvdKind KindOf(SvdTag tag) {
   }
 }
 
-// What a list may hold.
+// The elements that are allowed in a list.
 std::uint64_t TagsInList(SvdTag list) {
   switch (list) {
     case SvdTag::kPeripherals:
@@ -76,7 +76,7 @@ SvdTree::SvdTree(const SvdNode& document, const PlainFacts& facts, const MapLimi
 }
 
 void SvdTree::Build(const SvdNode& document) {
-  // What most maps need, and little beside their text for any other.
+  // Enough for most maps, and small compared with the text of any other.
   elements_.reserve(storage_.text.size() / kBytesOfElement);
   slots_.reserve(storage_.text.size() / kBytesOfSlot);
   numbers_.reserve(storage_.text.size() / kBytesOfSlot);
@@ -114,7 +114,7 @@ void SvdTree::Fail(const SvdNode& node, const std::string& why) const {
                  Format("<{}>: {}", name.substr(0, std::size_t{40}), why));
 }
 
-// `depth`: how many elements its children lie in.
+// `depth` is the nesting depth of the element's children.
 std::uint32_t SvdTree::Add(SvdKind kind, const SvdNode& node, std::uint32_t parent,
                            std::uint32_t depth) {
   const auto id = static_cast<std::uint32_t>(elements_.size());
@@ -144,7 +144,7 @@ std::uint32_t SvdTree::Add(SvdKind kind, const SvdNode& node, std::uint32_t pare
     }
   }
 
-  // Its children follow it, so that it may move.
+  // Adding children may move `element` in memory, so it is not used below this line.
   std::uint32_t last_child = SvdElement::kNone;
   for (std::size_t i = first_pending; i < pending_.size(); ++i) {
     const Pending child = pending_[i];
@@ -244,7 +244,7 @@ MapText SvdTree::RawText(const SvdNode& node) const {
   if (!pieces_) {
     return {{node.value(), node.value_size()}};
   }
-  // A reference in CDATA is none.
+  // CDATA has no references, so & is escaped.
   std::string whole;
   for (const SvdNode* part = node.first_node(); part != nullptr; part = part->next_sibling()) {
     const std::string_view text = {part->value(), part->value_size()};

@@ -18,37 +18,37 @@
 
 namespace borvanusb {
 
-// An element of the file that has children or can be derived.
+// An element of the file that has children or may use derivedFrom.
 struct SvdElement {
   static constexpr std::uint32_t kNone = 0xFFFFFFFF;
 
   SvdKind kind = SvdKind::kDevice;
   std::uint32_t parent = kNone;
   std::uint32_t first_child = kNone;
-  std::uint32_t next = kNone;       // of the same parent
-  std::uint32_t same_hash = kNone;  // the next one in a list of names
-  std::uint32_t base = kNone;       // that it is derived from
+  std::uint32_t next = kNone;       // next element of the same parent
+  std::uint32_t same_hash = kNone;  // next element in the same hash bucket
+  std::uint32_t base = kNone;       // element named by derivedFrom
   std::uint32_t first_slot = 0;
-  std::uint64_t present = 0;  // its simple elements, as bits of SvdTag
+  std::uint64_t present = 0;  // simple elements in it, as bits of SvdTag
   std::string_view name;
   std::string_view derived_from;
   const SvdNode* node = nullptr;
 };
 
-// The elements of a file, with what each inherits by derivedFrom.
+// The elements of a file, with what each one inherits by derivedFrom.
 class SvdTree {
  public:
-  // Of a text that CheckXml() passed, `storage.text`. Throws SvdError.
+  // Builds the tree from `storage.text`, after CheckXml() accepted it. Throws SvdError.
   SvdTree(const SvdNode& document, const XmlFacts& facts, const MapLimits& limits,
           MapStorage& storage);
-  // Of a text that ParsePlain() parsed. Throws SvdError and NotPlain.
+  // Builds the tree from the result of ParsePlain(). Throws SvdError and NotPlain.
   SvdTree(const SvdNode& document, const PlainFacts& facts, const MapLimits& limits,
           MapStorage& storage);
 
   const SvdElement& operator[](std::uint32_t id) const { return elements_[id]; }
   std::size_t size() const { return elements_.size(); }
 
-  // The simple element of an element, its own or else that of what it is derived from; or null.
+  // A simple element: the element's own one, else the inherited one. Returns null if there is none.
   const SvdNode* Slot(std::uint32_t id, SvdTag tag) const {
     do {
       const SvdElement& element = elements_[id];
@@ -59,14 +59,14 @@ class SvdTree {
     } while (id != SvdElement::kNone);
     return nullptr;
   }
-  // The number in a simple element that an element has, as far as it was read in advance, while its
-  // text was at hand; or kNotRead.
+  // The number in the element's own simple element, if it was parsed in advance. Otherwise
+  // kNotRead.
   static constexpr std::uint64_t kNotRead = ~std::uint64_t{0};
   std::uint64_t OwnNumber(const SvdElement& element, SvdTag tag) const {
     return numbers_[element.first_slot + CountBits(element.present & (TagBit(tag) - 1))];
   }
 
-  // The simple elements of an element, its own and those of what it is derived from.
+  // All simple elements of an element, own and inherited, as bits of SvdTag.
   std::uint64_t Present(std::uint32_t id) const {
     std::uint64_t present = 0;
     do {
@@ -78,19 +78,19 @@ class SvdTree {
   const SvdNode* OwnSlot(const SvdElement& element, SvdTag tag) const {
     return slots_[element.first_slot + CountBits(element.present & (TagBit(tag) - 1))];
   }
-  // The text in an element, without blanks around it.
+  // The text of an element, without leading and trailing blanks.
   std::string_view Text(const SvdNode& node) const {
     const std::string_view text = TrimmedSvd(
         pieces_ ? TextInPieces(node) : std::string_view(node.value(), node.value_size()));
     return MayHaveReferences(text) && HasCharacter(text, '&') ? WithoutReferences(text) : text;
   }
   std::string_view SlotText(std::uint32_t id, SvdTag tag) const;
-  // The same as the file has it.
+  // The text of an element, unchanged.
   MapText RawText(const SvdNode& node) const;
   MapText RawText(std::uint32_t id, SvdTag tag) const;
 
-  // The children that a map shows: inherited ones, then its own, which replace inherited ones of
-  // the same name.
+  // The inherited children, then the own ones. An own child replaces an inherited one of the same
+  // name.
   std::vector<std::uint32_t> Children(std::uint32_t id) const;
 
   std::uint32_t OffsetOf(const SvdNode& node) const {
@@ -100,7 +100,8 @@ class SvdTree {
   [[noreturn]] void Fail(const SvdNode& node, const std::string& why) const;
 
  private:
-  // std::popcount() is a call where the processor is not known to count.
+  // Used instead of std::popcount(), which is a function call unless the build targets a processor
+  // that has the instruction.
   static constexpr std::uint32_t CountBits(std::uint64_t bits) {
     bits -= bits >> 1U & 0x5555555555555555U;
     bits = (bits & 0x3333333333333333U) + (bits >> 2U & 0x3333333333333333U);
@@ -117,7 +118,7 @@ class SvdTree {
   struct Pending {
     const SvdNode* node = nullptr;
     SvdTag tag = SvdTag::kUnknown;
-    std::uint32_t depth = 0;  // how many elements its children lie in
+    std::uint32_t depth = 0;  // nesting depth of its children
   };
 
   void Build(const SvdNode& document);
@@ -125,7 +126,7 @@ class SvdTree {
   void TakeChildren(SvdKind kind, const SvdNode& node, std::uint64_t allowed, std::uint32_t depth);
   void DoubtTwice(SvdKind kind, SvdTag tag, const SvdNode& node);
 
-  // svd_derivation.cpp
+  // Defined in svd_derivation.cpp.
   void Derive();
   void FindBase(std::uint32_t id, const std::vector<std::uint32_t>& heads, std::uint64_t& steps);
   bool LiesOnPath(std::uint32_t id, std::string_view path) const;
@@ -133,7 +134,7 @@ class SvdTree {
   void RefuseCircles(std::uint32_t id) const;
 
   bool pieces_ = false;
-  // Where references are.
+  // Where the text contains references such as &amp;.
   bool references_anywhere_ = false;
   const char* first_reference_ = nullptr;
   const char* last_reference_ = nullptr;
@@ -143,15 +144,15 @@ class SvdTree {
   MapStorage& storage_;
   std::vector<SvdElement> elements_;
   std::vector<const SvdNode*> slots_;
-  std::vector<std::uint64_t> numbers_;  // in these
-  // Of the element that is being read.
+  std::vector<std::uint64_t> numbers_;  // the numbers in slots_, or kNotRead
+  // State of the element that is being read.
   std::vector<Pending> pending_;
   std::array<const SvdNode*, 64> found_;
   std::array<std::uint64_t, 64> found_numbers_;
   std::uint64_t present_ = 0;
 };
 
-// A name without the place of its index: "CH[%s]" as "CH".
+// The name without its index placeholder: "CH" for "CH[%s]".
 std::string_view NameWithoutIndex(std::string_view name);
 
 }  // namespace borvanusb

@@ -241,7 +241,7 @@ std::optional<SvdArray> SvdValues::MakeArray(std::uint32_t id) const {
   const bool marked = element.name.find(kIndexMark) != std::string_view::npos;
   SvdDoubt doubt{
       .offset = tree_.OffsetOf(id), .first = NameOf(element.kind), .second = element.name};
-  // The array of what an element is derived from is its own only if its name has a place for it.
+  // An element inherits an array from its base only if its own name has an index placeholder.
   const bool own_dim = (element.present & TagBit(SvdTag::kDim)) != 0;
   const SvdNode* const dim = own_dim || marked ? tree_.Slot(id, SvdTag::kDim) : nullptr;
   if (dim == nullptr) {

@@ -14,7 +14,7 @@
 
 namespace borvanusb {
 
-// What is handed down from device to peripheral to cluster to register.
+// Properties that are inherited from device to peripheral to cluster to register.
 struct SvdProperties {
   std::uint64_t size = 32;
   std::uint64_t reset_value = 0;
@@ -26,27 +26,26 @@ struct SvdProperties {
   bool operator==(const SvdProperties&) const = default;
 };
 
-// How often an element stands there.
+// How often an element is repeated.
 struct SvdArray {
-  bool is_array = false;  // false: once, under its name
+  bool is_array = false;  // false: a single element with its plain name
   std::uint64_t count = 1;
   std::uint64_t increment = 0;
-  std::size_t mark = 0;    // where the index goes in the name
-  std::size_t behind = 0;  // position after the mark
+  std::size_t mark = 0;    // position of the index placeholder in the name
+  std::size_t behind = 0;  // position after the placeholder
   SvdIndexes indexes;
-  // What dimArrayIndex calls them, in the order of numbers; mostly empty.
+  // Names of indexes from dimArrayIndex, sorted by index. Usually empty.
   std::vector<std::pair<std::uint64_t, std::string_view>> names;
 };
 
-// The simple elements of elements as values. What is wrong with one becomes a doubt, and it counts
-// as missing.
+// Converts simple elements to values. An invalid element adds a doubt and counts as missing.
 class SvdValues {
  public:
   SvdValues(const SvdTree& tree, const MapLimits& limits, MapStorage& storage)
       : tree_(tree), limits_(limits), storage_(storage) {}
 
   std::optional<std::uint64_t> Number(std::uint32_t id, SvdTag tag) const;
-  // Of an element that has it itself.
+  // The element itself must have this child, not only inherit it.
   std::optional<std::uint64_t> OwnNumber(std::uint32_t id, SvdTag tag) const;
   std::optional<std::uint64_t> NumberIn(const SvdNode& node) const;
   bool Truth(const SvdNode& node) const;
@@ -56,20 +55,20 @@ class SvdValues {
   MapUsage Usage(std::uint32_t id) const;
   MapWriteConstraint Constraint(std::uint32_t id) const;
   SvdProperties Properties(std::uint32_t id, const SvdProperties& inherited) const;
-  // Null when the element can't be placed.
+  // Returns null if the element can't be placed.
   const SvdArray* Array(std::uint32_t id) const;
-  // The text of an index, for which there is room.
+  // Writes the text of an index into `room`.
   static constexpr std::size_t kLongestIndex = 20;
   static std::string_view IndexText(const SvdArray& array, std::uint64_t i,
                                     std::array<char, kLongestIndex>& room);
-  // The same as a view of the file or the arena.
+  // The same text as a view into the file or the arena, so it stays valid.
   std::string_view Index(const SvdArray& array, std::uint64_t i) const;
-  // The name that dimArrayIndex has for an index; mostly empty.
+  // The name that dimArrayIndex gives the index. Usually empty.
   static std::string_view IndexName(const SvdArray& array, std::uint64_t i);
-  // `prefix` and the name for that index as one text.
+  // Joins `prefix` and the element's name with this index.
   std::string_view FullName(std::string_view prefix, std::uint32_t id, const SvdArray& array,
                             std::string_view index) const;
-  // A child of a node by its tag; or null.
+  // The child with this tag; null if there is none.
   static const SvdNode* Child(const SvdNode& node, SvdTag tag);
 
   void DoubtMissing(std::uint32_t id, SvdTag tag) const;
@@ -84,11 +83,11 @@ class SvdValues {
   const MapLimits& limits_;
   MapStorage& storage_;
   const SvdArray single_;
-  // Those that are arrays: an element may stand in many places.
+  // Caches arrays, because an element may be used in many places.
   mutable std::unordered_map<std::uint32_t, std::optional<SvdArray>> arrays_;
 };
 
-// Nothing when the sum is beyond 64 bits.
+// Returns nothing if the sum exceeds 64 bits.
 std::optional<std::uint64_t> CheckedSum(std::uint64_t left, std::uint64_t right);
 
 }  // namespace borvanusb

@@ -70,12 +70,12 @@ class XmlGuard {
     throw SvdError(LineAt(text_, offset), std::move(why));
   }
 
-  // The element that a place is in, for messages.
+  // The innermost open element at the current position, for messages.
   std::string Around() const { return open_.empty() ? "" : Format("in <{}>: ", open_.back().name); }
 
   std::size_t Find(char character, std::size_t from) const { return text_.find(character, from); }
 
-  // All references before `end`.
+  // Checks all references before `end`.
   void CheckReferences(std::size_t end) {
     while (next_reference_ < end) {
       const std::string_view rest = std::string_view(text_).substr(next_reference_);
@@ -89,7 +89,7 @@ class XmlGuard {
     }
   }
 
-  // Jumps behind something that is no element; its references mean nothing.
+  // Skips a comment, CDATA section or the like. References in it are not checked.
   void SkipTo(std::string_view mark, std::size_t start, std::size_t from, const char* why) {
     const std::size_t end = text_.find(mark, from);
     if (end == kEnd) {
@@ -179,7 +179,7 @@ class XmlGuard {
     }
   }
 
-  // Up to > or />.
+  // Reads attributes up to > or />.
   void Attributes(std::string_view name, std::size_t start) {
     for (;;) {
       const bool apart = IsBlank(text_[place_]);

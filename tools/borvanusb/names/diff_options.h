@@ -8,9 +8,9 @@
 
 namespace borvanusb {
 
-// The arguments of commands with members `left`, `right` and `csv` that compare two sides.
+// Adds the arguments `left`, `right` and `csv` of commands that compare two sides.
 
-// Throws WrongUse for two sides that are the same camera and for options that change nothing.
+// Throws WrongUse if both sides are the same camera, or if an option has no effect.
 void CheckDiffSides(const std::string& left, const std::string& right, const GivenOptions& given);
 
 template <typename C>

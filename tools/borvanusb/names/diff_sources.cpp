@@ -29,7 +29,7 @@ constexpr std::string_view kCameraColon = "camera:";
 constexpr std::string_view kPresetColon = "preset:";
 constexpr std::uint32_t kBitsOfDigit = 4;
 
-// The chosen camera, as far as one is needed.
+// Reads both sides of a comparison. Opens a camera only if a side needs one.
 class Sides {
  public:
   Sides(const DiffSide& left, const DiffSide& right, const DiffFileReader& read_file,
@@ -38,7 +38,7 @@ class Sides {
 
   const RegisterNames* Names() const { return names_.get(); }
 
-  // Both sides; what is read of a camera is what the other side has.
+  // Reads both sides. From a camera, only the registers of the other side are read.
   std::pair<Snapshot, Snapshot> Read() {
     FindNames();
     const bool left_is_camera = left_.source == DiffSource::kCamera;
@@ -64,7 +64,7 @@ class Sides {
                              : ChooseCamera(context_.host.ListCameras(), side.name);
   }
 
-  // The names of the first camera that takes part; without one those of a profile that is given.
+  // Uses the names of the first camera that takes part. Without a camera, those of a given profile.
   void FindNames() {
     for (const DiffSide* const side : {&left_, &right_}) {
       if (side->source == DiffSource::kCamera) {
@@ -108,7 +108,7 @@ class Sides {
     return {};
   }
 
-  // What is read of a camera to compare it: no register that reading changes.
+  // The registers of the other side that can be read without changing them.
   std::vector<WordTarget> Readable(const Snapshot& other) const {
     std::vector<WordTarget> registers = RegistersOf(other, names_.get());
     std::erase_if(registers, [](const WordTarget& target) {
@@ -136,7 +136,7 @@ std::string SideText(const SnapshotDifference& difference, std::optional<std::ui
   return value ? Hex(*value, digits) : std::string(static_cast<std::size_t>(digits) + 2, '-');
 }
 
-// The fields in which both sides are known and differ.
+// The fields that are known on both sides and differ.
 std::vector<NamedTarget> DifferingFields(const SnapshotDifference& difference) {
   std::vector<NamedTarget> fields;
   if (difference.at.target.of == nullptr || !difference.left || !difference.right) {

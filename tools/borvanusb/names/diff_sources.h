@@ -13,26 +13,25 @@
 
 namespace borvanusb {
 
-// What can be compared: a camera, lists, presets, reset values. "camera", "camera:WHICH", "reset",
-// "preset:NAME"; anything else is a file.
+// A side of a comparison: a camera, a list, a preset or the reset values. Written as "camera",
+// "camera:WHICH", "reset" or "preset:NAME"; any other text is a file name.
 
 enum class DiffSource { kCamera, kReset, kPreset, kFile };
 
 struct DiffSide {
   DiffSource source = DiffSource::kFile;
   std::string text;  // as given
-  std::string name;  // of the camera (empty: the chosen one), of the preset, of the file
+  std::string name;  // camera (empty: the chosen one), preset or file
 };
 
 DiffSide DiffSideOf(const std::string& text);
 
-// What a file says of registers. `names` is null when there is no profile.
+// Reads a file as a snapshot. `names` is null if there is no profile.
 using DiffFileReader = std::function<Snapshot(const std::string& file, const RegisterNames* names)>;
 
-// Compares two sides, prints the differences and fills the result. Returns kVerify when they
-// differ.
+// Compares two sides, prints the differences and fills the result. Returns kVerify if they differ.
 //   command  "reg diff"
-//   csv      file that the differences are written to, too; empty: none
+//   csv      file to which the differences are also written; empty: none
 ExitCode CompareSides(const std::string& command, const DiffSide& left, const DiffSide& right,
                       const std::string& csv, const DiffFileReader& read_file, Context& context);
 

@@ -14,7 +14,7 @@ namespace {
 
 constexpr std::uint32_t kWidest = 64;
 constexpr std::uint32_t kBitsOfDigit = 4;
-constexpr std::size_t kMostNames = 12;  // in a message
+constexpr std::size_t kMostNames = 12;  // listed in a message
 
 std::uint64_t LowBits(std::uint32_t bits) {
   constexpr std::uint64_t kAll = ~std::uint64_t{0};
@@ -70,7 +70,7 @@ const MapWriteConstraint& ConstraintOf(const NamedTarget& target) {
   return target.field != nullptr ? target.field->constraint : target.of->in_map->form->constraint;
 }
 
-// What may be written, as the end of "allowed are ".
+// The allowed values, to follow "allowed are ".
 std::string AllowedText(const NamedTarget& target, bool writing) {
   const MapWriteConstraint& constraint = ConstraintOf(target);
   const std::string names = target.field != nullptr ? NamesOf(*target.field, writing) : "";

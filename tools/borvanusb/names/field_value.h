@@ -8,35 +8,36 @@
 
 namespace borvanusb {
 
-// Values of registers and fields: their bits, their names, what may be written.
+// Values of registers and fields: bits, names of values, allowed values.
 
-// Whether reading the register, or a field of it, changes it.
+// Whether reading the register, or one of its fields, has side effects.
 bool ChangesWhenRead(const MapRegisterForm& form);
 
-// The bits of a field, at their place in the register.
+// The bits of a field, at their position in the register.
 std::uint64_t BitsOf(const MapField& field);
 // The highest value of a register or field.
 std::uint64_t HighestValue(const NamedTarget& target);
-// The part of a register's value that a target is.
+// Extracts the value of the target, a register or field, from a register value.
 std::uint64_t PartOf(const NamedTarget& target, std::uint64_t register_value);
 
-// The name of a field's value; empty when it has none.
+// The name of a field's value. Empty if it has none.
 std::string MeaningOf(const MapField& field, std::uint64_t value);
-// "0x1f" with the digits of the register, "5" of a field of up to ten values, else "0x05".
+// "0x1f" with all digits of the register. A field with up to ten possible values is shown as "5",
+// any other as "0x05".
 std::string ValueText(const NamedTarget& target, std::uint64_t value);
 
-// The value that a text means: a number, or the name of an enumerated value of a field. Throws
-// Failure kUsage with what is allowed: also for a value that the register or field does not take
-// and for one that can't be written.
+// Converts a text to a value: a number, or the name of an enumerated value. Throws Failure kUsage,
+// with the allowed values, if the text is invalid, the register or field does not accept the value,
+// or it can't be written.
 std::uint64_t WritableValue(const NamedTarget& target, const std::string& text);
 
-// The value that a text means for a comparison; throws Failure kUsage for a text that means none.
+// Converts a text to a value for a comparison. Throws Failure kUsage if the text is invalid.
 std::uint64_t ComparableValue(const NamedTarget& target, const std::string& text);
 
-// How a write of the other bits of a register must look, so that it leaves them as they are.
+// How to write a register without changing its other bits.
 struct KeptBits {
-  std::uint64_t as_read = 0;  // written back as they are read
-  std::uint64_t ones = 0;     // written as 1, because a 0 changes them; the others as 0
+  std::uint64_t as_read = 0;  // read first and written back unchanged
+  std::uint64_t ones = 0;     // written as 1, because 0 has an effect; others are written as 0
 };
 KeptBits KeptBitsOf(const MapRegisterForm& form, std::uint64_t register_mask);
 

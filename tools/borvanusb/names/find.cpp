@@ -1,4 +1,4 @@
-// reg find
+// The command `reg find`.
 
 #include "names/find.h"
 
@@ -31,7 +31,7 @@ bool FieldHolds(const MapField& field, const std::string& text) {
          Holds(PlainText(field.description, field.index), text);
 }
 
-// Whether a register, or one of its fields, has all the texts in its name, number or description.
+// Whether all texts occur in the name, number or description of a register or of one of its fields.
 bool IsMeant(const NamedRegister& named, const std::vector<std::string>& texts) {
   return std::ranges::all_of(texts, [&](const std::string& text) {
     const MapRegisterForm& form = *named.in_map->form;

@@ -11,7 +11,7 @@ struct CommandRule;
 struct Context;
 
 struct RegFindCommand {
-  std::vector<std::string> texts;  // all must be found
+  std::vector<std::string> texts;  // a register must match all of them
 };
 
 ExitCode Run(const RegFindCommand& command, Context& context);

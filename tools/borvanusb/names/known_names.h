@@ -7,8 +7,8 @@
 
 namespace borvanusb {
 
-// The names of a profile that is given, without a camera; else those of the chosen camera. Throws
-// Failure when there are none.
+// The names of a given profile, without opening a camera. Otherwise those of the chosen camera.
+// Throws Failure if there are none.
 std::shared_ptr<const RegisterNames> KnownNames(Context& context);
 
 }  // namespace borvanusb

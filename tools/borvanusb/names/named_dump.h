@@ -7,9 +7,9 @@
 
 namespace borvanusb {
 
-// Reads all registers of the camera's profile that can be read without changing them, and writes
-// them: as lines NAME=VALUE, or as a table to a name that ends in .csv; to standard output when
-// `file` is empty.
+// Reads all registers of the camera's profile that can be read without side effects, and writes
+// them to `file`: as lines NAME=VALUE, or as a table if the name ends in .csv. An empty name means
+// standard output.
 ExitCode DumpNamed(const std::string& file, Context& context);
 
 }  // namespace borvanusb

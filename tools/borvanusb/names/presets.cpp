@@ -16,7 +16,7 @@ std::string_view Meant(std::string_view line) {
   return Trimmed(line.substr(0, line.find('#')));
 }
 
-// A register or field with the value that it had, which need not be one that can be written.
+// A register or field with the value it had. Unlike a setting to write, it may be read-only.
 RegisterSetting ComparableSetting(const std::string& line, const RegisterNames& names) {
   const SettingWords words = SplitSetting(line);
   if (IsNumberWord(words.of)) {

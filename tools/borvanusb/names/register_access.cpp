@@ -16,9 +16,9 @@ namespace {
 
 constexpr std::uint32_t kWideBits = 32;
 constexpr unsigned kPageShift = 16;
-// A single read takes eight transfers with its second reading, a block of 56 registers six.
+// A single read takes eight transfers, including its check; a block of 56 registers takes six.
 constexpr std::uint64_t kMostSingleReads = 16;
-// Small enough that progress and Ctrl-C come in a second at most.
+// Small enough to report progress and notice Ctrl-C at least once a second.
 constexpr std::uint64_t kChipPart = 128 * std::uint64_t{kRunBlock};
 constexpr std::uint64_t kI2cPart = 16 * std::uint64_t{kRunBlock};
 
@@ -27,7 +27,7 @@ const AccessRule& RuleOf(const RegisterAccess& access) {
   return access.rule != nullptr ? *access.rule : kPlain;
 }
 
-// What tells devices apart, and where their runs end.
+// Identifies a device. A run of addresses stays within one device.
 using DeviceKey = std::tuple<bool, bool, std::uint32_t, std::int32_t, std::uint32_t>;
 
 DeviceKey KeyOf(const RegisterAccess& access) {
@@ -72,7 +72,7 @@ void WriteLatches(const RegisterAccess& device, std::span<const LatchWrite> writ
   }
 }
 
-// The places of the accesses in the order of time.
+// The indexes of the accesses, in the order in which they are made.
 std::vector<std::uint32_t> InTime(const RegisterAccess& access) {
   std::vector<std::uint32_t> places;
   for (std::uint32_t i = 0; i < access.accesses; ++i) {
@@ -89,7 +89,7 @@ bool IsInBlocks(const ReadPiece& piece) {
          piece.range.Size() > kMostSingleReads;
 }
 
-// The values of a piece's addresses.
+// Reads all addresses of a piece.
 std::vector<std::uint32_t> ReadRow(const ReadPiece& piece, Camera& camera,
                                    const std::function<void(std::uint64_t)>& advance) {
   std::vector<std::uint32_t> values;
@@ -113,7 +113,8 @@ std::vector<std::uint32_t> ReadRow(const ReadPiece& piece, Camera& camera,
   return values;
 }
 
-// Addresses with equal DeviceKey in a row, and where they end.
+// Whether the address extends the piece, which must be of the same device. On the chip, a piece
+// ends at a multiple of 65536.
 bool Continues(const ReadPiece& piece, std::uint32_t address) {
   return address == piece.range.last + 1 && piece.range.last != UINT32_MAX &&
          (piece.of.on_i2c || address >> kPageShift == piece.range.last >> kPageShift);

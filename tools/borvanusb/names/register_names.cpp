@@ -17,14 +17,14 @@ namespace {
 
 constexpr char kDot = '.';
 constexpr std::uint32_t kWidestRegister = 64;
-constexpr std::size_t kMostShown = 6;  // of several names that may be meant
+constexpr std::size_t kMostShown = 6;  // in a message about an ambiguous name
 
 std::uint64_t HighestAddress(const ProfileMap& map) {
   return map.on_i2c ? WidthModeOf(map.target.mode).highest_address
                     : std::numeric_limits<std::uint32_t>::max();
 }
 
-// Why a register can't be accessed by its name; empty when it can.
+// Why a register can't be accessed by name. Empty if it can.
 std::string WhyUnreachable(const ProfileMap& map, const MapRegister& in_map,
                            std::uint32_t accesses) {
   if (in_map.form->bits > kWidestRegister) {
@@ -38,7 +38,7 @@ std::string WhyUnreachable(const ProfileMap& map, const MapRegister& in_map,
   return {};
 }
 
-// The last parts of a name, between dots; nothing when it has fewer.
+// The last `parts` dot-separated parts of a name. Returns nothing if it has fewer.
 std::optional<std::string_view> LastParts(std::string_view name, std::ptrdiff_t parts) {
   std::size_t begin = name.size() + 1;
   for (; parts > 0; --parts) {
@@ -113,7 +113,7 @@ RegisterNames::RegisterNames(std::shared_ptr<const CameraProfile> profile)
   }
 }
 
-// Registers before fields: a name that means a register does not mean a field of another one.
+// Registers have priority: a name that matches a register does not match fields of other registers.
 std::vector<NamedTarget> RegisterNames::Matches(std::string_view name) const {
   std::vector<NamedTarget> found;
   for (const NamedRegister& named : registers_) {
@@ -142,7 +142,7 @@ std::vector<NamedTarget> RegisterNames::Matches(std::string_view name) const {
 }
 
 std::string RegisterNames::Nearest(const std::string& name) const {
-  std::map<std::string, std::string> tails;  // in small letters, and as they are
+  std::map<std::string, std::string> tails;  // lower-case name, and the name as written
   const std::ptrdiff_t parts = PartsOf(name);
   const auto add_tail = [&](const std::string& full) {
     if (const auto tail = LastParts(full, parts)) {
@@ -176,7 +176,7 @@ NamedTarget RegisterNames::Find(const std::string& name) const {
                          nearest.empty() ? "" : Format("; do you mean {}?", nearest)),
                   "borvanusb reg find TEXT looks for names.");
   }
-  // A whole name counts more than one whose first parts are left out.
+  // A full name has priority over an abbreviated one.
   for (const NamedTarget& target : found) {
     if (SameName(NameOf(target), name)) {
       return target;

@@ -11,21 +11,21 @@
 
 namespace borvanusb {
 
-// A register that a profile names: of the chip or of a device on the I2C bus.
+// A register with a name from a profile, in the chip or in a device on the I2C bus.
 struct NamedRegister {
-  std::string name;  // "SENSOR.EXPOSURE", with the prefix of its map
+  std::string name;  // "SENSOR.EXPOSURE", including the prefix of its map
   const ProfileMap* map = nullptr;
   const MapRegister* in_map = nullptr;
   const AccessRule* rule = nullptr;
-  std::uint32_t address = 0;   // of its lowest access
-  std::uint32_t accesses = 0;  // that it takes
+  std::uint32_t address = 0;   // of the access with the lowest address
+  std::uint32_t accesses = 0;  // number of accesses
 
   std::uint32_t Bits() const { return in_map->form->bits; }
   // Its highest value.
   std::uint64_t Mask() const;
 };
 
-// What a name means: a register, or a field of it.
+// A register, or one of its fields.
 struct NamedTarget {
   const NamedRegister* of = nullptr;
   const MapField* field = nullptr;  // null: the whole register
@@ -35,9 +35,8 @@ struct NamedTarget {
 
 std::string NameOf(const NamedTarget& target);
 
-// All registers that a profile names, as one space of names. Names are looked for without regard
-// to small and large letters, and without their first parts where that is clear: EXPOSURE for
-// SENSOR.EXPOSURE.
+// All registers of a profile in one name space. Names are not case-sensitive. Leading parts may be
+// omitted if the rest is unique: EXPOSURE for SENSOR.EXPOSURE.
 class RegisterNames {
  public:
   explicit RegisterNames(std::shared_ptr<const CameraProfile> profile);
@@ -45,14 +44,14 @@ class RegisterNames {
   const CameraProfile& Profile() const { return *profile_; }
   // In the order of the profile.
   std::span<const NamedRegister> All() const { return registers_; }
-  // Registers of the maps that have no name here, each with the reason.
+  // Registers of the maps that can't be accessed by name, with the reason.
   std::span<const std::string> Unreachable() const { return unreachable_; }
 
-  // The register or field of this name. Throws Failure kUsage for a name that means nothing, with
-  // the nearest one, and for one that means several.
+  // Finds a register or field. Throws Failure kUsage if the name is unknown, with the most similar
+  // name, or ambiguous.
   NamedTarget Find(const std::string& name) const;
-  // All registers and fields that a pattern with * and ? means, * standing for no dot. Throws
-  // Failure kUsage when there are none.
+  // Finds all registers and fields that match a pattern with * and ?. A * does not match a dot.
+  // Throws Failure kUsage if nothing matches.
   std::vector<NamedTarget> Match(const std::string& pattern) const;
 
  private:

@@ -49,7 +49,7 @@ RegisterSetting NumberSetting(const std::string& word, const std::string& text,
   return setting;
 }
 
-// Bits of the others that must be read to be kept.
+// Bits that the setting does not name and that must be read first, because the write keeps them.
 std::uint64_t BitsToRead(const RegisterSetting& setting) {
   if (setting.named == nullptr) {
     return 0;
@@ -63,7 +63,7 @@ bool CanBeReadFirst(const NamedRegister& named) {
   return CanRead(form.access) && !ChangesWhenRead(form);
 }
 
-// Bits of fields that could be set and are not.
+// Bits of writable fields that the setting does not name.
 std::uint64_t OpenFieldBits(const RegisterSetting& setting) {
   std::uint64_t bits = 0;
   for (const MapField& field : setting.named->in_map->form->fields) {
@@ -81,7 +81,7 @@ std::uint64_t Combined(const RegisterSetting& setting, std::uint64_t before) {
   return setting.value | (kept.ones & ~setting.bits & mask) | (before & BitsToRead(setting));
 }
 
-// Bits that read back as written, of those that were named.
+// Named bits that are expected to read back as written.
 std::uint64_t BitsToVerify(const RegisterSetting& setting) {
   return setting.named == nullptr
              ? setting.bits
@@ -95,8 +95,8 @@ std::string RegisterText(const RegisterSetting& setting, std::uint64_t value) {
              static_cast<int>(setting.access.access_bits * setting.access.accesses / kBitsOfDigit));
 }
 
-// Reads back; writes once more when bits that nobody named have changed, which is what a write of
-// which a part did not arrive looks like.
+// Reads the register back. If bits that the setting does not name have changed, a part of the write
+// may have been lost, so the register is written a second time.
 void VerifySetting(const RegisterSetting& setting, const WrittenSetting& written, Camera& camera,
                    Context& context) {
   const std::uint64_t kept = written.before ? BitsToRead(setting) : 0;

@@ -13,17 +13,18 @@
 
 namespace borvanusb {
 
-// A register and what shall stand in it, or in some of its fields.
+// A register and the value to write to it, or to some of its fields.
 struct RegisterSetting {
   RegisterAccess access;
-  const NamedRegister* named = nullptr;  // null: given by number
-  std::vector<NamedTarget> targets;      // that were named; empty for a number
+  const NamedRegister* named = nullptr;  // null: given as a number
+  std::vector<NamedTarget> targets;      // as named by the user; empty for a number
   std::uint64_t value = 0;
-  std::uint64_t bits = 0;  // of the value, that were named; the others are kept
+  std::uint64_t bits = 0;  // bits of `value` to set; the others are kept
 
   std::string Name() const;
 };
 
+<<<<<<< HEAD
 // The two words of a setting: "SENSOR.CTRL.GAIN" and "0x10" of "SENSOR.CTRL.GAIN = 0x10". Throws
 // Failure kUsage for a text that is no setting.
 struct SettingWords {
@@ -34,28 +35,33 @@ SettingWords SplitSetting(const std::string& text);
 
 // "SENSOR.CTRL.GAIN=0x10", "0x1a3=0x20". Throws Failure kUsage for what can't be written, with what
 // is allowed. `names` may be null when the word is a number.
+=======
+// Parses "SENSOR.CTRL.GAIN=0x10" or "0x1a3=0x20". Throws Failure kUsage, with the allowed values,
+// if it can't be written. `names` may be null if the word is a number.
+>>>>>>> 8fd15bf197c1996dc8779df40fb6d0e90158a8a1
 RegisterSetting ParseSetting(const std::string& text, const RegisterNames* names,
                              const NumberMeaning& numbers);
 RegisterSetting MakeSetting(const std::string& word, const std::string& value,
                             const RegisterNames* names, const NumberMeaning& numbers);
 
-// Settings of the same register become one, at the place of the first: with `anywhere` all of them,
-// else only those in a row. Throws Failure kUsage when a field is set twice in one of them.
+// Merges settings of the same register into one, at the position of the first. With `anywhere` all
+// of them are merged, otherwise only consecutive ones. Throws Failure kUsage if a merged setting
+// sets a field twice.
 std::vector<RegisterSetting> MergeSettings(std::vector<RegisterSetting> settings, bool anywhere);
 
-// Throws Failure kUsage where a field can't be written without the others, because the register
-// can't be read for them.
+// Throws Failure kUsage if the setting requires reading other fields first and the register can't
+// be read.
 void CheckSetting(const RegisterSetting& setting);
 
-// How a setting was written.
+// The result of a write.
 struct WrittenSetting {
-  std::optional<std::uint64_t> before;  // if the register was read first
+  std::optional<std::uint64_t> before;  // value before, if the register was read first
   std::uint64_t value = 0;              // what was written
-  bool verified = false;                // read back and found
+  bool verified = false;                // read back and equal
 };
 
-// Writes a setting: reads the register first where it has bits to keep, and reads it back when
-// asked to. Throws Failure as Camera does, kVerify when it reads back as something else.
+// Writes a setting. Reads the register first if some of its bits must be kept, and reads it back
+// with `verify`. Throws the exceptions of Camera, and Failure kVerify if the value differs.
 WrittenSetting WriteSetting(const RegisterSetting& setting, bool verify, Camera& camera,
                             Context& context);
 

@@ -13,22 +13,22 @@
 
 namespace borvanusb {
 
-// Registers with names as lines and as JSON.
+// Prints named registers as lines and as JSON.
 
 // The device of a register: {"kind": "chip", "wide"} or {"kind": "i2c", "slave", "mode", "option"}.
 nlohmann::ordered_json DeviceJson(const RegisterAccess& access);
-// {"address", "value"} and, for a register with a name, "name", "hex", "device" and "fields"; for a
-// field that was asked for by its name, that field alone. "hex" is there because a number of more
-// than 53 bits is not exact in every language.
+// {"address", "value"}. A register with a name also has "name", "hex", "device" and "fields"; if a
+// field was requested by name, only that field. "hex" exists because some languages can't represent
+// numbers of more than 53 bits exactly.
 nlohmann::ordered_json ValueJson(const WordTarget& target, std::uint64_t value);
 
-// The address as lines show it: "0x3500", of a device on the bus "0x6c:0x3500".
+// The address as printed: "0x3500", or "0x6c:0x3500" for a device on the I2C bus.
 std::string AddressText(const RegisterAccess& access);
 
-// One line for each register, the fields of named ones below, in columns.
+// Prints one line for each register in columns, and the fields of named registers below.
 void PrintValues(std::span<const WordTarget> targets, std::span<const std::uint64_t> values,
                  bool with_fields, Output& output);
 
-// All that the map says of a register.
+// Everything that the map says about a register.
 nlohmann::ordered_json DescriptionJson(const NamedRegister& named);
 }  // namespace borvanusb

@@ -116,7 +116,7 @@ std::vector<WordTarget> TargetsOf(const std::vector<std::string>& words, const R
     const std::vector<NamedTarget> meant =
         IsPattern(word) ? names->Match(word) : std::vector{names->Find(word)};
     for (const NamedTarget& target : meant) {
-      // A pattern does not ask for a register that changes when it is read.
+      // A pattern skips registers that change when they are read.
       const RegisterAccess access = AccessOf(*target.of);
       if (!IsPattern(word) || (!access.read_once && CanRead(target.of->in_map->form->access))) {
         targets.push_back({access, target});

@@ -13,32 +13,32 @@
 
 namespace borvanusb {
 
-// Registers as people write them: "0x1a3", "0x1000-0x10ff", "SENSOR.EXPOSURE", "CTRL*".
+// Registers as users write them: "0x1a3", "0x1000-0x10ff", "SENSOR.EXPOSURE", "CTRL*".
 
-// The names of a camera's registers. Null when it has no profile.
+// The register names of a camera. Null if it has no profile.
 std::shared_ptr<const RegisterNames> NamesFor(const CameraIdentity& camera, Context& context);
-// The same where a word needs them. Throws Failure kUsage when there is no profile.
+// The same for a word that needs names. Throws Failure kUsage if there is no profile.
 std::shared_ptr<const RegisterNames> NamesNeededFor(const std::string& word,
                                                     const CameraIdentity& camera, Context& context);
 
-// Whether a word is a number or a range, and no name.
+// Whether a word is a number or a range of numbers.
 bool IsNumberWord(const std::string& word);
 
-// A register that a word means.
+// A register that a word refers to.
 struct WordTarget {
   RegisterAccess access;
-  NamedTarget target;  // its `of` is null for a number
+  NamedTarget target;  // `of` is null for a number
 };
 
-// How numbers among the words are meant.
+// The device that numbers on the command line refer to.
 struct NumberMeaning {
-  bool wide = false;                // registers of the chip of 32 bits
-  std::optional<I2cTarget> target;  // of a device on the bus
+  bool wide = false;                // 32-bit registers of the chip
+  std::optional<I2cTarget> target;  // set for a device on the I2C bus
 };
 
-// The registers that words mean, in their order. A name without a pattern stands for one register
-// or field; one that nothing but its first parts follow, "SENSOR", for nothing. Throws Failure
-// kUsage for a word that means nothing. The names must outlive the result.
+// Resolves words to registers, in the order of the words. A name without wildcards stands for one
+// register or field. A name of a group alone, such as "SENSOR", is not allowed. Throws Failure
+// kUsage for an unknown word. The names must outlive the result.
 std::vector<WordTarget> TargetsOf(const std::vector<std::string>& words, const RegisterNames* names,
                                   const NumberMeaning& numbers);
 
@@ -46,12 +46,12 @@ std::vector<RegisterAccess> AccessesOf(std::span<const WordTarget> targets);
 
 // Whether one of the words needs names.
 bool HasNames(const std::vector<std::string>& words);
-// The first word that does; empty when none does.
+// The first word that needs names. Empty if there is none.
 std::string FirstName(const std::vector<std::string>& words);
 
-// Whether a word begins as names do.
+// Whether a word starts like a name.
 bool MayBeName(const std::string& text);
-// A word of a command line: throws WrongValue for one that can be neither a number nor a name.
+// Returns a word of a command line. Throws WrongValue if it can be neither a number nor a name.
 std::string RegisterWord(const std::string& text);
 
 constexpr const char* kWhatText =

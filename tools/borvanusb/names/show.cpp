@@ -1,4 +1,4 @@
-// reg show
+// The command `reg show`.
 
 #include "names/show.h"
 
@@ -101,7 +101,7 @@ ExitCode Run(const RegShowCommand& command, Context& context) {
   const NamedTarget target = names->Find(command.name);
   const MapRegisterForm& form = *target.of->in_map->form;
   std::optional<std::uint64_t> value;
-  // Looking at the documentation of a register must not change it.
+  // Showing the documentation of a register must not change it.
   if (identity && CanRead(form.access) && !ChangesWhenRead(form)) {
     const auto camera = context.host.OpenCamera(*identity);
     value = ReadOne(AccessOf(*target.of), *camera);

@@ -17,7 +17,7 @@ std::uint64_t BitsOf(const RegisterAccess& access) {
   return access.mask & (bits >= kWidest ? kAllBits : ~(kAllBits << bits));
 }
 
-// A register's value from its parts; nothing unless all of them are there.
+// Combines the accesses of a register to its value. Returns nothing if one of them is missing.
 std::optional<std::pair<std::uint64_t, std::uint64_t>> Whole(const RegisterAccess& access,
                                                              const Snapshot& snapshot) {
   std::uint64_t value = 0;

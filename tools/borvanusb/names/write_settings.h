@@ -8,8 +8,8 @@
 
 namespace borvanusb {
 
-// Writes settings one after the other, prints each and fills "writes" of the result. Throws Failure
-// as WriteSetting does; the message says how many were written before.
+// Writes settings in order, prints each one and fills "writes" of the result. Throws the exceptions
+// of WriteSetting(); the message has the number of settings already written.
 void WriteSettings(std::span<const RegisterSetting> settings, bool verify, Camera& camera,
                    Context& context);
 

@@ -1,7 +1,7 @@
 #pragma once
 
-// A camera profile: what is known of one kind of camera module. It gives registers, flash regions
-// and lists of settings their names. Values only; read_profile.h makes them from a file.
+// A camera profile describes one kind of camera module. It names registers, flash regions and lists
+// of settings. Values only; read_profile.h reads them from a file.
 
 #include <cstdint>
 #include <functional>
@@ -18,21 +18,21 @@
 
 namespace borvanusb {
 
-// Which cameras a profile is for: all parts that are given must fit.
+// The cameras that a profile applies to. All given parts must match.
 struct CameraPattern {
   std::string vid;   // four upper-case hexadecimal digits; empty: any
-  std::string pid;   // likewise
-  std::string name;  // with * and ?; empty: any
+  std::string pid;   // the same form
+  std::string name;  // may contain * and ?; empty: any
 };
 
-// Which byte of a register that is wider than an access lies at its lowest address.
+// For a register that is wider than one access: which byte is at the lowest address.
 enum class ByteOrder { kHighFirst, kLowFirst };
-// Which of the accesses of such a register comes first in time: that of the lowest address, or of
-// the highest.
+// For a register that is wider than one access: which address is accessed first, the lowest or the
+// highest.
 enum class AccessOrder { kUpwards, kDownwards };
 
-// A write beside those of a register, such as the one that makes a sensor take over all of its
-// parts at once.
+// An additional write before or after a register access. For example, it makes a sensor apply all
+// parts of a register at the same time.
 struct LatchWrite {
   std::uint32_t address = 0;
   std::uint32_t value = 0;
@@ -49,26 +49,26 @@ struct AccessRule {
 
 // A register map and the device that it describes.
 struct ProfileMap {
-  std::string prefix;  // in front of the map's names: "LEFT"; mostly empty
-  std::string file;    // the SVD file, full name
+  std::string prefix;  // put before the names of the map: "LEFT"; usually empty
+  std::string file;    // full name of the SVD file
   std::shared_ptr<const RegisterMap> map;
   bool on_i2c = false;
-  RegisterWidth width = RegisterWidth::kByte;  // of the chip's registers
-  I2cTarget target;                            // of a device on the bus
+  RegisterWidth width = RegisterWidth::kByte;  // for registers of the chip
+  I2cTarget target;                            // for devices on the I2C bus
   std::uint64_t base = 0;                      // added to the map's addresses
-  std::uint32_t access_bits = 8;               // of one access
-  std::uint32_t step = 1;                      // addresses from one access to the next
+  std::uint32_t access_bits = 8;               // bits of one access
+  std::uint32_t step = 1;                      // address distance between two accesses
   AccessRule rule;
-  // By the map's name for a register.
+  // The key is the register's name in the map.
   std::map<std::string, AccessRule, std::less<>> register_rules;
 };
 
-// A list of settings with a name: a list file, or settings as `reg write` takes them.
+// A named list of settings: a list file, or settings as `reg write` takes them.
 struct ProfilePreset {
   std::string name;
   std::string description;
-  std::string file;                   // full name; empty: `settings`
-  bool on_i2c = false;                // the file is an I2C list
+  std::string file;                   // full name; empty: `settings` is used
+  bool on_i2c = false;                // `file` is an I2C list
   std::vector<std::string> settings;  // "SENSOR.GAIN=0x10", in order
 };
 
@@ -80,7 +80,8 @@ struct CameraProfile {
   std::vector<ProfileMap> maps;
   FlashLayout flash;
   std::vector<ProfilePreset> presets;
-  // Defaults of the tool's options: "--slave" and its value. An option that is given counts more.
+  // Defaults of the tool's options: "--slave" and its value. An option on the command line has
+  // priority.
   std::vector<std::pair<std::string, std::string>> options;
 };
 

@@ -14,7 +14,7 @@ namespace {
 constexpr std::size_t kDeepest = 32;
 constexpr std::size_t kMostMembers = 4096;  // of one object
 
-// The characters of a text, and the line of the last one that was read.
+// An iterator over the characters of a text that counts lines up to the last character read.
 class LineCounting {
  public:
   using iterator_category = std::input_iterator_tag;
@@ -27,7 +27,7 @@ class LineCounting {
 
   const char& operator*() const { return *at_; }
   LineCounting& operator++() {
-    // The line of a line's end is still its own: the parser reads one character beyond a number.
+    // A line end still belongs to its line: the parser reads one character ahead after a number.
     if (line_ != nullptr) {
       *line_ += ended_ ? 1 : 0;
     }
@@ -45,10 +45,10 @@ class LineCounting {
  private:
   const char* at_;
   std::uint64_t* line_;
-  bool ended_ = false;  // the character before was a line's end
+  bool ended_ = false;  // the previous character was a line end
 };
 
-// Builds the tree from what the parser finds.
+// Builds the tree from the events of the parser.
 class TreeBuilder : public nlohmann::json_sax<nlohmann::json> {
  public:
   explicit TreeBuilder(const std::uint64_t& line) : line_(line) {}
@@ -101,7 +101,7 @@ class TreeBuilder : public nlohmann::json_sax<nlohmann::json> {
   }
   bool parse_error(std::size_t /*position*/, const std::string& /*token*/,
                    const nlohmann::json::exception& error) override {
-    // The text after the library's own prefix: what it expected and what it found.
+    // Removes the library's own prefix. What remains says what it expected and what it found.
     std::string why = error.what();
     const std::size_t begin = why.find(": ");
     why = begin == std::string::npos ? why : why.substr(begin + 2);
@@ -146,7 +146,7 @@ class TreeBuilder : public nlohmann::json_sax<nlohmann::json> {
 
   const std::uint64_t& line_;
   JsonNode root_;
-  std::vector<JsonNode*> open_;  // nothing is added beside an open node: its address stays
+  std::vector<JsonNode*> open_;  // lists with an open item do not grow, so pointers stay valid
   std::string key_;
   std::uint64_t key_line_ = 0;
 };

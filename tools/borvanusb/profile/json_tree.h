@@ -12,19 +12,19 @@ namespace borvanusb {
 
 struct JsonMember;
 
-// JSON of a file that people write: each value with its line and its place, for messages.
+// A value of a JSON file that users write, with its line and path for messages.
 struct JsonNode {
   enum class Kind : std::uint8_t { kNull, kBoolean, kNumber, kText, kList, kObject };
 
   Kind kind = Kind::kNull;
   bool boolean = false;
-  bool whole = false;  // a number without a fraction, 0 or above, in `number`
+  bool whole = false;  // `number` is set: an integer from 0
   std::uint64_t number = 0;
-  std::string text;                 // of a text; of other numbers as written
+  std::string text;                 // of a text; for other numbers, as written
   std::vector<JsonNode> items;      // of a list
-  std::vector<JsonMember> members;  // of an object, in the file's order
-  std::uint64_t line = 0;           // from 1 on
-  std::string place;                // "flash.regions[1].range"; empty for the whole
+  std::vector<JsonMember> members;  // of an object, in file order
+  std::uint64_t line = 0;           // from 1
+  std::string place;                // path: "flash.regions[1].range"; empty for the root
 
   const JsonNode* Find(std::string_view key) const;
 };
@@ -34,7 +34,7 @@ struct JsonMember {
   JsonNode value;
 };
 
-// Why a text is no JSON that can be used.
+// Why a text is not valid JSON.
 class JsonTextError : public std::exception {
  public:
   JsonTextError(std::uint64_t line, std::string text) : line_(line), text_(std::move(text)) {}
@@ -46,8 +46,8 @@ class JsonTextError : public std::exception {
   std::string text_;
 };
 
-// Reads a text. Throws JsonTextError, also for a key that an object has twice and for values
-// nested deeper than 32 levels.
+// Parses a text. Throws JsonTextError, also for a duplicate key in an object and for values nested
+// deeper than 32 levels.
 JsonNode ReadJsonTree(std::string_view text);
 
 }  // namespace borvanusb

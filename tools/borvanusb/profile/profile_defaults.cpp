@@ -1,4 +1,4 @@
-// Defaults of options from the profile of the camera.
+// Takes defaults of options from the profile of the camera.
 #include "base/failure.h"
 #include "camera/camera_choice.h"
 #include "camera/host.h"
@@ -16,13 +16,13 @@ OptionDefaults DefaultsOf(const CommonArguments& common, Host& host) {
     const auto profile = LoadProfile(given);
     return {profile->options, profile->file, {}};
   }
-  // Most users have no profiles: nothing is asked then.
+  // Most users have no profiles. Then the camera need not be queried.
   if (ProfileFiles(host).empty()) {
     return {};
   }
   try {
     const FolderMatch match = MatchInFolder(ChosenCamera(host, common.cameras), host);
-    // Of two that fit equally well, none is taken.
+    // If two profiles match equally well, neither is used.
     if (match.best != nullptr && match.equal.empty()) {
       return {match.best->options, match.best->file, {}};
     }

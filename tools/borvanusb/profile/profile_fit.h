@@ -5,11 +5,11 @@
 
 namespace borvanusb {
 
-// How well a profile fits a camera: how many of vid, pid and name the best of its patterns gives
-// and the camera has; 0: it does not fit.
+// How well a profile matches a camera: the number of parts (vid, pid, name) that its best matching
+// pattern gives. 0: the profile is for other cameras.
 int FitOf(const CameraProfile& profile, const CameraIdentity& camera);
 
-// "vid 1D6B, pid 0105 or name Virtual*": the cameras that a profile is for.
+// The cameras that a profile is for, as text: "vid 1D6B, pid 0105 or name Virtual*".
 std::string CamerasText(const CameraProfile& profile);
 
 }  // namespace borvanusb

@@ -13,7 +13,7 @@ namespace {
 
 constexpr std::string_view kEnding = ".camera.json";
 
-// A file's content as far as the system tells that it changed.
+// Time stamps of the files, to detect changes.
 using Stamps = std::map<std::string, FileStamp>;
 
 struct KeptProfile {
@@ -21,7 +21,7 @@ struct KeptProfile {
   std::shared_ptr<const ProfileReading> reading;
 };
 
-// One process works for one camera, or for a few: they are few.
+// The cache has no size limit: a process works with one or a few cameras.
 std::map<std::string, KeptProfile>& KeptProfiles() {
   static std::map<std::string, KeptProfile> kept;
   return kept;
@@ -68,7 +68,8 @@ std::shared_ptr<const ProfileReading> ReadKeptProfile(const std::string& file) {
   if (found != kept.end() && IsUnchanged(found->second.stamps)) {
     return found->second.reading;
   }
-  // The stamps come first: a file that changes while it is read is read again.
+  // Takes the time stamp before reading. If the file changes while it is read, it is read again
+  // next time.
   KeptProfile profile;
   profile.stamps[name] = StampOf(name);
   const std::string text = ReadWholeText(name);

@@ -10,21 +10,21 @@
 
 namespace borvanusb {
 
-// The folder in which cameras find their profiles: BORVANUSB_PROFILES, else one in the user's data.
-// Empty when the system names none.
+// The folder with the user's profiles: BORVANUSB_PROFILES, else a folder in the user's data. Empty
+// if the system has none.
 std::string ProfileFolder(const Host& host);
 
-// The profiles in the folder, by full names, in order.
+// The full names of the profiles in the folder, sorted.
 std::vector<std::string> ProfileFiles(const Host& host);
 
-// A profile and its maps; read again only when one of the files has changed. Throws Failure kFile
-// when the file can't be read.
+// Reads a profile and its maps, from a cache unless one of the files has changed. Throws Failure
+// kFile if the file can't be read.
 std::shared_ptr<const ProfileReading> ReadKeptProfile(const std::string& file);
 
 // Forces a reload. Call it after writing the file, because the time stamp may not change.
 void ForgetKeptProfile(const std::string& file);
 
-// The same for a profile that is used. Throws Failure kFile when it has errors.
+// Reads a profile to use it. Throws Failure kFile also if the profile has errors.
 std::shared_ptr<const CameraProfile> LoadProfile(const std::string& file);
 
 }  // namespace borvanusb

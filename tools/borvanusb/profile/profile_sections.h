@@ -9,13 +9,13 @@
 
 namespace borvanusb {
 
-// The parts of a profile, for read_profile.h.
+// Readers for the sections of a profile; read_profile.h uses them.
 
-// The files that a profile names.
+// Access to the files that a profile names.
 struct ProfileFiles {
-  // The full name of a file that the profile names.
+  // The full name of such a file.
   std::function<std::string(const std::string&)> full_name;
-  // The content of a file by its full name. Throws Failure.
+  // The content of a file, given its full name. Throws Failure.
   std::function<std::string(const std::string&)> read;
 };
 
@@ -25,7 +25,7 @@ FlashLayout ReadFlashSection(const JsonNode* node, ValueReader& values);
 std::vector<ProfilePreset> ReadPresetSection(const JsonNode* node, const ProfileFiles& files,
                                              ValueReader& values);
 
-// Whether a text can be the name of a region or preset: letters, digits and _ - .
+// Whether a text is a valid name of a region or preset: letters, digits and _ - .
 bool IsPlainName(std::string_view text);
 
 }  // namespace borvanusb

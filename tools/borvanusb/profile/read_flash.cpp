@@ -1,4 +1,4 @@
-// The flash of a profile: size, regions.
+// Reads the flash section of a profile: size and regions.
 #include <algorithm>
 #include <cctype>
 
@@ -12,7 +12,7 @@ namespace {
 
 constexpr std::uint64_t kLargestFlash = std::uint64_t{1} << 32U;
 
-// A region and its place in the file.
+// A region and its position in the file.
 struct ToldRegion {
   FlashRegion region;
   const JsonNode* node = nullptr;

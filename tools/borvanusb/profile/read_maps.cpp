@@ -1,4 +1,4 @@
-// The register maps of a profile: the device of each, and how its registers are accessed.
+// Reads the register maps of a profile: the device of each map, and how its registers are accessed.
 #include <algorithm>
 
 #include "base/failure.h"
@@ -46,7 +46,7 @@ std::vector<LatchWrite> ReadLatch(const JsonNode& object, std::string_view key,
   return writes;
 }
 
-// The keys of a rule as far as an object has them; the rest is as in `otherwise`.
+// Reads an access rule. Missing keys keep the value of `otherwise`.
 AccessRule ReadRule(const JsonNode& object, const AccessRule& otherwise, const ProfileMap& map,
                     ValueReader& values) {
   AccessRule rule = otherwise;
@@ -93,7 +93,7 @@ void ReadI2cDevice(const JsonNode& item, ProfileMap& map, ValueReader& values) {
   map.target.option =
       static_cast<std::uint32_t>(values.Number(item, "option", kHighestByte).value_or(0));
   const auto mode = values.Choice(item, "mode", {"8/8", "16/8", "16/16", "32/8", "32/16", "32/32"});
-  constexpr std::size_t kUsualMode = 1;  // 16/8, what most sensors have
+  constexpr std::size_t kUsualMode = 1;  // 16/8, the mode of most sensors
   map.target.mode = static_cast<std::int32_t>(mode.value_or(kUsualMode));
   map.access_bits = static_cast<std::uint32_t>(WidthModeOf(map.target.mode).data_bits);
 }

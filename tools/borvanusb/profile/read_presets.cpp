@@ -1,4 +1,4 @@
-// The presets of a profile.
+// Reads the presets of a profile.
 #include <algorithm>
 
 #include "base/format.h"

@@ -14,7 +14,7 @@ namespace {
 
 constexpr std::size_t kLargestProfile = std::size_t{1} << 20U;
 
-// Where a profile's own files lie: the folder with its separator, empty for a bare name.
+// The folder of the profile with a trailing separator; empty for a name without folder.
 std::string FolderOf(const std::string& file) {
   const std::size_t end = file.find_last_of("/\\");
   return end == std::string::npos ? "" : file.substr(0, end + 1);
@@ -24,7 +24,7 @@ bool IsFullName(const std::string& name) {
   return name.starts_with('/') || name.starts_with('\\') || (name.size() > 1 && name[1] == ':');
 }
 
-// "1D6B" of "1d6b" or "0x1d6b"; nothing for anything else.
+// "1D6B" for "1d6b" or "0x1d6b". Empty for anything else.
 std::string UsbId(std::string text) {
   if (text.starts_with("0x") || text.starts_with("0X")) {
     text.erase(0, 2);

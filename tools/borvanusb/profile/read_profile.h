@@ -10,23 +10,21 @@
 
 namespace borvanusb {
 
-// A profile as far as it could be read.
+// A profile, as far as it could be read.
 struct ProfileReading {
   CameraProfile profile;
-  std::vector<ListProblem>
-      errors;  // in the order of lines; with any, the profile is not to be used
+  std::vector<ListProblem> errors;  // sorted by line; if there are any, do not use the profile
 };
 
-// A file's content by its full name. Throws Failure.
+// Returns the content of a file, given its full name. Throws Failure.
 using ProfileFileReader = std::function<std::string(const std::string& name)>;
 
 // Reads a profile from the text of its file.
-//   file  the profile's full name: the files that it names lie relative to its folder
+//   file  full name of the profile; the files that it names are relative to its folder
 ProfileReading ReadProfileText(std::string_view text, const std::string& file,
                                const ProfileFileReader& read);
 
-// Reads a profile and the maps that it names. Throws Failure kFile when the file itself can't be
-// read.
+// Reads a profile and its maps. Throws Failure kFile if the file itself can't be read.
 ProfileReading ReadProfile(const std::string& file);
 
 }  // namespace borvanusb

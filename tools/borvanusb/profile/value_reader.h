@@ -12,29 +12,29 @@
 
 namespace borvanusb {
 
-// Takes typed values from JSON. What is wrong becomes an error with line and place, and the value
-// is none.
+// Reads typed values from JSON. An invalid value is reported as an error with its line and path,
+// and counts as missing.
 class ValueReader {
  public:
   explicit ValueReader(std::vector<ListProblem>& errors) : errors_(errors) {}
 
   void Wrong(const JsonNode& node, const std::string& why);
 
-  // Whether a node is an object with no other keys than these.
+  // Whether a node is an object with no keys except these.
   bool IsObject(const JsonNode& node, std::initializer_list<std::string_view> keys);
-  // The items of a list; none for null and with an error for anything else.
+  // The items of a list. Empty for null, and with an error for anything else.
   const std::vector<JsonNode>& Items(const JsonNode* node);
 
-  // Of an object's key; nothing when the key is not there.
+  // The text of a key. Returns nothing if the object does not have the key.
   std::optional<std::string> Text(const JsonNode& object, std::string_view key);
-  // A text that is not empty and must be there.
+  // A required text that must not be empty.
   std::string NeededText(const JsonNode& object, std::string_view key);
   bool Flag(const JsonNode& object, std::string_view key, bool otherwise);
-  // A number, or a text such as "0x6c", from 0 to `highest`.
+  // A number from 0 to `highest`, or a text such as "0x6c".
   std::optional<std::uint64_t> Number(const JsonNode& object, std::string_view key,
                                       std::uint64_t highest);
   std::optional<std::uint64_t> Number(const JsonNode& node, std::uint64_t highest);
-  // The place of a text among the words.
+  // The index of a text in `words`.
   std::optional<std::size_t> Choice(const JsonNode& object, std::string_view key,
                                     std::initializer_list<std::string_view> words);
   std::vector<std::string> Texts(const JsonNode& object, std::string_view key);

@@ -1,4 +1,4 @@
-// profile check
+// The command `profile check`.
 
 #include "profile_commands/check.h"
 

@@ -17,7 +17,7 @@ bool IsCalled(const OptionDescription& option, const std::string& name) {
   return !option.positional && std::ranges::find(option.names, name) != option.names.end();
 }
 
-// Hands the value to what reads it; why it is refused, or nothing.
+// Tries to parse the value with `read`. Returns the reason if it is rejected, else an empty text.
 template <typename Read>
 std::string Tried(const OptionDescription& option, const std::string& value, Read read) {
   if (option.value.empty()) {
@@ -31,7 +31,8 @@ std::string Tried(const OptionDescription& option, const std::string& value, Rea
   return {};
 }
 
-// Why one command, or the options of all commands, refuse the value; nothing without this option.
+// Why a command, or the options common to all commands, reject the value. Returns nothing if there
+// is no such option.
 std::optional<std::string> OwnProblem(const CommandRule& rule, const std::string& name,
                                       const std::string& value) {
   const auto& options = rule.description.options;

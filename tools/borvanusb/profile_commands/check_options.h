@@ -6,7 +6,8 @@
 
 namespace borvanusb {
 
-// Why a default of a profile can't be used; empty when every command that has the option takes it.
+// Why a default of a profile can't be used. Empty if every command that has the option accepts the
+// value.
 //   option  "--slave"
 std::string DefaultProblem(const std::string& option, const std::string& value,
                            const CommandRules& rules);

@@ -20,7 +20,7 @@ namespace borvanusb {
 
 namespace {
 
-constexpr std::size_t kMostTold = 20;  // of problems of one kind
+constexpr std::size_t kMostTold = 20;  // messages of one kind
 
 std::string InSmallLetters(std::string_view text) {
   std::string small(text);
@@ -48,7 +48,7 @@ class Checker {
   }
 
  private:
-  // A part of the file that was read without an error: all of its keys are there.
+  // A list item of the file. It was read without errors, so all keys on the way exist.
   const JsonNode& Item(std::string_view key, std::size_t index) const {
     return root_.Find(key)->items[index];
   }
@@ -67,7 +67,7 @@ class Checker {
     return Item("maps", static_cast<std::size_t>(&map - profile_.maps.data()));
   }
 
-  // Two registers of one name: the second can't be reached by it.
+  // If two registers have the same name, the second one can't be accessed by it.
   void CheckNames() {
     std::map<std::string, const NamedRegister*> first;
     std::map<const ProfileMap*, std::size_t> told;
@@ -120,7 +120,7 @@ class Checker {
     if (regions == nullptr) {
       return;
     }
-    std::map<std::string, std::string> patterns;  // in small letters, with their regions
+    std::map<std::string, std::string> patterns;  // lower case, with the names of their regions
     for (const JsonNode& item : regions->items) {
       const FlashRegion& region = *profile_.flash.Find(item.Find("name")->text);
       if (region.range.first % kSectorSize != 0 ||
@@ -178,7 +178,7 @@ class Checker {
       Remark(list, "has no settings");
     }
     if (settings.size() < preset.settings.size()) {
-      return;  // a field that is wrong may be the one that is missing
+      return;  // an invalid setting may be the one that would set the missing field
     }
     for (const RegisterSetting& setting : MergeSettings(std::move(settings), false)) {
       try {

@@ -11,16 +11,16 @@
 
 namespace borvanusb {
 
-// What is wrong with a profile, and what may be.
+// Errors of a profile, and remarks about possible errors.
 struct ProfileFindings {
-  std::vector<ListProblem> errors;   // in the order of lines
-  std::vector<ListProblem> remarks;  // likewise
+  std::vector<ListProblem> errors;   // sorted by line
+  std::vector<ListProblem> remarks;  // sorted by line
 };
 
-// Finds what only the names of its registers and the tool's options show: presets that can't be
-// applied, names that two registers share, registers that can't be reached, defaults that no option
-// takes. A profile that has errors when it is read has no others here.
-//   text   of the profile's file, as `reading` was made from
+// Makes the checks that need register names and the tool's options. It finds presets that can't be
+// applied, names that two registers share, registers that can't be accessed, and defaults that no
+// option accepts. A profile that has errors after reading is not checked further.
+//   text   content of the profile's file, from which `reading` was made
 //   read   reads the list files of presets
 //   rules  the tool's commands
 ProfileFindings CheckProfile(std::string_view text,

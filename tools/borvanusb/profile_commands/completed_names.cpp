@@ -14,7 +14,7 @@ bool BeginsWith(std::string_view name, std::string_view word) {
   return name.size() >= word.size() && SameName(name.substr(0, word.size()), word);
 }
 
-// The fields of the register whose name and a dot stand in front of the word.
+// Adds the fields of the register if the word starts with its name and a dot.
 void AddFields(const NamedRegister& named, std::string_view word, std::vector<std::string>& found) {
   if (!BeginsWith(word, Format("{}.", named.name))) {
     return;
@@ -27,7 +27,8 @@ void AddFields(const NamedRegister& named, std::string_view word, std::vector<st
   }
 }
 
-// The last parts of names that begin as the word does, where one register alone has them.
+// Adds names without their leading parts, if they start with the word and only one register has
+// them.
 void AddLastParts(std::string_view word, const RegisterNames& names,
                   std::vector<std::string>& found) {
   for (const NamedRegister& named : names.All()) {
@@ -41,7 +42,7 @@ void AddLastParts(std::string_view word, const RegisterNames& names,
     }
   }
   std::ranges::sort(found);
-  // What several registers have means none of them.
+  // Skips names that are ambiguous.
   std::vector<std::string> clear;
   for (const std::string& name : found) {
     if (std::ranges::count(found, name) == 1) {

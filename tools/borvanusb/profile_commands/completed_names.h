@@ -8,13 +8,12 @@
 
 namespace borvanusb {
 
-// What a word of a command line can name.
+// The kinds of names that a word of a command line can stand for.
 enum class NameKind { kRegisters, kSettings, kRegions, kPresets };
 
-// The names that begin as a word does, whatever the letters' sizes, for shells that complete it. Of
-// registers: those by their whole name, else those whose last parts begin so; fields when the word
-// names their register and a dot. Settings end in =; after that sign they are the values of the
-// field that have names.
+// Shell completion: the names that begin with a word, in upper or lower case. Registers are
+// completed by full name, else by their last parts; fields follow after a register's name and a
+// dot. Settings end in =; after the =, the named values of the field are completed.
 std::vector<std::string> CompletedNames(NameKind kind, std::string_view word,
                                         const RegisterNames& names);
 

@@ -20,7 +20,7 @@ std::string DevicesText(const std::vector<std::uint32_t>& devices) {
   return text;
 }
 
-// What a remark would tell in a file that had remarks.
+// The facts about the camera as text. JSON has no comments, so they go into the description.
 std::string DescriptionOf(const CameraFacts& facts) {
   std::string text =
       Format("Written by borvanusb profile new on {} for the camera {}. Feature register {}: {}.",
@@ -48,7 +48,8 @@ bool IsUsbId(const std::string& text) {
          text.find_first_not_of("0123456789ABCDEFabcdef") == std::string::npos;
 }
 
-// By IDs where the system knows them: a name may change with the driver.
+// Identifies the camera by its USB IDs if they are known, because a name may change with the
+// driver.
 Json CameraOf(const CameraIdentity& camera) {
   if (IsUsbId(camera.vid) && IsUsbId(camera.pid)) {
     return {{"vid", camera.vid}, {"pid", camera.pid}};
@@ -75,7 +76,7 @@ std::string FirstProfileText(const CameraFacts& facts) {
   }
   profile["presets"] = Json::array();
   profile["options"] = Json::object();
-  // The only device is the one that is meant.
+  // A single device is the obvious default.
   if (facts.devices.size() == 1) {
     profile["options"] = {{"slave", Hex(facts.devices.front(), 2)}, {"mode", facts.mode}};
   }

@@ -9,18 +9,18 @@
 
 namespace borvanusb {
 
-// What a camera answers, for its first profile.
+// Facts read from a camera, for its first profile.
 struct CameraFacts {
   CameraIdentity camera;
   std::uint32_t features = 0;  // register 0x1a3
   std::optional<std::uint64_t> flash_size;
-  std::string flash_size_reason;  // how it is known, or why not
-  // The devices on the I2C bus, if it was scanned: those that answer, and those whose answer may
-  // be that of an empty bus.
+  std::string flash_size_reason;  // where the size comes from, or why it is unknown
+  // The devices on the I2C bus, if it was scanned: devices that answer, and addresses whose answer
+  // may be that of an empty bus.
   bool scanned = false;
   std::vector<std::uint32_t> devices;
   std::vector<std::uint32_t> doubtful;
-  std::string mode;  // in which they were asked: "16/8"
+  std::string mode;  // I2C mode of the scan: "16/8"
   std::string date;  // "2026-11-22"
 };
 

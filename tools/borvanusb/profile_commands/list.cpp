@@ -1,4 +1,4 @@
-// profile list
+// The command `profile list`.
 
 #include "profile_commands/list.h"
 
@@ -31,9 +31,9 @@ using Json = nlohmann::ordered_json;
 
 struct ListedProfile {
   std::string file;
-  std::shared_ptr<const ProfileReading> reading;  // null: it can't be read
-  std::string problem;                            // why it can't be used; empty when it can
-  bool given = false;                             // by --profile or BORVANUSB_PROFILE
+  std::shared_ptr<const ProfileReading> reading;  // null: can't be read
+  std::string problem;                            // why it can't be used; else empty
+  bool given = false;                             // with --profile or BORVANUSB_PROFILE
 };
 
 ListedProfile Listed(const std::string& file, bool given) {
@@ -63,19 +63,19 @@ std::vector<ListedProfile> AllProfiles(const Context& context) {
   return profiles;
 }
 
-// Which of the profiles a camera uses.
+// The profile that a camera uses.
 struct CameraUse {
   CameraIdentity camera;
   const ListedProfile* profile = nullptr;
-  std::vector<std::string> ambiguous;  // files that fit equally well, when there are several
-  std::string problem;                 // why it uses none although one is there
+  std::vector<std::string> ambiguous;  // files that match equally well, if there are several
+  std::string problem;                 // why an existing profile is not used
 };
 
 CameraUse UseOf(const CameraIdentity& camera, const std::vector<ListedProfile>& profiles,
                 bool force) {
   CameraUse use;
   use.camera = camera;
-  // A profile that is given is the only one that counts.
+  // A given profile replaces those in the folder.
   if (!profiles.empty() && profiles.front().given) {
     const ListedProfile& given = profiles.front();
     if (!given.problem.empty()) {

@@ -1,4 +1,4 @@
-// profile names
+// The command `profile names`.
 
 #include "profile_commands/names.h"
 

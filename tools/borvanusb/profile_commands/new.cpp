@@ -1,4 +1,4 @@
-// profile new
+// The command `profile new`.
 
 #include "profile_commands/new.h"
 
@@ -87,14 +87,14 @@ ExitCode Run(const ProfileNewCommand& command, Context& context) {
   CheckWritable(command.file);
   CameraFacts facts;
   facts.camera = ChosenCamera(context.host, context.common.cameras);
-  constexpr std::size_t kDate = 10;  // of "2026-11-22T19:18:05Z"
+  constexpr std::size_t kDate = 10;  // length of the date in "2026-11-22T19:18:05Z"
   facts.date = TimeText(context.host.Now()).substr(0, kDate);
   facts.mode = WidthModeOf(command.i2c.mode).name;
   AskCamera(command, facts, context);
   if (command.scan) {
     Scan(command, facts, context);
   }
-  // It may be there meanwhile.
+  // Another process may have created the file in the meantime.
   RequireNew(command);
   WriteWholeText(command.file, FirstProfileText(facts));
   context.output.Line(Format("{}: a profile for {}", command.file, CameraLine(facts.camera)));

@@ -18,7 +18,7 @@ struct ProfileNewCommand {
   bool scan = false;
   bool yes = false;
   std::optional<std::uint64_t> flash_size;
-  I2cOptions i2c;  // how devices are asked when scanning
+  I2cOptions i2c;  // how the scan accesses devices
 };
 
 ExitCode Run(const ProfileNewCommand& command, Context& context);

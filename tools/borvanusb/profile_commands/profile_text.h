@@ -7,9 +7,9 @@
 
 namespace borvanusb {
 
-// Profiles as lines and as JSON.
+// Prints profiles as lines and as JSON.
 
-// [{"vid", "pid", "name"}]; a part that is not given is null.
+// [{"vid", "pid", "name"}]. Parts that are not given are null.
 nlohmann::ordered_json CamerasJson(const CameraProfile& profile);
 // The whole profile.
 nlohmann::ordered_json ProfileJson(const CameraProfile& profile);
@@ -17,7 +17,7 @@ nlohmann::ordered_json ProfileJson(const CameraProfile& profile);
 // The device of a map: "chip", "chip, 32 bits an access", "I2C slave 0x6c, mode 16/8".
 std::string DeviceText(const ProfileMap& map);
 
-// A file's name without its folder.
+// A file name without its folder.
 std::string BareName(const std::string& file);
 
 }  // namespace borvanusb

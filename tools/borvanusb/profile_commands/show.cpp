@@ -1,4 +1,4 @@
-// profile show
+// The command `profile show`.
 
 #include "profile_commands/show.h"
 
@@ -45,7 +45,7 @@ std::shared_ptr<const CameraProfile> ProfileOf(const ProfileShowCommand& command
   return profile;
 }
 
-// Rows of two cells below a headline.
+// Prints rows of two cells below a headline.
 void PrintRows(const std::string& headline,
                const std::vector<std::pair<std::string, std::string>>& rows, Output& output) {
   if (rows.empty()) {

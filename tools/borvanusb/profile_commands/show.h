@@ -10,7 +10,7 @@ struct CommandRule;
 struct Context;
 
 struct ProfileShowCommand {
-  std::string file;  // empty: that of the camera
+  std::string file;  // empty: the profile of the camera
 };
 
 ExitCode Run(const ProfileShowCommand& command, Context& context);

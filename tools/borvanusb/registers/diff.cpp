@@ -21,8 +21,8 @@ constexpr unsigned kPageShift = 16;
 constexpr int kAddressDigits = 4;
 constexpr std::uint64_t kByte = 0xFF;
 
-// Only a list that can be loaded says what registers hold: the entries of an I2C list, say, are
-// those of another chip.
+// Throws if the list can't be loaded, because then its values are meaningless. For example, an I2C
+// list contains registers of another chip.
 std::vector<ListEntry> ReadEntries(const std::string& file, Context& context) {
   CheckedRegisterList checked = CheckRegisterList(ReadWholeText(file));
   RequireGoodList(file, checked.list, "nothing was compared", context);

@@ -10,8 +10,8 @@ namespace borvanusb {
 struct CommandRule;
 struct Context;
 
-// Compares two of: a list, "camera", "camera:WHICH", "preset:NAME", "reset". Of a camera the
-// registers that the other side names are read.
+// Compares two sides: a list, "camera", "camera:WHICH", "preset:NAME" or "reset". From a camera,
+// the registers of the other side are read.
 struct RegDiffCommand {
   std::string left;
   std::string right;
@@ -22,8 +22,8 @@ ExitCode Run(const RegDiffCommand& command, Context& context);
 
 CommandRule RegDiffRule();
 
-// What a register list leaves in the chip's registers, by their whole addresses. Throws Failure
-// kFile for a list that can't be loaded.
+// The values that a register list writes to the chip, by full address. Throws Failure kFile if the
+// list can't be loaded.
 Snapshot RegistersOfListFile(const std::string& file, Context& context);
 
 }  // namespace borvanusb

@@ -20,7 +20,7 @@ namespace {
 
 constexpr unsigned kPageShift = 16;
 
-// A list tells its page once, and loading writes the low 16 bits of an address.
+// A list contains its page only once, and loading uses the low 16 bits of each address.
 void CheckOnePage(const Range& range) {
   if (range.first >> kPageShift != range.last >> kPageShift) {
     throw Failure(
@@ -93,7 +93,7 @@ ExitCode Run(const RegDumpCommand& command, Context& context) {
 
 CommandRule RegDumpRule() {
   RuleOf<RegDumpCommand> rule({"reg", "dump"}, "Writes registers as a list for reg load.");
-  // First, so that what comes next knows of it.
+  // Must be added first, so that the following options can refer to it.
   rule.AddFlag("--all-named", "all registers that the profile names; RANGE is left out",
                &RegDumpCommand::all_named);
   rule.Add(Optional(Argument("RANGE", kRangeText)),

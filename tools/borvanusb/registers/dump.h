@@ -14,8 +14,8 @@ struct RegDumpCommand {
   Range range;
   std::string file;  // empty: standard output
   bool wide = false;
-  bool all_named = false;  // in place of the range
-  bool hex = false;        // rows of bytes on standard output in place of a list
+  bool all_named = false;  // instead of the range
+  bool hex = false;        // hex dump on standard output instead of a list
 };
 
 ExitCode Run(const RegDumpCommand& command, Context& context);

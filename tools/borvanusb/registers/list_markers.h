@@ -4,16 +4,16 @@
 
 namespace borvanusb {
 
-// What a chip takes the values of 0xfffd and 0xfffe in a register list for.
+// How a chip interprets the values of 0xfffd and 0xfffe in a register list.
 enum class ListMarkers {
-  kDelays,  // nothing that changes where the registers lie
-  kPage,    // bits 24 to 31 and 16 to 23 of the addresses of the registers behind them
+  kDelays,  // the addresses of the registers are unaffected
+  kPage,    // bits 24 to 31 and 16 to 23 of the addresses of the following registers
 };
 
 constexpr std::uint32_t kSlaveMarker = 0xFFF8;
-constexpr std::uint32_t kWidthMarker = 0xFFFE;  // behind a kSlaveMarker
+constexpr std::uint32_t kWidthMarker = 0xFFFE;  // after a kSlaveMarker
 
-// Whether an entry of an I2C list at this address is passed over.
+// Whether an I2C list ignores entries with this address.
 constexpr bool IsPassedOver(std::uint32_t address) {
   return address == 0xFEF0 || address == 0xFEF1;
 }

@@ -15,7 +15,19 @@ namespace {
 constexpr std::string_view kRemark = "//";
 constexpr std::size_t kLongestQuote = 40;
 
+<<<<<<< HEAD
 // Lists are 8-bit text of any code page, or no text at all: only what every terminal shows.
+=======
+std::string_view Trim(std::string_view text) {
+  const std::size_t first = text.find_first_not_of(kBlanks);
+  if (first == std::string_view::npos) {
+    return {};
+  }
+  return text.substr(first, text.find_last_not_of(kBlanks) - first + 1);
+}
+
+// Lists are 8-bit text in any code page, or no text at all. Shows only printable ASCII.
+>>>>>>> 8fd15bf197c1996dc8779df40fb6d0e90158a8a1
 std::string Quoted(std::string_view text) {
   std::string quoted = "\"";
   for (const char character : text.substr(0, kLongestQuote)) {
@@ -81,7 +93,7 @@ class Reader {
 
   void Problem(std::string text) { list_.problems.push_back({line_, std::move(text)}); }
 
-  // With the problems that the file has besides.
+  // Returns the result, including problems of the whole file.
   ListText Take(const std::vector<ListProblem>& of_file) {
     list_.problems.insert(list_.problems.end(), of_file.begin(), of_file.end());
     SortByLine(list_.problems);
@@ -102,7 +114,7 @@ class Reader {
       Problem(number.problem);
       return std::nullopt;
     }
-    // The library looks for a 0x in all that stands before the second comma.
+    // The library searches for 0x in everything before the second comma.
     if (comma != std::string_view::npos && !meant.starts_with("0x") &&
         field.find("0x", meant.size()) != std::string_view::npos) {
       Problem("a comment after the value would be read as the value: put a comma before the //");
@@ -118,7 +130,7 @@ class Reader {
     return number.value;
   }
 
-  // The library compares the address with what is written, blanks included.
+  // The library compares the address as text, including blanks.
   void TakeDropped(std::string_view field) {
     constexpr std::size_t kAsWritten = 6;  // "0xfff2"
     if (field.size() == kAsWritten && field[1] == 'x') {

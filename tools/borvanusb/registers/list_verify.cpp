@@ -20,12 +20,12 @@ namespace {
 constexpr int kAddressDigits = 4;
 constexpr int kValueDigits = 2;
 constexpr std::size_t kMostNamed = 4;
-// Registers in a row that are worth a job of their own, and as many as one job takes: a multiple of
-// the 56 that the chip delivers at once.
+// The minimum number of adjacent registers for a job, and the maximum for one job: a multiple of
+// the 56 registers that the chip delivers at once.
 constexpr std::uint64_t kLeastInJob = 65;
 constexpr std::uint64_t kMostInJob = 3584;
 
-// Registers whose addresses follow each other, in one page.
+// Ranges of adjacent registers; a range stays within one page.
 std::vector<Range> RowsOf(const RegisterValues& written) {
   constexpr std::uint32_t kInPage = 0xFFFF;
   std::vector<Range> rows;
@@ -54,7 +54,7 @@ std::vector<std::uint32_t> ReadRow(const Range& row, Camera& camera) {
   return values;
 }
 
-// What fails now must not look as if the list had not been written.
+// Extends error messages, so that a failure here does not look as if the list had not been written.
 void WhileWritten(const std::function<void()>& read) {
   try {
     read();

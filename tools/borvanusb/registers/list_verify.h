@@ -12,7 +12,7 @@
 
 namespace borvanusb {
 
-// How `reg load` and `i2c load` find out whether a camera holds what a list wrote.
+// How `reg load` and `i2c load` verify that the camera has the values of a list.
 
 struct WrongRegister {
   std::optional<I2cRegister> i2c;  // nothing: a register of the chip
@@ -23,22 +23,22 @@ struct WrongRegister {
 
 struct ReadBack {
   std::uint64_t compared = 0;
-  std::vector<WrongRegister> wrong;  // in the order of their addresses
+  std::vector<WrongRegister> wrong;  // sorted by address
 };
 
-// Read each register back, with progress. Throw Failure as the camera does; the message says that
-// the list is written.
+// Read each register back, and show progress. Throw Failure as the camera does; the message says
+// that the list has been written.
 ReadBack ReadBackRegisters(const RegisterValues& written, Camera& camera, Context& context);
 ReadBack ReadBackI2c(const WrittenI2cRegisters& written, std::uint32_t option, Camera& camera,
                      Context& context);
 
-// Adds "verified", "compared" and "wrong" to the result. Tells wrong registers on standard error
-// and returns kVerify then.
+// Adds "verified", "compared" and "wrong" to the result. If registers are wrong, prints them to
+// standard error and returns kVerify.
 //   command  "reg load"
 ExitCode ReportReadBack(const std::string& command, const std::string& file,
                         const ReadBack& read_back, Context& context);
 
-// ", all read back equal", for the line that says that the list was written.
+// ", all read back equal", for the line about the written list.
 std::string ReadBackText(const ReadBack& read_back);
 
 }  // namespace borvanusb

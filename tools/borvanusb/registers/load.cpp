@@ -19,7 +19,7 @@ namespace borvanusb {
 
 namespace {
 
-// Whether it is known where the list's registers will lie. Throws kUsage where it is not.
+// Throws kUsage if the addresses of the list's registers are ambiguous.
 void CheckMarkers(const RegLoadCommand& command, const CheckedRegisterList& checked) {
   const ListEntry* const marked = FirstMarkedRegister(checked.list.entries);
   if (marked != nullptr && !command.markers) {
@@ -55,7 +55,8 @@ ExitCode Run(const RegLoadCommand& command, Context& context) {
     return LoadForSeveral(command.all, context);
   }
   const ReservedCamera camera = ReserveChosenCamera(context);
-  // What was checked is what is sent: the file could be read differently, or change.
+  // Sends the entries that were checked. The library might read the file differently, or the file
+  // might change.
   camera->WriteRegisterList(RegisterListText(checked.list.entries));
   context.result = LoadJson(command.file, checked.list, checked.registers, true);
   const std::string written =

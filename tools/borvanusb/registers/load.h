@@ -15,9 +15,9 @@ struct RegLoadCommand {
   std::string file;
   bool check_only = false;
   bool verify = false;
-  // For lists whose registers lie elsewhere on some chips.
+  // For lists whose registers have different addresses on some chips.
   std::optional<ListMarkers> markers = std::nullopt;
-  bool all = false;  // every camera there is
+  bool all = false;  // all connected cameras
 };
 
 ExitCode Run(const RegLoadCommand& command, Context& context);

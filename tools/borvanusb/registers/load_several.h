@@ -8,10 +8,10 @@
 
 namespace borvanusb {
 
-// Loads the list of the command line into several cameras; the list was checked.
+// Loads the list of the command line into several cameras. The list must have been checked.
 ExitCode LoadForSeveral(bool all, Context& context);
 
-// Refuses what can't be loaded into several cameras. Throws WrongUse.
+// Throws WrongUse if the options do not allow loading into several cameras.
 template <typename C>
 void CheckLoadForSeveral(const C& command, const GivenOptions& given) {
   CheckAll(command.all, given);

@@ -34,11 +34,11 @@ void WriteMasked(const RegisterWrite& write, const std::function<std::uint32_t()
   }
   write_value(value);
   if (write.verify) {
-    // Other bits may be the chip's own, such as states.
+    // Other bits may be changed by the chip itself, such as status bits.
     const std::uint32_t wanted = write.mask.value_or(kAllBits);
     std::uint32_t found = read();
-    // A write goes to the chip in parts. Where one did not arrive, bits that nobody named have
-    // changed, and writing again puts them right; bits of the chip's own take no harm.
+    // A write is sent to the chip in parts. If one part is lost, bits outside the mask change, and
+    // a second write corrects them. If the chip itself changed them, the second write does no harm.
     const auto others_changed = [&] { return before && ((found ^ *before) & ~wanted) != 0; };
     if (others_changed()) {
       write_value(value);

@@ -1,4 +1,4 @@
-// reg read
+// The command `reg read`.
 
 #include "registers/read.h"
 

@@ -12,7 +12,7 @@ struct CommandRule;
 struct Context;
 
 struct RegReadCommand {
-  Range range;  // the only word, if it is a range or number
+  Range range;  // if it is the only word
   bool wide = false;
   std::vector<std::string> words = {};  // ranges, names, patterns
 };

@@ -9,12 +9,13 @@
 
 namespace borvanusb {
 
-// Registers and what a list leaves in them: of several values the last.
+// Registers with the values that a list writes. If a register occurs several times, the last value
+// counts.
 using RegisterValues = std::map<std::uint32_t, std::uint32_t>;
 
 RegisterValues RegistersOf(const std::vector<ListEntry>& entries);
 
-// A register in which two sides differ; a side without it has no value.
+// A register that differs. A side that does not have it has no value.
 struct RegisterDifference {
   std::uint32_t address = 0;
   std::optional<std::uint32_t> left;
@@ -23,12 +24,12 @@ struct RegisterDifference {
   bool operator==(const RegisterDifference&) const = default;
 };
 
-// In the order of the addresses.
+// Sorted by address.
 std::vector<RegisterDifference> CompareRegisters(const RegisterValues& left,
                                                  const RegisterValues& right);
 
-// Bits 16 to 31 of the addresses of a list that has the form of a dump: a 0xfffd and a 0xfffe in
-// front and nowhere else, then registers in a row. 0 for any other list: there the two are delay
+// Bits 16 to 31 of the addresses if the list has the form of a dump: one 0xfffd and one 0xfffe at
+// the beginning, then adjacent registers. Returns 0 for any other list, in which the two are delay
 // values.
 std::uint32_t PageOf(const std::vector<ListEntry>& entries);
 

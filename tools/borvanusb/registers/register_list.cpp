@@ -15,7 +15,8 @@ constexpr int kAddressDigits = 4;
 constexpr int kValueDigits = 2;
 constexpr int kWideDigits = 8;
 
-// The library sends so many registers in a row as one block, with the delay values of its first.
+// The library sends this many adjacent registers as one block, with the delay values of the first
+// one.
 constexpr std::size_t kShortestRun = 21;
 constexpr std::size_t kLongestRun = 56;
 
@@ -27,21 +28,21 @@ bool IsMarker(std::uint32_t address) {
   return IsDelay(address) || address == kPauseMarker || address == kDroppedMarker;
 }
 
-// Follows how the library forms blocks of registers in a row, and tells which registers lie inside
-// one, behind its first.
+// Simulates how the library forms blocks of adjacent registers. Finds the registers inside a block,
+// except its first.
 class Rows {
  public:
   void Add(std::uint32_t address) {
     const std::size_t place = inside_.size();
     inside_.push_back(false);
     if (std::exchange(broke_off_, false) && address == 1) {
-      // The library takes register 1 for a step of the one before.
+      // A quirk of the library: it takes register 1 as the successor of the previous register.
       Begin(place - 1, 0);
       strays_ = true;
     }
     if (length_ == 0 || address != previous_ + 1) {
       const bool was_run = Close();
-      // The one that breaks a block off can't begin the next.
+      // The register that ends a block can't start the next one.
       if (was_run) {
         broke_off_ = true;
       } else {
@@ -58,7 +59,7 @@ class Rows {
 
   void End() { Close(); }
   const std::vector<bool>& Inside() const { return inside_; }
-  // The places of registers from which on values go to others than the list says.
+  // Indexes of registers from which on the library writes to wrong addresses.
   const std::vector<std::size_t>& Strays() const { return stray_places_; }
 
  private:
@@ -85,8 +86,8 @@ class Rows {
   std::size_t first_ = 0;
   std::size_t length_ = 0;
   std::uint32_t previous_ = 0;
-  bool broke_off_ = false;  // the register before broke a block off
-  bool strays_ = false;     // the row began with such a one
+  bool broke_off_ = false;  // the previous register ended a block
+  bool strays_ = false;     // the row starts with such a register
   std::vector<std::size_t> stray_places_;
 };
 
@@ -95,7 +96,7 @@ class Checker {
   explicit Checker(ListText list) { checked_.list = std::move(list); }
 
   CheckedRegisterList Check() {
-    // Problems of lines hide entries, among them perhaps the opening one.
+    // Invalid lines may hide entries, even the first one.
     const bool whole = checked_.list.problems.empty();
     for (const ListEntry& entry : checked_.list.entries) {
       CheckNumbers(entry);
@@ -186,8 +187,8 @@ class Checker {
   CheckedRegisterList checked_;
   bool opened_ = false;
   std::vector<ListEntry> marks_;             // since the last register
-  std::vector<std::uint64_t> marks_before_;  // by register: the line of its first mark, or 0
-  std::vector<std::uint64_t> lines_;         // by register: its line
+  std::vector<std::uint64_t> marks_before_;  // for each register: the line of its first mark, or 0
+  std::vector<std::uint64_t> lines_;         // for each register: its line
   Rows rows_;
 };
 

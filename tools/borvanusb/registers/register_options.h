@@ -1,6 +1,6 @@
 #pragma once
 
-// The arguments and options that commands on registers share, of the chip or over I2C.
+// Arguments and options of commands on registers, both of the chip and over I2C.
 
 #include <string>
 #include <utility>
@@ -20,7 +20,7 @@ constexpr const char* kHexText = "show bytes in rows of 16 with text beside them
 constexpr const char* kVerifyListText = "read every register back and compare";
 constexpr const char* kCheckText = "check the list and write nothing";
 
-// Options that name a camera or its transfers, where a command line needs no camera.
+// Rejects options about a camera or its transfers if the command line does not use a camera.
 void RefuseCamera(const GivenOptions& given, const std::string& why);
 
 template <typename C>
@@ -36,7 +36,7 @@ void AddDumpFile(RuleOf<C>& rule) {
   rule.AddFlag("--hex", kHexText, &C::hex);
 }
 
-// What AddDumpFile takes, together.
+// Checks the combination of the options that AddDumpFile added.
 template <typename C>
 void CheckDumpFile(const C& command, const GivenOptions& given) {
   CheckStandardOutput(command.file, given);

@@ -11,11 +11,11 @@ namespace borvanusb {
 
 namespace {
 
-// A single read takes eight transfers with its second reading, a block of 56 registers six.
+// A single read takes eight transfers, including its check; a block of 56 registers takes six.
 constexpr std::uint64_t kMostSingleReads = 16;
 constexpr std::uint32_t kInPage = 0xFFFF;
-// Small enough that progress and Ctrl-C come in a second at most, a multiple of the 56 registers
-// that the chip delivers at once.
+// Small enough to report progress and notice Ctrl-C at least once a second. A multiple of the 56
+// registers that the chip delivers at once.
 constexpr std::uint64_t kBlockRun = 7168;
 
 bool IsOnePage(const Range& range) {

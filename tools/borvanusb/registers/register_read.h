@@ -9,16 +9,16 @@
 
 namespace borvanusb {
 
-// Values of chip registers in a row.
+// Values of adjacent chip registers.
 struct RegisterRead {
   std::vector<std::uint32_t> values;
-  // Each value is the chip's answer to its own read. False for registers read in blocks, where
-  // nothing tells an answer from what was in the block before.
+  // True if each register was read separately, so each value is the chip's answer to its own read.
+  // In a block, an answer can't be distinguished from the previous content of the buffer.
   bool checked = true;
 };
 
-// Reads chip registers, long rows of 8-bit ones in blocks. Says so on standard error when values
-// are not checked.
+// Reads chip registers, 8-bit ones in blocks if there are many. Prints a note to standard error if
+// values are not checked.
 RegisterRead ReadRegisters(Context& context, Camera& camera, const Range& range, bool wide);
 
 }  // namespace borvanusb

@@ -1,4 +1,4 @@
-// reg write
+// The command `reg write`.
 
 #include <algorithm>
 #include <nlohmann/json.hpp>
@@ -33,7 +33,7 @@ bool IsSetting(const std::string& word) {
   return word.find('=') != std::string::npos;
 }
 
-// "ADDR VALUE" with a name in place of the number, or settings.
+// Parses "ADDR VALUE" with a name instead of the address, or settings.
 std::vector<RegisterSetting> SettingsOf(const RegWriteCommand& command,
                                         const RegisterNames* names) {
   const NumberMeaning numbers{command.wide, std::nullopt};

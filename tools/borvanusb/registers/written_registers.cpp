@@ -14,7 +14,7 @@ constexpr std::uint32_t kByte = 0xFF;
 constexpr unsigned kFirstShift = 24;
 constexpr unsigned kSecondShift = 16;
 
-// What goes with a register to the chip.
+// The marker values that are sent with a register.
 struct Markers {
   std::uint32_t first = 0;
   std::uint32_t second = 0;
@@ -29,8 +29,8 @@ struct MarkedRegister {
   std::uint32_t page = 0;
 };
 
-// Follows how the library hands the markers on: with the blocks from the marked register on, but
-// not from within a block.
+// Simulates how the library applies markers: from the marked register on. Markers inside a block
+// are ignored.
 std::vector<MarkedRegister> MarkedRegisters(const std::vector<ListEntry>& entries) {
   const std::vector<bool> inside = InsideBlocks(entries);
   std::vector<MarkedRegister> registers;
@@ -94,8 +94,8 @@ class I2cWriter {
   WrittenI2cRegisters End() { return std::move(written_); }
 
  private:
-  // Chips that take lists register by register write the code to the device, too. A register that
-  // the list does not write itself is none of its business.
+  // Chips that process lists register by register also write the width code to the device. This
+  // only matters for registers that the list itself writes.
   void TakeWidthCode(const ListEntry& entry) {
     const I2cRegister place = At(entry.address);
     if (written_.values.erase(place) != 0) {

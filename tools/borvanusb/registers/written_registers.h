@@ -13,17 +13,17 @@
 
 namespace borvanusb {
 
-// What a list leaves in registers when it was written whole, for reading it back: of several values
-// the last. For lists without problems.
+// The values that registers have after a complete list was written, for verification. If a register
+// occurs several times, the last value counts. The list must not have problems.
 
-// Registers of the chip, by their whole addresses.
+// Registers of the chip, by full address.
 RegisterValues WrittenRegisters(const std::vector<ListEntry>& entries, ListMarkers markers);
 
-// The first register that goes to the chip with a marker's value other than 0, so that where it
-// lies depends on what the chip takes the markers for. Null if there is none.
+// The first register that is sent with a marker value other than 0. Its address depends on how the
+// chip interprets markers. Null if there is none.
 const ListEntry* FirstMarkedRegister(const std::vector<ListEntry>& entries);
 
-// A register of a device on the I2C bus, cut to the bits that the width mode has.
+// A register of a device on the I2C bus. The address is cut to the bits of the width mode.
 struct I2cRegister {
   std::uint32_t slave = 0;
   std::int32_t mode = 0;
@@ -37,12 +37,12 @@ struct I2cRegister {
 
 struct WrittenI2cRegisters {
   std::map<I2cRegister, std::uint32_t> values;
-  // Registers that the list writes and that a width code behind it overwrites on chips that take
-  // lists register by register, on others not; with the line of the width code.
+  // Registers of the list that a later width code overwrites, but only on chips that process lists
+  // register by register. The value is the line of the width code.
   std::map<I2cRegister, std::uint64_t> uncertain;
 };
 
-//   opening  the device for a list that does not open with 0xfff8 itself
+// opening  the device, for a list that does not start with 0xfff8
 WrittenI2cRegisters WrittenByI2cList(const std::vector<ListEntry>& entries,
                                      const std::optional<I2cTarget>& opening);
 

@@ -25,18 +25,17 @@ using Json = nlohmann::ordered_json;
 constexpr double kMicro = 1e6;
 constexpr double kHighPercent = 99;
 
-// Jobs move many packets each: fewer of them tell as much as many single accesses.
+// A job consists of many packets, so a smaller number of jobs gives an equally good result.
 constexpr std::uint64_t kJobRoundsShare = 10;
 constexpr std::uint64_t kReadSize = std::uint64_t{32} << 10U;
-// Registers of a run, whole blocks of 56.
+// The registers of a run; whole blocks of 56.
 constexpr Range kRun{0x100, 0x47F};
-// Each read is made twice: a byte register takes a length query, two sets and a get, the others a
-// set less.
+// Each read is made twice. A byte register takes a length query, two sets and a get; the other
+// accesses take one set less.
 constexpr std::uint64_t kRegisterTransfers = std::uint64_t{2} * 4;
 constexpr std::uint64_t kSingleTransfers = std::uint64_t{2} * 3;
 
-// What programming 1 MiB takes: packets of 60 bytes and erases of 4096; it is read before and
-// after.
+// Programming 1 MiB: packets of 60 bytes, erases of 4096 bytes, and reading before and after.
 constexpr std::uint64_t kImageSize = std::uint64_t{1} << 20U;
 constexpr std::uint64_t kWritePacket = 60;
 constexpr std::uint64_t kProgramTransfers =
@@ -46,10 +45,10 @@ struct Measurement {
   int selector = 0;
   std::string what;
   std::uint64_t rounds = 0;
-  std::uint64_t transfers = 0;  // of a call
-  std::function<void()> call;   // empty: not measured, and `note` says why
+  std::uint64_t transfers = 0;  // per call
+  std::function<void()> call;   // empty: not measured, see `note`
   std::string note;
-  bool may_be_refused = false;  // where nothing may be there to answer
+  bool may_be_refused = false;  // true if there may be no device to answer
   std::vector<double> seconds{};
 };
 
@@ -62,7 +61,7 @@ std::string Padded(const std::string& text, std::size_t width, bool right) {
   return right ? blanks + text : text + blanks;
 }
 
-// What measures selector 2. Without a slave there is nobody whose answer could be timed.
+// Measures selector 2. Without a slave, no device would answer, so it is not measured.
 Measurement I2cMeasurement(Camera& camera, std::uint64_t rounds, const I2cOptions& i2c) {
   if (!i2c.slave) {
     return {2, "I2C read", 0, 0, {}, "not measured: --slave says what to read from"};
@@ -100,7 +99,7 @@ void Measure(Measurement& measurement, Context& context) {
       if (!measurement.may_be_refused || failure.Code() != ExitCode::kDevice) {
         throw;
       }
-      // A refusal costs other times than an answer.
+      // A refused access takes another time than an answer, so it is not counted.
       measurement.call = {};
       measurement.rounds = 0;
       measurement.note = "not measured: nothing answers at that slave";
@@ -111,7 +110,7 @@ void Measure(Measurement& measurement, Context& context) {
   }
 }
 
-// Seconds that one transfer takes, at the median; 0 when the clock did not move.
+// Median of the time for one transfer, in seconds. 0 if the clock is too coarse.
 double SecondsPerTransfer(const Measurement& measurement) {
   return Median(measurement.seconds) / static_cast<double>(measurement.transfers);
 }

@@ -9,27 +9,27 @@
 
 namespace borvanusb {
 
-// What `doctor` makes of all it has seen.
+// The diagnosis that `doctor` makes from everything it examined.
 
 struct ExaminedCamera {
   CameraIdentity identity;
-  std::string problem;  // why it can't be used; empty when its vendor unit answers
+  std::string problem;  // why it can't be used; empty if its vendor unit answers
 };
 
 struct Examination {
   SystemReport system;
-  std::string list_problem;  // why the cameras can't be listed; empty when they can
+  std::string list_problem;  // why the cameras can't be listed; empty if they can
   std::vector<ExaminedCamera> cameras;
 };
 
 struct Diagnosis {
   std::string cause;  // one line
   std::string advice;
-  ExitCode code = ExitCode::kDone;  // kDone when a camera can be used
+  ExitCode code = ExitCode::kDone;  // kDone if a camera can be used
 };
 
-// The likeliest cause: of all that is wrong what stands nearest to the beginning of the way from
-// this program to a camera.
+// The most likely cause. If there are several problems, the first one on the way from this program
+// to a camera.
 Diagnosis Diagnose(const Examination& examination);
 
 }  // namespace borvanusb

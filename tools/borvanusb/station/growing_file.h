@@ -6,13 +6,13 @@
 
 namespace borvanusb {
 
-// A text file that is whole at any moment: every line is in the file when Add returns.
+// A text file that is always complete: when Add returns, the line is in the file.
 class GrowingFile {
  public:
-  // Replaces the file by an empty one. The name is UTF-8. Throws Failure kFile.
+  // Creates an empty file, replacing an existing one. The name is UTF-8. Throws Failure kFile.
   explicit GrowingFile(std::string name);
 
-  // Adds a line and its end. Throws Failure kFile.
+  // Adds a line with its line end. Throws Failure kFile.
   void Add(std::string_view line);
 
  private:

@@ -27,7 +27,7 @@ void TellFeatures(std::uint32_t value, Context& context) {
   context.result["fast_i2c"] = fast;
 }
 
-// The profile that the camera uses; null when it has none, or several that fit equally well.
+// The profile that the camera uses. Null if it has none, or if several match equally well.
 std::shared_ptr<const CameraProfile> TellProfile(const CameraIdentity& camera, Context& context) {
   std::shared_ptr<const CameraProfile> profile;
   if (!GivenProfile(context.common, context.host).empty()) {
@@ -67,7 +67,7 @@ void TellFlashSize(const FlashSizeAnswer& size, Context& context) {
       {"how", size.how}};
 }
 
-// Of one camera among several.
+// The summary of one camera among several.
 std::string Summary(const nlohmann::ordered_json& result) {
   const nlohmann::ordered_json& size = result.at("flash").at("size");
   return Format("feature register {}, {} I2C lists, flash {}",
@@ -84,7 +84,7 @@ ExitCode Run(const InfoCommand& command, Context& context) {
     return RunForSeveral({words, Summary, false}, command.all, context);
   }
   const CameraIdentity identity = ChosenCamera(context.host, context.common.cameras);
-  // Before the camera is asked: what is known of one that does not answer.
+  // Printed before accessing the camera, so that the known facts appear even if it does not answer.
   context.output.Line(Format("camera            {}", CameraLine(identity)));
   context.output.Line(Format("path              {}", identity.path));
   context.result = {{"camera", CameraJson(identity)}};

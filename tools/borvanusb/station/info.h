@@ -12,7 +12,7 @@ struct Context;
 
 struct InfoCommand {
   std::optional<std::uint64_t> flash_size = std::nullopt;
-  bool all = false;  // every camera there is
+  bool all = false;  // all connected cameras
 };
 
 ExitCode Run(const InfoCommand& command, Context& context);

@@ -8,10 +8,10 @@
 
 namespace borvanusb {
 
-// The size of a camera's flash and how it is known, for `info`.
+// The size of a camera's flash and its source, for `info`.
 struct FlashSizeAnswer {
   std::optional<std::uint64_t> bytes;
-  std::string how;  // "given by --flash-size", or why it can't be told
+  std::string how;  // "given by --flash-size", or why it is unknown
 };
 
 //   told  --flash-size

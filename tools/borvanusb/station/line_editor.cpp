@@ -162,7 +162,8 @@ void LineEditor::Show(const std::string& text) {
 
 VisibleLine VisiblePart(const std::string& prompt, const std::string& text, std::size_t cursor,
                         std::size_t columns) {
-  // Characters go at the left until the cursor is visible, with a place for it after the last.
+  // Removes characters on the left until the cursor is visible, including its position after the
+  // last character.
   std::size_t begin = 0;
   const auto before = [&] { return prompt + text.substr(begin, cursor - begin); };
   while (begin < cursor && ColumnsOf(before()) + 1 > columns) {

@@ -8,16 +8,16 @@
 
 namespace borvanusb {
 
-// A line that a user edits, and the lines before it. Knows nothing of a terminal: keys in, text and
-// cursor out. Texts are UTF-8; the cursor never stands within a character.
+// Edits a line, with a history of earlier lines. It is independent of the terminal: keys go in,
+// text and cursor come out. Texts are UTF-8. The cursor is never inside a character.
 class LineEditor {
  public:
   enum class Outcome {
     kEditing,   // the line or the cursor may have changed
     kLine,      // Enter: the line is complete
-    kComplete,  // Tab: what stands before the cursor is to be completed
+    kComplete,  // Tab: complete the text before the cursor
     kCancelled,
-    kEnd  // of input
+    kEnd  // end of input
   };
 
   Outcome Press(const Key& key);
@@ -26,11 +26,12 @@ class LineEditor {
   std::size_t Cursor() const { return cursor_; }  // in bytes
   std::string BeforeCursor() const { return text_.substr(0, cursor_); }
 
-  // Replaces what stands from `begin` to the cursor.
+  // Replaces the text from `begin` to the cursor.
   void Complete(std::size_t begin, const std::string& text);
-  // Returns the line, remembers it unless it is blank or the last one again, and begins a new one.
+  // Returns the line and starts a new one. Adds the line to the history unless it is blank or equal
+  // to the last one.
   std::string Take();
-  // Begins a new line and forgets this one.
+  // Discards the line and starts a new one.
   void Clear();
 
  private:
@@ -46,11 +47,11 @@ class LineEditor {
   std::string text_;
   std::size_t cursor_ = 0;
   std::vector<std::string> history_;
-  std::size_t shown_ = 0;  // place in the history; its size: the new line
-  std::string new_line_;   // kept while an older one is shown
+  std::size_t shown_ = 0;  // index in the history; equal to its size: the new line
+  std::string new_line_;   // kept while a line of the history is shown
 };
 
-// The part of a line that fits into `columns`, with the cursor in it.
+// The part of a line around the cursor that fits into `columns`.
 struct VisibleLine {
   std::string line;
   std::string before_cursor;

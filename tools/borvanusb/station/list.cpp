@@ -1,4 +1,4 @@
-// list
+// The command `list`.
 
 #include <algorithm>
 #include <nlohmann/json.hpp>
@@ -73,7 +73,7 @@ ExitCode Run(const ListCommand& command, Context& context) {
     try {
       Watch(context);
     } catch (const Failure& failure) {
-      // Ctrl-C is how watching ends, wherever it meets it.
+      // Ctrl-C is the normal way to end watching.
       if (failure.Code() != ExitCode::kStopped) {
         throw;
       }

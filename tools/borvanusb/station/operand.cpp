@@ -115,7 +115,7 @@ std::uint64_t ValueOf(const Operand& operand, const std::string& text) {
   if (operand.at.target.of != nullptr) {
     return ComparableValue(operand.at.target, text);
   }
-  // Its form was checked when the line was read.
+  // The text was checked when the line was parsed.
   return ParseNumber(text).value_or(0);
 }
 

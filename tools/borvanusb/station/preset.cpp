@@ -1,4 +1,4 @@
-// preset apply, preset diff
+// The commands `preset apply` and `preset diff`.
 
 #include "station/preset.h"
 
@@ -27,7 +27,7 @@ namespace borvanusb {
 
 namespace {
 
-// A preset that is a list goes to the camera as that list.
+// Loads a preset that is a list file.
 ExitCode LoadList(const ProfilePreset& preset, bool verify, Context& context) {
   if (preset.on_i2c) {
     I2cLoadCommand load;
@@ -46,7 +46,7 @@ std::string Summary(const nlohmann::ordered_json& result) {
                                    : std::string("set");
 }
 
-// Each camera has the preset of its own profile.
+// Each camera uses the preset of its own profile.
 ExitCode ApplyToSeveral(bool all, Context& context) {
   const auto words = [&](const CameraIdentity&) { return WordsForOne(context.common.words); };
   return RunForSeveral({words, Summary}, all, context);

@@ -13,7 +13,7 @@ struct Context;
 struct PresetApplyCommand {
   std::string name;
   bool verify = false;
-  bool all = false;  // every camera there is
+  bool all = false;  // all connected cameras
 };
 
 struct PresetDiffCommand {
@@ -23,7 +23,7 @@ struct PresetDiffCommand {
 
 struct PresetSaveCommand {
   std::string name;
-  std::vector<std::string> words = {};  // empty: the registers that the preset has
+  std::vector<std::string> words = {};  // empty: the registers that are in the preset
   std::string description = {};
   bool replace = false;
 };

@@ -1,4 +1,4 @@
-// preset save
+// The command `preset save`.
 
 #include <algorithm>
 #include <nlohmann/json.hpp>
@@ -31,7 +31,7 @@ const ProfilePreset* ExistingPreset(const CameraProfile& profile, const std::str
   return found != profile.presets.end() ? &*found : nullptr;
 }
 
-// The registers and fields whose values are saved.
+// The registers and fields to save.
 std::vector<std::string> WordsToSave(const PresetSaveCommand& command,
                                      const ProfilePreset* existing) {
   if (existing != nullptr && !existing->file.empty()) {
@@ -59,7 +59,7 @@ std::vector<std::string> WordsToSave(const PresetSaveCommand& command,
   return words;
 }
 
-// "NAME=VALUE" of what can be written back.
+// "NAME=VALUE" for each value that can be written again.
 std::vector<std::string> SettingTexts(const std::vector<WordTarget>& targets,
                                       const std::vector<std::uint64_t>& values) {
   std::vector<std::string> texts;
@@ -96,8 +96,8 @@ Json PresetJson(const PresetSaveCommand& command, const ProfilePreset* existing,
   return preset;
 }
 
-// The text of the profile with the preset in it. The whole file is rewritten; its keys keep their
-// order.
+// The text of the profile with the preset added. The whole file is written again, but its keys keep
+// their order.
 std::string ProfileWith(const std::string& text, const std::string& name, const Json& preset) {
   Json profile = Json::parse(text);
   Json& presets = profile["presets"];
@@ -133,7 +133,7 @@ ExitCode Run(const PresetSaveCommand& command, Context& context) {
   }
   const std::string text =
       ProfileWith(ReadWholeText(file), command.name, PresetJson(command, existing, settings));
-  // A profile that can't be read any more would take everything else along.
+  // Checks the new text, because an invalid profile would make everything else in it unusable.
   const ProfileReading check =
       ReadProfileText(text, file, [](const std::string& name) { return ReadWholeText(name); });
   if (!check.errors.empty()) {

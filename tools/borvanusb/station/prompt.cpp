@@ -29,7 +29,7 @@ namespace {
 constexpr const char* kPrompt = "borvanusb> ";
 constexpr std::size_t kMostListed = 100;
 
-// The commands of the tool and the lines that only scripts have.
+// The commands of the tool and the additional script lines.
 ToolDescription DescribeLines() {
   ToolDescription tool = DescribeTool();
   for (const CommandRule& rule : ScriptOnlyRules()) {
@@ -68,7 +68,7 @@ class Prompt {
   }
 
  private:
-  // Nothing at the end of input.
+  // Returns nothing at the end of input.
   std::optional<std::string> ReadLine() {
     terminal_.BeginEditing();
     std::optional<std::string> line;
@@ -103,7 +103,7 @@ class Prompt {
 
   void Show() {
     constexpr int kLeastColumns = 20;
-    // The last column stays free: some consoles wrap when it is written.
+    // Keeps the last column free, because some consoles wrap the line when it is written.
     const auto columns = static_cast<std::size_t>(std::max(terminal_.Columns(), kLeastColumns) - 1);
     const VisibleLine visible = VisiblePart(kPrompt, editor_.Text(), editor_.Cursor(), columns);
     terminal_.ShowLine(visible.line, visible.before_cursor);
@@ -132,11 +132,11 @@ class Prompt {
     terminal_.EndLine(Format("{}\n", Printable(Joined(listed, "  "))));
   }
 
-  // False to end the prompt.
+  // Returns false to end the prompt.
   bool RunOne(const std::string& line) {
     context_.host.ForgetStop();
     std::vector<std::string> words = variables_.Expand(SplitLine(line));
-    // Copied from a page of the guide.
+    // Lines copied from the guide begin with the program's name.
     if (!words.empty() && words.front() == "borvanusb") {
       words.erase(words.begin());
     }
@@ -183,7 +183,7 @@ class Prompt {
   ScriptVariables variables_;
   Context& context_;
   LineEditor editor_;
-  std::string command_;  // that runs
+  std::string command_;  // the running command
 };
 
 }  // namespace

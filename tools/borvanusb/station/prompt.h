@@ -7,9 +7,9 @@
 
 namespace borvanusb {
 
-// Reads lines at the terminal and runs each, until exit, quit or the end of input. A line that
-// fails is reported, and the next one follows; Ctrl-C stops a line and not the prompt. Throws
-// Failure kFile when standard output is lost.
+// Reads lines from the terminal and runs each one, until exit, quit or the end of input. If a line
+// fails, the error is printed and the prompt continues. Ctrl-C stops the line, not the prompt.
+// Throws Failure kFile if standard output fails.
 ExitCode RunPrompt(Terminal& terminal, ScriptVariables variables, Context& context);
 
 }  // namespace borvanusb

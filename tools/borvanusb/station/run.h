@@ -14,7 +14,7 @@ struct Context;
 struct RunCommand {
   std::string file;  // "-": standard input; empty: lines typed at the terminal
   bool keep_going = false;
-  std::vector<std::pair<std::string, std::string>> variables = {};  // name, value
+  std::vector<std::pair<std::string, std::string>> variables = {};  // name and value
 };
 
 ExitCode Run(const RunCommand& command, Context& context);

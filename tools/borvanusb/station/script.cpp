@@ -22,7 +22,20 @@ namespace {
 
 using Json = nlohmann::ordered_json;
 
+<<<<<<< HEAD
 // A line as it is shown: its words stand between blanks.
+=======
+std::string Trim(std::string_view text) {
+  constexpr std::string_view kBlanks = " \t\r\n";
+  const std::size_t first = text.find_first_not_of(kBlanks);
+  if (first == std::string_view::npos) {
+    return {};
+  }
+  return std::string(text.substr(first, text.find_last_not_of(kBlanks) - first + 1));
+}
+
+// Formats a line for output: words are separated by single blanks.
+>>>>>>> 8fd15bf197c1996dc8779df40fb6d0e90158a8a1
 std::string InOneRow(std::string text) {
   std::replace(text.begin(), text.end(), '\t', ' ');
   return text;
@@ -79,7 +92,7 @@ ExitCode RunLine(const Arguments& line, const CommandRunner& run, Context& outer
   try {
     const ExitCode code = run(*line.command, context);
     if (code == ExitCode::kDone && outer.host.StopRequested()) {
-      // The line ended as it should, but the user wants no further one.
+      // The line succeeded, but the user stopped the script.
       throw Failure(ExitCode::kStopped, "stopped by the user");
     }
     return code;

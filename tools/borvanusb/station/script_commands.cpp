@@ -23,7 +23,7 @@ namespace {
 
 using Json = nlohmann::ordered_json;
 
-// Often enough for a person, seldom enough for the camera's other work.
+// Fast enough for users, and slow enough not to disturb the camera.
 constexpr std::chrono::milliseconds kPollInterval{20};
 constexpr double kMillisecondsPerSecond = 1000;
 
@@ -69,7 +69,7 @@ bool Holds(Comparison comparison, std::uint64_t found, std::uint64_t expected) {
   return false;
 }
 
-// A condition on a certain camera.
+// A condition for a certain camera.
 struct Question {
   const Condition& condition;
   Operand operand;
@@ -82,10 +82,10 @@ Question AskAbout(const Condition& condition, const CameraIdentity& camera, Cont
   return question;
 }
 
-// What was found for a question.
+// The result of reading the value.
 struct Finding {
   std::uint64_t value = 0;
-  std::uint64_t compared = 0;  // with the mask
+  std::uint64_t compared = 0;  // after applying the mask
   bool met = false;
 };
 
@@ -218,7 +218,7 @@ ExitCode Run(const WaitCommand& command, Context& context) {
     try {
       finding = Look(question, *camera);
     } catch (const Failure& failure) {
-      // A sensor that comes out of reset does not answer yet.
+      // A sensor does not answer just after a reset, so this is not an error yet.
       if (failure.Code() != ExitCode::kDevice) {
         throw;
       }
@@ -284,7 +284,7 @@ bool IsScriptOnly(const std::string& word) {
   });
 }
 
-// The commands of the tool and the lines that only scripts have.
+// The rules of the tool's commands and the additional script lines.
 const CommandRules& LineRules() {
   static const CommandRules kRules = [] {
     CommandRules rules = AllCommandRules();
@@ -304,7 +304,7 @@ std::variant<Arguments, TextAnswer> ParseLine(const std::vector<std::string>& wo
     if (!IsScriptOnly(words.front())) {
       throw;
     }
-    // These lines have no --help of their own.
+    // The additional script lines have no --help.
     throw Failure(failure.Code(), failure.Message(), "borvanusb run --help shows these lines.");
   }
 }

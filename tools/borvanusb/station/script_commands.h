@@ -1,6 +1,6 @@
 #pragma once
 
-// The lines that only scripts have: pauses, conditions, questions.
+// Script lines that are not commands of the tool: pauses, conditions, questions.
 
 #include <chrono>
 #include <cstdint>
@@ -16,13 +16,13 @@ namespace borvanusb {
 
 struct Context;
 
-// How values are compared.
+// The operators of a condition.
 enum class Comparison { kEqual, kDifferent, kLess, kAtMost, kGreater, kAtLeast };
 
-// "0x1a3&0x20 == 0x20".
+// A condition: "0x1a3&0x20 == 0x20".
 struct Condition {
   std::string what;                   // an operand, see station/operand.h
-  std::optional<std::uint32_t> mask;  // bits of it that count
+  std::optional<std::uint32_t> mask;  // bits to compare
   Comparison comparison = Comparison::kEqual;
   std::string value;  // a number, or the name of a field's value
 };
@@ -45,21 +45,20 @@ struct AskCommand {
 };
 
 ExitCode Run(const SleepCommand& command, Context& context);
-// Throws Failure kTimeout when the condition does not come true in time, kDevice when the value
+// Throws Failure kTimeout if the condition does not become true in time, and kDevice if the value
 // could not be read at the end.
 ExitCode Run(const WaitCommand& command, Context& context);
 ExitCode Run(const ExpectCommand& command, Context& context);
-// Throws Failure kStopped unless the answer is yes.
+// Throws Failure kStopped unless the user answers yes.
 ExitCode Run(const AskCommand& command, Context& context);
 
-// The rules of these lines alone.
+// The rules of only these lines.
 const CommandRules& ScriptOnlyRules();
-// Reads the words of a line at the prompt: one of these, a command of the tool, or --help. Throws
-// Failure kUsage.
+// Parses a line at the prompt: a script line, a command of the tool, or --help. Throws Failure
+// kUsage.
 std::variant<Arguments, TextAnswer> ParseLine(const std::vector<std::string>& words,
                                               const DefaultsSource& defaults);
-// Reads the words of a script's line: one of these, or a command of the tool. Throws Failure
-// kUsage.
+// Parses a line of a script: a script line, or a command of the tool. Throws Failure kUsage.
 Arguments ParseScriptLine(const std::vector<std::string>& words, const DefaultsSource& defaults);
 
 }  // namespace borvanusb

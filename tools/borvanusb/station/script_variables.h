@@ -1,6 +1,6 @@
 #pragma once
 
-// Variables of scripts: ${NAME} stands for a value of the command line.
+// Variables of scripts: ${NAME} is replaced by a value from the command line.
 
 #include <map>
 #include <set>
@@ -16,10 +16,10 @@ class ScriptVariables {
   explicit ScriptVariables(const std::vector<std::pair<std::string, std::string>>& values)
       : values_(values.begin(), values.end()) {}
 
-  // The words with ${NAME} replaced, and $${ by ${. A value never makes two words of one. Throws
-  // Failure kUsage for a variable that is not set and for a ${ that is not closed.
+  // Replaces ${NAME}, and $${ by ${, in the words. A value never splits a word. Throws Failure
+  // kUsage for an undefined variable or an unclosed ${.
   std::vector<std::string> Expand(std::vector<std::string> words);
-  // The variables that no text used so far.
+  // The variables that have not been used so far.
   std::vector<std::string> Unused() const;
 
  private:
@@ -30,7 +30,7 @@ class ScriptVariables {
   std::set<std::string> used_;
 };
 
-// "NAME=VALUE" as its two parts. Throws WrongValue.
+// Splits "NAME=VALUE". Throws WrongValue.
 std::pair<std::string, std::string> VariableValue(const std::string& text);
 
 }  // namespace borvanusb

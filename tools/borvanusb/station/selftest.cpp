@@ -76,7 +76,7 @@ ExitCode Run(const SelftestCommand& command, Context& context) {
   std::vector<Outcome> outcomes;
   context.progress.Begin("test", checks.size(), ProgressUnit::kTests);
   for (SelftestCheck& check : checks) {
-    // Without the first nothing else can be told, and each would wait for its time limit.
+    // If the first check fails, the others can't succeed, and each would wait for its timeout.
     if (!outcomes.empty() && outcomes.front().verdict == Verdict::kFail) {
       check.skip_reason = "the vendor unit does not answer";
     }

@@ -11,15 +11,15 @@ namespace borvanusb {
 
 namespace {
 
-// Whole blocks of the chip's run read (56 registers), around the feature register.
+// Whole blocks of a run read (56 registers) around the feature register.
 constexpr std::uint32_t kRunFirst = 0x188;
 constexpr std::uint32_t kRunLast = 0x1C7;
-// Every flash is larger.
+// Every flash is larger than this.
 constexpr std::uint64_t kFlashSize = 4096;
-// Begins inside a packet of 64 bytes and ends inside another.
+// Begins and ends inside packets of 64 bytes.
 constexpr std::uint32_t kOffset = 37;
 constexpr std::uint64_t kOffsetSize = 300;
-constexpr std::uint32_t kPeekStep = 252;  // words at every place within a packet
+constexpr std::uint32_t kPeekStep = 252;  // reads words at every position within a packet
 constexpr std::uint32_t kByte = 0xFF;
 
 std::string TwoValues(const std::string& what, std::uint32_t first, std::uint32_t second,
@@ -57,7 +57,7 @@ std::string RunAgrees(Camera& camera) {
                   Count(run.size(), "value"));
   }
   for (std::uint32_t i = 0; i < run.size(); ++i) {
-    // A register that changes by itself, such as a counter, tells nothing.
+    // Registers that change by themselves, such as counters, are ignored.
     const std::uint32_t address = kRunFirst + i;
     if (run[i] != before[i] && camera.ReadRegister(address, RegisterWidth::kByte) == before[i]) {
       return Format("register {} reads as {} in a run and as {} alone", Hex(address, 4),
@@ -67,7 +67,7 @@ std::string RunAgrees(Camera& camera) {
   return {};
 }
 
-// The first place where two reads of the flash differ.
+// Compares two reads of the flash. Returns a text with the first difference, or an empty one.
 std::string CompareFlash(std::span<const std::uint8_t> first, std::span<const std::uint8_t> second,
                          std::uint32_t address, const std::string& what) {
   if (first.size() != second.size()) {

@@ -10,16 +10,16 @@
 
 namespace borvanusb {
 
-// One thing that the self test tries. Nothing of it changes the camera.
+// A check of the self-test. No check changes the camera.
 struct SelftestCheck {
   std::string name;
-  // Empty when all is well, else why it is not. Throws Failure when the camera does.
+  // Returns an empty text on success, else the problem. Throws the exceptions of Camera.
   std::function<std::string()> run;
-  std::string skip_reason;  // set: not run
+  std::string skip_reason;  // if set, the check is not run
 };
 
-// In the order in which they are run; the first tells whether the camera answers at all.
-//   target  the device on the I2C bus; without one its checks are skipped
+// All checks in order. The first one finds out whether the camera answers at all.
+//   target  the device on the I2C bus; without one, its checks are skipped
 std::vector<SelftestCheck> SelftestChecks(Camera& camera, const std::optional<I2cTarget>& target);
 
 }  // namespace borvanusb

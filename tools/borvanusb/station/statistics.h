@@ -4,12 +4,13 @@
 
 namespace borvanusb {
 
-// Of times and other measured values, none of them missing: not for empty lists.
+// Statistics of measured values. The lists must not be empty.
 
-// The value in the middle, of an even number of values the mean of the two there.
+// The middle value; for an even number of values, the mean of the two middle ones.
 double Median(std::vector<double> values);
 
-// The least of the values that at least `percent` (above 0, up to 100) of them do not exceed.
+// The smallest value that at least `percent` of the values do not exceed. `percent` is above 0, up
+// to 100.
 double Percentile(std::vector<double> values, double percent);
 
 }  // namespace borvanusb

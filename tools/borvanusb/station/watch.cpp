@@ -30,14 +30,14 @@ constexpr std::uint64_t kMostWatched = 4096;
 
 struct Watched {
   WordTarget at;
-  std::optional<std::uint64_t> value;  // of the register or field, as seen last
+  std::optional<std::uint64_t> value;  // last value of the register or field
 };
 
 std::string Seconds(double seconds) {
   return Format("{:.3f}", seconds);
 }
 
-// As results name it.
+// The kind as written in results.
 const char* KindOf(const WordTarget& at) {
   return at.access.on_i2c ? "i2c" : "register";
 }
@@ -100,7 +100,7 @@ class Watcher {
         WaitForNext();
       }
     } catch (const Failure& failure) {
-      // Ctrl-C is how watching ends, in the middle of a poll, too.
+      // Ctrl-C is the normal way to end watching, also during a poll.
       if (failure.Code() != ExitCode::kStopped) {
         throw;
       }
@@ -192,7 +192,7 @@ class Watcher {
     }
   }
 
-  // The polls keep to their times from the start, so that a slow one does not shift all others.
+  // Poll times are computed from the start, so a slow poll does not delay all later ones.
   void WaitForNext() {
     const double next = static_cast<double>(polls_ + skipped_) / command_.rate;
     const double now = SinceStart(context_.host.Clock());
@@ -201,7 +201,7 @@ class Watcher {
       return;
     }
     ++late_;
-    // What can't be caught up any more is left out.
+    // Skips polls whose time has passed.
     const auto due = static_cast<std::uint64_t>(now * command_.rate);
     skipped_ = due > polls_ ? due - polls_ : 0;
   }

@@ -19,10 +19,10 @@ struct WatchCommand {
   std::vector<Range> i2c_registers;
   I2cOptions i2c;
   bool wide = false;
-  double rate = 2;                     // polls a second
-  std::optional<std::uint64_t> count;  // polls; without it until Ctrl-C
+  double rate = 2;                     // polls per second
+  std::optional<std::uint64_t> count;  // number of polls; default: until Ctrl-C
   std::string csv;
-  std::vector<std::string> words = {};  // registers and fields of the profile
+  std::vector<std::string> words = {};  // named registers and fields
 };
 
 ExitCode Run(const WatchCommand& command, Context& context);

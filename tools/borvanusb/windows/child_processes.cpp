@@ -25,7 +25,7 @@ struct Line {
   std::string text;
 };
 
-// Lines from all children's pipes, in the order in which they came.
+// A queue of the lines from all children's pipes, in order of arrival.
 class Lines {
  public:
   void Add(Line line) {
@@ -39,7 +39,7 @@ class Lines {
     --open_;
     changed_.notify_one();
   }
-  // Waits for the next line; false when all pipes are closed.
+  // Waits for the next line. Returns false when all pipes are closed.
   bool Take(Line& line) {
     std::unique_lock lock(mutex_);
     changed_.wait(lock, [&] { return !lines_.empty() || open_ == 0; });
@@ -105,7 +105,7 @@ std::wstring CommandLine(const std::wstring& program, const std::vector<std::str
   return line;
 }
 
-// A started child: its process and what reads its outputs.
+// A running child process, with the threads that read its output.
 class Child {
  public:
   Child(std::size_t number, const std::vector<std::string>& arguments, Lines& lines) {
@@ -127,7 +127,8 @@ class Child {
     }
     CloseHandle(process.hThread);
     process_.reset(process.hProcess);
-    // Ours must go, or the pipes never end. Later children were not yet there to inherit them.
+    // Closes our copies of the pipes' write ends; otherwise the pipes never end. Children started
+    // later can't inherit them.
     Start(std::move(output), number, false, lines);
     Start(std::move(error), number, true, lines);
   }
@@ -165,7 +166,7 @@ std::vector<int> RunChildProcesses(
     const std::function<void(std::size_t, bool, const std::string&)>& on_line) {
   Lines lines;
   std::vector<std::unique_ptr<Child>> children;
-  lines.Open();  // until all are started
+  lines.Open();  // keeps the queue open until all are started
   for (std::size_t i = 0; i < arguments.size(); ++i) {
     children.push_back(std::make_unique<Child>(i, arguments[i], lines));
   }

@@ -9,13 +9,13 @@ bool Find(HMODULE library, const char* name, Function& function) {
   if (library == nullptr) {
     return false;
   }
-  // By way of a function without a type: the types of the two pointers differ.
+  // The cast through void(*)() avoids a warning about different function types.
   function =
       reinterpret_cast<Function>(reinterpret_cast<void (*)()>(GetProcAddress(library, name)));
   return function != nullptr;
 }
 
-// The system's own: a file of that name beside this program is not taken.
+// Loads from the system folder only, never a file of the same name beside this program.
 HMODULE SystemLibrary(const wchar_t* name) {
   return LoadLibraryExW(name, nullptr, LOAD_LIBRARY_SEARCH_SYSTEM32);
 }

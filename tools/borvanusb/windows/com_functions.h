@@ -7,8 +7,8 @@
 
 namespace borvanusb {
 
-// COM's functions, loaded when they are first needed: with them come a dozen of the system's DLLs,
-// which take longer to load than most commands take to run.
+// Functions of COM, loaded when first needed. COM needs a dozen DLLs of the system, which take
+// longer to load than most commands run.
 struct ComFunctions {
   decltype(&::CoInitialize) CoInitialize = nullptr;
   decltype(&::CoCreateInstance) CoCreateInstance = nullptr;
@@ -16,7 +16,7 @@ struct ComFunctions {
   decltype(&::VariantClear) VariantClear = nullptr;
 };
 
-// Null when the system lacks one of them.
+// Null if a function is missing on this system.
 const ComFunctions* LoadComFunctions();
 
 }  // namespace borvanusb

@@ -33,7 +33,7 @@ bool IsTerminal(DWORD stream) {
   return GetConsoleMode(GetStdHandle(stream), &mode) != FALSE;
 }
 
-// What the system says when nobody holds the other end of a pipe any more.
+// Error codes for a pipe whose reader has closed it.
 bool MeansReaderIsGone(DWORD error) {
   return error == ERROR_NO_DATA || error == ERROR_BROKEN_PIPE || error == ERROR_PIPE_NOT_CONNECTED;
 }
@@ -131,7 +131,7 @@ std::string Console::ReadInput(std::string& content, const std::function<bool()>
   const bool is_pipe = GetFileType(handle) == FILE_TYPE_PIPE;
   std::vector<char> part(std::size_t{1} << 16U);
   while (!stop()) {
-    // A read of an empty pipe could not be stopped.
+    // Waits until data is available, because a blocking read of an empty pipe can't be stopped.
     if (DWORD available = 0;
         is_pipe && PeekNamedPipe(handle, nullptr, 0, nullptr, &available, nullptr) != FALSE &&
         available == 0) {
@@ -154,8 +154,7 @@ std::string Console::ReadInput(std::string& content, const std::function<bool()>
 
 void Console::OnStop(std::function<void()> handler) {
   StopHandler() = std::move(handler);
-  // A program that was started with Ctrl-C turned off, as shells do for what runs in the
-  // background, has it back.
+  // Enables Ctrl-C again. Shells disable it for programs that they start in the background.
   SetConsoleCtrlHandler(nullptr, FALSE);
   SetConsoleCtrlHandler(OnConsoleEvent, TRUE);
 }

@@ -9,37 +9,37 @@
 
 namespace borvanusb {
 
-// The process's console and streams, in UTF-8. One object, in main.
+// The console and streams of the process, in UTF-8. There is one object, in main.
 class Console {
  public:
   // Switches the console to UTF-8.
   Console();
-  // The console is the caller's again, as it was.
+  // Restores the console.
   ~Console();
   Console(const Console&) = delete;
   Console& operator=(const Console&) = delete;
 
-  // A process without a standard output, such as a service, loses nothing.
+  // Returns nothing on success. Without a standard output, as in a service, nothing is reported.
   std::optional<WriteProblem> WriteOutput(std::string_view text) const;
-  // What can't be written is lost: there is no other place to tell it.
+  // Write errors here are ignored, because there is no other place to report them.
   void WriteError(std::string_view text) const;
   bool OutputIsTerminal() const { return output_is_terminal_; }
   bool ErrorIsTerminal() const { return error_is_terminal_; }
-  // Columns of the terminal; 80 without one.
+  // The width of the terminal; 80 without a terminal.
   int Columns() const;
-  // Whether somebody sits at the terminal to answer a question.
+  // Whether a user at the terminal can answer a question.
   static bool CanAsk();
-  // Puts the terminal's cursor to the start of the line so many lines further up, at most to the
-  // top: through the console's own function, since not every console obeys control sequences.
+  // Moves the cursor up by this number of lines, at most to the top, and to the start of the line.
+  // Uses a console function, because not all consoles support control sequences.
   void MoveUp(int lines) const;
-  // A line typed at the terminal, without its end; empty without a terminal.
+  // A line typed at the terminal, without its line end. Empty without a terminal.
   std::string ReadLine() const;
 
-  // Appends all of standard input to `content`, byte for byte; ends early when `stop` returns true.
-  // Returns why it can't be read; empty when it can.
+  // Appends all bytes of standard input to `content`. Returns early if `stop` returns true. Returns
+  // an empty text, or why it can't be read.
   static std::string ReadInput(std::string& content, const std::function<bool()>& stop);
 
-  // Calls `handler` on a thread of its own at each Ctrl-C or Ctrl-Break.
+  // Calls `handler` on a separate thread for each Ctrl-C or Ctrl-Break.
   static void OnStop(std::function<void()> handler);
 
  private:

@@ -21,7 +21,7 @@ bool HasControl(const KEY_EVENT_RECORD& event) {
   return (event.dwControlKeyState & kControl) != 0;
 }
 
-// What the keys do that make no character.
+// Keys that do not produce a character.
 std::optional<Key::Kind> KindOf(const KEY_EVENT_RECORD& event) {
   switch (event.wVirtualKeyCode) {
     case VK_RETURN:
@@ -49,7 +49,7 @@ std::optional<Key::Kind> KindOf(const KEY_EVENT_RECORD& event) {
   }
 }
 
-// What control characters mean, also where a terminal sends them without a key.
+// Control characters. Some terminals send them without a key.
 std::optional<Key::Kind> KindOfCharacter(wchar_t character) {
   switch (character) {
     case 0x01:  // Ctrl-A
@@ -139,8 +139,8 @@ Key ConsoleTerminal::ReadKey() {
   return key;
 }
 
-// Redraws the whole row, then its beginning once more to place the cursor: no
-// console needs to obey control sequences for that.
+// Draws the whole row, then its beginning again to position the cursor. This requires no control
+// sequences.
 void ConsoleTerminal::ShowLine(std::string_view line, std::string_view before) {
   const std::size_t columns = ColumnsOf(line);
   const std::string blanks(shown_columns_ > columns ? shown_columns_ - columns : 0, ' ');

@@ -7,11 +7,11 @@
 
 namespace borvanusb {
 
-// The console's keys for the prompt. While a line is edited the console hands over every key,
-// Ctrl-C included; in between it works as before.
+// Keyboard input from the console for the prompt. While a line is edited, the console delivers all
+// keys, including Ctrl-C. Otherwise it works normally.
 class ConsoleTerminal : public Terminal {
  public:
-  // It must outlive this.
+  // `console` must outlive this object.
   explicit ConsoleTerminal(const Console& console) : console_(console) {}
   ConsoleTerminal(const ConsoleTerminal&) = delete;
   ConsoleTerminal& operator=(const ConsoleTerminal&) = delete;
@@ -29,7 +29,7 @@ class ConsoleTerminal : public Terminal {
   bool editing_ = false;
   unsigned long old_mode_ = 0;
   std::deque<Key> keys_;
-  wchar_t high_surrogate_ = 0;  // the first half of a character
+  wchar_t high_surrogate_ = 0;  // first half of a UTF-16 character
   std::size_t shown_columns_ = 0;
   std::string shown_;
 };

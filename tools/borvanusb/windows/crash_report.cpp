@@ -15,8 +15,8 @@ namespace borvanusb {
 
 namespace {
 
-// The codes under which GCC and Microsoft's compiler throw C++ exceptions. Their runtimes' own
-// filter, the one before ours, turns an uncaught one into std::terminate.
+// The exception codes of C++ exceptions from GCC and Microsoft's compiler. The runtime's own
+// filter, which was installed before ours, turns an uncaught one into std::terminate.
 constexpr DWORD kGccException = 0x20474343;
 constexpr DWORD kMicrosoftException = 0xE06D7363;
 
@@ -89,7 +89,7 @@ void EndWithCurrentException() {
 void ReportCrashes() {
   FilterBefore() = SetUnhandledExceptionFilter(OnCrash);
   std::set_terminate(OnTerminate);
-  // The library's own copy of the C++ runtime ends in the C runtime's abort, which both share.
+  // The library has its own C++ runtime. It calls abort of the C runtime, which both share.
   std::signal(SIGABRT, OnAbort);
 }
 

@@ -4,27 +4,27 @@
 
 namespace borvanusb {
 
-// How a process of the tool ends when something goes wrong that no command can report. Each of
-// these functions works without free memory.
+// Ends the process after an error that no command can report. These functions do not allocate
+// memory.
 
 constexpr std::string_view kReportIt =
     "Please report it with this command line and what borvanusb doctor prints.";
 
-// Ends the process as it stands: threads of the library may be in the middle of a transfer, and
-// nothing that they hold must be waited for.
+// Ends the process immediately. It waits for nothing, because threads of the library may be in the
+// middle of a transfer.
 [[noreturn]] void EndProcess(int code);
 
-// Writes "borvanusb: " with `what`, ": " with `detail` if there is one, and below it what to do to
-// standard error, and ends the process with ExitCode::kInternal.
+// Writes "borvanusb: " `what`, ": " `detail` if given, and `hint` in the next line to standard
+// error, and ends the process with ExitCode::kInternal.
 [[noreturn]] void EndBroken(std::string_view what, std::string_view detail = {},
                             std::string_view hint = kReportIt);
 
-// The same for the exception that is being handled.
+// The same for the current exception.
 [[noreturn]] void EndWithCurrentException();
 
-// From now on a crash, an exception that nobody catches and an abort end the process with
-// EndBroken, on whichever thread. Without it Wine and Windows print nothing, and the exit code
-// would be one that means something else: an abort's is 3.
+// Installs handlers for all threads: a crash, an uncaught exception or an abort ends the process
+// with EndBroken. Otherwise Wine and Windows would print nothing, and the exit code would have
+// another meaning: abort uses 3.
 void ReportCrashes();
 
 }  // namespace borvanusb

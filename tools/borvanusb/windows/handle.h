@@ -6,7 +6,7 @@
 
 namespace borvanusb {
 
-// Owns a handle of the system; both of its "none" values are none.
+// Owns a system handle. Both null and INVALID_HANDLE_VALUE mean no handle.
 struct HandleCloser {
   using pointer = HANDLE;
   void operator()(HANDLE handle) const {

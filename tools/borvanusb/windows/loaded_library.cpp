@@ -18,10 +18,10 @@ constexpr const wchar_t* kFileName = L"BorvanUSB_x64.dll";
 constexpr const wchar_t* kVariable = L"BORVANUSB_DLL";
 constexpr std::size_t kLongestName = 32768;
 
-// A version resource begins with three numbers of 16 bits and "VS_VERSION_INFO" with its zero,
-// filled up to whole words of 32 bits; the record with the numbers follows.
+// Offset of the record with the version numbers. It follows three 16-bit numbers and
+// "VS_VERSION_INFO" with its terminating zero, padded to 32 bits.
 constexpr std::size_t kFixedInfoPlace = 40;
-// RT_VERSION as a wide text, which the header only has in the width of the build.
+// RT_VERSION as a wide string; the header defines it only for the build's character type.
 const wchar_t* const kVersionType = MAKEINTRESOURCEW(16);
 constexpr DWORD kFixedInfoSignature = 0xFEEF04BD;
 
@@ -56,8 +56,8 @@ std::wstring EnvironmentVariable(const wchar_t* name) {
   return value;
 }
 
-// Read as data rather than by the functions of version.dll: that DLL is none that Windows takes
-// from its own folder alone, so the file of that name beside this program would be loaded and run.
+// Reads the file as data instead of using version.dll. Windows may load that DLL from the program's
+// folder, so a foreign file there would be executed.
 std::string FileVersion(const std::wstring& file) {
   const LibraryAsData library(LoadLibraryExW(
       file.c_str(), nullptr, LOAD_LIBRARY_AS_DATAFILE | LOAD_LIBRARY_AS_IMAGE_RESOURCE));

@@ -7,22 +7,22 @@
 
 namespace borvanusb {
 
-// BorvanUSB_x64.dll, found and loaded. It is looked for where the user says (BORVANUSB_DLL) or
-// beside this program, by full name each time: never in the current folder or on the search path,
-// where anybody might have put another one.
+// Finds and loads BorvanUSB_x64.dll: the file in BORVANUSB_DLL, or the one beside this program.
+// Always uses the full name, never the current folder or the search path, where anybody might have
+// put another file.
 class LoadedLibrary {
  public:
-  // Looks and loads; never throws. The DLL stays loaded until the process ends.
+  // Finds and loads the DLL; never throws. It stays loaded until the process ends.
   static LoadedLibrary Load();
 
-  // Empty when the library can be used; else why it can't, in a line.
+  // Why the library can't be used, in one line. Empty if it can.
   const std::string& Problem() const { return problem_; }
   const Exports& Functions() const { return exports_; }
-  // Full name, UTF-8; empty when none was found.
+  // Full name in UTF-8. Empty if no file was found.
   const std::string& File() const { return file_; }
-  // From its version resource; empty when it has none.
+  // The version in its version resource. Empty if it has none.
   const std::string& Version() const { return version_; }
-  // Where it was looked for, in order.
+  // The searched files, in order.
   const std::vector<std::string>& Places() const { return places_; }
 
  private:
@@ -35,13 +35,13 @@ class LoadedLibrary {
   std::vector<std::string> places_;
 };
 
-// This program's own file.
+// The file of this program.
 std::wstring ProgramFile();
 
-// The version resource's file version, "0.1.0"; empty when there is none.
+// The file version in the version resource: "0.1.0". Empty if there is none.
 std::string FileVersion(const std::wstring& file);
 
-// An environment variable; empty when it isn't set.
+// An environment variable. Empty if it is not set.
 std::wstring EnvironmentVariable(const wchar_t* name);
 
 }  // namespace borvanusb

@@ -1,4 +1,4 @@
-// A program without the workbench.
+// Replacement for a program without the workbench.
 #include "windows/workbench_process.h"
 
 namespace borvanusb {

@@ -17,7 +17,7 @@ void ReadPipeLines(HANDLE pipe, const std::function<void(const std::string&)>& o
   DWORD count = 0;
   while (ReadFile(pipe, part.data(), static_cast<DWORD>(part.size()), &count, nullptr) != FALSE &&
          count > 0) {
-    // Only what is new can end a line.
+    // Only the new part can contain a line end.
     std::size_t searched = rest.size();
     rest.append(part.data(), count);
     std::size_t begin = 0;

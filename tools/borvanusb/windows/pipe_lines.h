@@ -10,17 +10,17 @@
 
 namespace borvanusb {
 
-// Lines through a pipe, in both directions.
+// Transfers lines through a pipe, in both directions.
 
-// Calls `on_line` for each line, without its end, until the pipe ends.
+// Calls `on_line` for each line, without its line end, until the pipe ends.
 void ReadPipeLines(HANDLE pipe, const std::function<void(const std::string&)>& on_line);
 
-// Writes whole lines; from several threads, each line stays in one piece.
+// Writes complete lines. Lines from several threads are not mixed.
 class PipeWriter {
  public:
   explicit PipeWriter(UniqueHandle pipe) : pipe_(std::move(pipe)) {}
 
-  // What can't be written is lost: the other process is gone.
+  // Write errors are ignored, because they mean that the other process has ended.
   void Write(const std::string& line);
 
  private:

@@ -28,7 +28,7 @@ std::string SystemName() {
   std::string name = "Windows";
   RTL_OSVERSIONINFOW version{};
   version.dwOSVersionInfoSize = sizeof(version);
-  // The documented query answers with what the program was made for.
+  // The documented function returns the version that the program was built for.
   const auto query = SystemFunction<LONG(WINAPI*)(RTL_OSVERSIONINFOW*)>("RtlGetVersion");
   if (query != nullptr && query(&version) == 0) {
     name +=

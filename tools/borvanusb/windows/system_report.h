@@ -5,7 +5,7 @@
 
 namespace borvanusb {
 
-// What `doctor` reports about this machine. Initialises COM on the calling thread.
+// Examines this machine for `doctor`. Initialises COM on the calling thread.
 SystemReport ExamineWindows(const LoadedLibrary& library);
 
 }  // namespace borvanusb

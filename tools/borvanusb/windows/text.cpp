@@ -37,8 +37,8 @@ std::string AnsiToUtf8(std::string_view ansi) {
 
 std::optional<std::string> ToAnsi(std::wstring_view wide) {
   const auto size = static_cast<int>(wide.size());
-  // A similar character would name another file. With UTF-8 as the code page nothing is lacking,
-  // and the flag is refused.
+  // Does not accept a similar character, because it would name another file. If the code page is
+  // UTF-8, all characters exist and the flag is not allowed.
   const DWORD flags = GetACP() == CP_UTF8 ? 0 : WC_NO_BEST_FIT_CHARS;
   BOOL lacks = FALSE;
   BOOL* const asks = GetACP() == CP_UTF8 ? nullptr : &lacks;
@@ -68,7 +68,7 @@ std::wstring QuoteArgument(std::wstring_view argument) {
   if (!argument.empty() && argument.find_first_of(L" \t\n\v\"") == std::wstring_view::npos) {
     return std::wstring(argument);
   }
-  // Backslashes are themselves, except in front of a quote: there, two stand for one.
+  // Backslashes are literal, except before a quote, where they must be doubled.
   std::wstring quoted = L"\"";
   std::size_t backslashes = 0;
   for (const wchar_t character : argument) {

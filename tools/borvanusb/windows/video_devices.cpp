@@ -31,7 +31,7 @@ std::string ResultText(HRESULT result) {
   return Format("{}{}", Hex(code, kResultDigits), message.empty() ? "" : Format(", {}", message));
 }
 
-// A text property of a device; an empty text and why, if it can't be had.
+// A text property of a device. If it is not available, an empty text and the reason.
 std::pair<std::wstring, std::string> TextProperty(const ComFunctions& com, IPropertyBag& bag,
                                                   const wchar_t* name) {
   VARIANT value;
@@ -82,7 +82,7 @@ std::string ListVideoDevices(std::vector<VideoDevice>& devices) {
   if (com == nullptr) {
     return "COM can't be initialised: ole32.dll or oleaut32.dll can't be loaded";
   }
-  // Already done with another kind of thread is fine: the library then works the same.
+  // RPC_E_CHANGED_MODE means that COM was already initialised in another mode, which also works.
   const HRESULT initialised = com->CoInitialize(nullptr);
   if (FAILED(initialised) && initialised != RPC_E_CHANGED_MODE) {
     return Format("COM can't be initialised: {}", ResultText(initialised));

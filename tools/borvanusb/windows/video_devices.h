@@ -7,8 +7,8 @@
 
 namespace borvanusb {
 
-// Adds the system's category of video inputs, whole, with the names that the system has for them.
-// Returns why it can't be listed, empty when it can. Initialises COM on the calling thread.
+// Appends all devices in the system's category of video inputs, with their names. Returns an empty
+// text, or why they can't be listed. Initialises COM on the calling thread.
 std::string ListVideoDevices(std::vector<VideoDevice>& devices);
 
 }  // namespace borvanusb

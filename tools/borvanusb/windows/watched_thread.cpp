@@ -25,7 +25,7 @@ constexpr DWORD kWatchIntervalMs = 50;
 
 enum class Stage { kStarting, kRunning, kAbandoned };
 
-// What both threads hold, whichever of them lasts longer.
+// The data that both threads share. Whichever ends last frees it.
 struct Shared {
   std::function<int()> work;
   std::atomic<Stage> stage{Stage::kStarting};
@@ -33,7 +33,7 @@ struct Shared {
   std::exception_ptr exception;
 };
 
-// Exactly one of the two threads leaves the starting stage.
+// Leaves the starting stage. Only one of the two threads succeeds.
 bool Enter(Shared& shared, Stage stage) {
   Stage starting = Stage::kStarting;
   return shared.stage.compare_exchange_strong(starting, stage);
@@ -65,15 +65,15 @@ UniqueHandle Start(const std::shared_ptr<Shared>& shared, ThreadStarter start) {
   if (thread == 0) {
     throw ThreadFailure(Format("can't be created: {}", SystemMessage(GetLastError())));
   }
-  // The thread owns it now. One that never begins keeps it until the process ends.
+  // The thread owns it now. If the thread never starts, it is freed at the end of the process.
   static_cast<void>(argument.release());
   return UniqueHandle(reinterpret_cast<HANDLE>(thread));
 }
 
 }  // namespace
 
-// Not a std::thread: where winpthreads stands behind it (seen with mingw-w64 10), a thread may end
-// without having run its procedure, and nobody is told.
+// Does not use std::thread: with winpthreads (seen with mingw-w64 10), a thread may end without
+// having run its procedure, and no error is reported.
 std::uintptr_t StartThread(unsigned(__stdcall* procedure)(void*), void* argument) {
   return _beginthreadex(nullptr, 0, procedure, argument, 0, nullptr);
 }

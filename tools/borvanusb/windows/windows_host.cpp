@@ -18,7 +18,7 @@ namespace borvanusb {
 
 namespace {
 
-// The virtual camera writes this process's transfers there, too.
+// The virtual camera also writes the transfers of this process to this file.
 constexpr const wchar_t* kTraceVariable = L"BORVAN_VIRTUAL_CAMERA_TRACE";
 constexpr std::chrono::milliseconds kSleepPart{50};
 

@@ -14,8 +14,8 @@
 
 namespace borvanusb {
 
-// The system and the library for the commands. The library is loaded when the first command needs
-// it, so that help costs nothing.
+// Gives the commands access to the system and the library. The library is loaded when a command
+// first needs it, so help is fast.
 class WindowsHost : public Host {
  public:
   // Both must outlive it.
@@ -57,7 +57,7 @@ class WindowsHost : public Host {
   WindowsLibraryPlatform platform_;
   bool input_was_read_ = false;
   ConsoleTerminal terminal_{console_};
-  std::vector<CameraIdentity> opened_;  // cameras, each once
+  std::vector<CameraIdentity> opened_;  // each camera only once
   std::optional<LoadedLibrary> loaded_;
   std::optional<CameraLibrary> library_;
 };

@@ -20,12 +20,12 @@ namespace borvanusb {
 namespace {
 
 constexpr std::size_t kLongestName = 32768;
-// The library's file functions take 260 characters, of which our file names need some.
+// The library's file functions accept 260 characters. Our file names need some of them.
 constexpr std::size_t kLongestFolder = 200;
 constexpr int kRemoveTries = 50;
 constexpr DWORD kRemoveInterval = 2;
 
-// The folder's name as the library can have it: itself, else its short name.
+// The folder's name if the library can use it, otherwise its short name.
 std::wstring UsableByLibrary(const std::wstring& folder) {
   if (ToAnsi(folder) && folder.size() < kLongestFolder) {
     return folder;
@@ -49,8 +49,8 @@ std::wstring FolderOf(DWORD (*get)(DWORD, wchar_t*)) {
   return name;
 }
 
-// A folder for scratch files: the user's own, or where that has a name beyond the code page, one
-// that any user may write to.
+// A folder for scratch files: the user's own or, if its name is not possible in the code page, a
+// folder that all users can write to.
 std::wstring FindScratchFolder() {
   std::vector<std::wstring> folders = {
       FolderOf([](DWORD size, wchar_t* name) { return GetTempPathW(size, name); }),
@@ -74,7 +74,7 @@ std::wstring FindScratchFolder() {
                 "Set TEMP to a folder whose name has letters of the system's code page only.");
 }
 
-// Whether a process with this number lives; true also where that can't be told.
+// Whether a process with this id is running. Also true if this is unknown.
 bool IsAlive(std::uint32_t process) {
   const UniqueHandle handle(OpenProcess(SYNCHRONIZE, FALSE, process));
   if (handle == nullptr) {
@@ -83,8 +83,8 @@ bool IsAlive(std::uint32_t process) {
   return WaitForSingleObject(handle.get(), 0) != WAIT_OBJECT_0;
 }
 
-// Removes scratch files of processes that were killed, or whose jobs had them open to the end: each
-// may hold a piece of a camera's flash.
+// Removes scratch files of killed processes, and of jobs that kept them open. Each may contain a
+// part of a camera's flash.
 void RemoveLeftFiles(const std::wstring& folder) {
   WIN32_FIND_DATAW found{};
   const HANDLE search = FindFirstFileW((folder + L"borvanusb-*").c_str(), &found);
@@ -100,7 +100,7 @@ void RemoveLeftFiles(const std::wstring& folder) {
   FindClose(search);
 }
 
-// FNV-1a: a short name for a long one.
+// FNV-1a, to shorten a long name.
 std::uint64_t Digest(std::string_view text) {
   std::uint64_t digest = 0xCBF29CE484222325;
   for (const char character : text) {
@@ -109,7 +109,7 @@ std::uint64_t Digest(std::string_view text) {
   return digest;
 }
 
-// As the library has paths: A to Z only.
+// Lower case as in the library's paths: only A to Z are converted.
 std::string InLowerCase(std::string text) {
   std::transform(text.begin(), text.end(), text.begin(), [](char character) {
     return character >= 'A' && character <= 'Z' ? static_cast<char>(character - 'A' + 'a')
@@ -136,7 +136,7 @@ LibraryPlatform::ScratchFile WindowsLibraryPlatform::NewScratchFile(std::string_
     scratch_folder_ = FindScratchFolder();
     RemoveLeftFiles(scratch_folder_);
   }
-  // The process's number alone may come again while an old file is still there.
+  // A process id alone is not unique: it may be reused while an old file exists.
   LARGE_INTEGER ticks{};
   QueryPerformanceCounter(&ticks);
   const std::wstring name =
@@ -148,7 +148,7 @@ LibraryPlatform::ScratchFile WindowsLibraryPlatform::NewScratchFile(std::string_
 
 void WindowsLibraryPlatform::RemoveScratchFile(const ScratchFile& file) {
   const std::wstring name = ToWide(file.name);
-  // A job reports its end a moment before it closes its file.
+  // Retries, because a job closes its file just after reporting its end.
   for (int i = 0; i < kRemoveTries; ++i) {
     if (DeleteFileW(name.c_str()) != FALSE || GetLastError() == ERROR_FILE_NOT_FOUND) {
       return;
@@ -184,13 +184,13 @@ std::optional<std::vector<std::uint32_t>> WindowsLibraryPlatform::Threads() {
       threads.push_back(entry.th32ThreadID);
     }
   }
-  // A list without the thread that asks is none.
+  // The list is only valid if it contains the calling thread.
   const bool whole =
       std::find(threads.begin(), threads.end(), GetCurrentThreadId()) != threads.end();
   return whole ? std::optional(std::move(threads)) : std::nullopt;
 }
 
-// Under Wine each thread takes some of the process's file descriptors, of which there may be 1024.
+// Under Wine, each thread needs several file descriptors of the process, which are limited to 1024.
 std::size_t WindowsLibraryPlatform::MostClearTasks() const {
   constexpr std::size_t kMost = 100;
   return kMost;
@@ -223,7 +223,8 @@ void WindowsLibraryPlatform::Sleep(std::chrono::milliseconds time) {
 std::unique_ptr<LibraryPlatform::CameraLock> WindowsLibraryPlatform::LockCamera(
     const std::string& path, std::chrono::milliseconds limit) {
   const std::wstring name = L"BorvanUSB-" + ToWide(Hex(Digest(path)).substr(2));
-  // Sessions of all users share the camera; where the common names are closed, at least this one's.
+  // The camera is shared by the sessions of all users. If global names are not permitted, uses a
+  // name of this session.
   UniqueHandle mutex(
       CreateMutexExW(nullptr, (L"Global\\" + name).c_str(), 0, SYNCHRONIZE | MUTEX_MODIFY_STATE));
   if (mutex == nullptr && GetLastError() != ERROR_ACCESS_DENIED) {
@@ -231,9 +232,9 @@ std::unique_ptr<LibraryPlatform::CameraLock> WindowsLibraryPlatform::LockCamera(
         CreateMutexExW(nullptr, (L"Local\\" + name).c_str(), 0, SYNCHRONIZE | MUTEX_MODIFY_STATE));
   }
   if (mutex == nullptr) {
-    return nullptr;  // another user's program has it
+    return nullptr;  // in use by another user's program
   }
-  // One that was left by a process that ended in the middle is ours, too.
+  // Also succeeds if the previous owner ended without releasing it.
   const DWORD result = WaitForSingleObject(mutex.get(), static_cast<DWORD>(limit.count()));
   if (result != WAIT_OBJECT_0 && result != WAIT_ABANDONED) {
     return nullptr;

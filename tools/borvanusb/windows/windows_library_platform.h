@@ -6,7 +6,7 @@
 
 namespace borvanusb {
 
-// The library's surroundings on Windows.
+// The operating system functions for the library, on Windows.
 class WindowsLibraryPlatform : public LibraryPlatform {
  public:
   ScratchFile NewScratchFile(std::string_view extension) override;

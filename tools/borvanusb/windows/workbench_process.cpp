@@ -42,7 +42,7 @@ Pipe MakePipe() {
   return {UniqueHandle(read), UniqueHandle(write)};
 }
 
-// Hands exactly these handles to a new process: sockets of the workbench must not live on in it.
+// Passes only these handles to a new process. Sockets of the workbench must not stay open in it.
 class InheritedHandles {
  public:
   explicit InheritedHandles(std::array<HANDLE, 2> handles) : handles_(handles) {
@@ -75,7 +75,7 @@ UniqueHandle StartProcess(HANDLE orders, HANDLE reports) {
   InheritedHandles inherited({orders, reports});
   STARTUPINFOEXW startup{};
   startup.StartupInfo.cb = sizeof(startup);
-  // No console to ask questions on: nobody sits there.
+  // Without a console, because a worker must not ask questions.
   startup.StartupInfo.dwFlags = STARTF_USESTDHANDLES;
   startup.lpAttributeList = inherited.List();
   const std::wstring program = ProgramFile();
@@ -83,7 +83,7 @@ UniqueHandle StartProcess(HANDLE orders, HANDLE reports) {
       Format(" {} {} {}", kWorkerWord, reinterpret_cast<std::uintptr_t>(orders),
              reinterpret_cast<std::uintptr_t>(reports));
   std::wstring line = QuoteArgument(program) + ToWide(words);
-  // A group of its own: Ctrl-C is for the workbench, which tells its workers.
+  // A new process group: Ctrl-C only reaches the workbench, which informs its workers.
   constexpr DWORD kFlags = EXTENDED_STARTUPINFO_PRESENT | CREATE_NEW_PROCESS_GROUP;
   PROCESS_INFORMATION process{};
   if (CreateProcessW(program.c_str(), line.data(), nullptr, nullptr, TRUE, kFlags, nullptr, nullptr,
@@ -102,7 +102,7 @@ class WorkerProcess : public Worker {
     Pipe orders = MakePipe();
     Pipe reports = MakePipe();
     process_ = StartProcess(orders.read.get(), reports.write.get());
-    // Ours must go, or the pipes never end.
+    // Closes our copies of the ends; otherwise the pipes never end.
     orders.read.reset();
     reports.write.reset();
     writer_ = std::make_unique<PipeWriter>(std::move(orders.write));
@@ -118,7 +118,7 @@ class WorkerProcess : public Worker {
       events.on_end(static_cast<int>(code));
     });
   }
-  // A worker that has nothing to do ends when its orders end; one at work is not waited for.
+  // An idle worker ends when its order pipe is closed. A busy one is not waited for.
   ~WorkerProcess() override {
     writer_.reset();
     TerminateProcess(process_.get(), 1);
@@ -142,7 +142,7 @@ class WindowsWorkbench : public WorkbenchPlatform {
 
   std::string RandomHex(std::size_t bytes) override {
     using Generate = NTSTATUS(WINAPI*)(BCRYPT_ALG_HANDLE, PUCHAR, ULONG, ULONG);
-    // Loaded from the Windows system folder only.
+    // Loads from the Windows system folder only.
     HMODULE const library = LoadLibraryExW(L"bcrypt.dll", nullptr, LOAD_LIBRARY_SEARCH_SYSTEM32);
     const auto generate = library != nullptr ? reinterpret_cast<Generate>(reinterpret_cast<void*>(
                                                    GetProcAddress(library, "BCryptGenRandom")))

@@ -8,14 +8,14 @@
 
 namespace borvanusb {
 
-// The workbench's processes. Its worker is this program, started with words that no help shows and
-// with two pipes that only the workbench hands on.
+// The processes of the workbench. A worker is this program, started with undocumented words and two
+// pipes from the workbench.
 
-// Runs a worker, if these words and this process's handles are those of one; else nothing. Does not
-// return from a worker.
+// If the words and the handles of this process are those of a worker, runs it and does not return.
+// Otherwise does nothing.
 void RunIfWorker(const std::vector<std::string>& words);
 
-// The workbench's part of the system; null in a program that was built without it.
+// The system functions of the workbench. Null if the program was built without it.
 WorkbenchPlatform* SystemWorkbench();
 
 }  // namespace borvanusb

@@ -4,7 +4,7 @@
 
 namespace borvanusb {
 
-// The first word of a worker's command line; the numbers of its two pipes follow.
+// The first word of a worker's command line. The handles of its two pipes follow.
 constexpr std::string_view kWorkerWord = "--workbench-worker";
 
 }  // namespace borvanusb

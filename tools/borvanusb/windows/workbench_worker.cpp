@@ -1,5 +1,5 @@
-// A worker process of the workbench: one thread reads orders, one runs them, and the main thread
-// watches over the calls into the library.
+// A worker process of the workbench. One thread reads orders, another runs them, and the main
+// thread supervises the calls into the library.
 #include <windows.h>
 
 #include <array>
@@ -29,7 +29,7 @@ namespace borvanusb {
 
 namespace {
 
-// After a stop a call gets that long to return.
+// The time that a call has to return after a stop request.
 constexpr std::chrono::milliseconds kStopLimit{1000};
 
 constexpr std::array kFolderVariables = {L"BORVANUSB_DLL", L"BORVANUSB_JOURNALS",
@@ -67,7 +67,7 @@ class WorkerProgram {
     }
   }
 
-  // On the thread that reads orders.
+  // Called on the thread that reads orders.
   void OnStop() {
     if (supervisor_.RequestStop() > 1) {
       EndWith(Failure(ExitCode::kStopped, "stopped by the user in the middle",
@@ -78,7 +78,8 @@ class WorkerProgram {
 
   void Enter(const std::string& folder) {
     hold_.emplace(folder);
-    // Names that the user gave are from the folder where the workbench was started.
+    // Makes names absolute, because the user gave them relative to the folder where the workbench
+    // was started.
     for (const wchar_t* const variable : kFolderVariables) {
       if (const std::string name = ToUtf8(EnvironmentVariable(variable)); !name.empty()) {
         SetEnvironmentVariableW(variable, ToWide(AbsoluteName(name)).c_str());
@@ -89,7 +90,7 @@ class WorkerProgram {
     }
   }
 
-  // The process ends under the run: a call into the library can't be interrupted.
+  // Ends the process during the run, because a call into the library can't be interrupted.
   [[noreturn]] void EndWith(const Failure& failure) {
     const std::uint64_t number = loop_.Number();
     const auto send = [&](WorkerReport::Kind kind, std::string_view text) {
@@ -111,7 +112,7 @@ class WorkerProgram {
   Supervisor supervisor_;
   WindowsHost host_{console_, supervisor_};
   std::optional<RunFolder::Hold> hold_;
-  // Of the run at work; the pages always want JSON.
+  // The words for ReportFailure: pages always expect JSON.
   const std::vector<std::string> words_{"--json"};
   WorkerLoop loop_{host_,
                    {[this](const WorkerReport& report) { writer_.Write(LineOf(report)); },
@@ -119,7 +120,7 @@ class WorkerProgram {
                     [this](const std::string& folder) { Enter(folder); }}};
 };
 
-// The handle of a pipe whose number a word holds; none for anything else.
+// The handle of a pipe, given as a number. Null if the word is invalid.
 UniqueHandle PipeOf(const std::string& word) {
   std::uintptr_t number = 0;
   const auto [end, error] = std::from_chars(word.data(), word.data() + word.size(), number);
@@ -129,7 +130,7 @@ UniqueHandle PipeOf(const std::string& word) {
       GetHandleInformation(handle, &flags) == FALSE || GetFileType(handle) != FILE_TYPE_PIPE) {
     return nullptr;
   }
-  // Processes that this one starts must not keep the pipes open.
+  // Processes that this one starts must not inherit the pipes.
   SetHandleInformation(handle, HANDLE_FLAG_INHERIT, 0);
   return UniqueHandle(handle);
 }

@@ -56,7 +56,7 @@ void Connection::Close() {
   owner_.OnClosed(number_);
 }
 
-// ---- A request and its answer ----
+// ---- Requests and answers ----
 
 void Connection::AwaitRequest(std::chrono::milliseconds time) {
   if (buffer_.size() > 0) {
@@ -95,7 +95,7 @@ void Connection::OnHead(Error error) {
   }
   request_ = HeadOf(*parser_);
   if (auto refused = owner_.CheckHead(request_)) {
-    // What follows was not read: the connection can't continue.
+    // If the request has a body, it was not read, so the connection can't be reused.
     Respond(std::move(*refused), parser_->is_done() && parser_->keep_alive());
     return;
   }
@@ -121,7 +121,7 @@ void Connection::OnBody(Error error) {
 void Connection::Handle() {
   const bool keep = parser_->keep_alive();
   parser_.reset();
-  // Work may take as long as it needs.
+  // A command may take any time.
   stream_.expires_never();
   const HttpRequest request = std::move(request_);
   request_ = {};
@@ -177,7 +177,7 @@ void Connection::BeginStream() {
   Beat();
 }
 
-// A browser sends nothing more; what comes, or the end, ends the stream.
+// A browser sends nothing on this connection. Any data, or its end, ends the stream.
 void Connection::WatchReader() {
   stream_.expires_never();
   buffer_.clear();

@@ -1,6 +1,6 @@
 #pragma once
 
-// One connection of a browser. Only the server includes this: it needs Boost.
+// A connection to a browser. Only the server includes this file, because it needs Boost.
 
 #include <boost/asio/ip/tcp.hpp>
 #include <boost/asio/steady_timer.hpp>
@@ -19,7 +19,7 @@
 
 namespace borvanusb {
 
-// What connections ask of the server. Answers may come later, on the same thread.
+// The interface of the server for its connections. Answers may arrive later, on the same thread.
 class ConnectionOwner {
  public:
   using Respond = std::function<void(HttpResponse)>;
@@ -30,12 +30,13 @@ class ConnectionOwner {
   virtual ~ConnectionOwner() = default;
 
   virtual const ServerLimits& Limits() const = 0;
-  // The answer for a request that is refused before its body is read.
+  // Checks a request before its body is read. Returns the answer if it is refused.
   virtual std::optional<HttpResponse> CheckHead(const HttpRequest& request) = 0;
-  // Answers by `respond`, or by `stream` once: the connection then carries events.
+  // Calls `respond` with the answer, or `stream` once, which turns the connection into an event
+  // stream.
   virtual void Handle(const HttpRequest& request, Respond respond,
                       std::function<void()> stream) = 0;
-  // The connection carries no events any more.
+  // Called when an event stream ends.
   virtual void OnClosed(std::uint64_t connection) = 0;
 };
 
@@ -46,7 +47,7 @@ class Connection : public std::enable_shared_from_this<Connection> {
   void Start();
   std::uint64_t Number() const { return number_; }
   bool Streams() const { return streams_; }
-  // Sends an event to a connection that carries events; a page that does not read is disconnected.
+  // Sends an event on an event stream. A page that does not read its events is disconnected.
   void SendEvent(const std::shared_ptr<const std::string>& text);
   void Close();
 

@@ -72,7 +72,7 @@ void Desk::Run(const RunOrder& order, Respond respond) {
     RunNow(order, respond);
     return;
   }
-  // It may have been plugged in right now.
+  // The camera may have been plugged in just now, so the list is read again.
   TellState([this, order, respond](const Json& /*cameras*/, const Json& /*jobs*/) {
     if (IsListed(*order.camera)) {
       RunNow(order, respond);

@@ -16,11 +16,11 @@
 
 namespace borvanusb {
 
-// All work of the workbench: the cameras that there are, a lane for each, and what is read live.
+// Manages the cameras, one lane for each, and live reading.
 class Desk {
  public:
   using Json = nlohmann::ordered_json;
-  // An answer to a request: its HTTP status and body.
+  // Sends the answer to a request: HTTP status and body.
   using Respond = std::function<void(int status, const Json& body)>;
 
   explicit Desk(DeskTools tools);
@@ -29,20 +29,22 @@ class Desk {
   Desk& operator=(const Desk&) = delete;
 
   void Run(const RunOrder& order, Respond respond);
-  // Live reading belongs to the page's event stream: it ends with the last one.
+  // Sets the registers for live reading. It stops when the last event stream closes.
   Json SetLive(const LiveOrder& order);
   bool StopJob(const std::string& job);
   std::optional<std::string> JobText(const std::string& job) const;
-  // Answers once the list of cameras is at most a second old, or can't be made.
+  // Calls `tell` with a list of cameras that is at most a second old, or with the last known one if
+  // listing fails.
   void TellState(std::function<void(const Json& cameras, const Json& jobs)> tell);
 
-  // While pages listen, the cameras are looked for all the time.
+  // The number of connected pages. While there is at least one, the cameras are listed
+  // periodically.
   void SetPages(std::size_t pages);
   bool HasWork() const;
-  // What Ctrl-C does, to everything.
+  // Stops all work, as Ctrl-C does.
   void StopAll();
   Json CamerasJson() const;
-  // The version of the loaded library; null until it is known, and when there is none.
+  // The version of the library. Null while it is unknown, or if there is no library.
   const Json& Library() const { return library_; }
 
  private:
@@ -70,12 +72,12 @@ class Desk {
 
   DeskTools tools_;
   std::shared_ptr<Lane> looker_;
-  std::map<std::string, std::shared_ptr<Lane>> lanes_;  // by path; "" for no camera
+  std::map<std::string, std::shared_ptr<Lane>> lanes_;  // by path; "" without a camera
   std::vector<CameraEntry> cameras_;
   std::map<std::string, LiveSet> lives_;
-  std::deque<std::pair<std::string, std::string>> answers_;  // of the last jobs, by id
+  std::deque<std::pair<std::string, std::string>> answers_;  // answers of the last jobs, by id
   std::vector<std::function<void()>> waiting_for_state_;
-  std::string look_problem_;  // the last one that was told
+  std::string look_problem_;  // last reported problem
   Json library_;
   bool asked_for_library_ = false;
   std::size_t pages_ = 0;

@@ -1,4 +1,4 @@
-// The desk's cameras: which there are, what is known of them.
+// The desk's cameras: the list, and what is known about each camera.
 #include <algorithm>
 
 #include "base/failure.h"
@@ -72,7 +72,8 @@ void Desk::Look() {
   };
   looker_->Submit(std::move(job));
   tools_.after(kLongestLook, [this, alive = std::weak_ptr(alive_), look = ++looks_] {
-    // A process that does not even end by its own time limit is ended; the next look has a new one.
+    // The process did not obey its own time limit, so it is killed. The next listing starts a new
+    // one.
     if (!alive.expired() && looking_ && looks_ == look) {
       looker_->Stop("");
       looker_->Stop("");
@@ -80,7 +81,7 @@ void Desk::Look() {
   });
 }
 
-// A list that can't be had says nothing of the cameras: what was known stays.
+// Reports that listing the cameras failed. The last known cameras remain.
 void Desk::TellLookProblem(const Json& answer) {
   const std::string problem =
       answer["error"].is_object() ? answer["error"].value("message", std::string()) : "";
@@ -130,7 +131,7 @@ void Desk::TakeCameras(const Json& cameras) {
     try {
       lane->Prepare();
     } catch (const Failure&) {
-      // The first command says why.
+      // The first command will report why the worker can't be started.
     }
     if (const auto live = lives_.find(path); live != lives_.end()) {
       lane->SetLive(live->second);

@@ -1,4 +1,4 @@
-# Writes a C++ source with the page's files, compressed.
+# Writes a C++ source that contains the compressed files of the page.
 # Usage: cmake -D FOLDER=… -D OUTPUT=… -P embed_page.cmake
 
 set(text "// Made by embed_page.cmake.\n#include \"workbench/page_files.h\"\n\nnamespace borvanusb {\n\nnamespace {\n\n")
@@ -12,7 +12,7 @@ foreach(name IN ITEMS index.html page.js page.css)
        COMPRESSION_LEVEL 9)
   file(READ "${packed}" bytes HEX)
   file(REMOVE "${packed}")
-  # The four bytes of the time, which would differ from build to build.
+  # Sets the four bytes of the gzip time stamp to zero, so that builds are reproducible.
   string(SUBSTRING "${bytes}" 0 8 begin)
   string(SUBSTRING "${bytes}" 16 -1 end)
   string(REGEX REPLACE "(..)" "0x\\1," bytes "${begin}00000000${end}")

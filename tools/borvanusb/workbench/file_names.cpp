@@ -7,7 +7,8 @@ namespace borvanusb {
 
 namespace {
 
-// A name in UTF-8 has at most so many bytes; with a folder in front it stays below 260 characters.
+// The maximum length of a name in UTF-8, in bytes. With the folder, the path stays below 260
+// characters.
 constexpr std::size_t kLongestName = 120;
 
 constexpr std::array<std::string_view, 7> kDevices = {"con",    "prn",     "aux",   "nul",
@@ -22,12 +23,12 @@ bool IsDigit(char character) {
   return character >= '0' && character <= '9';
 }
 
-// The superscripts 1, 2 and 3 count as digits in the names of ports.
+// Windows treats the superscripts 1, 2 and 3 as digits in port names such as COM1.
 bool IsSuperscript(std::string_view text) {
   return text == "\xC2\xB9" || text == "\xC2\xB2" || text == "\xC2\xB3";
 }
 
-// Windows takes the part before the first dot, blanks at its end removed, for the device's name.
+// For device names, Windows only considers the part before the first dot, without trailing blanks.
 bool IsDevice(std::string_view name) {
   std::string stem(name.substr(0, name.find('.')));
   while (!stem.empty() && stem.back() == ' ') {
@@ -43,8 +44,7 @@ bool IsDevice(std::string_view name) {
   return is_port && ((number.size() == 1 && IsDigit(number.front())) || IsSuperscript(number));
 }
 
-// Whether the bytes are UTF-8 as the standard wants it: no character in a longer form than it
-// needs, no half of a pair of UTF-16.
+// Whether the bytes are valid UTF-8: no overlong encodings, no surrogates.
 bool IsUtf8(std::string_view text) {
   for (std::size_t i = 0; i < text.size();) {
     const auto byte = static_cast<unsigned char>(text[i]);

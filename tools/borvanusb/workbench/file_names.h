@@ -5,9 +5,9 @@
 
 namespace borvanusb {
 
-// Why a text can't be the plain name of a file in a folder, as the continuation of the name; empty
-// when it can. A plain name has no folder, no drive, no stream, and is no device of Windows, so
-// that the file it names is in the folder that one means, on every system.
+// Why a text is not a plain file name, as the rest of a sentence that starts with the name. Empty
+// if it is one. A plain name has no folder, drive or stream, and is not a Windows device name, so
+// on every system it names a file in the expected folder.
 std::string ProblemOfPlainName(std::string_view name);
 
 }  // namespace borvanusb

@@ -34,7 +34,8 @@ std::size_t CountOf(const HttpRequest& request, std::string_view name) {
 }
 
 std::string CookieName(const Session& session) {
-  // Browsers send the cookies of one port to all others of the machine.
+  // Cookies are not separated by port: browsers send them to all ports of a host. So the name has
+  // the port.
   return Format("borvanusb_{}", session.port);
 }
 
@@ -56,7 +57,7 @@ bool HasCookie(const HttpRequest& request, const Session& session) {
   return found;
 }
 
-// The length that the request announces; nothing when it is no number.
+// The Content-Length of the request. Returns nothing if it is not a number.
 std::optional<std::uint64_t> AnnouncedLength(const HttpRequest& request) {
   const std::string text = HeaderOf(request, "content-length").value_or("0");
   std::uint64_t length = 0;
@@ -148,7 +149,7 @@ bool SameSecret(std::string_view left, std::string_view right) {
   for (std::size_t i = 0; i < left.size(); ++i) {
     difference |= static_cast<unsigned>(left[i] ^ right[i]);
   }
-  // The compiler must not end the loop early.
+  // `volatile` keeps the compiler from ending the loop early.
   volatile unsigned seen = difference;
   return seen == 0;
 }
@@ -163,7 +164,7 @@ std::optional<std::string> HeaderOf(const HttpRequest& request, std::string_view
 }
 
 std::string HostOf(const Session& session) {
-  // Browsers omit the usual port.
+  // Browsers omit the default port.
   constexpr std::uint16_t kUsualPort = 80;
   return session.port == kUsualPort ? "127.0.0.1" : Format("127.0.0.1:{}", session.port);
 }

@@ -33,7 +33,7 @@ HttpResponse WrongMethod(const char* allowed) {
   return response;
 }
 
-// The answer to a failure of ours: what the page sent, or a file.
+// The answer to a failure: 400 if the page sent something wrong, otherwise 500.
 HttpResponse FailureResponse(const Failure& failure) {
   const int status = failure.Code() == ExitCode::kUsage ? 400 : 500;
   return ErrorResponse(status, status == 400 ? "refused" : KindOf(failure.Code()),
@@ -48,7 +48,7 @@ int DigitOf(char c) {
   return lower >= 'a' && lower <= 'f' ? lower - 'a' + 10 : -1;
 }
 
-// A part of an address with its %xx read; nothing when they are wrong.
+// Decodes the %xx escapes in a part of an address. Returns nothing if they are invalid.
 std::optional<std::string> Unescaped(std::string_view text) {
   std::string plain;
   for (std::size_t i = 0; i < text.size(); ++i) {
@@ -121,7 +121,7 @@ HttpResponse Download(std::string_view escaped, const WorkbenchServices& service
     return ErrorResponse(404, "not-found", Format("there is no file {}", name));
   }
   HttpResponse response;
-  // Never shown as a page of ours, whatever it holds.
+  // Browsers must never show an uploaded file as a page of our origin.
   response.headers = {{"Content-Type", "application/octet-stream"},
                       {"Content-Disposition", "attachment"}};
   response.body = std::move(*bytes);

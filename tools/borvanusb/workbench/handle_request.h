@@ -14,26 +14,26 @@
 
 namespace borvanusb {
 
-// What a request asks for, beyond an answer that is known at once.
+// Work that a request asks for. Other requests are answered immediately.
 
-// Run a command line and answer with its outcome.
+// Run a command line and answer with its result.
 struct RunOrder {
   std::vector<std::string> words;
   std::optional<std::string> camera;  // path
-  std::string job;                    // chosen by the page; empty: the workbench chooses
-  bool wait = true;                   // false: answer when the work has begun
+  std::string job;                    // id chosen by the page; empty: the workbench chooses
+  bool wait = true;                   // false: answer as soon as the work has started
   AcceptedWords accepted;
 };
 
-// Read registers again and again; no words: end that.
+// Read these registers repeatedly. No words: stop reading.
 struct LiveOrder {
   std::string camera;
   std::vector<std::string> words;
-  double rate = 10;  // readings a second
+  double rate = 10;  // readings per second
 };
 
-struct StateOrder {};   // answer with all that there is
-struct EventStream {};  // send events until the page goes
+struct StateOrder {};   // answer with the complete state
+struct EventStream {};  // send events until the page disconnects
 
 using Reply = std::variant<HttpResponse, RunOrder, LiveOrder, StateOrder, EventStream>;
 
@@ -42,7 +42,8 @@ struct WorkbenchRules {
   WordLimits limits;
 };
 
-// Answers a request, or says what has to be done for it. Responses are not Hardened yet.
+// Answers a request, or returns the work that it requires. The caller must pass responses to
+// Hardened().
 Reply HandleRequest(const HttpRequest& request, Session& session, const WorkbenchRules& rules,
                     WorkbenchServices& services);
 

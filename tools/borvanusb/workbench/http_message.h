@@ -6,13 +6,13 @@
 
 namespace borvanusb {
 
-// HTTP as values: what the socket took in, and what it gives back.
+// HTTP requests and responses as values.
 
 using HttpHeaders = std::vector<std::pair<std::string, std::string>>;
 
 struct HttpRequest {
   std::string method;
-  std::string target;  // as it came: path and query
+  std::string target;  // path and query, not decoded
   HttpHeaders headers;
   std::string body;
 };

@@ -6,7 +6,7 @@ namespace {
 
 using Json = nlohmann::ordered_json;
 
-// More lines than a person reads.
+// Further messages of a job are dropped.
 constexpr std::size_t kMostMessages = 2000;
 
 Json ErrorJson(const Failure& failure) {
@@ -16,7 +16,7 @@ Json ErrorJson(const Failure& failure) {
           {"hint", failure.Hint()}};
 }
 
-// The last line that is a JSON object: a command's result, or its failure.
+// The last line that is a JSON object. It holds the command's result or its failure.
 Json ResultIn(const std::string& output) {
   std::size_t end = output.size();
   while (end > 0) {

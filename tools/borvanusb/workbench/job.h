@@ -12,43 +12,43 @@
 
 namespace borvanusb {
 
-// A command line of a page: waiting, at work or done.
+// A command line from a page: waiting, running or done.
 struct WorkbenchJob {
   using Json = nlohmann::ordered_json;
 
   std::string id;
   std::string camera;              // path; empty: none
-  std::vector<std::string> words;  // as the page gave them
-  std::vector<std::string> line;   // what the worker runs
-  std::string shown;               // the same as a person would type it
+  std::vector<std::string> words;  // as received from the page
+  std::vector<std::string> line;   // as passed to the worker
+  std::string shown;               // as a person would type it
   AcceptedWords accepted;
   std::string started;                               // UTC
-  std::chrono::steady_clock::time_point started_at;  // since when it has the camera
-  int stops = 0;                                     // times that a stop was asked for
-  bool internal = false;                             // the workbench's own: no page hears of it
-  Json progress;                                     // null until there is some
+  std::chrono::steady_clock::time_point started_at;  // when it started to use the camera
+  int stops = 0;                                     // number of stop requests
+  bool internal = false;                             // started by the workbench itself, not shown
+  Json progress;                                     // null until the first report
   std::string output;
-  std::string error_rest;  // of standard error: a line that has not yet ended
+  std::string error_rest;  // incomplete last line of standard error
   std::vector<std::string> messages;
-  // Called once: with the exit code and the answer of /api/run.
+  // Called once, with the exit code and the answer of /api/run.
   std::function<void(int code, const Json& answer)> on_end;
-  // Called instead when other work has the camera.
+  // Called instead of on_end if other work uses the camera.
   std::function<void(const Json& busy)> on_busy;
 };
 
-// As /api/state shows it.
+// The job in the form of /api/state.
 nlohmann::ordered_json JobJson(const WorkbenchJob& job);
 
-// The answer of /api/run, from what the worker wrote.
+// The answer of /api/run, made from the worker's output.
 nlohmann::ordered_json AnswerOf(const WorkbenchJob& job, int code);
-// The same for one that could not come to its end.
+// The answer of /api/run for a job that could not complete.
 nlohmann::ordered_json AnswerOf(const WorkbenchJob& job, const Failure& failure);
 
-// Takes a part of standard error: progress goes to job.progress, whole lines to job.messages.
-// Returns whether there was progress.
+// Processes a part of standard error: progress goes to job.progress, complete lines go to
+// job.messages. Returns whether there was progress.
 bool TakeErrorText(WorkbenchJob& job, std::string_view text);
 
-// Takes whole lines off the beginning of a text.
+// Removes the complete lines from the beginning of a text and returns them.
 std::vector<std::string> TakeLines(std::string& text);
 
 }  // namespace borvanusb

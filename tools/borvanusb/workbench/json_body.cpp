@@ -13,7 +13,7 @@ namespace {
 
 using Json = nlohmann::json;
 
-// A list of words in an object: more depth means nothing here.
+// The deepest valid body is a list of words in an object.
 constexpr int kDeepest = 8;
 
 Failure Wrong(const std::string& message) {

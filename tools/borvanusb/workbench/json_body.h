@@ -10,8 +10,8 @@
 
 namespace borvanusb {
 
-// The JSON object that a page sent. Everything throws Failure kUsage that names the key and what is
-// possible.
+// A JSON object that a page sent. All functions throw Failure kUsage that names the key and the
+// allowed values.
 class JsonBody {
  public:
   explicit JsonBody(const std::string& text);
@@ -21,15 +21,15 @@ class JsonBody {
 
   std::string Text(const char* key) const;
   std::vector<std::string> Texts(const char* key) const;
-  // Nothing when the key is missing or null.
+  // Returns nothing if the key is missing or null.
   std::optional<std::string> OptionalText(const char* key) const;
   std::optional<bool> OptionalFlag(const char* key) const;
   std::optional<double> OptionalNumber(const char* key) const;
-  // A key that nobody reads would let its sender believe that it counted.
+  // Throws if there is any other key. Otherwise its sender would believe that it has an effect.
   void RefuseOthers(std::initializer_list<std::string_view> known) const;
 
  private:
-  // Null when the key is missing or null.
+  // Null if the key is missing or null.
   const nlohmann::json* Find(const char* key) const;
 
   std::unique_ptr<nlohmann::json> json_;

@@ -13,15 +13,16 @@ namespace {
 using Json = nlohmann::ordered_json;
 using std::chrono::milliseconds;
 
-// Short work is waited for; after longer work nobody is kept waiting.
+// Jobs wait for the running one. Once it has run for longer than this, they are refused as busy.
 constexpr milliseconds kPatience{2000};
-// A worker that was told twice to stop ends by itself within a second.
+// After a second stop request, a worker ends by itself within a second. If it does not, it is
+// killed.
 constexpr milliseconds kKillDelay{3000};
-// Live reading that failed is tried again.
+// Time before live reading is tried again after a failure.
 constexpr milliseconds kLivePause{2000};
 constexpr std::size_t kMostOutput = 64U << 20U;
 
-// After these the library in the worker may be in any state.
+// After these exit codes, the library in the worker may be in any state, so the worker is replaced.
 bool SpoilsWorker(int code) {
   return code == static_cast<int>(ExitCode::kTimeout) ||
          code == static_cast<int>(ExitCode::kInternal);
@@ -320,7 +321,7 @@ void Lane::OnWorkerEnd(std::uint64_t worker, int code) {
   }
   DropWorker();
   if (busy_ == Busy::kJob) {
-    // What the worker could still tell counts more than that it is gone.
+    // The worker's own last error has priority over the fact that the worker is gone.
     const Json last = AnswerOf(*job_, code);
     const bool told = last["error"].is_object();
     const Failure gone = WorkerGone(*job_, code);

@@ -11,34 +11,34 @@
 
 namespace borvanusb {
 
-// Registers that a page wants to see again and again.
+// Registers that a page reads repeatedly.
 struct LiveSet {
   std::string id;
-  std::vector<std::string> line;  // what the worker runs; empty: nothing is wanted
+  std::vector<std::string> line;  // as passed to the worker; empty: no live reading
   double rate = 10;
 };
 
-// One camera, or none: its worker process, the jobs that wait for it, and the live reading that
-// fills the time between them. At most one command line runs at a time.
+// The work for one camera, or for commands without a camera: its worker process, the queue of jobs,
+// and live reading between jobs. Only one command line runs at a time.
 class Lane : public std::enable_shared_from_this<Lane> {
  public:
-  // `camera` is a path, or empty.
+  // `camera` is a path. Empty: for commands without a camera.
   Lane(std::string camera, DeskTools& tools) : camera_(std::move(camera)), tools_(tools) {}
 
   const std::string& Camera() const { return camera_; }
-  // The job at work; null when there is none.
+  // The running job. Null if there is none.
   const WorkbenchJob* Current() const { return job_.get(); }
   bool IsIdle() const { return job_ == nullptr && waiting_.empty(); }
 
-  // Starts the worker, so that it is ready when it is needed.
+  // Starts the worker in advance.
   void Prepare();
   void Submit(std::unique_ptr<WorkbenchJob> job);
-  // False when the job is not here.
+  // Returns false if the job is not in this lane.
   bool Stop(const std::string& job);
   void StopAll();
-  // Replaces what is read live.
+  // Replaces the registers for live reading.
   void SetLive(LiveSet live);
-  // The camera was unplugged: what follows begins with a new worker.
+  // Called when the camera was unplugged: the following work gets a new worker.
   void Renew();
 
  private:
@@ -63,17 +63,17 @@ class Lane : public std::enable_shared_from_this<Lane> {
   const std::string camera_;
   DeskTools& tools_;
   std::unique_ptr<Worker> worker_;
-  std::uint64_t worker_number_ = 0;  // tells the reports of a former worker
-  bool renew_ = false;               // as soon as it is idle
+  std::uint64_t worker_number_ = 0;  // identifies reports of a former worker
+  bool renew_ = false;               // replace the worker when idle
   Busy busy_ = Busy::kNo;
-  std::uint64_t run_ = 0;  // number of the run at work
+  std::uint64_t run_ = 0;  // number of the current run
   std::unique_ptr<WorkbenchJob> job_;
   std::deque<std::unique_ptr<WorkbenchJob>> waiting_;
   LiveSet live_;
   bool live_stopping_ = false;
-  bool live_pausing_ = false;  // it failed, and is tried again later
+  bool live_pausing_ = false;  // after a failure, until the next try
   std::string live_output_;
-  std::string live_problem_;  // the last one that was told
+  std::string live_problem_;  // last reported problem
 };
 
 }  // namespace borvanusb

@@ -4,7 +4,7 @@ namespace borvanusb {
 
 namespace {
 
-// One opening of many of a camera that stays open.
+// A handle to a camera that stays open when the handle is closed.
 class SharedCamera : public Camera {
  public:
   explicit SharedCamera(std::shared_ptr<Camera> camera) : camera_(std::move(camera)) {}

@@ -10,8 +10,8 @@
 
 namespace borvanusb {
 
-// A host for one command line that runs again and again: the cameras are listed once, and the
-// camera is opened once. Reading live then costs no transfer beyond those of the registers.
+// A host for a command line that runs repeatedly. It lists the cameras only once and keeps the
+// camera open, so that live reading needs no transfers except those for the registers.
 class OpenCameraHost : public Host {
  public:
   explicit OpenCameraHost(Host& host) : host_(host) {}

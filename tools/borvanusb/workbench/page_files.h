@@ -6,7 +6,7 @@
 
 namespace borvanusb {
 
-// The page, as the build made and compressed it.
+// The files of the page, compressed by the build.
 std::span<const PageFile> PageFiles();
 
 }  // namespace borvanusb

@@ -8,7 +8,7 @@
 
 namespace borvanusb {
 
-// What the workbench needs of the system.
+// The functions of the operating system that the workbench needs.
 class WorkbenchPlatform {
  public:
   WorkbenchPlatform() = default;
@@ -18,11 +18,12 @@ class WorkbenchPlatform {
 
   // See WorkerStarter.
   virtual std::unique_ptr<Worker> StartWorker(WorkerEvents events) = 0;
-  // So many bytes of the system's random source, as hexadecimal digits. Throws Failure kInternal.
+  // Returns this number of bytes from the system's random generator, as hexadecimal digits. Throws
+  // Failure kInternal.
   virtual std::string RandomHex(std::size_t bytes) = 0;
-  // Opens the user's browser; false when the system has none.
+  // Opens the user's browser. Returns false if there is none.
   virtual bool OpenBrowser(const std::string& address) = 0;
-  // A folder that only the user reads, for the runs' files.
+  // A folder for the files of runs, which only the user can read.
   virtual std::string DataFolder() const = 0;
 };
 

@@ -1,6 +1,6 @@
 #pragma once
 
-// From bytes to a request, by Boost. Only the server and its fuzz target include this.
+// Parses HTTP requests with Boost. Only the server and its fuzz target include this file.
 
 #include <boost/beast/http/parser.hpp>
 #include <boost/beast/http/string_body.hpp>
@@ -15,13 +15,13 @@ using RequestParser = boost::beast::http::request_parser<boost::beast::http::str
 
 constexpr std::uint32_t kLongestHead = 16U << 10U;
 
-// A new parser must be told what is too long.
+// Every new parser needs its limits.
 inline void SetLimits(RequestParser& parser) {
   parser.header_limit(kLongestHead);
   parser.body_limit(kLongestUpload);
 }
 
-// The request without its body, when its head is complete.
+// The head of the request, once it is complete.
 inline HttpRequest HeadOf(const RequestParser& parser) {
   const auto& message = parser.get();
   HttpRequest request;

@@ -17,7 +17,7 @@ namespace fs = std::filesystem;
 
 constexpr std::string_view kRunPrefix = "run-";
 constexpr std::string_view kHoldSuffix = ".in-use";
-// More than the largest flash; a page can't use more either.
+// Larger than the largest flash, and a limit for what a page can handle.
 constexpr std::uint64_t kLargestDownload = 256U << 20U;
 constexpr std::uint64_t kLargestFolder = std::uint64_t{2} << 30U;
 
@@ -25,8 +25,8 @@ fs::path PathOf(const std::string& name) {
   return {std::u8string(name.begin(), name.end())};
 }
 
-// Whether the journal of an unfinished change names a file of this folder. Its last part is random,
-// so that it can't stand there for anything else.
+// Whether the journal of an unfinished change names a file of this folder. The folder's name has a
+// random part, so its text can't occur in a journal by chance.
 bool IsNamedByJournal(const std::string& folder, const std::string& journal_folder) {
   const fs::path leaf = PathOf(folder).filename();
   const std::u8string text = leaf.u8string();
@@ -36,7 +36,7 @@ bool IsNamedByJournal(const std::string& folder, const std::string& journal_fold
     if (fs::is_directory(PathOf(Format("{}/{}", journal_folder, file)), error)) {
       return false;
     }
-    // One that can't be read may name it.
+    // A journal that can't be read may name it, so the folder is kept.
     try {
       return ReadWholeText(Format("{}/{}", journal_folder, file)).find(wanted) != std::string::npos;
     } catch (const Failure&) {
@@ -47,7 +47,7 @@ bool IsNamedByJournal(const std::string& folder, const std::string& journal_fold
 
 void RemoveRun(const std::string& folder, const std::string& journal_folder) {
   std::error_code error;
-  // While anybody holds the file, Windows does not let it go.
+  // On Windows this fails while another process holds the file.
   fs::remove(PathOf(folder + std::string(kHoldSuffix)), error);
   if (!error && !IsNamedByJournal(folder, journal_folder)) {
     fs::remove_all(PathOf(folder), error);
@@ -73,7 +73,8 @@ RunFolder::RunFolder(std::string base, const std::string& id, std::string journa
       name_(Format("{}/{}{}", base_, kRunPrefix, id)) {
   MakeFolder(base_);
   RemoveLeftovers(base_, journal_folder_);
-  // First the hold: another run that starts now must not take the folder for a leftover.
+  // The hold comes first, so that another run that starts now does not remove the folder as a
+  // leftover.
   hold_.emplace(name_);
   MakeFolder(name_);
 }
@@ -82,10 +83,10 @@ RunFolder::~RunFolder() {
   hold_.reset();
   try {
     RemoveRun(name_, journal_folder_);
-    // Changes of earlier runs may have been completed meanwhile.
+    // Changes of earlier runs may have been completed since the start.
     RemoveLeftovers(base_, journal_folder_);
   } catch (...) {
-    // The next run removes it.
+    // The next run removes the folder.
     hold_.reset();
   }
 }

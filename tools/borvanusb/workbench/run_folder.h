@@ -10,13 +10,13 @@
 
 namespace borvanusb {
 
-// The folder of one run of the workbench: what pages uploaded and what commands wrote. It is
-// removed at the end, with those of runs that were killed. A folder stays as long as the journal of
-// an unfinished change names a file in it: it holds the backup that the change can be undone with.
+// The folder of one run of the workbench, with the uploaded files and the output files of commands.
+// It is removed at the end of the run, together with those of runs that were killed. However, a
+// folder remains while the journal of an unfinished change names a file in it, because the file may
+// be the backup for undoing the change.
 class RunFolder {
  public:
-  // Makes a folder in `base` named by `id`, and removes what earlier runs left there. Throws
-  // Failure kFile.
+  // Creates the folder `id` in `base`, and removes leftovers of earlier runs. Throws Failure kFile.
   RunFolder(std::string base, const std::string& id, std::string journal_folder);
   ~RunFolder();
   RunFolder(const RunFolder&) = delete;
@@ -24,13 +24,13 @@ class RunFolder {
 
   const std::string& Name() const { return name_; }
 
-  // Files by plain names. Throw Failure kFile.
+  // Files in the folder, given by plain names. Throw Failure kFile.
   void Save(const std::string& file, std::string_view bytes) const;
   std::vector<StoredFile> List() const;
   std::optional<std::string> Read(const std::string& file) const;
 
-  // Keeps a run's folder from being removed by other runs while this object lives; the workers of a
-  // run hold it, too, because they may outlive the workbench.
+  // While this object exists, other runs do not remove the folder. The workers of a run hold it,
+  // too, because they may outlive the workbench.
   class Hold {
    public:
     explicit Hold(const std::string& folder);

@@ -21,7 +21,7 @@ using asio::ip::tcp;
 using Json = nlohmann::ordered_json;
 using Clock = std::chrono::steady_clock;
 
-// How soon Ctrl-C and the absence of pages are noticed.
+// How often the server checks for Ctrl-C and for absent pages.
 constexpr std::chrono::milliseconds kBetweenChecks{100};
 
 HttpResponse JsonResponse(int status, const Json& body) {
@@ -33,7 +33,7 @@ HttpResponse JsonResponse(int status, const Json& body) {
 }
 
 #ifdef _WIN32
-// Without it another program could listen on the same port, too.
+// Without this option, another program could listen on the same port.
 using OwnPort = asio::detail::socket_option::boolean<SOL_SOCKET, SO_EXCLUSIVEADDRUSE>;
 #else
 using OwnPort = asio::socket_base::reuse_address;
@@ -56,7 +56,7 @@ tcp::acceptor Listen(asio::io_context& context, std::uint16_t port) {
 
 }  // namespace
 
-// The connections, the work, and what lies between them.
+// Connects the connections with the work.
 class WorkbenchServer::Hall : public ConnectionOwner, public WorkbenchServices {
  public:
   Hall(ServerSettings settings, const RunFolder& folder)
@@ -78,11 +78,11 @@ class WorkbenchServer::Hall : public ConnectionOwner, public WorkbenchServices {
     Accept();
     Check();
     context_.run();
-    // Workers end before what their reports are for.
+    // Ends the workers before the objects that receive their reports.
     desk_.reset();
   }
 
-  // ---- For connections ----
+  // ---- ConnectionOwner ----
 
   const ServerLimits& Limits() const override { return settings_.connection; }
 
@@ -112,7 +112,7 @@ class WorkbenchServer::Hall : public ConnectionOwner, public WorkbenchServices {
     CountPages();
   }
 
-  // ---- For the handler of requests ----
+  // ---- WorkbenchServices ----
 
   std::span<const PageFile> Page() const override { return settings_.page; }
   void SaveFile(const std::string& name, std::string_view bytes) override {
@@ -182,7 +182,7 @@ class WorkbenchServer::Hall : public ConnectionOwner, public WorkbenchServices {
     const auto text = std::make_shared<const std::string>(
         Format("event: {}\ndata: {}\n\n", name,
                data.dump(-1, ' ', false, Json::error_handler_t::replace)));
-    // A page that is disconnected leaves the map.
+    // A copy, because sending may disconnect a page, which changes the map.
     const auto connections = connections_;
     for (const auto& [number, connection] : connections) {
       connection->SendEvent(text);
@@ -216,7 +216,7 @@ class WorkbenchServer::Hall : public ConnectionOwner, public WorkbenchServices {
     }
   }
 
-  // Whether the last page has been gone for long enough.
+  // Whether the last page has been gone for longer than `patience`.
   bool IsLeft() const {
     return !settings_.stay && pages_ == 0 && pages_gone_ &&
            Clock::now() - *pages_gone_ > settings_.patience;

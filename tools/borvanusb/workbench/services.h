@@ -9,7 +9,7 @@
 
 namespace borvanusb {
 
-// A file of the page, as the program holds it.
+// A file of the page, stored in the program.
 struct PageFile {
   std::string_view path;  // "/page.js"
   std::string_view type;  // "text/javascript; charset=utf-8"
@@ -21,7 +21,7 @@ struct StoredFile {
   std::uint64_t size = 0;
 };
 
-// The run's files and the work, for the handler of requests. What fails throws Failure.
+// The functions that handle_request.h needs: files of the run, and work. They throw Failure.
 class WorkbenchServices {
  public:
   WorkbenchServices() = default;
@@ -31,16 +31,16 @@ class WorkbenchServices {
 
   virtual std::span<const PageFile> Page() const = 0;
 
-  // Files of the run's folder; the names are plain ones.
+  // Files in the run's folder, given by plain names.
   virtual void SaveFile(const std::string& name, std::string_view bytes) = 0;
   virtual std::vector<StoredFile> ListFiles() const = 0;
-  // Nothing when there is no such file.
+  // Returns nothing if there is no such file.
   virtual std::optional<std::string> ReadFile(const std::string& name) const = 0;
 
-  // False when no such work is being done.
+  // Returns false if there is no such job.
   virtual bool StopJob(const std::string& job) = 0;
-  // What a job that has ended came to, as /api/run answers; nothing for one that is not known, an
-  // object with "running" for one at work.
+  // The answer of /api/run for a job that has ended, or an object with "running" while it runs.
+  // Returns nothing for an unknown job.
   virtual std::optional<std::string> JobText(const std::string& job) const = 0;
 };
 

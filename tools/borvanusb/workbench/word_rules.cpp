@@ -17,7 +17,8 @@ namespace {
 using enum CommandEffect;
 
 constexpr std::size_t kMostWords = 2000;
-// A command line of Windows has 32767 characters; some are needed for what is added.
+// Windows limits a command line to 32767 characters. The workbench needs some for the words that it
+// adds.
 constexpr std::size_t kMostBytes = 30000;
 
 constexpr std::array kCommands = std::to_array<PageCommand>({
@@ -57,10 +58,10 @@ constexpr std::array kCommands = std::to_array<PageCommand>({
     {"bench", kReads},
 });
 
-// Common options that change nothing but this command's own work.
+// Common options that are allowed: they only affect the command itself.
 constexpr std::array<std::string_view, 3> kCommonAllowed = {"--timeout", "--verbose", "--wait"};
-// Options of commands that are not for a page: each camera has a run of its own, and the events
-// tell of cameras that come and go.
+// Options that a page can't use: commands run for each camera separately, and events already report
+// cameras that are connected or disconnected.
 constexpr std::array<std::string_view, 2> kOwnRefused = {"--all", "--watch"};
 
 Failure Refusal(const std::string& message, const std::string& hint) {
@@ -104,7 +105,7 @@ void CheckPlain(const OptionDescription& option, std::string_view value) {
   }
 }
 
-// "boot.bin@0x40000", "config.bin@region:config": the file, and where it goes.
+// Checks "boot.bin@0x40000" or "config.bin@region:config": a file name and its position.
 void CheckPart(const OptionDescription& option, const std::string& value) {
   constexpr std::string_view kAllowed =
       "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789_.:+-";
@@ -118,7 +119,7 @@ void CheckPart(const OptionDescription& option, const std::string& value) {
   }
 }
 
-// What `reg diff` compares: a file, or something else by its prefix.
+// Checks an operand of `reg diff`: a file name, or another source with a prefix.
 void CheckSource(const OptionDescription& option, const std::string& value) {
   constexpr std::string_view kPreset = "preset:";
   if (value == "camera" || value == "reset" || value.starts_with("camera:")) {

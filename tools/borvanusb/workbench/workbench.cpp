@@ -29,7 +29,7 @@ ServerSettings SettingsFor(const WorkbenchCommand& command, Context& context,
   settings.session.token = platform.RandomHex(kSecretBytes);
   settings.session.cookie = platform.RandomHex(kSecretBytes);
   settings.limits = {command.read_only, context.host.JournalFolder()};
-  // The workers work in another folder.
+  // The workers run in another folder, so the name must be absolute.
   if (const std::string profile = GivenProfile(context.common, context.host); !profile.empty()) {
     settings.profile_words = {"--profile", AbsoluteName(profile)};
   }

@@ -10,7 +10,7 @@ struct CommandRule;
 struct Context;
 
 struct WorkbenchCommand {
-  std::uint16_t port = 0;  // 0: the system chooses
+  std::uint16_t port = 0;  // 0: chosen by the system
   bool browser = true;
   bool read_only = false;
   bool stay = false;

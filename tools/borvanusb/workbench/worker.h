@@ -10,17 +10,17 @@
 
 namespace borvanusb {
 
-// A worker is a process of this program that runs command lines one after the other, for one
-// camera. It and the workbench exchange lines, each a JSON object.
+// A worker is a process of this program that runs command lines for one camera, one after another.
+// The workbench and the worker exchange lines; each line is a JSON object.
 
-// What the workbench asks for. Each run has a number, so that a stop that comes late stops nothing
-// else.
+// An order from the workbench. Each run has a number, so a late stop request can't stop another
+// run.
 struct WorkerOrder {
   enum class Kind {
-    kEnter,   // go into the folder `text`; before the first run
+    kEnter,   // change to the folder `text`; sent before the first run
     kRun,     // run `words`
-    kRepeat,  // run `words` `rate` times a second, with the camera kept open, until a stop
-    kStop     // what Ctrl-C does; a second one ends the process
+    kRepeat,  // run `words` `rate` times a second and keep the camera open, until a stop
+    kStop     // acts like Ctrl-C; a second one ends the process
   };
   Kind kind = Kind::kRun;
   std::uint64_t number = 0;
@@ -29,12 +29,12 @@ struct WorkerOrder {
   std::string text;
 };
 
-// What a worker tells.
+// A report from the worker.
 struct WorkerReport {
   enum class Kind {
-    kOut,    // standard output: `text`
-    kError,  // standard error: `text`
-    kRound,  // one reading of kRepeat is complete; `code` is that of the command
+    kOut,    // standard output in `text`
+    kError,  // standard error in `text`
+    kRound,  // one repetition of kRepeat has ended with the exit code `code`
     kEnd     // the run has ended with the exit code `code`
   };
   Kind kind = Kind::kEnd;
@@ -43,14 +43,14 @@ struct WorkerReport {
   int code = 0;
 };
 
-// With the line end.
+// The order or report as a line, with the line end.
 std::string LineOf(const WorkerOrder& order);
 std::string LineOf(const WorkerReport& report);
-// Nothing for a line that is none.
+// Parse a line. Return nothing if it is invalid.
 std::optional<WorkerOrder> ReadOrder(std::string_view line);
 std::optional<WorkerReport> ReadReport(std::string_view line);
 
-// A started worker. Destroying it ends the process.
+// A running worker process. The destructor ends the process.
 class Worker {
  public:
   Worker() = default;
@@ -58,19 +58,19 @@ class Worker {
   Worker& operator=(const Worker&) = delete;
   virtual ~Worker() = default;
 
-  // What can't be sent is lost; the worker's end follows.
+  // If sending fails, the order is lost and `on_end` follows.
   virtual void Send(const WorkerOrder& order) = 0;
-  // Ends the process now; `on_end` follows.
+  // Kills the process; `on_end` follows.
   virtual void Kill() = 0;
 };
 
-// Both are called on threads of their own; `on_end` last, and once.
+// Both are called on other threads. `on_end` is called once, and last.
 struct WorkerEvents {
   std::function<void(const WorkerReport&)> on_report;
   std::function<void(int code)> on_end;
 };
 
-// Throws Failure when the process can't be started.
+// Throws Failure if the process can't be started.
 using WorkerStarter = std::function<std::unique_ptr<Worker>(WorkerEvents)>;
 
 }  // namespace borvanusb

@@ -94,7 +94,7 @@ void WorkerLoop::Repeat(const WorkerOrder& order) {
   while (code == 0 && !host_.StopRequested()) {
     code = RunWords(order, host);
     hooks_.send({WorkerReport::Kind::kRound, order.number, "", code});
-    // What can't be caught up any more is left out.
+    // If readings are late by more than one interval, the missed ones are skipped.
     next = std::max(next + interval, host_.Clock() - interval);
     if (code == 0 && next > host_.Clock()) {
       host_.Sleep(std::chrono::ceil<std::chrono::milliseconds>(next - host_.Clock()));

@@ -15,28 +15,28 @@
 
 namespace borvanusb {
 
-// The inside of a worker process. One thread hands in the orders as they arrive, another runs them.
+// The main loop of a worker process. One thread receives the orders, another thread runs them.
 class WorkerLoop {
  public:
   struct Hooks {
     std::function<void(const WorkerReport&)> send;
-    // A new run begins: stops of earlier ones are forgotten.
+    // Called when a run starts: discards stop requests for earlier runs.
     std::function<void()> forget_stops;
-    // Ctrl-C, for the run at work.
+    // Stops the current run, as Ctrl-C does.
     std::function<void()> stop;
-    // Goes into a folder; throws Failure.
+    // Changes to a folder. Throws Failure.
     std::function<void(const std::string&)> enter;
   };
   WorkerLoop(Host& host, Hooks hooks) : host_(host), hooks_(std::move(hooks)) {}
 
-  // On the thread that reads orders.
+  // Receives an order. Called on the thread that reads orders.
   void Take(const WorkerOrder& order);
-  // The workbench is gone: the run at work is stopped, and Run returns.
+  // Called when the workbench is gone. Stops the current run; then Run() returns.
   void Close();
 
-  // Runs orders until Close. Returns the exit code of the process.
+  // Runs orders until Close() is called. Returns the exit code of the process.
   int Run();
-  // The words of the run at work; empty between runs. On any thread.
+  // The words of the current run. Empty between runs. May be called on any thread.
   std::vector<std::string> Words() const;
   std::uint64_t Number() const { return number_; }
 
@@ -53,7 +53,7 @@ class WorkerLoop {
   std::deque<WorkerOrder> orders_;
   bool closed_ = false;
   std::vector<std::string> words_;
-  std::atomic<std::uint64_t> number_{0};  // of the run at work, 0 between runs
+  std::atomic<std::uint64_t> number_{0};  // of the current run; 0 between runs
 };
 
 }  // namespace borvanusb

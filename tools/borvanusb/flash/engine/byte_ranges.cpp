@@ -12,7 +12,7 @@ namespace {
 
 constexpr std::size_t kShownRanges = 4;
 
-// The ranges of units that `differs` says of, each `unit` bytes long.
+// The ranges for which `differs` returns true, checked in units of `unit` bytes.
 template <typename Differs>
 Ranges Collect(std::uint32_t address, std::uint64_t size, std::uint64_t unit,
                const Differs& differs) {

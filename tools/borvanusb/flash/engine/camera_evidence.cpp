@@ -10,14 +10,14 @@ namespace borvanusb {
 namespace {
 
 constexpr std::uint32_t kBlankWord = 0xFFFFFFFF;
-// As a word reads that can't be read.
+// A word that can't be read is returned as 0.
 constexpr std::uint32_t kZeroWord = 0;
 constexpr std::uint32_t kWordSize = 4;
-// Every flash has the first 64 KiB. Nothing behind the change is asked: where addresses wrap, that
-// would be another place than it seems.
+// Every flash has the first 64 KiB. Addresses after the change are not used, because addresses may
+// wrap at the flash's end.
 constexpr std::uint64_t kSure = std::uint64_t{64} << 10U;
 constexpr std::uint64_t kLandmarks = 8;
-// So that each lies at another place within its sector.
+// An offset, so that landmarks lie at different positions within their sectors.
 constexpr std::uint64_t kStagger = 0x0A94;
 constexpr std::array<std::uint32_t, 2> kDistances = {0x4, 0xE10};
 
@@ -38,7 +38,7 @@ bool Holds(const std::vector<Value>& values, const Value& value) {
   return std::ranges::find(values, value) != values.end();
 }
 
-// Adds `is` where `was` is known, and the erased word, by which the change passes.
+// If the landmark may have been `was`, adds `is`, and the erased word that occurs in between.
 bool Add(Landmark& landmark, std::uint32_t was, std::uint32_t is) {
   if (!AgreesWith(landmark, was)) {
     return false;
@@ -63,8 +63,8 @@ bool AgreesWith(const Landmark& landmark, std::uint32_t word) {
   if (Holds(landmark.words, word)) {
     return true;
   }
-  // Erased in between, so a cut may have left it half erased or half programmed: bits that are set
-  // beside those of a word it held.
+  // If the word was erased in between, an interruption may have left it half erased or half
+  // programmed: a known value with additional bits set.
   return Holds(landmark.words, kBlankWord) &&
          std::ranges::any_of(landmark.words,
                              [word](std::uint32_t known) { return (word & known) == known; });
@@ -95,7 +95,7 @@ std::vector<Landmark> TakeLandmarks(Camera& camera, const SectorSet& sectors) {
         static_cast<std::uint32_t>((i * step + i * kStagger % step) / kWordSize * kWordSize);
     take(address);
   }
-  // Right before the change cameras of one kind may well differ.
+  // Cameras of one kind are likely to differ just before the change.
   for (const std::uint32_t distance : kDistances) {
     if (distance <= sectors.First()) {
       take(sectors.First() - distance);

@@ -10,11 +10,11 @@
 
 namespace borvanusb {
 
-// Whether a flash is the one that a journal belongs to. A camera without a serial number has
-// another path at another port, and cameras of one kind share their firmware: content tells more
-// than a path.
+// Decides whether a flash is the one that a journal belongs to. Without a serial number, a camera
+// has another path at another port, and cameras of one kind have the same firmware. Therefore the
+// content of the flash is better evidence than the path.
 
-// What was compared. Blank places count for neither side.
+// Counts the comparisons. Blank places are not counted.
 struct Evidence {
   unsigned agreeing = 0;
   unsigned differing = 0;
@@ -22,28 +22,29 @@ struct Evidence {
 
 enum class SameCamera { kYes, kUnknown, kNo };
 
-// A single difference speaks for another camera: what this program changed since is followed.
+// A single difference means another camera, because journals keep track of changes that this
+// program makes later.
 SameCamera Weigh(const Evidence& evidence);
 
-// Words that a change of `sectors` leaves alone: of the first 64 KiB and of all that lies before
-// the sectors. Throws Failure as the camera's reads do.
+// Takes words that a change of `sectors` does not touch: from the first 64 KiB, and from the flash
+// before the sectors. Throws Failure as the camera's reads do.
 std::vector<Landmark> TakeLandmarks(Camera& camera, const SectorSet& sectors);
 
-// Whether a word can be the landmark's: one that it held, or what a later change that was cut off
-// made of it.
+// Whether a word can belong to the landmark: a value it had, or the result of a later interrupted
+// change.
 bool AgreesWith(const Landmark& landmark, std::uint32_t word);
 
-// The journal's landmarks, read again.
+// Reads the journal's landmarks again and compares them.
 Evidence CompareLandmarks(Camera& camera, const Journal& journal);
 
-// The sectors that the journal knows, its open one aside, against `now`, the content of `sectors`.
-// While a sector is open the others stand still.
+// Compares the sectors in the journal, except the open one, with `now`, the content of `sectors`.
+// They must be equal, because only the open sector changes while it is open.
 Evidence CompareSectors(const Journal& journal, const SectorSet& sectors,
                         std::span<const std::uint8_t> now);
 
-// Adds to what a journal knows of its flash what a later change may have put there, with the same
-// camera or one that looks the same: `before` and `after` are the content of `sectors` around that
-// change. Returns whether anything was added.
+// Records in a journal that a later change may have changed its flash. The change was made on the
+// same camera or one that looks the same. `before` and `after` are the content of `sectors` before
+// and after that change. Returns whether anything was added.
 bool FollowChange(Journal& journal, const SectorSpan& sectors, std::span<const std::uint8_t> before,
                   std::span<const std::uint8_t> after);
 

@@ -12,13 +12,13 @@
 
 namespace borvanusb {
 
-// What is known of the flash's end before a command works on a part of it.
+// The known end of the flash, for a command that works on a part of it.
 struct FlashEnd {
-  std::optional<std::uint64_t> size;  // bytes; nothing when it is not known
+  std::optional<std::uint64_t> size;  // in bytes; nothing if unknown
   std::string reason;                 // how it is known: "from --flash-size"
 };
 
-// The flash's size as the user or the camera's profile tells it.
+// The flash size from the user or the camera's profile.
 struct ToldSize {
   std::optional<std::uint64_t> size;
   const char* reason = "from --flash-size";
@@ -29,28 +29,28 @@ struct ToldSize {
   ToldSize(std::optional<std::uint64_t> told, const char* why) : size(told), reason(why) {}
 };
 
-// Whether the flash ends before `end`, one past the last address of a part: as `told`,
-// else as the camera's addresses show, by FindFlashEndBefore. A remark says that the
-// size can't be found out. A size is returned when it was told or when the flash ends before `end`.
-// `head` is the first 64 KiB of the flash where they were read already, else empty.
+// Checks whether the flash ends before `end`, one past the last address of a part. Uses the `told`
+// size, otherwise FindFlashEndBefore(). Prints a remark if the size can't be determined. Returns a
+// size if it was told, or if the flash ends before `end`. `head` is the first 64 KiB of the flash
+// if already read, else empty.
 FlashEnd FindFlashEnd(Camera& camera, std::uint64_t end, const ToldSize& told, Output& output,
                       std::span<const std::uint8_t> head = {});
 
-// Refuses an image that ends beyond the flash. Throws Failure kFile.
+// Throws Failure kFile if the image ends beyond the flash.
 void RefuseBeyondEnd(const Image& image, const FlashEnd& end);
 
-// The look at the flash's end for a range of addresses that `argument` names ("RANGE", "ADDR").
-// Returns the size if it is known. Throws Failure kUsage when the range ends beyond the flash.
+// Checks a range of addresses; `argument` is its name in messages ("RANGE", "ADDR"). Returns the
+// size if it is known. Throws Failure kUsage if the range ends beyond the flash.
 std::optional<std::uint64_t> CheckWithinFlash(Camera& camera, const std::string& argument,
                                               const Range& range, const ToldSize& told,
                                               Output& output);
 
-// The same for an image, which goes to --address. Throws Failure kFile.
+// The same check for an image at --address. Throws Failure kFile.
 std::optional<std::uint64_t> CheckWithinFlash(Camera& camera, const Image& image,
                                               const ToldSize& told, Output& output);
 
-// The addresses of the whole flash: of `told` bytes, or of the size that its addresses show, which
-// a remark says. Throws Failure kUsage when the size can't be found out.
+// The address range of the whole flash. Uses the `told` size, otherwise detects it and prints a
+// remark. Throws Failure kUsage if the size can't be determined.
 Range WholeFlash(Camera& camera, const ToldSize& told, Output& output);
 
 }  // namespace borvanusb

@@ -18,17 +18,17 @@ constexpr std::uint64_t kLargest = std::uint64_t{64} << 20U;
 constexpr std::uint32_t kWordSize = 4;
 constexpr std::uint32_t kBlankWord = 0xFFFFFFFF;
 
-// Distinctive words that are compared at each size; fewer than the least tell nothing.
+// The maximum number of distinctive words to compare at each size, and the minimum for a decision.
 constexpr std::size_t kMostKnownWords = 6;
 constexpr std::size_t kLeastKnownWords = 3;
-// Words that are looked at for distinctive ones, before all are read.
+// Words that are sampled to find distinctive ones, before all words are read.
 constexpr std::uint64_t kLooks = 12;
-// Words over the whole size that confirm that it wraps.
+// Words across the whole size that must match to confirm wrapping.
 constexpr std::uint64_t kConfirmingWords = 24;
-// Words that are looked at in a part that seems not to answer, and in each part beyond it.
+// Words that are sampled in a part that seems not to answer, and in each part after it.
 constexpr std::uint64_t kSilentWords = 48;
 constexpr std::uint64_t kSilentWordsBeyond = 16;
-// Words that are looked at in a sector, to see whether it answers.
+// Words that are sampled in a sector to check whether it answers.
 constexpr std::uint64_t kWordsPerSector = 8;
 
 struct KnownWord {
@@ -38,7 +38,7 @@ struct KnownWord {
 
 struct Base {
   std::vector<KnownWord> words;  // distinctive ones
-  bool all_zero = true;          // nothing but 0 was seen
+  bool all_zero = true;          // no word other than 0 was read
 };
 
 bool IsDistinctive(const Base& base, std::uint32_t word) {
@@ -47,7 +47,7 @@ bool IsDistinctive(const Base& base, std::uint32_t word) {
                               [&](const KnownWord& known) { return known.word == word; });
 }
 
-// Keeps a word that could not stand elsewhere by chance.
+// Keeps a word if it is unlikely to occur elsewhere by chance.
 void Consider(Base& base, std::uint32_t address, std::uint32_t word) {
   base.all_zero = base.all_zero && word == 0;
   if (IsDistinctive(base, word)) {
@@ -63,10 +63,11 @@ std::uint32_t WordAt(std::span<const std::uint8_t> bytes, std::uint64_t offset) 
   return word;
 }
 
-// From the first 64 KiB.
+// Finds distinctive words in the first 64 KiB.
 Base BaseOf(std::span<const std::uint8_t> bytes) {
   Base base;
-  // One from each part, so that a short loader at the start does not make them all; then any.
+  // Takes one word from each part, so that not all of them come from a short loader at the start.
+  // Then takes any others.
   const std::uint64_t part = kSmallest / kMostKnownWords / kWordSize * kWordSize;
   for (std::uint64_t start = 0; start + part <= kSmallest; start += part) {
     const std::size_t before = base.words.size();
@@ -80,7 +81,7 @@ Base BaseOf(std::span<const std::uint8_t> bytes) {
   return base;
 }
 
-// Positions that are spread evenly and lie differently in their sectors.
+// A position out of `count` evenly distributed ones. Their offsets within sectors differ.
 std::uint64_t Spread(std::uint64_t start, std::uint64_t size, std::uint64_t index,
                      std::uint64_t count) {
   const std::uint64_t step = size / count;
@@ -97,8 +98,8 @@ Base BaseOfFewPeeks(Camera& camera) {
   return base;
 }
 
-// In as few transfers as the flash's content allows. `head` is the first 64 KiB where they are
-// known already, else empty.
+// Finds distinctive words with as few transfers as possible. `head` is the first 64 KiB if already
+// read, else empty.
 Base FindBase(Camera& camera, std::span<const std::uint8_t> head) {
   if (!head.empty()) {
     return BaseOf(head);
@@ -138,8 +139,8 @@ bool WrapsAt(Camera& camera, const Base& base, std::uint64_t size) {
   return true;
 }
 
-// Whether nothing but 0 is read from `size` on, up to where the largest flash would end: zeros that
-// a firmware holds end somewhere, or come back with the rest where addresses wrap.
+// Whether all samples from `size` up to the end of the largest flash are 0. Zeros in firmware end
+// somewhere, or appear again together with other content where addresses wrap.
 bool SilentFrom(Camera& camera, std::uint64_t size) {
   if (!AllZero(camera, size, size, kSilentWords)) {
     return false;
@@ -152,14 +153,14 @@ bool SilentFrom(Camera& camera, std::uint64_t size) {
   return true;
 }
 
-// A word that failed to be read shows as 0, so what seems silent is read twice.
+// Reads a silent sector twice, because a word whose read fails is returned as 0.
 bool IsSilentSector(Camera& camera, std::uint64_t sector) {
   const auto is_silent = [&] { return AllZero(camera, sector, kSectorSize, kWordsPerSector); };
   const bool at_first = is_silent();
   return at_first && is_silent();
 }
 
-// The first sector in [answering, silent) that reads as nothing but 0.
+// Finds the first sector in [answering, silent) that contains only 0.
 std::uint64_t FirstSilentSector(Camera& camera, std::uint64_t answering, std::uint64_t silent) {
   while (silent - answering > kSectorSize) {
     const std::uint64_t middle = answering + (silent - answering) / 2 / kSectorSize * kSectorSize;
@@ -227,12 +228,12 @@ FlashSizeFinding FindFlashEndBefore(Camera& camera, std::uint64_t end,
       return Wrap(size);
     }
   }
-  // The last sector tells whether the whole image's addresses answer; only when it is silent it
-  // must be found where that begins.
+  // If the last sector answers, all addresses of the image exist. If not, finds out where silence
+  // begins.
   const std::uint64_t last_sector = (end - 1) / kSectorSize * kSectorSize;
   if (!base.all_zero && IsSilentSector(camera, last_sector)) {
     const std::uint64_t size = FirstSilentSector(camera, kSmallest - kSectorSize, last_sector);
-    // Firmware may end with zeros, too: only a flash's usual size is worth refusing for.
+    // Firmware may also end with zeros, so only a usual flash size is reported.
     if (std::has_single_bit(size) && SilentFrom(camera, size)) {
       return Silence(size);
     }

@@ -13,11 +13,11 @@ struct FlashWord {
   std::uint32_t value = 0;  // the byte at `address` in bits 24 to 31
 };
 
-// The words of some bytes, a multiple of 4, that erased flash does not hold already.
+// The words of some bytes that differ from erased flash. The size must be a multiple of 4.
 std::vector<FlashWord> TailWords(std::uint32_t address, std::span<const std::uint8_t> bytes);
 
-// The words that make `now` become `after`, of the same size; nothing when a bit must be set for
-// it, which takes an erase.
+// The words to write to change `now` to `after`, which have the same size. Returns nothing if a bit
+// must be set, because this requires an erase.
 std::optional<std::vector<FlashWord>> ClearingWords(std::uint32_t address,
                                                     std::span<const std::uint8_t> now,
                                                     std::span<const std::uint8_t> after);

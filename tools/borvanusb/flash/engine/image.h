@@ -9,27 +9,27 @@
 
 namespace borvanusb {
 
-// What goes into the flash, and where: the bytes of one file or of several.
+// Bytes and their addresses in the flash, from one file or several.
 struct Image {
-  std::string file;                // its name for messages, or the names of all
-  std::vector<std::string> files;  // the names; automatic backups go beside the first
+  std::string file;                // for messages; all names if there are several
+  std::vector<std::string> files;  // automatic backups are written beside the first
   Segments segments;               // at least one
-  std::string sha256;              // of all bytes, in the order of their addresses
-  // The addresses are those of the file or of several places, so no --address moves the whole.
+  std::string sha256;              // of all bytes in address order
+  // The addresses come from the file or from several positions, so --address can't move the image.
   bool has_addresses = false;
 
   std::uint32_t First() const { return segments.front().address; }
   std::uint64_t End() const { return segments.back().End(); }  // one past the last
-  std::uint64_t Size() const { return TotalSize(segments); }   // of its bytes, without gaps
+  std::uint64_t Size() const { return TotalSize(segments); }   // without gaps
 
   Ranges Places() const { return PlacesOf(segments); }
   std::vector<PlacedBytes> Named() const;
 };
 
-// The image of the segments, in rising order, from these files.
+// Makes an image from sorted segments of these files.
 Image MakeImage(const std::vector<std::string>& files, Segments segments);
 
-// The SHA-256 of all bytes, in the order of their addresses.
+// The SHA-256 of all bytes in address order.
 std::string Digest(const Segments& segments);
 
 }  // namespace borvanusb

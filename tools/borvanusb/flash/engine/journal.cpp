@@ -13,9 +13,10 @@ namespace {
 
 using Json = nlohmann::ordered_json;
 
-// Changes of bytes without gaps; earlier versions of the tool read them, too.
+// For changes without gaps; earlier versions of the tool can read it, too.
 constexpr int kFormat = 2;
-// With ranges: an earlier version would take the gaps for bytes that the change names.
+// For changes with gaps. An earlier version would treat the gaps as changed bytes, so it must
+// reject this format.
 constexpr int kFormatWithRanges = 3;
 constexpr std::size_t kDigestDigits = 16;
 constexpr std::uint64_t kAddressSpace = std::uint64_t{1} << 32U;
@@ -77,7 +78,7 @@ Json RangesJson(const Ranges& ranges) {
   return json;
 }
 
-// In rising order, with gaps between, from `address` to the end of `size` bytes.
+// Reads sorted ranges with gaps between them. They must span exactly `size` bytes from `address`.
 Ranges RangesFrom(const Json& json, std::uint32_t address, std::uint64_t size) {
   Ranges ranges;
   for (const Json& pair : json) {

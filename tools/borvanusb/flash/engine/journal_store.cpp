@@ -66,7 +66,7 @@ std::vector<JournalStore::Entry> JournalStore::Load() const {
     try {
       entries.push_back({file, Read(file)});
     } catch (const Failure&) {
-      // Another process may have come to its end and removed its own meanwhile.
+      // Ignores the error if another process has finished and removed its journal in the meantime.
       if (FileExists(file)) {
         throw;
       }
@@ -86,7 +86,8 @@ std::vector<JournalStore::Entry> JournalStore::Load() const {
 }
 
 std::string JournalStore::NewName(const std::string& time) const {
-  // A name never comes again: a journal that was cut off may still name those that it replaces.
+  // Names must never be reused, because an interrupted journal may still list the journals that it
+  // replaces.
   std::random_device random;
   constexpr int kDigits = 8;
   return Format("{}{}-{}-{}{}", folder_, own_, time, Hex(random(), kDigits).substr(2), kNameEnd);

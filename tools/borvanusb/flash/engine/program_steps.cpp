@@ -90,7 +90,7 @@ std::unique_ptr<WorkJournal> BeginJournal(const Image& image, const FlashExamina
   return journal;
 }
 
-// Reads the sectors from those that were read on, until there are `end` bytes.
+// Continues reading the sectors until `end` bytes have been read.
 void ReadSectors(FlashExamination& seen, std::uint64_t end, WorkSite& site) {
   const auto start = site.host.Clock();
   for (const Range& run : seen.sectors.Runs()) {
@@ -108,9 +108,9 @@ void ReadSectors(FlashExamination& seen, std::uint64_t end, WorkSite& site) {
   seen.seconds += std::chrono::duration<double>(site.host.Clock() - start).count();
 }
 
-// The sectors whose words are cleared where they are. A sector that gets bytes back from a journal
-// goes the way that the journal knows; and what is not read back is written by jobs, which tell
-// that the flash took it.
+// The sectors that can be changed word by word without an erase. A sector that is restored from a
+// journal is not among them, because its journal expects an erase. Without verification there are
+// none: then jobs are used, which report whether the flash accepted the data.
 std::vector<WordSector> PlanWords(const FlashExamination& seen, const ProgramPlan& plan,
                                   bool verify) {
   if (!verify) {
@@ -126,7 +126,7 @@ std::vector<WordSector> PlanWords(const FlashExamination& seen, const ProgramPla
   return sectors;
 }
 
-// The transfers that changing the sectors takes, and reading them back.
+// The transfers for changing the sectors and reading them back.
 std::uint64_t PlannedTransfers(const ProgramPlan& plan, bool verify) {
   std::uint64_t transfers = 0;
   for (const WordSector& sector : plan.by_words) {
@@ -150,8 +150,8 @@ FlashExamination Examine(const Image& image, const ToldSize& flash_size, const s
   site.progress.Begin("read", seen.sectors.Size());
   const Range first = seen.sectors.Runs().front();
   if (!flash_size.size && first.first == 0 && first.Size() > kFlashHead) {
-    // It serves the look at the flash's end as well. The rest waits: reading addresses that do not
-    // answer does not end.
+    // The first part is also used to detect the flash's end. The rest is read later, because
+    // reading addresses that do not answer never ends.
     ReadSectors(seen, kFlashHead, site);
   }
   const FlashEnd end = FindFlashEnd(site.camera, image.End(), flash_size, site.output, seen.now);
@@ -222,7 +222,8 @@ void Verify(const ProgramPlan& plan, Security& security, const Ranges& vouched, 
                             RangesText(mismatch.wrong), RangesText(sectors)));
     site.state.SetWrong(mismatch.wrong);
     WriterFor(security, site).Write(sectors, plan.After());
-    // All of it again: where addresses wrap, the second try has overwritten other sectors.
+    // Compares everything again. If addresses wrap, the second attempt has overwritten other
+    // sectors.
     mismatch = WriterFor(security, site).Compare(plan.changes, plan.After());
   }
   site.state.SetWrong(mismatch.wrong);
@@ -245,7 +246,7 @@ void FinishJournals(const FlashExamination& seen, Security& security, WorkSite& 
 }
 
 std::string RestoreOldBytes(const FlashExamination& seen, Security& security, WorkSite& site) {
-  // Stopping now would leave what the user wants to be rid of.
+  // A stop is ignored here, because it would leave the unwanted partial state.
   const auto hold = site.host.HoldStop();
   site.output.Note("writing the old bytes back");
   site.state.BeginRestoring();
@@ -282,7 +283,7 @@ void SettleOpenSector(const Image& image, Security& security, WorkSite& site) {
       site.state.SetKept({}, {});
     }
   } catch (const Failure&) {
-    // It stays open; the next run reads it again.
+    // The sector stays open, and the next run reads it again.
     return;
   }
 }

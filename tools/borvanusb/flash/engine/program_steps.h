@@ -22,46 +22,47 @@
 
 namespace borvanusb {
 
-// The five steps of programming an image so that exactly its bytes change: Examine, Plan, Secure,
-// Write, Verify. Each makes values from values; the camera, and the files of Secure, are the only
-// things that a step changes. A step throws Failure; `site.state` then says what the flash holds.
+// Programs an image in five steps so that only its bytes change: Examine, Plan, Secure, Write,
+// Verify. Each step is a function from values to values, except for access to the camera and the
+// files of Secure. A step throws Failure; then `site.state` has the state of the flash.
 
-// What the steps work with.
+// The objects that the steps use.
 struct WorkSite {
   Camera& camera;
   Host& host;
-  Output& output;      // remarks
-  Progress& progress;  // bars
+  Output& output;      // for remarks
+  Progress& progress;  // for progress bars
   const JournalStore& store;
   WorkState& state;
 };
 
-// What there is before anything changes.
+// The state before anything changes.
 struct FlashExamination {
   std::optional<std::uint64_t> flash_size;
-  SectorSet sectors;              // that the image reaches into
-  std::vector<std::uint8_t> now;  // what they hold
-  Recovery recovery;              // what earlier changes that were cut off mean for them
-  double seconds = 0;             // reading the sectors took
+  SectorSet sectors;              // that contain bytes of the image
+  std::vector<std::uint8_t> now;  // their content
+  Recovery recovery;              // effects of earlier interrupted changes
+  double seconds = 0;             // time to read the sectors
 
   // The content of the sectors before the change.
   Content Before() const { return {&sectors, recovery.before}; }
 };
 
-// Reads the sectors around the image and the journals. `flash_size` is the flash's size as far as
-// it was told, `journal` the journal that counts where that is in doubt: a file, "none" or empty.
-// Throws Failure kFile for an image beyond the flash's end and where a journal is in doubt.
+// Reads the sectors around the image, and the journals. `flash_size` is the size if it was told.
+// `journal` selects a journal if it is unclear which one applies: a file, "none" or empty. Throws
+// Failure kFile if the image is beyond the flash's end, or if it is unclear whether a journal
+// applies.
 FlashExamination Examine(const Image& image, const ToldSize& flash_size, const std::string& journal,
                          WorkSite& site);
 
-// What will change.
+// The planned changes.
 struct ProgramPlan {
   SectorSet sectors;
-  std::vector<std::uint8_t> after;    // what the sectors shall hold
-  Ranges changes;                     // sectors that do not hold it yet
-  std::vector<WordSector> by_words;   // those of them that need no erase
-  std::vector<std::uint32_t> shared;  // those of them with bytes beside the image
-  std::uint64_t transfers = 0;        // that writing and reading back take
+  std::vector<std::uint8_t> after;    // target content of the sectors
+  Ranges changes;                     // sectors that differ from it
+  std::vector<WordSector> by_words;   // changes that need no erase
+  std::vector<std::uint32_t> shared;  // changes with other bytes beside the image
+  std::uint64_t transfers = 0;        // for writing and reading back
   double expected_seconds = 0;        // for them
 
   Content After() const { return {&sectors, after}; }
@@ -69,42 +70,42 @@ struct ProgramPlan {
 
 ProgramPlan Plan(const Image& image, const FlashExamination& seen, bool verify);
 
-// What keeps the old bytes while the flash changes.
+// The copies of the old bytes, kept while the flash changes.
 struct Security {
   std::optional<BackupRecord> backup;
-  std::unique_ptr<WorkJournal> journal;  // null where nothing needs one
-  SharedSectors shared;                  // points into the examination
+  std::unique_ptr<WorkJournal> journal;  // null if none is needed
+  SharedSectors shared;                  // refers to the examination
 };
 
-// Where the old bytes go: a file, a name made up beside the image, or nowhere.
+// Whether to make a backup, and its file.
 struct BackupWish {
   bool wanted = true;
-  std::string file;  // empty: a name made up
+  std::string file;  // empty: a generated name beside the image
 };
 
-// Keeps the backup and begins the journal. `seen` must outlive the result.
+// Writes the backup and starts the journal. `seen` must outlive the result.
 Security Secure(const Image& image, const FlashExamination& seen, const ProgramPlan& plan,
                 const BackupWish& wish, WorkSite& site);
 
-// Erases and writes what changes. Returns the sectors that were read back after everything else
-// was written.
+// Erases and writes the changes. Returns the sectors that need not be verified again, because they
+// were read back after everything else was written.
 Ranges Write(const ProgramPlan& plan, Security& security, WorkSite& site);
 
-// Reads back what changed, `vouched` apart; writes once more what differs. Throws Failure kVerify
-// when it still differs.
+// Reads back the changes except `vouched`, and writes sectors that differ once more. Throws Failure
+// kVerify if they still differ.
 void Verify(const ProgramPlan& plan, Security& security, const Ranges& vouched, WorkSite& site);
 
-// ---- How it ends
+// ---- End of the work
 
-// The flash holds what it shall: removes the journals that nothing needs any more.
+// After success: removes the journals that are no longer needed.
 void FinishJournals(const FlashExamination& seen, Security& security, WorkSite& site);
 
-// Writes the old bytes back. Returns what went wrong, as the end of a sentence; empty when they
-// are back.
+// Writes the old bytes back. Returns an empty text on success, otherwise the problem as the end of
+// a sentence.
 std::string RestoreOldBytes(const FlashExamination& seen, Security& security, WorkSite& site);
 
-// A sector that a failure left open may be unharmed: then the journal need not hold its bytes, and
-// no later run has to ask about it. Reads the camera, so not after one that does not answer.
+// After a failure: if the open sector is intact, closes it in the journal, so that no later run has
+// to ask about it. Reads the camera, so don't call it if the camera does not answer.
 void SettleOpenSector(const Image& image, Security& security, WorkSite& site);
 
 }  // namespace borvanusb

@@ -18,7 +18,7 @@ using Bytes = std::span<const std::uint8_t>;
 using Entry = JournalStore::Entry;
 
 const std::string kNoJournal = "none";
-// What a cut can leave half done at a time: the sectors of one block.
+// An interruption can leave at most the sectors of one block half done.
 constexpr std::uint64_t kSectorsOfABlock = 30;
 
 Range SectorAt(std::uint32_t address) {
@@ -59,7 +59,8 @@ class Judge {
       TakeBackup(entry);
     }
     if (!chosen_.empty()) {
-      // Whoever says which journal counts may be wrong: the backup holds what was there.
+      // The user's choice of a journal may be wrong, so the backup keeps the sector's current
+      // content.
       const Range sector = SectorAt(chosen_address_);
       Lay(request_.sectors.PartOf(request_.now, sector), sector, recovery_.before);
       recovery_.backup.reset();
@@ -68,7 +69,7 @@ class Judge {
   }
 
  private:
-  // Lays a sector's bytes over it in the content of the sectors.
+  // Copies a sector's bytes into the content of the sectors.
   void Lay(Bytes bytes, const Range& sector, std::vector<std::uint8_t>& content) const {
     std::ranges::copy(bytes, request_.sectors.PartOf(std::span(content), sector).begin());
   }
@@ -142,9 +143,10 @@ class Judge {
     return Weigh(CompareSectors(journal, request_.sectors, request_.now) + landmarks_(journal));
   }
 
-  // The sector can have been left so by the cut.
+  // Handles a sector in a state that the interruption can have caused.
   void TakeHarmed(const Entry& entry, bool same_path) {
-    // "None" answers what was asked: where nothing is in doubt the journal counts all the same.
+    // --journal none answers the question in doubtful cases. If there is no doubt, the journal is
+    // used anyway.
     const bool none = request_.choice == kNoJournal;
     const SameCamera identity = Identity(entry.journal);
     const std::uint32_t address = entry.journal.open_sector->address;
@@ -160,7 +162,8 @@ class Judge {
     }
   }
 
-  // What a cut leaves behind, and what a later change put there, on this camera or another.
+  // Handles content that the interruption can have caused, but that a later change also wrote, to
+  // this camera or another.
   void TakeEither(const Entry& entry, bool same_path) {
     const std::uint32_t address = entry.journal.open_sector->address;
     const bool asks = request_.choice != kNoJournal && !IsIn(named_, SectorAt(address)) &&
@@ -173,8 +176,8 @@ class Judge {
     Misplace(entry, same_path);
   }
 
-  // It can't. Somebody else wrote it, here or to another camera; or a power cut did what no
-  // datasheet tells.
+  // Handles content that the interruption can't have caused. Something else wrote it, to this
+  // camera or another one, or a power failure had an effect that no data sheet describes.
   void TakeOtherwise(const Entry& entry, bool same_path) {
     const std::uint32_t address = entry.journal.open_sector->address;
     if (!same_path) {
@@ -213,7 +216,7 @@ class Judge {
                                      WorkText(entry.journal), Text(sector), entry.file));
   }
 
-  // The one that is of this place, or the first of those that have a place.
+  // The journal with this camera's path, otherwise the first one that has a path.
   const Entry& Best(const std::vector<Entry>& entries) const {
     const Entry* best = &entries.front();
     for (const Entry& entry : entries) {
@@ -226,8 +229,8 @@ class Judge {
     return *best;
   }
 
-  // One with other bytes than the best; which of two journals is the camera's is anybody's guess
-  // then, unless one of the two has lost its place.
+  // A journal with other bytes than the best one. Then it is unclear which of the two applies,
+  // unless one of them has lost its path.
   const Entry* RivalIn(const std::vector<Entry>& entries) const {
     const Entry& best = Best(entries);
     const auto rival = std::ranges::find_if(entries, [&](const Entry& entry) {
@@ -288,7 +291,7 @@ class Judge {
 
   enum class SectorState { kOld, kNew, kHalf, kOther };
 
-  // What a sector is on its way to: the named bytes, and beside them what it held.
+  // The target content of a sector: the new bytes, and the old content for the rest.
   std::vector<std::uint8_t> NewBytes(const Range& sector, Bytes old_bytes) const {
     std::vector<std::uint8_t> bytes(old_bytes.begin(), old_bytes.end());
     for (const PlacedBytes& named : request_.named) {
@@ -324,8 +327,8 @@ class Judge {
                : SectorState::kOther;
   }
 
-  // Each sector for itself: what the cut-off change has or had in hand is in the backup; what
-  // somebody wrote otherwise since is not.
+  // Checks each sector: if its content comes from the interrupted change, its old bytes are taken
+  // from the backup. If something else has written it since, its content is kept.
   void UseBackup(const Journal& journal, const BackupRecord& backup, const Segments& backup_bytes) {
     std::vector<std::uint8_t> before = recovery_.before;
     Ranges half;
@@ -353,7 +356,7 @@ class Judge {
         (std::uint64_t{half.back().last} - half.front().first) / kSectorSize < kSectorsOfABlock;
     if (!fits_a_cut || known == 0 || other * 3 > known ||
         Weigh(landmarks_(journal)) == SameCamera::kNo) {
-      return;  // another camera's
+      return;  // belongs to another camera
     }
     recovery_.before = std::move(before);
     if (other == 0) {

@@ -14,40 +14,40 @@
 
 namespace borvanusb {
 
-// What the journals mean for a change that is about to begin.
+// Evaluates earlier journals before a new change starts.
 
-// A change, and what the flash holds where it goes.
+// The new change, and the current content of its sectors.
 struct RecoveryRequest {
   std::string camera;              // device path
-  std::vector<PlacedBytes> named;  // the bytes that the change names, as they shall become
+  std::vector<PlacedBytes> named;  // bytes to change, with their new values
   std::string sha256;              // of these bytes
   SectorSet sectors;
-  std::span<const std::uint8_t> now;  // the content of `sectors`, to be believed
-  std::string choice;                 // --journal: a journal's file, "none", or empty
+  std::span<const std::uint8_t> now;  // verified content of `sectors`
+  std::string choice;                 // value of --journal: a file, "none" or empty
 };
 
 struct Recovery {
-  // What the sectors hold once the bytes that a cut-off change took with it are put back.
+  // The content of the sectors after restoring the bytes that an interrupted change destroyed.
   std::vector<std::uint8_t> truth;
-  // The same with the old bytes of a change that was cut off and is now repeated: what a backup
-  // holds, and what restoring writes.
+  // The same, and if an interrupted change is now repeated, also with its old bytes. A backup
+  // contains this, and restoring writes it.
   std::vector<std::uint8_t> before;
-  // Journals whose shared sector is put back in `truth`.
+  // Journals whose shared sector is restored in `truth`.
   std::vector<JournalStore::Entry> used;
-  // Journals that are done with once the sectors hold what they shall.
+  // Journals that are no longer needed once the sectors have their new content.
   std::vector<std::string> finished;
-  // Journals with an open sector here, of this path, that are not of this camera as it is now.
+  // Journals with this path and an open sector here that belong to another camera.
   std::vector<JournalStore::Entry> misplaced;
-  std::optional<BackupRecord> backup;  // of the change that is repeated; it stays
-  std::vector<std::string> notes;      // for people
+  std::optional<BackupRecord> backup;  // of the repeated change; it is kept
+  std::vector<std::string> notes;      // for the user
 };
 
-// Compares a journal's landmarks with the camera's flash; called for few journals.
+// Compares a journal's landmarks with the camera's flash. Called only for a few journals.
 using LandmarkCheck = std::function<Evidence(const Journal&)>;
 
-// Throws Failure kFile where it can't be told whether the bytes in a journal are this camera's:
-// neither keeping nor replacing the flash's bytes would be safe then. The hint's lines end with
-// what must be added to the command line.
+// Throws Failure kFile if it is unclear whether the bytes in a journal belong to this camera,
+// because then neither keeping nor replacing the bytes in the flash would be safe. The lines of the
+// hint end with the option to add to the command line.
 Recovery Recover(const RecoveryRequest& request, const std::vector<JournalStore::Entry>& journals,
                  const LandmarkCheck& landmarks);
 

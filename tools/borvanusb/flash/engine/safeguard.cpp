@@ -16,7 +16,7 @@ namespace {
 
 constexpr int kAddressDigits = 8;
 
-// A file's name without its extension, with the folder.
+// A file name with its folder, without its extension.
 std::string StemOf(const std::string& file) {
   const std::size_t slash = file.find_last_of("/\\");
   const std::size_t start = slash == std::string::npos ? 0 : slash + 1;
@@ -24,12 +24,12 @@ std::string StemOf(const std::string& file) {
   return point == std::string::npos || point <= start ? file : file.substr(0, point);
 }
 
-// Writes the bytes of a backup, unless just they are there.
+// Writes a backup, unless the file already has this content.
 BackupRecord KeepFile(const std::string& file, BackupRecord record,
                       std::span<const std::uint8_t> bytes) {
   const std::string& name = record.file;
   if (FileExists(name)) {
-    // A run that was cut off right after it wrote its backup has left just this.
+    // A run that was interrupted just after writing its backup has left this file.
     if (Sha256(ReadWholeFile(name)) == record.sha256) {
       return record;
     }

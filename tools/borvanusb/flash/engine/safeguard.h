@@ -12,42 +12,42 @@
 
 namespace borvanusb {
 
-// What every change of the flash does before its first byte and after its last: earlier journals,
-// the backup, a journal of its own.
+// The common work before and after every change of the flash: earlier journals, the backup, and the
+// change's own journal.
 
-// The user's journals of this kind of camera. Those of cameras that another process works with
-// right now are left out. Throws Failure kFile.
+// The user's journals for this kind of camera. Journals of cameras that another process is working
+// with are skipped. Throws Failure kFile.
 std::vector<JournalStore::Entry> JournalsInReach(const JournalStore& store, Host& host,
                                                  const CameraIdentity& camera);
 
-// Writes a backup; a file that is there is never replaced. Throws Failure kFile.
+// Writes a backup. Never replaces an existing file. Throws Failure kFile.
 BackupRecord WriteBackup(const std::string& file, std::uint32_t address,
                          std::span<const std::uint8_t> bytes);
-// The same for bytes with gaps between, as an Intel HEX file; without gaps as raw bytes.
+// Writes a backup of bytes with gaps as an Intel HEX file, or of bytes without gaps as raw bytes.
 BackupRecord WriteBackup(const std::string& file, const std::vector<PlacedBytes>& parts);
 
-// The part of a path for names that nobody chose:
-// "image-backup-1234-0001-5e8a9c01-0x00003000-TIME", beside `neighbour`, with a number where that
-// exists.
+// The path of a generated name, without extension:
+// "image-backup-1234-0001-5e8a9c01-0x00003000-TIME", beside `neighbour`. A number is added if the
+// file exists.
 std::string BackupName(const std::string& neighbour, const CameraIdentity& camera,
                        std::uint32_t address, const Host& host,
                        const std::string& extension = "bin");
 
-// The records of the sectors from the first to the last of `changes`; both contents are those of
-// `sectors`.
+// The records of the sectors from the first to the last of `changes`. `before` and `after` are the
+// content of `sectors`.
 std::vector<SectorRecord> RecordSectors(const SectorSet& sectors, const Ranges& changes,
                                         std::span<const std::uint8_t> before,
                                         std::span<const std::uint8_t> after);
 
-// Brings journals in step with a change that is about to begin: an open sector of theirs that it
-// writes without its bytes coming from there. Those of this place, `misplaced`, lose it. `after` is
-// what `sectors` shall hold.
+// Updates journals before a change starts: it will overwrite their open sector without using the
+// bytes in the journal. The journals in `misplaced` lose their path. `after` is the target content
+// of `sectors`.
 void ReleaseSectors(const JournalStore& store, const Recovery& recovery, const Ranges& changes,
                     const SectorSet& sectors, std::span<const std::uint8_t> after);
 
-// Brings the journals of this kind of camera in step with a change that is about to begin, and may
-// be cut off: `changes` are whole sectors, `before` and `after` the content of `sectors`. The
-// journals of other places may be this camera's as well.
+// Updates the journals of this kind of camera before a change starts, because it may be
+// interrupted. `changes` are whole sectors; `before` and `after` are the content of `sectors`.
+// Journals with other paths are also updated, because they may belong to this camera.
 void FollowInJournals(const JournalStore& store, const Ranges& changes, const SectorSet& sectors,
                       std::span<const std::uint8_t> before, std::span<const std::uint8_t> after);
 

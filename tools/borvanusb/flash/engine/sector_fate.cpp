@@ -31,8 +31,8 @@ bool IsHalfErased(Bytes found, Bytes original) {
   if (!HasBitsOf(found, original)) {
     return false;
   }
-  // An erase works on the whole sector at once. Bytes of 0xff in a part of it alone were programmed
-  // there by somebody.
+  // An erase affects the whole sector at the same time. If only a part of it is 0xff, these bytes
+  // were programmed.
   for (std::size_t offset = 0; offset < found.size(); offset += kPage) {
     const std::size_t size = std::min(kPage, found.size() - offset);
     const Bytes page = original.subspan(offset, size);
@@ -50,7 +50,7 @@ bool IsHalfCleared(Bytes found, Bytes original, Bytes planned) {
 bool IsHalfProgrammed(Bytes found, Bytes planned) {
   const auto differing = std::ranges::mismatch(found, planned).in1;
   const auto written = static_cast<std::size_t>(differing - found.begin());
-  // The packet that was on its way begins at the first difference at the latest.
+  // The partial packet begins at the first difference or before it.
   const std::size_t size = std::min(kWritePacket, found.size() - written);
   return HasBitsOf(found.subspan(written, size), planned.subspan(written, size)) &&
          IsErased(found.subspan(written + size));

@@ -8,31 +8,32 @@
 
 namespace borvanusb {
 
-// What became of a sector whose change was cut off, by what it holds now.
+// What happened to a sector whose change was interrupted, determined from its content.
 enum class SectorFate {
-  kUnharmed,   // the bytes beside the change are as they were
-  kOnItsWay,   // they are not, and a cut can leave just this behind
-  kEither,     // likewise, but a later change has put just this there, too
-  kOtherwise,  // they are not, and no cut known leaves this behind
+  kUnharmed,   // the bytes beside the change are unchanged
+  kOnItsWay,   // they are changed, as an interruption can leave them
+  kEither,     // the same, but a later change also wrote this content
+  kOtherwise,  // they are changed, but not by a known interruption
 };
 
-// `named` are the addresses that the change names.
+// `named` are the addresses to change.
 SectorFate FateOf(std::span<const std::uint8_t> found, const SharedSector& sector,
                   const Ranges& named);
 
-// Whether the whole sector, the named bytes included, is as a cut can leave it.
+// Whether an interruption can have left the whole sector, including the bytes to change, like this.
 bool CanBeLeftByCut(std::span<const std::uint8_t> found, const SharedSector& sector);
 
-// Whether an erase that was cut off can have left this of `original`: bits are set all over the
-// sector, none is cleared.
+// Whether an interrupted erase of `original` can have left this: bits are set all over the sector,
+// and none is cleared.
 bool IsHalfErased(std::span<const std::uint8_t> found, std::span<const std::uint8_t> original);
 
-// Whether words that were being cleared, from `original` to `planned`, can have been left so.
+// Whether interrupted clearing of words, from `original` to `planned`, can have left this.
 bool IsHalfCleared(std::span<const std::uint8_t> found, std::span<const std::uint8_t> original,
                    std::span<const std::uint8_t> planned);
 
-// Whether programming `planned` into the erased sector can have been cut off here: packets go out
-// in rising order, so there are written bytes, at most one packet in between, and erased ones.
+// Whether interrupted programming of `planned` into the erased sector can have left this. Packets
+// are sent in rising order: first written bytes, then at most one partial packet, then erased
+// bytes.
 bool IsHalfProgrammed(std::span<const std::uint8_t> found, std::span<const std::uint8_t> planned);
 
 }  // namespace borvanusb

@@ -13,10 +13,10 @@ namespace borvanusb {
 namespace {
 
 constexpr std::uint64_t kWritePacket = 60;
-// 30 sectors are whole packets of 60 bytes, so that full blocks leave no tail.
+// 30 sectors are a multiple of 60 bytes, so full blocks have no tail.
 constexpr std::uint64_t kLargestBlock = 30 * std::uint64_t{kSectorSize};
 static_assert(kLargestBlock % kWritePacket == 0);
-// The packets alone must make a job erase a block's last sector.
+// The complete packets of a block must reach its last sector, so that the job erases it.
 static_assert(kWritePacket < kSectorSize);
 
 }  // namespace

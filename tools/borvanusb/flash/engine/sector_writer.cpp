@@ -126,7 +126,7 @@ void SectorWriter::WriteShared(const Range& sector, const Content& content) {
   Tell(done_);
 }
 
-// Clearing bits needs no erase, and takes nothing with it when it is cut off.
+// Clearing bits needs no erase, so an interruption can't destroy other bytes.
 void SectorWriter::WriteWords(const WordSector& sector, const Content& content) {
   const auto hold = host_.HoldStop();
   const Range whole = SectorAt(sector.address);
@@ -146,7 +146,7 @@ void SectorWriter::Wrote(const Range& block, const Content& content) {
   Tell(done_);
 }
 
-// A second try begins anew; a bar never runs back.
+// A second attempt starts from the beginning, but a progress bar must not run backwards.
 void SectorWriter::Tell(std::uint64_t done) {
   told_ = std::max(told_, done);
   progress_.Advance(told_);

@@ -18,7 +18,7 @@
 
 namespace borvanusb {
 
-// Content for some sectors, which must outlive it.
+// Content for some sectors. The data must outlive it.
 struct Content {
   const SectorSet* sectors = nullptr;
   std::span<const std::uint8_t> bytes;
@@ -28,21 +28,21 @@ struct Content {
   }
 };
 
-// Sectors that hold bytes which the change does not name, and how they are kept safe.
+// Sectors that also contain bytes outside the change, and how these are protected.
 struct SharedSectors {
   std::vector<std::uint32_t> addresses;
-  WorkJournal* journal = nullptr;  // begun; null where there is no shared sector
-  Content original;                // what they held
-  // Those whose bytes come from another journal: they are written first, since until then that
-  // journal alone holds them.
+  WorkJournal* journal = nullptr;  // already begun; null if there are no shared sectors
+  Content original;                // content before the change
+  // Sectors whose bytes come from another journal. They are written first, because until then these
+  // bytes exist only in that journal.
   std::map<std::uint32_t, JournalStore::Entry> taken_over;
 };
 
-// What was read back in place of what was written.
+// The result of a comparison that found differences.
 struct Mismatch {
   Ranges wrong;
-  std::uint32_t first = 0;  // of the wrong bytes
-  std::uint8_t found = 0;   // there
+  std::uint32_t first = 0;  // first wrong address
+  std::uint8_t found = 0;   // byte read at that address
   std::uint8_t wanted = 0;
 };
 
@@ -51,7 +51,7 @@ std::string DifferenceText(const Ranges& wrong);
 // Throws Failure kVerify.
 [[noreturn]] void FailVerify(const Mismatch& mismatch);
 
-// Writes and reads back whole sectors, and keeps the state told.
+// Writes whole sectors, reads them back, and updates the state.
 class SectorWriter {
  public:
   SectorWriter(Camera& camera, Host& host, Output& output, Progress& progress, WorkState& state,
@@ -63,19 +63,19 @@ class SectorWriter {
         state_(state),
         shared_(shared) {}
 
-  // Whether the user's wish to stop ends the work between two blocks.
+  // Whether a stop request ends the work between two blocks.
   enum class StopWish { kHeed, kIgnore };
 
-  // Erases and writes the runs of sectors, under one bar; `by_words`, of the runs, are not erased:
-  // their words are written as they are. Each other shared one goes by itself: into the journal,
-  // erased, written, read back, out of the journal. Throws Failure as the camera does, kStopped
-  // between two blocks when the user asked to stop and that is heeded, and kVerify for a shared
-  // sector that came out wrong twice. Returns the sectors that need no further reading: those that
-  // were read back after everything else was written.
+  // Erases and writes the runs of sectors, with one progress bar. The sectors `by_words`, which are
+  // part of the runs, are not erased; only their words are written. Each remaining shared sector is
+  // handled separately: record it in the journal, erase, write, read back, remove it from the
+  // journal. Throws Failure as the camera does, kStopped between two blocks if the user requested a
+  // stop and `wish` is kHeed, and kVerify if a shared sector was wrong twice. Returns the sectors
+  // that were read back after everything else was written and need not be read again.
   Ranges Write(const Ranges& runs, const Content& content,
                const std::vector<WordSector>& by_words = {}, StopWish wish = StopWish::kHeed);
 
-  // Reads the runs back under one bar and compares them with the content.
+  // Reads the runs with one progress bar, and compares them with the content.
   Mismatch Compare(const Ranges& runs, const Content& content);
 
  private:
@@ -93,10 +93,10 @@ class SectorWriter {
   WorkState& state_;
   SharedSectors& shared_;
   std::uint64_t done_ = 0;  // bytes of the runs
-  std::uint64_t told_ = 0;  // the most that the bar was told
+  std::uint64_t told_ = 0;  // highest reported progress
 };
 
-// The sectors that some bytes lie in.
+// The sectors that contain these bytes.
 Ranges SectorsOf(const Ranges& bytes);
 
 }  // namespace borvanusb

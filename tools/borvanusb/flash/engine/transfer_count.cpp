@@ -55,7 +55,7 @@ std::uint64_t ProgramTransfers(std::span<const std::uint8_t> bytes) {
   std::uint64_t transfers = kLengthQueries + (bytes.size() + kSectorSize - 1) / kSectorSize;
   for (std::size_t offset = 0; offset < bytes.size(); offset += kWritePacket) {
     const auto packet = bytes.subspan(offset, std::min(kWritePacket, bytes.size() - offset));
-    // The zeros that fill up a shorter packet make it one that is sent.
+    // A shorter packet is padded with zeros, so it is not blank and must be sent.
     if (packet.size() < kWritePacket ||
         !std::ranges::all_of(packet, [](std::uint8_t byte) { return byte == kErased; })) {
       ++transfers;

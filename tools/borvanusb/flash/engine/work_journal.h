@@ -11,7 +11,8 @@
 
 namespace borvanusb {
 
-// This process's own journal, while it changes flash. Each function returns when the disk holds it.
+// The journal of this process while it changes the flash. Each function returns when the data is on
+// the disk.
 class WorkJournal {
  public:
   // `store` must outlive it.
@@ -23,17 +24,17 @@ class WorkJournal {
   const std::optional<SharedSector>& OpenSector() const { return journal_.open_sector; }
 
   void Begin();
-  // Whole sectors that were written; what is told becomes part of the next writing of the journal.
+  // Records whole sectors that were written. They are saved with the next write of the journal.
   // `bytes` begin at `address`.
   void Wrote(std::uint32_t address, std::span<const std::uint8_t> bytes);
-  // Before a shared sector is erased. A sector that is open already, or was left open by the change
-  // of another journal, `taken_over`, keeps what it may still be on its way to; that journal is
-  // removed.
+  // Records a shared sector before its erase. If the sector is already open, or another journal
+  // (`taken_over`) left it open, the contents planned there are kept as well, and the other journal
+  // is removed.
   void Open(std::uint32_t address, std::span<const std::uint8_t> original,
             std::span<const std::uint8_t> planned, const JournalStore::Entry* taken_over);
-  // The open sector came out otherwise.
+  // Records a wrong content of the open sector.
   void Seen(const std::string& digest);
-  // The bytes beside the change are safe again: the open sector was read back, and holds `found`.
+  // The bytes beside the change are safe again: the open sector was read back and contains `found`.
   void Close(std::span<const std::uint8_t> found);
   void End();
 

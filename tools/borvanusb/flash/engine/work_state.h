@@ -8,45 +8,45 @@
 
 namespace borvanusb {
 
-// How far the flash is from what it shall hold. Any thread may ask at any time, since a process
-// that is ended in the middle still tells it.
+// How far a change has progressed. Any thread may query it at any time, because the state is also
+// printed if the process is interrupted.
 class WorkState {
  public:
-  // The sectors that will change, and the command lines that continue and go back; the latter is
-  // empty when nothing leads back.
+  // Sets the sectors to change, and the command lines to continue and to restore. `back` is empty
+  // if the old bytes can't be restored.
   void Plan(const Ranges& changes, const std::string& forward, const std::string& back);
 
-  // A block is about to be erased; it is written.
+  // Called before a block is erased, and after it was written.
   void Begin(const Range& block);
   void End(const Range& block);
-  // What was written and does not read back so.
+  // Sets bytes that were written but read back differently.
   void SetWrong(const Ranges& wrong);
-  // Bytes beside the change in these sectors are in `file`, and perhaps nowhere else; no sectors:
-  // in the flash.
+  // The bytes beside the change in these sectors are in `file`, and perhaps nowhere else. Without
+  // sectors, they are in the flash.
   void SetKept(const Ranges& sectors, const std::string& file);
   void SetDone();
-  // The old bytes are being written back; they are back.
+  // Called before the old bytes are written back, and afterwards.
   void BeginRestoring();
   void SetRestored();
 
-  // Sectors that were erased at least, whether written since or not.
+  // Sectors that were erased, written again or not.
   Ranges Touched() const;
   bool IsUntouched() const;
 
   // "unchanged", "partial", "written", "done", "restoring" or "restored".
   std::string Name() const;
-  // The state in a sentence without its point: "nothing in the flash was changed".
+  // The state as a sentence without a full stop: "nothing in the flash was changed".
   std::string Sentence() const;
-  // What to do next: the command lines; empty when there is nothing to do.
+  // The command lines to run next. Empty if there is nothing to do.
   std::string Advice() const;
-  // Both as lines.
+  // The sentence and the advice as lines.
   std::vector<std::string> Lines() const;
 
   struct Parts {
-    Ranges written;     // hold the new bytes
-    Ranges unfinished;  // erased or half written
-    Ranges remaining;   // hold the old bytes still
-    Ranges wrong;       // written, but read back otherwise
+    Ranges written;     // contain the new bytes
+    Ranges unfinished;  // erased or partly written
+    Ranges remaining;   // still contain the old bytes
+    Ranges wrong;       // written, but read back differently
   };
   Parts GetParts() const;
 

@@ -30,7 +30,7 @@ output=${1:-$room/page}
 mkdir -p "$room" "$output"
 output=$(cd "$output" && pwd)
 
-# Two builds at once would unpack into the same folder.
+# A lock, because two builds at the same time would unpack into the same folder.
 exec 9>"$room/lock"
 flock 9
 "$root/scripts/fetch_npm.py" "$here/package-lock.json" "$room" \
@@ -38,7 +38,7 @@ flock 9
 esbuild=$modules/@esbuild/linux-x64/bin/esbuild
 chmod +x "$esbuild"
 
-# The packages lie in the build folder, not beside the sources.
+# tsconfig.json must find the packages in the build folder.
 cat >"$room/tsconfig.json" <<END
 {
   "extends": "$here/tsconfig.json",

@@ -1,4 +1,4 @@
-// The server's interface, typed. Everything goes to the page's own origin.
+// The typed interface of the server. All requests go to the page's own origin.
 import type { Camera, Job, Progress, RegisterValue, RunAnswer, State, StoredFile } from './types';
 
 export interface Events {
@@ -12,7 +12,7 @@ export interface Events {
 
 const eventNames: (keyof Events)[] = ['cameras', 'job', 'progress', 'output', 'values', 'log'];
 
-// A request that the server refused, or that did not reach it.
+// A request that was refused by the server or did not reach it.
 export class RequestFailed extends Error {
   constructor(
     readonly status: number, readonly kind: string, message: string, readonly job: Job | null = null, readonly hint = '',
@@ -33,7 +33,7 @@ async function request(path: string, options: RequestInit = {}): Promise<Respons
   try {
     body = await response.json();
   } catch {
-    // A refusal without a body.
+    // The refusal has no body.
   }
   const busy = response.status === 409 ? `Other work has this camera: ${body.job?.line ?? 'unknown'}` : null;
   const text = busy ?? body.message ?? body.error ?? `The workbench refused the request (${response.status}).`;
@@ -56,12 +56,13 @@ export const api = {
     return post('/api/run', { words, camera, job });
   },
 
-  // Answers when the work has begun: browsers open few connections to one server, and long work would keep them.
+  // Resolves when the work has started. Browsers open only a few connections to a server, so long work must not keep
+  // one.
   begin(words: string[], camera: string | null, job: string): Promise<unknown> {
     return post('/api/run', { words, camera, job, wait: false });
   },
 
-  // The answer of work that has ended, or that it still runs; only the last ones are kept.
+  // The answer of a job that has ended, or its state while it runs. The server keeps only the last answers.
   async job<T>(id: string): Promise<RunAnswer<T> | { running: Job }> {
     return (await (await request(`/api/jobs/${encodeURIComponent(id)}`)).json()) as RunAnswer<T> | { running: Job };
   },
@@ -96,7 +97,7 @@ export const api = {
     return (await (await request(this.fileAddress(name))).json()) as T;
   },
 
-  // Events until the function that is returned is called; the browser connects again by itself.
+  // Receives events until the returned function is called. The browser reconnects automatically.
   events(handle: <K extends keyof Events>(name: K, data: Events[K]) => void, state: (open: boolean) => void): () => void {
     const source = new EventSource('/api/events');
     for (const name of eventNames) {

@@ -1,4 +1,4 @@
-// The frame around the views: camera, work in progress, navigation, the last command line.
+// The frame of all views: camera, running work, navigation, the last command line.
 import { useEffect } from 'preact/hooks';
 import type { FunctionComponent } from 'preact';
 import { api } from './api';
@@ -62,7 +62,7 @@ function CameraChoice() {
   );
 }
 
-// Long work of the chosen camera, or of any other.
+// Long work of the chosen camera, otherwise of any other camera.
 function WorkNow() {
   const jobs = useStore(session, (state) => state.jobs);
   const camera = useStore(session, (state) => state.camera);

@@ -1,4 +1,4 @@
-// The flash of a camera: its map, the bytes that were read, an image's plan, programming, differences.
+// The flash of a camera: map, bytes read so far, plan for images, programming, differences.
 import { api } from './api';
 import { findPattern, sectorSize } from './model/flash';
 import * as words from './model/words';
@@ -6,7 +6,7 @@ import { asProblem, newId, Problem, run, session } from './session';
 import { Versioned } from './store';
 import type { FlashMap, ProgramResult, Range, RunAnswer, VerifyResult } from './types';
 
-const mostBlocks = 512; // of a sector each, 2 MiB
+const mostBlocks = 512; // of one sector each: 2 MiB
 const pageId = newId().slice(0, 6);
 
 export interface Outcome {
@@ -25,9 +25,9 @@ export class FlashStore extends Versioned {
   verified: VerifyResult | null = null;
   differences: Range[] = [];
   problem: Problem | null = null;
-  work: string | null = null; // what is done now
-  job: string | null = null; // of programming
-  readonly own = new Set<string>(); // jobs that this page started
+  work: string | null = null; // current work
+  job: string | null = null; // of the current programming
+  readonly own = new Set<string>(); // jobs started by this page
   jump: { address: number; count: number } = { address: 0, count: 0 };
   private readonly blocks = new Map<number, Uint8Array | 'failed'>();
   private queue: number[] = [];
@@ -54,7 +54,7 @@ export class FlashStore extends Versioned {
     this.touch();
   }
 
-  // With --flash-size when the user gave the size, which a blank flash does not show.
+  // Adds --flash-size if the user entered the size, because it can't be detected from a blank flash.
   withSize(command: string[]): string[] {
     return this.givenSize === null ? command : [...command, '--flash-size', this.givenSize];
   }
@@ -78,7 +78,7 @@ export class FlashStore extends Versioned {
     return this.blocks.get(Math.floor(address / sectorSize)) ?? null;
   }
 
-  // Asks for the sectors of a range; only what was asked for last is read.
+  // Requests the sectors of a range. Sectors from earlier calls that are still queued are dropped.
   want(first: number, last: number): void {
     const wanted: number[] = [];
     for (let sector = Math.floor(first / sectorSize); sector <= Math.floor(last / sectorSize); sector++) {
@@ -125,7 +125,7 @@ export class FlashStore extends Versioned {
     this.reading = false;
   }
 
-  // Searches from an address to the end, then from the beginning; the address of the hit or null.
+  // Searches from `from` to the end, then from the beginning. Returns the address of the hit, or null.
   async search(pattern: Uint8Array, from: number, stopped: () => boolean): Promise<number | null> {
     const size = this.size ?? 0;
     const sectors = Math.ceil(size / sectorSize);
@@ -181,7 +181,7 @@ export class FlashStore extends Versioned {
         if (answer.exit === 0) this.plan = null;
       } catch (error) {
         const problem = asProblem(error);
-        // The report says in what state the flash is, also after a failure.
+        // After a failure, too, the report contains the state of the flash.
         const result = await api.json<ProgramResult>(report).catch(() => null);
         this.outcome = { result, problem, messages: problem.messages, report };
       }
@@ -203,7 +203,7 @@ export class FlashStore extends Versioned {
     });
   }
 
-  // Work that a page before this one started: what came of it is shown here when it ends.
+  // Shows the result of a job that a previous page started, once it has ended.
   async takeOutcome(job: string): Promise<void> {
     try {
       const answer = await api.job<ProgramResult>(job);
@@ -215,7 +215,7 @@ export class FlashStore extends Versioned {
       this.outcome = { result, problem, messages: answer.messages, report: null };
       this.blocks.clear();
     } catch {
-      // The server keeps the last answers only.
+      // Ignored: the server only keeps the last answers.
     }
     this.touch();
   }

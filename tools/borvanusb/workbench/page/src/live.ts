@@ -1,4 +1,4 @@
-// Live reading: the union of what the views show is read by the server, at the highest rate asked for.
+// Live reading. The server reads all registers that the views show, at the highest requested rate.
 import { api } from './api';
 import { onConnect, report, session } from './session';
 
@@ -12,11 +12,11 @@ const wishes = new Map<string, Wish>();
 const sent = new Map<string, string>();
 let waiting: ReturnType<typeof setTimeout> | null = null;
 
-// What a view (by its name) wants to be read; null ends it.
+// Registers that a view, given by its name, wants to read live; null: none.
 export function wantLive(view: string, wish: Wish | null): void {
   if (wish === null || wish.words.length === 0) wishes.delete(view);
   else wishes.set(view, wish);
-  // Scrolling changes the set at each step.
+  // Waits a moment, because scrolling changes the set at every step.
   waiting ??= setTimeout(() => {
     waiting = null;
     void sendAll();
@@ -48,7 +48,7 @@ async function sendAll(): Promise<void> {
   }
 }
 
-// Live reading is bound to the stream of events, so a new one begins without any.
+// The server ends live reading with the event stream, so after reconnecting it must be requested again.
 onConnect(() => {
   sent.clear();
   void sendAll();

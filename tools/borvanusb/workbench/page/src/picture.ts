@@ -1,4 +1,4 @@
-// The camera's own picture: one stream for all views, off until asked for.
+// The camera's video: one stream for all views, off until the user starts it.
 import { deviceForCamera } from './model/histogram';
 import { Store } from './store';
 
@@ -7,7 +7,7 @@ export interface Picture {
   stream: MediaStream | null;
   devices: { id: string; label: string }[];
   device: string | null;
-  automatic: boolean; // the device was found by the camera's name
+  automatic: boolean; // the device was chosen by the camera's name
   problem: string | null;
 }
 
@@ -32,7 +32,7 @@ async function open(device: string | null): Promise<MediaStream> {
   return navigator.mediaDevices.getUserMedia({ video, audio: false });
 }
 
-// Opens the device that has the camera's name; the names are known once the browser has the permission.
+// Opens the video device with the camera's name. Browsers reveal the names only after the user gave permission.
 export async function startPicture(cameraName: string): Promise<void> {
   if (!navigator.mediaDevices) {
     picture.set({ problem: 'This browser gives pages on this address no camera.' });

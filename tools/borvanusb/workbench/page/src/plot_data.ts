@@ -1,4 +1,4 @@
-// The curves and their samples. They are collected as long as there are curves, whatever view is open.
+// Curves and their samples. Samples are collected as long as there are curves, whichever view is open.
 import { wantLive } from './live';
 import { exactValue, fieldOf } from './model/fields';
 import { SampleRing } from './model/ring';
@@ -14,7 +14,7 @@ export interface Curve {
   register: RegisterDescription;
   field: FieldDescription | null;
   label: string; // name of the register or field
-  style: number; // place in the palette
+  style: number; // index in the palette
   shown: boolean;
 }
 
@@ -24,7 +24,7 @@ export interface Plotting {
   rate: number;
 }
 
-// An hour at ten samples a second.
+// One hour at ten samples a second.
 const capacity = 36_000;
 export const mostCurves = 32;
 
@@ -46,7 +46,7 @@ export function addCurve(camera: string, register: RegisterDescription, field: F
   });
 }
 
-// With the camera's name when curves of several cameras are shown together.
+// Includes the camera's name if the curves belong to several cameras.
 export function curveTitle(curve: Curve, curves: Curve[]): string {
   return curves.every((each) => each.camera === curve.camera) ? curve.label : `${curve.cameraName}: ${curve.label}`;
 }

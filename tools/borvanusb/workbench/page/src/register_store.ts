@@ -1,4 +1,4 @@
-// The registers of a camera: their descriptions, what is known of their values, edits and undo.
+// The registers of a camera: descriptions, known values, edits and undo.
 import { editField, editWhole, settingsOf, undoOf, withoutEdit, type Edits, type Undo } from './model/edits';
 import { exactValue, isReadByLooking } from './model/fields';
 import { nextKnown, noReferences, type Known, type References } from './model/marks';
@@ -17,7 +17,7 @@ export class RegisterStore extends Versioned {
   loaded: 'no' | 'loading' | 'yes' = 'no';
   problem: Problem | null = null;
   readonly known = new Map<string, Known>();
-  readonly numbers = new Map<string, Known>(); // by device and address, without names
+  readonly numbers = new Map<string, Known>(); // without a name, by device and address
   edits: Edits = new Map();
   undos: Undo[] = [];
   references: References = noReferences;
@@ -43,7 +43,7 @@ export class RegisterStore extends Versioned {
       this.problem = null;
       this.loaded = 'yes';
       this.touch();
-      // Without presets and regions the registers serve as well.
+      // If this fails, registers still work; only presets and regions are missing.
       await this.loadProfile();
     } catch (error) {
       this.problem = asProblem(error);
@@ -86,7 +86,7 @@ export class RegisterStore extends Versioned {
     this.touch();
   }
 
-  // Of the names given, those whose reading changes nothing, unless `anyway`.
+  // Reads registers. Those with side effects are skipped unless `anyway` is set.
   read(names: string[], anyway = false): Promise<unknown> {
     const wanted = names.filter((name) => {
       const register = this.describe(name);
@@ -94,7 +94,7 @@ export class RegisterStore extends Versioned {
     });
     if (wanted.length === 0) return Promise.resolve();
     return this.guarded(async () => {
-      // A command line has a length; some hundred names fit.
+      // Limits the length of the command line.
       for (let at = 0; at < wanted.length; at += 200) {
         const part = words.readRegisters(wanted.slice(at, at + 200));
         this.accept((await run<RegisterRead>(part, { camera: this.path })).result.registers);
@@ -121,7 +121,7 @@ export class RegisterStore extends Versioned {
   async writeEdits(): Promise<void> {
     const edits = this.edits;
     const done = await this.write(settingsOf(edits), true);
-    // What was edited during the write stays.
+    // Edits made during the write remain.
     if (done) {
       for (const [name, edit] of edits) {
         if (this.edits.get(name) === edit) this.edits = withoutEdit(this.edits, name);
@@ -154,7 +154,7 @@ export class RegisterStore extends Versioned {
     }
   }
 
-  // Marks the registers that differ from a preset or a file; null removes the marks.
+  // Marks registers that differ from a preset or a file. null removes the marks.
   async compareWith(kind: 'preset' | 'file', word: string | null): Promise<void> {
     if (word === null) {
       this.references = { ...this.references, [kind]: null };
@@ -187,7 +187,7 @@ export function registersOf(path: string): RegisterStore {
 
 onValues((event) => registersOf(event.camera).accept(event.registers));
 
-// A profile that arrives with another camera at the same place needs a new store.
+// If the profile of a camera path changes, another camera was connected there, so the store is renewed.
 let profiles = new Map<string, string | null>();
 session.follow(() => {
   const now = new Map(session.get().cameras.map((camera) => [camera.path, camera.profile?.file ?? null]));

@@ -1,4 +1,4 @@
-// What all views share: cameras, the chosen one, work in progress, the log of commands, the theme.
+// State that all views share: cameras, the chosen camera, running work, the log of commands, the theme.
 import { api, RequestFailed, type Events } from './api';
 import { commandLine, isWrite } from './model/words';
 import { Store } from './store';
@@ -9,11 +9,11 @@ export interface LogEntry {
   time: number;
   line: string;
   camera: string | null;
-  exit: number | null; // null while it runs
+  exit: number | null; // null while running
   seconds: number | null;
   message: string;
   write: boolean;
-  background: boolean; // started by scrolling or by live reading
+  background: boolean; // caused by scrolling or live reading, not by the user
 }
 
 export type Theme = 'system' | 'light' | 'dark';
@@ -25,15 +25,15 @@ export interface Session {
   readOnly: boolean;
   library: string | null;
   cameras: Camera[];
-  camera: Camera | null; // the chosen one, also while it is unplugged
+  camera: Camera | null; // the chosen one, even while unplugged
   jobs: ReadonlyMap<string, Job>;
   log: LogEntry[];
   theme: Theme;
   view: string;
-  problem: Problem | null; // of a command that no view shows
+  problem: Problem | null; // of a command without a view
 }
 
-// A failure as the tool states it: what failed, and what to do.
+// A failure as the tool reports it: what failed, and what to do.
 export class Problem extends Error {
   constructor(message: string, readonly hint = '', readonly kind = 'internal', readonly line = '',
     readonly messages: string[] = []) {
@@ -81,7 +81,7 @@ function takeJob(event: Events['job']): void {
 }
 
 function takeProgress({ job: id, ...rest }: Progress & { job: string }): void {
-  // Some senders nest what progress.schema.json nests.
+  // Accepts both forms: the progress itself, or an object that contains it.
   const progress = (rest as unknown as { progress?: Progress }).progress ?? rest;
   const job = session.get().jobs.get(id);
   if (job) session.set({ jobs: new Map(session.get().jobs).set(id, { ...job, progress }) });
@@ -121,7 +121,7 @@ export function connect(): void {
       try {
         await takeState();
       } catch {
-        return; // the events will fail as well, and open again
+        return; // the event stream will fail as well, and reconnect
       }
       for (const listener of connectListeners) listener();
     }
@@ -155,7 +155,7 @@ function endEntry(id: number, change: Partial<LogEntry>): void {
   session.set({ log: session.get().log.map((entry) => (entry.id === id ? { ...entry, ...change } : entry)) });
 }
 
-// The outcome of long work: asked for when its end is announced, and now and then in case that was missed.
+// Waits for the result of long work. It is queried when the end is announced, and every 3 s in case the event was lost.
 async function outcomeOf<T>(job: string): Promise<RunAnswer<T>> {
   for (;;) {
     await new Promise<void>((resolve) => {
@@ -171,7 +171,7 @@ async function outcomeOf<T>(job: string): Promise<RunAnswer<T>> {
       const answer = await api.job<T>(job);
       if (!('running' in answer)) return answer;
     } catch (error) {
-      // While the connection is lost the work continues; an answer that is not kept any more is lost.
+      // The work continues while the connection is lost. Only an answer that the server no longer keeps is an error.
       if (error instanceof RequestFailed && error.status === 404) throw error;
     }
   }
@@ -187,13 +187,13 @@ function onJobEnd(job: string, listener: () => void): () => void {
 }
 
 export interface RunOptions {
-  camera?: string | null; // the chosen one unless given
+  camera?: string | null; // default: the chosen one
   job?: string;
   background?: boolean;
-  long?: boolean; // keeps no connection while it runs
+  long?: boolean; // does not occupy a connection while it runs
 }
 
-// Runs a command and returns its whole answer; throws a Problem when there is no result.
+// Runs a command and returns its answer. Throws a Problem if there is no result.
 export async function run<T>(words: string[], options: RunOptions = {}): Promise<RunAnswer<T> & { result: T }> {
   const camera = options.camera === undefined ? (session.get().camera?.path ?? null) : options.camera;
   const began = performance.now();
@@ -207,7 +207,7 @@ export async function run<T>(words: string[], options: RunOptions = {}): Promise
     const job = options.job ?? newId();
     if (options.long) {
       const ended = outcomeOf<T>(job);
-      // A refusal to begin is the outcome; nobody waits for the other one then.
+      // If the start is refused, `begin` throws and nobody awaits `ended`. This avoids an unhandled rejection.
       ended.catch(() => undefined);
       await api.begin(words, camera, job);
       answer = await ended;
@@ -236,7 +236,7 @@ export function asProblem(error: unknown): Problem {
   return new Problem(error instanceof Error ? error.message : String(error));
 }
 
-// For work that no view waits for.
+// Reports the failure of work that belongs to no view.
 export function report(error: unknown): void {
   session.set({ problem: asProblem(error) });
 }
@@ -250,7 +250,7 @@ export function setTheme(theme: Theme): void {
   try {
     localStorage.setItem(themeKey, theme);
   } catch {
-    // A browser that keeps nothing forgets the theme.
+    // If the browser has no storage, the theme is not remembered.
   }
 }
 
@@ -259,7 +259,7 @@ export function loadTheme(): void {
   try {
     theme = localStorage.getItem(themeKey);
   } catch {
-    // The theme of the system is used.
+    // Without storage, the theme of the system is used.
   }
   setTheme(theme === 'light' || theme === 'dark' ? theme : 'system');
 }

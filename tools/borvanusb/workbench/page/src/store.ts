@@ -1,4 +1,4 @@
-// Values that views follow.
+// Observable values for views.
 import { useEffect, useReducer, useRef } from 'preact/hooks';
 
 export class Store<T extends object> {
@@ -21,7 +21,7 @@ export class Store<T extends object> {
   }
 }
 
-// The selected part of a store; the view is drawn again when it changes.
+// Returns the selected part of a store. The view is redrawn when that part changes.
 export function useStore<T extends object, S>(store: Store<T>, select: (value: T) => S): S {
   const [, redraw] = useReducer((count: number) => count + 1, 0);
   const selected = select(store.get());
@@ -39,7 +39,7 @@ export function useStore<T extends object, S>(store: Store<T>, select: (value: T
   return selected;
 }
 
-// Something with many parts that changes often: views follow its version, drawn once a frame at most.
+// An object with many parts that change often. Views follow its version and are redrawn at most once a frame.
 export class Versioned {
   private readonly followers = new Set<() => void>();
   private waiting = false;
@@ -49,7 +49,7 @@ export class Versioned {
     this.version++;
     if (this.waiting) return;
     this.waiting = true;
-    // A hidden page gets no frames.
+    // A hidden page gets no animation frames.
     const later = document.hidden ? (call: () => void) => setTimeout(call, 200) : requestAnimationFrame;
     later(() => {
       this.waiting = false;

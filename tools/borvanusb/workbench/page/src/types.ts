@@ -1,4 +1,4 @@
-// The shapes that cross the wire: what the commands print with --json, and what the server adds.
+// Types of the data that the commands print with --json, and of what the server adds.
 
 export interface CameraIdentity {
   index: number;
@@ -168,7 +168,7 @@ export interface Region extends Range {
 export interface Preset {
   name: string;
   description: string;
-  file: string | null; // a list file; else its settings
+  file: string | null; // a list file; null: `settings` is used
   settings: string[]; // "NAME=VALUE"
 }
 

@@ -1,4 +1,4 @@
-// Samples, flash, scrolling, words and what else is a function of values.
+// Tests of samples, flash, scrolling, words and other pure functions.
 import assert from 'node:assert/strict';
 import { test } from 'node:test';
 import { csv } from '../src/model/csv';

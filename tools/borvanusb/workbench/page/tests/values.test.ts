@@ -1,4 +1,4 @@
-// Numbers, fields, edits, marks and the tree.
+// Tests of numbers, fields, edits, marks and the tree.
 import assert from 'node:assert/strict';
 import { test } from 'node:test';
 import { editField, editWhole, editedField, editedValue, settingsOf, undoOf, type Edits } from '../src/model/edits';

@@ -1,4 +1,4 @@
-// Tables as CSV.
+// Writes tables as CSV.
 
 function cell(value: string | number | null): string {
   if (value === null) return '';

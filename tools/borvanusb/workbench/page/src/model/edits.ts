@@ -1,9 +1,9 @@
-// Changes that wait to be written, and what takes written ones back.
+// Changes that are not yet written, and how to undo written ones.
 import type { FieldDescription, NamedWrite, RegisterDescription } from '../types';
 import { fieldOf, withField } from './fields';
 import type { Setting } from './words';
 
-// Of one register: its whole value, or single fields, which leaves the others to what the camera holds.
+// An edit of one register: the whole value, or single fields. With single fields, the others keep the camera's value.
 export interface Edit {
   register: RegisterDescription;
   whole: bigint | null;
@@ -32,7 +32,7 @@ export function withoutEdit(edits: Edits, name: string): Edits {
   return rest;
 }
 
-// What the register will hold; unknown when only fields are edited and it was never read.
+// The register's value after the edit. Undefined if only fields are edited and the register was never read.
 export function editedValue(edit: Edit, known: bigint | undefined): bigint | undefined {
   if (edit.whole !== null) return edit.whole;
   if (known === undefined) return undefined;
@@ -67,7 +67,7 @@ export interface Undo {
   text: string;
 }
 
-// The register and, for a setting of one, the field that a name means.
+// The register that a name refers to and, if the name is that of a field, the field.
 function partOf(
   name: string, describe: (name: string) => RegisterDescription | undefined,
 ): { register: RegisterDescription; field: FieldDescription | null } | null {
@@ -79,7 +79,7 @@ function partOf(
   return register && field ? { register, field } : null;
 }
 
-// What brings the values from before back, in reverse order; null when none is known.
+// Settings that restore the previous values, in reverse order. null if no previous value is known.
 export function undoOf(
   writes: NamedWrite[], settings: Setting[], known: (register: string) => bigint | undefined,
   describe: (name: string) => RegisterDescription | undefined,

@@ -1,4 +1,4 @@
-// Fields of registers: taking them out, putting them in, and what may be done to them.
+// Fields of registers: extract, insert, and check what is allowed.
 import type { EnumeratedValue, FieldDescription, RegisterDescription, RegisterValue } from '../types';
 import { largest } from './number';
 
@@ -23,7 +23,7 @@ export function isWritable(access: string): boolean {
   return access !== 'read-only';
 }
 
-// Looking at such a register would change it, so the page reads it only on request.
+// Reading such a register has side effects, so the page reads it only on request.
 export function changesWhenRead(register: RegisterDescription): boolean {
   return register.read_action !== null || register.fields.some((field) => field.read_action !== null);
 }
@@ -47,7 +47,7 @@ export function bitsText(field: { offset: number; bits: number }): string {
   return field.bits === 1 ? `[${field.offset}]` : `[${field.offset + field.bits - 1}:${field.offset}]`;
 }
 
-// What a value must fulfil to be written; null when it does.
+// Why a value can't be written; null if it can.
 export function problemOf(value: bigint, part: FieldDescription | RegisterDescription): string | null {
   if (value > largest(part.bits)) return `The largest value of ${part.bits} bits is ${largest(part.bits)}.`;
   const constraint = part.constraint;
@@ -62,7 +62,7 @@ export function problemOf(value: bigint, part: FieldDescription | RegisterDescri
   return null;
 }
 
-// A reset value is known for the bits of its mask alone.
+// The reset value is known only for the bits of its mask.
 export function differsFromReset(value: bigint, register: RegisterDescription): boolean {
   if (register.reset === null) return false;
   const mask = BigInt(register.reset.mask);

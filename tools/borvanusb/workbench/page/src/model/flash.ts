@@ -1,4 +1,4 @@
-// The flash as a map of sectors and as rows of bytes.
+// The flash as a map of sectors, and as rows of bytes.
 import type { Range, Region } from '../types';
 
 export const sectorSize = 4096;
@@ -34,7 +34,7 @@ export function regionAt(address: number, regions: Region[]): Region | null {
   return regions.find((region) => isWithin(address, region)) ?? null;
 }
 
-// How many bytes of a range lie in others.
+// The number of bytes of a range that lie in other ranges.
 export function overlap(range: Range, others: Range[]): number {
   let bytes = 0;
   for (const other of others) {
@@ -43,7 +43,7 @@ export function overlap(range: Range, others: Range[]): number {
   return bytes;
 }
 
-// The place of an address in ranges of rising order: the index of the first range that ends at or after it.
+// Binary search in sorted ranges: the index of the first range that ends at or after the address.
 export function rangeFrom(address: number, ranges: Range[]): number {
   let low = 0;
   let high = ranges.length;
@@ -60,7 +60,7 @@ export function isInRanges(address: number, ranges: Range[]): boolean {
   return range !== undefined && isWithin(address, range);
 }
 
-// The next difference after an address, or the one before it; around the ends.
+// The next or previous difference from an address. Wraps around at the ends.
 export function nextRange(address: number, ranges: Range[], forward: boolean): Range | null {
   if (ranges.length === 0) return null;
   if (forward) {
@@ -73,7 +73,7 @@ export function printable(byte: number): string {
   return byte >= 0x20 && byte < 0x7f ? String.fromCharCode(byte) : '.';
 }
 
-// What is searched for: bytes in hexadecimal (`de ad`, `0xdead`), or a text in quotation marks.
+// The pattern of a search: hexadecimal bytes (`de ad`, `0xdead`), or a text in quotation marks.
 export function parsePattern(text: string): Uint8Array | null {
   const inQuotes = /^\s*"(.+)"\s*$/.exec(text);
   if (inQuotes) return new TextEncoder().encode(inQuotes[1]);
@@ -94,13 +94,13 @@ export function findPattern(bytes: Uint8Array, pattern: Uint8Array, from = 0): n
   return -1;
 }
 
-// What an address in a file's name says: firmware-0x20800.bin belongs at 0x20800.
+// The address in a file name: 0x20800 for firmware-0x20800.bin.
 export function addressInName(name: string): number | null {
   const match = /0x([0-9a-f]{1,8})/i.exec(name);
   return match?.[1] === undefined ? null : parseInt(match[1], 16);
 }
 
-// Files of these formats hold their addresses themselves.
+// Whether the file's format, by its extension, contains addresses.
 export function holdsAddresses(name: string): boolean {
   return /\.(hex|ihex|ihx|s19|s28|s37|srec|mot|elf|axf)$/i.test(name);
 }

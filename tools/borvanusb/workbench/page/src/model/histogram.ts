@@ -1,12 +1,12 @@
-// How often each brightness occurs in a picture.
+// Counts how often each brightness occurs in a picture.
 
 export interface Histogram {
   red: Uint32Array;
   green: Uint32Array;
   blue: Uint32Array;
   luma: Uint32Array;
-  mean: number; // of the luma
-  clipped: number; // share of pixels at the upper end
+  mean: number; // of luma
+  clipped: number; // proportion of pixels with the maximum value
 }
 
 export function histogramOf(rgba: Uint8ClampedArray): Histogram {
@@ -20,7 +20,7 @@ export function histogramOf(rgba: Uint8ClampedArray): Histogram {
     const r = rgba[at] ?? 0;
     const g = rgba[at + 1] ?? 0;
     const b = rgba[at + 2] ?? 0;
-    // Rec. 601, in 256ths.
+    // Luma according to Rec. 601, in 1/256.
     const y = (77 * r + 150 * g + 29 * b) >> 8;
     red[r]!++;
     green[g]!++;
@@ -33,7 +33,7 @@ export function histogramOf(rgba: Uint8ClampedArray): Histogram {
   return { red, green, blue, luma, mean: sum / pixels, clipped: clipped / pixels };
 }
 
-// The device whose label holds the camera's name; browsers add "(1234:0001)" to it.
+// The video device whose label contains the camera's name. Browsers append "(1234:0001)" to the label.
 export function deviceForCamera<T extends { label: string }>(devices: T[], name: string): T | null {
   const wanted = name.trim().toLowerCase();
   if (wanted === '') return null;

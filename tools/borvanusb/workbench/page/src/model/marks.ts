@@ -1,4 +1,4 @@
-// What is remarkable about a register's value, and the filter by it.
+// Marks for values of registers (changed, differs from reset and so on), and filtering by them.
 import type { RegisterDescription } from '../types';
 import { differsFromReset } from './fields';
 
@@ -6,12 +6,12 @@ export type Mark = 'edited' | 'changed' | 'reset' | 'preset' | 'file';
 
 export interface Known {
   value: bigint;
-  previous: bigint | null; // of the reading before, when it differed
+  previous: bigint | null; // the value before the last change
   time: number;
 }
 
 export interface References {
-  preset: Map<string, bigint | null> | null; // registers that differ from the preset, with its value
+  preset: Map<string, bigint | null> | null; // registers that differ from the preset, with the preset's value
   file: Map<string, bigint | null> | null;
 }
 
@@ -29,7 +29,7 @@ export const markLabels: Record<Mark, string> = {
   edited: 'edited', changed: 'changed', reset: '≠ reset', preset: '≠ preset', file: '≠ file',
 };
 
-// The value that a new reading leaves: `previous` stays known while the value does not change again.
+// The state after a new reading. `previous` is kept until the value changes again.
 export function nextKnown(before: Known | undefined, value: bigint, time: number): Known {
   if (before === undefined) return { value, previous: null, time };
   if (before.value === value) return { value, previous: null, time };

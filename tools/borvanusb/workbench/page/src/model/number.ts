@@ -1,4 +1,4 @@
-// Numbers as texts and back. Values of registers are bigint: a register may have 64 bits.
+// Converts numbers to text and back. Register values are bigint, because a register may have 64 bits.
 
 export type NumberForm = 'hex' | 'decimal' | 'binary';
 
@@ -12,7 +12,7 @@ export function formatHex(value: bigint, bits: number): string {
   return '0x' + value.toString(16).padStart(Math.ceil(bits / 4), '0');
 }
 
-// In groups of four digits, the way data sheets print them.
+// Binary in groups of four digits, as in data sheets.
 export function formatBinary(value: bigint, bits: number): string {
   const digits = value.toString(2).padStart(bits, '0');
   return '0b' + digits.replace(/\B(?=(\d{4})+$)/g, '_');
@@ -23,7 +23,7 @@ export function formatNumber(value: bigint, bits: number, form: NumberForm): str
   return form === 'binary' ? formatBinary(value, bits) : value.toString();
 }
 
-// Decimal, 0x or 0b; blanks and underscores between digits are ignored.
+// Accepts decimal, 0x and 0b. Blanks and underscores between digits are ignored.
 export function parseNumber(text: string, bits: number): Parsed {
   const plain = text.trim().replace(/(?<=\w)[ _]+(?=\w)/g, '').toLowerCase();
   if (plain === '') return { ok: false, problem: 'Enter a number.' };
@@ -41,7 +41,7 @@ export function formatAddress(address: number, digits = 4): string {
   return '0x' + address.toString(16).padStart(digits, '0');
 }
 
-// An address or size as the tool takes it: a number, K and M may follow.
+// An address or size as the tool accepts it: a number, optionally with K or M.
 export function parseAddress(text: string): number | null {
   const match = /^\s*(0x[0-9a-f]+|[0-9]+)\s*([km]?)\s*$/i.exec(text);
   if (!match) return null;

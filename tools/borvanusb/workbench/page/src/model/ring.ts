@@ -1,4 +1,4 @@
-// Samples of several curves over time in a bounded space: the oldest give way to new ones.
+// A ring buffer for samples of several curves. New samples replace the oldest ones.
 
 export interface Slice {
   times: number[];
@@ -75,8 +75,8 @@ export class SampleRing {
     return low;
   }
 
-  // The samples between two times. With more than `points` samples each group of them is shown by its
-  // smallest and its largest value, so that no peak is lost.
+  // The samples between two times. If there are more than `points`, samples are grouped, and each group is shown by its
+  // smallest and largest value, so that no peak is lost.
   slice(from: number, to: number, names: string[], points: number): Slice {
     const first = this.find(from);
     const end = Math.min(this.find(to) + 1, this.filled);

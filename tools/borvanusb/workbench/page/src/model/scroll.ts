@@ -1,12 +1,12 @@
-// Which rows of a long list are in view. Browsers limit the height of an element, so a list beyond that
-// height is scrolled in proportion.
+// Computes which rows of a long list are visible. Browsers limit the height of an element, so a list beyond that height
+// scrolls proportionally.
 
 export const highest = 8_000_000;
 
 export interface ScrollWindow {
   first: number; // row
   count: number;
-  offset: number; // of the first row in pixels, in the scrolled element
+  offset: number; // of the first row, in pixels in the scrolled element
 }
 
 export function scrollHeight(rows: number, rowHeight: number): number {
@@ -32,7 +32,7 @@ export function windowAt(
   };
 }
 
-// Where to scroll to so that a row is the first in view.
+// The scroll position that puts a row at the top.
 export function scrollTopWith(row: number, viewHeight: number, rows: number, rowHeight: number): number {
   const height = scrollHeight(rows, rowHeight);
   if (height === rows * rowHeight) return row * rowHeight;
@@ -40,7 +40,7 @@ export function scrollTopWith(row: number, viewHeight: number, rows: number, row
   return (row / Math.max(1, rows - inView + 1)) * (height - viewHeight);
 }
 
-// Where to scroll to so that a row is in view; null when it is already.
+// The scroll position that makes a row visible; null if it is visible already.
 export function scrollTopFor(
   row: number, scrollTop: number, viewHeight: number, rows: number, rowHeight: number,
 ): number | null {

@@ -1,7 +1,7 @@
-// When a reading was made, in seconds since the epoch.
+// Converts the times of readings to seconds since the epoch.
 
-// The server gives an ISO text, or seconds since the epoch or since live reading began. Seconds since the
-// beginning are placed by the moment at which the first of them arrived.
+// The server sends an ISO text, seconds since the epoch, or seconds since the start of live reading. The latter are
+// related to the clock when the first of them arrives.
 export class EventClock {
   private base: number | null = null;
 

@@ -1,4 +1,4 @@
-// The tree of registers as the rows that are open at the moment: map, peripheral, register, field.
+// The visible rows of the register tree: map, peripheral, register, field.
 import type { FieldDescription, RegisterDescription } from '../types';
 import { formatAddress } from './number';
 
@@ -18,7 +18,7 @@ function fileName(path: string): string {
   return path.split(/[\\/]/).pop() ?? path;
 }
 
-// The search finds names, numbers and documentation; each word must be somewhere.
+// Whether a register matches a search. Each word must occur in a name, number or documentation.
 export function matchesSearch(register: RegisterDescription, search: string): boolean {
   const words = search.toLowerCase().split(/\s+/).filter((word) => word !== '');
   if (words.length === 0) return true;
@@ -48,7 +48,7 @@ function groupBy<T>(items: T[], key: (item: T) => string): Map<string, T[]> {
   return groups;
 }
 
-// While something is searched for, maps and groups with a hit are open.
+// The visible rows. During a search, maps and groups with a match are open.
 export function treeRows(registers: RegisterDescription[], options: TreeOptions): TreeRow[] {
   const found = registers.filter((register) => matchesSearch(register, options.search) && options.accepts(register));
   const searching = options.search.trim() !== '';
@@ -78,7 +78,7 @@ export function treeRows(registers: RegisterDescription[], options: TreeOptions)
   return rows;
 }
 
-// Keys of the maps, and of the groups when there are not too many registers to show at once.
+// The keys that are open initially: all maps, and the groups unless there are too many registers.
 export function firstOpen(registers: RegisterDescription[]): Set<string> {
   const open = new Set<string>();
   for (const register of registers) {

@@ -1,8 +1,8 @@
-// The words of every command that the page starts. The server adds --camera, --json and --progress.
+// The words of every command that the page runs. The server adds --camera, --json and --progress.
 import type { Device } from '../types';
 import { formatAddress, formatHex } from './number';
 
-// A word as a shell takes it back.
+// Quotes a word for a shell, if necessary.
 export function quoted(word: string): string {
   return /^[\w@%+=:,./-]+$/.test(word) ? word : `"${word.replace(/(["$`\\])/g, '\\$1')}"`;
 }
@@ -20,7 +20,7 @@ export const showProfile = (): string[] => ['profile', 'show'];
 export const readRegisters = (names: string[]): string[] => ['reg', 'read', ...names];
 
 export interface Setting {
-  name: string; // of a register or a field
+  name: string; // of a register or field
   value: bigint;
   bits: number;
 }
@@ -71,7 +71,7 @@ function placeSuffix(place: Image['place']): string {
   return place.kind === 'region' ? `@region:${place.region}` : '';
 }
 
-// One image takes options; several take their place in the word itself.
+// A single image uses options for its position; several images have the position in the word itself.
 export function imageWords(images: Image[]): string[] {
   const [image] = images;
   if (images.length !== 1 || !image) return images.map((each) => each.file + placeSuffix(each.place));
@@ -92,7 +92,7 @@ export function verifyImages(images: Image[]): string[] {
   return ['flash', 'verify', ...imageWords(images)];
 }
 
-// Whether a command changes something in a camera; the log marks these.
+// Whether a command changes a camera. The log marks such commands.
 export function isWrite(words: string[]): boolean {
   if (words.includes('--dry-run') || words.includes('--check-only')) return false;
   const [first, second] = words;

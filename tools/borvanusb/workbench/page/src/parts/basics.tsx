@@ -1,4 +1,4 @@
-// Small parts that every view uses.
+// Small components that all views use.
 import type { ComponentChildren, JSX } from 'preact';
 import { useEffect, useId, useRef, useState } from 'preact/hooks';
 import type { Problem } from '../session';
@@ -13,7 +13,7 @@ interface ButtonProps {
   expanded?: boolean;
   onClick: (event: MouseEvent) => void;
   children?: ComponentChildren;
-  label?: string; // of a button with an icon alone
+  label?: string; // for a button that has only an icon
   id?: string;
 }
 
@@ -32,7 +32,7 @@ export async function copyText(text: string): Promise<boolean> {
     await navigator.clipboard.writeText(text);
     return true;
   } catch {
-    // Without the permission the old way works inside of a click.
+    // Without the clipboard permission, use the older method. It works only inside a click handler.
     const area = document.createElement('textarea');
     area.value = text;
     area.className = 'out-of-sight';
@@ -60,7 +60,7 @@ export function CopyButton({ text, label = 'Copy', short = false }: { text: stri
   );
 }
 
-// A command line, ready to be copied into a script.
+// A command line with a copy button.
 export function CommandLine({ line }: { line: string }) {
   return (
     <div class="command-line">
@@ -70,13 +70,13 @@ export function CommandLine({ line }: { line: string }) {
   );
 }
 
-// Hints hold command lines after "To continue: " and the like.
+// A hint. Its lines may contain a command line after "To continue: " or similar.
 function Hint({ text }: { text: string }) {
   return (
     <>
       {text.split('\n').filter((line) => line !== '').map((line) => {
         const at = line.search(/\bborvanusb /);
-        // A sentence about a command is no command line.
+        // A sentence that mentions a command is not a command line.
         if (at < 0 || line.endsWith('.')) return <p key={line}>{line}</p>;
         return <div key={line} class="hint-line"><span>{line.slice(0, at)}</span><CommandLine line={line.slice(at)} /></div>;
       })}
@@ -164,7 +164,7 @@ export function Toggle({ label, checked, onChange, title, disabled }: {
   );
 }
 
-// A question before something that can't be taken back.
+// A confirmation dialog before an action that can't be undone.
 export function Confirm({ title, action, onYes, onNo, children }: {
   title: string; action: string; onYes: () => void; onNo: () => void; children: ComponentChildren;
 }) {

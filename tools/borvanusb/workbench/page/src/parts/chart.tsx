@@ -1,4 +1,4 @@
-// A uPlot chart of curves over time, in the colours of the page.
+// A uPlot chart of curves over time, in the page's colours.
 import { useEffect, useRef } from 'preact/hooks';
 import uPlot from 'uplot';
 import type { Slice } from '../model/ring';
@@ -20,7 +20,7 @@ export function curveColour(style: number): string {
   return getComputedStyle(document.documentElement).getPropertyValue(`--curve-${style % palette}`).trim();
 }
 
-// Curves beyond the palette are dashed.
+// When all colours of the palette are used, further curves are dashed.
 function dash(style: number): number[] | undefined {
   const round = Math.floor(style / palette);
   return round === 0 ? undefined : round === 1 ? [7, 4] : [2, 3];

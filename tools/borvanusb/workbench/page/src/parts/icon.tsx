@@ -1,4 +1,4 @@
-// Icons as lines on a grid of 16.
+// Icons, drawn as lines on a grid of 16 × 16.
 const paths = {
   cameras: 'M2.5 4.5h11v8h-11z M5.5 4.5l1-2h3l1 2 M8 6.4a2.1 2.1 0 1 0 0 4.2a2.1 2.1 0 0 0 0-4.2',
   registers: 'M2 3.5h3 M2 8h3 M2 12.5h3 M7 3.5h7 M7 8h7 M7 12.5h7',

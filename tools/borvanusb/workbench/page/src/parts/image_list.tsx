@@ -1,4 +1,4 @@
-// Images to program: dropped or chosen files, and where each of them goes.
+// The images to program, dropped or chosen by the user, with the position of each.
 import { useId, useRef, useState } from 'preact/hooks';
 import { api } from '../api';
 import { addressInName, holdsAddresses } from '../model/flash';
@@ -9,7 +9,7 @@ import type { Region } from '../types';
 import { Button } from './basics';
 import { Icon } from './icon';
 
-// Where an image goes unless the user says otherwise.
+// The default position of an image.
 function firstPlace(name: string, regions: Region[], region: string | null): Image['place'] {
   if (holdsAddresses(name)) return { kind: 'file' };
   const address = addressInName(name);

@@ -1,4 +1,4 @@
-// A number in hexadecimal, decimal or binary digits. Enter or leaving the field takes it over.
+// An input for a number in hexadecimal, decimal or binary. Enter, or leaving the field, accepts the number.
 import { useId, useState } from 'preact/hooks';
 import { formatNumber, parseNumber, type NumberForm } from '../model/number';
 
@@ -7,7 +7,7 @@ export function NumberInput({ label, value, bits, form, onValue, disabled, check
   disabled?: boolean; check?: (value: bigint) => string | null; id?: string;
 }) {
   const shown = value === undefined ? '' : formatNumber(value, bits, form);
-  // What is typed and not taken over yet; null shows the value. A value that arrives meanwhile must not replace it.
+  // The typed text that is not accepted yet; null shows the value. A new value must not replace typed text.
   const [typed, setTyped] = useState<string | null>(null);
   const [problem, setProblem] = useState<string | null>(null);
   const problemId = useId();

@@ -1,4 +1,4 @@
-// A list of rows of one height, of which only those in view exist.
+// A list of rows of equal height. Only the visible rows exist in the document.
 import type { ComponentChildren, JSX } from 'preact';
 import { useCallback, useEffect, useLayoutEffect, useRef, useState } from 'preact/hooks';
 import { scrollHeight, scrollTopFor, scrollTopWith, windowAt } from '../model/scroll';
@@ -8,9 +8,9 @@ interface ListProps {
   rowHeight: number;
   render: (row: number) => ComponentChildren;
   onWindow?: (first: number, last: number) => void;
-  current?: number | null; // brought into view when it changes
-  lead?: number; // rows above it then, when it was out of view
-  currentKey?: unknown; // scrolls there again although the row is the same
+  current?: number | null; // scrolled into view when it changes
+  lead?: number; // number of rows above it after scrolling to it
+  currentKey?: unknown; // when it changes, scrolls to `current` again
   class?: string;
   attributes?: JSX.HTMLAttributes<HTMLDivElement>;
   header?: ComponentChildren;

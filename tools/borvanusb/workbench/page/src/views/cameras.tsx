@@ -1,4 +1,4 @@
-// All cameras, what they are and who works with them; what to do when there is none.
+// All cameras, their details and who uses them. Explains what to do if there is none.
 import { useState } from 'preact/hooks';
 import { formatSize } from '../model/number';
 import { Badge, Bar, Button, CommandLine, Empty, Note, ProblemNote } from '../parts/basics';

@@ -1,4 +1,4 @@
-// Two sides compared: cameras, presets, files, reset values. And the presets of the profile.
+// Compares two sides: cameras, presets, files, reset values. Also shows the presets of the profile.
 import { useEffect, useRef, useState } from 'preact/hooks';
 import { api } from '../api';
 import { formatAddress, formatHex, plural } from '../model/number';
@@ -15,7 +15,7 @@ import { Presets } from './presets';
 interface Side {
   word: string;
   text: string;
-  camera: string | null; // which can be written to
+  camera: string | null; // set if the side can be written to
 }
 
 function sides(camera: Camera, cameras: Camera[], store: RegisterStore, files: string[]): { group: string; sides: Side[] }[] {

@@ -1,4 +1,4 @@
-// Which curves are plotted, and their values at the cursor.
+// The list of plotted curves, with their values at the cursor.
 import { useEffect, useId, useState } from 'preact/hooks';
 import { isReadByLooking, isReadable } from '../model/fields';
 import { matchesSearch } from '../model/tree';

@@ -1,4 +1,4 @@
-// Registers that differ, with the fields in which they do.
+// Registers that differ, with the differing fields.
 import { Fragment } from 'preact';
 import { formatAddress, formatHex } from '../model/number';
 import type { RegisterStore } from '../register_store';

@@ -1,4 +1,4 @@
-// The flash: regions and sectors, bytes, programming.
+// The flash view: regions and sectors, bytes, programming.
 import { useEffect, useRef, useState } from 'preact/hooks';
 import { api } from '../api';
 import { overlap } from '../model/flash';
@@ -87,10 +87,10 @@ function OfCamera({ camera }: { camera: Camera }) {
     .find((job) => job.camera === camera.path && job.words[1] === 'program' && isWrite(job.words) && !store.own.has(job.id)) ?? null);
   useEffect(() => {
     if (plugged) void registers?.load();
-    // A page that comes back while programming runs leaves the flash alone.
+    // Does not read the map while another page programs the flash.
     if (plugged && store.map === null && store.work === null && foreign === null && store.problem === null) void store.readMap();
   }, [store, plugged, foreign === null]);
-  // What another page started ends here as well.
+  // Waits for the end of programming that another page started, and shows its result.
   const followed = useRef<string | null>(null);
   useEffect(() => {
     if (foreign !== null) followed.current = foreign.id;

@@ -1,4 +1,4 @@
-// The bytes of the flash. What is scrolled to is read.
+// The bytes of the flash. Visible rows are read automatically.
 import { useCallback, useEffect, useRef, useState } from 'preact/hooks';
 import { isInRanges, nextRange, parsePattern, printable, regionAt, sectorSize } from '../model/flash';
 import { formatAddress, parseAddress } from '../model/number';
@@ -50,7 +50,7 @@ export function HexView({ store, size, regions, idle }: { store: FlashStore; siz
   const timer = useRef<ReturnType<typeof setTimeout> | null>(null);
 
   const onWindow = useCallback((first: number, last: number) => setView([first, last]), []);
-  // Fast scrolling passes over most rows; only where it rests is read.
+  // Waits a moment, so that rows that are only scrolled past are not read.
   useEffect(() => {
     if (!idle || store.work === 'program') return undefined;
     timer.current = setTimeout(() => store.want(view[0] * width, Math.min(size, (view[1] + 1) * width) - 1), 90);

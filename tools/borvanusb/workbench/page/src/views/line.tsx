@@ -1,4 +1,4 @@
-// Several cameras programmed side by side.
+// Programs several cameras at the same time.
 import { useState } from 'preact/hooks';
 import { api } from '../api';
 import { formatSeconds, formatSize, plural } from '../model/number';
@@ -20,12 +20,12 @@ interface LineRow {
 interface LineState {
   images: Image[];
   sizes: ReadonlyMap<string, number>;
-  left: ReadonlySet<string>; // cameras that are left out
+  left: ReadonlySet<string>; // cameras to skip
   rows: ReadonlyMap<string, LineRow>;
 }
 
 const idle: LineRow = { state: 'idle', job: null, result: null, problem: null };
-// Rows outlive the view: the work continues while another view is open.
+// Stored outside the view, because the work continues while another view is open.
 const line = new Store<LineState>({ images: [], sizes: new Map(), left: new Set(), rows: new Map() });
 
 function setRow(path: string, change: Partial<LineRow>): void {

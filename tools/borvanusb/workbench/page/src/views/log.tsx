@@ -1,4 +1,4 @@
-// Every command that the page started, ready to be copied into a script.
+// All commands that the page ran, with copy buttons.
 import { useState } from 'preact/hooks';
 import { formatSeconds } from '../model/number';
 import { clockText } from '../model/time';

@@ -1,4 +1,4 @@
-// What waits to be written, undo, and the log of writes.
+// Edits to be written, undo, and the log of writes.
 import { useState } from 'preact/hooks';
 import { settingsOf } from '../model/edits';
 import { formatHex, plural } from '../model/number';

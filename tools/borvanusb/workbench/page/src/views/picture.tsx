@@ -1,4 +1,4 @@
-// The picture in full.
+// The picture in full size.
 import { PicturePanel } from './picture_panel';
 
 export function PictureView() {

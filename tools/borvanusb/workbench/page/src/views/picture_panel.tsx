@@ -1,4 +1,4 @@
-// The picture with its histogram and a still to compare with.
+// The picture with its histogram, and a still picture for comparison.
 import { useEffect, useRef, useState } from 'preact/hooks';
 import { histogramOf, type Histogram } from '../model/histogram';
 import { Button, Note, save, Select, Toggle } from '../parts/basics';

@@ -1,4 +1,4 @@
-// Registers and fields over time.
+// Plots of registers and fields over time.
 import { useEffect, useRef, useState } from 'preact/hooks';
 import { csv } from '../model/csv';
 import { formatSeconds, plural } from '../model/number';
@@ -13,12 +13,12 @@ import { CurveChoice, CurveTable } from './curves';
 type Scale = 'shared' | 'own';
 
 interface Shown {
-  slice: Slice; // the values as they are
+  slice: Slice; // original values
   from: number;
   to: number;
 }
 
-// Each curve in percent of its own range, so that curves of different sizes are seen together.
+// Scales each curve to percent of its own range, so that curves of different magnitude fit in one chart.
 function inPercent(slice: Slice): Slice {
   const series = slice.series.map((values) => {
     let smallest = Infinity;
@@ -40,7 +40,7 @@ function saveCsv(curves: Curve[]): void {
   save('plot.csv', csv(['time', ...curves.map((curve) => curveTitle(curve, curves))], rows), 'text/csv');
 }
 
-// Redraws with new samples, at most ten times a second.
+// Redraws when there are new samples, at most ten times a second.
 function useFrames(draw: () => void, active: boolean): void {
   const call = useRef(draw);
   call.current = draw;

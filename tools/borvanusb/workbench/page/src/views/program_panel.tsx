@@ -1,4 +1,4 @@
-// Programming: images, the plan, progress, the outcome, and going on after a cut.
+// Programming: images, plan, progress, result, and resuming after an interruption.
 import { useEffect, useRef, useState } from 'preact/hooks';
 import { api } from '../api';
 import { overlap } from '../model/flash';
@@ -64,7 +64,7 @@ export function ProgressLine({ job, onStop }: { job: Job | undefined; onStop: ()
   );
 }
 
-// The journal that a hint asks about: "add --journal FILE".
+// The journal that a hint names: "add --journal FILE".
 function journalOf(outcome: Outcome): string | null {
   const match = /--journal (?!none)(.+?\.journal)/.exec(outcome.problem?.hint ?? '');
   return match?.[1] ?? null;
@@ -134,7 +134,7 @@ export function ProgramPanel({ store, camera, regions, foreign, plugged, readOnl
   const disabled = !plugged || store.work !== null || foreign !== null;
   const { images, plan } = store;
   const actions = useRef<HTMLDivElement>(null);
-  // The plan and what came of it are long; both end with what to do next.
+  // The plan and the result are long, and end with buttons for the next step. Scrolls to them.
   useEffect(() => {
     if (plan !== null || store.outcome !== null || store.verified !== null) actions.current?.scrollIntoView({ block: 'nearest' });
   }, [plan, store.outcome, store.verified, store.work]);

@@ -1,4 +1,4 @@
-// One register: its documentation, its value in all forms, its fields to change.
+// One register: documentation, value in all forms, editable fields.
 import { useId } from 'preact/hooks';
 import { editedField, editedValue } from '../model/edits';
 import {
@@ -91,7 +91,7 @@ function FieldRow(props: FieldProps) {
   );
 }
 
-// The bits of a value; a click turns one over.
+// The bits of a value. A click inverts a bit.
 function Bits({ value, bits, disabled, onValue }: {
   value: bigint; bits: number; disabled: boolean; onValue: (value: bigint) => void;
 }) {

@@ -1,4 +1,4 @@
-// Registers by number, sixteen in a row, for devices without a map.
+// Registers by number, sixteen in a row, for devices without a register map.
 import { useEffect, useRef, useState } from 'preact/hooks';
 import { wantLive } from '../live';
 import { formatAddress, formatHex, parseAddress, parseNumber } from '../model/number';

@@ -1,4 +1,4 @@
-// What the registers are compared with: a preset and a file, for the marks.
+// Chooses the preset and the file that registers are compared with, for the marks.
 import { useRef, useState } from 'preact/hooks';
 import { api } from '../api';
 import { presetWord } from '../model/words';

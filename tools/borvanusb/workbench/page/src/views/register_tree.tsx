@@ -1,4 +1,4 @@
-// The tree of registers as a grid of rows, of which only those in view exist.
+// The register tree as a grid. Only the visible rows exist in the document.
 import { useRef } from 'preact/hooks';
 import { accessText, bitsText, changesWhenRead, fieldOf, isReadable, meaningOf } from '../model/fields';
 import { editedField, editedValue } from '../model/edits';
@@ -66,7 +66,7 @@ function Name({ row }: { row: TreeRow }) {
   return <><code>{row.field.name}</code> <span class="muted number small">{bitsText(row.field)}</span></>;
 }
 
-// Keys, as in trees elsewhere: arrows go and open, Home and End, Enter goes to the editor.
+// Keys, as usual for trees: arrows move, open and close; Home and End; Enter goes to the editor.
 function keyTarget(key: string, rows: TreeRow[], index: number): number | null {
   const row = rows[index];
   if (key === 'ArrowDown') return Math.min(index + 1, rows.length - 1);

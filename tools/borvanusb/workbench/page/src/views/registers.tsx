@@ -1,4 +1,4 @@
-// Registers by name: tree, marks, live reading, edits. Without a profile, by number.
+// Registers by name: tree, marks, live reading, edits. Without a profile: registers by number.
 import { useCallback, useEffect, useMemo, useState } from 'preact/hooks';
 import { wantLive } from '../live';
 import { isReadByLooking } from '../model/fields';
@@ -21,9 +21,9 @@ import { RegisterTree } from './register_tree';
 export interface RegisterView {
   way: 'names' | 'numbers';
   search: string;
-  open: ReadonlySet<string> | null; // null: what is open at first
+  open: ReadonlySet<string> | null; // null: as initially
   filter: ReadonlySet<Mark>;
-  selected: string | null; // key of a row
+  selected: string | null; // row key
   form: NumberForm;
   live: boolean;
   rate: number;
@@ -95,7 +95,7 @@ function ByName({ store, camera }: { store: RegisterStore; camera: Camera }) {
   }, [visibleKey, view.live, view.rate, camera.path, plugged]);
   useEffect(() => () => wantLive('registers', null), []);
 
-  // What comes into view for the first time is read once.
+  // Reads registers once, when they first become visible.
   useEffect(() => {
     if (!plugged || store.loaded !== 'yes' || view.live) return undefined;
     const missing = visibleNames.filter((name) => !store.known.has(name));

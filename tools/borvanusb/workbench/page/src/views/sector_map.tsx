@@ -1,4 +1,4 @@
-// The flash as a picture: a square for each sector, a strip of regions above.
+// A picture of the flash: one square for each sector, and a strip of regions above.
 import { useEffect, useLayoutEffect, useRef, useState } from 'preact/hooks';
 import { regionAt, sectorSize, sectorStates, type SectorState } from '../model/flash';
 import { formatAddress, formatSize } from '../model/number';
@@ -72,7 +72,7 @@ export function SectorMap({ store, map, regions }: { store: FlashStore; map: Fla
       context.fillStyle = style.getPropertyValue(`--sector-${state}`);
       context.fillRect(x, y, pitch - gap, pitch - gap);
       if (state === 'differs' && pitch > 6) {
-        // Not by colour alone.
+        // Marks the state by a shape too, not only by colour.
         context.strokeStyle = style.getPropertyValue('--surface');
         context.beginPath();
         context.moveTo(x + 2, y + pitch - gap - 2);
