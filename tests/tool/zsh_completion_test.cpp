@@ -20,7 +20,7 @@ class ZshCompletionTest : public testing::Test {
       GTEST_SKIP() << "zsh is not installed";
     }
     shell_.Write("script", ZshCompletion(DescribeTool()));
-    shell_.WriteProgram();
+    shell_.WriteProgram("echo \"$*\"");
   }
 
   // What zsh offers for the last of the words. compadd filters by itself, unless it gets -U.
