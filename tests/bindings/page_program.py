@@ -9,15 +9,19 @@ import sys
 LONGEST = 30
 
 
+def programs(page, language):
+    """The texts of all blocks of a language. The first one is short."""
+    texts = re.findall(rf"^```{language}\n(.*?)^```$", page, re.MULTILINE | re.DOTALL)
+    if not texts:
+        sys.exit(f"no block of {language}")
+    if texts[0].count("\n") > LONGEST:
+        sys.exit(f"the program has more than {LONGEST} lines")
+    return texts
+
+
 def program(page, language):
     """The text of the first block of a language."""
-    found = re.search(rf"^```{language}\n(.*?)^```$", page, re.MULTILINE | re.DOTALL)
-    if found is None:
-        sys.exit(f"no block of {language}")
-    text = found.group(1)
-    if text.count("\n") > LONGEST:
-        sys.exit(f"the program has more than {LONGEST} lines")
-    return text
+    return programs(page, language)[0]
 
 
 if __name__ == "__main__":

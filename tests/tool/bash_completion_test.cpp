@@ -2,16 +2,10 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <array>
-#include <cstdio>
-#include <filesystem>
-#include <fstream>
-#include <nlohmann/json.hpp>
-#include <sstream>
-
 #include "command/completion.h"
 #include "command/completion_scripts.h"
 #include "support/command_desk.h"
+#include "support/shell_script.h"
 
 namespace borvanusb::tool_test {
 namespace {
@@ -20,55 +14,28 @@ using testing::Contains;
 using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::Not;
-namespace fs = std::filesystem;
 
 class BashCompletionTest : public testing::Test {
  protected:
   void SetUp() override {
-    folder_ = fs::path(testing::TempDir()) /
-              ("bash_completion_" +
-               std::string(testing::UnitTest::GetInstance()->current_test_info()->name()));
-    fs::create_directories(folder_ / "files");
-    std::ofstream(folder_ / "script") << BashCompletion(DescribeTool());
-    std::ofstream(folder_ / "files" / "image one.bin") << "image";
-    std::ofstream(folder_ / "files" / "list.txt") << "list";
-  }
-  void TearDown() override { fs::remove_all(folder_); }
-
-  void WriteProgram(const std::string& script) {
-    const fs::path file = folder_ / "files" / "borvanusb";
-    std::ofstream(file) << "#!/bin/sh\n" << script << "\n";
-    fs::permissions(file, fs::perms::owner_all);
+    shell_.Write("script", BashCompletion(DescribeTool()));
+    shell_.Write("image one.bin", "image");
+    shell_.Write("list.txt", "list");
   }
 
   // The words that bash offers for the last word. `words` are split as bash splits a line.
   std::vector<std::string> Offered(const std::vector<std::string>& words) {
-    std::string program = "cd '" + (folder_ / "files").string() + "'; . ../script; COMP_WORDS=(";
+    std::string program = ". ./script; COMP_WORDS=(";
     for (const std::string& word : words) {
       program += "'" + word + "' ";
     }
     program += "); COMP_CWORD=" + std::to_string(words.size() - 1) +
                "; $(complete -p borvanusb | sed 's/.*-F \\([^ ]*\\) .*/\\1/'); "
                "[ ${#COMPREPLY[@]} = 0 ] || printf '%s\\n' \"${COMPREPLY[@]}\"";
-    std::ofstream(folder_ / "test") << program << "\n";
-    const std::string command = "bash '" + (folder_ / "test").string() + "' 2>&1";
-    FILE* const pipe = popen(command.c_str(), "r");
-    std::string text;
-    std::array<char, 4096> part{};
-    while (const std::size_t size = std::fread(part.data(), 1, part.size(), pipe)) {
-      text.append(part.data(), size);
-    }
-    EXPECT_EQ(pclose(pipe), 0) << text;
-    std::vector<std::string> lines;
-    std::istringstream stream(text);
-    for (std::string line; std::getline(stream, line);) {
-      lines.push_back(line);
-    }
-    return lines;
+    return shell_.Run(program);
   }
 
- private:
-  fs::path folder_;
+  ShellScript shell_{"bash", "--norc"};
 };
 
 TEST_F(BashCompletionTest, CommandsAndTheirSecondWords) {
@@ -110,7 +77,7 @@ TEST_F(BashCompletionTest, FilesWhereFilesAreMeant) {
 
 // The fake program prints its arguments.
 TEST_F(BashCompletionTest, NamesOfTheProfile) {
-  WriteProgram("echo \"$*\"");
+  shell_.WriteProgram("echo \"$*\"");
   EXPECT_THAT(Offered({"./borvanusb", "reg", "read", "SENSOR.G"}),
               ElementsAre("profile names registers -- SENSOR.G"));
   EXPECT_THAT(Offered({"./borvanusb", "--camera", "1234", ":", "0001", "reg", "read", "X", "S"}),
@@ -122,14 +89,14 @@ TEST_F(BashCompletionTest, NamesOfTheProfile) {
 }
 
 TEST_F(BashCompletionTest, ValuesOfASetting) {
-  WriteProgram("[ \"$5\" = CTRL.MODE=h ] && echo CTRL.MODE=hdr");
+  shell_.WriteProgram("[ \"$5\" = CTRL.MODE=h ] && echo CTRL.MODE=hdr");
   EXPECT_THAT(Offered({"./borvanusb", "reg", "write", "CTRL.MODE", "=", "h"}), ElementsAre("hdr"));
-  WriteProgram("echo EXPOSURE=");
+  shell_.WriteProgram("echo EXPOSURE=");
   EXPECT_THAT(Offered({"./borvanusb", "reg", "write", "EXP"}), ElementsAre("EXPOSURE="));
 }
 
 TEST_F(BashCompletionTest, ACameraWithoutProfileHasNoNames) {
-  WriteProgram("echo no profile >&2; exit 1");
+  shell_.WriteProgram("echo no profile >&2; exit 1");
   EXPECT_THAT(Offered({"./borvanusb", "reg", "read", ""}), IsEmpty());
 }
 

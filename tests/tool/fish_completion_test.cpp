@@ -22,7 +22,7 @@ class FishCompletionTest : public testing::Test {
     }
     shell_.Write("script", FishCompletion(DescribeTool()));
     shell_.Write("list.txt", "list");
-    shell_.WriteProgram();
+    shell_.WriteProgram("echo \"$*\"");
   }
 
   // The words that fish offers at the end of a line.
@@ -51,7 +51,7 @@ TEST_F(FishCompletionTest, OptionsAndTheirValues) {
 }
 
 TEST_F(FishCompletionTest, NamesOfTheProfile) {
-  shell_.Write("answer", "SENSOR.GAIN\nSENSOR.GATE\n");
+  shell_.WriteProgram("echo \"$*\" > asked; printf 'SENSOR.GAIN\\nSENSOR.GATE\\n'");
   EXPECT_THAT(Offered("borvanusb --camera 1 reg read SENSOR.GA"),
               ElementsAre("SENSOR.GAIN", "SENSOR.GATE"));
   EXPECT_EQ(shell_.Read("asked"), "profile names registers --camera 1 -- SENSOR.GA\n");

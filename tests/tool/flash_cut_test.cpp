@@ -1,66 +1,17 @@
 // An interruption at any transfer: a simple second run must finish the work, and the bytes beside
 // the image must be unchanged.
-#include "flash/program.h"
-#include "flash_support.h"
+#include "flash_cut_support.h"
 
 namespace borvanusb::tool_test {
 namespace {
 
-// The exit code of the interruption.
-class FlashCutTest : public FlashTest {
+class FlashCutTest : public FlashCutFixture {
  protected:
   FlashCutTest() { Prepare(Pattern(0x1500, 2), 0x1F00); }
 
   void Prepare(const Bytes& image, std::uint32_t address) {
-    before_ = Pattern(64 * 1024, 1);
-    image_ = image;
-    command_.image = WriteFile("image.bin", image);
-    command_.address = address;
-    command_.backup = false;
-    flash() = before_;
-    const std::uint64_t start = chip().transfers;
-    EXPECT_EQ(Run(command_).code, ExitCode::kDone);
-    EXPECT_EQ(flash(), Wanted());
-    transfers_ = chip().transfers - start;
-    flash() = before_;
+    Measure(WriteFile("image.bin", image), address, {{address, image}});
   }
-
-  Bytes Wanted() const { return Overlaid(before_, *command_.address, image_); }
-
-  bool IsHarmed() const {
-    Bytes beside = host.chips.front()->flash;
-    std::copy_n(before_.begin() + *command_.address, image_.size(),
-                beside.begin() + *command_.address);
-    return beside != before_;
-  }
-
-  enum class Leftovers { kNone, kAllowed };
-
-  void ExpectSecondRunFinishes(const std::string& where, Leftovers leftovers = Leftovers::kNone) {
-    Heal();
-    const bool harmed = IsHarmed();
-    const Outcome outcome = Run(command_);
-    EXPECT_EQ(outcome.code, ExitCode::kDone) << where << ": " << outcome.message;
-    EXPECT_TRUE(flash() == Wanted()) << where;
-    // A journal whose bytes are not missing may belong to another camera, so it stays.
-    EXPECT_FALSE(harmed && HasJournal() && leftovers == Leftovers::kNone) << where;
-    std::filesystem::remove_all(host.journal_folder);
-  }
-
-  // Interrupts at each transfer, or at every `step`-th one.
-  void ExpectEveryCutIsMended(ExitCode code, std::uint64_t step = 1) {
-    for (std::uint64_t transfer = 1; transfer <= transfers_; transfer += step) {
-      flash() = before_;
-      FailFrom(transfer, code);
-      EXPECT_EQ(Run(command_).code, code) << transfer;
-      ExpectSecondRunFinishes(std::to_string(transfer));
-    }
-  }
-
-  Bytes before_;
-  Bytes image_;
-  FlashProgramCommand command_;
-  std::uint64_t transfers_ = 0;
 };
 
 TEST_F(FlashCutTest, CutAtEachTransferIsMendedByASecondRun) {
@@ -100,30 +51,11 @@ TEST_F(FlashCutTest, CutWithBackupsIsMendedAndTheFirstBackupStays) {
 }
 
 TEST_F(FlashCutTest, SecondRunThatIsCutTooIsMendedByAThird) {
-  for (std::uint64_t first = 200; first <= transfers_; first += 37) {
-    for (std::uint64_t second = 200; second <= transfers_; second += 41) {
-      flash() = before_;
-      FailFrom(first);
-      EXPECT_EQ(Run(command_).code, ExitCode::kDevice);
-      FailFrom(second);
-      Run(command_);
-      // Sectors that the first interruption did not affect keep their journal.
-      ExpectSecondRunFinishes(std::to_string(first) + " and " + std::to_string(second),
-                              Leftovers::kAllowed);
-    }
-  }
+  ExpectTwoCutsAreMended(200, 37, 41);
 }
 
 TEST_F(FlashCutTest, RestoringAfterAnyTransferGivesTheOldBytesBack) {
-  command_.restore_on_failure = true;
-  for (std::uint64_t transfer = 1; transfer <= transfers_; transfer += 3) {
-    flash() = before_;
-    FailAt(transfer);
-    EXPECT_EQ(Run(command_).code, ExitCode::kDevice) << transfer;
-    EXPECT_TRUE(flash() == before_) << transfer;
-    EXPECT_FALSE(HasJournal()) << transfer;
-    Heal();
-  }
+  ExpectEveryFailureIsRestored(3);
 }
 
 TEST_F(FlashCutTest, RestoringThatIsCutIsMendedByASecondRun) {

@@ -5,54 +5,25 @@
 
 #include "base/files.h"
 #include "base/numbers.h"
-#include "flash/program.h"
-#include "flash_support.h"
+#include "flash_cut_support.h"
 #include "images/intel_hex.h"
 
 namespace borvanusb::tool_test {
 namespace {
 
-class FlashSegmentsCutTest : public FlashTest {
+class FlashSegmentsCutTest : public FlashCutFixture {
  protected:
   FlashSegmentsCutTest() {
     // Two pieces in the sector 0x1000, one of which continues into 0x2000; two in 0x5000; one that
     // fills 0x9000 and a part of 0xa000. The sectors between are not changed.
+    Segments segments;
     for (const auto& [address, size] : std::vector<std::pair<std::uint32_t, std::size_t>>{
              {0x1100, 0x80}, {0x1F00, 0x200}, {0x5000, 0x100}, {0x5F00, 0x100}, {0x9000, 0x1123}}) {
-      segments_.push_back({address, Pattern(size, address)});
+      segments.push_back({address, Pattern(size, address)});
     }
-    const std::string text = IntelHexText(segments_);
-    command_.image = WriteFile("image.hex", Bytes(text.begin(), text.end()));
-    command_.backup = false;
-    flash() = before_;
-    const std::uint64_t start = chip().transfers;
-    EXPECT_EQ(Run(command_).code, ExitCode::kDone);
-    transfers_ = chip().transfers - start;
-    EXPECT_EQ(flash(), Wanted());
-    EXPECT_FALSE(HasJournal());
-    flash() = before_;
+    const std::string text = IntelHexText(segments);
+    Measure(WriteFile("image.hex", Bytes(text.begin(), text.end())), std::nullopt, segments);
   }
-
-  Bytes Wanted() const {
-    Bytes wanted = before_;
-    for (const Segment& segment : segments_) {
-      wanted = Overlaid(wanted, segment.address, segment.bytes);
-    }
-    return wanted;
-  }
-
-  void ExpectSecondRunFinishes(const std::string& where) {
-    Heal();
-    const Outcome outcome = Run(command_);
-    EXPECT_EQ(outcome.code, ExitCode::kDone) << where << ": " << outcome.message;
-    EXPECT_TRUE(flash() == Wanted()) << where;
-    std::filesystem::remove_all(host.journal_folder);
-  }
-
-  const Bytes before_ = Pattern(64 * 1024, 1);
-  Segments segments_;
-  FlashProgramCommand command_;
-  std::uint64_t transfers_ = 0;
 };
 
 TEST_F(FlashSegmentsCutTest, OnlySectorsOfTheImageAreReadAndErased) {
@@ -64,25 +35,11 @@ TEST_F(FlashSegmentsCutTest, OnlySectorsOfTheImageAreReadAndErased) {
 }
 
 TEST_F(FlashSegmentsCutTest, CutAtEachTransferIsMendedByASecondRun) {
-  for (std::uint64_t transfer = 1; transfer <= transfers_; transfer += 2) {
-    flash() = before_;
-    FailFrom(transfer);
-    EXPECT_EQ(Run(command_).code, ExitCode::kDevice) << transfer;
-    ExpectSecondRunFinishes(std::to_string(transfer));
-  }
+  ExpectEveryCutIsMended(ExitCode::kDevice, 2);
 }
 
 TEST_F(FlashSegmentsCutTest, SecondRunThatIsCutTooIsMendedByAThird) {
-  for (std::uint64_t first = 300; first <= transfers_; first += 53) {
-    for (std::uint64_t second = 300; second <= transfers_; second += 59) {
-      flash() = before_;
-      FailFrom(first);
-      EXPECT_EQ(Run(command_).code, ExitCode::kDevice);
-      FailFrom(second);
-      Run(command_);
-      ExpectSecondRunFinishes(std::to_string(first) + " and " + std::to_string(second));
-    }
-  }
+  ExpectTwoCutsAreMended(300, 53, 59);
 }
 
 TEST_F(FlashSegmentsCutTest, FirstBackupStaysAndLeadsBack) {
@@ -138,15 +95,7 @@ TEST_F(FlashSegmentsCutTest, WayBackNamesTheFormatOfTheBackup) {
 
 TEST_F(FlashSegmentsCutTest, RestoringAfterAnyTransferGivesTheOldBytesBack) {
   command_.backup = true;
-  command_.restore_on_failure = true;
-  for (std::uint64_t transfer = 1; transfer <= transfers_; transfer += 5) {
-    flash() = before_;
-    FailAt(transfer);
-    EXPECT_EQ(Run(command_).code, ExitCode::kDevice) << transfer;
-    EXPECT_TRUE(flash() == before_) << transfer;
-    EXPECT_FALSE(HasJournal()) << transfer;
-    Heal();
-  }
+  ExpectEveryFailureIsRestored(5);
 }
 
 // Only versions that support gaps can read a journal of a change with gaps.

@@ -20,7 +20,7 @@ class ZshCompletionTest : public testing::Test {
       GTEST_SKIP() << "zsh is not installed";
     }
     shell_.Write("script", ZshCompletion(DescribeTool()));
-    shell_.WriteProgram();
+    shell_.WriteProgram("echo \"$*\"");
   }
 
   // The words that zsh offers for the last word. compadd filters them, unless it is called with -U.

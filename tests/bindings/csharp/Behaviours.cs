@@ -9,7 +9,7 @@ using System.Threading;
 using System.Threading.Tasks;
 using BorvanUsb;
 
-// What the table of cases does not cover, on the cameras that csharp_test.py plugs in.
+// What the table of cases does not cover, on the cameras that promises.py plugs in.
 internal static class Behaviours
 {
     private const int Good = 0;

@@ -1,7 +1,8 @@
 'use strict';
 
-// What the table of cases does not cover, on the cameras that node_test.py plugs in. Prints a line for
-// each check; fails when one does. Usage: node behaviours.js STATUS_TEXTS.json
+// What the table of cases does not cover, on the cameras that promises.py plugs in. Prints a line for
+// each check; fails when one does. Usage: node behaviours.js STATUS_TEXTS
+// Each line of STATUS_TEXTS: a code, a tab, the text.
 
 const assert = require('node:assert/strict');
 const fs = require('node:fs');
@@ -37,7 +38,7 @@ const kChecks = {
   },
 
   'status codes have the texts of the header': () => {
-    const texts = Object.entries(JSON.parse(fs.readFileSync(process.argv[2], 'utf8')));
+    const texts = fs.readFileSync(process.argv[2], 'utf8').trimEnd().split(/\r?\n/).map((line) => line.split('\t'));
     assert(texts.length > 30);
     texts.forEach(([status, text]) => assert.equal(statusText(Number(status)), text, status));
     assert.equal(statusText(0x80001234), "error code of the system or of the camera's driver");

@@ -6,7 +6,6 @@
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
-#include <fstream>
 #include <sstream>
 #include <string>
 #include <utility>
@@ -22,17 +21,16 @@ class ShellScript {
   ShellScript(std::string shell, std::string option)
       : shell_(std::move(shell)), option_(std::move(option)) {}
 
+  // Not every machine has the shell.
   bool IsThere() const {
     return std::system(("command -v " + shell_ + " >/dev/null 2>&1").c_str()) == 0;
   }
   void Write(const std::string& file, const std::string& text) const { folder_.Write(file, text); }
   std::string Read(const std::string& file) const { return folder_.Read(file); }
 
-  // Writes a fake program borvanusb that prints its arguments, or the file `answer`.
-  void WriteProgram() const {
-    const std::string file = folder_.Write("borvanusb",
-                                           "#!/bin/sh\necho \"$*\" > asked\nif [ -e answer ]; then "
-                                           "cat answer; else echo \"$*\"; fi\n");
+  // Writes a fake program borvanusb, a script for sh.
+  void WriteProgram(const std::string& script) const {
+    const std::string file = folder_.Write("borvanusb", "#!/bin/sh\n" + script + "\n");
     std::filesystem::permissions(file, std::filesystem::perms::owner_all);
   }
 

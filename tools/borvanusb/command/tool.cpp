@@ -163,7 +163,7 @@ OptionDefaults DefaultsFor(const CommonArguments& common, Host& host, const Tool
       return defaults;
     }
     if (host.StopRequested() || host.Clock() - begin >= common.wait) {
-      throw *defaults.failure;
+      throw Failure(*defaults.failure);
     }
     if (!told) {
       told = true;

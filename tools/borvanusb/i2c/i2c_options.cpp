@@ -32,6 +32,7 @@ void CheckI2cAddress(const std::string& name, std::uint32_t address, const I2cOp
 
 std::vector<std::string> WidthModeNames() {
   std::vector<std::string> names;
+  names.reserve(kWidthModes.size());
   for (const WidthMode& mode : kWidthModes) {
     names.emplace_back(mode.name);
   }

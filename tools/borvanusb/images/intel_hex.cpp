@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <string_view>
+#include <utility>
 
 #include "base/format.h"
 #include "images/record_lines.h"
@@ -11,7 +12,8 @@ namespace borvanusb {
 
 namespace {
 
-constexpr std::size_t kBesideData = 5;  // length, address, type, checksum
+// Length, address, type and checksum stand beside the data.
+constexpr RecordRule kRule{5, 0};
 constexpr std::size_t kDataStart = 4;
 constexpr std::uint64_t kBank = 0x10000;  // range of a 16-bit address
 constexpr unsigned kBankBits = 16;
@@ -37,17 +39,7 @@ struct HexRecord {
 };
 
 HexRecord RecordOf(const FilePlace& place, std::span<const std::uint8_t> bytes) {
-  if (bytes.size() < kBesideData || bytes.size() != kBesideData + bytes[0]) {
-    throw ImageError(bytes.empty()
-                         ? Format("{}: the record is empty", place.Text())
-                         : Format("{}: the record has {} bytes; its length {} means {}",
-                                  place.Text(), bytes.size(), bytes[0], kBesideData + bytes[0]));
-  }
-  if (const std::uint8_t sum = RecordSum(bytes); sum != 0) {
-    const std::uint8_t found = bytes.back();
-    throw ImageError(Format("{}: the checksum is {}, but the record makes {}", place.Text(),
-                            Hex(found, 2), Hex(static_cast<std::uint8_t>(found - sum), 2)));
-  }
+  CheckRecord(kRule, place, bytes);
   const HexRecord record{bytes[3], HighFirst(bytes.subspan(1, 2)),
                          bytes.subspan(kDataStart, bytes[0])};
   if (record.type >= kLengths.size()) {
@@ -136,12 +128,11 @@ class HexReader {
 
 std::string RecordText(std::uint8_t type, std::uint32_t address,
                        std::span<const std::uint8_t> data) {
-  std::vector<std::uint8_t> bytes = {static_cast<std::uint8_t>(data.size()),
-                                     static_cast<std::uint8_t>(address >> 8U),
-                                     static_cast<std::uint8_t>(address), type};
+  std::vector<std::uint8_t> bytes = {static_cast<std::uint8_t>(data.size())};
+  AppendHighFirst(bytes, address, 2);
+  bytes.push_back(type);
   bytes.insert(bytes.end(), data.begin(), data.end());
-  bytes.push_back(static_cast<std::uint8_t>(0U - RecordSum(bytes)));
-  return Format(":{}\r\n", RecordDigits(bytes));
+  return RecordLine(kRule, ":", std::move(bytes));
 }
 
 }  // namespace
@@ -162,8 +153,8 @@ std::string IntelHexText(const Segments& segments) {
       const auto address = static_cast<std::uint32_t>(segment.address + done);
       if (address >> kBankBits != bank) {
         bank = address >> kBankBits;
-        const std::array<std::uint8_t, 2> high = {static_cast<std::uint8_t>(bank >> 8U),
-                                                  static_cast<std::uint8_t>(bank)};
+        std::vector<std::uint8_t> high;
+        AppendHighFirst(high, bank, 2);
         text += RecordText(kLinearBase, 0, high);
       }
       const std::uint64_t in_bank = kBank - address % kBank;

@@ -26,6 +26,18 @@ unsigned DigitValue(const FilePlace& place, char character) {
   return static_cast<unsigned>(small - 'a') + 10U;
 }
 
+std::uint8_t SumOf(std::span<const std::uint8_t> bytes) {
+  return static_cast<std::uint8_t>(std::accumulate(bytes.begin(), bytes.end(), 0U));
+}
+
+std::string Digits(std::span<const std::uint8_t> bytes) {
+  std::string digits = HexBytes(bytes);
+  for (char& digit : digits) {
+    digit = digit >= 'a' ? static_cast<char>(digit - 'a' + 'A') : digit;
+  }
+  return digits;
+}
+
 }  // namespace
 
 void ForEachRecord(std::span<const std::uint8_t> file,
@@ -62,16 +74,28 @@ std::vector<std::uint8_t> RecordBytes(const FilePlace& place, std::string_view d
   return bytes;
 }
 
-std::uint8_t RecordSum(std::span<const std::uint8_t> bytes) {
-  return static_cast<std::uint8_t>(std::accumulate(bytes.begin(), bytes.end(), 0U));
+void CheckRecord(const RecordRule& rule, const FilePlace& place,
+                 std::span<const std::uint8_t> bytes) {
+  if (bytes.empty()) {
+    throw ImageError(Format("{}: the record is empty", place.Text()));
+  }
+  const std::size_t size = rule.uncounted + bytes[0];
+  if (bytes.size() != size) {
+    throw ImageError(Format("{}: the record has {} bytes; its length {} means {}", place.Text(),
+                            bytes.size(), bytes[0], size));
+  }
+  const std::uint8_t found = bytes.back();
+  const auto made = static_cast<std::uint8_t>(rule.whole_sum - SumOf(bytes.first(size - 1)));
+  if (found != made) {
+    throw ImageError(Format("{}: the checksum is {}, but the record makes {}", place.Text(),
+                            Hex(found, 2), Hex(made, 2)));
+  }
 }
 
-std::string RecordDigits(std::span<const std::uint8_t> bytes) {
-  std::string digits = HexBytes(bytes);
-  for (char& digit : digits) {
-    digit = digit >= 'a' ? static_cast<char>(digit - 'a' + 'A') : digit;
-  }
-  return digits;
+std::string RecordLine(const RecordRule& rule, std::string_view begin,
+                       std::vector<std::uint8_t> bytes) {
+  bytes.push_back(static_cast<std::uint8_t>(rule.whole_sum - SumOf(bytes)));
+  return Format("{}{}\r\n", begin, Digits(bytes));
 }
 
 std::uint32_t HighFirst(std::span<const std::uint8_t> bytes) {
@@ -80,6 +104,12 @@ std::uint32_t HighFirst(std::span<const std::uint8_t> bytes) {
     number = number << 8U | byte;
   }
   return number;
+}
+
+void AppendHighFirst(std::vector<std::uint8_t>& bytes, std::uint32_t number, std::size_t size) {
+  for (std::size_t i = size; i > 0; --i) {
+    bytes.push_back(static_cast<std::uint8_t>(number >> 8U * (i - 1)));
+  }
 }
 
 }  // namespace borvanusb

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <functional>
 #include <span>
@@ -21,13 +22,24 @@ void ForEachRecord(std::span<const std::uint8_t> file,
 // Converts hexadecimal digits, upper or lower case, to bytes. Throws ImageError that names `place`.
 std::vector<std::uint8_t> RecordBytes(const FilePlace& place, std::string_view digits);
 
-// The sum of all bytes, modulo 256.
-std::uint8_t RecordSum(std::span<const std::uint8_t> bytes);
+// How to check the records of a format.
+struct RecordRule {
+  std::size_t uncounted;   // bytes that the length in the first byte of a record does not count
+  std::uint8_t whole_sum;  // sum of all bytes of a record, modulo 256
+};
 
-// Converts bytes to two upper-case digits each.
-std::string RecordDigits(std::span<const std::uint8_t> bytes);
+// Throws ImageError if the length or the checksum of a record is wrong.
+void CheckRecord(const RecordRule& rule, const FilePlace& place,
+                 std::span<const std::uint8_t> bytes);
+
+// Returns the line of a record: `begin`, then the bytes and their checksum as upper-case digits.
+std::string RecordLine(const RecordRule& rule, std::string_view begin,
+                       std::vector<std::uint8_t> bytes);
 
 // Combines bytes to one number, most significant byte first.
 std::uint32_t HighFirst(std::span<const std::uint8_t> bytes);
+
+// Appends the low `size` bytes of a number, the highest one first.
+void AppendHighFirst(std::vector<std::uint8_t>& bytes, std::uint32_t number, std::size_t size);
 
 }  // namespace borvanusb

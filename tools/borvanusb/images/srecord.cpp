@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <string_view>
+#include <utility>
 
 #include "base/format.h"
 #include "images/record_lines.h"
@@ -11,7 +12,8 @@ namespace borvanusb {
 
 namespace {
 
-constexpr std::uint8_t kWholeSum = 0xFF;
+// The length stands beside what it counts.
+constexpr RecordRule kRule{1, 0xFF};
 constexpr std::size_t kBytesPerRecord = 16;
 constexpr std::uint64_t kHighestShortCount = 0xFFFF;   // of an S5 record
 constexpr std::uint64_t kHighestLongCount = 0xFFFFFF;  // of an S6 record
@@ -36,17 +38,7 @@ int TypeOf(const FilePlace& place, std::string_view line) {
 
 SRecord RecordOf(const FilePlace& place, int type, std::span<const std::uint8_t> bytes) {
   const std::size_t address = kAddressBytes.at(static_cast<std::size_t>(type));
-  if (bytes.empty() || bytes.size() != std::size_t{1} + bytes[0]) {
-    throw ImageError(bytes.empty() ? Format("{}: the record is empty", place.Text())
-                                   : Format("{}: the record has {} bytes; its length {} means {}",
-                                            place.Text(), bytes.size(), bytes[0], 1 + bytes[0]));
-  }
-  if (const std::uint8_t sum = RecordSum(bytes); sum != kWholeSum) {
-    const std::uint8_t found = bytes.back();
-    throw ImageError(Format("{}: the checksum is {}, but the record makes {}", place.Text(),
-                            Hex(found, 2),
-                            Hex(static_cast<std::uint8_t>(kWholeSum - (sum - found)), 2)));
-  }
+  CheckRecord(kRule, place, bytes);
   const std::size_t shortest = 1 + address + 1;
   const bool takes_data = type <= 3;
   if (bytes.size() < shortest || (!takes_data && bytes.size() != shortest)) {
@@ -121,12 +113,9 @@ class SRecordReader {
 std::string RecordText(int type, std::uint32_t address, std::span<const std::uint8_t> data) {
   const std::size_t width = kAddressBytes.at(static_cast<std::size_t>(type));
   std::vector<std::uint8_t> bytes = {static_cast<std::uint8_t>(width + data.size() + 1)};
-  for (std::size_t i = width; i > 0; --i) {
-    bytes.push_back(static_cast<std::uint8_t>(address >> 8U * (i - 1)));
-  }
+  AppendHighFirst(bytes, address, width);
   bytes.insert(bytes.end(), data.begin(), data.end());
-  bytes.push_back(static_cast<std::uint8_t>(kWholeSum - RecordSum(bytes)));
-  return Format("S{}{}\r\n", type, RecordDigits(bytes));
+  return RecordLine(kRule, Format("S{}", type), std::move(bytes));
 }
 
 // The type of the data records: 1, 2 or 3.

@@ -86,11 +86,7 @@ void Connection::ReadHead() {
 
 void Connection::OnHead(Error error) {
   if (error) {
-    if (IsMalformed(error)) {
-      Respond(ProblemResponse(error), false);
-    } else {
-      Close();
-    }
+    OnReadFailed(error);
     return;
   }
   request_ = HeadOf(*parser_);
@@ -107,15 +103,21 @@ void Connection::OnHead(Error error) {
 
 void Connection::OnBody(Error error) {
   if (error) {
-    if (IsMalformed(error)) {
-      Respond(ProblemResponse(error), false);
-    } else {
-      Close();
-    }
+    OnReadFailed(error);
     return;
   }
   request_.body = std::move(parser_->get().body());
   Handle();
+}
+
+// A malformed request is answered. Without a browser, or with one that is too slow, the connection
+// ends.
+void Connection::OnReadFailed(Error error) {
+  if (IsMalformed(error)) {
+    Respond(ProblemResponse(error), false);
+  } else {
+    Close();
+  }
 }
 
 void Connection::Handle() {

@@ -59,6 +59,7 @@ class Connection : public std::enable_shared_from_this<Connection> {
   void ReadHead();
   void OnHead(Error error);
   void OnBody(Error error);
+  void OnReadFailed(Error error);
   void Handle();
   void Respond(HttpResponse response, bool keep);
   void BeginStream();

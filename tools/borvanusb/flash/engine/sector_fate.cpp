@@ -12,9 +12,10 @@ constexpr std::uint8_t kErased = 0xFF;
 constexpr std::size_t kPage = 256;
 constexpr std::size_t kWritePacket = 60;
 
-bool HasBitsOf(Bytes found, Bytes target) {
+// Each bit that is set in `fewer` is set in `bytes`.
+bool HasBitsOf(Bytes bytes, Bytes fewer) {
   return std::ranges::equal(
-      found, target, [](std::uint8_t now, std::uint8_t then) { return (now & then) == then; });
+      bytes, fewer, [](std::uint8_t byte, std::uint8_t bits) { return (byte & bits) == bits; });
 }
 
 bool Holds(const std::vector<std::string>& digests, const std::string& digest) {
