@@ -17,11 +17,7 @@ CHECKS = [
     # Low priority, so that tests that measure time are not disturbed. Only the library, because linting
     # everything takes as long as all other tests together.
     ("lint", ["nice", "-n", "19", "scripts/lint.sh", "--library"], 1800),
-<<<<<<< HEAD
     # One edit of ten rooms each, on the programs of the sanitized build.
-=======
-    # One edit for each room, tested with the programs of the sanitized build.
->>>>>>> 8fd15bf197c1996dc8779df40fb6d0e90158a8a1
     ("mutants", ["scripts/mutate.sh", "--brief", "--preset", "native-sanitized"], 1800),
 ]
 # The shortest form of the long tests, to check that they still run. They share a Wine prefix.

@@ -51,14 +51,10 @@ LIKELY = {
                             "tool_workbench_server_test"],
     "virtual_camera/core": ["virtual_camera_core_test"],
 }
-<<<<<<< HEAD
 # One edit of each of these is the brief form: their programs run in seconds.
 BRIEF = {"src/device", "src/jobs", "src/protocol", "borvanusb/i2c", "borvanusb/maps",
          "borvanusb/names", "borvanusb/output", "borvanusb/profile", "borvanusb/registers",
          "borvanusb/workbench"}
-=======
-BRIEF = 1  # edits for each room
->>>>>>> 8fd15bf197c1996dc8779df40fb6d0e90158a8a1
 
 Candidate = collections.namedtuple("Candidate", "room path line mutant was now below above id")
 
@@ -280,13 +276,8 @@ def main():
     trial = Trial(build, programs, folder + state_of("src", "tools", "virtual_camera", "tests"),
                   options.brief)
     if options.brief:
-<<<<<<< HEAD
         # One edit of each room is in front of the list.
         options.count = len({edit.room for edit in edits})
-=======
-        # The list starts with the same number of edits for each room.
-        options.count = BRIEF * len({edit.room for edit in edits})
->>>>>>> 8fd15bf197c1996dc8779df40fb6d0e90158a8a1
     edits = tried(edits, options.count, trial, record, options.jobs)
     if not options.brief:
         tried_slowly(edits, trial, record, equivalents, options.jobs)

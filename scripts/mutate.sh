@@ -14,15 +14,9 @@
 #   --jobs N    number of edits to try in parallel (number of processors)
 #   --headers   also edits headers
 #   --fresh     ignores the results of earlier runs
-<<<<<<< HEAD
 #   --brief     one edit of some rooms each, with the programs that test them and without slow tests;
 #               fails if more than a quarter survives
-#   --preset P  with this native build's programs (native-quick)
-=======
-#   --brief     one edit of each room, with the programs that test it and without slow tests; fails if
-#               more than a quarter survives
 #   --preset P  uses the programs of this native build (native-quick)
->>>>>>> 8fd15bf197c1996dc8779df40fb6d0e90158a8a1
 #   FILE…       only these files, headers included
 set -euo pipefail
 cd "$(dirname "$0")/.."

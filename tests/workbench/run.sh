@@ -30,8 +30,7 @@ esac
 if [ $# -eq 0 ]; then
   set -- "$here"/*.test.mjs
 fi
-<<<<<<< HEAD
-# One browser at a time: two would take each other's time.
+# Only one browser at a time, because several would slow each other down.
 run=(node --test --test-concurrency=1 "$@")
 if [ -z "$program" ]; then
   exec "${run[@]}"
@@ -52,7 +51,3 @@ export WORKBENCH_JOURNALS=$WORKBENCH_STATION/journals
 export BORVANUSB_JOURNALS=$folder\\journals
 export BORVANUSB_WORKBENCH=$folder\\runs
 "$root/scripts/with_cameras.sh" --config "$WORKBENCH_STATION/cameras.json" "${run[@]}"
-=======
-# Only one browser at a time, because several would slow each other down.
-exec node --test --test-concurrency=1 "$@"
->>>>>>> 8fd15bf197c1996dc8779df40fb6d0e90158a8a1

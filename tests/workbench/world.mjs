@@ -23,11 +23,7 @@ const station = process.env.WORKBENCH_STATION;
 export const isSimulated = !programs;
 const wine = path.resolve(here, "../../scripts/run_with_wine.sh");
 
-<<<<<<< HEAD
 // The cameras and registers that the tests use.
-=======
-// The names of the simulated server's cameras. Those of samples/profiles have the same roles.
->>>>>>> 8fd15bf197c1996dc8779df40fb6d0e90158a8a1
 export const names = {
   camera: "Front camera", other: "Rear camera", withoutProfile: "Bench camera",
   exposure: "EXPOSURE.EXPOSURE", exposureReset: "0x000200", measured: "EXPOSURE.MEAN",
@@ -107,7 +103,6 @@ export async function chooseCamera(page, name) {
   await choice.selectOption(await choice.locator("option").filter({ hasText: name }).first().getAttribute("value"));
 }
 
-<<<<<<< HEAD
 function run(program, ...words) {
   return execFileSync(wine, [path.join(programs, program), ...words], { encoding: "utf8" });
 }
@@ -134,10 +129,7 @@ const onVirtualCameras = {
   pace: () => {},
 };
 
-// Does something to the cameras themselves; what the simulated ones know of themselves comes back.
-=======
 // Changes the cameras themselves. Returns the state of the simulated ones.
->>>>>>> 8fd15bf197c1996dc8779df40fb6d0e90158a8a1
 export async function control(page, action, body = {}) {
   if (!isSimulated) return onVirtualCameras[action](body);
   return page.evaluate(async ([name, text]) => (await fetch(`/test/${name}`, { method: "POST", body: text })).json(),

@@ -24,21 +24,16 @@ struct RegisterSetting {
   std::string Name() const;
 };
 
-<<<<<<< HEAD
 // The two words of a setting: "SENSOR.CTRL.GAIN" and "0x10" of "SENSOR.CTRL.GAIN = 0x10". Throws
-// Failure kUsage for a text that is no setting.
+// Failure kUsage if the text is not a setting.
 struct SettingWords {
   std::string of;
   std::string value;
 };
 SettingWords SplitSetting(const std::string& text);
 
-// "SENSOR.CTRL.GAIN=0x10", "0x1a3=0x20". Throws Failure kUsage for what can't be written, with what
-// is allowed. `names` may be null when the word is a number.
-=======
 // Parses "SENSOR.CTRL.GAIN=0x10" or "0x1a3=0x20". Throws Failure kUsage, with the allowed values,
 // if it can't be written. `names` may be null if the word is a number.
->>>>>>> 8fd15bf197c1996dc8779df40fb6d0e90158a8a1
 RegisterSetting ParseSetting(const std::string& text, const RegisterNames* names,
                              const NumberMeaning& numbers);
 RegisterSetting MakeSetting(const std::string& word, const std::string& value,

@@ -15,19 +15,7 @@ namespace {
 constexpr std::string_view kRemark = "//";
 constexpr std::size_t kLongestQuote = 40;
 
-<<<<<<< HEAD
-// Lists are 8-bit text of any code page, or no text at all: only what every terminal shows.
-=======
-std::string_view Trim(std::string_view text) {
-  const std::size_t first = text.find_first_not_of(kBlanks);
-  if (first == std::string_view::npos) {
-    return {};
-  }
-  return text.substr(first, text.find_last_not_of(kBlanks) - first + 1);
-}
-
 // Lists are 8-bit text in any code page, or no text at all. Shows only printable ASCII.
->>>>>>> 8fd15bf197c1996dc8779df40fb6d0e90158a8a1
 std::string Quoted(std::string_view text) {
   std::string quoted = "\"";
   for (const char character : text.substr(0, kLongestQuote)) {

@@ -22,20 +22,7 @@ namespace {
 
 using Json = nlohmann::ordered_json;
 
-<<<<<<< HEAD
-// A line as it is shown: its words stand between blanks.
-=======
-std::string Trim(std::string_view text) {
-  constexpr std::string_view kBlanks = " \t\r\n";
-  const std::size_t first = text.find_first_not_of(kBlanks);
-  if (first == std::string_view::npos) {
-    return {};
-  }
-  return std::string(text.substr(first, text.find_last_not_of(kBlanks) - first + 1));
-}
-
 // Formats a line for output: words are separated by single blanks.
->>>>>>> 8fd15bf197c1996dc8779df40fb6d0e90158a8a1
 std::string InOneRow(std::string text) {
   std::replace(text.begin(), text.end(), '\t', ' ');
   return text;
