@@ -1,10 +1,11 @@
 #!/usr/bin/env bash
 # Builds the page, fetches what the browser tests need, and runs them.
-# Usage: run.sh [--model | --program] [TEST.mjs…]
+# Usage: run.sh [--model | --program | --bench] [TEST.mjs…]
 #   --model     only the unit tests of the page's model, without a browser
 #   --program   against borvanusb.exe under Wine, on virtual cameras that are like the simulated ones.
 #               BORVAN_BIN names the folder of the products, if not build/windows/bin; WINEPREFIX the
 #               prefix, if not build/wine-workbench
+#   --bench     measures bench/workbench_speed.mjs in the same surroundings
 # Without names all tests run.
 set -euo pipefail
 here=$(cd "$(dirname "$0")" && pwd)
@@ -14,7 +15,7 @@ page=$root/tools/borvanusb/workbench/page
 program=
 case "${1:-}" in
   -h | --help)
-    sed -n '2,9s/^# \{0,1\}//p' "$0"
+    sed -n '2,10s/^# \{0,1\}//p' "$0"
     exit 0
     ;;
   --model)
@@ -24,6 +25,9 @@ case "${1:-}" in
     program=yes
     shift
     ;;
+  --bench)
+    program=bench
+    ;;
 esac
 "$page/build.sh" --test
 "$root/scripts/fetch_npm.py" "$page/package-lock.json" "$root/build/workbench-page" playwright-core axe-core
@@ -32,6 +36,9 @@ if [ $# -eq 0 ]; then
 fi
 # Only one browser at a time, because several would slow each other down.
 run=(node --test --test-concurrency=1 "$@")
+if [ "$program" = bench ]; then
+  run=(node "$root/bench/workbench_speed.mjs")
+fi
 if [ -z "$program" ]; then
   exec "${run[@]}"
 fi

@@ -37,7 +37,8 @@ let browser = null;
 let address = "";
 let cookies = null; // the token works once
 
-export async function open(options = []) {
+// Returns the address with its token.
+export async function startServer(options = []) {
   server = isSimulated
     ? spawn(process.execPath, [path.join(here, "mock_server.mjs"), ...options], { stdio: ["ignore", "pipe", "inherit"] })
     : spawn(wine, [path.join(programs, "borvanusb.exe"), "workbench", "--no-browser", "--stay", ...options],
@@ -47,18 +48,38 @@ export async function open(options = []) {
     server.stdout.once("data", (data) => resolve(String(data).trim()));
     server.once("exit", () => reject(new Error("the server ended")));
   });
+  return address;
+}
+
+export async function stopServer() {
+  // The program removes its folder and ends its workers.
+  const ended = new Promise((resolve) => { server.once("exit", resolve); });
+  server.kill("SIGINT");
+  await ended;
+}
+
+export async function startBrowser() {
   browser = await chromium.launch({
     executablePath: process.env.WORKBENCH_BROWSER ?? "/usr/bin/chromium",
     args: ["--no-sandbox", "--use-fake-device-for-media-stream", "--use-fake-ui-for-media-stream"],
   });
 }
 
+export async function open(options = []) {
+  await startServer(options);
+  await startBrowser();
+}
+
+export const stopBrowser = () => browser?.close();
+
 export async function close() {
-  await browser?.close();
-  // The program removes its folder and ends its workers.
-  const ended = new Promise((resolve) => { server.once("exit", resolve); });
-  server.kill("SIGINT");
-  await ended;
+  await stopBrowser();
+  await stopServer();
+}
+
+// A window of the browser without a page in it.
+export async function blankPage() {
+  return (await browser.newContext()).newPage();
 }
 
 // Opens a page that fails the test if the browser reports an error: a script error, a blocked
@@ -103,7 +124,7 @@ export async function chooseCamera(page, name) {
   await choice.selectOption(await choice.locator("option").filter({ hasText: name }).first().getAttribute("value"));
 }
 
-function run(program, ...words) {
+export function run(program, ...words) {
   return execFileSync(wine, [path.join(programs, program), ...words], { encoding: "utf8" });
 }
 
