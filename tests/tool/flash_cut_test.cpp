@@ -1,5 +1,5 @@
-// Power, cable or process may go at any transfer: a plain second run must finish the work, and the
-// bytes beside the image must be those from before.
+// An interruption at any transfer: a simple second run must finish the work, and the bytes beside
+// the image must be unchanged.
 #include "flash_cut_support.h"
 
 namespace borvanusb::tool_test {

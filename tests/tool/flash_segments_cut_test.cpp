@@ -1,5 +1,5 @@
-// An image with gaps, cut off at any transfer: a plain second run must finish the work, and the
-// bytes in the gaps and beside the image must be those from before.
+// An image with gaps, interrupted at any transfer: a simple second run must finish the work, and
+// the bytes in the gaps and beside the image must be unchanged.
 #include <algorithm>
 #include <utility>
 
@@ -14,8 +14,8 @@ namespace {
 class FlashSegmentsCutTest : public FlashCutFixture {
  protected:
   FlashSegmentsCutTest() {
-    // Two pieces in the sector 0x1000, one of them on into 0x2000; two in 0x5000; one that fills
-    // 0x9000 and a part of 0xa000. The sectors between are not touched.
+    // Two pieces in the sector 0x1000, one of which continues into 0x2000; two in 0x5000; one that
+    // fills 0x9000 and a part of 0xa000. The sectors between are not changed.
     Segments segments;
     for (const auto& [address, size] : std::vector<std::pair<std::uint32_t, std::size_t>>{
              {0x1100, 0x80}, {0x1F00, 0x200}, {0x5000, 0x100}, {0x5F00, 0x100}, {0x9000, 0x1123}}) {

@@ -15,26 +15,25 @@
 
 namespace borvanusb::tool_test {
 
-// Programs for a shell, in the folder of one test.
+// Runs scripts in a shell, which may not be installed, in the folder of one test.
 class ShellScript {
  public:
   ShellScript(std::string shell, std::string option)
       : shell_(std::move(shell)), option_(std::move(option)) {}
 
-  // Not every machine has the shell.
   bool IsThere() const {
     return std::system(("command -v " + shell_ + " >/dev/null 2>&1").c_str()) == 0;
   }
   void Write(const std::string& file, const std::string& text) const { folder_.Write(file, text); }
   std::string Read(const std::string& file) const { return folder_.Read(file); }
 
-  // The program borvanusb, which sh runs.
+  // Writes a fake program borvanusb, a script for sh.
   void WriteProgram(const std::string& script) const {
     const std::string file = folder_.Write("borvanusb", "#!/bin/sh\n" + script + "\n");
     std::filesystem::permissions(file, std::filesystem::perms::owner_all);
   }
 
-  // Runs a program in the folder; its lines.
+  // Runs a script in the folder. Returns its output lines.
   std::vector<std::string> Run(const std::string& program) const {
     folder_.Write("program", program + "\n");
     const std::string command =
