@@ -9,13 +9,11 @@
 namespace borvanusb::tool_test {
 namespace {
 
-constexpr std::size_t kMebi = std::size_t{1} << 20U;
-
 // A flash of 1 MiB that tells its size: its first 64 KiB hold firmware.
 class FlashEndTest : public FlashTest {
  protected:
   FlashEndTest() {
-    flash() = Overlaid(Bytes(kMebi, 0xFF), 0, Pattern(200 * 1024, 1));
+    flash() = Overlaid(Bytes(kMebi, 0xFF), 0, Pattern(200 * kKibi, 1));
     before_ = flash();
   }
 

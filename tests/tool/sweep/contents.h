@@ -7,7 +7,7 @@
 
 namespace borvanusb::sweep {
 
-constexpr std::size_t kFlashSize = 64 * 1024;
+constexpr std::size_t kFlashSize = 0x10000;
 
 // Bytes by chance, the same each time.
 Bytes RandomBytes(std::size_t size, std::uint32_t seed);
