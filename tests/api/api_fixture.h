@@ -30,6 +30,8 @@ class ApiTest : public testing::Test {
   // Waits until the instance's job has ended; false when it does not.
   static bool JobEnded();
 
+ public:
+  // What each test sets and reads.
   const std::shared_ptr<PlatformScript> script = std::make_shared<PlatformScript>();
   const std::shared_ptr<MemoryChip> chip = std::make_shared<MemoryChip>();
   std::function<void()> on_platform_made;  // called before an instance is made
@@ -114,6 +116,7 @@ class RecordedApiTest : public ApiTest {
  protected:
   RecordedApiTest() { borvan::GlobalInstance().Set(device); }
 
+ public:
   const std::shared_ptr<RecordingDevice> device = std::make_shared<RecordingDevice>(script);
 };
 

@@ -336,7 +336,7 @@ TEST_F(SweepTest, I2cReadAndWrite) {
 
 TEST_F(SweepTest, I2cLoadVerify) {
   FaultSweep sweep(*this);
-  constexpr std::uint32_t kCount = 20;
+  constexpr std::size_t kCount = 20;
   for (const NamedBytes& values : RegisterContents(3 * kCount)) {
     std::string list;
     std::vector<Expected> registers;

@@ -17,7 +17,7 @@ namespace {
 
 using Json = nlohmann::ordered_json;
 
-constexpr std::uint32_t kSector = 4096;
+constexpr std::size_t kSector = 4096;
 
 std::string Untrue(ExitCode code, ExitCode claimed, const std::string& what) {
   return code == claimed ? what : "";

@@ -163,7 +163,7 @@ TEST(NameAddressTest, ProgramAndVerifyAskForTheAddressThatTheNameCarries) {
     EXPECT_EQ(failure.Message(), "--address: is missing, but the name of \"" +
                                      std::string(kBackup) + "\" carries 0x20000");
     const std::string line =
-        "borvanusb flash " + command + " " + kBackup + " --camera \"my camera\"";
+        Format("borvanusb flash {} {} --camera \"my camera\"", command, kBackup);
     EXPECT_EQ(failure.Hint(), "If it belongs to 0x20000: " + line +
                                   " --address 0x20000\nIf it belongs to the beginning of the "
                                   "flash: " +

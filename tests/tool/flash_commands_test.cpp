@@ -14,7 +14,7 @@ namespace {
 class FlashCommandsTest : public FlashTest {
  protected:
   FlashCommandsTest() {
-    flash() = Pattern(64 * 1024, 1);
+    flash() = Pattern(64 * kKibi, 1);
     before_ = flash();
   }
 
@@ -108,7 +108,7 @@ TEST_F(FlashCommandsTest, WordBeyondTheLastAddressIsRefused) {
 }
 
 TEST_F(FlashCommandsTest, WordIsWrittenAndReadBack) {
-  flash() = Bytes(64 * 1024, 0xFF);
+  flash() = Bytes(64 * kKibi, 0xFF);
   const Outcome outcome = Run(FlashWordCommand{0x1000, 0x12345678, true, false, {}});
   EXPECT_EQ(outcome.code, ExitCode::kDone);
   EXPECT_EQ(output->out, "0x1000: 0x12345678, reads back as written\n");
@@ -204,9 +204,9 @@ TEST_F(FlashCommandsTest, WritingCommandsLeaveACameraInUseAlone) {
 // ---- map ----------------------------------------------------------------------------------------
 
 TEST_F(FlashCommandsTest, MapShowsEachSectorAsASign) {
-  flash() = Bytes(512 * 1024, 0xFF);
+  flash() = Bytes(512 * kKibi, 0xFF);
   flash() = Overlaid(flash(), 0, Pattern(0x1001, 1));
-  flash()[65 * 4096] = 0;
+  flash()[std::size_t{65} * 4096] = 0;
   FlashMapCommand command;
   command.flash_size = 66 * 4096;
   const Outcome outcome = Run(command);
@@ -229,7 +229,7 @@ TEST_F(FlashCommandsTest, MapFindsTheFlashsSize) {
 }
 
 TEST_F(FlashCommandsTest, MapOfABlankFlashAsksForItsSize) {
-  flash() = Bytes(64 * 1024, 0xFF);
+  flash() = Bytes(64 * kKibi, 0xFF);
   const Outcome outcome = Run(FlashMapCommand{});
   EXPECT_EQ(outcome.code, ExitCode::kUsage);
   EXPECT_EQ(outcome.message, "the flash's size is unknown: the first 64 KiB are blank");

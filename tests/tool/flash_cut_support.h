@@ -1,7 +1,7 @@
 #pragma once
 
-// What the tests of a programming that is cut off share: the work without a cut, cuts at each of
-// its transfers, and the runs that must finish it.
+// Shared by the tests of interrupted programming: the work without an interruption, interruptions
+// at its transfers, and the runs that must finish it.
 
 #include <algorithm>
 #include <cstdint>
@@ -18,7 +18,7 @@ namespace borvanusb::tool_test {
 
 class FlashCutFixture : public FlashTest {
  protected:
-  // Runs the work once without a cut: a file at an address, and what it holds.
+  // Runs the work once without an interruption. `segments` are the content of `file`.
   void Measure(const std::string& file, std::optional<std::uint32_t> address, Segments segments) {
     segments_ = std::move(segments);
     command_.image = file;
@@ -41,7 +41,7 @@ class FlashCutFixture : public FlashTest {
     return wanted;
   }
 
-  // Bytes that are not the image's are not those from before.
+  // Whether bytes beside the image are changed.
   bool IsHarmed() {
     Bytes beside = flash();
     for (const Segment& segment : segments_) {
@@ -59,12 +59,12 @@ class FlashCutFixture : public FlashTest {
     const Outcome outcome = Run(command_);
     EXPECT_EQ(outcome.code, ExitCode::kDone) << where << ": " << outcome.message;
     EXPECT_TRUE(flash() == Wanted()) << where;
-    // A journal whose bytes nobody missed may be another camera's: it stays.
+    // A journal whose bytes are not missing may belong to another camera, so it stays.
     EXPECT_FALSE(harmed && HasJournal() && leftovers == Leftovers::kNone) << where;
     std::filesystem::remove_all(host.journal_folder);
   }
 
-  // At each transfer, or at every `step`-th of them.
+  // Interrupts at each transfer, or at every `step`-th one.
   void ExpectEveryCutIsMended(ExitCode code, std::uint64_t step = 1) {
     for (std::uint64_t transfer = 1; transfer <= transfers_; transfer += step) {
       flash() = before_;
@@ -74,7 +74,7 @@ class FlashCutFixture : public FlashTest {
     }
   }
 
-  // Both runs are cut off: each at the transfer `start` and at transfers after it.
+  // Interrupts two runs: each at the transfer `start` and at every `step`-th one after it.
   void ExpectTwoCutsAreMended(std::uint64_t start, std::uint64_t step, std::uint64_t second_step) {
     for (std::uint64_t first = start; first <= transfers_; first += step) {
       for (std::uint64_t second = start; second <= transfers_; second += second_step) {
@@ -83,13 +83,14 @@ class FlashCutFixture : public FlashTest {
         EXPECT_EQ(Run(command_).code, ExitCode::kDevice);
         FailFrom(second);
         Run(command_);
-        // What the first cut left alone keeps its journal.
+        // Sectors that the first interruption did not affect keep their journal.
         ExpectSecondRunFinishes(std::to_string(first) + " and " + std::to_string(second),
                                 Leftovers::kAllowed);
       }
     }
   }
 
+  // Lets one transfer fail. The same run must restore the flash.
   void ExpectEveryFailureIsRestored(std::uint64_t step) {
     command_.restore_on_failure = true;
     for (std::uint64_t transfer = 1; transfer <= transfers_; transfer += step) {
@@ -102,7 +103,7 @@ class FlashCutFixture : public FlashTest {
     }
   }
 
-  const Bytes before_ = Pattern(64 * 1024, 1);
+  const Bytes before_ = Pattern(64 * kKibi, 1);
   Segments segments_;
   FlashProgramCommand command_;
   std::uint64_t transfers_ = 0;

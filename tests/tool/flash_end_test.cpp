@@ -9,13 +9,11 @@
 namespace borvanusb::tool_test {
 namespace {
 
-constexpr std::size_t kMebi = std::size_t{1} << 20U;
-
 // A flash of 1 MiB whose size can be detected, because its first 64 KiB contain firmware.
 class FlashEndTest : public FlashTest {
  protected:
   FlashEndTest() {
-    flash() = Overlaid(Bytes(kMebi, 0xFF), 0, Pattern(200 * 1024, 1));
+    flash() = Overlaid(Bytes(kMebi, 0xFF), 0, Pattern(200 * kKibi, 1));
     before_ = flash();
   }
 

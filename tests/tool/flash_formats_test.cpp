@@ -40,7 +40,7 @@ class FlashFormatsTest : public FlashTest {
     return outcome.message;
   }
 
-  const Bytes before_ = Pattern(64 * 1024, 1);
+  const Bytes before_ = Pattern(64 * kKibi, 1);
   FlashProgramCommand program_;
 };
 
@@ -111,7 +111,7 @@ TEST_F(FlashFormatsTest, BrokenFilesAreRefusedWithTheirLine) {
 
 TEST_F(FlashFormatsTest, ImageBeyondTheFlashIsRefused) {
   program_.image = WriteText("fw.hex", ":020000040001F9\n:010000000BF4\n:00000001FF\n");
-  program_.flash_size = 64 * 1024;
+  program_.flash_size = 64 * kKibi;
   EXPECT_EQ(Refused(program_).substr(0, program_.image.size() + 45),
             program_.image + " does not fit: it would end at 0x10000, beyon");
 }
@@ -235,7 +235,7 @@ TEST_F(FlashFormatsTest, FlashIsReadIntoEachFormatAndGoesBackFromIt) {
     const Outcome outcome = Run(FlashReadCommand{{0x0FF3, 0x2101}, File(name)});
     EXPECT_EQ(outcome.code, ExitCode::kDone) << outcome.message;
     EXPECT_EQ(BreachOfSchema("flash-read", outcome.result), "");
-    flash() = Bytes(64 * 1024, 0xFF);
+    flash() = Bytes(64 * kKibi, 0xFF);
     FlashProgramCommand back;
     back.image = File(name);
     back.backup = false;
@@ -243,7 +243,7 @@ TEST_F(FlashFormatsTest, FlashIsReadIntoEachFormatAndGoesBackFromIt) {
       back.address = 0x0FF3;
     }
     EXPECT_EQ(Run(back).code, ExitCode::kDone) << name;
-    EXPECT_EQ(flash(), Overlaid(Bytes(64 * 1024, 0xFF), 0x0FF3,
+    EXPECT_EQ(flash(), Overlaid(Bytes(64 * kKibi, 0xFF), 0x0FF3,
                                 Bytes(before_.begin() + 0x0FF3, before_.begin() + 0x2102)))
         << name;
     flash() = before_;

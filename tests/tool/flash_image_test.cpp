@@ -29,7 +29,7 @@ class FlashImageTest : public FlashTest {
 // ---- Files that are recognised, but not read ----------------------------------------------------
 
 TEST_F(FlashImageTest, FilesThatAreNotReadAreNeitherProgrammedNorCompared) {
-  flash() = Pattern(64 * 1024, 1);
+  flash() = Pattern(64 * kKibi, 1);
   const Bytes before = flash();
   Bytes uf2 = {'U', 'F', '2', '\n', 0x57, 0x51, 0x5D, 0x9E};
   uf2.resize(508, 0);
@@ -92,7 +92,7 @@ TEST_F(FlashImageTest, BlankImageIsComparedWithoutForce) {
 // ---- The file of --diff -------------------------------------------------------------------------
 
 TEST_F(FlashImageTest, DifferencesAreWrittenAsEver) {
-  flash() = Overlaid(Bytes(64 * 1024, 0xFF), 0, Bytes{0, 1, 2, 3, 0xAB});
+  flash() = Overlaid(Bytes(64 * kKibi, 0xFF), 0, Bytes{0, 1, 2, 3, 0xAB});
   const std::string image = WriteFile("image.bin", Bytes{0, 9, 2, 255, 0});
   EXPECT_EQ(Run(FlashVerifyCommand{image, 0, File("diff.json")}).code, ExitCode::kVerify);
   EXPECT_EQ(ReadText("diff.json"),

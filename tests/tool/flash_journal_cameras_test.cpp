@@ -32,7 +32,7 @@ TEST_F(FlashJournalTest, LaterCutOverALandmarkHidesNoCamera) {
 
 TEST_F(FlashJournalTest, BlankCameraAtTheSamePlaceIsNotGivenTheOthersBytes) {
   CutOffAfterErasing();
-  flash() = Bytes(64 * 1024, 0xFF);
+  flash() = Bytes(64 * kKibi, 0xFF);
   const Outcome outcome = Run(command_);
   EXPECT_EQ(outcome.code, ExitCode::kFile);
   EXPECT_NE(
@@ -44,10 +44,10 @@ TEST_F(FlashJournalTest, BlankCameraAtTheSamePlaceIsNotGivenTheOthersBytes) {
                 "add --journal none: the sector keeps the bytes it holds, and the journal stays"),
             std::string::npos)
       << outcome.hint;
-  EXPECT_EQ(flash(), Bytes(64 * 1024, 0xFF));
+  EXPECT_EQ(flash(), Bytes(64 * kKibi, 0xFF));
   command_.journal = "none";
   EXPECT_EQ(Run(command_).code, ExitCode::kDone);
-  EXPECT_EQ(flash(), Overlaid(Bytes(64 * 1024, 0xFF), kAddress, image_));
+  EXPECT_EQ(flash(), Overlaid(Bytes(64 * kKibi, 0xFF), kAddress, image_));
   EXPECT_TRUE(HasJournal());
   // The camera of the interrupted run is connected again.
   command_.journal.clear();
@@ -60,7 +60,7 @@ TEST_F(FlashJournalTest, BlankCameraAtTheSamePlaceIsNotGivenTheOthersBytes) {
 
 TEST_F(FlashJournalTest, OtherCameraAtTheSamePlaceKeepsItsBytesAndTheJournalStays) {
   CutOffAfterErasing();
-  flash() = Pattern(64 * 1024, 99);
+  flash() = Pattern(64 * kKibi, 99);
   const Bytes others = flash();
   EXPECT_EQ(Run(command_).code, ExitCode::kDone);
   EXPECT_EQ(flash(), Overlaid(others, kAddress, image_));
@@ -96,13 +96,13 @@ TEST_F(FlashJournalTest, SectorThatNoCutLeavesBehindIsAsked) {
 TEST_F(FlashJournalTest, TwoCamerasOfOneKindHaveJournalsOfTheirOwn) {
   auto second = std::make_shared<FakeChip>();
   second->identity.path = R"(\\?\usb#vid_1234&pid_0001#b)";
-  second->flash = Pattern(64 * 1024, 5);
+  second->flash = Pattern(64 * kKibi, 5);
   host.chips.push_back(second);
   common.cameras = {"0"};
   CutOffAfterErasing();
   common.cameras = {"1"};
   EXPECT_EQ(Run(command_).code, ExitCode::kDone);
-  EXPECT_EQ(second->flash, Overlaid(Pattern(64 * 1024, 5), kAddress, image_));
+  EXPECT_EQ(second->flash, Overlaid(Pattern(64 * kKibi, 5), kAddress, image_));
   EXPECT_EQ(Journals().size(), 1U);
   common.cameras = {"0"};
   EXPECT_EQ(Run(command_).code, ExitCode::kDone);
@@ -113,7 +113,7 @@ TEST_F(FlashJournalTest, TwoCamerasOfOneKindHaveJournalsOfTheirOwn) {
 TEST_F(FlashJournalTest, NoneForAnotherCamerasJournalLeavesItsOwnInForce) {
   CutOffAfterErasing();
   const Bytes cut_off = flash();
-  const Bytes others = Pattern(64 * 1024, 5);
+  const Bytes others = Pattern(64 * kKibi, 5);
   flash() = others;
   // More transfers than before, because the landmarks of the other camera are compared.
   FailFrom(kBefore + 9 + kSectorTransfers + 2);

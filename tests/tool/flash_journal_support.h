@@ -26,7 +26,7 @@ constexpr std::uint64_t kSectorTransfers = 1 + 68 + 4;
 class FlashJournalTest : public FlashTest {
  protected:
   FlashJournalTest() {
-    flash() = Pattern(64 * 1024, 1);
+    flash() = Pattern(64 * kKibi, 1);
     before_ = flash();
     image_ = Pattern(kSize, 2);
     std::filesystem::create_directories(File("a"));

@@ -36,7 +36,7 @@ TEST(ByteRangesTest, NeighbouringDifferencesAreOneRange) {
 }
 
 TEST(ByteRangesTest, OneByteMakesItsSectorDiffer) {
-  const Bytes left(4 * 4096, 0);
+  const Bytes left(std::size_t{4} * 4096, 0);
   Bytes right = left;
   right[4096] = 1;
   right[3 * 4096 - 1] = 1;
@@ -134,7 +134,7 @@ TEST(TransferCountTest, BlockOfOneSectorWritesItsLastBytesAsWords) {
   // each.
   EXPECT_EQ(BlockTransfers(Bytes(4096, 0x5A)), 2U + 1U + 68U + 8U);
   // 30 sectors are exactly 2048 packets.
-  EXPECT_EQ(BlockTransfers(Bytes(30 * 4096, 0x5A)), 2U + 30U + 2048U);
+  EXPECT_EQ(BlockTransfers(Bytes(std::size_t{30} * 4096, 0x5A)), 2U + 30U + 2048U);
 }
 
 TEST(TextDumpTest, LinesHoldEightBytesAndTheLastOneZerosForMissingOnes) {

@@ -85,9 +85,9 @@ TEST_F(FlashProgramTest, FailureWhileReadingSaysThatNothingWasChanged) {
 }
 
 TEST_F(FlashProgramTest, CtrlCStopsAfterTheBlock) {
-  flash() = Pattern(512 * 1024, 1);
+  flash() = Pattern(512 * kKibi, 1);
   before_ = flash();
-  UseImage(Pattern(200 * 1024, 2), 0x10100);
+  UseImage(Pattern(200 * kKibi, 2), 0x10100);
   command_.backup = false;
   chip().before_transfer = [this](std::uint64_t) {
     if (chip().programmed_packets == 10) {

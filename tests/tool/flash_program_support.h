@@ -17,7 +17,7 @@ constexpr unsigned kLandmarks = 9;          // words to recognise the camera
 class FlashProgramTest : public FlashTest {
  protected:
   FlashProgramTest() {
-    flash() = Pattern(64 * 1024, 1);
+    flash() = Pattern(64 * kKibi, 1);
     before_ = flash();
     image_ = Pattern(kImageSize, 2);
     command_.image = WriteFile("image.bin", image_);

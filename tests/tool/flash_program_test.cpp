@@ -77,9 +77,9 @@ TEST_F(FlashProgramTest, ReadsOnceBeforeAndWhatItTouchedOnceAfter) {
 }
 
 TEST_F(FlashProgramTest, LargeImageTakesHardlyMoreThanThePlainJobs) {
-  flash() = Pattern(1024 * 1024, 1);
+  flash() = Pattern(kMebi, 1);
   before_ = flash();
-  UseImage(Pattern(256 * 1024, 2), 0x40000);
+  UseImage(Pattern(256 * kKibi, 2), 0x40000);
   EXPECT_EQ(Program().code, ExitCode::kDone);
   EXPECT_EQ(flash(), Overlaid(before_, 0x40000, image_));
   // Reading, 64 erases, 4370 packets, reading.
@@ -179,8 +179,8 @@ TEST_F(FlashProgramTest, BlankImageIsProgrammedWithForce) {
 
 TEST_F(FlashProgramTest, UnknownSizeIsNotedAndTheWrapFoundByReadingBack) {
   // The first 64 KiB are blank, so wrapping at 128 KiB can't be detected.
-  flash() = Bytes(128 * 1024, 0xFF);
-  UseImage(Pattern(192 * 1024, 5), 0);
+  flash() = Bytes(128 * kKibi, 0xFF);
+  UseImage(Pattern(192 * kKibi, 5), 0);
   const Outcome outcome = Program();
   EXPECT_NE(output->notes.find("the flash's size is unknown: the first 64 KiB are blank"),
             std::string::npos);

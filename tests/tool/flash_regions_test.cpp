@@ -54,7 +54,7 @@ class FlashRegionsTest : public FlashTest {
     return outcome.message;
   }
 
-  const Bytes before_ = Pattern(64 * 1024, 1);
+  const Bytes before_ = Pattern(64 * kKibi, 1);
   FlashProgramCommand program_;
 };
 
@@ -236,7 +236,7 @@ TEST_F(FlashRegionsTest, UnknownRegionNamesTheOthers) {
 }
 
 TEST_F(FlashRegionsTest, MapDrawsAndNamesTheRegions) {
-  flash() = Overlaid(Bytes(64 * 1024, 0xFF), 0x1000, Pattern(0x2000, 1));
+  flash() = Overlaid(Bytes(64 * kKibi, 0xFF), 0x1000, Pattern(0x2000, 1));
   FlashMapCommand map;  // uses the size in the profile
   const Outcome outcome = Run(map);
   EXPECT_EQ(

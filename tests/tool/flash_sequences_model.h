@@ -18,7 +18,7 @@
 
 namespace borvanusb::tool_test {
 
-constexpr std::size_t kFlash = 64 * 1024;
+constexpr std::size_t kFlash = 64 * kKibi;
 inline const std::vector<std::string> kPorts = {R"(\\?\usb#vid_1234&pid_0001#port1)",
                                                 R"(\\?\usb#vid_1234&pid_0001#port2)"};
 

@@ -50,7 +50,8 @@ class Sequence : public SequenceJudge {
   void SetUpWorld() {
     Bytes firmware = RandomBytes(kFlash);
     if (Chance(30)) {  // blank from a random position on
-      std::fill(firmware.begin() + 0x1000 * (2 + Draw(12)), firmware.end(), std::uint8_t{0xFF});
+      std::fill(firmware.begin() + std::ptrdiff_t{0x1000} * (2 + Draw(12)), firmware.end(),
+                std::uint8_t{0xFF});
     }
     Bytes sibling = firmware;
     for (int i = 0; i < 3; ++i) {

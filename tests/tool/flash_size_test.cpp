@@ -6,9 +6,6 @@
 namespace borvanusb::tool_test {
 namespace {
 
-constexpr std::size_t kKibi = 1024;
-constexpr std::size_t kMebi = 1024 * kKibi;
-
 class FlashSizeTest : public FlashTest {
  protected:
   FlashSizeFinding Find() { return FindFlashSize(*host.OpenCamera(chip().identity)); }

@@ -22,6 +22,9 @@ namespace borvanusb::tool_test {
 
 using Bytes = std::vector<std::uint8_t>;
 
+constexpr std::size_t kKibi = 1024;
+constexpr std::size_t kMebi = 1024 * kKibi;
+
 // Bytes that look like firmware: no two equal words, no long runs of 0 or 0xff.
 Bytes Pattern(std::size_t size, std::uint32_t seed);
 
@@ -29,6 +32,7 @@ Bytes Pattern(std::size_t size, std::uint32_t seed);
 Bytes Overlaid(Bytes bytes, std::size_t offset, const Bytes& part);
 
 // The result of a command.
+// NOLINTNEXTLINE(bugprone-exception-escape): moving a JSON value throws nothing; it only asserts
 struct Outcome {
   ExitCode code = ExitCode::kDone;
   std::string message;  // of a failure
@@ -78,6 +82,8 @@ class FlashTest : public testing::Test {
   void FailAt(std::uint64_t transfer, ExitCode code = ExitCode::kDevice);
   void Heal();
 
+ public:
+  // What each test sets and reads.
   CommonArguments common;
   FakeHost host;
   int columns = 0;  // of the terminal; 0: none

@@ -23,7 +23,7 @@ TEST(HexDumpTest, RowsBeginAtMultiplesOfSixteen) {
 }
 
 TEST(HexDumpTest, EqualRowsAreOneStarButTheLastIsShown) {
-  const std::vector<std::uint8_t> bytes(16 * 5, 0xFF);
+  const std::vector<std::uint8_t> bytes(std::size_t{5} * 16, 0xFF);
   EXPECT_EQ(HexDump(0, bytes),
             "00000000  ff ff ff ff ff ff ff ff  ff ff ff ff ff ff ff ff  |................|\n"
             "*\n"

@@ -103,6 +103,7 @@ class ElfTest : public testing::TestWithParam<std::tuple<int, bool>> {
 
   std::string Second() const { return std::to_string(kTable + 2 * file.HeaderSize()); }
 
+ public:
   ElfFile file;
 };
 

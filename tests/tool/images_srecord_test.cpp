@@ -129,7 +129,7 @@ TEST(SRecordTest, ShortestFormReachesToTheLastByte) {
 }
 
 TEST(SRecordTest, CountBeyond16BitsHas24) {
-  const Segments segments = {{0, std::vector<std::uint8_t>(0x10000 * 16, 0x55)}};
+  const Segments segments = {{0, std::vector<std::uint8_t>(0x100000, 0x55)}};
   const std::string text = SRecordText(segments, SRecordForm::kS28);
   EXPECT_NE(text.find("S604010000FA\r\n"), std::string::npos);  // 04+01 = 05
   EXPECT_EQ(Read(text).segments, segments);

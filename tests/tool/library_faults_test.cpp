@@ -77,6 +77,7 @@ class LibraryFaultsTest : public LibraryTest {
     PutFlash(0x2000, [](std::size_t i) { return static_cast<std::uint8_t>(1 + i * 7 / 64 + i); });
   }
 
+ public:
   std::atomic<std::size_t> count = 0;
 };
 

@@ -48,6 +48,7 @@ class LibraryFlashTest : public LibraryTest {
     });
   }
 
+ public:
   Bytes content = Bytes(0x1000);
 };
 

@@ -59,6 +59,7 @@ class LibraryJobsTest : public LibraryTest {
     });
   }
 
+ public:
   const Bytes image = Bytes(120, 0x33);
   std::atomic<bool> released = false;
   std::atomic<int> waiting = 0;

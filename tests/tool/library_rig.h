@@ -62,6 +62,8 @@ class LibraryTest : public borvan_test::ApiTest {
   // The number of files left in the scratch folder.
   std::size_t LeftBehind() const;
 
+ public:
+  // What each test sets and reads.
   Exports exports;
   TestPlatform platform;
   Supervisor supervisor;

@@ -25,6 +25,8 @@ class ManualTest : public testing::Test {
     Context context{common, host, output, progress, result};
     EXPECT_EQ(RunValues(ManualCommand(), context), ExitCode::kDone);
   }
+
+ public:
   FakeOutput output;
   nlohmann::ordered_json result;
 };

@@ -9,6 +9,7 @@
 #include <memory>
 
 #include "base/files.h"
+#include "base/format.h"
 #include "maps/check.h"
 #include "maps/map_text.h"
 #include "maps/read_svd.h"
@@ -36,7 +37,7 @@ void ExpectSameCounts(const std::string& folder) {
     if (!name.ends_with(".svd")) {
       continue;
     }
-    const std::string file = folder + "/" + name;
+    const std::string file = Format("{}/{}", folder, name);
     const MapCounts counts = CountsOf(ReadSvd(ReadWholeText(file)));
     EXPECT_EQ(std::to_string(counts.peripherals) + " " + std::to_string(counts.registers) + " " +
                   std::to_string(counts.fields) + " " + std::to_string(counts.values) + "\n",

@@ -139,6 +139,7 @@ class ToolDefaultsTest : public testing::Test {
     return RunTool(words, host, streams);
   }
 
+ public:
   FakeHost host;
   TestFolder folder;
   std::string out;

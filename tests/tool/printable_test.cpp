@@ -9,10 +9,9 @@ namespace borvanusb::tool_test {
 namespace {
 
 TEST(PrintableTest, WhatIsShownStaysAsItIs) {
-  for (const std::string text : {"", "a ~ \"b\" \\",
-                                 "Pr\xC3\xBC"
-                                 "fkamera \xE2\x84\x96 \xE5\x89\x8D\xE7\xBD\xAE",
-                                 "\xF0\x9F\x93\xB7", "\xC2\xA0\xC3\xBF", "\xF4\x8F\xBF\xBF"}) {
+  for (const std::string text :
+       {"", "a ~ \"b\" \\", "Pr\303\274fkamera \xE2\x84\x96 \xE5\x89\x8D\xE7\xBD\xAE",
+        "\xF0\x9F\x93\xB7", "\xC2\xA0\xC3\xBF", "\xF4\x8F\xBF\xBF"}) {
     EXPECT_EQ(Printable(text), text);
   }
 }

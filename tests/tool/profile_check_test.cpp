@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "base/failure.h"
+#include "base/format.h"
 #include "names_support.h"
 #include "profile_commands/check.h"
 #include "profile_commands/check_profile.h"
@@ -46,6 +47,7 @@ std::string ReadTestFile(const std::string& name) {
 
 std::vector<std::string> Lines(const std::vector<ListProblem>& problems) {
   std::vector<std::string> lines;
+  lines.reserve(problems.size());
   for (const ListProblem& problem : problems) {
     lines.push_back(std::to_string(problem.line) + ": " + problem.text);
   }
@@ -174,7 +176,7 @@ TEST(ProfileCheckTest, RegionsAndTheirFiles) {
 TEST(ProfileCheckTest, CommandOnTheSamples) {
   CommandDesk desk;
   for (const std::string name : {"virtual-1m", "virtual-4m"}) {
-    const std::string file = kSamples + "/" + name + ".camera.json";
+    const std::string file = Format("{}/{}.camera.json", kSamples, name);
     EXPECT_EQ(desk.Do(ProfileCheckCommand{file}, "profile-check"), ExitCode::kDone)
         << desk.output.out;
     EXPECT_EQ(desk.output.notes, "");

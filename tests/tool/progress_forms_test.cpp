@@ -39,6 +39,7 @@ class ProgressFormsTest : public testing::Test {
     return lines;
   }
 
+ public:
   std::vector<std::string> texts;
   int columns = 60;
   std::chrono::steady_clock::time_point now{std::chrono::hours(1)};

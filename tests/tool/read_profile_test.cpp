@@ -7,6 +7,7 @@
 
 #include "base/failure.h"
 #include "base/files.h"
+#include "base/format.h"
 #include "profile/profile_fit.h"
 #include "support/json_schema.h"
 
@@ -170,7 +171,7 @@ TEST(SampleProfilesTest, AreRead) {
   int found = 0;
   for (const std::string& name : FilesIn(kSamples)) {
     if (name.ends_with(".camera.json")) {
-      const ProfileReading reading = ReadProfile(kSamples + "/" + name);
+      const ProfileReading reading = ReadProfile(Format("{}/{}", kSamples, name));
       EXPECT_TRUE(reading.errors.empty())
           << name << ":" << reading.errors.front().line << ": " << reading.errors.front().text;
       ++found;

@@ -23,6 +23,7 @@ class RegisterSettingTest : public testing::Test {
   std::vector<RegisterSetting> Settings(const std::vector<std::string>& words,
                                         bool anywhere) const {
     std::vector<RegisterSetting> settings;
+    settings.reserve(words.size());
     for (const std::string& word : words) {
       settings.push_back(ParseSetting(word, &names_, {}));
     }

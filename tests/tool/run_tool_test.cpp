@@ -80,6 +80,7 @@ class RunToolTest : public testing::Test {
   }
   void TearDown() override { TheCommand() = nullptr; }
 
+ public:
   FakeHost host;
   bool terminal = false;
   std::optional<WriteProblem> problem;  // of all writes to standard output

@@ -14,6 +14,7 @@ class SectorFateTest : public testing::Test {
  protected:
   SectorFate Fate() const { return FateOf(found, sector, named); }
 
+ public:
   // The change names 0x5400 to 0x57ff.
   const Ranges named{{0x5400, 0x57FF}};
   SharedSector sector{

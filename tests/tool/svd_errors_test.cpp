@@ -154,6 +154,7 @@ TEST(SvdDoubtsTest, FieldsAndRegistersThatMeet) {
              "5: <field> A: the name occurs twice in R",
              "5: field A, bits 7 to 8, goes beyond register R",
              "6: <register> P.R: the name occurs twice in P",
+             // NOLINTNEXTLINE(bugprone-suspicious-missing-comma): one text in two lines
              "6: register P.R has the same address 0x00000100 as register P.R, and neither is an "
              "alternate",
              "7: register P.S at 0x0000011d lies outside the address blocks of its peripheral"}));
@@ -184,6 +185,7 @@ TEST(SvdDoubtsTest, WhatIsMissingOrUnknown) {
       (Texts{
           "2: <register> R has no usable <addressOffset>; it is left out",
           "3: <register>  has no usable <name>; it is left out",
+          // NOLINTNEXTLINE(bugprone-suspicious-missing-comma): one text in two lines
           "4: <addressOffset> \"4z\" is no number of up to 64 bits; allowed are 419, 0x1a3, "
           "#1101 and 0b1101",
           "4: <register> S has no usable <addressOffset>; it is left out",

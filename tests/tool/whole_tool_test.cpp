@@ -49,6 +49,7 @@ class WholeToolTest : public testing::Test {
     }
   }
 
+ public:
   FakeHost host;
   TestFolder folder;
   bool terminal = false;

@@ -21,7 +21,6 @@ class ShellScript {
   ShellScript(std::string shell, std::string option)
       : shell_(std::move(shell)), option_(std::move(option)) {}
 
-  // Not every machine has the shell.
   bool IsThere() const {
     return std::system(("command -v " + shell_ + " >/dev/null 2>&1").c_str()) == 0;
   }

@@ -7,7 +7,7 @@
 
 namespace borvanusb::sweep {
 
-constexpr std::size_t kFlashSize = 64 * 1024;
+constexpr std::size_t kFlashSize = 0x10000;
 
 // Pseudo-random bytes, the same in each run.
 Bytes RandomBytes(std::size_t size, std::uint32_t seed);

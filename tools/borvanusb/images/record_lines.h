@@ -24,8 +24,8 @@ std::vector<std::uint8_t> RecordBytes(const FilePlace& place, std::string_view d
 
 // How to check the records of a format.
 struct RecordRule {
-  std::size_t uncounted;   // bytes that the length in the first byte of a record does not count
-  std::uint8_t whole_sum;  // sum of all bytes of a record, modulo 256
+  std::size_t uncounted;   // bytes that the length in a record's first byte does not count
+  std::uint8_t whole_sum;  // the sum of all bytes of a record, modulo 256
 };
 
 // Throws ImageError if the length or the checksum of a record is wrong.
@@ -39,7 +39,7 @@ std::string RecordLine(const RecordRule& rule, std::string_view begin,
 // Combines bytes to one number, most significant byte first.
 std::uint32_t HighFirst(std::span<const std::uint8_t> bytes);
 
-// Appends the low `size` bytes of a number, the highest one first.
+// Appends the low `size` bytes of a number, most significant byte first.
 void AppendHighFirst(std::vector<std::uint8_t>& bytes, std::uint32_t number, std::size_t size);
 
 }  // namespace borvanusb
