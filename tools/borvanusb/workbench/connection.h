@@ -23,6 +23,7 @@ namespace borvanusb {
 class ConnectionOwner {
  public:
   using Respond = std::function<void(HttpResponse)>;
+  using OpenStream = std::function<void(const std::string& page)>;
 
   ConnectionOwner() = default;
   ConnectionOwner(const ConnectionOwner&) = delete;
@@ -33,8 +34,7 @@ class ConnectionOwner {
   // The answer for a request that is refused before its body is read.
   virtual std::optional<HttpResponse> CheckHead(const HttpRequest& request) = 0;
   // Answers by `respond`, or by `stream` once: the connection then carries events.
-  virtual void Handle(const HttpRequest& request, Respond respond,
-                      std::function<void()> stream) = 0;
+  virtual void Handle(const HttpRequest& request, Respond respond, OpenStream stream) = 0;
   // The connection carries no events any more.
   virtual void OnClosed(std::uint64_t connection) = 0;
 };
@@ -46,6 +46,8 @@ class Connection : public std::enable_shared_from_this<Connection> {
   void Start();
   std::uint64_t Number() const { return number_; }
   bool Streams() const { return streams_; }
+  // The name of the page that gets the events; may be empty.
+  const std::string& Page() const { return page_; }
   // Sends an event to a connection that carries events; a page that does not read is disconnected.
   void SendEvent(const std::shared_ptr<const std::string>& text);
   void Close();
@@ -60,7 +62,7 @@ class Connection : public std::enable_shared_from_this<Connection> {
   void OnBody(Error error);
   void Handle();
   void Respond(HttpResponse response, bool keep);
-  void BeginStream();
+  void BeginStream(const std::string& page);
   void WatchReader();
   void SendNext();
   void Beat();
@@ -76,6 +78,7 @@ class Connection : public std::enable_shared_from_this<Connection> {
   std::deque<std::shared_ptr<const std::string>> events_;
   std::size_t event_bytes_ = 0;
   bool streams_ = false;
+  std::string page_;
   bool closed_ = false;
 };
 

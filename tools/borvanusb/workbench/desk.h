@@ -29,15 +29,16 @@ class Desk {
   Desk& operator=(const Desk&) = delete;
 
   void Run(const RunOrder& order, Respond respond);
-  // Live reading belongs to the page's event stream: it ends with the last one.
+  // Live reading belongs to the page's event stream, and ends with it.
   Json SetLive(const LiveOrder& order);
   bool StopJob(const std::string& job);
   std::optional<std::string> JobText(const std::string& job) const;
   // Answers once the list of cameras is at most a second old, or can't be made.
   void TellState(std::function<void(const Json& cameras, const Json& jobs)> tell);
 
-  // While pages listen, the cameras are looked for all the time.
-  void SetPages(std::size_t pages);
+  // The names of the pages that listen, empty ones among them. While there are some, the cameras
+  // are looked for all the time.
+  void SetPages(std::vector<std::string> pages);
   bool HasWork() const;
   // What Ctrl-C does, to everything.
   void StopAll();
@@ -59,6 +60,8 @@ class Desk {
   std::unique_ptr<WorkbenchJob> MakeJob(const RunOrder& order);
   std::vector<std::string> LineFor(const std::vector<std::string>& words,
                                    const AcceptedWords& accepted, const std::string& camera) const;
+  std::string ShownLine(std::vector<std::string> words, const std::string& camera);
+  void ApplyLive(const std::string& camera);
   void Keep(const std::string& job, const Json& answer);
   void Look();
   void ScheduleLook();
@@ -72,13 +75,13 @@ class Desk {
   std::shared_ptr<Lane> looker_;
   std::map<std::string, std::shared_ptr<Lane>> lanes_;  // by path; "" for no camera
   std::vector<CameraEntry> cameras_;
-  std::map<std::string, LiveSet> lives_;
+  std::map<std::string, LiveWishes> lives_;                  // by the camera's path
   std::deque<std::pair<std::string, std::string>> answers_;  // of the last jobs, by id
   std::vector<std::function<void()>> waiting_for_state_;
   std::string look_problem_;  // the last one that was told
   Json library_;
   bool asked_for_library_ = false;
-  std::size_t pages_ = 0;
+  std::vector<std::string> pages_;
   bool looking_ = false;
   std::uint64_t looks_ = 0;
   bool look_scheduled_ = false;

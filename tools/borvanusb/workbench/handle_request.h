@@ -9,6 +9,7 @@
 #include "command/command_line.h"
 #include "workbench/gate.h"
 #include "workbench/http_message.h"
+#include "workbench/live_reads.h"
 #include "workbench/services.h"
 #include "workbench/word_rules.h"
 
@@ -25,15 +26,18 @@ struct RunOrder {
   AcceptedWords accepted;
 };
 
-// Read registers again and again; no words: end that.
+// Read registers again and again; no wishes: end that.
 struct LiveOrder {
   std::string camera;
-  std::vector<std::string> words;
-  double rate = 10;  // readings a second
+  std::string page;  // whose event stream it belongs to; empty: to any
+  std::vector<LiveWish> wishes;
 };
 
-struct StateOrder {};   // answer with all that there is
-struct EventStream {};  // send events until the page goes
+struct StateOrder {};  // answer with all that there is
+// Send events until the page goes.
+struct EventStream {
+  std::string page;  // its name; may be empty
+};
 
 using Reply = std::variant<HttpResponse, RunOrder, LiveOrder, StateOrder, EventStream>;
 

@@ -74,6 +74,11 @@ bool TakeErrorText(WorkbenchJob& job, std::string_view text) {
   return progressed;
 }
 
+bool LeavesWorkerUnsure(int code) {
+  return code == static_cast<int>(ExitCode::kTimeout) ||
+         code == static_cast<int>(ExitCode::kInternal);
+}
+
 std::vector<std::string> TakeLines(std::string& text) {
   std::vector<std::string> lines;
   std::size_t begin = 0;

@@ -48,6 +48,9 @@ nlohmann::ordered_json AnswerOf(const WorkbenchJob& job, const Failure& failure)
 // Returns whether there was progress.
 bool TakeErrorText(WorkbenchJob& job, std::string_view text);
 
+// Whether the library in the worker may be in any state after this exit code.
+bool LeavesWorkerUnsure(int code);
+
 // Takes whole lines off the beginning of a text.
 std::vector<std::string> TakeLines(std::string& text);
 

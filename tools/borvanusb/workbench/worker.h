@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <functional>
 #include <memory>
@@ -16,16 +17,21 @@ namespace borvanusb {
 // What the workbench asks for. Each run has a number, so that a stop that comes late stops nothing
 // else.
 struct WorkerOrder {
+  // A command line that is repeated, `rate` times a second.
+  struct Repeated {
+    std::vector<std::string> words;
+    double rate = 0;
+  };
   enum class Kind {
     kEnter,   // go into the folder `text`; before the first run
     kRun,     // run `words`
-    kRepeat,  // run `words` `rate` times a second, with the camera kept open, until a stop
+    kRepeat,  // run each of `repeated` at its rate, with the camera kept open, until a stop
     kStop     // what Ctrl-C does; a second one ends the process
   };
   Kind kind = Kind::kRun;
   std::uint64_t number = 0;
   std::vector<std::string> words;
-  double rate = 0;
+  std::vector<Repeated> repeated;
   std::string text;
 };
 
@@ -34,13 +40,14 @@ struct WorkerReport {
   enum class Kind {
     kOut,    // standard output: `text`
     kError,  // standard error: `text`
-    kRound,  // one reading of kRepeat is complete; `code` is that of the command
+    kRound,  // one reading of kRepeat is complete: `code` is that of the command, `index` its place
     kEnd     // the run has ended with the exit code `code`
   };
   Kind kind = Kind::kEnd;
   std::uint64_t number = 0;
   std::string text;
   int code = 0;
+  std::size_t index = 0;  // in `repeated` of the order
 };
 
 // With the line end.
