@@ -1,8 +1,8 @@
 // The flash of a camera: its map, the bytes that were read, an image's plan, programming, differences.
-import { api } from './api';
+import { api, newId } from './api';
 import { findPattern, sectorSize } from './model/flash';
 import * as words from './model/words';
-import { asProblem, newId, Problem, run, session } from './session';
+import { asProblem, Problem, run, session } from './session';
 import { Versioned } from './store';
 import type { FlashMap, ProgramResult, Range, RunAnswer, VerifyResult } from './types';
 

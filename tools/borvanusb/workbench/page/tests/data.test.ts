@@ -6,6 +6,7 @@ import {
   addressInName, findPattern, isInRanges, nextRange, overlap, parsePattern, sectorStates,
 } from '../src/model/flash';
 import { deviceForCamera, histogramOf } from '../src/model/histogram';
+import { readsOf } from '../src/model/live';
 import { SampleRing } from '../src/model/ring';
 import { highest, scrollHeight, scrollTopFor, scrollTopWith, windowAt } from '../src/model/scroll';
 import { EventClock } from '../src/model/time';
@@ -134,4 +135,15 @@ test('what changes a camera', () => {
   assert.equal(words.isWrite(['flash', 'program', 'a.hex']), true);
   assert.equal(words.isWrite(['reg', 'read', 'A']), false);
   assert.equal(words.isWrite(['preset', 'apply', 'night']), true);
+});
+
+test('what the views of a page want by name is one reading, by number one each', () => {
+  assert.deepEqual([...readsOf([])], []);
+  const line = { words: ['i2c', 'read', '0x0000-0x00ff', '--slave', '0x6c', '--mode', '16/16'], rate: 2 };
+  const reads = readsOf([
+    { camera: 'a', names: ['X', 'Y'], rate: 5 }, { camera: 'a', names: ['Y', 'Z'], rate: 10 },
+    { camera: 'a', names: [], lines: [line], rate: 2 }, { camera: 'b', names: [], lines: [line], rate: 20 },
+  ]);
+  assert.deepEqual(reads.get('a'), [{ words: ['reg', 'read', 'X', 'Y', 'Z'], rate: 10 }, line]);
+  assert.deepEqual(reads.get('b'), [line]);
 });
