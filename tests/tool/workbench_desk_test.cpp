@@ -44,6 +44,26 @@ TEST(WorkbenchDeskTest, FailureOfACommandIsTheError) {
   EXPECT_EQ(answer->body["error"]["message"], "m");
 }
 
+TEST(WorkbenchDeskTest, FilesOfTheRunHaveTheirPlainNamesInEveryAnswer) {
+  DeskRig rig;
+  WorkerSide& worker = rig.PlugIn();
+  const auto failed = rig.Run(rig.Order({"flash", "program", "fw.bin"}));
+  worker.Report(Report::kError, "borvanusb: folder\\fw.bin is odd\n");
+  worker.End(R"({"error":{"code":9,"kind":"stopped","message":"stopped: folder\\fw.bin",)"
+             R"("hint":"To go back: borvanusb flash program folder\\old.bin"}})"
+             "\n",
+             9);
+  rig.Settle();
+  EXPECT_EQ(failed->body["error"]["message"], "stopped: fw.bin");
+  EXPECT_EQ(failed->body["error"]["hint"], "To go back: borvanusb flash program old.bin");
+  EXPECT_EQ(failed->body["messages"], Json::parse(R"(["borvanusb: fw.bin is odd"])"));
+  const auto done = rig.Run(rig.Order({"flash", "program", "fw.bin"}));
+  worker.End(R"({"backup":"folder\\old.bin","image":{"file":"folder/fw.bin","size":3}})");
+  rig.Settle();
+  EXPECT_EQ(done->body["result"],
+            Json::parse(R"({"backup":"old.bin","image":{"file":"fw.bin","size":3}})"));
+}
+
 TEST(WorkbenchDeskTest, ShortWorkIsWaitedForLongWorkIsNot) {
   DeskRig rig;
   WorkerSide& worker = rig.PlugIn();

@@ -44,6 +44,9 @@ nlohmann::ordered_json AnswerOf(const WorkbenchJob& job, int code);
 // The same for one that could not come to its end.
 nlohmann::ordered_json AnswerOf(const WorkbenchJob& job, const Failure& failure);
 
+// An answer in which files of the run's folder have their plain names, as the page knows them.
+nlohmann::ordered_json WithPlainNames(nlohmann::ordered_json answer, const std::string& folder);
+
 // Takes a part of standard error: progress goes to job.progress, whole lines to job.messages.
 // Returns whether there was progress.
 bool TakeErrorText(WorkbenchJob& job, std::string_view text);

@@ -225,7 +225,7 @@ void Lane::EndJob(int code, const Json& answer) {
   if (!job->internal) {
     tools_.publish("job", {{"job", JobJson(*job)}, {"state", "ended"}, {"exit", code}});
   }
-  job->on_end(code, answer);
+  job->on_end(code, WithPlainNames(answer, tools_.folder));
   Pump();
 }
 
