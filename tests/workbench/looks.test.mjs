@@ -91,6 +91,17 @@ const scenes = [
     await page.locator(".byte.differs").first().waitFor();
     await page.waitForTimeout(400);
   }],
+  ["flash-journals", async (page) => {
+    await control(page, "journals", { journals: [
+      { state: "waits", number: 2, image: "boot.hex", place: "0x20000-0x22327", sector: "0x22000-0x22fff", begun: "2026-11-21T20:44:28Z" },
+      { state: "asks", number: 3, image: "C:\\line\\app.bin", place: "0x10010-0x1fffe", sector: "0x1f000-0x1ffff", begun: "2026-11-21T21:02:11Z" }] });
+    await go(page, "Flash");
+    await page.locator("[data-role=images]").setInputFiles([
+      { name: `firmware-0x${names.imageAddress.toString(16)}.bin`, mimeType: "a/b", buffer: noise(150_000, 8) }]);
+    await page.getByRole("button", { name: "Plan", exact: true }).click();
+    await page.getByRole("region", { name: "Unfinished work" }).waitFor();
+    await page.waitForTimeout(400);
+  }],
   ["line", async (page) => {
     await control(page, "pace", { pace: 60 });
     await go(page, "Line");

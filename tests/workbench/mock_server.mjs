@@ -167,6 +167,7 @@ function test(action, body, answer) {
   if (action === "reset") cameras.forEach((each) => { each.plugged = true; each.reset(); });
   if (action === "pace") pace = body.pace;
   if (action === "poke") camera.values.set(body.name, body.value);
+  if (action === "journals") camera.waiting = body.journals;
   if (action === "bytes") camera.chip.set(Buffer.from(body.hex, "hex"), body.address);
   if (action === "flash") Buffer.from(body.hex, "hex").copy(camera.flash, body.address);
   if (action === "flood") {

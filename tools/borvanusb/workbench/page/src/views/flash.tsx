@@ -2,6 +2,7 @@
 import { useEffect, useRef, useState } from 'preact/hooks';
 import { api } from '../api';
 import { overlap } from '../model/flash';
+import { journalsIn } from '../model/journals';
 import { formatAddress, formatSize, plural } from '../model/number';
 import { eraseRegion, isWrite, readFlash, readRegion } from '../model/words';
 import { flashOf, type FlashStore } from '../flash_store';
@@ -60,7 +61,8 @@ function RegionTable({ store, regions, disabled, readOnly }: {
         <Confirm title={`Erase the region ${asked.name}?`} action={`Erase ${formatSize(asked.size)}`} onNo={() => setAsked(null)} onYes={() => {
           setAsked(null);
           void store.guarded('erase', async () => {
-            await run(store.withSize(eraseRegion(asked.name)), { camera: store.path });
+            const { messages } = await run(store.withSize(eraseRegion(asked.name)), { camera: store.path });
+            store.journals = journalsIn(messages);
             store.forget();
           }).then(() => (store.problem === null ? store.readMap() : undefined));
         }}>
