@@ -37,13 +37,14 @@ function journalsInLine(line: string): Journal[] {
   return other === undefined ? [asked] : [{ ...asked, why: '' }, journal(other, [], 'asks')];
 }
 
-// Of what a command wrote beside its result, and of its failure; each journal once.
+// Of what a command wrote beside its result, and of its failure; each journal once, questions first.
 export function journalsIn(lines: string[]): Journal[] {
   const found = new Map<string, Journal>();
   for (const each of lines.flatMap((line) => line.split('\n')).flatMap(journalsInLine)) {
     if (!found.has(each.file) || each.state === 'asks') found.set(each.file, each);
   }
-  return [...found.values()];
+  const isAsked = (each: Journal) => (each.state === 'asks' ? 0 : 1);
+  return [...found.values()].sort((one, other) => isAsked(one) - isAsked(other));
 }
 
 export function baseName(file: string): string {

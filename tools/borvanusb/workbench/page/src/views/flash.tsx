@@ -44,7 +44,7 @@ function RegionTable({ store, regions, disabled, readOnly }: {
                 <button type="button" class="link" onClick={() => store.goTo(region.first)}>{region.name}</button>{' '}
                 {region.read_only && <Badge title="This region is never programmed or erased">read-only</Badge>}
               </th>
-              <td class="number">{formatAddress(region.first, 5)}-{formatAddress(region.last, 5)}</td>
+              <td class="number">{formatAddress(region.first, 5)}-<wbr />{formatAddress(region.last, 5)}</td>
               <td class="number right">{formatSize(region.size)}</td>
               <td class="number right">{store.map ? `${Math.round((overlap(region, store.map.used) / region.size) * 100)} %` : ''}</td>
               <td class="actions">
