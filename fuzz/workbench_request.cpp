@@ -162,7 +162,10 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     CheckWords(run->words, read_only);
   }
   if (const auto* const live = std::get_if<LiveOrder>(&reply)) {
-    Check(live->rate >= 0.1 && live->rate <= 100, "the rate is out of its range");
+    for (const LiveWish& wish : live->wishes) {
+      Check(wish.rate >= 0.1 && wish.rate <= 100, "the rate is out of its range");
+      Check(wish.words.size() >= 2 && wish.words[1] == "read", "live reading does not read");
+    }
   }
   return 0;
 }

@@ -23,16 +23,17 @@ struct WorkerSide {
   bool alive = true;
   bool killed = false;
 
-  void Report(WorkerReport::Kind kind, const std::string& text, int code = 0) {
-    events.on_report({kind, orders.back().number, text, code});
+  void Report(WorkerReport::Kind kind, const std::string& text, int code = 0,
+              std::size_t index = 0) {
+    events.on_report({kind, orders.back().number, text, code, index});
   }
   // Ends the last run that was ordered.
   void End(const std::string& out, int code = 0) {
     const auto run = std::find_if(orders.rbegin(), orders.rend(), [](const WorkerOrder& order) {
       return order.kind != WorkerOrder::Kind::kStop;
     });
-    events.on_report({WorkerReport::Kind::kOut, run->number, out, 0});
-    events.on_report({WorkerReport::Kind::kEnd, run->number, "", code});
+    events.on_report({WorkerReport::Kind::kOut, run->number, out, 0, 0});
+    events.on_report({WorkerReport::Kind::kEnd, run->number, "", code, 0});
   }
   bool Runs(WorkerOrder::Kind kind) const { return orders.back().kind == kind; }
 };
@@ -136,6 +137,15 @@ class DeskRig {
     order.job = job;
     order.accepted = AcceptWords(tool_, words, {});
     return order;
+  }
+  // Sets what a page reads live; no registers: nothing.
+  Json ReadLive(const std::string& page, const Words& registers, double rate) {
+    LiveOrder order{kCamera, page, {}};
+    if (!registers.empty()) {
+      order.wishes.push_back({{"reg", "read"}, rate});
+      std::copy(registers.begin(), registers.end(), std::back_inserter(order.wishes[0].words));
+    }
+    return desk->SetLive(order);
   }
   // Receives the answer; status is 0 until then.
   struct Answer {

@@ -44,6 +44,26 @@ TEST(WorkbenchDeskTest, FailureOfACommandIsTheError) {
   EXPECT_EQ(answer->body["error"]["message"], "m");
 }
 
+TEST(WorkbenchDeskTest, FilesOfTheRunHaveTheirPlainNamesInEveryAnswer) {
+  DeskRig rig;
+  WorkerSide& worker = rig.PlugIn();
+  const auto failed = rig.Run(rig.Order({"flash", "program", "fw.bin"}));
+  worker.Report(Report::kError, "borvanusb: folder\\fw.bin is odd\n");
+  worker.End(R"({"error":{"code":9,"kind":"stopped","message":"stopped: folder\\fw.bin",)"
+             R"("hint":"To go back: borvanusb flash program folder\\old.bin"}})"
+             "\n",
+             9);
+  rig.Settle();
+  EXPECT_EQ(failed->body["error"]["message"], "stopped: fw.bin");
+  EXPECT_EQ(failed->body["error"]["hint"], "To go back: borvanusb flash program old.bin");
+  EXPECT_EQ(failed->body["messages"], Json::parse(R"(["borvanusb: fw.bin is odd"])"));
+  const auto done = rig.Run(rig.Order({"flash", "program", "fw.bin"}));
+  worker.End(R"({"backup":"folder\\old.bin","image":{"file":"folder/fw.bin","size":3}})");
+  rig.Settle();
+  EXPECT_EQ(done->body["result"],
+            Json::parse(R"({"backup":"old.bin","image":{"file":"fw.bin","size":3}})"));
+}
+
 TEST(WorkbenchDeskTest, ShortWorkIsWaitedForLongWorkIsNot) {
   DeskRig rig;
   WorkerSide& worker = rig.PlugIn();
@@ -163,7 +183,7 @@ TEST(WorkbenchDeskTest, CamerasAreLookedForWhilePagesListen) {
   const std::size_t before = rig.workers.front()->orders.size();
   rig.Pass(milliseconds(2000));
   EXPECT_EQ(rig.workers.front()->orders.size(), before);
-  rig.desk->SetPages(1);
+  rig.desk->SetPages({""});
   rig.Pass(milliseconds(500));
   EXPECT_EQ(rig.workers.front()->orders.size(), before + 1);
   rig.List({});
@@ -175,7 +195,7 @@ TEST(WorkbenchDeskTest, CamerasAreLookedForWhilePagesListen) {
 
 TEST(WorkbenchDeskTest, ListThatFailsIsToldOnceAndTakesNoCameraAway) {
   DeskRig rig;
-  rig.desk->SetPages(1);
+  rig.desk->SetPages({""});
   rig.PlugIn();
   for (int i = 0; i < 2; ++i) {
     rig.Pass(milliseconds(500));
@@ -189,7 +209,7 @@ TEST(WorkbenchDeskTest, ListThatFailsIsToldOnceAndTakesNoCameraAway) {
 
 TEST(WorkbenchDeskTest, UnpluggedCameraKeepsItsWorkUntilItEnds) {
   DeskRig rig;
-  rig.desk->SetPages(1);
+  rig.desk->SetPages({""});
   WorkerSide& worker = rig.PlugIn();
   const auto answer = rig.Run(rig.Order({"flash", "program", "a.bin"}));
   rig.Pass(milliseconds(500));
@@ -205,20 +225,22 @@ TEST(WorkbenchDeskTest, UnpluggedCameraKeepsItsWorkUntilItEnds) {
 
 TEST(WorkbenchDeskTest, LiveReadingFillsTheTimeBetweenWork) {
   DeskRig rig;
-  rig.desk->SetPages(1);
+  rig.desk->SetPages({""});
   WorkerSide& worker = rig.PlugIn();
-  EXPECT_EQ(rig.desk->SetLive({DeskRig::kCamera, {"0x100"}, 20})["live"], "live-1");
+  EXPECT_EQ(rig.ReadLive("", {"0x100"}, 20)["live"], "live-1");
   ASSERT_TRUE(worker.Runs(Order::kRepeat));
-  EXPECT_EQ(worker.orders.back().rate, 20);
-  EXPECT_EQ(worker.orders.back().words, (Words{"--json", "--progress", "none", "--camera",
-                                               DeskRig::kCamera, "reg", "read", "0x100"}));
+  ASSERT_EQ(worker.orders.back().repeated.size(), 1U);
+  EXPECT_EQ(worker.orders.back().repeated[0].rate, 20);
+  EXPECT_EQ(worker.orders.back().repeated[0].words,
+            (Words{"--json", "--progress", "none", "--camera", DeskRig::kCamera, "reg", "read",
+                   "0x100"}));
   worker.Report(Report::kOut, R"({"registers":[{"address":256,"value":7}]})");
   worker.Report(Report::kRound, "");
   rig.Settle();
   EXPECT_EQ(
       rig.EventsOf("values").at(0),
       Json::parse(
-          R"({"camera":"\\\\?\\usb#1","live":"live-1","time":0.0,"registers":[{"address":256,"value":7}]})"));
+          R"({"camera":"\\\\?\\usb#1","pages":[""],"words":["reg","read","0x100"],"time":0.0,"registers":[{"address":256,"value":7}]})"));
   rig.Run(rig.Order({"reg", "write", "1", "2"}));
   EXPECT_TRUE(worker.Runs(Order::kStop));
   worker.End("", 0);
@@ -231,22 +253,22 @@ TEST(WorkbenchDeskTest, LiveReadingFillsTheTimeBetweenWork) {
 
 TEST(WorkbenchDeskTest, LiveReadingEndsWithTheLastPageAndWithoutWords) {
   DeskRig rig;
-  rig.desk->SetPages(1);
+  rig.desk->SetPages({""});
   WorkerSide& worker = rig.PlugIn();
-  rig.desk->SetLive({DeskRig::kCamera, {"1"}, 10});
-  rig.desk->SetPages(0);
+  rig.ReadLive("", {"1"}, 10);
+  rig.desk->SetPages({});
   EXPECT_TRUE(worker.Runs(Order::kStop));
   worker.End("", 0);
   rig.Settle();
   EXPECT_TRUE(worker.Runs(Order::kStop));
-  EXPECT_TRUE(rig.desk->SetLive({DeskRig::kCamera, {"1"}, 10})["live"].is_null());
+  EXPECT_TRUE(rig.ReadLive("", {"1"}, 10)["live"].is_null());
 }
 
 TEST(WorkbenchDeskTest, LiveReadingThatFailsIsToldOnceAndTriedAgain) {
   DeskRig rig;
-  rig.desk->SetPages(1);
+  rig.desk->SetPages({""});
   WorkerSide& worker = rig.PlugIn();
-  rig.desk->SetLive({DeskRig::kCamera, {"1"}, 10});
+  rig.ReadLive("", {"1"}, 10);
   const auto fail = [&] {
     worker.Report(Report::kOut, R"({"error":{"code":7,"kind":"device","message":"m","hint":""}})");
     worker.Report(Report::kRound, "", 7);
@@ -264,9 +286,9 @@ TEST(WorkbenchDeskTest, LiveReadingThatFailsIsToldOnceAndTriedAgain) {
 
 TEST(WorkbenchDeskTest, LiveReadingComesBackWithTheCamera) {
   DeskRig rig;
-  rig.desk->SetPages(1);
+  rig.desk->SetPages({""});
   rig.PlugIn();
-  rig.desk->SetLive({DeskRig::kCamera, {"1"}, 10});
+  rig.ReadLive("", {"1"}, 10);
   rig.Pass(milliseconds(500));
   rig.List({});
   rig.workers.at(1)->End("", 2);
@@ -276,6 +298,75 @@ TEST(WorkbenchDeskTest, LiveReadingComesBackWithTheCamera) {
   rig.Pass(milliseconds(500));
   rig.List({DeskRig::kCamera});
   EXPECT_TRUE(rig.workers.back()->Runs(Order::kRepeat));
+}
+
+TEST(WorkbenchDeskTest, TwoPagesReadTheSameCameraAndOneLeaves) {
+  DeskRig rig;
+  rig.desk->SetPages({"a", "b"});
+  WorkerSide& worker = rig.PlugIn();
+  rig.ReadLive("a", {"0x100"}, 20);
+  rig.ReadLive("b", {"0x200"}, 5);
+  EXPECT_TRUE(worker.Runs(Order::kStop));
+  worker.End("", 0);
+  rig.Settle();
+  ASSERT_TRUE(worker.Runs(Order::kRepeat));
+  ASSERT_EQ(worker.orders.back().repeated.size(), 2U);
+  EXPECT_EQ(worker.orders.back().repeated[0].words.back(), "0x100");
+  EXPECT_EQ(worker.orders.back().repeated[0].rate, 20);
+  EXPECT_EQ(worker.orders.back().repeated[1].words.back(), "0x200");
+  EXPECT_EQ(worker.orders.back().repeated[1].rate, 5);
+  worker.Report(Report::kOut, R"({"registers":[{"address":512,"value":7}]})");
+  worker.Report(Report::kRound, "", 0, 1);
+  rig.Settle();
+  EXPECT_EQ(rig.EventsOf("values").back()["pages"], Json::parse(R"(["b"])"));
+  EXPECT_EQ(rig.EventsOf("values").back()["words"], Json::parse(R"(["reg","read","0x200"])"));
+  rig.desk->SetPages({"b"});
+  EXPECT_TRUE(worker.Runs(Order::kStop));
+  worker.End("", 0);
+  rig.Settle();
+  ASSERT_TRUE(worker.Runs(Order::kRepeat));
+  ASSERT_EQ(worker.orders.back().repeated.size(), 1U);
+  EXPECT_EQ(worker.orders.back().repeated[0].words.back(), "0x200");
+  // A page that reads nothing leaves the others alone.
+  const std::size_t before = worker.orders.size();
+  rig.desk->SetPages({"b", "c"});
+  rig.ReadLive("c", {}, 1);
+  EXPECT_EQ(worker.orders.size(), before);
+}
+
+TEST(WorkbenchDeskTest, WrongWordsOfOnePageAreToldToItAndEndNoOtherReading) {
+  DeskRig rig;
+  rig.desk->SetPages({"a", "b"});
+  WorkerSide& worker = rig.PlugIn();
+  rig.ReadLive("a", {"0x100"}, 20);
+  rig.ReadLive("b", {"NONE"}, 5);
+  worker.End("", 0);
+  rig.Settle();
+  worker.Report(Report::kOut, R"({"error":{"code":1,"kind":"usage","message":"m","hint":""}})");
+  worker.Report(Report::kRound, "", 1, 1);
+  worker.Report(Report::kOut, R"({"registers":[]})");
+  worker.Report(Report::kRound, "", 0, 0);
+  rig.Settle();
+  EXPECT_EQ(rig.EventsOf("values").size(), 1U);
+  ASSERT_EQ(rig.EventsOf("log").size(), 1U);
+  EXPECT_EQ(rig.EventsOf("log")[0],
+            Json::parse(R"({"time":"1970-01-01T00:00:00Z","camera":"\\\\?\\usb#1","pages":["b"],
+    "ended":true,"text":"m","line":"borvanusb reg read NONE --camera 0"})"));
+  // The wrong words are not tried again when the other page's change.
+  rig.ReadLive("a", {"0x104"}, 20);
+  worker.End("", 0);
+  rig.Settle();
+  ASSERT_EQ(worker.orders.back().repeated.size(), 1U);
+  EXPECT_EQ(worker.orders.back().repeated[0].words.back(), "0x104");
+}
+
+TEST(WorkbenchDeskTest, PageWithoutAnEventStreamReadsNothing) {
+  DeskRig rig;
+  rig.desk->SetPages({"a"});
+  rig.PlugIn();
+  EXPECT_TRUE(rig.ReadLive("b", {"0x100"}, 20)["live"].is_null());
+  EXPECT_FALSE(rig.ReadLive("a", {"0x100"}, 20)["live"].is_null());
+  EXPECT_TRUE(rig.ReadLive("a", {}, 20)["live"].is_null());
 }
 
 TEST(WorkbenchDeskTest, WatchingSendsItsLines) {
@@ -336,9 +427,9 @@ TEST(WorkbenchDeskTest, StopAllStopsWhatRunsAndWhatWaits) {
 // Memory does not grow over 20,000 readings.
 TEST(WorkbenchDeskTest, LongLiveReadingKeepsNothing) {
   DeskRig rig;
-  rig.desk->SetPages(1);
+  rig.desk->SetPages({""});
   WorkerSide& worker = rig.PlugIn();
-  rig.desk->SetLive({DeskRig::kCamera, {"1"}, 100});
+  rig.ReadLive("", {"1"}, 100);
   for (int i = 0; i < 20000; ++i) {
     worker.Report(Report::kOut, R"({"registers":[{"address":1,"value":2}]})");
     worker.Report(Report::kRound, "");

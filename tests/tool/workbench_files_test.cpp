@@ -50,5 +50,23 @@ TEST(WorkbenchFilesTest, LengthIsLimited) {
   EXPECT_NE(ProblemOfPlainName(std::string(121, 'a')), "");
 }
 
+TEST(WorkbenchFilesTest, FilesOfTheFolderGetTheirPlainNames) {
+  const std::string folder = "C:\\Users\\x\\run-1a";
+  EXPECT_EQ(WithPlainNames(
+                R"(To continue: borvanusb flash program C:\users\X\run-1a\fw.bin --address 0x10)"
+                "\n"
+                R"(To go back: borvanusb flash program 'c:/Users/x/run-1a/a b.bin')",
+                folder),
+            "To continue: borvanusb flash program fw.bin --address 0x10\n"
+            "To go back: borvanusb flash program 'a b.bin'");
+  // Other folders, and the folder itself.
+  for (const char* const other :
+       {R"(C:\Users\x\run-1ab\fw.bin)", R"(C:\Users\x\run-1a)", R"(D:\Users\x\run-1a2\a)", "",
+        "fw.bin", R"(C:\Users\x\journals\a.journal)"}) {
+    EXPECT_EQ(WithPlainNames(other, folder), other);
+  }
+  EXPECT_EQ(WithPlainNames("a/b", ""), "a/b");
+}
+
 }  // namespace
 }  // namespace borvanusb::tool_test

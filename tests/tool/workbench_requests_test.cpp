@@ -99,10 +99,50 @@ TEST(WorkbenchRequestsTest, LiveBecomesAnOrderAndMayEnd) {
   RequestDesk desk;
   const Reply reply =
       desk.Handle(Post("/api/live", R"({"camera":"p","words":["1","--wide"],"rate":20})"));
-  EXPECT_EQ(std::get<LiveOrder>(reply).rate, 20);
-  EXPECT_EQ(std::get<LiveOrder>(reply).words.size(), 2U);
-  EXPECT_TRUE(std::get<LiveOrder>(desk.Handle(Post("/api/live", R"({"camera":"p","words":[]})")))
-                  .words.empty());
+  const auto& order = std::get<LiveOrder>(reply);
+  EXPECT_EQ(order.page, "");
+  ASSERT_EQ(order.wishes.size(), 1U);
+  EXPECT_EQ(order.wishes[0].rate, 20);
+  EXPECT_EQ(order.wishes[0].words, (std::vector<std::string>{"reg", "read", "1", "--wide"}));
+  for (const char* const end : {R"({"camera":"p","words":[]})", R"({"camera":"p","reads":[]})"}) {
+    EXPECT_TRUE(std::get<LiveOrder>(desk.Handle(Post("/api/live", end))).wishes.empty());
+  }
+}
+
+TEST(WorkbenchRequestsTest, LiveReadingOfAPageHasCommandLinesEachWithItsRate) {
+  RequestDesk desk;
+  const Reply reply = desk.Handle(Post("/api/live", R"({"camera":"p","page":"a-1","reads":[
+    {"words":["reg","read","0x100"]},
+    {"words":["i2c","read","0","--slave","0x6c"],"rate":0.5}]})"));
+  const auto& order = std::get<LiveOrder>(reply);
+  EXPECT_EQ(order.page, "a-1");
+  ASSERT_EQ(order.wishes.size(), 2U);
+  EXPECT_EQ(order.wishes[0].rate, 10);
+  EXPECT_EQ(order.wishes[1].rate, 0.5);
+  EXPECT_EQ(order.wishes[1].words[0], "i2c");
+  EXPECT_EQ(std::get<EventStream>(desk.Handle(Get("/api/events?page=a-1"))).page, "a-1");
+}
+
+TEST(WorkbenchRequestsTest, LiveReadingOfAnythingElseIsRefused) {
+  RequestDesk desk;
+  for (const char* const body :
+       {R"({"camera":"p","reads":[{"words":["reg","write","1","2"]}]})",
+        R"({"camera":"p","reads":[{"words":["watch","--reg","1"]}]})",
+        R"({"camera":"p","reads":[{"words":["reg"]}]})",
+        R"({"camera":"p","reads":[{"words":["reg","read","1"],"rate":101}]})",
+        R"({"camera":"p","reads":[{"words":["reg","read","1","--camera","2"]}]})",
+        R"({"camera":"p","reads":[{"words":["reg","read","1"],"other":1}]})",
+        R"({"camera":"p","reads":["reg read 1"]})", R"({"camera":"p","reads":{}})",
+        R"({"camera":"p","reads":[],"words":["1"]})", R"({"camera":"p","words":["1"],"rate":0})",
+        R"({"camera":"p","page":"a b","words":["1"]})"}) {
+    EXPECT_EQ(desk.Answer(Post("/api/live", body)).status, 400) << body;
+  }
+  nlohmann::json many = {{"camera", "p"}, {"reads", nlohmann::json::array()}};
+  for (int i = 0; i < 17; ++i) {
+    many["reads"].push_back({{"words", {"reg", "read", std::to_string(i)}}});
+  }
+  EXPECT_EQ(desk.Answer(Post("/api/live", many.dump())).status, 400);
+  EXPECT_EQ(desk.Answer(Get("/api/events?page=a%20b")).status, 400);
 }
 
 TEST(WorkbenchRequestsTest, StateEventsStopAndJobsAreReached) {

@@ -15,24 +15,31 @@ using Order = WorkerOrder::Kind;
 using Report = WorkerReport::Kind;
 
 TEST(WorkbenchWorkerTest, OrdersAndReportsSurviveTheirLines) {
-  const WorkerOrder order{Order::kRepeat, 7, {"reg", "read", "a\nb\"\xC3\xBC"}, 12.5, "C:\\a"};
+  const WorkerOrder order{Order::kRepeat,
+                          7,
+                          {"reg", "read", "a\nb\"\xC3\xBC"},
+                          {{{"reg", "read", "1"}, 12.5}},
+                          "C:\\a"};
   const auto same = ReadOrder(LineOf(order));
   ASSERT_TRUE(same);
   EXPECT_EQ(same->kind, Order::kRepeat);
   EXPECT_EQ(same->number, 7U);
   EXPECT_EQ(same->words, order.words);
-  EXPECT_EQ(same->rate, 12.5);
+  ASSERT_EQ(same->repeated.size(), 1U);
+  EXPECT_EQ(same->repeated[0].words, (std::vector<std::string>{"reg", "read", "1"}));
+  EXPECT_EQ(same->repeated[0].rate, 12.5);
   EXPECT_EQ(same->text, "C:\\a");
-  const auto report = ReadReport(LineOf(WorkerReport{Report::kError, 9, "x\n", -3}));
+  const auto report = ReadReport(LineOf(WorkerReport{Report::kError, 9, "x\n", -3, 2}));
   ASSERT_TRUE(report);
   EXPECT_EQ(report->kind, Report::kError);
   EXPECT_EQ(report->text, "x\n");
   EXPECT_EQ(report->code, -3);
+  EXPECT_EQ(report->index, 2U);
 }
 
 TEST(WorkbenchWorkerTest, OtherLinesAreNone) {
   for (const char* const line :
-       {"", "x", "{}", "[]", R"({"order":"other","number":1,"words":[],"rate":0,"text":""})",
+       {"", "x", "{}", "[]", R"({"order":"other","number":1,"words":[],"repeated":[],"text":""})",
         R"({"order":5})"}) {
     EXPECT_FALSE(ReadOrder(line)) << line;
     EXPECT_FALSE(ReadReport(line)) << line;
@@ -78,9 +85,9 @@ struct WorkerRig {
 TEST(WorkbenchWorkerTest, RunsOneAfterTheOtherAndTellsEachEnd) {
   WorkerRig rig;
   rig.host.chip().registers[0x100] = 0x11;
-  rig.Run({{Order::kEnter, 0, {}, 0, "here"},
-           {Order::kRun, 1, {"--json", "reg", "read", "0x100"}, 0, ""},
-           {Order::kRun, 2, {"--json", "reg", "read", "nonsense"}, 0, ""}});
+  rig.Run({{Order::kEnter, 0, {}, {}, "here"},
+           {Order::kRun, 1, {"--json", "reg", "read", "0x100"}, {}, ""},
+           {Order::kRun, 2, {"--json", "reg", "read", "nonsense"}, {}, ""}});
   EXPECT_EQ(rig.folder, "here");
   ASSERT_EQ(rig.reports.size(), 5U);
   EXPECT_EQ(rig.reports[0].kind, Report::kOut);
@@ -96,15 +103,15 @@ TEST(WorkbenchWorkerTest, StopIsForTheRunThatItNames) {
   int rounds = 0;
   rig.on_report = [&](const WorkerReport& report) {
     if (report.kind == Report::kRound && ++rounds == 3) {
-      rig.loop.Take({Order::kStop, 4, {}, 0, ""});
+      rig.loop.Take({Order::kStop, 4, {}, {}, ""});
       EXPECT_FALSE(rig.host.stop_requested);
-      rig.loop.Take({Order::kStop, 5, {}, 0, ""});
+      rig.loop.Take({Order::kStop, 5, {}, {}, ""});
     }
     if (report.kind == Report::kEnd) {
       rig.loop.Close();
     }
   };
-  rig.loop.Take({Order::kRepeat, 5, {"--json", "reg", "read", "0x100"}, 100, ""});
+  rig.loop.Take({Order::kRepeat, 5, {}, {{{"--json", "reg", "read", "0x100"}, 100}}, ""});
   rig.loop.Run();
   EXPECT_EQ(rounds, 3);
 }
@@ -116,13 +123,13 @@ TEST(WorkbenchWorkerTest, RepeatedReadingOpensTheCameraOnce) {
   std::uint64_t rounds = 0;
   rig.on_report = [&](const WorkerReport& report) {
     if (report.kind == Report::kRound && ++rounds == 50) {
-      rig.loop.Take({Order::kStop, 1, {}, 0, ""});
+      rig.loop.Take({Order::kStop, 1, {}, {}, ""});
     }
     if (report.kind == Report::kEnd) {
       rig.loop.Close();
     }
   };
-  rig.loop.Take({Order::kRepeat, 1, {"--json", "reg", "read", "0x100-0x103"}, 100, ""});
+  rig.loop.Take({Order::kRepeat, 1, {}, {{{"--json", "reg", "read", "0x100-0x103"}, 100}}, ""});
   rig.loop.Run();
   EXPECT_EQ(openings, 1);
   // The transfers for reading four registers only.
@@ -138,11 +145,70 @@ TEST(WorkbenchWorkerTest, RepeatedReadingOpensTheCameraOnce) {
 
 TEST(WorkbenchWorkerTest, RepeatingEndsWithAFailure) {
   WorkerRig rig;
-  rig.Run({{Order::kRepeat, 1, {"--json", "reg", "read", "nonsense"}, 100, ""}});
+  rig.Run({{Order::kRepeat, 1, {}, {{{"--json", "reg", "read", "nonsense"}, 100}}, ""}});
   EXPECT_EQ(rig.reports.back().code, 1);
   EXPECT_EQ(std::count_if(rig.reports.begin(), rig.reports.end(),
                           [](const WorkerReport& report) { return report.kind == Report::kRound; }),
             1);
+}
+
+// One of several readings can't be right: it ends, and the others continue.
+TEST(WorkbenchWorkerTest, RepeatingContinuesWithoutTheCommandLineThatIsWrong) {
+  WorkerRig rig;
+  std::vector<std::size_t> wrong;
+  std::size_t right = 0;
+  rig.on_report = [&](const WorkerReport& report) {
+    if (report.kind == Report::kRound && report.code != 0) {
+      wrong.push_back(report.index);
+    }
+    if (report.kind == Report::kRound && report.code == 0) {
+      EXPECT_NE(report.index, 1U);
+      if (++right == 20) {
+        rig.loop.Take({Order::kStop, 1, {}, {}, ""});
+      }
+    }
+    if (report.kind == Report::kEnd) {
+      rig.loop.Close();
+    }
+  };
+  rig.loop.Take({Order::kRepeat,
+                 1,
+                 {},
+                 {{{"--json", "reg", "read", "0x100"}, 100},
+                  {{"--json", "reg", "read", "nonsense"}, 100},
+                  {{"--json", "reg", "read", "0x104-0x107", "--wide"}, 100}},
+                 ""});
+  rig.loop.Run();
+  EXPECT_EQ(right, 20U);
+  EXPECT_EQ(wrong, (std::vector<std::size_t>{1}));
+}
+
+// Of three readings one is refused by the camera; it is tried again every two seconds.
+TEST(WorkbenchWorkerTest, ReadingThatFailsDoesNotSlowTheOthers) {
+  WorkerRig rig;
+  std::size_t failed = 0;
+  std::size_t read = 0;
+  rig.on_report = [&](const WorkerReport& report) {
+    if (report.kind == Report::kRound) {
+      (report.code == 0 ? read : failed) += 1;
+      if (read == 100) {
+        rig.loop.Take({Order::kStop, 1, {}, {}, ""});
+      }
+    }
+    if (report.kind == Report::kEnd) {
+      rig.loop.Close();
+    }
+  };
+  rig.loop.Take({Order::kRepeat,
+                 1,
+                 {},
+                 {{{"--json", "reg", "read", "0x100"}, 20},
+                  {{"--json", "reg", "read", "0x100", "--camera", "7"}, 20}},
+                 ""});
+  rig.loop.Run();
+  EXPECT_EQ(read, 100U);
+  EXPECT_GE(failed, 2U);
+  EXPECT_LE(failed, 4U);
 }
 
 }  // namespace

@@ -119,11 +119,54 @@ test("a camera that is pulled while it is programmed: what is unsure is said, th
   await page.getByRole("alert").filter({ hasText: "the flash is changed in part" }).waitFor();
   await control(page, "plug", { camera: 0 });
   await page.getByRole("button", { name: "Plan", exact: true }).click();
+  if (isSimulated) {
+    const unfinished = page.getByRole("region", { name: "Unfinished work" });
+    await unfinished.getByText(`flash program of ${rawName}`).waitFor();
+    await unfinished.getByText("This work continues it").waitFor();
+    return;
+  }
+  // The journal of a virtual camera waits only if its shared sector was cut. The rest is programmed in any case.
   await page.getByRole("region", { name: "Plan" }).getByText(/of which/).waitFor();
-  // The journal of a virtual camera waits only if its shared sector was cut.
-  if (isSimulated) await page.getByText(/a journal waits/).waitFor();
   await program().getByRole("button", { name: /^Program \d/ }).click();
   await page.getByText("All of it reads back equal.").waitFor();
+});
+  await unfinished.getByText(`flash program of ${rawName}`).waitFor();
+  await unfinished.getByText("This work continues it").waitFor();
+});
+
+const begun = "2026-11-21T20:44:28Z";
+
+test("all journals that the plan names are listed; one of a file of this run is planned again", { skip: !isSimulated }, async () => {
+  await drop("boot-0x20000.bin", noise(9000, 5));
+  await drop(rawName, noise(5000, 4));
+  await control(page, "journals", { journals: [
+    { state: "waits", number: 2, image: "boot-0x20000.bin", place: "0x20000-0x22327", sector: "0x22000-0x22fff", begun },
+    { state: "waits", number: 3, image: "C:\\line\\other.bin", place: "0x40010-0x4001f", sector: "0x40000-0x40fff", begun }] });
+  await page.getByRole("button", { name: "Remove boot-0x20000.bin" }).click();
+  await planned();
+  const unfinished = page.getByRole("region", { name: "Unfinished work" });
+  assert.equal(await unfinished.getByRole("listitem").count(), 2);
+  await unfinished.getByText("flash program of other.bin").waitFor();
+  await unfinished.getByText("To continue it, choose the same image again.").waitFor();
+  await unfinished.getByRole("button", { name: "Plan boot-0x20000.bin" }).click();
+  await page.getByRole("region", { name: "Plan" }).getByText(/boot-0x20000.bin, 8.8 KiB, from 0x20000/).waitFor();
+});
+
+test("a journal of an unknown camera is asked about before the plan, and the answer stays with the work", { skip: !isSimulated }, async () => {
+  await control(page, "journals", { journals: [
+    { state: "asks", number: 4, image: "C:\\line\\fw.bin", place: "0x10010-0x1fffe", sector: "0x1f000-0x1ffff", begun }] });
+  await drop(rawName, noise(5000, 4));
+  await page.getByRole("button", { name: "Plan", exact: true }).click();
+  const unfinished = page.getByRole("region", { name: "Unfinished work" });
+  await unfinished.getByText(/Reason: the rest of this flash is blank/).waitFor();
+  await unfinished.getByRole("button", { name: "It was another camera" }).waitFor();
+  await unfinished.getByRole("button", { name: "It was this camera: use the journal" }).click();
+  await unfinished.getByText("This work continues it").waitFor();
+  await page.getByRole("region", { name: "Plan" }).waitFor();
+  await program().getByRole("group", { name: "Command line" }).getByText(/--journal .*\.journal/).waitFor();
+  await program().getByRole("button", { name: /^Program \d/ }).click();
+  await page.getByText("All of it reads back equal.").waitFor({ timeout: 60_000 });
+  await unfinished.waitFor({ state: "detached" });
 });
 
 test("the page that is closed while programming comes back and shows it", async () => {

@@ -30,6 +30,29 @@ test("two pages see the same cameras, and the work of each other", async () => {
   await closePage(other);
 });
 
+test("two pages read the same camera live, each its own registers, until it closes", { skip: !isSimulated }, async () => {
+  const other = await newPage();
+  for (const each of [page, other]) await go(each, "Registers");
+  const row = await findRegister(page, names.enumerated);
+  await page.getByText("Live", { exact: true }).click();
+  const otherRow = await findRegister(other, names.slider);
+  await other.getByText("Live", { exact: true }).click();
+  await control(page, "poke", { name: names.enumerated, value: 2 });
+  await control(page, "poke", { name: names.slider, value: 9 });
+  await row.getByText("0x02").first().waitFor();
+  await otherRow.getByText("0x09").first().waitFor();
+  const reads = async () => (await control(page, "look")).reads;
+  await closePage(other);
+  await page.waitForTimeout(400);
+  const before = await reads();
+  await control(page, "poke", { name: names.enumerated, value: 1 });
+  await row.getByText("0x01").first().waitFor();
+  await page.waitForTimeout(600);
+  const later = await reads();
+  assert.equal(later[names.slider], before[names.slider]);
+  assert.ok(later[names.enumerated] > before[names.enumerated]);
+});
+
 test("a lost connection is said, and made again", { skip: !isSimulated }, async () => {
   await control(page, "connections");
   const alert = page.getByRole("alert").filter({ hasText: "The connection to the workbench is lost." });

@@ -11,7 +11,7 @@ import path from "node:path";
 import { fileURLToPath } from "node:url";
 import { Camera } from "./mock/camera.mjs";
 import { flashCommand } from "./mock/flash_commands.mjs";
-import { readWords, Refused, registerCommand } from "./mock/register_commands.mjs";
+import { readLine, readWords, Refused, registerCommand } from "./mock/register_commands.mjs";
 import { presets, regions } from "./mock/registers.mjs";
 
 const here = path.dirname(fileURLToPath(import.meta.url));
@@ -131,18 +131,32 @@ async function startRun(body, answer) {
   return body.wait === false ? undefined : answer(200, outcome);
 }
 
-const lives = new Map();
-function live(body, answer) {
-  clearInterval(lives.get(body.camera));
-  lives.delete(body.camera);
-  const camera = cameras.find((each) => each.path === body.camera);
-  if (camera && body.words.length > 0) {
-    lives.set(body.camera, setInterval(() => {
-      if (pages.size === 0 || !camera.plugged || camera.job) return;
-      const values = readWords(camera, body.words);
-      send("values", { camera: camera.path, time: Date.now() / 1000, registers: values.registers });
-    }, 1000 / body.rate));
-  }
+const lives = new Map(); // timers of a page for a camera
+function endLive(key) {
+  for (const timer of lives.get(key) ?? []) clearInterval(timer);
+  lives.delete(key);
+}
+
+function live({ camera: which, page, reads }, answer) {
+  const key = JSON.stringify([page, which]);
+  endLive(key);
+  const camera = cameras.find((each) => each.path === which);
+  if (!camera || reads.length === 0 || ![...pages].some((each) => each.name === page)) return answer(200, { live: null });
+  lives.set(key, reads.map(({ words, rate }) => {
+    const timer = setInterval(() => {
+      if (!camera.plugged || camera.job) return;
+      try {
+        const { registers } = readLine(camera, words);
+        send("values", { camera: which, pages: [page], words, time: Date.now() / 1000, registers });
+      } catch (error) {
+        const ended = error.failure.code === 1;
+        if (ended) clearInterval(timer);
+        send("log", { time: new Date().toISOString(), camera: which, pages: [page], ended, text: error.message,
+                      line: ["borvanusb", ...words].join(" ") });
+      }
+    }, 1000 / rate);
+    return timer;
+  }));
   return answer(200, { live: crypto.randomBytes(4).toString("hex") });
 }
 
@@ -153,12 +167,15 @@ function test(action, body, answer) {
   if (action === "reset") cameras.forEach((each) => { each.plugged = true; each.reset(); });
   if (action === "pace") pace = body.pace;
   if (action === "poke") camera.values.set(body.name, body.value);
+  if (action === "journals") camera.waiting = body.journals;
+  if (action === "bytes") camera.chip.set(Buffer.from(body.hex, "hex"), body.address);
   if (action === "flash") Buffer.from(body.hex, "hex").copy(camera.flash, body.address);
   if (action === "flood") {
     // Sends readings like live reading, but faster than in real time.
     const { registers } = readWords(camera, body.words);
     for (let index = 0; index < body.count; index++) {
-      send("values", { camera: camera.path, time: body.start + index / 10, registers });
+      send("values", { camera: camera.path, pages: [...pages].map((page) => page.name), words: ["reg", "read"],
+                       time: body.start + index / 10, registers });
     }
   }
   if (action === "connections") for (const page of pages) page.response.destroy();
@@ -205,9 +222,13 @@ async function handle(request, response) {
   }
   if (route === "GET /api/events") {
     response.writeHead(200, { "Content-Type": "text/event-stream", "Cache-Control": "no-store" });
-    const page = { response };
+    const page = { response, name: url.searchParams.get("page") ?? "" };
     pages.add(page);
-    request.socket.on("close", () => pages.delete(page));
+    request.socket.on("close", () => {
+      pages.delete(page);
+      if ([...pages].some((each) => each.name === page.name)) return;
+      for (const key of lives.keys()) if (JSON.parse(key)[0] === page.name) endLive(key);
+    });
     response.write(`event: cameras\ndata: ${JSON.stringify({ cameras: listed() })}\n\n`);
     return undefined;
   }

@@ -192,6 +192,29 @@ test("without a profile, registers are read and written by number in a grid", as
   await page.waitForFunction((text) => document.querySelector("[data-cell='35']").value === text, old);
 });
 
+test("registers by number are read live in every width", { skip: !isSimulated }, async () => {
+  await chooseCamera(page, names.withoutProfile);
+  await page.getByText("Live", { exact: true }).click();
+  const cell = (text) => page.waitForFunction((wanted) => document.querySelector("[data-cell='35']").value === wanted, text);
+  for (const [device, mode, text] of [["Chip, 8 bits", null, "44"], ["Chip, 32 bits", null, "77665544"], ["I2C device", "16/16", "5544"],
+                                      ["I2C device", "32/32", "77665544"]]) {
+    await page.getByLabel("Device").selectOption(device);
+    if (mode) await page.getByLabel("Mode").selectOption(mode);
+    await control(page, "bytes", { camera: 2, address: 0x123, hex: "00000000" });
+    await cell(text.replace(/./g, "0"));
+    await control(page, "bytes", { camera: 2, address: 0x123, hex: "44556677" });
+    await cell(text);
+  }
+});
+
+test("live reading of numbers that can't be read ends with a message", { skip: !isSimulated }, async () => {
+  await chooseCamera(page, names.withoutProfile);
+  await page.getByLabel("Device").selectOption("Chip, 32 bits");
+  await page.getByLabel("From").fill("0xfff0");
+  await page.getByText("Live", { exact: true }).click();
+  await page.getByRole("alert").filter({ hasText: /Live reading has ended: reg read: .* goes beyond 0xffff/ }).waitFor();
+});
+
 test("the keyboard alone finds a register, changes and writes it", async () => {
   const tree = page.getByRole("treegrid", { name: "Registers" });
   await page.getByRole("searchbox", { name: "Search by name" }).fill(names.exposure);

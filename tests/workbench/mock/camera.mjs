@@ -51,6 +51,7 @@ export class Camera {
     this.chip = noise(65536, 77 + this.seed);
     this.flash = firstFlash(this.seed);
     this.journal = null;
+    this.waiting = []; // journals of other work
     this.reads = new Map();
     this.began = Date.now();
   }

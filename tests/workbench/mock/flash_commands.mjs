@@ -129,21 +129,41 @@ async function steps(run, stage, ranges, each) {
 
 const wait = (milliseconds) => new Promise((resolve) => { setTimeout(resolve, milliseconds); });
 
+const journalFile = (number) => `C:\\Users\\station\\AppData\\Local\\BorvanUSB\\journals/borvanusb-1234-0001-b41ae10${number}-20261121T204428Z-0${number}.journal`;
+
+// What the tool states of the journals that it finds.
+function takeJournals(run, words) {
+  const { journal, waiting } = run.camera;
+  const work = ({ image, place, begun }) => `the unfinished flash program of ${image} at ${place}, started ${begun}`;
+  if (journal) {
+    run.messages.push(`${work(journal)}, was interrupted; the bytes beside it in ${journal.sector} come from ${journalFile(1)}`);
+  }
+  for (const each of waiting) {
+    const file = journalFile(each.number);
+    const given = option(words, "--journal");
+    if (each.state === "waits") run.messages.push(`${work(each)}, stays unfinished; ${file} holds the bytes beside it in ${each.sector}`);
+    if (each.state === "asks" && given === file) run.messages.push(`${work(each)}, was interrupted; the bytes beside it in ${each.sector} come from ${file}`);
+    if (each.state === "asks" && given === null) {
+      throw new Refused(5, "file", `${file} belongs to ${work(each)}, and it is unknown whether that was this camera: the rest of this flash is blank`,
+        `If it was this camera, and nothing was programmed there since, add --journal ${file}: the bytes beside the image come from it.\n`
+        + "Otherwise add --journal none: the sector keeps the bytes it holds, and the journal stays.");
+    }
+  }
+}
+
 async function program(run, words) {
   const image = images(run, words);
   const plan = planOf(run.camera, image);
-  if (run.camera.journal && !words.includes("--dry-run")) {
-    run.messages.push("the bytes beside the image come from the journal of the interrupted programming");
-  }
+  takeJournals(run, words);
   if (words.includes("--dry-run")) {
-    if (run.camera.journal) run.messages.push(`a journal waits: the unfinished flash program of ${run.camera.journal.image}, started ${run.camera.journal.begun}`);
     return result(run, image, plan, { dry_run: true });
   }
   if (plan.changed.length === 0) return result(run, image, plan, { verified: true, state: "done" });
   const backup = `${image.name.replace(/\.\w+$/, "")}-backup-1234-${run.camera.pid}-0x${plan.first.toString(16).padStart(8, "0")}.bin`;
   run.files.set(backup, Buffer.from(run.camera.flash.subarray(plan.changed[0].first, plan.changed.at(-1).last + 1)));
   const began = Date.now();
-  run.camera.journal = { image: image.name, begun: new Date().toISOString(), words };
+  run.camera.journal = { image: image.name, begun: new Date().toISOString(), place: hexRange(plan.first, plan.first + image.size - 1),
+                         sector: hexRange(plan.first, plan.first + SECTOR - 1) };
   const done = await steps(run, "program", plan.changed, async (sector) => {
     await wait(run.pace);
     plan.wanted.copy(run.camera.flash, sector, sector, sector + SECTOR);

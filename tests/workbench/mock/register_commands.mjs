@@ -67,6 +67,25 @@ export function readWords(camera, words) {
   return { wide: false, checked: true, registers: read };
 }
 
+const option = (words, name) => (words.includes(name) ? words[words.indexOf(name) + 1] : null);
+
+// A line of `reg read` or `i2c read`.
+export function readLine(camera, line) {
+  const [room, , ...words] = line;
+  const plain = words.filter((word, at) => !word.startsWith("--") && !(words[at - 1]?.startsWith("--") && words[at - 1] !== "--wide"));
+  if (room === "reg" && !words.includes("--wide")) return readWords(camera, plain);
+  const bits = room === "i2c" ? Number((option(words, "--mode") ?? "16/8").split("/")[1]) : 32;
+  const { first, last } = numbers(plain[0]);
+  if (room === "i2c" && option(words, "--slave") === "0x00") throw new Refused(6, "device", "i2c read: slave 0x00 does not answer");
+  if (last > 0xffff) throw wrong(`${room} read: ${plain[0]} goes beyond 0xffff`);
+  const read = [];
+  for (let address = first; address <= last; address++) {
+    const bytes = Array.from({ length: bits / 8 }, (_, at) => camera.chip[(address + at) & 0xffff]);
+    read.push({ address, value: bytes.reduceRight((sum, byte) => sum * 256 + byte, 0) });
+  }
+  return { wide: room === "reg", checked: true, registers: read };
+}
+
 function writeOne(camera, name, text) {
   let register = byName.get(name);
   let field = null;
@@ -172,7 +191,7 @@ export function registerCommand(run) {
       if (!run.camera.profile) throw wrong("reg find: this camera has no profile", "Give one with --profile FILE.");
       return { registers };
     }
-    case "read": return readWords(run.camera, words.filter((word, at) => !word.startsWith("--") && !words[at - 1]?.startsWith("--")));
+    case "read": return readLine(run.camera, run.words);
     case "write": return write(run.camera, words);
     case "dump": {
       const values = side(run, "camera");

@@ -132,7 +132,7 @@ void Connection::Handle() {
       [self = shared_from_this(), keep](HttpResponse response) {
         self->Respond(std::move(response), keep);
       },
-      [self = shared_from_this()] { self->BeginStream(); });
+      [self = shared_from_this()](const std::string& page) { self->BeginStream(page); });
 }
 
 void Connection::Respond(HttpResponse response, bool keep) {
@@ -161,11 +161,12 @@ void Connection::Respond(HttpResponse response, bool keep) {
 
 // ---- Events ----
 
-void Connection::BeginStream() {
+void Connection::BeginStream(const std::string& page) {
   if (closed_) {
     return;
   }
   streams_ = true;
+  page_ = page;
   std::string head = "HTTP/1.1 200 OK\r\nContent-Type: text/event-stream\r\nConnection: close\r\n";
   for (const auto& [name, value] : Hardened(HttpResponse()).headers) {
     head += name;

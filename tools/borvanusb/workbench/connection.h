@@ -23,6 +23,7 @@ namespace borvanusb {
 class ConnectionOwner {
  public:
   using Respond = std::function<void(HttpResponse)>;
+  using OpenStream = std::function<void(const std::string& page)>;
 
   ConnectionOwner() = default;
   ConnectionOwner(const ConnectionOwner&) = delete;
@@ -34,8 +35,7 @@ class ConnectionOwner {
   virtual std::optional<HttpResponse> CheckHead(const HttpRequest& request) = 0;
   // Calls `respond` with the answer, or `stream` once, which turns the connection into an event
   // stream.
-  virtual void Handle(const HttpRequest& request, Respond respond,
-                      std::function<void()> stream) = 0;
+  virtual void Handle(const HttpRequest& request, Respond respond, OpenStream stream) = 0;
   // Called when an event stream ends.
   virtual void OnClosed(std::uint64_t connection) = 0;
 };
@@ -47,6 +47,8 @@ class Connection : public std::enable_shared_from_this<Connection> {
   void Start();
   std::uint64_t Number() const { return number_; }
   bool Streams() const { return streams_; }
+  // The name of the page that receives the events; may be empty.
+  const std::string& Page() const { return page_; }
   // Sends an event on an event stream. A page that does not read its events is disconnected.
   void SendEvent(const std::shared_ptr<const std::string>& text);
   void Close();
@@ -62,7 +64,7 @@ class Connection : public std::enable_shared_from_this<Connection> {
   void OnReadFailed(Error error);
   void Handle();
   void Respond(HttpResponse response, bool keep);
-  void BeginStream();
+  void BeginStream(const std::string& page);
   void WatchReader();
   void SendNext();
   void Beat();
@@ -78,6 +80,7 @@ class Connection : public std::enable_shared_from_this<Connection> {
   std::deque<std::shared_ptr<const std::string>> events_;
   std::size_t event_bytes_ = 0;
   bool streams_ = false;
+  std::string page_;
   bool closed_ = false;
 };
 

@@ -46,15 +46,18 @@ std::unique_ptr<WorkbenchJob> Desk::MakeJob(const RunOrder& order) {
   job->words = order.words;
   job->accepted = order.accepted;
   job->line = LineFor(order.words, order.accepted, job->camera);
-  std::vector<std::string> shown = order.words;
-  const auto found = FindCamera(job->camera);
-  if (!job->camera.empty()) {
-    const std::string which =
-        found != cameras_.end() ? std::to_string(found->identity.value("index", 0)) : job->camera;
-    shown.insert(std::ranges::find(shown, "--"), {"--camera", which});
-  }
-  job->shown = CommandLineText(shown);
+  job->shown = ShownLine(order.words, job->camera);
   return job;
+}
+
+std::string Desk::ShownLine(std::vector<std::string> words, const std::string& camera) {
+  if (!camera.empty()) {
+    const auto found = FindCamera(camera);
+    const std::string which =
+        found != cameras_.end() ? std::to_string(found->identity.value("index", 0)) : camera;
+    words.insert(std::ranges::find(words, "--"), {"--camera", which});
+  }
+  return CommandLineText(words);
 }
 
 std::vector<Desk::CameraEntry>::iterator Desk::FindCamera(const std::string& camera) {
@@ -173,27 +176,37 @@ void Desk::StopAll() {
 }
 
 Desk::Json Desk::SetLive(const LiveOrder& order) {
-  LiveSet live;
-  live.id = Format("live-{}", next_id_++);
-  live.rate = order.rate;
-  if (!order.words.empty() && pages_ > 0) {
-    AcceptedWords accepted;
-    accepted.added = {"--json", "--progress", "none"};
-    accepted.takes_camera = true;
-    accepted.takes_profile = true;
-    std::vector<std::string> words = {"reg", "read"};
-    words.insert(words.end(), order.words.begin(), order.words.end());
-    live.line = LineFor(words, accepted, order.camera);
-    lives_[order.camera] = live;
+  const LiveWishes wishes = WishesOfOpen({{order.page, order.wishes}}, pages_);
+  const bool reads = !wishes.empty() && !order.wishes.empty();
+  if (reads) {
+    lives_[order.camera][order.page] = order.wishes;
   } else {
-    lives_.erase(order.camera);
+    lives_[order.camera].erase(order.page);
   }
-  if (const auto lane = lanes_.find(order.camera); lane != lanes_.end()) {
-    lane->second->SetLive(live);
-  } else if (!live.line.empty()) {
-    LaneOf(order.camera)->SetLive(live);
+  ApplyLive(order.camera);
+  return {{"live", reads ? Json(Format("live-{}", next_id_++)) : Json()}};
+}
+
+// What the pages want of a camera now.
+void Desk::ApplyLive(const std::string& camera) {
+  AcceptedWords accepted;
+  accepted.added = {"--json", "--progress", "none"};
+  accepted.takes_camera = true;
+  accepted.takes_profile = true;
+  std::vector<LiveLine> lines;
+  for (LiveRead& read : ReadsFor(lives_[camera])) {
+    std::vector<std::string> line = LineFor(read.words, accepted, camera);
+    std::string shown = ShownLine(read.words, camera);
+    lines.push_back({std::move(read), std::move(line), std::move(shown)});
   }
-  return {{"live", live.line.empty() ? Json() : Json(live.id)}};
+  if (lines.empty()) {
+    lives_.erase(camera);
+  }
+  if (const auto lane = lanes_.find(camera); lane != lanes_.end()) {
+    lane->second->SetLive(std::move(lines));
+  } else if (!lines.empty()) {
+    LaneOf(camera)->SetLive(std::move(lines));
+  }
 }
 
 }  // namespace borvanusb

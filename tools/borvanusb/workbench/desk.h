@@ -29,7 +29,7 @@ class Desk {
   Desk& operator=(const Desk&) = delete;
 
   void Run(const RunOrder& order, Respond respond);
-  // Sets the registers for live reading. It stops when the last event stream closes.
+  // Sets what a page reads live. It ends with the page's event stream.
   Json SetLive(const LiveOrder& order);
   bool StopJob(const std::string& job);
   std::optional<std::string> JobText(const std::string& job) const;
@@ -37,9 +37,9 @@ class Desk {
   // listing fails.
   void TellState(std::function<void(const Json& cameras, const Json& jobs)> tell);
 
-  // The number of connected pages. While there is at least one, the cameras are listed
-  // periodically.
-  void SetPages(std::size_t pages);
+  // The names of the connected pages; a name may be empty. While there is at least one page, the
+  // cameras are listed periodically.
+  void SetPages(std::vector<std::string> pages);
   bool HasWork() const;
   // Stops all work, as Ctrl-C does.
   void StopAll();
@@ -61,6 +61,8 @@ class Desk {
   std::unique_ptr<WorkbenchJob> MakeJob(const RunOrder& order);
   std::vector<std::string> LineFor(const std::vector<std::string>& words,
                                    const AcceptedWords& accepted, const std::string& camera) const;
+  std::string ShownLine(std::vector<std::string> words, const std::string& camera);
+  void ApplyLive(const std::string& camera);
   void Keep(const std::string& job, const Json& answer);
   void Look();
   void ScheduleLook();
@@ -74,13 +76,13 @@ class Desk {
   std::shared_ptr<Lane> looker_;
   std::map<std::string, std::shared_ptr<Lane>> lanes_;  // by path; "" without a camera
   std::vector<CameraEntry> cameras_;
-  std::map<std::string, LiveSet> lives_;
+  std::map<std::string, LiveWishes> lives_;                  // by the camera's path
   std::deque<std::pair<std::string, std::string>> answers_;  // answers of the last jobs, by id
   std::vector<std::function<void()>> waiting_for_state_;
   std::string look_problem_;  // last reported problem
   Json library_;
   bool asked_for_library_ = false;
-  std::size_t pages_ = 0;
+  std::vector<std::string> pages_;
   bool looking_ = false;
   std::uint64_t looks_ = 0;
   bool look_scheduled_ = false;

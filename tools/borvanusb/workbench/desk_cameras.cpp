@@ -1,5 +1,6 @@
 // The desk's cameras: the list, and what is known about each camera.
 #include <algorithm>
+#include <utility>
 
 #include "base/failure.h"
 #include "base/time_text.h"
@@ -22,21 +23,18 @@ bool HasCommand(const ToolDescription& tool, const std::vector<std::string>& wor
 
 }  // namespace
 
-void Desk::SetPages(std::size_t pages) {
-  pages_ = pages;
-  if (pages_ == 0) {
-    for (const auto& [camera, live] : lives_) {
-      if (const auto lane = lanes_.find(camera); lane != lanes_.end()) {
-        lane->second->SetLive({});
-      }
-    }
-    lives_.clear();
+void Desk::SetPages(std::vector<std::string> pages) {
+  pages_ = std::move(pages);
+  const auto lives = lives_;
+  for (const auto& [camera, wishes] : lives) {
+    lives_[camera] = WishesOfOpen(wishes, pages_);
+    ApplyLive(camera);
   }
   ScheduleLook();
 }
 
 void Desk::ScheduleLook() {
-  if (pages_ == 0 || look_scheduled_ || looking_) {
+  if (pages_.empty() || look_scheduled_ || looking_) {
     return;
   }
   look_scheduled_ = true;
@@ -133,8 +131,8 @@ void Desk::TakeCameras(const Json& cameras) {
     } catch (const Failure&) {
       // The first command will report why the worker can't be started.
     }
-    if (const auto live = lives_.find(path); live != lives_.end()) {
-      lane->SetLive(live->second);
+    if (lives_.contains(path)) {
+      ApplyLive(path);
     }
     AskForProfile(path);
   }

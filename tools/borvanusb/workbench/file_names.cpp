@@ -102,4 +102,28 @@ std::string ProblemOfPlainName(std::string_view name) {
   return IsDevice(name) ? "is the name of a device of Windows" : "";
 }
 
+std::string WithPlainNames(std::string_view text, std::string_view folder) {
+  const auto spelled = [](char c) {
+    if (c == '/') {
+      return '\\';
+    }
+    return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
+  };
+  const auto same = [&](char a, char b) { return spelled(a) == spelled(b); };
+  std::string plain;
+  while (!folder.empty()) {
+    const auto* const found =
+        std::search(text.begin(), text.end(), folder.begin(), folder.end(), same);
+    const auto before = static_cast<std::size_t>(found - text.begin());
+    const std::size_t after = before + folder.size();
+    if (found == text.end() || after >= text.size()) {
+      break;
+    }
+    const bool is_file = spelled(text[after]) == '\\';
+    plain += text.substr(0, is_file ? before : after);
+    text.remove_prefix(is_file ? after + 1 : after);
+  }
+  return plain + std::string(text);
+}
+
 }  // namespace borvanusb

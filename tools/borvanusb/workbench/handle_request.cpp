@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <nlohmann/json.hpp>
+#include <utility>
 
 #include "base/failure.h"
 #include "base/format.h"
@@ -18,6 +19,7 @@ using Json = nlohmann::ordered_json;
 constexpr std::string_view kFiles = "/api/files";
 constexpr double kHighestRate = 100;
 constexpr double kLowestRate = 0.1;
+constexpr std::size_t kMostReads = 16;  // of one page, at once
 
 HttpResponse JsonResponse(const Json& body) {
   HttpResponse response;
@@ -151,37 +153,75 @@ HttpResponse HandleStop(const JsonBody& body, WorkbenchServices& services) {
   return JsonResponse({{"job", job}});
 }
 
+// A name that a page chooses.
+std::string NameOf(std::string text, const char* key) {
+  constexpr std::size_t kLongest = 64;
+  if (text.size() > kLongest || !std::ranges::all_of(text, [](char c) {
+        return DigitOf(c) >= 0 || (c >= 'g' && c <= 'z') || (c >= 'G' && c <= 'Z') || c == '-' ||
+               c == '_';
+      })) {
+    throw Failure(ExitCode::kUsage,
+                  Format("{}: at most 64 letters, digits, - and _ are possible", key),
+                  "Omit it if no name is needed.");
+  }
+  return text;
+}
+
+EventStream OpenStream(const HttpRequest& request) {
+  constexpr std::string_view kQuery = "/api/events?page=";
+  const std::string_view target = request.target;
+  const bool named = target.starts_with(kQuery);
+  return {NameOf(named ? std::string(target.substr(kQuery.size())) : "", "page")};
+}
+
 RunOrder ReadRun(const JsonBody& body, const WorkbenchRules& rules) {
   body.RefuseOthers({"words", "camera", "job", "wait"});
   RunOrder order;
   order.words = body.Texts("words");
   order.camera = body.OptionalText("camera");
-  order.job = body.OptionalText("job").value_or("");
+  order.job = NameOf(body.OptionalText("job").value_or(""), "job");
   order.wait = body.OptionalFlag("wait").value_or(true);
-  if (order.job.size() > 64 || !std::ranges::all_of(order.job, [](char c) {
-        return DigitOf(c) >= 0 || (c >= 'g' && c <= 'z') || (c >= 'G' && c <= 'Z') || c == '-' ||
-               c == '_';
-      })) {
-    throw Failure(ExitCode::kUsage, "job: at most 64 letters, digits, - and _ are possible",
-                  "Omit it; the workbench then chooses one.");
-  }
   order.accepted = AcceptWords(rules.tool, order.words, rules.limits);
   return order;
 }
 
-LiveOrder ReadLive(const JsonBody& body, const WorkbenchRules& rules) {
-  body.RefuseOthers({"camera", "words", "rate"});
-  LiveOrder order;
-  order.camera = body.Text("camera");
-  order.words = body.Texts("words");
-  order.rate = body.OptionalNumber("rate").value_or(order.rate);
-  if (!(order.rate >= kLowestRate && order.rate <= kHighestRate)) {
+LiveWish ReadWish(std::vector<std::string> words, const JsonBody& body,
+                  const WorkbenchRules& rules) {
+  LiveWish wish;
+  wish.words = std::move(words);
+  wish.rate = body.OptionalNumber("rate").value_or(wish.rate);
+  if (!(wish.rate >= kLowestRate && wish.rate <= kHighestRate)) {
     throw Failure(ExitCode::kUsage, "rate: 0.1 to 100 readings a second are possible", "");
   }
-  if (!order.words.empty()) {
+  const bool reads = wish.words.size() >= 2 && (wish.words[0] == "reg" || wish.words[0] == "i2c") &&
+                     wish.words[1] == "read";
+  if (!reads) {
+    throw Failure(ExitCode::kUsage, "reads: reg read and i2c read are possible", "");
+  }
+  static_cast<void>(AcceptWords(rules.tool, wish.words, rules.limits));
+  return wish;
+}
+
+LiveOrder ReadLive(const JsonBody& body, const WorkbenchRules& rules) {
+  body.RefuseOthers({"camera", "page", "words", "rate", "reads"});
+  LiveOrder order;
+  order.camera = body.Text("camera");
+  order.page = NameOf(body.OptionalText("page").value_or(""), "page");
+  if (body.Has("reads") && (body.Has("words") || body.Has("rate"))) {
+    throw Failure(ExitCode::kUsage, "reads: words and rate belong into its objects", "");
+  }
+  if (body.Has("reads")) {
+    for (const JsonBody& read : body.Objects("reads")) {
+      read.RefuseOthers({"words", "rate"});
+      order.wishes.push_back(ReadWish(read.Texts("words"), read, rules));
+    }
+  } else if (const auto registers = body.Texts("words"); !registers.empty()) {
     std::vector<std::string> words = {"reg", "read"};
-    words.insert(words.end(), order.words.begin(), order.words.end());
-    static_cast<void>(AcceptWords(rules.tool, words, rules.limits));
+    words.insert(words.end(), registers.begin(), registers.end());
+    order.wishes.push_back(ReadWish(std::move(words), body, rules));
+  }
+  if (order.wishes.size() > kMostReads) {
+    throw Failure(ExitCode::kUsage, Format("reads: at most {} are possible", kMostReads), "");
   }
   return order;
 }
@@ -237,7 +277,7 @@ Reply Route(const HttpRequest& request, const WorkbenchRules& rules, WorkbenchSe
     if (request.method != "GET") {
       return WrongMethod("GET");
     }
-    return path == "/api/state" ? Reply(StateOrder()) : Reply(EventStream());
+    return path == "/api/state" ? Reply(StateOrder()) : Reply(OpenStream(request));
   }
   return ServePage(request, path, services);
 }

@@ -9,6 +9,7 @@
 #include "command/command_line.h"
 #include "workbench/gate.h"
 #include "workbench/http_message.h"
+#include "workbench/live_reads.h"
 #include "workbench/services.h"
 #include "workbench/word_rules.h"
 
@@ -25,15 +26,18 @@ struct RunOrder {
   AcceptedWords accepted;
 };
 
-// Read these registers repeatedly. No words: stop reading.
+// Read these registers repeatedly. No wishes: stop reading.
 struct LiveOrder {
   std::string camera;
-  std::vector<std::string> words;
-  double rate = 10;  // readings per second
+  std::string page;  // reading ends with the event stream of this page; empty: with the last one
+  std::vector<LiveWish> wishes;
 };
 
-struct StateOrder {};   // answer with the complete state
-struct EventStream {};  // send events until the page disconnects
+struct StateOrder {};  // answer with the complete state
+// Send events until the page disconnects.
+struct EventStream {
+  std::string page;  // its name; may be empty
+};
 
 using Reply = std::variant<HttpResponse, RunOrder, LiveOrder, StateOrder, EventStream>;
 

@@ -1,5 +1,9 @@
 #include "workbench/job.h"
 
+#include <utility>
+
+#include "workbench/file_names.h"
+
 namespace borvanusb {
 
 namespace {
@@ -59,6 +63,18 @@ Json AnswerOf(const WorkbenchJob& job, const Failure& failure) {
   return Answer(job, static_cast<int>(failure.Code()), Json(), ErrorJson(failure));
 }
 
+Json WithPlainNames(Json answer, const std::string& folder) {
+  if (answer.is_string()) {
+    return WithPlainNames(answer.get_ref<const std::string&>(), std::string_view(folder));
+  }
+  if (answer.is_structured()) {
+    for (Json& part : answer) {
+      part = WithPlainNames(std::move(part), folder);
+    }
+  }
+  return answer;
+}
+
 bool TakeErrorText(WorkbenchJob& job, std::string_view text) {
   job.error_rest += text;
   bool progressed = false;
@@ -72,6 +88,11 @@ bool TakeErrorText(WorkbenchJob& job, std::string_view text) {
     }
   }
   return progressed;
+}
+
+bool LeavesWorkerUnsure(int code) {
+  return code == static_cast<int>(ExitCode::kTimeout) ||
+         code == static_cast<int>(ExitCode::kInternal);
 }
 
 std::vector<std::string> TakeLines(std::string& text) {

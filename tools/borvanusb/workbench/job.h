@@ -44,9 +44,16 @@ nlohmann::ordered_json AnswerOf(const WorkbenchJob& job, int code);
 // The answer of /api/run for a job that could not complete.
 nlohmann::ordered_json AnswerOf(const WorkbenchJob& job, const Failure& failure);
 
+// Replaces the full names of files in the run's folder by their plain names, as the page knows
+// them.
+nlohmann::ordered_json WithPlainNames(nlohmann::ordered_json answer, const std::string& folder);
+
 // Processes a part of standard error: progress goes to job.progress, complete lines go to
 // job.messages. Returns whether there was progress.
 bool TakeErrorText(WorkbenchJob& job, std::string_view text);
+
+// Whether the library in the worker may be in any state after this exit code.
+bool LeavesWorkerUnsure(int code);
 
 // Removes the complete lines from the beginning of a text and returns them.
 std::vector<std::string> TakeLines(std::string& text);

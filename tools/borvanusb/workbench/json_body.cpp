@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <nlohmann/json.hpp>
+#include <utility>
 
 #include "base/failure.h"
 #include "base/format.h"
@@ -42,6 +43,10 @@ JsonBody::JsonBody(const std::string& text) : json_(std::make_unique<Json>(Parse
   }
 }
 
+JsonBody::JsonBody(std::unique_ptr<Json> json) : json_(std::move(json)) {}
+
+JsonBody::JsonBody(JsonBody&& other) noexcept = default;
+
 JsonBody::~JsonBody() = default;
 
 const Json* JsonBody::Find(const char* key) const {
@@ -64,6 +69,19 @@ std::vector<std::string> JsonBody::Texts(const char* key) const {
     throw Wrong(Format("{}: a list of texts is needed", key));
   }
   return list->get<std::vector<std::string>>();
+}
+
+std::vector<JsonBody> JsonBody::Objects(const char* key) const {
+  const Json* const list = Find(key);
+  if (list == nullptr || !list->is_array() ||
+      !std::ranges::all_of(*list, [](const Json& item) { return item.is_object(); })) {
+    throw Wrong(Format("{}: a list of objects is needed", key));
+  }
+  std::vector<JsonBody> objects;
+  for (const Json& item : *list) {
+    objects.push_back(JsonBody(std::make_unique<Json>(item)));
+  }
+  return objects;
 }
 
 std::optional<std::string> JsonBody::OptionalText(const char* key) const {

@@ -18,9 +18,14 @@ class JsonBody {
   ~JsonBody();
   JsonBody(const JsonBody&) = delete;
   JsonBody& operator=(const JsonBody&) = delete;
+  JsonBody(JsonBody&& other) noexcept;
+  JsonBody& operator=(JsonBody&&) = delete;
 
+  // False when the key is missing or null.
+  bool Has(const char* key) const { return Find(key) != nullptr; }
   std::string Text(const char* key) const;
   std::vector<std::string> Texts(const char* key) const;
+  std::vector<JsonBody> Objects(const char* key) const;
   // Returns nothing if the key is missing or null.
   std::optional<std::string> OptionalText(const char* key) const;
   std::optional<bool> OptionalFlag(const char* key) const;
@@ -29,6 +34,7 @@ class JsonBody {
   void RefuseOthers(std::initializer_list<std::string_view> known) const;
 
  private:
+  explicit JsonBody(std::unique_ptr<nlohmann::json> json);
   // Null if the key is missing or null.
   const nlohmann::json* Find(const char* key) const;
 

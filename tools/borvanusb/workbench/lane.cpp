@@ -18,15 +18,7 @@ constexpr milliseconds kPatience{2000};
 // After a second stop request, a worker ends by itself within a second. If it does not, it is
 // killed.
 constexpr milliseconds kKillDelay{3000};
-// Time before live reading is tried again after a failure.
-constexpr milliseconds kLivePause{2000};
 constexpr std::size_t kMostOutput = 64U << 20U;
-
-// After these exit codes, the library in the worker may be in any state, so the worker is replaced.
-bool SpoilsWorker(int code) {
-  return code == static_cast<int>(ExitCode::kTimeout) ||
-         code == static_cast<int>(ExitCode::kInternal);
-}
 
 Failure WorkerGone(const WorkbenchJob& job, int code) {
   constexpr int kEnough = 2;
@@ -116,7 +108,7 @@ bool Lane::Stop(const std::string& job) {
 }
 
 void Lane::StopAll() {
-  live_.line.clear();
+  live_.clear();
   while (!waiting_.empty()) {
     Stop(std::string(waiting_.front()->id));
   }
@@ -125,16 +117,9 @@ void Lane::StopAll() {
   }
 }
 
-void Lane::SetLive(LiveSet live) {
-  live_ = std::move(live);
-  live_problem_.clear();
-  live_pausing_ = false;
-  StopLive();
-  Pump();
-}
-
 void Lane::Renew() {
   renew_ = true;
+  live_refused_.clear();
   if (busy_ == Busy::kLive) {
     StopLive();
   }
@@ -154,20 +139,15 @@ void Lane::Pump() {
   }
   if (!waiting_.empty()) {
     BeginJob();
-  } else if (!live_.line.empty() && !live_pausing_) {
+  } else if (!live_pausing_ && !ReadableLive().empty()) {
     BeginLive();
   }
 }
 
-bool Lane::SendRun(WorkerOrder::Kind kind, const std::vector<std::string>& line, double rate) {
+void Lane::SendRun(WorkerOrder order) {
   Prepare();
-  WorkerOrder order;
-  order.kind = kind;
   order.number = ++run_;
-  order.words = line;
-  order.rate = rate;
   worker_->Send(order);
-  return true;
 }
 
 void Lane::BeginJob() {
@@ -178,7 +158,10 @@ void Lane::BeginJob() {
   busy_ = Busy::kJob;
   PublishJob("started", nullptr);
   try {
-    SendRun(WorkerOrder::Kind::kRun, job_->line, 0);
+    WorkerOrder order;
+    order.kind = WorkerOrder::Kind::kRun;
+    order.words = job_->line;
+    SendRun(std::move(order));
   } catch (const Failure& failure) {
     EndJob(static_cast<int>(failure.Code()), AnswerOf(*job_, failure));
     return;
@@ -189,30 +172,6 @@ void Lane::BeginJob() {
       self->RejectWaiting();
     }
   });
-}
-
-void Lane::BeginLive() {
-  live_output_.clear();
-  live_stopping_ = false;
-  busy_ = Busy::kLive;
-  try {
-    SendRun(WorkerOrder::Kind::kRepeat, live_.line, live_.rate);
-  } catch (const Failure& failure) {
-    busy_ = Busy::kNo;
-    live_.line.clear();
-    PublishLine(failure.Message());
-  }
-}
-
-void Lane::StopLive() {
-  if (busy_ != Busy::kLive || live_stopping_) {
-    return;
-  }
-  live_stopping_ = true;
-  WorkerOrder stop;
-  stop.kind = WorkerOrder::Kind::kStop;
-  stop.number = run_;
-  worker_->Send(stop);
 }
 
 void Lane::DropWorker() {
@@ -263,55 +222,11 @@ void Lane::TakeJobReport(const WorkerReport& report) {
 void Lane::EndJob(int code, const Json& answer) {
   const auto job = std::move(job_);
   busy_ = Busy::kNo;
-  renew_ = renew_ || SpoilsWorker(code);
+  renew_ = renew_ || LeavesWorkerUnsure(code);
   if (!job->internal) {
     tools_.publish("job", {{"job", JobJson(*job)}, {"state", "ended"}, {"exit", code}});
   }
-  job->on_end(code, answer);
-  Pump();
-}
-
-void Lane::TakeLiveReport(const WorkerReport& report) {
-  if (report.kind == WorkerReport::Kind::kOut) {
-    live_output_ += report.text;
-  } else if (report.kind == WorkerReport::Kind::kEnd) {
-    EndLive(report.code);
-  } else if (report.kind == WorkerReport::Kind::kRound) {
-    const Json reading = Json::parse(live_output_, nullptr, false);
-    live_output_.clear();
-    if (report.code == 0 && reading.is_object()) {
-      live_problem_.clear();
-      tools_.publish(
-          "values",
-          {{"camera", camera_},
-           {"live", live_.id},
-           {"time", std::chrono::duration<double>(tools_.now().time_since_epoch()).count()},
-           {"registers", reading.value("registers", Json::array())}});
-    } else if (reading.is_object() && reading.contains("error") && !live_stopping_) {
-      const std::string problem = reading["error"].value("message", std::string());
-      if (problem != live_problem_) {
-        live_problem_ = problem;
-        PublishLine(problem);
-      }
-    }
-  }
-}
-
-void Lane::EndLive(int code) {
-  busy_ = Busy::kNo;
-  renew_ = renew_ || SpoilsWorker(code);
-  if (!live_stopping_) {
-    if (code == static_cast<int>(ExitCode::kUsage)) {
-      live_.line.clear();
-    }
-    live_pausing_ = true;
-    tools_.after(kLivePause, [lane = weak_from_this()] {
-      if (const auto self = lane.lock()) {
-        self->live_pausing_ = false;
-        self->Pump();
-      }
-    });
-  }
+  job->on_end(code, WithPlainNames(answer, tools_.folder));
   Pump();
 }
 
@@ -338,13 +253,6 @@ void Lane::PublishJob(const char* state, const Json& exit) {
   if (!job_->internal) {
     tools_.publish("job", {{"job", JobJson(*job_)}, {"state", state}, {"exit", exit}});
   }
-}
-
-void Lane::PublishLine(const std::string& line) {
-  tools_.publish("log", {{"time", TimeText(tools_.now())},
-                         {"camera", camera_},
-                         {"text", line},
-                         {"line", CommandLineText(live_.line)}});
 }
 
 }  // namespace borvanusb

@@ -1,21 +1,26 @@
 #pragma once
 
 #include <deque>
+#include <map>
 #include <memory>
+#include <set>
 #include <string>
 #include <vector>
 
 #include "workbench/desk_tools.h"
 #include "workbench/job.h"
+#include "workbench/live_reads.h"
 #include "workbench/worker.h"
 
 namespace borvanusb {
 
-// Registers that a page reads repeatedly.
-struct LiveSet {
-  std::string id;
-  std::vector<std::string> line;  // as passed to the worker; empty: no live reading
-  double rate = 10;
+// A repeated reading, as passed to the worker of the camera.
+struct LiveLine {
+  LiveRead read;
+  std::vector<std::string> line;  // what the worker runs
+  std::string shown;              // the same as a person would type it
+
+  friend bool operator==(const LiveLine&, const LiveLine&) = default;
 };
 
 // The work for one camera, or for commands without a camera: its worker process, the queue of jobs,
@@ -36,8 +41,8 @@ class Lane : public std::enable_shared_from_this<Lane> {
   // Returns false if the job is not in this lane.
   bool Stop(const std::string& job);
   void StopAll();
-  // Replaces the registers for live reading.
-  void SetLive(LiveSet live);
+  // Replaces what is read live. Does nothing if it is the same.
+  void SetLive(std::vector<LiveLine> live);
   // Called when the camera was unplugged: the following work gets a new worker.
   void Renew();
 
@@ -46,19 +51,24 @@ class Lane : public std::enable_shared_from_this<Lane> {
 
   void Pump();
   void BeginJob();
-  void BeginLive();
-  bool SendRun(WorkerOrder::Kind kind, const std::vector<std::string>& line, double rate);
+  void SendRun(WorkerOrder order);
   void RejectWaiting();
   void OnReport(std::uint64_t worker, const WorkerReport& report);
   void OnWorkerEnd(std::uint64_t worker, int code);
   void TakeJobReport(const WorkerReport& report);
-  void TakeLiveReport(const WorkerReport& report);
   void EndJob(int code, const nlohmann::ordered_json& answer);
-  void EndLive(int code);
   void PublishJob(const char* state, const nlohmann::ordered_json& exit);
-  void PublishLine(const std::string& line);
-  void StopLive();
   void DropWorker();
+
+  // Live reading: lane_live.cpp.
+  std::vector<LiveLine> ReadableLive() const;
+  void BeginLive();
+  void StopLive();
+  void TakeLiveReport(const WorkerReport& report);
+  void TakeRound(const LiveLine& live, int code);
+  void TellLiveProblem(const LiveLine& live, const std::string& problem, bool ended);
+  void EndLive(int code);
+  void PauseLive();
 
   const std::string camera_;
   DeskTools& tools_;
@@ -69,11 +79,14 @@ class Lane : public std::enable_shared_from_this<Lane> {
   std::uint64_t run_ = 0;  // number of the current run
   std::unique_ptr<WorkbenchJob> job_;
   std::deque<std::unique_ptr<WorkbenchJob>> waiting_;
-  LiveSet live_;
+  std::vector<LiveLine> live_;
+  std::vector<LiveLine> live_at_work_;
+  // Command lines that can't be right: they are not tried again.
+  std::set<std::vector<std::string>> live_refused_;
+  std::map<std::vector<std::string>, std::string> live_problems_;  // the last ones that were told
   bool live_stopping_ = false;
-  bool live_pausing_ = false;  // after a failure, until the next try
+  bool live_pausing_ = false;  // every reading failed; until the next try
   std::string live_output_;
-  std::string live_problem_;  // last reported problem
 };
 
 }  // namespace borvanusb

@@ -90,7 +90,7 @@ class WorkbenchServer::Hall : public ConnectionOwner, public WorkbenchServices {
     return borvanusb::CheckHead(request, settings_.session);
   }
 
-  void Handle(const HttpRequest& request, Respond respond, std::function<void()> stream) override {
+  void Handle(const HttpRequest& request, Respond respond, OpenStream stream) override {
     Reply reply = HandleRequest(request, settings_.session, {tool_, settings_.limits}, *this);
     if (auto* const response = std::get_if<HttpResponse>(&reply)) {
       respond(std::move(*response));
@@ -102,7 +102,7 @@ class WorkbenchServer::Hall : public ConnectionOwner, public WorkbenchServices {
     } else if (std::holds_alternative<StateOrder>(reply)) {
       TellState(respond);
     } else {
-      stream();
+      stream(std::get<EventStream>(reply).page);
       CountPages();
     }
   }
@@ -200,15 +200,17 @@ class WorkbenchServer::Hall : public ConnectionOwner, public WorkbenchServices {
   }
 
   void CountPages() {
-    std::size_t pages = 0;
+    std::vector<std::string> pages;
     for (const auto& [number, connection] : connections_) {
-      pages += connection->Streams() ? 1U : 0U;
+      if (connection->Streams()) {
+        pages.push_back(connection->Page());
+      }
     }
     if (pages == pages_) {
       return;
     }
-    pages_ = pages;
-    if (pages_ == 0) {
+    pages_ = std::move(pages);
+    if (pages_.empty()) {
       pages_gone_ = Clock::now();
     }
     if (desk_) {
@@ -218,7 +220,7 @@ class WorkbenchServer::Hall : public ConnectionOwner, public WorkbenchServices {
 
   // Whether the last page has been gone for longer than `patience`.
   bool IsLeft() const {
-    return !settings_.stay && pages_ == 0 && pages_gone_ &&
+    return !settings_.stay && pages_.empty() && pages_gone_ &&
            Clock::now() - *pages_gone_ > settings_.patience;
   }
 
@@ -248,7 +250,7 @@ class WorkbenchServer::Hall : public ConnectionOwner, public WorkbenchServices {
   std::unique_ptr<Desk> desk_;
   std::map<std::uint64_t, std::shared_ptr<Connection>> connections_;
   std::uint64_t last_connection_ = 0;
-  std::size_t pages_ = 0;
+  std::vector<std::string> pages_;  // that listen, by name
   std::optional<Clock::time_point> pages_gone_;
   bool stopping_ = false;
 };

@@ -26,13 +26,30 @@ std::optional<Kind> KindOf(const std::array<const char*, 4>& names, const std::s
   return std::nullopt;
 }
 
+Json JsonOf(const std::vector<WorkerOrder::Repeated>& repeated) {
+  Json list = Json::array();
+  for (const WorkerOrder::Repeated& each : repeated) {
+    list.push_back({{"words", each.words}, {"rate", each.rate}});
+  }
+  return list;
+}
+
+std::vector<WorkerOrder::Repeated> RepeatedIn(const Json& list) {
+  std::vector<WorkerOrder::Repeated> repeated;
+  for (const Json& each : list) {
+    repeated.push_back(
+        {each.at("words").get<std::vector<std::string>>(), each.at("rate").get<double>()});
+  }
+  return repeated;
+}
+
 }  // namespace
 
 std::string LineOf(const WorkerOrder& order) {
   return Text({{"order", kOrders.at(static_cast<std::size_t>(order.kind))},
                {"number", order.number},
                {"words", order.words},
-               {"rate", order.rate},
+               {"repeated", JsonOf(order.repeated)},
                {"text", order.text}});
 }
 
@@ -40,7 +57,8 @@ std::string LineOf(const WorkerReport& report) {
   return Text({{"report", kReports.at(static_cast<std::size_t>(report.kind))},
                {"number", report.number},
                {"text", report.text},
-               {"code", report.code}});
+               {"code", report.code},
+               {"index", report.index}});
 }
 
 std::optional<WorkerOrder> ReadOrder(std::string_view line) {
@@ -52,7 +70,7 @@ std::optional<WorkerOrder> ReadOrder(std::string_view line) {
     }
     return WorkerOrder{*kind, json.at("number").get<std::uint64_t>(),
                        json.at("words").get<std::vector<std::string>>(),
-                       json.at("rate").get<double>(), json.at("text").get<std::string>()};
+                       RepeatedIn(json.at("repeated")), json.at("text").get<std::string>()};
   } catch (const Json::exception&) {
     return std::nullopt;
   }
@@ -66,7 +84,8 @@ std::optional<WorkerReport> ReadReport(std::string_view line) {
       return std::nullopt;
     }
     return WorkerReport{*kind, json.at("number").get<std::uint64_t>(),
-                        json.at("text").get<std::string>(), json.at("code").get<int>()};
+                        json.at("text").get<std::string>(), json.at("code").get<int>(),
+                        json.at("index").get<std::size_t>()};
   } catch (const Json::exception&) {
     return std::nullopt;
   }

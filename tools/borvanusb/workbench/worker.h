@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <functional>
 #include <memory>
@@ -16,16 +17,21 @@ namespace borvanusb {
 // An order from the workbench. Each run has a number, so a late stop request can't stop another
 // run.
 struct WorkerOrder {
+  // A command line that is repeated, `rate` times a second.
+  struct Repeated {
+    std::vector<std::string> words;
+    double rate = 0;
+  };
   enum class Kind {
     kEnter,   // change to the folder `text`; sent before the first run
     kRun,     // run `words`
-    kRepeat,  // run `words` `rate` times a second and keep the camera open, until a stop
+    kRepeat,  // run each of `repeated` at its rate and keep the camera open, until a stop
     kStop     // acts like Ctrl-C; a second one ends the process
   };
   Kind kind = Kind::kRun;
   std::uint64_t number = 0;
   std::vector<std::string> words;
-  double rate = 0;
+  std::vector<Repeated> repeated;
   std::string text;
 };
 
@@ -34,13 +40,14 @@ struct WorkerReport {
   enum class Kind {
     kOut,    // standard output in `text`
     kError,  // standard error in `text`
-    kRound,  // one repetition of kRepeat has ended with the exit code `code`
+    kRound,  // one reading of kRepeat, number `index`, has ended with the exit code `code`
     kEnd     // the run has ended with the exit code `code`
   };
   Kind kind = Kind::kEnd;
   std::uint64_t number = 0;
   std::string text;
   int code = 0;
+  std::size_t index = 0;  // in `repeated` of the order
 };
 
 // The order or report as a line, with the line end.

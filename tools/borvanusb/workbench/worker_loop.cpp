@@ -1,13 +1,21 @@
 #include "workbench/worker_loop.h"
 
-#include <algorithm>
 #include <utility>
 
 #include "base/failure.h"
 #include "command/tool.h"
+#include "workbench/job.h"
 #include "workbench/open_camera_host.h"
+#include "workbench/repeat_times.h"
 
 namespace borvanusb {
+
+namespace {
+
+// A repeated reading that failed is tried again after this time.
+constexpr std::chrono::seconds kPause{2};
+
+}  // namespace
 
 void WorkerLoop::Take(const WorkerOrder& order) {
   const std::lock_guard lock(mutex_);
@@ -67,37 +75,59 @@ int WorkerLoop::Run() {
   return static_cast<int>(ExitCode::kDone);
 }
 
-int WorkerLoop::RunWords(const WorkerOrder& order, Host& host) {
+int WorkerLoop::RunWords(std::uint64_t number, const std::vector<std::string>& words, Host& host) {
   ToolStreams streams;
   streams.output = [&](std::string_view text) -> std::optional<WriteProblem> {
-    hooks_.send({WorkerReport::Kind::kOut, order.number, std::string(text), 0});
+    hooks_.send({WorkerReport::Kind::kOut, number, std::string(text), 0});
     return std::nullopt;
   };
   streams.error = [&](std::string_view text) {
-    hooks_.send({WorkerReport::Kind::kError, order.number, std::string(text), 0});
+    hooks_.send({WorkerReport::Kind::kError, number, std::string(text), 0});
   };
-  return RunTool(order.words, host, streams);
+  return RunTool(words, host, streams);
 }
 
 void WorkerLoop::RunOnce(const WorkerOrder& order) {
-  const int code = RunWords(order, host_);
+  const int code = RunWords(order.number, order.words, host_);
   hooks_.send({WorkerReport::Kind::kEnd, order.number, "", code});
 }
 
+// One that fails does not end the others: its page may have asked for what this camera lacks. When
+// all fail, it is the camera.
 void WorkerLoop::Repeat(const WorkerOrder& order) {
-  using Seconds = std::chrono::duration<double>;
-  const auto interval =
-      std::chrono::duration_cast<std::chrono::steady_clock::duration>(Seconds(1 / order.rate));
+  std::vector<double> rates;
+  for (const WorkerOrder::Repeated& each : order.repeated) {
+    rates.push_back(each.rate);
+  }
   OpenCameraHost host(host_);
-  auto next = host_.Clock();
+  RepeatTimes times(rates, host_.Clock());
+  std::size_t left = order.repeated.size();
+  std::size_t failures = 0;  // since the last success
   int code = 0;
-  while (code == 0 && !host_.StopRequested()) {
-    code = RunWords(order, host);
-    hooks_.send({WorkerReport::Kind::kRound, order.number, "", code});
-    // If readings are late by more than one interval, the missed ones are skipped.
-    next = std::max(next + interval, host_.Clock() - interval);
-    if (code == 0 && next > host_.Clock()) {
-      host_.Sleep(std::chrono::ceil<std::chrono::milliseconds>(next - host_.Clock()));
+  while (!host_.StopRequested()) {
+    const auto next = times.First();
+    if (next && next->due > host_.Clock()) {
+      host_.Sleep(std::chrono::ceil<std::chrono::milliseconds>(next->due - host_.Clock()));
+      continue;
+    }
+    if (!next) {
+      break;
+    }
+    code = RunWords(order.number, order.repeated[next->reading].words, host);
+    hooks_.send({WorkerReport::Kind::kRound, order.number, "", code, next->reading});
+    if (code == static_cast<int>(ExitCode::kDone)) {
+      failures = 0;
+      times.Done(next->reading, host_.Clock());
+    } else if (code == static_cast<int>(ExitCode::kUsage)) {
+      --left;
+      times.End(next->reading);
+    } else {
+      ++failures;
+      times.Delay(next->reading, host_.Clock(), kPause);
+    }
+    const bool all_fail = left > 0 && failures >= left;
+    if (all_fail || LeavesWorkerUnsure(code)) {
+      break;
     }
   }
   hooks_.send({WorkerReport::Kind::kEnd, order.number, "", code});

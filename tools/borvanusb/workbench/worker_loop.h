@@ -44,7 +44,7 @@ class WorkerLoop {
   std::optional<WorkerOrder> Next();
   void RunOnce(const WorkerOrder& order);
   void Repeat(const WorkerOrder& order);
-  int RunWords(const WorkerOrder& order, Host& host);
+  int RunWords(std::uint64_t number, const std::vector<std::string>& words, Host& host);
 
   Host& host_;
   const Hooks hooks_;

@@ -1,4 +1,5 @@
 // The typed interface of the server. All requests go to the page's own origin.
+import type { LiveRead } from './model/live';
 import type { Camera, Job, Progress, RegisterValue, RunAnswer, State, StoredFile } from './types';
 
 export interface Events {
@@ -6,9 +7,16 @@ export interface Events {
   job: { job: Job; state: 'started' | 'ended'; exit: number | null };
   progress: Progress & { job: string };
   output: { job: string; line: unknown };
-  values: { camera: string; time?: string | number; registers: RegisterValue[] };
-  log: { time: string; text: string; line: string | null };
+  values: { camera: string; pages: string[]; words: string[]; time?: string | number; registers: RegisterValue[] };
+  log: { time: string; text: string; line: string | null; pages?: string[]; ended?: boolean };
 }
+
+export function newId(): string {
+  return Array.from(crypto.getRandomValues(new Uint8Array(8)), (byte) => byte.toString(16).padStart(2, '0')).join('');
+}
+
+// The name of this page: its live reading belongs to it.
+export const pageName = newId();
 
 const eventNames: (keyof Events)[] = ['cameras', 'job', 'progress', 'output', 'values', 'log'];
 
@@ -71,8 +79,8 @@ export const api = {
     return post('/api/stop', { job });
   },
 
-  live(camera: string, words: string[], rate: number): Promise<unknown> {
-    return post('/api/live', { camera, words, rate });
+  live(camera: string, reads: LiveRead[]): Promise<unknown> {
+    return post('/api/live', { camera, page: pageName, reads });
   },
 
   async upload(file: File): Promise<StoredFile> {
@@ -99,7 +107,7 @@ export const api = {
 
   // Receives events until the returned function is called. The browser reconnects automatically.
   events(handle: <K extends keyof Events>(name: K, data: Events[K]) => void, state: (open: boolean) => void): () => void {
-    const source = new EventSource('/api/events');
+    const source = new EventSource(`/api/events?page=${pageName}`);
     for (const name of eventNames) {
       source.addEventListener(name, (event) => handle(name, JSON.parse((event as MessageEvent<string>).data)));
     }

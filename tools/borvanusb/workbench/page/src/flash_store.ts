@@ -1,8 +1,9 @@
 // The flash of a camera: map, bytes read so far, plan for images, programming, differences.
-import { api } from './api';
+import { api, newId } from './api';
 import { findPattern, sectorSize } from './model/flash';
+import { journalsIn, type Journal } from './model/journals';
 import * as words from './model/words';
-import { asProblem, newId, Problem, run, session } from './session';
+import { asProblem, Problem, run, session } from './session';
 import { Versioned } from './store';
 import type { FlashMap, ProgramResult, Range, RunAnswer, VerifyResult } from './types';
 
@@ -20,6 +21,8 @@ export class FlashStore extends Versioned {
   map: FlashMap | null = null;
   givenSize: string | null = null;
   images: words.Image[] = [];
+  journals: Journal[] = []; // that the last work on the flash named
+  private journal: string | null = null; // the user's answer: a journal's file, or none
   plan: (RunAnswer<ProgramResult> & { result: ProgramResult }) | null = null;
   outcome: Outcome | null = null;
   verified: VerifyResult | null = null;
@@ -156,17 +159,51 @@ export class FlashStore extends Versioned {
     return null;
   }
 
+  choose(images: words.Image[]): void {
+    this.images = images;
+    this.plan = null;
+    this.outcome = null;
+    this.verified = null;
+    this.differences = [];
+    this.journals = [];
+    this.journal = null;
+    this.touch();
+  }
+
   makePlan(): Promise<void> {
     this.plan = null;
     this.outcome = null;
     this.verified = null;
     return this.guarded('plan', async () => {
-      this.plan = await this.run<ProgramResult>(words.planImages(this.images));
+      try {
+        this.plan = await this.run<ProgramResult>(words.planImages(this.images, this.journal));
+      } catch (error) {
+        this.takeJournals(asProblem(error));
+        throw error;
+      }
+      this.journals = journalsIn(this.plan.messages);
       this.differences = this.plan.result.changed;
     });
   }
 
-  program(journal?: string): Promise<void> {
+  private takeJournals(problem: Problem): void {
+    this.journals = journalsIn([...problem.messages, problem.message]);
+  }
+
+  // Whose journal it is, when the plan or the programming asked.
+  answer(journal: string): Promise<void> {
+    const programs = this.outcome !== null;
+    this.journal = journal;
+    this.problem = null;
+    return programs ? this.program() : this.makePlan();
+  }
+
+  // As it is programmed, for a terminal.
+  get programWords(): string[] {
+    return this.withSize(words.programImages(this.images, 'report.json', this.journal));
+  }
+
+  program(): Promise<void> {
     const job = newId();
     const report = `report-${job}.json`;
     return this.guarded('program', async () => {
@@ -175,12 +212,18 @@ export class FlashStore extends Versioned {
       this.outcome = null;
       this.verified = null;
       try {
-        const answer = await this.run<ProgramResult>(words.programImages(this.images, report, journal), job, true);
+        const answer = await this.run<ProgramResult>(words.programImages(this.images, report, this.journal), job, true);
         const problem = answer.exit === 0 ? null : asProblem(new Error(answer.result.message));
         this.outcome = { result: answer.result, problem, messages: answer.messages, report };
-        if (answer.exit === 0) this.plan = null;
+        this.journals = journalsIn(answer.messages);
+        if (answer.exit === 0) {
+          this.plan = null;
+          this.journals = this.journals.filter((each) => each.state === 'waits');
+          this.journal = null;
+        }
       } catch (error) {
         const problem = asProblem(error);
+        this.takeJournals(problem);
         // After a failure, too, the report contains the state of the flash.
         const result = await api.json<ProgramResult>(report).catch(() => null);
         this.outcome = { result, problem, messages: problem.messages, report };

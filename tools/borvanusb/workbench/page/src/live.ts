@@ -1,20 +1,15 @@
-// Live reading. The server reads all registers that the views show, at the highest requested rate.
+// Live reading. The server reads what the views of this page show, and what other pages show.
 import { api } from './api';
+import { readsOf, type LiveWish } from './model/live';
 import { onConnect, report, session } from './session';
 
-interface Wish {
-  camera: string;
-  words: string[];
-  rate: number;
-}
-
-const wishes = new Map<string, Wish>();
+const wishes = new Map<string, LiveWish>();
 const sent = new Map<string, string>();
 let waiting: ReturnType<typeof setTimeout> | null = null;
 
 // Registers that a view, given by its name, wants to read live; null: none.
-export function wantLive(view: string, wish: Wish | null): void {
-  if (wish === null || wish.words.length === 0) wishes.delete(view);
+export function wantLive(view: string, wish: LiveWish | null): void {
+  if (wish === null || (wish.names.length === 0 && !wish.lines?.length)) wishes.delete(view);
   else wishes.set(view, wish);
   // Waits a moment, because scrolling changes the set at every step.
   waiting ??= setTimeout(() => {
@@ -24,23 +19,17 @@ export function wantLive(view: string, wish: Wish | null): void {
 }
 
 async function sendAll(): Promise<void> {
-  const byCamera = new Map<string, { words: Set<string>; rate: number }>();
-  for (const wish of wishes.values()) {
-    const set = byCamera.get(wish.camera) ?? { words: new Set<string>(), rate: 0 };
-    wish.words.forEach((word) => set.words.add(word));
-    byCamera.set(wish.camera, { words: set.words, rate: Math.max(set.rate, wish.rate) });
-  }
+  const byCamera = readsOf(wishes.values());
   for (const camera of sent.keys()) {
-    if (!byCamera.has(camera)) byCamera.set(camera, { words: new Set(), rate: 1 });
+    if (!byCamera.has(camera)) byCamera.set(camera, []);
   }
-  for (const [camera, { words, rate }] of byCamera) {
-    const list = [...words];
-    const key = JSON.stringify([list, rate]);
+  for (const [camera, reads] of byCamera) {
+    const key = JSON.stringify(reads);
     if (sent.get(camera) === key) continue;
-    if (list.length === 0) sent.delete(camera);
+    if (reads.length === 0) sent.delete(camera);
     else sent.set(camera, key);
     try {
-      await api.live(camera, list, rate);
+      await api.live(camera, reads);
     } catch (error) {
       sent.delete(camera);
       if (session.get().connected && session.get().cameras.some((each) => each.path === camera)) report(error);

@@ -65,9 +65,9 @@ function wantAll(): void {
   const { curves, reading, rate } = plotting.get();
   const cameras = new Set(curves.map((curve) => curve.camera));
   for (const { path } of session.get().cameras) {
-    const words = cameras.has(path) && reading
+    const names = cameras.has(path) && reading
       ? [...new Set(curves.filter((curve) => curve.camera === path).map((curve) => curve.register.name))] : [];
-    wantLive(`plots ${path}`, words.length > 0 ? { camera: path, words, rate } : null);
+    wantLive(`plots ${path}`, names.length > 0 ? { camera: path, names, rate } : null);
   }
 }
 

@@ -76,12 +76,8 @@ export class RegisterStore extends Versioned {
   accept(registers: RegisterValue[]): void {
     const now = Date.now();
     for (const read of registers) {
-      if (read.name !== undefined) {
-        this.known.set(read.name, nextKnown(this.known.get(read.name), exactValue(read), now));
-      } else {
-        const key = `chip:${read.address}`;
-        this.numbers.set(key, nextKnown(this.numbers.get(key), BigInt(read.value), now));
-      }
+      if (read.name === undefined) continue;
+      this.known.set(read.name, nextKnown(this.known.get(read.name), exactValue(read), now));
     }
     this.touch();
   }

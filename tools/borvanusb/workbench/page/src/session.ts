@@ -1,5 +1,5 @@
 // State that all views share: cameras, the chosen camera, running work, the log of commands, the theme.
-import { api, RequestFailed, type Events } from './api';
+import { api, newId, pageName, RequestFailed, type Events } from './api';
 import { commandLine, isWrite } from './model/words';
 import { Store } from './store';
 import type { Camera, Job, Progress, RunAnswer } from './types';
@@ -48,10 +48,6 @@ export const session = new Store<Session>({
   jobs: new Map(), log: [], theme: 'system', view: 'cameras', problem: null,
 });
 
-export function newId(): string {
-  return Array.from(crypto.getRandomValues(new Uint8Array(8)), (byte) => byte.toString(16).padStart(2, '0')).join('');
-}
-
 export function isPlugged(state: Session, camera: Camera | null): boolean {
   return camera !== null && state.cameras.some((each) => each.path === camera.path);
 }
@@ -95,6 +91,11 @@ export function onValues(listener: ValuesListener): () => void {
   return () => valuesListeners.delete(listener);
 }
 
+// What other pages read is theirs.
+function takeValues(event: Events['values']): void {
+  if (event.pages.includes(pageName)) valuesListeners.forEach((listener) => listener(event));
+}
+
 type ConnectListener = () => void;
 const connectListeners = new Set<ConnectListener>();
 
@@ -131,7 +132,7 @@ export function connect(): void {
     if (name === 'cameras') takeCameras((data as Events['cameras']).cameras);
     else if (name === 'job') takeJob(data as Events['job']);
     else if (name === 'progress') takeProgress(data as Events['progress']);
-    else if (name === 'values') valuesListeners.forEach((listener) => listener(data as Events['values']));
+    else if (name === 'values') takeValues(data as Events['values']);
     else if (name === 'log') takeNote(data as Events['log']);
   }, (open) => void opens(open));
 }
@@ -145,6 +146,10 @@ function addEntry(entry: Omit<LogEntry, 'id'>): number {
 }
 
 function takeNote(note: Events['log']): void {
+  if (note.pages && !note.pages.includes(pageName)) return;
+  if (note.ended) {
+    report(new Problem(`Live reading has ended: ${note.text}`, 'Correct it, then switch Live off and on.', 'usage', note.line ?? ''));
+  }
   addEntry({
     time: Date.parse(note.time) || Date.now(), line: note.line ?? '', camera: null, exit: 0, seconds: null,
     message: note.text, write: false, background: false,

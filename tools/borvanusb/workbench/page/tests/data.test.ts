@@ -6,6 +6,8 @@ import {
   addressInName, findPattern, isInRanges, nextRange, overlap, parsePattern, sectorStates,
 } from '../src/model/flash';
 import { deviceForCamera, histogramOf } from '../src/model/histogram';
+import { baseName, isAtHand, journalsIn } from '../src/model/journals';
+import { readsOf } from '../src/model/live';
 import { SampleRing } from '../src/model/ring';
 import { highest, scrollHeight, scrollTopFor, scrollTopWith, windowAt } from '../src/model/scroll';
 import { EventClock } from '../src/model/time';
@@ -134,4 +136,42 @@ test('what changes a camera', () => {
   assert.equal(words.isWrite(['flash', 'program', 'a.hex']), true);
   assert.equal(words.isWrite(['reg', 'read', 'A']), false);
   assert.equal(words.isWrite(['preset', 'apply', 'night']), true);
+});
+
+test('what the views of a page want by name is one reading, by number one each', () => {
+  assert.deepEqual([...readsOf([])], []);
+  const line = { words: ['i2c', 'read', '0x0000-0x00ff', '--slave', '0x6c', '--mode', '16/16'], rate: 2 };
+  const reads = readsOf([
+    { camera: 'a', names: ['X', 'Y'], rate: 5 }, { camera: 'a', names: ['Y', 'Z'], rate: 10 },
+    { camera: 'a', names: [], lines: [line], rate: 2 }, { camera: 'b', names: [], lines: [line], rate: 20 },
+  ]);
+  assert.deepEqual(reads.get('a'), [{ words: ['reg', 'read', 'X', 'Y', 'Z'], rate: 10 }, line]);
+  assert.deepEqual(reads.get('b'), [line]);
+});
+
+test('journals are found in what the commands state', () => {
+  const start = "the unfinished flash program of fw.bin at 0x10010-0x1fffe, started 2026-11-21T20:44:28Z";
+  const folder = 'C:\\Users\\a b\\journals/';
+  const used = journalsIn([`${start}, was interrupted; the bytes beside it in 0x10000-0x10fff come from ${folder}x.journal`])[0];
+  assert.deepEqual(used, {
+    file: `${folder}x.journal`, command: 'flash program', image: 'fw.bin', places: '0x10010-0x1fffe',
+    started: '2026-11-21T20:44:28Z', state: 'used', why: '',
+  });
+  const erase = 'the unfinished flash erase at 0x0-0xfff and 0x2000-0x2fff, started 2026-11-21T20:44:28Z';
+  const waits = journalsIn(['other', `${erase}, stays unfinished; ${folder}y.journal holds the bytes beside it in 0x0-0xfff`]);
+  assert.equal(waits.length, 1);
+  assert.equal(waits[0]?.state, 'waits');
+  assert.equal(waits[0]?.image, null);
+  assert.equal(waits[0]?.places, '0x0-0xfff and 0x2000-0x2fff');
+  const asked = journalsIn([`flash program: ${folder}x.journal belongs to ${start}, and it is unknown whether that was this `
+    + `camera: ${folder}z.journal may be this camera's as well`]);
+  assert.deepEqual(asked.map((each) => [each.file, each.state]), [[`${folder}x.journal`, 'asks'], [`${folder}z.journal`, 'asks']]);
+  assert.deepEqual(journalsIn(['the backup from before the interrupted programming is kept: C:\\a.bin']), []);
+});
+
+test('an image of this run is planned again, one of another folder is not', () => {
+  const line = (image: string) => `the unfinished flash program of ${image} at 0x1-0x2, started t, stays unfinished; `
+    + 'C:\\j\\a.journal holds the bytes beside it in 0x0-0xfff';
+  assert.deepEqual(['fw.bin', 'C:\\line\\fw.bin'].map((image) => journalsIn([line(image)]).map(isAtHand)), [[true], [false]]);
+  assert.equal(baseName('C:\\a\\b/c.journal'), 'c.journal');
 });

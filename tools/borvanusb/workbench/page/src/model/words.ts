@@ -79,13 +79,17 @@ export function imageWords(images: Image[]): string[] {
   return image.place.kind === 'region' ? ['--region', image.place.region, image.file] : [image.file];
 }
 
-export function planImages(images: Image[]): string[] {
-  return ['flash', 'program', ...imageWords(images), '--dry-run'];
+// The answer to the question whose journal it is: its file, or none.
+function journalWords(journal: string | null): string[] {
+  return journal === null ? [] : ['--journal', journal];
 }
 
-export function programImages(images: Image[], report: string, journal?: string): string[] {
-  const words = ['flash', 'program', ...imageWords(images), '--report', report];
-  return journal === undefined ? words : [...words, '--journal', journal];
+export function planImages(images: Image[], journal: string | null = null): string[] {
+  return ['flash', 'program', ...imageWords(images), '--dry-run', ...journalWords(journal)];
+}
+
+export function programImages(images: Image[], report: string, journal: string | null = null): string[] {
+  return ['flash', 'program', ...imageWords(images), '--report', report, ...journalWords(journal)];
 }
 
 export function verifyImages(images: Image[]): string[] {

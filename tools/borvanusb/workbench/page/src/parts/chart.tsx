@@ -2,6 +2,7 @@
 import { useEffect, useRef } from 'preact/hooks';
 import uPlot from 'uplot';
 import type { Slice } from '../model/ring';
+import { colourOf } from './colour';
 
 export interface ChartCurve {
   id: string;
@@ -17,7 +18,7 @@ export interface ChartHandle {
 export const palette = 10;
 
 export function curveColour(style: number): string {
-  return getComputedStyle(document.documentElement).getPropertyValue(`--curve-${style % palette}`).trim();
+  return colourOf(`--curve-${style % palette}`);
 }
 
 // When all colours of the palette are used, further curves are dashed.
@@ -35,8 +36,8 @@ function clock(seconds: number, step: number): string {
 
 function axes(unit: string): uPlot.Axis[] {
   const style = getComputedStyle(document.documentElement);
-  const stroke = style.getPropertyValue('--muted').trim();
-  const grid = { stroke: style.getPropertyValue('--grid').trim(), width: 1 };
+  const stroke = colourOf('--muted');
+  const grid = { stroke: colourOf('--grid'), width: 1 };
   const ticks = { ...grid, size: 5 };
   const font = `11px ${style.getPropertyValue('--number-font').trim() || 'monospace'}`;
   const times = (_: uPlot, splits: number[]) => splits.map((split, at) => clock(split, (splits[at + 1] ?? split + 1) - split));

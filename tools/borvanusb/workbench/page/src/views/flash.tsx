@@ -2,6 +2,7 @@
 import { useEffect, useRef, useState } from 'preact/hooks';
 import { api } from '../api';
 import { overlap } from '../model/flash';
+import { journalsIn } from '../model/journals';
 import { formatAddress, formatSize, plural } from '../model/number';
 import { eraseRegion, isWrite, readFlash, readRegion } from '../model/words';
 import { flashOf, type FlashStore } from '../flash_store';
@@ -43,7 +44,7 @@ function RegionTable({ store, regions, disabled, readOnly }: {
                 <button type="button" class="link" onClick={() => store.goTo(region.first)}>{region.name}</button>{' '}
                 {region.read_only && <Badge title="This region is never programmed or erased">read-only</Badge>}
               </th>
-              <td class="number">{formatAddress(region.first, 5)}-{formatAddress(region.last, 5)}</td>
+              <td class="number">{formatAddress(region.first, 5)}-<wbr />{formatAddress(region.last, 5)}</td>
               <td class="number right">{formatSize(region.size)}</td>
               <td class="number right">{store.map ? `${Math.round((overlap(region, store.map.used) / region.size) * 100)} %` : ''}</td>
               <td class="actions">
@@ -60,7 +61,8 @@ function RegionTable({ store, regions, disabled, readOnly }: {
         <Confirm title={`Erase the region ${asked.name}?`} action={`Erase ${formatSize(asked.size)}`} onNo={() => setAsked(null)} onYes={() => {
           setAsked(null);
           void store.guarded('erase', async () => {
-            await run(store.withSize(eraseRegion(asked.name)), { camera: store.path });
+            const { messages } = await run(store.withSize(eraseRegion(asked.name)), { camera: store.path });
+            store.journals = journalsIn(messages);
             store.forget();
           }).then(() => (store.problem === null ? store.readMap() : undefined));
         }}>

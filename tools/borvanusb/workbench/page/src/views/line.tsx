@@ -1,12 +1,12 @@
 // Programs several cameras at the same time.
 import { useState } from 'preact/hooks';
-import { api } from '../api';
+import { api, newId } from '../api';
 import { formatSeconds, formatSize, plural } from '../model/number';
 import { commandLine, planImages, programImages, type Image } from '../model/words';
 import { Badge, Bar, Button, CommandLine, Empty, save } from '../parts/basics';
 import { ImageList } from '../parts/image_list';
 import { registersOf } from '../register_store';
-import { asProblem, newId, run, session, type Problem } from '../session';
+import { asProblem, run, session, type Problem } from '../session';
 import { Store, useStore } from '../store';
 import type { Camera, ProgramResult } from '../types';
 

@@ -2,6 +2,7 @@
 import { useEffect, useRef, useState } from 'preact/hooks';
 import { histogramOf, type Histogram } from '../model/histogram';
 import { Button, Note, save, Select, Toggle } from '../parts/basics';
+import { colourOf } from '../parts/colour';
 import { Icon } from '../parts/icon';
 import { chooseDevice, picture, startPicture, stopPicture } from '../picture';
 import { session } from '../session';
@@ -12,7 +13,6 @@ const sampleWidth = 320;
 function drawHistogram(canvas: HTMLCanvasElement, histogram: Histogram): void {
   const context = canvas.getContext('2d');
   if (!context) return;
-  const style = getComputedStyle(canvas);
   canvas.width = Math.round(canvas.clientWidth * devicePixelRatio);
   canvas.height = Math.round(canvas.clientHeight * devicePixelRatio);
   const { width, height } = canvas;
@@ -34,10 +34,10 @@ function drawHistogram(canvas: HTMLCanvasElement, histogram: Histogram): void {
     if (filled) context.fill();
     else context.stroke();
   };
-  line(histogram.luma, style.getPropertyValue('--luma'), true);
-  line(histogram.red, style.getPropertyValue('--red'), false);
-  line(histogram.green, style.getPropertyValue('--green'), false);
-  line(histogram.blue, style.getPropertyValue('--blue'), false);
+  line(histogram.luma, colourOf('--luma'), true);
+  line(histogram.red, colourOf('--red'), false);
+  line(histogram.green, colourOf('--green'), false);
+  line(histogram.blue, colourOf('--blue-line'), false);
 }
 
 function HistogramView({ video }: { video: { current: HTMLVideoElement | null } }) {

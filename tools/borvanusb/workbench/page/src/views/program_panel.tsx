@@ -2,8 +2,9 @@
 import { useEffect, useRef, useState } from 'preact/hooks';
 import { api } from '../api';
 import { overlap } from '../model/flash';
+import { journalsIn } from '../model/journals';
 import { formatAddress, formatSeconds, formatSize, plural } from '../model/number';
-import { commandLine, programImages } from '../model/words';
+import { commandLine } from '../model/words';
 import type { FlashStore, Outcome } from '../flash_store';
 import { Bar, Button, CommandLine, Note, ProblemNote, save } from '../parts/basics';
 import { ImageList } from '../parts/image_list';
@@ -11,6 +12,7 @@ import { registersOf } from '../register_store';
 import { session } from '../session';
 import { useStore } from '../store';
 import type { Camera, Job, ProgramResult, Range, Region } from '../types';
+import { JournalList } from './journal_list';
 
 function rangesText(ranges: Range[]): string {
   const shown = ranges.slice(0, 4).map((range) => `${formatAddress(range.first, 5)}-${formatAddress(range.last, 5)}`).join(', ');
@@ -64,10 +66,9 @@ export function ProgressLine({ job, onStop }: { job: Job | undefined; onStop: ()
   );
 }
 
-// The journal that a hint names: "add --journal FILE".
-function journalOf(outcome: Outcome): string | null {
-  const match = /--journal (?!none)(.+?\.journal)/.exec(outcome.problem?.hint ?? '');
-  return match?.[1] ?? null;
+// Messages without those that the list of journals shows.
+function otherThanJournals(messages: string[]): string[] {
+  return messages.filter((message) => journalsIn([message]).length === 0);
 }
 
 function OutcomeNote({ outcome, store, disabled }: { outcome: Outcome; store: FlashStore; disabled: boolean }) {
@@ -87,24 +88,19 @@ function OutcomeNote({ outcome, store, disabled }: { outcome: Outcome; store: Fl
           {sectors === 0 ? 'The flash held the image already.' : `Programmed ${plural(sectors, 'sector')} in ${formatSeconds(result.seconds.total)}.`}
           {result.verified ? ' All of it reads back equal.' : ''}
         </p>
-        {outcome.messages.map((message) => <p key={message} class="small">{message}</p>)}
+        {otherThanJournals(outcome.messages).map((message) => <p key={message} class="small">{message}</p>)}
         <div class="buttons">{files}</div>
       </Note>
     );
   }
-  const journal = journalOf(outcome);
+  const asks = store.journals.some((each) => each.state === 'asks');
   return (
     <ProblemNote problem={problem}>
       {result && result.remaining.length > 0 && <p class="small">Still to write: <span class="number">{rangesText(result.remaining)}</span></p>}
       <div class="buttons">
-        {journal === null ? (
+        {!asks && (
           <Button kind="primary" icon="play" disabled={disabled || store.images.length === 0} title={store.images.length === 0 ? 'Choose the image again first' : undefined}
             onClick={() => void store.program()}>Continue</Button>
-        ) : (
-          <>
-            <Button kind="primary" disabled={disabled} onClick={() => void store.program(journal)}>It was this camera: use the journal</Button>
-            <Button disabled={disabled} onClick={() => void store.program('none')}>It was another camera</Button>
-          </>
         )}
         {result && files}
       </div>
@@ -152,16 +148,12 @@ export function ProgramPanel({ store, camera, regions, foreign, plugged, readOnl
         <>
           <ImageList images={images} sizes={sizes} regions={regions} region={region} disabled={foreign !== null} onImages={(list, known) => {
             setSizes(known);
-            store.images = list;
-            store.plan = null;
-            store.outcome = null;
-            store.verified = null;
-            store.differences = [];
-            store.touch();
+            store.choose(list);
           }} />
-          {plan && !store.outcome && <Plan plan={plan.result} messages={plan.messages} regions={regions} />}
+          <JournalList store={store} disabled={disabled} />
+          {plan && !store.outcome && <Plan plan={plan.result} messages={otherThanJournals(plan.messages)} regions={regions} />}
           {plan && !store.outcome && !changes && <Note kind="good" icon="check"><p>The flash holds the image already. Nothing has to be written.</p></Note>}
-          {changes && !store.outcome && <CommandLine line={commandLine(store.withSize(programImages(images, 'report.json')))} />}
+          {changes && !store.outcome && <CommandLine line={commandLine(store.programWords)} />}
           {store.outcome && <OutcomeNote outcome={store.outcome} store={store} disabled={disabled || readOnly} />}
           <VerifyNote store={store} />
           {images.length > 0 && (

@@ -5,12 +5,13 @@ import { formatAddress, formatHex, parseAddress, parseNumber } from '../model/nu
 import { readNumbers, writeNumber } from '../model/words';
 import { Button, ProblemNote, Select, Toggle } from '../parts/basics';
 import { registersOf } from '../register_store';
-import { asProblem, isPlugged, run, session, type Problem } from '../session';
+import { asProblem, isPlugged, onValues, run, session, type Problem } from '../session';
 import { useStore, useVersion } from '../store';
 import type { Camera, Device, RegisterRead } from '../types';
 import { PicturePanel } from './picture_panel';
 
 const columns = 16;
+const liveRate = 2;
 
 type Where = 'chip' | 'wide' | 'i2c';
 
@@ -43,6 +44,9 @@ export function RegisterGrid({ camera, picture }: { camera: Camera; picture: boo
     ? { kind: 'i2c', slave: parseAddress(slave) ?? 0, mode, option: 0 } : { kind: 'chip', wide: where === 'wide' };
   const keyOf = (address: number) => (where === 'chip' ? `chip:${address}` : `${where}:${slave}:${mode}:${address}`);
 
+  const words = readNumbers(device, from, from + count - 1);
+  const line = words.join(' ');
+
   const guarded = async (work: () => Promise<void>) => {
     setBusy(true);
     setProblem(null);
@@ -63,7 +67,7 @@ export function RegisterGrid({ camera, picture }: { camera: Camera; picture: boo
     store.touch();
   };
   const read = () => guarded(async () => {
-    take((await run<RegisterRead>(readNumbers(device, from, from + count - 1), { camera: camera.path })).result.registers);
+    take((await run<RegisterRead>(words, { camera: camera.path })).result.registers);
   });
   const write = (address: number, value: bigint, withUndo: boolean) => guarded(async () => {
     const before = store.numbers.get(keyOf(address))?.value;
@@ -72,11 +76,13 @@ export function RegisterGrid({ camera, picture }: { camera: Camera; picture: boo
     take((await run<RegisterRead>(readNumbers(device, address, address), { camera: camera.path })).result.registers);
   });
 
-  const canLive = where === 'chip';
   useEffect(() => {
-    const word = `${formatAddress(from)}-${formatAddress(from + count - 1)}`;
-    wantLive('grid', live && plugged && canLive ? { camera: camera.path, words: [word], rate: 2 } : null);
-  }, [live, from, count, plugged, canLive, camera.path]);
+    const lines = [{ words, rate: liveRate }];
+    wantLive('grid', live && plugged ? { camera: camera.path, names: [], lines, rate: liveRate } : null);
+  }, [live, plugged, line, camera.path]);
+  useEffect(() => onValues((event) => {
+    if (event.camera === camera.path && event.words.join(' ') === line) take(event.registers);
+  }), [line, camera.path]);
   useEffect(() => () => wantLive('grid', null), []);
 
   const focusCell = (index: number) => {
@@ -127,8 +133,7 @@ export function RegisterGrid({ camera, picture }: { camera: Camera; picture: boo
           {[64, 256, 512].map((each) => <option key={each}>{each}</option>)}
         </Select>
         <Button icon="refresh" disabled={!plugged || busy} onClick={() => void read()}>Read once</Button>
-        <Toggle label="Live" checked={live && canLive} disabled={!canLive} onChange={setLive}
-          title={canLive ? 'Reads these registers twice a second' : 'Live reading by number is for 8-bit registers of the chip'} />
+        <Toggle label="Live" checked={live} onChange={setLive} title="Reads these registers twice a second" />
         <div class="grow" />
         <Button icon="undo" disabled={!undo || !plugged || readOnly || busy} onClick={() => {
           if (!undo) return;

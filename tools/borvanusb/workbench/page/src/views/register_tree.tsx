@@ -45,7 +45,7 @@ function ValueCell({ row, store, form }: { row: TreeRow; store: RegisterStore; f
     }
     if (known) return <span class={`value${known.previous === null ? '' : ' changed'}`}>{formatNumber(known.value, register.bits, form)}</span>;
     if (!isReadable(register.access)) return <span class="muted">write only</span>;
-    return <span class="muted">{changesWhenRead(register) ? 'read changes it' : ''}</span>;
+    return <span class="muted">{changesWhenRead(register) ? 'on request' : ''}</span>;
   }
   const { field } = row;
   const edited = editedField(edit, field);
@@ -133,7 +133,7 @@ export function RegisterTree(props: TreeProps) {
         <div role="gridcell" class="number muted">{register ? formatAddress(register.address) : ''}</div>
         <div role="gridcell" class="number"><ValueCell row={row} store={store} form={form} /></div>
         <div role="gridcell" class="marks">
-          {rowMarks.map((mark) => <span key={mark} class={`mark mark-${mark}`} title={markTexts[mark]}>{markLabels[mark]}</span>)}
+          {rowMarks.map((mark) => <span key={mark} class={`mark mark-${mark}`} title={markTexts[mark]} data-letter={mark[0]}>{markLabels[mark]}</span>)}
         </div>
         <div role="gridcell" class="muted access">{access ? accessText(access) : ''}</div>
         <div role="gridcell" class="text muted" title={text}>{text}</div>

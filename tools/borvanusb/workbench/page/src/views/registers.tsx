@@ -91,7 +91,7 @@ function ByName({ store, camera }: { store: RegisterStore; camera: Camera }) {
   const visibleKey = visibleNames.join(' ');
 
   useEffect(() => {
-    wantLive('registers', view.live && plugged ? { camera: camera.path, words: visibleNames, rate: view.rate } : null);
+    wantLive('registers', view.live && plugged ? { camera: camera.path, names: visibleNames, rate: view.rate } : null);
   }, [visibleKey, view.live, view.rate, camera.path, plugged]);
   useEffect(() => () => wantLive('registers', null), []);
 

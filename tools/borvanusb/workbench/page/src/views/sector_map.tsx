@@ -3,6 +3,7 @@ import { useEffect, useLayoutEffect, useRef, useState } from 'preact/hooks';
 import { regionAt, sectorSize, sectorStates, type SectorState } from '../model/flash';
 import { formatAddress, formatSize } from '../model/number';
 import type { FlashStore } from '../flash_store';
+import { colourOf } from '../parts/colour';
 import { session } from '../session';
 import { useStore } from '../store';
 import type { FlashMap, Region } from '../types';
@@ -64,16 +65,20 @@ export function SectorMap({ store, map, regions }: { store: FlashStore; map: Fla
     element.width = Math.round(width * ratio);
     element.height = Math.round(height * ratio);
     context.scale(ratio, ratio);
-    const style = getComputedStyle(element);
+    const fills: Record<SectorState, string> = {
+      unknown: colourOf('--sector-unknown'), blank: colourOf('--sector-blank'), used: colourOf('--sector-used'),
+      differs: colourOf('--sector-differs'),
+    };
+    const surface = colourOf('--surface');
     const gap = pitch > 6 ? 1.5 : 0.5;
     states.forEach((state, sector) => {
       const x = (sector % columns) * pitch;
       const y = Math.floor(sector / columns) * pitch;
-      context.fillStyle = style.getPropertyValue(`--sector-${state}`);
+      context.fillStyle = fills[state];
       context.fillRect(x, y, pitch - gap, pitch - gap);
       if (state === 'differs' && pitch > 6) {
         // Marks the state by a shape too, not only by colour.
-        context.strokeStyle = style.getPropertyValue('--surface');
+        context.strokeStyle = surface;
         context.beginPath();
         context.moveTo(x + 2, y + pitch - gap - 2);
         context.lineTo(x + pitch - gap - 2, y + 2);
@@ -81,7 +86,7 @@ export function SectorMap({ store, map, regions }: { store: FlashStore; map: Fla
       }
     });
     context.lineWidth = 2;
-    context.strokeStyle = style.getPropertyValue('--text');
+    context.strokeStyle = colourOf('--text');
     context.strokeRect((cursor % columns) * pitch, Math.floor(cursor / columns) * pitch, pitch - gap, pitch - gap);
   });
 
