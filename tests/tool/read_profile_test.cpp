@@ -145,6 +145,8 @@ TEST(ReadProfileTest, RegionsThatCantBe) {
   EXPECT_EQ(ErrorsOf(head + "\"regions\": [{\"name\": \"a\", \"range\": \"0-1\", "
                             "\"read-only\": true}], \"image-region\": \"a\"}}"),
             "1: flash.image-region: is a region that is read-only\n");
+  EXPECT_EQ(ErrorsOf(head + "\"regions\": [{\"name\": \"a b\", \"range\": \"0-0xfff\"}]}}"),
+            "1: flash.regions[0].name: may have letters, digits and _ - . only\n");
 }
 
 TEST(ReadProfileTest, TextsThatAreNoProfile) {

@@ -38,6 +38,13 @@ TEST(WorkbenchFolderTest, FolderIsRemovedAtTheEnd) {
   EXPECT_TRUE(FilesIn(test.Name("runs")).empty());
 }
 
+// Without the hold another workbench that starts would remove the folder as a leftover.
+TEST(WorkbenchFolderTest, FirstRunOfAUserHoldsItsFolderToo) {
+  const TestFolder test;
+  const RunFolder folder(test.Name("new/runs"), "ab12", test.Name("journals"));
+  EXPECT_TRUE(FileExists(folder.Name() + ".in-use"));
+}
+
 TEST(WorkbenchFolderTest, LeftoversOfKilledRunsAreRemovedAndOtherFilesAreNot) {
   const TestFolder test;
   MakeFolder(test.Name("runs/run-dead"));

@@ -30,7 +30,7 @@ test("two pages see the same cameras, and the work of each other", async () => {
   await closePage(other);
 });
 
-test("two pages read the same camera live, each its own registers, until it closes", { skip: !isSimulated }, async () => {
+test("two pages read the same camera live, each its own registers, until it closes (simulated)", { skip: !isSimulated }, async () => {
   const other = await newPage();
   for (const each of [page, other]) await go(each, "Registers");
   const row = await findRegister(page, names.enumerated);
@@ -53,7 +53,7 @@ test("two pages read the same camera live, each its own registers, until it clos
   assert.ok(later[names.enumerated] > before[names.enumerated]);
 });
 
-test("a lost connection is said, and made again", { skip: !isSimulated }, async () => {
+test("a lost connection is said, and made again (simulated)", { skip: !isSimulated }, async () => {
   await control(page, "connections");
   const alert = page.getByRole("alert").filter({ hasText: "The connection to the workbench is lost." });
   await alert.waitFor();
@@ -74,7 +74,7 @@ test("live values go on after the camera was unplugged and plugged again", async
   await row.getByText("0x03").first().waitFor();
 });
 
-test("20,000 readings leave the memory as it was", { skip: !isSimulated, timeout: 240_000 }, async () => {
+test("20,000 readings leave the memory as it was (simulated)", { skip: !isSimulated, timeout: 240_000 }, async () => {
   await go(page, "Plots");
   const curves = [names.measured, names.exposure, ...Array.from({ length: 8 }, (_, point) => `SHADING.POINT${point}`)];
   for (const name of curves) {

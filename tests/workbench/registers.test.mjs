@@ -142,7 +142,7 @@ test("differences from a preset and from a file are marked", async () => {
   await row.getByText("≠ file").first().waitFor();
 });
 
-test("a register that reading changes is never read by looking", { skip: !isSimulated }, async () => {
+test("a register that reading changes is never read by looking (simulated)", { skip: !isSimulated }, async () => {
   await findRegister(page, names.clearedByReading, false);
   await page.getByRole("button", { name: "Read once" }).click();
   await page.getByText("Live", { exact: true }).click();
@@ -192,7 +192,7 @@ test("without a profile, registers are read and written by number in a grid", as
   await page.waitForFunction((text) => document.querySelector("[data-cell='35']").value === text, old);
 });
 
-test("registers by number are read live in every width", { skip: !isSimulated }, async () => {
+test("registers by number are read live in every width (simulated)", { skip: !isSimulated }, async () => {
   await chooseCamera(page, names.withoutProfile);
   await page.getByText("Live", { exact: true }).click();
   const cell = (text) => page.waitForFunction((wanted) => document.querySelector("[data-cell='35']").value === wanted, text);
@@ -207,7 +207,7 @@ test("registers by number are read live in every width", { skip: !isSimulated },
   }
 });
 
-test("live reading of numbers that can't be read ends with a message", { skip: !isSimulated }, async () => {
+test("live reading of numbers that can't be read ends with a message (simulated)", { skip: !isSimulated }, async () => {
   await chooseCamera(page, names.withoutProfile);
   await page.getByLabel("Device").selectOption("Chip, 32 bits");
   await page.getByLabel("From").fill("0xfff0");

@@ -84,7 +84,7 @@ test("a drag over the chart zooms", async () => {
   await page.getByRole("button", { name: "Resume" }).click();
 });
 
-test("twenty curves at ten values a second are drawn without a stutter", { skip: !isSimulated }, async () => {
+test("twenty curves at ten values a second are drawn without a stutter (simulated)", { skip: !isSimulated }, async () => {
   await go(page, "Plots");
   await addCurve(names.measured);
   for (let point = 0; point < 19; point++) await addCurve(`SHADING.POINT${point}`);
