@@ -1,4 +1,5 @@
 """A page of the workbench without a browser, for tests of the built program."""
+import copy
 import http.client
 import json
 import queue
@@ -69,10 +70,17 @@ class Page:
         assert status == 200, (status, body)
         return body
 
-    def listen(self):
-        """Opens the stream of events."""
+    def another(self):
+        """A second page of the same browser."""
+        page = copy.copy(self)
+        page.events = queue.Queue()
+        page.seen = []
+        return page
+
+    def listen(self, name=""):
+        """Opens the stream of events, for a page of that name."""
         self.stream = http.client.HTTPConnection("127.0.0.1", self.port, timeout=300)
-        self.stream.request("GET", "/api/events", headers={"Host": self.host, "Cookie": self.cookie})
+        self.stream.request("GET", f"/api/events?page={name}", headers={"Host": self.host, "Cookie": self.cookie})
         self.socket = self.stream.sock  # which the response takes over
         response = self.stream.getresponse()
         assert response.status == 200, response.status

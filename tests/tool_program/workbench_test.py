@@ -173,6 +173,30 @@ class LiveTest(WorkbenchCase):
         self.page.wait_for("values", lambda data: data["registers"][0]["value"] == 0x33)
         self.assertEqual(self.page.post("/api/live", {"camera": self.path, "words": []})["live"], None)
 
+    def test_two_pages_read_live_each_its_own(self):
+        other = self.page.another()
+        for page, name in ((self.page, "a"), (other, "b")):
+            page.listen(name)
+        self.page.post("/api/live", {"camera": self.path, "page": "a", "reads": [
+            {"words": ["reg", "read", "0x100"], "rate": 20}]})
+        other.post("/api/live", {"camera": self.path, "page": "b", "reads": [
+            {"words": ["reg", "read", "0x100-0x103", "--wide"], "rate": 5}, {"words": ["reg", "read", "nonsense"]}]})
+        values = self.page.wait_for("values", lambda data: data["pages"] == ["b"])
+        self.assert_schema("workbench-event-values", values)
+        self.assertEqual(values["words"][-1], "--wide")
+        self.assertEqual(len(values["registers"]), 4)
+        wrong = other.wait_for("log", lambda data: data.get("ended"))
+        self.assert_schema("workbench-event-log", wrong)
+        self.assertEqual(wrong["pages"], ["b"])
+        self.run_command("reg", "write", "0x100", "0x33")
+        self.page.wait_for("values", lambda data: data["pages"] == ["a"] and data["registers"][0]["value"] == 0x33)
+        other.close()
+        time.sleep(1)
+        while not self.page.events.empty():
+            self.page.events.get()
+        seen = {tuple(self.page.wait_for("values")["pages"]) for _ in range(20)}
+        self.assertEqual(seen, {("a",)})
+
     def test_live_reading_costs_no_transfer_more_than_watching(self):
         readings = 40
 
@@ -265,6 +289,7 @@ class ProgramTest(WorkbenchCase):
         self.page.post("/api/stop", {"job": "s1"})
         found = answer()
         self.assertIn(found["exit"], (0, 9), found)
+        self.assertNotIn("run-", json.dumps([found["error"], found["messages"], found["result"]]))
         self.complete()
 
     def test_second_stop_ends_at_once(self):
