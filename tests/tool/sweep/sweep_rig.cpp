@@ -12,19 +12,19 @@
 namespace {
 
 std::atomic<int> g_jobs{0};
-thread_local bool t_in_job = false;
+thread_local bool g_in_job = false;
 
 }  // namespace
 
 // In place of the library's own: the task that a job starts to wipe its 100 after three seconds
 // gets no thread, which the library survives. Thousands of them would wait at once.
 void borvan::StartDetachedThread(void (*procedure)(void*), void* argument) {
-  if (t_in_job) {
+  if (g_in_job) {
     throw std::system_error(std::make_error_code(std::errc::resource_unavailable_try_again));
   }
   ++g_jobs;
   std::thread([procedure, argument] {
-    t_in_job = true;
+    g_in_job = true;
     procedure(argument);
     --g_jobs;
   }).detach();
