@@ -73,8 +73,8 @@ class FlashTest : public testing::Test {
     return outcome;
   }
 
-  FakeChip& chip() { return host.chip(); }
-  Bytes& flash() { return host.chip().flash; }
+  FakeChip& Chip() { return host.Chip(); }
+  Bytes& Flash() { return host.Chip().flash; }
   // The camera fails from the given transfer of the next run on, as when its cable is pulled.
   void FailFrom(std::uint64_t transfer, ExitCode code = ExitCode::kDevice);
   // It fails once.
