@@ -12,7 +12,6 @@
 namespace borvanusb::tool_test {
 namespace {
 
-using testing::Each;
 using testing::HasSubstr;
 using testing::Not;
 using testing::StartsWith;
@@ -248,6 +247,7 @@ class WholeToolAllTest : public WholeToolTest {
     };
   }
 
+ public:
   std::vector<std::vector<std::string>> lines;
 };
 
