@@ -164,10 +164,11 @@ TEST(NameAddressTest, ProgramAndVerifyAskForTheAddressThatTheNameCarries) {
                                      std::string(kBackup) + "\" carries 0x20000");
     const std::string line =
         Format("borvanusb flash {} {} --camera \"my camera\"", command, kBackup);
-    EXPECT_EQ(failure.Hint(), "If it belongs to 0x20000: " + line +
-                                  " --address 0x20000\nIf it belongs to the beginning of the "
-                                  "flash: " +
-                                  line + " --address 0");
+    EXPECT_EQ(
+        failure.Hint(),
+        Format("If it belongs to 0x20000: {} --address 0x20000\nIf it belongs to the beginning "
+               "of the flash: {} --address 0",
+               line, line));
   }
   EXPECT_EQ(FailureOf({"flash", "program", "--json", "--", "-0x1000.bin"}).Hint(),
             "If it belongs to 0x1000: borvanusb flash program --json --address 0x1000 -- "

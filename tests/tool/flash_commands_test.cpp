@@ -14,8 +14,8 @@ namespace {
 class FlashCommandsTest : public FlashTest {
  protected:
   FlashCommandsTest() {
-    flash() = Pattern(64 * kKibi, 1);
-    before_ = flash();
+    Flash() = Pattern(64 * kKibi, 1);
+    before_ = Flash();
   }
 
   Bytes before_;
@@ -24,8 +24,8 @@ class FlashCommandsTest : public FlashTest {
 // ---- read ---------------------------------------------------------------------------------------
 
 TEST_F(FlashCommandsTest, ReadWithoutAFileShowsAHexDump) {
-  flash()[0x1000] = 0x41;
-  flash()[0x1001] = 0x00;
+  Flash()[0x1000] = 0x41;
+  Flash()[0x1001] = 0x00;
   const Outcome outcome = Run(FlashReadCommand{{0x1000, 0x1001}, ""});
   EXPECT_EQ(outcome.code, ExitCode::kDone);
   EXPECT_EQ(output->out,
@@ -36,9 +36,9 @@ TEST_F(FlashCommandsTest, ReadWithoutAFileShowsAHexDump) {
 }
 
 TEST_F(FlashCommandsTest, ReadToStandardOutputIsTheBytesAlone) {
-  flash()[0x1000] = 0x0A;
-  flash()[0x1001] = 0x00;
-  flash()[0x1002] = 0x1B;
+  Flash()[0x1000] = 0x0A;
+  Flash()[0x1001] = 0x00;
+  Flash()[0x1002] = 0x1B;
   EXPECT_EQ(Run(FlashReadCommand{{0x1000, 0x1002}, "-"}).code, ExitCode::kDone);
   EXPECT_EQ(output->out, std::string("\x0A\x00\x1B", 3));
   EXPECT_TRUE(output->notes.starts_with("Read 3 bytes from 0x1000-0x1002 into standard output, "))
@@ -67,7 +67,7 @@ TEST_F(FlashCommandsTest, ReadWritesTheRangesBytes) {
 }
 
 TEST_F(FlashCommandsTest, ReadIntoATextFileWritesLines) {
-  flash() = Overlaid(flash(), 0x1008, Bytes{0, 1, 2, 3, 4, 5, 6, 7, 0xAB});
+  Flash() = Overlaid(Flash(), 0x1008, Bytes{0, 1, 2, 3, 4, 5, 6, 7, 0xAB});
   EXPECT_EQ(Run(FlashReadCommand{{0x1008, 0x1010}, File("dump.txt")}).code, ExitCode::kDone);
   const Bytes bytes = ReadFile("dump.txt");
   EXPECT_EQ(std::string(bytes.begin(), bytes.end()),
@@ -83,20 +83,20 @@ TEST_F(FlashCommandsTest, ReadThatFailsLeavesNoFile) {
 
 TEST_F(FlashCommandsTest, ReadIntoAFileThatCantBeWrittenReadsNothing) {
   EXPECT_EQ(Run(FlashReadCommand{{0, 0xFFF}, File("missing/dump.bin")}).code, ExitCode::kFile);
-  EXPECT_EQ(chip().transfers, 0U);
+  EXPECT_EQ(Chip().transfers, 0U);
 }
 
 // ---- word ---------------------------------------------------------------------------------------
 
 TEST_F(FlashCommandsTest, WordIsReadWithItsFirstByteOnTop) {
-  flash() = Overlaid(flash(), 0x1001, Bytes{0x12, 0x34, 0x56, 0x78});
+  Flash() = Overlaid(Flash(), 0x1001, Bytes{0x12, 0x34, 0x56, 0x78});
   const Outcome outcome = Run(FlashWordCommand{0x1001, std::nullopt, false, false, {}});
   EXPECT_EQ(output->out, "0x1001: 0x12345678\n");
   EXPECT_EQ(outcome.result["value"], 0x12345678);
 }
 
 TEST_F(FlashCommandsTest, WordThatCantBeReadIsAFailureAndNotZero) {
-  chip().wraps = false;
+  Chip().wraps = false;
   FlashWordCommand command{0x10000, std::nullopt, false, false, {}};
   command.flash_size = 0x20000;
   EXPECT_EQ(Run(command).code, ExitCode::kTimeout);
@@ -108,18 +108,18 @@ TEST_F(FlashCommandsTest, WordBeyondTheLastAddressIsRefused) {
 }
 
 TEST_F(FlashCommandsTest, WordIsWrittenAndReadBack) {
-  flash() = Bytes(64 * kKibi, 0xFF);
+  Flash() = Bytes(64 * kKibi, 0xFF);
   const Outcome outcome = Run(FlashWordCommand{0x1000, 0x12345678, true, false, {}});
   EXPECT_EQ(outcome.code, ExitCode::kDone);
   EXPECT_EQ(output->out, "0x1000: 0x12345678, reads back as written\n");
   EXPECT_EQ(outcome.result["before"], 0xFFFFFFFF);
   EXPECT_EQ(outcome.result["verified"], true);
-  EXPECT_EQ(Bytes(flash().begin() + 0x1000, flash().begin() + 0x1004),
+  EXPECT_EQ(Bytes(Flash().begin() + 0x1000, Flash().begin() + 0x1004),
             (Bytes{0x12, 0x34, 0x56, 0x78}));
 }
 
 TEST_F(FlashCommandsTest, WordWhoseBitsAreClearedAlreadyReadsBackOtherwise) {
-  flash() = Overlaid(flash(), 0x1000, Bytes{0x0F, 0xFF, 0xFF, 0xFF});
+  Flash() = Overlaid(Flash(), 0x1000, Bytes{0x0F, 0xFF, 0xFF, 0xFF});
   const Outcome outcome = Run(FlashWordCommand{0x1000, 0xF0000000, true, false, {}});
   EXPECT_EQ(outcome.code, ExitCode::kVerify);
   EXPECT_EQ(output->errors,
@@ -133,7 +133,7 @@ TEST_F(FlashCommandsTest, WordIsNotWrittenWithoutAYes) {
   EXPECT_EQ(outcome.code, ExitCode::kStopped);
   EXPECT_EQ(outcome.message, "nothing was written");
   EXPECT_EQ(host.questions.size(), 1U);
-  EXPECT_EQ(flash(), before_);
+  EXPECT_EQ(Flash(), before_);
 }
 
 // ---- erase --------------------------------------------------------------------------------------
@@ -145,7 +145,7 @@ TEST_F(FlashCommandsTest, EraseAsksAndErasesWholeSectors) {
   EXPECT_EQ(host.questions, std::vector<std::string>{"Erase 8192 bytes (8 KiB) of flash, "
                                                      "0x1000-0x2fff, of camera 0  1234:0001  "
                                                      "Fake camera?"});
-  EXPECT_EQ(flash(), Overlaid(before_, 0x1000, Bytes(0x2000, 0xFF)));
+  EXPECT_EQ(Flash(), Overlaid(before_, 0x1000, Bytes(0x2000, 0xFF)));
   EXPECT_EQ(output->out, "Erased 8192 bytes (8 KiB), 0x1000-0x2fff; all of it reads 0xff.\n");
 }
 
@@ -153,7 +153,7 @@ TEST_F(FlashCommandsTest, EraseWithoutAYesErasesNothing) {
   const Outcome outcome = Run(FlashEraseCommand{{0x1000, 0x2FFF}, false, false, {}});
   EXPECT_EQ(outcome.code, ExitCode::kStopped);
   EXPECT_EQ(outcome.message, "nothing was erased");
-  EXPECT_EQ(flash(), before_);
+  EXPECT_EQ(Flash(), before_);
 }
 
 TEST_F(FlashCommandsTest, EraseOfHalfASectorNamesTheWholeOnes) {
@@ -162,13 +162,13 @@ TEST_F(FlashCommandsTest, EraseOfHalfASectorNamesTheWholeOnes) {
     EXPECT_EQ(outcome.code, ExitCode::kUsage);
     EXPECT_EQ(outcome.hint, "The sectors around it are 0x1000-0x1fff.");
   }
-  EXPECT_EQ(chip().transfers, 0U);
+  EXPECT_EQ(Chip().transfers, 0U);
 }
 
 TEST_F(FlashCommandsTest, EraseThatLeavesBytesIsToldWhere) {
-  chip().before_transfer = [this](std::uint64_t) {
-    if (chip().erases >= 2) {
-      flash()[0x2345] = 0x7F;
+  Chip().before_transfer = [this](std::uint64_t) {
+    if (Chip().erases >= 2) {
+      Flash()[0x2345] = 0x7F;
     }
   };
   const Outcome outcome = Run(FlashEraseCommand{{0x1000, 0x2FFF}, true, false, {}});
@@ -186,7 +186,7 @@ TEST_F(FlashCommandsTest, EraseThatFailsTellsWhatIsErased) {
 }
 
 TEST_F(FlashCommandsTest, EraseStopsBetweenSectors) {
-  chip().before_transfer = [this](std::uint64_t number) {
+  Chip().before_transfer = [this](std::uint64_t number) {
     host.stop_requested = host.stop_requested || number == 4 * 64 + 1;
   };
   const Outcome outcome = Run(FlashEraseCommand{{0x1000, 0x4FFF}, true, false, {}});
@@ -198,15 +198,15 @@ TEST_F(FlashCommandsTest, WritingCommandsLeaveACameraInUseAlone) {
   host.reserved_elsewhere = true;
   EXPECT_EQ(Run(FlashEraseCommand{{0x1000, 0x1FFF}, true, false, {}}).code, ExitCode::kRefused);
   EXPECT_EQ(Run(FlashWordCommand{0x1000, 0, true, false, {}}).code, ExitCode::kRefused);
-  EXPECT_EQ(chip().transfers, 0U);
+  EXPECT_EQ(Chip().transfers, 0U);
 }
 
 // ---- map ----------------------------------------------------------------------------------------
 
 TEST_F(FlashCommandsTest, MapShowsEachSectorAsASign) {
-  flash() = Bytes(512 * kKibi, 0xFF);
-  flash() = Overlaid(flash(), 0, Pattern(0x1001, 1));
-  flash()[std::size_t{65} * 4096] = 0;
+  Flash() = Bytes(512 * kKibi, 0xFF);
+  Flash() = Overlaid(Flash(), 0, Pattern(0x1001, 1));
+  Flash()[std::size_t{65} * 4096] = 0;
   FlashMapCommand command;
   command.flash_size = 66 * 4096;
   const Outcome outcome = Run(command);
@@ -229,7 +229,7 @@ TEST_F(FlashCommandsTest, MapFindsTheFlashsSize) {
 }
 
 TEST_F(FlashCommandsTest, MapOfABlankFlashAsksForItsSize) {
-  flash() = Bytes(64 * kKibi, 0xFF);
+  Flash() = Bytes(64 * kKibi, 0xFF);
   const Outcome outcome = Run(FlashMapCommand{});
   EXPECT_EQ(outcome.code, ExitCode::kUsage);
   EXPECT_EQ(outcome.message, "the flash's size is unknown: the first 64 KiB are blank");
@@ -257,10 +257,10 @@ TEST_F(FlashCommandsTest, VerifyOfAnEqualImage) {
 
 TEST_F(FlashCommandsTest, VerifyTellsTheFirstDifferenceAndAllRanges) {
   Bytes bytes(0x100, 0x11);
-  flash() = Overlaid(flash(), 0x1000, bytes);
-  flash()[0x1010] = 0x22;
-  flash()[0x1020] = 0x33;
-  flash()[0x1021] = 0x44;
+  Flash() = Overlaid(Flash(), 0x1000, bytes);
+  Flash()[0x1010] = 0x22;
+  Flash()[0x1020] = 0x33;
+  Flash()[0x1021] = 0x44;
   const Outcome outcome =
       Run(FlashVerifyCommand{WriteFile("image.bin", bytes), 0x1000, File("diff.csv")});
   EXPECT_EQ(outcome.code, ExitCode::kVerify);
@@ -280,7 +280,7 @@ TEST_F(FlashCommandsTest, VerifyTellsTheFirstDifferenceAndAllRanges) {
 }
 
 TEST_F(FlashCommandsTest, VerifyWritesItsDifferencesAsJsonToo) {
-  flash() = Overlaid(flash(), 0x1000, Bytes{1, 2});
+  Flash() = Overlaid(Flash(), 0x1000, Bytes{1, 2});
   Run(FlashVerifyCommand{WriteFile("image.bin", Bytes{1, 3}), 0x1000, File("diff.json")});
   const Bytes json = ReadFile("diff.json");
   EXPECT_EQ(std::string(json.begin(), json.end()),

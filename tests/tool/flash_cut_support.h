@@ -24,13 +24,13 @@ class FlashCutFixture : public FlashTest {
     command_.image = file;
     command_.address = address;
     command_.backup = false;
-    flash() = before_;
-    const std::uint64_t start = chip().transfers;
+    Flash() = before_;
+    const std::uint64_t start = Chip().transfers;
     EXPECT_EQ(Run(command_).code, ExitCode::kDone);
-    EXPECT_EQ(flash(), Wanted());
+    EXPECT_EQ(Flash(), Wanted());
     EXPECT_FALSE(HasJournal());
-    transfers_ = chip().transfers - start;
-    flash() = before_;
+    transfers_ = Chip().transfers - start;
+    Flash() = before_;
   }
 
   Bytes Wanted() const {
@@ -43,7 +43,7 @@ class FlashCutFixture : public FlashTest {
 
   // Whether bytes beside the image are changed.
   bool IsHarmed() {
-    Bytes beside = flash();
+    Bytes beside = Flash();
     for (const Segment& segment : segments_) {
       std::copy_n(before_.begin() + segment.address, segment.bytes.size(),
                   beside.begin() + segment.address);
@@ -58,7 +58,7 @@ class FlashCutFixture : public FlashTest {
     const bool harmed = IsHarmed();
     const Outcome outcome = Run(command_);
     EXPECT_EQ(outcome.code, ExitCode::kDone) << where << ": " << outcome.message;
-    EXPECT_TRUE(flash() == Wanted()) << where;
+    EXPECT_TRUE(Flash() == Wanted()) << where;
     // A journal whose bytes are not missing may belong to another camera, so it stays.
     EXPECT_FALSE(harmed && HasJournal() && leftovers == Leftovers::kNone) << where;
     std::filesystem::remove_all(host.journal_folder);
@@ -67,7 +67,7 @@ class FlashCutFixture : public FlashTest {
   // Interrupts at each transfer, or at every `step`-th one.
   void ExpectEveryCutIsMended(ExitCode code, std::uint64_t step = 1) {
     for (std::uint64_t transfer = 1; transfer <= transfers_; transfer += step) {
-      flash() = before_;
+      Flash() = before_;
       FailFrom(transfer, code);
       EXPECT_EQ(Run(command_).code, code) << transfer;
       ExpectSecondRunFinishes(std::to_string(transfer));
@@ -78,7 +78,7 @@ class FlashCutFixture : public FlashTest {
   void ExpectTwoCutsAreMended(std::uint64_t start, std::uint64_t step, std::uint64_t second_step) {
     for (std::uint64_t first = start; first <= transfers_; first += step) {
       for (std::uint64_t second = start; second <= transfers_; second += second_step) {
-        flash() = before_;
+        Flash() = before_;
         FailFrom(first);
         EXPECT_EQ(Run(command_).code, ExitCode::kDevice);
         FailFrom(second);
@@ -94,10 +94,10 @@ class FlashCutFixture : public FlashTest {
   void ExpectEveryFailureIsRestored(std::uint64_t step) {
     command_.restore_on_failure = true;
     for (std::uint64_t transfer = 1; transfer <= transfers_; transfer += step) {
-      flash() = before_;
+      Flash() = before_;
       FailAt(transfer);
       EXPECT_EQ(Run(command_).code, ExitCode::kDevice) << transfer;
-      EXPECT_TRUE(flash() == before_) << transfer;
+      EXPECT_TRUE(Flash() == before_) << transfer;
       EXPECT_FALSE(HasJournal()) << transfer;
       Heal();
     }

@@ -37,7 +37,7 @@ TEST_F(FlashCutTest, CutWithBackupsIsMendedAndTheFirstBackupStays) {
   command_.backup_file = File("old.bin");
   const Bytes old_bytes(before_.begin() + 0x1000, before_.begin() + 0x4000);
   for (std::uint64_t transfer = 1; transfer <= transfers_; transfer += 5) {
-    flash() = before_;
+    Flash() = before_;
     FailFrom(transfer);
     EXPECT_EQ(Run(command_).code, ExitCode::kDevice) << transfer;
     const bool begun = transfer > 201;
@@ -62,9 +62,9 @@ TEST_F(FlashCutTest, RestoringThatIsCutIsMendedByASecondRun) {
   command_.restore_on_failure = true;
   for (std::uint64_t transfer = 300; transfer <= transfers_; transfer += 31) {
     for (const std::uint64_t further : {1U, 4U, 60U, 140U, 214U, 225U, 300U}) {
-      flash() = before_;
-      const std::uint64_t first = chip().transfers + transfer;
-      chip().before_transfer = [=](std::uint64_t number) {
+      Flash() = before_;
+      const std::uint64_t first = Chip().transfers + transfer;
+      Chip().before_transfer = [=](std::uint64_t number) {
         if (number == first || number >= first + further) {
           throw Failure(ExitCode::kDevice, "the camera is gone");
         }
@@ -79,8 +79,8 @@ TEST_F(FlashCutTest, RestoringThatIsCutIsMendedByASecondRun) {
 TEST_F(FlashCutTest, SectorsThatCameOutWrongAreMendedByASecondRun) {
   for (const std::uint32_t wrong :
        {0x1000U, 0x1EFFU, 0x1F00U, 0x2500U, 0x33FFU, 0x3400U, 0x3FFFU}) {
-    flash() = before_;
-    chip().after_programming = [wrong](std::uint32_t address, std::span<std::uint8_t> bytes) {
+    Flash() = before_;
+    Chip().after_programming = [wrong](std::uint32_t address, std::span<std::uint8_t> bytes) {
       if (address <= wrong && wrong < address + bytes.size()) {
         bytes[wrong - address] = 0;
       }
@@ -95,7 +95,7 @@ TEST_F(FlashCutTest, EraseThatSetOnlySomeBitsIsMended) {
   EXPECT_EQ(Run(command_).code, ExitCode::kDevice);
   // Simulates a power failure during the erase of the first sector.
   for (std::size_t i = 0; i < 0x1000; ++i) {
-    flash()[0x1000 + i] |= static_cast<std::uint8_t>(i * 37);
+    Flash()[0x1000 + i] |= static_cast<std::uint8_t>(i * 37);
   }
   ExpectSecondRunFinishes("half an erase");
 }

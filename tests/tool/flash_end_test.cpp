@@ -13,15 +13,15 @@ namespace {
 class FlashEndTest : public FlashTest {
  protected:
   FlashEndTest() {
-    flash() = Overlaid(Bytes(kMebi, 0xFF), 0, Pattern(200 * kKibi, 1));
-    before_ = flash();
+    Flash() = Overlaid(Bytes(kMebi, 0xFF), 0, Pattern(200 * kKibi, 1));
+    before_ = Flash();
   }
 
   // The command must be rejected before any change, whether addresses wrap or do not answer.
   template <typename Command>
   void ExpectRefused(const Command& command, ExitCode code, const std::string& begin) {
     for (const bool wraps : {true, false}) {
-      chip().wraps = wraps;
+      Chip().wraps = wraps;
       const Outcome outcome = Run(command);
       EXPECT_EQ(outcome.code, code) << outcome.message;
       EXPECT_TRUE(outcome.message.starts_with(begin)) << outcome.message;
@@ -29,9 +29,9 @@ class FlashEndTest : public FlashTest {
                 std::string::npos)
           << outcome.message;
       EXPECT_NE(outcome.hint.find("--flash-size"), std::string::npos) << outcome.hint;
-      EXPECT_EQ(chip().read_bytes, 0U);
-      EXPECT_EQ(chip().erases, 0U);
-      EXPECT_EQ(flash(), before_);
+      EXPECT_EQ(Chip().read_bytes, 0U);
+      EXPECT_EQ(Chip().erases, 0U);
+      EXPECT_EQ(Flash(), before_);
       EXPECT_TRUE(host.questions.empty());
     }
   }
@@ -77,7 +77,7 @@ TEST_F(FlashEndTest, MapBeyondTheEndDrawsNothing) {
 
 TEST_F(FlashEndTest, WhatEndsWithTheFlashIsDone) {
   for (const bool wraps : {true, false}) {
-    chip().wraps = wraps;
+    Chip().wraps = wraps;
     EXPECT_EQ(Run(FlashReadCommand{{0, 0xFFFFF}, File("dump.bin")}).code, ExitCode::kDone);
     EXPECT_EQ(ReadFile("dump.bin"), before_);
     EXPECT_EQ(Run(FlashWordCommand{0xFFFFC, std::nullopt, false}).code, ExitCode::kDone);
@@ -92,26 +92,26 @@ TEST_F(FlashEndTest, WhatEndsWithTheFlashIsDone) {
 
 TEST_F(FlashEndTest, ReadOfTheWholeFlashTakesFewTransfersMore) {
   Run(FlashReadCommand{{0, 0xFFFFF}, File("dump.bin")});
-  EXPECT_LE(chip().transfers, kMebi / 64 + 40);
-  const std::uint64_t before = chip().transfers;
+  EXPECT_LE(Chip().transfers, kMebi / 64 + 40);
+  const std::uint64_t before = Chip().transfers;
   FlashReadCommand told{{0, 0xFFFFF}, File("dump.bin")};
   told.flash_size = kMebi;
   Run(told);
-  EXPECT_EQ(chip().transfers - before, kMebi / 64);
+  EXPECT_EQ(Chip().transfers - before, kMebi / 64);
 }
 
 // The first 64 KiB contain only a short loader: too little for the quick detection, but enough for
 // `info`.
 TEST_F(FlashEndTest, FlashThatTellsItsSizeToACloseLookTellsItHereToo) {
   before_ = Overlaid(Bytes(kMebi, 0xFF), 0, Pattern(256, 1));
-  flash() = before_;
+  Flash() = before_;
   for (const bool wraps : {true, false}) {
-    chip().wraps = wraps;
+    Chip().wraps = wraps;
     const Outcome outcome = Run(FlashEraseCommand{{0xFF000, 0x100FFF}, true});
     EXPECT_EQ(outcome.code, ExitCode::kUsage);
     EXPECT_TRUE(outcome.message.starts_with("RANGE: 0xff000-0x100fff ends beyond"))
         << outcome.message;
-    EXPECT_EQ(flash(), before_);
+    EXPECT_EQ(Flash(), before_);
   }
 }
 
@@ -134,12 +134,12 @@ TEST_F(FlashEndTest, SizeThatIsToldCountsAndNothingIsLookedAt) {
   FlashMapCommand map;
   map.range = Range{0, 0x10000};
   refuse(map, ExitCode::kUsage);
-  EXPECT_EQ(chip().transfers, 0U);
-  EXPECT_EQ(flash(), before_);
+  EXPECT_EQ(Chip().transfers, 0U);
+  EXPECT_EQ(Flash(), before_);
 }
 
 TEST_F(FlashEndTest, SizeThatCantBeFoundOutIsRemarkedAndNothingRefused) {
-  flash() = Bytes(kMebi, 0xFF);
+  Flash() = Bytes(kMebi, 0xFF);
   EXPECT_EQ(Run(FlashReadCommand{{0, 0x1FFFF}, File("dump.bin")}).code, ExitCode::kDone);
   EXPECT_EQ(output->notes,
             "the flash's size is unknown: the first 64 KiB are blank; pass --flash-size to "
@@ -163,7 +163,7 @@ TEST_F(FlashEndTest, AllReadsTheWholeFlash) {
   EXPECT_NE(output->notes.find("the flash wraps at 1 MiB"), std::string::npos);
   command.flash_size = 0x20000;
   EXPECT_EQ(Run(command).result["last"], 0x1FFFF);
-  flash() = Bytes(kMebi, 0xFF);
+  Flash() = Bytes(kMebi, 0xFF);
   command.flash_size.reset();
   const Outcome outcome = Run(command);
   EXPECT_EQ(outcome.code, ExitCode::kUsage);

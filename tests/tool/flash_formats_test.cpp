@@ -16,7 +16,7 @@ constexpr std::string_view kHex = ":0400100001020304E2\r\n:02200000AABB79\r\n:00
 class FlashFormatsTest : public FlashTest {
  protected:
   FlashFormatsTest() {
-    flash() = before_;
+    Flash() = before_;
     program_.backup = false;
   }
 
@@ -32,11 +32,11 @@ class FlashFormatsTest : public FlashTest {
   // A command that must be rejected before accessing the camera.
   template <typename Command>
   std::string Refused(const Command& command, ExitCode code = ExitCode::kFile) {
-    const std::uint64_t transfers = chip().transfers;
+    const std::uint64_t transfers = Chip().transfers;
     const Outcome outcome = Run(command);
     EXPECT_EQ(outcome.code, code) << outcome.message;
-    EXPECT_EQ(chip().transfers, transfers);
-    EXPECT_EQ(flash(), before_);
+    EXPECT_EQ(Chip().transfers, transfers);
+    EXPECT_EQ(Flash(), before_);
     return outcome.message;
   }
 
@@ -48,8 +48,8 @@ TEST_F(FlashFormatsTest, JustTheBytesOfAHexFileChange) {
   program_.image = WriteText("fw.hex", kHex);
   const Outcome outcome = Run(program_);
   EXPECT_EQ(outcome.code, ExitCode::kDone) << outcome.message;
-  EXPECT_EQ(flash(), Wanted());
-  EXPECT_EQ(chip().erased_sectors, (std::vector<std::uint32_t>{0x0, 0x2000}));
+  EXPECT_EQ(Flash(), Wanted());
+  EXPECT_EQ(Chip().erased_sectors, (std::vector<std::uint32_t>{0x0, 0x2000}));
   EXPECT_EQ(BreachOfSchema("flash-program", outcome.result), "");
   EXPECT_EQ(outcome.result["address"], 0x10);
   EXPECT_EQ(outcome.result["image"]["size"], 6);
@@ -70,7 +70,7 @@ TEST_F(FlashFormatsTest, AddressIsAddedToTheAddressesInTheFile) {
   program_.image = WriteText("fw.hex", kHex);
   program_.address = 0x3000;
   EXPECT_EQ(Run(program_).code, ExitCode::kDone);
-  EXPECT_EQ(flash(), Wanted(0x3000));
+  EXPECT_EQ(Flash(), Wanted(0x3000));
 }
 
 TEST_F(FlashFormatsTest, AddressBeyondTheLastIsRefused) {
@@ -90,7 +90,7 @@ TEST_F(FlashFormatsTest, FormatThatIsRecognisedInAnotherNameIsTold) {
       << output->notes;
   EXPECT_NE(output->out.find("goes to    0x10-0x13, 0x2000-0x2001\n"), std::string::npos)
       << output->out;
-  EXPECT_EQ(flash(), before_);
+  EXPECT_EQ(Flash(), before_);
 }
 
 TEST_F(FlashFormatsTest, BrokenFilesAreRefusedWithTheirLine) {
@@ -123,7 +123,7 @@ TEST_F(FlashFormatsTest, FileThatSpreadsOverGigabytesTakesNoSpace) {
   const Outcome outcome = Run(program_);
   EXPECT_EQ(outcome.code, ExitCode::kFile);
   EXPECT_NE(outcome.message.find("does not fit"), std::string::npos) << outcome.message;
-  EXPECT_EQ(flash(), before_);
+  EXPECT_EQ(Flash(), before_);
 }
 
 TEST_F(FlashFormatsTest, NameWithAnotherAddressThanTheFileIsInDoubt) {
@@ -133,15 +133,15 @@ TEST_F(FlashFormatsTest, NameWithAnotherAddressThanTheFileIsInDoubt) {
                 " carries 0x3000, but the addresses in the file begin at 0x10");
   program_.address = 0;
   EXPECT_EQ(Run(program_).code, ExitCode::kDone);
-  EXPECT_EQ(flash(), Wanted());
-  flash() = before_;
+  EXPECT_EQ(Flash(), Wanted());
+  Flash() = before_;
   program_.image = WriteText("fw-0x10.hex", kHex);
   program_.address.reset();
   EXPECT_EQ(Run(program_).code, ExitCode::kDone);
 }
 
 TEST_F(FlashFormatsTest, BackupThatLooksLikeAnotherFormatGoesBackRaw) {
-  flash() = Overlaid(before_, 0x1000, Bytes(kHex.begin(), kHex.end()));
+  Flash() = Overlaid(before_, 0x1000, Bytes(kHex.begin(), kHex.end()));
   program_.image = WriteFile("image.bin", Pattern(0x1000, 7));
   program_.address = 0x1000;
   program_.backup = true;
@@ -165,11 +165,11 @@ TEST_F(FlashFormatsTest, SeveralImagesAreOnePieceOfWork) {
   program_.backup_file = File("old.hex");
   const Outcome outcome = Run(program_);
   EXPECT_EQ(outcome.code, ExitCode::kDone) << outcome.message;
-  EXPECT_EQ(flash(),
+  EXPECT_EQ(Flash(),
             Overlaid(Overlaid(Overlaid(before_, 0, Pattern(0x1800, 2)), 0x1800, Pattern(0x900, 3)),
                      0x8000, Bytes{1}));
   // Each sector is erased once, although two images share one.
-  std::vector<std::uint32_t> erased = chip().erased_sectors;
+  std::vector<std::uint32_t> erased = Chip().erased_sectors;
   std::ranges::sort(erased);
   EXPECT_EQ(erased, (std::vector<std::uint32_t>{0, 0x1000, 0x2000, 0x8000}));
   EXPECT_EQ(BreachOfSchema("flash-program", outcome.result), "");
@@ -181,7 +181,7 @@ TEST_F(FlashFormatsTest, SeveralImagesAreOnePieceOfWork) {
   FlashVerifyCommand verify{program_.image, program_.address, ""};
   verify.more = program_.more;
   EXPECT_EQ(Run(verify).code, ExitCode::kDone);
-  flash()[0x1900] ^= 1U;
+  Flash()[0x1900] ^= 1U;
   EXPECT_EQ(Run(verify).code, ExitCode::kVerify);
   EXPECT_EQ(output->errors, "borvanusb: flash verify: 1 byte differs, the first at 0x1900\n");
 }
@@ -194,7 +194,7 @@ TEST_F(FlashFormatsTest, PlanShowsEachImage) {
   EXPECT_EQ(Run(program_).code, ExitCode::kDone);
   EXPECT_NE(output->out.find("boot.bin, 4096 bytes (4 KiB)\n"), std::string::npos) << output->out;
   EXPECT_NE(output->out.find("goes to    0x8000-0x88ff\n"), std::string::npos) << output->out;
-  EXPECT_EQ(flash(), before_);
+  EXPECT_EQ(Flash(), before_);
 }
 
 TEST_F(FlashFormatsTest, ImagesThatOverlapAreRefused) {
@@ -235,7 +235,7 @@ TEST_F(FlashFormatsTest, FlashIsReadIntoEachFormatAndGoesBackFromIt) {
     const Outcome outcome = Run(FlashReadCommand{{0x0FF3, 0x2101}, File(name)});
     EXPECT_EQ(outcome.code, ExitCode::kDone) << outcome.message;
     EXPECT_EQ(BreachOfSchema("flash-read", outcome.result), "");
-    flash() = Bytes(64 * kKibi, 0xFF);
+    Flash() = Bytes(64 * kKibi, 0xFF);
     FlashProgramCommand back;
     back.image = File(name);
     back.backup = false;
@@ -243,16 +243,16 @@ TEST_F(FlashFormatsTest, FlashIsReadIntoEachFormatAndGoesBackFromIt) {
       back.address = 0x0FF3;
     }
     EXPECT_EQ(Run(back).code, ExitCode::kDone) << name;
-    EXPECT_EQ(flash(), Overlaid(Bytes(64 * kKibi, 0xFF), 0x0FF3,
+    EXPECT_EQ(Flash(), Overlaid(Bytes(64 * kKibi, 0xFF), 0x0FF3,
                                 Bytes(before_.begin() + 0x0FF3, before_.begin() + 0x2102)))
         << name;
-    flash() = before_;
+    Flash() = before_;
   }
 }
 
 TEST_F(FlashFormatsTest, FormatIsSaidByOptionOrName) {
   FlashReadCommand command{{0x10, 0x13}, File("dump.bin")};
-  flash() = Overlaid(before_, 0x10, Bytes{1, 2, 3, 4});
+  Flash() = Overlaid(before_, 0x10, Bytes{1, 2, 3, 4});
   command.format = "hex";
   EXPECT_EQ(Run(command).result["form"], "hex");
   EXPECT_EQ(ReadWholeText(command.file), ":0400100001020304E2\r\n:00000001FF\r\n");
@@ -270,7 +270,7 @@ TEST_F(FlashFormatsTest, FormatIsSaidByOptionOrName) {
 TEST_F(FlashFormatsTest, FormsThatAreNotWrittenAreRefused) {
   EXPECT_EQ(Refused(FlashReadCommand{{0, 3}, File("dump.elf")}, ExitCode::kUsage),
             "FILE: " + File("dump.elf") + ": ELF files are read, but not written");
-  flash() = before_;
+  Flash() = before_;
   FlashReadCommand wide{{0xFFFE, 0x10001}, File("dump.s19")};
   wide.flash_size = 1U << 20U;
   EXPECT_EQ(Refused(wide, ExitCode::kUsage),

@@ -29,8 +29,8 @@ class FlashImageTest : public FlashTest {
 // ---- Files that are recognised, but not read ----------------------------------------------------
 
 TEST_F(FlashImageTest, FilesThatAreNotReadAreNeitherProgrammedNorCompared) {
-  flash() = Pattern(64 * kKibi, 1);
-  const Bytes before = flash();
+  Flash() = Pattern(64 * kKibi, 1);
+  const Bytes before = Flash();
   Bytes uf2 = {'U', 'F', '2', '\n', 0x57, 0x51, 0x5D, 0x9E};
   uf2.resize(508, 0);
   uf2.insert(uf2.end(), {0x30, 0x6F, 0xB1, 0x0A});
@@ -59,8 +59,8 @@ TEST_F(FlashImageTest, FilesThatAreNotReadAreNeitherProgrammedNorCompared) {
       EXPECT_NE(outcome.hint.find("--force"), std::string::npos) << outcome.hint;
     }
   }
-  EXPECT_EQ(chip().transfers, 0U);
-  EXPECT_EQ(flash(), before);
+  EXPECT_EQ(Chip().transfers, 0U);
+  EXPECT_EQ(Flash(), before);
   EXPECT_EQ(FilesWith("diff"), std::vector<std::string>{});
 }
 
@@ -70,7 +70,7 @@ TEST_F(FlashImageTest, ForceTakesTheirBytesAsTheyAre) {
   program.image = WriteText("fw.txt", kDump);
   program.force = true;
   EXPECT_EQ(Run(program).code, ExitCode::kDone);
-  EXPECT_TRUE(std::equal(kDump.begin(), kDump.end(), flash().begin()));
+  EXPECT_TRUE(std::equal(kDump.begin(), kDump.end(), Flash().begin()));
   FlashVerifyCommand verify{program.image, 0, ""};
   verify.force = true;
   EXPECT_EQ(Run(verify).code, ExitCode::kDone);
@@ -81,7 +81,7 @@ TEST_F(FlashImageTest, FormatRawTakesTheBytesOfAHexFileAsTheyAre) {
   program.image = WriteText("fw.hex", kHexFile);
   program.form = ImageForm::kRaw;
   EXPECT_EQ(Run(program).code, ExitCode::kDone);
-  EXPECT_TRUE(std::equal(kHexFile.begin(), kHexFile.end(), flash().begin()));
+  EXPECT_TRUE(std::equal(kHexFile.begin(), kHexFile.end(), Flash().begin()));
 }
 
 TEST_F(FlashImageTest, BlankImageIsComparedWithoutForce) {
@@ -92,7 +92,7 @@ TEST_F(FlashImageTest, BlankImageIsComparedWithoutForce) {
 // ---- The file of --diff -------------------------------------------------------------------------
 
 TEST_F(FlashImageTest, DifferencesAreWrittenAsEver) {
-  flash() = Overlaid(Bytes(64 * kKibi, 0xFF), 0, Bytes{0, 1, 2, 3, 0xAB});
+  Flash() = Overlaid(Bytes(64 * kKibi, 0xFF), 0, Bytes{0, 1, 2, 3, 0xAB});
   const std::string image = WriteFile("image.bin", Bytes{0, 9, 2, 255, 0});
   EXPECT_EQ(Run(FlashVerifyCommand{image, 0, File("diff.json")}).code, ExitCode::kVerify);
   EXPECT_EQ(ReadText("diff.json"),
@@ -122,7 +122,7 @@ TEST_F(FlashImageTest, DifferencesAtTheLastAddressesAreWritten) {
 }
 
 TEST_F(FlashImageTest, MillionDifferencesTakeLittleMemory) {
-  flash() = Bytes(kMebi, 0x11);
+  Flash() = Bytes(kMebi, 0x11);
   FlashVerifyCommand command{WriteFile("image.bin", Bytes(kMebi, 0x22)), 0, ""};
   command.flash_size = kMebi;
   Run(command);  // allocates the memory that the comparison itself needs

@@ -9,9 +9,9 @@ namespace {
 
 TEST_F(FlashJournalTest, SameCameraAtAnotherPortIsKnownByItsContent) {
   CutOffAfterErasing();
-  chip().identity.path = R"(\\?\usb#vid_1234&pid_0001#elsewhere)";
+  Chip().identity.path = R"(\\?\usb#vid_1234&pid_0001#elsewhere)";
   EXPECT_EQ(Run(command_).code, ExitCode::kDone);
-  EXPECT_EQ(flash(), Wanted());
+  EXPECT_EQ(Flash(), Wanted());
   EXPECT_FALSE(HasJournal());
 }
 
@@ -21,18 +21,18 @@ TEST_F(FlashJournalTest, LaterCutOverALandmarkHidesNoCamera) {
   const Bytes later = Pattern(0x300, 7);
   FailFrom(64 + 9 + 5);
   EXPECT_EQ(Run(CommandFor("b/later.bin", later, 0x5500)).code, ExitCode::kDevice);
-  ASSERT_EQ(Bytes(flash().begin() + 0x5528, flash().begin() + 0x552C), Bytes(4, 0xFF));
+  ASSERT_EQ(Bytes(Flash().begin() + 0x5528, Flash().begin() + 0x552C), Bytes(4, 0xFF));
   Heal();
-  chip().identity.path = R"(\\?\usb#vid_1234&pid_0001#elsewhere)";
+  Chip().identity.path = R"(\\?\usb#vid_1234&pid_0001#elsewhere)";
   EXPECT_EQ(Run(command_).code, ExitCode::kDone);
   const Bytes wanted = Wanted();
-  EXPECT_EQ(Bytes(flash().begin() + 0x1000, flash().begin() + 0x4000),
+  EXPECT_EQ(Bytes(Flash().begin() + 0x1000, Flash().begin() + 0x4000),
             Bytes(wanted.begin() + 0x1000, wanted.begin() + 0x4000));
 }
 
 TEST_F(FlashJournalTest, BlankCameraAtTheSamePlaceIsNotGivenTheOthersBytes) {
   CutOffAfterErasing();
-  flash() = Bytes(64 * kKibi, 0xFF);
+  Flash() = Bytes(64 * kKibi, 0xFF);
   const Outcome outcome = Run(command_);
   EXPECT_EQ(outcome.code, ExitCode::kFile);
   EXPECT_NE(
@@ -44,44 +44,44 @@ TEST_F(FlashJournalTest, BlankCameraAtTheSamePlaceIsNotGivenTheOthersBytes) {
                 "add --journal none: the sector keeps the bytes it holds, and the journal stays"),
             std::string::npos)
       << outcome.hint;
-  EXPECT_EQ(flash(), Bytes(64 * kKibi, 0xFF));
+  EXPECT_EQ(Flash(), Bytes(64 * kKibi, 0xFF));
   command_.journal = "none";
   EXPECT_EQ(Run(command_).code, ExitCode::kDone);
-  EXPECT_EQ(flash(), Overlaid(Bytes(64 * kKibi, 0xFF), kAddress, image_));
+  EXPECT_EQ(Flash(), Overlaid(Bytes(64 * kKibi, 0xFF), kAddress, image_));
   EXPECT_TRUE(HasJournal());
   // The camera of the interrupted run is connected again.
   command_.journal.clear();
-  flash() = Overlaid(Overlaid(before_, 0x1000, Bytes(0x1000, 0xFF)), 0x2000,
+  Flash() = Overlaid(Overlaid(before_, 0x1000, Bytes(0x1000, 0xFF)), 0x2000,
                      Bytes(image_.begin() + 0x100, image_.begin() + 0x1100));
   EXPECT_EQ(Run(command_).code, ExitCode::kDone);
-  EXPECT_EQ(flash(), Wanted());
+  EXPECT_EQ(Flash(), Wanted());
   EXPECT_FALSE(HasJournal());
 }
 
 TEST_F(FlashJournalTest, OtherCameraAtTheSamePlaceKeepsItsBytesAndTheJournalStays) {
   CutOffAfterErasing();
-  flash() = Pattern(64 * kKibi, 99);
-  const Bytes others = flash();
+  Flash() = Pattern(64 * kKibi, 99);
+  const Bytes others = Flash();
   EXPECT_EQ(Run(command_).code, ExitCode::kDone);
-  EXPECT_EQ(flash(), Overlaid(others, kAddress, image_));
+  EXPECT_EQ(Flash(), Overlaid(others, kAddress, image_));
   EXPECT_EQ(OnlyJournal().camera, "");
 }
 
 TEST_F(FlashJournalTest, SiblingWithTheSameBytesBesideLeavesTheJournalForTheOther) {
   CutOffAfterErasing();
-  const Bytes cut_off = flash();
-  flash() = before_;
+  const Bytes cut_off = Flash();
+  Flash() = before_;
   EXPECT_EQ(Run(command_).code, ExitCode::kDone);
-  EXPECT_EQ(flash(), Wanted());
-  flash() = cut_off;
+  EXPECT_EQ(Flash(), Wanted());
+  Flash() = cut_off;
   EXPECT_EQ(Run(command_).code, ExitCode::kDone);
-  EXPECT_EQ(flash(), Wanted());
+  EXPECT_EQ(Flash(), Wanted());
   EXPECT_FALSE(HasJournal());
 }
 
 TEST_F(FlashJournalTest, SectorThatNoCutLeavesBehindIsAsked) {
   CutOffAfterErasing();
-  std::fill_n(flash().begin() + 0x1000, 0x1000, std::uint8_t{0});
+  std::fill_n(Flash().begin() + 0x1000, 0x1000, std::uint8_t{0});
   const Outcome outcome = Run(command_);
   EXPECT_EQ(outcome.code, ExitCode::kFile);
   EXPECT_NE(outcome.message.find("the sector 0x1000-0x1fff holds neither what was there before nor "
@@ -90,7 +90,7 @@ TEST_F(FlashJournalTest, SectorThatNoCutLeavesBehindIsAsked) {
       << outcome.message;
   command_.journal = Journals().at(0);
   EXPECT_EQ(Run(command_).code, ExitCode::kDone);
-  EXPECT_EQ(flash(), Wanted());
+  EXPECT_EQ(Flash(), Wanted());
 }
 
 TEST_F(FlashJournalTest, TwoCamerasOfOneKindHaveJournalsOfTheirOwn) {
@@ -106,40 +106,40 @@ TEST_F(FlashJournalTest, TwoCamerasOfOneKindHaveJournalsOfTheirOwn) {
   EXPECT_EQ(Journals().size(), 1U);
   common.cameras = {"0"};
   EXPECT_EQ(Run(command_).code, ExitCode::kDone);
-  EXPECT_EQ(flash(), Wanted());
+  EXPECT_EQ(Flash(), Wanted());
 }
 
 // Both cameras were interrupted in the same sector, one after another at the same port.
 TEST_F(FlashJournalTest, NoneForAnotherCamerasJournalLeavesItsOwnInForce) {
   CutOffAfterErasing();
-  const Bytes cut_off = flash();
+  const Bytes cut_off = Flash();
   const Bytes others = Pattern(64 * kKibi, 5);
-  flash() = others;
+  Flash() = others;
   // More transfers than before, because the landmarks of the other camera are compared.
   FailFrom(kBefore + 9 + kSectorTransfers + 2);
   EXPECT_EQ(Run(command_).code, ExitCode::kDevice);
   Heal();
-  const Bytes others_cut_off = flash();
+  const Bytes others_cut_off = Flash();
   ASSERT_EQ(Bytes(others_cut_off.begin() + 0x1000, others_cut_off.begin() + 0x1F00),
             Bytes(0xF00, 0xFF));
   ASSERT_EQ(Journals().size(), 2U);
-  flash() = cut_off;
+  Flash() = cut_off;
   EXPECT_EQ(Run(command_).code, ExitCode::kFile);
   command_.journal = "none";
   EXPECT_EQ(Run(command_).code, ExitCode::kDone);
-  EXPECT_EQ(flash(), Wanted());
+  EXPECT_EQ(Flash(), Wanted());
   EXPECT_EQ(Journals().size(), 1U);
   command_.journal.clear();
-  flash() = others_cut_off;
+  Flash() = others_cut_off;
   EXPECT_EQ(Run(command_).code, ExitCode::kDone);
-  EXPECT_EQ(flash(), Overlaid(others, kAddress, image_));
+  EXPECT_EQ(Flash(), Overlaid(others, kAddress, image_));
   EXPECT_FALSE(HasJournal());
 }
 
 TEST_F(FlashJournalTest, JournalOfACameraThatAnotherProcessWorksWithIsLeftAlone) {
   CutOffAfterErasing();
-  host.busy_elsewhere.insert(chip().identity.path);
-  chip().identity.path = R"(\\?\usb#vid_1234&pid_0001#elsewhere)";
+  host.busy_elsewhere.insert(Chip().identity.path);
+  Chip().identity.path = R"(\\?\usb#vid_1234&pid_0001#elsewhere)";
   Run(command_);
   EXPECT_FALSE(Journals().empty());
 }

@@ -18,7 +18,7 @@ TEST_F(FlashJournalTest, WhatAnotherImageWroteBesideSinceStays) {
   EXPECT_EQ(Run(behind).code, ExitCode::kDone);
   const Bytes wanted = Overlaid(Wanted(), kAddress + kSize, Bytes(0x420, 0xFF));
   EXPECT_EQ(Run(command_).code, ExitCode::kDone);
-  EXPECT_EQ(flash(), wanted);
+  EXPECT_EQ(Flash(), wanted);
   EXPECT_FALSE(HasJournal());
 }
 
@@ -31,7 +31,7 @@ TEST_F(FlashJournalTest, UnrelatedSectorInBetweenIsNoDeadEnd) {
   EXPECT_EQ(Run(CommandFor("b/far.bin", other, 0x8000)).code, ExitCode::kDone);
   const Outcome outcome = Run(command_);
   EXPECT_EQ(outcome.code, ExitCode::kDone) << outcome.message;
-  EXPECT_EQ(flash(), Overlaid(Wanted(), 0x8000, other));
+  EXPECT_EQ(Flash(), Overlaid(Wanted(), 0x8000, other));
 }
 
 TEST_F(FlashJournalTest, AnotherImageElsewhereLeavesTheJournalForLater) {
@@ -44,7 +44,7 @@ TEST_F(FlashJournalTest, AnotherImageElsewhereLeavesTheJournalForLater) {
             std::string::npos)
       << output->notes;
   EXPECT_EQ(Run(command_).code, ExitCode::kDone);
-  EXPECT_EQ(flash(), Overlaid(Wanted(), 0x8080, other));
+  EXPECT_EQ(Flash(), Overlaid(Wanted(), 0x8080, other));
   EXPECT_FALSE(HasJournal());
 }
 
@@ -52,7 +52,7 @@ TEST_F(FlashJournalTest, ImageThatCoversTheSectorNeedsNoJournal) {
   CutOffAfterErasing();
   const Bytes whole = Pattern(0x3000, 8);
   EXPECT_EQ(Run(CommandFor("whole.bin", whole, 0x1000)).code, ExitCode::kDone);
-  EXPECT_EQ(flash(), Overlaid(before_, 0x1000, whole));
+  EXPECT_EQ(Flash(), Overlaid(before_, 0x1000, whole));
   EXPECT_FALSE(HasJournal());
 }
 
@@ -72,7 +72,7 @@ TEST_F(FlashJournalTest, BackupIsTheWayBackAfterACut) {
   command_.backup_file = File("old.bin");
   CutOffAfterErasing();
   EXPECT_EQ(Run(CommandFor("again.bin", ReadFile("old.bin"), 0x1000)).code, ExitCode::kDone);
-  EXPECT_EQ(flash(), before_);
+  EXPECT_EQ(Flash(), before_);
 }
 
 TEST_F(FlashJournalTest, BackupThatWasChangedSinceIsMadeAnew) {
@@ -82,7 +82,7 @@ TEST_F(FlashJournalTest, BackupThatWasChangedSinceIsMadeAnew) {
   WriteFile("old.bin", Bytes(0x3000, 1));
   command_.backup_file = File("new.bin");
   EXPECT_EQ(Run(command_).code, ExitCode::kDone);
-  EXPECT_EQ(flash(), Wanted());
+  EXPECT_EQ(Flash(), Wanted());
   EXPECT_EQ(ReadFile("new.bin").size(), 0x3000U);  // from the first to the last sector
 }
 
@@ -98,7 +98,7 @@ TEST_F(FlashJournalTest, EraseKeepsABackupAndItsFirstOneAfterACut) {
   Heal();
   EXPECT_EQ(Run(erase).code, ExitCode::kDone);
   EXPECT_EQ(ReadFile("erased.bin"), Bytes(before_.begin() + 0x1000, before_.begin() + 0x4000));
-  EXPECT_EQ(flash(), Overlaid(before_, 0x1000, Bytes(0x3000, 0xFF)));
+  EXPECT_EQ(Flash(), Overlaid(before_, 0x1000, Bytes(0x3000, 0xFF)));
   EXPECT_FALSE(HasJournal());
 }
 
@@ -125,7 +125,7 @@ TEST_F(FlashJournalTest, WordKeepsABackupOfItsBytes) {
 
 TEST_F(FlashJournalTest, WordInASectorOnItsWayIsRefused) {
   CutOffAfterErasing();
-  const Bytes state = flash();
+  const Bytes state = Flash();
   FlashWordCommand word;
   word.address = 0x1010;
   word.value = 0;
@@ -134,7 +134,7 @@ TEST_F(FlashJournalTest, WordInASectorOnItsWayIsRefused) {
   const Outcome outcome = Run(word);
   EXPECT_EQ(outcome.code, ExitCode::kFile);
   EXPECT_EQ(outcome.hint, "Repeat that command first.");
-  EXPECT_EQ(flash(), state);
+  EXPECT_EQ(Flash(), state);
 }
 
 }  // namespace

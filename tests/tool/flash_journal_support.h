@@ -26,8 +26,8 @@ constexpr std::uint64_t kSectorTransfers = 1 + 68 + 4;
 class FlashJournalTest : public FlashTest {
  protected:
   FlashJournalTest() {
-    flash() = Pattern(64 * kKibi, 1);
-    before_ = flash();
+    Flash() = Pattern(64 * kKibi, 1);
+    before_ = Flash();
     image_ = Pattern(kSize, 2);
     std::filesystem::create_directories(File("a"));
     std::filesystem::create_directories(File("b"));
@@ -48,7 +48,7 @@ class FlashJournalTest : public FlashTest {
   void CutOffAfterErasing() {
     FailFrom(kBefore + kSectorTransfers + 2);
     EXPECT_EQ(Run(command_).code, ExitCode::kDevice);
-    EXPECT_EQ(Bytes(flash().begin() + 0x1000, flash().begin() + 0x2000), Bytes(0x1000, 0xFF));
+    EXPECT_EQ(Bytes(Flash().begin() + 0x1000, Flash().begin() + 0x2000), Bytes(0x1000, 0xFF));
     Heal();
   }
   Bytes Wanted() const { return Overlaid(before_, kAddress, image_); }

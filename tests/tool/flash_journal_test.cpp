@@ -8,14 +8,14 @@ TEST_F(FlashJournalTest, JournalHoldsTheSharedSectorWhileItIsOnItsWay) {
   CutOffAfterErasing();
   const Journal journal = OnlyJournal();
   EXPECT_EQ(journal.command, "flash program");
-  EXPECT_EQ(journal.camera, chip().identity.path);
+  EXPECT_EQ(journal.camera, Chip().identity.path);
   EXPECT_EQ(journal.image, AbsoluteName(command_.image));
   ASSERT_TRUE(journal.open_sector);
   EXPECT_EQ(journal.open_sector->address, 0x1000U);
   EXPECT_EQ(journal.open_sector->original,
             Bytes(before_.begin() + 0x1000, before_.begin() + 0x2000));
   EXPECT_EQ(Run(command_).code, ExitCode::kDone);
-  EXPECT_EQ(flash(), Wanted());
+  EXPECT_EQ(Flash(), Wanted());
   EXPECT_NE(output->notes.find("was interrupted; the bytes beside it in 0x1000-0x1fff come from "),
             std::string::npos)
       << output->notes;
@@ -39,7 +39,7 @@ TEST_F(FlashJournalTest, NothingIsTouchedWhenNoJournalCanBeWritten) {
   EXPECT_TRUE(outcome.message.starts_with("the journal: can't make the folder "))
       << outcome.message;
   EXPECT_TRUE(outcome.message.ends_with("; nothing in the flash was changed")) << outcome.message;
-  EXPECT_EQ(chip().erases, 0U);
+  EXPECT_EQ(Chip().erases, 0U);
 }
 
 TEST_F(FlashJournalTest, AlignedImageWithoutBackupNeedsNoJournal) {
@@ -56,7 +56,7 @@ TEST_F(FlashJournalTest, DryRunLeavesTheJournalAlone) {
   EXPECT_TRUE(HasJournal());
   command_.dry_run = false;
   EXPECT_EQ(Run(command_).code, ExitCode::kDone);
-  EXPECT_EQ(flash(), Wanted());
+  EXPECT_EQ(Flash(), Wanted());
 }
 
 // ---- From another folder, under another spelling ------------------------------------------------
@@ -71,7 +71,7 @@ TEST_F(FlashJournalTest, ResumedFromAnotherFolderTheFirstBackupStays) {
   command_.backup_file = File("b/../a/./old.bin");
   const Outcome outcome = Run(command_);
   EXPECT_EQ(outcome.code, ExitCode::kDone) << outcome.message;
-  EXPECT_EQ(flash(), Wanted());
+  EXPECT_EQ(Flash(), Wanted());
   EXPECT_EQ(ReadFile("a/old.bin"), first);
   EXPECT_EQ(outcome.result["backup"], AbsoluteName(File("a/old.bin")));
 }
@@ -92,7 +92,7 @@ TEST_F(FlashJournalTest, WayBackIsTheFirstBackupEvenIfNobodyNamesItAgain) {
   command_.restore_on_failure = true;
   FailAt(kBefore + 100);
   EXPECT_NE(Run(command_).message.find("restored to its old bytes"), std::string::npos);
-  EXPECT_EQ(flash(), before_);
+  EXPECT_EQ(Flash(), before_);
 }
 
 TEST_F(FlashJournalTest, ExistingFileIsNeverOverwrittenByABackup) {
@@ -103,7 +103,7 @@ TEST_F(FlashJournalTest, ExistingFileIsNeverOverwrittenByABackup) {
   EXPECT_NE(outcome.message.find("old.bin exists already and is not overwritten"),
             std::string::npos);
   EXPECT_EQ(ReadFile("a/old.bin"), (Bytes{1, 2, 3}));
-  EXPECT_EQ(flash(), before_);
+  EXPECT_EQ(Flash(), before_);
 }
 
 TEST_F(FlashJournalTest, AnotherSpellingOfTheImageIsStillTheImage) {
@@ -125,7 +125,7 @@ TEST_F(FlashJournalTest, NextVersionFromItsOwnFolderGetsTheBytesBeside) {
   CutOffAfterErasing();
   const Bytes next = Pattern(kSize + 0x80, 7);
   EXPECT_EQ(Run(CommandFor("b/next.bin", next, kAddress)).code, ExitCode::kDone);
-  EXPECT_EQ(flash(), Overlaid(before_, kAddress, next));
+  EXPECT_EQ(Flash(), Overlaid(before_, kAddress, next));
   EXPECT_FALSE(HasJournal());
 }
 
@@ -135,7 +135,7 @@ TEST_F(FlashJournalTest, JournalThatIsNamedMustBeOne) {
   command_.journal = WriteFile("a/some.journal", Bytes{'{', '}'});
   const Outcome outcome = Run(command_);
   EXPECT_EQ(outcome.code, ExitCode::kUsage);
-  EXPECT_EQ(flash(), before_);
+  EXPECT_EQ(Flash(), before_);
 }
 
 TEST_F(FlashJournalTest, FileThatIsNoJournalIsRefused) {
@@ -143,13 +143,13 @@ TEST_F(FlashJournalTest, FileThatIsNoJournalIsRefused) {
   const std::string journal = Journals().at(0);
   const std::string name = journal.substr(File("").size());
   const Bytes whole = ReadFile(name);
-  const Bytes state = flash();
+  const Bytes state = Flash();
   for (const Bytes& bytes : {Bytes{'{', '}'}, Bytes{}, Bytes(whole.begin(), whole.end() - 100)}) {
     WriteFile(name, bytes);
     const Outcome outcome = Run(command_);
     EXPECT_EQ(outcome.code, ExitCode::kFile);
     EXPECT_NE(outcome.message.find("it is no journal"), std::string::npos) << outcome.message;
-    EXPECT_EQ(flash(), state);
+    EXPECT_EQ(Flash(), state);
   }
 }
 
@@ -159,7 +159,7 @@ TEST_F(FlashJournalTest, NothingIsWrittenBackBesideACallThatHangs) {
   command_.backup = true;
   command_.restore_on_failure = true;
   FailAt(kBefore + 10, ExitCode::kTimeout);
-  const std::uint64_t first = chip().transfers;
+  const std::uint64_t first = Chip().transfers;
   const Outcome outcome = Run(command_);
   EXPECT_EQ(outcome.code, ExitCode::kTimeout);
   EXPECT_NE(
@@ -167,21 +167,21 @@ TEST_F(FlashJournalTest, NothingIsWrittenBackBesideACallThatHangs) {
                            "at work"),
       std::string::npos)
       << outcome.message;
-  EXPECT_EQ(chip().transfers - first, kBefore + 10);
+  EXPECT_EQ(Chip().transfers - first, kBefore + 10);
   EXPECT_NE(outcome.hint.find("To go back: "), std::string::npos);
 }
 
 TEST_F(FlashJournalTest, SharedSectorThatComesOutWrongIsReadBackBeforeAnythingElseIsTouched) {
-  chip().after_programming = [&](std::uint32_t address, std::span<std::uint8_t> bytes) {
+  Chip().after_programming = [&](std::uint32_t address, std::span<std::uint8_t> bytes) {
     if (address <= 0x1010 && 0x1010 < address + bytes.size()) {
       bytes[0x1010 - address] = 0;
     }
   };
   EXPECT_EQ(Run(command_).code, ExitCode::kVerify);
-  EXPECT_EQ(chip().erased_sectors, (std::vector<std::uint32_t>{0x2000, 0x1000, 0x1000}));
+  EXPECT_EQ(Chip().erased_sectors, (std::vector<std::uint32_t>{0x2000, 0x1000, 0x1000}));
   Heal();
   EXPECT_EQ(Run(command_).code, ExitCode::kDone);
-  EXPECT_EQ(flash(), Wanted());
+  EXPECT_EQ(Flash(), Wanted());
 }
 
 }  // namespace

@@ -10,7 +10,7 @@ namespace {
 
 TEST_F(FlashProgramTest, SectorThatCameOutWrongIsWrittenOnceMore) {
   bool lied = false;
-  chip().after_programming = [&](std::uint32_t address, std::span<std::uint8_t> bytes) {
+  Chip().after_programming = [&](std::uint32_t address, std::span<std::uint8_t> bytes) {
     if (address <= 0x2500 && 0x2500 < address + bytes.size() && !lied) {
       lied = true;
       bytes[0x2500 - address] = 0;
@@ -18,16 +18,16 @@ TEST_F(FlashProgramTest, SectorThatCameOutWrongIsWrittenOnceMore) {
   };
   const Outcome outcome = Program();
   EXPECT_EQ(outcome.code, ExitCode::kDone) << outcome.message;
-  EXPECT_EQ(flash(), Wanted());
+  EXPECT_EQ(Flash(), Wanted());
   EXPECT_NE(output->notes.find("1 byte differs from what was written: 0x2500; writing "
                                "0x2000-0x2fff once more"),
             std::string::npos)
       << output->notes;
-  EXPECT_EQ(chip().erased_sectors, (std::vector<std::uint32_t>{0x2000, 0x1000, 0x3000, 0x2000}));
+  EXPECT_EQ(Chip().erased_sectors, (std::vector<std::uint32_t>{0x2000, 0x1000, 0x3000, 0x2000}));
 }
 
 TEST_F(FlashProgramTest, StuckBitFailsWithItsPlace) {
-  chip().after_programming = [&](std::uint32_t address, std::span<std::uint8_t> bytes) {
+  Chip().after_programming = [&](std::uint32_t address, std::span<std::uint8_t> bytes) {
     if (address <= 0x2500 && 0x2500 < address + bytes.size()) {
       bytes[0x2500 - address] = 0;
     }
@@ -48,7 +48,7 @@ TEST_F(FlashProgramTest, StuckBitFailsWithItsPlace) {
 }
 
 TEST_F(FlashProgramTest, WrongByteBesideTheImageIsFoundToo) {
-  chip().after_programming = [&](std::uint32_t address, std::span<std::uint8_t> bytes) {
+  Chip().after_programming = [&](std::uint32_t address, std::span<std::uint8_t> bytes) {
     if (address <= 0x1010 && 0x1010 < address + bytes.size()) {
       bytes[0x1010 - address] = 0;
     }
@@ -85,12 +85,12 @@ TEST_F(FlashProgramTest, FailureWhileReadingSaysThatNothingWasChanged) {
 }
 
 TEST_F(FlashProgramTest, CtrlCStopsAfterTheBlock) {
-  flash() = Pattern(512 * kKibi, 1);
-  before_ = flash();
+  Flash() = Pattern(512 * kKibi, 1);
+  before_ = Flash();
   UseImage(Pattern(200 * kKibi, 2), 0x10100);
   command_.backup = false;
-  chip().before_transfer = [this](std::uint64_t) {
-    if (chip().programmed_packets == 10) {
+  Chip().before_transfer = [this](std::uint64_t) {
+    if (Chip().programmed_packets == 10) {
       host.stop_requested = true;
     }
   };
@@ -102,16 +102,16 @@ TEST_F(FlashProgramTest, CtrlCStopsAfterTheBlock) {
   Bytes half = before_;
   std::copy(image_.begin() + (0x11000 - 0x10100), image_.begin() + (0x2F000 - 0x10100),
             half.begin() + 0x11000);
-  EXPECT_EQ(flash(), half);
+  EXPECT_EQ(Flash(), half);
   Heal();
   EXPECT_EQ(Program().code, ExitCode::kDone);
-  EXPECT_EQ(flash(), Overlaid(before_, 0x10100, image_));
+  EXPECT_EQ(Flash(), Overlaid(before_, 0x10100, image_));
 }
 
 TEST_F(FlashProgramTest, ProcessThatEndsInTheMiddleStillTellsTheState) {
   std::vector<std::string> words;
-  chip().before_transfer = [&](std::uint64_t) {
-    if (chip().programmed_packets == 3 && words.empty()) {
+  Chip().before_transfer = [&](std::uint64_t) {
+    if (Chip().programmed_packets == 3 && words.empty()) {
       words = host.last_words();
     }
   };
@@ -133,7 +133,7 @@ TEST_F(FlashProgramTest, RestoreOnFailureWritesTheOldBytesBack) {
     EXPECT_EQ(outcome.message, "the transfer failed; the flash is restored to its old bytes")
         << transfer;
     EXPECT_EQ(outcome.hint, "");
-    EXPECT_EQ(flash(), before_) << transfer;
+    EXPECT_EQ(Flash(), before_) << transfer;
     EXPECT_FALSE(HasJournal()) << transfer;
     Heal();
   }
@@ -141,12 +141,12 @@ TEST_F(FlashProgramTest, RestoreOnFailureWritesTheOldBytesBack) {
 
 TEST_F(FlashProgramTest, CtrlCWithRestoreOnFailureGoesBackToo) {
   command_.restore_on_failure = true;
-  chip().before_transfer = [this](std::uint64_t) {
-    host.stop_requested = host.stop_requested || chip().programmed_packets == 10;
+  Chip().before_transfer = [this](std::uint64_t) {
+    host.stop_requested = host.stop_requested || Chip().programmed_packets == 10;
   };
   const Outcome outcome = Program();
   EXPECT_EQ(outcome.code, ExitCode::kStopped);
-  EXPECT_EQ(flash(), before_);
+  EXPECT_EQ(Flash(), before_);
 }
 
 TEST_F(FlashProgramTest, RestoringThatFailsTooSaysSo) {
@@ -159,7 +159,7 @@ TEST_F(FlashProgramTest, RestoringThatFailsTooSaysSo) {
   EXPECT_TRUE(HasJournal());
   Heal();
   EXPECT_EQ(Program().code, ExitCode::kDone);
-  EXPECT_EQ(flash(), Wanted());
+  EXPECT_EQ(Flash(), Wanted());
 }
 
 }  // namespace

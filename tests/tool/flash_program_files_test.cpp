@@ -24,7 +24,7 @@ TEST_F(FlashProgramTest, BackupIsWrittenBackByTheSameCommand) {
   back.image = File("old.bin");
   back.address = 0x1000;
   EXPECT_EQ(Run(back).code, ExitCode::kDone);
-  EXPECT_EQ(flash(), before_);
+  EXPECT_EQ(Flash(), before_);
 }
 
 TEST_F(FlashProgramTest, NothingIsTouchedWhenTheBackupCantBeWritten) {
@@ -33,7 +33,7 @@ TEST_F(FlashProgramTest, NothingIsTouchedWhenTheBackupCantBeWritten) {
   EXPECT_EQ(outcome.code, ExitCode::kFile);
   EXPECT_NE(outcome.message.find("the backup: "), std::string::npos) << outcome.message;
   EXPECT_NE(outcome.message.find("nothing in the flash was changed"), std::string::npos);
-  EXPECT_EQ(flash(), before_);
+  EXPECT_EQ(Flash(), before_);
   EXPECT_FALSE(HasJournal());
 }
 
@@ -82,7 +82,7 @@ TEST_F(FlashProgramTest, ReportIsWrittenForAnImageThatIsRefusedToo) {
 TEST_F(FlashProgramTest, ReportThatCantBeWrittenIsToldFirst) {
   command_.report = File("missing/report.json");
   EXPECT_EQ(Program().code, ExitCode::kFile);
-  EXPECT_EQ(chip().transfers, 0U);
+  EXPECT_EQ(Chip().transfers, 0U);
 }
 
 }  // namespace

@@ -17,8 +17,8 @@ constexpr unsigned kLandmarks = 9;          // words to recognise the camera
 class FlashProgramTest : public FlashTest {
  protected:
   FlashProgramTest() {
-    flash() = Pattern(64 * kKibi, 1);
-    before_ = flash();
+    Flash() = Pattern(64 * kKibi, 1);
+    before_ = Flash();
     image_ = Pattern(kImageSize, 2);
     command_.image = WriteFile("image.bin", image_);
     command_.address = kAddress;
@@ -28,7 +28,7 @@ class FlashProgramTest : public FlashTest {
   Bytes Wanted() const { return Overlaid(before_, kAddress, image_); }
   // Every transfer takes 125 microseconds.
   void LetTimePass() {
-    chip().before_transfer = [this](std::uint64_t) {
+    Chip().before_transfer = [this](std::uint64_t) {
       host.clock += std::chrono::microseconds(125);
     };
   }

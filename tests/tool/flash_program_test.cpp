@@ -22,18 +22,18 @@ TEST_F(FlashProgramTest, ReportHasTheTagsAndWhatDidIt) {
 TEST_F(FlashProgramTest, ChangesTheImagesBytesAndNoOther) {
   const Outcome outcome = Program();
   EXPECT_EQ(outcome.code, ExitCode::kDone) << outcome.message;
-  EXPECT_EQ(flash(), Wanted());
+  EXPECT_EQ(Flash(), Wanted());
   EXPECT_FALSE(HasJournal());
 }
 
 TEST_F(FlashProgramTest, ImagesOfEveryLengthLeaveTheBytesBehindThemAlone) {
   for (const std::size_t size : {1U, 4U, 59U, 60U, 61U, 4092U, 4093U, 4095U, 4096U, 4097U, 8192U}) {
     for (const std::uint32_t address : {0x2000U, 0x2001U, 0x2FFFU, 0x2FC1U}) {
-      flash() = before_;
+      Flash() = before_;
       UseImage(Pattern(size, 3), address);
       command_.backup = false;
       EXPECT_EQ(Program().code, ExitCode::kDone);
-      EXPECT_EQ(flash(), Overlaid(before_, address, image_)) << size << " at " << address;
+      EXPECT_EQ(Flash(), Overlaid(before_, address, image_)) << size << " at " << address;
     }
   }
 }
@@ -41,23 +41,23 @@ TEST_F(FlashProgramTest, ImagesOfEveryLengthLeaveTheBytesBehindThemAlone) {
 TEST_F(FlashProgramTest, BlankPartsOfAnImageAreBlankAfterwards) {
   UseImage(Overlaid(Bytes(0x3000, 0xFF), 0x1000, Pattern(0x800, 4)), 0x2000);
   EXPECT_EQ(Program().code, ExitCode::kDone);
-  EXPECT_EQ(flash(), Overlaid(before_, 0x2000, image_));
+  EXPECT_EQ(Flash(), Overlaid(before_, 0x2000, image_));
 }
 
 TEST_F(FlashProgramTest, EqualSectorsAreNeitherErasedNorWritten) {
   UseImage(Overlaid(Bytes(before_.begin(), before_.begin() + 0x8000), 0x3000, Bytes{1, 2, 3}), 0);
   EXPECT_EQ(Program().code, ExitCode::kDone);
-  EXPECT_EQ(chip().erased_sectors, std::vector<std::uint32_t>{0x3000});
-  EXPECT_EQ(flash(), Overlaid(before_, 0, image_));
+  EXPECT_EQ(Chip().erased_sectors, std::vector<std::uint32_t>{0x3000});
+  EXPECT_EQ(Flash(), Overlaid(before_, 0, image_));
 }
 
 TEST_F(FlashProgramTest, EqualImageCostsOneRead) {
-  flash() = Wanted();
+  Flash() = Wanted();
   const Outcome outcome = Program();
   EXPECT_EQ(outcome.code, ExitCode::kDone);
-  EXPECT_EQ(chip().read_bytes, 0x3000U);
-  EXPECT_EQ(chip().transfers, 0x3000U / 64);
-  EXPECT_EQ(chip().erases, 0U);
+  EXPECT_EQ(Chip().read_bytes, 0x3000U);
+  EXPECT_EQ(Chip().transfers, 0x3000U / 64);
+  EXPECT_EQ(Chip().erases, 0U);
   EXPECT_EQ(FilesWith("backup"), std::vector<std::string>{});
   EXPECT_EQ(output->out,
             "The flash holds the image already: 0x1f00-0x33ff, 5376 bytes, compared.\n");
@@ -69,22 +69,22 @@ TEST_F(FlashProgramTest, ReadsOnceBeforeAndWhatItTouchedOnceAfter) {
   EXPECT_EQ(Program().code, ExitCode::kDone);
   // Both shared sectors are read back immediately; the first one is read again together with the
   // whole one.
-  EXPECT_EQ(chip().read_bytes, 0x3000U + 2 * 0x1000 + 0x2000);
-  EXPECT_EQ(chip().erases, 3U);
+  EXPECT_EQ(Chip().read_bytes, 0x3000U + 2 * 0x1000 + 0x2000);
+  EXPECT_EQ(Chip().erases, 3U);
   // 3 sectors take 204 packets and 12 words.
-  EXPECT_EQ(chip().programmed_packets, 204U);
-  EXPECT_EQ(chip().transfers, 192U + kLandmarks + 3 + 204 + 12 + 64 + 64 + 128);
+  EXPECT_EQ(Chip().programmed_packets, 204U);
+  EXPECT_EQ(Chip().transfers, 192U + kLandmarks + 3 + 204 + 12 + 64 + 64 + 128);
 }
 
 TEST_F(FlashProgramTest, LargeImageTakesHardlyMoreThanThePlainJobs) {
-  flash() = Pattern(kMebi, 1);
-  before_ = flash();
+  Flash() = Pattern(kMebi, 1);
+  before_ = Flash();
   UseImage(Pattern(256 * kKibi, 2), 0x40000);
   EXPECT_EQ(Program().code, ExitCode::kDone);
-  EXPECT_EQ(flash(), Overlaid(before_, 0x40000, image_));
+  EXPECT_EQ(Flash(), Overlaid(before_, 0x40000, image_));
   // Reading, 64 erases, 4370 packets, reading.
   constexpr std::uint64_t kPlain = 4096 + 64 + 4370 + 4096;
-  EXPECT_LE(chip().transfers, kPlain * 102 / 100);
+  EXPECT_LE(Chip().transfers, kPlain * 102 / 100);
 }
 
 TEST_F(FlashProgramTest, DryRunShowsThePlanAndTouchesNothing) {
@@ -92,8 +92,8 @@ TEST_F(FlashProgramTest, DryRunShowsThePlanAndTouchesNothing) {
   command_.dry_run = true;
   const Outcome outcome = Program();
   EXPECT_EQ(outcome.code, ExitCode::kDone);
-  EXPECT_EQ(flash(), before_);
-  EXPECT_EQ(chip().erases, 0U);
+  EXPECT_EQ(Flash(), before_);
+  EXPECT_EQ(Chip().erases, 0U);
   EXPECT_EQ(FilesWith(""), std::vector<std::string>{"image.bin"});
   // Writing: 2 length queries, 3 erases, 204 packets, 12 words of 2 transfers. Reading back, first
   // time: 2 length queries, 192 packets of 2 transfers, a word of 3. Second time: 2 length queries,
@@ -126,7 +126,7 @@ TEST_F(FlashProgramTest, ProgressNamesItsStages) {
 TEST_F(FlashProgramTest, NoVerifyReadsBackNothingButTheSharedSectors) {
   command_.verify = false;
   const Outcome outcome = Program();
-  EXPECT_EQ(chip().read_bytes, 0x3000U + 2 * 0x1000);
+  EXPECT_EQ(Chip().read_bytes, 0x3000U + 2 * 0x1000);
   EXPECT_TRUE(outcome.result["verified"].is_null());
   EXPECT_NE(output->out.find("not read back"), std::string::npos);
 }
@@ -157,9 +157,9 @@ TEST_F(FlashProgramTest, RefusesBeforeAnythingIsTouched) {
     const Outcome outcome = Program();
     EXPECT_EQ(outcome.code, test.code) << test.part;
     EXPECT_NE(outcome.message.find(test.part), std::string::npos) << outcome.message;
-    EXPECT_EQ(flash(), before_);
-    EXPECT_EQ(chip().read_bytes, test.read);
-    chip().read_bytes = 0;
+    EXPECT_EQ(Flash(), before_);
+    EXPECT_EQ(Chip().read_bytes, test.read);
+    Chip().read_bytes = 0;
   }
 }
 
@@ -174,12 +174,12 @@ TEST_F(FlashProgramTest, BlankImageIsProgrammedWithForce) {
   UseImage(Bytes(0x1000, 0xFF), 0x2000);
   command_.force = true;
   EXPECT_EQ(Program().code, ExitCode::kDone);
-  EXPECT_EQ(flash(), Overlaid(before_, 0x2000, image_));
+  EXPECT_EQ(Flash(), Overlaid(before_, 0x2000, image_));
 }
 
 TEST_F(FlashProgramTest, UnknownSizeIsNotedAndTheWrapFoundByReadingBack) {
   // The first 64 KiB are blank, so wrapping at 128 KiB can't be detected.
-  flash() = Bytes(128 * kKibi, 0xFF);
+  Flash() = Bytes(128 * kKibi, 0xFF);
   UseImage(Pattern(192 * kKibi, 5), 0);
   const Outcome outcome = Program();
   EXPECT_NE(output->notes.find("the flash's size is unknown: the first 64 KiB are blank"),
@@ -190,7 +190,7 @@ TEST_F(FlashProgramTest, UnknownSizeIsNotedAndTheWrapFoundByReadingBack) {
 TEST_F(FlashProgramTest, CameraThatAnotherProcessUsesIsLeftAlone) {
   host.reserved_elsewhere = true;
   EXPECT_EQ(Program().code, ExitCode::kRefused);
-  EXPECT_EQ(chip().transfers, 0U);
+  EXPECT_EQ(Chip().transfers, 0U);
 }
 
 TEST_F(FlashProgramTest, BackupOrReportOverTheImageIsRefused) {

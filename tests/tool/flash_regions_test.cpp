@@ -32,7 +32,7 @@ constexpr std::string_view kProfile = R"({
 class FlashRegionsTest : public FlashTest {
  protected:
   FlashRegionsTest() {
-    flash() = before_;
+    Flash() = before_;
     common.profile = WriteText("module.json", kProfile);
     program_.backup = false;
   }
@@ -44,11 +44,11 @@ class FlashRegionsTest : public FlashTest {
   // A command that must be rejected before accessing the camera.
   template <typename Command>
   std::string Refused(const Command& command, ExitCode code) {
-    const std::uint64_t transfers = chip().transfers;
+    const std::uint64_t transfers = Chip().transfers;
     const Outcome outcome = Run(command);
     EXPECT_EQ(outcome.code, code) << outcome.message;
-    EXPECT_EQ(chip().transfers, transfers);
-    EXPECT_EQ(flash(), before_);
+    EXPECT_EQ(Chip().transfers, transfers);
+    EXPECT_EQ(Flash(), before_);
     EXPECT_FALSE(HasJournal());
     EXPECT_EQ(FilesWith("backup"), std::vector<std::string>{});
     return outcome.message;
@@ -66,7 +66,7 @@ TEST_F(FlashRegionsTest, ImageGoesToTheRegionThatIsNamed) {
   program_.region = "config";
   const Outcome outcome = Run(program_);
   EXPECT_EQ(outcome.code, ExitCode::kDone) << outcome.message;
-  EXPECT_EQ(flash(), Overlaid(before_, 0x8000, image));
+  EXPECT_EQ(Flash(), Overlaid(before_, 0x8000, image));
   EXPECT_EQ(outcome.result["images"][0]["region"], "config");
   EXPECT_TRUE(outcome.result["profile"]["file"].get<std::string>().ends_with("module.json"));
   EXPECT_EQ(BreachOfSchema("flash-program", outcome.result), "");
@@ -78,14 +78,14 @@ TEST_F(FlashRegionsTest, ImageGoesToTheRegionThatIsNamed) {
 TEST_F(FlashRegionsTest, ImageWithoutAPlaceGoesToTheRegionForImages) {
   program_.image = WriteFile("fw.bin", Pattern(0x1800, 2));
   EXPECT_EQ(Run(program_).code, ExitCode::kDone);
-  EXPECT_EQ(flash(), Overlaid(before_, 0x2000, Pattern(0x1800, 2)));
+  EXPECT_EQ(Flash(), Overlaid(before_, 0x2000, Pattern(0x1800, 2)));
   EXPECT_NE(
       output->notes.find("fw.bin goes to the region app (0x2000-0x7fff), the profile's region "
                          "for images\n"),
       std::string::npos)
       << output->notes;
   FailFrom(300);
-  flash() = before_;
+  Flash() = before_;
   EXPECT_NE(Run(program_).hint.find(program_.image + " --region app --no-backup --camera"),
             std::string::npos);
 }
@@ -94,13 +94,13 @@ TEST_F(FlashRegionsTest, PlaceThatIsGivenCountsMoreThanTheRegionForImages) {
   program_.image = WriteFile("fw.bin", Pattern(0x100, 2));
   program_.address = 0xA000;
   EXPECT_EQ(Run(program_).code, ExitCode::kDone);
-  EXPECT_EQ(flash(), Overlaid(before_, 0xA000, Pattern(0x100, 2)));
-  flash() = before_;
+  EXPECT_EQ(Flash(), Overlaid(before_, 0xA000, Pattern(0x100, 2)));
+  Flash() = before_;
   // 01+b0+01 = b2
   program_.image = WriteText("fw.hex", ":01B00000014E\n:00000001FF\n");
   program_.address.reset();
   EXPECT_EQ(Run(program_).code, ExitCode::kDone);
-  EXPECT_EQ(flash(), Overlaid(before_, 0xB000, Bytes{1}));
+  EXPECT_EQ(Flash(), Overlaid(before_, 0xB000, Bytes{1}));
 }
 
 TEST_F(FlashRegionsTest, ImageThatDoesNotFitIsRefused) {
@@ -141,7 +141,7 @@ TEST_F(FlashRegionsTest, FilesThatTheRegionDoesNotExpectAreRefused) {
                 "55, not with 55aa");
   program_.force = true;
   EXPECT_EQ(Run(program_).code, ExitCode::kDone);
-  EXPECT_EQ(flash(), Overlaid(before_, 0x8000, Bytes{0x55}));
+  EXPECT_EQ(Flash(), Overlaid(before_, 0x8000, Bytes{0x55}));
 }
 
 TEST_F(FlashRegionsTest, ReadOnlyRegionIsNeverWrittenWithoutForce) {
@@ -168,7 +168,7 @@ TEST_F(FlashRegionsTest, ReadOnlyRegionIsNeverWrittenWithoutForce) {
                 "it would be erased or written");
   program_.force = true;
   EXPECT_EQ(Run(program_).code, ExitCode::kDone);
-  EXPECT_EQ(flash(), Overlaid(before_, 0x9000, Pattern(0x10, 2)));
+  EXPECT_EQ(Flash(), Overlaid(before_, 0x9000, Pattern(0x10, 2)));
 }
 
 TEST_F(FlashRegionsTest, ReadOnlyRegionIsNeverErasedWithoutForce) {
@@ -180,7 +180,7 @@ TEST_F(FlashRegionsTest, ReadOnlyRegionIsNeverErasedWithoutForce) {
   Refused(erase, ExitCode::kUsage);
   erase.force = true;
   EXPECT_EQ(Run(erase).code, ExitCode::kDone);
-  EXPECT_EQ(flash(), Overlaid(before_, 0, Bytes(0x2000, 0xFF)));
+  EXPECT_EQ(Flash(), Overlaid(before_, 0, Bytes(0x2000, 0xFF)));
 }
 
 TEST_F(FlashRegionsTest, RegionIsErasedByName) {
@@ -188,9 +188,9 @@ TEST_F(FlashRegionsTest, RegionIsErasedByName) {
   erase.region = "config";
   const Outcome outcome = Run(erase);
   EXPECT_EQ(outcome.code, ExitCode::kDone) << outcome.message;
-  EXPECT_EQ(flash(), Overlaid(before_, 0x8000, Bytes(0x1000, 0xFF)));
+  EXPECT_EQ(Flash(), Overlaid(before_, 0x8000, Bytes(0x1000, 0xFF)));
   EXPECT_EQ(outcome.result["first"], 0x8000);
-  flash() = before_;
+  Flash() = before_;
   erase.region = "serial";
   erase.force = true;
   EXPECT_EQ(Refused(erase, ExitCode::kUsage),
@@ -208,8 +208,8 @@ TEST_F(FlashRegionsTest, WordsInReadOnlyRegionsAreReadAlone) {
   word.value = 0;
   word.force = true;
   EXPECT_EQ(Run(word).code, ExitCode::kDone);
-  EXPECT_EQ(flash(), Overlaid(before_, 0x97FD, Bytes(4, 0)));
-  flash() = before_;
+  EXPECT_EQ(Flash(), Overlaid(before_, 0x97FD, Bytes(4, 0)));
+  Flash() = before_;
   FlashWordCommand beside{0x97FC, 0, true, false, {}};
   EXPECT_EQ(Run(beside).code, ExitCode::kDone);
 }
@@ -236,7 +236,7 @@ TEST_F(FlashRegionsTest, UnknownRegionNamesTheOthers) {
 }
 
 TEST_F(FlashRegionsTest, MapDrawsAndNamesTheRegions) {
-  flash() = Overlaid(Bytes(64 * kKibi, 0xFF), 0x1000, Pattern(0x2000, 1));
+  Flash() = Overlaid(Bytes(64 * kKibi, 0xFF), 0x1000, Pattern(0x2000, 1));
   FlashMapCommand map;  // uses the size in the profile
   const Outcome outcome = Run(map);
   EXPECT_EQ(

@@ -15,7 +15,7 @@ namespace {
 class FlashSchemaTest : public FlashTest {
  protected:
   FlashSchemaTest() {
-    flash() = Pattern(64 * kKibi, 1);
+    Flash() = Pattern(64 * kKibi, 1);
     image_ = WriteFile("image.bin", Pattern(0x1500, 2));
   }
   std::string image_;

@@ -27,9 +27,9 @@ class FlashSegmentsCutTest : public FlashCutFixture {
 };
 
 TEST_F(FlashSegmentsCutTest, OnlySectorsOfTheImageAreReadAndErased) {
-  chip().erased_sectors.clear();
+  Chip().erased_sectors.clear();
   EXPECT_EQ(Run(command_).code, ExitCode::kDone);
-  std::vector<std::uint32_t> erased = chip().erased_sectors;
+  std::vector<std::uint32_t> erased = Chip().erased_sectors;
   std::ranges::sort(erased);
   EXPECT_EQ(erased, (std::vector<std::uint32_t>{0x1000, 0x2000, 0x5000, 0x9000, 0xA000}));
 }
@@ -49,13 +49,13 @@ TEST_F(FlashSegmentsCutTest, FirstBackupStaysAndLeadsBack) {
   back.image = File("old.hex");
   back.backup = false;
   for (std::uint64_t transfer = 330; transfer <= transfers_; transfer += 7) {
-    flash() = before_;
+    Flash() = before_;
     FailFrom(transfer);
     EXPECT_EQ(Run(command_).code, ExitCode::kDevice) << transfer;
     EXPECT_TRUE(FileExists(File("old.hex"))) << transfer;
     ExpectSecondRunFinishes(std::to_string(transfer));
     EXPECT_EQ(Run(back).code, ExitCode::kDone) << transfer;
-    EXPECT_TRUE(flash() == before_) << transfer;
+    EXPECT_TRUE(Flash() == before_) << transfer;
     std::filesystem::remove(File("old.hex"));
   }
 }
@@ -131,7 +131,7 @@ TEST_F(FlashSegmentsCutTest, WorkIsKnownAgainByItsBytes) {
   }
   const Outcome outcome = Run(again);
   EXPECT_EQ(outcome.code, ExitCode::kDone) << outcome.message;
-  EXPECT_EQ(flash(), Wanted());
+  EXPECT_EQ(Flash(), Wanted());
   EXPECT_EQ(outcome.result["backup"], File("old.hex"));
   EXPECT_FALSE(HasJournal());
 }

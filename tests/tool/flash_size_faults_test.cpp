@@ -8,12 +8,9 @@
 namespace borvanusb::tool_test {
 namespace {
 
-constexpr std::size_t kKibi = 1024;
-constexpr std::size_t kMebi = 1024 * kKibi;
-
 enum class Fault { kFails, kIsStale, kIsStrange };
 
-struct Flash {
+struct FlashKind {
   const char* name;
   Bytes content;
   bool wraps;
@@ -26,7 +23,7 @@ class FlashSizeFaultsTest : public FlashTest {
   void SpoilLook(std::uint64_t number, Fault fault) {
     looks_ = 0;
     last_word_ = 0;
-    chip().after_read = [this, number, fault](FakeRead read, std::uint32_t, std::uint32_t& word) {
+    Chip().after_read = [this, number, fault](FakeRead read, std::uint32_t, std::uint32_t& word) {
       if (read != FakeRead::kFlashWord) {
         return;
       }
@@ -42,10 +39,10 @@ class FlashSizeFaultsTest : public FlashTest {
   // Repeats the query with each read spoilt in turn. Every answer must equal that of the faultless
   // camera.
   template <typename Ask>
-  void ExpectSameAnswers(const Flash& flash_kind, const Ask& ask) {
-    flash() = flash_kind.content;
-    chip().wraps = flash_kind.wraps;
-    const auto camera = host.OpenCamera(chip().identity);
+  void ExpectSameAnswers(const FlashKind& flash_kind, const Ask& ask) {
+    Flash() = flash_kind.content;
+    Chip().wraps = flash_kind.wraps;
+    const auto camera = host.OpenCamera(Chip().identity);
     SpoilLook(0, Fault::kFails);
     const FlashSizeFinding wanted = ask(*camera);
     const std::uint64_t looks = looks_;
@@ -62,13 +59,13 @@ class FlashSizeFaultsTest : public FlashTest {
     }
   }
 
-  static std::vector<Flash> Flashes() {
+  static std::vector<FlashKind> Flashes() {
     const Bytes firmware = Overlaid(Bytes(kMebi, 0xFF), 0, Pattern(200 * kKibi, 1));
     const Bytes loader = Overlaid(Bytes(kMebi, 0xFF), 0, Pattern(4 * kKibi, 1));
     const Bytes twice = Overlaid(Overlaid(Bytes(kMebi, 0xFF), 0, Pattern(100 * kKibi, 1)),
                                  512 * kKibi, Pattern(100 * kKibi, 1));
     const Bytes zeros = Overlaid(Bytes(kMebi, 0), 0, Pattern(64 * kKibi, 1));
-    std::vector<Flash> flashes;
+    std::vector<FlashKind> flashes;
     for (const bool wraps : {true, false}) {
       flashes.push_back({"firmware", firmware, wraps});
       flashes.push_back({"loader", loader, wraps, false});
@@ -86,7 +83,7 @@ class FlashSizeFaultsTest : public FlashTest {
 };
 
 TEST_F(FlashSizeFaultsTest, EndBeforeAnAddressIsTheSameAfterAnyOddLook) {
-  for (const Flash& kind : Flashes()) {
+  for (const FlashKind& kind : Flashes()) {
     for (const std::uint64_t end : {128 * kKibi, kMebi, kMebi + 1, 4 * kMebi}) {
       if (!kind.tells && end != kMebi + 1) {
         continue;  // each query reads 64 KiB
@@ -98,7 +95,7 @@ TEST_F(FlashSizeFaultsTest, EndBeforeAnAddressIsTheSameAfterAnyOddLook) {
 }
 
 TEST_F(FlashSizeFaultsTest, SizeIsTheSameAfterAnyOddLook) {
-  for (const Flash& kind : Flashes()) {
+  for (const FlashKind& kind : Flashes()) {
     ExpectSameAnswers(kind, [](Camera& camera) { return FindFlashSize(camera); });
   }
   EXPECT_GT(answers_, 500U);
@@ -106,12 +103,12 @@ TEST_F(FlashSizeFaultsTest, SizeIsTheSameAfterAnyOddLook) {
 
 // A stale packet in the bulk read makes known words wrong.
 TEST_F(FlashSizeFaultsTest, SizeIsTheSameAfterAnyStalePacketOfTheBulkRead) {
-  flash() = Flashes().front().content;
-  const auto camera = host.OpenCamera(chip().identity);
+  Flash() = Flashes().front().content;
+  const auto camera = host.OpenCamera(Chip().identity);
   for (std::uint32_t packet = 64; packet < 64 * kKibi; packet += 64 * 7) {
-    chip().after_read = [&](FakeRead read, std::uint32_t address, std::uint32_t& byte) {
+    Chip().after_read = [&](FakeRead read, std::uint32_t address, std::uint32_t& byte) {
       if (read == FakeRead::kFlashBulk && address >= packet && address < packet + 64) {
-        byte = flash()[address - 64];
+        byte = Flash()[address - 64];
       }
     };
     EXPECT_EQ(FindFlashSize(*camera).size, kMebi) << packet;

@@ -8,12 +8,12 @@ namespace {
 
 class FlashSizeTest : public FlashTest {
  protected:
-  FlashSizeFinding Find() { return FindFlashSize(*host.OpenCamera(chip().identity)); }
+  FlashSizeFinding Find() { return FindFlashSize(*host.OpenCamera(Chip().identity)); }
   FlashSizeFinding FindBefore(std::uint64_t end) {
-    return FindFlashEndBefore(*host.OpenCamera(chip().identity), end);
+    return FindFlashEndBefore(*host.OpenCamera(Chip().identity), end);
   }
   void SetFlash(std::size_t size, std::size_t used) {
-    flash() = Overlaid(Bytes(size, 0xFF), 0, Pattern(used, 1));
+    Flash() = Overlaid(Bytes(size, 0xFF), 0, Pattern(used, 1));
   }
 };
 
@@ -31,7 +31,7 @@ TEST_F(FlashSizeTest, WordsThatShowUpAgainTellWhereAddressesWrap) {
 TEST_F(FlashSizeTest, AddressesThatReadZeroTellWhereTheFlashEnds) {
   for (const std::size_t size : {64 * kKibi, kMebi, 4 * kMebi}) {
     SetFlash(size, 32 * kKibi);
-    chip().wraps = false;
+    Chip().wraps = false;
     EXPECT_EQ(Find().size, size);
   }
   EXPECT_EQ(Find().text, "does not answer beyond 4 MiB: all words there read 0");
@@ -39,7 +39,7 @@ TEST_F(FlashSizeTest, AddressesThatReadZeroTellWhereTheFlashEnds) {
 
 TEST_F(FlashSizeTest, EndThatIsNoPowerOfTwoIsFoundToTheSector) {
   SetFlash(772 * kKibi, 32 * kKibi);
-  chip().wraps = false;
+  Chip().wraps = false;
   EXPECT_EQ(Find().size, 772 * kKibi);
   EXPECT_EQ(Find().text, "does not answer beyond 772 KiB: all words there read 0");
 }
@@ -52,21 +52,21 @@ TEST_F(FlashSizeTest, BlankFlashThatWrapsCantBeTold) {
 
 TEST_F(FlashSizeTest, BlankFlashThatDoesNotAnswerBeyondItsEndCanBeTold) {
   SetFlash(kMebi, 0);
-  chip().wraps = false;
+  Chip().wraps = false;
   EXPECT_EQ(Find().size, kMebi);
 }
 
 TEST_F(FlashSizeTest, FirmwareStoredTwiceIsNoWrapWhenTheRestDiffers) {
   SetFlash(kMebi, 100 * kKibi);
-  flash() = Overlaid(flash(), 512 * kKibi, Pattern(100 * kKibi, 1));
-  flash() = Overlaid(flash(), 900 * kKibi, Pattern(64 * kKibi, 2));
+  Flash() = Overlaid(Flash(), 512 * kKibi, Pattern(100 * kKibi, 1));
+  Flash() = Overlaid(Flash(), 900 * kKibi, Pattern(64 * kKibi, 2));
   EXPECT_EQ(Find().size, kMebi);
 }
 
 TEST_F(FlashSizeTest, LongZerosInTheFlashAreNoEnd) {
   SetFlash(kMebi, 64 * kKibi);
-  flash() = Overlaid(flash(), 64 * kKibi, Bytes(448 * kKibi, 0));
-  chip().wraps = false;
+  Flash() = Overlaid(Flash(), 64 * kKibi, Bytes(448 * kKibi, 0));
+  Chip().wraps = false;
   EXPECT_EQ(Find().size, kMebi);
 }
 
@@ -75,28 +75,28 @@ TEST_F(FlashSizeTest, OneQuestionTakesFewTransfers) {
   const FlashSizeFinding finding = FindBefore(kMebi);
   EXPECT_EQ(finding.size, std::nullopt);
   EXPECT_EQ(finding.text, "");
-  EXPECT_LE(chip().transfers, 24U);
+  EXPECT_LE(Chip().transfers, 24U);
 }
 
 TEST_F(FlashSizeTest, ImageWithinTheSmallestFlashAsksNothing) {
   SetFlash(64 * kKibi, 64 * kKibi);
   EXPECT_EQ(FindBefore(64 * kKibi).size, std::nullopt);
-  EXPECT_EQ(chip().transfers, 0U);
+  EXPECT_EQ(Chip().transfers, 0U);
 }
 
 TEST_F(FlashSizeTest, OneQuestionFindsTheEndBeforeAnImages) {
   SetFlash(256 * kKibi, 200 * kKibi);
   EXPECT_EQ(FindBefore(256 * kKibi + 1).size, 256 * kKibi);
   EXPECT_EQ(FindBefore(256 * kKibi).size, std::nullopt);
-  chip().wraps = false;
+  Chip().wraps = false;
   EXPECT_EQ(FindBefore(kMebi).size, 256 * kKibi);
   EXPECT_EQ(FindBefore(256 * kKibi).size, std::nullopt);
 }
 
 TEST_F(FlashSizeTest, ZerosAtAnImagesEndAreNotTakenForTheEndOfAFlash) {
   SetFlash(kMebi, 960 * kKibi);
-  flash() = Overlaid(flash(), 960 * kKibi, Bytes(64 * kKibi, 0));
-  chip().wraps = false;
+  Flash() = Overlaid(Flash(), 960 * kKibi, Bytes(64 * kKibi, 0));
+  Chip().wraps = false;
   const FlashSizeFinding finding = FindBefore(kMebi);
   EXPECT_EQ(finding.size, std::nullopt);
   EXPECT_EQ(finding.text, "unknown: all words from 0xf0000 on read 0");

@@ -77,8 +77,8 @@ std::vector<std::string> FlashTest::Journals() const {
 }
 
 void FlashTest::FailFrom(std::uint64_t transfer, ExitCode code) {
-  const std::uint64_t first = chip().transfers + transfer;
-  chip().before_transfer = [first, code](std::uint64_t number) {
+  const std::uint64_t first = Chip().transfers + transfer;
+  Chip().before_transfer = [first, code](std::uint64_t number) {
     if (number >= first) {
       throw Failure(code, "the camera is gone");
     }
@@ -86,8 +86,8 @@ void FlashTest::FailFrom(std::uint64_t transfer, ExitCode code) {
 }
 
 void FlashTest::FailAt(std::uint64_t transfer, ExitCode code) {
-  const std::uint64_t only = chip().transfers + transfer;
-  chip().before_transfer = [only, code](std::uint64_t number) {
+  const std::uint64_t only = Chip().transfers + transfer;
+  Chip().before_transfer = [only, code](std::uint64_t number) {
     if (number == only) {
       throw Failure(code, "the transfer failed");
     }
@@ -95,8 +95,8 @@ void FlashTest::FailAt(std::uint64_t transfer, ExitCode code) {
 }
 
 void FlashTest::Heal() {
-  chip().before_transfer = {};
-  chip().after_programming = {};
+  Chip().before_transfer = {};
+  Chip().after_programming = {};
   host.stop_requested = false;
 }
 

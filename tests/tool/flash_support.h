@@ -74,8 +74,8 @@ class FlashTest : public testing::Test {
     return outcome;
   }
 
-  FakeChip& chip() { return host.chip(); }
-  Bytes& flash() { return host.chip().flash; }
+  FakeChip& Chip() { return host.Chip(); }
+  Bytes& Flash() { return host.Chip().flash; }
   // From this transfer of the next run on, the camera fails, as if its cable were pulled.
   void FailFrom(std::uint64_t transfer, ExitCode code = ExitCode::kDevice);
   // This transfer fails once.

@@ -49,9 +49,9 @@ TEST(SectorsOfFewWordsTest, ManyWordsGoByAJob) {
 TEST_F(FlashWordsTest, NothingIsErased) {
   const Outcome outcome = Program();
   EXPECT_EQ(outcome.code, ExitCode::kDone) << outcome.message;
-  EXPECT_EQ(flash(), Wanted());
-  EXPECT_EQ(chip().erases, 0U);
-  EXPECT_EQ(chip().programmed_packets, 0U);
+  EXPECT_EQ(Flash(), Wanted());
+  EXPECT_EQ(Chip().erases, 0U);
+  EXPECT_EQ(Chip().programmed_packets, 0U);
   EXPECT_FALSE(HasJournal());
   // 5 bytes in 4 words of 2 sectors. All sectors are read before, and these two afterwards.
   EXPECT_EQ(outcome.result["changed_bytes"], 0x3000);
@@ -61,13 +61,13 @@ TEST_F(FlashWordsTest, NothingIsErased) {
 TEST_F(FlashWordsTest, WithoutReadingBackJobsWrite) {
   command_.verify = false;
   EXPECT_EQ(Program().code, ExitCode::kDone);
-  EXPECT_EQ(flash(), Wanted());
-  EXPECT_EQ(chip().erases, 3U);
+  EXPECT_EQ(Flash(), Wanted());
+  EXPECT_EQ(Chip().erases, 3U);
 }
 
 TEST_F(FlashWordsTest, WordThatDidNotArriveIsWrittenByAJob) {
   bool is_lost = false;
-  chip().after_programming = [&](std::uint32_t address, std::span<std::uint8_t> bytes) {
+  Chip().after_programming = [&](std::uint32_t address, std::span<std::uint8_t> bytes) {
     if (address == 0x2000 && !is_lost) {
       is_lost = true;
       std::copy_n(before_.begin() + 0x2000, bytes.size(), bytes.begin());
@@ -75,43 +75,43 @@ TEST_F(FlashWordsTest, WordThatDidNotArriveIsWrittenByAJob) {
   };
   const Outcome outcome = Program();
   EXPECT_EQ(outcome.code, ExitCode::kDone) << outcome.message;
-  EXPECT_EQ(flash(), Wanted());
-  EXPECT_EQ(chip().erased_sectors, std::vector<std::uint32_t>{0x2000});
+  EXPECT_EQ(Flash(), Wanted());
+  EXPECT_EQ(Chip().erased_sectors, std::vector<std::uint32_t>{0x2000});
 }
 
 TEST_F(FlashWordsTest, CutAnywhereNothingBesideTheImageChangesAndASecondRunFinishes) {
-  const std::uint64_t start = chip().transfers;
+  const std::uint64_t start = Chip().transfers;
   EXPECT_EQ(Program().code, ExitCode::kDone);
-  const std::uint64_t transfers = chip().transfers - start;
+  const std::uint64_t transfers = Chip().transfers - start;
   for (std::uint64_t transfer = 1; transfer <= transfers; ++transfer) {
-    flash() = before_;
+    Flash() = before_;
     FailFrom(transfer);
     EXPECT_EQ(Program().code, ExitCode::kDevice) << transfer;
     const Bytes cut = host.chips.front()->flash;
     EXPECT_EQ(Overlaid(cut, kAddress, image_), Wanted()) << transfer;
     Heal();
     EXPECT_EQ(Program().code, ExitCode::kDone) << transfer;
-    EXPECT_EQ(flash(), Wanted()) << transfer;
+    EXPECT_EQ(Flash(), Wanted()) << transfer;
     EXPECT_FALSE(HasJournal()) << transfer;
   }
 }
 
 TEST_F(FlashWordsTest, AfterACutTheFirstBackupStays) {
   command_.backup = true;
-  const std::uint64_t start = chip().transfers;
+  const std::uint64_t start = Chip().transfers;
   EXPECT_EQ(Program().code, ExitCode::kDone);
-  const std::uint64_t transfers = chip().transfers - start;
+  const std::uint64_t transfers = Chip().transfers - start;
   for (const std::string& name : FilesWith("backup")) {
     std::filesystem::remove(File(name));
   }
   // The four words are written before the 192 transfers of reading back.
   for (std::uint64_t transfer = transfers - 192 - 3; transfer <= transfers; ++transfer) {
-    flash() = before_;
+    Flash() = before_;
     FailFrom(transfer);
     EXPECT_EQ(Program().code, ExitCode::kDevice) << transfer;
     Heal();
     EXPECT_EQ(Program().code, ExitCode::kDone) << transfer;
-    EXPECT_EQ(flash(), Wanted()) << transfer;
+    EXPECT_EQ(Flash(), Wanted()) << transfer;
     const std::vector<std::string> backups = FilesWith("backup");
     ASSERT_EQ(backups.size(), 1U) << transfer;
     EXPECT_EQ(ReadFile(backups.front()), Bytes(before_.begin() + 0x1000, before_.begin() + 0x4000));

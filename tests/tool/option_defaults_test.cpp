@@ -122,7 +122,7 @@ class ToolDefaultsTest : public testing::Test {
  protected:
   ToolDefaultsTest() {
     host.environment["BORVANUSB_PROFILES"] = BORVAN_SAMPLES;
-    host.chip().sensors[0x6C][0x3500] = 0x12;
+    host.Chip().sensors[0x6C][0x3500] = 0x12;
   }
 
   int Run(const std::vector<std::string>& words) {
@@ -206,7 +206,7 @@ TEST_F(ToolDefaultsTest, AProfileOfAnotherCameraIsRefusedForNumbersToo) {
     with.insert(with.end(), {"--profile", other});
     EXPECT_EQ(Run(with), 5) << words[0];
     EXPECT_THAT(err, HasSubstr("is for vid 1234, pid 0002, and the camera is 1234:0001"));
-    EXPECT_EQ(host.chip().transfers, 0U);
+    EXPECT_EQ(host.Chip().transfers, 0U);
   }
   EXPECT_EQ(Run({"reg", "read", "0x1a3", "--profile", other, "--force-profile"}), 0) << err;
   host.environment["BORVANUSB_PROFILE"] = other;

@@ -12,7 +12,6 @@
 namespace borvanusb::tool_test {
 namespace {
 
-using testing::Each;
 using testing::HasSubstr;
 using testing::Not;
 using testing::StartsWith;
@@ -23,7 +22,7 @@ const std::string kShown = "x??borvanusb: all is well?[2J";
 
 class WholeToolTest : public testing::Test {
  protected:
-  WholeToolTest() { host.chip().identity.name = kHostile; }
+  WholeToolTest() { host.Chip().identity.name = kHostile; }
 
   int Run(const std::vector<std::string>& words) {
     out.clear();
@@ -94,7 +93,7 @@ TEST_F(WholeToolTest, NameOfACameraForgesNoMessage) {
 }
 
 TEST_F(WholeToolTest, JsonKeepsTheNameAndHoldsNothingThatATerminalObeys) {
-  host.chip().identity.name = kHostile + "\xC2\x9B\x7F\xE2\x80\xAE";
+  host.Chip().identity.name = kHostile + "\xC2\x9B\x7F\xE2\x80\xAE";
   for (const std::vector<std::string>& words :
        {std::vector<std::string>{"list", "--json"}, {"info", "--json"}, {"doctor", "--json"}}) {
     EXPECT_EQ(Run(words), 0);
@@ -145,7 +144,7 @@ TEST_F(WholeToolTest, TableOfSeveralCamerasIsClean) {
 
 TEST_F(WholeToolTest, LogHoldsAllThatIsSaidWithTimes) {
   const std::string log = folder.Name("day.log");
-  host.chip().registers[0x100] = 0x5A;
+  host.Chip().registers[0x100] = 0x5A;
   EXPECT_EQ(Run({"reg", "read", "0x100", "--log", log}), 0);
   EXPECT_EQ(out, "0x0100  0x5a\n");
   EXPECT_EQ(Run({"flash", "read", "0+4K", folder.Name("a.bin"), "--log", log, "--progress", "none",
@@ -180,7 +179,7 @@ TEST_F(WholeToolTest, LogHasTheEndOfProgressAndNoBytes) {
 TEST_F(WholeToolTest, LogThatCannotBeWrittenStopsTheCommandBeforeItsWork) {
   EXPECT_EQ(Run({"reg", "write", "0x100", "1", "--log", folder.Name("none/day.log")}), 5);
   EXPECT_THAT(err, HasSubstr("--log: can't write " + folder.Name("none/day.log")));
-  EXPECT_EQ(host.chip().transfers, 0U);
+  EXPECT_EQ(host.Chip().transfers, 0U);
 }
 
 TEST_F(WholeToolTest, WaitTriesUntilTheCameraIsThere) {
@@ -234,7 +233,7 @@ TEST_F(WholeToolTest, StopEndsTheWaiting) {
 class WholeToolAllTest : public WholeToolTest {
  protected:
   WholeToolAllTest() {
-    host.chip().identity = {0, R"(\\?\usb#a)", "First", "1234", "0001"};
+    host.Chip().identity = {0, R"(\\?\usb#a)", "First", "1234", "0001"};
     auto second = std::make_shared<FakeChip>();
     second->identity = {1, R"(\\?\usb#b)", "Second", "1234", "0002"};
     host.chips.push_back(second);
@@ -248,6 +247,7 @@ class WholeToolAllTest : public WholeToolTest {
     };
   }
 
+ public:
   std::vector<std::vector<std::string>> lines;
 };
 

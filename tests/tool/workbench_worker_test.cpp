@@ -84,7 +84,7 @@ struct WorkerRig {
 
 TEST(WorkbenchWorkerTest, RunsOneAfterTheOtherAndTellsEachEnd) {
   WorkerRig rig;
-  rig.host.chip().registers[0x100] = 0x11;
+  rig.host.Chip().registers[0x100] = 0x11;
   rig.Run({{Order::kEnter, 0, {}, {}, "here"},
            {Order::kRun, 1, {"--json", "reg", "read", "0x100"}, {}, ""},
            {Order::kRun, 2, {"--json", "reg", "read", "nonsense"}, {}, ""}});
@@ -135,12 +135,12 @@ TEST(WorkbenchWorkerTest, RepeatedReadingOpensTheCameraOnce) {
   // The transfers for reading four registers only.
   FakeHost once;
   const auto camera = once.OpenCamera(once.ListCameras().front());
-  const std::uint64_t opened = once.chip().transfers;
+  const std::uint64_t opened = once.Chip().transfers;
   for (std::uint32_t address = 0x100; address < 0x104; ++address) {
     camera->ReadRegister(address, RegisterWidth::kByte);
   }
-  const std::uint64_t each = once.chip().transfers - opened;
-  EXPECT_EQ(rig.host.chip().transfers, opened + rounds * each);
+  const std::uint64_t each = once.Chip().transfers - opened;
+  EXPECT_EQ(rig.host.Chip().transfers, opened + rounds * each);
 }
 
 TEST(WorkbenchWorkerTest, RepeatingEndsWithAFailure) {

@@ -26,7 +26,7 @@ struct CommandDesk {
   nlohmann::ordered_json result;
   Context context{common, host, output, progress, result};
 
-  FakeChip& Chip(std::size_t index = 0) { return host.chip(index); }
+  FakeChip& Chip(std::size_t index = 0) { return host.Chip(index); }
 
   // Runs a command that must complete. Its JSON must match the schema.
   template <typename Command>

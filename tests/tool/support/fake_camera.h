@@ -134,7 +134,7 @@ class FakeHost : public Host {
       const std::vector<std::vector<std::string>>& arguments,
       const std::function<void(std::size_t, bool, const std::string&)>& on_line) override;
 
-  FakeChip& chip(std::size_t index = 0) { return *chips.at(index); }
+  FakeChip& Chip(std::size_t index = 0) { return *chips.at(index); }
 
   std::vector<std::shared_ptr<FakeChip>> chips;
   bool stop_requested = false;

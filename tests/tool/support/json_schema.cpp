@@ -73,6 +73,14 @@ class Checker {
   const Json root_;
 };
 
+std::string At(const std::string& place, const std::string& what) {
+  return place + ": " + what;
+}
+
+std::string Below(const std::string& place, const std::string& name) {
+  return place + "/" + name;
+}
+
 std::string Checker::BreachOfObject(const Json& schema, const Json& value,
                                     const std::string& place) const {
   Json required = schema.value("required", Json::array());
@@ -82,7 +90,7 @@ std::string Checker::BreachOfObject(const Json& schema, const Json& value,
       required.insert(required.end(), others.begin(), others.end());
     }
   }
-  if (const std::string lack = Lack(required, value, place); !lack.empty()) {
+  if (std::string lack = Lack(required, value, place); !lack.empty()) {
     return lack;
   }
   const Json properties = schema.value("properties", Json::object());
@@ -92,10 +100,10 @@ std::string Checker::BreachOfObject(const Json& schema, const Json& value,
   for (const auto& [name, member] : value.items()) {
     const Json others = schema.value("additionalProperties", Json(false));
     if (!properties.contains(name) && !others.is_object()) {
-      return place + ": must not have " + name;
+      return At(place, "must not have " + name);
     }
-    const std::string breach =
-        Breach(properties.contains(name) ? properties[name] : others, member, place + "/" + name);
+    std::string breach =
+        Breach(properties.contains(name) ? properties[name] : others, member, Below(place, name));
     if (!breach.empty()) {
       return breach;
     }
@@ -141,8 +149,8 @@ std::string Checker::BreachOfChoices(const Json& choices, std::size_t most, cons
 
 std::string Checker::Breach(const Json& schema, const Json& value, const std::string& place) const {
   for (const auto& [keyword, ignored] : schema.items()) {
-    if (kKnown.count(keyword) == 0) {
-      return place + ": the schema's keyword " + keyword + " is not known here";
+    if (!kKnown.contains(keyword)) {
+      return At(place, "the schema has an unknown keyword, " + keyword);
     }
   }
   if (schema.contains("$ref")) {
@@ -165,7 +173,7 @@ std::string Checker::Breach(const Json& schema, const Json& value, const std::st
     return BreachOfObject(schema, value, place);
   }
   for (std::size_t i = 0; value.is_array() && i < value.size(); ++i) {
-    const std::string breach = Breach(schema["items"], value[i], place + "/" + std::to_string(i));
+    std::string breach = Breach(schema["items"], value[i], Below(place, std::to_string(i)));
     if (!breach.empty()) {
       return breach;
     }

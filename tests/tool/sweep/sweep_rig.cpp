@@ -12,7 +12,7 @@
 namespace {
 
 std::atomic<int> g_jobs{0};
-thread_local bool t_in_job = false;
+thread_local bool g_in_job = false;
 
 }  // namespace
 
@@ -20,12 +20,12 @@ thread_local bool t_in_job = false;
 // get a thread, which the library tolerates. Otherwise thousands of such threads would wait at the
 // same time.
 void borvan::StartDetachedThread(void (*procedure)(void*), void* argument) {
-  if (t_in_job) {
+  if (g_in_job) {
     throw std::system_error(std::make_error_code(std::errc::resource_unavailable_try_again));
   }
   ++g_jobs;
   std::thread([procedure, argument] {
-    t_in_job = true;
+    g_in_job = true;
     procedure(argument);
     --g_jobs;
   }).detach();
