@@ -5,6 +5,6 @@ borvan_add_gtest(
   LIBRARIES borvanusb_core)
 borvan_add_gtest(
   tool_workbench_work_test
-  SOURCES workbench_desk_test.cpp workbench_folder_test.cpp workbench_worker_test.cpp
+  SOURCES workbench_desk_live_test.cpp workbench_desk_test.cpp workbench_folder_test.cpp workbench_worker_test.cpp
   LIBRARIES borvanusb_test_support)
 borvan_add_gtest(tool_workbench_server_test SOURCES workbench_server_test.cpp LIBRARIES borvanusb_test_support)
