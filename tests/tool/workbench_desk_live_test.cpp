@@ -6,6 +6,10 @@
 namespace borvanusb::tool_test {
 namespace {
 
+using std::chrono::milliseconds;
+using Order = WorkerOrder::Kind;
+using Report = WorkerReport::Kind;
+
 TEST(WorkbenchDeskLiveTest, LiveReadingFillsTheTimeBetweenWork) {
   DeskRig rig;
   rig.desk->SetPages({""});
