@@ -10,6 +10,7 @@ namespace {
 
 class BaseOperationsTest : public DeviceTest {
  protected:
+ public:
   borvan::BorvanUSBBase base{std::make_unique<ScriptedPlatform>(script)};
 };
 

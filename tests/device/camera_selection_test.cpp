@@ -22,6 +22,7 @@ class CameraSelectionTest : public DeviceTest {
     other->PutRegister(kFeatureRegister, 0x4F);
   }
 
+ public:
   const std::shared_ptr<MemoryChip> chip = std::make_shared<MemoryChip>();
   const std::shared_ptr<MemoryChip> other = std::make_shared<MemoryChip>();
 };

@@ -31,6 +31,7 @@ class DeviceTest : public testing::Test {
     return camera;
   }
 
+ public:
   const std::shared_ptr<PlatformScript> script = std::make_shared<PlatformScript>();
   std::unique_ptr<borvan::BorvanUsb_Q7> device =
       std::make_unique<borvan::BorvanUsb_Q7>(std::make_unique<ScriptedPlatform>(script));

@@ -37,6 +37,7 @@ class ExtensionUnitChannelTest : public DeviceTest {
     return transfers.empty() ? Transfer{} : transfers.front();
   }
 
+ public:
   const std::shared_ptr<MemoryChip> chip = std::make_shared<MemoryChip>();
   std::array<std::uint8_t, 4> buffer = {0x11, 0x22, 0x33, 0x44};
 };

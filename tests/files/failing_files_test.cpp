@@ -63,6 +63,7 @@ class FailingFilesTest : public testing::Test {
     EXPECT_FALSE(device->Jobs().job_running);
   }
 
+ public:
   const TemporaryFolder folder;
   const std::shared_ptr<ScriptedDevice> device = std::make_shared<ScriptedDevice>();
   ReportRecorder recorder{device};

@@ -39,6 +39,7 @@ class FlashDumpFileTest : public testing::Test {
     return bytes;
   }
 
+ public:
   const TemporaryFolder folder;
   const std::shared_ptr<ScriptedDevice> device = std::make_shared<ScriptedDevice>();
 };

@@ -32,6 +32,7 @@ class FlashImageFileTest : public testing::Test {
     return recorder.Reports();
   }
 
+ public:
   const TemporaryFolder folder;
   const std::shared_ptr<ScriptedDevice> device = std::make_shared<ScriptedDevice>();
 };

@@ -34,6 +34,7 @@ class FlashRoundTripTest : public testing::Test {
     return folder.Content(name);
   }
 
+ public:
   const TemporaryFolder folder;
   const std::shared_ptr<MemoryChip> chip = std::make_shared<MemoryChip>();
   const std::shared_ptr<PlatformScript> script = std::make_shared<PlatformScript>();

@@ -36,6 +36,7 @@ class ListDumpFileTest : public testing::Test {
     return folder.Content("list.out");
   }
 
+ public:
   const TemporaryFolder folder;
 };
 

@@ -61,6 +61,7 @@ class ListFileMemoryTest : public testing::Test {
     return list;
   }
 
+ public:
   const TemporaryFolder folder;
 };
 

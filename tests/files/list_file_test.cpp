@@ -19,6 +19,7 @@ class ListFileTest : public testing::Test {
     return borvan::ReadListFile(folder.Put("list.txt", content));
   }
 
+ public:
   const TemporaryFolder folder;
 };
 

@@ -62,6 +62,7 @@ class ListReadingTest : public testing::Test {
     }
   }
 
+ public:
   const TemporaryFolder folder;
 };
 

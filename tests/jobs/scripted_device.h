@@ -182,6 +182,7 @@ class ReportedJobsTest : public testing::Test {
     EXPECT_FALSE(device->Jobs().stop_requested);
   }
 
+ public:
   const TemporaryFolder folder;
   const std::shared_ptr<ScriptedDevice> device = std::make_shared<ScriptedDevice>();
   ReportRecorder recorder{device};

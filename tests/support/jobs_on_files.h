@@ -29,6 +29,7 @@ inline constexpr const char* kDoneThenReported = "0; 0 100; e000000a -1";
 
 class JobsOnFiles : public testing::Test {
  protected:
+ public:
   // Bytes and entries that the reading operations give.
   std::size_t delivered = 100;
   // Bytes of the image that programming got last.
