@@ -24,30 +24,36 @@ function row(title, measured, yardstick, result, target, isMet) {
 
 const milliseconds = (value) => `${value.toFixed(1)} ms`;
 
-// From the start of the program to the page with its cameras, in a browser that runs.
+// From the start of the program to what `load` waits for, in a new window of a browser that runs.
+async function startedUntil(load) {
+  const page = await blankPage();
+  const begin = performance.now();
+  const address = await startServer();
+  const started = performance.now() - begin;
+  await load(page, address);
+  const ready = performance.now() - begin;
+  await page.context().close();
+  await stopServer();
+  return { started, ready };
+}
+
 async function measureStart() {
-  const ready = [];
-  const started = [];
-  const blank = [];
-  for (let round = 0; round < 7; round++) {
-    const page = await blankPage();
-    const begin = performance.now();
-    const address = await startServer();
-    started.push(performance.now() - begin);
-    await page.goto(address, { waitUntil: "commit" });
-    await page.getByRole("listitem").filter({ hasText: names.camera }).waitFor();
-    ready.push(performance.now() - begin);
-    const other = performance.now();
-    await page.goto(new URL("/no-such-page", address).href, { waitUntil: "commit" }).catch(() => {});
-    blank.push(performance.now() - other);
-    await page.context().close();
-    await stopServer();
+  const page = [];
+  const empty = [];
+  for (let round = 0; round < 9; round++) {
+    page.push(await startedUntil(async (window, address) => {
+      await window.goto(address, { waitUntil: "commit" });
+      await window.getByRole("listitem").filter({ hasText: names.camera }).waitFor();
+    }));
+    // Refused with one line of text: without the token there is nothing to see.
+    empty.push(await startedUntil((window, address) => window.goto(new URL("/", address).href)));
   }
-  const pages = ready.map((value, round) => value - started[round]);
-  row("   start to page with cameras, median of 7", milliseconds(median(ready)), milliseconds(median(blank)),
-    milliseconds(median(ready)), "<= 300 ms", median(ready) <= 300);
-  console.log(`   (the address is printed after ${milliseconds(median(started))}, the page takes ${milliseconds(median(pages))};`
-    + " yardstick: a page of one line from the same server)");
+  const ready = median(page.map((round) => round.ready));
+  const yardstick = median(empty.map((round) => round.ready));
+  row("   start to page with cameras, median of 9", milliseconds(ready), milliseconds(yardstick), milliseconds(ready),
+    "<= 300 ms", ready <= 300);
+  console.log(`   (yardstick: start to a page of one line; the program prints its address after ${
+    milliseconds(median(page.map((round) => round.started)))})`);
 }
 
 // From the end of a write by somebody else to the new value on the page that reads live.

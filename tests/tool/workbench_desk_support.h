@@ -124,9 +124,10 @@ class DeskRig {
     }
   }
 
-  // Connects one camera and returns its worker.
+  // Connects one camera and returns its worker, which starts a moment later.
   WorkerSide& PlugIn() {
     List({kCamera});
+    Pass(std::chrono::milliseconds(800));
     return *workers.back();
   }
 

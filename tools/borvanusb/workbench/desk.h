@@ -67,6 +67,7 @@ class Desk {
   void Look();
   void ScheduleLook();
   void TakeCameras(const Json& cameras);
+  void PrepareSoon(const std::string& camera);
   void AskForProfile(const std::string& camera);
   void AskForLibrary();
   void TellLookProblem(const Json& answer);

@@ -15,6 +15,8 @@ using std::chrono::milliseconds;
 constexpr milliseconds kBetweenLooks{500};
 constexpr milliseconds kFresh{1000};
 constexpr milliseconds kLongestLook{30000};
+// Starting the workers of all cameras at once would take the processors from the page that opens.
+constexpr milliseconds kUntilPrepared{800};
 
 bool HasCommand(const ToolDescription& tool, const std::vector<std::string>& words) {
   return std::ranges::any_of(
@@ -125,12 +127,7 @@ void Desk::TakeCameras(const Json& cameras) {
   cameras_ = std::move(entries);
   EndUnusedLanes();
   for (const std::string& path : arrived) {
-    const auto lane = LaneOf(path);
-    try {
-      lane->Prepare();
-    } catch (const Failure&) {
-      // The first command will report why the worker can't be started.
-    }
+    PrepareSoon(path);
     if (lives_.contains(path)) {
       ApplyLive(path);
     }
@@ -139,6 +136,19 @@ void Desk::TakeCameras(const Json& cameras) {
   if (changed) {
     tools_.publish("cameras", {{"cameras", CamerasJson()}});
   }
+}
+
+void Desk::PrepareSoon(const std::string& camera) {
+  tools_.after(kUntilPrepared, [this, camera, alive = std::weak_ptr(alive_)] {
+    if (alive.expired() || !IsListed(camera)) {
+      return;
+    }
+    try {
+      LaneOf(camera)->Prepare();
+    } catch (const Failure&) {
+      // The first command will report why the worker can't be started.
+    }
+  });
 }
 
 void Desk::EndUnusedLanes() {
@@ -177,7 +187,8 @@ void Desk::AskForProfile(const std::string& camera) {
       tools_.publish("cameras", {{"cameras", CamerasJson()}});
     }
   };
-  LaneOf(camera)->Submit(std::move(job));
+  // Any process can answer: the camera itself is not opened.
+  looker_->Submit(std::move(job));
 }
 
 Desk::Json Desk::CamerasJson() const {

@@ -142,7 +142,7 @@ export function App() {
   const view = useStore(session, (state) => state.view);
   const readOnly = useStore(session, (state) => state.readOnly);
   const problem = useStore(session, (state) => state.problem);
-  const ready = useStore(session, (state) => state.everConnected);
+  const ready = useStore(session, (state) => state.known);
   useEffect(() => {
     const look = () => {
       session.set({ view: viewOfAddress(), problem: null });

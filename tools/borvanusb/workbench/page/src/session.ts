@@ -19,6 +19,7 @@ export interface LogEntry {
 export type Theme = 'system' | 'light' | 'dark';
 
 export interface Session {
+  known: boolean; // whether the server's state arrived once
   connected: boolean;
   everConnected: boolean;
   version: string;
@@ -44,7 +45,7 @@ export class Problem extends Error {
 const longestLog = 2000;
 
 export const session = new Store<Session>({
-  connected: false, everConnected: false, version: '', readOnly: false, library: null, cameras: [], camera: null,
+  known: false, connected: false, everConnected: false, version: '', readOnly: false, library: null, cameras: [], camera: null,
   jobs: new Map(), log: [], theme: 'system', view: 'cameras', problem: null,
 });
 
@@ -107,7 +108,7 @@ export function onConnect(listener: ConnectListener): () => void {
 async function takeState(): Promise<void> {
   const state = await api.state();
   session.set({
-    version: state.version, readOnly: state.read_only, library: state.library,
+    known: true, version: state.version, readOnly: state.read_only, library: state.library,
     jobs: new Map(state.jobs.map((job) => [job.id, job])),
   });
   takeCameras(state.cameras);
@@ -115,11 +116,14 @@ async function takeState(): Promise<void> {
 
 export function connect(): void {
   let opened = false;
+  // The page appears with this state; the one after the event stream has opened misses no event.
+  const first = takeState().catch(() => undefined);
   const opens = async (open: boolean) => {
     if (open === opened && open) return;
     opened = open;
     if (open) {
       try {
+        await first;
         await takeState();
       } catch {
         return; // the event stream will fail as well, and reconnect
