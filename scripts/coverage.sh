@@ -23,11 +23,7 @@ esac
 
 build=build/coverage
 log=$build/build.log
-programs=(device_tests protocol_tests files_tests jobs_tests api_tests list_document_test
-  meaning_tests virtual_camera_core_test tool_arguments_test tool_lists_test tool_progress_test
-  tool_run_test tool_scripts_test tool_whole_test tool_registers_test tool_library_test
-  tool_flash_parts_test tool_flash_program_test tool_flash_commands_test tool_flash_journal_test
-  tool_flash_cut_test tool_flash_sequences_test)
+. scripts/native_programs.sh
 mkdir -p "$build"
 echo "== building the tests" >&2
 # No optimisation, so that lines are not merged. Atomic counters, because jobs run on other threads.
