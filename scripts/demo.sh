@@ -153,8 +153,12 @@ fi
 if [ -n "$workbench" ]; then
   heading "2. The workbench on two virtual cameras with the profiles of samples/profiles"
   cp virtual_camera/configurations/demo.json "$folder/cameras.json"
+  # A copy, because the page can save presets to the profiles.
+  rm -rf "$folder/samples"
+  cp -r samples "$folder"
   # Converts a folder name for Windows programs.
-  export BORVANUSB_PROFILES="Z:${PWD//\//\\}\\samples\\profiles"
+  profiles=$PWD/$folder/samples/profiles
+  export BORVANUSB_PROFILES="Z:${profiles//\//\\}"
   echo "Open the address in a browser on this machine. It works once; Ctrl-C ends the workbench."
   with_cameras borvanusb.exe workbench --no-browser --stay
   exit 0
