@@ -189,7 +189,7 @@ fs.writeFileSync(configuration, JSON.stringify(cameras));
 run("virtual-camera.exe", "register");
 
 await startBrowser();
-console.log("h. the workbench, borvanusb.exe under Wine with Chromium");
+console.log("i. the workbench, borvanusb.exe under Wine with Chromium");
 await measureStart();
 await measureChange();
 await measureTransfers();

@@ -32,7 +32,8 @@ build() {
   fi
 }
 build native bench_maps bench_transfers bench_native bench_virtual_camera
-build windows BorvanUSB_x64 bench_camera bench_library bench_tool bench_virtual_camera
+build windows BorvanUSB_x64 BorvanVirtualCamera borvanusb virtual-camera bench_camera bench_library bench_tool \
+  bench_virtual_camera
 
 export WINEPREFIX=$PWD/$work/wine WINEDEBUG=-all WINEDLLOVERRIDES='mscoree,mshtml='
 wine=(/usr/lib/wine/wine64)
@@ -90,10 +91,15 @@ echo "== counting: the transfers of the tool's commands" >&2
 python3 -B bench/command_transfers.py >"$work/commands.txt" || echo "   a command fails or misses its target" >&2
 echo "== counting: borvanusb beside flashrom" >&2
 python3 -B bench/beside_flashrom.py >"$work/flashrom.txt"
+echo "== measuring: the workbench" >&2
+WINEPREFIX=$PWD/build/wine-workbench BORVAN_BIN=$PWD/build/windows/bin tests/workbench/run.sh --bench \
+  >"$work/workbench.log" 2>&1 || echo "   the workbench fails or misses a target" >&2
+sed -n '/^i\./,$p' "$work/workbench.log" | grep -E '^(i\.|   )' >"$work/workbench.txt" || cat "$work/workbench.log" >&2
 
 echo
 python3 bench/report.py "$rounds" "$transfers"
 cat "$work/maps.txt"
+cat "$work/workbench.txt"
 echo
 cat "$work/commands.txt"
 echo
