@@ -33,6 +33,8 @@ Ranges PlacesOfNamed(const std::vector<PlacedBytes>& named) {
   return places;
 }
 
+// The page of the workbench finds journals by this text and the sentences around it
+// (workbench/page/src/model/journals.ts): change both together.
 std::string WorkText(const Journal& journal) {
   return Format("the unfinished {}{} at {}, started {}", journal.command,
                 journal.image.empty() ? "" : Format(" of {}", journal.image),
