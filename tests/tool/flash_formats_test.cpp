@@ -77,7 +77,7 @@ TEST_F(FlashFormatsTest, AddressBeyondTheLastIsRefused) {
   program_.image = WriteText("fw.hex", kHex);
   program_.address = 0xFFFFE000;
   EXPECT_EQ(Refused(program_), program_.image +
-                                   ": its bytes at 0x2000-0x2001, moved by 0xffffe000, lie beyond "
+                                   ": its bytes at 0x2000-0x2001, moved by 0xffffe000, are beyond "
                                    "the last address 0xffffffff");
 }
 
@@ -95,16 +95,15 @@ TEST_F(FlashFormatsTest, FormatThatIsRecognisedInAnotherNameIsTold) {
 
 TEST_F(FlashFormatsTest, BrokenFilesAreRefusedWithTheirLine) {
   program_.image = WriteText("fw.hex", ":0400100001020304E2\n:02200000AABB78\n:00000001FF\n");
-  EXPECT_EQ(Refused(program_),
-            program_.image +
-                " can't be read as an Intel HEX file: line 2: the checksum is 0x78, but the record "
-                "makes 0x79");
+  EXPECT_EQ(Refused(program_), program_.image +
+                                   " can't be read as an Intel HEX file: line 2: the checksum is "
+                                   "0x78, but the calculated checksum is 0x79");
   program_.image = WriteText("fw.srec", "S1051000AABB85\n");
   EXPECT_TRUE(Refused(program_).find("line 1: the file ends here") != std::string::npos);
   program_.image = WriteText("raw.elf", "firmware");
-  EXPECT_EQ(Refused(program_), program_.image +
-                                   " can't be read as an ELF file: byte 0: the mark of an ELF file "
-                                   "is missing");
+  EXPECT_EQ(
+      Refused(program_),
+      program_.image + " can't be read as an ELF file: byte 0: the ELF magic number is missing");
   FlashVerifyCommand verify{program_.image, std::nullopt, ""};
   Refused(verify);
 }
