@@ -71,8 +71,8 @@ TEST(FlashArgumentsTest, SingleAddressesStayWhereOneIsMeant) {
 
 TEST(FlashArgumentsTest, WhatIsNoRangeSaysWhichFormsThereAre) {
   const std::string forms =
-      " is no range: 1M+4K (first address and size) or 0-0xfffff (first and last address), up to "
-      "0xffffffff";
+      " is not a valid range: 1M+4K (first address and size) or 0-0xfffff (first and last "
+      "address), up to 0xffffffff";
   ExpectRefused({"flash", "erase", "all"}, "RANGE: \"all\"" + forms);
   ExpectRefused({"flash", "read", "5-4", "a.bin"},
                 "RANGE: \"5-4\"" + forms + "; all means the whole flash");
