@@ -129,7 +129,7 @@ TEST_F(FlashFormatsTest, NameWithAnotherAddressThanTheFileIsInDoubt) {
   program_.image = WriteText("fw-0x3000.hex", kHex);
   EXPECT_EQ(Refused(program_, ExitCode::kUsage),
             "--address: is missing; the name of " + program_.image +
-                " carries 0x3000, but the addresses in the file begin at 0x10");
+                " contains 0x3000, but the addresses in the file begin at 0x10");
   program_.address = 0;
   EXPECT_EQ(Run(program_).code, ExitCode::kDone);
   EXPECT_EQ(Flash(), Wanted());
@@ -207,8 +207,9 @@ TEST_F(FlashFormatsTest, ImagesThatOverlapAreRefused) {
 TEST_F(FlashFormatsTest, RawImageAmongSeveralNeedsAPlace) {
   program_.image = WriteFile("boot.bin", Pattern(0x1001, 2));
   program_.more = {{WriteFile("app.bin", Pattern(0x900, 3)), 0x8000}};
-  EXPECT_EQ(Refused(program_, ExitCode::kUsage),
-            program_.image + " holds raw bytes and has no place among several images");
+  EXPECT_EQ(
+      Refused(program_, ExitCode::kUsage),
+      program_.image + " contains raw bytes and needs a position when several images are given");
 }
 
 TEST_F(FlashFormatsTest, FailureNamesTheLineThatContinuesWithAllImages) {

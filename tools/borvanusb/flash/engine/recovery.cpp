@@ -89,7 +89,7 @@ class Judge {
     }
     throw Failure(
         ExitCode::kUsage,
-        Format("--journal: {} is no journal with bytes for these sectors of this kind of camera",
+        Format("--journal: {} is not a journal with bytes for these sectors of this kind of camera",
                request_.choice),
         "Give the file that the message named, or none.");
   }
@@ -169,7 +169,7 @@ class Judge {
     const bool asks = request_.choice != kNoJournal && !IsIn(named_, SectorAt(address)) &&
                       Identity(entry.journal) != SameCamera::kNo;
     if (asks) {
-      Ask(entry, Format("the sector {} holds what a later change wrote, which the interruption may "
+      Ask(entry, Format("the sector {} contains data of a later change, which the interruption may "
                         "also have left",
                         Text(SectorAt(address))));
     }
@@ -186,9 +186,8 @@ class Judge {
     const bool asks = request_.choice != kNoJournal && !IsIn(named_, SectorAt(address)) &&
                       Identity(entry.journal) != SameCamera::kNo;
     if (asks) {
-      Ask(entry,
-          Format("the sector {} holds neither what was there before nor what was being written",
-                 Text(SectorAt(address))));
+      Ask(entry, Format("the sector {} contains neither the old nor the new data",
+                        Text(SectorAt(address))));
     }
     Misplace(entry, same_path);
   }
