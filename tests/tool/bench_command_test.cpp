@@ -66,7 +66,7 @@ TEST_F(BenchTest, I2cIsMeasuredWhereSomethingAnswers) {
   BenchCommand command{4, {}};
   desk_.Do(command, "bench");
   EXPECT_EQ(desk_.result["selectors"][1]["measured"], false);
-  EXPECT_EQ(desk_.result["selectors"][1]["note"], "not measured: --slave says what to read from");
+  EXPECT_EQ(desk_.result["selectors"][1]["note"], "not measured: requires --slave");
   command.i2c.slave = 0x6C;
   desk_.Do(command, "bench");
   EXPECT_EQ(desk_.result["selectors"][1]["note"], "not measured: nothing answers at that slave");

@@ -41,32 +41,32 @@ TEST(CommandLineErrorsTest, HintIsTheCommandsOwnHelp) {
 }
 
 TEST(CommandLineErrorsTest, UnknownCommandSuggestsTheNearest) {
-  ExpectRefused({"lits"}, "there is no command \"lits\"; do you mean list?");
-  ExpectRefused({"reg", "raed"}, "there is no command \"reg raed\"; do you mean reg read?");
-  ExpectRefused({"dump", "1"}, "there is no command \"dump\"; do you mean reg dump or i2c dump?");
-  ExpectRefused({"scan"}, "there is no command \"scan\"; do you mean i2c scan?");
-  ExpectRefused({"a\nb"}, "there is no command \"a?b\"");
-  ExpectRefused({"reg"}, "reg: what to do is missing: read, write, show, find, dump, load, diff");
+  ExpectRefused({"lits"}, "unknown command \"lits\"; did you mean list?");
+  ExpectRefused({"reg", "raed"}, "unknown command \"reg raed\"; did you mean reg read?");
+  ExpectRefused({"dump", "1"}, "unknown command \"dump\"; did you mean reg dump or i2c dump?");
+  ExpectRefused({"scan"}, "unknown command \"scan\"; did you mean i2c scan?");
+  ExpectRefused({"a\nb"}, "unknown command \"a?b\"");
+  ExpectRefused({"reg"}, "reg: a subcommand is missing: read, write, show, find, dump, load, diff");
 }
 
 TEST(CommandLineErrorsTest, WordIsShownWholeUnlessItIsEndless) {
   const std::string longest(256, 'x');
-  ExpectRefused({longest}, "there is no command \"" + longest + "\"");
-  ExpectRefused({longest + "y"}, "there is no command \"" + longest + "...\"");
+  ExpectRefused({longest}, "unknown command \"" + longest + "\"");
+  ExpectRefused({longest + "y"}, "unknown command \"" + longest + "...\"");
   // 127 characters of two bytes fit, but only half of the next one.
   std::string two_bytes = "x";
   for (int i = 0; i < 127; ++i) {
     two_bytes += "\xC3\xA4";
   }
-  ExpectRefused({two_bytes + "\xC3\xA4"}, "there is no command \"" + two_bytes + "...\"");
+  ExpectRefused({two_bytes + "\xC3\xA4"}, "unknown command \"" + two_bytes + "...\"");
 }
 
 TEST(CommandLineErrorsTest, UnknownOptionSuggestsTheNearest) {
   ExpectRefused({"reg", "read", "1", "--wdie"},
-                "reg read: there is no option \"--wdie\"; do you mean --wide?");
-  ExpectRefused({"list", "--jsn=1"}, "list: there is no option \"--jsn\"; do you mean --json?");
-  ExpectRefused({"list", "--verify"}, "list: there is no option \"--verify\"");
-  ExpectRefused({"--frob"}, "there is no option \"--frob\"");
+                "reg read: unknown option \"--wdie\"; did you mean --wide?");
+  ExpectRefused({"list", "--jsn=1"}, "list: unknown option \"--jsn\"; did you mean --json?");
+  ExpectRefused({"list", "--verify"}, "list: unknown option \"--verify\"");
+  ExpectRefused({"--frob"}, "unknown option \"--frob\"");
 }
 
 TEST(CommandLineErrorsTest, OptionWithoutItsValue) {
@@ -108,29 +108,28 @@ TEST(CommandLineErrorsTest, ArgumentMissingTooManyOrTwice) {
 }
 
 TEST(CommandLineErrorsTest, NumbersSayWhatIsAllowed) {
-  ExpectRefused({"flash", "word", "12g"},
-                "ADDR: \"12g\" is no address: a number from 0 to 0xffffffff, decimal or with 0x");
   ExpectRefused(
-      {"reg", "write", "0x100000000", "1"},
-      "WHAT: \"0x100000000\" is no address: a number from 0 to 0xffffffff, decimal or with "
-      "0x");
+      {"flash", "word", "12g"},
+      "ADDR: \"12g\" is not a valid address: a number from 0 to 0xffffffff, decimal or with 0x");
+  ExpectRefused({"reg", "write", "0x100000000", "1"},
+                "WHAT: \"0x100000000\" is not a valid address: a number from 0 to 0xffffffff, "
+                "decimal or with 0x");
   ExpectRefused({"reg", "read", "9-1"},
-                "WHAT: \"9-1\" is no address or range: 0x1000, 0x1000-0x1fff or 0x1000+256, up "
-                "to 0xffffffff");
-  ExpectRefused({"reg", "write", "1", "-1"},
-                "WHAT: \"-1\" is no number: a number from 0 to 0xffffffff, decimal or with 0x");
+                "WHAT: \"9-1\" is not a valid address or range: 0x1000, 0x1000-0x1fff or "
+                "0x1000+256, up to 0xffffffff");
+  ExpectRefused(
+      {"reg", "write", "1", "-1"},
+      "WHAT: \"-1\" is not a valid number: a number from 0 to 0xffffffff, decimal or with 0x");
   ExpectRefused({"bench", "--rounds", "0"},
                 "--rounds: \"0\" is not allowed: a number from 1 to 1000000, decimal or with 0x");
   ExpectRefused({"i2c", "read", "1", "--slave", "256"},
                 "--slave: \"256\" is not allowed: a number from 0 to 255, decimal or with 0x");
-  ExpectRefused(
-      {"info", "--flash-size", "1000"},
-      "--flash-size: \"1000\" is no flash size: a multiple of 4096, such as 512K or 4M, up "
-      "to 4096M");
-  ExpectRefused(
-      {"i2c", "read", "1", "--slave", "1", "--mode", "8/16"},
-      "--mode: \"8/16\" is no width mode: bits of address and data, 8/8, 16/8, 16/16, 32/8, "
-      "32/16 or 32/32, or 0 to 5");
+  ExpectRefused({"info", "--flash-size", "1000"},
+                "--flash-size: \"1000\" is not a valid flash size: a multiple of 4096, such as "
+                "512K or 4M, up to 4096M");
+  ExpectRefused({"i2c", "read", "1", "--slave", "1", "--mode", "8/16"},
+                "--mode: \"8/16\" is not a valid width mode: bits of address and data, 8/8, 16/8, "
+                "16/16, 32/8, 32/16 or 32/32, or 0 to 5");
   ExpectRefused({"i2c", "scan", "--slaves", "0-256"},
                 "--slaves: \"0-256\" is not allowed: device addresses go from 0 to 255");
 }
@@ -154,10 +153,10 @@ TEST(CommandLineErrorsTest, ChoicesAreListed) {
 }
 
 TEST(CommandLineErrorsTest, EmptyTextsAreVariablesThatWereNeverSet) {
-  ExpectRefused({"reg", "load", ""}, "FILE: \"\" is no file name");
+  ExpectRefused({"reg", "load", ""}, "FILE: \"\" is not a valid file name");
   ExpectRefused({"info", "--camera", ""},
-                "--camera: \"\" is no camera: its index, path, vid:pid or name, or 3 or more "
-                "characters of path or name");
+                "--camera: \"\" is not a valid camera: its index, path, vid:pid or name, or 3 or "
+                "more characters of path or name");
 }
 
 TEST(CommandLineErrorsTest, ValuesFitTheRegistersWidth) {

@@ -71,8 +71,8 @@ TEST(FlashArgumentsTest, SingleAddressesStayWhereOneIsMeant) {
 
 TEST(FlashArgumentsTest, WhatIsNoRangeSaysWhichFormsThereAre) {
   const std::string forms =
-      " is no range: 1M+4K (first address and size) or 0-0xfffff (first and last address), up to "
-      "0xffffffff";
+      " is not a valid range: 1M+4K (first address and size) or 0-0xfffff (first and last "
+      "address), up to 0xffffffff";
   ExpectRefused({"flash", "erase", "all"}, "RANGE: \"all\"" + forms);
   ExpectRefused({"flash", "read", "5-4", "a.bin"},
                 "RANGE: \"5-4\"" + forms + "; all means the whole flash");
@@ -161,7 +161,7 @@ TEST(NameAddressTest, ProgramAndVerifyAskForTheAddressThatTheNameCarries) {
     const Failure failure = FailureOf({"flash", command, kBackup, "--camera", "my camera"});
     EXPECT_EQ(failure.Code(), ExitCode::kUsage);
     EXPECT_EQ(failure.Message(), "--address: is missing, but the name of \"" +
-                                     std::string(kBackup) + "\" carries 0x20000");
+                                     std::string(kBackup) + "\" contains 0x20000");
     const std::string line =
         Format("borvanusb flash {} {} --camera \"my camera\"", command, kBackup);
     EXPECT_EQ(
@@ -261,7 +261,7 @@ TEST(FlashArgumentsTest, FilesWithAddressesOfTheirOwnAreNotAskedForOne) {
   EXPECT_EQ(As<FlashProgramCommand>({"flash", "program", "fw-0x1000.bin", "--region", "a"}).region,
             "a");
   EXPECT_EQ(FailureOf({"flash", "program", "fw-0x1000.hex", "--format", "raw"}).Message(),
-            "--address: is missing, but the name of \"fw-0x1000.hex\" carries 0x1000");
+            "--address: is missing, but the name of \"fw-0x1000.hex\" contains 0x1000");
 }
 
 TEST(FlashArgumentsTest, RegionTakesThePlaceOfARange) {

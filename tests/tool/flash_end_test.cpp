@@ -43,14 +43,14 @@ TEST_F(FlashEndTest, EraseAcrossTheEndDoesNotEraseTheFirstSector) {
   ExpectRefused(FlashEraseCommand{{0xFF000, 0x100FFF}, true}, ExitCode::kUsage,
                 "RANGE: 0xff000-0x100fff ends beyond the flash of 1048576 bytes (1 MiB)");
   ExpectRefused(FlashEraseCommand{{0x200000, 0x200FFF}, false}, ExitCode::kUsage,
-                "RANGE: 0x200000-0x200fff lies beyond the flash of 1048576 bytes (1 MiB)");
+                "RANGE: 0x200000-0x200fff is beyond the flash of 1048576 bytes (1 MiB)");
 }
 
 TEST_F(FlashEndTest, WordBeyondTheEndIsNeitherWrittenNorRead) {
   ExpectRefused(FlashWordCommand{0x200000, 1, true}, ExitCode::kUsage,
-                "ADDR: 0x200000-0x200003 lies beyond the flash of 1048576 bytes (1 MiB)");
+                "ADDR: 0x200000-0x200003 is beyond the flash of 1048576 bytes (1 MiB)");
   ExpectRefused(FlashWordCommand{0x200000, std::nullopt, false}, ExitCode::kUsage,
-                "ADDR: 0x200000-0x200003 lies beyond");
+                "ADDR: 0x200000-0x200003 is beyond");
   ExpectRefused(FlashWordCommand{0xFFFFD, 1, true}, ExitCode::kUsage,
                 "ADDR: 0xffffd-0x100000 ends beyond the flash of 1048576 bytes (1 MiB)");
 }
@@ -58,7 +58,7 @@ TEST_F(FlashEndTest, WordBeyondTheEndIsNeitherWrittenNorRead) {
 TEST_F(FlashEndTest, VerifyBeyondTheEndDoesNotPass) {
   const std::string image = WriteFile("image.bin", Bytes(before_.begin(), before_.begin() + 5000));
   ExpectRefused(FlashVerifyCommand{image, 0x100000, ""}, ExitCode::kFile,
-                "--address: 0x100000 lies beyond the flash of 1048576 bytes (1 MiB)");
+                "--address: 0x100000 is beyond the flash of 1048576 bytes (1 MiB)");
   ExpectRefused(FlashVerifyCommand{image, 0xFF000, ""}, ExitCode::kFile,
                 image + " does not fit: it would end at 0x100387");
 }

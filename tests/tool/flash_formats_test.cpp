@@ -77,7 +77,7 @@ TEST_F(FlashFormatsTest, AddressBeyondTheLastIsRefused) {
   program_.image = WriteText("fw.hex", kHex);
   program_.address = 0xFFFFE000;
   EXPECT_EQ(Refused(program_), program_.image +
-                                   ": its bytes at 0x2000-0x2001, moved by 0xffffe000, lie beyond "
+                                   ": its bytes at 0x2000-0x2001, moved by 0xffffe000, are beyond "
                                    "the last address 0xffffffff");
 }
 
@@ -95,16 +95,15 @@ TEST_F(FlashFormatsTest, FormatThatIsRecognisedInAnotherNameIsTold) {
 
 TEST_F(FlashFormatsTest, BrokenFilesAreRefusedWithTheirLine) {
   program_.image = WriteText("fw.hex", ":0400100001020304E2\n:02200000AABB78\n:00000001FF\n");
-  EXPECT_EQ(Refused(program_),
-            program_.image +
-                " can't be read as an Intel HEX file: line 2: the checksum is 0x78, but the record "
-                "makes 0x79");
+  EXPECT_EQ(Refused(program_), program_.image +
+                                   " can't be read as an Intel HEX file: line 2: the checksum is "
+                                   "0x78, but the calculated checksum is 0x79");
   program_.image = WriteText("fw.srec", "S1051000AABB85\n");
   EXPECT_TRUE(Refused(program_).find("line 1: the file ends here") != std::string::npos);
   program_.image = WriteText("raw.elf", "firmware");
-  EXPECT_EQ(Refused(program_), program_.image +
-                                   " can't be read as an ELF file: byte 0: the mark of an ELF file "
-                                   "is missing");
+  EXPECT_EQ(
+      Refused(program_),
+      program_.image + " can't be read as an ELF file: byte 0: the ELF magic number is missing");
   FlashVerifyCommand verify{program_.image, std::nullopt, ""};
   Refused(verify);
 }
@@ -130,7 +129,7 @@ TEST_F(FlashFormatsTest, NameWithAnotherAddressThanTheFileIsInDoubt) {
   program_.image = WriteText("fw-0x3000.hex", kHex);
   EXPECT_EQ(Refused(program_, ExitCode::kUsage),
             "--address: is missing; the name of " + program_.image +
-                " carries 0x3000, but the addresses in the file begin at 0x10");
+                " contains 0x3000, but the addresses in the file begin at 0x10");
   program_.address = 0;
   EXPECT_EQ(Run(program_).code, ExitCode::kDone);
   EXPECT_EQ(Flash(), Wanted());
@@ -208,8 +207,9 @@ TEST_F(FlashFormatsTest, ImagesThatOverlapAreRefused) {
 TEST_F(FlashFormatsTest, RawImageAmongSeveralNeedsAPlace) {
   program_.image = WriteFile("boot.bin", Pattern(0x1001, 2));
   program_.more = {{WriteFile("app.bin", Pattern(0x900, 3)), 0x8000}};
-  EXPECT_EQ(Refused(program_, ExitCode::kUsage),
-            program_.image + " holds raw bytes and has no place among several images");
+  EXPECT_EQ(
+      Refused(program_, ExitCode::kUsage),
+      program_.image + " contains raw bytes and needs a position when several images are given");
 }
 
 TEST_F(FlashFormatsTest, FailureNamesTheLineThatContinuesWithAllImages) {

@@ -84,9 +84,9 @@ TEST_F(FlashJournalTest, SectorThatNoCutLeavesBehindIsAsked) {
   std::fill_n(Flash().begin() + 0x1000, 0x1000, std::uint8_t{0});
   const Outcome outcome = Run(command_);
   EXPECT_EQ(outcome.code, ExitCode::kFile);
-  EXPECT_NE(outcome.message.find("the sector 0x1000-0x1fff holds neither what was there before nor "
-                                 "what was being written"),
-            std::string::npos)
+  EXPECT_NE(
+      outcome.message.find("the sector 0x1000-0x1fff contains neither the old nor the new data"),
+      std::string::npos)
       << outcome.message;
   command_.journal = Journals().at(0);
   EXPECT_EQ(Run(command_).code, ExitCode::kDone);

@@ -148,7 +148,8 @@ TEST_F(FlashJournalTest, FileThatIsNoJournalIsRefused) {
     WriteFile(name, bytes);
     const Outcome outcome = Run(command_);
     EXPECT_EQ(outcome.code, ExitCode::kFile);
-    EXPECT_NE(outcome.message.find("it is no journal"), std::string::npos) << outcome.message;
+    EXPECT_NE(outcome.message.find("it is not a valid journal"), std::string::npos)
+        << outcome.message;
     EXPECT_EQ(Flash(), state);
   }
 }

@@ -144,11 +144,11 @@ TEST_F(FlashProgramTest, RefusesBeforeAnythingIsTouched) {
   };
   const std::vector<Case> cases = {
       {{}, 0, {}, ExitCode::kFile, "is empty"},
-      {Bytes(100, 0xFF), 0, {}, ExitCode::kFile, "nothing but 0xff bytes"},
-      {Bytes(100, 0x00), 0, {}, ExitCode::kFile, "nothing but 0x00 bytes"},
+      {Bytes(100, 0xFF), 0, {}, ExitCode::kFile, "contains only 0xff bytes"},
+      {Bytes(100, 0x00), 0, {}, ExitCode::kFile, "contains only 0x00 bytes"},
       {Pattern(100, 1), 0xFFFFFFFF, {}, ExitCode::kFile, "beyond the last address"},
       {Pattern(0x10001, 1), 0, 0x10000, ExitCode::kFile, "does not fit: it would end at 0x10000"},
-      {Pattern(1, 1), 0x10000, 0x10000, ExitCode::kFile, "--address: 0x10000 lies beyond"},
+      {Pattern(1, 1), 0x10000, 0x10000, ExitCode::kFile, "--address: 0x10000 is beyond"},
       {Pattern(0x10001, 7), 0, {}, ExitCode::kFile, "wraps at 64 KiB", 0x10000},
   };
   for (const Case& test : cases) {

@@ -127,18 +127,17 @@ TEST_F(FlashRegionsTest, FilesThatTheRegionDoesNotExpectAreRefused) {
   program_.region = "config";
   EXPECT_EQ(Refused(program_, ExitCode::kFile),
             program_.image +
-                " is no file for the region config (0x8000-0x8fff): it takes cfg*.bin, "
-                "*.hex");
+                " is not a file for region config (0x8000-0x8fff), which accepts cfg*.bin, *.hex");
   program_.image = WriteFile("cfg.bin", Bytes{0x55, 0xAB, 3});
   EXPECT_EQ(Refused(program_, ExitCode::kFile),
             program_.image +
-                " is no image for the region config (0x8000-0x8fff): it begins with "
-                "55ab, not with 55aa");
+                " is not an image for region config (0x8000-0x8fff): it begins with 55ab instead "
+                "of 55aa");
   program_.image = WriteFile("cfg.bin", Bytes{0x55});
-  EXPECT_EQ(Refused(program_, ExitCode::kFile),
-            program_.image +
-                " is no image for the region config (0x8000-0x8fff): it begins with "
-                "55, not with 55aa");
+  EXPECT_EQ(
+      Refused(program_, ExitCode::kFile),
+      program_.image +
+          " is not an image for region config (0x8000-0x8fff): it begins with 55 instead of 55aa");
   program_.force = true;
   EXPECT_EQ(Run(program_).code, ExitCode::kDone);
   EXPECT_EQ(Flash(), Overlaid(before_, 0x8000, Bytes{0x55}));

@@ -126,13 +126,12 @@ TEST_P(ElfTest, CutOffAnywhereItIsRefused) {
 
 TEST_P(ElfTest, SegmentBeyondTheFileIsRefused) {
   file.PutHeader(kTable + 2 * file.HeaderSize(), {1, kData + 4, 0x1000, 3, 0x100});
-  EXPECT_EQ(ErrorIn(file.bytes), "byte " + Second() +
-                                     ": a segment's 3 bytes at byte 388 reach beyond the file's "
-                                     "end, 390");
+  EXPECT_EQ(ErrorIn(file.bytes),
+            "byte " + Second() + ": a segment's 3 bytes at byte 388 exceed the file's end, 390");
   file.PutHeader(kTable + 2 * file.HeaderSize(), {1, 0xFFFFFFFF, 0x1000, 2, 0x100});
-  EXPECT_EQ(ErrorIn(file.bytes), "byte " + Second() +
-                                     ": a segment's 2 bytes at byte 4294967295 reach beyond the "
-                                     "file's end, 390");
+  EXPECT_EQ(
+      ErrorIn(file.bytes),
+      "byte " + Second() + ": a segment's 2 bytes at byte 4294967295 exceed the file's end, 390");
 }
 
 TEST_P(ElfTest, MoreBytesInTheFileThanInMemoryAreRefused) {
@@ -145,7 +144,7 @@ TEST_P(ElfTest, MoreBytesInTheFileThanInMemoryAreRefused) {
 TEST_P(ElfTest, SegmentsThatOverlapAreRefused) {
   file.PutHeader(kTable + 2 * file.HeaderSize(), {1, kData + 4, 0x20003, 2, 2});
   EXPECT_EQ(ErrorIn(file.bytes),
-            "the program header at byte " + Second() + ": the file has bytes for 0x20003 already");
+            "the program header at byte " + Second() + ": duplicate bytes for 0x20003");
 }
 
 TEST_P(ElfTest, TableBeyondTheFileIsRefused) {
@@ -153,16 +152,16 @@ TEST_P(ElfTest, TableBeyondTheFileIsRefused) {
   EXPECT_EQ(ErrorIn(file.bytes).substr(0, 43),
             "byte 64: the 40 program headers of " + std::to_string(file.HeaderSize()) + " bytes");
   file.SetTable(0xFFFFFFF0, 4);
-  EXPECT_NE(ErrorIn(file.bytes).find("reach beyond the file's end, 390"), std::string::npos);
+  EXPECT_NE(ErrorIn(file.bytes).find("exceed the file's end, 390"), std::string::npos);
 }
 
 TEST_P(ElfTest, FileThatIsNotLinkedIsRefused) {
   file.SetTable(0, 0);
   EXPECT_EQ(ErrorIn(file.bytes),
-            "it has no program headers, so it tells no addresses: link it first");
+            "it has no program headers and therefore no addresses: link it first");
   file.SetTable(kTable, 1);
   file.PutHeader(kTable, {1, 0, 0, 0, 0});
-  EXPECT_EQ(ErrorIn(file.bytes), "it holds no bytes for the flash");
+  EXPECT_EQ(ErrorIn(file.bytes), "it contains no bytes for the flash");
   file.SetTable(kTable, 0xFFFF);
   EXPECT_NE(ErrorIn(file.bytes).find("more program headers than this tool reads"),
             std::string::npos);
@@ -175,9 +174,9 @@ TEST_P(ElfTest, MarksThatAreNotThoseOfAnElfFileAreRefused) {
     std::string error;
   };
   for (const Case& test : std::vector<Case>{
-           {0, 0x7E, "byte 0: the mark of an ELF file is missing"},
+           {0, 0x7E, "byte 0: the ELF magic number is missing"},
            {4, 3, "byte 4: 3 is neither 1 (32 bits) nor 2 (64 bits)"},
-           {5, 0, "byte 5: 0 is no byte order: 1 is low byte first, 2 high byte first"},
+           {5, 0, "byte 5: 0 is not a valid byte order: 1 is low byte first, 2 high byte first"},
            {6, 2, "byte 6: the version is 2, not 1"},
        }) {
     Bytes bytes = file.bytes;
@@ -191,7 +190,7 @@ TEST(Elf64Test, AddressesBeyond4GiBAreRefused) {
   file.SetTable(64, 1);
   file.PutHeader(64, {1, 64, 0x100000000, 4, 4});
   EXPECT_EQ(ErrorIn(file.bytes),
-            "the program header at byte 64: 4 bytes at 0x100000000 lie beyond the last address "
+            "the program header at byte 64: 4 bytes at 0x100000000 are beyond the last address "
             "0xffffffff");
   file.PutHeader(64, {1, 64, 0xFFFFFFFC, 4, 4});
   file.SetEntry(0x100000000);

@@ -85,7 +85,7 @@ TEST(IntelHexTest, LastByteOf4GiBIsTakenAndTheNextRefused) {
   EXPECT_EQ(Read(":02000004FFFFFC\n:01FFFF00778A\n" + kEnd).segments,
             (Segments{{0xFFFFFFFF, {0x77}}}));
   EXPECT_EQ(ErrorIn(":02000004FFFFFC\n:02FFFF00778801\n" + kEnd),
-            "line 2: 2 bytes at 0xffffffff lie beyond the last address 0xffffffff");
+            "line 2: 2 bytes at 0xffffffff are beyond the last address 0xffffffff");
 }
 
 TEST(IntelHexTest, StartAddressesAreRead) {
@@ -109,20 +109,22 @@ TEST(IntelHexTest, BrokenRecordsAreNamedByTheirLine) {
     std::string error;
   };
   for (const Case& test : std::vector<Case>{
-           {":0400100001020304E3", "line 2: the checksum is 0xe3, but the record makes 0xe2"},
-           {":04001000010203E2", "line 2: the record has 8 bytes; its length 4 means 9"},
-           {":0400100001020304E200", "line 2: the record has 10 bytes; its length 4 means 9"},
+           {":0400100001020304E3",
+            "line 2: the checksum is 0xe3, but the calculated checksum is 0xe2"},
+           {":04001000010203E2", "line 2: the record has 8 bytes; its length field 4 requires 9"},
+           {":0400100001020304E200",
+            "line 2: the record has 10 bytes; its length field 4 requires 9"},
            {":", "line 2: the record is empty"},
-           {":000000", "line 2: the record has 3 bytes; its length 0 means 5"},
+           {":000000", "line 2: the record has 3 bytes; its length field 0 requires 5"},
            {":00000001F", "line 2: the record has an odd number of digits"},
-           {":0000000Z", "line 2: the byte 0x5a in it is no hexadecimal digit"},
+           {":0000000Z", "line 2: the byte 0x5a in it is not a valid hexadecimal digit"},
            {":00000006FA", "line 2: there are no records of type 0x06"},
            {":0100000100FE", "line 2: a record of type 0x01 has 0 bytes of data, not 1"},
            {":0100000410EB", "line 2: a record of type 0x04 has 2 bytes of data, not 1"},
            {":00000005FB", "line 2: a record of type 0x05 has 4 bytes of data, not 0"},
            {"; a remark", "line 2: a record begins with a colon"},
            {"S9030000FC", "line 2: a record begins with a colon"},
-           {":010000000CF3", "line 2: the file has bytes for 0x0 already"},
+           {":010000000CF3", "line 2: duplicate bytes for 0x0"},
        }) {
     EXPECT_EQ(ErrorIn(good + test.line + "\n" + kEnd), test.error) << test.line;
   }
@@ -132,13 +134,11 @@ TEST(IntelHexTest, OverlapsAreFoundFromBothSides) {
   const std::string data = ":0400100001020304E2\n";
   // 04+0e+01+02+03+04 = 1c; 02+12+01+02 = 17; 01+13+01 = 15; 06+0f+01+02+03+04+05+06 = 2a
   EXPECT_EQ(ErrorIn(data + ":04000E0001020304E4\n" + kEnd),
-            "line 2: the file has bytes for 0x10-0x11 already");
-  EXPECT_EQ(ErrorIn(data + ":020012000102E9\n" + kEnd),
-            "line 2: the file has bytes for 0x12-0x13 already");
-  EXPECT_EQ(ErrorIn(data + ":0100130001EB\n" + kEnd),
-            "line 2: the file has bytes for 0x13 already");
+            "line 2: duplicate bytes for 0x10-0x11");
+  EXPECT_EQ(ErrorIn(data + ":020012000102E9\n" + kEnd), "line 2: duplicate bytes for 0x12-0x13");
+  EXPECT_EQ(ErrorIn(data + ":0100130001EB\n" + kEnd), "line 2: duplicate bytes for 0x13");
   EXPECT_EQ(ErrorIn(data + ":06000F00010203040506D6\n" + kEnd),
-            "line 2: the file has bytes for 0x10-0x13 already");
+            "line 2: duplicate bytes for 0x10-0x13");
   // Adjacent addresses are allowed: 01+14+01 = 16, 01+0f+01 = 11.
   EXPECT_EQ(Read(data + ":0100140001EA\n:01000F0001EF\n" + kEnd).segments,
             (Segments{{0x0F, {1, 1, 2, 3, 4, 1}}}));
@@ -146,12 +146,12 @@ TEST(IntelHexTest, OverlapsAreFoundFromBothSides) {
 
 TEST(IntelHexTest, EndMustBeThereAndBeTheEnd) {
   EXPECT_EQ(ErrorIn(":010000000BF4\n"),
-            "line 1: the file ends here without an end record (:00000001FF); it is not whole");
+            "line 1: the file ends here without an end record (:00000001FF); it is incomplete");
   EXPECT_EQ(ErrorIn(":010000000BF4\n" + kEnd + "\n:010001000BF3\n"),
             "line 4: the file continues after its end record");
   EXPECT_EQ(ErrorIn(":010000000BF4\n" + kEnd + "\x1A"),
             "line 3: the file continues after its end record");
-  EXPECT_EQ(ErrorIn(kEnd), "it holds no bytes for the flash");
+  EXPECT_EQ(ErrorIn(kEnd), "it contains no bytes for the flash");
 }
 
 TEST(IntelHexTest, MorePiecesThanTheLimitAreRefused) {
@@ -161,8 +161,7 @@ TEST(IntelHexTest, MorePiecesThanTheLimitAreRefused) {
   }
   EXPECT_EQ(Read(IntelHexText(segments)).segments, segments);
   segments.push_back({0xFFFFFFFF, {1}});
-  EXPECT_EQ(ErrorIn(IntelHexText(segments)),
-            "its bytes lie in more than 4096 pieces with gaps between");
+  EXPECT_EQ(ErrorIn(IntelHexText(segments)), "it has more than 4096 separate segments");
 }
 
 // ---- Written

@@ -58,7 +58,7 @@ TEST(SegmentsTest, ShiftedBytesStayBelow4GiB) {
   EXPECT_EQ(Shifted(segments, 0xFFFFFEFE).back().Place(), (Range{0xFFFFFFFE, 0xFFFFFFFF}));
   EXPECT_EQ(
       ErrorOf([&] { Shifted(segments, 0xFFFFFEFF); }),
-      "its bytes at 0x100-0x101, moved by 0xfffffeff, lie beyond the last address 0xffffffff");
+      "its bytes at 0x100-0x101, moved by 0xfffffeff, are beyond the last address 0xffffffff");
 }
 
 TEST(SegmentsTest, PlacesAndSizesLeaveGapsOut) {

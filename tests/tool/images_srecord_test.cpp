@@ -51,23 +51,22 @@ TEST(SRecordTest, CountsAreChecked) {
   EXPECT_EQ(ErrorIn(data + "S604010002F8\n" + end),
             "line 3: the file counts 65538 data records, but has 2");
   EXPECT_EQ(ErrorIn("S1051000AABB85\nS5030001FB\nS1051002AABB83\n" + end),
-            "line 3: data continues after the count of the data records");
+            "line 3: a data record follows the record count");
 }
 
 TEST(SRecordTest, ACountAtTheEndShowsThatTheFileIsWhole) {
   EXPECT_EQ(Read("S1051000AABB85\nS5030001FB\n").segments, (Segments{{0x1000, {0xAA, 0xBB}}}));
   EXPECT_EQ(Read("S1051000AABB85\nS5030001FB\n").start, std::nullopt);
-  EXPECT_EQ(
-      ErrorIn("S1051000AABB85\n"),
-      "line 1: the file ends here without a start record (S7, S8, S9) or a count (S5, S6); it "
-      "is not whole");
+  EXPECT_EQ(ErrorIn("S1051000AABB85\n"),
+            "line 1: the file ends here without a start record (S7, S8, S9) or a count (S5, S6); "
+            "it is incomplete");
 }
 
 TEST(SRecordTest, NothingFollowsTheStart) {
   EXPECT_EQ(ErrorIn("S1051000AABB85\n" + kEnd + "S1051002AABB83\n"),
             "line 3: the file continues after its start record");
   EXPECT_EQ(Read("S1051000AABB85\n" + kEnd + "\r\n \r\n").segments.size(), 1U);
-  EXPECT_EQ(ErrorIn("S0030000FC\n" + kEnd), "it holds no bytes for the flash");
+  EXPECT_EQ(ErrorIn("S0030000FC\n" + kEnd), "it contains no bytes for the flash");
 }
 
 TEST(SRecordTest, BrokenRecordsAreNamedByTheirLine) {
@@ -76,21 +75,21 @@ TEST(SRecordTest, BrokenRecordsAreNamedByTheirLine) {
     std::string error;
   };
   for (const Case& test : std::vector<Case>{
-           {"S1051002AABB84", "line 2: the checksum is 0x84, but the record makes 0x83"},
-           {"S1061002AABB82", "line 2: the record has 6 bytes; its length 6 means 7"},
-           {"S1051002AABB8300", "line 2: the record has 7 bytes; its length 5 means 6"},
+           {"S1051002AABB84", "line 2: the checksum is 0x84, but the calculated checksum is 0x83"},
+           {"S1061002AABB82", "line 2: the record has 6 bytes; its length field 6 requires 7"},
+           {"S1051002AABB8300", "line 2: the record has 7 bytes; its length field 5 requires 6"},
            {"S1", "line 2: the record is empty"},
            {"S10", "line 2: the record has an odd number of digits"},
-           {"S1051002AAXB83", "line 2: the byte 0x58 in it is no hexadecimal digit"},
+           {"S1051002AAXB83", "line 2: the byte 0x58 in it is not a valid hexadecimal digit"},
            {"S4051002AABB83", "line 2: there are no records of type S4"},
            {"SA051002AABB83", "line 2: a record begins with S and a digit"},
            {"s1051002AABB83", "line 2: a record begins with S and a digit"},
            {":00000001FF", "line 2: a record begins with S and a digit"},
            {"S30410AABB86",
             "line 2: a record S3 has at least 6 bytes, not 5"},  // 04+10+aa+bb = 179
-           {"S90400000 0FB", "line 2: the byte 0x20 in it is no hexadecimal digit"},
-           {"S904000000FB", "line 2: a record S9 has just 4 bytes, not 5"},
-           {"S1051001AABB84", "line 2: the file has bytes for 0x1001 already"},
+           {"S90400000 0FB", "line 2: the byte 0x20 in it is not a valid hexadecimal digit"},
+           {"S904000000FB", "line 2: a record S9 has exactly 4 bytes, not 5"},
+           {"S1051001AABB84", "line 2: duplicate bytes for 0x1001"},
        }) {
     EXPECT_EQ(ErrorIn("S1051000AABB85\n" + test.line + "\n" + kEnd), test.error) << test.line;
   }
@@ -100,7 +99,7 @@ TEST(SRecordTest, LastByteOf4GiBIsTakenAndTheNextRefused) {
   // 06+ff*4+01 = 403; 07+ff*4+01+02 = 406
   EXPECT_EQ(Read("S306FFFFFFFF01FC\n" + kEnd).segments, (Segments{{0xFFFFFFFF, {1}}}));
   EXPECT_EQ(ErrorIn("S307FFFFFFFF0102F9\n" + kEnd),
-            "line 1: 2 bytes at 0xffffffff lie beyond the last address 0xffffffff");
+            "line 1: 2 bytes at 0xffffffff are beyond the last address 0xffffffff");
 }
 
 // ---- Written

@@ -48,13 +48,15 @@ TEST(ListTextTest, OneFieldIsAProblem) {
 }
 
 TEST(ListTextTest, WhatIsNoHexadecimalNumberIsAProblem) {
-  EXPECT_EQ(TheProblem("Exposure, 0x10"), "1: address \"Exposure\" is no hexadecimal number");
-  EXPECT_EQ(TheProblem("reg 0x3012, 0x10"), "1: address \"reg 0x3012\" is no hexadecimal number");
-  EXPECT_EQ(TheProblem("0x10, 0x"), "1: value \"0x\" is no hexadecimal number");
-  EXPECT_EQ(TheProblem("0x10, 0xzz,"), "1: value \"0xzz\" is no hexadecimal number");
-  EXPECT_EQ(TheProblem("0x10, 5a;"), "1: value \"5a;\" is no hexadecimal number");
-  EXPECT_EQ(TheProblem("0x10, -1,"), "1: value \"-1\" is no hexadecimal number");
-  EXPECT_EQ(TheProblem("0x10, 0x-1,"), "1: value \"0x-1\" is no hexadecimal number");
+  EXPECT_EQ(TheProblem("Exposure, 0x10"),
+            "1: address \"Exposure\" is not a valid hexadecimal number");
+  EXPECT_EQ(TheProblem("reg 0x3012, 0x10"),
+            "1: address \"reg 0x3012\" is not a valid hexadecimal number");
+  EXPECT_EQ(TheProblem("0x10, 0x"), "1: value \"0x\" is not a valid hexadecimal number");
+  EXPECT_EQ(TheProblem("0x10, 0xzz,"), "1: value \"0xzz\" is not a valid hexadecimal number");
+  EXPECT_EQ(TheProblem("0x10, 5a;"), "1: value \"5a;\" is not a valid hexadecimal number");
+  EXPECT_EQ(TheProblem("0x10, -1,"), "1: value \"-1\" is not a valid hexadecimal number");
+  EXPECT_EQ(TheProblem("0x10, 0x-1,"), "1: value \"0x-1\" is not a valid hexadecimal number");
   EXPECT_EQ(TheProblem("0x10, 123456789,"), "1: value \"123456789\" has more than 32 bits");
 }
 
@@ -103,9 +105,9 @@ TEST(ListTextTest, Utf8MarkIsPassedOverAndUtf16Refused) {
 }
 
 TEST(ListTextTest, QuotesShowNoBytesThatTerminalsTake) {
-  EXPECT_EQ(TheProblem("\x1B[2J\xE4,1"), "1: address \"?[2J?\" is no hexadecimal number");
+  EXPECT_EQ(TheProblem("\x1B[2J\xE4,1"), "1: address \"?[2J?\" is not a valid hexadecimal number");
   EXPECT_EQ(TheProblem(std::string(50, 'x') + ",1"),
-            "1: address \"" + std::string(40, 'x') + "...\" is no hexadecimal number");
+            "1: address \"" + std::string(40, 'x') + "...\" is not a valid hexadecimal number");
 }
 
 }  // namespace

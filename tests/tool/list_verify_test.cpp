@@ -47,9 +47,9 @@ TEST_F(ListVerifyTest, RegisterThatHoldsSomethingElseIsNamedAndEndsWithVerify) {
   const RegLoadCommand command = RegLoad("fffd,0\n100,11\n101,22\n");
   EXPECT_EQ(desk_.Do(command, "reg-load"), ExitCode::kVerify);
   EXPECT_EQ(desk_.output.out, "2 registers written from " + command.file + "\n");
-  EXPECT_EQ(desk_.output.errors, "borvanusb: reg load: " + command.file +
-                                     ": 1 of 2 registers read back differently: 0x0101 holds 0x23 "
-                                     "in place of 0x22\n");
+  EXPECT_EQ(desk_.output.errors,
+            "borvanusb: reg load: " + command.file +
+                ": 1 of 2 registers read back differently: 0x0101 is 0x23 (expected 0x22)\n");
   EXPECT_EQ(desk_.result["written"], true);
   EXPECT_EQ(desk_.result["verified"], false);
   EXPECT_EQ(desk_.result["wrong"].dump(), R"([{"address":257,"expected":34,"found":35}])");
@@ -58,10 +58,11 @@ TEST_F(ListVerifyTest, RegisterThatHoldsSomethingElseIsNamedAndEndsWithVerify) {
 TEST_F(ListVerifyTest, OfManyWrongRegistersTheFirstAreNamedAndAllAreInTheJson) {
   const RegLoadCommand command = RegLoad("fffd,0\n10,1\n12,1\n14,1\n16,1\n18,1\n1a,1\n");
   EXPECT_EQ(desk_.Do(command, "reg-load"), ExitCode::kVerify);
-  EXPECT_NE(desk_.output.errors.find("6 of 6 registers read back differently: 0x0010 holds 0x00 "
-                                     "in place of 0x01, 0x0012 holds"),
-            std::string::npos);
-  EXPECT_NE(desk_.output.errors.find("0x0016 holds 0x00 in place of 0x01, and 2 more\n"),
+  EXPECT_NE(
+      desk_.output.errors.find(
+          "6 of 6 registers read back differently: 0x0010 is 0x00 (expected 0x01), 0x0012 is"),
+      std::string::npos);
+  EXPECT_NE(desk_.output.errors.find("0x0016 is 0x00 (expected 0x01), and 2 more\n"),
             std::string::npos);
   EXPECT_EQ(desk_.result["wrong"].size(), 6U);
 }
@@ -129,9 +130,10 @@ TEST_F(ListVerifyTest, EachSlaveIsReadInItsWidth) {
   const I2cLoadCommand command =
       I2cLoad("fff8,6c\nfffe,3\n3012,5a\nfff8,48\nfffe,1\n12,5b\nfff8,20\nfffe,4\n12,1234\n");
   EXPECT_EQ(desk_.Do(command, "i2c-load"), ExitCode::kVerify);
-  EXPECT_EQ(desk_.output.errors, "borvanusb: i2c load: " + command.file +
-                                     ": 1 of 3 registers read back differently: 0x12 of slave "
-                                     "0x48 holds 0x5c in place of 0x5b\n");
+  EXPECT_EQ(
+      desk_.output.errors,
+      "borvanusb: i2c load: " + command.file +
+          ": 1 of 3 registers read back differently: 0x12 of slave 0x48 is 0x5c (expected 0x5b)\n");
   EXPECT_EQ(desk_.result["compared"], 3);
   EXPECT_EQ(desk_.result["wrong"].dump(),
             R"([{"slave":72,"mode":"8/8","address":18,"expected":91,"found":92}])");

@@ -81,14 +81,14 @@ TEST_F(NamesCommandsTest, NothingIsWrittenWhenOneSettingIsWrong) {
   RegWriteCommand command;
   command.words = {"0x8000=1", "SENSOR.CTRL.GAIN=13"};
   EXPECT_EQ(desk_.FailureOf(command).Message(),
-            "SENSOR.CTRL.GAIN: 13 is outside of what may be written");
+            "SENSOR.CTRL.GAIN: 13 is outside the allowed range");
   EXPECT_EQ(desk_.Chip().transfers, 0U);
 }
 
 TEST_F(NamesCommandsTest, CameraWithoutProfile) {
   desk_.host.environment.clear();
   EXPECT_EQ(desk_.FailureOf(RegReadCommand{{}, false, {"EXPOSURE"}}).Message(),
-            "EXPOSURE: is no number, and camera Fake camera has no profile that could name it");
+            "EXPOSURE: is not a number, and camera Fake camera has no profile that could name it");
 }
 
 TEST_F(NamesCommandsTest, ProfileOfAnotherCamera) {

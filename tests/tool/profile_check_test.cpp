@@ -88,17 +88,17 @@ TEST(ProfileCheckTest, SettingsThatMeanNothingOrAreRefused) {
                       "\"EXPOSURE\"", "\"EXPOSURE=1\"]}]"})
                   .size(),
               1U);  // a comma after the bracket is not valid JSON
-  EXPECT_THAT(Errors({kMaps,
-                      "\"presets\": [{\"name\": \"day\", \"settings\": [\n\"EXPOSUR=1\",\n"
-                      "\"CHIP.CTRL.GAIN=21\",\n\"CTRL=1\",\n\"0x100=256\",\n\"EXPOSURE\",\n"
-                      "\"EXPOSURE=1\"]}]"}),
-              ElementsAre("4: presets[0].settings[0]: the profile \"M\" has no register or field "
-                          "EXPOSUR; do you mean EXPOSURE?",
-                          "5: presets[0].settings[1]: CHIP.CTRL.GAIN: 21 is outside of what may be "
-                          "written",
-                          "6: presets[0].settings[2]: CTRL may be CHIP.CTRL, SENSOR.CTRL",
-                          "7: presets[0].settings[3]: 0x100: 256 is too big for 8 bits",
-                          "8: presets[0].settings[4]: EXPOSURE: is no setting"));
+  EXPECT_THAT(
+      Errors({kMaps,
+              "\"presets\": [{\"name\": \"day\", \"settings\": [\n\"EXPOSUR=1\",\n"
+              "\"CHIP.CTRL.GAIN=21\",\n\"CTRL=1\",\n\"0x100=256\",\n\"EXPOSURE\",\n"
+              "\"EXPOSURE=1\"]}]"}),
+      ElementsAre("4: presets[0].settings[0]: the profile \"M\" has no register or field EXPOSUR; "
+                  "did you mean EXPOSURE?",
+                  "5: presets[0].settings[1]: CHIP.CTRL.GAIN: 21 is outside the allowed range",
+                  "6: presets[0].settings[2]: CTRL is ambiguous: CHIP.CTRL, SENSOR.CTRL",
+                  "7: presets[0].settings[3]: 0x100: 256 is too big for 8 bits",
+                  "8: presets[0].settings[4]: EXPOSURE: is not a valid setting"));
 }
 
 TEST(ProfileCheckTest, FieldsThatCanNotBeWrittenAlone) {
@@ -146,9 +146,9 @@ TEST(ProfileCheckTest, DefaultsOfOptions) {
   EXPECT_THAT(
       Errors({"\"options\": {\"slvae\": 1,\n\"mode\": \"9/9\",\n\"camera\": \"0\",\n\"json\": 1,\n"
               "\"timeout\": 0,\n\"slave\": 256,\n\"rate\": 5}"}),
-      ElementsAre("2: options.slvae: no command has this option; do you mean slave?",
-                  "3: options.mode: \"9/9\" is no width mode: bits of address and data, 8/8, 16/8, "
-                  "16/16, 32/8, 32/16 or 32/32, or 0 to 5",
+      ElementsAre("2: options.slvae: no command has this option; did you mean slave?",
+                  "3: options.mode: \"9/9\" is not a valid width mode: bits of address and data, "
+                  "8/8, 16/8, 16/16, 32/8, 32/16 or 32/32, or 0 to 5",
                   "4: options.camera: can't have a default in a profile",
                   "5: options.json: takes no value; only options with a value have defaults",
                   "6: options.timeout: \"0\" is not allowed: a number from 0.1 to 3600, decimals "
@@ -169,8 +169,8 @@ TEST(ProfileCheckTest, RegionsAndTheirFiles) {
                "[\"FW*.bin\"]}]}"}),
       ElementsAre("3: flash.regions[1].range: 0x1000-0x1063 does not consist of whole sectors of "
                   "4096 bytes: an erase of the region also affects its neighbours",
-                  "3: flash.regions[1].files[0]: \"FW*.bin\" also stands in the region a: the name "
-                  "of a file does not tell where it belongs"));
+                  "3: flash.regions[1].files[0]: \"FW*.bin\" is also in region a; a file name that "
+                  "matches both does not select a region"));
 }
 
 TEST(ProfileCheckTest, CommandOnTheSamples) {

@@ -69,7 +69,7 @@ TEST_F(PromptTest, FailureIsToldAndTheNextLineFollows) {
   terminal_.Type("reg read 0x200");
   EXPECT_EQ(Do(), ExitCode::kDone);
   EXPECT_TRUE(desk_.output.errors.starts_with(
-      "borvanusb: there is no command \"reg raed\"; do you mean reg read?\n"
+      "borvanusb: unknown command \"reg raed\"; did you mean reg read?\n"
       "  borvanusb reg --help shows more.\n"
       "borvanusb: --json applies to a whole session, not to a line\n"))
       << desk_.output.errors;

@@ -103,8 +103,8 @@ TEST(ReadProfileTest, ErrorsNameLineAndKey) {
             "3: cameras[0]: needs at least one of vid, pid, name: it would fit every camera\n");
   EXPECT_EQ(ErrorsOf("{\"name\": \"M\",\n\"cameras\": [{\"vid\": \"12\"}],\n\"falsh\": 1}"),
             "2: cameras[0].vid: must have four hexadecimal digits, such as \"1d6b\"\n"
-            "3: falsh: is no key; allowed are $schema, name, description, cameras, maps, flash, "
-            "presets, options\n");
+            "3: falsh: is not a valid key; allowed are $schema, name, description, cameras, maps, "
+            "flash, presets, options\n");
   const std::string head = "{\"name\": \"M\", \"cameras\": [{\"name\": \"*\"}],\n";
   EXPECT_EQ(ErrorsOf(head + "\"maps\": [{\"file\": \"map.svd\",\n\"device\": \"spi\"}]}"),
             "3: maps[0].device: must be one of chip, i2c\n");
@@ -114,7 +114,7 @@ TEST(ReadProfileTest, ErrorsNameLineAndKey) {
             "2: maps[0].file: can't read /p/no.svd: no such file\n");
   EXPECT_EQ(ErrorsOf(head + "\"maps\": [{\"file\": \"map.svd\", \"device\": \"chip\",\n"
                             "\"registers\": {\n\"S.B\": {}}}]}"),
-            "4: maps[0].registers.S.B: is no register of the map\n");
+            "4: maps[0].registers.S.B: is not a register of the map\n");
   EXPECT_EQ(ErrorsOf(head + "\"presets\": [{\"name\": \"a\"}, {\"name\": \"b\", \"file\": \"x\","
                             "\"settings\": []}]}"),
             "2: presets[0]: needs either \"file\" or \"settings\"\n"
@@ -151,7 +151,8 @@ TEST(ReadProfileTest, RegionsThatCantBe) {
 
 TEST(ReadProfileTest, TextsThatAreNoProfile) {
   EXPECT_EQ(ErrorsOf("[]"), "1: must be an object: {…}\n");
-  EXPECT_TRUE(ErrorsOf("{\n\"name\": \"M\"\n\"cameras\"").starts_with("3: is no JSON: ")) << "";
+  EXPECT_TRUE(ErrorsOf("{\n\"name\": \"M\"\n\"cameras\"").starts_with("3: is not valid JSON: "))
+      << "";
   EXPECT_EQ(ErrorsOf("{\"name\": \"a\",\n\"name\": \"b\"}"), "2: name: is there twice\n");
   EXPECT_EQ(ErrorsOf("{\"options\": " + std::string(40, '[')),
             "1: is nested deeper than 32 levels\n");

@@ -103,7 +103,7 @@ TEST(ReadSvdTest, FieldsInAllNotations) {
   EXPECT_EQ(values[2].counting, ~std::uint64_t{1});
   EXPECT_TRUE(values[3].is_default);
   EXPECT_EQ(Doubts(map),
-            (std::vector<std::string>{"51: field NEXT, bits 8 to 9, goes beyond register CTRL2"}));
+            (std::vector<std::string>{"51: field NEXT, bits 8 to 9, exceeds register CTRL2"}));
 }
 
 TEST(ReadSvdTest, ArraysAreWrittenOut) {

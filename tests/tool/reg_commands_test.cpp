@@ -63,7 +63,7 @@ TEST_F(RegCommandsTest, TooManyRegistersAreRefused) {
   const Failure failure = desk_.FailureOf(RegReadCommand{{0, 0x100000}, false});
   EXPECT_EQ(failure.Code(), ExitCode::kUsage);
   EXPECT_EQ(failure.Message(),
-            "RANGE: 0x0-0x100000 are 1048577 registers, one command takes at most 1048576");
+            "RANGE: 0x0-0x100000 has 1048577 registers; the limit for one command is 1048576");
   EXPECT_EQ(desk_.Chip().transfers, 0U);
 }
 

@@ -63,7 +63,7 @@ TEST_F(RegListsTest, WideDumpSaysInItsFirstLineThatItCannotBeLoaded) {
   desk_.Chip().registers = {{0x100, 0x11223344}};
   desk_.Do(RegDumpCommand{{0x100, 0x100}, "", true}, "reg-dump");
   EXPECT_EQ(desk_.output.out,
-            "// 32-bit registers; no list holds them, so this can't be loaded back\n"
+            "// 32-bit registers; a list can't contain them, so this can't be loaded back\n"
             "0x0100 0x11223344\n");
 }
 

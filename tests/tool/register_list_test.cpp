@@ -138,7 +138,7 @@ TEST(RegisterListTest, WideDumpSaysThatItCannotBeLoadedAndCannot) {
   const std::array<std::uint32_t, 1> values = {0xDEADBEEF};
   const std::string dump = WideRegisterDumpText({0x8000, 0x8000}, values);
   EXPECT_EQ(dump,
-            "// 32-bit registers; no list holds them, so this can't be loaded back\n"
+            "// 32-bit registers; a list can't contain them, so this can't be loaded back\n"
             "0x8000 0xdeadbeef\n");
   EXPECT_EQ(CheckRegisterList(dump).list.problems.size(), 1U);
 }

@@ -48,13 +48,13 @@ TEST_F(RegisterNamesTest, AddressesAndAccesses) {
 }
 
 TEST_F(RegisterNamesTest, NamesThatMeanNothingOrTooMuch) {
-  EXPECT_EQ(Message("CTRL"), "CTRL may be CHIP.CTRL, SENSOR.CTRL");
-  EXPECT_EQ(Message("SENSOR.EXPOSUR"),
-            "the profile \"M\" has no register or field SENSOR.EXPOSUR; do you mean "
-            "SENSOR.EXPOSURE?");
+  EXPECT_EQ(Message("CTRL"), "CTRL is ambiguous: CHIP.CTRL, SENSOR.CTRL");
+  EXPECT_EQ(
+      Message("SENSOR.EXPOSUR"),
+      "the profile \"M\" has no register or field SENSOR.EXPOSUR; did you mean SENSOR.EXPOSURE?");
   EXPECT_EQ(Message("XYZ"), "the profile \"M\" has no register or field XYZ");
   EXPECT_EQ(Message("HIP.CTRL"),
-            "the profile \"M\" has no register or field HIP.CTRL; do you mean CHIP.CTRL?");
+            "the profile \"M\" has no register or field HIP.CTRL; did you mean CHIP.CTRL?");
 }
 
 TEST_F(RegisterNamesTest, Patterns) {

@@ -57,11 +57,11 @@ TEST_F(RegisterSettingTest, BlanksAroundTheSignAreNoPartOfNameAndValue) {
 
 TEST_F(RegisterSettingTest, ValuesThatAreRefused) {
   EXPECT_EQ(Refusal("CHIP.CTRL.GAIN=21"),
-            "CHIP.CTRL.GAIN: 21 is outside of what may be written | Allowed are 0 to 0x14.");
+            "CHIP.CTRL.GAIN: 21 is outside the allowed range | Allowed are 0 to 0x14.");
   EXPECT_EQ(Refusal("CHIP.CTRL.MODE=4"),
             "CHIP.CTRL.MODE: 4 is too big for 2 bits | Allowed are 0 to 3; off (0), hdr (2).");
   EXPECT_EQ(Refusal("CHIP.CTRL.MODE=fast"),
-            "CHIP.CTRL.MODE: fast is no value | Allowed are 0 to 3; off (0), hdr (2).");
+            "CHIP.CTRL.MODE: fast is not a valid value | Allowed are 0 to 3; off (0), hdr (2).");
   EXPECT_EQ(Refusal("CHIP.CTRL.STATE=1"),
             "CHIP.CTRL.STATE: is read-only | borvanusb reg show CHIP.CTRL shows what can be "
             "written.");
@@ -71,9 +71,9 @@ TEST_F(RegisterSettingTest, ValuesThatAreRefused) {
   EXPECT_EQ(Refusal("EXPOSURE=0x1000000"),
             "SENSOR.EXPOSURE: 0x1000000 is too big for 24 bits | Allowed are 0 to 0xffffff.");
   EXPECT_EQ(Refusal("0x100=0x100"), "0x100: 0x100 is too big for 8 bits | Allowed are 0 to 0xff.");
-  EXPECT_EQ(Refusal("=1"),
-            "=1: is no setting | A setting is a register, =, and its value: "
-            "SENSOR.GAIN=0x10");
+  EXPECT_EQ(
+      Refusal("=1"),
+      "=1: is not a valid setting | A setting is a register, =, and its value: SENSOR.GAIN=0x10");
 }
 
 TEST_F(RegisterSettingTest, FieldsOfRegistersThatCantBeRead) {

@@ -147,7 +147,7 @@ TEST_F(RunToolTest, WrongCommandLineIsOneLineAndAHint) {
   EXPECT_EQ(Run({"lits"}), 1);
   EXPECT_EQ(out, "");
   EXPECT_EQ(err,
-            "borvanusb: there is no command \"lits\"; do you mean list?\n"
+            "borvanusb: unknown command \"lits\"; did you mean list?\n"
             "  borvanusb --help shows more.\n");
 }
 

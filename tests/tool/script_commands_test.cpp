@@ -164,9 +164,9 @@ TEST_F(ScriptCommandsTest, VariableThatNoLineUsesIsNoted) {
 
 TEST_F(ScriptCommandsTest, ScriptComesFromStandardInput) {
   desk_.host.input = "reg write 0x200 0x5a\nreg raed 1\n";
-  EXPECT_EQ(desk_.FailureOf(RunCommand{"-", false}).Message(),
-            "standard input:2: there is no command \"reg raed\"; do you mean reg read?; nothing "
-            "was run");
+  EXPECT_EQ(
+      desk_.FailureOf(RunCommand{"-", false}).Message(),
+      "standard input:2: unknown command \"reg raed\"; did you mean reg read?; nothing was run");
   desk_.host.input = "reg write 0x200 0x5a\n";
   EXPECT_EQ(desk_.Do(RunCommand{"-", false}, "run"), ExitCode::kDone);
   EXPECT_EQ(desk_.Chip().registers[0x200], 0x5AU);
@@ -180,17 +180,19 @@ TEST_F(ScriptCommandsTest, WrongLinesNameWhatIsAllowed) {
     return whole.substr(place.size(), whole.rfind("; nothing was run") - place.size());
   };
   EXPECT_EQ(message("sleep 100"),
-            "TIME: \"100\" is no time: a number with ms or s, such as 100ms or 1.5s, up to 86400s");
+            "TIME: \"100\" is not a valid time: a number with ms or s, such as 100ms or 1.5s, up "
+            "to 86400s");
   EXPECT_EQ(message("sleep s"),
-            "TIME: \"s\" is no time: a number with ms or s, such as 100ms or 1.5s, up to 86400s");
+            "TIME: \"s\" is not a valid time: a number with ms or s, such as 100ms or 1.5s, up to "
+            "86400s");
   EXPECT_EQ(message("expect 0x1a3 = 1"),
-            "COMPARISON: \"=\" is no comparison: ==, !=, <, <=, > or >=");
+            "COMPARISON: \"=\" is not a valid comparison: ==, !=, <, <=, > or >=");
   EXPECT_EQ(message("expect 0x1a3 == 0x100"),
             "VALUE: 0x100 is too big for the values of 0x1a3: 0 to 0xff");
   EXPECT_EQ(message("expect 0x1a3&0x100 == 0"),
             "WHAT: the mask: 0x100 is too big for the values of 0x1a3: 0 to 0xff");
   EXPECT_EQ(message("expect i2c:0x100:1 == 0"),
-            "WHAT: \"i2c:0x100:1\" is no register on the I2C bus: i2c:SLAVE:ADDR or "
+            "WHAT: \"i2c:0x100:1\" is not a valid register on the I2C bus: i2c:SLAVE:ADDR or "
             "i2c:SLAVE:ADDR:MODE, with SLAVE from 0 to 255, such as i2c:0x6c:0x300a:16/8");
   EXPECT_EQ(message("expect i2c:1:0x100:8/8 == 0"),
             "WHAT: \"i2c:1:0x100:8/8\" is not allowed: addresses of width mode 8/8 go up to 0xff");

@@ -36,21 +36,20 @@ std::vector<std::string> Doubts(const std::string& registers) {
 using Texts = std::vector<std::string>;
 
 TEST(SvdErrorsTest, WhatIsNoXml) {
-  EXPECT_EQ(Error(""),
-            "0: there is no element; a register map in CMSIS-SVD is one element <device>");
+  EXPECT_EQ(Error(""), "0: the file has no element; a CMSIS-SVD file has one element <device>");
   EXPECT_EQ(Error("<device>\n<name>D</nam></device>"),
             "2: </nam> ends <name> of line 2; allowed is </name>");
   EXPECT_EQ(Error("<device>\n<name>"), "2: <name> has no end: </name> is missing");
   EXPECT_EQ(Error("</device>"), "1: </device> ends an element that was not begun");
   EXPECT_EQ(Error("<device x=1>"),
-            "1: <device>: allowed behind the name are attributes such as derivedFrom=\"NAME\", "
-            "then > or />");
+            "1: <device>: only attributes are allowed after the name, such as "
+            "derivedFrom=\"NAME\", then > or />");
   EXPECT_EQ(Error("<device><!-- "), "1: in <device>: a comment has no end: --> is missing");
-  EXPECT_EQ(Error("<device>\n< name></device>").substr(0, 40),
-            "2: in <device>: < begins no element: a n");
+  EXPECT_EQ(Error("<device>\n< name></device>").substr(0, 52),
+            "2: in <device>: < is not followed by an element name");
   EXPECT_EQ(
       Error("text"),
-      "1: the file is no XML here: expected <; allowed are comments and one element <device>");
+      "1: invalid XML: expected <; the file must have one element <device> and may have comments");
   EXPECT_EQ(Error("<list/>"), "1: <list>: a register map in CMSIS-SVD is one element <device>");
   EXPECT_EQ(Error("<device/><device/>"),
             "1: <device>: a register map in CMSIS-SVD is one element <device>");
@@ -63,14 +62,14 @@ TEST(SvdErrorsTest, DeclarationsAndEntitiesAreRefused) {
       Error("<!DOCTYPE d [<!ENTITY a \"b\">]>\n<device/>"),
       "1: <! begins a DOCTYPE or another declaration; allowed are elements, comments and CDATA");
   EXPECT_EQ(Error("<device>\n<name>&a;</name></device>"),
-            "2: in <name>: & begins no known entity; allowed are &amp; &lt; &gt; &quot; &apos; and "
-            "numbers such as &#181;");
+            "2: in <name>: & is not the start of a known entity; allowed are &amp; &lt; &gt; "
+            "&quot; &apos; and numbers such as &#181;");
 }
 
 // Each error is inserted into an otherwise valid map.
 TEST(SvdErrorsTest, WhatAnXmlReaderMightLetPass) {
   const std::string attributes =
-      "allowed behind the name are attributes such as derivedFrom=\"NAME\", then > or />";
+      "only attributes are allowed after the name, such as derivedFrom=\"NAME\", then > or />";
   EXPECT_EQ(Error(Device("<a!b/>")), "2: <a>: " + attributes);
   EXPECT_EQ(Error(Device("<vendorExtensions><a x=\"1\"y=\"2\"/></vendorExtensions>")),
             "2: <a>: " + attributes);
@@ -93,10 +92,11 @@ TEST(SvdErrorsTest, DepthCannotExhaustTheStack) {
     deep += "<a>";
     hidden += "<a b='</a>'>";
   }
-  EXPECT_EQ(Error(deep), "1: <a> lies in 64 other elements; allowed are 63");
-  EXPECT_EQ(Error(hidden),
-            "1: <a>: allowed behind the name are attributes such as derivedFrom=\"NAME\", then > "
-            "or />");
+  EXPECT_EQ(Error(deep), "1: <a> is nested in 64 elements; allowed are 63");
+  EXPECT_EQ(
+      Error(hidden),
+      "1: <a>: only attributes are allowed after the name, such as derivedFrom=\"NAME\", then > "
+      "or />");
 }
 
 TEST(SvdErrorsTest, OtherEncodings) {
@@ -104,7 +104,7 @@ TEST(SvdErrorsTest, OtherEncodings) {
   EXPECT_EQ(Error(std::string("<\0?\0x\0", 6)),
             "0: the file is UTF-16, which can't be read: save it as UTF-8");
   EXPECT_EQ(Error(std::string("<device>\n\0</device>", 19)),
-            "2: a zero byte; allowed is text in UTF-8");
+            "2: the file has a zero byte; it must be UTF-8 text");
   EXPECT_EQ(ReadSvd("\xEF\xBB\xBF" + Device("")).name, "D");
 }
 
@@ -117,7 +117,7 @@ TEST(SvdErrorsTest, LimitsHold) {
   for (int i = 0; i < 65; ++i) {
     deep += "<a>";
   }
-  EXPECT_EQ(Error(deep), "1: <a> lies in 64 other elements; allowed are 63");
+  EXPECT_EQ(Error(deep), "1: <a> is nested in 64 elements; allowed are 63");
   EXPECT_EQ(
       Error(Device("<register><name>R%s</name><dim>3000000</dim><dimIncrement>4</dimIncrement>"
                    "<addressOffset>0</addressOffset></register>")),
@@ -129,8 +129,8 @@ TEST(SvdErrorsTest, LimitsHold) {
                          "<dimIncrement>0</dimIncrement><addressOffset>0</addressOffset></register>"
                          "</cluster>"),
                   limits)
-                .substr(0, 40),
-            "2: <cluster>: with this one there are mo");
+                .substr(0, 47),
+            "2: <cluster>: the map has more than 5 registers");
 }
 
 TEST(SvdErrorsTest, CirclesAreRefused) {
@@ -152,7 +152,7 @@ TEST(SvdDoubtsTest, FieldsAndRegistersThatMeet) {
              "<register><name>S</name><addressOffset>0x1D</addressOffset></register>"),
       (Texts{"4: field B of register R overlaps field A",
              "5: <field> A: the name occurs twice in R",
-             "5: field A, bits 7 to 8, goes beyond register R",
+             "5: field A, bits 7 to 8, exceeds register R",
              "6: <register> P.R: the name occurs twice in P",
              // NOLINTNEXTLINE(bugprone-suspicious-missing-comma): one text in two lines
              "6: register P.R has the same address 0x00000100 as register P.R, and neither is an "
@@ -182,21 +182,21 @@ TEST(SvdDoubtsTest, WhatIsMissingOrUnknown) {
           "<register><name>V%s</name><addressOffset>12</addressOffset></register>\n"
           "<register><name>W</name><dim>2</dim><dimIncrement>1</dimIncrement><dimIndex>1-3"
           "</dimIndex><addressOffset>16</addressOffset><size>8</size></register>"),
-      (Texts{
-          "2: <register> R has no usable <addressOffset>; it is left out",
-          "3: <register>  has no usable <name>; it is left out",
-          // NOLINTNEXTLINE(bugprone-suspicious-missing-comma): one text in two lines
-          "4: <addressOffset> \"4z\" is no number of up to 64 bits; allowed are 419, 0x1a3, "
-          "#1101 and 0b1101",
-          "4: <register> S has no usable <addressOffset>; it is left out",
-          "6: <colour> is not known in <register>; it is skipped",
-          "6: <size> occurs twice in <register> T; the first counts",
-          "6: <access> \"both\" is not known; allowed: read-only, write-only, read-write, "
-          "writeOnce, read-writeOnce",
-          "7: <register> derivedFrom \"X\": there is no such element; nothing is inherited",
-          "8: <register> V%s: the name has %s, but there is no <dim>",
-          "9: <register> W: <dim> is 2, but the name has no %s; indexes are added at its end",
-          "9: <register> W: <dimIndex> \"1-3\" does not give 2 indexes; they are counted from 0"}));
+      (Texts{"2: <register> R has no usable <addressOffset>; it is skipped",
+             "3: <register>  has no usable <name>; it is skipped",
+             // NOLINTNEXTLINE(bugprone-suspicious-missing-comma): one text in two lines
+             "4: <addressOffset> \"4z\" is not a valid number of up to 64 bits; allowed are 419, "
+             "0x1a3, #1101 and 0b1101",
+             "4: <register> S has no usable <addressOffset>; it is skipped",
+             "6: <colour> is not known in <register>; it is skipped",
+             "6: <size> occurs twice in <register> T; the first one is used",
+             "6: <access> \"both\" is not known; allowed: read-only, write-only, read-write, "
+             "writeOnce, read-writeOnce",
+             "7: <register> derivedFrom \"X\": there is no such element; nothing is inherited",
+             "8: <register> V%s: the name has %s, but there is no <dim>",
+             "9: <register> W: <dim> is 2, but the name has no %s; indexes are added at its end",
+             "9: <register> W: <dimIndex> \"1-3\" does not define 2 indexes; indexes from 0 are "
+             "used"}));
 }
 
 TEST(SvdDoubtsTest, ValuesThatDoNotFit) {
@@ -206,13 +206,13 @@ TEST(SvdDoubtsTest, ValuesThatDoNotFit) {
                    "<enumeratedValue><name>W</name><value>0x</value></enumeratedValue>\n"
                    "</enumeratedValues></field></fields></register>"),
             (Texts{"3: enumerated value V = 0x4 does not fit into field A of 2 bits",
-                   "4: <enumeratedValue> W has no usable <value>; it is left out"}));
+                   "4: <enumeratedValue> W has no usable <value>; it is skipped"}));
 }
 
 TEST(SvdDoubtsTest, AddressesBeyond64Bits) {
   EXPECT_EQ(Doubts("<register><name>R</name><addressOffset>0xFFFFFFFFFFFFFF00</addressOffset>"
                    "</register>"),
-            (Texts{"2: <register> R: the address is beyond 64 bits; it is left out"}));
+            (Texts{"2: <register> R: the address is beyond 64 bits; it is skipped"}));
 }
 
 }  // namespace

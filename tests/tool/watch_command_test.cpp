@@ -142,7 +142,7 @@ TEST_F(WatchTest, PollsThatTakeTooLongAreLeftOutAndTold) {
   // Polls do not wait, and delays do not accumulate.
   EXPECT_EQ(desk_.output.notes,
             "3 polls in 0.750 s, 0 changes\n"
-            "note: 2 polls came late: reading takes longer than --rate allows\n");
+            "note: 2 polls were late: reading takes longer than --rate allows\n");
 }
 
 TEST_F(WatchTest, NothingOrTooMuchToWatchIsRefused) {

@@ -107,11 +107,11 @@ TEST_F(WholeToolTest, WordsOfFilesForgeNoLine) {
   const std::string script = folder.Write("script.txt", "reg raed\x1B[2J\nlist \x9B\x07\n");
   EXPECT_EQ(Run({"run", script}), 1);
   ExpectClean(err);
-  EXPECT_EQ(err, script + ":1: there is no command \"reg raed?[2J\"\n" + script +
+  EXPECT_EQ(err, script + ":1: unknown command \"reg raed?[2J\"\n" + script +
                      ":2: list: \"??\" is one argument too many\n" + "borvanusb: run: " + script +
                      ": 2 problems, the first in " + script +
-                     ":1: there is no command \"reg raed?[2J\"; nothing was "
-                     "run\n  All of them are listed above.\n");
+                     ":1: unknown command \"reg raed?[2J\"; nothing was run\n  All of them are "
+                     "listed above.\n");
   const std::string echoed = folder.Write("echoed.txt", "reg read 0x1a3 # \x1B[2J\n");
   EXPECT_EQ(Run({"run", echoed}), 0);
   EXPECT_EQ(out, "> reg read 0x1a3 # ?[2J\n0x01a3  0x00\n");

@@ -33,9 +33,9 @@ class RangesTest(station.ToolTest):
             self.plug_in_flash(beyond_end)
             self.refuse(1, f"RANGE: 0xff000-0x100fff ends beyond .*{why}", "flash", "erase",
                         "0xff000+8K", "--yes")
-            self.refuse(1, f"ADDR: 0x200000-0x200003 lies beyond .*{why}", "flash", "word", "0x200000",
+            self.refuse(1, f"ADDR: 0x200000-0x200003 is beyond .*{why}", "flash", "word", "0x200000",
                         "1", "--yes")
-            self.refuse(5, f"--address: 0x100000 lies beyond .*{why}", "flash", "verify", image,
+            self.refuse(5, f"--address: 0x100000 is beyond .*{why}", "flash", "verify", image,
                         "--address", "1M")
             self.refuse(1, f"RANGE: 0x0-0x1fffff ends beyond .*{why}", "flash", "read", "0+2M",
                         self.name("dump.bin"))
@@ -93,7 +93,7 @@ class RangesTest(station.ToolTest):
         changed = self.flash()
         name = self.name(backup.name)
         for command in ("program", "verify"):
-            outcome = self.refuse(1, "carries 0x20000", "flash", command, name)
+            outcome = self.refuse(1, "contains 0x20000", "flash", command, name)
             self.assertIn("--address 0x20000", outcome.err)
         self.assertEqual(self.flash(), changed)
         self.succeed("flash", "program", name, "--address", "0x20000", "--no-backup")

@@ -99,8 +99,8 @@ class CommandsTest(WorkbenchCase):
                                            Cookie="")[0], 403)
 
     def test_worker_is_no_command_of_its_own(self):
-        self.refuse(1, "there is no option", "--workbench-worker", "4", "8")
-        self.refuse(1, "there is no option", "--workbench-worker")
+        self.refuse(1, "unknown option", "--workbench-worker", "4", "8")
+        self.refuse(1, "unknown option", "--workbench-worker")
 
     def test_ctrl_c_ends_it_and_leaves_no_files(self):
         self.page.upload("a.bin", b"abc")

@@ -23,7 +23,7 @@ test("two pages see the same cameras, and the work of each other", async () => {
   await other.getByRole("banner").getByRole("progressbar").waitFor();
   await other.getByRole("listitem").filter({ hasText: names.camera }).getByText("flash program").waitFor();
   await go(other, "Registers");
-  await other.getByRole("alert").filter({ hasText: /Other work has this camera: borvanusb flash program/ }).first().waitFor();
+  await other.getByRole("alert").filter({ hasText: /Another command is using this camera: borvanusb flash program/ }).first().waitFor();
   await page.getByRole("region", { name: "Progress" }).getByRole("button", { name: "Stop" }).click();
   await page.getByRole("alert").filter({ hasText: "stopped by the user" }).waitFor();
   await control(page, "pace", { pace: 25 });

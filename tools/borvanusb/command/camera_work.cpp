@@ -47,9 +47,9 @@ std::string Count(std::uint64_t number, const std::string& thing) {
 void CheckRegisterCount(const Range& range) {
   if (range.Size() > kMostRegisters) {
     throw Failure(ExitCode::kUsage,
-                  Format("RANGE: {} are {}, one command takes at most {}", Text(range),
+                  Format("RANGE: {} has {}; the limit for one command is {}", Text(range),
                          Count(range.Size(), "register"), kMostRegisters),
-                  "Name a part of them.");
+                  "Use a smaller range.");
   }
 }
 

@@ -122,13 +122,12 @@ std::string CommandsEndingIn(const ToolDescription& tool, const std::string& wor
   std::string message;
   std::vector<std::string> known;
   if (option) {
-    message = Format("{}{}there is no option {}", Joined(words.command),
+    message = Format("{}{}unknown option {}", Joined(words.command),
                      words.command.empty() ? "" : ": ", Quoted(word.substr(0, word.find('='))));
     known = OptionNames(tool, words);
   } else if (words.described == nullptr) {
-    message = Format(
-        "there is no command {}",
-        Quoted(Format("{}{}{}", Joined(words.command), words.command.empty() ? "" : " ", word)));
+    message = Format("unknown command {}", Quoted(Format("{}{}{}", Joined(words.command),
+                                                         words.command.empty() ? "" : " ", word)));
     known = NextWords(tool, words);
   } else {
     message = Format("{}: {} is one argument too many", Joined(words.command), Quoted(word));
@@ -141,7 +140,7 @@ std::string CommandsEndingIn(const ToolDescription& tool, const std::string& wor
     }
   }
   if (!meant.empty()) {
-    message += Format("; do you mean {}?", meant);
+    message += Format("; did you mean {}?", meant);
   }
   throw Failure(ExitCode::kUsage, message, HelpHint(words.command));
 }
@@ -156,7 +155,7 @@ std::string CommandsEndingIn(const ToolDescription& tool, const std::string& wor
     next += Format("{}{}", next.empty() ? "" : ", ", word);
   }
   throw Failure(ExitCode::kUsage,
-                Format("{}: what to do is missing: {}", Joined(words.command), next),
+                Format("{}: a subcommand is missing: {}", Joined(words.command), next),
                 HelpHint(words.command));
 }
 

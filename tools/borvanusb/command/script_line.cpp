@@ -39,7 +39,7 @@ std::vector<std::string> SplitLine(const std::string& line) {
   if (in_quotes) {
     throw Failure(ExitCode::kUsage,
                   Format("the quote before {} is never closed", Quoted(line.substr(quote + 1))),
-                  "Close it with another \"; a text can't hold a quote itself.");
+                  "Close it with another \"; a quoted text can't contain a quote.");
   }
   if (in_word) {
     words.push_back(word);

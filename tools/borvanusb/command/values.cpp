@@ -33,7 +33,7 @@ std::string Shown(double number) {
 std::uint32_t AddressValue(const std::string& text) {
   const auto number = ParseSize(text);
   if (!number || *number > kHighestNumber) {
-    throw WrongValue("is no address: a number from 0 to 0xffffffff, decimal or with 0x");
+    throw WrongValue("is not a valid address: a number from 0 to 0xffffffff, decimal or with 0x");
   }
   return static_cast<std::uint32_t>(*number);
 }
@@ -43,7 +43,7 @@ std::uint64_t NumberValue(const std::string& text, std::uint64_t lowest, std::ui
   const std::string allowed =
       Format("a number from {} to {}, decimal or with 0x", Shown(lowest), Shown(highest));
   if (!number) {
-    throw WrongValue(Format("is no number: {}", allowed));
+    throw WrongValue(Format("is not a valid number: {}", allowed));
   }
   if (*number < lowest || *number > highest) {
     throw WrongValue(Format("is not allowed: {}", allowed));
@@ -59,7 +59,7 @@ Range RangeValue(const std::string& text) {
   const auto range = ParseRange(text);
   if (!range) {
     throw WrongValue(
-        "is no address or range: 0x1000, 0x1000-0x1fff or 0x1000+256, up to 0xffffffff");
+        "is not a valid address or range: 0x1000, 0x1000-0x1fff or 0x1000+256, up to 0xffffffff");
   }
   return *range;
 }
@@ -75,8 +75,8 @@ Range FlashRangeValue(const std::string& text) {
   const auto range = ParseRange(text);
   if (!range) {
     throw WrongValue(
-        "is no range: 1M+4K (first address and size) or 0-0xfffff (first and last address), up to "
-        "0xffffffff");
+        "is not a valid range: 1M+4K (first address and size) or 0-0xfffff (first and last "
+        "address), up to 0xffffffff");
   }
   return *range;
 }
@@ -104,7 +104,8 @@ std::string RemarkOnEnd(const std::string& text) {
 std::uint64_t FlashSizeValue(const std::string& text) {
   const auto size = ParseSize(text);
   if (!size || *size == 0 || *size > kLargestFlash || *size % kSectorSize != 0) {
-    throw WrongValue("is no flash size: a multiple of 4096, such as 512K or 4M, up to 4096M");
+    throw WrongValue(
+        "is not a valid flash size: a multiple of 4096, such as 512K or 4M, up to 4096M");
   }
   return *size;
 }
@@ -138,12 +139,13 @@ std::chrono::milliseconds DurationValue(const std::string& text) {
       return std::chrono::milliseconds(std::llround(number));
     }
   }
-  throw WrongValue("is no time: a number with ms or s, such as 100ms or 1.5s, up to 86400s");
+  throw WrongValue(
+      "is not a valid time: a number with ms or s, such as 100ms or 1.5s, up to 86400s");
 }
 
 std::string FileOrStreamValue(const std::string& text) {
   if (text.empty()) {
-    throw WrongValue("is no file name");
+    throw WrongValue("is not a valid file name");
   }
   return text;
 }
@@ -159,7 +161,8 @@ std::string FileValue(const std::string& text) {
 std::string CameraValue(const std::string& text) {
   if (text.empty()) {
     throw WrongValue(
-        "is no camera: its index, path, vid:pid or name, or 3 or more characters of path or name");
+        "is not a valid camera: its index, path, vid:pid or name, or 3 or more characters of path "
+        "or name");
   }
   return text;
 }

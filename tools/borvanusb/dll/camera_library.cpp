@@ -87,7 +87,8 @@ void CameraLibrary::Select(const CameraIdentity& camera) {
       std::find_if(cameras.begin(), cameras.end(),
                    [&](const CameraIdentity& listed) { return listed.path == camera.path; });
   if (found == cameras.end()) {
-    throw Failure(ExitCode::kNoCamera, Format("camera {} is gone: {}", camera.name, camera.path),
+    throw Failure(ExitCode::kNoCamera,
+                  Format("camera {} was disconnected: {}", camera.name, camera.path),
                   "Plug it in again; borvanusb list shows the cameras.");
   }
   const Supervisor::Call call(supervisor_, "opening the camera");

@@ -78,7 +78,7 @@ void AskForAddress(const ImageWish& image, ImageForm form, const GivenOptions& g
   }
   ways.push_back({"If it belongs to the beginning of the flash", {"--address", "0"}});
   throw WrongUse(
-      Format("--address: is missing, but the name of {} carries {}", Quoted(image.file), shown),
+      Format("--address: is missing, but the name of {} contains {}", Quoted(image.file), shown),
       std::move(ways));
 }
 

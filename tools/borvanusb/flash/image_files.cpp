@@ -54,10 +54,10 @@ void RefuseDoubtfulAddress(const ImageFile& image) {
     return;
   }
   throw Failure(ExitCode::kUsage,
-                Format("--address: is missing; the name of {} carries {}, but the addresses in the "
-                       "file begin at {}",
+                Format("--address: is missing; the name of {} contains {}, but the addresses in "
+                       "the file begin at {}",
                        image.wish.file, Hex(named.front()), Hex(first)),
-                Format("If the addresses in the file count, add --address 0.\n"
+                Format("To use the addresses in the file, add --address 0.\n"
                        "If they count from {} on, add --address {}.",
                        Hex(named.front()), Hex(named.front())));
 }
@@ -138,9 +138,11 @@ std::vector<ImageFile> LoadImageFiles(const std::vector<ImageWish>& wishes, Imag
   for (const ImageWish& wish : wishes) {
     files.push_back(LoadImageFile(wish, form, take_any, output));
     if (wishes.size() > 1 && !files.back().HasAddresses() && !wish.HasPlace()) {
-      throw Failure(ExitCode::kUsage,
-                    Format("{} holds raw bytes and has no place among several images", wish.file),
-                    Format("Give it one: {0}@ADDR or {0}@region:NAME.", wish.file));
+      throw Failure(
+          ExitCode::kUsage,
+          Format("{} contains raw bytes and needs a position when several images are given",
+                 wish.file),
+          Format("Give it one: {0}@ADDR or {0}@region:NAME.", wish.file));
     }
   }
   return files;
@@ -152,10 +154,10 @@ void RefuseBlankImage(const ImageFile& image) {
     return std::ranges::all_of(segment.bytes, [&](std::uint8_t byte) { return byte == first; });
   });
   if (same && (first == 0 || first == std::numeric_limits<std::uint8_t>::max())) {
-    throw Failure(ExitCode::kFile,
-                  Format("{} holds nothing but {} bytes, which is no firmware", image.wish.file,
-                         Hex(first, 2)),
-                  "If the flash must hold these bytes, give --force.");
+    throw Failure(
+        ExitCode::kFile,
+        Format("{} contains only {} bytes and is not firmware", image.wish.file, Hex(first, 2)),
+        "If the flash must hold these bytes, give --force.");
   }
 }
 

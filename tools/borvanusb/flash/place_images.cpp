@@ -39,7 +39,7 @@ void RefuseOverlaps(const std::vector<PlacedImage>& files) {
           throw Failure(ExitCode::kFile,
                         Format("{} and {} overlap: both have bytes for {}", files[other].file,
                                files[i].file, RangesText(both)),
-                        "Give each image a place of its own.");
+                        "Give each image its own position.");
         }
       }
     }

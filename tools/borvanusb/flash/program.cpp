@@ -60,7 +60,7 @@ CommandRule FlashProgramRule() {
   AddBackup(rule, "beside IMAGE");
   rule.AddFlag("--restore-on-failure", "write the backup back if programming fails",
                &FlashProgramCommand::restore_on_failure);
-  rule.AddFlag("--force", "program what is no firmware, and read-only regions",
+  rule.AddFlag("--force", "program files that do not look like firmware, and read-only regions",
                &FlashProgramCommand::force);
   rule.Add(File(Option("--report", "FILE", "write what was done as JSON")),
            [](FlashProgramCommand& command, const std::string& text) {
@@ -70,7 +70,7 @@ CommandRule FlashProgramRule() {
            [](FlashProgramCommand& command, const std::string& text) {
              const std::size_t sign = text.find('=');
              if (sign == std::string::npos || sign == 0) {
-               throw WrongValue("is no tag: NAME=VALUE, such as order=4711");
+               throw WrongValue("is not a valid tag: NAME=VALUE, such as order=4711");
              }
              const std::string name = text.substr(0, sign);
              const auto same = [&](const auto& other) { return other.first == name; };

@@ -76,15 +76,15 @@ void RefuseUnexpected(const FlashRegion& region, const std::string& file,
       });
   if (!fits_name) {
     throw Failure(ExitCode::kFile,
-                  Format("{} is no file for the region {}: it takes {}", file, RegionText(region),
-                         Joined(region.files, ", ")),
+                  Format("{} is not a file for region {}, which accepts {}", file,
+                         RegionText(region), Joined(region.files, ", ")),
                   "Check the file and the region. To write it anyway, give --force.");
   }
   const std::span<const std::uint8_t> wanted = region.begins_with;
   const auto found = bytes.first(std::min(wanted.size(), bytes.size()));
   if (!std::ranges::equal(found, wanted)) {
     throw Failure(ExitCode::kFile,
-                  Format("{} is no image for the region {}: it begins with {}, not with {}", file,
+                  Format("{} is not an image for region {}: it begins with {} instead of {}", file,
                          RegionText(region), HexBytes(found), HexBytes(wanted)),
                   "Check the file and the region. To write it anyway, give --force.");
   }

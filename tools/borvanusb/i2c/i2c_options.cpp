@@ -21,8 +21,8 @@ std::int32_t WidthModeValue(const std::string& text) {
     }
   }
   throw WrongValue(
-      "is no width mode: bits of address and data, 8/8, 16/8, 16/16, 32/8, 32/16 or 32/32, or 0 to "
-      "5");
+      "is not a valid width mode: bits of address and data, 8/8, 16/8, 16/16, 32/8, 32/16 or "
+      "32/32, or 0 to 5");
 }
 
 void CheckI2cAddress(const std::string& name, std::uint32_t address, const I2cOptions& i2c) {

@@ -191,8 +191,8 @@ std::string Question(const I2cScanCommand& command) {
     return Format("{}. {} Continue?", what, danger);
   }
   return Format(
-      "{} in {}. {} A device with addresses of 8 bits takes the second byte of a longer address as "
-      "a value and may write it. Continue?",
+      "{} in {}. {} A device with addresses of 8 bits interprets the second byte of a longer "
+      "address as a value and may write it. Continue?",
       what, Count(command.modes.size(), "width mode"), danger);
 }
 
@@ -229,7 +229,7 @@ Json ResultJson(const I2cScanCommand& command, const Answers& answers) {
 
 ExitCode Run(const I2cScanCommand& command, Context& context) {
   if (command.slaves.last > kHighestSlave) {
-    throw Failure(ExitCode::kUsage, Format("--slaves: {} goes beyond 0xff", Text(command.slaves)),
+    throw Failure(ExitCode::kUsage, Format("--slaves: {} exceeds 0xff", Text(command.slaves)),
                   "Slave addresses are 0 to 0xff, as the chip takes them.");
   }
   const ReservedCamera camera = ReserveChosenCamera(context);

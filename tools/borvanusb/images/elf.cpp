@@ -42,7 +42,7 @@ class ElfReader {
  public:
   explicit ElfReader(std::span<const std::uint8_t> file) : file_(file) {
     if (file.size() < kIdentity || !std::ranges::equal(file.first(kMagic.size()), kMagic)) {
-      Refuse(0, "the mark of an ELF file is missing");
+      Refuse(0, "the ELF magic number is missing");
     }
     const std::uint8_t bits = file[kClassPlace];
     if (bits != 1 && bits != 2) {
@@ -52,7 +52,7 @@ class ElfReader {
     const std::uint8_t order = file[kOrderPlace];
     if (order != 1 && order != 2) {
       Refuse(kOrderPlace,
-             Format("{} is no byte order: 1 is low byte first, 2 high byte first", order));
+             Format("{} is not a valid byte order: 1 is low byte first, 2 high byte first", order));
     }
     low_first_ = order == 1;
     if (file[kVersionPlace] != 1) {
@@ -69,7 +69,7 @@ class ElfReader {
     const std::uint64_t size = Number(layout_->table_entry, 2);
     const std::uint64_t count = Number(layout_->table_entry + 2, 2);
     if (count == 0) {
-      throw ImageError("it has no program headers, so it tells no addresses: link it first");
+      throw ImageError("it has no program headers and therefore no addresses: link it first");
     }
     if (count == kManyHeaders) {
       Refuse(layout_->table_entry + 2, "more program headers than this tool reads: 65534");
@@ -79,8 +79,8 @@ class ElfReader {
                                           layout_->program_header_size));
     }
     if (table > file_.size() || count * size > file_.size() - table) {
-      Refuse(table, Format("the {} program headers of {} bytes reach beyond the file's end, {}",
-                           count, size, file_.size()));
+      Refuse(table, Format("the {} program headers of {} bytes exceed the file's end, {}", count,
+                           size, file_.size()));
     }
     for (std::uint64_t i = 0; i < count; ++i) {
       TakeSegment(table + i * size);
@@ -116,8 +116,8 @@ class ElfReader {
                             SizeText(size), SizeText(memory)));
     }
     if (offset > file_.size() || size > file_.size() - offset) {
-      Refuse(header, Format("a segment's {} at byte {} reach beyond the file's end, {}",
-                            SizeText(size), offset, file_.size()));
+      Refuse(header, Format("a segment's {} at byte {} exceed the file's end, {}", SizeText(size),
+                            offset, file_.size()));
     }
     collector_.Add(Word(header + layout_->physical), file_.subspan(offset, size),
                    {"the program header at byte", header});

@@ -92,10 +92,9 @@ class HexReader {
 
   ImageContent End() {
     if (!ended_) {
-      throw ImageError(
-          Format("line {}: the file ends here without an end record (:00000001FF); it "
-                 "is not whole",
-                 last_line_));
+      throw ImageError(Format(
+          "line {}: the file ends here without an end record (:00000001FF); it is incomplete",
+          last_line_));
     }
     return {collector_.Take(), start_};
   }

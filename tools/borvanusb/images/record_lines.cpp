@@ -20,7 +20,7 @@ unsigned DigitValue(const FilePlace& place, char character) {
   }
   const char small = static_cast<char>(character | ' ');
   if (small < 'a' || small > 'f') {
-    throw ImageError(Format("{}: the byte {} in it is no hexadecimal digit", place.Text(),
+    throw ImageError(Format("{}: the byte {} in it is not a valid hexadecimal digit", place.Text(),
                             Hex(static_cast<std::uint8_t>(character), 2)));
   }
   return static_cast<unsigned>(small - 'a') + 10U;
@@ -81,14 +81,14 @@ void CheckRecord(const RecordRule& rule, const FilePlace& place,
   }
   const std::size_t size = rule.uncounted + bytes[0];
   if (bytes.size() != size) {
-    throw ImageError(Format("{}: the record has {} bytes; its length {} means {}", place.Text(),
-                            bytes.size(), bytes[0], size));
+    throw ImageError(Format("{}: the record has {} bytes; its length field {} requires {}",
+                            place.Text(), bytes.size(), bytes[0], size));
   }
   const std::uint8_t found = bytes.back();
   const auto made = static_cast<std::uint8_t>(rule.whole_sum - SumOf(bytes.first(size - 1)));
   if (found != made) {
-    throw ImageError(Format("{}: the checksum is {}, but the record makes {}", place.Text(),
-                            Hex(found, 2), Hex(made, 2)));
+    throw ImageError(Format("{}: the checksum is {}, but the calculated checksum is {}",
+                            place.Text(), Hex(found, 2), Hex(made, 2)));
   }
 }
 

@@ -16,7 +16,7 @@ std::uint64_t EndOf(const std::pair<const std::uint32_t, std::vector<std::uint8_
 }
 
 [[noreturn]] void RefuseOverlap(const FilePlace& place, std::uint64_t first, std::uint64_t end) {
-  throw ImageError(Format("{}: the file has bytes for {} already", place.Text(),
+  throw ImageError(Format("{}: duplicate bytes for {}", place.Text(),
                           borvanusb::Text(Range{static_cast<std::uint32_t>(first),
                                                 static_cast<std::uint32_t>(end - 1)})));
 }
@@ -33,7 +33,7 @@ void SegmentCollector::Add(std::uint64_t address, std::span<const std::uint8_t> 
     return;
   }
   if (address >= kAddressSpace || bytes.size() > kAddressSpace - address) {
-    throw ImageError(Format("{}: {} at {} lie beyond the last address 0xffffffff", place.Text(),
+    throw ImageError(Format("{}: {} at {} are beyond the last address 0xffffffff", place.Text(),
                             SizeText(bytes.size()), Hex(address)));
   }
   const std::uint64_t end = address + bytes.size();
@@ -65,13 +65,12 @@ Segments SegmentCollector::Take() {
       segments.push_back({address, std::move(bytes)});
     }
     if (segments.size() > kMostSegments) {
-      throw ImageError(
-          Format("its bytes lie in more than {} pieces with gaps between", kMostSegments));
+      throw ImageError(Format("it has more than {} separate segments", kMostSegments));
     }
   }
   runs_.clear();
   if (segments.empty()) {
-    throw ImageError("it holds no bytes for the flash");
+    throw ImageError("it contains no bytes for the flash");
   }
   return segments;
 }
@@ -96,7 +95,7 @@ Segments Shifted(Segments segments, std::uint32_t offset) {
   for (Segment& segment : segments) {
     if (segment.End() + offset > kAddressSpace) {
       throw ImageError(
-          Format("its bytes at {}, moved by {}, lie beyond the last address 0xffffffff",
+          Format("its bytes at {}, moved by {}, are beyond the last address 0xffffffff",
                  Text(segment.Place()), Hex(offset)));
     }
     segment.address += offset;

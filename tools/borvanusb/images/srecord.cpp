@@ -43,7 +43,7 @@ SRecord RecordOf(const FilePlace& place, int type, std::span<const std::uint8_t>
   const bool takes_data = type <= 3;
   if (bytes.size() < shortest || (!takes_data && bytes.size() != shortest)) {
     throw ImageError(Format("{}: a record S{} has {} {} bytes, not {}", place.Text(), type,
-                            takes_data ? "at least" : "just", shortest, bytes.size()));
+                            takes_data ? "at least" : "exactly", shortest, bytes.size()));
   }
   return {type, HighFirst(bytes.subspan(1, address)),
           bytes.subspan(1 + address, bytes.size() - shortest)};
@@ -66,8 +66,7 @@ class SRecordReader {
       case 2:
       case 3:
         if (counted_) {
-          throw ImageError(
-              Format("{}: data continues after the count of the data records", place.Text()));
+          throw ImageError(Format("{}: a data record follows the record count", place.Text()));
         }
         collector_.Add(record.address, record.data, place);
         ++records_;
@@ -87,7 +86,7 @@ class SRecordReader {
     if (!ended_ && !counted_) {
       throw ImageError(
           Format("line {}: the file ends here without a start record (S7, S8, S9) or a "
-                 "count (S5, S6); it is not whole",
+                 "count (S5, S6); it is incomplete",
                  last_line_));
     }
     return {collector_.Take(), start_};

@@ -74,8 +74,7 @@ ExitCode Run(const MapCheckCommand& command, Context& context) {
 }
 
 CommandRule MapCheckRule() {
-  RuleOf<MapCheckCommand> rule({"map", "check"},
-                               "Shows a register map and what is doubtful in it.");
+  RuleOf<MapCheckCommand> rule({"map", "check"}, "Shows a register map and its doubts.");
   rule.Add(
       File(Argument("FILE", "the map, a CMSIS-SVD file")),
       [](MapCheckCommand& command, const std::string& text) { command.file = FileValue(text); });

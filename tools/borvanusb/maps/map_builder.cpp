@@ -111,10 +111,9 @@ class MapBuilder {
   void Count(std::uint32_t id, std::uint64_t entries) {
     entries_ += entries;
     if (entries_ > limits_.entries) {
-      tree_.Fail(*tree_[id].node,
-                 Format("with this one there are more than {} registers, fields and enumerated "
-                        "values; allowed are as many",
-                        limits_.entries));
+      tree_.Fail(*tree_[id].node, Format("the map has more than {} registers, fields and "
+                                         "enumerated values, which is the limit",
+                                         limits_.entries));
     }
   }
 
@@ -223,7 +222,8 @@ class MapBuilder {
       open_.push_back(one);
     }
     if (++depth_ > limits_.depth) {
-      tree_.Fail(*tree_[id].node, Format("it lies in more than {} other clusters", limits_.depth));
+      tree_.Fail(*tree_[id].node,
+                 Format("clusters are nested deeper than {} levels", limits_.depth));
     }
     Place place = around;
     place.properties = values_.Properties(id, around.properties);

@@ -33,7 +33,7 @@ void CheckText(std::string& text, const MapLimits& limits) {
     throw SvdError(0, "the file is UTF-16, which can't be read: save it as UTF-8");
   }
   if (const std::size_t zero = text.find('\0'); zero != std::string::npos) {
-    throw SvdError(LineAt(text, zero), "a zero byte; allowed is text in UTF-8");
+    throw SvdError(LineAt(text, zero), "the file has a zero byte; it must be UTF-8 text");
   }
   if (text.starts_with(kUtf8Mark)) {
     // Replaced by blanks, so that all offsets stay the same.
@@ -76,10 +76,10 @@ void Parse(std::string& text, bool pieces, SvdDocument& document) {
     }
   } catch (const rapidxml::parse_error& error) {
     const auto offset = static_cast<std::size_t>(error.where<char>() - text.data());
-    throw SvdError(LineAt(text, offset),
-                   Format("the file is no XML here: {}; allowed are comments and one element "
-                          "<device>",
-                          error.what()));
+    throw SvdError(
+        LineAt(text, offset),
+        Format("invalid XML: {}; the file must have one element <device> and may have comments",
+               error.what()));
   }
 }
 

@@ -153,7 +153,7 @@ void SvdTree::RefuseCircles(std::uint32_t id) const {
                                  element.name.substr(0, std::size_t{40})));
     }
     if (++length > kLongestChain) {
-      Fail(*element.node, Format("derivedFrom \"{}\" leads over more than {} elements",
+      Fail(*element.node, Format("derivedFrom \"{}\" has a chain of more than {} elements",
                                  element.derived_from.substr(0, std::size_t{40}), kLongestChain));
     }
   }

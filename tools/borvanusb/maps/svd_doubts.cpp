@@ -26,14 +26,14 @@ std::string ElementText(const SvdDoubt& doubt) {
     case SvdDoubtKind::kUnknownElement:
       return Format("<{}> is not known in <{}>; it is skipped", first, second);
     case SvdDoubtKind::kTwice:
-      return Format("<{}> occurs twice in <{}> {}; the first counts", first, second, third);
+      return Format("<{}> occurs twice in <{}> {}; the first one is used", first, second, third);
     case SvdDoubtKind::kMissing:
-      return Format("<{}> {} has no usable <{}>; it is left out", first, second, third);
+      return Format("<{}> {} has no usable <{}>; it is skipped", first, second, third);
     case SvdDoubtKind::kMissingAndTaken:
-      return Format("<{}> {} has no usable <{}>; {} is taken", first, second, third, doubt.number);
+      return Format("<{}> {} has no usable <{}>; {} is used", first, second, third, doubt.number);
     case SvdDoubtKind::kNoNumber:
       return Format(
-          "<{}> \"{}\" is no number of up to 64 bits; allowed are 419, 0x1a3, #1101 and "
+          "<{}> \"{}\" is not a valid number of up to 64 bits; allowed are 419, 0x1a3, #1101 and "
           "0b1101",
           first, second);
     case SvdDoubtKind::kNoWord:
@@ -43,13 +43,13 @@ std::string ElementText(const SvdDoubt& doubt) {
                     first, second);
     case SvdDoubtKind::kSeveralBases:
       return Format(
-          "<{}> derivedFrom \"{}\": several elements have this name, equally near; the "
-          "first one is taken",
+          "<{}> derivedFrom \"{}\": several elements have this name, equally near; the first one "
+          "is used",
           first, second);
     case SvdDoubtKind::kThirdEnumeration:
       return Format(
           "<field> {} has more <enumeratedValues> than one for reading and one for "
-          "writing; these are left out",
+          "writing; the others are ignored",
           first);
     case SvdDoubtKind::kEncoding:
       return Format(
@@ -73,7 +73,7 @@ std::string MapDoubtText(const SvdDoubt& doubt) {
     case SvdDoubtKind::kOverlap:
       return Format("field {} of register {} overlaps field {}", first, second, third);
     case SvdDoubtKind::kBeyondRegister:
-      return Format("field {}, bits {} to {}, goes beyond register {}", first, doubt.number,
+      return Format("field {}, bits {} to {}, exceeds register {}", first, doubt.number,
                     doubt.other, second);
     case SvdDoubtKind::kSameAddress:
       return Format(
@@ -94,10 +94,11 @@ std::string MapDoubtText(const SvdDoubt& doubt) {
       return Format("<{}> {}: <dim> is {}, but the name has no %s; indexes are added at its end",
                     first, second, doubt.number);
     case SvdDoubtKind::kIndexCount:
-      return Format("<{}> {}: <dimIndex> \"{}\" does not give {} indexes; they are counted from 0",
-                    first, second, third, doubt.number);
+      return Format(
+          "<{}> {}: <dimIndex> \"{}\" does not define {} indexes; indexes from 0 are used", first,
+          second, third, doubt.number);
     case SvdDoubtKind::kTooFar:
-      return Format("<{}> {}: the address is beyond 64 bits; it is left out", first, second);
+      return Format("<{}> {}: the address is beyond 64 bits; it is skipped", first, second);
     case SvdDoubtKind::kSize:
       return Format("<register> {}: <size> is {}; allowed are 1 to 64 bits", first, doubt.number);
     default:

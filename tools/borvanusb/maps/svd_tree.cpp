@@ -94,7 +94,7 @@ void SvdTree::Build(const SvdNode& document) {
     root = node;
   }
   if (root == nullptr) {
-    throw SvdError(0, "there is no element; a register map in CMSIS-SVD is one element <device>");
+    throw SvdError(0, "the file has no element; a CMSIS-SVD file has one element <device>");
   }
   if (checker_) {
     checker_->Element(*root, 0);

@@ -122,7 +122,7 @@ bool SvdValues::Truth(const SvdNode& node) const {
                          .offset = tree_.OffsetOf(node),
                          .first = {node.name(), node.name_size()},
                          .second = tree_.Text(node),
-                         .third = "true, false, 1, 0; false is taken"});
+                         .third = "true, false, 1, 0; false is used"});
   }
   return truth.value_or(false);
 }

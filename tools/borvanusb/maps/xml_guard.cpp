@@ -80,10 +80,9 @@ class XmlGuard {
     while (next_reference_ < end) {
       const std::string_view rest = std::string_view(text_).substr(next_reference_);
       if (!IsReference(rest)) {
-        Fail(next_reference_,
-             Format("{}& begins no known entity; allowed are &amp; &lt; &gt; &quot; &apos; and "
-                    "numbers such as &#181;",
-                    Around()));
+        Fail(next_reference_, Format("{}& is not the start of a known entity; allowed are &amp; "
+                                     "&lt; &gt; &quot; &apos; and numbers such as &#181;",
+                                     Around()));
       }
       next_reference_ = Find('&', next_reference_ + 1);
     }
@@ -156,7 +155,7 @@ class XmlGuard {
   void StartTag(std::size_t start) {
     const std::string_view name = Name(start);
     if (name.empty()) {
-      Fail(start, Format("{}< begins no element: a name is missing; a character < in a text is "
+      Fail(start, Format("{}< is not followed by an element name; a character < in a text is "
                          "written as &lt;",
                          Around()));
     }
@@ -174,7 +173,7 @@ class XmlGuard {
     ++place_;
     open_.push_back({name, start});
     if (open_.size() > limits_.depth) {
-      Fail(start, Format("<{}> lies in {} other elements; allowed are {}", name, open_.size() - 1,
+      Fail(start, Format("<{}> is nested in {} elements; allowed are {}", name, open_.size() - 1,
                          limits_.depth - 1));
     }
   }
@@ -203,8 +202,8 @@ class XmlGuard {
       CheckReferences(end);
       place_ = end + 1;
     }
-    Fail(start, Format("<{}>: allowed behind the name are attributes such as derivedFrom=\"NAME\", "
-                       "then > or />",
+    Fail(start, Format("<{}>: only attributes are allowed after the name, such as "
+                       "derivedFrom=\"NAME\", then > or />",
                        name));
   }
 

@@ -16,10 +16,10 @@ void CheckDiffSides(const std::string& left, const std::string& right, const Giv
 template <typename C>
 void AddDiffSides(RuleOf<C>& rule) {
   rule.Add(File(Argument("A",
-                         "a list, the word camera for what the camera holds now, camera:WHICH, "
-                         "preset:NAME, or reset for the reset values of the profile")),
+                         "a list, camera (the current values of the camera), camera:WHICH, "
+                         "preset:NAME, or reset (the reset values of the profile)")),
            [](C& command, const std::string& text) { command.left = FileValue(text); });
-  rule.Add(File(Argument("B", "the other one")),
+  rule.Add(File(Argument("B", "the other side")),
            [](C& command, const std::string& text) { command.right = FileValue(text); });
   rule.Add(File(Option("--csv", "FILE", "write the differences to a file, too")),
            [](C& command, const std::string& text) { command.csv = FileValue(text); });
@@ -27,9 +27,9 @@ void AddDiffSides(RuleOf<C>& rule) {
     CheckDiffSides(command.left, command.right, given);
   });
   rule.Details(
-      "Of a camera only the registers are read that the other side has; of two cameras all that "
-      "the "
-      "profile names. A list may also have lines NAME=VALUE, as reg dump --all-named writes them.");
+      "From a camera, only the registers of the other side are read; with two cameras, all "
+      "registers of the profile. A list may also have lines NAME=VALUE, as reg dump --all-named "
+      "writes them.");
 }
 
 }  // namespace borvanusb

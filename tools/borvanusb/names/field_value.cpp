@@ -94,7 +94,7 @@ void CheckConstraint(const NamedTarget& target, const std::string& text, std::ui
   switch (constraint.kind) {
     case MapWriteConstraint::Kind::kRange:
       if (value < constraint.minimum || value > constraint.maximum) {
-        Refuse(target, text, "is outside of what may be written", true);
+        Refuse(target, text, "is outside the allowed range", true);
       }
       break;
     case MapWriteConstraint::Kind::kEnumeratedValues: {
@@ -103,7 +103,7 @@ void CheckConstraint(const NamedTarget& target, const std::string& text, std::ui
       if (enumeration != nullptr &&
           std::ranges::none_of(enumeration->values,
                                [&](const auto& named) { return Means(named, value); })) {
-        Refuse(target, text, "is none of the values that may be written", true);
+        Refuse(target, text, "is not an allowed value", true);
       }
       break;
     }
@@ -122,7 +122,7 @@ std::uint64_t NumberOf(const NamedTarget& target, const std::string& text, bool 
     value = ValueOfName(*target.field, text, writing);
   }
   if (!value) {
-    Refuse(target, text.empty() ? "an empty text" : text, "is no value", writing);
+    Refuse(target, text.empty() ? "an empty text" : text, "is not a valid value", writing);
   }
   if (*value > HighestValue(target)) {
     Refuse(target, text,

@@ -82,7 +82,7 @@ ExitCode Run(const RegFindCommand& command, Context& context) {
 
 CommandRule RegFindRule() {
   RuleOf<RegFindCommand> rule({"reg", "find"}, "Looks for registers and fields of a profile.");
-  rule.Add(Optional(Repeated(Argument("TEXT", "in name, number or description; else all"))),
+  rule.Add(Optional(Repeated(Argument("TEXT", "in name, number or description; default: all"))),
            [](RegFindCommand& command, const std::string& text) {
              command.texts.push_back(FileValue(text));
            });

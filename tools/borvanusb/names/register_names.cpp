@@ -173,8 +173,8 @@ NamedTarget RegisterNames::Find(const std::string& name) const {
     const std::string nearest = Nearest(name);
     throw Failure(ExitCode::kUsage,
                   Format("the profile \"{}\" has no register or field {}{}", profile_->name, name,
-                         nearest.empty() ? "" : Format("; do you mean {}?", nearest)),
-                  "borvanusb reg find TEXT looks for names.");
+                         nearest.empty() ? "" : Format("; did you mean {}?", nearest)),
+                  "borvanusb reg find TEXT searches names.");
   }
   // A full name has priority over an abbreviated one.
   for (const NamedTarget& target : found) {
@@ -182,8 +182,8 @@ NamedTarget RegisterNames::Find(const std::string& name) const {
       return target;
     }
   }
-  throw Failure(ExitCode::kUsage, Format("{} may be {}", name, Shown(found)),
-                "Give more of the name.");
+  throw Failure(ExitCode::kUsage, Format("{} is ambiguous: {}", name, Shown(found)),
+                "Use a longer name.");
 }
 
 std::vector<NamedTarget> RegisterNames::Match(const std::string& pattern) const {
@@ -192,7 +192,7 @@ std::vector<NamedTarget> RegisterNames::Match(const std::string& pattern) const 
     throw Failure(
         ExitCode::kUsage,
         Format("the profile \"{}\" has no register or field that fits {}", profile_->name, pattern),
-        "borvanusb reg find TEXT looks for names; * stands for anything but a dot.");
+        "borvanusb reg find TEXT searches names; * matches any characters except a dot.");
   }
   return found;
 }

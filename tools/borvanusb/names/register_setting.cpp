@@ -42,7 +42,7 @@ RegisterSetting NumberSetting(const std::string& word, const std::string& text,
     throw Failure(ExitCode::kUsage,
                   Format("{}: {} {}", word, text.empty() ? "an empty text" : text,
                          value ? Format("is too big for {} bits", setting.access.access_bits)
-                               : std::string("is no number")),
+                               : std::string("is not a valid number")),
                   Format("Allowed are 0 to {}.", Hex(setting.bits)));
   }
   setting.value = *value;
@@ -156,7 +156,7 @@ SettingWords SplitSetting(const std::string& text) {
   const std::size_t sign = text.find('=');
   const std::string_view of = Trimmed(std::string_view(text).substr(0, sign));
   if (sign == std::string::npos || of.empty()) {
-    throw Failure(ExitCode::kUsage, Format("{}: is no setting", text),
+    throw Failure(ExitCode::kUsage, Format("{}: is not a valid setting", text),
                   "A setting is a register, =, and its value: SENSOR.GAIN=0x10");
   }
   return {std::string(of), std::string(Trimmed(std::string_view(text).substr(sign + 1)))};

@@ -37,9 +37,9 @@ void AddNumbers(const Range& range, const NumberMeaning& numbers,
                 std::vector<WordTarget>& targets) {
   if (targets.size() + range.Size() > kMostRegisters) {
     throw Failure(ExitCode::kUsage,
-                  Format("{} are {}, one command takes at most {}", Text(range),
+                  Format("{} has {}; the limit for one command is {}", Text(range),
                          Count(range.Size(), "register"), kMostRegisters),
-                  "Name a part of them.");
+                  "Use a smaller range.");
   }
   for (std::uint64_t address = range.first; address <= range.last; ++address) {
     targets.push_back({NumberAccess(static_cast<std::uint32_t>(address), numbers), {}});
@@ -63,8 +63,8 @@ std::shared_ptr<const RegisterNames> NamesNeededFor(const std::string& word,
   if (names == nullptr) {
     const std::string folder = ProfileFolder(context.host);
     throw Failure(ExitCode::kUsage,
-                  Format("{}: is no number, and camera {} has no profile that could name it", word,
-                         camera.name),
+                  Format("{}: is not a number, and camera {} has no profile that could name it",
+                         word, camera.name),
                   Format("Give the profile with --profile FILE{}.",
                          folder.empty() ? "" : Format(", or put it into {}", folder)));
   }

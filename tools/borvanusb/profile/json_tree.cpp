@@ -105,7 +105,7 @@ class TreeBuilder : public nlohmann::json_sax<nlohmann::json> {
     std::string why = error.what();
     const std::size_t begin = why.find(": ");
     why = begin == std::string::npos ? why : why.substr(begin + 2);
-    throw JsonTextError(line_, Format("is no JSON: {}", why));
+    throw JsonTextError(line_, Format("is not valid JSON: {}", why));
   }
 
  private:
@@ -168,7 +168,7 @@ JsonNode ReadJsonTree(std::string_view text) {
   const char* const end = text.data() + text.size();
   if (!nlohmann::json::sax_parse(LineCounting(text.data(), &line), LineCounting(end, nullptr),
                                  &builder)) {
-    throw JsonTextError(line, "is no JSON");
+    throw JsonTextError(line, "is not valid JSON");
   }
   return builder.Take();
 }

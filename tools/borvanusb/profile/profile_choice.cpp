@@ -62,7 +62,7 @@ std::shared_ptr<const CameraProfile> ProfileFor(const CameraIdentity& camera, Co
     throw Failure(ExitCode::kUsage,
                   Format("two profiles fit the camera {} equally well: {} and {}", camera.name,
                          match.best->file, match.equal.front()),
-                  "Choose one with --profile, or tell their cameras apart by vid, pid and name.");
+                  "Choose one with --profile, or distinguish their cameras by vid, pid and name.");
   }
   return match.best;
 }

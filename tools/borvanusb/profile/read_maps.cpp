@@ -132,7 +132,7 @@ void ReadRegisterRules(const JsonNode& item, ProfileMap& map, ValueReader& value
     }
     if (map.map != nullptr && std::ranges::find(map.map->registers, name, &MapRegister::name) ==
                                   map.map->registers.end()) {
-      values.Wrong(rule, "is no register of the map");
+      values.Wrong(rule, "is not a register of the map");
     }
     map.register_rules.emplace(name, ReadRule(rule, map.rule, map, values));
   }

@@ -34,7 +34,7 @@ bool ValueReader::IsObject(const JsonNode& node, std::initializer_list<std::stri
   }
   for (const auto& [key, value] : node.members) {
     if (std::ranges::find(keys, key) == keys.end()) {
-      Wrong(value, Format("is no key; allowed are {}", List(keys)));
+      Wrong(value, Format("is not a valid key; allowed are {}", List(keys)));
     }
   }
   return true;

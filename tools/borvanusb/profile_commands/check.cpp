@@ -91,7 +91,7 @@ CommandRule ProfileCheckRule() {
   rule.Details(
       "It also checks the maps and list files that the profile names, presets against the names of "
       "registers, and defaults against the tool's options. The exit code is 5 if there is an "
-      "error; remarks are no errors.");
+      "error; remarks are not errors.");
   RefuseAllOfCameras(rule);
   rule.Example("borvanusb profile check module.camera.json");
   return rule.Take();

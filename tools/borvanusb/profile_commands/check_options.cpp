@@ -101,7 +101,7 @@ std::string DefaultProblem(const std::string& option, const std::string& value,
   }
   const std::string nearest = NearestWord(option, NamesOfOptions(rules));
   return Format("no command has this option{}",
-                nearest.empty() ? "" : Format("; do you mean {}?", nearest.substr(2)));
+                nearest.empty() ? "" : Format("; did you mean {}?", nearest.substr(2)));
 }
 
 }  // namespace borvanusb

@@ -145,8 +145,8 @@ class Checker {
       }
       const auto [found, is_new] = patterns.emplace(InSmallLetters(pattern), region.name);
       if (!is_new) {
-        Remark(node, Format("\"{}\" also stands in the region {}: the name of a file does not "
-                            "tell where it belongs",
+        Remark(node, Format("\"{}\" is also in region {}; a file name that matches both does not "
+                            "select a region",
                             pattern, found->second));
       }
     }

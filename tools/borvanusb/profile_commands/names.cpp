@@ -31,7 +31,7 @@ CommandRule ProfileNamesRule() {
              command.kind = static_cast<NameKind>(
                  ChoiceValue(text, {"registers", "settings", "regions", "presets"}));
            });
-  rule.Add(Optional(Argument("WORD", "how the names begin; else all")),
+  rule.Add(Optional(Argument("WORD", "how the names begin; default: all")),
            [](ProfileNamesCommand& command, const std::string& text) { command.word = text; });
   rule.Details("Makes no transfers. With --profile no camera is needed.");
   rule.Refuse("--progress", kNoProgress);

@@ -122,7 +122,7 @@ ExitCode Run(const ProfileShowCommand& command, Context& context) {
 CommandRule ProfileShowRule() {
   RuleOf<ProfileShowCommand> rule({"profile", "show"}, "Shows what a camera profile says.");
   rule.Add(
-      File(Optional(Argument("FILE", "the profile; else that of --profile or of the camera"))),
+      File(Optional(Argument("FILE", "the profile; default: that of --profile or of the camera"))),
       [](ProfileShowCommand& command, const std::string& text) { command.file = FileValue(text); });
   rule.Check([](const ProfileShowCommand& command, const GivenOptions& given) {
     for (const char* const option : {"--camera", "--profile", "--force-profile"}) {

@@ -25,7 +25,7 @@ void CheckOnePage(const Range& range) {
   if (range.first >> kPageShift != range.last >> kPageShift) {
     throw Failure(
         ExitCode::kUsage,
-        Format("RANGE: {} has registers of several pages (bits 16 to 31), a list holds one",
+        Format("RANGE: {} covers several pages (bits 16 to 31); a list can contain only one",
                Text(range)),
         "Dump each page to a list of its own, or all as raw bytes to a name that ends in "
         ".bin.");
@@ -94,7 +94,7 @@ ExitCode Run(const RegDumpCommand& command, Context& context) {
 CommandRule RegDumpRule() {
   RuleOf<RegDumpCommand> rule({"reg", "dump"}, "Writes registers as a list for reg load.");
   // Must be added first, so that the following options can refer to it.
-  rule.AddFlag("--all-named", "all registers that the profile names; RANGE is left out",
+  rule.AddFlag("--all-named", "all registers named in the profile; omit RANGE",
                &RegDumpCommand::all_named);
   rule.Add(Optional(Argument("RANGE", kRangeText)),
            [](RegDumpCommand& command, const std::string& text) {

@@ -38,7 +38,7 @@ Number ReadNumber(std::string_view field, const std::string& what) {
   const char* const end = digits.data() + digits.size();
   const auto result = std::from_chars(digits.data(), end, value, 16);
   if (digits.empty() || digits.front() == '-' || result.ptr != end) {
-    return {{}, Format("{} {} is no hexadecimal number", what, Quoted(field))};
+    return {{}, Format("{} {} is not a valid hexadecimal number", what, Quoted(field))};
   }
   if (result.ec != std::errc()) {
     return {{}, Format("{} {} has more than 32 bits", what, Quoted(field))};

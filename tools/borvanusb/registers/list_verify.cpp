@@ -76,7 +76,7 @@ std::string NameOf(const WrongRegister& wrong) {
 
 std::string TextOf(const WrongRegister& wrong) {
   const int digits = wrong.i2c ? WidthModeOf(wrong.i2c->mode).value_digits : kValueDigits;
-  return Format("{} holds {} in place of {}", NameOf(wrong), Hex(wrong.found, digits),
+  return Format("{} is {} (expected {})", NameOf(wrong), Hex(wrong.found, digits),
                 Hex(wrong.expected, digits));
 }
 

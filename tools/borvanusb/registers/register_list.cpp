@@ -236,7 +236,8 @@ std::string RegisterDumpText(const Range& range, std::span<const std::uint32_t> 
 }
 
 std::string WideRegisterDumpText(const Range& range, std::span<const std::uint32_t> values) {
-  std::string text = "// 32-bit registers; no list holds them, so this can't be loaded back\n";
+  std::string text =
+      "// 32-bit registers; a list can't contain them, so this can't be loaded back\n";
   for (std::size_t i = 0; i < values.size(); ++i) {
     text += Format("{} {}\n", Hex(range.first + i, kAddressDigits), Hex(values[i], kWideDigits));
   }

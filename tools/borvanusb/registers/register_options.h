@@ -15,8 +15,8 @@ constexpr int kByteBits = 8;
 constexpr const char* kRangeText = "0x1a3, or several: 0x1000-0x10ff, 0x1000+256";
 constexpr const char* kMaskText = "change only the bits that are 1 in M; reads first";
 constexpr const char* kVerifyText = "read back and compare";
-constexpr const char* kDumpFileText = "file to write, as a list; else standard output (-)";
-constexpr const char* kHexText = "show bytes in rows of 16 with text beside them, no list";
+constexpr const char* kDumpFileText = "file to write, as a list; default: standard output (-)";
+constexpr const char* kHexText = "show a hex dump instead of a list";
 constexpr const char* kVerifyListText = "read every register back and compare";
 constexpr const char* kCheckText = "check the list and write nothing";
 

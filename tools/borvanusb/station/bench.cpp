@@ -64,7 +64,7 @@ std::string Padded(const std::string& text, std::size_t width, bool right) {
 // Measures selector 2. Without a slave, no device would answer, so it is not measured.
 Measurement I2cMeasurement(Camera& camera, std::uint64_t rounds, const I2cOptions& i2c) {
   if (!i2c.slave) {
-    return {2, "I2C read", 0, 0, {}, "not measured: --slave says what to read from"};
+    return {2, "I2C read", 0, 0, {}, "not measured: requires --slave"};
   }
   const I2cTarget target{*i2c.slave, i2c.mode, i2c.option};
   return {
@@ -168,7 +168,7 @@ void Estimate(const std::vector<Measurement>& list, Context& context) {
                      kImageSize / kSectorSize, kProgramTransfers - kImageSize / kSectorSize));
   output.Line(
       "Assumed: an erase or a packet takes as long as one transfer of selector 5; the time");
-  output.Line("that the flash itself takes to erase and program comes on top.");
+  output.Line("that the flash itself takes to erase and program is not included.");
   context.result["estimate"] = {{"bytes", kImageSize},
                                 {"seconds_per_transfer", transfer},
                                 {"program_transfers", kProgramTransfers},

@@ -57,7 +57,7 @@ void PrintSystem(const SystemReport& system, Output& output) {
   output.Line(Format("library      {}", system.library.empty()
                                             ? std::string("not found")
                                             : Format("{}, version {}", system.library,
-                                                     Or(system.library_version, "not told"))));
+                                                     Or(system.library_version, "unknown"))));
   if (!system.library_problem.empty()) {
     output.Line(Format("             can't be used: {}", system.library_problem));
   }

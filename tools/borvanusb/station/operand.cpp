@@ -25,7 +25,7 @@ std::uint32_t Address(std::string_view text) {
   const auto number = ParseNumber(text);
   if (!number || *number > kHighestNumber) {
     throw WrongValue(
-        "is no register: a name of the profile, an address such as 0x1a3, wide:0x1a3, or "
+        "is not a valid register: a name of the profile, an address such as 0x1a3, wide:0x1a3, or "
         "i2c:SLAVE:ADDR such as i2c:0x6c:0x300a, where :8/8 or another width mode may follow");
   }
   return static_cast<std::uint32_t>(*number);
@@ -49,8 +49,8 @@ RegisterAccess I2cOperand(std::string_view text) {
   const bool has_mode = parts.size() == 3;
   if ((parts.size() != 2 && !has_mode) || !slave || *slave > kHighestSlave) {
     throw WrongValue(
-        "is no register on the I2C bus: i2c:SLAVE:ADDR or i2c:SLAVE:ADDR:MODE, with SLAVE from 0 "
-        "to 255, such as i2c:0x6c:0x300a:16/8");
+        "is not a valid register on the I2C bus: i2c:SLAVE:ADDR or i2c:SLAVE:ADDR:MODE, with SLAVE "
+        "from 0 to 255, such as i2c:0x6c:0x300a:16/8");
   }
   I2cTarget target{static_cast<std::uint32_t>(*slave), 1, 0};
   if (has_mode) {

@@ -156,11 +156,12 @@ CommandRule PresetSaveRule() {
   rule.Add(
       NamesOf("presets", Argument("NAME", "the preset")),
       [](PresetSaveCommand& command, const std::string& text) { command.name = FileValue(text); });
-  rule.Add(NamesOf("registers", Optional(Repeated(Argument(
-                                    "WHAT", "registers and fields; else those of the preset")))),
-           [](PresetSaveCommand& command, const std::string& text) {
-             command.words.push_back(RegisterWord(text));
-           });
+  rule.Add(
+      NamesOf("registers", Optional(Repeated(Argument(
+                               "WHAT", "registers and fields; default: those of the preset")))),
+      [](PresetSaveCommand& command, const std::string& text) {
+        command.words.push_back(RegisterWord(text));
+      });
   rule.Add(Option("--description", "TEXT", "what the preset is for"),
            [](PresetSaveCommand& command, const std::string& text) {
              command.description = FileValue(text);

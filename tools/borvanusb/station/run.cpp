@@ -89,10 +89,10 @@ CommandRule RunRule() {
     }
   });
   rule.Details(
-      "A line has neither the word borvanusb nor a shell; \"quotes\" hold blanks. All lines are "
-      "checked before the first one runs. Only in scripts: sleep 100ms, ask \"QUESTION\", "
-      "expect 0x1a3 == 0x20, wait i2c:0x6c:0x300a == 0x56 --timeout 2s, with &MASK after the "
-      "address if only some bits count.");
+      "Lines do not start with borvanusb and are not run by a shell; use \"quotes\" for blanks. "
+      "All lines are checked before the first one runs. Only in scripts: sleep 100ms, ask "
+      "\"QUESTION\", expect 0x1a3 == 0x20, wait i2c:0x6c:0x300a == 0x56 --timeout 2s, with &MASK "
+      "after the address if only some bits count.");
   rule.Example("borvanusb run settings.txt --set SERIAL=17");
   return rule.Take();
 }

@@ -46,7 +46,7 @@ std::string_view TextOf(Comparison comparison) {
 Comparison ComparisonValue(const std::string& text) {
   const auto* const found = std::ranges::find(kComparisons, text, &ComparisonName::text);
   if (found == kComparisons.end()) {
-    throw WrongValue("is no comparison: ==, !=, <, <=, > or >=");
+    throw WrongValue("is not a valid comparison: ==, !=, <, <=, > or >=");
   }
   return found->comparison;
 }
@@ -314,7 +314,7 @@ Arguments ParseScriptLine(const std::vector<std::string>& words, const DefaultsS
   if (std::holds_alternative<Arguments>(parsed)) {
     return std::get<Arguments>(std::move(parsed));
   }
-  throw Failure(ExitCode::kUsage, "--help and --version are no commands of a script",
+  throw Failure(ExitCode::kUsage, "--help and --version are not commands of a script",
                 "Remove the line.");
 }
 

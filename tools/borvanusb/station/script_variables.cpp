@@ -79,8 +79,8 @@ std::pair<std::string, std::string> VariableValue(const std::string& text) {
   const std::size_t sign = text.find('=');
   if (sign == std::string::npos || !IsName(text.substr(0, sign))) {
     throw WrongValue(
-        "is no variable: NAME=VALUE, where NAME has letters, digits and _ and does not begin with "
-        "a digit");
+        "is not a valid variable: NAME=VALUE, where NAME has letters, digits and _ and does not "
+        "begin with a digit");
   }
   return {text.substr(0, sign), text.substr(sign + 1)};
 }

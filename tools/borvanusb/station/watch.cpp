@@ -109,8 +109,8 @@ class Watcher {
     context_.output.Note(Format("{} in {} s, {}", Count(polls_, "poll"), Seconds(seconds),
                                 Count(changes_, "change")));
     if (late_ > 0) {
-      context_.output.Note(Format("note: {} came late: reading takes longer than --rate allows",
-                                  Count(late_, "poll")));
+      context_.output.Note(Format("note: {} {} late: reading takes longer than --rate allows",
+                                  Count(late_, "poll"), late_ == 1 ? "was" : "were"));
     }
   }
 

@@ -109,7 +109,7 @@ std::string WindowsHost::JournalFolder() const {
   if (local.empty()) {
     throw Failure(ExitCode::kFile,
                   "the system names no folder for the user's data: LOCALAPPDATA is not set",
-                  "Set BORVANUSB_JOURNALS to a folder that lasts; the journals lie there.");
+                  "Set BORVANUSB_JOURNALS to a permanent folder; journals are stored there.");
   }
   return Format("{}\\BorvanUSB\\journals", local);
 }

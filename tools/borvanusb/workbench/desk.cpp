@@ -92,7 +92,7 @@ void Desk::RunNow(const RunOrder& order, const Respond& respond) {
   if (!order.job.empty() && FindJob(order.job) != nullptr) {
     respond(kBadRequest, {{"error", "refused"},
                           {"message", Format("job: {} is at work already", order.job)},
-                          {"hint", "Give each run a name of its own."}});
+                          {"hint", "Use a unique job id."}});
     return;
   }
   auto job = MakeJob(order);

@@ -129,7 +129,7 @@ std::optional<HttpResponse> CheckOrigin(const HttpRequest& request, const Sessio
 std::optional<HttpResponse> CheckLength(const HttpRequest& request) {
   const auto length = AnnouncedLength(request);
   if (!length) {
-    return Malformed("Content-Length is no number");
+    return Malformed("Content-Length is not a valid number");
   }
   const bool upload = request.target == "/api/files" || request.target.starts_with("/api/files?");
   const std::uint64_t limit = request.method != "POST" ? 0 : upload ? kLongestUpload : kLongestJson;

@@ -30,7 +30,7 @@ HttpResponse JsonResponse(const Json& body) {
 
 HttpResponse WrongMethod(const char* allowed) {
   HttpResponse response =
-      ErrorResponse(405, "method", Format("the method is not possible here; {} is", allowed));
+      ErrorResponse(405, "method", Format("method not allowed; use {}", allowed));
   response.headers.emplace_back("Allow", allowed);
   return response;
 }
@@ -84,7 +84,7 @@ HttpResponse ServePage(const HttpRequest& request, std::string_view path,
   const auto files = services.Page();
   const auto found = std::ranges::find(files, path, &PageFile::path);
   if (found == files.end()) {
-    return ErrorResponse(404, "not-found", "there is nothing by this address");
+    return ErrorResponse(404, "not-found", "not found");
   }
   if (request.method != "GET") {
     return WrongMethod("GET");

@@ -31,7 +31,7 @@ Json Parsed(const std::string& text) {
   try {
     return Json::parse(text, check_depth);
   } catch (const Json::exception&) {
-    throw Wrong("the body is no JSON");
+    throw Wrong("the body is not valid JSON");
   }
 }
 
@@ -39,7 +39,7 @@ Json Parsed(const std::string& text) {
 
 JsonBody::JsonBody(const std::string& text) : json_(std::make_unique<Json>(Parsed(text))) {
   if (!json_->is_object()) {
-    throw Wrong("the body is no JSON object");
+    throw Wrong("the body is not a JSON object");
   }
 }
 
@@ -120,7 +120,7 @@ std::optional<double> JsonBody::OptionalNumber(const char* key) const {
 void JsonBody::RefuseOthers(std::initializer_list<std::string_view> known) const {
   for (const auto& item : json_->items()) {
     if (std::ranges::find(known, std::string_view(item.key())) == known.end()) {
-      throw Wrong(Format("there is no key {}", Quoted(item.key())));
+      throw Wrong(Format("unknown key {}", Quoted(item.key())));
     }
   }
 }

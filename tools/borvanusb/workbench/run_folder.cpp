@@ -97,7 +97,7 @@ void RunFolder::Save(const std::string& file, std::string_view bytes) const {
     used += stored.size;
   }
   if (used > kLargestFolder) {
-    throw Failure(ExitCode::kFile, "the workbench's folder is full: it holds 2 GiB at most",
+    throw Failure(ExitCode::kFile, "the workbench's folder is full: the limit is 2 GiB",
                   "Start the workbench again; its folder is then empty.");
   }
   WriteWholeText(Format("{}/{}", name_, file), bytes, Lasting::kThroughProcess);

@@ -87,7 +87,7 @@ const PageCommand& PageCommandOf(const std::string& words) {
   const auto* const found =
       std::ranges::find(kCommands, std::string_view(words), &PageCommand::words);
   if (found == kCommands.end()) {
-    throw Refusal(words.empty() ? std::string("there is no such command in the workbench")
+    throw Refusal(words.empty() ? std::string("unknown workbench command")
                                 : Format("{}: is not possible in the workbench", words),
                   "Run it on the command line.");
   }
@@ -101,7 +101,7 @@ std::string NameOf(const OptionDescription& option) {
 void CheckPlain(const OptionDescription& option, std::string_view value) {
   if (const std::string problem = ProblemOfPlainName(value); !problem.empty()) {
     throw Refusal(Format("{}: {} {}", NameOf(option), Quoted(value), problem),
-                  "The workbench takes files of its own folder only; upload the file first.");
+                  "Only files in the workbench's folder are allowed; upload the file first.");
   }
 }
 
@@ -194,7 +194,7 @@ void CheckCommon(const ToolDescription& tool, const SortedWords& words) {
     if (!words.common[i].empty() &&
         std::ranges::find(kCommonAllowed, name) == kCommonAllowed.end()) {
       throw Refusal(Format("{}: the workbench does not take this option from a page", name),
-                    "Remove it; what is needed is set by the workbench.");
+                    "Remove it; the workbench sets it.");
     }
   }
 }

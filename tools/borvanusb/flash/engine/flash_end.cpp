@@ -47,7 +47,7 @@ void RefuseBeyondEnd(const Image& image, const FlashEnd& end) {
   }
   if (image.First() >= *end.size && !image.has_addresses) {
     throw Failure(ExitCode::kFile,
-                  Format("--address: {} lies beyond {}", Hex(image.First()), FlashText(end)),
+                  Format("--address: {} is beyond {}", Hex(image.First()), FlashText(end)),
                   ImageHint(image));
   }
   throw Failure(ExitCode::kFile,
@@ -64,7 +64,7 @@ std::optional<std::uint64_t> CheckWithinFlash(Camera& camera, const std::string&
     throw Failure(
         ExitCode::kUsage,
         Format("{}: {}{}{}", argument, Text(range),
-               range.first >= *end.size ? " lies beyond " : " ends beyond ", FlashText(end)),
+               range.first >= *end.size ? " is beyond " : " ends beyond ", FlashText(end)),
         RangeHint(*end.size));
   }
   return end.size;

@@ -217,7 +217,7 @@ Journal ParseJournal(const std::string& text) {
   try {
     return FromJson(Json::parse(text));
   } catch (const Json::exception&) {
-    throw std::invalid_argument("it is no journal");
+    throw std::invalid_argument("it is not a valid journal");
   }
 }
 

@@ -34,7 +34,7 @@ Journal Read(const std::string& file) {
   } catch (const std::invalid_argument& error) {
     throw Failure(
         ExitCode::kFile,
-        Format("can't use the journal {}: {}; it may hold bytes of a flash that are nowhere else",
+        Format("can't use the journal {}: {}; it may hold bytes of a flash that exist nowhere else",
                file, error.what()),
         "Keep a copy of it elsewhere, remove it from this folder and run again.");
   }

@@ -258,7 +258,7 @@ std::string RestoreOldBytes(const FlashExamination& seen, Security& security, Wo
     const Ranges vouched = writer.Write(runs, before, {}, SectorWriter::StopWish::kIgnore);
     const Mismatch mismatch = WriterFor(security, site).Compare(Without(runs, vouched), before);
     if (!mismatch.wrong.empty()) {
-      return Format("; the old bytes were written back, but {} does not read back so",
+      return Format("; the old bytes were written back, but {} reads back differently",
                     RangesText(mismatch.wrong));
     }
     site.state.SetRestored();

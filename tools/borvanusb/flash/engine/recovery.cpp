@@ -91,7 +91,7 @@ class Judge {
     }
     throw Failure(
         ExitCode::kUsage,
-        Format("--journal: {} is no journal with bytes for these sectors of this kind of camera",
+        Format("--journal: {} is not a journal with bytes for these sectors of this kind of camera",
                request_.choice),
         "Give the file that the message named, or none.");
   }
@@ -171,7 +171,7 @@ class Judge {
     const bool asks = request_.choice != kNoJournal && !IsIn(named_, SectorAt(address)) &&
                       Identity(entry.journal) != SameCamera::kNo;
     if (asks) {
-      Ask(entry, Format("the sector {} holds what a later change wrote, which the interruption may "
+      Ask(entry, Format("the sector {} contains data of a later change, which the interruption may "
                         "also have left",
                         Text(SectorAt(address))));
     }
@@ -188,9 +188,8 @@ class Judge {
     const bool asks = request_.choice != kNoJournal && !IsIn(named_, SectorAt(address)) &&
                       Identity(entry.journal) != SameCamera::kNo;
     if (asks) {
-      Ask(entry,
-          Format("the sector {} holds neither what was there before nor what was being written",
-                 Text(SectorAt(address))));
+      Ask(entry, Format("the sector {} contains neither the old nor the new data",
+                        Text(SectorAt(address))));
     }
     Misplace(entry, same_path);
   }

@@ -111,8 +111,9 @@ std::string WorkState::SentenceLocked() const {
     return "nothing in the flash was changed";
   }
   if (phase_ == Phase::kRestoring) {
-    return Format("the old bytes were being written back; {} may hold old or new bytes or none{}",
-                  RangesText(Union(parts.written, parts.unfinished)), KeptLocked());
+    return Format(
+        "the old bytes were being written back; {} may contain old bytes, new bytes or be erased{}",
+        RangesText(Union(parts.written, parts.unfinished)), KeptLocked());
   }
   std::string text;
   AddPart(text, parts.wrong, "differs from what was written");

@@ -43,7 +43,7 @@ async function request(path: string, options: RequestInit = {}): Promise<Respons
   } catch {
     // The refusal has no body.
   }
-  const busy = response.status === 409 ? `Other work has this camera: ${body.job?.line ?? 'unknown'}` : null;
+  const busy = response.status === 409 ? `Another command is using this camera: ${body.job?.line ?? 'unknown'}` : null;
   const text = busy ?? body.message ?? body.error ?? `The workbench refused the request (${response.status}).`;
   throw new RequestFailed(response.status, body.error ?? 'refused', text, body.job ?? null, body.hint);
 }

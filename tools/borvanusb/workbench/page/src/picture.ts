@@ -35,7 +35,7 @@ async function open(device: string | null): Promise<MediaStream> {
 // Opens the video device with the camera's name. Browsers reveal the names only after the user gave permission.
 export async function startPicture(cameraName: string): Promise<void> {
   if (!navigator.mediaDevices) {
-    picture.set({ problem: 'This browser gives pages on this address no camera.' });
+    picture.set({ problem: 'This browser does not allow camera access for this address.' });
     return;
   }
   picture.set({ state: 'asking', problem: null });

@@ -111,7 +111,7 @@ function OfCamera({ camera }: { camera: Camera }) {
           void store.readMap();
         }}>Read the map</Button>
         <Button icon="download" disabled={disabled} onClick={() => void backup(store, null)}>Backup of the whole flash</Button>
-        <Select label="Size" value={store.givenSize ?? ''} disabled={disabled} title="A blank flash does not show its size"
+        <Select label="Size" value={store.givenSize ?? ''} disabled={disabled} title="The size of a blank flash can't be detected"
           onChange={(size) => {
             store.givenSize = size === '' ? null : size;
             store.forget();

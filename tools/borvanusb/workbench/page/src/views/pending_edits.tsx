@@ -32,7 +32,7 @@ export function PendingEdits({ store, plugged }: { store: RegisterStore; plugged
         </ul>
         <div class="grow" />
         <Button kind="quiet" expanded={shown} onClick={() => setShown(!shown)}>Writes ({writes.length})</Button>
-        <Button icon="undo" disabled={!undo || store.writing || !plugged || readOnly} title={undo ? `Takes back: ${undo.text}` : 'Nothing to take back'}
+        <Button icon="undo" disabled={!undo || store.writing || !plugged || readOnly} title={undo ? `Restores: ${undo.text}` : 'Nothing to take back'}
           onClick={() => void store.undo()}>Undo last write</Button>
         <Button disabled={settings.length === 0} onClick={() => store.discard()}>Discard</Button>
         <Button kind="primary" icon="write" disabled={settings.length === 0 || store.writing || !plugged || readOnly}

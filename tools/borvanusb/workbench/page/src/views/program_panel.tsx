@@ -140,7 +140,7 @@ export function ProgramPanel({ store, camera, regions, foreign, plugged, readOnl
       <h2>Program</h2>
       {foreign && (
         <>
-          <Note icon="flash"><p>This camera is being programmed: by the line, by another page, or by this one before it was loaded again.</p><CommandLine line={foreign.line} /></Note>
+          <Note icon="flash"><p>This camera is being programmed by Line, by another page, or by this page before it was reloaded.</p><CommandLine line={foreign.line} /></Note>
           <ProgressLine job={foreign} onStop={() => void api.stop(foreign.id)} />
         </>
       )}
@@ -152,7 +152,7 @@ export function ProgramPanel({ store, camera, regions, foreign, plugged, readOnl
           }} />
           <JournalList store={store} disabled={disabled} />
           {plan && !store.outcome && <Plan plan={plan.result} messages={otherThanJournals(plan.messages)} regions={regions} />}
-          {plan && !store.outcome && !changes && <Note kind="good" icon="check"><p>The flash holds the image already. Nothing has to be written.</p></Note>}
+          {plan && !store.outcome && !changes && <Note kind="good" icon="check"><p>The flash already contains the image. Nothing has to be written.</p></Note>}
           {changes && !store.outcome && <CommandLine line={commandLine(store.programWords)} />}
           {store.outcome && <OutcomeNote outcome={store.outcome} store={store} disabled={disabled || readOnly} />}
           <VerifyNote store={store} />
