@@ -39,8 +39,7 @@ struct SystemReport {
   std::vector<std::string> library_places;  // places searched for the DLL, in order
   std::string com_problem;                  // why COM fails; empty if it works
   std::vector<VideoDevice> devices;         // all devices in the category of video inputs
-  std::vector<std::pair<std::string, std::string>>
-      environment;  // variables of this tool that are set
+  std::vector<std::pair<std::string, std::string>> environment;  // this tool's variables
 };
 
 // The failure for a camera that exists but does not have this chip.

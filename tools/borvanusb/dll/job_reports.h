@@ -12,8 +12,7 @@ namespace borvanusb {
 // Before a job starts, this program therefore sets a mark: it starts a flash write with an empty
 // file name, which fails and leaves its status as the mark. After that, the value is one of these:
 // - the mark: the job has reported nothing, or it has reported that it can't use its file, which
-// has
-//   the same status
+//   has the same status
 // - 0: the value was cleared, because a job reported 100 three seconds ago
 // - any other value: the report of this job, because no other job runs
 // The library reads the two halves of the value one after the other. A status may therefore come
