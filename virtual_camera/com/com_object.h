@@ -12,8 +12,8 @@ namespace virtual_camera {
 // Objects and locks that keep the DLL loaded.
 inline std::atomic<long> g_module_references{0};
 
-// Reference counting for a class that implements `Interfaces`; QueryInterface is left to it. An
-// object starts with one reference, its creator's.
+// Implements reference counting for a class with `Interfaces`. The class itself implements
+// QueryInterface. A new object has one reference, which belongs to its creator.
 template <class... Interfaces>
 class ComObject : public Interfaces... {
  public:
@@ -39,8 +39,8 @@ class ComObject : public Interfaces... {
 
 using Microsoft::WRL::ComPtr;
 
-// Takes over the reference that an object starts with. Not by Attach: mingw-w64's adds a reference,
-// others' don't.
+// Takes over the first reference of a new object. Does not use ComPtr::Attach, because the one of
+// mingw-w64 adds a reference and others do not.
 template <class T>
 ComPtr<T> Owned(T* object) {
   ComPtr<T> owned;

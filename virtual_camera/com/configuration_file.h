@@ -7,10 +7,11 @@ namespace virtual_camera {
 // The environment variable that names the configuration file.
 inline constexpr wchar_t kConfigurationVariable[] = L"BORVAN_VIRTUAL_CAMERA";
 
-// The file that the environment variable kTraceVariable names, in UTF-8; empty without one.
+// Returns the file that the environment variable kTraceVariable names, in UTF-8. Empty if the
+// variable is not set.
 std::string ProcessTraceFile();
 
-// The file that describes the cameras, in UTF-8: the one that the environment variable names, else
+// Returns the configuration file, in UTF-8: the one that the environment variable names, otherwise
 // BorvanUSB\virtual-camera.json in the folder for the data of all users. It need not exist.
 std::string ConfigurationFile();
 

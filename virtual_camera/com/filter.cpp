@@ -10,10 +10,10 @@
 namespace virtual_camera {
 namespace {
 
-// What a camera answers when the file has no such camera.
+// The result if the configuration file does not contain the camera.
 constexpr HRESULT kNoSuchCamera = HRESULT_FROM_WIN32(ERROR_DEVICE_NOT_CONNECTED);
 
-// A text that a property bag gives away.
+// Receives a text from a property bag. The destructor frees it.
 struct TextProperty {
   TextProperty() { value.vt = VT_BSTR; }
   TextProperty(const TextProperty&) = delete;
@@ -110,13 +110,13 @@ HRESULT Filter::GetState(DWORD /*timeout_ms*/, FILTER_STATE* state) {
   }
   const std::lock_guard lock(mutex_);
   *state = state_;
-  // A live source has no data while it is paused, which the graph must not wait for.
+  // A live source delivers no data while it is paused. This result tells the graph not to wait.
   return state_ == State_Paused ? VFW_S_CANT_CUE : S_OK;
 }
 
 HRESULT Filter::SetSyncSource(IReferenceClock* clock) {
   ComPtr<IReferenceClock> exchanged = clock;
-  // The former clock is released after the lock: that calls into somebody else's code.
+  // Releases the previous clock after the lock, because the release calls foreign code.
   const std::lock_guard lock(mutex_);
   clock_.Swap(exchanged);
   return S_OK;

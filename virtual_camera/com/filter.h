@@ -11,9 +11,9 @@
 
 namespace virtual_camera {
 
-// The capture filter that a device moniker of the virtual camera binds to. It has the inside of a
-// USB camera (topology and extension unit) and takes part in a filter graph, but has no pins: the
-// virtual camera delivers no picture.
+// The capture filter that a device moniker of the virtual camera binds to. It has the topology and
+// the extension unit of a USB camera and can be added to a filter graph, but it has no pins,
+// because the virtual camera delivers no picture.
 class Filter final
     : public ComObject<IBaseFilter, IPersistPropertyBag, IKsTopologyInfo, IKsControl> {
  public:
@@ -61,7 +61,7 @@ class Filter final
  private:
   std::shared_ptr<Session> CurrentSession();
 
-  // What `question` answers about the camera's topology; E_UNEXPECTED without a camera.
+  // Returns the result of `question` for the camera's topology, or E_UNEXPECTED without a camera.
   template <class Question>
   HRESULT WithTopology(Question question) {
     return Guarded([&]() -> HRESULT {
@@ -74,7 +74,8 @@ class Filter final
   std::shared_ptr<Session> session_;
   FILTER_STATE state_ = State_Stopped;
   ComPtr<IReferenceClock> clock_;
-  // The graph owns its filters: a reference of ours would keep both alive for ever.
+  // Not a counted reference: the graph owns its filters, so a reference to the graph would keep
+  // both alive forever.
   IFilterGraph* graph_ = nullptr;
   std::wstring name_in_graph_;
 };

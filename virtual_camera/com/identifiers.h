@@ -1,7 +1,7 @@
 #pragma once
 
-// The identifiers by which hosts know the virtual camera and its parts. They are constants of ours
-// because the libraries that hold them differ between compilers.
+// The identifiers of the virtual camera and its parts. They are defined here because the libraries
+// that contain them differ between compilers.
 
 #include <windows.h>
 

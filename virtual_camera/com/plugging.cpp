@@ -20,7 +20,7 @@
 namespace virtual_camera {
 namespace {
 
-// How often a camera that is due is looked at, and when that ends.
+// How often to check for the return of a camera that is due, and when to give up.
 constexpr auto kReturnStep = std::chrono::milliseconds(10);
 constexpr int kReturnSteps = 500;
 
@@ -30,7 +30,8 @@ std::mutex& EntriesMutex() {
   return mutex;
 }
 
-// The code of a thread that sleeps must not be unmapped by a host that frees its COM servers.
+// Keeps the DLL loaded: a host that frees its COM servers must not unmap the code of a sleeping
+// thread.
 void PinModule() {
   HMODULE module = nullptr;
   GetModuleHandleExW(GET_MODULE_HANDLE_EX_FLAG_PIN | GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS,
@@ -38,7 +39,7 @@ void PinModule() {
                      &module);
 }
 
-// The entry appears when the device itself says that it is back: its clock counts.
+// Waits until the state of the device shows that it is plugged in, then adds the entry.
 void AwaitReturn(const Configuration& configuration, std::size_t position) {
   for (int step = 0; step < kReturnSteps; ++step) {
     if (IsPlugged(configuration.cameras.at(position))) {
@@ -115,7 +116,7 @@ void SyncEntries(const Configuration& configuration) {
       if (plugged && HasEntry(HKEY_CLASSES_ROOT, entry)) {
         continue;
       }
-      // It may have one at another place, from before the file was changed.
+      // It may have an entry with another position, from before the configuration was changed.
       RemoveEntry(HKEY_CLASSES_ROOT, entry.path);
       if (plugged) {
         AddEntry(HKEY_CLASSES_ROOT, entry);

@@ -1,7 +1,7 @@
 #pragma once
 
-// What the system's registry holds about the virtual camera: its class, and one entry in the
-// category of video inputs for each camera that is plugged in.
+// The registry entries of the virtual camera: its class, and for each camera that is plugged in one
+// entry in the category of video inputs.
 
 #include <windows.h>
 
@@ -29,28 +29,29 @@ class RegistrationError : public std::runtime_error {
 
 // All functions take the key that stands for HKEY_CLASSES_ROOT.
 
-// Registers `dll` (full path) as server of the class with exactly these entries, which come from
-// the configuration file `configuration`. What an earlier registration left is removed first; when
-// a step fails, all is removed and RegistrationError raised: never is half a set of cameras left.
+// Registers `dll` (full path) as the server of the class, with exactly these entries, which come
+// from the configuration file `configuration`. First removes the entries of an earlier
+// registration. If a step fails, removes everything and throws RegistrationError, so the set of
+// cameras is never incomplete.
 void RegisterCameras(HKEY classes, const std::wstring& dll, const std::wstring& configuration,
                      const std::vector<CategoryEntry>& entries);
 
-// Removes the class and all its entries; RegistrationError if something can't be removed.
+// Removes the class and all its entries. Throws RegistrationError if something can't be removed.
 void UnregisterCameras(HKEY classes);
 
 bool IsRegistered(HKEY classes);
 
-// The full name of the configuration file whose cameras are registered. Empty when there are none,
-// and for a registration of version 0.1.0, which left no name.
+// Returns the full name of the configuration file whose cameras are registered. Empty if there are
+// none, and for a registration by version 0.1.0, which did not store the name.
 std::wstring RegisteredConfiguration(HKEY classes);
 
-// Adds or replaces the entry with this position; RegistrationError on failure.
+// Adds or replaces the entry with this position. Throws RegistrationError on failure.
 void AddEntry(HKEY classes, const CategoryEntry& entry);
 
 // Whether the entry with this position has this path.
 bool HasEntry(HKEY classes, const CategoryEntry& entry);
 
-// Removes the entries with this device path, if there are any; RegistrationError on failure.
+// Removes all entries with this device path. Throws RegistrationError on failure.
 void RemoveEntry(HKEY classes, const std::wstring& path);
 
 }  // namespace virtual_camera

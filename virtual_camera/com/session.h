@@ -13,20 +13,21 @@
 
 namespace virtual_camera {
 
-// What the filter and the node objects of one opening share: the camera, and the kernel-streaming
-// answers that Windows's driver for USB cameras gives in front of it.
+// Shared by the filter and the node objects of an open camera. Contains the camera and answers
+// kernel-streaming requests like the Windows driver for USB cameras.
 class Session {
  public:
-  // Opens the camera with this device path from the configuration file. Null when the file has no
-  // such camera; ConfigurationError when the file or the camera's own files can't be used.
+  // Opens the camera with this device path from the configuration file. Returns null if the file
+  // has no such camera. Throws ConfigurationError if the file or the camera's own files can't be
+  // used.
   static std::shared_ptr<Session> Open(const std::wstring& device_path);
 
   Session(Configuration configuration, std::size_t position);
 
   const std::vector<NodeType>& Nodes() const { return Own().nodes; }
 
-  // A property request on the extension unit, as IKsControl::KsProperty takes it. The node in the
-  // request counts, whichever node's object it came through.
+  // Handles a property request on the extension unit, in the form of IKsControl::KsProperty. Uses
+  // the node in the request, even if the request was made on the object of another node.
   HRESULT Property(const KSPROPERTY* property, ULONG property_bytes, void* data, ULONG data_bytes,
                    ULONG* bytes_returned);
 

@@ -8,17 +8,17 @@
 
 namespace virtual_camera {
 
-// The description of a camera's inside that IKsTopologyInfo gives: its nodes in a chain from the
-// filter's input to its output.
+// The topology that IKsTopologyInfo returns: the nodes of the camera, in a chain from the input of
+// the filter to its output.
 class Topology {
  public:
   explicit Topology(std::vector<NodeType> nodes) : nodes_(std::move(nodes)) {}
 
   DWORD NodeCount() const { return static_cast<DWORD>(nodes_.size()); }
-  // Each of the following has an argument out of range answered with E_INVALIDARG.
+  // The following functions return E_INVALIDARG if an argument is out of range.
   HRESULT NodeTypeOf(DWORD node_id, GUID* type) const;
-  // Copies the name with its terminator; `name_bytes` gets its size even when `buffer_bytes` is too
-  // small, which is answered with 0x800700EA.
+  // Copies the name with its terminator. `name_bytes` always receives the size of the name. Returns
+  // 0x800700EA if `buffer_bytes` is too small.
   HRESULT NodeName(DWORD node_id, WCHAR* name, DWORD buffer_bytes, DWORD* name_bytes) const;
 
   DWORD ConnectionCount() const { return NodeCount() + 1; }

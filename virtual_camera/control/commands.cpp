@@ -32,7 +32,7 @@ std::string Title(const Configuration& configuration, std::size_t position) {
   return Format("camera {} \"{}\"", position, Printable(configuration.cameras[position].name));
 }
 
-// Which cameras hosts see: these, none, or others.
+// Which cameras are registered: those of this configuration, none, or others.
 std::string RegistrationText(const Configuration& configuration) {
   if (IsRegistered(configuration)) {
     return "the cameras are registered";
@@ -45,7 +45,7 @@ std::string RegistrationText(const Configuration& configuration) {
                 file.empty() ? "another file" : Printable(file));
 }
 
-// Said when a command changed the device but no host can see it yet.
+// Message for a command that changed the device, but the change is not visible to hosts yet.
 void RemarkUnregistered(const Configuration& configuration, std::ostream& out) {
   if (!IsRegistered(configuration)) {
     out << (IsRegistered(HKEY_CLASSES_ROOT) ? "these" : "the")
@@ -53,7 +53,8 @@ void RemarkUnregistered(const Configuration& configuration, std::ostream& out) {
   }
 }
 
-// Said when the list of hosts is not as the camera is: whoever only looks leaves it so.
+// Returns a message if the entries that hosts see do not match the state of the camera. A command
+// that only shows the state does not correct them.
 std::string ListText(const Configuration& configuration, std::size_t position) {
   const bool plugged = IsPlugged(configuration.cameras[position]);
   const bool listed = HasEntry(HKEY_CLASSES_ROOT, EntryOf(configuration, position));

@@ -1,8 +1,8 @@
 #pragma once
 
-// What the control program does, one function for each of its commands. Each prints its outcome to
-// `out` and raises an exception whose what() is one line for the user: ConfigurationError,
-// RegistrationError, or CommandError.
+// The commands of the control program, one function each. A function prints its result to `out`. On
+// failure it throws ConfigurationError, RegistrationError or CommandError, whose what() is one line
+// for the user.
 
 #include <iosfwd>
 #include <stdexcept>
@@ -17,9 +17,9 @@ class CommandError : public std::runtime_error {
   using std::runtime_error::runtime_error;
 };
 
-// The position of the camera that `text` names: its position in the file (from 0), else its name,
-// else its device path, both without regard to case. CommandError when there is no such camera or
-// the name fits several.
+// Returns the position of the camera that `text` selects: by its position in the file (from 0),
+// otherwise by its name, otherwise by its device path, both ignoring case. Throws CommandError if
+// no camera matches or several have the name.
 std::size_t FindCamera(const Configuration& configuration, const std::string& text);
 
 // `dll` is the full path of the virtual camera's DLL.
@@ -35,7 +35,7 @@ void PowerCycleCommand(const Configuration& configuration, const std::string& ca
 void ResetFaultsCommand(const Configuration& configuration, const std::string& camera,
                         std::ostream& out);
 
-// These only look: they change nothing in the registry and no file.
+// The following functions change neither the registry nor any file.
 void StateCommand(const Configuration& configuration, const std::string& camera, std::ostream& out);
 // `file` in UTF-8.
 void TraceCommand(const std::string& file, std::ostream& out);

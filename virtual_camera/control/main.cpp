@@ -1,4 +1,4 @@
-// virtual-camera.exe: registers, inspects and handles the virtual cameras of a configuration file.
+// virtual-camera.exe: registers, inspects and controls the virtual cameras of a configuration file.
 
 #include <windows.h>
 // windows.h must come first.
@@ -62,7 +62,7 @@ class CommandLine {
     app_.fallthrough();
   }
 
-  // Parses the arguments and carries the command out. Returns the exit code.
+  // Parses the arguments and runs the command. Returns the exit code.
   int Run() {
     try {
       app_.parse(ReversedArguments());
@@ -109,7 +109,7 @@ class CommandLine {
     using namespace virtual_camera;
     const std::string file = file_.empty() ? ConfigurationFile() : file_;
     const Configuration configuration = LoadConfiguration(file);
-    // Hosts with this environment could not use the cameras, and have no way to say why.
+    // Hosts with this environment could not use the cameras and could not report the reason.
     CheckProcessTrace(configuration, ProcessTraceFile());
     if (*check_) {
       CheckCommand(configuration, file, std::cout);

@@ -25,12 +25,12 @@ constexpr bool IsKnown(std::uint32_t selector) {
   return selector >= kRegisterSelector && selector <= kRegisterBlockSelector;
 }
 
-// Where a host looks whether a reply is the one it asked for.
+// The position of the tag by which a host checks that a reply belongs to its request.
 constexpr std::size_t TagPosition(std::uint32_t selector) {
   return selector == kRegisterSelector ? 3 : 0;
 }
 
-// A transfer that a host made, and what becomes of it.
+// A transfer by a host, and its result.
 struct Transfer {
   Direction direction = Direction::kSet;
   std::uint32_t selector = 0;
@@ -58,7 +58,7 @@ class Camera::Implementation {
     try {
       RunShared(transfer);
     } catch (const std::exception&) {
-      // Files that fail are to the host what a failing device is.
+      // To the host, a failing file is a failing device.
       transfer.answer = {kGeneralFailure, 0};
     }
   }
@@ -211,7 +211,7 @@ void Camera::Implementation::Get(Transfer& transfer, const FaultEffects& effects
   transfer.answer = {kSuccess, answered};
 }
 
-// The transfer is done: whatever becomes of its line, its answer stands.
+// The transfer is done. A failure to write its line does not change its result.
 void Camera::Implementation::Trace(const Transfer& transfer, std::uint64_t time_us) noexcept {
   if (!trace_ && !process_trace_) {
     return;
@@ -254,7 +254,7 @@ Camera::~Camera() = default;
 
 namespace {
 
-// What follows a transfer happens outside every lock: the host may come back from another thread.
+// The work after a transfer holds no lock, because the host may make a transfer on another thread.
 Answer Finish(const Transfer& transfer,
               const std::function<void(std::optional<std::uint32_t>)>& on_unplug) {
   if (transfer.delay_ms != 0) {

@@ -19,13 +19,13 @@ struct Answer {
   std::uint32_t bytes = 0;
 };
 
-// Any number of objects, in any number of processes, may serve the same camera at once: what the
-// device knows (registers, flash, the reply that waits for a get) is shared through its files.
-// Every member may be called from any thread.
+// Any number of objects, in any number of processes, may serve the same camera at once. The state
+// of the device (registers, flash, the reply for the next get) is shared through its files. All
+// members may be called on any thread.
 class Camera {
  public:
   // Opens state, flash and trace file and creates the missing ones.
-  // Throws ConfigurationError when one can't be opened or doesn't fit.
+  // Throws ConfigurationError if a file can't be opened or is unsuitable.
   explicit Camera(const CameraConfiguration& configuration);
   ~Camera();
   Camera(const Camera&) = delete;
@@ -35,18 +35,20 @@ class Camera {
   // 0x80070490 for an unknown selector, 0x8007048F while unplugged.
   Answer QueryLength(std::uint32_t selector);
 
-  // Hands a command block to the chip. 0; 0x8007001F for a block that is shorter than its command
-  // or that the chip does not know; else as QueryLength.
+  // Sends a command block to the chip. Returns 0, or 0x8007001F if the block is shorter than its
+  // command or the chip does not know it. Other errors are those of QueryLength.
   Answer Set(std::uint32_t selector, std::span<const std::uint8_t> data);
 
-  // Takes the reply that the last Set on `selector` prepared, filled with zeros to the reported
-  // length; nothing but zeros when none did. 0x8007007A when `data` is smaller than the reported
-  // length; a failure that the command met (an absent I2C slave, say); else as QueryLength.
+  // Returns the reply that the last Set on `selector` prepared, padded with zeros to the reported
+  // length. If there is no reply, returns only zeros. Fails with 0x8007007A if `data` is smaller
+  // than the reported length, and with the failure of the command, such as an absent I2C slave.
+  // Other errors are those of QueryLength.
   Answer Get(std::uint32_t selector, std::span<std::uint8_t> data);
 
-  // Called, on the thread of the transfer and after it is done, when a fault unplugs the camera:
-  // milliseconds until it is back by itself, nullopt: for good. Set it before the first transfer.
-  // Unplugging by another process or by SetPlugged calls nothing here.
+  // Sets the function that is called if a fault unplugs the camera. It is called after the
+  // transfer, on the same thread, with the milliseconds until the camera returns by itself, or
+  // nullopt if it does not return. Must be set before the first transfer. The function is not
+  // called if another process or SetPlugged unplugs the camera.
   std::function<void(std::optional<std::uint32_t>)> on_unplug;
 
  private:
@@ -54,22 +56,22 @@ class Camera {
   std::unique_ptr<Implementation> implementation_;
 };
 
-// The following work on the files alone, beside any number of running cameras. They throw
-// ConfigurationError when the state file can't be used. IsPlugged and DescribeState only look: they
-// make and change no file, and answer for a camera that is due as if it were back already.
+// The following functions use only the files, and work while any number of cameras run. They throw
+// ConfigurationError if the state file can't be used. IsPlugged and DescribeState create and change
+// no file. If the time has come for an unplugged camera to return, they treat it as plugged in.
 
-// Chip and sensor registers get their initial values, a reply that waits is lost; flash and fault
-// counters stay.
+// Resets the registers of chip and sensors to their initial values and discards a pending reply.
+// Keeps the flash and the fault counters.
 void PowerCycle(const CameraConfiguration& configuration);
 
-// Plugging in a camera that was unplugged is a power cycle too: the camera lives on bus power.
+// Plugging in a camera that was unplugged is also a power cycle, because the bus powers the camera.
 void SetPlugged(const CameraConfiguration& configuration, bool plugged);
 bool IsPlugged(const CameraConfiguration& configuration);
 
-// Every fault counts its transfers from the start again.
+// Resets the transfer counters of all faults.
 void ResetFaultCounters(const CameraConfiguration& configuration);
 
-// The device's state for people, lines of text.
+// Returns a description of the device's state, as lines of text.
 std::string DescribeState(const CameraConfiguration& configuration);
 
 }  // namespace virtual_camera

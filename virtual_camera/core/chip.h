@@ -12,7 +12,8 @@
 
 namespace virtual_camera {
 
-// Built for one transfer, under the device's lock; all that lasts is in the device's state.
+// An object is created for each transfer while the device's lock is held. All lasting data is in
+// the device's state.
 class Chip {
  public:
   Chip(const CameraConfiguration& configuration, DeviceState& state, NorFlash& flash)
@@ -21,9 +22,10 @@ class Chip {
         flash_(flash),
         bus_(configuration, state.registers) {}
 
-  // Executes a block on selector 1 to 7 and replaces that selector's reply, with zeros when the
-  // block asks for none. A block shorter than its command is ignored: 0x8007001F and the reply
-  // stays. A block that the chip does not know: 0x8007001F and a reply of zeros.
+  // Executes a block on selector 1 to 7 and replaces the reply of that selector, with zeros if the
+  // block requests no reply. A block that is shorter than its command is ignored: the function
+  // returns 0x8007001F and keeps the reply. For an unknown block it returns 0x8007001F and sets the
+  // reply to zeros.
   std::int32_t Execute(std::uint32_t selector, std::span<const std::uint8_t> data,
                        std::span<const std::uint32_t> stuck_words);
 
@@ -56,7 +58,8 @@ class Chip {
   std::int32_t I2cScatter(Block block);
   std::int32_t BusWrite(std::uint8_t slave, std::uint8_t mode, std::uint32_t address,
                         std::uint32_t value);
-  // The value, or what stands for it when nobody acknowledges; `reply` gets the failure.
+  // Returns the value, or its substitute if no device acknowledges; then `reply` receives the
+  // failure.
   std::uint32_t BusRead(std::uint8_t slave, std::uint8_t mode, std::uint32_t address,
                         Reply& reply) const;
 

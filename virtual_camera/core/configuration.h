@@ -1,6 +1,6 @@
 #pragma once
 
-// What a virtual camera is made of, and the reader of the JSON file that describes it.
+// The configuration of a virtual camera, and the reader of the JSON file that describes it.
 
 #include <array>
 #include <cstdint>
@@ -23,13 +23,13 @@ enum class NodeType {
 
 enum class Direction { kSet, kGet, kLength };
 
-// What the flash does with an address at or behind its end.
+// How the flash handles an address at or beyond its end.
 enum class BeyondEnd { kWrap, kFail };
 
-// What the chip makes of an I2C transfer that nobody acknowledges.
+// How the chip handles an I2C transfer that no device acknowledges.
 enum class AbsentSlave { kZeros, kOnes, kFailure };
 
-// What the chip makes of the two marker bytes (0xFFFD, 0xFFFE) in register list blocks.
+// How the chip interprets the two marker bytes (0xFFFD, 0xFFFE) in register list blocks.
 enum class ListHeader {
   kIgnored,  // registers lie below 0x10000 whatever the bytes are
   kPage,     // they are bits 24 to 31 and 16 to 23 of the register addresses
@@ -58,7 +58,7 @@ struct UnplugAction {
   std::optional<std::uint32_t> back_after_ms;  // nothing: for good
 };
 
-// One entry of `faults`: which transfers it looks at, when it strikes, and what it does then.
+// One entry of `faults`: which transfers it matches, when it takes effect, and what it does.
 struct FaultConfiguration {
   std::optional<std::uint32_t> selector;  // nothing: any
   std::optional<Direction> direction;     // nothing: any
@@ -69,14 +69,14 @@ struct FaultConfiguration {
   std::optional<double> probability;   // 0 to 1, drawn from the camera's seed
 
   // At least one of these.
-  std::optional<std::int32_t> result;         // answered; a negative one keeps the chip untouched
+  std::optional<std::int32_t> result;         // returned; a negative one does not reach the chip
   bool wrong_tag = false;                     // the reply's tag byte is inverted
   std::optional<std::uint32_t> length;        // reported by a length query
-  std::optional<std::uint32_t> short_answer;  // bytes that a get answers at most
+  std::optional<std::uint32_t> short_answer;  // the most bytes that a get returns
   std::uint32_t delay_ms = 0;                 // the answer comes late
-  std::optional<std::uint32_t> stuck_word;    // flash address of a word that won't program
-  bool lie = false;                           // a set answers success and does nothing
-  std::optional<UnplugAction> unplug;         // the camera is gone once this transfer is answered
+  std::optional<std::uint32_t> stuck_word;    // flash address of a word that can't be programmed
+  bool lie = false;                           // a set returns success and does nothing
+  std::optional<UnplugAction> unplug;         // the camera is unplugged after this transfer
 };
 
 struct CameraConfiguration {
@@ -92,8 +92,8 @@ struct CameraConfiguration {
   std::vector<FaultConfiguration> faults;
   std::uint64_t seed = 0;
   std::string trace_file;          // UTF-8; empty: no trace
-  std::string process_trace_file;  // a further one, of this process's transfers alone
-  std::string state_file;          // UTF-8; never empty in a configuration that was loaded
+  std::string process_trace_file;  // a second trace, only of this process's transfers
+  std::string state_file;          // UTF-8; never empty after loading
   bool plugged = true;             // whether a camera without a state file starts plugged in
 };
 
@@ -108,17 +108,17 @@ class ConfigurationError : public std::runtime_error {
   using std::runtime_error::runtime_error;
 };
 
-// Reads the JSON file `file_utf8`. File names in it are relative to its folder; those that it
-// leaves out become "<file without extension>.camera<index>.state" and ".flash" beside it.
-// No two cameras have paths that hosts take for one, or a file that serves two purposes.
-// Throws ConfigurationError. Makes and changes no file.
+// Reads the JSON file `file_utf8`. File names in it are relative to its folder. Omitted names of
+// state and flash files default to "<file without extension>.camera<index>.state" and ".flash" in
+// the same folder. Throws ConfigurationError, also if hosts would treat the paths of two cameras as
+// equal, or if a file serves two purposes. Creates and changes no file.
 Configuration LoadConfiguration(const std::string& file_utf8);
 
 // The environment variable that names the file of process_trace_file.
 inline constexpr char kTraceVariable[] = "BORVAN_VIRTUAL_CAMERA_TRACE";
 
-// Throws ConfigurationError when the file that kTraceVariable names, in UTF-8, is the configuration
-// itself or a state or flash file of its cameras. Empty stands for no file.
+// Throws ConfigurationError if the file that kTraceVariable names, in UTF-8, is the configuration
+// itself or a state or flash file of its cameras. An empty name means no file.
 void CheckProcessTrace(const Configuration& configuration, const std::string& trace_file_utf8);
 
 }  // namespace virtual_camera

@@ -1,6 +1,6 @@
 #pragma once
 
-// All that a powered device knows besides its flash, and its form in the state file.
+// The state of a powered device except its flash, and the format of this state in the state file.
 
 #include <array>
 #include <cstdint>
@@ -15,11 +15,11 @@ inline constexpr std::size_t kPacketSize = 64;  // the longest block that the ch
 inline constexpr std::size_t kStateSelectors = 7;
 inline constexpr std::size_t kStateFaults = 64;
 
-// What the next get on a selector answers.
+// The reply to the next get on a selector.
 struct Reply {
   std::int32_t result = 0;
   std::array<std::uint8_t, kPacketSize> bytes{};
-  // A wide register read answers in two gets: the second one's first four bytes.
+  // A wide register read is answered by two gets. These are the first four bytes of the second one.
   bool has_second = false;
   std::array<std::uint8_t, 4> second{};
 
@@ -44,14 +44,14 @@ struct Latches {
 
 struct DeviceFields {
   bool plugged = true;
-  std::uint64_t back_at_us = 0;     // wall clock; 0: an unplugged camera stays away
+  std::uint64_t back_at_us = 0;     // wall clock; 0: an unplugged camera does not return
   std::uint64_t busy_until_us = 0;  // wall clock: the flash erases or programs until then
   std::uint64_t fault_fingerprint = 0;
   std::array<std::uint64_t, kStateFaults> fault_counters{};
   Latches latches;
   std::array<Reply, kStateSelectors> replies;
-  // The last transfers that a trace lacks because it could not be written: the configured trace,
-  // and that of the last process that had one.
+  // The number of the last transfers that are missing in a trace because it could not be written:
+  // in the configured trace, and in the trace of the last process that had one.
   std::uint64_t untraced = 0;
   std::uint64_t process_untraced = 0;
 
@@ -64,7 +64,7 @@ inline constexpr std::size_t kDeviceFieldsSize = 1216;
 void WriteDeviceFields(const DeviceFields& fields, std::span<std::uint8_t> bytes);
 DeviceFields ReadDeviceFields(std::span<const std::uint8_t> bytes);
 
-// Where a register lives: on the chip itself or on an I2C slave.
+// The address space of a register: the chip itself or an I2C slave.
 struct RegisterSpace {
   std::uint32_t number = 0;  // 0: the chip, 1 + address: a slave
 
@@ -103,7 +103,7 @@ struct DeviceState {
   DeviceFields fields;
   RegisterStore registers;
 
-  // What a device loses with its power.
+  // The part of the state that a device loses without power.
   void LosePower();
 };
 

@@ -1,6 +1,6 @@
 #pragma once
 
-// Decides which of a camera's faults strike a transfer.
+// Decides which faults of a camera take effect on a transfer.
 
 #include <cstdint>
 #include <optional>
@@ -11,8 +11,8 @@
 
 namespace virtual_camera {
 
-// What the faults that strike one transfer do together. Where two of them name the same thing,
-// the first in the configuration counts; delays add up.
+// The combined effect of all faults on one transfer. If two faults set the same item, the first in
+// the configuration applies. Delays are added.
 struct FaultEffects {
   std::optional<std::int32_t> result;
   bool wrong_tag = false;

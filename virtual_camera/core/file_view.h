@@ -1,6 +1,7 @@
 #pragma once
 
-// A file's bytes as memory that processes share. What one wrote stays when it is killed.
+// Maps a file into memory that processes share. Data that a process has written stays in the file
+// if the process is killed.
 
 #include <cstdint>
 #include <span>
@@ -16,8 +17,9 @@ class FileView {
   FileView(const FileView&) = delete;
   FileView& operator=(const FileView&) = delete;
 
-  // Shows the first `size` bytes of `file`, which has them, in place of what was shown before.
-  // Throws std::system_error when the system refuses; then what was shown stays.
+  // Maps the first `size` bytes of `file` and replaces the previous mapping. The file must have at
+  // least this size. Throws std::system_error if the system refuses; the previous mapping then
+  // stays.
   void Map(const SharedFile& file, std::uint64_t size);
 
   std::span<std::uint8_t> Bytes() const { return bytes_; }

@@ -1,15 +1,15 @@
 #pragma once
 
-// Texts of forms with places for values: Format("camera {}: {:.1f} s", index, seconds). The
-// compiler checks each form against its values. Texts are bytes of any code page.
+// Formats values into a text: Format("camera {}: {:.1f} s", index, seconds). The compiler checks
+// the format string against the values. Texts are bytes in any code page.
 #include <fmt/format.h>
 
 #include <string>
 
 namespace virtual_camera {
 
-// What Format() calls with the types of its values taken away, so that the work of formatting is
-// compiled once and not for each source.
+// Implements Format() for values of any types, so that the formatting code is compiled once and not
+// in every source file.
 std::string FormatValues(fmt::string_view form, fmt::format_args values);
 
 template <typename... Values>

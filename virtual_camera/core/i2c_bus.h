@@ -10,21 +10,21 @@
 
 namespace virtual_camera {
 
-// A sensor acknowledges transfers in its own width mode only: in another one it would take address
-// bytes for data. Its registers hold one value for each address; unwritten ones hold their initial
-// value, or 0.
+// A sensor acknowledges transfers only in its own width mode, because in another mode it would
+// interpret address bytes as data. It has one register value per address. A register that was not
+// written has its initial value, or 0.
 class I2cBus {
  public:
   I2cBus(const CameraConfiguration& configuration, RegisterStore& registers)
       : configuration_(configuration), registers_(registers) {}
 
-  // `mode` is one of the table's width modes. Nothing when nobody acknowledges.
+  // `mode` is one of the width modes of the table. Returns nothing if no device acknowledges.
   std::optional<std::uint32_t> Read(std::uint8_t slave, std::uint8_t mode,
                                     std::uint32_t address) const;
-  // False when nobody acknowledges.
+  // Returns false if no device acknowledges.
   bool Write(std::uint8_t slave, std::uint8_t mode, std::uint32_t address, std::uint32_t value);
 
-  // The width mode of the sensor at `slave`; nothing when there is none.
+  // Returns the width mode of the sensor at `slave`. Returns nothing if there is none.
   std::optional<std::uint8_t> ModeOf(std::uint8_t slave) const;
 
  private:

@@ -1,29 +1,29 @@
 #pragma once
 
-// Which names the system takes for the same thing: files, however they are spelled, and devices.
+// Finds out whether two names refer to the same file, or two paths to the same device.
 
 #include <cstdint>
 #include <string>
 
 namespace virtual_camera {
 
-// A file by what it is. Names whose identities are equal mean one file: other spellings, links, and
-// on Windows other cases.
+// The identity of a file. Two names with equal identities refer to the same file, for example by
+// another spelling, by a link, or on Windows by another case.
 struct FileIdentity {
   std::uint64_t volume = 0;
-  // The file on its volume, or the nearest folder of its name that exists.
+  // The file on its volume. If it does not exist, the nearest parent folder that exists.
   std::uint64_t number = 0;
-  // The way from that folder to a file that does not exist yet; empty for one that does.
+  // The path from that folder to the file. Empty if the file exists.
   std::string rest;
 
   bool operator==(const FileIdentity&) const = default;
 };
 
-// Follows links. Opens the file at most for its attributes and changes nothing. A name that can't
-// be a file's gets an identity too, which only the same name has.
+// Returns the identity of a file. Follows links. Reads at most the attributes of the file and
+// changes nothing. An invalid file name has an identity that only the same name has.
 FileIdentity IdentifyFile(const std::string& name_utf8);
 
-// Whether hosts take two device paths for the same: they compare them without regard to case.
+// Whether hosts treat two device paths as equal. Hosts ignore case.
 bool SameDevicePath(const std::string& a_utf8, const std::string& b_utf8);
 
 }  // namespace virtual_camera

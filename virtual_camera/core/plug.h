@@ -11,10 +11,12 @@ namespace virtual_camera {
 // Microseconds since 1970: deadlines are shared by processes and outlive them.
 std::uint64_t WallClockUs();
 
-// Plugs a camera in whose time to come back has come. Returns whether it is plugged in now.
+// Plugs in an unplugged camera if the time for its return has come. Returns whether the camera is
+// plugged in now.
 bool RefreshPlug(DeviceState& state, std::uint64_t now_us);
 
-// A camera that comes back lost its power in between. Nothing happens to one that is plugged in.
+// Plugs in a camera. An unplugged camera has lost its power, so it starts as after a power cycle.
+// Does nothing if the camera is already plugged in.
 void PlugIn(DeviceState& state);
 
 }  // namespace virtual_camera

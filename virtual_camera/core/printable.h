@@ -1,6 +1,6 @@
 #pragma once
 
-// Texts of files and hosts for messages and lists.
+// Makes texts from files and hosts safe to print in messages and lists.
 
 #include <cstddef>
 #include <cstdint>
@@ -9,8 +9,9 @@
 
 namespace virtual_camera {
 
-// Control characters as in JSON, so that a text stays one line and moves no cursor: U+0000 to
-// U+001F, and U+007F to U+009F, which UTF-8 writes as 0x7F and as 0xC2 with a byte below 0xA0.
+// Escapes control characters as JSON does, so that a text stays one line and moves no cursor:
+// U+0000 to U+001F, and U+007F to U+009F, which UTF-8 writes as 0x7F and as 0xC2 with a byte below
+// 0xA0.
 inline std::string Printable(std::string_view text) {
   constexpr std::string_view kDigits = "0123456789abcdef";
   const auto byte_at = [text](std::size_t i) {

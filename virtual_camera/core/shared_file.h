@@ -15,7 +15,7 @@ class SharedFile {
  public:
   // Opens `path_utf8` for reading and writing; creates an empty file when there is none.
   explicit SharedFile(const std::string& path_utf8);
-  // Opens an existing file for reading alone. Null when its folder has no such file.
+  // Opens an existing file only for reading. Returns null if the folder has no such file.
   static std::unique_ptr<SharedFile> OpenForReading(const std::string& path_utf8);
   ~SharedFile();
   SharedFile(const SharedFile&) = delete;
@@ -29,17 +29,17 @@ class SharedFile {
   // Grows the file when it writes behind its end. A failure may leave a part of the bytes there.
   void WriteAt(std::uint64_t position, std::span<const std::uint8_t> bytes);
 
-  // Drops what lies behind `size`.
+  // Truncates the file to `size` bytes.
   void Truncate(std::uint64_t size);
 
-  // One lock for the whole file, against other objects in this and in other processes; the system
-  // drops it when its process dies. It guards nothing by itself: reads and writes do not ask it.
-  // Objects that only read may hold it together.
+  // Locks the whole file against other objects in this and in other processes. The system releases
+  // the lock if the process dies. The lock is advisory: reads and writes do not check it. Objects
+  // that only read may hold it at the same time.
   void Lock();
   void Unlock() noexcept;
 
-  // Further locks of that kind, by number from 0 to kSeats - 1: exclusive, and taken at once or not
-  // at all.
+  // Further advisory locks, numbered from 0 to kSeats - 1. They are exclusive, and taking one never
+  // waits.
   static constexpr std::uint32_t kSeats = 65536;
   bool TryLockSeat(std::uint32_t seat);
   void UnlockSeat(std::uint32_t seat) noexcept;

@@ -21,7 +21,7 @@ constexpr std::uint64_t kSlotSize = 2048;
 constexpr std::uint64_t kLogBase = 2 * kSlotSize;
 using Magic = std::array<std::uint8_t, 8>;
 constexpr Magic kMagic = {'v', 'c', 's', 't', 'a', 't', 'e', '2'};
-// Version 1 differs in its lock alone, which was the system's on the file.
+// Version 1 differs only in its lock, which was a system lock on the file.
 constexpr Magic kOldMagic = {'v', 'c', 's', 't', 'a', 't', 'e', '1'};
 constexpr std::size_t kSequencePosition = 8;
 constexpr std::size_t kLogNumberPosition = 16;
@@ -34,7 +34,7 @@ constexpr std::size_t kLockPosition = 1984;  // in the first slot, in a cache li
 static_assert(kHeadSize <= kLockPosition && kLockPosition % 64 == 0 && kLockPosition < kSlotSize);
 
 constexpr std::size_t kRecordSize = 12;  // key 8, value 4
-// A log is written anew when it holds many more records than there are registers.
+// A log is rewritten if it contains many more records than there are registers.
 constexpr std::uint64_t kSmallLog = 4096;
 constexpr std::uint64_t kSlackFactor = 4;
 constexpr std::uint64_t kGrowth = 16384;  // the file grows by so many bytes at least
@@ -51,7 +51,8 @@ std::uint64_t GetNumber(std::span<const std::uint8_t> bytes, std::size_t positio
   return value;
 }
 
-// Finds torn writes, so a simple mix of whole words is enough, and it runs at every transfer.
+// Detects incomplete writes. A simple mix of whole words is sufficient for this, and it must be
+// fast because it runs for every transfer.
 std::uint64_t Checksum(std::span<const std::uint8_t> bytes) {
   std::uint64_t sum = 0x9E3779B97F4A7C15;
   for (std::size_t i = 0; i + 8 <= bytes.size(); i += 8) {
@@ -66,14 +67,14 @@ bool Begins(std::span<const std::uint8_t> bytes, const Magic& magic) {
   return std::equal(magic.begin(), magic.end(), bytes.begin());
 }
 
-// What the newest of the heads says.
+// The content of the newest head.
 struct Newest {
   StateHead head;
   DeviceFields fields;
   bool is_old = false;  // of version 1
 };
 
-// Whether the slot has a whole head, of a log that lies within a file of `file_size` bytes.
+// Whether the slot contains a complete head whose log lies within a file of `file_size` bytes.
 bool IsValid(const Slot& slot, std::uint64_t file_size) {
   const std::uint64_t start = GetNumber(slot, kLogStartPosition);
   return (Begins(slot, kMagic) || Begins(slot, kOldMagic)) &&
@@ -82,7 +83,7 @@ bool IsValid(const Slot& slot, std::uint64_t file_size) {
          GetNumber(slot, kLogRecordsPosition) <= (file_size - start) / kRecordSize;
 }
 
-// The newest head that was written whole, from the file's first bytes.
+// Returns the newest complete head in the first bytes of the file.
 std::optional<Newest> FindNewest(std::span<const std::uint8_t> begin, std::uint64_t file_size) {
   std::array<Slot, 2> slots{};
   for (std::size_t i = 0; i < slots.size(); ++i) {
@@ -113,8 +114,9 @@ ConfigurationError NoStateFile(const std::string& path) {
              path));
 }
 
-// From a file that others may be changing, without their lock. They write one slot at a time, but
-// may come to the second one while the first is being read: what is wrong twice is damaged.
+// Reads a file without its lock, while other processes may change it. They write one slot at a
+// time, but may reach the second one while the first is being read. The file therefore counts as
+// damaged only if it is wrong twice.
 Newest ReadNewest(const SharedFile& file, const std::string& path) {
   std::array<std::uint8_t, kLogBase> before{};
   for (bool is_again = false;; is_again = true) {
@@ -140,7 +142,8 @@ void RestoreRegisters(std::span<const std::uint8_t> bytes, RegisterStore& regist
   }
 }
 
-// New, or a process died while it made the file: what the first slot has begins as a head.
+// Whether the file is new or incomplete because a process died while it created the file. The
+// content of the first slot must then be the beginning of a head.
 bool IsUnmade(const SharedFile& file) {
   Magic begin{};
   const std::uint64_t size = file.Size();
@@ -186,7 +189,7 @@ DeviceState LookAtState(const std::string& path_utf8, bool starts_plugged) try {
   if (!file) {
     return NewDevice(starts_plugged);
   }
-  const FileLock lock(*file);  // nobody is making the file meanwhile
+  const FileLock lock(*file);  // no other process creates the file meanwhile
   if (IsUnmade(*file)) {
     return NewDevice(starts_plugged);
   }
@@ -194,7 +197,7 @@ DeviceState LookAtState(const std::string& path_utf8, bool starts_plugged) try {
     const Newest newest = ReadNewest(*file, path_utf8);
     std::vector<std::uint8_t> log(static_cast<std::size_t>(newest.head.log_records) * kRecordSize);
     file->ReadAt(newest.head.log_start, log);
-    // Records are only added to a log, until the one after it may take its place.
+    // Records are only appended to a log, until the next log may replace it.
     if (ReadNewest(*file, path_utf8).head.log_number == newest.head.log_number) {
       DeviceState state;
       state.fields = newest.fields;
@@ -215,7 +218,7 @@ StateFile::StateFile(const std::string& path_utf8, bool starts_plugged) try
 }
 
 void StateFile::Open(bool starts_plugged) {
-  // Those who open the file take turns; programs that used version 1 held this lock all the time.
+  // Only one process at a time opens the file. Programs of version 1 hold this lock all the time.
   const FileLock opening(file_);
   if (IsUnmade(file_)) {
     Create(starts_plugged);
@@ -225,14 +228,14 @@ void StateFile::Open(bool starts_plugged) {
   lock_.emplace(file_, LockWord());
   const StateLock lock(*this);
   if (is_old) {
-    // Both slots, so that programs that know version 1 alone refuse the file.
+    // Writes both slots, so that programs that know only version 1 reject the file.
     WriteHead();
     WriteHead();
   }
 }
 
 void StateFile::Create(bool starts_plugged) {
-  // The first head goes into the first slot, so that a file that is half made can be told.
+  // The first head is written to the first slot, so that an incomplete file can be recognized.
   const StateHead head{.sequence = 2, .log_number = 1, .log_start = kLogBase, .log_records = 0};
   file_.WriteAt(0, MakeSlot(head, NewDevice(starts_plugged).fields));
   std::array<std::uint8_t, kLogBase - kHeadSize> rest{};
@@ -249,8 +252,8 @@ void StateFile::ShowUpTo(std::uint64_t size) {
   }
 }
 
-// The new bytes are written before they are shown: a disk that is full fails a write with an error,
-// memory without a place on the disk ends the process.
+// Writes the new bytes before they are mapped. On a full disk a write fails with an error, whereas
+// an access to mapped memory without disk space ends the process.
 void StateFile::ReserveUpTo(std::uint64_t size) {
   if (size <= view_.Bytes().size()) {
     return;
@@ -294,8 +297,8 @@ void StateFile::ReadLog() {
 void StateFile::Lock() {
   lock_->Lock(LockWord());
   try {
-    // The head that this object wrote or read last is mostly the newest still. A process that was
-    // killed while it wrote a head left 0 in that slot.
+    // The head that this object last wrote or read is usually still the newest one. If a process
+    // was killed while it wrote a head, the sequence number of that slot is 0.
     const std::uint64_t newest =
         std::max(SequenceOf(view_.Bytes(), 0).load(std::memory_order_acquire),
                  SequenceOf(view_.Bytes(), 1).load(std::memory_order_acquire));
@@ -346,8 +349,8 @@ void StateFile::WriteLog(std::uint64_t position, std::span<const RegisterStore::
   }
 }
 
-// The last committed head must stay true until the new one is written, so the new log never
-// overlaps the old one: it goes before it where it fits, else behind it.
+// The last committed head must stay valid until the new one is written. The new log therefore never
+// overlaps the old one: it is placed before the old one if it fits there, otherwise after it.
 void StateFile::RewriteLog() {
   std::vector<RegisterStore::Record> records;
   for (const auto& [key, value] : state_.registers.Values()) {
@@ -368,7 +371,7 @@ void StateFile::WriteHead() {
   const std::uint64_t place = head_.sequence % 2;
   const std::span<std::uint8_t> file = view_.Bytes();
   const std::atomic_ref<std::uint64_t> sequence = SequenceOf(file, place);
-  // Until the last store the slot is none, and the other one counts.
+  // The slot is invalid until the last store, and the other slot is used until then.
   sequence.store(0, std::memory_order_relaxed);
   std::atomic_thread_fence(std::memory_order_release);
   std::uint8_t* const target = file.data() + place * kSlotSize;

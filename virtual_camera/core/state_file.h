@@ -21,23 +21,25 @@ struct StateHead {
   std::uint64_t log_records = 0;
 };
 
-// The file begins with two head slots of 2048 bytes, behind them lies a log of register writes.
-// A head holds the device's fields, the place and length of the log, a sequence number and a
-// checksum. A change first appends to the log and then writes the older slot, its sequence number
-// last, so that whatever moment a process is killed at, the last complete head describes a complete
-// state. All of it is memory that the processes share, and so is the lock, a word behind the first
-// head; a transfer without a new log page makes no system call.
+// The file starts with two head slots of 2048 bytes, followed by a log of register writes. A head
+// contains the fields of the device, the position and length of the log, a sequence number and a
+// checksum. A change is first appended to the log. Then the older head slot is written, its
+// sequence number last. If a process is killed at any moment, the last complete head therefore
+// describes a complete state.
+//
+// The processes share the file as mapped memory. The lock is a word after the first head. A
+// transfer that needs no new log page makes no system call.
 class StateFile {
  public:
-  // Throws ConfigurationError when the file can't be opened or is none of this kind.
-  // `starts_plugged` goes into a new file.
+  // Throws ConfigurationError if the file can't be opened or is not a state file. `starts_plugged`
+  // sets whether the camera is plugged in if the file is new.
   StateFile(const std::string& path_utf8, bool starts_plugged);
 
-  // Begins a change: takes the device's lock and reads what other processes did.
+  // Starts a change: takes the device's lock and reads the changes of other processes.
   void Lock();
-  // Writes what changed since Lock or the Commit before. The lock stays.
+  // Writes the changes since Lock or the previous Commit. Keeps the lock.
   void Commit();
-  // Without a Commit before it, changes to State() are dropped.
+  // Changes to State() without a Commit are discarded.
   void Unlock() noexcept;
 
   DeviceState& State() { return state_; }
@@ -66,8 +68,8 @@ class StateFile {
   bool dirty_ = true;  // state_ may hold changes that were never committed
 };
 
-// The state in the file `path_utf8`, which stays as it is; that of a new device when there is no
-// file yet. Throws ConfigurationError when the file can't be read or is none of this kind.
+// Returns the state in the file `path_utf8` without changing the file, or the state of a new device
+// if there is no file. Throws ConfigurationError if the file can't be read or is not a state file.
 DeviceState LookAtState(const std::string& path_utf8, bool starts_plugged);
 
 // Holds the lock of a StateFile for a scope.

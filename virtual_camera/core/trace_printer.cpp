@@ -24,7 +24,7 @@ struct TraceLine {
   std::uint32_t length = 0;
   std::vector<std::uint8_t> bytes;
   std::int32_t result = 0;
-  std::uint64_t missing = 0;  // not 0: no transfer, but so many that are not in the trace
+  std::uint64_t missing = 0;  // not 0: a gap of so many transfers that are not in the trace
 
   bool Failed() const {
     return result < 0 && !(direction == Direction::kLength && result == kMoreData);
@@ -154,7 +154,7 @@ struct CameraTrace {
   std::optional<TraceLine> undecided;
 };
 
-// Nobody knows what a command before the gap came to.
+// The result of a command before the gap is unknown.
 void PrintGap(std::ostream& output, Summary& summary, CameraTrace& camera, const TraceLine& gap) {
   output << gap.time << "  " << gap.missing
          << (gap.missing == 1 ? " transfer before this line is" : " transfers before this line are")

@@ -1,6 +1,6 @@
 #pragma once
 
-// Says in words what a transfer does.
+// Describes a transfer in words.
 
 #include <array>
 #include <cstdint>
@@ -12,14 +12,14 @@
 namespace virtual_camera {
 
 struct TransferWords {
-  std::string purpose;  // like "flash erase": what the summary counts by
+  std::string purpose;  // such as "flash erase"; the summary counts by it
   std::string detail;
-  // The first step of a byte read does not say yet whether the feature register is meant.
+  // The first step of a byte read does not show yet whether it reads the feature register.
   bool undecided = false;
 };
 
-// Reads the transfers of one camera in their order: replies and later steps are understood by what
-// came before them.
+// Interprets the transfers of one camera, in their order. The meaning of replies and later steps
+// depends on the transfers before them.
 class TraceInterpreter {
  public:
   TransferWords Explain(Direction direction, std::uint32_t selector,

@@ -22,16 +22,17 @@ struct TracedTransfer {
   std::int32_t result = 0;
 };
 
-// Cameras and processes may share a file: each line is written under the file's lock. A process
-// that is killed meanwhile may leave a part of its line; the next line begins anew behind it.
+// Cameras and processes may share a file, because each line is written under the file's lock. If a
+// process is killed while it writes, a part of its line may remain. The next line then starts after
+// this part, on a new line.
 class TraceWriter {
  public:
-  // Throws ConfigurationError when the file can't be opened, or holds something else than a trace.
+  // Throws ConfigurationError if the file can't be opened or is not a trace.
   TraceWriter(const std::string& path_utf8, const std::string& camera);
 
-  // Appends the transfer; before it, unless `missing` is 0, a line which says that so many
-  // transfers of this camera are not in the file. False when that could not be written: then the
-  // file is as before.
+  // Appends the transfer. If `missing` is not 0, first appends a line with the number of transfers
+  // of this camera that are missing in the file. Returns false if it can't write; the file is then
+  // unchanged.
   bool Write(const TracedTransfer& transfer, std::uint64_t missing) noexcept;
 
  private:
@@ -41,7 +42,7 @@ class TraceWriter {
   SharedFile file_;
   TraceLock lock_;
   std::string camera_json_;
-  // The file ended here, and with a whole line, when this object wrote last; 0: not known.
+  // The end of the file, after a complete line, when this object last wrote. 0: unknown.
   std::uint64_t end_ = 0;
 };
 

@@ -11,8 +11,8 @@ namespace {
 using Word = std::atomic_ref<std::uint64_t>;
 static_assert(Word::is_always_lock_free);
 
-// How the owner is waited for: a transfer takes microseconds, so first by looking again, then by
-// letting others run. One that lasts longer does not have its processor, fills a file, or is dead.
+// How to wait for the owner. A transfer takes microseconds, so the waiting thread first polls and
+// then yields its processor. An owner that needs longer is suspended, fills a file, or is dead.
 constexpr unsigned kSpins = 200;
 constexpr unsigned kYields = 32;
 constexpr unsigned kSleepsBetweenProbes = 16;
@@ -30,7 +30,8 @@ std::uint32_t TakeSeat(SharedFile& file) {
 }  // namespace
 
 WordLock::WordLock(SharedFile& file, std::uint64_t& word) : file_(file), seat_(TakeSeat(file)) {
-  // Left by a dead owner who had this seat. Others would take this object for the owner.
+  // A dead owner with the same seat left this number. Other objects would treat this object as the
+  // owner.
   std::uint64_t left = std::uint64_t{seat_} + 1;
   Word(word).compare_exchange_strong(left, 0, std::memory_order_acq_rel);
 }
@@ -62,7 +63,7 @@ bool WordLock::TakeFromDead(std::uint64_t& word, std::uint64_t seen) {
   if (seen == 0) {
     return false;
   }
-  // No other seat has such a number: the word was spoiled.
+  // No seat has this number, so the word was corrupted.
   if (seen == mine || seen > SharedFile::kSeats) {
     return owner.compare_exchange_strong(seen, mine, std::memory_order_acquire);
   }
@@ -70,7 +71,7 @@ bool WordLock::TakeFromDead(std::uint64_t& word, std::uint64_t seen) {
   if (!file_.TryLockSeat(seat)) {
     return false;
   }
-  // While this object has that seat too, nobody new can own the lock by it.
+  // While this object also has that seat, no new owner can use its number.
   const bool taken = owner.compare_exchange_strong(seen, mine, std::memory_order_acquire);
   file_.UnlockSeat(seat);
   return taken;

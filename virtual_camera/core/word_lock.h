@@ -1,6 +1,6 @@
 #pragma once
 
-// A lock in a word of shared memory: without a system call unless two really meet.
+// A lock in a word of shared memory. It makes no system call unless two objects compete for it.
 
 #include <cstdint>
 
@@ -8,26 +8,27 @@
 
 namespace virtual_camera {
 
-// The word is 0 while the lock is free, else the number of its owner's seat, from 1. A seat is a
-// lock of the system on `file` that an object keeps for its life and loses only with its process.
-// So whoever waits can find out that the owner died, whatever machine-wide numbers processes have,
-// and takes its place. What the owner changed must be whole at every moment for that.
+// The word is 0 if the lock is free. Otherwise it is the number of its owner's seat, starting at 1.
+// A seat is a system lock on `file` that an object holds for its lifetime and that the system
+// releases if the process dies. A waiting object can therefore detect that the owner has died,
+// without process IDs, and take over the lock. This requires that the data which the lock protects
+// is consistent at every moment.
 class WordLock {
  public:
-  // Takes a seat. Throws std::system_error when the system refuses. All who use one word use one
-  // file, which outlives this object.
+  // Takes a seat. Throws std::system_error if the system refuses. All users of a word must use the
+  // same file, which must outlive this object.
   WordLock(SharedFile& file, std::uint64_t& word);
   ~WordLock() { file_.UnlockSeat(seat_); }
   WordLock(const WordLock&) = delete;
   WordLock& operator=(const WordLock&) = delete;
 
-  // The word may be mapped elsewhere each time. Throws std::system_error when the system refuses
-  // to say whether the owner lives.
+  // The address of the word may differ from call to call. Throws std::system_error if the system
+  // can't determine whether the owner lives.
   void Lock(std::uint64_t& word);
   static void Unlock(std::uint64_t& word) noexcept;
 
  private:
-  // Whether the owner `seen` had died and the lock is this object's now.
+  // Takes over the lock if the owner `seen` has died. Returns whether it did.
   bool TakeFromDead(std::uint64_t& word, std::uint64_t seen);
 
   SharedFile& file_;

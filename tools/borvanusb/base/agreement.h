@@ -5,21 +5,22 @@
 
 namespace borvanusb {
 
-// A reading may be wrong without any sign of it: the library does not report every transfer that
-// went wrong, and a reply may be that to an earlier question. Two readings by separate accesses
-// that agree are believed.
+// Detects wrong readings by repeating them. The library does not report every failed transfer, and
+// the chip may answer a read with the reply to an earlier one. A single reading can therefore be
+// wrong without an error. The tool accepts a value if two separate reads return it.
 
-// How often a value is read at most before the tool gives up waiting for two that agree.
+// The maximum number of reads. If no two results agree by then, the value is unconfirmed.
 inline constexpr int kMostReadings = 5;
 
 template <typename Value>
 struct Agreement {
-  Value value;     // what two readings gave, else the last reading
-  bool confirmed;  // whether two readings gave it
-  int more = 0;    // readings beyond two
+  Value value;     // the value that two reads returned; if there is none, the last reading
+  bool confirmed;  // whether two reads returned the value
+  int more = 0;    // number of reads beyond the first two
 };
 
-// Calls `read` until two of its results are equal, twice at least and kMostReadings times at most.
+// Calls `read` until two of its results are equal, but at most kMostReadings times. The two equal
+// results need not be consecutive.
 template <typename Read>
 auto ReadUntilTwoAgree(Read read) -> Agreement<decltype(read())> {
   std::vector<decltype(read())> readings;

@@ -6,15 +6,16 @@
 
 namespace borvanusb {
 
-// What every command takes. File names and texts are UTF-8.
+// The options that every command accepts. File names and texts are UTF-8.
 
 enum class ProgressMode { kAuto, kBar, kLines, kJson, kNone };
 
-// The words of a command line without the common options, sorted: a line can be made of them again.
+// The words of a command line, by kind and without the common options. An equivalent command line
+// can be composed from them.
 struct GivenWords {
   std::vector<std::string> command;    // "flash", "program"
   std::vector<std::string> options;    // the command's own: "--all", "--mode=16/8"
-  std::vector<std::string> arguments;  // what stands without an option
+  std::vector<std::string> arguments;  // positional arguments
 };
 
 struct CommonArguments {
@@ -22,15 +23,15 @@ struct CommonArguments {
   bool json = false;
   bool quiet = false;
   bool verbose = false;
-  std::chrono::milliseconds timeout{10000};  // nothing moved for that long: give up
-  std::string trace;                         // file for the transfers of virtual cameras
-  std::string profile;                       // of the camera, a file; empty: the fitting one
-  bool force_profile = false;                // use it for a camera that it is not for
-  std::chrono::milliseconds wait{0};         // for a camera that is not there yet or busy
-  std::string log;                           // file that gets all that is said
+  std::chrono::milliseconds timeout{10000};  // fail after this time without progress
+  std::string trace;                         // file that logs the transfers of virtual cameras
+  std::string profile;                // file of the camera's profile; empty: the matching one
+  bool force_profile = false;         // use it even if it does not match the camera
+  std::chrono::milliseconds wait{0};  // for a camera that is absent or busy
+  std::string log;                    // file that receives all messages
   GivenWords words;
   ProgressMode progress = ProgressMode::kAuto;
-  std::vector<std::string> defaulted;  // options whose values come from a profile: "--slave"
+  std::vector<std::string> defaulted;  // options that a profile has set: "--slave"
 };
 
 }  // namespace borvanusb

@@ -6,17 +6,18 @@
 
 namespace borvanusb {
 
-// What the process ends with: one number for each kind of failure, so that a line's control program
-// knows what to do without reading a text. The numbers are a promise to scripts.
+// The exit codes of the process: one number for each kind of failure. A production line's control
+// program can react to the number without parsing messages. The numbers never change, because
+// scripts rely on them.
 enum class ExitCode {
   kDone = 0,
-  kUsage = 1,           // the command line can't be right
-  kNoCamera = 2,        // no camera, or none that was meant
-  kSeveralCameras = 3,  // more than one camera that may be meant
-  kRefused = 4,         // no vendor unit, or the camera is busy or won't be opened
-  kFile = 5,            // a file can't be read or written, or does not fit
-  kDevice = 6,          // the camera failed, or is gone
-  kVerify = 7,          // what was read back differs
+  kUsage = 1,           // the command line is invalid
+  kNoCamera = 2,        // no camera, or none that matches
+  kSeveralCameras = 3,  // more than one camera matches
+  kRefused = 4,         // no vendor unit, or the camera is busy or can't be opened
+  kFile = 5,            // a file can't be read or written, or is unsuitable
+  kDevice = 6,          // the camera failed or was removed
+  kVerify = 7,          // the data read back differs
   kTimeout = 8,         // no progress for too long
   kStopped = 9,         // stopped by the user
   kInternal = 10,       // anything else
@@ -24,12 +25,12 @@ enum class ExitCode {
 
 struct ExitCodeTexts {
   ExitCode code = ExitCode::kDone;
-  std::string_view kind;     // as in the "kind" of a failure's JSON
-  std::string_view summary;  // as the overview of the help lists it
-  std::string_view meaning;  // as the manual page tells it
+  std::string_view kind;     // the "kind" in the JSON of a failure
+  std::string_view summary;  // for the overview in the help
+  std::string_view meaning;  // for the manual page
 };
 
-// In the order of the numbers, from 0 on.
+// The index is the exit code.
 inline constexpr std::array<ExitCodeTexts, 11> kExitCodes = {{
     {ExitCode::kDone, "done", "done", "Done."},
     {ExitCode::kUsage, "usage", "wrong command line",

@@ -8,9 +8,9 @@
 
 namespace borvanusb {
 
-// Why a command ends early. The message says what failed, where and why, in the user's terms; the
-// hint says what to do about it. Both are UTF-8; the message is one line, the hint one for each
-// thing that can be done.
+// The exception that ends a command early. The message says what failed, where and why. The hint
+// says what the user can do: one line for each possible action. Both are UTF-8; the message is one
+// line.
 class Failure : public std::exception {
  public:
   Failure(ExitCode code, std::string message, std::string hint = {})

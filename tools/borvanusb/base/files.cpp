@@ -17,7 +17,8 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// File names are UTF-8 here; only this conversion keeps them so on every system.
+// Converts a UTF-8 name to a path. A path constructed from a std::string would use the ANSI code
+// page on Windows.
 fs::path PathOf(const std::string& name) {
   return {std::u8string(name.begin(), name.end())};
 }

@@ -9,23 +9,23 @@
 
 namespace borvanusb {
 
-// The parts of a camera's flash that have names.
+// The named regions of a camera's flash.
 
 struct FlashRegion {
   std::string name;
   Range range;
-  bool read_only = false;                 // never erased, never written
-  std::vector<std::string> files;         // names of image files that belong there: "fw-*.bin";
-                                          // empty: any
-  std::vector<std::uint8_t> begins_with;  // the first bytes of each image for it; empty: any
+  bool read_only = false;                 // the tool never erases or writes it
+  std::vector<std::string> files;         // patterns for names of its image files: "fw-*.bin";
+                                          // empty: any name
+  std::vector<std::uint8_t> begins_with;  // required first bytes of its images; empty: any
   std::string description;
 };
 
-// Regions in the order of their addresses; no two overlap.
+// The regions are sorted by address and do not overlap.
 struct FlashLayout {
   std::optional<std::uint64_t> size;
   std::vector<FlashRegion> regions;
-  std::string image_region;  // where an image goes that names no place; empty: address 0
+  std::string image_region;  // default region for an image without an address; empty: address 0
 
   const FlashRegion* Find(const std::string& name) const {
     for (const FlashRegion& region : regions) {

@@ -5,16 +5,16 @@
 
 namespace borvanusb {
 
-// What the systems do in ways of their own to keep files.
+// File functions that each operating system implements differently.
 
-// Waits until a closed file's bytes have reached the disk, so that a cut of the computer's own
-// power can't take them back. A system that can't tell is believed.
+// Waits until the content of a closed file is on the disk, so that it survives a power failure of
+// the computer. Does not report errors.
 void FlushFile(const std::filesystem::path& file);
 
-// Gives a file another file's name, and waits until the change has reached the disk.
+// Renames `from` to `to`, replaces an existing `to`, and waits until the change is on the disk.
 std::error_code ReplaceThrough(const std::filesystem::path& from, const std::filesystem::path& to);
 
-// Whether the system takes two full names of files for one: Windows knows no case.
+// Whether the system treats two full file names as equal. Windows ignores case.
 bool SameName(const std::filesystem::path& left, const std::filesystem::path& right);
 
 }  // namespace borvanusb

@@ -4,7 +4,7 @@
 
 namespace borvanusb {
 
-// Whether a folder of this name is there. The name is UTF-8.
+// Whether a folder with this name exists. The name is UTF-8.
 bool IsFolder(const std::string& name);
 
 }  // namespace borvanusb

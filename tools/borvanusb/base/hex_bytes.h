@@ -9,10 +9,10 @@
 
 namespace borvanusb {
 
-// Bytes as two lower-case hexadecimal digits each, without anything between.
+// Returns the bytes as two lower-case hexadecimal digits each, without separators.
 std::string HexBytes(std::span<const std::uint8_t> bytes);
 
-// The bytes of such a text; nothing when it is none.
+// Parses such a text. Returns nothing if the text is invalid.
 std::optional<std::vector<std::uint8_t>> ParseHexBytes(std::string_view text);
 
 }  // namespace borvanusb

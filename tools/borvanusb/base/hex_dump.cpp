@@ -12,7 +12,7 @@ namespace {
 constexpr std::uint64_t kPerLine = 16;
 constexpr std::uint64_t kPerGroup = 8;
 constexpr int kAddressDigits = 8;
-constexpr std::size_t kPrefix = 2;  // the 0x that these lines don't have
+constexpr std::size_t kPrefix = 2;  // length of "0x", which is omitted
 
 char Shown(std::uint8_t byte) {
   constexpr std::uint8_t kFirstVisible = 0x20;
@@ -20,7 +20,8 @@ char Shown(std::uint8_t byte) {
   return byte >= kFirstVisible && byte <= kLastVisible ? static_cast<char>(byte) : '.';
 }
 
-// The line from `line` on; `bytes` begin at `address` and may begin or end within it.
+// Returns the dump line for the 16 addresses from `line`. `bytes` start at `address`; the line
+// shows blanks for addresses outside of them.
 std::string Line(std::uint64_t line, std::uint64_t address, std::span<const std::uint8_t> bytes) {
   std::string text = Hex(line, kAddressDigits).substr(kPrefix);
   std::string beside;

@@ -6,7 +6,7 @@
 
 namespace borvanusb {
 
-// The texts in a row, with `between` between any two.
+// Concatenates texts, with `between` as the separator.
 inline std::string Joined(const std::vector<std::string>& texts, std::string_view between = " ") {
   std::string joined;
   bool first = true;

@@ -16,8 +16,9 @@ constexpr char Small(char letter) {
 bool MatchesPattern(std::string_view pattern, std::string_view name, char separator) {
   std::size_t in_pattern = 0;
   std::size_t in_name = 0;
-  // The last * and where its characters end; when something after it does not match, it takes one
-  // more. An earlier * never needs another try.
+  // The position of the last * in the pattern, and the end of the characters that it matches. If
+  // the pattern after the * does not match, the * takes one more character. Earlier * need no
+  // further attempt.
   std::size_t star = std::string_view::npos;
   std::size_t star_end = 0;
   const auto one_matches = [&] {

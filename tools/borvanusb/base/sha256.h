@@ -6,8 +6,8 @@
 
 namespace borvanusb {
 
-// The SHA-256 digest (FIPS 180-4) of some bytes as 64 lower-case hexadecimal digits: names an
-// image's content in reports and journals.
+// Returns the SHA-256 digest (FIPS 180-4) as 64 lower-case hexadecimal digits. Reports and journals
+// identify the content of an image by it.
 std::string Sha256(std::span<const std::uint8_t> bytes);
 
 }  // namespace borvanusb

@@ -23,13 +23,13 @@ struct Key {
     kTab,
     kClearLine,  // Ctrl-U
     kCancel,     // Ctrl-C
-    kEndOfInput  // Ctrl-D, Ctrl-Z, or the terminal is gone
+    kEndOfInput  // Ctrl-D, Ctrl-Z, or the terminal was closed
   };
   Kind kind = Kind::kText;
-  std::string text = {};  // of kText: UTF-8, one character or pasted ones
+  std::string text = {};  // kText only: UTF-8, one character or pasted text
 };
 
-// Where a user types lines that the program edits.
+// A terminal where the user edits lines.
 class Terminal {
  public:
   Terminal() = default;
@@ -37,15 +37,16 @@ class Terminal {
   Terminal& operator=(const Terminal&) = delete;
   virtual ~Terminal() = default;
 
-  // Takes the keys from the terminal until EndEditing, and gives them back then.
+  // The program receives single keys between BeginEditing and EndEditing. Outside of them the
+  // terminal handles the keys itself.
   virtual void BeginEditing() = 0;
   virtual void EndEditing() = 0;
   // Waits for the next key.
   virtual Key ReadKey() = 0;
-  // Shows `line` in place of what this has shown before, with the cursor after `before`, the
-  // line's beginning. Both are UTF-8.
+  // Shows `line` and replaces the line that the previous call showed. The cursor is placed after
+  // `before`, which is the beginning of `line`. Both are UTF-8.
   virtual void ShowLine(std::string_view line, std::string_view before) = 0;
-  // Ends the line that was shown, and writes `text`, which ends with \n or is empty, below it.
+  // Ends the shown line and writes `text` below it. `text` ends with \n or is empty.
   virtual void EndLine(std::string_view text) = 0;
   virtual int Columns() const = 0;
 };

@@ -7,19 +7,19 @@
 
 namespace borvanusb {
 
-// The lines of a text file that people write: lists and scripts.
+// Splits text files that users write, such as lists and scripts, into lines.
 
-// What is wrong with a file, or worth knowing of it.
+// An error in a file, or a remark about it.
 struct ListProblem {
-  std::uint64_t line = 0;  // 0: the file as a whole
+  std::uint64_t line = 0;  // 0: the whole file
   std::string text;
 
   bool operator==(const ListProblem&) const = default;
 };
 
 struct TextLine {
-  std::uint64_t number = 0;  // from 1 on
-  std::string_view text;     // without its \n; a \r before it stays
+  std::uint64_t number = 0;  // starts at 1
+  std::string_view text;     // without the \n, but with a \r before it
 };
 
 struct TextLines {
@@ -27,15 +27,17 @@ struct TextLines {
   std::vector<ListProblem> problems;
 };
 
-// Splits a file's content into its lines. A UTF-8 byte-order mark is passed over, UTF-16 is a
-// problem, and 0x1a ends the file as it does for Windows; what follows it, blanks apart, is a
-// problem. `kind` names the file in problems: "list". The lines live as long as `content`.
+// Splits the content of a file into lines. Skips a UTF-8 byte-order mark. Reports UTF-16 as a
+// problem. A byte 0x1a ends the file, as on Windows; anything but blanks after it is reported as a
+// problem.
+//   content  must outlive the returned lines
+//   kind     the kind of file, for the problems: "list"
 TextLines SplitLines(std::string_view content, const std::string& kind);
 
-// A part of a line without the blanks at its ends.
+// Returns the text without blanks at its start and end.
 std::string_view Trimmed(std::string_view text);
 
-// The problems in the order of their lines, those of the whole file last.
+// Sorts problems by line. Problems of the whole file come last.
 void SortByLine(std::vector<ListProblem>& problems);
 
 }  // namespace borvanusb

@@ -20,7 +20,7 @@ std::string LowerCase(std::string text) {
   return text;
 }
 
-// Fewer stand in names and paths by chance.
+// Shorter texts occur in names and paths by chance.
 constexpr std::size_t kShortestPart = 3;
 
 std::size_t Characters(const std::string& utf8) {
@@ -29,7 +29,8 @@ std::size_t Characters(const std::string& utf8) {
   }));
 }
 
-// Digits around a colon: such a text means IDs, and half of a number is another number.
+// Whether a text consists of hexadecimal digits around a colon. Such a text is meant as vid:pid and
+// must match as a whole: a part of an ID is a different ID.
 bool LooksLikeIds(const std::string& text) {
   constexpr std::string_view kIdDigits = "0123456789abcdef";
   const std::size_t colon = text.find_first_not_of(kIdDigits);
@@ -37,7 +38,7 @@ bool LooksLikeIds(const std::string& text) {
          text.find_first_not_of(kIdDigits, colon + 1) == std::string::npos;
 }
 
-// Why a text that matches nothing whole is no part either; empty for one that could be.
+// Returns why a text can't be used as a part of a path or name. Empty if it can.
 std::string WhyNoPart(const std::string& text) {
   if (LooksLikeIds(text)) {
     return "vid:pid needs four hexadecimal digits on each side";
@@ -84,7 +85,7 @@ CameraIdentity ChooseCamera(const std::vector<CameraIdentity>& cameras, const st
     return cameras.front();
   }
   const std::string wanted = LowerCase(choice);
-  // An index is never taken for a part of a path or name: "1" stands in nearly all of them.
+  // A number is always an index, never a part of a path or name: "1" occurs in nearly all of them.
   if (wanted.find_first_not_of("0123456789") == std::string::npos) {
     const auto index = ParseNumber(wanted);
     if (!index || *index >= cameras.size()) {
@@ -95,7 +96,7 @@ CameraIdentity ChooseCamera(const std::vector<CameraIdentity>& cameras, const st
     }
     return cameras[*index];
   }
-  // The surest first.
+  // The most specific test comes first.
   std::vector<Test> tests = {
       [&](const CameraIdentity& camera) { return LowerCase(camera.path) == wanted; },
       [&](const CameraIdentity& camera) {

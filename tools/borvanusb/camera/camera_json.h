@@ -6,7 +6,7 @@
 
 namespace borvanusb {
 
-// {"index", "path", "name", "vid", "pid"}.
+// Returns an object with "index", "path", "name", "vid" and "pid".
 nlohmann::ordered_json CameraJson(const CameraIdentity& camera);
 
 }  // namespace borvanusb

@@ -21,7 +21,8 @@ std::vector<FlashPiece> CutReading(std::uint32_t address, std::uint64_t size, st
     pieces.push_back({address, head, false});
     start = address + head;
   }
-  // Shifted packets reach behind the range's end; its last packet is read as it lies.
+  // Shifted packets would extend beyond the end of the range. The last packet is therefore read
+  // separately, with the boundaries of the first reading.
   const std::uint64_t body_end = ends_range ? last_packet : end;
   if (body_end > start) {
     pieces.push_back({start, body_end - start, false});
@@ -61,7 +62,7 @@ void FlashReadings::Add(std::uint64_t offset, std::vector<std::uint8_t> bytes) {
 
 bool FlashReadings::Agrees(std::span<const std::uint8_t> packet, std::uint64_t offset) const {
   return std::any_of(readings_.begin(), readings_.end(), [&](const Reading& reading) {
-    // An open section never grows, so an earlier reading has all packets of a later one.
+    // The open section never grows, so every earlier reading contains all packets of this one.
     const auto earlier = std::span(reading.bytes).subspan(offset - reading.offset, packet.size());
     return std::equal(packet.begin(), packet.end(), earlier.begin());
   });

@@ -10,40 +10,46 @@
 
 namespace borvanusb {
 
-// How flash is read more than once, so that two readings of the same bytes can't be wrong alike.
+// Reads flash several times, so that the readings do not contain the same errors.
 //
-// The library reads packets of 64 bytes. When the chip does not get the address of a packet, it
-// answers with the packet before, and the library does not notice. Each reading therefore cuts the
-// range into other packets: the bytes that one stale packet of a reading replaces belong to two
-// packets of every other reading.
+// The library reads packets of 64 bytes. If the chip misses the address of a packet, it returns the
+// data of the packet before, and the library does not detect this. If two readings had the same
+// packet boundaries, both could contain the same stale packet. Each reading therefore shifts the
+// boundaries: the bytes of one packet belong to two packets of every other reading.
 
+// Size of the packets that the library reads.
 inline constexpr std::uint64_t kReadPacket = 64;
 
-// Parts of a long read. Each is read until two readings agree; between two a stop is obeyed.
+// A long read is divided into parts of this size. Each part is read until two readings agree. The
+// user can stop the read between two parts.
 inline constexpr std::uint64_t kReadPart = 64U << 10U;
 
-// By how many bytes the packets of each reading begin before those of the first.
+// The shift of each reading: the number of bytes by which its packets start before those of the
+// first reading.
 inline constexpr std::array<std::uint32_t, kMostReadings> kReadingShifts = {0, 32, 16, 48, 8};
 
-// What is read by one job of the library, with `size` bytes from `address` on.
+// A range that one job of the library reads: `size` bytes at `address`.
 struct FlashPiece {
   std::uint32_t address = 0;
   std::uint64_t size = 0;
-  // The job would ask for a packet behind its range; so it reads one byte less, and that byte is
-  // read on its own.
+  // If true, the job reads all bytes but the last, and the last byte is read by a single access. A
+  // job over the whole piece would also request the packet after it.
   bool last_byte_apart = false;
 
   bool operator==(const FlashPiece&) const = default;
 };
 
-// The pieces of one reading of `size` bytes from `address` on, in the order of their addresses. The
-// first may begin up to 48 bytes before, where there is flash. `ends_range`: nothing behind the
-// last byte may be asked for, as far as whole packets allow.
+// Divides one reading of `size` bytes at `address` into pieces, sorted by address. The first piece
+// may start up to 48 bytes before `address`, but not below address 0.
+//   shift       a value of kReadingShifts
+//   ends_range  whether the reading must not request packets after its last byte. Its last packet
+//               may still extend beyond that byte, because the library reads whole packets.
 std::vector<FlashPiece> CutReading(std::uint32_t address, std::uint64_t size, std::uint32_t shift,
                                    bool ends_range);
 
-// The readings of one part of the flash, and the bytes that two of them agree on. Packets count as
-// a whole, from the part's first byte on: one that differs in a byte does not agree.
+// Collects the readings of one part of the flash, and the bytes that two readings agree on.
+// Readings are compared by packets of 64 bytes, counted from the first byte of the part. If one
+// byte of a packet differs, the whole packet counts as different.
 class FlashReadings {
  public:
   explicit FlashReadings(std::uint64_t size);
@@ -52,13 +58,14 @@ class FlashReadings {
     std::uint64_t offset = 0;
     std::uint64_t size = 0;
   };
-  // From the first packet to the last that are still without two readings that agree.
+  // Returns the section that must be read again: from the first to the last packet without two
+  // equal readings. Returns nothing if all packets have them.
   std::optional<Section> Open() const;
 
-  // A reading of an open section, from `offset` on.
+  // Adds a reading of the section that Open returned. `offset` is the section's offset.
   void Add(std::uint64_t offset, std::vector<std::uint8_t> bytes);
 
-  // All bytes. Nothing may be open.
+  // Returns all bytes. Requires that Open returns nothing.
   std::vector<std::uint8_t> Take();
 
  private:

@@ -18,35 +18,37 @@ namespace borvanusb {
 
 class WorkbenchPlatform;
 
-// How well a process is placed to find cameras, for `doctor`.
+// What `doctor` reports about the system.
+
+// A device in the system's category of video inputs.
 struct VideoDevice {
-  std::string name;    // empty when it can't be read
-  std::string path;    // likewise
-  std::string reason;  // why it is not listed as a camera; empty when it is
+  std::string name;    // empty if it can't be read
+  std::string path;    // empty if it can't be read
+  std::string reason;  // why it is not listed as a camera; empty if it is
 };
 
 struct SystemReport {
   std::string program;  // full name of this program's file
   std::string program_version;
   int pointer_bits = 0;
-  std::string system;                       // "Windows 10.0.19043", with "Wine 8.0" if so
+  std::string system;                       // "Windows 10.0.19043", with "Wine 8.0" under Wine
   std::string code_page;                    // of 8-bit texts: "1252"
-  std::string library;                      // full name of the DLL, empty when none was found
+  std::string library;                      // full name of the DLL; empty if it was not found
   std::string library_version;              // from its version resource
-  std::string library_problem;              // why it can't be used, empty when it can
-  std::vector<std::string> library_places;  // where it was looked for, in order
-  std::string com_problem;                  // empty when COM works
-  std::vector<VideoDevice> devices;         // the category of video inputs, whole
-  std::vector<std::pair<std::string, std::string>> environment;  // our variables that are set
+  std::string library_problem;              // why it can't be used; empty if it can
+  std::vector<std::string> library_places;  // places searched for the DLL, in order
+  std::string com_problem;                  // why COM fails; empty if it works
+  std::vector<VideoDevice> devices;         // all devices in the category of video inputs
+  std::vector<std::pair<std::string, std::string>> environment;  // this tool's variables
 };
 
-// A camera that is there but is not one of this chip.
+// The failure for a camera that exists but does not have this chip.
 class NoVendorUnit : public Failure {
  public:
   using Failure::Failure;
 };
 
-// What a command needs of the system and of the library.
+// The functions of the system and the library that commands use.
 class Host {
  public:
   Host() = default;
@@ -54,34 +56,36 @@ class Host {
   Host& operator=(const Host&) = delete;
   virtual ~Host() = default;
 
-  // What holds for all that follows: the time limit, the trace. Called before a command runs.
+  // Sets what applies to all following calls, such as the time limit and the trace. Must be called
+  // before a command runs.
   virtual void Configure(const CommonArguments& arguments) = 0;
 
-  // The cameras the library finds now. Throws Failure kNoCamera when the system's list can't be
-  // had.
+  // Lists the cameras that the library finds now. Throws Failure kNoCamera if the system's video
+  // devices can't be listed.
   virtual std::vector<CameraIdentity> ListCameras() = 0;
 
-  // Opens a camera. Throws Failure: kRefused when it can't be opened, NoVendorUnit (kRefused, too)
-  // when it has no vendor unit, kNoCamera when it is gone. One camera is open at a time.
+  // Opens a camera. Only one camera is open at a time. Throws Failure: kRefused if the camera can't
+  // be opened, NoVendorUnit (also kRefused) if it has no vendor unit, kNoCamera if it was removed.
   virtual std::unique_ptr<Camera> OpenCamera(const CameraIdentity& camera) = 0;
 
-  // Keeps every other borvanusb process from using the camera until the result is destroyed. Throws
-  // Failure kRefused at once when another one has it. Single accesses take it for themselves.
+  // Reserves the camera: no other borvanusb process can use it until the result is destroyed.
+  // Throws Failure kRefused at once if another process has reserved it. Single accesses need no
+  // call of this function: each one reserves the camera itself.
   class Reservation {
    public:
     virtual ~Reservation() = default;
   };
   virtual std::unique_ptr<Reservation> ReserveCamera(const CameraIdentity& camera) = 0;
 
-  // Whether another borvanusb process keeps the camera with this path for itself now.
+  // Whether another borvanusb process has reserved the camera with this path.
   virtual bool IsReservedElsewhere(const std::string& path) = 0;
 
-  // The user's folder for the journals of changes that were begun; it need not exist. Throws
-  // Failure kFile when the system names none.
+  // Returns the user's folder for the journals of unfinished changes. The folder need not exist.
+  // Throws Failure kFile if the system names no such folder.
   virtual std::string JournalFolder() const = 0;
 
-  // Whether the user asked to stop (Ctrl-C). Every access to a camera ends with Failure kStopped
-  // then, except while a StopHold exists: work that must reach a safe place first.
+  // Whether the user asked to stop (Ctrl-C). Every access to a camera then throws Failure kStopped.
+  // While a StopHold exists, accesses continue: for work that must reach a safe state first.
   virtual bool StopRequested() const = 0;
   class StopHold {
    public:
@@ -89,26 +93,28 @@ class Host {
   };
   virtual std::unique_ptr<StopHold> HoldStop() = 0;
 
-  // What is told, one line each, when the process has to end in the middle: a call that hangs
-  // beyond the time limit, a second Ctrl-C. It may be called from another thread at any time, until
-  // it is replaced; empty: nothing.
+  // Sets the function that returns the lines to print if the process must end in the middle of its
+  // work: when a call exceeds the time limit, or after a second Ctrl-C. The function may be called
+  // on another thread at any time until it is replaced. An empty function prints nothing.
   virtual void SetLastWords(std::function<std::vector<std::string>()> words) = 0;
 
-  // Waits, less when a stop is asked for.
+  // Waits. Returns early if the user asks to stop.
   virtual void Sleep(std::chrono::milliseconds time) = 0;
-  // "2026-11-21T19:18:05Z" and the like, for reports.
+  // The date and time, for reports.
   virtual std::chrono::system_clock::time_point Now() const = 0;
   virtual std::chrono::steady_clock::time_point Clock() const = 0;
 
-  // Asks a question on the terminal; false without one, or for anything but "y" or "yes".
+  // Asks a question on the terminal. Returns true only for the answers "y" and "yes". Returns false
+  // if there is no terminal.
   virtual bool Ask(const std::string& question) = 0;
-  // What to do when a camera can't be found, reserved or opened: waits a while and returns true to
-  // try again; empty: the failure stands. Returns the one before. For --wait.
+  // Decides what happens if a camera can't be found, reserved or opened: waits a while and returns
+  // true to retry, or returns false to report the failure. An empty function never retries.
+  // SetTryAgain returns the previous function. Used by --wait.
   using TryAgain = std::function<bool(const Failure&)>;
   TryAgain SetTryAgain(TryAgain try_again) {
     return std::exchange(try_again_, std::move(try_again));
   }
-  // Does the work until it succeeds or TryAgain lets its failure stand.
+  // Repeats `work` until it succeeds or TryAgain returns false. Then the failure is thrown.
   template <typename Work>
   auto UntilItWorks(Work work) -> decltype(work()) {
     while (true) {
@@ -122,16 +128,16 @@ class Host {
     }
   }
 
-  // All of standard input, byte for byte. Throws Failure: kFile when it can't be read or was read
-  // before, kStopped when the user asks to stop while it has not ended.
+  // Reads standard input to its end, as bytes. Throws Failure: kFile if it can't be read or was
+  // already read, kStopped if the user asks to stop before its end.
   virtual std::string ReadStandardInput() = 0;
-  // An environment variable, UTF-8; empty when it isn't set.
+  // Returns an environment variable as UTF-8. Returns an empty text if it is not set.
   virtual std::string Environment(const std::string& name) const = 0;
 
-  // What must hold of the camera that a command works with: throws Failure when it does not. Empty:
-  // nothing.
+  // Checks the camera that a command uses, and throws Failure if it is unsuitable. An empty
+  // function accepts every camera.
   using CameraCheck = std::function<void(const CameraIdentity&)>;
-  // Returns the one before.
+  // Returns the previous function.
   CameraCheck SetCameraCheck(CameraCheck check) {
     return std::exchange(camera_check_, std::move(check));
   }
@@ -142,24 +148,24 @@ class Host {
   }
 
   virtual SystemReport ExamineSystem() = 0;
-  // The version of the library; empty when it is not known.
+  // Returns the version of the library. Empty if it is unknown.
   virtual std::string LibraryVersion() { return {}; }
 
-  // The terminal where the user types, for a prompt; null without one.
+  // Returns the terminal for a prompt. Null if there is none.
   virtual Terminal* Prompt() { return nullptr; }
-  // Forgets that a stop was asked for: the prompt continues after the command that was stopped.
+  // Resets the stop request, so that the prompt can continue after a stopped command.
   virtual void ForgetStop() {}
 
-  // What --verbose reports about the work so far, in lines: the library, the cameras that were
-  // opened, the calls that were made.
+  // Returns the lines that --verbose prints about the work so far: the library, the opened cameras,
+  // the calls.
   virtual std::vector<std::string> Details() const { return {}; }
 
-  // What `workbench` needs of the system; null where there is no workbench.
+  // Returns the system functions for `workbench`. Null if this host has no workbench.
   virtual WorkbenchPlatform* Workbench() { return nullptr; }
 
-  // Runs this program several times at once, with these arguments, and returns the exit codes.
-  // `on_line` gets each line of their outputs, without its end, on the calling thread: which child,
-  // whether from its standard error, the line.
+  // Runs this program in parallel, once for each element of `arguments`, and returns the exit
+  // codes. Calls `on_line` on the calling thread for each output line of a child: with the number
+  // of the child, whether the line is from its standard error, and the line without its line end.
   virtual std::vector<int> RunChildren(
       const std::vector<std::vector<std::string>>& arguments,
       const std::function<void(std::size_t, bool, const std::string&)>& on_line) = 0;

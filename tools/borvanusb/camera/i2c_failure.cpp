@@ -8,7 +8,7 @@ namespace borvanusb {
 namespace {
 
 constexpr int kSlaveDigits = 2;
-// Addresses of 7 bits that a device may have; the others are reserved.
+// The 7-bit addresses that a device may have. All others are reserved.
 constexpr std::uint32_t kLowest7Bits = 0x08;
 constexpr std::uint32_t kHighest7Bits = 0x77;
 

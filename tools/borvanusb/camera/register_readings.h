@@ -7,12 +7,13 @@
 
 namespace borvanusb {
 
-// Registers that the chip delivers at once.
+// The number of registers that the chip returns in one block.
 inline constexpr std::uint32_t kRunBlock = 56;
 
-// The jobs of the second reading of a run of registers. Its blocks begin half a block later than
-// those of the first, which is one job, but for the last one: where the chip did not get a block's
-// address, it answers with the block before, and that must not look alike in both readings.
+// Divides the second reading of consecutive registers into jobs. The first reading is one job. If
+// the chip misses the address of a block, it returns the block before, and both readings must not
+// contain the same stale block. The blocks of the second reading therefore start half a block
+// later; only its last block is the same as in the first reading.
 std::vector<Range> CutSecondRun(const Range& run);
 
 }  // namespace borvanusb

@@ -11,11 +11,12 @@ namespace borvanusb {
 namespace {
 
 constexpr int kStatusDigits = 8;
-// Stands in the library's 8-bit texts for each character that the code page lacks.
+// Replaces each character in the library's 8-bit texts that the code page does not contain.
 constexpr char kLostCharacter = '?';
 
-// When the library clears the progress of a job that ended well, and how much earlier or later that
-// may be: its report came before this program saw the end, and a thread may wait for its turn.
+// The library clears the progress kClearDelay after the successful end of a job. The actual time
+// may differ by kClearSlack from the one computed here: this program notices the end a little after
+// the job reports it, and the clearing thread may run late.
 constexpr std::chrono::seconds kClearDelay{3};
 constexpr std::chrono::milliseconds kClearSlack{30};
 constexpr std::chrono::milliseconds kClearInterval{10};
@@ -95,7 +96,7 @@ void CameraLibrary::Select(const CameraIdentity& camera) {
   selected_.reset();
   try {
     exports_.UsbSelectDevice(found->index);
-  } catch (const char* message) {  // how the library tells that a camera can't be opened
+  } catch (const char* message) {  // the library throws this if a camera can't be opened
     throw Failure(ExitCode::kRefused, Format("camera {} can't be opened: {}", camera.name, message),
                   "Close other programs that use the camera, or plug it in again.");
   }

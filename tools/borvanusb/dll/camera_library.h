@@ -17,11 +17,12 @@
 
 namespace borvanusb {
 
-// The loaded library, its cameras and what its status codes mean. One for each process: it knows
-// the library's one instance, which camera is selected there and what its jobs left behind.
+// The loaded library: its cameras, its jobs and its status codes. A process has one object of this
+// class, because the library has one instance per process. The object keeps track of the selected
+// camera, an abandoned job, and threads of the library that are still running.
 class CameraLibrary {
  public:
-  // `limit`: how long there may be no progress. All must outlive it.
+  // `limit` is the longest time without progress. The referenced objects must outlive this object.
   CameraLibrary(const Exports& exports, LibraryPlatform& platform, Supervisor& supervisor,
                 std::chrono::milliseconds limit)
       : exports_(exports), platform_(platform), supervisor_(supervisor), limit_(limit) {}
@@ -32,41 +33,44 @@ class CameraLibrary {
   std::chrono::milliseconds Limit() const { return limit_; }
   void SetLimit(std::chrono::milliseconds limit) { limit_ = limit; }
 
-  // Lists the cameras anew, with the names that the system has for them, in the instance that the
-  // first call made: a new one would keep what the former has open. Throws Failure kNoCamera.
+  // Updates and returns the list of cameras, with their names from the system. Only the first call
+  // creates an instance of the library; a second instance would not close the camera that the first
+  // one has open. Throws Failure kNoCamera if the list can't be updated.
   std::vector<CameraIdentity> ListCameras();
 
-  // Lists the cameras and opens this one, even when it is selected. Throws Failure: kNoCamera when
-  // it isn't listed, kRefused when it can't be opened, kTimeout as CheckIdle.
+  // Updates the list and opens the camera, even if it is already selected. Throws Failure:
+  // kNoCamera if it is not listed, kRefused if it can't be opened, kTimeout like CheckIdle.
   void Select(const CameraIdentity& camera);
-  // Opens this one unless it is selected.
+  // Opens the camera unless it is already selected. Throws like Select.
   void SelectOnce(const CameraIdentity& camera);
-  // The next SelectOnce opens the camera anew: it may have been unplugged and plugged in again.
+  // Makes the next SelectOnce open the camera again. For use after a failure, because the camera
+  // may have been unplugged and plugged in again.
   void Deselect() { selected_.reset(); }
 
-  // Whether the camera is listed now; leaves the selection alone.
+  // Whether the camera is listed now. Does not change the selection.
   bool IsListed(const CameraIdentity& camera);
 
-  // Remembers a job that nobody waits for any more. `has_ended` tells whether it has come to its
-  // end.
+  // Records a job that is abandoned: it may still be running, but this program no longer waits for
+  // it. `has_ended` returns whether the job has ended.
   void Abandon(std::function<bool()> has_ended) { abandoned_ = std::move(has_ended); }
-  // Throws Failure kTimeout when an abandoned job may still be running: its transfers would mix
-  // with those to come, and it may be writing.
+  // Throws Failure kTimeout if an abandoned job may still be running. Its transfers would interfere
+  // with new ones, and it may be writing.
   void CheckIdle();
 
-  // Each job that ends well leaves a thread of the library that clears its progress three seconds
-  // later. To be called at the end of every job, and before one is started: with too many of these
-  // threads it waits until some have ended.
+  // After each successful job, a thread of the library waits three seconds and then clears the
+  // progress. NoteJobEnd counts these threads; it must be called at the end of every job.
+  // LimitClearTasks must be called before a job is started; it waits while there are too many of
+  // these threads. Throws Failure kStopped if the user asks to stop.
   void NoteJobEnd();
   void LimitClearTasks();
-  // Whether one of these threads is about to clear the progress.
+  // Whether one of these threads will clear the progress within the next milliseconds.
   bool ClearTaskIsDue() const;
 
-  // "0xE0000003, Flash write  failed".
+  // Returns a status code with its text: "0xE0000003, Flash write  failed".
   std::string StatusText(std::uint32_t status) const;
 
  private:
-  // Lists the cameras anew. Names are the library's.
+  // Updates and returns the list of cameras, with their names from the library.
   std::vector<CameraIdentity> ListAnew();
   std::vector<CameraIdentity> Listed() const;
   void ForgetEndedClearTasks();
@@ -76,15 +80,15 @@ class CameraLibrary {
   Supervisor& supervisor_;
   std::chrono::milliseconds limit_;
   bool has_instance_ = false;
-  std::optional<std::string> selected_;  // path
+  std::optional<std::string> selected_;  // path of the selected camera
   std::function<bool()> abandoned_;
-  std::deque<Supervisor::Clock::time_point> clear_tasks_;  // when each is due
+  std::deque<Supervisor::Clock::time_point> clear_tasks_;  // when each thread clears the progress
 };
 
-// The failure of a camera that fell off while something was being done.
+// Returns the failure for a camera that was removed during an operation.
 Failure GoneFailure(const std::string& doing, const CameraIdentity& camera);
 
-// Opens a camera: selects it and asks its chip. Throws Failure as Host::OpenCamera.
+// Opens a camera: selects it and reads the features of its chip. Throws like Host::OpenCamera.
 std::unique_ptr<Camera> OpenLibraryCamera(CameraLibrary& library, const CameraIdentity& camera);
 
 }  // namespace borvanusb

@@ -1,5 +1,5 @@
-// Registers, lists and single flash accesses; the other parts are in dll_camera_flash.cpp and
-// dll_camera_i2c.cpp.
+// Registers, lists and single flash accesses. The other parts of DllCamera are in
+// dll_camera_flash.cpp and dll_camera_i2c.cpp.
 #include "dll/dll_camera.h"
 
 #include <algorithm>
@@ -15,11 +15,13 @@ namespace borvanusb {
 
 namespace {
 
-// Above every 8-bit and 16-bit value: a read that leaves it there was not answered.
+// Initial value of the variable for a read. It is above every 8-bit and 16-bit value: if the
+// variable keeps it, the chip did not answer.
 constexpr std::uint32_t kImpossible = 0xFFFFFFFF;
 constexpr std::uint32_t kOtherStart = 0x5A5AA5A5;
 constexpr std::uint32_t kBadListHead = 11;
-// A list's pauses are at most 255 ms an entry, and its entries need a few transfers each.
+// The maximum time without progress per line of a list. A pause entry takes up to 255 ms, and every
+// entry takes a few transfers.
 constexpr std::chrono::milliseconds kSilencePerLine{260};
 constexpr std::chrono::milliseconds kLockLimit{2000};
 
@@ -103,8 +105,8 @@ std::uint32_t DllCamera::ReadRegisterOnce(std::uint32_t address, RegisterWidth w
   if (value != kImpossible) {
     return value;
   }
-  // Either no answer, or a register that holds just this: an answer would replace another start
-  // value, too.
+  // Either the chip did not answer, or the register contains this very value. A second read with
+  // another initial value shows which: an answer replaces that one, too.
   value = kOtherStart;
   if (!library_.Functions().UsbRegisterRead(address, &value, flag)) {
     Refused(what);
@@ -116,8 +118,8 @@ std::uint32_t DllCamera::ReadRegisterOnce(std::uint32_t address, RegisterWidth w
   return value;
 }
 
-// The library ignores that the first half of an address was refused, and the chip then answers for
-// another register.
+// Reads twice because of a fault that the library ignores: if the chip refuses the first half of
+// the address, it returns the value of another register.
 std::uint32_t DllCamera::ReadRegisterUnlocked(std::uint32_t address, RegisterWidth width) {
   return ReadTwice([&] { return ReadRegisterOnce(address, width); }).value;
 }
@@ -159,12 +161,13 @@ std::vector<std::uint8_t> DllCamera::DecideBlock(std::uint32_t first,
   ++disagreements_;
   std::vector<std::uint8_t> values =
       ReadRunOnce(first, static_cast<std::uint32_t>(first + one.size() - 1));
-  // `one` was read as this is, and both may hold the block that was read before.
+  // Only equality with `other` counts. `one` and `values` were read in the same way, so both may
+  // contain the same stale block.
   if (std::ranges::equal(values, other)) {
     return values;
   }
-  // Some of these registers change by themselves, or more went wrong; the replies to single reads
-  // have tags.
+  // Either some registers change by themselves, or further reads failed. Single reads decide,
+  // because their replies have tags.
   for (std::size_t i = 0; i < values.size(); ++i) {
     if (values[i] != one[i] || values[i] != other[i]) {
       values[i] = static_cast<std::uint8_t>(
@@ -269,7 +272,7 @@ void DllCamera::LearnFeatures() {
 std::unique_ptr<Camera> OpenLibraryCamera(CameraLibrary& library, const CameraIdentity& camera) {
   library.Select(camera);
   auto opened = std::make_unique<DllCamera>(library, camera);
-  // A camera without the vendor unit is selected all the same; a first access tells.
+  // The library also selects a camera without the vendor unit. Only an access shows this.
   try {
     opened->LearnFeatures();
   } catch (const Failure& failure) {

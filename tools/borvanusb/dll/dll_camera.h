@@ -15,7 +15,7 @@
 
 namespace borvanusb {
 
-// A camera through the library's exports.
+// Implements Camera with the exports of the library.
 class DllCamera : public Camera {
  public:
   // The camera must be selected in the library.
@@ -43,21 +43,23 @@ class DllCamera : public Camera {
   void WriteFlashWord(std::uint32_t address, std::uint32_t value) override;
   void EraseSector(std::uint32_t address) override;
 
-  // What this chip can do; to be called first. Throws as ReadRegister does.
+  // Reads the features of the chip. Must be called before any other access. Throws like
+  // ReadRegister.
   void LearnFeatures();
 
  private:
-  // Keeps other processes' transfers out while it lives, and has the camera selected. Throws
-  // Failure: kRefused when another process has it, kTimeout as CameraLibrary::CheckIdle, kDevice
-  // when it was open and no longer can be.
+  // Locks and selects the camera. No other borvanusb process can access it until the result is
+  // destroyed. Throws Failure: kRefused if another process has the camera, kTimeout like
+  // CameraLibrary::CheckIdle, kDevice if the camera can no longer be opened.
   std::unique_ptr<LibraryPlatform::CameraLock> Lock() const;
-  // Runs a job and throws Failure when it fails. `what` is for the user: "reading flash at 0x1000".
+  // Runs a job. Throws Failure if it fails, with `what` in the message: "reading flash 0x1000".
   JobEnd Finish(const std::string& what, const Job& job) const;
   [[noreturn]] void JobFailed(const std::string& what, std::uint32_t status) const;
-  // A failure without a code: the single accesses tell none.
+  // Throws the failure of a single access, which has no status code.
   [[noreturn]] void Refused(const std::string& what) const;
   [[noreturn]] static void OutcomeUnknown(const std::string& what);
-  // One bulk read into a file of `size` bytes, which `start` names to the library.
+  // Runs a job that writes a file of `size` bytes, and returns the bytes. `start` calls the export
+  // with the name of the file.
   using StartWithFile = std::function<bool(const Exports&, const char*)>;
   std::vector<std::uint8_t> Dump(const std::string& what, std::uint64_t size, Job job,
                                  const StartWithFile& start) const;
@@ -68,7 +70,7 @@ class DllCamera : public Camera {
                                           const Advance& advance) const;
   std::vector<std::uint8_t> ReadFlashPart(std::uint32_t address, std::uint64_t size,
                                           bool ends_range, const Advance& advance);
-  // Calls `read` until two of its results agree.
+  // Like ReadUntilTwoAgree. Also counts the additional readings.
   template <typename Read>
   auto ReadTwice(Read read) {
     const auto value = ReadUntilTwoAgree(read);
@@ -80,15 +82,16 @@ class DllCamera : public Camera {
   std::uint32_t ReadI2cOnce(const I2cTarget& target, std::uint32_t address) const;
   std::uint32_t ReadI2cUnlocked(const I2cTarget& target, std::uint32_t address);
   bool CanReadI2cInBlocks(const I2cTarget& target, std::uint64_t registers) const;
-  // One reading of a run, by one job.
+  // Reads consecutive I2C registers once, by one job.
   std::vector<std::uint8_t> ReadI2cRunOnce(const I2cTarget& target, const Range& run) const;
   std::vector<std::uint32_t> ReadI2cInBlocks(const I2cTarget& target, const Range& run);
-  // One reading of a run; the library vouches for its last block of 56 registers alone.
+  // Reads consecutive registers once. The library detects a failed read only for the last block of
+  // 56 registers.
   std::vector<std::uint8_t> ReadRunOnce(std::uint32_t first, std::uint32_t last) const;
-  // Registers of one block that two readings of the run give differently.
+  // Returns the values of a block for which the two readings `one` and `other` differ.
   std::vector<std::uint8_t> DecideBlock(std::uint32_t first, std::span<const std::uint8_t> one,
                                         std::span<const std::uint8_t> other);
-  // A job that takes its bytes from a file.
+  // Writes `bytes` to a file and runs a job that reads the file.
   JobEnd SendFile(const std::string& what, std::span<const std::uint8_t> bytes,
                   std::string_view extension, Job job, const StartWithFile& start) const;
   std::uint8_t LastByte(std::uint32_t address, std::span<const std::uint8_t> before) const;

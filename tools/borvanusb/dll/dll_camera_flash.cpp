@@ -1,4 +1,4 @@
-// Flash in bulk: what the jobs leave out or do too much of is made good here.
+// Reads and programs flash by jobs of the library, and compensates for their limits.
 #include <algorithm>
 
 #include "base/failure.h"
@@ -13,12 +13,12 @@ namespace borvanusb {
 namespace {
 
 constexpr unsigned kWordBytes = 4;
-// A slow flash may need that long for a sector; the job says nothing while it erases.
+// The time that a slow flash may need to erase a sector. The job reports no progress meanwhile.
 constexpr std::chrono::milliseconds kSilencePerSector{500};
 
 const char* const kAgain = "Plug the camera in again and repeat the command.";
 
-// A file of one exchange with the library, which is removed with this.
+// A temporary file for one data exchange with the library. The destructor removes it.
 class Exchange {
  public:
   Exchange(LibraryPlatform& platform, std::string_view extension)
@@ -72,7 +72,8 @@ std::vector<std::uint8_t> DllCamera::ReadFlashByJob(std::uint32_t address, std::
               });
 }
 
-// The byte at `address`, read on its own; `before` are the bytes right before it.
+// Reads the single byte at `address`. `before` contains the bytes directly before it. They check
+// the result: the four bytes of a flash word are read, and the first three must match.
 std::uint8_t DllCamera::LastByte(std::uint32_t address,
                                  std::span<const std::uint8_t> before) const {
   constexpr unsigned kOthers = kWordBytes - 1;
@@ -86,11 +87,11 @@ std::uint8_t DllCamera::LastByte(std::uint32_t address,
   for (unsigned i = 0; i < kOthers; ++i) {
     agrees = agrees && others[i] == static_cast<std::uint8_t>(word >> (8 * (kOthers - i)));
   }
-  // A word of 0 may be a read that failed, too.
+  // A word of 0 may also be a failed read; a job then reads the byte.
   return agrees ? static_cast<std::uint8_t>(word) : ReadFlashByJob(address, 1, {}).front();
 }
 
-// One reading, which no other confirms.
+// Reads once, without confirmation.
 std::vector<std::uint8_t> DllCamera::ReadFlashOnce(std::uint32_t address, std::uint64_t size,
                                                    std::uint32_t shift, bool ends_range,
                                                    const Advance& advance) const {
@@ -112,7 +113,7 @@ std::vector<std::uint8_t> DllCamera::ReadFlashOnce(std::uint32_t address, std::u
   return bytes;
 }
 
-// Bytes that two readings agree on.
+// Reads a part until two readings agree on each packet.
 std::vector<std::uint8_t> DllCamera::ReadFlashPart(std::uint32_t address, std::uint64_t size,
                                                    bool ends_range, const Advance& advance) {
   FlashReadings readings(size);
@@ -122,7 +123,7 @@ std::vector<std::uint8_t> DllCamera::ReadFlashPart(std::uint32_t address, std::u
     if (!open) {
       break;
     }
-    // A part counts once, so each of the two readings that it takes counts half.
+    // A part needs two readings. In the progress, each of them counts as half of the part.
     const Advance reading_advance = [&](std::uint64_t reading_done) {
       advance(std::min(size, (done + reading_done) / 2));
     };

@@ -1,4 +1,4 @@
-// Registers of devices on the I2C bus, one by one and in rows.
+// Registers of devices on the I2C bus, one by one and in blocks.
 #include <algorithm>
 #include <span>
 
@@ -14,9 +14,9 @@ namespace {
 
 constexpr std::int32_t kMode8Bit8Bit = 0;
 constexpr std::int32_t kMode16Bit8Bit = 1;
-// One block has no other one to tell it from.
+// A stale block is detected by comparison with another block, so at least two are necessary.
 constexpr std::uint64_t kLeastRegisters = 2 * std::uint64_t{kRunBlock};
-// A slow bus may take that long for a register.
+// The time that a slow bus may need for a register.
 constexpr std::chrono::milliseconds kSilencePerRegister{5};
 
 }  // namespace
@@ -30,7 +30,7 @@ std::uint32_t DllCamera::ReadI2cOnce(const I2cTarget& target, std::uint32_t addr
   return value;
 }
 
-// Replies on this selector have no tag at all.
+// Reads twice, because I2C replies have no tag: an old reply looks like a new one.
 std::uint32_t DllCamera::ReadI2cUnlocked(const I2cTarget& target, std::uint32_t address) {
   return ReadTwice([&] { return ReadI2cOnce(target, address); }).value;
 }
@@ -53,8 +53,8 @@ void DllCamera::WriteI2c(const I2cTarget& target, std::uint32_t address, std::ui
   }
 }
 
-// The chip sends blocks of registers in the 8-bit modes as it does single ones. A block has no
-// place for the option, and in the other modes no place for the values.
+// The chip supports block reads in the modes with 8-bit values and addresses of up to 16 bits. In
+// the other modes a block has no space for the values. A block command has no field for the option.
 bool DllCamera::CanReadI2cInBlocks(const I2cTarget& target, std::uint64_t registers) const {
   return has_fast_i2c_ && target.option == 0 && registers >= kLeastRegisters &&
          (target.mode == kMode8Bit8Bit || target.mode == kMode16Bit8Bit);
@@ -74,9 +74,10 @@ std::vector<std::uint8_t> DllCamera::ReadI2cRunOnce(const I2cTarget& target,
   });
 }
 
-// A job tells only whether its last block arrived; a block that the chip did not read shows as the
-// one that was read before it. So the second reading takes a job for each block, after one that
-// holds something else.
+// Reads each block twice. A job reports only whether its last block arrived. If the chip does not
+// read a block, the job returns the block before it, without an error. The second reading therefore
+// uses one job per block. If necessary, a block with different content is read first, so that a
+// stale block can be recognized.
 std::vector<std::uint32_t> DllCamera::ReadI2cInBlocks(const I2cTarget& target, const Range& run) {
   const std::vector<std::uint8_t> first = ReadI2cRunOnce(target, run);
   std::vector<std::uint32_t> values(first.begin(), first.end());
@@ -95,7 +96,8 @@ std::vector<std::uint32_t> DllCamera::ReadI2cInBlocks(const I2cTarget& target, c
         }
       }
     }
-    // Where all blocks are alike nothing tells one from the other.
+    // If all blocks are equal, a stale block can't be recognized. Its registers are read one by
+    // one.
     const bool is_alike = std::ranges::equal(shown, block_at(at));
     if (!is_alike) {
       shown = ReadI2cRunOnce(target, range_at(at));
@@ -112,7 +114,8 @@ std::vector<std::uint32_t> DllCamera::ReadI2cInBlocks(const I2cTarget& target, c
   return values;
 }
 
-// Whole blocks only: a block that reached behind the run would read registers that nobody named.
+// Reads only whole blocks as blocks: a partial one would read registers that were not requested.
+// The rest is read one by one.
 std::vector<std::uint32_t> DllCamera::ReadI2cRun(const I2cTarget& target, std::uint32_t first,
                                                  std::uint32_t last) {
   const std::uint64_t registers = std::uint64_t{last} - first + 1;
@@ -123,7 +126,7 @@ std::vector<std::uint32_t> DllCamera::ReadI2cRun(const I2cTarget& target, std::u
       const auto lock = Lock();
       values = ReadI2cInBlocks(target, {first, static_cast<std::uint32_t>(first + in_blocks - 1)});
     } catch (const Failure& failure) {
-      // One by one it shows which register does not answer, if any.
+      // All registers are then read one by one, which shows which register does not answer.
       if (failure.Code() != ExitCode::kDevice) {
         throw;
       }

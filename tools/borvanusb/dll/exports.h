@@ -4,7 +4,8 @@
 
 namespace borvanusb {
 
-// The library's functions as a host gets them: by name, from a DLL loaded at run time.
+// The functions of the library. The host looks them up by name in the DLL, which it loads at run
+// time.
 struct Exports {
   decltype(&::UsbIniDevice) UsbIniDevice = nullptr;
   decltype(&::UsbUpdateDevice) UsbUpdateDevice = nullptr;
@@ -27,7 +28,7 @@ struct Exports {
   decltype(&::GetProgressInfo) GetProgressInfo = nullptr;
 };
 
-// The names by which the table is filled. `visit` gets each member and its name.
+// Calls `visit` with the name and the member of each function, to fill the table.
 template <typename Visit>
 void ForEachExport(Exports& exports, Visit visit) {
   visit("UsbIniDevice", exports.UsbIniDevice);

@@ -16,24 +16,26 @@ namespace {
 using Milliseconds = std::chrono::milliseconds;
 using Clock = Supervisor::Clock;
 
-// Short jobs end within milliseconds. A long one gets time between two looks.
+// The intervals between two polls. Short jobs end within milliseconds, so the intervals are short
+// at first: none until kSpinTime, kQuickInterval until kQuickTime, then kInterval.
 constexpr Milliseconds kSpinTime{2};
 constexpr Milliseconds kQuickTime{30};
 constexpr Milliseconds kQuickInterval{1};
 constexpr Milliseconds kInterval{4};
-// A job that stands still is looked into that often.
+// While a job makes no progress, the program checks at this interval whether the camera is listed.
 constexpr Milliseconds kLookInterval{1000};
-// Threads are looked for where the reports don't tell, at first after this time, then ever more
-// rarely.
+// If the reports do not show whether a job has ended, the program looks for the job's thread: first
+// after kFirstThreadLook, then at increasing intervals of up to kThreadLookInterval.
 constexpr Milliseconds kFirstThreadLook{20};
 constexpr Milliseconds kThreadLookInterval{250};
-// A file is looked for that often while nothing else says that it is there.
+// The program looks for the file at every poll if the reports indicate that it may exist, otherwise
+// only at one of so many polls.
 constexpr int kPollsPerLook = 16;
-// On a machine that gives this process no time, the job had none either: only so much of the time
-// between two polls counts as standing still.
+// The maximum time between two polls that counts as time without progress. On a busy machine this
+// process may be suspended for longer, but then the job is, too.
 constexpr Milliseconds kMostStanding{50};
 constexpr Milliseconds kStopPatience{1000};
-// A write error is reported once the file is closed.
+// How long to wait for the report of a write error, which comes after the file was closed.
 constexpr Milliseconds kReportPatience{200};
 constexpr std::int32_t kWhole = 100;
 
@@ -44,7 +46,8 @@ std::string Seconds(Milliseconds time) {
                           : Format("{} s", tenths / 10);
 }
 
-// The thread of a job, found by what was not there before the job.
+// The thread of a job. It is identified by comparing the threads of the process before and after
+// the start of the job.
 class JobThread {
  public:
   explicit JobThread(LibraryPlatform& platform)
@@ -110,7 +113,7 @@ class Runner {
  private:
   std::uint64_t Progress() const { return library_.Functions().GetProgressInfo(); }
 
-  // See ReportIn.
+  // Sets the mark that job_reports.h describes.
   void PutMark() const {
     const Supervisor::Call call(library_.Watch(), job_.doing);
     static_cast<void>(library_.Functions().UsbFlashWriteFile("", 0));
@@ -158,7 +161,7 @@ class Runner {
     return end;
   }
 
-  // A job that reads writes its file when all is read, and reports before.
+  // For a job that reads. It writes its file after it has read all bytes and reported its end.
   std::optional<JobEnd> EndByFile(std::uint64_t progress) {
     const JobReport report = ReportIn(progress);
     const bool may_be_there = report != JobReport::kNothing && report != JobReport::kRunning;
@@ -176,7 +179,7 @@ class Runner {
     for (bool first = true; Clock::now() < patience; first = false) {
       const std::uint64_t last = Progress();
       const JobReport last_report = ReportIn(last);
-      // A file may show an instant before its writer does.
+      // The file may be visible shortly before it shows as open.
       if (last_report != JobReport::kFailed && !first && IsBeingWritten()) {
         return std::nullopt;
       }
@@ -197,8 +200,8 @@ class Runner {
     if (const auto end = ReportedEnd(progress)) {
       return end;
     }
-    // What shows may be nothing but the mark or a cleared report for a long time: while sectors are
-    // erased, or because the job has ended.
+    // The progress may show only the mark or a cleared report for a long time, either because the
+    // job is erasing sectors or because it has ended. The job's thread shows which.
     const auto now = Clock::now();
     const bool cleared = ReportIn(progress) == JobReport::kCleared;
     if (cleared && !cleared_) {
@@ -272,7 +275,7 @@ class Runner {
     const auto now = Clock::now();
     standing_ += std::min(now - last_poll_, Clock::duration(kMostStanding));
     last_poll_ = now;
-    // A read of a camera that fell off is repeated for ever, and reports nothing.
+    // If the camera was removed, the library repeats a read forever and reports nothing.
     if (standing_ > next_look_) {
       next_look_ += kLookInterval;
       if (!library_.IsListed(camera_)) {
@@ -322,7 +325,7 @@ class Runner {
   const Clock::time_point started_ = Clock::now();
   Clock::time_point next_thread_look_ = started_ + kFirstThreadLook;
   Clock::time_point last_poll_ = started_;
-  Clock::duration standing_{0};  // time without anything new
+  Clock::duration standing_{0};  // time without progress
   Clock::duration next_look_ = kLookInterval;
   std::optional<Clock::time_point> stop_since_;
 };

@@ -6,18 +6,20 @@
 
 namespace borvanusb {
 
-// What GetProgressInfo shows while a job runs in an instance that has run others.
+// Interprets the value of GetProgressInfo while a job runs.
 //
-// The library keeps one progress for all jobs. Before a job starts, a mark is put there: the report
-// of a job that could not be started for want of a file name. From then on, what shows is
-// - the mark: the job has reported nothing, or that it can't use its file, which looks the same;
-// - 0: three seconds ago a job reported 100, and whatever stood there has been cleared since;
-// - anything else: the job's own report, since no other job runs.
-// The two halves are read one after the other, so a status may come with the percentage before or
-// behind it. A status is a report of its own, and a percentage counts only without one.
+// The library has one progress value for all jobs, so the value may belong to an earlier job.
+// Before a job starts, this program therefore sets a mark: it starts a flash write with an empty
+// file name, which fails and leaves its status as the mark. After that, the value is one of these:
+// - the mark: the job has reported nothing, or it has reported that it can't use its file, which
+//   has the same status
+// - 0: the value was cleared, because a job reported 100 three seconds ago
+// - any other value: the report of this job, because no other job runs
+// The library reads the two halves of the value one after the other. A status may therefore come
+// with an older or newer percentage, and the percentage counts only if the status is 0.
 enum class JobReport { kNothing, kCleared, kRunning, kDone, kFailed, kNotice };
 
-// Status of the mark.
+// The status of the mark: the library can't use a file.
 inline constexpr std::uint32_t kMarkStatus = 0xE000000A;
 
 inline std::uint32_t ReportedStatus(std::uint64_t progress) {

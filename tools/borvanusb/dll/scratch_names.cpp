@@ -12,7 +12,8 @@ namespace {
 
 constexpr std::string_view kPrefix = "borvanusb-";
 
-// Takes the number that `text` begins with, digits alone.
+// Removes the decimal number at the start of `text` and returns it. Returns nothing if there is
+// none.
 template <typename Number>
 std::optional<Number> TakeNumber(std::string_view& text) {
   Number number = 0;
@@ -50,7 +51,7 @@ std::optional<std::uint32_t> ScratchOwner(std::string_view name) {
   if (!rest_is_ours || !(Take(name, "bin") || Take(name, "txt"))) {
     return std::nullopt;
   }
-  // A file that was being written still has its temporary name.
+  // A file that was being written when its process ended still has its temporary name.
   if (Take(name, ".part") && !TakeNumber<unsigned>(name)) {
     return std::nullopt;
   }

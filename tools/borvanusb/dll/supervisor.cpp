@@ -49,7 +49,8 @@ std::vector<std::string> Supervisor::LastWords() const {
 std::optional<std::string> Supervisor::Overdue(std::chrono::milliseconds limit) const {
   const char* const doing = doing_;
   const Clock::time_point since{Clock::duration(since_.load())};
-  // The call may have ended and another begun between the two; then `since` is the newer one's.
+  // If another call starts between the two loads, `since` is the later start, so the result is
+  // never too early.
   if (doing == nullptr || Clock::now() - since < limit) {
     return std::nullopt;
   }

@@ -12,17 +12,18 @@
 
 namespace borvanusb {
 
-// Watches the thread that works with the library, for the threads that may have to end the process:
-// how long it has been inside one call, and whether the user wants to stop.
+// Supervises the thread that uses the library (the working thread). Other threads ask how long it
+// has been inside a call, and whether the user asked to stop; they may have to end the process.
 class Supervisor {
  public:
   using Clock = std::chrono::steady_clock;
 
-  // What the working thread is doing in a call that may hang. It must outlive the call: a literal.
-  // May be nested: the time of the outer one then begins anew behind the inner one.
+  // Marks a call by the working thread that may hang, from the constructor to the destructor. Calls
+  // may be nested; the time of the outer call restarts when the inner call ends.
   class Call {
    public:
-    // Throws Failure kStopped when a stop is asked for and not held.
+    // `doing` describes the call. It must be a string literal, because other threads read it later.
+    // Throws Failure kStopped like ObeyStop.
     Call(Supervisor& supervisor, const char* doing);
     ~Call();
     Call(const Call&) = delete;
@@ -33,7 +34,7 @@ class Supervisor {
     const char* const outer_;
   };
 
-  // While one exists, a stop is not yet obeyed.
+  // Defers a stop while an object of this class exists.
   class Hold {
    public:
     explicit Hold(Supervisor& supervisor) : supervisor_(supervisor) { ++supervisor_.holds_; }
@@ -45,31 +46,34 @@ class Supervisor {
     Supervisor& supervisor_;
   };
 
-  // May be called from any thread, a console's signal included. Returns how often it was called.
+  // Requests a stop. May be called on any thread and in a console signal handler. Returns the
+  // number of requests so far.
   int RequestStop() { return ++stop_requests_; }
   bool StopRequested() const { return stop_requests_ > 0; }
-  // For a process that continues after a stopped command.
+  // Resets the requests, for a process that continues after a stopped command.
   void ForgetStop() { stop_requests_ = 0; }
-  // Whether a stop is asked for and not held.
+  // Whether a stop is requested and no Hold exists.
   bool MustStop() const { return StopRequested() && holds_ == 0; }
-  // Throws Failure kStopped when it must stop.
+  // Throws Failure kStopped if MustStop returns true.
   void ObeyStop() const;
 
+  // The function that returns the lines to print before the process is ended (see
+  // Host::SetLastWords). May be called on any thread.
   void SetLastWords(std::function<std::vector<std::string>()> words);
   std::vector<std::string> LastWords() const;
 
   bool IsHeld() const { return holds_ > 0; }
 
-  // What the working thread did in such calls, and how often, in the order of the first times. To
-  // be called on that thread.
+  // Returns the descriptions of all calls so far and how often each was made, in the order of their
+  // first calls. Must be called on the working thread.
   using Count = std::pair<std::string, std::uint64_t>;
   const std::vector<Count>& Calls() const { return calls_; }
 
-  // How long a call may take.
+  // Sets the maximum time of a call.
   void SetLimit(std::chrono::milliseconds limit) { limit_ = limit; }
 
-  // What the working thread has been doing for longer than `limit`, inside one call; nothing when
-  // it moves.
+  // Returns the description of the current call if it has taken longer than `limit`. Returns
+  // nothing if it has not, or if there is no call.
   std::optional<std::string> Overdue(std::chrono::milliseconds limit) const;
   std::optional<std::string> Overdue() const { return Overdue(limit_); }
 

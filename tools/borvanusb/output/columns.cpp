@@ -4,8 +4,8 @@ namespace borvanusb {
 
 namespace {
 
-// Columns of the character that this byte begins: the scripts whose signs are wide have three bytes
-// in UTF-8 and more.
+// Returns the columns of the character that starts with this byte, or 0 for a continuation byte.
+// Estimates the width from the length in UTF-8: wide characters have three bytes or more.
 std::size_t ColumnsFrom(char byte) {
   const auto first = static_cast<unsigned char>(byte);
   if ((first & 0xC0U) == 0x80U) {

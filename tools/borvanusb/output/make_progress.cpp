@@ -23,7 +23,7 @@ using Clock = std::function<std::chrono::steady_clock::time_point()>;
 
 constexpr milliseconds kBetweenDrawings{100};
 
-// What all forms share: the numbers, and that calls without an open bar do nothing.
+// The common part of all forms. It keeps the numbers, and it ignores calls if no bar is open.
 class MeteredProgress : public Progress {
  public:
   MeteredProgress(Sink sink, Clock clock) : sink_(std::move(sink)), clock_(std::move(clock)) {}
@@ -110,7 +110,7 @@ class BarProgress : public MeteredProgress {
   }
 
  private:
-  // The last column stays free: some consoles wrap when it is written.
+  // Leaves the last column free, because some consoles start a new line when it is written.
   std::size_t Width() const {
     constexpr int kUsualColumns = 80;
     const int columns = columns_();
@@ -119,7 +119,7 @@ class BarProgress : public MeteredProgress {
 
   void Draw(std::string text, ProgressMeter::Time now) {
     const std::size_t length = text.size();
-    // What a longer text left behind, as far as it lies within the terminal.
+    // Blanks overwrite the rest of a longer previous text, but not beyond the terminal's width.
     const std::size_t before = std::min(drawn_, Width());
     if (before > length) {
       text.append(before - length, ' ');
@@ -130,7 +130,7 @@ class BarProgress : public MeteredProgress {
   }
 
   std::function<int()> columns_;
-  std::size_t drawn_ = 0;  // characters that stand in the line
+  std::size_t drawn_ = 0;  // number of characters shown in the line
   ProgressMeter::Time last_;
 };
 
@@ -145,7 +145,7 @@ class LinesProgress : public MeteredProgress {
     Write(Format("{}: {}\n", Meter().Stage(), TotalText(Meter())));
   }
   void ShowChange(ProgressMeter::Time now) override {
-    // What is done soon needs no lines between its first and its last.
+    // A short operation prints no lines between its first and its last.
     constexpr seconds kQuickly{1};
     constexpr seconds kLong{5};
     constexpr int kQuarter = 25;

@@ -5,9 +5,9 @@
 
 namespace borvanusb {
 
-// Standard output and standard error, UTF-8. Each text is one line, whatever it quotes: characters
-// that a terminal obeys arrive as question marks, in JSON as escapes. With --json the text for
-// people stays away, so that standard output holds JSON alone.
+// Writes to standard output and standard error, in UTF-8. Each text is printed as one line: control
+// characters in it are replaced by question marks, and in JSON by escapes. With --json, standard
+// output receives only JSON and no other text.
 class Output {
  public:
   Output() = default;
@@ -15,29 +15,29 @@ class Output {
   Output& operator=(const Output&) = delete;
   virtual ~Output() = default;
 
-  // A line of the command's own result, on standard output; nothing with --json.
+  // Prints a line of the command's result on standard output. Prints nothing with --json.
   virtual void Line(std::string_view text) = 0;
-  // Bytes of the result as they are, on standard output; nothing with --json.
+  // Writes bytes of the result unchanged to standard output. Writes nothing with --json.
   virtual void Bytes(std::string_view bytes) = 0;
-  // Whether standard output is a terminal, which no bytes are for.
+  // Whether standard output is a terminal. Binary data must not be written to a terminal.
   virtual bool OutputIsTerminal() const { return false; }
-  // A line of JSON on standard output; nothing without --json. Commands that go on for long print
-  // one object per event; all others leave it to their result.
+  // Prints a line of JSON on standard output. Prints nothing without --json. Only long-running
+  // commands call this, with one object per event. All others return their JSON as the result.
   virtual void JsonLine(std::string_view json) = 0;
-  // A remark on standard error: what to know beside the result; nothing with --quiet.
+  // Prints a remark about the result on standard error. Prints nothing with --quiet.
   virtual void Note(std::string_view text) = 0;
-  // The same for a row that is drawn over and over on a terminal.
+  // Prints a row that is redrawn repeatedly on a terminal. Otherwise like Note.
   virtual void Row(std::string_view text) { Note(text); }
-  // A remark for --verbose alone, on standard error.
+  // Prints a remark on standard error, only with --verbose.
   virtual void Detail(std::string_view text) = 0;
-  // A line of a failure, on standard error, always.
+  // Prints a line of a failure on standard error, also with --quiet.
   virtual void Error(std::string_view text) = 0;
-  // Whether standard output still arrives: false after a failed write. Commands that go on for long
-  // end then; the caller of the command tells it.
+  // Whether standard output can still be written. Returns false after a failed write; long-running
+  // commands end then. The caller of the command reports the failed write.
   virtual bool TakesResults() const { return true; }
-  // How many columns the terminal has that standard error is; 0 when it is none.
+  // Returns the columns of the terminal on standard error, or 0 if standard error is no terminal.
   virtual int ErrorColumns() const = 0;
-  // Puts that terminal's cursor to the start of the line so many lines further up.
+  // Moves the cursor of that terminal up by `lines`, to the start of the line.
   virtual void MoveUp(int lines) = 0;
 };
 

@@ -12,21 +12,22 @@ namespace {
 
 struct Character {
   std::size_t size = 0;   // bytes
-  char32_t code = 0;      // of a valid one
-  bool is_valid = false;  // UTF-8, and nothing that UTF-8 does not allow
+  char32_t code = 0;      // code point, if valid
+  bool is_valid = false;  // valid UTF-8
 };
 
 bool IsContinuation(char byte) {
   return (static_cast<unsigned char>(byte) & 0xC0U) == 0x80U;
 }
 
-// The character at the beginning of a text that is not empty; of an invalid one the first byte.
+// Returns the first character of a text, which must not be empty. If it is invalid, the result is
+// its first byte.
 Character FirstOf(std::string_view text) {
   struct Form {
     unsigned mask;
     unsigned mark;
     std::size_t size;
-    char32_t lowest;  // shorter forms hold the ones below
+    char32_t lowest;  // lower code points must use a shorter form
   };
   constexpr std::array<Form, 4> kForms = {{{0x80, 0x00, 1, 0},
                                            {0xE0, 0xC0, 2, 0x80},
@@ -52,7 +53,7 @@ Character FirstOf(std::string_view text) {
   return {1, 0, false};
 }
 
-// Whether a terminal does anything else with it than to show it.
+// Whether a terminal interprets the character instead of showing it.
 bool IsObeyed(char32_t code) {
   const bool is_control = code < 0x20 || (code >= 0x7F && code <= 0x9F);
   const bool ends_line = code == 0x2028 || code == 0x2029;
@@ -84,7 +85,7 @@ std::string PrintableJson(std::string_view json) {
   std::string escaped;
   while (!json.empty()) {
     const Character character = FirstOf(json);
-    // Those below 0x20 stand between values; in texts they are escaped already.
+    // Characters below 0x20 are blanks between values. JSON strings have them escaped already.
     if (character.is_valid && character.code >= 0x20 && IsObeyed(character.code)) {
       escaped += Escape(character.code);
     } else {

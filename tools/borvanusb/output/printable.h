@@ -5,15 +5,15 @@
 
 namespace borvanusb {
 
-// Texts of devices, files and the system may hold characters that a terminal obeys: line ends,
-// escape sequences, marks that turn the direction of writing. In what leaves the program a line
-// ends only where the program itself ends it.
+// Texts from devices, files and the system may contain characters that a terminal interprets: line
+// ends, escape sequences, and marks that change the writing direction. These functions replace such
+// characters, so that a line of the output ends only where the program ends it.
 
-// The text as one row: control characters, other line ends and turns of direction are replaced by
-// question marks, and so are bytes that are no UTF-8.
+// Replaces control characters, line ends, marks that change the writing direction, and bytes that
+// are not valid UTF-8 by question marks.
 std::string Printable(std::string_view text);
 
-// JSON with such characters as escapes: the same values.
+// Replaces such characters in JSON by escapes. The values stay the same.
 std::string PrintableJson(std::string_view json);
 
 }  // namespace borvanusb

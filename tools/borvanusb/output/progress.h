@@ -6,10 +6,10 @@
 
 namespace borvanusb {
 
-// What a bulk operation counts.
+// The unit of a bulk operation.
 enum class ProgressUnit { kBytes, kRegisters, kEntries, kSlaves, kTests, kMeasurements };
 
-// A unit's name, of several.
+// Returns the plural name of a unit.
 constexpr std::string_view NameOf(ProgressUnit unit) {
   switch (unit) {
     case ProgressUnit::kBytes:
@@ -28,8 +28,8 @@ constexpr std::string_view NameOf(ProgressUnit unit) {
   return "";
 }
 
-// What a user sees of a bulk operation, on standard error. Nothing ever runs backwards within a
-// stage's total, or beyond it.
+// Shows the progress of a bulk operation on standard error. The number of units done never
+// decreases and never exceeds the total.
 class Progress {
  public:
   Progress() = default;
@@ -37,20 +37,21 @@ class Progress {
   Progress& operator=(const Progress&) = delete;
   virtual ~Progress() = default;
 
-  // Opens a bar: `total` units, 0 done. Ends the one before, if still open.
+  // Opens a bar with `total` units, of which 0 are done. Closes the previous bar if it is open.
   virtual void Begin(std::string_view stage, std::uint64_t total, ProgressUnit unit) = 0;
   void Begin(std::string_view stage, std::uint64_t total) {
     Begin(stage, total, ProgressUnit::kBytes);
   }
-  // Renames the open bar's stage, as when erasing and programming take turns.
+  // Changes the stage's name in the open bar, for example when erasing and programming alternate.
   virtual void Stage(std::string_view stage) = 0;
-  // Units done so far; what is less than before counts as before.
+  // Sets the number of units done so far. A lower number than before is ignored.
   virtual void Advance(std::uint64_t done) = 0;
   // Closes the bar as complete.
   virtual void Done() = 0;
-  // Closes the bar where it stands, so that other text can follow.
+  // Closes the bar at its current state, so that other text can follow.
   virtual void Break() = 0;
-  // Takes an open bar off its line until it is drawn again, so that a line can be written there.
+  // Clears the line of an open bar, so that other text can be written there. The next drawing shows
+  // the bar again.
   virtual void Hide() {}
 };
 

@@ -13,9 +13,9 @@ using Seconds = std::chrono::duration<double>;
 
 constexpr seconds kWindow{5};
 constexpr milliseconds kBetweenSamples{100};
-// Less than that says nothing about a rate.
+// A shorter time is not sufficient to compute a rate.
 constexpr milliseconds kLeastSpan{300};
-// Longer than anyone waits: 100 hours.
+// In seconds: 100 hours. A longer time left is not shown.
 constexpr double kLongest = 360000;
 
 }  // namespace

@@ -11,7 +11,8 @@
 
 namespace borvanusb {
 
-// How far a bulk operation is, how fast it goes and how long it will take. Times are the caller's.
+// Computes the percentage, the rate and the time left of a bulk operation. The caller passes the
+// current time to each call.
 class ProgressMeter {
  public:
   using Time = std::chrono::steady_clock::time_point;
@@ -19,25 +20,27 @@ class ProgressMeter {
   void Begin(std::string_view stage, std::uint64_t total, Time now,
              ProgressUnit unit = ProgressUnit::kBytes);
   void SetStage(std::string_view stage) { stage_ = stage; }
-  // What is less than before counts as before, what is more than the total as the total.
+  // Sets the number of units done. A lower number than before is ignored. A number above the total
+  // counts as the total.
   void Advance(std::uint64_t done, Time now);
-  // All is done. The stage is again the one of the begin: the last of several that took turns
-  // would say too little.
+  // Marks the operation as complete. The stage's name is again the one from Begin, because the last
+  // of several alternating stages does not describe the whole operation.
   void Finish(Time now);
 
   const std::string& Stage() const { return stage_; }
   ProgressUnit Unit() const { return unit_; }
   std::uint64_t Total() const { return total_; }
   std::uint64_t DoneUnits() const { return done_; }
-  // 0 to 100, and 100 only when it is complete.
+  // Returns 0 to 100. Returns 100 only if the operation is complete.
   int Percent() const;
-  // Units a second over the last few seconds; nothing until there is something to go by.
+  // Returns the units per second over the last few seconds. Returns nothing if the measured time is
+  // too short.
   std::optional<double> Rate() const;
-  // Whole seconds, rounded up. It counts down evenly: it follows the estimate only when that has
-  // changed enough to matter.
+  // Returns the time left in whole seconds, rounded up. It counts down evenly and changes to a new
+  // estimate only if that differs considerably. Returns nothing if there is no estimate.
   std::optional<std::uint64_t> SecondsLeft() const;
   std::chrono::duration<double> Elapsed() const { return now_ - begin_; }
-  // Units a second from the beginning on; nothing when no time has passed.
+  // Returns the units per second since Begin. Returns nothing if no time has passed.
   std::optional<double> AverageRate() const;
 
  private:
@@ -57,7 +60,7 @@ class ProgressMeter {
   Time begin_;
   Time now_;
   std::deque<Sample> samples_;
-  std::optional<Time> end_;  // when it will be complete
+  std::optional<Time> end_;  // estimated time of completion
 };
 
 }  // namespace borvanusb

@@ -12,7 +12,7 @@ namespace borvanusb {
 namespace {
 
 struct Unit {
-  std::string name;  // with a blank before it
+  std::string name;  // with a leading blank
   double size = 1;
 };
 
@@ -32,7 +32,8 @@ Unit UnitOfTotal(const ProgressMeter& meter) {
   return UnitOf(meter.Unit(), static_cast<double>(meter.Total()));
 }
 
-// A rate's unit may be a smaller one than the total's, but no other kind.
+// Returns the unit of a rate. If the total is shown in KiB, MiB or GiB, the rate is also shown in
+// one of these units, but not necessarily in the same one.
 Unit UnitOfRate(const ProgressMeter& meter, double rate) {
   constexpr double kKibi = 1024;
   const Unit of_total = UnitOfTotal(meter);
@@ -57,7 +58,8 @@ std::string PaddedLeft(const std::string& text, std::size_t width) {
   return padded;
 }
 
-// A stage in so many columns, blanks added. Other scripts' characters may take two columns.
+// Returns a stage's name, cut or padded with blanks to `columns`. Each character outside of ASCII
+// counts as two columns, because it may be a wide one.
 std::string StageText(const std::string& stage, std::size_t columns) {
   std::string text;
   std::size_t used = 0;
@@ -83,7 +85,7 @@ std::string StageText(const std::string& stage, std::size_t columns) {
   return text + std::string(columns - used, ' ');
 }
 
-// Columns of the amount when all is done.
+// Returns the columns of the amount at the end, which is its greatest width.
 std::size_t WidestAmount(const ProgressMeter& meter) {
   return Number(static_cast<double>(meter.Total()), UnitOfTotal(meter)).size() + 1 +
          TotalText(meter).size();
@@ -112,12 +114,12 @@ std::string Bar(const ProgressMeter& meter, std::size_t inside) {
   return bar;
 }
 
-// Stage, bar and percent with as many of the texts, the most wanted first, as fit in their fixed
-// widths; the widths leave a bar that doesn't change its own from call to call.
+// Returns the stage, the bar, the percentage and as many of `texts` as fit. The most important text
+// comes first. The texts have fixed widths, so the width of the bar does not change between calls.
 std::string Composed(const ProgressMeter& meter, std::size_t width,
                      const std::vector<std::string>& texts) {
   const std::string percent = Format("{} %", PaddedLeft(std::to_string(meter.Percent()), 3));
-  // Both brackets and the blanks before and after the bar.
+  // The two brackets, and one blank on each side of the bar.
   const std::size_t fixed = kStageColumns + 1 + 2 + 1 + percent.size();
   if (fixed + kLeastBar > width) {
     if (width <= percent.size()) {
@@ -183,7 +185,7 @@ std::string DurationText(std::chrono::duration<double> time) {
 }
 
 std::string BarText(const ProgressMeter& meter, std::size_t width) {
-  // Room for the longest of each: "1023.9 KiB/s", "59:59 left".
+  // The widths of the longest texts: "1023.9 KiB/s", "59:59 left".
   constexpr std::size_t kRateColumns = 12;
   constexpr std::size_t kLeftColumns = 10;
   const auto left = meter.SecondsLeft();

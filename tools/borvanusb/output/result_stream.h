@@ -10,15 +10,15 @@ namespace borvanusb {
 
 // Why a text could not be written.
 struct WriteProblem {
-  bool reader_is_gone = false;  // a closed pipe: nobody wants what follows
-  std::string why;              // the system's reason, in a line
+  bool reader_is_gone = false;  // closed pipe: no program reads the output
+  std::string why;              // the system's reason, one line
 };
 
-// Writes the whole text, or tells why not.
+// Writes the whole text. Returns the problem if the write fails.
 using ResultSink = std::function<std::optional<WriteProblem>(std::string_view)>;
 
-// Standard output, until a write fails. Then it takes nothing more, so that what has arrived is the
-// beginning of the whole and no part is missing in its middle.
+// Writes to standard output until a write fails, and ignores all later texts. What was written is
+// then the start of the output, without a gap.
 class ResultStream {
  public:
   explicit ResultStream(ResultSink sink) : sink_(std::move(sink)) {}
@@ -28,7 +28,7 @@ class ResultStream {
       problem_ = sink_(text);
     }
   }
-  // The first problem; nothing while all texts were written.
+  // Returns the problem of the failed write. Returns nothing if no write has failed.
   const std::optional<WriteProblem>& Problem() const { return problem_; }
 
  private:

@@ -7,22 +7,25 @@
 
 namespace borvanusb {
 
-// Output over two sinks that write UTF-8 texts as they are.
+// Options of TextOutput.
 struct TextOutputOptions {
   bool json = false;
   bool quiet = false;
   bool verbose = false;
-  // Whether `out` still arrives; empty when it always does.
+  // Returns whether `out` can still be written. Empty: it always can.
   std::function<bool()> takes_results{};
   bool output_is_terminal = false;
-  // Where bytes and rows go; empty: where lines and notes do.
+  // Sinks for Bytes and Row. Empty: Bytes uses the sink of lines, Row that of notes.
   std::function<void(std::string_view)> bytes{};
   std::function<void(std::string_view)> rows{};
-  // Of the terminal that standard error is; both empty when it is none.
+  // Width and cursor of the terminal on standard error. Both are empty if there is no terminal.
   std::function<int()> columns{};
   std::function<void(int)> move_up{};
 };
 
+// Implements Output with two sinks, which must write UTF-8 texts unchanged.
+//   out  standard output
+//   err  standard error
 class TextOutput : public Output {
  public:
   using Sink = std::function<void(std::string_view)>;
