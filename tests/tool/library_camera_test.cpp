@@ -66,7 +66,7 @@ TEST_F(LibraryCameraTest, CameraThatLeftTheListIsGone) {
   script->cameras.clear();
   const Failure failure = FailureOf([&] { OpenLibraryCamera(*library, cameras[0]); });
   EXPECT_EQ(failure.Code(), ExitCode::kNoCamera);
-  EXPECT_THAT(failure.Message(), HasSubstr("gone"));
+  EXPECT_THAT(failure.Message(), HasSubstr("was disconnected"));
 }
 
 TEST_F(LibraryCameraTest, CameraWithoutVendorUnitIsRefused) {

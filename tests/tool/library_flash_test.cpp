@@ -142,7 +142,7 @@ TEST_F(LibraryFlashTest, CameraIsOpenedAnewAfterAJobThatFailed) {
   script->cameras.clear();
   const Failure failure = FailureOf([&] { camera->ReadFlash(0, 4, {}); });
   EXPECT_EQ(failure.Code(), ExitCode::kDevice);
-  EXPECT_THAT(failure.Message(), HasSubstr("gone"));
+  EXPECT_THAT(failure.Message(), HasSubstr("was disconnected"));
 }
 
 TEST_F(LibraryFlashTest, StopIsObeyedOnceTheJobHasEnded) {

@@ -57,7 +57,8 @@ class DeskRig {
  public:
   static constexpr const char* kCamera = R"(\\?\usb#1)";
 
-  DeskRig() {
+  // Without profiles, no worker is asked for them.
+  explicit DeskRig(bool with_profiles = false) {
     DeskTools tools;
     tools.post = [this](std::function<void()> work) { posted_.push_back(std::move(work)); };
     tools.after = [this](std::chrono::milliseconds time, std::function<void()> work) {
@@ -78,9 +79,8 @@ class DeskRig {
     };
     tools.folder = "folder";
     tools.tool = DescribeTool();
-    // Profiles have separate tests.
-    std::erase_if(tools.tool.commands, [](const CommandDescription& command) {
-      return command.words == Words{"profile", "show"};
+    std::erase_if(tools.tool.commands, [&](const CommandDescription& command) {
+      return !with_profiles && command.words == Words{"profile", "show"};
     });
     desk = std::make_unique<Desk>(std::move(tools));
   }

@@ -264,6 +264,26 @@ TEST(WorkbenchDeskTest, StateTellsCamerasAndWork) {
   EXPECT_EQ(rig.desk->Library(), "0.2.0");
 }
 
+// A page that saw the camera without a profile for a moment would forget what it compares with.
+TEST(WorkbenchDeskTest, CameraThatReturnsHasItsProfileAtOnce) {
+  DeskRig rig(true);
+  rig.desk->SetPages({"page"});
+  rig.List({DeskRig::kCamera});
+  EXPECT_EQ(rig.workers.front()->orders.back().words,
+            (Words{"--json", "--camera", DeskRig::kCamera, "profile", "show"}));
+  EXPECT_TRUE(rig.EventsOf("cameras").back()["cameras"][0]["profile"].is_null());
+  rig.workers.front()->End(R"({"file":"a.camera.json","name":"A"})");
+  rig.Settle();
+  EXPECT_EQ(rig.EventsOf("cameras").back()["cameras"][0]["profile"]["name"], "A");
+  rig.workers.front()->End(R"({"system":{"library_version":"0.2.0"}})");
+  rig.Pass(milliseconds(500));
+  rig.List({});
+  EXPECT_TRUE(rig.EventsOf("cameras").back()["cameras"].empty());
+  rig.Pass(milliseconds(500));
+  rig.List({DeskRig::kCamera});
+  EXPECT_EQ(rig.EventsOf("cameras").back()["cameras"][0]["profile"]["name"], "A");
+}
+
 TEST(WorkbenchDeskTest, StopAllStopsWhatRunsAndWhatWaits) {
   DeskRig rig;
   WorkerSide& worker = rig.PlugIn();

@@ -77,6 +77,7 @@ class Desk {
   std::shared_ptr<Lane> looker_;
   std::map<std::string, std::shared_ptr<Lane>> lanes_;  // by path; "" without a camera
   std::vector<CameraEntry> cameras_;
+  std::map<std::string, Json> profiles_;                     // the last known ones, by path
   std::map<std::string, LiveWishes> lives_;                  // by the camera's path
   std::deque<std::pair<std::string, std::string>> answers_;  // answers of the last jobs, by id
   std::vector<std::function<void()>> waiting_for_state_;

@@ -119,7 +119,8 @@ void Desk::TakeCameras(const Json& cameras) {
     if (known == cameras_.end()) {
       arrived.push_back(path);
     }
-    entries.push_back({camera, known != cameras_.end() ? known->profile : Json()});
+    // A camera that returns probably has the profile that it had; a page must not start over.
+    entries.push_back({camera, known != cameras_.end() ? known->profile : profiles_[path]});
   }
   const bool changed =
       entries.size() != cameras_.size() ||
@@ -184,6 +185,7 @@ void Desk::AskForProfile(const std::string& camera) {
     if (code == 0 && result.is_object() && entry != cameras_.end()) {
       entry->profile = {{"file", result.value("file", Json())},
                         {"name", result.value("name", Json())}};
+      profiles_[camera] = entry->profile;
       tools_.publish("cameras", {{"cameras", CamerasJson()}});
     }
   };
