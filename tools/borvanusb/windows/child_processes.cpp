@@ -13,6 +13,7 @@
 #include "base/format.h"
 #include "windows/handle.h"
 #include "windows/loaded_library.h"
+#include "windows/pipe.h"
 #include "windows/text.h"
 
 namespace borvanusb {
@@ -80,20 +81,10 @@ void ReadLines(HANDLE pipe, std::size_t child, bool from_error, Lines& lines) {
   lines.Close();
 }
 
-struct Pipe {
-  UniqueHandle read;
-  UniqueHandle write;
-};
-
-Pipe MakePipe() {
-  HANDLE read = nullptr;
-  HANDLE write = nullptr;
-  if (CreatePipe(&read, &write, nullptr, 0) == FALSE) {
-    throw Failure(ExitCode::kInternal,
-                  Format("a pipe can't be made: {}", SystemMessage(GetLastError())));
-  }
-  Pipe pipe{UniqueHandle(read), UniqueHandle(write)};
-  SetHandleInformation(write, HANDLE_FLAG_INHERIT, HANDLE_FLAG_INHERIT);
+// A pipe to which a new process can write.
+Pipe MakeOutputPipe() {
+  Pipe pipe = MakePipe();
+  SetHandleInformation(pipe.write.get(), HANDLE_FLAG_INHERIT, HANDLE_FLAG_INHERIT);
   return pipe;
 }
 
@@ -109,8 +100,8 @@ std::wstring CommandLine(const std::wstring& program, const std::vector<std::str
 class Child {
  public:
   Child(std::size_t number, const std::vector<std::string>& arguments, Lines& lines) {
-    Pipe output = MakePipe();
-    Pipe error = MakePipe();
+    Pipe output = MakeOutputPipe();
+    Pipe error = MakeOutputPipe();
     STARTUPINFOW startup{};
     startup.cb = sizeof(startup);
     startup.dwFlags = STARTF_USESTDHANDLES;

@@ -15,6 +15,7 @@
 #include "base/format.h"
 #include "windows/handle.h"
 #include "windows/loaded_library.h"
+#include "windows/pipe.h"
 #include "windows/pipe_lines.h"
 #include "windows/text.h"
 #include "windows/workbench_words.h"
@@ -26,20 +27,6 @@ namespace {
 Failure SystemFailure(const char* what) {
   return {ExitCode::kInternal, Format("{}: {}", what, SystemMessage(GetLastError())),
           "Close other programs and try again."};
-}
-
-struct Pipe {
-  UniqueHandle read;
-  UniqueHandle write;
-};
-
-Pipe MakePipe() {
-  HANDLE read = nullptr;
-  HANDLE write = nullptr;
-  if (CreatePipe(&read, &write, nullptr, 0) == FALSE) {
-    throw SystemFailure("a pipe to a worker process can't be made");
-  }
-  return {UniqueHandle(read), UniqueHandle(write)};
 }
 
 // Passes only these handles to a new process. Sockets of the workbench must not stay open in it.

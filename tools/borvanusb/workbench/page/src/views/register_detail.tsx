@@ -12,7 +12,7 @@ import type { RegisterStore } from '../register_store';
 import { session } from '../session';
 import { useStore } from '../store';
 import type { Camera, Device, FieldDescription, RegisterDescription } from '../types';
-import { registerView } from './registers';
+import { registerView } from '../register_view';
 
 function deviceText(device: Device): string {
   if (device.kind === 'chip') return device.wide ? 'chip, 32 bits' : 'chip';

@@ -8,8 +8,9 @@ import { firstOpen, treeRows, type TreeRow } from '../model/tree';
 import { Button, Choice, Empty, ProblemNote, Select, Toggle } from '../parts/basics';
 import { Icon } from '../parts/icon';
 import { registersOf, type RegisterStore } from '../register_store';
+import { registerView } from '../register_view';
 import { isPlugged, session } from '../session';
-import { Store, useStore, useVersion } from '../store';
+import { useStore, useVersion } from '../store';
 import type { Camera, RegisterDescription } from '../types';
 import { PicturePanel } from './picture_panel';
 import { PendingEdits } from './pending_edits';
@@ -17,24 +18,6 @@ import { RegisterDetail } from './register_detail';
 import { RegisterGrid } from './register_grid';
 import { ReferenceChoice } from './register_references';
 import { RegisterTree } from './register_tree';
-
-export interface RegisterView {
-  way: 'names' | 'numbers';
-  search: string;
-  open: ReadonlySet<string> | null; // null: as initially
-  filter: ReadonlySet<Mark>;
-  selected: string | null; // row key
-  form: NumberForm;
-  live: boolean;
-  rate: number;
-  atOnce: boolean;
-  picture: boolean;
-}
-
-export const registerView = new Store<RegisterView>({
-  way: 'names', search: '', open: null, filter: new Set(), selected: null, form: 'hex', live: false, rate: 5,
-  atOnce: false, picture: false,
-});
 
 const filterMarks: Mark[] = ['changed', 'reset', 'preset', 'file', 'edited'];
 
