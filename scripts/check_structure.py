@@ -21,6 +21,8 @@ EXCEPTIONS = pathlib.PurePath("scripts/structure_exceptions.txt")
 CODE = (".c", ".cpp", ".h", ".hpp")
 SOURCES = CODE + (".py", ".sh", ".cmake", ".rc", ".in", ".def")
 INCLUDE = re.compile(r'^\s*#\s*include\s*(["<])([^">]+)[">]', re.MULTILINE)
+PAGE = pathlib.PurePath("tools/borvanusb/workbench/page/src")
+PAGE_IMPORT = re.compile(r"""from ['"](\.[^'"]*)['"]""")
 # The possible first parts of an include that refers to one of our files.
 OUR_NAMES = set(OUR_FOLDERS) | {room.split("/")[1] for room in ALLOWED if room.count("/") == 1}
 
@@ -117,6 +119,19 @@ def check_rooms(graph, exceptions):
     return complaints
 
 
+def page_graph(root):
+    """{file: [files that it imports]} of the workbench's page, whose imports are relative to each file."""
+    folder = root / PAGE
+    graph = {}
+    for path in sorted(folder.rglob("*.ts*")):
+        graph[path.relative_to(root)] = [
+            target.relative_to(root)
+            for name in PAGE_IMPORT.findall(path.read_text(encoding="utf-8"))
+            for ending in (".ts", ".tsx")
+            if (target := (path.parent / (name + ending)).resolve()).is_file()]
+    return graph
+
+
 def check_circles(graph):
     """A complaint for each circular include that is found."""
     complaints = []
@@ -207,7 +222,7 @@ def check(root):
     exceptions = Exceptions(root / EXCEPTIONS)
     graph, complaints = include_graph(root, files)
     complaints += check_rooms(graph, exceptions)
-    complaints += check_circles(graph)
+    complaints += check_circles(graph) + check_circles(page_graph(root))
     complaints += check_lengths(root, files, exceptions)
     complaints += check_types(root, files)
     return complaints + exceptions.complaints()

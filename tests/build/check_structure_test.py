@@ -155,6 +155,14 @@ class GraphTest(OneComplaint):
                            ("virtual_camera/core/a.cpp", "core/gone.h")):
             self.assert_one(complaints({path: f'#include "{name}"\n'}), path, "gone.h")
 
+    def test_finds_a_circle_of_the_page(self):
+        page = "tools/borvanusb/workbench/page/src"
+        files = {"src/base/one.h": "#pragma once\n", f"{page}/views/one.tsx": "import { two } from '../two';\n",
+                 f"{page}/two.ts": "import type { One } from './views/one';\n"}
+        self.assert_one(complaints(files), "circle", "views/one.tsx", "two.ts")
+        files[f"{page}/two.ts"] = "import { h } from 'preact';\n"
+        self.assertEqual(complaints(files), [])
+
     def test_finds_a_circle_anywhere(self):
         self.assert_one(complaints({
             "tests/one.h": '#include "two.h"\n',
