@@ -23,7 +23,8 @@ esac
 
 build=build/coverage
 log=$build/build.log
-. scripts/native_programs.sh
+# The test programs that run the code of the products.
+mapfile -t programs <scripts/native_programs.txt
 mkdir -p "$build"
 echo "== building the tests" >&2
 # No optimisation, so that lines are not merged. Atomic counters, because jobs run on other threads.

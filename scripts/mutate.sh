@@ -40,7 +40,8 @@ done
 
 log=build/mutation/build.log
 mkdir -p build/mutation
-. scripts/native_programs.sh
+# The test programs that run the code of the products.
+mapfile -t programs <scripts/native_programs.txt
 echo "== building the tests: $preset" >&2
 if ! { cmake --preset "$preset" &&
   nice -n 19 cmake --build --preset "$preset" --parallel "$(nproc)" --target "${programs[@]}"; } \
