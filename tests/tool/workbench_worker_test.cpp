@@ -116,6 +116,16 @@ TEST(WorkbenchWorkerTest, StopIsForTheRunThatItNames) {
   EXPECT_EQ(rounds, 3);
 }
 
+// The worker gets all three while its process starts. Without the stop it would read for ever.
+TEST(WorkbenchWorkerTest, StopThatComesBeforeItsOrderBeginsCounts) {
+  WorkerRig rig;
+  rig.Run({{Order::kEnter, 0, {}, {}, "here"},
+           {Order::kRepeat, 1, {}, {{{"--json", "reg", "read", "0x100"}, 100}}, ""},
+           {Order::kStop, 1, {}, {}, ""}});
+  EXPECT_EQ(rig.reports.back().kind, Report::kEnd);
+  EXPECT_EQ(rig.reports.back().number, 1U);
+}
+
 TEST(WorkbenchWorkerTest, RepeatedReadingOpensTheCameraOnce) {
   WorkerRig rig;
   int openings = 0;

@@ -1,5 +1,6 @@
 #include "workbench/worker_loop.h"
 
+#include <algorithm>
 #include <utility>
 
 #include "base/failure.h"
@@ -24,6 +25,9 @@ void WorkerLoop::Take(const WorkerOrder& order) {
     changed_.notify_one();
   } else if (number_ == order.number) {
     hooks_.stop();
+  } else if (std::ranges::find(orders_, order.number, &WorkerOrder::number) != orders_.end()) {
+    // The process still starts, or an earlier order is not complete.
+    stopped_early_.insert(order.number);
   }
 }
 
@@ -55,6 +59,9 @@ std::optional<WorkerOrder> WorkerLoop::Next() {
   hooks_.forget_stops();
   number_ = order.number;
   words_ = order.words;
+  if (stopped_early_.erase(order.number) != 0) {
+    hooks_.stop();
+  }
   return order;
 }
 

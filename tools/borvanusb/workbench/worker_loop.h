@@ -8,6 +8,7 @@
 #include <functional>
 #include <mutex>
 #include <optional>
+#include <set>
 #include <string>
 
 #include "camera/host.h"
@@ -51,6 +52,7 @@ class WorkerLoop {
   mutable std::mutex mutex_;
   std::condition_variable changed_;
   std::deque<WorkerOrder> orders_;
+  std::set<std::uint64_t> stopped_early_;  // numbers of orders in orders_
   bool closed_ = false;
   std::vector<std::string> words_;
   std::atomic<std::uint64_t> number_{0};  // of the current run; 0 between runs
