@@ -194,6 +194,14 @@ TEST_F(NamesCommandsTest, DiffOfTwoCameras) {
   EXPECT_EQ(desk_.output.out, "SENSOR.EXPOSURE  0x6c:0x3500  0x001234  0x001235\n");
 }
 
+TEST_F(NamesCommandsTest, ListsMayHaveBlanksAroundTheSign) {
+  const TestFolder folder;
+  const std::string list =
+      folder.Write("s.txt", "SENSOR.EXPOSURE = 0x1235  # yesterday\n SENSOR.CTRL.MODE\t= hdr\n");
+  EXPECT_EQ(desk_.Do(RegDiffCommand{list, "camera"}, "reg-diff"), ExitCode::kVerify);
+  EXPECT_EQ(desk_.output.out, "SENSOR.EXPOSURE  0x6c:0x3500  0x001235  0x001234\n");
+}
+
 TEST_F(NamesCommandsTest, DiffOfAnI2cListIsByName) {
   const TestFolder folder;
   const std::string list = folder.Write("s.txt",
