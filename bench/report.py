@@ -21,6 +21,7 @@ LARGEST_PLAN_NS = 20
 LARGEST_PLAN_GROWTH = 2
 LARGEST_TOOL_RATIO = 1.02
 LARGEST_EQUAL_RATIO = 1.05
+LARGEST_START_RATIO = 1.5
 LARGEST_HELP_MS = 50
 LARGEST_CAMERA_US = 3
 LARGEST_TRACED_US = 10
@@ -110,6 +111,11 @@ def print_tool(series):
     row("   --help beside an empty program, median", f"{help_ms:.1f} ms", f"{empty_ms:.1f} ms",
         f"{help_ms - empty_ms:.1f} ms", f"<= {LARGEST_HELP_MS} ms",
         help_ms - empty_ms <= LARGEST_HELP_MS)
+    for name, yardstick, title in (("version", "empty", "--version beside an empty program, median"),
+                                   ("list", "enumerate", "list beside a bare enumeration, median")):
+        taken, bare = median(series[f"tool.{name}_ms"]), median(series[f"tool.{yardstick}_ms"])
+        row(f"   {title}", f"{taken:.1f} ms", f"{bare:.1f} ms", f"{taken / bare:.2f}",
+            f"<= {LARGEST_START_RATIO}", taken / bare <= LARGEST_START_RATIO)
 
 
 def print_camera(series):

@@ -170,6 +170,31 @@ TEST_F(FlashRegionsTest, ReadOnlyRegionIsNeverWrittenWithoutForce) {
   EXPECT_EQ(Flash(), Overlaid(before_, 0x9000, Pattern(0x10, 2)));
 }
 
+TEST_F(FlashRegionsTest, WayBackIntoAReadOnlyRegionIsForced) {
+  program_.image = WriteFile("fw.bin", Pattern(0x10, 2));
+  program_.backup = true;
+  program_.force = true;
+  const auto way_back = [this](std::uint32_t address, const std::string& backup) {
+    program_.address = address;
+    program_.backup_file = backup;
+    Flash() = before_;
+    Chip().programmed_packets = 0;
+    Chip().before_transfer = [this](std::uint64_t /*number*/) {
+      if (Chip().programmed_packets > 0) {
+        throw Failure(ExitCode::kDevice, "the camera is gone");
+      }
+    };
+    const Outcome outcome = Run(program_);
+    EXPECT_EQ(outcome.code, ExitCode::kDevice) << outcome.message;
+    return outcome.hint.substr(std::min(outcome.hint.find("To go back: "), outcome.hint.size()));
+  };
+  const std::string camera = R"( --camera "\\?\usb#vid_1234&pid_0001#a")";
+  const std::string start = "To go back: borvanusb flash program ";
+  EXPECT_EQ(way_back(0x9000, File("a.bin")),
+            start + File("a.bin") + " --address 0x9000 --force" + camera);
+  EXPECT_EQ(way_back(0x3000, File("b.bin")), start + File("b.bin") + " --address 0x3000" + camera);
+}
+
 TEST_F(FlashRegionsTest, ReadOnlyRegionIsNeverErasedWithoutForce) {
   FlashEraseCommand erase{{0x1000, 0x2FFF}, true, false, {}};
   EXPECT_EQ(Refused(erase, ExitCode::kUsage),

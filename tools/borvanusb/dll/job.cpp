@@ -17,11 +17,14 @@ using Milliseconds = std::chrono::milliseconds;
 using Clock = Supervisor::Clock;
 
 // The intervals between two polls. Short jobs end within milliseconds, so the intervals are short
-// at first: none until kSpinTime, kQuickInterval until kQuickTime, then kInterval.
+// at first: none until kSpinTime, kQuickInterval until kQuickTime, then kInterval. Long work is
+// made of many jobs, each of which ends unnoticed for up to an interval, so the last percents of a
+// job are polled quickly, too.
 constexpr Milliseconds kSpinTime{2};
 constexpr Milliseconds kQuickTime{30};
 constexpr Milliseconds kQuickInterval{1};
 constexpr Milliseconds kInterval{4};
+constexpr std::int32_t kNearlyDone = 97;  // percent
 // While a job makes no progress, the program checks at this interval whether the camera is listed.
 constexpr Milliseconds kLookInterval{1000};
 // If the reports do not show whether a job has ended, the program looks for the job's thread: first
@@ -296,7 +299,7 @@ class Runner {
     if (time < kSpinTime || (job_.only_report_tells && library_.ClearTaskIsDue())) {
       return Milliseconds(0);
     }
-    return time < kQuickTime ? kQuickInterval : kInterval;
+    return time < kQuickTime || percent_ >= kNearlyDone ? kQuickInterval : kInterval;
   }
 
   void Abandon() {
