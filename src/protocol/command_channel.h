@@ -18,7 +18,7 @@ struct LengthReport {
   std::uint32_t length = 0;  // 0 unless the query succeeded
 };
 
-// One step of a register or I2C command; each step is a transfer of its own.
+// One step of a register or I2C command; each step is a separate transfer.
 using CommandStep = std::array<std::uint8_t, kRegisterCommandLength>;
 static_assert(kRegisterCommandLength == kI2cCommandLength);
 
