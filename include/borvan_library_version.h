@@ -22,7 +22,7 @@
  */
 BORVAN_USB_INLINE uint32_t borvan_version_of_library(HMODULE library) {
   /* The resource: three 16-bit words, the key "VS_VERSION_INFO" in UTF-16 with its terminator, two
-   * bytes to align; then the record, which opens with a signature. */
+   * bytes of padding; then the record, which starts with a signature. */
   struct {
     unsigned char before[40]; /* lengths, key, alignment */
     uint32_t signature;

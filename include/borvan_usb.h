@@ -72,7 +72,7 @@
  */
 #pragma once
 
-/* The header is C as much as C++, and must not follow advice for C++ alone. */
+/* The header is also C, and must not follow advice that applies only to C++. */
 /* NOLINTBEGIN(modernize-deprecated-headers, modernize-use-nullptr, modernize-use-using) */
 #ifdef __clang__
 #pragma clang diagnostic push
@@ -379,8 +379,8 @@ bool UsbRegisterReadFile(const char* file_name, uint32_t start_address, uint32_t
 
 /**
  * Writes the registers of a list file: lines "0x3012,0x5a,", comment lines that begin with "//",
- * 0xffff for a pause of up to 255 ms. The first entry that is no pause must be 0xfffd. All pauses
- * are made before the first register is written.
+ * 0xffff for a pause of up to 255 ms. The first entry that is not a pause must be 0xfffd. All
+ * pauses are made before the first register is written.
  *
  * Ends with a positive status instead of 100 when the last transfer returned one, and with 11 when
  * nothing was written because the list does not begin with 0xfffd: see kBorvanProgressNotice.

@@ -7,7 +7,7 @@
  */
 #pragma once
 
-/* The header is C as much as C++, and must not follow advice for C++ alone. */
+/* The header is also C, and must not follow advice that applies only to C++. */
 /* NOLINTBEGIN(modernize-deprecated-headers, modernize-use-nullptr, modernize-use-using) */
 /* NOLINTBEGIN(performance-enum-size) */
 #include <stdint.h>
@@ -31,7 +31,7 @@ enum BorvanFieldSize {
 
 /**
  * Width flags of the register accesses. They are not symmetric: a write uses the wide form for
- * every flag but 0, a read uses it for 1 alone and the byte form for every other flag.
+ * every flag but 0, a read uses it only for 1 and the byte form for every other flag.
  */
 enum BorvanRegisterWidth {
   kBorvanRegisterByte = 0, /**< 8-bit value */
@@ -86,7 +86,7 @@ enum BorvanProgressShift {
 
 /* ---- Exceptions ------------------------------------------------------------------------------ */
 
-/** What programs in the ABI of Microsoft's compiler see of an exception of the library. */
+/** How programs in the ABI of Microsoft's compiler see an exception of the library. */
 enum BorvanException {
   kBorvanExceptionCode = 0x20474343 /**< the code of the structured exception */
 };

@@ -57,11 +57,11 @@ BORVAN_USB_CODES(BorvanStatus){
     /** Reserved: no function of the library reports it. */
     kBorvanFileFormatFailed = 0xE000000Bu,
 
-    /* Codes of the system that the library itself gives. */
+    /* Codes of the system that the library itself returns. */
 
     /** E_POINTER: no camera is open. */
     kBorvanSystemNoChannel = 0x80004003u,
-    /** E_FAIL: the job ended by an exception that has no code. */
+    /** E_FAIL: the job ended with an exception that has no code. */
     kBorvanSystemFail = 0x80004005u,
     /** E_OUTOFMEMORY */
     kBorvanSystemOutOfMemory = 0x8007000Eu,
@@ -83,8 +83,8 @@ BORVAN_USB_CODES(BorvanStatus){
 /**
  * The message of a status: the library's own failures and what borvan_wait_for_job returns.
  * @param status the status code
- * @return a constant text, never to be freed; NULL for other codes. borvan_status_text has a text
- *   for every code.
+ * @return a constant text, which must not be freed; NULL for other codes. borvan_status_text has a
+ *   text for every code.
  */
 BORVAN_USB_INLINE const char* borvan_status_message(uint32_t status) {
   static const char* const kMessages[] = {
@@ -114,9 +114,9 @@ BORVAN_USB_INLINE const char* borvan_status_message(uint32_t status) {
 
 /**
  * A text for any status: as borvan_status_message, and for the system's codes that cameras and
- * their drivers give most.
+ * their drivers return most often.
  * @param status the status code; a result of UsbIniDevice may be passed, converted to uint32_t
- * @return a constant text, never NULL and never to be freed. For a code without a text of its own:
+ * @return a constant text, never NULL, which must not be freed. For a code without its own text:
  *   "error code of the system or of the camera's driver". FormatMessage may know it.
  */
 BORVAN_USB_INLINE const char* borvan_status_text(uint32_t status) {

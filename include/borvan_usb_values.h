@@ -138,7 +138,7 @@ enum BorvanProgressState {
    */
   kBorvanProgressFailed = 2,
   /**
-   * A positive status, which is no failure. A flash dump of 8 to 807 bytes: status 1, the
+   * A positive status, which is not a failure. A flash dump of 8 to 807 bytes: status 1, the
    * percentage went past 100 right before the end; continue to poll. A register list: the end of
    * the job. The status is what the last transfer returned, or 11 when the list does not begin with
    * an entry 0xfffd and nothing was written.

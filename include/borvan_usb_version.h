@@ -1,17 +1,17 @@
 /**
  * @file
  * The version of these headers. CMake writes this file from the version in CMakeLists.txt; it is in
- * the source tree so that programs find it that are built without CMake. Do not edit it.
+ * the source tree for programs that are built without CMake. Do not edit it.
  *
  * borvan_library_version.h reads the version of the DLL that a program has loaded.
  */
 #pragma once
 
-/** Major version: it rises when a program must be changed. */
+/** Major version: it increases when programs must be changed. */
 #define BORVAN_USB_VERSION_MAJOR 0
-/** Minor version: it rises with new functions. */
+/** Minor version: it increases with new functions. */
 #define BORVAN_USB_VERSION_MINOR 2
-/** Patch version: it rises with corrections. */
+/** Patch version: it increases with corrections. */
 #define BORVAN_USB_VERSION_PATCH 0
 /** The version as a text. */
 #define BORVAN_USB_VERSION_TEXT "0.2.0"

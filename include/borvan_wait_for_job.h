@@ -11,7 +11,7 @@
  */
 #pragma once
 
-/* The header is C as much as C++, and must not follow advice for C++ alone. */
+/* The header is also C, and must not follow advice that applies only to C++. */
 /* NOLINTBEGIN(modernize-deprecated-headers, modernize-use-nullptr, modernize-redundant-void-arg) */
 #include <stddef.h>
 #include <stdint.h>

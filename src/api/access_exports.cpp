@@ -16,7 +16,8 @@ using borvan::Succeeded;
 
 namespace {
 
-// The caller's present value goes into a read, so that an unanswered one gives it back.
+// A read starts with the caller's present value, so that a read without an answer returns it
+// unchanged.
 std::string IncomingText(const std::uint32_t* value) {
   return FormatHex(value == nullptr ? 0 : *value);
 }
@@ -38,7 +39,7 @@ bool UsbFlashRead(std::uint32_t address, std::uint32_t* value) {
       return false;
     }
     std::string text;
-    // Deliberately true whatever the read gave: callers know a failed one by the value 0.
+    // Deliberately true even if the read failed: callers recognise a failed read by the value 0.
     static_cast<void>(device->FlashRead(FormatHex(address), text));
     StoreValue(text, value);
     return true;

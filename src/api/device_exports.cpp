@@ -1,4 +1,4 @@
-// The exports that make, list and select: the instance and its cameras.
+// The exports for the instance and its cameras: create, list, select.
 
 #include <borvan_usb.h>
 
@@ -24,8 +24,8 @@ constexpr std::uint32_t kNoIndex = 0xFFFFFFFF;
 
 }  // namespace
 
-// Where no instance is checked for, a call without one is a caller's error that faults, as it
-// always did.
+// Functions that do not check for an instance crash without one, as they always have: this is the
+// caller's error.
 
 extern "C" {
 
@@ -48,7 +48,7 @@ bool UsbUpdateDevice(void) {
 bool UsbDestroyUSB(void) {
   return Guarded([] {
     const auto device = GlobalInstance().Get();
-    // Refused, but the selected camera's feature register is read once more on the way out.
+    // The selection is refused, but it reads the feature register of the selected camera once more.
     static_cast<void>(device->SelectDevice(kNoIndex));
     GlobalInstance().Set(nullptr);
     return true;
@@ -76,7 +76,7 @@ std::int32_t UsbGetDeviceNum(void) {
 UsbDeviceInfo* UsbGetAllDeviceInfo(void) {
   return Guarded([] {
     const std::vector<DeviceEntry> devices = GlobalInstance().Get()->GetDeviceList();
-    // The caller's from here on; nothing frees it.
+    // Belongs to the caller from here on. Nothing frees it.
     auto* const records = new UsbDeviceInfo[devices.size()];
     std::transform(devices.begin(), devices.end(), records, borvan::MakeDeviceInfo);
     return records;

@@ -13,12 +13,12 @@ namespace {
 using Record = std::array<char, sizeof(UsbDeviceInfo)>;
 
 void PutText(Record& record, std::size_t offset, const std::string& text) {
-  // With its NUL, as far as the record goes.
+  // With its NUL, but only up to the end of the record.
   const std::size_t length = std::min(text.size() + 1, record.size() - offset);
   std::memcpy(record.data() + offset, text.c_str(), length);
 }
 
-// Four upper-case digits and deliberately no NUL: the two IDs stand back to back.
+// Four upper-case digits and deliberately no NUL: the two IDs are adjacent.
 void PutId(Record& record, std::size_t offset, std::int32_t id) {
   constexpr std::string_view kDigits = "0123456789ABCDEF";
   const auto number = static_cast<std::uint32_t>(id);

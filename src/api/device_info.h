@@ -6,8 +6,9 @@
 
 namespace borvan {
 
-// Fills the record that hosts receive: path, then name, then the digits of the IDs. A text longer
-// than its field runs into the next one, which is then written over, and never past the record.
+// Fills the record that hosts receive: path, then name, then the digits of the IDs. A text that is
+// longer than its field runs into the next field, which then overwrites it, but never past the end
+// of the record.
 UsbDeviceInfo MakeDeviceInfo(const DeviceEntry& device);
 
 }  // namespace borvan

@@ -17,7 +17,7 @@ std::shared_ptr<BorvanUsb_Q7> DeviceInstance::Get() const {
 }
 
 void DeviceInstance::Set(std::shared_ptr<BorvanUsb_Q7> device) {
-  // The former instance is destroyed after the lock, when the parameter goes.
+  // The previous instance is destroyed with the parameter, after the lock is released.
   const std::lock_guard lock(mutex_);
   device_.swap(device);
 }

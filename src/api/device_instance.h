@@ -21,8 +21,8 @@ class DeviceInstance {
   std::shared_ptr<BorvanUsb_Q7> device_;
 };
 
-// The instance of this process. It is never destroyed: at the end of the process jobs may have been
-// killed in the middle of using it.
+// The instance of this process. It is never destroyed: when the process ends, jobs may have been
+// killed while they used it.
 DeviceInstance& GlobalInstance();
 
 // The platform for a new instance.

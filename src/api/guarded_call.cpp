@@ -8,7 +8,7 @@
 namespace borvan {
 namespace {
 
-// A derived class would lose what it adds when it is copied as its base.
+// An object of a derived class would lose what the class adds if it were copied as its base.
 template <typename Exception>
 bool IsExactly(const Exception& exception) {
   return typeid(exception) == typeid(Exception);
@@ -19,7 +19,7 @@ void KeepOther(KeptException& kept) {
   new (kept.other.data()) std::exception_ptr(std::current_exception());
 }
 
-// Moves an object out of its storage, which is empty then.
+// Moves an object out of its storage, which is then empty.
 template <typename Object>
 Object TakeOut(void* storage) noexcept {
   auto* const stored = std::launder(static_cast<Object*>(storage));
@@ -58,8 +58,8 @@ std::system_error TakeSystemError(KeptException& kept) noexcept {
   return TakeOut<std::system_error>(kept.system_error.data());
 }
 
-// Nothing in the library throws what comes here. It reaches hosts built with this compiler; for
-// others this frame, which owns a reference to the exception, is one too many.
+// Nothing in the library throws an exception that gets here. It reaches hosts built with this
+// compiler. It does not reach others, because this frame owns a reference to the exception.
 void RethrowOther(KeptException& kept) {
   std::rethrow_exception(TakeOut<std::exception_ptr>(kept.other.data()));
 }

@@ -2,12 +2,12 @@
 
 // How exceptions leave the library.
 //
-// A host in the ABI of another compiler sees a C++ exception as a structured one. When it takes it,
-// the system unwinds every frame between the throw and the host, and for each that has something to
-// destroy it asks this compiler's runtime, which knows no way back to a handler that is not its
-// own: the host hangs. So every export runs its body apart, lets all of it be destroyed, and throws
-// the exception again from frames that own nothing. Hosts built with this compiler see no
-// difference.
+// A host in the ABI of another compiler sees a C++ exception as a structured exception. When the
+// host catches it, the system unwinds every frame between the throw and the host. For each frame
+// with something to destroy it calls this compiler's runtime, which can't return to a handler that
+// is not its own: the host hangs. So every export runs its body separately, lets all of it be
+// destroyed, and throws the exception again from frames that own nothing. Hosts built with this
+// compiler see no difference.
 
 #include <array>
 #include <cstddef>
@@ -17,8 +17,8 @@
 
 namespace borvan {
 
-// What a call ended with. It may own an exception and yet has no destructor: ThrowAgain takes the
-// exception over.
+// How a call ended. It may own an exception, but has no destructor: ThrowAgain takes over the
+// exception.
 struct KeptException {
   enum class Kind { kNone, kMessage, kBadAlloc, kSystemError, kOther };
 
@@ -33,13 +33,14 @@ struct KeptException {
   alignas(std::exception_ptr) std::array<std::byte, sizeof(std::exception_ptr)> other{};
 };
 
-// Calls `run(argument)`. What that throws is in `kept` afterwards, when all else is destroyed.
+// Calls `run(argument)`. Stores what it throws in `kept`; everything else is destroyed on return.
 void RunAndKeep(void (*run)(void*), void* argument, KeptException& kept) noexcept;
 
-// Throws the exception that was kept, of the same type and text.
+// Throws the kept exception, with the same type and text.
 [[noreturn]] void ThrowAgain(KeptException& kept);
 
-// The result of `body()`; what it throws is thrown from here. Neither may have a destructor.
+// Returns the result of `body()` and throws what it throws. Neither `body` nor the result may have
+// a destructor.
 template <typename Body>
 auto Guarded(Body body) -> decltype(body()) {
   using Value = decltype(body());

@@ -1,4 +1,4 @@
-// A file of its own, so that no function that owns something is inlined into the one that throws.
+// A separate file, so that no function that owns something is inlined into the one that throws.
 
 #include <new>
 
@@ -14,7 +14,7 @@ void ThrowAgain(KeptException& kept) {
     case KeptException::Kind::kBadAlloc:
       throw std::bad_alloc();
     case KeptException::Kind::kSystemError:
-      // Made in the exception's own storage: there is no copy here to be destroyed.
+      // Created in the exception's own storage: no copy in this frame has to be destroyed.
       throw TakeSystemError(kept);
     default:
       RethrowOther(kept);

@@ -6,10 +6,10 @@
 
 namespace borvan {
 
-// Numbers cross the device object's interface as hexadecimal text. The conversions give what the
-// Windows runtime gives, on every build: a 32-bit `long`, leading white space and a sign accepted,
-// an optional "0x", an end at the first character that is no digit, the largest number on
-// overflow, and a minus sign that negates whatever was read, the largest number included.
+// The device object's interface passes numbers as hexadecimal text. On every build, the conversions
+// return what the Windows runtime returns: `long` has 32 bits; leading white space, a sign and "0x"
+// are accepted; the number ends at the first character that is not a digit; an overflow gives the
+// largest number; a minus sign negates whatever was read, including the largest number.
 
 // "%llx": lower case, no prefix, no padding.
 std::string FormatHex(std::uint64_t number);
@@ -29,7 +29,7 @@ std::int32_t ParseLong(std::string_view text);
 // wcstol(text, NULL, 16).
 std::int32_t ParseLong(std::u16string_view text);
 
-// The unsigned 64-bit conversion, cut to its low 32 bits.
+// The unsigned 64-bit conversion, truncated to its low 32 bits.
 std::uint32_t ParseUnsigned64Low(std::string_view text);
 
 }  // namespace borvan

@@ -4,7 +4,7 @@
 
 namespace borvan {
 
-// One setting of a register or I2C list. Reserved addresses carry markers (pauses, pages, slave
+// One setting of a register or I2C list. Reserved addresses are markers (pauses, pages, slave
 // address and width), which the list operations interpret.
 struct ListEntry {
   std::uint32_t address = 0;

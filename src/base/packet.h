@@ -6,7 +6,7 @@
 
 namespace borvan {
 
-// What one transfer of the bulk selectors carries.
+// The bytes that one transfer on a bulk selector moves.
 constexpr std::size_t kPacketLength = 64;
 
 using Packet = std::array<std::uint8_t, kPacketLength>;

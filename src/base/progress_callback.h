@@ -5,7 +5,7 @@
 
 namespace borvan {
 
-// The percentages of a job's last report: when it is done, when it failed.
+// The percentages of a job's last report, on success and on failure.
 constexpr std::int32_t kDonePercent = 100;
 constexpr std::int32_t kFailurePercent = -1;
 

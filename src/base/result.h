@@ -4,7 +4,8 @@
 
 namespace borvan {
 
-// Operations answer in the HRESULT convention: negative is failure, 0 and positive are success.
+// Operations follow the HRESULT convention: a negative result is a failure, 0 or a positive one is
+// a success.
 using Result = std::int32_t;
 
 constexpr Result ResultFromBits(std::uint32_t bits) {
@@ -29,7 +30,7 @@ constexpr bool HasFailed(Result result) {
   return result < 0;
 }
 
-// The library's own failures. The texts for people stand in the public header.
+// The library's own failures. Their texts are in the public header.
 enum class StatusCode : std::uint32_t {
   kFlashEraseFailed = 1,
   kLengthQueryFailed = 2,
@@ -47,7 +48,7 @@ enum class StatusCode : std::uint32_t {
 constexpr std::uint32_t kFirstStatusCode = 1;
 constexpr std::uint32_t kLastStatusCode = 11;
 
-// Severity bits and customer bit of a code of our own.
+// The severity bits and the customer bit of the library's own codes.
 constexpr std::uint32_t kStatusCodeBase = 0xE0000000;
 constexpr std::uint32_t kCustomerBit = 0x20000000;
 

@@ -5,9 +5,9 @@
 
 namespace borvan {
 
-// A lock for a few instructions that call nothing, taken at every transfer: a mutex of the runtime
-// costs several times as much under Windows. Whoever waits gives the processor up. Works with
-// std::lock_guard.
+// A lock for a few instructions that call nothing. It is taken at every transfer, and a mutex of
+// the runtime costs several times as much under Windows. A waiting thread yields its processor.
+// Works with std::lock_guard.
 class ShortLock {
  public:
   void lock() {

@@ -10,13 +10,13 @@
 namespace borvan {
 namespace {
 
-// A GetLastError value that means "the device has gone"; as an HRESULT it is never one.
+// "The device is gone", in the form of an HRESULT. GetLastError never returns a value in this form.
 constexpr std::uint32_t kNeverGivenError = 0x800701B1;
 
 constexpr std::uint32_t kStatusKeyMask = 0xFFFF;
 
 // References that outlive their device object on purpose: releasing them could call into a driver
-// that a job still uses, or into COM on a thread that has left it.
+// that a job still uses, or into COM on a thread that has left COM.
 class KeptReferences {
  public:
   void Keep(std::vector<DeviceEntry> devices, std::shared_ptr<ExtensionUnitControl> control) {

@@ -18,10 +18,10 @@ namespace borvan {
 
 // The device object: the list of cameras, the selected one, the channel to its extension unit and
 // the state of the jobs that run on it. It declares every operation; those of the chip are
-// implemented by the derived class and answer kNotImplemented here.
+// implemented by the derived class and return kNotImplemented here.
 //
 // Numbers are passed as hexadecimal text (hexadecimal_text.h). Results are negative on failure.
-// Enumeration and selection belong to one thread, the host's; transfers may come from any thread.
+// Only one thread, the host's, may enumerate and select cameras; any thread may make transfers.
 class BorvanUSBBase {
  public:
   // Makes COM usable on the calling thread.
@@ -30,19 +30,19 @@ class BorvanUSBBase {
   BorvanUSBBase(const BorvanUSBBase&) = delete;
   BorvanUSBBase& operator=(const BorvanUSBBase&) = delete;
 
-  // The order of the virtual operations is that of the interface and is kept.
+  // The order of the virtual functions is part of the interface and must not change.
 
-  // Rebuilds the list of cameras and keeps the selection where its camera is still listed.
-  // Returns the system's last answer: 1 after a complete walk.
+  // Rebuilds the list of cameras and keeps the selection if its camera is still listed. Returns the
+  // last result of the system: 1 after a complete enumeration.
   virtual Result EnumerateDevices();
 
-  // Makes the camera at `index` current and opens its extension unit. kFailed, and nothing
-  // changed, for an index beyond the list. Throws a `const char*` message when the camera's filter
-  // or vendor node refuses; the selection has changed by then.
+  // Selects the camera at `index` and opens its extension unit. Returns kFailed and changes nothing
+  // if the index is beyond the list. Throws a `const char*` message if the camera's filter or a
+  // vendor node can't be opened; the selection has then changed.
   virtual Result SelectDevice(std::uint32_t index);
 
-  // Finds the vendor nodes of the selected camera and keeps the last one's control. A camera
-  // without one gives 0 and leaves the channel closed.
+  // Finds the vendor nodes of the selected camera and keeps the control of the last one. Returns 0
+  // and leaves the channel closed if the camera has none.
   virtual Result OpenExtensionUnit();
 
   virtual std::int32_t GetSelectedIndex();
@@ -71,14 +71,15 @@ class BorvanUSBBase {
   virtual Result ReservedA(std::string first, std::string second, std::string third);
   virtual Result ReservedB(std::string first, std::string second);
 
-  // Opens `path` exclusively and closes it again. Answers true whatever came of it, short of one
-  // error number that the system never gives; hosts rely on the true.
+  // Opens `path` exclusively and closes it again. Returns true whether or not it opens, except for
+  // one error number that the system never returns. Hosts rely on this.
   virtual bool CheckDevicePresent(std::string path, std::string name);
 
   // True when the chip's register 0 can be read.
   virtual bool ProbeDevice();
 
-  // The text for a result: our own for a StatusCode, else the system's, else empty.
+  // Returns the text for a result: the library's own for a StatusCode, otherwise the system's, or
+  // an empty one if there is none.
   virtual std::string GetErrorText(std::uint32_t code);
 
   virtual Result ChannelGetLength(std::uint32_t selector, std::uint32_t* length);
@@ -86,14 +87,14 @@ class BorvanUSBBase {
   virtual Result ChannelGet(std::uint32_t selector, std::int32_t length, void* buffer);
   virtual bool IsStopRequested();
 
-  // Releases nothing of COM: a job may still transfer through the control, and the host may have
+  // Releases no COM object: a job may still use the control for transfers, and the host may have
   // left COM already.
   virtual ~BorvanUSBBase();
 
   JobState& Jobs() { return jobs_; }
   const JobState& Jobs() const { return jobs_; }
 
-  // 1 when the page markers that open a register run are left out of binary files.
+  // 1 if binary files omit the page markers at the start of a register run.
   std::int32_t MarkerSkip() const { return marker_skip_; }
 
  protected:
@@ -106,7 +107,7 @@ class BorvanUSBBase {
   const std::unique_ptr<DevicePlatform> platform_;
   JobState jobs_;
   std::vector<DeviceEntry> devices_;
-  // The selected camera as it was when selected. Its moniker is referenced by the list alone.
+  // The selected camera as it was when selected. Only the list refers to its moniker.
   DeviceEntry selected_;
   std::weak_ptr<VideoInputMoniker> selected_moniker_;
   std::int32_t selected_index_ = 0;

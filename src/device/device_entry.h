@@ -6,7 +6,7 @@
 
 namespace borvan {
 
-// One device of the system's video-input category, referenced for as long as it is held.
+// One device of the system's video-input category. The object holds a reference to it.
 class VideoInputMoniker {
  public:
   VideoInputMoniker() = default;

@@ -25,7 +25,7 @@ bool IsUsbPath(std::u16string_view path) {
 
 std::int32_t ReadPathId(std::u16string_view path, std::u16string_view marker) {
   const std::size_t found = path.find(marker);
-  // A marker that is missing counts as found one place before the path.
+  // A missing marker counts as found one position before the path.
   const std::size_t digits =
       found == std::u16string_view::npos ? marker.size() - 1 : found + marker.size();
   if (digits >= path.size()) {

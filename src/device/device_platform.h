@@ -25,10 +25,10 @@ struct VideoInputListing {
   enum class Outcome {
     kNoDeviceEnumerator,  // the system's device enumerator could not be created
     kNoCategory,          // the video-input category is empty or could not be opened
-    kWalked,              // the category was walked to its end
+    kWalked,              // the category was enumerated to its end
   };
   Outcome outcome = Outcome::kNoDeviceEnumerator;
-  Result result = kOk;  // the system's answer that decided the outcome
+  Result result = kOk;  // the system's result that decided the outcome
   std::vector<VideoInputDevice> devices;
 };
 
@@ -41,7 +41,7 @@ struct SystemVersion {
 using VendorNodeHandler =
     std::function<void(std::shared_ptr<ExtensionUnitControl> control, std::uint32_t node_id)>;
 
-// What the device object needs of the operating system. One instance serves one device object.
+// What the device object needs from the operating system. One instance serves one device object.
 class DevicePlatform {
  public:
   DevicePlatform() = default;
@@ -52,21 +52,22 @@ class DevicePlatform {
   // Makes COM usable on the calling thread.
   virtual void InitialiseCom() = 0;
 
-  // The version of the operating system, nullopt when it can't be told.
+  // The version of the operating system, nullopt if it can't be determined.
   virtual std::optional<SystemVersion> GetSystemVersion() = 0;
 
   virtual VideoInputListing ListVideoInputs() = 0;
 
   // Binds the device's capture filter and opens every vendor extension node that it has.
-  // Throws a `const char*` message when the filter or a vendor node refuses; nodes handed over
-  // before stay valid. `moniker` may be null, which is refused in the same way.
+  // Throws a `const char*` message if the filter or a vendor node can't be opened; nodes that
+  // `keep` has already received stay valid. A null `moniker` fails in the same way.
   virtual void OpenVendorNodes(VideoInputMoniker* moniker, const VendorNodeHandler& keep) = 0;
 
-  // Wide text in the ANSI code page; what the page lacks becomes its default character.
+  // Converts wide text to the ANSI code page. Characters that the page lacks become its default
+  // character.
   virtual std::string ToAnsi(std::u16string_view wide) = 0;
 
   // Opens an existing file or device exclusively and closes it again. Returns the system's error
-  // number, 0 when it opened.
+  // number, or 0 if it opened.
   virtual std::uint32_t TryOpenExclusively(const std::string& path) = 0;
 
   // The system's own text for a result code, empty when it has none.

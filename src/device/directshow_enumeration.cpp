@@ -18,7 +18,7 @@ using Microsoft::WRL::ComPtr;
 
 class Variant {
  public:
-  // A text property: the type asked for stands in the variant before the call.
+  // A text property. The variant must contain the requested type before the call.
   Variant() {
     VariantInit(&value_);
     value_.vt = VT_BSTR;

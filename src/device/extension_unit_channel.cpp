@@ -15,7 +15,8 @@ constexpr std::uint32_t kTypeTopology = 0x10000000;
 // opening is deliberately not sent.
 constexpr std::uint32_t kTransferNodeId = 2;
 
-// A record of its own for each transfer: two threads can't exchange selectors or directions.
+// Makes a separate record for each transfer, so that two threads can't mix up selectors or
+// directions.
 NodePropertyRequest MakeRequest(std::uint32_t selector, std::uint32_t direction) {
   NodePropertyRequest request;
   request.set = kExtensionUnitGuid;

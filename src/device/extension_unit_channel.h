@@ -10,8 +10,8 @@
 
 namespace borvan {
 
-// The vendor extension unit's property set {DD880F8A-1CBA-4954-8A25-F7875967F0F7}, as a GUID lies
-// in memory.
+// The vendor extension unit's property set {DD880F8A-1CBA-4954-8A25-F7875967F0F7}, in the memory
+// layout of a GUID.
 constexpr std::array<std::uint8_t, 16> kExtensionUnitGuid = {
     0x8A, 0x0F, 0x88, 0xDD, 0xBA, 0x1C, 0x54, 0x49, 0x8A, 0x25, 0xF7, 0x87, 0x59, 0x67, 0xF0, 0xF7};
 
@@ -19,7 +19,7 @@ constexpr std::array<std::uint8_t, 16> kExtensionUnitGuid = {
 // several threads may overlap and interleave; each is complete in itself.
 class ExtensionUnitChannel {
  public:
-  // Keeps `control` for the transfers that follow. A control kept before is released as soon as no
+  // Uses `control` for the following transfers. Releases the previous control as soon as no
   // transfer uses it any more.
   void Open(std::shared_ptr<ExtensionUnitControl> control, std::uint32_t node_id);
 
@@ -30,11 +30,11 @@ class ExtensionUnitChannel {
   // The node id found at opening. Transfers don't use it: the unit answers at node 2.
   std::uint32_t NodeId() const;
 
-  // Asks `selector` for its data length. The device's "more data" is the success; any other answer
-  // is returned as it is and leaves *length untouched.
+  // Queries the data length of `selector`. The device reports success as "more data"; any other
+  // result is returned unchanged and leaves *length untouched.
   Result GetLength(std::uint32_t selector, std::uint32_t* length) const;
 
-  // Writes `length` bytes of `buffer` to the control. Returns the device's answer, or kNullPointer
+  // Writes `length` bytes of `buffer` to the control. Returns the device's result, or kNullPointer
   // without a channel or buffer.
   Result Set(std::uint32_t selector, std::uint32_t length, void* buffer) const;
 

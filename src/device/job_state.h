@@ -13,7 +13,7 @@ struct JobState {
   std::atomic<std::int32_t> progress_percent{0};
   std::atomic<std::int32_t> progress_status{0};
 
-  // Serialises reports against each other, never the readers nor the clear tasks.
+  // Serialises reports with each other, but not with readers or clear tasks.
   std::mutex progress_mutex;
 
   std::atomic<bool> stop_requested{false};

@@ -66,8 +66,8 @@ void WindowsPlatform::OpenVendorNodes(VideoInputMoniker* moniker, const VendorNo
     throw "ERROR: pKsTopologyInfo->get_NumNodes(&uiNumNodes) == S_OK failed";
   }
 
-  // Deliberately one id more than there are nodes, for a filter whose ids begin at 1. The failing
-  // query for an id that does not exist is passed over.
+  // Deliberately one id more than there are nodes, for a filter whose ids begin at 1. The query for
+  // an id that does not exist fails and is skipped.
   for (std::uint64_t id = 0; id <= node_count; ++id) {
     const auto node_id = static_cast<DWORD>(id);
     GUID node_type = {};

@@ -43,7 +43,7 @@ std::optional<SystemVersion> WindowsPlatform::GetSystemVersion() {
   version.dwOSVersionInfoSize = sizeof(version);
   static_assert(sizeof(version) == 156);
 #if defined(_MSC_VER)
-#pragma warning(suppress : 4996 28159)  // the version that the host's manifest claims is wanted
+#pragma warning(suppress : 4996 28159)  // returns the version for the host's manifest, as wanted
 #endif
   if (GetVersionExA(reinterpret_cast<OSVERSIONINFOA*>(&version)) == 0) {
     return std::nullopt;

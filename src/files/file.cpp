@@ -5,7 +5,7 @@
 namespace borvan {
 
 std::optional<File> File::Open(const std::string& path, const char* mode) {
-  // A NUL inside would silently open another file.
+  // With a NUL inside, the path would silently open another file.
   if (path.find('\0') != std::string::npos) {
     return std::nullopt;
   }
@@ -13,7 +13,8 @@ std::optional<File> File::Open(const std::string& path, const char* mode) {
   if (file == nullptr) {
     return std::nullopt;
   }
-  // Unbuffered: blocks are large, and a failing write shows at once instead of at closing.
+  // Unbuffered: blocks are large, and a failed write is detected at once, not when the file is
+  // closed.
   static_cast<void>(std::setvbuf(file, nullptr, _IONBF, 0));
   return File(file);
 }
@@ -35,7 +36,7 @@ std::uint64_t File::Size() {
 }
 
 std::size_t File::ReadSome(std::span<std::uint8_t> bytes) {
-  // As for writing: nothing to read may have no address.
+  // As in Write: an empty span may have no address.
   if (bytes.empty()) {
     return 0;
   }
@@ -53,7 +54,7 @@ void File::ReadExactly(std::span<std::uint8_t> bytes) {
 }
 
 void File::Write(std::span<const std::uint8_t> bytes) {
-  // An empty dump has no address, and the runtime may not be handed a null pointer.
+  // An empty dump has no address, and the runtime must not receive a null pointer.
   if (bytes.empty()) {
     return;
   }

@@ -10,14 +10,14 @@
 
 namespace borvan {
 
-// A file that was opened but could not be read or written to its end.
+// An opened file could not be read or written to its end.
 class FileError : public std::runtime_error {
  public:
   using std::runtime_error::runtime_error;
 };
 
-// A file of bytes, closed at the end of its life. Paths are 8-bit texts in the system's ANSI code
-// page and reach the runtime as they are.
+// A file of bytes, closed by its destructor. Paths are 8-bit texts in the system's ANSI code page
+// and are passed to the runtime unchanged.
 class File {
  public:
   // nullopt when the file can't be opened.
@@ -29,14 +29,14 @@ class File {
   // The number of bytes of the file. Throws FileError.
   std::uint64_t Size();
 
-  // Reads from the current position until `bytes` is full. Throws FileError when the file ends
-  // before.
+  // Reads from the current position until `bytes` is full. Throws FileError if the file ends
+  // earlier.
   void ReadExactly(std::span<std::uint8_t> bytes);
 
   // Reads at most `bytes.size()` bytes; fewer only at the end of the file. Throws FileError.
   std::size_t ReadSome(std::span<std::uint8_t> bytes);
 
-  // Throws FileError unless every byte was taken.
+  // Throws FileError unless every byte was written.
   void Write(std::span<const std::uint8_t> bytes);
 
  private:

@@ -12,7 +12,7 @@ std::FILE* OpenFile(const char* path, const char* mode) {
 
 std::optional<std::uint64_t> FileSize(std::FILE* file) {
   struct stat status = {};
-  // Folders open here but not on Windows; neither has a length that could be read.
+  // Folders can be opened here, but not on Windows. They have no length that could be read.
   if (fstat(fileno(file), &status) != 0 || !S_ISREG(status.st_mode)) {
     return std::nullopt;
   }

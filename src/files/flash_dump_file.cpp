@@ -13,7 +13,7 @@ constexpr std::string_view kTextExtension = "txt";
 constexpr std::size_t kByteValues = 256;
 constexpr std::string_view kDigits = "0123456789abcdef";
 
-// Two digits for each byte: a dump of a large flash is formatted by table look-ups alone.
+// The two digits of each byte: a dump of a large flash is formatted only by table look-ups.
 constexpr std::array<std::array<char, 2>, kByteValues> kBytePairs = [] {
   std::array<std::array<char, 2>, kByteValues> pairs{};
   for (std::size_t byte = 0; byte < kByteValues; ++byte) {
@@ -22,7 +22,7 @@ constexpr std::array<std::array<char, 2>, kByteValues> kBytePairs = [] {
   return pairs;
 }();
 
-// What stands around the digits, and what a position past the end of the data shows.
+// The text around the digits, and what a position past the end of the data shows.
 constexpr std::string_view kTemplate = "00000000h: 00 00 00 00 00 00 00 00;\r\n";
 static_assert(kTemplate.size() == kDumpLineLength);
 constexpr std::size_t kAddressBytes = 4;
@@ -33,7 +33,7 @@ constexpr std::size_t kByteDistance = 3;
 constexpr std::uint64_t kLinesPerWrite = 8192;
 
 void PutByte(std::span<char, kDumpLineLength> line, std::size_t at, std::uint8_t byte) {
-  // Both digits at once: this line runs a dozen times for each line of a dump.
+  // Copies both digits at once: this runs a dozen times for each line of a dump.
   std::memcpy(line.data() + at, kBytePairs[byte].data(), kBytePairs[byte].size());
 }
 

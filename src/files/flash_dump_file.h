@@ -9,13 +9,13 @@
 
 namespace borvan {
 
-// The text behind the last "." of a path; the whole path when it has none.
+// Returns the text after the last "." of a path, or the whole path if it has none.
 std::string_view FileExtension(std::string_view path);
 
-// True when files of this name are written as text: for the extension "txt" in small letters.
+// True if files with this name are written as text: those with the extension "txt" in lower case.
 bool IsTextFileName(std::string_view path);
 
-// One line of a text dump with its line end, as it stands on disk.
+// The length of a line of a text dump on disk, including its line end.
 inline constexpr std::size_t kDumpLineLength = 37;
 
 // Bytes that one line shows.
@@ -26,12 +26,12 @@ inline constexpr std::size_t kDumpLineBytes = 8;
 void FormatDumpLine(std::uint32_t address, std::span<const std::uint8_t> bytes,
                     std::span<char, kDumpLineLength> line);
 
-// The number of lines of a dump of `size` bytes. A line whose offset into the dump exceeds
-// `end_address` and all behind it are left out: a flash address is deliberately compared with an
-// offset, as it always was, so a dump from a high start address is shown whole.
+// The number of lines of a dump of `size` bytes. Omits a line whose offset in the dump exceeds
+// `end_address`, and all lines after it: a flash address is deliberately compared with an offset,
+// as it always has been, so a dump from a high start address is complete.
 std::uint64_t DumpLineCount(std::uint64_t size, std::uint32_t end_address);
 
-// Writes the bytes as they are.
+// Writes the bytes unchanged.
 void WriteBinaryDump(File& file, std::span<const std::uint8_t> bytes);
 
 // Writes the bytes as lines. Both throw FileError.

@@ -5,7 +5,7 @@
 namespace borvan {
 namespace {
 
-// Two pieces of 60 bytes: what programming appends at most. Growing a full vector would copy the
+// Two pieces of 60 bytes: the most that programming appends. Growing a full vector would copy the
 // image and double its memory.
 constexpr std::size_t kRoomForPadding = 120;
 

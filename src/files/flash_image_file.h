@@ -7,9 +7,9 @@
 
 namespace borvan {
 
-// Reads a flash image: any file, its bytes from first to last. Of the length the low 32 bits count.
-// nullopt when the file can't be opened; throws FileError when it can't be read whole.
-// The image has room to spare for the padding that programming adds.
+// Reads a flash image: all bytes of any file. Only the low 32 bits of the length count. Returns
+// nullopt if the file can't be opened; throws FileError if it can't be read completely. The vector
+// has spare capacity for the padding that programming adds.
 std::optional<std::vector<std::uint8_t>> ReadFlashImage(const std::string& path);
 
 }  // namespace borvan

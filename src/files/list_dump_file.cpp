@@ -15,10 +15,10 @@ constexpr std::size_t kByteDigits = 2;
 constexpr std::size_t kWordDigits = 4;
 constexpr std::uint32_t kModeWithWords = 2;
 
-// Enough for few large writes.
+// Enough for a few large writes.
 constexpr std::size_t kTextPerWrite = std::size_t{256} * 1024;
 
-// A minimum width: larger numbers show all their digits.
+// `digits` is a minimum: larger numbers show all their digits.
 void AppendNumber(std::string& text, std::uint32_t number, std::size_t digits) {
   const std::string shown = FormatHex(number);
   text += kPrefix;

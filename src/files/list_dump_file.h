@@ -1,6 +1,7 @@
 #pragma once
 
-// The files that run reads are stored in: lines that the list reader reads back, or raw values.
+// The files that store the results of run reads: lines that the list reader can read, or raw
+// values.
 
 #include <cstdint>
 #include <span>
@@ -11,8 +12,8 @@
 
 namespace borvan {
 
-// Appends "0x%04x, 0x%02x,", with its line end as it stands on disk. The blank behind the first
-// comma is deliberate: register files have it, I2C files don't.
+// Appends "0x%04x, 0x%02x,", with its line end as on disk. The blank after the first comma is
+// deliberate: register files have it, I2C files don't.
 void AppendRegisterLine(std::string& text, const ListEntry& entry);
 
 // Appends "0x%04x,0x%02x," in the modes 0 and 1, "0x%04x,0x%04x," in mode 2, and nothing in others:

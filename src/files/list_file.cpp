@@ -17,7 +17,7 @@ constexpr std::string_view kDroppedAddress = "0xfff2";
 constexpr std::uint32_t kDroppedNumber = 0xFFF2;
 constexpr char kEndOfFile = 0x1A;
 
-// Read at a time; large enough that the runtime's call does not count.
+// The bytes read at a time, enough to make the cost of the runtime's call negligible.
 constexpr std::size_t kChunkSize = std::size_t{256} * 1024;
 
 constexpr bool IsWhiteSpace(char c) {
@@ -54,7 +54,7 @@ std::size_t FindComma(std::string_view text) {
                           : static_cast<std::size_t>(static_cast<const char*>(found) - text.data());
 }
 
-// A field before a comma: what stands before its first "0x" is dropped.
+// Parses a field before a comma. Ignores what comes before its first "0x".
 std::uint32_t ParseField(std::string_view field) {
   const std::string_view text = Trim(field);
   for (std::size_t at = 0; at + 1 < text.size(); ++at) {
@@ -102,9 +102,9 @@ const char* ReadPlainNumber(const char* at, std::uint32_t& number) {
 // "0x12345678, 0x12345678," with CR LF.
 constexpr std::size_t kLongestPlainLine = 25;
 
-// Reads the line that nearly all lines are: two numbers, as the writers of lists put them, and its
-// end. Returns where the next line begins, or null for a line that must be looked at more closely.
-// There are at least kLongestPlainLine bytes to read.
+// Reads a line in the form that nearly all lines have: two numbers, as the writers of lists write
+// them, and a line end. Returns the start of the next line, or null for a line that needs the full
+// parser. At least kLongestPlainLine bytes must be readable.
 const char* ReadPlainLine(const char* at, ListEntry& entry) {
   at = ReadPlainNumber(at, entry.address);
   if (at == nullptr || *at != ',' || entry.address == kDroppedNumber) {
@@ -121,9 +121,9 @@ const char* ReadPlainLine(const char* at, ListEntry& entry) {
   return *at == '\n' ? at + 1 : nullptr;
 }
 
-// Gathers a line that is spread over several chunks. White space that can't matter is not kept, so
-// that a file of blanks takes no memory: what opens the line, repetitions, and all that stands
-// behind the second field.
+// Collects a line that is spread over several chunks. Drops what can't matter, so that a file of
+// blanks takes no memory: white space at the start of the line, repeated white space, and
+// everything after the second field.
 class PartialLine {
  public:
   void Append(std::string_view text) {
@@ -138,7 +138,7 @@ class PartialLine {
       commas_ += c == ',' ? 1 : 0;
       line_.push_back(c);
       if (line_ == kRemark) {
-        commas_ = 2;  // nothing of a remark matters
+        commas_ = 2;  // the rest of a remark is ignored
       }
     }
   }
@@ -184,7 +184,7 @@ class ListBuilder {
   std::size_t size_ = 0;
 };
 
-// Takes the file chunk by chunk and the entries out of its lines.
+// Reads the file chunk by chunk and collects the entries of its lines.
 class ListReader {
  public:
   void TakeChunk(std::string_view chunk) {
@@ -219,7 +219,7 @@ class ListReader {
                : static_cast<std::size_t>(static_cast<const char*>(found) - text.data());
   }
 
-  // Takes the lines at the start of `text` that need no closer look.
+  // Takes the lines at the start of `text` that do not need the full parser.
   void TakePlainLines(std::string_view& text) {
     const char* at = text.data();
     const char* const end = at + text.size();
@@ -262,7 +262,7 @@ std::optional<ListEntry> ParseListLine(std::string_view line) {
     return std::nullopt;
   }
   const std::string_view address = text.substr(0, first_comma);
-  // Compared as it stands: a blank before the comma keeps the line.
+  // Compared without trimming: a line with a blank before the comma is kept.
   if (IsDroppedAddress(address)) {
     return std::nullopt;
   }

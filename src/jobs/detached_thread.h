@@ -5,11 +5,11 @@
 
 namespace borvan {
 
-// Runs `procedure(argument)` on a thread of its own that nobody waits for. Throws std::system_error
-// (resource_unavailable_try_again) when no thread can be made.
+// Runs `procedure(argument)` on its own thread, which nobody waits for. Throws std::system_error
+// (resource_unavailable_try_again) if no thread can be created.
 void StartDetachedThread(void (*procedure)(void*), void* argument);
 
-// Runs `run` once on such a thread, then destroys it there. When no thread can be made it is
+// Runs `run` once on such a thread, then destroys it there. If no thread can be created, `run` is
 // destroyed before the exception leaves.
 template <typename Run>
 void RunDetached(Run run) {

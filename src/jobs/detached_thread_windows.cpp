@@ -24,9 +24,9 @@ unsigned __stdcall ThreadProcedure(void* argument) {
 
 }  // namespace
 
-// Not a std::thread: where winpthreads stands behind it (seen with mingw-w64 10), one that is
-// detached at once may never run its procedure, and each leaves a handle open. A host waits for its
-// job for ever then.
+// Does not use std::thread: with winpthreads (seen with mingw-w64 10), one that is detached at once
+// may never run its procedure, so that a host waits for its job forever, and each leaves a handle
+// open.
 void StartDetachedThread(void (*procedure)(void*), void* argument) {
   auto start = std::make_unique<Start>(Start{procedure, argument});
   const std::uintptr_t thread =

@@ -34,7 +34,8 @@ void RunFlashQuickReadJob(FlashQuickReadJob& job) {
   std::vector<std::uint8_t> bytes;
   const Result result =
       job.device->FlashQuickReadImage(bytes, start_address, end_address, job.progress);
-  // Deliberately before the file is written: hosts poll for it and then wait for the file.
+  // Deliberately reported before the file is written: hosts poll for this report and then wait for
+  // the file.
   ReportEnd(job.progress, result);
   if (as_text) {
     WriteTextDump(*file, bytes, start_address, end_address);

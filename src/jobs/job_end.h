@@ -6,11 +6,11 @@
 
 namespace borvan {
 
-// A job's closing report: (0, 100), or (result, -1) when `result` is negative. An empty callback
+// Makes a job's final report: (0, 100), or (result, -1) if `result` is negative. An empty callback
 // reports nothing.
 void ReportEnd(const ProgressCallback& progress, Result result);
 
-// Ends a job whose file can't be opened: the report and the flags.
+// Ends a job whose file can't be opened: reports the failure and clears the flags.
 void EndJobWithoutFile(BorvanUSBBase& device, const ProgressCallback& progress);
 
 }  // namespace borvan

@@ -1,6 +1,6 @@
 #pragma once
 
-// What each job takes to its thread. Numbers travel as hexadecimal text.
+// The data that each job passes to its thread. Addresses are hexadecimal text.
 
 #include <cstdint>
 #include <memory>

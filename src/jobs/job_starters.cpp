@@ -24,7 +24,7 @@ Result RefuseFile(const ProgressCallback& progress) {
   return result;
 }
 
-// Whatever keeps the list from being read makes it a list without entries.
+// Returns a list without entries if the file can't be read for any reason.
 std::vector<ListEntry> ReadListOrNoneOnAnyFailure(const std::string& path) {
   try {
     return ReadListFile(path);

@@ -10,11 +10,11 @@
 
 namespace borvan {
 
-// Start a job on `device`, each on a thread of its own that nobody joins. All return 0 when the
-// thread runs, or the file error's code when the input check failed: an empty path, for the jobs
-// that read a file one that names nothing, for the register write one without an entry. A failed
-// check is also reported as (code, -1) before the starter returns.
-// Throw std::system_error when no thread can be made; job_running stays true then.
+// Each function starts a job on `device`, on its own thread, which nobody joins. It returns 0 if
+// the thread runs, or the code of the file error if the input check fails: the path is empty; for
+// the jobs that read a file, nothing exists at the path; for the register write, the list has no
+// entry. A failed check is also reported as (code, -1) before the function returns. Throws
+// std::system_error if no thread can be created; job_running then stays true.
 
 Result StartFlashWriteJob(std::shared_ptr<BorvanUSBBase> device, std::string path,
                           std::string start_address, ProgressCallback progress);

@@ -12,18 +12,18 @@
 
 namespace borvan {
 
-// Ends a job that an exception reached: the host must never die of it.
+// Ends a job that failed with an exception, which must never terminate the host.
 inline void EndFailedJob(BorvanUSBBase& device, const ProgressCallback& progress, Result result) {
   try {
     ReportEnd(progress, result);
   } catch (const std::exception&) {
-    // Without a working mutex the report can't be made; the flags can still be cleared.
+    // Without a working mutex the report can't be made, but the flags can still be cleared.
     static_cast<void>(result);
   }
   ClearJobFlags(device.Jobs());
 }
 
-// What a job's thread does; the record is freed behind it.
+// The procedure of a job's thread. The record is freed after it.
 template <typename Job>
 void RunJobThread(Job& job, void (*worker)(Job&)) {
   try {
@@ -37,8 +37,8 @@ void RunJobThread(Job& job, void (*worker)(Job&)) {
   }
 }
 
-// Starts `worker` on a detached thread that owns `job`. Throws std::system_error when no thread is
-// to be had.
+// Starts `worker` on a detached thread that owns `job`. Throws std::system_error if no thread can
+// be created.
 template <typename Job>
 Result StartJobThread(Job job, void (*worker)(Job&)) {
   JobState& jobs = job.device->Jobs();

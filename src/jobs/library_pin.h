@@ -2,8 +2,8 @@
 
 namespace borvan {
 
-// Keeps the library loaded until the process ends, so that a host that unloads it beside a running
-// job or clear task does not unmap the code they run.
+// Keeps the library loaded until the process ends, so that a host that unloads it during a job or
+// clear task does not unmap running code.
 void PinLibrary();
 
 }  // namespace borvan

@@ -15,11 +15,11 @@
 namespace borvan {
 namespace {
 
-// The page markers that open a register run.
+// The page markers at the start of a register run.
 constexpr std::size_t kRunMarkers = 2;
 
-// A line that lacks its value spoils the whole list: writing half of it would be worse. What else
-// keeps it from being read ends the job.
+// A line without a value makes the whole list empty: writing half of the list would be worse. Any
+// other failure to read the list ends the job.
 std::vector<ListEntry> ReadListOrNoneOnBadLine(const std::string& path) {
   try {
     return ReadListFile(path);
@@ -49,7 +49,7 @@ void RunRegisterReadJob(RegisterReadJob& job) {
   const Result result = job.device->RegisterReadList(
       list, ParseUnsignedLong(job.start_address), ParseUnsignedLong(job.end_address), job.progress);
   ReportEnd(job.progress, result);
-  // A failed run leaves the file empty, even when some of it was read.
+  // A failed run leaves the file empty, even if a part of the run was read.
   if (Succeeded(result)) {
     if (as_text) {
       WriteRegisterLines(*file, list);

@@ -4,11 +4,11 @@
 
 namespace borvan {
 
-// The workers of the register and I2C list jobs. Each makes the job's final report and clears the
-// job flags before it returns. Throws FileError when a file that was opened fails.
+// The workers of the register and I2C list jobs. Each makes the final report of its job and clears
+// the job flags before it returns. Throws FileError if an opened file can't be read or written.
 
 // Writes a register list. Reports (result, 100) even for a positive result, which is then published
-// as a status; only this job does so, and hosts know it.
+// as a status; only this job does so, and hosts know this.
 void RunRegisterWriteJob(RegisterWriteJob& job);
 
 // Reads a run of registers into a file.

@@ -10,13 +10,14 @@
 namespace borvan {
 namespace {
 
-// What hosts see for a percentage that can't be: not a failure of ours, hence not 0xE0000001.
+// The status that hosts see for an impossible percentage. This is not a failure of the library, so
+// it is not 0xE0000001.
 constexpr std::int32_t kOddPercentage = 1;
 
 constexpr std::chrono::seconds kDoneIsShownFor{3};
 
-// Wipes whatever stands there after three seconds, a later job's reports included; hosts that know
-// this take a fresh instance for each job.
+// After three seconds, clears whatever was reported last, even by a later job. Hosts that know this
+// create a new instance for each job.
 void ProgressClearTask(JobState& jobs) {
   std::this_thread::sleep_until(std::chrono::steady_clock::now() + kDoneIsShownFor);
   jobs.progress_percent = 0;
@@ -27,7 +28,7 @@ void StartProgressClearTask(const std::shared_ptr<BorvanUSBBase>& device) {
   try {
     RunDetached([device] { ProgressClearTask(device->Jobs()); });
   } catch (const std::exception&) {
-    // Without a thread to be had the 100 stays until the next report; the job goes on.
+    // If no thread can be created, the 100 stays until the next report. The job continues.
     return;
   }
 }

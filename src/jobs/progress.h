@@ -9,13 +9,13 @@
 namespace borvan {
 
 // Publishes one report of a job in the device object's progress pair:
-// (not 0, any) a failure; (0, 0 to 99) progress; (0, 100) done, which a task of its own wipes after
-// three seconds; (0, anything else) the bare status 1.
+// (not 0, any): a failure; (0, 0 to 99): progress; (0, 100): done, which a separate task clears
+// after three seconds; (0, anything else): only the status 1.
 void ReportProgress(const std::shared_ptr<BorvanUSBBase>& device, std::int32_t status,
                     std::int32_t percent);
 
-// A callback that reports to `device` for as long as it is held, whatever becomes of the process's
-// instance meanwhile.
+// Returns a callback that reports to `device` as long as the callback exists, even if the instance
+// of the process is replaced or destroyed meanwhile.
 ProgressCallback MakeProgressCallback(std::shared_ptr<BorvanUSBBase> device);
 
 // The pair as one number: the status in the high 32 bits, the percentage in the low ones. The two

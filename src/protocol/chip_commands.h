@@ -18,7 +18,7 @@ enum class Selector : std::uint32_t {
   kRegisterBlock = 7,
 };
 
-// A USB control transfer's length field has 16 bits: a longer report can't be true.
+// The length field of a USB control transfer has 16 bits: a larger reported length can't be true.
 constexpr std::uint32_t kLargestControlLength = 0xFFFF;
 
 constexpr std::size_t kRegisterCommandLength = 4;
@@ -26,7 +26,7 @@ constexpr std::size_t kI2cCommandLength = 4;
 constexpr std::size_t kI2cBlockLength = 12;
 constexpr std::size_t kFlashBlockLength = 11;
 
-// Wide register commands: the high nibble says which half is carried, the low one the direction.
+// Wide register commands: the high nibble says which half is sent, the low nibble the direction.
 namespace wide_register {
 constexpr std::uint8_t kWriteValueLow = 0x12;
 constexpr std::uint8_t kWriteValueHigh = 0x22;
@@ -39,7 +39,7 @@ constexpr std::uint8_t kReplyLowTag = 0x11;
 constexpr std::uint8_t kReplyHighTag = 0x21;
 }  // namespace wide_register
 
-// Byte register commands: one opcode a direction, the step is in the tag.
+// Byte register commands: one opcode per direction; the tag contains the step.
 namespace byte_register {
 constexpr std::uint8_t kWrite = 0x28;
 constexpr std::uint8_t kWriteAddressLowTag = 0x08;
@@ -99,7 +99,7 @@ constexpr std::uint32_t kLongestRun = 56;
 constexpr std::uint32_t kShortestRun = 21;
 }  // namespace register_list
 
-// Block reads of I2C and chip registers carry 56 values behind an 8-byte head.
+// Block reads of I2C and chip registers return 56 values after an 8-byte head.
 constexpr std::uint32_t kBlockReadCount = 56;
 constexpr std::size_t kBlockReadHead = 8;
 
@@ -113,7 +113,7 @@ constexpr std::int32_t kAddress32Data16 = 4;
 constexpr std::int32_t kAddress32Data32 = 5;
 }  // namespace i2c_mode
 
-// The chip register that tells which fast paths its firmware has.
+// The chip register that shows which fast paths its firmware supports.
 constexpr std::uint32_t kFeatureRegister = 0x1A3;
 constexpr std::int32_t kFeatureFastI2c = 0x20;
 

@@ -12,35 +12,35 @@
 
 namespace borvan {
 
-// What a length query gave.
+// The result of a length query.
 struct LengthReport {
   Result result = kOk;
   std::uint32_t length = 0;  // 0 unless the query succeeded
 };
 
-// One step of a register or I2C command; each step is a transfer of its own.
+// One step of a register or I2C command; each step is a separate transfer.
 using CommandStep = std::array<std::uint8_t, kRegisterCommandLength>;
 static_assert(kRegisterCommandLength == kI2cCommandLength);
 
-// The transfers that the chip's commands are made of. It refers to the device object's channel,
-// which must outlive it. Transfers of several threads may interleave.
+// The transfers that the chip's commands consist of. Refers to the device object's channel, which
+// must outlive this object. Transfers of several threads may interleave.
 class CommandChannel {
  public:
   explicit CommandChannel(const ExtensionUnitChannel& channel) : channel_(channel) {}
 
   bool IsOpen() const { return channel_.IsOpen(); }
 
-  // Asks for a selector's length and refuses what no USB control can have.
+  // Queries a selector's length and rejects a length that no USB control can have.
   LengthReport QueryLength(Selector selector) const;
 
-  // The answer to a length query whose length plays no part: any passes.
+  // Makes a length query and returns only its result. Accepts any length.
   Result CheckAnswer(Selector selector) const;
 
   Result Set(Selector selector, std::uint32_t length, std::span<std::uint8_t> block) const;
   Result Get(Selector selector, std::uint32_t length, std::span<std::uint8_t> block) const;
 
-  // Sends the steps in order, each copied to the start of `block`. Earlier steps are deliberately
-  // not looked at: only the last one's result counts.
+  // Sends the steps in order, each copied to the start of `block`. Deliberately ignores the results
+  // of earlier steps and returns that of the last one.
   Result SetSteps(Selector selector, std::span<const CommandStep> steps, std::uint32_t length,
                   std::span<std::uint8_t> block) const;
 
@@ -48,7 +48,7 @@ class CommandChannel {
   const ExtensionUnitChannel& channel_;
 };
 
-// A zeroed buffer that holds the command and whatever length the device wants.
+// A zeroed buffer, long enough for the command and for the length that the device reported.
 std::vector<std::uint8_t> MakeTransferBuffer(std::uint32_t length, std::size_t command_length);
 
 }  // namespace borvan

@@ -9,7 +9,8 @@ namespace {
 
 constexpr std::uint32_t kWordSize = 4;
 
-// A read that gave no usable answer; not negative, so hosts see the value 0 and no failure.
+// The result of a read without a usable reply. Not negative, so hosts see the value 0 and no
+// failure.
 constexpr Result kNoUsableAnswer = 1;
 
 void PutBlock(std::span<std::uint8_t> buffer, const FlashBlock& block) {
@@ -29,7 +30,7 @@ Result SendFlashBlock(const CommandChannel& channel, const FlashBlock& command) 
   return channel.Set(Selector::kFlash, report.length, block);
 }
 
-// Makes a failed read's exchange anew at the words around its address.
+// Repeats the exchange of a failed read at the words around its address.
 void RetryFlashRead(const CommandChannel& channel, std::uint32_t address, std::uint32_t length) {
   std::vector<std::uint8_t> request = MakeTransferBuffer(length, kFlashBlockLength);
   std::vector<std::uint8_t> reply = MakeTransferBuffer(length, kFlashBlockLength);
@@ -39,8 +40,8 @@ void RetryFlashRead(const CommandChannel& channel, std::uint32_t address, std::u
     static_cast<void>(channel.Set(Selector::kFlash, length, request));
     return Succeeded(channel.Get(Selector::kFlash, length, reply));
   };
-  // The two words that would hold the one asked for, were it not aligned. What they give is
-  // deliberately not delivered: hosts know a failed read by the value 0.
+  // The two words that would contain the requested one if it were not aligned. Their values are
+  // deliberately not returned: hosts recognise a failed read by the value 0.
   for (std::uint32_t k = 1; k < kWordSize; ++k) {
     const bool below = read_word(address - k);
     const bool above = read_word(address - k + kWordSize);

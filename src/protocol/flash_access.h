@@ -13,7 +13,7 @@ namespace borvan {
 
 Result WriteFlash(const CommandChannel& channel, std::uint32_t address, std::uint32_t value);
 
-// 0 and eight digits in `value`; 1 and `value` untouched when there is no usable answer.
+// Returns 0 and eight digits in `value`, or 1 and leaves `value` unchanged if no reply is usable.
 Result ReadFlash(const CommandChannel& channel, std::uint32_t address, std::string& value);
 
 Result EraseFlash(const CommandChannel& channel, std::uint32_t address);

@@ -23,11 +23,11 @@ FlashBlock FlashEraseSector(std::uint32_t address);
 // reply that does not echo the command. `reply` has at least 11 bytes.
 std::optional<std::string> FlashWordValue(std::span<const std::uint8_t> reply);
 
-// A fast write packet: where its 60 bytes go, and the bytes.
+// A fast write packet: the address of its 60 bytes, then the bytes.
 Packet FlashWritePacket(std::uint32_t address,
                         std::span<const std::uint8_t, flash::kPieceSize> piece);
 
-// A fast read request; the reply is 64 bytes of flash from `address` on.
+// A fast read request. The reply contains 64 bytes of flash, starting at `address`.
 Packet FlashReadRequest(std::uint32_t address);
 
 }  // namespace borvan

@@ -11,8 +11,8 @@ namespace {
 constexpr std::uint32_t kGroupSize = 8;
 constexpr std::uint32_t kGroupsPerPacket = kPacketLength / kGroupSize;
 
-// Ranges up to the size of a large flash get their memory at once. Larger ones grow as the device
-// delivers: a mistaken end address must not ask for gigabytes first.
+// Memory for ranges up to the size of a large flash is reserved at once. For larger ranges it grows
+// as data arrives: a wrong end address must not allocate gigabytes first.
 constexpr std::uint64_t kLargestReserve = 64U << 20U;
 
 }  // namespace
@@ -20,7 +20,7 @@ constexpr std::uint64_t kLargestReserve = 64U << 20U;
 Result ReadFlashRange(const CommandChannel& channel, std::uint32_t start_address,
                       std::uint32_t end_address, const StopQuery& stop_requested,
                       const ProgressCallback& progress, std::vector<std::uint8_t>& output) {
-  // Only whether the unit answers counts here; the reads go through another selector.
+  // Only checks that the unit answers; the reads use another selector.
   if (HasFailed(channel.CheckAnswer(Selector::kFlash))) {
     return ToResult(StatusCode::kLengthQueryFailed);
   }
@@ -49,10 +49,10 @@ Result ReadFlashRange(const CommandChannel& channel, std::uint32_t start_address
               std::uint8_t{0});
     static_cast<void>(channel.Set(Selector::kFlashFastRead, report.length, block));
     result = channel.Get(Selector::kFlashFastRead, report.length, block);
-    // Any answer but 0 asks for the same address again, without limit or pause: only a stop request
-    // or a later success ends the repetition.
+    // After any result but 0 the same address is read again, without limit or pause, until a stop
+    // request or a success.
     if (result == kOk) {
-      // Packets start at every eighth group. All but the last are whole.
+      // A packet starts at every eighth group. All groups but the last are complete.
       const std::uint32_t groups = std::min(kGroupsPerPacket, group_count - group + 1);
       const std::uint32_t bytes =
           group + groups <= group_count

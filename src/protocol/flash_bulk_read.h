@@ -1,6 +1,6 @@
 #pragma once
 
-// Reading a range of flash, 64 bytes a transfer, on selector 5.
+// Reads a range of flash, 64 bytes per transfer, on selector 5.
 
 #include <cstdint>
 #include <vector>

@@ -48,7 +48,7 @@ bool IsBlankPiece(std::span<const std::uint8_t, flash::kPieceSize> piece) {
 std::optional<std::int32_t> FlashWriteProgress::NextPiece() {
   const std::uint32_t accumulator = accumulator_;
   accumulator_ += static_cast<std::uint32_t>(flash::kPieceSize) * kDonePercent;
-  // Spares nearly every piece the division.
+  // Avoids the division for nearly every piece.
   if (accumulator < static_cast<std::uint64_t>(last_ + 1) * padded_size_) {
     return std::nullopt;
   }
@@ -56,7 +56,7 @@ std::optional<std::int32_t> FlashWriteProgress::NextPiece() {
 }
 
 std::optional<std::int32_t> FlashReadProgress::After(std::uint32_t groups_read) {
-  // 32-bit arithmetic that wraps: hosts see the same percentages for ranges above 171 MB.
+  // 32-bit arithmetic that wraps above 171 MB, so that hosts see the percentages they know.
   const auto scaled =
       static_cast<std::int32_t>(groups_read * static_cast<std::uint32_t>(kDonePercent));
   return Rising(scaled / static_cast<std::int32_t>(group_count_), last_);

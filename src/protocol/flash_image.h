@@ -1,6 +1,6 @@
 #pragma once
 
-// Splitting an image into erases and pieces, and telling how far a bulk transfer is.
+// Splits an image into erases and pieces, and calculates the progress of bulk transfers.
 
 #include <cstdint>
 #include <optional>
@@ -12,46 +12,46 @@
 namespace borvan {
 
 struct FlashImageLayout {
-  std::uint32_t sector_count = 0;  // erases, one per 4096 bytes begun
+  std::uint32_t sector_count = 0;  // erases: one per 4096 bytes, rounded up
   std::uint64_t padded_size = 0;   // bytes sent: whole pieces of 60
 };
 
 // The layout of an image of `size` bytes.
 FlashImageLayout LayOutFlashImage(std::uint32_t size);
 
-// Where erase number `index` goes. Sectors count from the start address, which is not aligned down:
-// the device decides what an unaligned erase clears.
+// The address of erase number `index`. Sectors are counted from the start address, which is not
+// aligned down: the device decides what an unaligned erase clears.
 std::uint32_t SectorAddress(std::uint32_t start_address, std::uint32_t index);
 
-// Fills the last piece up with 0x00, deliberately not with the erased state, and appends one blank
-// piece, which is never sent.
+// Fills the rest of the last piece with 0x00, deliberately not with the erased state, and appends
+// one blank piece, which is never sent.
 void PadFlashImage(std::vector<std::uint8_t>& image, const FlashImageLayout& layout);
 
-// True for a piece that an erased sector holds already.
+// True for a piece that an erased sector already contains.
 bool IsBlankPiece(std::span<const std::uint8_t, flash::kPieceSize> piece);
 
-// Percentages of an image write: only values that rise and are neither 0 nor 100.
+// The percentages of an image write: only rising values, without 0 and 100.
 class FlashWriteProgress {
  public:
   explicit FlashWriteProgress(std::uint64_t padded_size) : padded_size_(padded_size) {}
 
-  // To be called once a piece, in order. Returns what to report, if anything.
+  // Must be called once per piece, in order. Returns the percentage to report, if any.
   std::optional<std::int32_t> NextPiece();
 
  private:
   const std::uint64_t padded_size_;
-  std::uint32_t accumulator_ = 0;  // 100 times the offset; wraps at 32 bits, as hosts know it
+  std::uint32_t accumulator_ = 0;  // 100 times the offset; wraps at 32 bits, as hosts expect
   std::int32_t last_ = 0;
 };
 
-// Percentages of a bulk read of `group_count` whole 8-byte groups; above 100 at the end of short
-// reads, as hosts know it.
+// The percentages of a bulk read of `group_count` whole 8-byte groups. They pass 100 at the end of
+// short reads, as hosts expect.
 class FlashReadProgress {
  public:
   explicit FlashReadProgress(std::uint32_t group_count) : group_count_(group_count) {}
 
-  // `groups_read` counts the groups consumed so far, the closing one included. `group_count` is
-  // above 0.
+  // `groups_read` is the number of groups read so far, including the closing one. `group_count`
+  // must be above 0.
   std::optional<std::int32_t> After(std::uint32_t groups_read);
 
  private:

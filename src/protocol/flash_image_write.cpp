@@ -15,7 +15,7 @@ constexpr std::chrono::milliseconds kRetryPause{1};
 
 Result EraseSectors(const CommandChannel& channel, std::uint32_t start_address,
                     std::uint32_t sector_count) {
-  // A failed query counts as length 0 here; the erases themselves then tell the failure.
+  // A failed query counts as length 0 here; the erases then report the failure.
   const std::uint32_t length = channel.QueryLength(Selector::kFlash).length;
   std::vector<std::uint8_t> block = MakeTransferBuffer(length, kPacketLength);
   for (std::uint32_t index = 0; index < sector_count; ++index) {
@@ -28,7 +28,7 @@ Result EraseSectors(const CommandChannel& channel, std::uint32_t start_address,
   return kOk;
 }
 
-// Repeats until the first answer of 0, a few times at most.
+// Repeats the transfer until its result is 0, a few times at most.
 Result SetWithRetries(const CommandChannel& channel, std::uint32_t length,
                       std::span<std::uint8_t> block) {
   Result result = channel.Set(Selector::kFlashFastWrite, length, block);
@@ -51,7 +51,7 @@ Result ProgramFlash(const CommandChannel& channel, std::vector<std::uint8_t> ima
   }
   PadFlashImage(image, layout);
 
-  // Stricter than the query before the erases: any answer but 0 ends the work here.
+  // Stricter than the query before the erases: any result but 0 ends the work here.
   const LengthReport report = channel.QueryLength(Selector::kFlashFastWrite);
   if (report.result != kOk) {
     return ToResult(StatusCode::kFastInterfaceFailed);

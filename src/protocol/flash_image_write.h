@@ -1,6 +1,6 @@
 #pragma once
 
-// Programming a whole image: erases on selector 3, then 60-byte pieces on selector 4.
+// Programs a whole image: erases on selector 3, then 60-byte pieces on selector 4.
 
 #include <cstdint>
 #include <vector>
@@ -12,8 +12,8 @@
 
 namespace borvan {
 
-// Erases every sector that the image covers and writes it in pieces of 60 bytes; blank pieces are
-// passed over. Reports (0, 1 to 99).
+// Erases every sector that the image covers, then writes the image in pieces of 60 bytes. Skips
+// blank pieces. Reports (0, 1 to 99).
 Result ProgramFlash(const CommandChannel& channel, std::vector<std::uint8_t> image,
                     std::uint32_t start_address, const StopQuery& stop_requested,
                     const ProgressCallback& progress);

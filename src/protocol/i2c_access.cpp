@@ -3,8 +3,8 @@
 namespace borvan {
 namespace {
 
-// kOk when single accesses can be made. A single access always moves 12 bytes, whatever length the
-// device reports.
+// Returns kOk if single accesses are possible. A single access always moves 12 bytes, whatever
+// length the device reports.
 Result CheckI2cChannel(const CommandChannel& channel) {
   if (!channel.IsOpen()) {
     return kNullPointer;

@@ -15,8 +15,8 @@ namespace borvan {
 using I2cBlock = std::array<std::uint8_t, kI2cBlockLength>;
 using I2cCommand = std::array<std::uint8_t, kI2cCommandLength>;
 
-// What a single I2C access names. Of `slave`, `option` and `mode` the low byte is sent; a mode
-// outside 0 to 5 sends an 8-bit address and 8-bit data.
+// The parameters of a single I2C access. Only the low bytes of `slave`, `option` and `mode` are
+// sent. A mode outside 0 to 5 sends an 8-bit address and 8-bit data.
 struct I2cAccess {
   std::uint32_t slave = 0;
   std::uint32_t register_address = 0;
@@ -28,16 +28,16 @@ I2cBlock I2cWriteBlock(const I2cAccess& access, std::uint32_t value);
 
 I2cBlock I2cReadBlock(const I2cAccess& access);
 
-// The data of a read's reply as hexadecimal text, two digits a byte of the mode's data width;
-// nullopt in a mode outside 0 to 5.
+// The data of a read's reply as hexadecimal text, two digits for each byte of the mode's data
+// width; nullopt for a mode outside 0 to 5.
 std::optional<std::string> I2cReadValue(const I2cBlock& reply, std::int32_t mode);
 
-// The two requests of a per-address read; the low 16 bits of the address are sent in every mode.
+// The two requests of a per-address read. In every mode they send the low 16 bits of the address.
 std::array<I2cCommand, 2> I2cStepRead(std::uint32_t slave, std::uint32_t mode,
                                       std::uint32_t register_address);
 
-// Writes the 8-byte head of a block read into `head`: 56 values from `block_start` on. A mode above
-// 5 leaves bytes 2 to 7 as they are.
+// Writes the 8-byte head of a block read into `head`: 56 values, starting at `block_start`. A mode
+// above 5 leaves bytes 2 to 7 unchanged.
 void PutI2cBlockRead(std::span<std::uint8_t, kBlockReadHead> head, std::uint32_t slave,
                      std::uint32_t mode, std::uint32_t block_start);
 

@@ -18,9 +18,9 @@ void Pause(std::uint32_t milliseconds) {
 
 Result ReadI2cBlocks(const CommandChannel& channel, const I2cRun& run,
                      const StopQuery& stop_requested, std::vector<ListEntry>& list) {
-  // Deliberately not checked: with a failed query the reads go on with length 0.
+  // Deliberately not checked: after a failed query the reads continue with length 0.
   const LengthReport report = channel.QueryLength(Selector::kI2cBlock);
-  // Zeroed once: later requests carry the reply before them behind their head.
+  // Zeroed only once: after their head, later requests contain the previous reply.
   std::vector<std::uint8_t> block = MakeTransferBuffer(report.length, kPacketLength);
   Result result = report.result;
   for (std::uint64_t block_start = run.start_address; block_start <= run.end_address;
@@ -32,7 +32,7 @@ Result ReadI2cBlocks(const CommandChannel& channel, const I2cRun& run,
     PutI2cBlockRead(std::span(block).first<kBlockReadHead>(), run.slave, run.mode, first);
     static_cast<void>(channel.Set(Selector::kI2cBlock, report.length, block));
     result = channel.Get(Selector::kI2cBlock, report.length, block);
-    // Whether or not the get succeeded.
+    // Appended whether or not the get succeeded.
     const std::uint64_t count =
         std::min<std::uint64_t>(kBlockReadCount, run.end_address - block_start + 1);
     for (std::uint32_t i = 0; i < count; ++i) {
@@ -52,7 +52,7 @@ Result ReadI2cSteps(const CommandChannel& channel, const I2cRun& run,
     if (stop_requested()) {
       return ToResult(StatusCode::kTerminated);
     }
-    // After a failure the remaining addresses are passed over; a stop request still counts.
+    // After a failure the remaining addresses are skipped; a stop request still counts.
     if (HasFailed(result)) {
       continue;
     }

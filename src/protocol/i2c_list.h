@@ -1,7 +1,7 @@
 #pragma once
 
-// Runs and lists of registers on the I2C bus: fast on selector 6, else step by step on selector 2.
-// Which way a chip's firmware has is told by its feature register.
+// Runs and lists of registers on the I2C bus: fast on selector 6, otherwise step by step on
+// selector 2. The feature register shows which way the chip's firmware supports.
 
 #include <cstdint>
 #include <vector>
@@ -21,7 +21,7 @@ struct I2cRun {
   std::uint32_t mode = 0;
 };
 
-// Append one entry for each register, 56 an exchange or one at a time.
+// Append one entry for each register. Read 56 per exchange, or one at a time.
 Result ReadI2cBlocks(const CommandChannel& channel, const I2cRun& run,
                      const StopQuery& stop_requested, std::vector<ListEntry>& list);
 Result ReadI2cSteps(const CommandChannel& channel, const I2cRun& run,

@@ -21,7 +21,7 @@ struct Limits {
   std::uint32_t scatter = 0;
 };
 
-// What fits a packet in each width mode.
+// The capacity of a packet in each width mode.
 struct PacketLayout {
   Limits capacity;
   std::uint32_t address_bytes;
@@ -42,12 +42,12 @@ constexpr bool FitsItsPacket(const PacketLayout& layout) {
 static_assert(FitsItsPacket(kLayouts[0]) && FitsItsPacket(kLayouts[1]) &&
               FitsItsPacket(kLayouts[2]));
 
-// The limit in force, 0 being none, within what a packet carries.
+// The limit that applies, at most the capacity of a packet. A `limit` of 0 means none.
 std::uint32_t Bounded(std::uint32_t limit, std::uint32_t capacity) {
   return limit == 0 ? capacity : std::min(limit, capacity);
 }
 
-// Registers and values count as signed numbers here: the register after 0xFFFFFFFF is 0, and none
+// Registers and values are signed numbers here: the register after 0xFFFFFFFF is 0, and none
 // follows 0x7FFFFFFF.
 struct PendingRecord {
   std::int64_t address = 0;
@@ -66,7 +66,7 @@ class PacketPlanner {
  public:
   explicit PacketPlanner(std::uint32_t option) : option_(option) {}
 
-  // False ends the list.
+  // Returns false to end the list.
   bool Take(const ListEntry& entry) {
     ++polls_;
     switch (entry.address) {
@@ -112,8 +112,8 @@ class PacketPlanner {
     polls_ = 0;
   }
 
-  // A pause too long is passed over whole; a negative one still falls between two packets, but
-  // takes no time.
+  // A pause that is too long is ignored. A negative one still separates two packets, but takes no
+  // time.
   void Pause(std::int32_t milliseconds) {
     if (milliseconds > static_cast<std::int32_t>(list_marker::kLongestPause)) {
       return;
@@ -124,8 +124,8 @@ class PacketPlanner {
     }
   }
 
-  // Unlike the step path, an unknown code means mode 1 and leaves the limits as they were;
-  // deliberate.
+  // Deliberately unlike the step path: an unknown code means mode 1 and leaves the limits
+  // unchanged.
   void SetWidth(std::uint32_t width_code) {
     switch (width_code) {
       case 0:
@@ -219,7 +219,7 @@ class PacketPlanner {
     return packet;
   }
 
-  // High byte first. Returns where the next field begins.
+  // Writes the high byte first. Returns the position of the next field.
   static std::size_t PutBytes(Packet& packet, std::size_t at, std::int64_t number,
                               std::uint32_t bytes) {
     for (std::uint32_t i = bytes; i > 0; --i) {
@@ -235,7 +235,7 @@ class PacketPlanner {
   bool slave_seen_ = false;
   std::optional<std::int32_t> mode_;
   Limits limits_;
-  std::array<PendingRecord, kBlockReadCount> pending_;  // no packet carries more
+  std::array<PendingRecord, kBlockReadCount> pending_;  // no packet contains more
   std::size_t count_ = 0;
   bool is_run_ = true;
 };

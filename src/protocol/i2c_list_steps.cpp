@@ -1,4 +1,4 @@
-// The step path of an I2C list: three 4-byte commands a register.
+// The step path of an I2C list: three 4-byte commands per register.
 
 #include "base/byte_order.h"
 #include "protocol/i2c_list_plan.h"
@@ -8,8 +8,8 @@ namespace {
 
 constexpr std::uint32_t kUnset = 0xFFFFFFFF;
 
-// The width modes that the codes of list files stand for. Unlike the fast path, an unknown code
-// means mode 0 here; deliberate.
+// The width modes of the codes in list files. Deliberately unlike the fast path: an unknown code
+// means mode 0.
 std::uint8_t StepMode(std::uint32_t width_code) {
   switch (width_code) {
     case 3:
@@ -21,7 +21,7 @@ std::uint8_t StepMode(std::uint32_t width_code) {
   }
 }
 
-// What the markers of a list have told so far.
+// The settings that the markers of a list have made so far.
 class StepPlanner {
  public:
   I2cListStep Take(const ListEntry& entry) {

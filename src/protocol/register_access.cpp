@@ -5,7 +5,7 @@
 namespace borvan {
 namespace {
 
-// Reads take the wide form for this flag alone, writes for every flag but 0.
+// Reads use the wide form only for this flag, writes for every flag but 0.
 constexpr std::uint8_t kWideRead = 1;
 constexpr std::uint8_t kByteWrite = 0;
 
@@ -16,7 +16,7 @@ Result ReadWideRegister(const CommandChannel& channel, std::uint32_t address, st
   if (HasFailed(sent)) {
     return sent;
   }
-  // The low half is taken from the block even when its get failed: the tag alone decides.
+  // The low half is taken from the block even if its get failed: only the tag decides.
   static_cast<void>(channel.Get(Selector::kRegister, length, block));
   const auto low = WideReadLowHalf(block);
   const Result result = channel.Get(Selector::kRegister, length, block);

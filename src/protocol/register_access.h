@@ -11,11 +11,11 @@
 
 namespace borvan {
 
-// Width flag: a write takes the wide form for every flag but 0, a read for 1 alone.
+// Width flag: a write uses the wide form for every flag but 0, a read only for 1.
 Result WriteRegister(const CommandChannel& channel, std::uint32_t address, std::uint32_t value,
                      std::uint8_t width_flag);
 
-// Replaces `value` only when the reply is one to this read; a foreign reply is no failure.
+// Replaces `value` only if the reply belongs to this read. A foreign reply is not a failure.
 Result ReadRegister(const CommandChannel& channel, std::uint32_t address, std::uint8_t width_flag,
                     std::string& value);
 

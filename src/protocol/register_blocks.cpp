@@ -6,7 +6,7 @@
 namespace borvan {
 namespace {
 
-// Register commands carry 16-bit halves, low byte first.
+// Register commands contain 16-bit halves, low byte first.
 constexpr RegisterCommand LowHalf(std::uint8_t opcode, std::uint32_t number, std::uint8_t tag) {
   return {opcode, ByteOf(number, 0), ByteOf(number, 1), tag};
 }
@@ -26,7 +26,7 @@ std::optional<std::string> WideReadHalf(std::span<const std::uint8_t> reply, std
   return FormatHexByte(reply[kReplyHigh]) + FormatHexByte(reply[kReplyLow]);
 }
 
-// Opens a register block read: the 32-bit little-endian word 0x38000001, 0x38 being the count.
+// The start of a register block read: the 32-bit little-endian word 0x38000001; 0x38 is the count.
 constexpr std::array<std::uint8_t, 4> kBlockReadOpening = {
     0x01, 0x00, 0x00, static_cast<std::uint8_t>(kBlockReadCount)};
 

@@ -24,14 +24,14 @@ std::array<RegisterCommand, 3> ByteRegisterWrite(std::uint32_t address, std::uin
 
 std::array<RegisterCommand, 2> ByteRegisterRead(std::uint32_t address);
 
-// What the replies carry, as lower-case hexadecimal text; nullopt for a reply with a foreign tag.
+// The data of the replies, as lower-case hexadecimal text; nullopt for a reply with a foreign tag.
 // `reply` has at least 4 bytes.
 std::optional<std::string> WideReadLowHalf(std::span<const std::uint8_t> reply);
 std::optional<std::string> WideReadHighHalf(std::span<const std::uint8_t> reply);
 std::optional<std::string> ByteReadValue(std::span<const std::uint8_t> reply);
 
-// Writes the 8-byte head of a block read into `block`: 56 registers from `block_start` on in the
-// page (bits 16 to 31) of `run_start`.
+// Writes the 8-byte head of a block read into `head`: 56 registers, starting at `block_start`, in
+// the page (bits 16 to 31) of `run_start`.
 void PutRegisterBlockRead(std::span<std::uint8_t, kBlockReadHead> head, std::uint32_t run_start,
                           std::uint16_t block_start);
 

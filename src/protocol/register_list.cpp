@@ -11,7 +11,8 @@
 namespace borvan {
 namespace {
 
-// A list without its header; not negative, so its job counts as done. Hosts know the number.
+// The result for a list without its header. Not negative, so the job counts as done. Hosts know the
+// number.
 constexpr Result kNoListHeader = 11;
 
 }  // namespace
@@ -22,7 +23,7 @@ Result ReadRegisterRun(const CommandChannel& channel, std::uint32_t start_addres
   if (HasFailed(report.result)) {
     return report.result;
   }
-  // Zeroed once: later requests carry the reply before them behind their head.
+  // Zeroed only once: after their head, later requests contain the previous reply.
   std::vector<std::uint8_t> block = MakeTransferBuffer(report.length, kPacketLength);
   Result result = report.result;
   const std::uint32_t first = start_address & 0xFFFFU;
@@ -36,7 +37,7 @@ Result ReadRegisterRun(const CommandChannel& channel, std::uint32_t start_addres
       list.push_back({list_marker::kFirstDelay, ByteOf(start_address, 3)});
       list.push_back({list_marker::kSecondDelay, ByteOf(start_address, 2)});
     }
-    // Whether or not the get succeeded.
+    // Appended whether or not the get succeeded.
     const std::uint32_t count = std::min(kBlockReadCount, last - block_start + 1);
     for (std::uint32_t i = 0; i < count; ++i) {
       list.push_back({block_start + i, block[kBlockReadHead + i]});

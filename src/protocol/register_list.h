@@ -12,12 +12,12 @@
 namespace borvan {
 
 // Appends the page markers and one entry for each register. Only the low 16 bits of the addresses
-// bound the run, whose page is that of the start.
+// limit the run, which is in the page of the start address.
 Result ReadRegisterRun(const CommandChannel& channel, std::uint32_t start_address,
                        std::uint32_t end_address, std::vector<ListEntry>& list);
 
-// Sends runs and scattered registers in 64-byte blocks. 11 and nothing sent for a list without
-// header.
+// Sends runs and scattered registers in 64-byte blocks. Returns 11 and sends no block for a list
+// without a header.
 Result WriteRegisterList(const CommandChannel& channel, std::vector<ListEntry> list);
 
 }  // namespace borvan

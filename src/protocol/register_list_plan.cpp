@@ -10,12 +10,12 @@ namespace {
 
 constexpr std::uint8_t kUnusedByte = 0xFF;
 
-// A register of the list with what was found out about it.
+// A register of the list, with what the planner found out about it.
 struct Record {
   std::uint32_t address = 0;
   std::uint32_t value = 0;
   std::uint32_t run_length = 0;  // above 0 where a run begins
-  bool marked = false;           // delay values stood before it
+  bool marked = false;           // delay values came before it
   std::uint32_t first_delay = 0;
   std::uint32_t second_delay = 0;
 };
@@ -34,13 +34,13 @@ class RunFinder {
  public:
   explicit RunFinder(std::vector<Record>& records) : records_(records) {}
 
-  // To be called before the register is added to the records.
+  // Must be called before the register is added to the records.
   void Take(std::uint32_t address) {
     if (records_.empty()) {
       previous_ = address;
     }
-    // After a run the next register is compared with 0: neither the one that follows a full run nor
-    // the one that broke a long one continues anything. Deliberate; only register 1 is a step then.
+    // After a run the next register is deliberately compared with 0: neither the register after a
+    // full run nor the one that ended a long run continues a run. Only register 1 is a step then.
     if (address == previous_ + 1) {
       ++steps_;
       if (steps_ == register_list::kLongestRun - 1) {
@@ -62,7 +62,7 @@ class RunFinder {
     }
   }
 
-  // A run whose last register is still to be added is noted when it is there.
+  // Records a run whose last register was not yet added when the run was closed.
   void AfterAdding() {
     if (full_run_pending_) {
       records_[records_.size() - register_list::kLongestRun].run_length =
@@ -150,7 +150,7 @@ Packet RunPacket(std::span<const Record> run, const Delays& delays) {
   return packet;
 }
 
-// Scatter records gathered until the block is full or something else must go first.
+// Collects scatter records until the block is full or something else must be sent first.
 class ScatterBlock {
  public:
   bool Empty() const { return count_ == 0; }
@@ -168,8 +168,8 @@ class ScatterBlock {
     ++count_;
   }
 
-  // The finished block; the next one begins empty. A flushed block always carries an even number of
-  // records: the last one is repeated where needed.
+  // Returns the finished block; the next one starts empty. A finished block always contains an even
+  // number of records: the last one is repeated if necessary.
   Packet Take(const Delays& delays) {
     if (count_ % 2 != 0) {
       Add(Record(last_));
@@ -207,7 +207,7 @@ std::vector<RegisterListBlock> BuildBlocks(const std::vector<Record>& records) {
       if (record.marked) {
         delays = {record.first_delay, record.second_delay};
       }
-      // Marks and starts inside the run are passed over with it.
+      // Marks and run starts inside the run are skipped with it.
       blocks.push_back({RunPacket({&record, record.run_length}, delays), true});
       at += record.run_length;
       continue;

@@ -1,6 +1,6 @@
 #pragma once
 
-// Planning a register list: what to send, as values, before anything is sent.
+// Plans a register list: what to send, as values, before anything is sent.
 
 #include <cstdint>
 #include <vector>
@@ -13,7 +13,7 @@ namespace borvan {
 // One block of a register list.
 struct RegisterListBlock {
   Packet packet{};
-  // The result of a scatter block that is sent only because a run follows is not kept.
+  // False for a scatter block that is sent only because a run follows: its result is discarded.
   bool keeps_result = true;
 };
 
@@ -27,11 +27,11 @@ struct RegisterListPlan {
 void DropTrailingMarks(std::vector<ListEntry>& list);
 
 // True when the first entry that is not a pause is a first delay value, as the chip's list header
-// wants it. A list of pauses only passes.
+// requires. Also true for a list that contains only pauses.
 bool HasListHeader(const std::vector<ListEntry>& list);
 
-// Runs of 21 to 56 consecutive registers become run blocks, everything else goes 18 records to a
-// scatter block.
+// Runs of 21 to 56 consecutive registers become run blocks; all other registers go into scatter
+// blocks of at most 18 records.
 RegisterListPlan PlanRegisterList(const std::vector<ListEntry>& list);
 
 }  // namespace borvan

@@ -4,8 +4,8 @@
 
 namespace borvan {
 
-// True when the host wants the running work to end. Never empty; how often it is asked is part of
-// an operation's behaviour.
+// Returns true if the host wants the running work to end. Never empty. How often an operation calls
+// it is part of the operation's behaviour.
 using StopQuery = std::function<bool()>;
 
 }  // namespace borvan

@@ -6,7 +6,7 @@
 // windows.h must come first.
 #include <objbase.h>
 #include <strmif.h>
-// The interfaces of strmif.h must be known to those of ks.h.
+// The interfaces of ks.h need those of strmif.h.
 #include <ks.h>
 #include <ksmedia.h>
 #include <ksproxy.h>

@@ -67,7 +67,7 @@ unsigned __stdcall ReturnThread(void* argument) {
   return 0;
 }
 
-// A std::thread that is detached at once may never run with winpthreads behind it.
+// With winpthreads, a std::thread that is detached at once may never run.
 void StartReturnThread(Return due) {
   auto owned = std::make_unique<Return>(std::move(due));
   const std::uintptr_t thread = _beginthreadex(nullptr, 0, ReturnThread, owned.get(), 0, nullptr);

@@ -63,7 +63,7 @@ Key CreateKey(HKEY parent, const std::wstring& name) {
   return Key(key);
 }
 
-// An empty owner when there is no such key.
+// Returns an empty owner if there is no such key.
 Key OpenKey(HKEY parent, const std::wstring& name, REGSAM access) {
   HKEY key = nullptr;
   return RegOpenKeyExW(parent, name.c_str(), 0, access, &key) == ERROR_SUCCESS ? Key(key) : Key();
@@ -75,7 +75,7 @@ void WriteText(const Key& key, const wchar_t* name, const std::wstring& text) {
         "write to the registry");
 }
 
-// Empty when there is no such key, no such value, or one that is no text.
+// Returns an empty text if there is no such key or value, or if the value is not a text.
 std::wstring ReadText(const Key& key, const wchar_t* name) {
   DWORD size = 0;
   if (!key || RegGetValueW(key.get(), nullptr, name, RRF_RT_REG_SZ, nullptr, nullptr, &size) !=
@@ -87,7 +87,7 @@ std::wstring ReadText(const Key& key, const wchar_t* name) {
       ERROR_SUCCESS) {
     return {};
   }
-  // The size counts the terminating zero, and whatever stands behind it.
+  // The size includes the terminating zero and anything after it.
   text.resize(std::wcslen(text.c_str()));
   return text;
 }
@@ -187,7 +187,7 @@ void RegisterCameras(HKEY classes, const std::wstring& dll, const std::wstring& 
 }
 
 void UnregisterCameras(HKEY classes) {
-  // Only to find the entries: removing one needs no right on the category itself.
+  // Opened only to find the entries: removing one needs no right on the category itself.
   const Key category = OpenKey(classes, CategoryKeyName(), KEY_READ);
   if (category) {
     for (const std::wstring& name : EntryKeyNames(category)) {

@@ -19,7 +19,7 @@ struct CategoryEntry {
   std::wstring path;     // the device path
 };
 
-// what(): one line. result: the HRESULT that a COM caller gets for it.
+// what() is one line. `result` is the HRESULT that a COM caller receives.
 class RegistrationError : public std::runtime_error {
  public:
   RegistrationError(const std::string& text, HRESULT code)
@@ -27,7 +27,7 @@ class RegistrationError : public std::runtime_error {
   HRESULT result;
 };
 
-// All functions take the key that stands for HKEY_CLASSES_ROOT.
+// All functions take the key that they use as HKEY_CLASSES_ROOT.
 
 // Registers `dll` (full path) as the server of the class, with exactly these entries, which come
 // from the configuration file `configuration`. First removes the entries of an earlier

@@ -94,7 +94,8 @@ STDAPI DllCanUnloadNow() {
   return virtual_camera::g_module_references == 0 ? S_OK : S_FALSE;
 }
 
-// Registers the cameras of the configuration file. SELFREG_E_CLASS when the file can't be used.
+// Registers the cameras of the configuration file. Returns SELFREG_E_CLASS if the file can't be
+// used.
 STDAPI DllRegisterServer() {
   using namespace virtual_camera;
   return Guarded([]() -> HRESULT {

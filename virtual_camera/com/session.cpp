@@ -42,7 +42,7 @@ HRESULT Session::Property(const KSPROPERTY* property, ULONG property_bytes, void
   if (property_bytes < sizeof(KSPROPERTY)) {
     return E_INVALIDARG;
   }
-  // The request may lie at any address: its fields are copied out.
+  // The request may be at any address, so its fields are copied.
   KSP_NODE request = {};
   std::memcpy(&request, property, sizeof(KSPROPERTY));
   if ((request.Property.Flags & KSPROPERTY_TYPE_TOPOLOGY) == 0) {

@@ -1,7 +1,7 @@
 #pragma once
 
 // IKsTopologyInfo, with which a capture filter shows the nodes of its device. mingw-w64 lacks the
-// SDK's vidcap.h, so its vtable is declared here; the SDK's own header is taken where it exists.
+// SDK's vidcap.h, so its vtable is declared here; the SDK's own header is used if it exists.
 
 #include <windows.h>
 // windows.h must come first.

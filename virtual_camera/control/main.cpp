@@ -21,8 +21,8 @@ constexpr int kDone = 0;
 constexpr int kFailed = 1;
 constexpr int kWrongUse = 2;
 
-// The arguments in UTF-8, last one first, as the parser wants them; main's own are in the ANSI code
-// page, which can't hold every file name.
+// The arguments in UTF-8, last one first, as the parser requires; those of main are in the ANSI
+// code page, which can't represent every file name.
 std::vector<std::string> ReversedArguments() {
   int count = 0;
   LPWSTR* const arguments = CommandLineToArgvW(GetCommandLineW(), &count);
@@ -50,7 +50,7 @@ class CommandLine {
  public:
   CommandLine()
       : app_("Registers, inspects and controls virtual BorvanUSB cameras.", "virtual-camera") {
-    // Before the commands, which take these over.
+    // Must come before the commands, which inherit these settings.
     app_.require_subcommand(1);
     app_.footer(
         "CAMERA is a camera's number in the configuration file (from 0), its name or its device "
@@ -146,7 +146,7 @@ class CommandLine {
 }  // namespace
 
 int main() {
-  // No DLL is ever taken from the current folder, which may be one of downloads.
+  // Never loads a DLL from the current folder, which may contain downloads.
   SetDllDirectoryW(L"");
   SetConsoleOutputCP(CP_UTF8);
   try {

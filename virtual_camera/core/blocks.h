@@ -89,7 +89,7 @@ struct WidthMode {
 inline constexpr std::array<WidthMode, 6> kWidthModes = {
     {{1, 1}, {2, 1}, {2, 2}, {4, 1}, {4, 2}, {4, 4}}};
 
-// Any mode that the table lacks moves 8 bits each way.
+// A mode that is not in the table uses an 8-bit address and 8-bit data.
 constexpr std::uint8_t KnownMode(std::uint8_t mode) {
   return mode < kWidthModes.size() ? mode : std::uint8_t{0};
 }

@@ -84,7 +84,7 @@ class Camera::Implementation {
   std::optional<NorFlash> flash_;
   std::optional<TraceWriter> trace_;
   std::optional<TraceWriter> process_trace_;
-  std::uint64_t process_untraced_ = 0;  // the last transfers that process_trace_ lacks
+  std::uint64_t process_untraced_ = 0;  // number of last transfers missing in process_trace_
 };
 
 void Camera::Implementation::OpenTraces() {
@@ -93,7 +93,7 @@ void Camera::Implementation::OpenTraces() {
   if (!file.empty()) {
     trace_.emplace(file, configuration_.path);
   }
-  // One file gets each line once.
+  // If both are the same file, it receives each line once.
   if (!process_file.empty() && !(trace_ && IdentifyFile(file) == IdentifyFile(process_file))) {
     process_trace_.emplace(process_file, configuration_.path);
   }

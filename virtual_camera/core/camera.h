@@ -45,10 +45,10 @@ class Camera {
   // Other errors are those of QueryLength.
   Answer Get(std::uint32_t selector, std::span<std::uint8_t> data);
 
-  // Sets the function that is called if a fault unplugs the camera. It is called after the
-  // transfer, on the same thread, with the milliseconds until the camera returns by itself, or
-  // nullopt if it does not return. Must be set before the first transfer. The function is not
-  // called if another process or SetPlugged unplugs the camera.
+  // The function that is called if a fault unplugs the camera. It is called after the transfer, on
+  // the same thread, with the milliseconds until the camera returns by itself, or nullopt if it
+  // does not return. Must be set before the first transfer. The function is not called if another
+  // process or SetPlugged unplugs the camera.
   std::function<void(std::optional<std::uint32_t>)> on_unplug;
 
  private:

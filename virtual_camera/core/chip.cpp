@@ -6,7 +6,7 @@
 namespace virtual_camera {
 namespace {
 
-// Bytes that the command in `block` needs at least.
+// The minimum number of bytes of the command in `block`.
 std::size_t CommandSize(std::uint32_t selector, std::span<const std::uint8_t> block) {
   switch (selector) {
     case kRegisterSelector:

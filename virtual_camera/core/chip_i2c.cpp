@@ -11,7 +11,7 @@ namespace {
 
 constexpr std::size_t kSingleAddress = 4;
 constexpr std::size_t kSingleData = 8;
-constexpr std::uint8_t kHighestListMode = 2;  // list blocks know modes 0 to 2
+constexpr std::uint8_t kHighestListMode = 2;  // list blocks support modes 0 to 2
 
 // Records that fit a scatter packet, and values that fit a run, in a list mode.
 constexpr std::size_t ScatterRecordSize(const WidthMode& width) {
@@ -136,7 +136,7 @@ std::int32_t Chip::I2cBlockRead(Block block) {
   if ((code > kHighestListMode && code != kWide32Code) || count > kRunBytes) {
     return kGeneralFailure;
   }
-  // One code stands for all modes with 32-bit addresses: the sensor's own decides.
+  // One code stands for all modes with 32-bit addresses: the sensor's own mode is used.
   std::uint8_t mode = code;
   if (const auto own = bus_.ModeOf(slave);
       code == kWide32Code && own && kWidthModes[*own].address_bytes == 4) {

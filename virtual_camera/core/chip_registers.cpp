@@ -13,7 +13,7 @@ constexpr std::uint32_t Join(std::uint16_t low, std::uint16_t high) {
   return (static_cast<std::uint32_t>(high) << 16) | low;
 }
 
-// Wide commands carry no step tag, so opcode and tag together name each command.
+// Wide commands have no step tag, so opcode and tag together identify each command.
 constexpr std::uint32_t Command(std::uint8_t opcode, std::uint8_t tag) {
   return (static_cast<std::uint32_t>(opcode) << 8) | tag;
 }

@@ -128,7 +128,7 @@ void ReadLengths(const JsonReader& reader, std::array<std::uint32_t, kSelectorCo
   }
 }
 
-// The keys that say how the chip and its surroundings behave.
+// Reads the keys for the behaviour of the chip and its surroundings.
 void ReadBehaviour(const JsonReader& reader, CameraConfiguration& camera) {
   if (const auto registers = reader.Find("registers"); registers) {
     camera.registers = ReadRegisters(*registers, 0xFFFFFFFF, 0xFFFFFFFF);
@@ -156,7 +156,7 @@ void ReadBehaviour(const JsonReader& reader, CameraConfiguration& camera) {
   }
 }
 
-// Hosts and the registry know cameras by their paths.
+// Hosts and the registry identify cameras by their paths.
 void CheckPath(const JsonReader& path, const std::string& text,
                const std::vector<CameraConfiguration>& others) {
   if (text.empty()) {
@@ -238,7 +238,7 @@ nlohmann::json ParseFile(const std::string& file_utf8) {
     throw ConfigurationError(Format("{}: line {}, column {}: must be JSON in UTF-8", file_utf8,
                                     std::count(before.begin(), before.end(), '\n') + 1, column));
   } catch (const nlohmann::json::out_of_range&) {
-    // The parser's answer to a number like 1e999; it does not say where.
+    // The parser throws this for a number like 1e999, without its position.
     throw ConfigurationError(
         Format("{}: holds a number that is too large; numbers must lie below 1e308", file_utf8));
   }

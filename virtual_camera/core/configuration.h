@@ -55,7 +55,7 @@ struct SensorConfiguration {
 };
 
 struct UnplugAction {
-  std::optional<std::uint32_t> back_after_ms;  // nothing: for good
+  std::optional<std::uint32_t> back_after_ms;  // nothing: permanently
 };
 
 // One entry of `faults`: which transfers it matches, when it takes effect, and what it does.

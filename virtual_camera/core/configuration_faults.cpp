@@ -50,7 +50,8 @@ void ReadWhen(const JsonReader& reader, FaultConfiguration& fault) {
   }
 }
 
-// A fault that only makes sense one way is bound to it; any other way named in the file is wrong.
+// Sets the direction of a fault that makes sense in one direction only. Any other direction in the
+// file is an error.
 void Bind(const JsonReader& reader, FaultConfiguration& fault, Direction direction,
           const std::string& key, const std::string& name) {
   if (fault.direction && *fault.direction != direction) {

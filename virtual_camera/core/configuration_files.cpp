@@ -21,7 +21,7 @@ std::string KeyOf(std::size_t position, const char* key) {
   return Format("cameras[{}].{}", position, key);
 }
 
-// `key` names `file`, which must be none of `others`.
+// Throws ConfigurationError if `file`, named by `key`, is one of `others`.
 void CheckDiffers(const std::string& key, const std::string& file, const FileIdentity& identity,
                   const std::vector<OwnFile>& others) {
   for (const OwnFile& other : others) {
@@ -32,7 +32,8 @@ void CheckDiffers(const std::string& key, const std::string& file, const FileIde
   }
 }
 
-// The configuration itself, and every state and flash file. ConfigurationError when two are one.
+// Returns the configuration itself and every state and flash file. Throws ConfigurationError if two
+// are the same file.
 std::vector<OwnFile> OwnFiles(const Configuration& configuration) {
   std::vector<OwnFile> files = {
       {IdentifyFile(configuration.file), "the configuration file"},

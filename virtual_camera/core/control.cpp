@@ -1,4 +1,4 @@
-// What the control program does with a camera's state, beside any running camera.
+// The control program's operations on a camera's state. Cameras may run meanwhile.
 #include <algorithm>
 #include <map>
 #include <vector>
@@ -14,8 +14,8 @@
 namespace virtual_camera {
 namespace {
 
-// Runs `action` on the state under its lock, after a camera that is due came back, and keeps what
-// it changed.
+// Under the lock of the state, plugs in a camera that is due to return, runs `action` and stores
+// the changes.
 template <typename Action>
 void Change(const CameraConfiguration& configuration, const Action& action) {
   StateFile file(configuration.state_file, configuration.plugged);
@@ -25,7 +25,8 @@ void Change(const CameraConfiguration& configuration, const Action& action) {
   file.Commit();
 }
 
-// What the next transfer would find: a camera that is due is back. The files stay as they are.
+// Returns the state for the next transfer: a camera that is due to return is plugged in. Changes no
+// file.
 DeviceState Look(const CameraConfiguration& configuration) {
   DeviceState state = LookAtState(configuration.state_file, configuration.plugged);
   RefreshPlug(state, WallClockUs());
@@ -59,7 +60,7 @@ std::string RegistersText(const RegisterStore& registers, RegisterSpace space) {
   return text.empty() ? "    none\n" : text;
 }
 
-// What the traces lack, if anything.
+// Describes the transfers that are missing in the traces, if any.
 std::string TraceText(const CameraConfiguration& configuration, const DeviceFields& fields) {
   const auto last = [](std::uint64_t count) {
     return count == 1 ? std::string("last transfer is missing: ")

@@ -8,7 +8,7 @@
 namespace virtual_camera {
 namespace {
 
-// The state file is little-endian, as every machine is that this is built for.
+// The state file is little-endian, like all machines that this is built for.
 static_assert(std::endian::native == std::endian::little);
 
 class Writer {

@@ -86,7 +86,7 @@ class RegisterStore {
 
   const std::unordered_map<std::uint64_t, std::uint32_t>& Values() const { return values_; }
 
-  // For the state file: what changed since ForgetChanges, and values that it read.
+  // For the state file: the changes since ForgetChanges, and the values that it read.
   const std::vector<Record>& Written() const { return written_; }
   bool Cleared() const { return cleared_; }
   void ForgetChanges();
@@ -103,7 +103,7 @@ struct DeviceState {
   DeviceFields fields;
   RegisterStore registers;
 
-  // The part of the state that a device loses without power.
+  // Resets the part of the state that a device loses without power.
   void LosePower();
 };
 

@@ -7,7 +7,7 @@ namespace {
 
 static_assert(kMaxFaults == kStateFaults);
 
-// A well-known 64-bit mixer: every bit of the input moves every bit of the output.
+// A well-known 64-bit mixer: every bit of the input affects every bit of the output.
 constexpr std::uint64_t Mix(std::uint64_t value) {
   value += 0x9E3779B97F4A7C15;
   value = (value ^ (value >> 30)) * 0xBF58476D1CE4E5B9;
@@ -15,7 +15,7 @@ constexpr std::uint64_t Mix(std::uint64_t value) {
   return value ^ (value >> 31);
 }
 
-// Tells lists of faults apart, as far as their counters go.
+// Identifies a list of faults by what its counters depend on.
 std::uint64_t Fingerprint(const CameraConfiguration& configuration) {
   std::uint64_t sum = Mix(configuration.seed);
   for (const FaultConfiguration& fault : configuration.faults) {

@@ -24,11 +24,11 @@ struct FaultEffects {
   std::optional<UnplugAction> unplug;
 };
 
-// Counters of another list of faults than the camera's start again from 0.
+// Resets the counters to 0 if they belong to another list of faults than the camera's.
 void RefreshFaultCounters(const CameraConfiguration& configuration, DeviceFields& fields);
 
-// Counts a transfer for every fault that it matches, in `fields`, and returns what those that
-// strike do. Refreshes the counters first.
+// Counts a transfer in `fields` for every fault that it matches, and returns the effects of those
+// that apply. Refreshes the counters first.
 FaultEffects StrikeFaults(const CameraConfiguration& configuration, Direction direction,
                           std::uint32_t selector, DeviceFields& fields);
 

@@ -46,7 +46,7 @@ std::optional<std::uint64_t> ToNumber(const nlohmann::json& value) {
   return std::nullopt;
 }
 
-// A key may hold anything; the error that names it stays one line.
+// A key may contain any characters, but the error that names it must stay one line.
 std::string PlaceOf(const std::string& parent, std::string_view key) {
   return parent.empty() ? Printable(key) : Format("{}.{}", parent, Printable(key));
 }

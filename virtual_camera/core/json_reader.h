@@ -1,6 +1,6 @@
 #pragma once
 
-// Reads values of the configuration file and names their place when one is wrong.
+// Reads values of the configuration file. Errors name the place of the wrong value.
 
 #include <cstdint>
 #include <initializer_list>

@@ -13,7 +13,7 @@ namespace {
 
 constexpr int kMostLinks = 40;  // the system itself follows no more
 
-// The file that opening `path` for writing makes when the link at its end leads nowhere yet.
+// Returns the file that is created if `path` is opened for writing and is a link to a missing file.
 std::filesystem::path EndOfLinks(std::filesystem::path path) {
   std::error_code none;
   for (int links = 0; links < kMostLinks; ++links) {

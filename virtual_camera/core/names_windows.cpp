@@ -6,7 +6,7 @@
 namespace virtual_camera {
 namespace {
 
-// Empty for a name that Windows can't complete.
+// Returns an empty text for a name that Windows can't complete.
 std::wstring FullName(const std::wstring& name) {
   std::wstring full(MAX_PATH, L'\0');
   DWORD length =
@@ -20,7 +20,7 @@ std::wstring FullName(const std::wstring& name) {
   return full;
 }
 
-// As file systems compare names.
+// Converts to upper case, as file systems do to compare names.
 std::string UpperUtf8(const std::wstring& text) {
   if (text.empty()) {
     return {};
@@ -33,7 +33,7 @@ std::string UpperUtf8(const std::wstring& text) {
 }
 
 bool Identify(const std::wstring& name, FileIdentity& identity) {
-  // Folders open with backup semantics only; no access at all is enough for the identity.
+  // Folders can be opened only with backup semantics. The identity needs no access rights.
   const HANDLE file =
       ::CreateFileW(name.c_str(), 0, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
                     nullptr, OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS, nullptr);
@@ -58,7 +58,7 @@ FileIdentity IdentifyFile(const std::string& name_utf8) {
   if (Identify(name, identity)) {
     return identity;
   }
-  // A folder keeps the backslash behind it: "C:" alone is the current folder of that drive.
+  // A folder keeps the backslash after it: "C:" alone is the current folder of that drive.
   std::size_t slash = name.find_last_of(L'\\');
   while (slash != std::wstring::npos && !Identify(name.substr(0, slash + 1), identity)) {
     slash = slash == 0 ? std::wstring::npos : name.find_last_of(L'\\', slash - 1);

@@ -96,7 +96,8 @@ std::optional<std::uint64_t> NorFlash::Program(std::uint32_t address,
     if (!position) {
       break;
     }
-    // A page program that ran over its page would wrap to the page's begin; the chip splits.
+    // A page program past the end of its page would wrap to the start of the page, so the chip
+    // splits it.
     const std::size_t count = std::min<std::size_t>(
         bytes.size() - done, static_cast<std::size_t>(kPageSize - *position % kPageSize));
     std::array<std::uint8_t, kPageSize> page;

@@ -17,7 +17,7 @@ inline constexpr std::uint32_t kPageSize = 256;
 // Callers must hold the device's lock. Every change is in the file when the call returns.
 class NorFlash {
  public:
-  // Opens the file; fills a missing or shorter one with 0xFF to the flash's size.
+  // Opens the file. Fills a missing or shorter file with 0xFF up to the size of the flash.
   // Throws ConfigurationError when it can't be opened or is longer than the flash.
   explicit NorFlash(const FlashConfiguration& configuration);
 
@@ -26,8 +26,8 @@ class NorFlash {
   // reads as 0xFF.
   bool Read(std::uint32_t address, std::span<std::uint8_t> bytes) const;
 
-  // Sets the sector that holds `address` to 0xFF. Returns how long the part is busy with it, in
-  // microseconds; nothing when the address lies beyond the end and the flash fails there.
+  // Sets the sector that contains `address` to 0xFF. Returns the busy time in microseconds, or
+  // nothing if the address is beyond the end and the flash is configured to fail there.
   std::optional<std::uint64_t> Erase(std::uint32_t address);
 
   // Clears the bits that are 0 in `bytes`, page by page. Does not change the words that contain an

@@ -13,7 +13,7 @@ namespace virtual_camera {
 // thread at a time uses an object.
 class SharedFile {
  public:
-  // Opens `path_utf8` for reading and writing; creates an empty file when there is none.
+  // Opens `path_utf8` for reading and writing. Creates an empty file if there is none.
   explicit SharedFile(const std::string& path_utf8);
   // Opens an existing file only for reading. Returns null if the folder has no such file.
   static std::unique_ptr<SharedFile> OpenForReading(const std::string& path_utf8);
@@ -26,7 +26,8 @@ class SharedFile {
   // Returns the bytes read: fewer than asked for at the end of the file.
   std::size_t ReadAt(std::uint64_t position, std::span<std::uint8_t> bytes) const;
 
-  // Grows the file when it writes behind its end. A failure may leave a part of the bytes there.
+  // Grows the file if it writes past its end. After a failure, a part of the bytes may have been
+  // written.
   void WriteAt(std::uint64_t position, std::span<const std::uint8_t> bytes);
 
   // Truncates the file to `size` bytes.

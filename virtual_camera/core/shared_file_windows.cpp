@@ -15,7 +15,7 @@ constexpr DWORD kLockPositionHigh = 0x40000000;
   throw std::system_error(static_cast<int>(::GetLastError()), std::system_category(), what);
 }
 
-// The byte behind that of the file's lock belongs to the first seat.
+// The byte after that of the file's lock belongs to the first seat.
 OVERLAPPED LockAt(std::uint32_t offset) {
   OVERLAPPED overlapped{};
   overlapped.Offset = offset;
@@ -23,8 +23,8 @@ OVERLAPPED LockAt(std::uint32_t offset) {
   return overlapped;
 }
 
-// Reads and writes go by the file's position and not by an OVERLAPPED: with one, Wine reports each
-// call to its server, which takes a hundred times as long as the call.
+// Reads and writes use the position of the file, not an OVERLAPPED: with an OVERLAPPED, Wine
+// reports each call to its server, which takes a hundred times as long as the call.
 void Seek(HANDLE handle, std::uint64_t position, const char* what) {
   LARGE_INTEGER target{};
   target.QuadPart = static_cast<LONGLONG>(position);

@@ -37,7 +37,7 @@ constexpr std::size_t kRecordSize = 12;  // key 8, value 4
 // A log is rewritten if it contains many more records than there are registers.
 constexpr std::uint64_t kSmallLog = 4096;
 constexpr std::uint64_t kSlackFactor = 4;
-constexpr std::uint64_t kGrowth = 16384;  // the file grows by so many bytes at least
+constexpr std::uint64_t kGrowth = 16384;  // the file grows by at least this many bytes
 
 using Slot = std::array<std::uint8_t, kHeadSize>;
 
@@ -132,7 +132,7 @@ Newest ReadNewest(const SharedFile& file, const std::string& path) {
   }
 }
 
-// The records of a log, as they are in the file.
+// Restores registers from the records of a log, as they are in the file.
 void RestoreRegisters(std::span<const std::uint8_t> bytes, RegisterStore& registers) {
   for (std::size_t i = 0; i + kRecordSize <= bytes.size(); i += kRecordSize) {
     RegisterStore::Record record{};

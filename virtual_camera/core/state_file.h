@@ -16,7 +16,7 @@ namespace virtual_camera {
 
 struct StateHead {
   std::uint64_t sequence = 0;
-  std::uint64_t log_number = 0;  // changes whenever the log is written anew
+  std::uint64_t log_number = 0;  // changes whenever the log is rewritten
   std::uint64_t log_start = 0;   // bytes from the start of the file
   std::uint64_t log_records = 0;
 };

@@ -7,7 +7,7 @@
 namespace virtual_camera {
 
 // Reads trace lines and prints each transfer in words, then a table of transfers by selector and
-// purpose. A line that is not one of a trace is named with its number and passed over.
+// purpose. Reports a line that does not belong to a trace with its number, and skips it.
 void PrintTrace(std::istream& input, std::ostream& output);
 
 }  // namespace virtual_camera

@@ -15,11 +15,11 @@
 
 namespace virtual_camera {
 
-// On Windows this is the system's lock on the file, which takes less time than writing the line.
+// Natively this is the system's lock on the file, which takes less time than writing the line.
 // Under Wine a file lock needs a call to the Wine server, which takes many times longer than the
-// line. There the lock is a word in shared memory, named after the file. Each Windows session has
-// its own word; processes of one camera also exclude each other across sessions, by the camera's
-// state file.
+// line. So on Windows the lock is a word in shared memory, named after the file. Each Windows
+// session has its own word; processes of one camera also exclude each other across sessions, by the
+// camera's state file.
 class TraceLock {
  public:
   // Throws std::system_error when the system refuses. The file outlives this object.

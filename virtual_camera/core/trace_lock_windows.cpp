@@ -10,8 +10,8 @@
 namespace virtual_camera {
 namespace {
 
-// Eight bytes of zeros at first, for all processes that ask for the same file, until the last of
-// them ends. Null when there are none.
+// Returns eight bytes, initially zeros, that all processes with the same file share until the last
+// of them ends. Returns null if the system refuses.
 std::uint64_t* ShareWord(const FileIdentity& file) {
   std::array<wchar_t, 80> name{};
   std::swprintf(name.data(), name.size(), L"Local\\VirtualCameraTrace-%016llx-%016llx",

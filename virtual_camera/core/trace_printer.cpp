@@ -24,7 +24,7 @@ struct TraceLine {
   std::uint32_t length = 0;
   std::vector<std::uint8_t> bytes;
   std::int32_t result = 0;
-  std::uint64_t missing = 0;  // not 0: a gap of so many transfers that are not in the trace
+  std::uint64_t missing = 0;  // not 0: a gap; this many transfers are not in the trace
 
   bool Failed() const {
     return result < 0 && !(direction == Direction::kLength && result == kMoreData);

@@ -99,7 +99,7 @@ TransferWords ExplainRegisterBlock(Block block) {
           Format("{} records, header {}, {}, {}", block[3], block[2], block[6], block[9])};
 }
 
-// Bytes that the words below look at, whatever the command.
+// The number of bytes that the descriptions read, for any command.
 constexpr std::array<std::size_t, kSelectorCount> kShortest = {
     kRegisterCommandSize, kI2cStepSize,  kFlashCommandSize, kPacketLength,
     kPacketLength,        kPacketLength, kPacketLength};

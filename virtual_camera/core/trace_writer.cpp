@@ -52,13 +52,13 @@ std::span<const std::uint8_t> BytesOf(std::string_view text) {
   return {reinterpret_cast<const std::uint8_t*>(text.data()), text.size()};
 }
 
-// What every line of a trace begins with.
+// The start of every line of a trace.
 constexpr std::string_view kLineBegin = "{\"time\":\"";
 
-// A file that is a trace, empty or cut short.
+// Whether the file is a trace, which may be empty or truncated.
 bool BeginsAsTrace(const SharedFile& file) {
   std::array<std::uint8_t, kLineBegin.size()> begin{};
-  // Devices have no size and may answer any number of bytes.
+  // Devices have no size and may return any number of bytes.
   const std::size_t size = file.Size() == 0 ? 0 : file.ReadAt(0, begin);
   const auto expected = BytesOf(kLineBegin);
   return std::equal(begin.begin(), begin.begin() + static_cast<std::ptrdiff_t>(size),

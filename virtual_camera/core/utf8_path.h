@@ -1,6 +1,6 @@
 #pragma once
 
-// File names are UTF-8 everywhere; the system's own form is made here.
+// File names are UTF-8 everywhere. These functions convert them to and from the system's form.
 
 #include <filesystem>
 #include <string>

@@ -63,7 +63,7 @@ bool WordLock::TakeFromDead(std::uint64_t& word, std::uint64_t seen) {
   if (seen == 0) {
     return false;
   }
-  // No seat has this number, so the word was corrupted.
+  // No other seat has this number, so the word was corrupted.
   if (seen == mine || seen > SharedFile::kSeats) {
     return owner.compare_exchange_strong(seen, mine, std::memory_order_acquire);
   }
