@@ -110,9 +110,10 @@ TEST(TransferCountTest, BulkReadIsTwoReadingsOfTwoTransfersAPacket) {
   EXPECT_EQ(ReadTransfers(128), 2U + 4U + 3U + (2U + 4U) + (2U + 2U + 3U));
   // Before the flash's start there is nothing, so the first half packet needs a separate job.
   EXPECT_EQ(ReadTransfers(128, 0), 2U + 4U + 3U + (2U + 2U) + (2U + 2U) + (2U + 2U + 3U));
-  // A part of 64 KiB takes 1025 packets, twice. The last part is as above.
-  EXPECT_EQ(ReadTransfers(65536 + 4), 2U * (2U + 2050U) + 2U * (2U + 2U));
-  EXPECT_EQ(ReadTransfers(262144), 16422U);
+  // A part of 128 KiB takes 2049 packets, twice. The last part is as above: with 2048 packets it
+  // takes 2 + 4096 + 3, then 2 + 4096 and 2 + 2 + 3.
+  EXPECT_EQ(ReadTransfers(131072 + 4), 2U * (2U + 4098U) + 2U * (2U + 2U));
+  EXPECT_EQ(ReadTransfers(262144), 2U * (2U + 4098U) + 4101U + 4098U + 7U);
 }
 
 TEST(TransferCountTest, RunOfRegistersIsReadTwice) {

@@ -22,7 +22,7 @@ inline constexpr std::uint64_t kReadPacket = 64;
 
 // A long read is divided into parts of this size. Each part is read until two readings agree. The
 // user can stop the read between two parts.
-inline constexpr std::uint64_t kReadPart = 64U << 10U;
+inline constexpr std::uint64_t kReadPart = 128U << 10U;
 
 // The shift of each reading: the number of bytes by which its packets start before those of the
 // first reading.
