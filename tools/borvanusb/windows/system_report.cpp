@@ -6,6 +6,7 @@
 
 #include "base/format.h"
 #include "base/version.h"
+#include "windows/system_library.h"
 #include "windows/text.h"
 #include "windows/video_devices.h"
 
@@ -20,8 +21,9 @@ constexpr std::array<const wchar_t*, 5> kVariables = {L"BORVANUSB_CAMERA", L"BOR
 
 template <typename Function>
 Function SystemFunction(const char* name) {
-  const HMODULE module = GetModuleHandleW(L"ntdll.dll");
-  return reinterpret_cast<Function>(reinterpret_cast<void*>(GetProcAddress(module, name)));
+  Function function = nullptr;
+  FindFunction(GetModuleHandleW(L"ntdll.dll"), name, function);
+  return function;
 }
 
 std::string SystemName() {

@@ -17,6 +17,7 @@
 #include "windows/loaded_library.h"
 #include "windows/pipe.h"
 #include "windows/pipe_lines.h"
+#include "windows/system_library.h"
 #include "windows/text.h"
 #include "windows/workbench_words.h"
 
@@ -128,15 +129,11 @@ class WindowsWorkbench : public WorkbenchPlatform {
   }
 
   std::string RandomHex(std::size_t bytes) override {
-    using Generate = NTSTATUS(WINAPI*)(BCRYPT_ALG_HANDLE, PUCHAR, ULONG, ULONG);
-    // Loads from the Windows system folder only.
-    HMODULE const library = LoadLibraryExW(L"bcrypt.dll", nullptr, LOAD_LIBRARY_SEARCH_SYSTEM32);
-    const auto generate = library != nullptr ? reinterpret_cast<Generate>(reinterpret_cast<void*>(
-                                                   GetProcAddress(library, "BCryptGenRandom")))
-                                             : nullptr;
+    decltype(&::BCryptGenRandom) generate = nullptr;
     std::vector<UCHAR> random(bytes);
-    if (generate == nullptr || generate(nullptr, random.data(), static_cast<ULONG>(bytes),
-                                        BCRYPT_USE_SYSTEM_PREFERRED_RNG) != 0) {
+    if (!FindFunction(SystemLibrary(L"bcrypt.dll"), "BCryptGenRandom", generate) ||
+        generate(nullptr, random.data(), static_cast<ULONG>(bytes),
+                 BCRYPT_USE_SYSTEM_PREFERRED_RNG) != 0) {
       throw SystemFailure("the system gives no random numbers");
     }
     std::string text;
@@ -148,9 +145,11 @@ class WindowsWorkbench : public WorkbenchPlatform {
 
   bool OpenBrowser(const std::string& address) override {
     constexpr std::intptr_t kHighestError = 32;
-    const auto result = reinterpret_cast<std::intptr_t>(
-        ShellExecuteW(nullptr, L"open", ToWide(address).c_str(), nullptr, nullptr, SW_SHOWNORMAL));
-    return result > kHighestError;
+    decltype(&::ShellExecuteW) execute = nullptr;
+    return FindFunction(SystemLibrary(L"shell32.dll"), "ShellExecuteW", execute) &&
+           reinterpret_cast<std::intptr_t>(execute(nullptr, L"open", ToWide(address).c_str(),
+                                                   nullptr, nullptr, SW_SHOWNORMAL)) >
+               kHighestError;
   }
 
   std::string DataFolder() const override {
