@@ -1,4 +1,5 @@
-// The yardstick of `borvanusb list`: asks the system for its video-input devices, and does nothing else.
+// The yardstick of `borvanusb list`: asks the system for its video-input devices, and does nothing
+// else.
 
 #include <windows.h>
 #include <wrl/client.h>
