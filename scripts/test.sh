@@ -110,8 +110,8 @@ test_everything() {
     printf '  %-28s %4d s\n' "${names[index]}" "${seconds[index]}"
   done
   echo
-  # One more than there are cores, because lint runs in the background and most Windows tests wait.
-  ctest --test-dir "$everything" --parallel "$(($(nproc) + 1))" --output-on-failure \
+  # Two more than there are cores: most Windows tests wait more than they work.
+  ctest --test-dir "$everything" --parallel "$(($(nproc) + 2))" --output-on-failure \
     --no-label-summary || outcome=$?
   scripts/longest_tests.sh "$everything"
   return "$outcome"

@@ -2,8 +2,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "names/completed_names.h"
 #include "names_support.h"
-#include "profile_commands/completed_names.h"
 #include "profile_commands/names.h"
 #include "support/command_desk.h"
 

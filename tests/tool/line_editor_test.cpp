@@ -127,10 +127,10 @@ TEST(VisiblePartTest, CursorIsAlwaysVisible) {
 TEST(CompleteLineTest, CommandsOptionsAndChoicesAreOffered) {
   const ToolDescription tool = DescribeTool();
   const auto candidates = [&](const std::string& line) {
-    return CompleteLine(tool, line).candidates;
+    return CompleteLine(tool, line, {}).candidates;
   };
   EXPECT_EQ(candidates("i2"), Words{"i2c"});
-  EXPECT_EQ(CompleteLine(tool, "i2c sc").begin, 4U);
+  EXPECT_EQ(CompleteLine(tool, "i2c sc", {}).begin, 4U);
   EXPECT_EQ(candidates("i2c sc"), Words{"scan"});
   EXPECT_EQ(candidates("--progress b"), Words{"bar"});
   EXPECT_EQ(candidates("flash program --dry"), Words{"--dry-run"});
@@ -152,7 +152,7 @@ TEST(CompleteLineTest, FilesAndFoldersAreOffered) {
   const ToolDescription tool = DescribeTool();
   const std::string base = folder.Name("");
   const auto candidates = [&](const std::string& line) {
-    return CompleteLine(tool, line).candidates;
+    return CompleteLine(tool, line, {}).candidates;
   };
   EXPECT_EQ(candidates("reg load " + base + "tw"), Words{base + "two.txt"});
   EXPECT_EQ(candidates("reg load " + base + "one"),

@@ -109,6 +109,26 @@ TEST_F(PromptTest, TabCompletesOrLists) {
   EXPECT_EQ(terminal_.shown, "borvanusb> flash program --no-");
 }
 
+TEST_F(PromptTest, TabCompletesNamesOfTheProfile) {
+  const auto shown = [this](const std::string& line) {
+    terminal_.listed.clear();
+    terminal_.keys = {{Kind::kText, line}, {Kind::kTab}};
+    Do();
+    return terminal_.shown.substr(std::string("borvanusb> ").size());
+  };
+  EXPECT_EQ(shown("reg read chip.fea"), "reg read chip.fea");
+  desk_.host.environment["BORVANUSB_PROFILES"] = BORVAN_SAMPLES;
+  EXPECT_EQ(shown("reg read chip.fea"), "reg read CHIP.FEATURES ");
+  EXPECT_EQ(shown("reg read CHIP.FEATURES chip.le"), "reg read CHIP.FEATURES CHIP.LED ");
+  // The value follows directly.
+  EXPECT_EQ(shown("reg write chip.led.m"), "reg write CHIP.LED.MODE=");
+  EXPECT_EQ(shown("reg write CHIP.LED.MODE=o"), "reg write CHIP.LED.MODE=o");
+  EXPECT_EQ(terminal_.listed, "CHIP.LED.MODE=off  CHIP.LED.MODE=on\n");
+  EXPECT_EQ(shown("flash read --region con"), "flash read --region config ");
+  EXPECT_EQ(shown("preset apply ni"), "preset apply night ");
+  EXPECT_EQ(desk_.Chip().transfers, 0U);
+}
+
 TEST_F(PromptTest, HelpAndVariablesAndScriptsWorkInLines) {
   const TestFolder folder;
   terminal_.Type("reg write --help");

@@ -33,3 +33,4 @@ borvan_add_gtest(
   LIBRARIES
   borvanusb_test_support
   borvanusb_test_schemas)
+target_compile_definitions(tool_registers_test PRIVATE BORVAN_SAMPLES="${PROJECT_SOURCE_DIR}/samples/profiles")

@@ -6,6 +6,7 @@
 #include "base/files.h"
 #include "base/folders.h"
 #include "base/format.h"
+#include "command/completion_branches.h"
 
 namespace borvanusb {
 
@@ -75,13 +76,6 @@ Words Files(const std::string& text) {
   return BeginningWith(text, files);
 }
 
-Words Values(const OptionDescription& option, const std::string& text) {
-  if (!option.choices.empty()) {
-    return BeginningWith(text, option.choices);
-  }
-  return option.takes_file ? Files(text) : Words();
-}
-
 const OptionDescription* FindOption(const std::vector<OptionDescription>& options,
                                     const std::string& name) {
   for (const OptionDescription& option : options) {
@@ -95,7 +89,8 @@ const OptionDescription* FindOption(const std::vector<OptionDescription>& option
 // The state after parsing the line so far.
 class Reader {
  public:
-  explicit Reader(const ToolDescription& tool) : tool_(tool), options_(tool.common) {}
+  Reader(const ToolDescription& tool, const NameSource& names)
+      : tool_(tool), names_(names), options_(tool.common) {}
 
   void Take(const std::string& word) {
     if (waiting_ != nullptr) {
@@ -122,6 +117,19 @@ class Reader {
   }
 
  private:
+  Words Values(const OptionDescription& option, const std::string& text) const {
+    if (!option.choices.empty()) {
+      return BeginningWith(text, option.choices);
+    }
+    const std::string kind = NamesTakenBy(option);
+    Words values = names_ && !kind.empty() ? names_(kind, text) : Words();
+    if (option.takes_file) {
+      const Words files = Files(text);
+      values.insert(values.end(), files.begin(), files.end());
+    }
+    return values;
+  }
+
   void FindCommand() {
     for (const CommandDescription& command : tool_.commands) {
       if (command.words == words_) {
@@ -174,6 +182,7 @@ class Reader {
   }
 
   const ToolDescription& tool_;
+  const NameSource& names_;
   Words words_;
   const CommandDescription* command_ = nullptr;
   std::vector<OptionDescription> options_;
@@ -184,12 +193,13 @@ class Reader {
 }  // namespace
 
 bool LineCompletion::IsOpen(const std::string& candidate) {
-  return candidate.ends_with('/');
+  return candidate.ends_with('/') || candidate.ends_with('=');
 }
 
-LineCompletion CompleteLine(const ToolDescription& tool, const std::string& line) {
+LineCompletion CompleteLine(const ToolDescription& tool, const std::string& line,
+                            const NameSource& names) {
   const SplitUp split = Split(line);
-  Reader reader(tool);
+  Reader reader(tool, names);
   for (const std::string& word : split.before) {
     reader.Take(word);
   }

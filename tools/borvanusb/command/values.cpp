@@ -168,6 +168,10 @@ std::string CameraValue(const std::string& text) {
 }
 
 std::size_t ChoiceValue(const std::string& text, std::initializer_list<std::string_view> choices) {
+  return ChoiceValue(text, std::span(choices.begin(), choices.size()));
+}
+
+std::size_t ChoiceValue(const std::string& text, std::span<const std::string_view> choices) {
   std::string allowed;
   std::size_t place = 0;
   for (const std::string_view choice : choices) {

@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <exception>
 #include <initializer_list>
+#include <span>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -57,6 +58,7 @@ std::string FileValue(const std::string& text);
 std::string FileOrStreamValue(const std::string& text);
 std::string CameraValue(const std::string& text);
 // The index of a text in `choices`.
+std::size_t ChoiceValue(const std::string& text, std::span<const std::string_view> choices);
 std::size_t ChoiceValue(const std::string& text, std::initializer_list<std::string_view> choices);
 
 // A text for messages: in quotes, on one line. An overlong text is truncated and ends with three

@@ -26,10 +26,9 @@ CommandRule ProfileNamesRule() {
   RuleOf<ProfileNamesCommand> rule({"profile", "names"},
                                    "Prints names of a profile, for shells that complete them.");
   rule.Add(Choices(Argument("KIND", "registers, settings, regions or presets"),
-                   {"registers", "settings", "regions", "presets"}),
+                   {kNameKinds.begin(), kNameKinds.end()}),
            [](ProfileNamesCommand& command, const std::string& text) {
-             command.kind = static_cast<NameKind>(
-                 ChoiceValue(text, {"registers", "settings", "regions", "presets"}));
+             command.kind = static_cast<NameKind>(ChoiceValue(text, kNameKinds));
            });
   rule.Add(Optional(Argument("WORD", "how the names begin; default: all")),
            [](ProfileNamesCommand& command, const std::string& text) { command.word = text; });

@@ -3,7 +3,7 @@
 #include <string>
 
 #include "base/exit_code.h"
-#include "profile_commands/completed_names.h"
+#include "names/completed_names.h"
 
 namespace borvanusb {
 

@@ -1,6 +1,7 @@
 #include "station/prompt.h"
 
 #include <algorithm>
+#include <memory>
 #include <nlohmann/json.hpp>
 #include <optional>
 #include <string>
@@ -14,6 +15,8 @@
 #include "command/camera_work.h"
 #include "command/command_line.h"
 #include "command/complete_line.h"
+#include "names/completed_names.h"
+#include "names/known_names.h"
 #include "output/output.h"
 #include "output/printable.h"
 #include "output/progress.h"
@@ -111,7 +114,9 @@ class Prompt {
 
   void Complete() {
     static const ToolDescription kTool = DescribeLines();
-    const LineCompletion completion = CompleteLine(kTool, editor_.BeforeCursor());
+    const LineCompletion completion = CompleteLine(
+        kTool, editor_.BeforeCursor(),
+        [this](const std::string& kind, const std::string& word) { return Names(kind, word); });
     const std::string before = editor_.BeforeCursor().substr(completion.begin);
     if (completion.candidates.empty()) {
       return;
@@ -132,8 +137,24 @@ class Prompt {
     terminal_.EndLine(Format("{}\n", Printable(Joined(listed, "  "))));
   }
 
+  // The names that the profile of the camera in use has for a word. The profile is looked up once
+  // for each line.
+  std::vector<std::string> Names(const std::string& kind, const std::string& word) {
+    try {
+      if (names_ == nullptr) {
+        names_ = KnownNames(context_);
+      }
+    } catch (const Failure&) {
+      // Without a camera or a profile there are no names; the command tells why, if it needs them.
+      return {};
+    }
+    const auto known = std::ranges::find(kNameKinds, kind);
+    return CompletedNames(static_cast<NameKind>(known - kNameKinds.begin()), word, *names_);
+  }
+
   // Returns false to end the prompt.
   bool RunOne(const std::string& line) {
+    names_.reset();
     context_.host.ForgetStop();
     std::vector<std::string> words = variables_.Expand(SplitLine(line));
     // Lines copied from the guide begin with the program's name.
@@ -183,6 +204,7 @@ class Prompt {
   ScriptVariables variables_;
   Context& context_;
   LineEditor editor_;
+  std::shared_ptr<const RegisterNames> names_;
   std::string command_;  // the running command
 };
 

@@ -1,4 +1,4 @@
-#include "profile_commands/completed_names.h"
+#include "names/completed_names.h"
 
 #include <algorithm>
 
