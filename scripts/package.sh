@@ -54,9 +54,11 @@ rm -rf build/packages
 "$python" -B packaging/make_packages.py --build "$build" --output build/packages
 if [ -n "$twice" ]; then
   copy=$(mktemp -d)
-  trap 'rm -rf "$copy"' EXIT
   git ls-files -z --cached --others --exclude-standard | xargs -0 cp --parents -t "$copy"
   CCACHE_DISABLE=1 "$copy/scripts/package.sh"
-  diff -r build/packages "$copy/build/packages"
-  echo "both builds gave the same bytes"
+  "$python" -B packaging/compare_packages.py build/packages "$copy/build/packages" || {
+    echo "package.sh: the second build is kept in $copy" >&2
+    exit 1
+  }
+  rm -rf "$copy"
 fi
