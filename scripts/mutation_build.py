@@ -24,6 +24,7 @@ TEST_TIME = re.compile(r"^\[       OK \] (\S+?) \((\d+) ms\)", re.MULTILINE)
 STARTED_TEST = re.compile(r"^\[ RUN      \] (\S+)", re.MULTILINE)
 LARGEST_FILE = 5 << 30  # a test has a sparse image of more than 4 GiB
 LARGEST_MEMORY = 6 << 30
+THREAD_STACK = 1 << 20
 
 # The result of a program. `state` is "passed", "failed" or "time"; `test` is the one that failed; `times`
 # contains (test, milliseconds) of the tests that passed.
@@ -44,9 +45,10 @@ def limited(command, processor_seconds, sanitized):
     """Adds limits to a command, because an edited program may use up all memory.
 
     The limit is for writable memory, because tests reserve gigabytes of address space for their guard pages. A
-    sanitizer reserves writable memory, so it has its own option for the limit.
+    sanitizer reserves writable memory, so it has its own option for the limit. The stack of a thread counts
+    whole, and the library's clear tasks are many threads: they get small stacks.
     """
-    memory = [] if sanitized else [f"--data={LARGEST_MEMORY}"]
+    memory = [] if sanitized else [f"--data={LARGEST_MEMORY}", f"--stack={THREAD_STACK}:"]
     return ["prlimit", f"--cpu={processor_seconds}:{processor_seconds + 1}",
             f"--fsize={LARGEST_FILE}", *memory, "--core=0", *command]
 
