@@ -12,6 +12,7 @@ import pe_file  # pylint: disable=wrong-import-position
 PRODUCTS = ("BorvanUSB_x64.dll", "BorvanVirtualCamera.dll", "borvanusb.exe", "virtual-camera.exe")
 # Patterns for the version in documents and lists.
 NAMED = {
+    "docs/start.md": r"borvanusb-(\d+\.\d+\.\d+)-",
     "docs/install.md": r"borvanusb-(\d+\.\d+\.\d+)-",
     "docs/tool.md": r", version (\d+\.\d+\.\d+)",
     "packaging/vcpkg/vcpkg.json": r'"version-semver": "(\d+\.\d+\.\d+)"',

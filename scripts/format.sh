@@ -7,6 +7,10 @@ cd "$(dirname "$0")/.."
 case "${1:-}" in
   "") mode=(-i) ;;
   --check) mode=(--dry-run --Werror) ;;
+  -h | --help)
+    sed -n '2,3s/^# //p' "$0"
+    exit 0
+    ;;
   *)
     echo "format.sh: unknown argument \"$1\"; only --check is one" >&2
     exit 2

@@ -7,6 +7,13 @@
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
+case "${1-}" in
+  -h | --help)
+    sed -n '2,6s/^# //p' "$0"
+    exit 0
+    ;;
+esac
+
 failed=0
 if [ $# -eq 0 ] || [ "$1" = --tests ] || [ "$1" = --library ]; then
   scripts=()

@@ -24,6 +24,13 @@ fail() {
   exit 125
 }
 
+case "${1-}" in
+  -h | --help)
+    sed -n '2,16s/^# \{0,1\}//p' "$0"
+    exit 0
+    ;;
+esac
+
 config=$root/virtual_camera/configurations/demo.json
 if [[ ${1-} == --config ]]; then
   [[ $# -ge 2 ]] || fail "--config: the name of a configuration file must follow"

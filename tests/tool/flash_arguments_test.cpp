@@ -254,6 +254,15 @@ TEST(FlashArgumentsTest, PlacesThatContradictAreRefused) {
                 "--format: \"uf2\" is not allowed: auto, raw, hex, srec or elf");
 }
 
+// --address is refused with several images, so no command line with it is suggested.
+TEST(FlashArgumentsTest, OfSeveralImagesTheOneWithoutAPlaceIsNamed) {
+  ExpectRefused({"flash", "program", "fw-0x1000.bin", "b.bin@0x80000"},
+                "IMAGE: \"fw-0x1000.bin\" has no place, but its name contains 0x1000; give it one, "
+                "such as \"fw-0x1000.bin@0x1000\"");
+  EXPECT_EQ(FailureOf({"flash", "verify", "b.bin@0x80000", "fw-0x1000.bin"}).Hint(),
+            "borvanusb flash verify --help shows more.");
+}
+
 TEST(FlashArgumentsTest, FilesWithAddressesOfTheirOwnAreNotAskedForOne) {
   EXPECT_EQ(As<FlashProgramCommand>({"flash", "program", "fw-0x1000.hex"}).address, std::nullopt);
   EXPECT_EQ(As<FlashProgramCommand>({"flash", "program", "fw-0x1000", "--format", "srec"}).form,

@@ -85,7 +85,8 @@ TEST_F(FlashSeveralTest, CameraThatIsNamedTwiceIsRefused) {
 TEST_F(FlashSeveralTest, WorstCodeIsTheWholeCommands) {
   host.child = [](const std::vector<std::string>& words, const Send& send) {
     if (words[6].ends_with("101")) {
-      send(false, R"({"error":{"code":7,"kind":"verify","message":"it differs","hint":"look"}})");
+      send(false,
+           R"({"error":{"code":7,"kind":"verify","message":"it differs","hint":"look\nagain"}})");
       return 7;
     }
     send(false, R"({"changed_bytes":0})");
@@ -96,7 +97,7 @@ TEST_F(FlashSeveralTest, WorstCodeIsTheWholeCommands) {
             std::string::npos)
       << output->out;
   EXPECT_NE(output->out.find("1  1234:0001  Fake camera: failed, verify\n"), std::string::npos);
-  EXPECT_EQ(output->errors, "camera 1: it differs\n  look\n");
+  EXPECT_EQ(output->errors, "camera 1: it differs\n  look\n  again\n");
 }
 
 TEST_F(FlashSeveralTest, EachCameraIsOneLineOfJson) {

@@ -59,7 +59,7 @@ TEST_F(ManualTest, TellsOfACommandItsOptionsAndItsExample) {
                 "flash address of the first byte.\n"
                 ".TP\n"
                 "\\fIVALUE\\fR\n"
-                "what to write, the first byte highest.\n"
+                "what to write; its highest byte goes to ADDR.\n"
                 ".TP\n"
                 "\\fB\\-\\-flash\\-size\\fR \\fISIZE\\fR\n"
                 "size of the flash, such as 1M, if the tool can't find it.\n"

@@ -89,6 +89,12 @@ TEST_F(NamesCommandsTest, CameraWithoutProfile) {
   desk_.host.environment.clear();
   EXPECT_EQ(desk_.FailureOf(RegReadCommand{{}, false, {"EXPOSURE"}}).Message(),
             "EXPOSURE: is not a number, and camera Fake camera has no profile that could name it");
+  RegDumpCommand dump;
+  dump.all_named = true;
+  EXPECT_EQ(desk_.FailureOf(dump).Message(), "camera Fake camera has no profile");
+  PresetApplyCommand preset;
+  preset.name = "night";
+  EXPECT_EQ(desk_.FailureOf(preset).Message(), "camera Fake camera has no profile");
 }
 
 TEST_F(NamesCommandsTest, ProfileOfAnotherCamera) {

@@ -132,13 +132,16 @@ TEST_F(ScriptTest, OptionsOfTheWholeScriptAndScriptsWithinAreRefused) {
 }
 
 TEST_F(ScriptTest, FirstFailureEndsTheScriptWithItsLine) {
-  info_ = []() -> ExitCode { throw Failure(ExitCode::kDevice, "the camera is gone", "Look."); };
+  info_ = []() -> ExitCode {
+    throw Failure(ExitCode::kDevice, "the camera is gone", "Look.\nAgain.");
+  };
   EXPECT_EQ(Do("list\ninfo\nlist\n"), ExitCode::kDevice);
-  EXPECT_EQ(desk_.output.errors, "borvanusb: run: work.txt:2: the camera is gone\n  Look.\n");
+  EXPECT_EQ(desk_.output.errors,
+            "borvanusb: run: work.txt:2: the camera is gone\n  Look.\n  Again.\n");
   EXPECT_EQ(desk_.output.out, "> list\nlisted\n> info\n");
   EXPECT_EQ(desk_.result["commands"][1].dump(),
             R"({"line":2,"text":"info","exit":6,"error":{"code":6,"kind":"device",)"
-            R"("message":"the camera is gone","hint":"Look."}})");
+            R"("message":"the camera is gone","hint":"Look.\nAgain."}})");
 }
 
 TEST_F(ScriptTest, OutcomeThatIsNotGoodEndsTheScriptToo) {

@@ -180,6 +180,17 @@ TEST_F(TraceTest, LinesThatAreNoneAreNamedAndPassedOver) {
   EXPECT_THAT(printed, HasSubstr("length query"));
 }
 
+TEST_F(TraceTest, InputWithoutAnyLineOfATraceIsNone) {
+  const auto is_trace = [](const std::string& text) {
+    std::istringstream input(text);
+    std::ostringstream output;
+    return virtual_camera::PrintTrace(input, output);
+  };
+  EXPECT_FALSE(is_trace("nonsense\n"));
+  EXPECT_TRUE(is_trace(""));
+  EXPECT_TRUE(is_trace("nonsense\n" + Line("length", 1, "")));
+}
+
 TEST_F(TraceTest, ControlCharactersOfATraceAreSpelledOut) {
   std::string line = Line("length", 1, "", "0x800700ea");
   line.replace(line.find("\"a\""), 3, R"("a\u001b[2J")");

@@ -147,6 +147,21 @@ TEST_F(ControlProgram, AMissingTraceIsOneClearLine) {
   EXPECT_EQ(outcome.output, "virtual-camera: FILE \"nowhere.jsonl\": can't be read\n");
 }
 
+TEST_F(ControlProgram, AWordThatBeginsWithASlashIsAFileName) {
+  const Outcome outcome = Control(L"trace /nowhere.jsonl");
+  EXPECT_EQ(outcome.exit_code, 1U);
+  EXPECT_EQ(outcome.output, "virtual-camera: FILE \"/nowhere.jsonl\": can't be read\n");
+}
+
+TEST_F(ControlProgram, AFileThatIsNoTraceIsAFailure) {
+  Configure({FirstCamera()});
+  std::ofstream(std::filesystem::path(folder()) / L"other.txt") << "no trace\n";
+  const Outcome outcome = Control(L"trace \"" + folder() + L"other.txt\"");
+  EXPECT_EQ(outcome.exit_code, 1U);
+  EXPECT_TRUE(Holds(outcome, "line 1: not a line of a trace\n")) << outcome.output;
+  EXPECT_TRUE(Holds(outcome, "other.txt\": is not a trace\n")) << outcome.output;
+}
+
 // Sets an environment variable as long as it exists.
 class Variable {
  public:

@@ -164,9 +164,12 @@ void TraceCommand(const std::string& file, std::ostream& out) {
   if (!trace) {
     throw CommandError(Format("FILE \"{}\": can't be read", file));
   }
-  PrintTrace(trace, out);
+  const bool is_trace = PrintTrace(trace, out);
   if (!trace.eof()) {
     throw CommandError(Format("FILE \"{}\": can't be read completely", file));
+  }
+  if (!is_trace) {
+    throw CommandError(Format("FILE \"{}\": is not a trace", file));
   }
 }
 

@@ -52,6 +52,8 @@ class CommandLine {
       : app_("Registers, inspects and controls virtual BorvanUSB cameras.", "virtual-camera") {
     // Must come before the commands, which inherit these settings.
     app_.require_subcommand(1);
+    // A word that begins with / is the name of a file: /tmp/trace.jsonl under Wine.
+    app_.allow_windows_style_options(false);
     app_.footer(
         "CAMERA is a camera's number in the configuration file (from 0), its name or its device "
         "path.\nExit codes: 0 done, 1 failed (one line on standard error), 2 wrong use.");

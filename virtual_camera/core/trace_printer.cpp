@@ -182,8 +182,9 @@ void Count(Summary& summary, CameraTrace& camera, const TraceLine& line,
 
 }  // namespace
 
-void PrintTrace(std::istream& input, std::ostream& output) {
+bool PrintTrace(std::istream& input, std::ostream& output) {
   Summary summary;
+  bool has_strange_lines = false;
   std::map<std::string, CameraTrace> cameras;
   std::string shown_camera;
   std::string text;
@@ -194,6 +195,7 @@ void PrintTrace(std::istream& input, std::ostream& output) {
     const std::optional<TraceLine> line = ParseLine(text);
     if (!line) {
       output << "line " << number << ": not a line of a trace\n";
+      has_strange_lines = true;
       continue;
     }
     if (line->camera != shown_camera) {
@@ -224,6 +226,7 @@ void PrintTrace(std::istream& input, std::ostream& output) {
   }
   output << "\n";
   summary.Print(output);
+  return !has_strange_lines || !cameras.empty();
 }
 
 }  // namespace virtual_camera

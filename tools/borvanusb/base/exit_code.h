@@ -43,9 +43,10 @@ inline constexpr std::array<ExitCodeTexts, 11> kExitCodes = {{
     {ExitCode::kFile, "file", "file",
      "A file can't be read or written, or its content is not suitable."},
     {ExitCode::kDevice, "device", "camera failed or removed", "The camera failed or was removed."},
-    {ExitCode::kVerify, "verify", "verify differs", "What was read back differs."},
+    {ExitCode::kVerify, "verify", "verify differs", "What was read back or compared differs."},
     {ExitCode::kTimeout, "timeout", "timed out", "No progress for longer than --timeout."},
-    {ExitCode::kStopped, "stopped", "stopped by the user", "Stopped by the user."},
+    {ExitCode::kStopped, "stopped", "stopped by the user",
+     "Stopped by the user, or a question was not answered with yes."},
     {ExitCode::kInternal, "internal", "internal",
      "Anything else, such as a defect of the program."},
 }};

@@ -104,6 +104,14 @@ void PrintLines(std::string_view text, Output& output) {
   }
 }
 
+void PrintHint(std::string_view hint, Output& output) {
+  while (!hint.empty()) {
+    const std::size_t end = hint.find('\n');
+    output.Error(Format("  {}", hint.substr(0, end)));
+    hint.remove_prefix(end == std::string_view::npos ? hint.size() : end + 1);
+  }
+}
+
 bool IsRawFileName(const std::string& file) {
   if (file.size() < kRawEnding) {
     return false;

@@ -63,6 +63,8 @@ void TellOutcome(Context& context, const std::string& command, const std::string
 
 // Prints a text of several lines.
 void PrintLines(std::string_view text, Output& output);
+// Prints each line of a hint, indented, below its failure.
+void PrintHint(std::string_view hint, Output& output);
 // Writes a dump to the file, or to standard output if `file` is empty or "-".
 void WriteDump(Context& context, const std::string& file, const std::string& text);
 // Whether a dump to this file contains raw bytes, because its name ends in .bin.

@@ -20,9 +20,9 @@ CommonRules MakeCommonRules() {
         common.cameras.push_back(CameraValue(text));
       });
   add(File(Option("--profile", "FILE",
-                  "what is known of the camera: names of registers, flash regions, presets")),
+                  "the camera's profile: names of registers, flash regions, presets")),
       [](CommonArguments& common, const std::string& text) { common.profile = FileValue(text); });
-  add(Flag("--force-profile", "use the profile for a camera that it is not for, too"),
+  add(Flag("--force-profile", "use the profile even if it is for other cameras"),
       [](CommonArguments& common, const std::string&) { common.force_profile = true; });
   add(Option("--timeout", "SECONDS", "longest time without progress, default 10"),
       [](CommonArguments& common, const std::string& text) {
@@ -45,7 +45,7 @@ CommonRules MakeCommonRules() {
       });
   add(File(Option("--trace", "FILE", "write the transfers of virtual cameras to a file")),
       [](CommonArguments& common, const std::string& text) { common.trace = FileValue(text); });
-  add(File(Option("--log", "FILE", "add everything that is said to a file, with times")),
+  add(File(Option("--log", "FILE", "append all texts of the run to a file, with times")),
       [](CommonArguments& common, const std::string& text) { common.log = FileValue(text); });
   add(Flag("--json", "print the result as one JSON object"),
       [](CommonArguments& common, const std::string&) { common.json = true; });

@@ -11,6 +11,7 @@
 #include "camera/camera_json.h"
 #include "camera/host.h"
 #include "command/camera_table.h"
+#include "command/camera_work.h"
 #include "output/output.h"
 
 namespace borvanusb {
@@ -200,9 +201,7 @@ class Children {
     context_.output.Line(Format("{}: failed, {}", CameraLine(camera), KindOf(code)));
     context_.output.Error(
         Format("camera {}: {}", camera.index, error.value("message", std::string())));
-    if (const std::string hint = error.value("hint", std::string()); !hint.empty()) {
-      context_.output.Error(Format("  {}", hint));
-    }
+    PrintHint(error.value("hint", std::string()), context_.output);
   }
 
   std::vector<CameraIdentity> cameras_;

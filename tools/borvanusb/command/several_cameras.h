@@ -46,7 +46,7 @@ std::vector<std::string> WordsForOne(const GivenWords& words, const ChangeValue&
 // Inserts a text before the extension: "dir/report.json" with "-2" becomes "dir/report-2.json".
 std::string InsertBeforeExtension(const std::string& file, const std::string& part);
 
-constexpr std::string_view kAllText = "every camera there is, at the same time";
+constexpr std::string_view kAllText = "all cameras, at the same time";
 
 template <typename C>
 void AddAll(RuleOf<C>& rule) {

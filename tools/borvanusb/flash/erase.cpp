@@ -271,10 +271,11 @@ ExitCode Eraser::Tell() {
   }
   const std::uint64_t sectors = range_.Size() / kSectorSize;
   const std::uint64_t erased = TotalSize(changes_) / kSectorSize;
-  context_.output.Line(Format(
-      "Erased {}, {}; all of it reads 0xff{}", SizeText(range_.Size()), Text(range_),
-      erased == sectors ? std::string(".")
-                        : Format(", {} of {} sectors did already.", sectors - erased, sectors)));
+  context_.output.Line(
+      Format("Erased {}, {}; all of it reads 0xff{}", SizeText(range_.Size()), Text(range_),
+             erased == sectors
+                 ? std::string(".")
+                 : Format(", {} of {} sectors were blank already.", sectors - erased, sectors)));
   return ExitCode::kDone;
 }
 

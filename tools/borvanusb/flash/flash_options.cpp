@@ -41,6 +41,15 @@ void CheckPlaces(const std::vector<ImageWish>& images, ImageForm form, const Giv
     return;
   }
   for (const ImageWish& image : images) {
+    if (images.size() > 1 && !image.HasPlace() && MayBeRaw(image.file, form)) {
+      // --address would be for all images, so the place belongs to the word of this one.
+      if (const auto addresses = AddressesInName(image.file); !addresses.empty()) {
+        throw WrongUse(
+            Format("IMAGE: {} has no place, but its name contains {}; give it one, such as {}",
+                   Quoted(image.file), Hex(addresses.front()),
+                   Quoted(Format("{}@{}", image.file, Hex(addresses.front())))));
+      }
+    }
     if (images.size() > 1 && !image.HasPlace() && form == ImageForm::kRaw) {
       throw WrongUse(Format("IMAGE: {} has no place; with several images give each its own, as {}",
                             Quoted(image.file), "IMAGE@ADDR or IMAGE@region:NAME"));

@@ -87,6 +87,7 @@ CommandRule FlashProgramRule() {
   AddAll(rule);
   rule.Check(CheckProgram);
   rule.Details("The old bytes are saved.");
+  rule.Example("borvanusb flash program firmware.bin --address 0x40000");
   rule.Example("borvanusb flash program boot.hex app.bin@0x20000 cfg.bin@region:config");
   return rule.Take();
 }

@@ -130,14 +130,14 @@ void StoreRange(FlashReadCommand& command, const std::string& text) {
 }  // namespace
 
 CommandRule FlashReadRule() {
-  RuleOf<FlashReadCommand> rule({"flash", "read"}, "Reads flash into a file.");
+  RuleOf<FlashReadCommand> rule({"flash", "read"}, "Reads flash into a file, or shows it.");
   // Must be added first, so that the parser knows whether RANGE comes before FILE.
   AddRegion(rule, "read this region of the camera's profile, in place of RANGE");
   rule.Add(Optional(Argument("RANGE", "0x1000+4K, or 0x1000-0x1fff (both included), or all")),
            StoreRange);
   rule.Add(File(Optional(Argument("FILE",
-                                  "raw bytes; a name with .hex, .srec or .txt is written so; - for "
-                                  "raw bytes on standard output; without it a hex dump there"))),
+                                  "raw bytes, or the format of .hex, .srec or .txt; - writes raw "
+                                  "bytes to standard output; without FILE, a hex dump is shown"))),
            [](FlashReadCommand& command, const std::string& text) {
              if (!command.region.empty()) {
                throw WrongValue("is one argument too many: --region takes no RANGE");

@@ -224,7 +224,7 @@ CommandRule FlashWordRule() {
              command.address = AddressValue(text);
            });
   rule.Add(
-      Optional(Argument("VALUE", "what to write, the first byte highest")),
+      Optional(Argument("VALUE", "what to write; its highest byte goes to ADDR")),
       [](FlashWordCommand& command, const std::string& text) { command.value = WordValue(text); });
   AddFlashSize(rule);
   rule.AddFlag("--yes", "write without asking", &FlashWordCommand::yes);

@@ -291,7 +291,7 @@ CommandRule I2cScanRule() {
       Option("--modes", "LIST", "try several width modes: all, or 8/8,16/8 and others"),
       [](I2cScanCommand& command, const std::string& text) { command.modes = ModesValue(text); });
   AddOption(rule);
-  rule.AddFlag("--yes", "don't ask first; reading can upset some devices", &I2cScanCommand::yes);
+  rule.AddFlag("--yes", "don't ask first; reading can disturb some devices", &I2cScanCommand::yes);
   rule.Check([](const I2cScanCommand& command, const GivenOptions& given) {
     if (given.Has("--mode") && given.Has("--modes")) {
       throw WrongUse("--mode: means one width mode, --modes several: give one of the two");

@@ -44,7 +44,7 @@ class Sides {
     const bool left_is_camera = left_.source == DiffSource::kCamera;
     const bool right_is_camera = right_.source == DiffSource::kCamera;
     if (left_is_camera && right_is_camera) {
-      const auto all = ReadableRegisters(NeededNames(left_.text));
+      const auto all = ReadableRegisters(NeededNames());
       Snapshot left = ReadCamera(left_, all);
       return {std::move(left), ReadCamera(right_, all)};
     }
@@ -78,9 +78,9 @@ class Sides {
     }
   }
 
-  const RegisterNames& NeededNames(const std::string& word) {
+  const RegisterNames& NeededNames() {
     if (names_ == nullptr) {
-      names_ = NamesNeededFor(word, ChosenCamera(context_.host, context_.common.cameras), context_);
+      names_ = NamesNeeded(ChosenCamera(context_.host, context_.common.cameras), context_);
     }
     return *names_;
   }
@@ -88,9 +88,9 @@ class Sides {
   Snapshot ReadOther(const DiffSide& side) {
     switch (side.source) {
       case DiffSource::kReset:
-        return ResetSnapshot(NeededNames(side.text));
+        return ResetSnapshot(NeededNames());
       case DiffSource::kPreset: {
-        const RegisterNames& names = NeededNames(side.text);
+        const RegisterNames& names = NeededNames();
         const ProfilePreset& preset = FindPreset(names.Profile(), side.name);
         return preset.file.empty() ? SnapshotOf(SettingsOf(preset, names))
                                    : read_file_(preset.file, &names);
@@ -98,7 +98,7 @@ class Sides {
       case DiffSource::kFile: {
         const std::string text = ReadWholeText(side.name);
         if (IsSettingsText(text)) {
-          return SnapshotOf(ComparableSettings(side.name, text, NeededNames(side.name)));
+          return SnapshotOf(ComparableSettings(side.name, text, NeededNames()));
         }
         return read_file_(side.name, names_.get());
       }

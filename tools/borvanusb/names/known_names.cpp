@@ -12,7 +12,7 @@ std::shared_ptr<const RegisterNames> KnownNames(Context& context) {
   if (!given.empty() && context.common.cameras.empty()) {
     return std::make_shared<const RegisterNames>(LoadProfile(given));
   }
-  return NamesNeededFor("a name", ChosenCamera(context.host, context.common.cameras), context);
+  return NamesNeeded(ChosenCamera(context.host, context.common.cameras), context);
 }
 
 }  // namespace borvanusb

@@ -52,7 +52,7 @@ std::string CsvText(std::span<const WordTarget> targets, std::span<const std::ui
 
 ExitCode DumpNamed(const std::string& file, Context& context) {
   const CameraIdentity identity = ChosenCamera(context.host, context.common.cameras);
-  const auto names = NamesNeededFor("--all-named", identity, context);
+  const auto names = NamesNeeded(identity, context);
   if (!file.empty()) {
     CheckWritable(file);
   }

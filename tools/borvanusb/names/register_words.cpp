@@ -46,6 +46,13 @@ void AddNumbers(const Range& range, const NumberMeaning& numbers,
   }
 }
 
+[[noreturn]] void ThrowNoProfile(const std::string& message, const Context& context) {
+  const std::string folder = ProfileFolder(context.host);
+  throw Failure(ExitCode::kUsage, message,
+                Format("Give the profile with --profile FILE{}.",
+                       folder.empty() ? "" : Format(", or put it into {}", folder)));
+}
+
 }  // namespace
 
 std::shared_ptr<const RegisterNames> NamesFor(const CameraIdentity& camera, Context& context) {
@@ -56,17 +63,22 @@ std::shared_ptr<const RegisterNames> NamesFor(const CameraIdentity& camera, Cont
   return std::make_shared<const RegisterNames>(std::move(profile));
 }
 
+std::shared_ptr<const RegisterNames> NamesNeeded(const CameraIdentity& camera, Context& context) {
+  auto names = NamesFor(camera, context);
+  if (names == nullptr) {
+    ThrowNoProfile(Format("camera {} has no profile", camera.name), context);
+  }
+  return names;
+}
+
 std::shared_ptr<const RegisterNames> NamesNeededFor(const std::string& word,
                                                     const CameraIdentity& camera,
                                                     Context& context) {
   auto names = NamesFor(camera, context);
   if (names == nullptr) {
-    const std::string folder = ProfileFolder(context.host);
-    throw Failure(ExitCode::kUsage,
-                  Format("{}: is not a number, and camera {} has no profile that could name it",
-                         word, camera.name),
-                  Format("Give the profile with --profile FILE{}.",
-                         folder.empty() ? "" : Format(", or put it into {}", folder)));
+    ThrowNoProfile(Format("{}: is not a number, and camera {} has no profile that could name it",
+                          word, camera.name),
+                   context);
   }
   return names;
 }

@@ -17,7 +17,9 @@ namespace borvanusb {
 
 // The register names of a camera. Null if it has no profile.
 std::shared_ptr<const RegisterNames> NamesFor(const CameraIdentity& camera, Context& context);
-// The same for a word that needs names. Throws Failure kUsage if there is no profile.
+// The same for a command that requires them. Throws Failure kUsage if there is no profile.
+std::shared_ptr<const RegisterNames> NamesNeeded(const CameraIdentity& camera, Context& context);
+// The same for a word that is not a number.
 std::shared_ptr<const RegisterNames> NamesNeededFor(const std::string& word,
                                                     const CameraIdentity& camera, Context& context);
 
@@ -58,8 +60,8 @@ constexpr const char* kWhatText =
     "0x1a3, several: 0x1000-0x10ff, or names of a profile: SENSOR.GAIN, \"CTRL*\"";
 constexpr const char* kNamesText =
     "Names are those of the camera's profile (--profile), of the chip and of the devices on the "
-    "I2C bus. The first parts of a name may be left out where it is clear. * stands for any "
-    "characters but a dot; put such a word in quotes.";
+    "I2C bus. The first parts of a name may be omitted if the rest is unambiguous. * stands for "
+    "any characters except a dot; put such a word in quotes.";
 constexpr const char* kReadInBlocksNote =
     "note: so many registers are read in blocks, which the chip does not confirm register by "
     "register";

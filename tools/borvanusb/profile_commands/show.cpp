@@ -120,7 +120,7 @@ ExitCode Run(const ProfileShowCommand& command, Context& context) {
 }
 
 CommandRule ProfileShowRule() {
-  RuleOf<ProfileShowCommand> rule({"profile", "show"}, "Shows what a camera profile says.");
+  RuleOf<ProfileShowCommand> rule({"profile", "show"}, "Shows the content of a camera profile.");
   rule.Add(
       File(Optional(Argument("FILE", "the profile; default: that of --profile or of the camera"))),
       [](ProfileShowCommand& command, const std::string& text) { command.file = FileValue(text); });

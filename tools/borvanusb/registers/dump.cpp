@@ -128,7 +128,7 @@ CommandRule RegDumpRule() {
   });
   rule.Details(
       "With --all-named the lines are NAME=VALUE; a name that ends in .csv gives a table with the "
-      "fields. Registers that change when they are read are left out.");
+      "fields. Registers that change when they are read are omitted.");
   rule.Example("borvanusb reg dump 0x1000-0x10ff registers.txt");
   rule.Example("borvanusb reg dump --all-named yesterday.txt");
   return rule.Take();

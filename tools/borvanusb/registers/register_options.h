@@ -15,7 +15,8 @@ constexpr int kByteBits = 8;
 constexpr const char* kRangeText = "0x1a3, or several: 0x1000-0x10ff, 0x1000+256";
 constexpr const char* kMaskText = "change only the bits that are 1 in M; reads first";
 constexpr const char* kVerifyText = "read back and compare";
-constexpr const char* kDumpFileText = "file to write, as a list; default: standard output (-)";
+constexpr const char* kDumpFileText =
+    "file to write, as a list, or raw bytes for .bin; default: standard output (-)";
 constexpr const char* kHexText = "show a hex dump instead of a list";
 constexpr const char* kVerifyListText = "read every register back and compare";
 constexpr const char* kCheckText = "check the list and write nothing";
@@ -47,8 +48,9 @@ void CheckDumpFile(const C& command, const GivenOptions& given) {
 
 template <typename C>
 void AddList(RuleOf<C>& rule) {
-  rule.Add(File(Argument("FILE", "the list, - for standard input; it is checked as a whole first")),
-           [](C& command, const std::string& text) { command.file = FileOrStreamValue(text); });
+  rule.Add(
+      File(Argument("FILE", "the list, or - for standard input; the whole list is checked first")),
+      [](C& command, const std::string& text) { command.file = FileOrStreamValue(text); });
   rule.AddFlag("--check-only", kCheckText, &C::check_only);
   rule.AddFlag("--verify", kVerifyListText, &C::verify);
 }

@@ -59,7 +59,7 @@ ExitCode Run(const PresetApplyCommand& command, Context& context) {
     return ApplyToSeveral(command.all, context);
   }
   const CameraIdentity identity = ChosenCamera(context.host, context.common.cameras);
-  const auto names = NamesNeededFor(command.name, identity, context);
+  const auto names = NamesNeeded(identity, context);
   const ProfilePreset& preset = FindPreset(names->Profile(), command.name);
   ExitCode code = ExitCode::kDone;
   if (!preset.file.empty()) {
@@ -81,7 +81,7 @@ ExitCode Run(const PresetApplyCommand& command, Context& context) {
 
 ExitCode Run(const PresetDiffCommand& command, Context& context) {
   const CameraIdentity identity = ChosenCamera(context.host, context.common.cameras);
-  const auto names = NamesNeededFor(command.name, identity, context);
+  const auto names = NamesNeeded(identity, context);
   const ProfilePreset& preset = FindPreset(names->Profile(), command.name);
   return CompareSides(
       "preset diff", DiffSideOf(Format("preset:{}", preset.name)), DiffSideOf("camera"),
@@ -94,7 +94,7 @@ ExitCode Run(const PresetDiffCommand& command, Context& context) {
 }
 
 CommandRule PresetApplyRule() {
-  RuleOf<PresetApplyCommand> rule({"preset", "apply"}, "Sets registers as a preset says.");
+  RuleOf<PresetApplyCommand> rule({"preset", "apply"}, "Writes the settings of a preset.");
   rule.Add(
       NamesOf("presets", Argument("NAME", "a preset of the camera's profile")),
       [](PresetApplyCommand& command, const std::string& text) { command.name = FileValue(text); });

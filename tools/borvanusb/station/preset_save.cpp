@@ -152,7 +152,7 @@ ExitCode Run(const PresetSaveCommand& command, Context& context) {
 
 CommandRule PresetSaveRule() {
   RuleOf<PresetSaveCommand> rule({"preset", "save"},
-                                 "Saves what registers hold as a preset of the profile.");
+                                 "Saves values of registers as a preset of the profile.");
   rule.Add(
       NamesOf("presets", Argument("NAME", "the preset")),
       [](PresetSaveCommand& command, const std::string& text) { command.name = FileValue(text); });

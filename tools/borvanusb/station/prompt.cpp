@@ -192,12 +192,7 @@ class Prompt {
     const std::string command = std::exchange(command_, {});
     context_.output.Error(
         Format("borvanusb: {}{}{}", command, command.empty() ? "" : ": ", failure.Message()));
-    std::string_view hint = failure.Hint();
-    while (!hint.empty()) {
-      const std::size_t end = hint.find('\n');
-      context_.output.Error(Format("  {}", hint.substr(0, end)));
-      hint.remove_prefix(end == std::string_view::npos ? hint.size() : end + 1);
-    }
+    PrintHint(failure.Hint(), context_.output);
   }
 
   Terminal& terminal_;

@@ -153,9 +153,7 @@ ExitCode RunScript(const std::string& file, const std::vector<ScriptLine>& lines
       code = failure.Code();
       context.progress.Break();
       TellOutcome(context, "run", Place(file, line.line) + failure.Message());
-      if (!failure.Hint().empty()) {
-        context.output.Error(Format("  {}", failure.Hint()));
-      }
+      PrintHint(failure.Hint(), context.output);
       entry["exit"] = static_cast<int>(code);
       entry["error"] = ErrorJson(failure);
     }

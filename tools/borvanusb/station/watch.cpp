@@ -282,7 +282,7 @@ CommandRule WatchRule() {
       [](WatchCommand& command, const std::string& text) { command.csv = FileValue(text); });
   rule.Check(CheckWatch);
   rule.Refuse("--progress", kNoProgress);
-  rule.Details("Goes on until Ctrl-C, or for --count polls.");
+  rule.Details("Runs until Ctrl-C, or for --count polls.");
   rule.Example("borvanusb watch --reg 0x1a3 --i2c 0x3500-0x3502 --slave 0x6c --rate 10");
   return rule.Take();
 }

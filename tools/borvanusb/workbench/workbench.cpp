@@ -82,11 +82,10 @@ CommandRule WorkbenchRule() {
   rule.Refuse("--progress", "which shows progress on its page");
   rule.Refuse("--json", "which prints the address of a page");
   rule.Refuse("--timeout", "whose commands have the usual time limits");
-  rule.Refuse("--wait", "which shows cameras when they come");
   rule.Refuse("--trace", "which makes no transfers itself");
   rule.Details(
       "The page is for this machine only, and its address works once. The workbench ends 10 s "
-      "after its last page, unless work is being done.");
+      "after its last page is closed, unless work is being done.");
   rule.Example("borvanusb workbench --read-only");
   return rule.Take();
 }
