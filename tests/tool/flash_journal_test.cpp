@@ -8,6 +8,10 @@ TEST_F(FlashJournalTest, JournalHoldsTheSharedSectorWhileItIsOnItsWay) {
   CutOffAfterErasing();
   const Journal journal = OnlyJournal();
   EXPECT_EQ(journal.command, "flash program");
+  EXPECT_TRUE(journal.ranges.empty());  // only several images have them
+  const std::string name = Journals().at(0);
+  const std::string random = name.substr(name.rfind('-') + 1);
+  EXPECT_EQ(random.find_first_not_of("0123456789abcdef"), 8U) << name;
   EXPECT_EQ(journal.camera, Chip().identity.path);
   EXPECT_EQ(journal.image, AbsoluteName(command_.image));
   ASSERT_TRUE(journal.open_sector);

@@ -46,6 +46,7 @@ TEST(PrintableTest, BytesThatAreNoUtf8BecomeQuestionMarks) {
   EXPECT_EQ(Printable("\xE2\x80"), "??");
   EXPECT_EQ(Printable("\xC0\x8A"), "??");
   EXPECT_EQ(Printable("\xED\xA0\x80"), "???");
+  EXPECT_EQ(Printable("\xED\xBF\xBF"), "???");  // the last surrogate
   EXPECT_EQ(Printable("\xF4\x90\x80\x80"), "????");
   EXPECT_EQ(Printable("\xE2\x80"
                       "a\xC3\xBC"),

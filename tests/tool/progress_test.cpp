@@ -187,6 +187,8 @@ TEST(ProgressTextTest, BarShowsAllThatFits) {
   EXPECT_EQ(BarText(meter, 79),
             "program  [=========>         ]  50 %  128.0/256.0 KiB   0:02 left    64.0 KiB/s");
   EXPECT_EQ(BarText(meter, 60), "program  [=======>      ]  50 %  128.0/256.0 KiB   0:02 left");
+  const std::string widest = BarText(meter, 200);
+  EXPECT_EQ(widest.find(']') - widest.find('['), 41U) << widest;
   EXPECT_EQ(BarText(meter, 30), "program  [======>      ]  50 %");
   EXPECT_EQ(BarText(meter, 20), "program   50 %");
   EXPECT_EQ(BarText(meter, 9), "pro  50 %");

@@ -68,6 +68,7 @@ TEST(RegisterNamesUnreachableTest, RegistersBeyondTheAddressesOfTheirDevice) {
   const RegisterNames names(TestProfile("\"base\": \"0xd000\""));
   ASSERT_EQ(names.Unreachable().size(), 2U);
   EXPECT_EQ(names.Unreachable()[0], "SENSOR.EXPOSURE: its address, 0x3500, is beyond 0xffff");
+  EXPECT_THROW(names.Find("SENSOR.EXPOSURE"), Failure);
 }
 
 }  // namespace

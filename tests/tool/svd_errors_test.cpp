@@ -160,6 +160,27 @@ TEST(SvdDoubtsTest, FieldsAndRegistersThatMeet) {
              "7: register P.S at 0x0000011d lies outside the address blocks of its peripheral"}));
 }
 
+// The registers of P are not in the order of their addresses.
+TEST(SvdDoubtsTest, RegistersOfTwoPeripheralsThatMeet) {
+  const std::string text =
+      "<device><name>D</name><peripherals><peripheral><name>P</name><baseAddress>0x100"
+      "</baseAddress><registers><register><name>B</name><addressOffset>8</addressOffset></register>"
+      "<register><name>A</name><addressOffset>0</addressOffset></register></registers></peripheral>"
+      "\n<peripheral><name>Q</name><baseAddress>0x100</baseAddress><registers>"
+      "<register><name>R</name><addressOffset>0</addressOffset></register></registers></peripheral>"
+      "</peripherals></device>";
+  const RegisterMap map = ReadSvd(text);
+  ASSERT_EQ(map.Doubts().size(), 1U);
+  EXPECT_EQ(map.Doubts()[0].text,
+            "register Q.R has the same address 0x00000100 as register P.A, and neither is an "
+            "alternate");
+}
+
+TEST(SvdDoubtsTest, UnknownElementsMayHaveDigitsInTheirNames) {
+  EXPECT_EQ(Doubts("<register><name>R</name><addressOffset>0</addressOffset><x0>1</x0></register>"),
+            Texts{"2: <x0> is not known in <register>; it is skipped"});
+}
+
 // A field for reading and one for writing may use the same bits.
 TEST(SvdDoubtsTest, FieldsForReadingAndForWritingMayMeet) {
   EXPECT_EQ(

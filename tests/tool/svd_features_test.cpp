@@ -278,6 +278,15 @@ TEST(SvdFeaturesTest, AlternatesOfEachKind) {
   EXPECT_TRUE(map.Doubts().empty());
 }
 
+TEST(SvdFeaturesTest, ReferencesToCharactersBecomeUtf8) {
+  // U+00B5, U+20AC and U+1F4F7: two, three and four bytes.
+  const RegisterMap map = Registers(
+      "<register><name>R</name><description>&#181; &#x20AC; &#x1F4F7; &amp;</description>"
+      "<addressOffset>4</addressOffset></register>");
+  EXPECT_EQ(PlainText(Named(map, "P.R").form->description),
+            "\xC2\xB5 \xE2\x82\xAC \xF0\x9F\x93\xB7 &");
+}
+
 // Unusual but valid XML takes the careful path of the reader.
 TEST(SvdFeaturesTest, CommentsInstructionsAndCdataChangeNothing) {
   const std::string plain =
