@@ -92,6 +92,8 @@ TEST(CommandLineTest, EveryProgressFormHasItsName) {
 TEST(CommandLineTest, CommandsAboutCameras) {
   EXPECT_FALSE(As<ListCommand>({"list"}).watch);
   EXPECT_TRUE(As<ListCommand>({"list", "--watch"}).watch);
+  EXPECT_EQ(As<WatchCommand>({"watch", "CHIP.CTRL", "SENSOR.*"}).words,
+            (std::vector<std::string>{"CHIP.CTRL", "SENSOR.*"}));
   EXPECT_EQ(As<InfoCommand>({"info"}).flash_size, std::nullopt);
   EXPECT_EQ(As<InfoCommand>({"info", "--flash-size", "4M"}).flash_size, 4194304U);
   EXPECT_TRUE(ValuesOf<DoctorCommand>(*Parsed({"doctor"}).command) != nullptr);

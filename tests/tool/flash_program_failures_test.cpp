@@ -47,6 +47,23 @@ TEST_F(FlashProgramTest, StuckBitFailsWithItsPlace) {
   EXPECT_EQ(report["state"], "partial");
 }
 
+TEST_F(FlashProgramTest, WrongBytesAreNamedIfTheCameraGoesDuringTheSecondTry) {
+  Chip().after_programming = [&](std::uint32_t address, std::span<std::uint8_t> bytes) {
+    if (address <= 0x2500 && 0x2500 < address + bytes.size()) {
+      bytes[0x2500 - address] = 0;
+    }
+  };
+  Chip().before_transfer = [this](std::uint64_t /*number*/) {
+    if (Chip().erased_sectors.size() > 3) {
+      throw Failure(ExitCode::kDevice, "the camera is gone");
+    }
+  };
+  command_.report = File("report.json");
+  EXPECT_EQ(Program().code, ExitCode::kDevice);
+  const auto report = nlohmann::json::parse(ReadFile("report.json"));
+  EXPECT_EQ(report["wrong"].dump(), R"([{"first":9472,"last":9472}])");
+}
+
 TEST_F(FlashProgramTest, WrongByteBesideTheImageIsFoundToo) {
   Chip().after_programming = [&](std::uint32_t address, std::span<std::uint8_t> bytes) {
     if (address <= 0x1010 && 0x1010 < address + bytes.size()) {

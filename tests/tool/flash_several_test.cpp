@@ -3,6 +3,7 @@
 
 #include "base/files.h"
 #include "flash/program.h"
+#include "flash/read.h"
 #include "flash_support.h"
 
 namespace borvanusb::tool_test {
@@ -57,6 +58,20 @@ TEST_F(FlashSeveralTest, EachCameraGetsAProcessWithNamesOfItsOwn) {
                               AbsoluteName("old-1"), "--report", AbsoluteName("out/report-1.json"),
                               "--camera", R"(\\?\usb#vid_1234&pid_0001#101)", "--json",
                               "--progress", "json", "--timeout", "10.000"}));
+}
+
+TEST_F(FlashSeveralTest, OnlyTheFileOfAReadIsNamedAfterTheCamera) {
+  FlashReadCommand read;
+  read.range = {0, 0xFFF};
+  read.file = "{index}-raw";
+  read.format = "raw";
+  common.cameras = {"1", "2"};
+  common.words = {{"flash", "read"}, {"--format=raw"}, {"0+4K", "{index}-raw"}};
+  EXPECT_EQ(Run(read).code, ExitCode::kDone);
+  ASSERT_EQ(children_.size(), 2U);
+  children_[0].resize(6);
+  EXPECT_EQ(children_[0],
+            (std::vector<std::string>{"flash", "read", "--format=raw", "--", "0+4K", "1-raw"}));
 }
 
 TEST_F(FlashSeveralTest, VerboseHoldsForEachProcess) {

@@ -84,6 +84,10 @@ TEST_F(ManualTest, TellsOfACommandItsOptionsAndItsExample) {
                 ".RE\n"));
 }
 
+TEST_F(ManualTest, OptionHasAllItsNames) {
+  EXPECT_THAT(output.out, HasSubstr(".TP\n\\fB\\-h\\fR, \\fB\\-\\-help\\fR\n"));
+}
+
 TEST_F(ManualTest, NoTextIsTakenForARequest) {
   std::size_t begin = 0;
   while (begin < output.out.size()) {

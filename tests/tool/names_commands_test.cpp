@@ -46,6 +46,7 @@ TEST_F(NamesCommandsTest, ReadsRegistersWithTheirFields) {
             "  MIRROR [6]  0\n"
             "  FLIP [7]  0\n");
   EXPECT_EQ(desk_.result["registers"][1]["value"], 0x1234);
+  EXPECT_EQ(desk_.result["registers"][1]["hex"], "0x001234");
   EXPECT_EQ(desk_.result["registers"][2]["fields"][0]["meaning"], "hdr");
 }
 

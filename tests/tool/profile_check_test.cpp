@@ -6,6 +6,7 @@
 #include "base/format.h"
 #include "names_support.h"
 #include "profile_commands/check.h"
+#include "profile_commands/check_options.h"
 #include "profile_commands/check_profile.h"
 #include "support/command_desk.h"
 
@@ -13,7 +14,9 @@ namespace borvanusb::tool_test {
 namespace {
 
 using testing::ElementsAre;
+using testing::HasSubstr;
 using testing::IsEmpty;
+using testing::Not;
 
 const std::string kSamples = BORVAN_SAMPLES;
 
@@ -140,6 +143,17 @@ TEST(ProfileCheckTest, ListFilesOfPresets) {
   EXPECT_THAT(Errors({preset("bare.txt")}),
               ElementsAre("2: presets[0].file: bare.txt does not begin with 0xfff8 and 0xfffe, so "
                           "it does not name its device; put the two lines at its beginning"));
+}
+
+TEST(ProfileCheckTest, EveryOptionWithAValueIsKnown) {
+  for (const CommandRule& rule : AllCommandRules()) {
+    for (const OptionDescription& option : rule.description.options) {
+      if (!option.positional && !option.value.empty()) {
+        EXPECT_THAT(DefaultProblem(option.names.back(), "", AllCommandRules()),
+                    Not(HasSubstr("no command has this option")));
+      }
+    }
+  }
 }
 
 TEST(ProfileCheckTest, DefaultsOfOptions) {

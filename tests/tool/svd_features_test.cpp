@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <stdexcept>
 
+#include "maps/map_text.h"
 #include "maps/read_svd.h"
 
 namespace borvanusb::tool_test {
@@ -285,6 +286,16 @@ TEST(SvdFeaturesTest, ReferencesToCharactersBecomeUtf8) {
       "<addressOffset>4</addressOffset></register>");
   EXPECT_EQ(PlainText(Named(map, "P.R").form->description),
             "\xC2\xB5 \xE2\x82\xAC \xF0\x9F\x93\xB7 &");
+}
+
+TEST(SvdFeaturesTest, PrintedColumnOfNamesHasALimit) {
+  const RegisterMap map = Registers(
+      "<register><name>R</name><addressOffset>4</addressOffset><fields><field><name>F</name>"
+      "<bitRange>[0:0]</bitRange></field><field><name>" +
+      std::string(50, 'L') + "</name><bitRange>[1:1]</bitRange></field></fields></register>");
+  std::string text;
+  PrintMap(map, [&text](std::string_view line) { text += std::string(line) + "\n"; });
+  EXPECT_NE(text.find("[0]     F" + std::string(39, ' ') + "  rw"), std::string::npos) << text;
 }
 
 // Unusual but valid XML takes the careful path of the reader.
