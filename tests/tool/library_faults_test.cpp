@@ -250,6 +250,22 @@ TEST_F(RunFaultsTest, PeriodicFaultsNeverMakeTwoReadingsWrongAlike) {
   }
 }
 
+// The first and the last of three blocks are equal: a block that differs is read between them, so
+// that no register has to be read alone.
+TEST_F(RunFaultsTest, EqualI2cBlocksAreReadAsBlocks) {
+  constexpr std::uint32_t kBlock = 56;
+  chip->PutRegister(0x1A3, 0x20);
+  std::vector<std::uint32_t> expected;
+  for (std::uint32_t i = 0; i < 3 * kBlock; ++i) {
+    expected.push_back(i / kBlock == 1 ? 0x80 + i % kBlock : i % kBlock);
+    chip->PutI2cRegister(0x6C, 1, 0x100 + i, expected.back());
+  }
+  const auto camera = Open();
+  chip->ForgetTransfers();
+  EXPECT_EQ(camera->ReadI2cRun({0x6C, 1, 0}, 0x100, 0x100 + 3 * kBlock - 1), expected);
+  EXPECT_TRUE(chip->Sent(2).empty());
+}
+
 TEST_F(RunFaultsTest, RegistersThatChangeByThemselvesDoNotFailTheRun) {
   const auto camera = Open();
   chip->Intercept([&](const Transfer& transfer) -> std::optional<borvan::Result> {
