@@ -69,9 +69,9 @@ TEST_F(FlashSeveralTest, OnlyTheFileOfAReadIsNamedAfterTheCamera) {
   common.words = {{"flash", "read"}, {"--format=raw"}, {"0+4K", "{index}-raw"}};
   EXPECT_EQ(Run(read).code, ExitCode::kDone);
   ASSERT_EQ(children_.size(), 2U);
-  children_[0].resize(6);
-  EXPECT_EQ(children_[0],
-            (std::vector<std::string>{"flash", "read", "--format=raw", "--", "0+4K", "1-raw"}));
+  EXPECT_EQ(children_[0].at(2), "--format=raw");
+  EXPECT_EQ((std::vector<std::string>(children_[0].end() - 3, children_[0].end())),
+            (std::vector<std::string>{"--", "0+4K", "1-raw"}));
 }
 
 TEST_F(FlashSeveralTest, VerboseHoldsForEachProcess) {
