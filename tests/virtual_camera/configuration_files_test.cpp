@@ -4,6 +4,7 @@
 #include <array>
 #include <filesystem>
 
+#include "core/names.h"
 #include "device_fixture.h"
 
 namespace virtual_camera_test {
@@ -222,6 +223,12 @@ TEST_F(ConfigurationFilesTest, FilesOfOneNameInTwoFoldersAreTwoFiles) {
   EXPECT_EQ(ErrorOf(R"("flash": {"size": "64K", "file": "x"}, "state": "y")",
                     R"("flash": {"size": "64K", "file": "sub/x"}, "state": "sub/y")"),
             "no error");
+}
+
+TEST(DevicePathTest, CaseOfLettersDoesNotMatter) {
+  EXPECT_TRUE(virtual_camera::SameDevicePath("USB#VID_AZ", "usb#vid_az"));
+  EXPECT_FALSE(virtual_camera::SameDevicePath("usb@", "usb`"));
+  EXPECT_FALSE(virtual_camera::SameDevicePath("usb[", "usb{"));
 }
 
 }  // namespace

@@ -122,11 +122,12 @@ TEST_F(ConfigurationTest, EveryFaultIsRead) {
         {"at": 7, "lie": true},
         {"unplug": {"after": 9, "back_after_ms": 500}},
         {"at": 4, "unplug": {}},
-        {"result": 5}
+        {"result": 5},
+        {"result": "0xffffffff"}
       ]}]})")
                                                      .cameras.at(0)
                                                      .faults;
-  ASSERT_EQ(faults.size(), 10U);
+  ASSERT_EQ(faults.size(), 11U);
   EXPECT_EQ(faults[0].every, 2U);
   EXPECT_EQ(faults[0].result, 1);
   EXPECT_EQ(faults[0].delay_ms, 5U);
@@ -149,6 +150,7 @@ TEST_F(ConfigurationTest, EveryFaultIsRead) {
   EXPECT_EQ(faults[8].at, 4U);
   EXPECT_FALSE(faults[8].unplug.value().back_after_ms.has_value());
   EXPECT_EQ(faults[9].result, 5);
+  EXPECT_EQ(faults[10].result, -1);
 }
 
 TEST_F(ConfigurationTest, WrongFilesAreNamed) {

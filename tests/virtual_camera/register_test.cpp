@@ -22,6 +22,20 @@ TEST_F(RegisterTest, WideWriteTakesValueThenAddressLowHalvesFirst) {
   EXPECT_THAT(Get(1, 4), ElementsAre(0x81, 0x22, 0x11, 0x21));
 }
 
+TEST_F(RegisterTest, AllOtherOpcodesAndTagsAreRefused) {
+  std::vector<unsigned> taken;
+  for (unsigned number = 0; number < 0x10000; ++number) {
+    const Bytes block = {static_cast<std::uint8_t>(number >> 8U), 0, 0,
+                         static_cast<std::uint8_t>(number)};
+    if (Set(1, block) == kOk) {
+      taken.push_back(number);
+    }
+  }
+  // The opcode, then the tag: six wide commands, five byte commands.
+  EXPECT_EQ(taken.size(), 11U);
+  EXPECT_THAT(taken, testing::IsSupersetOf({0x1200U, 0x2200U, 0x4200U, 0x8200U, 0x4100U, 0x8100U}));
+}
+
 TEST_F(RegisterTest, WideReplyStaysAtItsHighHalf) {
   configuration.registers = {{0x10, 0xAABBCCDD}};
   Set(1, {0x41, 0x10, 0x00, 0x00});

@@ -13,6 +13,22 @@ using virtual_camera::RegisterSpace;
 using virtual_camera::StateFile;
 using virtual_camera::StateLock;
 
+TEST(RegisterStoreTest, ChangesAreThoseSinceTheLastSave) {
+  virtual_camera::RegisterStore store;
+  const RegisterSpace space{0};
+  store.Write(space, 0x100, 1);
+  store.Clear();
+  EXPECT_TRUE(store.Cleared());
+  EXPECT_TRUE(store.Written().empty());
+  store.Write(space, 0x101, 2);
+  store.Write(space, 0x101, 2);
+  EXPECT_EQ(store.Written().size(), 1U);
+  store.ForgetChanges();
+  EXPECT_FALSE(store.Cleared());
+  EXPECT_TRUE(store.Written().empty());
+  EXPECT_EQ(store.Find(space, 0x101), 2U);
+}
+
 class StateFileTest : public testing::Test {
  protected:
   std::string File() const { return folder.File("state"); }

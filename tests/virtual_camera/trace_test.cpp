@@ -79,6 +79,15 @@ TEST_F(TraceTest, TraceGoesOnWhereItEnded) {
   EXPECT_EQ(Lines().size(), 2U);
 }
 
+TEST_F(TraceTest, RepliesOverI2cAndUnknownBlocksArePrinted) {
+  // A reply has the value at its end, low byte first or last as the chip sends it; here one byte.
+  const std::string text = Printed(Line("set", 2, "016c01000000300a00000000") +
+                                   Line("get", 2, "016c01000000300a00000056") +
+                                   Line("set", 7, "0002000000000000" + std::string(112, '0')));
+  EXPECT_THAT(text, testing::HasSubstr("reply: value = 0x56\n"));
+  EXPECT_THAT(text, testing::HasSubstr("set     7  unknown"));
+}
+
 TEST_F(TraceTest, TransfersArePrintedInWordsWithASummary) {
   const std::string trace = Line("length", 1, "", "0x800700ea") +  //
                             Line("set", 1, "24a30118") +
