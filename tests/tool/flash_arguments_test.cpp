@@ -135,6 +135,7 @@ TEST(NameAddressTest, AddressStandsAlone) {
   EXPECT_EQ(AddressesInName(kBackup), Addresses{0x20000});
   EXPECT_EQ(AddressesInName("fw_0X20800.bin"), Addresses{0x20800});
   EXPECT_EQ(AddressesInName("0xffffffff"), Addresses{0xFFFFFFFF});
+  EXPECT_EQ(AddressesInName("fw-0xa000.bin"), Addresses{0xA000});
   EXPECT_EQ(AddressesInName("fw 0x1000 (0x20800).bin"), (Addresses{0x1000, 0x20800}));
   EXPECT_EQ(AddressesInName("\xD0\xBF\xD1\x80 0x1000\xD0\xBF.bin"), Addresses{0x1000});
   for (const char* name : {"", "fw.bin", "fw-v0x10.bin", "fw-0x.bin", "fw-0x10z.bin", "0x123456789",

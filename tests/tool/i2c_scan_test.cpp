@@ -92,6 +92,13 @@ TEST_F(I2cScanTest, EmptyBusIsNoFailure) {
   EXPECT_NE(desk_.output.out.find("no slave answers"), std::string::npos);
 }
 
+TEST_F(I2cScanTest, CameraIsOnlyLookedForIfNothingAnswers) {
+  desk_.Do(Scan({0x11, 0x11}), "i2c-scan");
+  const std::uint64_t empty = desk_.Chip().transfers;
+  desk_.Do(Scan({0x48, 0x48}), "i2c-scan");
+  EXPECT_LT(desk_.Chip().transfers - empty, empty);
+}
+
 TEST_F(I2cScanTest, CameraThatIsGoneIsNoEmptyBus) {
   desk_.Chip().before_transfer = [](std::uint64_t number) {
     if (number > 0x50) {

@@ -86,6 +86,15 @@ TEST_F(NamesCommandsTest, NothingIsWrittenWhenOneSettingIsWrong) {
   EXPECT_EQ(desk_.Chip().transfers, 0U);
 }
 
+TEST_F(NamesCommandsTest, DumpThatCannotBeWrittenIsRefusedBeforeItIsRead) {
+  RegDumpCommand dump;
+  dump.all_named = true;
+  dump.file = "no/such/folder/all.csv";
+  const std::uint64_t transfers = desk_.Chip().transfers;
+  EXPECT_EQ(desk_.FailureOf(dump).Code(), ExitCode::kFile);
+  EXPECT_EQ(desk_.Chip().transfers, transfers);
+}
+
 TEST_F(NamesCommandsTest, CameraWithoutProfile) {
   desk_.host.environment.clear();
   EXPECT_EQ(desk_.FailureOf(RegReadCommand{{}, false, {"EXPOSURE"}}).Message(),
