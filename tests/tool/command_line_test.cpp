@@ -159,6 +159,8 @@ TEST(CommandLineTest, I2cCommands) {
   EXPECT_EQ(scan.address, 0x300AU);
   EXPECT_TRUE(scan.yes);
   EXPECT_EQ(As<I2cScanCommand>({"i2c", "scan"}).slaves, (Range{0, 255}));
+  EXPECT_EQ(As<I2cScanCommand>({"i2c", "scan", "--modes", "all"}).modes,
+            (std::vector<std::int32_t>{0, 1, 2, 3, 4, 5}));
 }
 
 TEST(CommandLineTest, WidthModesHaveNamesAndNumbers) {
