@@ -137,7 +137,7 @@ class Prompt {
     terminal_.EndLine(Format("{}\n", Printable(Joined(listed, "  "))));
   }
 
-  // The names that the profile of the camera in use has for a word. The profile is looked up once
+  // The names in the profile of the chosen camera that begin with a word. Finds the profile once
   // for each line.
   std::vector<std::string> Names(const std::string& kind, const std::string& word) {
     try {
