@@ -80,7 +80,7 @@ TEST_F(TraceTest, TraceGoesOnWhereItEnded) {
 }
 
 TEST_F(TraceTest, RepliesOverI2cAndUnknownBlocksArePrinted) {
-  // A reply has the value at its end, low byte first or last as the chip sends it; here one byte.
+  // The last four bytes of a reply are the value, high byte first.
   const std::string text = Printed(Line("set", 2, "016c01000000300a00000000") +
                                    Line("get", 2, "016c01000000300a00000056") +
                                    Line("set", 7, "0002000000000000" + std::string(112, '0')));
