@@ -3,7 +3,9 @@
 Usage: coverage.py BUILD_FOLDER [--all-branches]
 """
 import collections
+import concurrent.futures
 import json
+import os
 import pathlib
 import re
 import subprocess
@@ -37,13 +39,17 @@ WINDOWS = {
 
 def counted(build):
     """gcov's records of all objects that were run, one for each file and object."""
-    for data in sorted(build.rglob("*.gcda")):
+    def records(data):
         text = subprocess.run(
             ["gcov", "--json-format", "--stdout", "--branch-probabilities", str(data.resolve())],
             cwd=build, check=True, text=True, stdout=subprocess.PIPE,
             stderr=subprocess.DEVNULL).stdout
-        for line in text.splitlines():
-            yield from json.loads(line)["files"]
+        return [record for line in text.splitlines() for record in json.loads(line)["files"]
+                if product_of((ROOT / record["file"]).resolve())]
+
+    with concurrent.futures.ThreadPoolExecutor(os.cpu_count()) as pool:
+        for found in pool.map(records, sorted(build.rglob("*.gcda"))):
+            yield from found
 
 
 def real_branches(branches):

@@ -1,19 +1,19 @@
 #!/usr/bin/env bash
 # Runs the long tests, part by part, and prints a table of figures. A finished part is not run again
-# without --fresh; an interrupted one is. Results and logs are in build/reliability. Parts whose script
-# is not in this tree are skipped, with a message.
+# without --fresh; an interrupted one is. Results and logs are in build/reliability.
 # Usage: reliability.sh [--seconds N] [--count N] [--fresh] [PART…]
 #   --seconds N  for each fuzz target (600)
-#   --count N    power cuts, sequences, mutants (200)
+#   --count N    power cuts, sequences, mutants (200); 50 times as many rounds of races, 100 times as many starts
 #   --fresh      runs finished parts again
-#   PART         fuzz, sanitize, mutate, coverage, races, cuts, sequences or starts; all of them if none is named
+#   PART         fuzz, threads, traps, mutate, coverage, races, cuts, sequences or starts; all of them if none
+#                is named
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
 seconds=600
 count=200
 fresh=
-all=(fuzz sanitize mutate coverage races cuts sequences starts)
+all=(fuzz threads traps mutate coverage races cuts sequences starts)
 parts=()
 
 number() {
@@ -58,33 +58,39 @@ if [ -n "$fresh" ]; then
   rm -f "${parts[@]/#/$results/}"
 fi
 
-# Sets `command` to the command line of a part. Empty if this tree has no script for it.
+# Sets `command` to the command line of a part.
 choose_command() {
-  local script
   case $1 in
     fuzz) command=(scripts/fuzz.sh --seconds "$seconds") ;;
-    sanitize) command=(scripts/sanitize.sh) ;;
+    threads) command=(scripts/sanitize.sh thread) ;;
+    traps) command=(scripts/sanitize.sh trap) ;;
     mutate) command=(scripts/mutate.sh --count "$count") ;;
     coverage) command=(scripts/coverage.sh) ;;
-    races) command=(scripts/endure.sh) ;;
+    races) command=(scripts/endure.sh "$((50 * count))") ;;
     cuts) command=(tests/reliability/power_cuts.py --count "$count") ;;
     sequences) command=(tests/reliability/flash_sequences.py --count "$count") ;;
-    starts) command=(tests/reliability/wine_starts.py) ;;
+    starts) command=(tests/reliability/wine_starts.py --count "$((100 * count))") ;;
   esac
-  script=${command[0]}
-  [ -f "$script" ] || command=()
   # Debian's own Python; others may be installed, too.
-  [[ $script != *.py ]] || command=(/usr/bin/python3 -B "${command[@]}")
+  [[ ${command[0]} != *.py ]] || command=(/usr/bin/python3 -B "${command[@]}")
 }
+
+# These parts use programs of the Windows build, and don't build them.
+for part in cuts sequences starts; do
+  if [[ " ${parts[*]} " == *" $part "* && ! -f $results/$part ]]; then
+    echo "== building: windows-tests" >&2
+    scripts/build.sh windows-tests >"$results/build.log" 2>&1 || {
+      cat "$results/build.log" >&2
+      exit 1
+    }
+    break
+  fi
+done
 
 failed=()
 for part in "${parts[@]}"; do
   choose_command "$part"
   if [ -f "$results/$part" ]; then
-    continue
-  fi
-  if [ ${#command[@]} -eq 0 ]; then
-    echo "$part: this tree has no script for it" >&2
     continue
   fi
   echo "== $part: ${command[*]}" >&2
