@@ -13,7 +13,7 @@ namespace virtual_camera {
 namespace {
 
 // Locks are on bytes that no file has.
-constexpr off_t kLockPosition = off_t{1} << 62U;
+constexpr off_t kFirstLockedByte = off_t{1} << 62U;
 
 // Locks of the open file, not of the process: two objects of one process exclude each other.
 bool SetLock(int handle, int command, short type, off_t position) {
@@ -103,7 +103,7 @@ void SharedFile::Truncate(std::uint64_t size) {
 }
 
 void SharedFile::Lock() {
-  while (!SetLock(handle_, F_OFD_SETLKW, reads_only_ ? F_RDLCK : F_WRLCK, kLockPosition)) {
+  while (!SetLock(handle_, F_OFD_SETLKW, reads_only_ ? F_RDLCK : F_WRLCK, kFirstLockedByte)) {
     if (errno != EINTR) {
       ThrowLastError("lock");
     }
@@ -111,11 +111,11 @@ void SharedFile::Lock() {
 }
 
 void SharedFile::Unlock() noexcept {
-  SetLock(handle_, F_OFD_SETLK, F_UNLCK, kLockPosition);
+  SetLock(handle_, F_OFD_SETLK, F_UNLCK, kFirstLockedByte);
 }
 
 bool SharedFile::TryLockSeat(std::uint32_t seat) {
-  if (SetLock(handle_, F_OFD_SETLK, F_WRLCK, kLockPosition + 1 + seat)) {
+  if (SetLock(handle_, F_OFD_SETLK, F_WRLCK, kFirstLockedByte + 1 + seat)) {
     return true;
   }
   if (errno != EAGAIN && errno != EACCES) {
@@ -125,7 +125,7 @@ bool SharedFile::TryLockSeat(std::uint32_t seat) {
 }
 
 void SharedFile::UnlockSeat(std::uint32_t seat) noexcept {
-  SetLock(handle_, F_OFD_SETLK, F_UNLCK, kLockPosition + 1 + seat);
+  SetLock(handle_, F_OFD_SETLK, F_UNLCK, kFirstLockedByte + 1 + seat);
 }
 
 }  // namespace virtual_camera

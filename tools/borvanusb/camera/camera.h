@@ -6,6 +6,8 @@
 #include <string>
 #include <vector>
 
+#include "base/flash_memory.h"
+
 namespace borvanusb {
 
 // A camera in the list of the system.
@@ -23,6 +25,8 @@ constexpr std::uint32_t kFeatureFastI2c = 0x20;
 
 enum class RegisterWidth { kByte, kWide };
 
+constexpr std::uint32_t kHighestSlave = 0xFF;
+
 // A device on the camera's I2C bus, and how to access it.
 struct I2cTarget {
   std::uint32_t slave = 0;   // sent to the chip unchanged, not shifted; 0 to 255
@@ -33,8 +37,6 @@ struct I2cTarget {
 // Receives the progress of a bulk operation: the number of bytes (or registers) done. The number
 // never decreases and never exceeds the total.
 using Advance = std::function<void(std::uint64_t done)>;
-
-constexpr std::uint32_t kSectorSize = 4096;
 
 // An open camera. Bulk operations run as background jobs of the library, which exchange their data
 // through temporary files.

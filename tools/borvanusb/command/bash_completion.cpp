@@ -9,23 +9,23 @@ namespace borvanusb {
 namespace {
 
 // Quotes a text, except for a * at its beginning or end.
-std::string Pattern(const std::string& text) {
+std::string BashPattern(const std::string& text) {
   const bool begins = text.starts_with('*');
   const bool ends = !begins && text.ends_with('*');
   const std::string fixed = text.substr(begins ? 1 : 0, text.size() - (begins || ends ? 1 : 0));
   return Format("{}\"{}\"{}", begins ? "*" : "", fixed, ends ? "*" : "");
 }
 
-std::string Branch(const std::string& pattern, const std::string& action) {
+std::string BashBranch(const std::string& pattern, const std::string& action) {
   return Format("    {}) {}; return ;;\n", pattern, action);
 }
 
-std::string Assign(const std::string& pattern, const std::string& words) {
+std::string BashAssign(const std::string& pattern, const std::string& words) {
   return Format("    {}) options=\"{}\" ;;\n", pattern, words);
 }
 
 std::string Script(std::string_view form_of_script, const ToolDescription& tool) {
-  constexpr BranchForm kForm{Pattern, Branch, Assign};
+  constexpr BranchForm kForm{BashPattern, BashBranch, BashAssign};
   return Filled(form_of_script, {{"OPTIONS_WITH_VALUES", OptionsWithValues(tool, "|")},
                                  {"GROUPS", Groups(tool, "|")},
                                  {"OPTION_VALUES", OptionValueBranches(tool, kForm)},

@@ -253,7 +253,7 @@ bool IsGood(const ToolDescription& tool, const CommandRule& rule, const SortedWo
   }
 }
 
-ToolDescription DescribeTool(const CommandRules& rules) {
+ToolDescription DescriptionOf(const CommandRules& rules) {
   ToolDescription tool;
   tool.text = "registers, sensor and flash inside USB cameras";
   tool.common = AllCommonRules().options;
@@ -266,7 +266,17 @@ ToolDescription DescribeTool(const CommandRules& rules) {
 }  // namespace
 
 ToolDescription DescribeTool() {
-  return DescribeTool(AllCommandRules());
+  return DescriptionOf(AllCommandRules());
+}
+
+const OptionDescription* FindOption(const std::vector<OptionDescription>& options,
+                                    const std::string& name) {
+  for (const OptionDescription& option : options) {
+    if (!option.positional && std::ranges::find(option.names, name) != option.names.end()) {
+      return &option;
+    }
+  }
+  return nullptr;
 }
 
 std::vector<OptionDescription> CommonOptionsOf(const ToolDescription& tool,
@@ -299,7 +309,7 @@ std::variant<Arguments, TextAnswer> ParseCommandLine(const std::vector<std::stri
 std::variant<Arguments, TextAnswer> ParseCommandLine(const std::vector<std::string>& words,
                                                      const CommandRules& rules,
                                                      const DefaultsSource& defaults) {
-  const ToolDescription tool = DescribeTool(rules);
+  const ToolDescription tool = DescriptionOf(rules);
   SortedWords sorted = SortWords(tool, words);
   const Given given(tool, sorted);
   if (given.Has("--help")) {

@@ -78,6 +78,10 @@ struct ToolDescription {
   std::vector<CommandDescription> commands;
 };
 
+// The option with one of these names; null if there is none.
+const OptionDescription* FindOption(const std::vector<OptionDescription>& options,
+                                    const std::string& name);
+
 // The common options that a command accepts.
 std::vector<OptionDescription> CommonOptionsOf(const ToolDescription& tool,
                                                const CommandDescription& command);

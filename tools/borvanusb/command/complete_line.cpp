@@ -12,11 +12,11 @@ namespace borvanusb {
 
 namespace {
 
-using Words = std::vector<std::string>;
+using WordList = std::vector<std::string>;
 
 // The words before the last one, and the last one, which may be empty.
 struct SplitUp {
-  Words before;
+  WordList before;
   std::string last;
   std::size_t begin = 0;
 };
@@ -56,8 +56,8 @@ std::string InLine(const std::string& word) {
   return Format("\"{}{}", word, word.ends_with('/') ? "" : "\"");
 }
 
-Words BeginningWith(const std::string& text, const Words& words) {
-  Words found;
+WordList BeginningWith(const std::string& text, const WordList& words) {
+  WordList found;
   for (const std::string& word : words) {
     if (word.starts_with(text) && std::ranges::find(found, word) == found.end()) {
       found.push_back(word);
@@ -66,24 +66,14 @@ Words BeginningWith(const std::string& text, const Words& words) {
   return found;
 }
 
-Words Files(const std::string& text) {
+WordList Files(const std::string& text) {
   const std::size_t slash = text.find_last_of("/\\");
   const std::string folder = slash == std::string::npos ? "" : text.substr(0, slash + 1);
-  Words files;
+  WordList files;
   for (const std::string& name : FilesIn(folder.empty() ? "." : folder)) {
     files.push_back(Format("{}{}{}", folder, name, IsFolder(folder + name) ? "/" : ""));
   }
   return BeginningWith(text, files);
-}
-
-const OptionDescription* FindOption(const std::vector<OptionDescription>& options,
-                                    const std::string& name) {
-  for (const OptionDescription& option : options) {
-    if (!option.positional && std::ranges::find(option.names, name) != option.names.end()) {
-      return &option;
-    }
-  }
-  return nullptr;
 }
 
 // The state after parsing the line so far.
@@ -106,7 +96,7 @@ class Reader {
     }
   }
 
-  Words Candidates(const std::string& text) const {
+  WordList Candidates(const std::string& text) const {
     if (waiting_ != nullptr) {
       return Values(*waiting_, text);
     }
@@ -117,14 +107,14 @@ class Reader {
   }
 
  private:
-  Words Values(const OptionDescription& option, const std::string& text) const {
+  WordList Values(const OptionDescription& option, const std::string& text) const {
     if (!option.choices.empty()) {
       return BeginningWith(text, option.choices);
     }
     const std::string kind = NamesTakenBy(option);
-    Words values = names_ && !kind.empty() ? names_(kind, text) : Words();
+    WordList values = names_ && !kind.empty() ? names_(kind, text) : WordList();
     if (option.takes_file) {
-      const Words files = Files(text);
+      const WordList files = Files(text);
       values.insert(values.end(), files.begin(), files.end());
     }
     return values;
@@ -141,17 +131,17 @@ class Reader {
     }
   }
 
-  Words OptionWords(const std::string& text) const {
+  WordList OptionWords(const std::string& text) const {
     const std::size_t sign = text.find('=');
     if (sign != std::string::npos) {
       const OptionDescription* const option = FindOption(options_, text.substr(0, sign));
-      Words values = option != nullptr ? Values(*option, text.substr(sign + 1)) : Words();
+      WordList values = option != nullptr ? Values(*option, text.substr(sign + 1)) : WordList();
       for (std::string& value : values) {
         value.insert(0, text, 0, sign + 1);
       }
       return values;
     }
-    Words names;
+    WordList names;
     for (const OptionDescription& option : options_) {
       if (!option.positional) {
         names.insert(names.end(), option.names.begin(), option.names.end());
@@ -160,8 +150,8 @@ class Reader {
     return BeginningWith(text, names);
   }
 
-  Words NextWords(const std::string& text) const {
-    Words next;
+  WordList NextWords(const std::string& text) const {
+    WordList next;
     for (const CommandDescription& command : tool_.commands) {
       if (command.words.size() > words_.size() &&
           std::equal(words_.begin(), words_.end(), command.words.begin())) {
@@ -171,7 +161,7 @@ class Reader {
     return BeginningWith(text, next);
   }
 
-  Words Argument(const std::string& text) const {
+  WordList Argument(const std::string& text) const {
     std::size_t place = 0;
     for (const OptionDescription& option : command_->options) {
       if (option.positional && (place++ == arguments_ || option.repeated)) {
@@ -183,7 +173,7 @@ class Reader {
 
   const ToolDescription& tool_;
   const NameSource& names_;
-  Words words_;
+  WordList words_;
   const CommandDescription* command_ = nullptr;
   std::vector<OptionDescription> options_;
   const OptionDescription* waiting_ = nullptr;  // the option that expects a value next

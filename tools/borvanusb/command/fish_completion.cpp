@@ -7,11 +7,11 @@ namespace borvanusb {
 
 namespace {
 
-std::string Pattern(const std::string& text) {
+std::string FishPattern(const std::string& text) {
   return Format("'{}'", text);
 }
 
-std::string Branch(const std::string& pattern, const std::string& action) {
+std::string FishBranch(const std::string& pattern, const std::string& action) {
   return Format(
       "    case {}\n"
       "      {}\n"
@@ -19,7 +19,7 @@ std::string Branch(const std::string& pattern, const std::string& action) {
       pattern, action);
 }
 
-std::string Assign(const std::string& pattern, const std::string& words) {
+std::string FishAssign(const std::string& pattern, const std::string& words) {
   return Format(
       "    case {}\n"
       "      set options \"{}\"\n",
@@ -29,7 +29,7 @@ std::string Assign(const std::string& pattern, const std::string& words) {
 }  // namespace
 
 std::string FishCompletion(const ToolDescription& tool) {
-  constexpr BranchForm kForm{Pattern, Branch, Assign};
+  constexpr BranchForm kForm{FishPattern, FishBranch, FishAssign};
   return Filled(kFishCompletionTemplate, {{"OPTIONS_WITH_VALUES", OptionsWithValues(tool, " ")},
                                           {"GROUPS", Groups(tool, " ")},
                                           {"OPTION_VALUES", OptionValueBranches(tool, kForm)},

@@ -46,7 +46,7 @@ std::string Italic(std::string_view text) {
   return InFace('I', text);
 }
 
-std::string NameAndValue(const OptionDescription& option) {
+std::string RoffNameAndValue(const OptionDescription& option) {
   if (option.positional) {
     return Italic(option.names.front());
   }
@@ -68,17 +68,17 @@ std::string OptionEntries(const std::vector<OptionDescription>& options) {
         ".TP\n"
         "{}\n"
         "{}.\n",
-        NameAndValue(option), Roff(option.text));
+        RoffNameAndValue(option), Roff(option.text));
   }
   return entries;
 }
 
-std::string Usage(const CommandDescription& command) {
+std::string RoffUsage(const CommandDescription& command) {
   std::string usage = "\\fBborvanusb";
   for (const std::string& word : command.words) {
     usage += Format(" {}", Roff(word));
   }
-  return Format("{}\\fR{}", usage, UsageArguments(command, NameAndValue, " [\\fIOPTIONS\\fR]"));
+  return Format("{}\\fR{}", usage, UsageArguments(command, RoffNameAndValue, " [\\fIOPTIONS\\fR]"));
 }
 
 std::string RefusedText(const CommandDescription& command) {
@@ -107,7 +107,7 @@ std::string Examples(const CommandDescription& command) {
 }
 
 std::string CommandSection(const CommandDescription& command) {
-  return Filled(kManualCommandTemplate, {{"USAGE", Usage(command)},
+  return Filled(kManualCommandTemplate, {{"USAGE", RoffUsage(command)},
                                          {"TEXT", Roff(command.text)},
                                          {"DETAILS", Roff(command.details)},
                                          {"REFUSED_OPTIONS", RefusedText(command)},

@@ -18,16 +18,6 @@ std::string HelpHint(const CommandDescription* command) {
                             : kHint;
 }
 
-const OptionDescription* FindOption(const std::vector<OptionDescription>& options,
-                                    const std::string& name) {
-  for (const OptionDescription& option : options) {
-    if (std::find(option.names.begin(), option.names.end(), name) != option.names.end()) {
-      return &option;
-    }
-  }
-  return nullptr;
-}
-
 const OptionDescription* FindOption(const ToolDescription& tool, const std::string& name) {
   const OptionDescription* option = FindOption(tool.common, name);
   for (const CommandDescription& command : tool.commands) {

@@ -25,8 +25,6 @@ constexpr std::uint32_t kBadListHead = 11;
 constexpr std::chrono::milliseconds kSilencePerLine{260};
 constexpr std::chrono::milliseconds kLockLimit{2000};
 
-const char* const kAgain = "Plug the camera in again and repeat the command.";
-
 std::span<const std::uint8_t> BytesOf(const std::string& text) {
   return {reinterpret_cast<const std::uint8_t*>(text.data()), text.size()};
 }

@@ -15,6 +15,9 @@
 
 namespace borvanusb {
 
+// The hint after a failure that the camera may get over.
+inline constexpr const char* kAgain = "Plug the camera in again and repeat the command.";
+
 // Implements Camera with the exports of the library.
 class DllCamera : public Camera {
  public:

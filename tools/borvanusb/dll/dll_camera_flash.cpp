@@ -16,8 +16,6 @@ constexpr unsigned kWordBytes = 4;
 // The time that a slow flash may need to erase a sector. The job reports no progress meanwhile.
 constexpr std::chrono::milliseconds kSilencePerSector{500};
 
-const char* const kAgain = "Plug the camera in again and repeat the command.";
-
 // A temporary file for one data exchange with the library. The destructor removes it.
 class Exchange {
  public:

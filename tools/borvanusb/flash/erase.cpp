@@ -5,6 +5,7 @@
 
 #include "base/failure.h"
 #include "base/files.h"
+#include "base/flash_memory.h"
 #include "base/format.h"
 #include "base/sha256.h"
 #include "base/time_text.h"
@@ -33,8 +34,6 @@
 namespace borvanusb {
 
 namespace {
-
-constexpr std::uint8_t kErased = 0xFF;
 
 void RefuseHalfSectors(const Range& range) {
   const Range whole = SectorsAround(range.first, range.Size()).Whole();

@@ -4,6 +4,7 @@
 #include <string_view>
 #include <vector>
 
+#include "base/flash_memory.h"
 #include "base/format.h"
 #include "camera/camera_choice.h"
 #include "camera/camera_json.h"
@@ -25,8 +26,7 @@ namespace borvanusb {
 namespace {
 
 constexpr std::uint64_t kSectorsPerLine = 64;
-constexpr std::uint8_t kErased = 0xFF;
-constexpr int kAddressDigits = 8;
+constexpr int kMapAddressDigits = 8;
 constexpr char kUsedSign = '#';
 constexpr char kBlankSign = '.';
 constexpr char kNoRegionSign = '-';
@@ -112,7 +112,7 @@ void ShowMap(const Range& range, const Ranges& used, const RegionRow& regions, O
   }
   const std::string letters = regions.SignsFor(range);
   for (std::uint64_t i = 0; i < signs.size(); i += kSectorsPerLine) {
-    const std::string address = Hex(range.first + i * kSectorSize, kAddressDigits);
+    const std::string address = Hex(range.first + i * kSectorSize, kMapAddressDigits);
     output.Line(Format("{}  {}", address, signs.substr(i, kSectorsPerLine)));
     if (!regions.IsEmpty()) {
       output.Line(Format("{:{}}  {}", "", address.size(), letters.substr(i, kSectorsPerLine)));

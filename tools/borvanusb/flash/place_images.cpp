@@ -4,14 +4,13 @@
 #include <utility>
 
 #include "base/failure.h"
+#include "base/flash_memory.h"
 #include "base/format.h"
 #include "flash/regions.h"
 
 namespace borvanusb {
 
 namespace {
-
-constexpr std::uint64_t kAddressSpace = std::uint64_t{1} << 32U;
 
 // Moves raw bytes to `address`. For a file with addresses, `address` is added to them.
 void Move(std::uint32_t address, ImageFile& file) {

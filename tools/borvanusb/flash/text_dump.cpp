@@ -10,7 +10,7 @@ namespace borvanusb {
 namespace {
 
 constexpr std::size_t kBytesPerLine = 8;
-constexpr int kAddressDigits = 8;
+constexpr int kDumpAddressDigits = 8;
 constexpr std::size_t kPrefix = 2;  // "0x", which these lines do not have
 
 }  // namespace
@@ -18,7 +18,7 @@ constexpr std::size_t kPrefix = 2;  // "0x", which these lines do not have
 std::string TextDump(std::uint32_t address, std::span<const std::uint8_t> bytes) {
   std::string text;
   for (std::size_t offset = 0; offset < bytes.size(); offset += kBytesPerLine) {
-    text += Hex(static_cast<std::uint32_t>(address + offset), kAddressDigits).substr(kPrefix);
+    text += Hex(static_cast<std::uint32_t>(address + offset), kDumpAddressDigits).substr(kPrefix);
     text += "h:";
     for (std::size_t i = offset; i < offset + kBytesPerLine; ++i) {
       text += " ";

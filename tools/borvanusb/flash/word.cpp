@@ -5,6 +5,7 @@
 
 #include "base/failure.h"
 #include "base/files.h"
+#include "base/flash_memory.h"
 #include "base/format.h"
 #include "base/sha256.h"
 #include "base/time_text.h"
@@ -30,7 +31,6 @@ namespace borvanusb {
 
 namespace {
 
-constexpr std::uint32_t kWordSize = 4;
 constexpr int kWordDigits = 8;
 constexpr const char* kCommand = "flash word";
 constexpr std::uint32_t kLastWord = std::numeric_limits<std::uint32_t>::max() - (kWordSize - 1);

@@ -9,7 +9,6 @@ namespace borvanusb {
 
 namespace {
 
-constexpr std::uint32_t kHighestSlave = 0xFF;
 constexpr int kMarkerDigits = 4;
 constexpr int kSlaveDigits = 2;
 

@@ -23,7 +23,6 @@ namespace borvanusb {
 namespace {
 
 constexpr std::uint32_t kRow = 16;
-constexpr std::uint32_t kHighestSlave = 0xFF;
 
 using Json = nlohmann::ordered_json;
 

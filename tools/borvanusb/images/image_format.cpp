@@ -7,6 +7,8 @@
 #include <string_view>
 #include <vector>
 
+#include "images/record_lines.h"
+
 namespace borvanusb {
 
 namespace {
@@ -15,7 +17,6 @@ using Bytes = std::vector<std::uint8_t>;
 
 constexpr std::size_t kLookedAt = 16384;  // enough for eight records of maximum length
 constexpr int kLinesLookedAt = 8;
-constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
 
 std::uint32_t LittleEndian(std::span<const std::uint8_t> bytes, std::size_t place) {
   return bytes[place] | std::uint32_t{bytes[place + 1]} << 8U |

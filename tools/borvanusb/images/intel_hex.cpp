@@ -13,12 +13,11 @@ namespace borvanusb {
 namespace {
 
 // Length, address, type and checksum stand beside the data.
-constexpr RecordRule kRule{5, 0};
+constexpr RecordRule kHexRule{5, 0};
 constexpr std::size_t kDataStart = 4;
 constexpr std::uint64_t kBank = 0x10000;  // range of a 16-bit address
 constexpr unsigned kBankBits = 16;
 constexpr unsigned kParagraphBits = 4;  // a segment starts at a multiple of 16
-constexpr std::size_t kBytesPerRecord = 16;
 
 enum Type : std::uint8_t {
   kData = 0,
@@ -39,7 +38,7 @@ struct HexRecord {
 };
 
 HexRecord RecordOf(const FilePlace& place, std::span<const std::uint8_t> bytes) {
-  CheckRecord(kRule, place, bytes);
+  CheckRecord(kHexRule, place, bytes);
   const HexRecord record{bytes[3], HighFirst(bytes.subspan(1, 2)),
                          bytes.subspan(kDataStart, bytes[0])};
   if (record.type >= kLengths.size()) {
@@ -131,7 +130,7 @@ std::string RecordText(std::uint8_t type, std::uint32_t address,
   AppendHighFirst(bytes, address, 2);
   bytes.push_back(type);
   bytes.insert(bytes.end(), data.begin(), data.end());
-  return RecordLine(kRule, ":", std::move(bytes));
+  return RecordLine(kHexRule, ":", std::move(bytes));
 }
 
 }  // namespace

@@ -10,8 +10,6 @@ namespace borvanusb {
 
 namespace {
 
-constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
-
 constexpr unsigned kBitsPerDigit = 4;
 
 unsigned DigitValue(const FilePlace& place, char character) {

@@ -14,6 +14,9 @@ namespace borvanusb {
 
 // Helpers for both text formats, which consist of lines with hexadecimal records.
 
+inline constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
+inline constexpr std::size_t kBytesPerRecord = 16;  // in files that the tool writes
+
 // Calls `take` for each line that is not blank, with its place and its text without trailing
 // blanks. Lines end with CR LF, LF or CR. A UTF-8 byte-order mark is skipped.
 void ForEachRecord(std::span<const std::uint8_t> file,

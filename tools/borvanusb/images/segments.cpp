@@ -3,13 +3,12 @@
 #include <algorithm>
 #include <iterator>
 
+#include "base/flash_memory.h"
 #include "base/format.h"
 
 namespace borvanusb {
 
 namespace {
-
-constexpr std::uint64_t kAddressSpace = std::uint64_t{1} << 32U;
 
 std::uint64_t EndOf(const std::pair<const std::uint32_t, std::vector<std::uint8_t>>& run) {
   return std::uint64_t{run.first} + run.second.size();

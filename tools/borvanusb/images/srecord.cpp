@@ -13,8 +13,7 @@ namespace borvanusb {
 namespace {
 
 // The length stands beside what it counts.
-constexpr RecordRule kRule{1, 0xFF};
-constexpr std::size_t kBytesPerRecord = 16;
+constexpr RecordRule kSRecordRule{1, 0xFF};
 constexpr std::uint64_t kHighestShortCount = 0xFFFF;   // of an S5 record
 constexpr std::uint64_t kHighestLongCount = 0xFFFFFF;  // of an S6 record
 // Bytes of the address or count, by type. S4 does not exist.
@@ -38,7 +37,7 @@ int TypeOf(const FilePlace& place, std::string_view line) {
 
 SRecord RecordOf(const FilePlace& place, int type, std::span<const std::uint8_t> bytes) {
   const std::size_t address = kAddressBytes.at(static_cast<std::size_t>(type));
-  CheckRecord(kRule, place, bytes);
+  CheckRecord(kSRecordRule, place, bytes);
   const std::size_t shortest = 1 + address + 1;
   const bool takes_data = type <= 3;
   if (bytes.size() < shortest || (!takes_data && bytes.size() != shortest)) {
@@ -114,7 +113,7 @@ std::string RecordText(int type, std::uint32_t address, std::span<const std::uin
   std::vector<std::uint8_t> bytes = {static_cast<std::uint8_t>(width + data.size() + 1)};
   AppendHighFirst(bytes, address, width);
   bytes.insert(bytes.end(), data.begin(), data.end());
-  return RecordLine(kRule, Format("S{}", type), std::move(bytes));
+  return RecordLine(kSRecordRule, Format("S{}", type), std::move(bytes));
 }
 
 // The type of the data records: 1, 2 or 3.

@@ -9,7 +9,7 @@ namespace borvanusb {
 namespace {
 
 constexpr unsigned kUnitShift = 10;
-constexpr std::size_t kMostBits = 64;
+constexpr std::size_t kMostDigits = 64;
 
 constexpr std::size_t kShortNumber = 12;
 constexpr std::uint8_t kNoDigit = 0xFF;
@@ -165,7 +165,7 @@ std::optional<SvdPattern> ParseSvdPattern(std::string_view text) {
     return number ? std::optional(SvdPattern{*number, std::numeric_limits<std::uint64_t>::max()})
                   : std::nullopt;
   }
-  if (digits.empty() || digits.size() > kMostBits) {
+  if (digits.empty() || digits.size() > kMostDigits) {
     return std::nullopt;
   }
   SvdPattern pattern{0, std::numeric_limits<std::uint64_t>::max()};

@@ -12,10 +12,10 @@ namespace borvanusb {
 
 namespace {
 
-constexpr std::string_view kComment = "!--";
+constexpr std::string_view kCommentMark = "!--";
 constexpr std::string_view kCharacterData = "![CDATA[";
 constexpr std::size_t kLongestReference = 10;  // "&#x10FFFF;"
-constexpr std::size_t kLongestQuote = 40;
+constexpr std::size_t kLongestTag = 40;
 
 constexpr std::array<bool, 256> NameCharacters() {
   std::array<bool, 256> table = {};
@@ -106,8 +106,8 @@ class XmlGuard {
 
   void Declaration(std::size_t start) {
     const std::string_view rest = std::string_view(text_).substr(start + 1);
-    if (rest.starts_with(kComment)) {
-      SkipTo("-->", start, start + 1 + kComment.size(), "a comment has no end: --> is missing");
+    if (rest.starts_with(kCommentMark)) {
+      SkipTo("-->", start, start + 1 + kCommentMark.size(), "a comment has no end: --> is missing");
     } else if (rest.starts_with(kCharacterData)) {
       SkipTo("]]>", start, start + 1 + kCharacterData.size(),
              "a CDATA section has no end: ]]> is missing");
@@ -140,7 +140,7 @@ class XmlGuard {
     }
     if (name != open_.back().name) {
       Fail(start,
-           Format("</{}> ends <{}> of line {}; allowed is </{}>", name.substr(0, kLongestQuote),
+           Format("</{}> ends <{}> of line {}; allowed is </{}>", name.substr(0, kLongestTag),
                   open_.back().name, LineAt(text_, open_.back().offset), open_.back().name));
     }
     place_ = start + name.size();

@@ -27,7 +27,6 @@ using Json = nlohmann::ordered_json;
 constexpr std::string_view kCamera = "camera";
 constexpr std::string_view kCameraColon = "camera:";
 constexpr std::string_view kPresetColon = "preset:";
-constexpr std::uint32_t kBitsOfDigit = 4;
 
 // Reads both sides of a comparison. Opens a camera only if a side needs one.
 class Sides {
@@ -132,7 +131,7 @@ class Sides {
 
 std::string SideText(const SnapshotDifference& difference, std::optional<std::uint64_t> value) {
   const RegisterAccess& access = difference.at.access;
-  const int digits = static_cast<int>(access.access_bits * access.accesses / kBitsOfDigit);
+  const int digits = ValueDigits(access);
   return value ? Hex(*value, digits) : std::string(static_cast<std::size_t>(digits) + 2, '-');
 }
 

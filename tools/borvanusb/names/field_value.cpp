@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <optional>
 
+#include "base/chip_register.h"
 #include "base/failure.h"
 #include "base/format.h"
 #include "base/name_pattern.h"
@@ -13,7 +14,6 @@ namespace borvanusb {
 namespace {
 
 constexpr std::uint32_t kWidest = 64;
-constexpr std::uint32_t kBitsOfDigit = 4;
 constexpr std::size_t kMostNames = 12;  // listed in a message
 
 std::uint64_t LowBits(std::uint32_t bits) {

@@ -4,6 +4,7 @@
 #include <map>
 #include <tuple>
 
+#include "base/chip_register.h"
 #include "base/width_modes.h"
 #include "camera/i2c_failure.h"
 #include "camera/register_readings.h"
@@ -15,14 +16,13 @@ namespace borvanusb {
 namespace {
 
 constexpr std::uint32_t kWideBits = 32;
-constexpr unsigned kPageShift = 16;
 // A single read takes eight transfers, including its check; a block of 56 registers takes six.
 constexpr std::uint64_t kMostSingleReads = 16;
 // Small enough to report progress and notice Ctrl-C at least once a second.
 constexpr std::uint64_t kChipPart = 128 * std::uint64_t{kRunBlock};
 constexpr std::uint64_t kI2cPart = 16 * std::uint64_t{kRunBlock};
 
-const AccessRule& RuleOf(const RegisterAccess& access) {
+const AccessRule& AccessRuleOf(const RegisterAccess& access) {
   static const AccessRule kPlain;
   return access.rule != nullptr ? *access.rule : kPlain;
 }
@@ -36,7 +36,7 @@ DeviceKey KeyOf(const RegisterAccess& access) {
 }
 
 bool IsReadAlone(const RegisterAccess& access) {
-  const AccessRule& rule = RuleOf(access);
+  const AccessRule& rule = AccessRuleOf(access);
   return access.read_once || !rule.before_read.empty() ||
          (access.accesses > 1 && rule.order != AccessOrder::kUpwards);
 }
@@ -78,7 +78,7 @@ std::vector<std::uint32_t> InTime(const RegisterAccess& access) {
   for (std::uint32_t i = 0; i < access.accesses; ++i) {
     places.push_back(i);
   }
-  if (RuleOf(access).order == AccessOrder::kDownwards) {
+  if (AccessRuleOf(access).order == AccessOrder::kDownwards) {
     std::ranges::reverse(places);
   }
   return places;
@@ -157,7 +157,7 @@ RegisterAccess I2cAccess(const I2cTarget& target, std::uint32_t address) {
 }
 
 unsigned ShiftOf(const RegisterAccess& access, std::uint32_t index) {
-  const bool high_first = RuleOf(access).bytes == ByteOrder::kHighFirst;
+  const bool high_first = AccessRuleOf(access).bytes == ByteOrder::kHighFirst;
   return access.access_bits * (high_first ? access.accesses - 1 - index : index);
 }
 
@@ -246,7 +246,7 @@ RegisterReading ReadAll(std::span<const RegisterAccess> registers, Camera& camer
 }
 
 std::uint64_t ReadOne(const RegisterAccess& access, Camera& camera) {
-  WriteLatches(access, RuleOf(access).before_read, camera);
+  WriteLatches(access, AccessRuleOf(access).before_read, camera);
   std::uint64_t value = 0;
   for (const std::uint32_t part : InTime(access)) {
     value |= std::uint64_t{ReadAt(access, AddressOf(access, part), camera)}
@@ -256,13 +256,24 @@ std::uint64_t ReadOne(const RegisterAccess& access, Camera& camera) {
 }
 
 void WriteOne(const RegisterAccess& access, std::uint64_t value, Camera& camera) {
-  WriteLatches(access, RuleOf(access).before_write, camera);
+  WriteLatches(access, AccessRuleOf(access).before_write, camera);
   const std::uint64_t mask = (std::uint64_t{1} << access.access_bits) - 1;
   for (const std::uint32_t part : InTime(access)) {
     WriteAt(access, AddressOf(access, part),
             static_cast<std::uint32_t>(value >> ShiftOf(access, part) & mask), camera);
   }
-  WriteLatches(access, RuleOf(access).after_write, camera);
+  WriteLatches(access, AccessRuleOf(access).after_write, camera);
+}
+
+std::uint64_t ValueBits(const RegisterAccess& access) {
+  constexpr std::uint32_t kWidest = 64;
+  constexpr std::uint64_t kAllBits = ~std::uint64_t{0};
+  const std::uint32_t bits = access.access_bits * access.accesses;
+  return access.mask & (bits >= kWidest ? kAllBits : ~(kAllBits << bits));
+}
+
+int ValueDigits(const RegisterAccess& access) {
+  return static_cast<int>(access.access_bits * access.accesses / kBitsOfDigit);
 }
 
 }  // namespace borvanusb

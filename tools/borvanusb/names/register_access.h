@@ -58,6 +58,10 @@ RegisterReading ReadAll(std::span<const RegisterAccess> registers, Camera& camer
 std::uint64_t ReadOne(const RegisterAccess& access, Camera& camera);
 void WriteOne(const RegisterAccess& access, std::uint64_t value, Camera& camera);
 
+// All bits of the register's value, and the hexadecimal digits of its number.
+std::uint64_t ValueBits(const RegisterAccess& access);
+int ValueDigits(const RegisterAccess& access);
+
 // The position in the register value of the lowest bit that access `index` transfers.
 unsigned ShiftOf(const RegisterAccess& access, std::uint32_t index);
 

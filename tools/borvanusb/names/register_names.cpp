@@ -68,7 +68,7 @@ std::string InSmallLetters(std::string_view text) {
   return small;
 }
 
-const AccessRule& RuleOf(const ProfileMap& map, const MapRegister& in_map) {
+const AccessRule& AccessRuleOf(const ProfileMap& map, const MapRegister& in_map) {
   const auto found = map.register_rules.find(in_map.name);
   return found != map.register_rules.end() ? found->second : map.rule;
 }
@@ -107,7 +107,7 @@ RegisterNames::RegisterNames(std::shared_ptr<const CameraProfile> profile)
         unreachable_.push_back(Format("{}: {}", name, why));
         continue;
       }
-      registers_.push_back({std::move(name), &map, &in_map, &RuleOf(map, in_map),
+      registers_.push_back({std::move(name), &map, &in_map, &AccessRuleOf(map, in_map),
                             static_cast<std::uint32_t>(map.base + in_map.address), accesses});
     }
   }

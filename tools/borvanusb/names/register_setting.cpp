@@ -13,14 +13,6 @@ namespace borvanusb {
 
 namespace {
 
-constexpr std::uint64_t kAllBits = ~std::uint64_t{0};
-
-std::uint64_t MaskOf(const RegisterAccess& access) {
-  constexpr std::uint32_t kWidest = 64;
-  const std::uint32_t bits = access.access_bits * access.accesses;
-  return access.mask & (bits >= kWidest ? kAllBits : ~(kAllBits << bits));
-}
-
 bool IsSameRegister(const RegisterAccess& one, const RegisterAccess& other) {
   return one.on_i2c == other.on_i2c && one.address == other.address && one.width == other.width &&
          one.accesses == other.accesses && one.target.slave == other.target.slave &&
@@ -36,7 +28,7 @@ RegisterSetting NumberSetting(const std::string& word, const std::string& text,
   }
   RegisterSetting setting;
   setting.access = found.front().access;
-  setting.bits = MaskOf(setting.access);
+  setting.bits = ValueBits(setting.access);
   const auto value = ParseNumber(text);
   if (!value || *value > setting.bits) {
     throw Failure(ExitCode::kUsage,
@@ -54,7 +46,7 @@ std::uint64_t BitsToRead(const RegisterSetting& setting) {
   if (setting.named == nullptr) {
     return 0;
   }
-  const std::uint64_t mask = MaskOf(setting.access);
+  const std::uint64_t mask = ValueBits(setting.access);
   return KeptBitsOf(*setting.named->in_map->form, mask).as_read & ~setting.bits & mask;
 }
 
@@ -76,7 +68,7 @@ std::uint64_t Combined(const RegisterSetting& setting, std::uint64_t before) {
   if (setting.named == nullptr) {
     return setting.value;
   }
-  const std::uint64_t mask = MaskOf(setting.access);
+  const std::uint64_t mask = ValueBits(setting.access);
   const KeptBits kept = KeptBitsOf(*setting.named->in_map->form, mask);
   return setting.value | (kept.ones & ~setting.bits & mask) | (before & BitsToRead(setting));
 }
@@ -85,14 +77,12 @@ std::uint64_t Combined(const RegisterSetting& setting, std::uint64_t before) {
 std::uint64_t BitsToVerify(const RegisterSetting& setting) {
   return setting.named == nullptr
              ? setting.bits
-             : BitsThatReadBack(*setting.named->in_map->form, MaskOf(setting.access)) &
+             : BitsThatReadBack(*setting.named->in_map->form, ValueBits(setting.access)) &
                    setting.bits;
 }
 
 std::string RegisterText(const RegisterSetting& setting, std::uint64_t value) {
-  constexpr std::uint32_t kBitsOfDigit = 4;
-  return Hex(value,
-             static_cast<int>(setting.access.access_bits * setting.access.accesses / kBitsOfDigit));
+  return Hex(value, ValueDigits(setting.access));
 }
 
 // Reads the register back. If bits that the setting does not name have changed, a part of the write
@@ -138,7 +128,7 @@ RegisterSetting MakeSetting(const std::string& word, const std::string& value,
   RegisterSetting setting;
   setting.access = AccessOf(*target.of);
   if (target.field != nullptr &&
-      (BitsOf(*target.field) == 0 || (BitsOf(*target.field) & ~MaskOf(setting.access)) != 0)) {
+      (BitsOf(*target.field) == 0 || (BitsOf(*target.field) & ~ValueBits(setting.access)) != 0)) {
     throw Failure(ExitCode::kFile,
                   Format("{}: lies outside of its register, which has {} bits", NameOf(target),
                          target.of->Bits()),
@@ -147,7 +137,7 @@ RegisterSetting MakeSetting(const std::string& word, const std::string& value,
   setting.named = target.of;
   setting.targets = {target};
   const std::uint64_t number = WritableValue(target, value);
-  setting.bits = target.field != nullptr ? BitsOf(*target.field) : MaskOf(setting.access);
+  setting.bits = target.field != nullptr ? BitsOf(*target.field) : ValueBits(setting.access);
   setting.value = target.field != nullptr ? number << target.field->bit_offset : number;
   return setting;
 }

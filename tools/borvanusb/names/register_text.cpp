@@ -16,12 +16,7 @@ namespace {
 
 using Json = nlohmann::ordered_json;
 
-constexpr std::uint32_t kBitsOfDigit = 4;
 constexpr int kChipAddressDigits = 4;
-
-int ValueDigits(const RegisterAccess& access) {
-  return static_cast<int>(access.access_bits * access.accesses / kBitsOfDigit);
-}
 
 std::string NameOfWord(const WordTarget& target) {
   return target.target.of != nullptr ? NameOf(target.target) : std::string();

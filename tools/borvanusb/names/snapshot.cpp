@@ -9,14 +9,6 @@ namespace borvanusb {
 
 namespace {
 
-constexpr std::uint64_t kAllBits = ~std::uint64_t{0};
-
-std::uint64_t BitsOf(const RegisterAccess& access) {
-  constexpr std::uint32_t kWidest = 64;
-  const std::uint32_t bits = access.access_bits * access.accesses;
-  return access.mask & (bits >= kWidest ? kAllBits : ~(kAllBits << bits));
-}
-
 // Combines the accesses of a register to its value. Returns nothing if one of them is missing.
 std::optional<std::pair<std::uint64_t, std::uint64_t>> Whole(const RegisterAccess& access,
                                                              const Snapshot& snapshot) {
@@ -31,7 +23,7 @@ std::optional<std::pair<std::uint64_t, std::uint64_t>> Whole(const RegisterAcces
     value |= std::uint64_t{part->second.value} << shift;
     bits |= std::uint64_t{part->second.bits} << shift;
   }
-  return std::pair{value & access.mask, bits & BitsOf(access)};
+  return std::pair{value & access.mask, bits & ValueBits(access)};
 }
 
 bool IsReadable(const NamedRegister& named) {
@@ -61,7 +53,7 @@ RegisterAccess AccessOf(const AccessKey& key) {
 
 void Put(const RegisterAccess& access, std::uint64_t value, std::uint64_t bits,
          Snapshot& snapshot) {
-  const std::uint64_t part = ~(kAllBits << access.access_bits);
+  const std::uint64_t part = ~(~std::uint64_t{0} << access.access_bits);
   for (std::uint32_t i = 0; i < access.accesses; ++i) {
     const unsigned shift = ShiftOf(access, i);
     const auto known = static_cast<std::uint32_t>(bits >> shift & part);
@@ -84,7 +76,7 @@ Snapshot ResetSnapshot(const RegisterNames& names) {
   for (const NamedRegister& named : names.All()) {
     const MapRegisterForm& form = *named.in_map->form;
     const RegisterAccess access = AccessOf(named);
-    const std::uint64_t bits = form.reset_mask & BitsOf(access);
+    const std::uint64_t bits = form.reset_mask & ValueBits(access);
     if (IsReadable(named) && bits != 0) {
       Put(access, form.reset_value, bits, snapshot);
     }
@@ -131,7 +123,7 @@ Snapshot ReadSnapshot(std::span<const WordTarget> registers, Camera& camera, Con
   }
   Snapshot snapshot;
   for (std::size_t i = 0; i < registers.size(); ++i) {
-    Put(registers[i].access, reading.values[i], BitsOf(registers[i].access), snapshot);
+    Put(registers[i].access, reading.values[i], ValueBits(registers[i].access), snapshot);
   }
   return snapshot;
 }

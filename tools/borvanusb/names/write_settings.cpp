@@ -16,10 +16,8 @@ namespace {
 using Json = nlohmann::ordered_json;
 
 std::string ValueOf(const RegisterSetting& setting, std::uint64_t value) {
-  constexpr std::uint32_t kBitsOfDigit = 4;
-  return setting.named != nullptr
-             ? ValueText({setting.named, nullptr}, value)
-             : Hex(value, static_cast<int>(setting.access.access_bits / kBitsOfDigit));
+  return setting.named != nullptr ? ValueText({setting.named, nullptr}, value)
+                                  : Hex(value, ValueDigits(setting.access));
 }
 
 void PrintWritten(const RegisterSetting& setting, const WrittenSetting& written, Output& output) {

@@ -98,7 +98,7 @@ void ReadI2cDevice(const JsonNode& item, ProfileMap& map, ValueReader& values) {
   map.access_bits = static_cast<std::uint32_t>(WidthModeOf(map.target.mode).data_bits);
 }
 
-void LoadMap(const JsonNode& item, const ProfileFiles& files, ProfileMap& map,
+void LoadMap(const JsonNode& item, const FilesOfProfile& files, ProfileMap& map,
              ValueReader& values) {
   const std::string name = values.NeededText(item, "file");
   if (name.empty()) {
@@ -138,7 +138,7 @@ void ReadRegisterRules(const JsonNode& item, ProfileMap& map, ValueReader& value
   }
 }
 
-std::optional<ProfileMap> ReadMap(const JsonNode& item, const ProfileFiles& files,
+std::optional<ProfileMap> ReadMap(const JsonNode& item, const FilesOfProfile& files,
                                   ValueReader& values) {
   if (!values.IsObject(item, {"file", "prefix", "device", "access", "slave", "mode", "option",
                               "base", "step", "byte-order", "access-order", "before-read",
@@ -179,7 +179,7 @@ std::optional<ProfileMap> ReadMap(const JsonNode& item, const ProfileFiles& file
 
 }  // namespace
 
-std::vector<ProfileMap> ReadMapSection(const JsonNode* node, const ProfileFiles& files,
+std::vector<ProfileMap> ReadMapSection(const JsonNode* node, const FilesOfProfile& files,
                                        ValueReader& values) {
   std::vector<ProfileMap> maps;
   for (const JsonNode& item : values.Items(node)) {

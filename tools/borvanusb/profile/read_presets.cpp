@@ -8,7 +8,7 @@ namespace borvanusb {
 
 namespace {
 
-std::optional<ProfilePreset> ReadPreset(const JsonNode& item, const ProfileFiles& files,
+std::optional<ProfilePreset> ReadPreset(const JsonNode& item, const FilesOfProfile& files,
                                         ValueReader& values) {
   if (!values.IsObject(item, {"name", "description", "file", "kind", "settings"})) {
     return std::nullopt;
@@ -36,7 +36,7 @@ std::optional<ProfilePreset> ReadPreset(const JsonNode& item, const ProfileFiles
 
 }  // namespace
 
-std::vector<ProfilePreset> ReadPresetSection(const JsonNode* node, const ProfileFiles& files,
+std::vector<ProfilePreset> ReadPresetSection(const JsonNode* node, const FilesOfProfile& files,
                                              ValueReader& values) {
   std::vector<ProfilePreset> presets;
   for (const JsonNode& item : values.Items(node)) {

@@ -119,10 +119,10 @@ ProfileReading ReadProfileText(std::string_view text, const std::string& file,
     return reading;
   }
   const std::string folder = FolderOf(file);
-  const ProfileFiles files{[&](const std::string& name) {
-                             return IsFullName(name) ? name : Format("{}{}", folder, name);
-                           },
-                           read};
+  const FilesOfProfile files{[&](const std::string& name) {
+                               return IsFullName(name) ? name : Format("{}{}", folder, name);
+                             },
+                             read};
   CameraProfile& profile = reading.profile;
   profile.name = values.NeededText(root, "name");
   profile.description = values.Text(root, "description").value_or("");

@@ -1,4 +1,5 @@
 #include "registers/diff.h"
+#include "base/chip_register.h"
 #include "base/failure.h"
 #include "base/files.h"
 #include "base/format.h"
@@ -16,10 +17,6 @@
 namespace borvanusb {
 
 namespace {
-
-constexpr unsigned kPageShift = 16;
-constexpr int kAddressDigits = 4;
-constexpr std::uint64_t kByte = 0xFF;
 
 // Throws if the list can't be loaded, because then its values are meaningless. For example, an I2C
 // list contains registers of another chip.
@@ -42,7 +39,7 @@ Snapshot RegistersOfListFile(const std::string& file, Context& context) {
   }
   Snapshot values;
   for (const auto& [address, value] : RegistersOf(entries)) {
-    Put(ChipAccess(page << kPageShift | address, false), value, kByte, values);
+    Put(ChipAccess(page << kPageShift | address, false), value, kLowByte, values);
   }
   return values;
 }

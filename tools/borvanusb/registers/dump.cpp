@@ -1,5 +1,6 @@
 #include <nlohmann/json.hpp>
 
+#include "base/chip_register.h"
 #include "base/failure.h"
 #include "base/files.h"
 #include "base/format.h"
@@ -17,8 +18,6 @@
 namespace borvanusb {
 
 namespace {
-
-constexpr unsigned kPageShift = 16;
 
 // A list contains its page only once, and loading uses the low 16 bits of each address.
 void CheckOnePage(const Range& range) {

@@ -4,6 +4,7 @@
 #include <functional>
 #include <nlohmann/json.hpp>
 
+#include "base/chip_register.h"
 #include "base/failure.h"
 #include "base/format.h"
 #include "base/numbers.h"
@@ -17,8 +18,6 @@ namespace borvanusb {
 
 namespace {
 
-constexpr int kAddressDigits = 4;
-constexpr int kValueDigits = 2;
 constexpr std::size_t kMostNamed = 4;
 // The minimum number of adjacent registers for a job, and the maximum for one job: a multiple of
 // the 56 registers that the chip delivers at once.
@@ -75,7 +74,7 @@ std::string NameOf(const WrongRegister& wrong) {
 }
 
 std::string TextOf(const WrongRegister& wrong) {
-  const int digits = wrong.i2c ? WidthModeOf(wrong.i2c->mode).value_digits : kValueDigits;
+  const int digits = wrong.i2c ? WidthModeOf(wrong.i2c->mode).value_digits : kByteDigits;
   return Format("{} is {} (expected {})", NameOf(wrong), Hex(wrong.found, digits),
                 Hex(wrong.expected, digits));
 }

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <nlohmann/json.hpp>
 
+#include "base/chip_register.h"
 #include "base/format.h"
 #include "camera/camera_choice.h"
 #include "camera/host.h"
@@ -20,12 +21,6 @@
 namespace borvanusb {
 
 namespace {
-
-constexpr int kAddressDigits = 4;
-
-int ValueDigits(bool wide) {
-  return wide ? 8 : 2;
-}
 
 void TellBlocks(const RegisterReading& reading, Context& context) {
   if (!reading.checked) {

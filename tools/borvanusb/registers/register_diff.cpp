@@ -1,5 +1,6 @@
 #include "registers/register_diff.h"
 
+#include "base/chip_register.h"
 #include "registers/register_list.h"
 
 namespace borvanusb {
@@ -8,7 +9,6 @@ namespace {
 
 constexpr std::size_t kPageEntries = 2;
 constexpr unsigned kPageHighShift = 8;
-constexpr std::uint32_t kByte = 0xFF;
 
 }  // namespace
 
@@ -56,7 +56,7 @@ std::uint32_t PageOf(const std::vector<ListEntry>& entries) {
       return 0;
     }
   }
-  return (entries[0].value & kByte) << kPageHighShift | (entries[1].value & kByte);
+  return (entries[0].value & kLowByte) << kPageHighShift | (entries[1].value & kLowByte);
 }
 
 }  // namespace borvanusb

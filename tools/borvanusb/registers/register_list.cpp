@@ -2,6 +2,7 @@
 
 #include <utility>
 
+#include "base/chip_register.h"
 #include "base/format.h"
 #include "registers/list_markers.h"
 
@@ -11,9 +12,6 @@ namespace {
 
 constexpr std::uint32_t kHighestAddress = 0xFFFF;
 constexpr std::uint32_t kHighestValue = 0xFF;
-constexpr int kAddressDigits = 4;
-constexpr int kValueDigits = 2;
-constexpr int kWideDigits = 8;
 
 // The library sends this many adjacent registers as one block, with the delay values of the first
 // one.
@@ -194,8 +192,8 @@ class Checker {
 
 std::string PageLines(std::uint32_t address) {
   return Format("{}\n{}\n",
-                ListLine(kFirstDelayMarker, address >> 24U, kAddressDigits, kValueDigits),
-                ListLine(kSecondDelayMarker, address >> 16U & 0xFFU, kAddressDigits, kValueDigits));
+                ListLine(kFirstDelayMarker, address >> 24U, kAddressDigits, kByteDigits),
+                ListLine(kSecondDelayMarker, address >> 16U & 0xFFU, kAddressDigits, kByteDigits));
 }
 
 }  // namespace
@@ -218,7 +216,7 @@ std::vector<bool> InsideBlocks(const std::vector<ListEntry>& entries) {
 std::string RegisterListText(const std::vector<ListEntry>& entries) {
   std::string text;
   for (const ListEntry& entry : entries) {
-    text += Format("{}\n", ListLine(entry.address, entry.value, kAddressDigits, kValueDigits));
+    text += Format("{}\n", ListLine(entry.address, entry.value, kAddressDigits, kByteDigits));
   }
   return text;
 }
@@ -228,7 +226,7 @@ std::string RegisterDumpText(const Range& range, std::span<const std::uint32_t> 
   for (std::size_t i = 0; i < values.size(); ++i) {
     const auto register_address = static_cast<std::uint32_t>((range.first & kHighestAddress) + i);
     const std::string line =
-        Format("{}\n", ListLine(register_address, values[i], kAddressDigits, kValueDigits));
+        Format("{}\n", ListLine(register_address, values[i], kAddressDigits, kByteDigits));
     text +=
         IsMarker(register_address) ? Format("// no list can write this register: {}", line) : line;
   }

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <nlohmann/json.hpp>
 
+#include "base/chip_register.h"
 #include "base/failure.h"
 #include "base/format.h"
 #include "camera/camera_choice.h"
@@ -22,12 +23,6 @@
 namespace borvanusb {
 
 namespace {
-
-constexpr int kAddressDigits = 4;
-
-int ValueDigits(bool wide) {
-  return wide ? 8 : 2;
-}
 
 bool IsSetting(const std::string& word) {
   return word.find('=') != std::string::npos;

@@ -2,6 +2,7 @@
 
 #include <utility>
 
+#include "base/chip_register.h"
 #include "base/width_modes.h"
 #include "registers/list_markers.h"
 #include "registers/register_list.h"
@@ -10,7 +11,6 @@ namespace borvanusb {
 
 namespace {
 
-constexpr std::uint32_t kByte = 0xFF;
 constexpr unsigned kFirstShift = 24;
 constexpr unsigned kSecondShift = 16;
 
@@ -20,7 +20,7 @@ struct Markers {
   std::uint32_t second = 0;
 
   std::uint32_t Page() const {
-    return (first & kByte) << kFirstShift | (second & kByte) << kSecondShift;
+    return (first & kLowByte) << kFirstShift | (second & kLowByte) << kSecondShift;
   }
 };
 
@@ -76,7 +76,7 @@ class I2cWriter {
       return;
     }
     if (entry.address == kSlaveMarker) {
-      slave_ = entry.value & kByte;
+      slave_ = entry.value & kLowByte;
       slave_seen_ = true;
       return;
     }
@@ -119,7 +119,7 @@ RegisterValues WrittenRegisters(const std::vector<ListEntry>& entries, ListMarke
   RegisterValues values;
   for (const MarkedRegister& written : MarkedRegisters(entries)) {
     const std::uint32_t page = markers == ListMarkers::kPage ? written.page : 0;
-    values[page | written.entry->address] = written.entry->value & kByte;
+    values[page | written.entry->address] = written.entry->value & kLowByte;
   }
   return values;
 }

@@ -3,6 +3,7 @@
 #include <nlohmann/json.hpp>
 
 #include "base/failure.h"
+#include "base/flash_memory.h"
 #include "base/format.h"
 #include "camera/camera_choice.h"
 #include "command/camera_work.h"
@@ -37,7 +38,6 @@ constexpr std::uint64_t kSingleTransfers = std::uint64_t{2} * 3;
 
 // Programming 1 MiB: packets of 60 bytes, erases of 4096 bytes, and reading before and after.
 constexpr std::uint64_t kImageSize = std::uint64_t{1} << 20U;
-constexpr std::uint64_t kWritePacket = 60;
 constexpr std::uint64_t kProgramTransfers =
     (kImageSize + kWritePacket - 1) / kWritePacket + kImageSize / kSectorSize;
 

@@ -68,7 +68,7 @@ void TellFlashSize(const FlashSizeAnswer& size, Context& context) {
 }
 
 // The summary of one camera among several.
-std::string Summary(const nlohmann::ordered_json& result) {
+std::string InfoSummary(const nlohmann::ordered_json& result) {
   const nlohmann::ordered_json& size = result.at("flash").at("size");
   return Format("feature register {}, {} I2C lists, flash {}",
                 Hex(result.value("feature_register", 0U), 2),
@@ -81,7 +81,7 @@ std::string Summary(const nlohmann::ordered_json& result) {
 ExitCode Run(const InfoCommand& command, Context& context) {
   if (IsForSeveral(command.all, context)) {
     const auto words = [&](const CameraIdentity&) { return WordsForOne(context.common.words); };
-    return RunForSeveral({words, Summary, false}, command.all, context);
+    return RunForSeveral({words, InfoSummary, false}, command.all, context);
   }
   const CameraIdentity identity = ChosenCamera(context.host, context.common.cameras);
   // Printed before accessing the camera, so that the known facts appear even if it does not answer.

@@ -3,6 +3,7 @@
 #include <string_view>
 #include <vector>
 
+#include "base/chip_register.h"
 #include "base/format.h"
 #include "base/numbers.h"
 #include "base/width_modes.h"
@@ -16,9 +17,6 @@ namespace {
 
 constexpr std::string_view kWidePrefix = "wide:";
 constexpr std::string_view kI2cPrefix = "i2c:";
-constexpr std::uint64_t kHighestSlave = 0xFF;
-constexpr int kAddressDigits = 4;
-constexpr std::uint32_t kBitsPerDigit = 4;
 constexpr int kWidestName = 64;
 
 std::uint32_t Address(std::string_view text) {
@@ -105,7 +103,7 @@ Operand ResolveOperand(const std::string& text, const CameraIdentity& camera, Co
 std::string ValueText(const Operand& operand, std::uint64_t value) {
   const NamedTarget& target = operand.at.target;
   if (target.of == nullptr) {
-    return Hex(value, static_cast<int>(operand.at.access.access_bits / kBitsPerDigit));
+    return Hex(value, static_cast<int>(operand.at.access.access_bits / kBitsOfDigit));
   }
   const std::string meaning = target.field != nullptr ? MeaningOf(*target.field, value) : "";
   return Format("{}{}", ValueText(target, value), meaning.empty() ? "" : Format(" ({})", meaning));

@@ -41,7 +41,7 @@ ExitCode LoadList(const ProfilePreset& preset, bool verify, Context& context) {
   return Run(load, context);
 }
 
-std::string Summary(const nlohmann::ordered_json& result) {
+std::string PresetSummary(const nlohmann::ordered_json& result) {
   return result.contains("writes") ? Format("{} set", Count(result["writes"].size(), "register"))
                                    : std::string("set");
 }
@@ -49,7 +49,7 @@ std::string Summary(const nlohmann::ordered_json& result) {
 // Each camera uses the preset of its own profile.
 ExitCode ApplyToSeveral(bool all, Context& context) {
   const auto words = [&](const CameraIdentity&) { return WordsForOne(context.common.words); };
-  return RunForSeveral({words, Summary}, all, context);
+  return RunForSeveral({words, PresetSummary}, all, context);
 }
 
 }  // namespace

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <span>
 
+#include "base/chip_register.h"
 #include "base/format.h"
 #include "base/numbers.h"
 #include "command/camera_work.h"
@@ -20,7 +21,6 @@ constexpr std::uint64_t kFlashSize = 4096;
 constexpr std::uint32_t kOffset = 37;
 constexpr std::uint64_t kOffsetSize = 300;
 constexpr std::uint32_t kPeekStep = 252;  // reads words at every position within a packet
-constexpr std::uint32_t kByte = 0xFF;
 
 std::string TwoValues(const std::string& what, std::uint32_t first, std::uint32_t second,
                       int digits) {
@@ -41,9 +41,9 @@ std::string FeatureTwice(Camera& camera) {
 std::string WideAgrees(Camera& camera) {
   const std::uint32_t wide = camera.ReadRegister(kFeatureRegister, RegisterWidth::kWide);
   const std::uint32_t byte = camera.ReadRegister(kFeatureRegister, RegisterWidth::kByte);
-  return (wide & kByte) == byte ? ""
-                                : Format("register 0x1a3 reads as {} wide and as {} as a byte",
-                                         Hex(wide, 8), Hex(byte, 2));
+  return (wide & kLowByte) == byte ? ""
+                                   : Format("register 0x1a3 reads as {} wide and as {} as a byte",
+                                            Hex(wide, 8), Hex(byte, 2));
 }
 
 std::string RunAgrees(Camera& camera) {

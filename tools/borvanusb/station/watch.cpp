@@ -48,10 +48,7 @@ int AddressDigits(const RegisterAccess& access) {
 }
 
 std::string TextOf(const WordTarget& at, std::uint64_t value) {
-  constexpr std::uint32_t kBitsOfDigit = 4;
-  return at.target.of != nullptr
-             ? ValueText(at.target, value)
-             : Hex(value, static_cast<int>(at.access.access_bits / kBitsOfDigit));
+  return at.target.of != nullptr ? ValueText(at.target, value) : Hex(value, ValueDigits(at.access));
 }
 
 std::string MeaningOf(const WordTarget& at, std::uint64_t value) {

@@ -12,8 +12,6 @@ namespace borvanusb {
 
 namespace {
 
-using Json = nlohmann::json;
-
 // The deepest valid body is a list of words in an object.
 constexpr int kDeepest = 8;
 
@@ -21,35 +19,37 @@ Failure Wrong(const std::string& message) {
   return {ExitCode::kUsage, message, "docs/workbench-api.md describes the requests."};
 }
 
-Json Parsed(const std::string& text) {
-  const auto check_depth = [](int depth, Json::parse_event_t /*event*/, Json& /*parsed*/) {
+nlohmann::json Parsed(const std::string& text) {
+  const auto check_depth = [](int depth, nlohmann::json::parse_event_t /*event*/,
+                              nlohmann::json& /*parsed*/) {
     if (depth > kDeepest) {
       throw Wrong("the body has too many levels");
     }
     return true;
   };
   try {
-    return Json::parse(text, check_depth);
-  } catch (const Json::exception&) {
+    return nlohmann::json::parse(text, check_depth);
+  } catch (const nlohmann::json::exception&) {
     throw Wrong("the body is not valid JSON");
   }
 }
 
 }  // namespace
 
-JsonBody::JsonBody(const std::string& text) : json_(std::make_unique<Json>(Parsed(text))) {
+JsonBody::JsonBody(const std::string& text)
+    : json_(std::make_unique<nlohmann::json>(Parsed(text))) {
   if (!json_->is_object()) {
     throw Wrong("the body is not a JSON object");
   }
 }
 
-JsonBody::JsonBody(std::unique_ptr<Json> json) : json_(std::move(json)) {}
+JsonBody::JsonBody(std::unique_ptr<nlohmann::json> json) : json_(std::move(json)) {}
 
 JsonBody::JsonBody(JsonBody&& other) noexcept = default;
 
 JsonBody::~JsonBody() = default;
 
-const Json* JsonBody::Find(const char* key) const {
+const nlohmann::json* JsonBody::Find(const char* key) const {
   const auto found = json_->find(key);
   return found == json_->end() || found->is_null() ? nullptr : &*found;
 }
@@ -63,29 +63,29 @@ std::string JsonBody::Text(const char* key) const {
 }
 
 std::vector<std::string> JsonBody::Texts(const char* key) const {
-  const Json* const list = Find(key);
+  const nlohmann::json* const list = Find(key);
   if (list == nullptr || !list->is_array() ||
-      !std::ranges::all_of(*list, [](const Json& item) { return item.is_string(); })) {
+      !std::ranges::all_of(*list, [](const nlohmann::json& item) { return item.is_string(); })) {
     throw Wrong(Format("{}: a list of texts is needed", key));
   }
   return list->get<std::vector<std::string>>();
 }
 
 std::vector<JsonBody> JsonBody::Objects(const char* key) const {
-  const Json* const list = Find(key);
+  const nlohmann::json* const list = Find(key);
   if (list == nullptr || !list->is_array() ||
-      !std::ranges::all_of(*list, [](const Json& item) { return item.is_object(); })) {
+      !std::ranges::all_of(*list, [](const nlohmann::json& item) { return item.is_object(); })) {
     throw Wrong(Format("{}: a list of objects is needed", key));
   }
   std::vector<JsonBody> objects;
-  for (const Json& item : *list) {
-    objects.push_back(JsonBody(std::make_unique<Json>(item)));
+  for (const nlohmann::json& item : *list) {
+    objects.push_back(JsonBody(std::make_unique<nlohmann::json>(item)));
   }
   return objects;
 }
 
 std::optional<std::string> JsonBody::OptionalText(const char* key) const {
-  const Json* const text = Find(key);
+  const nlohmann::json* const text = Find(key);
   if (text == nullptr) {
     return std::nullopt;
   }
@@ -96,7 +96,7 @@ std::optional<std::string> JsonBody::OptionalText(const char* key) const {
 }
 
 std::optional<bool> JsonBody::OptionalFlag(const char* key) const {
-  const Json* const flag = Find(key);
+  const nlohmann::json* const flag = Find(key);
   if (flag == nullptr) {
     return std::nullopt;
   }
@@ -107,7 +107,7 @@ std::optional<bool> JsonBody::OptionalFlag(const char* key) const {
 }
 
 std::optional<double> JsonBody::OptionalNumber(const char* key) const {
-  const Json* const number = Find(key);
+  const nlohmann::json* const number = Find(key);
   if (number == nullptr) {
     return std::nullopt;
   }

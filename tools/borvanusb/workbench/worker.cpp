@@ -7,13 +7,11 @@ namespace borvanusb {
 
 namespace {
 
-using Json = nlohmann::json;
-
 constexpr std::array<const char*, 4> kOrders = {"enter", "run", "repeat", "stop"};
 constexpr std::array<const char*, 4> kReports = {"out", "error", "round", "end"};
 
-std::string Text(const Json& json) {
-  return json.dump(-1, ' ', false, Json::error_handler_t::replace) + "\n";
+std::string Text(const nlohmann::json& json) {
+  return json.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace) + "\n";
 }
 
 template <typename Kind>
@@ -26,17 +24,17 @@ std::optional<Kind> KindOf(const std::array<const char*, 4>& names, const std::s
   return std::nullopt;
 }
 
-Json JsonOf(const std::vector<WorkerOrder::Repeated>& repeated) {
-  Json list = Json::array();
+nlohmann::json JsonOf(const std::vector<WorkerOrder::Repeated>& repeated) {
+  nlohmann::json list = nlohmann::json::array();
   for (const WorkerOrder::Repeated& each : repeated) {
     list.push_back({{"words", each.words}, {"rate", each.rate}});
   }
   return list;
 }
 
-std::vector<WorkerOrder::Repeated> RepeatedIn(const Json& list) {
+std::vector<WorkerOrder::Repeated> RepeatedIn(const nlohmann::json& list) {
   std::vector<WorkerOrder::Repeated> repeated;
-  for (const Json& each : list) {
+  for (const nlohmann::json& each : list) {
     repeated.push_back(
         {each.at("words").get<std::vector<std::string>>(), each.at("rate").get<double>()});
   }
@@ -63,7 +61,7 @@ std::string LineOf(const WorkerReport& report) {
 
 std::optional<WorkerOrder> ReadOrder(std::string_view line) {
   try {
-    const Json json = Json::parse(line);
+    const nlohmann::json json = nlohmann::json::parse(line);
     const auto kind = KindOf<WorkerOrder::Kind>(kOrders, json.at("order").get<std::string>());
     if (!kind) {
       return std::nullopt;
@@ -71,14 +69,14 @@ std::optional<WorkerOrder> ReadOrder(std::string_view line) {
     return WorkerOrder{*kind, json.at("number").get<std::uint64_t>(),
                        json.at("words").get<std::vector<std::string>>(),
                        RepeatedIn(json.at("repeated")), json.at("text").get<std::string>()};
-  } catch (const Json::exception&) {
+  } catch (const nlohmann::json::exception&) {
     return std::nullopt;
   }
 }
 
 std::optional<WorkerReport> ReadReport(std::string_view line) {
   try {
-    const Json json = Json::parse(line);
+    const nlohmann::json json = nlohmann::json::parse(line);
     const auto kind = KindOf<WorkerReport::Kind>(kReports, json.at("report").get<std::string>());
     if (!kind) {
       return std::nullopt;
@@ -86,7 +84,7 @@ std::optional<WorkerReport> ReadReport(std::string_view line) {
     return WorkerReport{*kind, json.at("number").get<std::uint64_t>(),
                         json.at("text").get<std::string>(), json.at("code").get<int>(),
                         json.at("index").get<std::size_t>()};
-  } catch (const Json::exception&) {
+  } catch (const nlohmann::json::exception&) {
     return std::nullopt;
   }
 }

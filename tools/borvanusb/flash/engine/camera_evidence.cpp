@@ -3,16 +3,15 @@
 #include <algorithm>
 #include <array>
 
+#include "base/flash_memory.h"
 #include "flash/engine/byte_ranges.h"
 
 namespace borvanusb {
 
 namespace {
 
-constexpr std::uint32_t kBlankWord = 0xFFFFFFFF;
 // A word that can't be read is returned as 0.
 constexpr std::uint32_t kZeroWord = 0;
-constexpr std::uint32_t kWordSize = 4;
 // Every flash has the first 64 KiB. Addresses after the change are not used, because addresses may
 // wrap at the flash's end.
 constexpr std::uint64_t kSure = std::uint64_t{64} << 10U;
@@ -22,15 +21,7 @@ constexpr std::uint64_t kStagger = 0x0A94;
 constexpr std::array<std::uint32_t, 2> kDistances = {0x4, 0xE10};
 
 bool Says(std::uint32_t word) {
-  return word != kBlankWord && word != kZeroWord;
-}
-
-std::uint32_t WordAt(std::span<const std::uint8_t> bytes, std::uint64_t offset) {
-  std::uint32_t word = 0;
-  for (const std::uint8_t byte : bytes.subspan(offset, kWordSize)) {
-    word = word << 8U | byte;
-  }
-  return word;
+  return word != kErasedWord && word != kZeroWord;
 }
 
 template <typename Value>
@@ -44,7 +35,7 @@ bool Add(Landmark& landmark, std::uint32_t was, std::uint32_t is) {
     return false;
   }
   bool added = false;
-  for (const std::uint32_t word : {is, kBlankWord}) {
+  for (const std::uint32_t word : {is, kErasedWord}) {
     if (!Holds(landmark.words, word)) {
       landmark.words.push_back(word);
       added = true;
@@ -65,7 +56,7 @@ bool AgreesWith(const Landmark& landmark, std::uint32_t word) {
   }
   // If the word was erased in between, an interruption may have left it half erased or half
   // programmed: a known value with additional bits set.
-  return Holds(landmark.words, kBlankWord) &&
+  return Holds(landmark.words, kErasedWord) &&
          std::ranges::any_of(landmark.words,
                              [word](std::uint32_t known) { return (word & known) == known; });
 }

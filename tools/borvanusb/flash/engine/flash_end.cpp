@@ -1,14 +1,13 @@
 #include "flash/engine/flash_end.h"
 
 #include "base/failure.h"
+#include "base/flash_memory.h"
 #include "base/format.h"
 #include "flash/engine/flash_size.h"
 
 namespace borvanusb {
 
 namespace {
-
-constexpr std::uint64_t kAddressSpace = std::uint64_t{1} << 32U;
 
 std::string FlashText(const FlashEnd& end) {
   return Format("the flash of {}, whose last address is {}; {}", SizeText(*end.size),

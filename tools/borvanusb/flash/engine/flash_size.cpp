@@ -6,6 +6,7 @@
 #include <span>
 #include <vector>
 
+#include "base/flash_memory.h"
 #include "base/format.h"
 #include "base/numbers.h"
 
@@ -15,8 +16,6 @@ namespace {
 
 constexpr std::uint64_t kSmallest = kFlashHead;
 constexpr std::uint64_t kLargest = std::uint64_t{64} << 20U;
-constexpr std::uint32_t kWordSize = 4;
-constexpr std::uint32_t kBlankWord = 0xFFFFFFFF;
 
 // The maximum number of distinctive words to compare at each size, and the minimum for a decision.
 constexpr std::size_t kMostKnownWords = 6;
@@ -42,7 +41,7 @@ struct Base {
 };
 
 bool IsDistinctive(const Base& base, std::uint32_t word) {
-  return word != 0 && word != kBlankWord &&
+  return word != 0 && word != kErasedWord &&
          std::ranges::none_of(base.words,
                               [&](const KnownWord& known) { return known.word == word; });
 }
@@ -53,14 +52,6 @@ void Consider(Base& base, std::uint32_t address, std::uint32_t word) {
   if (IsDistinctive(base, word)) {
     base.words.push_back({address, word});
   }
-}
-
-std::uint32_t WordAt(std::span<const std::uint8_t> bytes, std::uint64_t offset) {
-  std::uint32_t word = 0;
-  for (std::uint64_t i = 0; i < kWordSize; ++i) {
-    word = word << 8U | bytes[offset + i];
-  }
-  return word;
 }
 
 // Finds distinctive words in the first 64 KiB.

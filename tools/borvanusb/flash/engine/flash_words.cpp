@@ -2,23 +2,9 @@
 
 #include <cstddef>
 
+#include "base/flash_memory.h"
+
 namespace borvanusb {
-
-namespace {
-
-constexpr std::size_t kWordSize = 4;
-constexpr unsigned kBitsPerByte = 8;
-constexpr std::uint32_t kErasedWord = 0xFFFFFFFF;
-
-std::uint32_t WordAt(std::span<const std::uint8_t> bytes, std::size_t offset) {
-  std::uint32_t value = 0;
-  for (const std::uint8_t byte : bytes.subspan(offset, kWordSize)) {
-    value = value << kBitsPerByte | byte;
-  }
-  return value;
-}
-
-}  // namespace
 
 std::vector<FlashWord> TailWords(std::uint32_t address, std::span<const std::uint8_t> bytes) {
   std::vector<FlashWord> words;

@@ -3,6 +3,7 @@
 #include <nlohmann/json.hpp>
 #include <stdexcept>
 
+#include "base/flash_memory.h"
 #include "base/format.h"
 #include "base/hex_bytes.h"
 #include "base/sha256.h"
@@ -19,7 +20,6 @@ constexpr int kFormat = 2;
 // reject this format.
 constexpr int kFormatWithRanges = 3;
 constexpr std::size_t kDigestDigits = 16;
-constexpr std::uint64_t kAddressSpace = std::uint64_t{1} << 32U;
 
 std::vector<std::uint8_t> SectorBytes(const Json& text) {
   const auto bytes = ParseHexBytes(text.get<std::string>());

@@ -21,10 +21,6 @@ const std::string kNoJournal = "none";
 // An interruption can leave at most the sectors of one block half done.
 constexpr std::uint64_t kSectorsOfABlock = 30;
 
-Range SectorAt(std::uint32_t address) {
-  return {address, address + (kSectorSize - 1)};
-}
-
 Ranges PlacesOfNamed(const std::vector<PlacedBytes>& named) {
   Ranges places;
   for (const PlacedBytes& bytes : named) {

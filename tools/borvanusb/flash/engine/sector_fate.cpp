@@ -2,15 +2,15 @@
 
 #include <algorithm>
 
+#include "base/flash_memory.h"
+
 namespace borvanusb {
 
 namespace {
 
 using Bytes = std::span<const std::uint8_t>;
 
-constexpr std::uint8_t kErased = 0xFF;
 constexpr std::size_t kPage = 256;
-constexpr std::size_t kWritePacket = 60;
 
 // Each bit that is set in `fewer` is set in `bytes`.
 bool HasBitsOf(Bytes bytes, Bytes fewer) {
@@ -52,7 +52,7 @@ bool IsHalfProgrammed(Bytes found, Bytes planned) {
   const auto differing = std::ranges::mismatch(found, planned).in1;
   const auto written = static_cast<std::size_t>(differing - found.begin());
   // The partial packet begins at the first difference or before it.
-  const std::size_t size = std::min(kWritePacket, found.size() - written);
+  const std::size_t size = std::min<std::size_t>(kWritePacket, found.size() - written);
   return HasBitsOf(found.subspan(written, size), planned.subspan(written, size)) &&
          IsErased(found.subspan(written + size));
 }

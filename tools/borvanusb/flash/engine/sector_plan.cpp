@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <utility>
 
+#include "base/flash_memory.h"
 #include "camera/camera.h"
 #include "flash/engine/flash_words.h"
 #include "flash/engine/transfer_count.h"
@@ -12,7 +13,6 @@ namespace borvanusb {
 
 namespace {
 
-constexpr std::uint64_t kWritePacket = 60;
 // 30 sectors are a multiple of 60 bytes, so full blocks have no tail.
 constexpr std::uint64_t kLargestBlock = 30 * std::uint64_t{kSectorSize};
 static_assert(kLargestBlock % kWritePacket == 0);

@@ -4,6 +4,7 @@
 #include <span>
 #include <vector>
 
+#include "base/flash_memory.h"
 #include "base/numbers.h"
 #include "flash/engine/byte_ranges.h"
 #include "flash/engine/flash_words.h"
@@ -51,6 +52,11 @@ class SectorSet {
   std::vector<std::uint64_t> offsets_;  // of the runs in the content
   std::uint64_t size_ = 0;
 };
+
+// The sector that begins at an address.
+constexpr Range SectorAt(std::uint32_t address) {
+  return {address, address + (kSectorSize - 1)};
+}
 
 // The sectors that contain some of these bytes.
 SectorSpan SectorsAround(std::uint32_t address, std::uint64_t size);

@@ -10,10 +10,6 @@ namespace borvanusb {
 
 namespace {
 
-Range SectorAt(std::uint32_t address) {
-  return {address, address + (kSectorSize - 1)};
-}
-
 Mismatch Differences(std::uint32_t address, std::span<const std::uint8_t> found,
                      std::span<const std::uint8_t> wanted) {
   Mismatch mismatch{.wrong = DifferingBytes(address, found, wanted)};

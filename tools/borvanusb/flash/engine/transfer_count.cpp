@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstddef>
 
+#include "base/flash_memory.h"
 #include "camera/camera.h"
 #include "camera/flash_readings.h"
 #include "camera/register_readings.h"
@@ -11,10 +12,8 @@ namespace borvanusb {
 
 namespace {
 
-constexpr std::size_t kWritePacket = 60;
 constexpr std::uint64_t kLengthQueries = 2;
 constexpr std::uint64_t kWordReadTransfers = 3;
-constexpr std::uint8_t kErased = 0xFF;
 
 std::uint64_t PieceTransfers(const FlashPiece& piece) {
   const std::uint64_t job = piece.size - (piece.last_byte_apart ? 1 : 0);
@@ -54,7 +53,8 @@ std::uint64_t RunTransfers(const Range& run) {
 std::uint64_t ProgramTransfers(std::span<const std::uint8_t> bytes) {
   std::uint64_t transfers = kLengthQueries + (bytes.size() + kSectorSize - 1) / kSectorSize;
   for (std::size_t offset = 0; offset < bytes.size(); offset += kWritePacket) {
-    const auto packet = bytes.subspan(offset, std::min(kWritePacket, bytes.size() - offset));
+    const auto packet =
+        bytes.subspan(offset, std::min<std::size_t>(kWritePacket, bytes.size() - offset));
     // A shorter packet is padded with zeros, so it is not blank and must be sent.
     if (packet.size() < kWritePacket ||
         !std::ranges::all_of(packet, [](std::uint8_t byte) { return byte == kErased; })) {
