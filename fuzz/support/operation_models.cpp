@@ -9,7 +9,7 @@
 namespace borvan_fuzz {
 namespace {
 
-constexpr auto kLengthQueryFailed = static_cast<borvan::Result>(0xE0000002);
+constexpr auto kNoLength = static_cast<borvan::Result>(0xE0000002);
 constexpr borvan::Result kNoUsableAnswer = 1;
 
 std::string TwoDigits(std::uint8_t byte) {
@@ -23,7 +23,7 @@ std::string TwoDigits(std::uint8_t byte) {
 borvan::Result ModelRegisterRead(Dialogue& dialogue, std::uint32_t address, bool wide,
                                  std::string& value) {
   if (dialogue.Query(1, 4) < 0) {
-    return kLengthQueryFailed;
+    return kNoLength;
   }
   const borvan::Result sent = wide ? dialogue.SendAll(borvan::WideRegisterRead(address))
                                    : dialogue.SendAll(borvan::ByteRegisterRead(address));
@@ -51,7 +51,7 @@ borvan::Result ModelRegisterRead(Dialogue& dialogue, std::uint32_t address, bool
 borvan::Result ModelRegisterWrite(Dialogue& dialogue, std::uint32_t address, std::uint32_t value,
                                   bool wide) {
   if (dialogue.Query(1, 4) < 0) {
-    return kLengthQueryFailed;
+    return kNoLength;
   }
   return wide ? dialogue.SendAll(borvan::WideRegisterWrite(address, value))
               : dialogue.SendAll(borvan::ByteRegisterWrite(address, value));
@@ -60,7 +60,7 @@ borvan::Result ModelRegisterWrite(Dialogue& dialogue, std::uint32_t address, std
 borvan::Result ModelI2cRead(Dialogue& dialogue, const borvan::I2cAccess& access,
                             std::string& value) {
   if (dialogue.QueryFixed(2, 12) < 0) {
-    return kLengthQueryFailed;
+    return kNoLength;
   }
   const borvan::Result sent = dialogue.Send(borvan::I2cReadBlock(access));
   if (sent < 0) {
@@ -80,7 +80,7 @@ borvan::Result ModelI2cRead(Dialogue& dialogue, const borvan::I2cAccess& access,
 borvan::Result ModelI2cWrite(Dialogue& dialogue, const borvan::I2cAccess& access,
                              std::uint32_t value) {
   if (dialogue.QueryFixed(2, 12) < 0) {
-    return kLengthQueryFailed;
+    return kNoLength;
   }
   return dialogue.Send(borvan::I2cWriteBlock(access, value));
 }

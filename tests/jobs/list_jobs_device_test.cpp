@@ -22,8 +22,6 @@ using borvan::test::Takes;
 using Conversation = std::vector<borvan::test::Transfer>;
 using Expected = std::pair<std::uint32_t, std::int32_t>;
 
-constexpr auto kDriverFailure = static_cast<borvan::Result>(0x8007001F);
-
 // The head of a block, then 56 values.
 Bytes Block(Bytes head, const Bytes& values) {
   head.insert(head.end(), values.begin(), values.end());

@@ -12,8 +12,6 @@ namespace {
 using Entries = std::vector<borvan::ListEntry>;
 using Expected = std::pair<std::uint32_t, std::int32_t>;
 
-constexpr auto kDriverFailure = static_cast<borvan::Result>(0x8007001F);
-
 class ListJobsTest : public ReportedJobsTest {
  protected:
   // Both run reads hand out `list` and answer `result`.

@@ -21,6 +21,9 @@
 
 namespace borvan_test {
 
+// What a driver reports for a device that does not work.
+inline constexpr auto kDriverFailure = static_cast<borvan::Result>(0x8007001F);
+
 // Operations without a script answer 0.
 class ScriptedDevice : public borvan::BorvanUSBBase {
  public:

@@ -15,7 +15,7 @@
 namespace borvan_test {
 namespace {
 
-constexpr std::uint32_t kSeeds = 50;
+constexpr std::uint32_t kComparisonSeeds = 50;
 
 TEST(Shrinking, KeepsOnlyTheEntriesThatShowTheFailure) {
   List list(100, {1, 1});
@@ -46,7 +46,7 @@ TEST(Differences, NameThePlaceAndBothValues) {
 // A header, and the register twice with two values: nothing of it can be spared.
 TEST(Comparison, FindsAReadingInWhichTheFirstWriteOfARegisterCounts) {
   CameraInProcess camera({});
-  const auto finding = FindFailing(kSeeds, RandomRegisterList, [&](const List& list) {
+  const auto finding = FindFailing(kComparisonSeeds, RandomRegisterList, [&](const List& list) {
     camera.PowerCycle();
     camera.Device()->RegisterWriteList(list, 0, {});
     List writes = ReadRegisterList(list).writes;
@@ -64,7 +64,7 @@ TEST(Comparison, FindsAReadingInWhichTheFirstWriteOfARegisterCounts) {
 // only a run shows it: its shortest has 21 registers, and the header stands before them.
 TEST(Comparison, FindsAChipThatLosesTheLastRegisterOfARun) {
   CameraInProcess camera({});
-  const auto finding = FindFailing(kSeeds, RandomRegisterList, [&](const List& list) {
+  const auto finding = FindFailing(kComparisonSeeds, RandomRegisterList, [&](const List& list) {
     camera.PowerCycle();
     camera.TamperWith([](std::uint32_t selector, std::span<std::uint8_t> block) {
       if (selector == 7 && block[0] == 0x00 && block[1] == 0x00) {
@@ -84,7 +84,7 @@ TEST(Comparison, FindsAReadingInWhichEveryWidthEntryIsACode) {
       .fast_i2c = true, .registers = {}, .sensors = {{0x20, 0}, {0x30, 1}, {0x40, 2}}};
   CameraInProcess camera(setup);
   const auto finding = FindFailing(
-      kSeeds, [](std::uint32_t seed) { return RandomI2cList(seed, Pauses::kNone); },
+      kComparisonSeeds, [](std::uint32_t seed) { return RandomI2cList(seed, Pauses::kNone); },
       [&](const List& list) {
         camera.PowerCycle();
         camera.Device()->I2cWriteList(list, 0, {});

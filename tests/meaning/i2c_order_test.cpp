@@ -10,7 +10,7 @@
 namespace borvan_test {
 namespace {
 
-constexpr std::uint32_t kSeeds = 3000;
+constexpr std::uint32_t kI2cSeeds = 3000;
 
 List RandomList(std::uint32_t seed) {
   return RandomI2cList(seed, Pauses::kReal);
@@ -57,7 +57,7 @@ void AddWrites(I2cReading& reading, const borvan::Packet& packet) {
 }
 
 TEST(I2cListOrder, OfPacketsAndPausesIsTheListsOwn) {
-  ExpectAllPass(kSeeds, RandomList, [](const List& list) {
+  ExpectAllPass(kI2cSeeds, RandomList, [](const List& list) {
     const borvan::I2cListPlan plan = borvan::PlanI2cPackets(list, 0);
     I2cReading planned;
     std::size_t sent = 0;
@@ -84,7 +84,7 @@ TEST(I2cListOrder, OfPacketsAndPausesIsTheListsOwn) {
 }
 
 TEST(I2cListOrder, OfStepsAndPausesIsTheListsOwn) {
-  ExpectAllPass(kSeeds, RandomList, [](const List& list) {
+  ExpectAllPass(kI2cSeeds, RandomList, [](const List& list) {
     I2cReading planned;
     for (const borvan::I2cListStep& step : borvan::PlanI2cSteps(list)) {
       switch (step.kind) {

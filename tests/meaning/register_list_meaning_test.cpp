@@ -11,7 +11,7 @@
 namespace borvan_test {
 namespace {
 
-constexpr std::uint32_t kSeeds = 3000;
+constexpr std::uint32_t kMeaningSeeds = 3000;
 
 const std::map<std::uint32_t, std::uint32_t> kInitial = {
     {0x100, 0x11223344}, {0x3012, 0xAABBCCDD}, {0x1A3, 0}};
@@ -33,7 +33,7 @@ class RegisterLists : public ::testing::Test {
 };
 
 TEST_F(RegisterLists, LeaveInTheChipWhatEachEntrySays) {
-  ExpectAllPass(kSeeds, RandomRegisterList,
+  ExpectAllPass(kMeaningSeeds, RandomRegisterList,
                 [this](const List& list) { return WriteAndCompare(list); });
 }
 

@@ -13,7 +13,7 @@
 namespace borvan_test {
 namespace {
 
-constexpr std::uint32_t kSeeds = 3000;
+constexpr std::uint32_t kRegisterSeeds = 3000;
 
 TEST(RegisterListOrder, AllPausesComeFirstInTheirOrder) {
   const auto make = [](std::uint32_t seed) {
@@ -23,7 +23,7 @@ TEST(RegisterListOrder, AllPausesComeFirstInTheirOrder) {
     }
     return list;
   };
-  ExpectAllPass(kSeeds, make, [](const List& list) -> std::string {
+  ExpectAllPass(kRegisterSeeds, make, [](const List& list) -> std::string {
     const std::vector<std::uint32_t> planned = borvan::PlanRegisterList(list).pauses;
     List all = list;
     all.insert(all.begin(), {0xFFFD, 0});  // the plan does not look at the header
@@ -118,7 +118,7 @@ std::string CheckDelays(const List& shrunk) {
 
 // A run takes marks inside it with it; every other mark begins a new block.
 TEST(RegisterListOrder, BlocksCarryTheDelaysBeforeTheirFirstRegister) {
-  ExpectAllPass(kSeeds, RandomRegisterList, CheckDelays);
+  ExpectAllPass(kRegisterSeeds, RandomRegisterList, CheckDelays);
 }
 
 }  // namespace

@@ -17,7 +17,7 @@ namespace borvan_test {
 using namespace borvanusb;
 namespace {
 
-constexpr std::uint32_t kSeeds = 1000;
+constexpr std::uint32_t kWrittenSeeds = 1000;
 
 List ListOf(const std::vector<ListEntry>& entries) {
   List list;
@@ -45,7 +45,7 @@ TEST_P(WrittenRegistersOfChip, AreThoseThatTheListLeaves) {
   const bool page = GetParam() == ListMarkers::kPage;
   CameraInProcess camera(CameraSetup{.registers = {}, .sensors = {}, .markers_are_page = page});
   std::uint32_t good = 0;
-  for (std::uint32_t seed = 1; seed <= kSeeds; ++seed) {
+  for (std::uint32_t seed = 1; seed <= kWrittenSeeds; ++seed) {
     const std::vector<ListEntry> entries = GoodRegisterList(seed);
     if (entries.empty()) {
       continue;
@@ -60,18 +60,18 @@ TEST_P(WrittenRegistersOfChip, AreThoseThatTheListLeaves) {
     ASSERT_EQ(Differences(wanted, camera.Written()), "") << "seed " << seed << "\n"
                                                          << ToText(ListOf(entries));
   }
-  EXPECT_GT(good, kSeeds / 2);
+  EXPECT_GT(good, kWrittenSeeds / 2);
 }
 
 INSTANTIATE_TEST_SUITE_P(Each, WrittenRegistersOfChip,
                          ::testing::Values(ListMarkers::kDelays, ListMarkers::kPage));
 
-struct Sensor {
+struct I2cSensor {
   std::uint8_t slave;
   std::uint8_t mode;
   std::uint32_t code;
 };
-constexpr std::array<Sensor, 4> kSensors = {
+constexpr std::array<I2cSensor, 4> kSensors = {
     {{0x20, 0, 0x01}, {0x21, 0, 0x00}, {0x30, 1, 0x03}, {0x40, 2, 0x04}}};
 
 // Few registers, so that they are written again and again, those among them to which width codes
@@ -81,7 +81,7 @@ std::vector<ListEntry> GoodI2cList(std::uint32_t seed) {
   constexpr std::array<std::uint32_t, 6> kAddresses = {0x10, 0x11, 0x12, 0x40, 0xFD, 0xFE};
   std::vector<ListEntry> entries;
   for (std::uint32_t part = 0; part <= random() % 6; ++part) {
-    const Sensor sensor = kSensors.at(random() % kSensors.size());
+    const I2cSensor sensor = kSensors.at(random() % kSensors.size());
     entries.push_back({0xFFF8, sensor.slave, 0});
     if (random() % 4 == 0) {
       entries.push_back({0xFEF0, 1, 0});
@@ -103,13 +103,13 @@ class WrittenRegistersOfSensors : public ::testing::TestWithParam<bool> {};
 
 TEST_P(WrittenRegistersOfSensors, AreThoseThatTheListLeaves) {
   CameraSetup setup{.fast_i2c = GetParam(), .registers = {}, .sensors = {}};
-  for (const Sensor& sensor : kSensors) {
+  for (const I2cSensor& sensor : kSensors) {
     setup.sensors[sensor.slave] = sensor.mode;
   }
   CameraInProcess camera(setup);
   std::uint32_t good = 0;
   std::uint32_t uncertain = 0;
-  for (std::uint32_t seed = 1; seed <= kSeeds / 10; ++seed) {
+  for (std::uint32_t seed = 1; seed <= kWrittenSeeds / 10; ++seed) {
     const std::vector<ListEntry> entries = GoodI2cList(seed);
     if (entries.empty()) {
       continue;
@@ -135,7 +135,7 @@ TEST_P(WrittenRegistersOfSensors, AreThoseThatTheListLeaves) {
           << "seed " << seed << ", slave " << where.first - 1 << ", register " << where.second;
     }
   }
-  EXPECT_GT(good, kSeeds / 20);
+  EXPECT_GT(good, kWrittenSeeds / 20);
   EXPECT_GT(uncertain, 0U);
 }
 

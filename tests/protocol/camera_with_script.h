@@ -14,6 +14,13 @@ namespace borvan::test {
 constexpr Result Code(std::uint32_t bits) {
   return static_cast<Result>(bits);
 }
+constexpr Result kEraseFailed = Code(0xE0000001);
+constexpr Result kLengthQueryFailed = Code(0xE0000002);
+constexpr Result kWriteFailed = Code(0xE0000003);
+constexpr Result kInvalidAddress = Code(0xE0000004);
+constexpr Result kTerminated = Code(0xE0000006);
+constexpr Result kFastInterfaceFailed = Code(0xE0000007);
+constexpr Result kIncomplete = Code(0xE0000008);
 constexpr Result kNoChannel = Code(0x80004003);
 constexpr Result kDeviceGone = Code(0x80070017);  // any failure of a driver
 constexpr Result kBadLength = Code(0x8007000D);

@@ -11,9 +11,6 @@
 namespace borvan::test {
 namespace {
 
-constexpr Result kEraseFailed = Code(0xE0000001);
-constexpr Result kLengthQueryFailed = Code(0xE0000002);
-constexpr Result kFastInterfaceFailed = Code(0xE0000007);
 constexpr std::uint8_t kFastI2c = 0x20;
 
 // A device that does all it is asked for. A get leaves the buffer as it is, so replies echo

@@ -12,11 +12,6 @@ namespace {
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 
-constexpr Result kLengthQueryFailed = Code(0xE0000002);
-constexpr Result kInvalidAddress = Code(0xE0000004);
-constexpr Result kTerminated = Code(0xE0000006);
-constexpr Result kFastInterfaceFailed = Code(0xE0000007);
-
 // first, first + 1, … : a packet of flash whose bytes tell where they belong.
 Bytes Rising(std::uint8_t first, std::size_t count) {
   Bytes bytes;

@@ -13,8 +13,6 @@ namespace {
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 
-constexpr Result kTerminated = Code(0xE0000006);
-
 Transfer Piece(std::uint8_t address, Result result = 0) {
   Bytes packet(64, 0x11);
   std::fill_n(packet.begin(), 3, std::uint8_t{0x00});

@@ -10,10 +10,6 @@ namespace {
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 
-constexpr Result kEraseFailed = Code(0xE0000001);
-constexpr Result kWriteFailed = Code(0xE0000003);
-constexpr Result kFastInterfaceFailed = Code(0xE0000007);
-
 // The four address bytes, then the piece; zeros up to 64 bytes.
 Transfer Piece(Bytes address, const Bytes& piece, Result result = 0) {
   address.insert(address.end(), piece.begin(), piece.end());

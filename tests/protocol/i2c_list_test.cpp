@@ -10,11 +10,6 @@ namespace {
 
 using ::testing::IsEmpty;
 
-constexpr Result kLengthQueryFailed = Code(0xE0000002);
-constexpr Result kTerminated = Code(0xE0000006);
-constexpr Result kFastInterfaceFailed = Code(0xE0000007);
-constexpr Result kIncomplete = Code(0xE0000008);
-
 // The feature register answers 0: no fast paths.
 class I2cListSlow : public CameraWithScript {
  protected:

@@ -9,8 +9,6 @@
 namespace borvan::test {
 namespace {
 
-constexpr Result kTerminated = Code(0xE0000006);
-
 // Does all it is asked for. The feature register answers `fill`, and so does everything else.
 class ObedientControl : public ExtensionUnitControl {
  public:

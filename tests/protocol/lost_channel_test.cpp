@@ -9,10 +9,6 @@
 namespace borvan::test {
 namespace {
 
-constexpr Result kEraseFailed = Code(0xE0000001);
-constexpr Result kLengthQueryFailed = Code(0xE0000002);
-constexpr Result kFastInterfaceFailed = Code(0xE0000007);
-
 struct OperationCase {
   const char* name;
   bool fast_i2c;

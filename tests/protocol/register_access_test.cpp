@@ -5,8 +5,6 @@
 namespace borvan::test {
 namespace {
 
-constexpr Result kLengthQueryFailed = Code(0xE0000002);
-
 class RegisterAccess : public CameraWithScript {};
 
 TEST_F(RegisterAccess, WideWriteSendsFourCommands) {

@@ -13,8 +13,6 @@ namespace {
 using std::chrono::milliseconds;
 using ::testing::IsEmpty;
 
-constexpr Result kFastInterfaceFailed = Code(0xE0000007);
-
 class RegisterListWrite : public CameraWithScript {
  protected:
   Result Write(const List& list) { return device_.RegisterWriteList(list, 0x55, Recorder()); }

@@ -76,9 +76,6 @@ struct OperationCase {
   bool fast_i2c = false;          // the chip has the fast I2C transfers
 };
 
-constexpr Result kLengthQueryFailed = Code(0xE0000002);
-constexpr Result kFastInterfaceFailed = Code(0xE0000007);
-
 std::string ignored_value;
 Bytes ignored_bytes;
 std::vector<ListEntry> ignored_list;

@@ -1,31 +1,11 @@
 // Invalid command lines: the message names the argument and what is allowed.
 #include <gtest/gtest.h>
 
-#include "base/failure.h"
-#include "command/command_line.h"
 #include "command/nearest.h"
+#include "command_line_support.h"
 
 namespace borvanusb::tool_test {
 namespace {
-
-using Words = std::vector<std::string>;
-
-Failure FailureOf(const Words& words) {
-  try {
-    ParseCommandLine(words);
-  } catch (const Failure& failure) {
-    return failure;
-  }
-  ADD_FAILURE() << "the command line is taken";
-  return {ExitCode::kDone, ""};
-}
-
-void ExpectRefused(const Words& words, const std::string& message) {
-  const Failure failure = FailureOf(words);
-  EXPECT_EQ(failure.Code(), ExitCode::kUsage);
-  EXPECT_EQ(failure.Message(), message);
-  EXPECT_TRUE(failure.Hint().ends_with("--help shows more.")) << failure.Hint();
-}
 
 TEST(CommandLineErrorsTest, NoCommandSaysWhereToBegin) {
   const Failure failure = FailureOf({});

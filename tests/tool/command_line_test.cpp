@@ -1,9 +1,9 @@
 // The values that command lines are parsed to.
 #include <gtest/gtest.h>
 
-#include "command/command_line.h"
 #include "command/completion.h"
 #include "command/manual.h"
+#include "command_line_support.h"
 #include "flash/erase.h"
 #include "flash/map.h"
 #include "flash/program.h"
@@ -35,11 +35,6 @@ using std::chrono::milliseconds;
 
 Arguments Parsed(const std::vector<std::string>& words) {
   return std::get<Arguments>(ParseCommandLine(words));
-}
-
-template <typename C>
-C As(const std::vector<std::string>& words) {
-  return *ValuesOf<C>(*Parsed(words).command);
 }
 
 TEST(CommandLineTest, CommonOptionsStandBeforeOrAfterTheCommand) {

@@ -1,11 +1,10 @@
 // Ranges and addresses of the flash commands, as they are written on a command line.
 #include <gtest/gtest.h>
 
-#include "base/failure.h"
 #include "base/format.h"
 #include "base/numbers.h"
-#include "command/command_line.h"
 #include "command/values.h"
+#include "command_line_support.h"
 #include "flash/erase.h"
 #include "flash/map.h"
 #include "flash/name_address.h"
@@ -19,29 +18,7 @@
 namespace borvanusb::tool_test {
 namespace {
 
-using Words = std::vector<std::string>;
 using Addresses = std::vector<std::uint32_t>;
-
-template <typename C>
-C As(const Words& words) {
-  return *ValuesOf<C>(*std::get<Arguments>(ParseCommandLine(words)).command);
-}
-
-Failure FailureOf(const Words& words) {
-  try {
-    ParseCommandLine(words);
-  } catch (const Failure& failure) {
-    return failure;
-  }
-  ADD_FAILURE() << "the command line is taken";
-  return {ExitCode::kDone, ""};
-}
-
-void ExpectRefused(const Words& words, const std::string& message) {
-  const Failure failure = FailureOf(words);
-  EXPECT_EQ(failure.Code(), ExitCode::kUsage);
-  EXPECT_EQ(failure.Message(), message);
-}
 
 // ---- Ranges -------------------------------------------------------------------------------------
 

@@ -6,25 +6,25 @@
 namespace borvanusb::tool_test {
 namespace {
 
-const std::string kEnd = "S9030000FC\n";  // 03
+const std::string kEndRecord = "S9030000FC\n";  // 03
 
-ImageContent Read(const std::string& text) {
+ImageContent ReadRecords(const std::string& text) {
   return ReadSRecord(BytesOf(text));
 }
 
-std::string ErrorIn(const std::string& text) {
-  return ErrorOf([&] { Read(text); });
+std::string ErrorInRecords(const std::string& text) {
+  return ErrorOf([&] { ReadRecords(text); });
 }
 
 TEST(SRecordTest, AddressesOf16And24And32BitsAreRead) {
   // 05+10+aa+bb = 17a; 06+01+02+03+aa+bb = 171; 07+08+aa+bb = 174
-  const ImageContent content = Read(
+  const ImageContent content = ReadRecords(
       "S0060000484452"
       "1B\nS1051000AABB"
       "85\nS206010203AABB"
       "8E\nS30708000000AABB"
       "8B\n" +
-      kEnd);
+      kEndRecord);
   EXPECT_EQ(
       content.segments,
       (Segments{{0x1000, {0xAA, 0xBB}}, {0x10203, {0xAA, 0xBB}}, {0x08000000, {0xAA, 0xBB}}}));
@@ -33,40 +33,42 @@ TEST(SRecordTest, AddressesOf16And24And32BitsAreRead) {
 
 TEST(SRecordTest, StartAddressesAreRead) {
   const std::string data = "S1051000AABB85\n";
-  EXPECT_EQ(Read(data + "S9031234B6\n").start, 0x1234U);  // 03+12+34 = 49
-  EXPECT_EQ(Read(data + "S804123456"
-                        "5F\n")
+  EXPECT_EQ(ReadRecords(data + "S9031234B6\n").start, 0x1234U);  // 03+12+34 = 49
+  EXPECT_EQ(ReadRecords(data + "S804123456"
+                               "5F\n")
                 .start,
-            0x123456U);                                           // 04+12+34+56 = a0
-  EXPECT_EQ(Read(data + "S70512345678E6\n").start, 0x12345678U);  // 05+12+34+56+78 = 119
+            0x123456U);                                                  // 04+12+34+56 = a0
+  EXPECT_EQ(ReadRecords(data + "S70512345678E6\n").start, 0x12345678U);  // 05+12+34+56+78 = 119
 }
 
 TEST(SRecordTest, CountsAreChecked) {
   const std::string data = "S1051000AABB85\nS1051002AABB83\n";
-  const std::string end = kEnd;
-  EXPECT_EQ(Read(data + "S5030002FA\n" + end).segments.front().bytes.size(), 4U);  // 03+02 = 05
-  EXPECT_EQ(Read(data + "S604000002F9\n" + end).segments.size(), 1U);              // 04+02 = 06
-  EXPECT_EQ(ErrorIn(data + "S5030001FB\n" + end),
+  const std::string end = kEndRecord;
+  EXPECT_EQ(ReadRecords(data + "S5030002FA\n" + end).segments.front().bytes.size(),
+            4U);                                                              // 03+02 = 05
+  EXPECT_EQ(ReadRecords(data + "S604000002F9\n" + end).segments.size(), 1U);  // 04+02 = 06
+  EXPECT_EQ(ErrorInRecords(data + "S5030001FB\n" + end),
             "line 3: the file counts 1 data records, but has 2");
-  EXPECT_EQ(ErrorIn(data + "S604010002F8\n" + end),
+  EXPECT_EQ(ErrorInRecords(data + "S604010002F8\n" + end),
             "line 3: the file counts 65538 data records, but has 2");
-  EXPECT_EQ(ErrorIn("S1051000AABB85\nS5030001FB\nS1051002AABB83\n" + end),
+  EXPECT_EQ(ErrorInRecords("S1051000AABB85\nS5030001FB\nS1051002AABB83\n" + end),
             "line 3: a data record follows the record count");
 }
 
 TEST(SRecordTest, ACountAtTheEndShowsThatTheFileIsWhole) {
-  EXPECT_EQ(Read("S1051000AABB85\nS5030001FB\n").segments, (Segments{{0x1000, {0xAA, 0xBB}}}));
-  EXPECT_EQ(Read("S1051000AABB85\nS5030001FB\n").start, std::nullopt);
-  EXPECT_EQ(ErrorIn("S1051000AABB85\n"),
+  EXPECT_EQ(ReadRecords("S1051000AABB85\nS5030001FB\n").segments,
+            (Segments{{0x1000, {0xAA, 0xBB}}}));
+  EXPECT_EQ(ReadRecords("S1051000AABB85\nS5030001FB\n").start, std::nullopt);
+  EXPECT_EQ(ErrorInRecords("S1051000AABB85\n"),
             "line 1: the file ends here without a start record (S7, S8, S9) or a count (S5, S6); "
             "it is incomplete");
 }
 
 TEST(SRecordTest, NothingFollowsTheStart) {
-  EXPECT_EQ(ErrorIn("S1051000AABB85\n" + kEnd + "S1051002AABB83\n"),
+  EXPECT_EQ(ErrorInRecords("S1051000AABB85\n" + kEndRecord + "S1051002AABB83\n"),
             "line 3: the file continues after its start record");
-  EXPECT_EQ(Read("S1051000AABB85\n" + kEnd + "\r\n \r\n").segments.size(), 1U);
-  EXPECT_EQ(ErrorIn("S0030000FC\n" + kEnd), "it contains no bytes for the flash");
+  EXPECT_EQ(ReadRecords("S1051000AABB85\n" + kEndRecord + "\r\n \r\n").segments.size(), 1U);
+  EXPECT_EQ(ErrorInRecords("S0030000FC\n" + kEndRecord), "it contains no bytes for the flash");
 }
 
 TEST(SRecordTest, BrokenRecordsAreNamedByTheirLine) {
@@ -91,14 +93,15 @@ TEST(SRecordTest, BrokenRecordsAreNamedByTheirLine) {
            {"S904000000FB", "line 2: a record S9 has exactly 4 bytes, not 5"},
            {"S1051001AABB84", "line 2: duplicate bytes for 0x1001"},
        }) {
-    EXPECT_EQ(ErrorIn("S1051000AABB85\n" + test.line + "\n" + kEnd), test.error) << test.line;
+    EXPECT_EQ(ErrorInRecords("S1051000AABB85\n" + test.line + "\n" + kEndRecord), test.error)
+        << test.line;
   }
 }
 
 TEST(SRecordTest, LastByteOf4GiBIsTakenAndTheNextRefused) {
   // 06+ff*4+01 = 403; 07+ff*4+01+02 = 406
-  EXPECT_EQ(Read("S306FFFFFFFF01FC\n" + kEnd).segments, (Segments{{0xFFFFFFFF, {1}}}));
-  EXPECT_EQ(ErrorIn("S307FFFFFFFF0102F9\n" + kEnd),
+  EXPECT_EQ(ReadRecords("S306FFFFFFFF01FC\n" + kEndRecord).segments, (Segments{{0xFFFFFFFF, {1}}}));
+  EXPECT_EQ(ErrorInRecords("S307FFFFFFFF0102F9\n" + kEndRecord),
             "line 1: 2 bytes at 0xffffffff are beyond the last address 0xffffffff");
 }
 
@@ -131,7 +134,7 @@ TEST(SRecordTest, CountBeyond16BitsHas24) {
   const Segments segments = {{0, std::vector<std::uint8_t>(0x100000, 0x55)}};
   const std::string text = SRecordText(segments, SRecordForm::kS28);
   EXPECT_NE(text.find("S604010000FA\r\n"), std::string::npos);  // 04+01 = 05
-  EXPECT_EQ(Read(text).segments, segments);
+  EXPECT_EQ(ReadRecords(text).segments, segments);
 }
 
 }  // namespace

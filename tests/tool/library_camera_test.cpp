@@ -10,8 +10,6 @@ using borvan::Result;
 using borvan_test::Transfer;
 using testing::HasSubstr;
 
-constexpr auto kDeviceError = static_cast<Result>(0x80070017);
-
 using LibraryCameraTest = LibraryTest;
 
 TEST_F(LibraryCameraTest, CamerasAreListedWithTheirIdentities) {

@@ -13,7 +13,6 @@ using borvan::Result;
 using borvan_test::Transfer;
 using testing::HasSubstr;
 
-constexpr auto kDeviceError = static_cast<Result>(0x80070017);
 constexpr std::uint32_t kFastRead = 5;
 
 using Bytes = std::vector<std::uint8_t>;

@@ -17,7 +17,6 @@ using testing::HasSubstr;
 
 using Bytes = std::vector<std::uint8_t>;
 
-constexpr auto kDeviceError = static_cast<Result>(0x80070017);
 constexpr std::uint32_t kFlash = 3;
 constexpr std::uint32_t kFastWrite = 4;
 

@@ -18,6 +18,8 @@
 
 namespace borvanusb::tool_test {
 
+inline constexpr auto kDeviceError = static_cast<borvan::Result>(0x80070017);
+
 // The operating system functions, with files in a separate folder for each test.
 class TestPlatform : public LibraryPlatform {
  public:

@@ -9,6 +9,7 @@
 #include "registers/dump.h"
 #include "registers/read.h"
 #include "registers/write.h"
+#include "samples.h"
 #include "station/preset.h"
 #include "station/script_commands.h"
 #include "station/watch.h"
@@ -16,8 +17,6 @@
 
 namespace borvanusb::tool_test {
 namespace {
-
-const std::string kSamples = BORVAN_SAMPLES;
 
 class NamesCommandsTest : public testing::Test {
  protected:

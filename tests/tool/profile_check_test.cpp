@@ -8,6 +8,7 @@
 #include "profile_commands/check.h"
 #include "profile_commands/check_options.h"
 #include "profile_commands/check_profile.h"
+#include "samples.h"
 #include "support/command_desk.h"
 
 namespace borvanusb::tool_test {
@@ -17,8 +18,6 @@ using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::Not;
-
-const std::string kSamples = BORVAN_SAMPLES;
 
 // The text of a profile with these parts, one per line from line 2.
 std::string ProfileText(const std::vector<std::string>& parts) {

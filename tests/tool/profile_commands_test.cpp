@@ -8,6 +8,7 @@
 #include "profile_commands/list.h"
 #include "profile_commands/new.h"
 #include "profile_commands/show.h"
+#include "samples.h"
 #include "station/info.h"
 #include "support/command_desk.h"
 
@@ -15,8 +16,6 @@ namespace borvanusb::tool_test {
 namespace {
 
 using testing::HasSubstr;
-
-const std::string kSamples = BORVAN_SAMPLES;
 
 std::shared_ptr<FakeChip> ChipOf(std::int32_t index, const std::string& pid,
                                  const std::string& name) {

@@ -9,12 +9,11 @@
 #include "base/files.h"
 #include "base/format.h"
 #include "profile/profile_fit.h"
+#include "samples.h"
 #include "support/json_schema.h"
 
 namespace borvanusb::tool_test {
 namespace {
-
-const std::string kSamples = BORVAN_SAMPLES;
 
 constexpr const char* kMap = R"(<device><name>D</name><addressUnitBits>8</addressUnitBits>
 <width>8</width><size>8</size><peripherals><peripheral><name>S</name>

@@ -8,6 +8,7 @@
 #include <iterator>
 
 #include "maps/map_text.h"
+#include "maps_support.h"
 
 namespace borvanusb::tool_test {
 namespace {
@@ -15,15 +16,6 @@ namespace {
 RegisterMap ReadOwn(const std::string& file) {
   std::ifstream stream(std::string(BORVAN_SVD_FILES) + "/" + file, std::ios::binary);
   return ReadSvd({std::istreambuf_iterator<char>(stream), {}});
-}
-
-const MapRegister& Named(const RegisterMap& map, std::string_view name) {
-  const auto found = std::find_if(map.registers.begin(), map.registers.end(),
-                                  [&](const MapRegister& one) { return one.name == name; });
-  if (found == map.registers.end()) {
-    throw std::runtime_error("no register " + std::string(name));
-  }
-  return *found;
 }
 
 std::vector<std::string> Doubts(const RegisterMap& map) {

@@ -6,35 +6,27 @@
 
 #include "maps/map_text.h"
 #include "maps/read_svd.h"
+#include "maps_support.h"
 
 namespace borvanusb::tool_test {
 namespace {
 
 // A device with these peripherals.
-RegisterMap Device(const std::string& peripherals, const std::string& properties = {}) {
+RegisterMap DeviceWith(const std::string& peripherals, const std::string& properties = {}) {
   return ReadSvd("<device schemaVersion=\"1.3\"><name>D</name>" + properties + "<peripherals>" +
                  peripherals + "</peripherals></device>");
 }
 
 // A device with a peripheral P at 0x1000 that has these registers.
 RegisterMap Registers(const std::string& registers, const std::string& properties = {}) {
-  return Device("<peripheral><name>P</name><baseAddress>0x1000</baseAddress>" + properties +
-                "<registers>" + registers + "</registers></peripheral>");
+  return DeviceWith("<peripheral><name>P</name><baseAddress>0x1000</baseAddress>" + properties +
+                    "<registers>" + registers + "</registers></peripheral>");
 }
 
 // The same with a register P.R that has these fields.
 RegisterMap Fields(const std::string& fields) {
   return Registers("<register><name>R</name><addressOffset>0</addressOffset><fields>" + fields +
                    "</fields></register>");
-}
-
-const MapRegister& Named(const RegisterMap& map, std::string_view name) {
-  const auto found = std::find_if(map.registers.begin(), map.registers.end(),
-                                  [&](const MapRegister& one) { return one.name == name; });
-  if (found == map.registers.end()) {
-    throw std::runtime_error("no register " + std::string(name));
-  }
-  return *found;
 }
 
 const MapField& FieldOf(const RegisterMap& map, std::string_view of, std::string_view name) {
@@ -58,7 +50,7 @@ std::vector<std::string> Names(const RegisterMap& map) {
 using Strings = std::vector<std::string>;
 
 TEST(SvdFeaturesTest, DefaultsOfDevicePeripheralClusterAndRegister) {
-  const RegisterMap map = Device(
+  const RegisterMap map = DeviceWith(
       "<peripheral><name>A</name><baseAddress>0</baseAddress><registers>"
       "<register><name>R</name><addressOffset>0</addressOffset></register>"
       "</registers></peripheral>"
@@ -127,7 +119,7 @@ TEST(SvdFeaturesTest, NumberedIndexesBeginAnywhere) {
 }
 
 TEST(SvdFeaturesTest, DerivedFromByPathAndFromWhatComesLater) {
-  const RegisterMap map = Device(
+  const RegisterMap map = DeviceWith(
       "<peripheral derivedFrom=\"LATER\"><name>FIRST</name><baseAddress>0x100</baseAddress>"
       "</peripheral>"
       "<peripheral><name>LATER</name><baseAddress>0x200</baseAddress><size>8</size>"

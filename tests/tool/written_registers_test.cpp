@@ -6,12 +6,12 @@
 namespace borvanusb::tool_test {
 namespace {
 
-std::vector<ListEntry> Entries(const std::string& text) {
+std::vector<ListEntry> EntriesOf(const std::string& text) {
   return ReadListText(text).entries;
 }
 
 RegisterValues Registers(const std::string& text, ListMarkers markers = ListMarkers::kDelays) {
-  return WrittenRegisters(Entries(text), markers);
+  return WrittenRegisters(EntriesOf(text), markers);
 }
 
 TEST(WrittenRegistersTest, LastWriteWinsAndMarkersAndPausesAreNoRegisters) {
@@ -48,15 +48,15 @@ TEST(WrittenRegistersTest, MarkersWithinABlockArePassedOver) {
 }
 
 TEST(WrittenRegistersTest, FirstMarkedRegisterIsTheFirstThatAMarkerOtherThanZeroGoesWith) {
-  EXPECT_EQ(FirstMarkedRegister(Entries("fffd,0\nfffe,0\n100,11\n")), nullptr);
-  const std::vector<ListEntry> entries = Entries("fffd,0\n100,11\nfffe,7\n101,22\n102,33\n");
+  EXPECT_EQ(FirstMarkedRegister(EntriesOf("fffd,0\nfffe,0\n100,11\n")), nullptr);
+  const std::vector<ListEntry> entries = EntriesOf("fffd,0\n100,11\nfffe,7\n101,22\n102,33\n");
   ASSERT_NE(FirstMarkedRegister(entries), nullptr);
   EXPECT_EQ(FirstMarkedRegister(entries)->line, 4U);
 }
 
 std::map<I2cRegister, std::uint32_t> I2c(const std::string& text,
                                          const std::optional<I2cTarget>& opening = {}) {
-  return WrittenByI2cList(Entries(text), opening).values;
+  return WrittenByI2cList(EntriesOf(text), opening).values;
 }
 
 using I2cValues = std::map<I2cRegister, std::uint32_t>;
@@ -95,12 +95,12 @@ TEST(WrittenI2cRegistersTest, WidthMarkerWithoutASlaveIsARegister) {
 // 0xfe if register addresses have 8 bits.
 TEST(WrittenI2cRegistersTest, RegisterThatAWidthCodeMayOverwriteIsUncertain) {
   const WrittenI2cRegisters written =
-      WrittenByI2cList(Entries("fff8,48\nfffe,1\nfe,5a\n10,1\nfff8,48\nfffe,1\n11,2\n"), {});
+      WrittenByI2cList(EntriesOf("fff8,48\nfffe,1\nfe,5a\n10,1\nfff8,48\nfffe,1\n11,2\n"), {});
   EXPECT_EQ(written.values, (I2cValues{{{0x48, 0, 0x10}, 1}, {{0x48, 0, 0x11}, 2}}));
   EXPECT_EQ(written.uncertain,
             (std::map<I2cRegister, std::uint64_t>{{I2cRegister{0x48, 0, 0xFE}, 6}}));
   const WrittenI2cRegisters again =
-      WrittenByI2cList(Entries("fff8,48\nfffe,1\nfe,5a\nfff8,48\nfffe,1\nfe,5b\n"), {});
+      WrittenByI2cList(EntriesOf("fff8,48\nfffe,1\nfe,5a\nfff8,48\nfffe,1\nfe,5b\n"), {});
   EXPECT_EQ(again.values, (I2cValues{{{0x48, 0, 0xFE}, 0x5B}}));
   EXPECT_TRUE(again.uncertain.empty());
 }

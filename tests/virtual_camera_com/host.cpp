@@ -75,6 +75,14 @@ std::vector<Device> VideoInputs() {
   }
 }
 
+std::vector<std::wstring> ListedPaths() {
+  std::vector<std::wstring> paths;
+  for (const Device& device : VideoInputs()) {
+    paths.push_back(device.path);
+  }
+  return paths;
+}
+
 ComPtr<IBaseFilter> Bind(const std::wstring& path, HRESULT* result) {
   for (const Device& device : VideoInputs()) {
     if (device.path == path) {

@@ -22,6 +22,7 @@ struct Device {
 
 // The video inputs of the system, in its order.
 std::vector<Device> VideoInputs();
+std::vector<std::wstring> ListedPaths();
 
 // The filter of the camera with this path; null if it is not listed. `result` gets the bind's.
 ComPtr<IBaseFilter> Bind(const std::wstring& path, HRESULT* result = nullptr);

@@ -24,7 +24,7 @@ using test::SecondCamera;
 constexpr wchar_t kInstances[] = L"CLSID\\{860BB310-5D01-11D0-BD3B-00A0C911CE86}\\Instance";
 
 // Falls off with the second set and is due soon.
-constexpr char kFallsOff[] =
+constexpr char kFallsOffBriefly[] =
     R"(, "faults": [{"selector": 1, "direction": "set", "at": 2, "unplug": {"back_after_ms": 300}}])";
 
 class Looking : public test::CameraTest {
@@ -103,20 +103,12 @@ class Looking : public test::CameraTest {
 const std::string kThird = CameraJson("pid_000c#3&3&3#third", "Third", R"("vendor")", "");
 const std::string kFourth = CameraJson("pid_000d#4&4&4#fourth", "Fourth", R"("vendor")", "");
 
-std::vector<std::wstring> ListedPaths() {
-  std::vector<std::wstring> paths;
-  for (const host::Device& device : host::VideoInputs()) {
-    paths.push_back(device.path);
-  }
-  return paths;
-}
-
 TEST_F(Looking, RegisteringMakesNoFile) {
   Configure({FirstCamera(), SecondCamera(R"(, "plugged": false)")});
   const auto files = Files();
   EXPECT_EQ(Control(L"register").exit_code, 0U);
   EXPECT_EQ(Files(), files);
-  EXPECT_EQ(ListedPaths(), std::vector<std::wstring>{kFirstPath});
+  EXPECT_EQ(host::ListedPaths(), std::vector<std::wstring>{kFirstPath});
 }
 
 TEST_F(Looking, CommandsThatLookChangeNothing) {
@@ -139,11 +131,11 @@ TEST_F(Looking, CommandsThatLookAtAnotherFileLeaveTheRegisteredCameras) {
   EXPECT_TRUE(Holds(outcome, "these cameras are not registered; those of ")) << outcome.output;
   EXPECT_TRUE(Holds(outcome, "cameras.json are\n")) << outcome.output;
   Look(other + L"check");
-  EXPECT_EQ(ListedPaths(), (std::vector<std::wstring>{kFirstPath, kSecondPath}));
+  EXPECT_EQ(host::ListedPaths(), (std::vector<std::wstring>{kFirstPath, kSecondPath}));
 }
 
 TEST_F(Looking, ACameraThatIsDueIsToldButNotListed) {
-  Register({FirstCamera(kFallsOff), SecondCamera()});
+  Register({FirstCamera(kFallsOffBriefly), SecondCamera()});
   EXPECT_EQ(test::Process(L"virtual_camera_com_test.exe",
                           L"--touch \"" + std::wstring(kFirstPath) + L"\"")
                 .Wait()
@@ -156,7 +148,7 @@ TEST_F(Looking, ACameraThatIsDueIsToldButNotListed) {
   EXPECT_TRUE(Holds(outcome, "state: plugged in\n")) << outcome.output;
   EXPECT_TRUE(Holds(outcome, "hosts don't list it yet")) << outcome.output;
   EXPECT_EQ(Control(L"plug 0").exit_code, 0U);
-  EXPECT_EQ(ListedPaths(), (std::vector<std::wstring>{kFirstPath, kSecondPath}));
+  EXPECT_EQ(host::ListedPaths(), (std::vector<std::wstring>{kFirstPath, kSecondPath}));
   EXPECT_FALSE(Holds(Look(L"state 0"), "list"));
 }
 
@@ -180,14 +172,14 @@ TEST_F(Looking, BindingByAnotherFileLeavesTheRegisteredCameras) {
   Other({FirstCamera(R"(, "flash": {"size": "64K", "file": "x"}, "state": "y")"), kThird, kFourth});
   SetEnvironmentVariableW(L"BORVAN_VIRTUAL_CAMERA", (folder() + L"other.json").c_str());
   EXPECT_TRUE(host::OpenCamera(kFirstPath));
-  EXPECT_EQ(ListedPaths(), (std::vector<std::wstring>{kFirstPath, kSecondPath}));
+  EXPECT_EQ(host::ListedPaths(), (std::vector<std::wstring>{kFirstPath, kSecondPath}));
 }
 
 TEST_F(Looking, TheRegisteredFileIsKnownByAnySpelling) {
   Register({FirstCamera(), SecondCamera()});
   const std::wstring same = L"--config \"" + folder() + L".\\CAMERAS.json\" ";
   EXPECT_EQ(Control(same + L"unplug 0").exit_code, 0U);
-  EXPECT_EQ(ListedPaths(), std::vector<std::wstring>{kSecondPath});
+  EXPECT_EQ(host::ListedPaths(), std::vector<std::wstring>{kSecondPath});
   EXPECT_TRUE(Holds(Look(same + L"state"), "the cameras are registered\n"));
 }
 
@@ -196,7 +188,7 @@ TEST_F(Looking, ACameraThatChangesItsPlaceInTheFileReplacesNoOther) {
   Register({FirstCamera(), SecondCamera()});
   Configure({SecondCamera(), kThird});
   EXPECT_TRUE(host::OpenCamera(kSecondPath));
-  EXPECT_EQ(ListedPaths(),
+  EXPECT_EQ(host::ListedPaths(),
             (std::vector<std::wstring>{kSecondPath, L"\\\\?\\usb#vid_1234&pid_000c#3&3&3#third"}));
 }
 

@@ -12,7 +12,7 @@ using test::kSecondPath;
 using test::SecondCamera;
 
 constexpr auto kGone = static_cast<HRESULT>(0x8007048F);
-constexpr auto kMoreData = static_cast<HRESULT>(0x800700EA);
+constexpr auto kMoreDataLeft = static_cast<HRESULT>(0x800700EA);
 
 // Falls off with the second set on selector 1 and is back after 1.5 s: long enough for a
 // busy machine to look at the list in between.
@@ -22,27 +22,19 @@ constexpr char kFallsOffForGood[] =
     R"(, "faults": [{"selector": 1, "direction": "set", "at": 2, "unplug": {}}])";
 constexpr DWORD kLongerThanFault = 1700;  // ms
 
-std::vector<std::wstring> ListedPaths() {
-  std::vector<std::wstring> paths;
-  for (const host::Device& device : host::VideoInputs()) {
-    paths.push_back(device.path);
-  }
-  return paths;
-}
-
 class Plugging : public test::CameraTest {};
 
 TEST_F(Plugging, AnUnpluggedCameraIsNoLongerListed) {
   Register({FirstCamera(), SecondCamera()});
   EXPECT_EQ(Control(L"unplug 0").exit_code, 0U);
-  EXPECT_EQ(ListedPaths(), std::vector<std::wstring>{kSecondPath});
+  EXPECT_EQ(host::ListedPaths(), std::vector<std::wstring>{kSecondPath});
 }
 
 TEST_F(Plugging, APluggedCameraComesBackAtItsPlace) {
   Register({FirstCamera(), SecondCamera()});
   EXPECT_EQ(Control(L"unplug First").exit_code, 0U);
   EXPECT_EQ(Control(L"plug First").exit_code, 0U);
-  EXPECT_EQ(ListedPaths(), (std::vector<std::wstring>{kFirstPath, kSecondPath}));
+  EXPECT_EQ(host::ListedPaths(), (std::vector<std::wstring>{kFirstPath, kSecondPath}));
 }
 
 TEST_F(Plugging, TransfersOfAnUnpluggedCameraFail) {
@@ -55,7 +47,7 @@ TEST_F(Plugging, TransfersOfAnUnpluggedCameraFail) {
   EXPECT_EQ(host::Set(control.Get(), 1, block).result, kGone);
   EXPECT_EQ(host::Get(control.Get(), 1, block).result, kGone);
   ASSERT_EQ(Control(L"plug 0").exit_code, 0U);
-  EXPECT_EQ(host::QueryLength(control.Get(), 1).result, kMoreData);
+  EXPECT_EQ(host::QueryLength(control.Get(), 1).result, kMoreDataLeft);
 }
 
 TEST_F(Plugging, AMonikerOfAnUnpluggedCameraDoesNotBind) {
@@ -74,7 +66,7 @@ TEST_F(Plugging, RegisteringLeavesUnpluggedCamerasOut) {
   Register({FirstCamera(), SecondCamera()});
   ASSERT_EQ(Control(L"unplug 1").exit_code, 0U);
   ASSERT_EQ(CallDll("DllRegisterServer"), S_OK);
-  EXPECT_EQ(ListedPaths(), std::vector<std::wstring>{kFirstPath});
+  EXPECT_EQ(host::ListedPaths(), std::vector<std::wstring>{kFirstPath});
 }
 
 TEST_F(Plugging, PluggingInWithoutRegistrationMakesNoEntry) {
@@ -83,7 +75,7 @@ TEST_F(Plugging, PluggingInWithoutRegistrationMakesNoEntry) {
   const test::Outcome outcome = Control(L"plug 0");
   EXPECT_EQ(outcome.exit_code, 0U);
   EXPECT_NE(outcome.output.find("not registered"), std::string::npos) << outcome.output;
-  EXPECT_TRUE(ListedPaths().empty());
+  EXPECT_TRUE(host::ListedPaths().empty());
 }
 
 TEST_F(Plugging, AFaultThatUnplugsTakesTheCameraFromTheListAndBack) {
@@ -93,13 +85,13 @@ TEST_F(Plugging, AFaultThatUnplugsTakesTheCameraFromTheListAndBack) {
   EXPECT_EQ(host::Set(control.Get(), 1, {0x24, 0, 0, 0x18}).result, S_OK);
   host::Set(control.Get(), 1, {0x24, 0, 0, 0x58});
   EXPECT_EQ(host::QueryLength(control.Get(), 1).result, kGone);
-  EXPECT_EQ(ListedPaths(), std::vector<std::wstring>{kSecondPath});
+  EXPECT_EQ(host::ListedPaths(), std::vector<std::wstring>{kSecondPath});
 
-  for (int i = 0; i < 100 && ListedPaths().size() < 2; ++i) {
+  for (int i = 0; i < 100 && host::ListedPaths().size() < 2; ++i) {
     Sleep(100);
   }
-  EXPECT_EQ(ListedPaths(), (std::vector<std::wstring>{kFirstPath, kSecondPath}));
-  EXPECT_EQ(host::QueryLength(control.Get(), 1).result, kMoreData);
+  EXPECT_EQ(host::ListedPaths(), (std::vector<std::wstring>{kFirstPath, kSecondPath}));
+  EXPECT_EQ(host::QueryLength(control.Get(), 1).result, kMoreDataLeft);
   EXPECT_TRUE(host::OpenCamera(kFirstPath));
 }
 
@@ -110,9 +102,9 @@ TEST_F(Plugging, AFaultWithoutATimeUnplugsForGood) {
   host::Set(control.Get(), 1, {0x24, 0, 0, 0x18});
   host::Set(control.Get(), 1, {0x24, 0, 0, 0x58});
   Sleep(kLongerThanFault);
-  EXPECT_TRUE(ListedPaths().empty());
+  EXPECT_TRUE(host::ListedPaths().empty());
   ASSERT_EQ(Control(L"plug 0").exit_code, 0U);
-  EXPECT_EQ(ListedPaths(), std::vector<std::wstring>{kFirstPath});
+  EXPECT_EQ(host::ListedPaths(), std::vector<std::wstring>{kFirstPath});
 }
 
 // The process in which the camera fell off is gone before its time is over.
@@ -125,25 +117,25 @@ class FallenOff : public Plugging {
                   .Wait()
                   .exit_code,
               4U);
-    EXPECT_EQ(ListedPaths(), std::vector<std::wstring>{kSecondPath});
+    EXPECT_EQ(host::ListedPaths(), std::vector<std::wstring>{kSecondPath});
     Sleep(kLongerThanFault);
-    EXPECT_EQ(ListedPaths(), std::vector<std::wstring>{kSecondPath});
+    EXPECT_EQ(host::ListedPaths(), std::vector<std::wstring>{kSecondPath});
   }
 };
 
 TEST_F(FallenOff, ItIsBackWithTheNextBinding) {
   FallOff();
   EXPECT_TRUE(host::OpenCamera(kSecondPath));
-  EXPECT_EQ(ListedPaths(), (std::vector<std::wstring>{kFirstPath, kSecondPath}));
+  EXPECT_EQ(host::ListedPaths(), (std::vector<std::wstring>{kFirstPath, kSecondPath}));
 }
 
 TEST_F(FallenOff, ItIsBackWithTheNextCommandThatHandlesACamera) {
   for (const wchar_t* const command : {L"plug 1", L"reset-faults", L"power-cycle 1"}) {
     FallOff();
     EXPECT_EQ(Control(L"state").exit_code, 0U);
-    EXPECT_EQ(ListedPaths(), std::vector<std::wstring>{kSecondPath}) << "state only looks";
+    EXPECT_EQ(host::ListedPaths(), std::vector<std::wstring>{kSecondPath}) << "state only looks";
     EXPECT_EQ(Control(command).exit_code, 0U);
-    EXPECT_EQ(ListedPaths(), (std::vector<std::wstring>{kFirstPath, kSecondPath}));
+    EXPECT_EQ(host::ListedPaths(), (std::vector<std::wstring>{kFirstPath, kSecondPath}));
     DeleteFileW((folder() + L"cameras.camera0.state").c_str());
   }
 }
@@ -153,7 +145,7 @@ TEST_F(FallenOff, ItStaysAwayWhenTheUserUnplugsIt) {
   // Catches up first, then unplugs for good.
   EXPECT_EQ(Control(L"unplug 0").exit_code, 0U);
   EXPECT_EQ(Control(L"reset-faults").exit_code, 0U);
-  EXPECT_EQ(ListedPaths(), std::vector<std::wstring>{kSecondPath});
+  EXPECT_EQ(host::ListedPaths(), std::vector<std::wstring>{kSecondPath});
 }
 
 }  // namespace

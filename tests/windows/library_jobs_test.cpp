@@ -13,7 +13,7 @@ using test::Pattern;
 using test::ProgressBecomes;
 using test::Slice;
 
-std::string Text(const Bytes& bytes) {
+std::string TextOf(const Bytes& bytes) {
   return std::string(bytes.begin(), bytes.end());
 }
 
@@ -77,7 +77,7 @@ TEST_F(LibraryJobs, ATextDumpHasLinesOfEightBytesWithTheirAddresses) {
   UsbFlashWrite(0x1008, 0xA0B0C0D0);
   ASSERT_TRUE(UsbFlashQuickReadFile(File("dump.txt").c_str(), 0x1000, 0x100F));
   ASSERT_TRUE(ProgressBecomes(kDone));
-  EXPECT_EQ(Text(FinishedFile(File("dump.txt"))),
+  EXPECT_EQ(TextOf(FinishedFile(File("dump.txt"))),
             "00001000h: 00 01 02 03 04 05 06 07;\r\n"
             "00001008h: a0 b0 c0 d0 ff ff ff ff;\r\n");
 }
@@ -87,7 +87,7 @@ TEST_F(LibraryJobs, ATextDumpsLastLineShowsZerosForWhatIsMissing) {
   UsbFlashWrite(0x1008, 0xA0B0C0D0);
   ASSERT_TRUE(UsbFlashQuickReadFile(File("dump.txt").c_str(), 0x1000, 0x1008));
   ASSERT_TRUE(ProgressBecomes(kDone));
-  EXPECT_EQ(Text(FinishedFile(File("dump.txt"))),
+  EXPECT_EQ(TextOf(FinishedFile(File("dump.txt"))),
             "00001000h: ff ff ff ff ff ff ff ff;\r\n"
             "00001008h: a0 00 00 00 00 00 00 00;\r\n");
 }

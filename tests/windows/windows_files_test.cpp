@@ -19,7 +19,7 @@ using borvan::File;
 using borvan::PathExists;
 using test::TemporaryFolder;
 
-constexpr UINT kWesternEuropean = 1252;
+constexpr UINT kWesternEuropeanPage = 1252;
 
 std::string Contents(const std::filesystem::path& path) {
   std::ifstream file(path, std::ios::binary);
@@ -72,7 +72,7 @@ TEST(WindowsFiles, MoveNoBytesWithoutANullPointer) {
 }
 
 TEST(WindowsFiles, WithNamesBeyondAsciiAreThoseOfTheCodePage) {
-  if (GetACP() != kWesternEuropean) {
+  if (GetACP() != kWesternEuropeanPage) {
     GTEST_SKIP() << "the name's bytes are those of code page 1252, this system has " << GetACP();
   }
   const TemporaryFolder folder;
