@@ -12,7 +12,8 @@ else()
               -Wpedantic
               -Wconversion
               -Wsign-conversion
-              -Wshadow
+              # United sources see the file-local names of others, which do not matter here.
+              $<$<NOT:$<BOOL:${CMAKE_UNITY_BUILD}>>:-Wshadow>
               # A project that adds this one may have a compiler with warnings that nobody saw here.
               $<$<BOOL:${PROJECT_IS_TOP_LEVEL}>:-Werror>
               # GCC 12 takes every insertion before a text for an overlap (its bug 105651).

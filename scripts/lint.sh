@@ -27,7 +27,7 @@ if [ $# -eq 0 ] || [ "$1" = --tests ] || [ "$1" = --library ]; then
   git ls-files -z --cached --others --exclude-standard '*.py' | xargs -0 pylint --jobs 0 || failed=1
 fi
 # Only the compile commands of the builds are needed, so they need not be built.
-for preset in native native-fuzz windows; do
+for preset in native native-fuzz windows-by-source; do
   cmake --preset "$preset" >/dev/null || exit 1
 done
 python3 -B scripts/lint_sources.py "$@" || failed=1

@@ -87,7 +87,7 @@ def listed(preset, entries):
 def jobs_of_all_builds():
     """(source, build, command, additional first arguments) for everything that is compiled."""
     jobs = {}
-    for preset, extra in (("native", []), ("native-fuzz", []), ("windows", cross_arguments())):
+    for preset, extra in (("native", []), ("native-fuzz", []), ("windows-by-source", cross_arguments())):
         for source, command in compiled_sources(preset).items():
             jobs.setdefault(source, (source, preset, command, extra))
     by_hand = [{"directory": str(ROOT), "file": str(ROOT / file), "command": command}

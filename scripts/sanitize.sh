@@ -46,4 +46,4 @@ if [[ ${targets[*]} != all ]]; then
     echo "${targets[*]}"
   ))(_[0-9]+)?\$")
 fi
-ctest --preset "$preset" "${selection[@]}"
+ctest --preset "$preset" --parallel "$(nproc)" "${selection[@]}"

@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <cstdlib>
 #include <filesystem>
 #include <optional>
 #include <string>
@@ -18,6 +19,12 @@ namespace borvanusb::tool_test {
 
 class FlashCutFixture : public FlashTest {
  protected:
+  // Only each BORVAN_CUT_STEP-th of the interruptions, if that is set.
+  static std::uint64_t Step(std::uint64_t step) {
+    const char* const text = std::getenv("BORVAN_CUT_STEP");
+    return text != nullptr ? step * std::strtoul(text, nullptr, 10) : step;
+  }
+
   // Runs the work once without an interruption. `segments` are the content of `file`.
   void Measure(const std::string& file, std::optional<std::uint32_t> address, Segments segments) {
     segments_ = std::move(segments);
@@ -66,7 +73,7 @@ class FlashCutFixture : public FlashTest {
 
   // Interrupts at each transfer, or at every `step`-th one.
   void ExpectEveryCutIsMended(ExitCode code, std::uint64_t step = 1) {
-    for (std::uint64_t transfer = 1; transfer <= transfers_; transfer += step) {
+    for (std::uint64_t transfer = 1; transfer <= transfers_; transfer += Step(step)) {
       Flash() = before_;
       FailFrom(transfer, code);
       EXPECT_EQ(Run(command_).code, code) << transfer;
@@ -76,8 +83,8 @@ class FlashCutFixture : public FlashTest {
 
   // Interrupts two runs: each at the transfer `start` and at every `step`-th one after it.
   void ExpectTwoCutsAreMended(std::uint64_t start, std::uint64_t step, std::uint64_t second_step) {
-    for (std::uint64_t first = start; first <= transfers_; first += step) {
-      for (std::uint64_t second = start; second <= transfers_; second += second_step) {
+    for (std::uint64_t first = start; first <= transfers_; first += Step(step)) {
+      for (std::uint64_t second = start; second <= transfers_; second += Step(second_step)) {
         Flash() = before_;
         FailFrom(first);
         EXPECT_EQ(Run(command_).code, ExitCode::kDevice);
@@ -93,7 +100,7 @@ class FlashCutFixture : public FlashTest {
   // Lets one transfer fail. The same run must restore the flash.
   void ExpectEveryFailureIsRestored(std::uint64_t step) {
     command_.restore_on_failure = true;
-    for (std::uint64_t transfer = 1; transfer <= transfers_; transfer += step) {
+    for (std::uint64_t transfer = 1; transfer <= transfers_; transfer += Step(step)) {
       Flash() = before_;
       FailAt(transfer);
       EXPECT_EQ(Run(command_).code, ExitCode::kDevice) << transfer;

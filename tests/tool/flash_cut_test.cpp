@@ -36,7 +36,7 @@ TEST_F(FlashCutTest, CutWithBackupsIsMendedAndTheFirstBackupStays) {
   command_.backup = true;
   command_.backup_file = File("old.bin");
   const Bytes old_bytes(before_.begin() + 0x1000, before_.begin() + 0x4000);
-  for (std::uint64_t transfer = 1; transfer <= transfers_; transfer += 5) {
+  for (std::uint64_t transfer = 1; transfer <= transfers_; transfer += Step(5)) {
     Flash() = before_;
     FailFrom(transfer);
     EXPECT_EQ(Run(command_).code, ExitCode::kDevice) << transfer;
@@ -60,7 +60,7 @@ TEST_F(FlashCutTest, RestoringAfterAnyTransferGivesTheOldBytesBack) {
 
 TEST_F(FlashCutTest, RestoringThatIsCutIsMendedByASecondRun) {
   command_.restore_on_failure = true;
-  for (std::uint64_t transfer = 300; transfer <= transfers_; transfer += 31) {
+  for (std::uint64_t transfer = 300; transfer <= transfers_; transfer += Step(31)) {
     for (const std::uint64_t further : {1U, 4U, 60U, 140U, 214U, 225U, 300U}) {
       Flash() = before_;
       const std::uint64_t first = Chip().transfers + transfer;

@@ -48,7 +48,7 @@ TEST_F(FlashSegmentsCutTest, FirstBackupStaysAndLeadsBack) {
   FlashProgramCommand back;
   back.image = File("old.hex");
   back.backup = false;
-  for (std::uint64_t transfer = 330; transfer <= transfers_; transfer += 7) {
+  for (std::uint64_t transfer = 330; transfer <= transfers_; transfer += Step(7)) {
     Flash() = before_;
     FailFrom(transfer);
     EXPECT_EQ(Run(command_).code, ExitCode::kDevice) << transfer;
