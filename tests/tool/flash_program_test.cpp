@@ -123,6 +123,14 @@ TEST_F(FlashProgramTest, ProgressNamesItsStages) {
   }
 }
 
+// Shared sectors are read back as they are written.
+TEST_F(FlashProgramTest, ProgressHasNoStageWithoutBytes) {
+  command_.image = WriteFile("short.bin", Pattern(16, 9));
+  EXPECT_EQ(Program().code, ExitCode::kDone);
+  ASSERT_EQ(progress->bars.size(), 2U);
+  EXPECT_EQ(progress->bars[1].stage, "program");
+}
+
 TEST_F(FlashProgramTest, NoVerifyReadsBackNothingButTheSharedSectors) {
   command_.verify = false;
   const Outcome outcome = Program();

@@ -169,6 +169,9 @@ void SectorWriter::WriteBlock(const Range& block, const Content& content) {
 }
 
 Mismatch SectorWriter::Compare(const Ranges& runs, const Content& content) {
+  if (runs.empty()) {
+    return {};
+  }
   progress_.Begin("verify", TotalSize(runs));
   Mismatch all;
   std::uint64_t done = 0;
