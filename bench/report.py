@@ -107,13 +107,14 @@ def print_tool(series):
             ratio = pick(rounds)
             row(f"      {kind} of {len(rounds)}", "", "", f"{ratio:.4f}", f"<= {target}",
                 ratio <= target)
-    help_ms, empty_ms = median(series["tool.help_ms"]), median(series["tool.empty_ms"])
-    row("   --help beside an empty program, median", f"{help_ms:.1f} ms", f"{empty_ms:.1f} ms",
+    # Under Wine a start takes 15 or 35 ms, whatever the program: the least of all shows what the program adds.
+    help_ms, empty_ms = min(series["tool.help_ms"]), min(series["tool.empty_ms"])
+    row("   --help beside an empty program, least", f"{help_ms:.1f} ms", f"{empty_ms:.1f} ms",
         f"{help_ms - empty_ms:.1f} ms", f"<= {LARGEST_HELP_MS} ms",
         help_ms - empty_ms <= LARGEST_HELP_MS)
-    for name, yardstick, title in (("version", "empty", "--version beside an empty program, median"),
-                                   ("list", "enumerate", "list beside a bare enumeration, median")):
-        taken, bare = median(series[f"tool.{name}_ms"]), median(series[f"tool.{yardstick}_ms"])
+    for name, yardstick, title in (("version", "empty", "--version beside an empty program, least"),
+                                   ("list", "enumerate", "list beside a bare enumeration, least")):
+        taken, bare = min(series[f"tool.{name}_ms"]), min(series[f"tool.{yardstick}_ms"])
         row(f"   {title}", f"{taken:.1f} ms", f"{bare:.1f} ms", f"{taken / bare:.2f}",
             f"<= {LARGEST_START_RATIO}", taken / bare <= LARGEST_START_RATIO)
 
