@@ -8,6 +8,7 @@ namespace {
 
 // Longer than any job, even on a busy machine.
 constexpr std::chrono::seconds kLimit{60};
+constexpr std::chrono::microseconds kBriefSleep{10};
 constexpr std::chrono::microseconds kSleep{100};
 
 // A host can't free the library's arrays. A test that is linked with the library can, at its end.
@@ -74,11 +75,7 @@ void TestPlatform::Sleep(std::chrono::milliseconds time) {
   if (on_sleep) {
     on_sleep();
   }
-  if (time.count() == 0) {
-    std::this_thread::yield();
-  } else {
-    std::this_thread::sleep_for(kSleep);
-  }
+  std::this_thread::sleep_for(time.count() == 0 ? kBriefSleep : kSleep);
 }
 
 std::unique_ptr<LibraryPlatform::CameraLock> TestPlatform::LockCamera(
