@@ -157,10 +157,10 @@ static inline int TimesRaisedWithoutMemory(int which, bool (*raises)(int which))
     if (!Renew()) {
       return -1;
     }
-    failing_allocation = allocation;
+    g_failing_allocation = allocation;
     const bool has_raised = raises(which);
-    const bool has_failed = failing_allocation == 0;
-    failing_allocation = 0;
+    const bool has_failed = g_failing_allocation == 0;
+    g_failing_allocation = 0;
     if (!has_failed) {
       return has_raised || (which < kJobStarterCount && !JobEnds()) ? -1 : raised;
     }

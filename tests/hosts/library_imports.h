@@ -59,20 +59,20 @@ static inline uintptr_t NoThread(void* security, unsigned stack, unsigned (*proc
 }
 
 // Which allocation of this thread fails, counted from 1; 0 when none does.
-static unsigned failing_allocation = 0;
-static DWORD failing_thread = 0;
-static void* (*library_malloc)(size_t) = NULL;
+static unsigned g_failing_allocation = 0;
+static DWORD g_failing_thread = 0;
+static void* (*g_library_malloc)(size_t) = NULL;
 
 // Stands in for malloc. The allocation after the failing one succeeds: without the few bytes of the
 // exception itself the C++ runtime could not throw it.
 static inline void* MallocThatFails(size_t size) {
-  if (failing_allocation != 0 && GetCurrentThreadId() == failing_thread) {
-    --failing_allocation;
-    if (failing_allocation == 0) {
+  if (g_failing_allocation != 0 && GetCurrentThreadId() == g_failing_thread) {
+    --g_failing_allocation;
+    if (g_failing_allocation == 0) {
       return NULL;
     }
   }
-  return library_malloc(size);
+  return g_library_malloc(size);
 }
 
 // From here on MallocThatFails stands in for the library's malloc; false when it can't.
@@ -81,13 +81,13 @@ static inline bool TakeOverMalloc(void) {
   if (slot == NULL) {
     return false;
   }
-  memcpy(&library_malloc, slot, sizeof library_malloc);
-  failing_thread = GetCurrentThreadId();
+  memcpy(&g_library_malloc, slot, sizeof g_library_malloc);
+  g_failing_thread = GetCurrentThreadId();
   return ReplaceImport("malloc", (void*)&MallocThatFails) != NULL;
 }
 
 static inline void GiveMallocBack(void) {
   void* former = NULL;
-  memcpy(&former, &library_malloc, sizeof former);
+  memcpy(&former, &g_library_malloc, sizeof former);
   ReplaceImport("malloc", former);
 }

@@ -18,18 +18,18 @@ namespace {
 constexpr std::int64_t kNever = std::numeric_limits<std::int64_t>::max();
 constexpr HRESULT kMoreData = static_cast<HRESULT>(0x800700EA);
 
-std::atomic<std::int32_t> controls{0};
-std::atomic<std::int32_t> filters{0};
-std::atomic<std::int32_t> references{0};
-std::atomic<std::int64_t> transfers{0};
-std::atomic<std::int64_t> last_transfer{kNever};
-std::atomic<std::uint8_t> features{0};
+std::atomic<std::int32_t> g_controls{0};
+std::atomic<std::int32_t> g_filters{0};
+std::atomic<std::int32_t> g_references{0};
+std::atomic<std::int64_t> g_transfers{0};
+std::atomic<std::int64_t> g_last_transfer{kNever};
+std::atomic<std::uint8_t> g_features{0};
 
 // The lengths of the selectors 1 to 7.
 constexpr std::array<ULONG, 8> kLengths = {0, 4, 12, 11, 64, 64, 64, 64};
 
 HRESULT Transfer(ULONG selector, bool get, void* data, ULONG length, ULONG& moved) {
-  if (++transfers > last_transfer) {
+  if (++g_transfers > g_last_transfer) {
     return static_cast<HRESULT>(reliability::kUnplugged);
   }
   // A device lets other threads run; without this a job would hardly ever be interrupted.
@@ -43,7 +43,7 @@ HRESULT Transfer(ULONG selector, bool get, void* data, ULONG length, ULONG& move
     auto* const bytes = static_cast<std::uint8_t*>(data);
     std::fill(bytes, bytes + length, std::uint8_t{0});
     if (selector == 1 && length >= 4) {
-      bytes[1] = features;
+      bytes[1] = g_features;
       bytes[3] = 0x28;  // the tag of a byte read
     }
   }
@@ -53,8 +53,8 @@ HRESULT Transfer(ULONG selector, bool get, void* data, ULONG length, ULONG& move
 class Control final : public IKsControl {
  public:
   Control() {
-    ++controls;
-    ++references;
+    ++g_controls;
+    ++g_references;
   }
   Control(const Control&) = delete;
   Control& operator=(const Control&) = delete;
@@ -69,11 +69,11 @@ class Control final : public IKsControl {
     return S_OK;
   }
   ULONG STDMETHODCALLTYPE AddRef() override {
-    ++references;
+    ++g_references;
     return ++count_;
   }
   ULONG STDMETHODCALLTYPE Release() override {
-    --references;
+    --g_references;
     const ULONG left = --count_;
     if (left == 0) {
       delete this;
@@ -94,13 +94,13 @@ class Control final : public IKsControl {
   }
 
  private:
-  ~Control() { --controls; }
+  ~Control() { --g_controls; }
   std::atomic<ULONG> count_{1};
 };
 
 class Filter final : public test::OneNodeFilter {
  public:
-  Filter() { ++filters; }
+  Filter() { ++g_filters; }
   Filter(const Filter&) = delete;
   Filter& operator=(const Filter&) = delete;
 
@@ -125,7 +125,7 @@ class Filter final : public test::OneNodeFilter {
   }
 
  private:
-  ~Filter() { --filters; }
+  ~Filter() { --g_filters; }
   std::atomic<ULONG> count_{1};
 };
 
@@ -148,31 +148,31 @@ class Factory final : public test::LastingFactory {
 extern "C" {
 
 std::int32_t MemoryCameraControls() {
-  return controls;
+  return g_controls;
 }
 
 std::int32_t MemoryCameraFilters() {
-  return filters;
+  return g_filters;
 }
 
 std::int32_t MemoryCameraReferences() {
-  return references;
+  return g_references;
 }
 
 std::int64_t MemoryCameraTransfers() {
-  return transfers;
+  return g_transfers;
 }
 
 void MemoryCameraUnplugAfter(std::int64_t more_transfers) {
-  last_transfer = transfers + more_transfers;
+  g_last_transfer = g_transfers + more_transfers;
 }
 
 void MemoryCameraPlug() {
-  last_transfer = kNever;
+  g_last_transfer = kNever;
 }
 
 void MemoryCameraSetFeatures(std::uint8_t feature_bits) {
-  features = feature_bits;
+  g_features = feature_bits;
 }
 
 HRESULT WINAPI DllGetClassObject(REFCLSID class_id, REFIID iid, void** object) {

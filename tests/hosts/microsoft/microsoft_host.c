@@ -14,7 +14,7 @@
 
 enum { kAllHeld = 100, kFailed = 1, kGuardSize = 32, kGuardByte = 0xA5 };
 
-static int failures = 0;
+static int g_failures = 0;
 
 static void Print(const char* text) {
   DWORD written = 0;
@@ -23,7 +23,7 @@ static void Print(const char* text) {
 
 static void Expect(bool holds, const char* what) {
   if (!holds) {
-    ++failures;
+    ++g_failures;
     Print("failed: ");
     Print(what);
     Print("\n");
@@ -46,14 +46,14 @@ static void Select(int index) {
   UsbSelectDevice(index);
 }
 
-static int cleanups = 0;
+static int g_cleanups = 0;
 
 // What this host has to do on the way out is done by the system, between the throw and __except.
 static void SelectAndCleanUp(int index) {
   __try {
     UsbSelectDevice(index);
   } __finally {
-    ++cleanups;
+    ++g_cleanups;
   }
 }
 
@@ -167,7 +167,7 @@ static void TakeExceptionsInARow(void) {
   SelectAndAccess();
   Expect(CodeRaisedBy(SelectAndCleanUp, kGone) == kBorvanExceptionCode, "and once more");
   Expect(CodeRaisedBy(SelectAndCleanUp, kGone) == kBorvanExceptionCode, "and twice in a row");
-  Expect(cleanups == 2, "the host's own frames were unwound");
+  Expect(g_cleanups == 2, "the host's own frames were unwound");
   SelectAndAccess();
 }
 
@@ -273,5 +273,5 @@ extern "C"
     void
     Start(void) {
   Run();
-  ExitProcess(failures == 0 ? kAllHeld : kFailed);
+  ExitProcess(g_failures == 0 ? kAllHeld : kFailed);
 }
