@@ -65,9 +65,17 @@ TEST_F(ControlProgram, ANameOfTwoCamerasIsRefused) {
 }
 
 TEST_F(ControlProgram, WrongUseHasACodeOfItsOwn) {
-  EXPECT_EQ(Control(L"").exit_code, 2U);
-  EXPECT_EQ(Control(L"unplug").exit_code, 2U);
-  EXPECT_EQ(Control(L"fly").exit_code, 2U);
+  const auto expect_refused = [](const std::wstring& arguments, const std::string& message) {
+    const Outcome outcome = Control(arguments);
+    EXPECT_EQ(outcome.exit_code, 2U);
+    EXPECT_TRUE(Holds(outcome, "virtual-camera: " + message)) << outcome.output;
+    EXPECT_EQ(LineCount(outcome.output), 2U) << outcome.output;
+  };
+  expect_refused(L"", "a command is missing; must be one of register, unregister, ");
+  expect_refused(L"unplug", "unplug: CAMERA is required");
+  expect_refused(L"fly", "fly: no such command or option; commands are register, ");
+  expect_refused(L"plug 0 1", "plug: 1: no such argument or option");
+  expect_refused(L"--config", "--config");
   EXPECT_EQ(Control(L"--help").exit_code, 0U);
 }
 

@@ -69,7 +69,12 @@ class CommandLine {
     try {
       app_.parse(ReversedArguments());
     } catch (const CLI::ParseError& error) {
-      return app_.exit(error) == 0 ? kDone : kWrongUse;
+      if (error.get_exit_code() == kDone) {
+        return app_.exit(error);  // the help
+      }
+      std::cerr << "virtual-camera: " << virtual_camera::Printable(WrongUse(error))
+                << "\nvirtual-camera --help shows more.\n";
+      return kWrongUse;
     }
     if (*trace_) {
       virtual_camera::TraceCommand(trace_file_, std::cout);
@@ -82,6 +87,26 @@ class CommandLine {
   }
 
  private:
+  std::string WrongUse(const CLI::ParseError& error) const {
+    if (!app_.get_subcommands().empty()) {
+      const CLI::App& command = *app_.get_subcommands().front();
+      const std::vector<std::string> extra = command.remaining();
+      return command.get_name() + ": " +
+             (extra.empty() ? error.what() : extra.front() + ": no such argument or option");
+    }
+    if (error.get_exit_code() != static_cast<int>(CLI::ExitCodes::RequiredError)) {
+      return error.what();
+    }
+    std::string commands;
+    for (const CLI::App* const command : app_.get_subcommands(nullptr)) {
+      commands += (commands.empty() ? "" : ", ") + command->get_name();
+    }
+    const std::vector<std::string> others = app_.remaining();
+    return others.empty()
+               ? "a command is missing; must be one of " + commands
+               : others.front() + ": no such command or option; commands are " + commands;
+  }
+
   // In the order in which the help lists them.
   void AddCommands() {
     register_ = app_.add_subcommand(
