@@ -41,7 +41,9 @@ wait_for_services() {
 }
 
 copy_template() {
-  cp -a --link "$template/." "$WINEPREFIX" 2>/dev/null || cp -a "$template/." "$WINEPREFIX" || return
+  # Another file system takes no links.
+  cp -a --link "$template/." "$WINEPREFIX" 2>/dev/null ||
+    cp -a --remove-destination "$template/." "$WINEPREFIX" || return
   # Debian's Wine: the folder with the sockets of the prefix's services.
   rm -f "$WINEPREFIX/wineserver"
   find "$WINEPREFIX" -type f -links +1 ! -name '*.dll' ! -name '*.exe' ! -name '*.nls' ! -name '*.sys' \
