@@ -81,7 +81,10 @@ test("fields: a list of names, a check box and a slider; several changes are one
   await page.keyboard.press("ArrowRight");
   await page.keyboard.press("ArrowRight");
   await page.getByText("3 changes not written").waitFor();
-  const line = await page.getByRole("region", { name: "Changes" }).getByLabel("Command line").first().textContent();
+  const shown = page.getByRole("region", { name: "Changes" }).getByLabel("Command line").first();
+  // The page shows the second step of the slider a moment after the first.
+  await shown.filter({ hasText: `${names.sliderField}=0x02` }).waitFor();
+  const line = await shown.textContent();
   assert.match(line, new RegExp(`${names.enumerated}.${names.enumeratedField}=0x1`));
   assert.match(line, new RegExp(`${names.enumerated}.${names.oneBitField}=0x1 .*${names.slider}.${names.sliderField}=0x02`));
   await page.getByRole("button", { name: "Write all" }).click();
