@@ -12,7 +12,7 @@ constexpr std::array<std::uint32_t, 5> kShortAnswers = {0, 1, 8, 32, 63};
 // The number of faulty runs of a scenario in the short form.
 std::size_t Selection() {
   const char* const text = std::getenv("BORVAN_SWEEP_FAULTS");
-  return text != nullptr ? std::strtoul(text, nullptr, 10) : 60;
+  return text != nullptr ? std::strtoul(text, nullptr, 10) : 30;
 }
 
 std::uint32_t LengthOf(const Transfer& transfer) {
