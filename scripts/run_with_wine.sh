@@ -27,10 +27,10 @@ fi
 template=$root/build/wine-template
 
 make_template() {
-  [[ -f $template/prepared ]] ||
+  [[ -f $template.prepared ]] ||
     { DISPLAY='' WINEPREFIX=$template "${wine[@]}" wineboot --init 9>&- 8>&- &&
       WINEPREFIX=$template wait_for_services 9>&- 8>&- &&
-      touch "$template/prepared"; }
+      touch "$template.prepared"; }
 }
 
 # Waits until Wine's services have ended, which write the registry last.
@@ -56,7 +56,8 @@ prepare_prefix() {
     flock 9
     [[ -f $WINEPREFIX/prepared ]] && exit
     flock 8
-    make_template && copy_template
+    # The mark comes last, because it is looked at without the lock.
+    make_template && copy_template && touch "$WINEPREFIX/prepared"
   ) 9>"$WINEPREFIX.lock" 8>"$template.lock"
 }
 
