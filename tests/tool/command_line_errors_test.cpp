@@ -7,6 +7,12 @@
 namespace borvanusb::tool_test {
 namespace {
 
+void ExpectWrongUse(const Words& words, const std::string& message) {
+  ExpectRefused(words, message);
+  const std::string hint = FailureOf(words).Hint();
+  EXPECT_TRUE(hint.ends_with("--help shows more.")) << hint;
+}
+
 TEST(CommandLineErrorsTest, NoCommandSaysWhereToBegin) {
   const Failure failure = FailureOf({});
   EXPECT_EQ(failure.Code(), ExitCode::kUsage);
@@ -21,47 +27,48 @@ TEST(CommandLineErrorsTest, HintIsTheCommandsOwnHelp) {
 }
 
 TEST(CommandLineErrorsTest, UnknownCommandSuggestsTheNearest) {
-  ExpectRefused({"lits"}, "unknown command \"lits\"; did you mean list?");
-  ExpectRefused({"reg", "raed"}, "unknown command \"reg raed\"; did you mean reg read?");
-  ExpectRefused({"dump", "1"}, "unknown command \"dump\"; did you mean reg dump or i2c dump?");
-  ExpectRefused({"scan"}, "unknown command \"scan\"; did you mean i2c scan?");
-  ExpectRefused({"a\nb"}, "unknown command \"a?b\"");
-  ExpectRefused({"reg"}, "reg: a subcommand is missing: read, write, show, find, dump, load, diff");
+  ExpectWrongUse({"lits"}, "unknown command \"lits\"; did you mean list?");
+  ExpectWrongUse({"reg", "raed"}, "unknown command \"reg raed\"; did you mean reg read?");
+  ExpectWrongUse({"dump", "1"}, "unknown command \"dump\"; did you mean reg dump or i2c dump?");
+  ExpectWrongUse({"scan"}, "unknown command \"scan\"; did you mean i2c scan?");
+  ExpectWrongUse({"a\nb"}, "unknown command \"a?b\"");
+  ExpectWrongUse({"reg"},
+                 "reg: a subcommand is missing: read, write, show, find, dump, load, diff");
 }
 
 TEST(CommandLineErrorsTest, WordIsShownWholeUnlessItIsEndless) {
   const std::string longest(256, 'x');
-  ExpectRefused({longest}, "unknown command \"" + longest + "\"");
-  ExpectRefused({longest + "y"}, "unknown command \"" + longest + "...\"");
+  ExpectWrongUse({longest}, "unknown command \"" + longest + "\"");
+  ExpectWrongUse({longest + "y"}, "unknown command \"" + longest + "...\"");
   // 127 characters of two bytes fit, but only half of the next one.
   std::string two_bytes = "x";
   for (int i = 0; i < 127; ++i) {
     two_bytes += "\xC3\xA4";
   }
-  ExpectRefused({two_bytes + "\xC3\xA4"}, "unknown command \"" + two_bytes + "...\"");
+  ExpectWrongUse({two_bytes + "\xC3\xA4"}, "unknown command \"" + two_bytes + "...\"");
 }
 
 TEST(CommandLineErrorsTest, UnknownOptionSuggestsTheNearest) {
-  ExpectRefused({"reg", "read", "1", "--wdie"},
-                "reg read: unknown option \"--wdie\"; did you mean --wide?");
-  ExpectRefused({"list", "--jsn=1"}, "list: unknown option \"--jsn\"; did you mean --json?");
-  ExpectRefused({"list", "--verify"}, "list: unknown option \"--verify\"");
-  ExpectRefused({"--frob"}, "unknown option \"--frob\"");
+  ExpectWrongUse({"reg", "read", "1", "--wdie"},
+                 "reg read: unknown option \"--wdie\"; did you mean --wide?");
+  ExpectWrongUse({"list", "--jsn=1"}, "list: unknown option \"--jsn\"; did you mean --json?");
+  ExpectWrongUse({"list", "--verify"}, "list: unknown option \"--verify\"");
+  ExpectWrongUse({"--frob"}, "unknown option \"--frob\"");
 }
 
 TEST(CommandLineErrorsTest, OptionWithoutItsValue) {
-  ExpectRefused({"reg", "write", "1", "2", "--mask"},
-                "--mask: M is missing: change only the bits that are 1 in M; reads first");
-  ExpectRefused({"--camera=", "list"}, "--camera: a value is missing after the =");
-  ExpectRefused({"--json=", "list"}, "--json: takes no value");
-  ExpectRefused({"list", "--json=yes"}, "--json: takes no value");
+  ExpectWrongUse({"reg", "write", "1", "2", "--mask"},
+                 "--mask: M is missing: change only the bits that are 1 in M; reads first");
+  ExpectWrongUse({"--camera=", "list"}, "--camera: a value is missing after the =");
+  ExpectWrongUse({"--json=", "list"}, "--json: takes no value");
+  ExpectWrongUse({"list", "--json=yes"}, "--json: takes no value");
 }
 
 TEST(CommandLineErrorsTest, MissingValueNamesTheCommandsOwnOption) {
-  ExpectRefused({"flash", "verify", "i.bin", "--address"},
-                "--address: ADDR is missing: where address 0 of the image goes, default 0");
-  ExpectRefused({"i2c", "scan", "--address"},
-                "--address: A is missing: register that is read from each, default 0");
+  ExpectWrongUse({"flash", "verify", "i.bin", "--address"},
+                 "--address: ADDR is missing: where address 0 of the image goes, default 0");
+  ExpectWrongUse({"i2c", "scan", "--address"},
+                 "--address: A is missing: register that is read from each, default 0");
   EXPECT_EQ(FailureOf({"flash", "verify", "i.bin", "--address"}).Hint(),
             "borvanusb flash verify --help shows more.");
   EXPECT_EQ(FailureOf({"--camera"}).Hint(), "borvanusb --help shows more.");
@@ -71,132 +78,132 @@ TEST(CommandLineErrorsTest, MissingValueNamesTheCommandsOwnOption) {
       if (!option.positional && !option.value.empty()) {
         Words words = command.words;
         words.push_back(option.names.back());
-        ExpectRefused(words,
-                      option.names.back() + ": " + option.value + " is missing: " + option.text);
+        ExpectWrongUse(words,
+                       option.names.back() + ": " + option.value + " is missing: " + option.text);
       }
     }
   }
 }
 
 TEST(CommandLineErrorsTest, ArgumentMissingTooManyOrTwice) {
-  ExpectRefused({"reg", "write", "1"}, "reg write: VALUE is missing: what to write");
-  ExpectRefused({"reg", "load", "a", "list"}, "reg load: \"list\" is one argument too many");
-  ExpectRefused({"i2c", "read", "1"},
-                "i2c read: --slave is missing: the device's address on the bus, 0 to 255, not "
-                "shifted");
-  ExpectRefused({"i2c", "scan", "--mode", "1", "--mode", "2"}, "--mode: is given more than once");
+  ExpectWrongUse({"reg", "write", "1"}, "reg write: VALUE is missing: what to write");
+  ExpectWrongUse({"reg", "load", "a", "list"}, "reg load: \"list\" is one argument too many");
+  ExpectWrongUse({"i2c", "read", "1"},
+                 "i2c read: --slave is missing: the device's address on the bus, 0 to 255, not "
+                 "shifted");
+  ExpectWrongUse({"i2c", "scan", "--mode", "1", "--mode", "2"}, "--mode: is given more than once");
 }
 
 TEST(CommandLineErrorsTest, NumbersSayWhatIsAllowed) {
-  ExpectRefused(
+  ExpectWrongUse(
       {"flash", "word", "12g"},
       "ADDR: \"12g\" is not a valid address: a number from 0 to 0xffffffff, decimal or with 0x");
-  ExpectRefused({"reg", "write", "0x100000000", "1"},
-                "WHAT: \"0x100000000\" is not a valid address: a number from 0 to 0xffffffff, "
-                "decimal or with 0x");
-  ExpectRefused({"reg", "read", "9-1"},
-                "WHAT: \"9-1\" is not a valid address or range: 0x1000, 0x1000-0x1fff or "
-                "0x1000+256, up to 0xffffffff");
-  ExpectRefused(
+  ExpectWrongUse({"reg", "write", "0x100000000", "1"},
+                 "WHAT: \"0x100000000\" is not a valid address: a number from 0 to 0xffffffff, "
+                 "decimal or with 0x");
+  ExpectWrongUse({"reg", "read", "9-1"},
+                 "WHAT: \"9-1\" is not a valid address or range: 0x1000, 0x1000-0x1fff or "
+                 "0x1000+256, up to 0xffffffff");
+  ExpectWrongUse(
       {"reg", "write", "1", "-1"},
       "WHAT: \"-1\" is not a valid number: a number from 0 to 0xffffffff, decimal or with 0x");
-  ExpectRefused({"bench", "--rounds", "0"},
-                "--rounds: \"0\" is not allowed: a number from 1 to 1000000, decimal or with 0x");
-  ExpectRefused({"i2c", "read", "1", "--slave", "256"},
-                "--slave: \"256\" is not allowed: a number from 0 to 255, decimal or with 0x");
-  ExpectRefused({"info", "--flash-size", "1000"},
-                "--flash-size: \"1000\" is not a valid flash size: a multiple of 4096, such as "
-                "512K or 4M, up to 4096M");
-  ExpectRefused({"i2c", "read", "1", "--slave", "1", "--mode", "8/16"},
-                "--mode: \"8/16\" is not a valid width mode: bits of address and data, 8/8, 16/8, "
-                "16/16, 32/8, 32/16 or 32/32, or 0 to 5");
-  ExpectRefused({"i2c", "scan", "--slaves", "0-256"},
-                "--slaves: \"0-256\" is not allowed: device addresses go from 0 to 255");
+  ExpectWrongUse({"bench", "--rounds", "0"},
+                 "--rounds: \"0\" is not allowed: a number from 1 to 1000000, decimal or with 0x");
+  ExpectWrongUse({"i2c", "read", "1", "--slave", "256"},
+                 "--slave: \"256\" is not allowed: a number from 0 to 255, decimal or with 0x");
+  ExpectWrongUse({"info", "--flash-size", "1000"},
+                 "--flash-size: \"1000\" is not a valid flash size: a multiple of 4096, such as "
+                 "512K or 4M, up to 4096M");
+  ExpectWrongUse({"i2c", "read", "1", "--slave", "1", "--mode", "8/16"},
+                 "--mode: \"8/16\" is not a valid width mode: bits of address and data, 8/8, 16/8, "
+                 "16/16, 32/8, 32/16 or 32/32, or 0 to 5");
+  ExpectWrongUse({"i2c", "scan", "--slaves", "0-256"},
+                 "--slaves: \"0-256\" is not allowed: device addresses go from 0 to 255");
 }
 
 TEST(CommandLineErrorsTest, DecimalsSayWhatIsAllowed) {
   for (const std::string text : {"0.09", "3600.1", "nan", "inf", "1e3", "", "1,5", "-1", "0x10"}) {
-    ExpectRefused({"list", "--timeout", text},
-                  "--timeout: \"" + text +
-                      "\" is not allowed: a number from 0.1 to 3600, decimals with a point");
+    ExpectWrongUse({"list", "--timeout", text},
+                   "--timeout: \"" + text +
+                       "\" is not allowed: a number from 0.1 to 3600, decimals with a point");
   }
-  ExpectRefused(
+  ExpectWrongUse(
       {"watch", "--reg", "1", "--rate", "1001"},
       "--rate: \"1001\" is not allowed: a number from 0.1 to 1000, decimals with a point");
 }
 
 TEST(CommandLineErrorsTest, ChoicesAreListed) {
-  ExpectRefused({"bench", "--progress", "Bar"},
-                "--progress: \"Bar\" is not allowed: auto, bar, lines, json or none");
-  ExpectRefused({"completion", "csh"},
-                "SHELL: \"csh\" is not allowed: bash, fish, powershell or zsh");
+  ExpectWrongUse({"bench", "--progress", "Bar"},
+                 "--progress: \"Bar\" is not allowed: auto, bar, lines, json or none");
+  ExpectWrongUse({"completion", "csh"},
+                 "SHELL: \"csh\" is not allowed: bash, fish, powershell or zsh");
 }
 
 TEST(CommandLineErrorsTest, EmptyTextsAreVariablesThatWereNeverSet) {
-  ExpectRefused({"reg", "load", ""}, "FILE: \"\" is not a valid file name");
-  ExpectRefused({"info", "--camera", ""},
-                "--camera: \"\" is not a valid camera: its index, path, vid:pid or name, or 3 or "
-                "more characters of path or name");
+  ExpectWrongUse({"reg", "load", ""}, "FILE: \"\" is not a valid file name");
+  ExpectWrongUse({"info", "--camera", ""},
+                 "--camera: \"\" is not a valid camera: its index, path, vid:pid or name, or 3 or "
+                 "more characters of path or name");
 }
 
 TEST(CommandLineErrorsTest, ValuesFitTheRegistersWidth) {
-  ExpectRefused({"reg", "write", "1", "0x100"},
-                "VALUE: 0x100 is too big for a register of 8 bits without --wide: 0 to 0xff");
-  ExpectRefused({"reg", "write", "1", "1", "--mask", "256"},
-                "--mask: 0x100 is too big for a register of 8 bits without --wide: 0 to 0xff");
-  ExpectRefused({"i2c", "write", "1", "0x100", "--slave", "1"},
-                "VALUE: 0x100 is too big for the data of width mode 16/8: 0 to 0xff");
-  ExpectRefused({"i2c", "write", "1", "1", "--mask", "0x10000", "--slave", "1", "--mode", "16/16"},
-                "--mask: 0x10000 is too big for the data of width mode 16/16: 0 to 0xffff");
-  ExpectRefused({"i2c", "write", "0x10000", "1", "--slave", "1"},
-                "ADDR: 0x10000 is too big for the addresses of width mode 16/8: 0 to 0xffff");
-  ExpectRefused({"i2c", "dump", "0+257", "--slave", "1", "--mode", "8/8"},
-                "RANGE: 0x100 is too big for the addresses of width mode 8/8: 0 to 0xff");
-  ExpectRefused({"i2c", "scan", "--address", "0x10000"},
-                "--address: 0x10000 is too big for the addresses of width mode 16/8: 0 to 0xffff");
-  ExpectRefused({"watch", "--i2c", "0x10000", "--slave", "1"},
-                "--i2c: 0x10000 is too big for the addresses of width mode 16/8: 0 to 0xffff");
+  ExpectWrongUse({"reg", "write", "1", "0x100"},
+                 "VALUE: 0x100 is too big for a register of 8 bits without --wide: 0 to 0xff");
+  ExpectWrongUse({"reg", "write", "1", "1", "--mask", "256"},
+                 "--mask: 0x100 is too big for a register of 8 bits without --wide: 0 to 0xff");
+  ExpectWrongUse({"i2c", "write", "1", "0x100", "--slave", "1"},
+                 "VALUE: 0x100 is too big for the data of width mode 16/8: 0 to 0xff");
+  ExpectWrongUse({"i2c", "write", "1", "1", "--mask", "0x10000", "--slave", "1", "--mode", "16/16"},
+                 "--mask: 0x10000 is too big for the data of width mode 16/16: 0 to 0xffff");
+  ExpectWrongUse({"i2c", "write", "0x10000", "1", "--slave", "1"},
+                 "ADDR: 0x10000 is too big for the addresses of width mode 16/8: 0 to 0xffff");
+  ExpectWrongUse({"i2c", "dump", "0+257", "--slave", "1", "--mode", "8/8"},
+                 "RANGE: 0x100 is too big for the addresses of width mode 8/8: 0 to 0xff");
+  ExpectWrongUse({"i2c", "scan", "--address", "0x10000"},
+                 "--address: 0x10000 is too big for the addresses of width mode 16/8: 0 to 0xffff");
+  ExpectWrongUse({"watch", "--i2c", "0x10000", "--slave", "1"},
+                 "--i2c: 0x10000 is too big for the addresses of width mode 16/8: 0 to 0xffff");
 }
 
 TEST(CommandLineErrorsTest, ContradictionsAreRefused) {
-  ExpectRefused({"list", "--quiet", "--verbose"}, "--quiet: contradicts --verbose");
-  ExpectRefused({"flash", "program", "i", "--backup", "b", "--no-backup"},
-                "--no-backup: contradicts --backup");
+  ExpectWrongUse({"list", "--quiet", "--verbose"}, "--quiet: contradicts --verbose");
+  ExpectWrongUse({"flash", "program", "i", "--backup", "b", "--no-backup"},
+                 "--no-backup: contradicts --backup");
   for (const char* const kind : {"reg", "i2c"}) {
-    ExpectRefused({kind, "load", "a.txt", "--verify", "--check-only"},
-                  "--verify: reads back what was written, and --check-only writes nothing");
+    ExpectWrongUse({kind, "load", "a.txt", "--verify", "--check-only"},
+                   "--verify: reads back what was written, and --check-only writes nothing");
   }
-  ExpectRefused({"reg", "load", "a.txt", "--markers", "page"},
-                "--markers: says what --verify reads back, which is not given");
-  ExpectRefused({"flash", "program", "i", "--all", "--camera", "1"},
-                "--all: means every camera, --camera only some: give one of the two");
+  ExpectWrongUse({"reg", "load", "a.txt", "--markers", "page"},
+                 "--markers: says what --verify reads back, which is not given");
+  ExpectWrongUse({"flash", "program", "i", "--all", "--camera", "1"},
+                 "--all: means every camera, --camera only some: give one of the two");
   const std::string one_file =
       "--backup: one file can't hold the backups of several cameras; omit it to name the files "
       "after the cameras";
-  ExpectRefused({"flash", "program", "i", "--all", "--backup", "b"}, one_file);
-  ExpectRefused({"flash", "program", "i", "--camera=0", "--camera=1", "--backup", "b"}, one_file);
-  ExpectRefused({"flash", "program", "i", "--restore-on-failure", "--dry-run"},
-                "--restore-on-failure: a dry run changes nothing that could be restored");
-  ExpectRefused({"flash", "program", "i", "--restore-on-failure", "--no-backup"},
-                "--restore-on-failure: needs the backup, which --no-backup leaves out");
-  ExpectRefused({"flash", "program", "i", "--no-verify", "--dry-run"},
-                "--no-verify: a dry run verifies nothing");
-  ExpectRefused({"reg", "diff", "camera", "camera"},
-                "B: camera is given twice; a file by that name is ./camera");
-  ExpectRefused({"selftest", "--mode", "8/8"},
-                "--mode: describes a sensor's registers; needs --slave, the sensor's address");
+  ExpectWrongUse({"flash", "program", "i", "--all", "--backup", "b"}, one_file);
+  ExpectWrongUse({"flash", "program", "i", "--camera=0", "--camera=1", "--backup", "b"}, one_file);
+  ExpectWrongUse({"flash", "program", "i", "--restore-on-failure", "--dry-run"},
+                 "--restore-on-failure: a dry run changes nothing that could be restored");
+  ExpectWrongUse({"flash", "program", "i", "--restore-on-failure", "--no-backup"},
+                 "--restore-on-failure: needs the backup, which --no-backup leaves out");
+  ExpectWrongUse({"flash", "program", "i", "--no-verify", "--dry-run"},
+                 "--no-verify: a dry run verifies nothing");
+  ExpectWrongUse({"reg", "diff", "camera", "camera"},
+                 "B: camera is given twice; a file by that name is ./camera");
+  ExpectWrongUse({"selftest", "--mode", "8/8"},
+                 "--mode: describes a sensor's registers; needs --slave, the sensor's address");
 }
 
 // An ignored option would make its user believe that it has an effect.
 TEST(CommandLineErrorsTest, CommonOptionThatWouldBeIgnoredIsRefused) {
-  ExpectRefused({"list", "--camera", "9"},
-                "--camera: does not apply to list, which lists all cameras");
-  ExpectRefused({"--camera", "", "list"},
-                "--camera: does not apply to list, which lists all cameras");
-  ExpectRefused({"list", "--watch", "--trace", "t"},
-                "--trace: does not apply to list, which makes no transfers");
-  ExpectRefused({"doctor", "--camera", "1"},
-                "--camera: does not apply to doctor, which examines all cameras");
+  ExpectWrongUse({"list", "--camera", "9"},
+                 "--camera: does not apply to list, which lists all cameras");
+  ExpectWrongUse({"--camera", "", "list"},
+                 "--camera: does not apply to list, which lists all cameras");
+  ExpectWrongUse({"list", "--watch", "--trace", "t"},
+                 "--trace: does not apply to list, which makes no transfers");
+  ExpectWrongUse({"doctor", "--camera", "1"},
+                 "--camera: does not apply to doctor, which examines all cameras");
   for (const Words& command : std::vector<Words>{{"list"},
                                                  {"info"},
                                                  {"doctor"},
@@ -218,29 +225,30 @@ TEST(CommandLineErrorsTest, CommonOptionThatWouldBeIgnoredIsRefused) {
              {"--camera", "1"}, {"--timeout", "5"}, {"--trace", "t"}, {"--verbose"}}) {
       Words words = command;
       words.insert(words.end(), option.begin(), option.end());
-      ExpectRefused(words,
-                    option[0] + ": does not apply to " + command[0] + ", which uses no camera");
+      ExpectWrongUse(words,
+                     option[0] + ": does not apply to " + command[0] + ", which uses no camera");
     }
   }
   for (const char* const option : {"--camera", "--trace"}) {
     for (const char* const command : {"reg", "i2c"}) {
-      ExpectRefused({command, "load", "a.txt", "--check-only", option, "1"},
-                    std::string(option) + ": does not apply to --check-only, which uses no camera");
+      ExpectWrongUse(
+          {command, "load", "a.txt", "--check-only", option, "1"},
+          std::string(option) + ": does not apply to --check-only, which uses no camera");
     }
-    ExpectRefused(
+    ExpectWrongUse(
         {"reg", "diff", "a.txt", "b.txt", option, "1"},
         std::string(option) + ": does not apply to two lists, which are compared without a camera");
   }
 }
 
 TEST(CommandLineErrorsTest, WatchNeedsSomethingToWatch) {
-  ExpectRefused({"watch"}, "watch: what to watch is missing: names, --reg RANGE or --i2c RANGE");
-  ExpectRefused({"watch", "--i2c", "1"},
-                "--i2c: needs --slave N, the device's address on the bus, 0 to 255");
-  ExpectRefused({"watch", "--i2c", "1", "--slave", "1", "--wide"},
-                "--wide: is for the chip's registers; --reg must say which");
-  ExpectRefused({"watch", "--reg", "1", "--option", "0"},
-                "--option: is for registers over I2C; --i2c must say which");
+  ExpectWrongUse({"watch"}, "watch: what to watch is missing: names, --reg RANGE or --i2c RANGE");
+  ExpectWrongUse({"watch", "--i2c", "1"},
+                 "--i2c: needs --slave N, the device's address on the bus, 0 to 255");
+  ExpectWrongUse({"watch", "--i2c", "1", "--slave", "1", "--wide"},
+                 "--wide: is for the chip's registers; --reg must say which");
+  ExpectWrongUse({"watch", "--reg", "1", "--option", "0"},
+                 "--option: is for registers over I2C; --i2c must say which");
 }
 
 TEST(CommandLineErrorsTest, OpenQuoteOfAScriptIsRefused) {
