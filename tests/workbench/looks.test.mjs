@@ -1,4 +1,4 @@
-// The appearance of every view, light and dark: a screenshot of each, without findings of axe.
+// The appearance of every view, light and dark, in two sizes: a screenshot of each, without findings of axe.
 import assert from "node:assert/strict";
 import { after, before, test } from "node:test";
 import { chooseCamera, close, closePage, control, findings, findRegister, go, names, newPage, noise, open, shoot } from "./world.mjs";
@@ -53,7 +53,7 @@ const scenes = [
     await addCurves(page, [names.measured, "EXPOSURE.TEMPERATURE", names.exposure, "STATUS.FRAME_COUNT"]);
     await page.getByText("Own scales").click();
     await page.getByLabel("Show").selectOption("10");
-    await page.waitForTimeout(9000);
+    await page.waitForTimeout(3000);
   }],
   ["compare", async (page) => {
     await go(page, "Compare");
@@ -145,26 +145,6 @@ const scenes = [
 // These scenes continue where the previous one ended.
 const continued = new Set(["flash-programming", "flash-stopped", "flash-verify"]);
 
-for (const colorScheme of ["light", "dark"]) {
-  test(`every view, ${colorScheme}`, { timeout: 240_000 }, async (context) => {
-    let page = null;
-    for (const [name, act] of scenes) {
-      await context.test(name, async () => {
-        if (!continued.has(name)) {
-          if (page) await closePage(page);
-          page = await newPage({ colorScheme });
-          await control(page, "reset");
-          await control(page, "pace", { pace: 25 });
-        }
-        await act(page);
-        await shoot(page, `${name}-${colorScheme}`);
-        assert.deepEqual(await findings(page), []);
-      });
-    }
-    await closePage(page);
-  });
-}
-
 // Headings and rows of tables that can't be seen, or reached by scrolling a region that takes the keyboard.
 function lostCells() {
   const lost = [];
@@ -182,29 +162,48 @@ function lostCells() {
   return lost;
 }
 
-const smallScenes = ["cameras", "registers", "registers-picture", "registers-grid", "compare", "flash", "flash-plan", "flash-journals", "line", "log"];
+// A screenshot of the page in each colour scheme, without findings of axe.
+async function shootInBothColours(page, name, context) {
+  for (const colorScheme of ["light", "dark"]) {
+    await context.test(`${name}, ${colorScheme}`, async () => {
+      await page.emulateMedia({ colorScheme });
+      await page.evaluate(() => new Promise((resolve) => { requestAnimationFrame(() => requestAnimationFrame(resolve)); }));
+      await shoot(page, `${name}-${colorScheme}`);
+      assert.deepEqual(await findings(page), []);
+    });
+  }
+}
 
-for (const colorScheme of ["light", "dark"]) {
-  test(`the smallest window, 1024 by 768, loses nothing of the tables, ${colorScheme}`, { timeout: 240_000 }, async (context) => {
-    for (const [name, act] of scenes.filter(([each]) => smallScenes.includes(each))) {
-      await context.test(name, async () => {
-        const page = await newPage({ colorScheme, viewport: { width: 1024, height: 768 } });
+// Scenes that are also shown in the smallest window, where nothing of their tables may be lost.
+const smallScenes = new Set(["cameras", "registers", "registers-picture", "registers-grid", "compare", "flash", "flash-plan",
+                             "flash-journals", "line", "log"]);
+
+test("every view, light and dark, and in a window of 1024 by 768", { timeout: 480_000 }, async (context) => {
+  let page = null;
+  for (const [name, act] of scenes) {
+    await context.test(name, async (scene) => {
+      if (!continued.has(name)) {
+        if (page) await closePage(page);
+        page = await newPage();
         await control(page, "reset");
         await control(page, "pace", { pace: 25 });
-        await act(page);
-        if (name === "registers-grid") {
-          await page.getByLabel("Device").selectOption("Chip, 32 bits");
-          await page.getByRole("button", { name: "Read once" }).click();
-          await page.waitForTimeout(400);
-        }
-        await shoot(page, `small-${name}-${colorScheme}`);
-        assert.deepEqual(await page.evaluate(lostCells), []);
-        assert.deepEqual(await findings(page), []);
-        await closePage(page);
-      });
-    }
-  });
-}
+      }
+      await act(page);
+      await shootInBothColours(page, name, scene);
+      if (!smallScenes.has(name)) return;
+      await page.setViewportSize({ width: 1024, height: 768 });
+      if (name === "registers-grid") {
+        await page.getByLabel("Device").selectOption("Chip, 32 bits");
+        await page.getByRole("button", { name: "Read once" }).click();
+        await page.waitForTimeout(400);
+      }
+      await shootInBothColours(page, `small-${name}`, scene);
+      assert.deepEqual(await page.evaluate(lostCells), []);
+      await page.setViewportSize({ width: 1440, height: 900 });
+    });
+  }
+  await closePage(page);
+});
 
 test("the smallest window, 1024 by 700, is not wider than itself", async () => {
   const page = await newPage({ viewport: { width: 1024, height: 700 } });

@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# Builds the page, fetches what the browser tests need, and runs them.
+# Fetches what the browser tests need, and runs them; first builds the page that the simulated server shows.
 # Usage: run.sh [--model | --program | --bench] [TEST.mjs…]
 #   --model     only the unit tests of the page's model, without a browser
 #   --program   against borvanusb.exe under Wine, on virtual cameras that are like the simulated ones.
@@ -29,7 +29,9 @@ case "${1:-}" in
     program=bench
     ;;
 esac
-"$page/build.sh" --test
+if [ -z "$program" ]; then
+  "$page/build.sh" # borvanusb.exe has the page in it
+fi
 "$root/scripts/fetch_npm.py" "$page/package-lock.json" "$root/build/workbench-page" playwright-core axe-core
 if [ $# -eq 0 ]; then
   set -- "$here"/*.test.mjs
