@@ -50,7 +50,8 @@ cat >"$room/tsconfig.json" <<END
   "include": ["$here/src/**/*", "$here/tests/**/*"]
 }
 END
-node "$modules/typescript/bin/tsc" --noEmit -p "$room/tsconfig.json"
+node "$modules/typescript/bin/tsc" --noEmit --incremental --tsBuildInfoFile "$room/checked.tsbuildinfo" \
+  -p "$room/tsconfig.json"
 
 export NODE_PATH=$modules
 bundle() {
