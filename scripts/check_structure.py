@@ -162,6 +162,8 @@ def check_lengths(root, files, exceptions):
         limit = LONGEST_FILES.get(path.as_posix(), LONGEST_FILE)
         if lines > limit and not exceptions.allows("file", str(path), "", lines):
             complaints.append(f"{path}: {lines} lines, more than {limit}: split it")
+        if lines < LONGEST_FUNCTION:
+            continue
         for function in function_lengths.functions_of(path, content.decode("utf-8")):
             if function.lines > LONGEST_FUNCTION and not exceptions.allows(
                     "function", str(path), function.name, function.lines):

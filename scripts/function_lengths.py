@@ -83,11 +83,11 @@ def split_in_words(code):
     """(word, line) of each word and each other character."""
     words = []
     line = 1
-    for match in re.finditer(rf"(?P<end>\n)|{TOKEN.pattern}", code):
-        if match.group("end"):
+    for word in re.findall(rf"\n|{TOKEN.pattern}", code):
+        if word == "\n":
             line += 1
         else:
-            words.append((match.group(), line))
+            words.append((word, line))
     return words
 
 
