@@ -18,6 +18,9 @@ else()
               $<$<BOOL:${PROJECT_IS_TOP_LEVEL}>:-Werror>
               # GCC 12 takes every insertion before a text for an overlap (its bug 105651).
               $<$<AND:$<CXX_COMPILER_ID:GNU>,$<VERSION_LESS:$<CXX_COMPILER_VERSION>,13>>:-Wno-restrict>
+              # GCC saves a tenth of its time if it collects garbage later. A source then takes up to 1 GB.
+              $<$<CXX_COMPILER_ID:GNU>:--param=ggc-min-expand=300>
+              $<$<CXX_COMPILER_ID:GNU>:--param=ggc-min-heapsize=600000>
               # Paths of the build folder must not reach the products: two builds from two folders
               # are byte-identical.
               -ffile-prefix-map=${PROJECT_SOURCE_DIR}=.
@@ -54,6 +57,13 @@ endif()
 if(BORVAN_TRAP_UNDEFINED)
   target_compile_options(borvan_options INTERFACE -fsanitize=undefined -fsanitize-undefined-trap-on-error)
 endif()
+
+# borvan_optimize_debug(target): optimises a Debug build a little, too, for code that tests run in loops.
+function(borvan_optimize_debug target)
+  if(NOT MSVC)
+    target_compile_options(${target} PRIVATE $<$<CONFIG:Debug>:-O1>)
+  endif()
+endfunction()
 
 # borvan_targets_below(result folder…): what the lists of these folders and of those below them make.
 function(borvan_targets_below result)

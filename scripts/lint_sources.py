@@ -24,8 +24,9 @@ import check_structure
 ROOT = pathlib.Path(__file__).resolve().parent.parent
 CACHE = ROOT / "build" / "lint-cache"
 TIDY = "clang-tidy-14"
-PRECOMPILED = re.compile(r" -Winvalid-pch(?: -Xclang)?(?: -include(?:-pch)?| -Xclang| \S+cmake_pch\.\S+)*"
-                         r"| -Xclang -fno-pch-timestamp| -fpch-preprocess")
+# Options that only GCC has, or that are for precompiled headers.
+NOT_FOR_CLANG = re.compile(r" -Winvalid-pch(?: -Xclang)?(?: -include(?:-pch)?| -Xclang| \S+cmake_pch\.\S+)*"
+                           r"| -Xclang -fno-pch-timestamp| -fpch-preprocess| --param=\S+")
 SOURCE_FOLDERS = ("include", "src", "virtual_camera", "tools", "examples", "bindings", "tests", "bench", "fuzz")
 # The full path-sensitive analysis takes twice the time for every source.
 UNSHIPPED = ("tests", "bench", "fuzz")
@@ -64,8 +65,7 @@ def compiled_sources(preset):
     if not database.is_file():
         sys.exit(f"lint_sources.py: {database.relative_to(ROOT)} is missing: "
                  f"run scripts/build.sh {preset} first")
-    # Other compilers can't use GCC's precompiled headers.
-    entries = json.loads(PRECOMPILED.sub("", database.read_text(encoding="utf-8")))
+    entries = json.loads(NOT_FOR_CLANG.sub("", database.read_text(encoding="utf-8")))
     return listed(preset, entries)
 
 

@@ -20,7 +20,7 @@ borvan_add_gtest(
   tool_flash_cut_test
   SOURCES flash_cut_test.cpp flash_segments_cut_test.cpp
   LIBRARIES borvanusb_flash_test_support
-  TIMEOUT 300 SHARDS 2)
+  OPTIMIZED TIMEOUT 300 SHARDS 2)
 borvan_add_gtest(
   tool_flash_journal_test
   SOURCES flash_journal_cameras_test.cpp flash_journal_changes_test.cpp flash_journal_test.cpp flash_several_test.cpp
@@ -35,12 +35,7 @@ borvan_add_gtest(
   tool_flash_sequences_test
   SOURCES flash_sequences_judge.cpp flash_sequences_test.cpp
   LIBRARIES borvanusb_flash_test_support
-  TIMEOUT 600)
-# Optimised, because its model compares whole flashes thousands of times.
-if(NOT MSVC)
-  target_compile_options(tool_flash_sequences_test PRIVATE -O2)
-  set_target_properties(tool_flash_sequences_test PROPERTIES DISABLE_PRECOMPILE_HEADERS ON)
-endif()
+  OPTIMIZED TIMEOUT 600)
 
 # Compares image files with other programs. Debian's Python has the module intelhex.
 find_program(BORVAN_DEBIAN_PYTHON NAMES python3 PATHS /usr/bin NO_DEFAULT_PATH)

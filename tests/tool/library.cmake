@@ -31,6 +31,6 @@ if(NOT WIN32)
             ../support/camera_chip.cpp
             ../support/scripted_platform.cpp
     LIBRARIES borvanusb_test_support borvan_core virtual_camera_core
-    TIMEOUT 400 SHARDS 3)
+    OPTIMIZED TIMEOUT 400 SHARDS 3)
   target_include_directories(tool_fault_sweep_test PRIVATE "${PROJECT_SOURCE_DIR}/tests")
 endif()
