@@ -11,14 +11,17 @@ import subprocess
 import sys
 
 ROOT = pathlib.Path(__file__).resolve().parent.parent
-# Name, command, time limit in seconds.
+# CTest's slots that a test takes. Tests under Wine mostly wait, so they take one; tests that use a processor all
+# the time take two. scripts/test.sh has two slots for each processor, and two more. Lint takes what others leave.
+WORKS = "2"
+# Name, command, time limit in seconds, slots.
 CHECKS = [
-    ("format", ["scripts/format.sh", "--check"], 120),
+    ("format", ["scripts/format.sh", "--check"], 120, WORKS),
     # Low priority, so that tests that measure time are not disturbed. Only the library, because linting
     # everything takes as long as all other tests together.
-    ("lint", ["nice", "-n", "19", "scripts/lint.sh", "--library"], 1800),
+    ("lint", ["nice", "-n", "19", "scripts/lint.sh", "--library"], 1800, "1"),
     # One edit of ten rooms each, on the programs of the sanitized build.
-    ("mutants", ["scripts/mutate.sh", "--brief", "--preset", "native-sanitized"], 1800),
+    ("mutants", ["scripts/mutate.sh", "--brief", "--preset", "native-sanitized"], 1800, WORKS),
 ]
 # The shortest form of the long tests, to check that they still run. They share a Wine prefix.
 PYTHON = "/usr/bin/python3"  # Debian's own Python; others may be installed, too
@@ -79,6 +82,8 @@ def tests_of(preset):
             # All Windows programs share one prefix, so only one runs at a time.
             locks = set(filter(None, properties.get("RESOURCE_LOCK", "").split(";")))
             properties["RESOURCE_LOCK"] = ";".join(sorted(locks | {"wine"}))
+        if preset.startswith("native"):
+            properties["PROCESSORS"] = WORKS
         yield f"{preset}/{test['name']}", test["command"], properties
 
 
@@ -88,11 +93,11 @@ def main():
         sys.exit(__doc__)
     lines = []
     names = []
-    for name, command, limit in CHECKS:
+    for name, command, limit, slots in CHECKS:
         names.append(name)
         # A high cost makes them start first, so that the suite does not end with the longest ones.
         lines += entry(name, command, {"WORKING_DIRECTORY": str(ROOT), "TIMEOUT": str(limit),
-                                       "LABELS": "checks", "COST": "1000"})
+                                       "LABELS": "checks", "COST": "1000", "PROCESSORS": slots})
     for name, command, limit in BRIEF if "windows" in sys.argv[2:] else []:
         names.append(name)
         lines += entry(name, command, {"WORKING_DIRECTORY": str(ROOT), "TIMEOUT": str(limit),

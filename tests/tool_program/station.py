@@ -110,7 +110,7 @@ class ToolTest(unittest.TestCase):
 
     def virtual_camera(self, *arguments):
         """Runs the virtual cameras' control program."""
-        subprocess.run([RUN, BIN / "virtual-camera.exe", *arguments], check=True, timeout=LONGEST,
+        subprocess.run([*self.under_wine("virtual-camera.exe"), *arguments], check=True, timeout=LONGEST,
                        env=self.environment, stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL)
 
     def flash_file(self, number=0):
@@ -147,10 +147,13 @@ class ToolTest(unittest.TestCase):
             self.environment, **(environment or {})), **options)
 
     @staticmethod
-    def command():
+    def under_wine(program):
+        """The command line that starts a program of ours. Wine's services run already."""
+        return [*FIXED_ADDRESSES, str(WINE if WINE.exists() else "wine"), str(BIN / program)]
+
+    def command(self):
         """The command line that starts borvanusb."""
-        return [*FIXED_ADDRESSES, str(WINE if WINE.exists() else "wine"),
-                str(BIN / "borvanusb.exe")]
+        return self.under_wine("borvanusb.exe")
 
     def finish(self, process):
         """Waits for a started borvanusb."""
