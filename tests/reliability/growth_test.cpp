@@ -62,8 +62,8 @@ std::size_t HandlesOfAListing() {
   return (Handles() - before) / kListings;
 }
 
-// Waits until at most this many handles are open, because a thread's handle may be closed a moment after the thread
-// has ended. Returns the number of open handles.
+// Waits until at most this many handles are open, because a thread's handle may be closed a moment
+// after the thread has ended. Returns the number of open handles.
 std::size_t HandlesBecome(std::size_t most) {
   for (int waited = 0; Handles() > most && waited < 500; ++waited) {
     Sleep(10);
