@@ -184,5 +184,5 @@ test("several cameras are programmed side by side, with a report", async () => {
   await page.getByText("3 of 3 finished").waitFor({ timeout: 60_000 });
   const file = await download(page, () => page.getByRole("button", { name: "Report" }).click());
   const report = JSON.parse(file.bytes);
-  assert.deepEqual(report.cameras.map((row) => row.result.verified), [true, true, true]);
+  assert.deepEqual(report.cameras.map((row) => row.result.verified), [true, true, true], JSON.stringify(report));
 });
