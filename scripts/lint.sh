@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # Static analysis: shellcheck over the shell scripts, pylint over those in
 # Python, clang-tidy over the C and C++ files of all builds. Clean files are stored by content in
-# build/lint-cache, so a second run only checks what changed.
+# ~/.cache/borvanusb-lint, so a second run only checks what changed.
 # Usage: lint.sh [--library | --tests | FILE…] (clang-tidy over only the library and its examples, also over
 # tests, benchmarks and fuzz targets, or over only these files)
 set -euo pipefail

@@ -22,7 +22,9 @@ import threading
 import check_structure
 
 ROOT = pathlib.Path(__file__).resolve().parent.parent
-CACHE = ROOT / "build" / "lint-cache"
+COMMANDS = ROOT / "build" / "lint-commands"
+# Outside of the build, so that a new build does not check everything again; ccache does the same for compilers.
+CLEAN = pathlib.Path(os.environ.get("XDG_CACHE_HOME") or pathlib.Path.home() / ".cache") / "borvanusb-lint"
 TIDY = "clang-tidy-14"
 # Options that only GCC has, or that are for precompiled headers.
 NOT_FOR_CLANG = re.compile(r" -Winvalid-pch(?: -Xclang)?(?: -include(?:-pch)?| -Xclang| \S+cmake_pch\.\S+)*"
@@ -71,7 +73,7 @@ def compiled_sources(preset):
 
 def listed(preset, entries):
     """Writes the compile commands for clang-tidy. Returns {source of ours: its command}."""
-    cleaned = CACHE / preset / "compile_commands.json"
+    cleaned = COMMANDS / preset / "compile_commands.json"
     cleaned.parent.mkdir(parents=True, exist_ok=True)
     cleaned.write_text(json.dumps(entries), encoding="utf-8")
     found = {}
@@ -136,12 +138,12 @@ class Linter:
     def look_at(self, job):
         """Returns True if the source is clean; otherwise prints the findings."""
         source, preset, command, extra = job
-        clean = CACHE / self.key(source, command, extra)
+        clean = CLEAN / self.key(source, command, extra)
         if clean.exists():
             return True
         arguments = [f"--extra-arg-before={argument}" for argument in extra]
         run = subprocess.run(
-            [TIDY, "--quiet", "-p", str(CACHE / preset), *arguments,
+            [TIDY, "--quiet", "-p", str(COMMANDS / preset), *arguments,
              "--extra-arg=-Wno-unknown-warning-option",
              # Headers of Windows declare methods with an empty exception specification; only Clang warns
              # about overrides without it.
@@ -158,7 +160,7 @@ class Linter:
 
 def main():
     """Collects and checks the sources, and prints how many are not clean."""
-    CACHE.mkdir(parents=True, exist_ok=True)
+    CLEAN.mkdir(parents=True, exist_ok=True)
     jobs = jobs_of_all_builds()
     if len(sys.argv) == 1:
         jobs = [job for job in jobs if job[0].parts[0] not in UNSHIPPED]
