@@ -2,10 +2,12 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <chrono>
 #include <filesystem>
 #include <fstream>
 #include <random>
 #include <system_error>
+#include <thread>
 
 #include "base/failure.h"
 #include "base/flush_file.h"
@@ -37,6 +39,28 @@ std::string LastReason() {
   return errno != 0 ? std::generic_category().message(errno) : "the system gives no reason";
 }
 
+// Repeats an action on a file while another process has it open. On a production line, the process
+// of the camera beside reads all journals of the folder, and virus scanners read each new file;
+// both take only a moment.
+template <typename Action>
+std::error_code WhenFree(const Action& action) {
+  constexpr int kTries = 40;
+  constexpr std::chrono::milliseconds kPause{25};
+  std::error_code error = action();
+  for (int tried = 1; tried < kTries && error && IsInUse(error); ++tried) {
+    std::this_thread::sleep_for(kPause);
+    error = action();
+  }
+  return error;
+}
+
+// Opens a file to read it. The error is 0 if the system gives no reason.
+std::error_code Open(std::ifstream& file, const fs::path& path) {
+  errno = 0;
+  file.open(path, std::ios::binary);
+  return file ? std::error_code() : std::error_code(errno, std::generic_category());
+}
+
 template <typename Content>
 Content ReadWhole(const std::string& name) {
   const fs::path path = PathOf(name);
@@ -44,8 +68,8 @@ Content ReadWhole(const std::string& name) {
   if (fs::is_directory(path, error)) {
     Fail("can't read", name, "it is a folder");
   }
-  errno = 0;
-  std::ifstream file(path, std::ios::binary);
+  std::ifstream file;
+  WhenFree([&] { return Open(file, path); });
   if (!file) {
     Fail("can't read", name, LastReason(), "Check the name, and whether you may read the file.");
   }
@@ -95,9 +119,13 @@ void WriteFileInParts(const std::string& name, const std::function<void(std::ost
   if (good) {
     if (lasting == Lasting::kThroughPowerCut) {
       FlushFile(temporary);
-      error = ReplaceThrough(temporary, path);
+      error = WhenFree([&] { return ReplaceThrough(temporary, path); });
     } else {
-      fs::rename(temporary, path, error);
+      error = WhenFree([&] {
+        std::error_code renamed;
+        fs::rename(temporary, path, renamed);
+        return renamed;
+      });
     }
     why = error ? error.message() : "";
   }
@@ -141,8 +169,11 @@ bool FileExists(const std::string& name) {
 }
 
 void RemoveFile(const std::string& name) {
-  std::error_code error;
-  fs::remove(PathOf(name), error);
+  const std::error_code error = WhenFree([&] {
+    std::error_code removed;
+    fs::remove(PathOf(name), removed);
+    return removed;
+  });
   if (error) {
     Fail("can't remove", name, error.message());
   }

@@ -23,6 +23,10 @@ std::error_code ReplaceThrough(const std::filesystem::path& from, const std::fil
   return error;
 }
 
+bool IsInUse(const std::error_code& /*error*/) {
+  return false;
+}
+
 bool SameName(const std::filesystem::path& left, const std::filesystem::path& right) {
   return left == right;
 }

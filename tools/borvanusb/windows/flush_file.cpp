@@ -22,6 +22,13 @@ std::error_code ReplaceThrough(const std::filesystem::path& from, const std::fil
   return {static_cast<int>(GetLastError()), std::system_category()};
 }
 
+bool IsInUse(const std::error_code& error) {
+  if (error.category() == std::generic_category()) {
+    return error == std::errc::permission_denied;
+  }
+  return error.value() == ERROR_SHARING_VIOLATION || error.value() == ERROR_ACCESS_DENIED;
+}
+
 bool SameName(const std::filesystem::path& left, const std::filesystem::path& right) {
   const std::wstring& a = left.native();
   const std::wstring& b = right.native();
