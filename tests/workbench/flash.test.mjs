@@ -131,6 +131,17 @@ test("a camera that is pulled while it is programmed: what is unsure is said, th
   await page.getByText("All of it reads back equal.").waitFor();
 });
 
+test("a file that is dropped while another is still taken does not replace it", async () => {
+  await page.route("**/api/files?name=slow*", async (route) => {
+    await new Promise((resolve) => { setTimeout(resolve, 400); });
+    await route.continue();
+  });
+  await drop("slow-0x20000.bin", noise(9000, 5));
+  await drop(rawName, noise(5000, 4));
+  await page.getByRole("button", { name: "Remove slow-0x20000.bin" }).waitFor();
+  await page.getByRole("button", { name: `Remove ${rawName}` }).waitFor({ timeout: 2000 });
+});
+
 const begun = "2026-11-21T20:44:28Z";
 
 test("all journals that the plan names are listed; one of a file of this run is planned again (simulated)", { skip: !isSimulated }, async () => {

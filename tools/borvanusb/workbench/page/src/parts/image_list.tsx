@@ -63,25 +63,31 @@ export function ImageList({ images, sizes, regions, region, disabled, onImages }
 }) {
   const input = useRef<HTMLInputElement>(null);
   const [over, setOver] = useState(false);
-  const [busy, setBusy] = useState(false);
+  const [taking, setTaking] = useState(0);
+  // While a file is uploaded, another may be dropped, and both must stay.
+  const latest = useRef({ images, sizes });
+  latest.current = { images, sizes };
+  const add = (name: string, size: number) => {
+    const list = [...latest.current.images];
+    const known = new Map(latest.current.sizes).set(name, size);
+    const at = list.findIndex((each) => each.file === name);
+    if (at < 0) list.push({ file: name, place: firstPlace(name, regions, region) });
+    else list[at] = { ...list[at]! };
+    latest.current = { images: list, sizes: known };
+    onImages(list, known);
+  };
   const take = async (files: File[]) => {
     if (files.length === 0 || disabled) return;
-    setBusy(true);
+    setTaking((count) => count + 1);
     try {
-      const list = [...images];
-      const known = new Map(sizes);
       for (const file of files) {
         const stored = await api.upload(file);
-        known.set(stored.name, stored.size);
-        const at = list.findIndex((each) => each.file === stored.name);
-        if (at < 0) list.push({ file: stored.name, place: firstPlace(stored.name, regions, region) });
-        else list[at] = { ...list[at]! };
+        add(stored.name, stored.size);
       }
-      onImages(list, known);
     } catch (error) {
       report(error);
     }
-    setBusy(false);
+    setTaking((count) => count - 1);
   };
   return (
     <div class="images">
@@ -98,7 +104,7 @@ export function ImageList({ images, sizes, regions, region, disabled, onImages }
         }}>
         <Icon name="upload" size={20} />
         <div class="grow">
-          <p class={images.length > 0 ? 'muted' : 'strong'}>{busy ? 'Taking the file' : images.length > 0 ? 'Drop another image here' : 'Drop an image here'}</p>
+          <p class={images.length > 0 ? 'muted' : 'strong'}>{taking > 0 ? 'Taking the file' : images.length > 0 ? 'Drop another image here' : 'Drop an image here'}</p>
           {images.length === 0 && <p class="small muted">Intel HEX, Motorola S-record, ELF or raw bytes; several images are one piece of work</p>}
         </div>
         <input ref={input} type="file" multiple class="out-of-sight" tabIndex={-1} aria-label="Image files" data-role="images"
