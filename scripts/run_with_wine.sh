@@ -56,7 +56,7 @@ prepare_prefix() {
     flock 9
     [[ -f $WINEPREFIX/prepared ]] && exit
     flock 8
-    # The mark comes last, because it is looked at without the lock.
+    # The mark comes last, because other processes read it without the lock.
     make_template && copy_template && touch "$WINEPREFIX/prepared"
   ) 9>"$WINEPREFIX.lock" 8>"$template.lock"
 }
