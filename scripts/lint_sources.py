@@ -23,8 +23,6 @@ import check_structure
 
 ROOT = pathlib.Path(__file__).resolve().parent.parent
 COMMANDS = ROOT / "build" / "lint-commands"
-# Outside of the build, so that a new build does not check everything again; ccache does the same for compilers.
-CLEAN = pathlib.Path(os.environ.get("XDG_CACHE_HOME") or pathlib.Path.home() / ".cache") / "borvanusb-lint"
 TIDY = "clang-tidy-14"
 # Options that only GCC has, or that are for precompiled headers.
 NOT_FOR_CLANG = re.compile(r" -Winvalid-pch(?: -Xclang)?(?: -include(?:-pch)?| -Xclang| \S+cmake_pch\.\S+)*"
@@ -41,6 +39,18 @@ BY_HAND = {
 }
 QUICK_ANALYSIS = ["-Xclang", "-analyzer-config", "-Xclang", "mode=shallow"]
 CROSS_COMPILER = "x86_64-w64-mingw32-g++-posix"
+
+
+def clean_folder():
+    """The folder with a mark for each clean source. It is outside of the build, so that a new build does not check
+    everything again; ccache does the same for compilers. Some machines have no home folder to write to."""
+    folder = pathlib.Path(os.environ.get("XDG_CACHE_HOME") or pathlib.Path.home() / ".cache") / "borvanusb-lint"
+    try:
+        folder.mkdir(parents=True, exist_ok=True)
+    except OSError:
+        folder = ROOT / "build" / "lint-clean"
+        folder.mkdir(parents=True, exist_ok=True)
+    return folder
 
 
 def output_of(*command):
@@ -113,6 +123,7 @@ class Linter:
         rules = [(ROOT / folder / ".clang-tidy").read_text(encoding="utf-8")
                  for folder in ("", "tests")]
         self.tool = "\n".join([output_of(TIDY, "--version"), *rules])
+        self.clean = clean_folder()
         self.print_lock = threading.Lock()
 
     def reached(self, source):
@@ -138,7 +149,7 @@ class Linter:
     def look_at(self, job):
         """Returns True if the source is clean; otherwise prints the findings."""
         source, preset, command, extra = job
-        clean = CLEAN / self.key(source, command, extra)
+        clean = self.clean / self.key(source, command, extra)
         if clean.exists():
             return True
         arguments = [f"--extra-arg-before={argument}" for argument in extra]
@@ -160,7 +171,6 @@ class Linter:
 
 def main():
     """Collects and checks the sources, and prints how many are not clean."""
-    CLEAN.mkdir(parents=True, exist_ok=True)
     jobs = jobs_of_all_builds()
     if len(sys.argv) == 1:
         jobs = [job for job in jobs if job[0].parts[0] not in UNSHIPPED]
